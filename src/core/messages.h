@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Message boxes and the event log. Texts are UTF-8 and may hold CR LF. Nothing here throws.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnwick::core {
+
+// Information icon, OK, title "Tarnwick".
+void ShowMessage(const std::string& text);
+
+// A designed box that one load can bring up hundreds of times (kind tells which it is, such as
+// "Cc limit"). From its second showing in a load it offers to be silent for the rest of it; the
+// log keeps every one. Outside a load it is ShowMessage.
+void ShowRepeatedMessage(std::string_view kind, const std::string& text);
+
+// "Error: " + text: shown with the critical icon unless quiet, and always logged. Within a load,
+// boxes of the same kind (by default the text itself) offer silence as above.
+void ShowError(const std::string& text, bool quiet = false, std::string_view kind = {});
+
+// Critical icon, Yes and No; true only for Yes. What the open repository has collected is committed
+// before the question (SetBeforeQuestion).
+bool AskYesNo(const std::string& text);
+
+// "Program can't recognize file format." + blank + fileName, as an error.
+void ReportUnknownFormat(const std::string& fileName);
+
+// One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF.
+// The file is opened and closed for each, so an entry is with the system before the next
+// statement runs. A log that can't be written loses the entry.
+void WriteLog(std::string_view text);
+// The same when LogEvents is on.
+void LogProgress(std::string_view text);
+
+void SetStatus(int panel, const std::string& text);  // the StatusPanel's number
+void YieldEvents();
+
+// Run before every question, so that no answer is waited for with writes uncommitted.
+void SetBeforeQuestion(void (*hook)());
+
+}  // namespace tarnwick::core

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The first steps of a start: where the program keeps its things, the log, the machine's facts.
+#pragma once
+
+#include <string>
+
+namespace tarnwick::core {
+
+// Where AppFolder is: TARNWICK_HOME, else the program's own folder when it can be written and holds
+// the database files (a portable program), else "tarnwick" under the user's data folder
+// (XDG_DATA_HOME, ~/.local/share).
+std::string ChooseAppFolder(const std::string& programFolder);
+
+// Makes the folder and copies the template and parameter database into it where they are missing,
+// from the program's folder or from where it was installed (../share/tarnwick). Throws Error.
+void SeedAppFolder(const std::string& appFolder, const std::string& programFolder);
+
+// Fixes the folders under appFolder (created as needed, failures ignored), resets the counters,
+// computes LocalZoneHours, removes the old log, fills the month names and the user's name, and logs
+// the start. REQUIRES: State().Ui is set.
+void PrepareRun(const std::string& appFolder);
+
+// |bias| / 60 to the nearest whole hour, halves to even.
+int ZoneHours(int biasMinutes);
+
+}  // namespace tarnwick::core

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Dates of message headers. Follows no one grammar: the text is split into at most ten
+// blank-separated tokens, and year, month, day, zone and time are picked out of them by searches in
+// a fixed order, so that ill-formed dates still give a usable value.
+#pragma once
+
+#include <string>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::intake {
+
+// resultDate: local civil time. timeText: the time token used. zoneText: the zone token used, "0"
+// when none. applyShift: move from the sender's zone to the local one (Date and Sent headers, not
+// Received ones). Errors are logged under "twParseDate; " and leave what was set so far.
+void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneText,
+                 std::string dateText, bool applyShift);
+
+// 1..12 for a month's name (English, else the locale's; first three characters), 0 for none.
+int MonthNumber(const std::string& token);
+
+}  // namespace tarnwick::intake

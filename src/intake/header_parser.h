@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Takes in one raw Internet message that lies in a file: reads its header block line by line into a
+// MailMessage, has the body read (mime_body.h), settles direction and correspondent, and hands the
+// record to the storing step.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "intake/mail_message.h"
+
+namespace tarnwick::intake {
+
+// Where a message came from; copied into Folder, Parent and Application.
+struct SourceDescriptor {
+  std::string folder;
+  std::string parent;
+  std::string application;
+};
+
+// What became of the last message given to dbxParseMessage or dbSaveMesage (LastOutcome).
+enum class Outcome {
+  kNone,
+  kStored,
+  kAlreadyStored,
+  kRefused,     // by the sender rules
+  kIgnored,     // the person chose never to take it
+  kUnreadable,  // no message, or an error on the way
+  kStopped,     // the stop flag was set, or the person cancelled
+};
+Outcome LastOutcome();
+void SetLastOutcome(Outcome outcome);
+
+// True when the message was handed to the storing step; false when it was skipped as already
+// stored, was no message, or failed (LastOutcome tells). entryKey: the caller's unique key, or "".
+bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
+                     const std::string& identity, const std::string& entryKey);
+
+// Everything up to the storing step, without looking at the repository: what a fuzzer drives.
+// False when the message has neither a correspondent nor a subject. Throws Error for a file that
+// can't be read. identityIsMine answers the own-address test.
+bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
+                      bool (*isFromMe)(const std::string& address), MailMessage& message);
+
+// Header codes, see header_parser.cpp for the keys.
+enum class HeaderCode {
+  kOther = 0,
+  kSubject = 1,
+  kDate = 2,
+  kMessageId = 3,
+  kTo = 4,
+  kFrom = 5,
+  kImportance = 6,
+  kContentType = 7,
+  kCc = 8,
+  kBcc = 9,
+  kComment = 10,
+  kReceived = 11,
+};
+// The code of a header line; unless it is kOther the line is replaced by the header's value.
+HeaderCode ClassifyHeader(std::string& line);
+
+// "Name <address>", a bare address or a name alone.
+AddressPair SplitAddress(std::string_view text);
+
+}  // namespace tarnwick::intake

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// One message being taken in. Lists have fixed capacities with explicit counts; what does not fit
+// is dropped by the Append routines, which say so where the design has a box for it.
+//
+// All texts are UTF-8 by the time the record reaches dbSaveMesage. While a message is being parsed,
+// header texts may still hold undecoded bytes; the parser keeps them apart (mixed_text.h).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::intake {
+
+inline constexpr int kMaxRecipients = 100;
+inline constexpr int kMaxBoundaries = 10;
+inline constexpr int kMaxAttachments = 20;
+
+inline constexpr const char* kNoName = "no name";
+inline constexpr const char* kNoAddress = "no address";
+
+struct AddressPair {
+  std::string Name;
+  std::string Address;
+  friend bool operator==(const AddressPair&, const AddressPair&) = default;
+};
+
+struct MailMessage {
+  std::string Subject;
+  int16_t SubjectConverted = 0;
+  DateTime SentTime;
+  DateTime ReceivedTime;
+  std::string TimeText;
+  std::string TimeShift;
+  std::string MessageKey;
+  int16_t ToCount = 0;
+  std::array<AddressPair, kMaxRecipients> To;
+  int16_t ToConverted = 0;
+  std::string FromAddress;
+  std::string FromName;
+  int16_t FromConverted = 0;
+  std::string FromToAddress;
+  std::string FromToName;
+  int16_t CcCount = 0;
+  std::array<AddressPair, kMaxRecipients> Cc;
+  int16_t CcConverted = 0;
+  std::string Importance;
+  int16_t IsMultipart = 0;
+  std::string Charset;
+  std::string Body;
+  std::string HTMLBody;
+  std::string Direction;  // "In" or "Out"
+  std::string Folder;
+  std::string Parent;
+  std::string Application;
+  std::string Encoding;
+  std::array<std::string, kMaxBoundaries> Boundaries;
+  int16_t BoundaryCount = 0;
+  std::array<std::string, kMaxAttachments> Attachments;
+  int16_t AttachCount = 0;
+  std::string HTMLCharset;
+
+  std::string Notes;  // the user's note, when a message comes from another repository
+};
+
+}  // namespace tarnwick::intake

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Turns a finished MailMessage into the rows of the repository. Each routine traps its errors, logs
+// them under its own name and returns; rows already written stay.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "intake/mail_message.h"
+#include "platform/jet/recordset.h"
+
+namespace tarnwick::intake {
+
+// messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
+// bypasses the sender rules. What became of it is in LastOutcome (header_parser.h). identity: the
+// Outlook Express identity or Outlook profile.
+void dbSaveMesage(const std::string& messageFile, MailMessage& message,
+                  const std::string& application, int16_t skipAcceptance,
+                  const std::string& identity = {});
+
+// The key as it is stored in Email.EntryID.
+std::string StoredKey(const std::string& messageKey);
+
+// MeContact.ID of a name, added with its address when new; 0 for an empty name.
+int64_t GetContactId(const std::string& name, const std::string& address);
+// Makes sure that ContactEmail holds the pair.
+void AddEmailID(const std::string& address, int64_t contactId);
+void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string& address,
+                     jet::Recordset& recordset);
+// tblProject.ID of a name, added when new.
+int64_t dbSaveProject(const std::string& projectName);
+// The raw file as FileRepository rows of at most 32767 bytes.
+void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application);
+
+// The user's own addresses.
+void dbSaveMeAddress(const std::string& address, const std::string& name,
+                     const std::string& application);
+bool IsFromMe(const std::string& address);
+
+}  // namespace tarnwick::intake

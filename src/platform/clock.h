@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Time as the machine tells it, and who is logged on. Tests set both.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::platform {
+
+// Local civil time, now; fractions of a second are dropped.
+DateTime Now();
+
+// A clock that never goes back, in milliseconds from an arbitrary start.
+int64_t TickMilliseconds();
+
+// Minutes between UTC and local standard time (UTC = local + bias), as the zone has it without
+// daylight saving: -60 for Berlin, 300 for New York. nullopt when the machine can't tell.
+std::optional<int> ZoneBiasMinutes();
+
+// The local civil time of a moment given as seconds since 1970-01-01 UTC.
+DateTime LocalFromUnix(int64_t unixSeconds);
+
+// Log-on name of the current user, UTF-8; "user" when the machine knows none.
+std::string LogonName();
+
+// For tests: each value stands in for the machine's until it is reset with {}.
+struct ClockOverride {
+  std::optional<DateTime> now;
+  std::optional<int> zoneBiasMinutes;
+  std::optional<std::string> logonName;
+};
+void SetClockOverride(ClockOverride values);
+
+}  // namespace tarnwick::platform

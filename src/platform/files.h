@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Files and folders. Paths are UTF-8; a folder text ends with the separator ("/" here), so that
+// folder + name is a path. Everything created here is for its owner only (files 0600, folders
+// 0700). Unless said otherwise a failure throws Error with a number of its kind (53 not found, 61
+// disk full, 70 permission denied, 75 anything else) and the path in the description.
+//
+// Every operation passes a seam (SetFileFault) where tests let it fail.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::platform {
+
+#ifdef _WIN32
+inline constexpr char kSeparator = '\\';
+#else
+inline constexpr char kSeparator = '/';
+#endif
+
+// The folder text with exactly one separator at its end; "" stays "".
+std::string WithSeparator(std::string folder);
+// The last component of a path.
+std::string FileNameOf(const std::string& path);
+// The folder text of a path, with its separator; "" when the path has none.
+std::string FolderOf(const std::string& path);
+// An absolute form of the path, with "." and ".." resolved as text.
+std::string AbsolutePath(const std::string& path);
+
+bool FileExists(const std::string& path);    // a regular file (links followed); never throws
+bool FolderExists(const std::string& path);  // never throws
+bool IsFolderWritable(const std::string& folder);  // tried by making a file; never throws
+uint64_t FileSize(const std::string& path);
+DateTime FileModified(const std::string& path);  // local civil time
+uint64_t FreeSpace(const std::string& folder);   // bytes available to this user
+
+void MakeFolder(const std::string& folder);  // with its parents; an existing one is left as it is
+void RemoveFile(const std::string& path);    // a missing file is no error
+void CopyFile(const std::string& from, const std::string& to);  // replaces; flushed to disk
+void RenameFile(const std::string& from, const std::string& to);  // replaces
+
+// Names (not paths) of the plain files in a folder, sorted by name without regard to ASCII case; a
+// folder that is missing or can't be read gives none. With an extension such as ".dbx" only the
+// files that end with it, without regard to case.
+std::vector<std::string> ListFiles(const std::string& folder, std::string_view extension = {});
+// Names of the folders in a folder, sorted likewise; links are not followed.
+std::vector<std::string> ListFolders(const std::string& folder);
+
+// Finds folder + relative ("a/b/c.dbx"), each component compared exactly first and then without
+// regard to case, as a Windows file system would. A ".." component finds nothing.
+std::optional<std::string> FindIgnoringCase(const std::string& folder, std::string_view relative);
+
+// A name from a message or a person made fit to be a file's name anywhere: no separators, control
+// or reserved characters, no leading dot, no trailing dot or blank, no device name, at most
+// maxChars characters (the extension is kept), "_" for each character that is replaced. May be
+// empty when nothing is left. The text need not be valid UTF-8.
+std::string SafeFileName(std::string_view name, size_t maxChars = 100);
+// folder + name, or folder + "name (2).ext" and so on, until no file of that name exists.
+std::string UniquePath(const std::string& folder, const std::string& name);
+
+// The whole file; throws Error 75 when it is larger than limit.
+std::string ReadFile(const std::string& path, uint64_t limit = UINT64_MAX);
+// Replaces the file.
+void WriteFile(const std::string& path, std::string_view bytes);
+
+// A file opened for reading at places.
+class InputFile {
+ public:
+  explicit InputFile(const std::string& path);
+  ~InputFile();
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+
+  uint64_t Size() const { return size_; }  // when it was opened
+  // Reads up to count bytes at offset; fewer only at the end of the file. Returns the number read.
+  size_t ReadAt(uint64_t offset, void* buffer, size_t count);
+
+ private:
+  std::string path_;
+  int handle_ = -1;
+  uint64_t size_ = 0;
+};
+
+// A file opened for writing from its beginning; an older file of the name is replaced.
+class OutputFile {
+ public:
+  explicit OutputFile(const std::string& path);
+  ~OutputFile();  // closes; a failure to write what was buffered is lost, so call Close
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  void Write(std::string_view bytes);
+  void Close();
+
+ private:
+  void Flush();
+  std::string path_;
+  int handle_ = -1;
+  std::string buffer_;
+};
+
+// Reads a file line by line, whatever ends the lines: CR LF, LF, or a CR alone before neither; the
+// last line may lack its end. Bytes are handed through untouched, NULs included; a line has no
+// length limit but the file's.
+class LineReader {
+ public:
+  explicit LineReader(const std::string& path);
+  // Reads the next line without its end; false at the end of the file (line is then empty).
+  bool Next(std::string& line);
+  // True when no further line can be read.
+  bool AtEnd();
+
+ private:
+  bool Fill();
+  InputFile file_;
+  uint64_t offset_ = 0;
+  std::string buffer_;
+  size_t position_ = 0;
+};
+
+enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kMakeFolder };
+// Called before each operation; a test's hook throws to make it fail. nullptr takes it out.
+using FileFault = std::function<void(FileOperation, const std::string& path)>;
+void SetFileFault(FileFault fault);
+
+}  // namespace tarnwick::platform

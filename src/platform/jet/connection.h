@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// A connection to one database file, in the shape of ADO's. Statements are Jet SQL (dialect.h says
+// what of it); underneath works an encrypted SQLite (AEGIS-256, WAL). Any failure throws Error with
+// the engine's number and description: 26 for another password or another format, 5 for a file that
+// another process has open, 14 for a file that can't be opened (a missing file is never created).
+//
+// A connection holds its file for itself while it is open. It belongs to one thread and outlives
+// the recordsets opened on it.
+//
+// Commits. Each statement is committed by itself, flushed to disk (synchronous=FULL), until
+// BeginGroup. Between BeginGroup and EndGroup writes are collected into commits of at most 250
+// milliseconds, and a commit falls only where EndUnit or FlushGroup was called: what a unit wrote is
+// on disk whole or not at all after a crash. Where the engine itself has to roll a group back (disk
+// full), LostUnits counts the finished units that went with it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/jet/value.h"
+
+namespace tarnwick::jet {
+
+inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
+inline constexpr std::string_view kDataSourceProperty = "Data Source";
+inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Password";
+
+class Connection {
+ public:
+  Connection();
+  ~Connection();  // closes; an open group is committed
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  void SetProvider(std::string_view provider);
+  void SetProperty(std::string_view name, std::string_view value);
+  const std::string& DataSource() const;
+
+  // Opens the file named by the properties.
+  void Open();
+  void Close();  // an open group is committed; recordsets still open are closed. Closed: no error
+  bool IsOpen() const;
+
+  // Runs a statement that returns no rows; gives the number of rows it changed.
+  int64_t Execute(std::string_view sql);
+
+  // The key that the last AddNew or INSERT gave its row.
+  int64_t LastIdentity() const;
+
+  void BeginGroup();  // nests; the outermost EndGroup commits
+  void EndUnit();
+  void FlushGroup();  // commits what is collected; the group goes on
+  void EndGroup();
+  bool InGroup() const;
+  int64_t LostUnits() const;  // since the connection was opened
+
+  // The engine's own check of the whole file: "" when it is sound, else what is wrong.
+  std::string IntegrityCheck();
+
+  // Called every few milliseconds while a statement runs; returning true stops the statement (Error
+  // 9, "interrupted"). {} takes it out.
+  void SetProgressHandler(std::function<bool()> handler);
+
+  // Engine-side state shared with Recordset.
+  class Impl;
+  Impl& GetImpl() const { return *impl_; }
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+// Commits as a group for its lifetime; the destructor's commit failure is swallowed, so call End
+// where it matters.
+class CommitGroup {
+ public:
+  explicit CommitGroup(Connection& connection) : connection_(&connection) {
+    connection_->BeginGroup();
+  }
+  ~CommitGroup();
+  CommitGroup(const CommitGroup&) = delete;
+  CommitGroup& operator=(const CommitGroup&) = delete;
+  void End();
+
+ private:
+  Connection* connection_;
+};
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// HKEY_CURRENT_USER of the mail's owner, read only. Off Windows it comes from a profile folder:
+//   - a folder with an NTUSER.DAT ("Documents and Settings\Ann" of an old disk, mounted or copied),
+//   - a Wine prefix or a folder with a user.reg,
+//   - a folder of *.dbx files, with or without a folder list in it or below it: presented as one
+//     identity named after the folder.
+// Key and value names are found without regard to case. Every offset, length and count of the files
+// is checked; a damaged one opens as far as it can be read or throws Error 75.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnwick::platform {
+
+// A value as it lies in the registry. Texts are UTF-8, cut at their terminating zero.
+struct RegistryValue {
+  enum class Type { kText = 1, kExpandableText = 2, kBinary = 3, kNumber = 4, kOther = 0 };
+  Type type = Type::kOther;
+  std::string text;     // kText, kExpandableText; the raw bytes for kBinary and kOther
+  uint32_t number = 0;  // kNumber
+};
+
+class Registry {
+ public:
+  virtual ~Registry() = default;
+
+  // Names of the subkeys of a key such as "Identities" or "Software\\Microsoft\\Windows", in the
+  // registry's order; nullopt when there is no such key.
+  virtual std::optional<std::vector<std::string>> SubKeys(std::string_view path) = 0;
+  // nullopt when the key or the value is missing. keyExists, when given, tells which.
+  virtual std::optional<RegistryValue> Value(std::string_view path, std::string_view name,
+                                             bool* keyExists = nullptr) = 0;
+
+  // Undoes %NAME% of an expandable text for this owner (UserProfile, AppData, ...), then maps a
+  // Windows path onto the profile folder: drive letters and the part up to the owner's own folder
+  // fall away, the rest is looked up without regard to case. A trailing "\" stays as the
+  // separator. A text that maps nowhere comes back with its separators turned.
+  virtual std::string MapPath(std::string_view windowsPath) = 0;
+};
+
+enum class ProfileKind { kNone, kHive, kWine, kDbxWithFolderList, kDbxFiles };
+
+// What a folder could be opened as.
+ProfileKind DetectProfile(const std::string& folder);
+
+// REQUIRES: DetectProfile(folder) is not kNone; throws Error 53 otherwise.
+std::unique_ptr<Registry> OpenProfile(const std::string& folder);
+
+}  // namespace tarnwick::platform

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The open repository: its two connections and ten long-lived recordsets. Exactly one is open at a
+// time. Routines report their own errors and return false.
+#pragma once
+
+#include <string>
+
+#include "platform/jet/connection.h"
+#include "platform/jet/recordset.h"
+
+namespace tarnwick::repository {
+
+struct OpenedRepository {
+  jet::Connection ParameterConnection;  // emlParameter.twr
+  jet::Connection RepositoryConnection;  // Tarnwick.twr
+  std::string RepositoryFolder;          // with its separator
+
+  jet::Recordset EmailRecordset;
+  jet::Recordset AttachmentRecordset;
+  jet::Recordset FileRecordset;
+  jet::Recordset ContactRecordset;
+  jet::Recordset OwnAddressRecordset;
+  jet::Recordset RejectRecordset;
+  jet::Recordset CcRecordset;
+  jet::Recordset ToRecordset;
+  jet::Recordset ProjectRecordset;
+  jet::Recordset ContactAddressRecordset;
+};
+
+// The one instance; its connections are closed while no repository is open.
+OpenedRepository& Repository();
+
+// Short forms for the statements of other rooms.
+jet::Connection& RepositoryDb();
+jet::Connection& ParameterDb();
+
+// The password of every database file of the program, put together anew at each call.
+std::string DatabasePassword();
+
+// Opens dataSource with the program's password, whatever password is given.
+bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
+                     const std::string& password);
+
+bool OpenRepository(bool clearAll);
+void DisconnectRepository();
+void ClearRepository();
+
+// True when the repository holds no message.
+bool HasNoEmail();
+// Reads the mailer options and RepositoryIsEmpty of the repository just opened.
+void ReadOptions();
+
+// Closes the open repository and opens the one in folder, which becomes the user's. The list is the
+// caller's to load anew. A folder that can't be opened leaves the former repository open.
+bool SwitchRepository(const std::string& folder);
+
+// The commands "&Create Repository" and "&Open Repository" for a chosen folder: the checks, the
+// messages, the copy of the template and the switch. True when the repository was switched.
+bool CreateRepositoryIn(std::string folder);
+bool OpenRepositoryIn(std::string folder);
+
+}  // namespace tarnwick::repository

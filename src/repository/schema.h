@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Every table and column of the databases, in one place: files are made, checked and copied from
+// it.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "platform/jet/table_definition.h"
+
+namespace tarnwick::repository {
+
+inline constexpr int kSchemaVersion = 1;
+
+inline constexpr const char* kRepositoryFile = "Tarnwick.twr";
+inline constexpr const char* kParameterFile = "emlParameter.twr";
+inline constexpr const char* kTemplateFile = "emlTemplate.twr";
+
+std::span<const jet::TableDefinition> RepositoryTables();
+std::span<const jet::TableDefinition> ParameterTables();
+
+// Makes the template, the parameter database and a first repository in a folder. Throws Error.
+void CreateDatabaseFiles(const std::string& folder);
+
+}  // namespace tarnwick::repository
