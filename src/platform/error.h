@@ -15,8 +15,8 @@
 namespace tarnwick {
 
 namespace ErrorNumber {
-inline constexpr int kSubscript = 9;        // a fixed-capacity list was exceeded
-inline constexpr int kTypeMismatch = 13;    // a text that is no date or number
+inline constexpr int kSubscript = 9;      // a fixed-capacity list was exceeded
+inline constexpr int kTypeMismatch = 13;  // a text that is no date or number
 inline constexpr int kFileNotFound = 53;
 inline constexpr int kDiskFull = 61;
 inline constexpr int kPermissionDenied = 70;

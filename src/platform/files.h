@@ -37,8 +37,8 @@ std::string FolderOf(const std::string& path);
 // An absolute form of the path, with "." and ".." resolved as text.
 std::string AbsolutePath(const std::string& path);
 
-bool FileExists(const std::string& path);    // a regular file (links followed); never throws
-bool FolderExists(const std::string& path);  // never throws
+bool FileExists(const std::string& path);          // a regular file (links followed); never throws
+bool FolderExists(const std::string& path);        // never throws
 bool IsFolderWritable(const std::string& folder);  // tried by making a file; never throws
 uint64_t FileSize(const std::string& path);
 DateTime FileModified(const std::string& path);  // local civil time
@@ -46,7 +46,7 @@ uint64_t FreeSpace(const std::string& folder);   // bytes available to this user
 
 void MakeFolder(const std::string& folder);  // with its parents; an existing one is left as it is
 void RemoveFile(const std::string& path);    // a missing file is no error
-void CopyFile(const std::string& from, const std::string& to);  // replaces; flushed to disk
+void CopyFile(const std::string& from, const std::string& to);    // replaces; flushed to disk
 void RenameFile(const std::string& from, const std::string& to);  // replaces
 
 // Names (not paths) of the plain files in a folder, sorted by name without regard to ASCII case; a
@@ -109,9 +109,9 @@ class OutputFile {
   std::string buffer_;
 };
 
-// Reads a file line by line, whatever ends the lines: CR LF, LF, or a CR alone before neither; the
-// last line may lack its end. Bytes are handed through untouched, NULs included; a line has no
-// length limit but the file's.
+// Reads a file line by line, whether CR LF or LF ends the lines; the last line may lack its end. A
+// CR alone is an ordinary character. Bytes are handed through untouched, NULs included; a line has
+// no length limit but the file's.
 class LineReader {
  public:
   explicit LineReader(const std::string& path);

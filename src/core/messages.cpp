@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "core/messages.h"
+
+#include <cstdio>
+
+#include "core/guard.h"
+#include "core/run_state.h"
+#include "platform/clock.h"
+#include "platform/locale.h"
+
+namespace tarnwick::core {
+
+namespace {
+
+using Hook = void (*)();
+Hook& BeforeQuestion() {
+  static Hook hook = nullptr;
+  return hook;
+}
+
+void CommitFirst() {
+  if (BeforeQuestion() != nullptr) BeforeQuestion()();
+}
+
+void ShowBox(BoxIcon icon, std::string_view kind, const std::string& text) {
+  RunState& state = State();
+  if (state.Ui == nullptr) return;
+  if (!state.LoadIsRunning) {
+    state.Ui->ShowBox(icon, text, false);
+    return;
+  }
+  RunState::RepeatedBox& box = state.RepeatedBoxes[std::string(kind.empty() ? text : kind)];
+  if (box.silenced) return;
+  ++box.shown;
+  CommitFirst();
+  box.silenced = state.Ui->ShowBox(icon, text, box.shown > 1);
+}
+
+}  // namespace
+
+void SetBeforeQuestion(void (*hook)()) {
+  BeforeQuestion() = hook;
+}
+
+void ShowMessage(const std::string& text) {
+  if (State().Ui == nullptr) return;
+  CommitFirst();
+  State().Ui->ShowBox(BoxIcon::kInformation, text, false);
+}
+
+void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
+  LogProgress(text);
+  ShowBox(BoxIcon::kInformation, kind, text);
+}
+
+void ShowError(const std::string& text, bool quiet, std::string_view kind) {
+  std::string prefixed = "Error: " + text;
+  if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
+  WriteLog(prefixed);
+}
+
+bool AskYesNo(const std::string& text) {
+  if (State().Ui == nullptr) return false;
+  CommitFirst();
+  return State().Ui->AskYesNo(text);
+}
+
+void ReportUnknownFormat(const std::string& fileName) {
+  constexpr std::string_view kText = "Program can't recognize file format.";
+  ShowError(std::string(kText) + " " + fileName, false, kText);
+}
+
+void WriteLog(std::string_view text) {
+  // Straight to the system, not through the file seam: an injected fault must still be logged.
+  std::FILE* file = std::fopen(State().LogFile.c_str(), "ab");
+  if (file == nullptr) return;
+  std::string entry = platform::FormatDate(platform::Now(), "General Date");
+  entry += "\r\n";
+  entry += text;
+  entry += "\r\n\r\n";
+  std::fwrite(entry.data(), 1, entry.size(), file);
+  std::fclose(file);
+}
+
+void LogProgress(std::string_view text) {
+  if (State().LogEvents) WriteLog(text);
+}
+
+void SetStatus(int panel, const std::string& text) {
+  if (State().Ui != nullptr) State().Ui->SetStatus(static_cast<StatusPanel>(panel), text);
+}
+
+void YieldEvents() {
+  if (State().Ui != nullptr) State().Ui->YieldEvents();
+}
+
+Error CurrentError() {
+  try {
+    throw;
+  } catch (const Error& error) {
+    return error;
+  } catch (const std::exception& error) {
+    return {ErrorNumber::kUnexpected, error.what()};
+  } catch (...) {
+    return {ErrorNumber::kUnexpected, "Internal error"};
+  }
+}
+
+void ReportCurrentException(std::string_view routine, Report report) {
+  Error error = CurrentError();
+  std::string number = std::to_string(error.Number());
+  std::string name(routine);
+  ShowError(number + " " + error.Description() + " " + name, report == Report::kLog,
+            number + " " + name);
+}
+
+}  // namespace tarnwick::core

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "core/run_state.h"
+
+namespace tarnwick::core {
+
+RunState& State() {
+  static RunState state;
+  return state;
+}
+
+void ResetState() {
+  UserInterface* ui = State().Ui;
+  State() = RunState();
+  State().Ui = ui;
+}
+
+void BeginLoadState() {
+  RunState& state = State();
+  state.StopFlag = false;
+  state.ImportCancelFlag = false;
+  state.NewMessageFlag = false;
+  state.RunWideAnswer = SenderAnswer::kCancel;
+  state.LatestReceivedTime.reset();
+  state.Counts = LoadCounts();
+  state.RepeatedBoxes.clear();
+  state.LoadIsRunning = true;
+}
+
+void EndLoadState() {
+  RunState& state = State();
+  state.LoadIsRunning = false;
+  state.RepeatedBoxes.clear();
+  state.ImportCancelFlag = false;
+  state.StopFlag = false;
+  state.RunWideAnswer = SenderAnswer::kCancel;
+  state.RefuseUnknownSenders = false;
+}
+
+}  // namespace tarnwick::core

@@ -1,0 +1,522 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "platform/clock.h"
+#include "platform/error.h"
+
+namespace tarnwick::platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+FileFault& Fault() {
+  static FileFault fault;
+  return fault;
+}
+
+void Pass(FileOperation operation, const std::string& path) {
+  if (Fault()) Fault()(operation, path);
+}
+
+fs::path ToPath(const std::string& path) {
+#ifdef _WIN32
+  return fs::u8path(path);
+#else
+  return fs::path(path);
+#endif
+}
+
+std::string FromPath(const fs::path& path) {
+#ifdef _WIN32
+  return path.u8string();
+#else
+  return path.string();
+#endif
+}
+
+[[noreturn]] void ThrowSystemError(int code, const std::string& path) {
+  int number = ErrorNumber::kPathAccess;
+  const char* what = "Path/File access error";
+  if (code == ENOENT || code == ENOTDIR) {
+    number = ErrorNumber::kFileNotFound;
+    what = "File not found";
+  } else if (code == EACCES || code == EPERM || code == EROFS) {
+    number = ErrorNumber::kPermissionDenied;
+    what = "Permission denied";
+  } else if (code == ENOSPC || code == EDQUOT) {
+    number = ErrorNumber::kDiskFull;
+    what = "Disk full";
+  }
+  throw Error(number, std::string(what) + ": " + path);
+}
+
+void ThrowIf(const std::error_code& code, const std::string& path) {
+  if (code) ThrowSystemError(code.default_error_condition().value(), path);
+}
+
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool LessIgnoringCase(const std::string& a, const std::string& b) {
+  bool less = std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                           [](char x, char y) { return Lower(x) < Lower(y); });
+  if (less) return true;
+  bool greater = std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end(),
+                                              [](char x, char y) { return Lower(x) < Lower(y); });
+  return !greater && a < b;
+}
+
+bool SameIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                            [](char x, char y) { return Lower(x) == Lower(y); });
+}
+
+std::vector<std::string> ListEntries(
+    const std::string& folder, const std::function<bool(const fs::directory_entry&)>& wanted) {
+  std::vector<std::string> names;
+  std::error_code code;
+  fs::directory_iterator entries(ToPath(folder), code);
+  for (; !code && entries != fs::directory_iterator(); entries.increment(code)) {
+    if (wanted(*entries)) names.push_back(FromPath(entries->path().filename()));
+  }
+  std::sort(names.begin(), names.end(), LessIgnoringCase);
+  return names;
+}
+
+#ifdef _WIN32
+constexpr int kBinary = _O_BINARY;
+#else
+constexpr int kBinary = O_CLOEXEC;
+#endif
+
+constexpr size_t kBufferSize = 64 * 1024;
+
+// Makes a file's bytes and its name durable; a copy that is reported done must outlive a power cut.
+void FlushToDisk(const std::string& path) {
+#ifndef _WIN32
+  int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (handle < 0) ThrowSystemError(errno, path);
+  int result = ::fsync(handle);
+  int code = errno;
+  ::close(handle);
+  if (result != 0) ThrowSystemError(code, path);
+#else
+  (void)path;
+#endif
+}
+
+bool IsDeviceName(std::string_view stem) {
+  for (std::string_view device : {"con", "prn", "aux", "nul"}) {
+    if (SameIgnoringCase(stem, device)) return true;
+  }
+  return stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9' &&
+         (SameIgnoringCase(stem.substr(0, 3), "com") || SameIgnoringCase(stem.substr(0, 3), "lpt"));
+}
+
+// Length of the UTF-8 sequence that begins at position, 0 when it is none.
+size_t SequenceLength(std::string_view text, size_t position) {
+  auto lead = static_cast<unsigned char>(text[position]);
+  size_t length = lead < 0x80                   ? 1
+                  : lead >= 0xC2 && lead < 0xE0 ? 2
+                  : (lead & 0xF0) == 0xE0       ? 3
+                  : lead >= 0xF0 && lead < 0xF5 ? 4
+                                                : 0;
+  if (length == 0 || position + length > text.size()) return 0;
+  for (size_t i = 1; i < length; ++i) {
+    if ((static_cast<unsigned char>(text[position + i]) & 0xC0) != 0x80) return 0;
+  }
+  return length;
+}
+
+// Characters that hide in a name: controls, and the marks that reverse or hide text in a listing.
+bool IsUnseemly(std::string_view sequence) {
+  if (sequence.size() == 1) {
+    auto c = static_cast<unsigned char>(sequence[0]);
+    return c < 0x20 || c == 0x7F || std::strchr("/\\:*?\"<>|", c) != nullptr;
+  }
+  if (sequence.size() == 2)
+    return sequence[0] == '\xC2' && static_cast<unsigned char>(sequence[1]) < 0xA0;
+  if (sequence.size() == 3 && sequence[0] == '\xE2' &&
+      (sequence[1] == '\x80' || sequence[1] == '\x81')) {
+    auto last = static_cast<unsigned char>(sequence[2]);
+    if (sequence[1] == '\x80')
+      return (last >= 0x8B && last <= 0x8F) || (last >= 0xA8 && last <= 0xAE);
+    return last >= 0xA6 && last <= 0xA9;
+  }
+  return sequence == "\xEF\xBB\xBF";
+}
+
+}  // namespace
+
+void SetFileFault(FileFault fault) {
+  Fault() = std::move(fault);
+}
+
+std::string WithSeparator(std::string folder) {
+  if (!folder.empty() && folder.back() != kSeparator) folder += kSeparator;
+  return folder;
+}
+
+std::string FileNameOf(const std::string& path) {
+  size_t slash = path.find_last_of(kSeparator == '\\' ? "\\/" : "/");
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string FolderOf(const std::string& path) {
+  size_t slash = path.find_last_of(kSeparator == '\\' ? "\\/" : "/");
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+std::string AbsolutePath(const std::string& path) {
+  std::error_code code;
+  fs::path absolute = fs::absolute(ToPath(path), code);
+  return code ? path : FromPath(absolute.lexically_normal());
+}
+
+bool FileExists(const std::string& path) {
+  std::error_code code;
+  return fs::is_regular_file(ToPath(path), code);
+}
+
+bool FolderExists(const std::string& path) {
+  std::error_code code;
+  return fs::is_directory(ToPath(path), code);
+}
+
+bool IsFolderWritable(const std::string& folder) {
+  try {
+    std::string probe = UniquePath(WithSeparator(folder), ".tarnwick-probe");
+    OutputFile file(probe);
+    file.Close();
+    RemoveFile(probe);
+    return true;
+  } catch (const Error&) {
+    return false;
+  }
+}
+
+uint64_t FileSize(const std::string& path) {
+  std::error_code code;
+  uint64_t size = fs::file_size(ToPath(path), code);
+  ThrowIf(code, path);
+  return size;
+}
+
+DateTime FileModified(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) ThrowSystemError(errno, path);
+  return LocalFromUnix(status.st_mtime);
+}
+
+uint64_t FreeSpace(const std::string& folder) {
+  std::error_code code;
+  fs::space_info space = fs::space(ToPath(folder), code);
+  ThrowIf(code, folder);
+  return space.available;
+}
+
+void MakeFolder(const std::string& folder) {
+  Pass(FileOperation::kMakeFolder, folder);
+  fs::path path = ToPath(folder);
+  if (!path.has_filename()) path = path.parent_path();
+  std::error_code code;
+  if (fs::is_directory(path, code)) return;
+  fs::path missing;
+  for (const fs::path& part : path) {
+    missing /= part;
+    if (fs::is_directory(missing, code)) continue;
+    bool made = fs::create_directory(missing, code);
+    ThrowIf(code, folder);
+    if (made) fs::permissions(missing, fs::perms::owner_all, code);
+  }
+}
+
+void RemoveFile(const std::string& path) {
+  Pass(FileOperation::kRemove, path);
+  if (::remove(path.c_str()) != 0 && errno != ENOENT) ThrowSystemError(errno, path);
+}
+
+void CopyFile(const std::string& from, const std::string& to) {
+  Pass(FileOperation::kCopy, to);
+  InputFile input(from);
+  OutputFile output(to);
+  std::string buffer(1024 * 1024, '\0');
+  for (uint64_t offset = 0;;) {
+    size_t count = input.ReadAt(offset, buffer.data(), buffer.size());
+    if (count == 0) break;
+    output.Write(std::string_view(buffer.data(), count));
+    offset += count;
+  }
+  output.Close();
+  FlushToDisk(to);
+}
+
+void RenameFile(const std::string& from, const std::string& to) {
+  Pass(FileOperation::kRename, from);
+  std::error_code code;
+  fs::rename(ToPath(from), ToPath(to), code);
+  ThrowIf(code, from);
+}
+
+std::vector<std::string> ListFiles(const std::string& folder, std::string_view extension) {
+  std::vector<std::string> names = ListEntries(folder, [](const fs::directory_entry& entry) {
+    std::error_code code;
+    return entry.is_regular_file(code);
+  });
+  if (!extension.empty()) {
+    std::erase_if(names, [&](const std::string& name) {
+      return name.size() < extension.size() ||
+             !SameIgnoringCase(std::string_view(name).substr(name.size() - extension.size()),
+                               extension);
+    });
+  }
+  return names;
+}
+
+std::vector<std::string> ListFolders(const std::string& folder) {
+  return ListEntries(folder, [](const fs::directory_entry& entry) {
+    std::error_code code;
+    return entry.is_directory(code) && !entry.is_symlink(code);
+  });
+}
+
+std::optional<std::string> FindIgnoringCase(const std::string& folder, std::string_view relative) {
+  std::string path = folder.empty() ? std::string(".") : folder;
+  while (path.size() > 1 && path.back() == kSeparator) path.pop_back();
+  while (!relative.empty()) {
+    size_t slash = relative.find('/');
+    std::string_view part = relative.substr(0, slash);
+    relative = slash == std::string_view::npos ? std::string_view() : relative.substr(slash + 1);
+    if (part.empty() || part == ".") continue;
+    if (part == "..") return std::nullopt;
+    std::string exact = WithSeparator(path) + std::string(part);
+    std::error_code code;
+    if (fs::exists(ToPath(exact), code)) {
+      path = exact;
+      continue;
+    }
+    std::vector<std::string> same = ListEntries(path, [&](const fs::directory_entry& entry) {
+      return SameIgnoringCase(FromPath(entry.path().filename()), part);
+    });
+    if (same.empty()) return std::nullopt;
+    path = WithSeparator(path) + same.front();
+  }
+  return path;
+}
+
+std::string SafeFileName(std::string_view name, size_t maxChars) {
+  std::vector<std::string> characters;
+  for (size_t position = 0; position < name.size();) {
+    size_t length = SequenceLength(name, position);
+    std::string_view sequence = name.substr(position, length == 0 ? 1 : length);
+    characters.emplace_back(length == 0 || IsUnseemly(sequence) ? "_" : sequence);
+    position += sequence.size();
+  }
+  auto blankOrDot = [](const std::string& c) { return c == "." || c == " "; };
+  while (!characters.empty() && blankOrDot(characters.back())) characters.pop_back();
+  size_t start = 0;
+  while (start < characters.size() && blankOrDot(characters[start])) ++start;
+  characters.erase(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(start));
+
+  // A file system counts bytes: 255 in a name, of which UniquePath wants a few.
+  constexpr size_t kMaxExtension = 10;
+  constexpr size_t kMaxBytes = 200;
+  size_t dot = characters.size();
+  for (size_t i = characters.size(); i-- > 1;) {
+    if (characters[i] == ".") {
+      if (characters.size() - i <= kMaxExtension) dot = i;
+      break;
+    }
+  }
+  std::string extension;
+  for (size_t i = dot; i < characters.size(); ++i) extension += characters[i];
+  size_t room = maxChars - std::min(maxChars, characters.size() - dot);
+  std::string stem;
+  for (size_t i = 0; i < dot && i < room; ++i) {
+    if (stem.size() + characters[i].size() + extension.size() > kMaxBytes) break;
+    stem += characters[i];
+  }
+  if (IsDeviceName(std::string_view(stem).substr(0, stem.find('.')))) stem = "_" + stem;
+  return stem + extension;
+}
+
+std::string UniquePath(const std::string& folder, const std::string& name) {
+  std::string path = folder + name;
+  std::error_code code;
+  size_t dot = name.rfind('.');
+  if (dot == 0 || dot == std::string::npos) dot = name.size();
+  for (int number = 2; fs::exists(fs::symlink_status(ToPath(path), code)); ++number) {
+    path = folder + name.substr(0, dot) + " (" + std::to_string(number) + ")" + name.substr(dot);
+  }
+  return path;
+}
+
+std::string ReadFile(const std::string& path, uint64_t limit) {
+  InputFile file(path);
+  if (file.Size() > limit) {
+    throw Error(ErrorNumber::kPathAccess, "File is too large: " + path);
+  }
+  std::string bytes(file.Size(), '\0');
+  bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
+  return bytes;
+}
+
+void WriteFile(const std::string& path, std::string_view bytes) {
+  OutputFile file(path);
+  file.Write(bytes);
+  file.Close();
+}
+
+InputFile::InputFile(const std::string& path) : path_(path) {
+  Pass(FileOperation::kOpen, path);
+  handle_ = ::open(path.c_str(), O_RDONLY | kBinary);
+  if (handle_ < 0) ThrowSystemError(errno, path);
+  struct stat status {};
+  if (::fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    ::close(handle_);
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path);
+  }
+  size_ = static_cast<uint64_t>(status.st_size);
+}
+
+InputFile::~InputFile() {
+  ::close(handle_);
+}
+
+size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
+  Pass(FileOperation::kRead, path_);
+  if (offset > INT64_MAX) return 0;
+  size_t total = 0;
+  while (total < count) {
+    ssize_t got = ::pread(handle_, static_cast<char*>(buffer) + total, count - total,
+                          static_cast<off_t>(offset + total));
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      ThrowSystemError(errno, path_);
+    }
+    if (got == 0) break;
+    total += static_cast<size_t>(got);
+  }
+  return total;
+}
+
+OutputFile::OutputFile(const std::string& path) : path_(path) {
+  Pass(FileOperation::kOpen, path);
+  handle_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | kBinary, 0600);
+  if (handle_ < 0) ThrowSystemError(errno, path);
+}
+
+OutputFile::~OutputFile() {
+  if (handle_ < 0) return;
+  try {
+    Close();
+  } catch (const Error&) {
+    // Close was not called, so nobody waits for the news.
+  }
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  if (buffer_.size() + bytes.size() > kBufferSize) Flush();
+  if (bytes.size() >= kBufferSize) {
+    buffer_.assign(bytes);
+    Flush();
+  } else {
+    buffer_.append(bytes);
+  }
+}
+
+void OutputFile::Flush() {
+  std::string_view rest = buffer_;
+  if (rest.empty()) return;
+  Pass(FileOperation::kWrite, path_);
+  while (!rest.empty()) {
+    ssize_t done = ::write(handle_, rest.data(), rest.size());
+    if (done < 0) {
+      if (errno == EINTR) continue;
+      ThrowSystemError(errno, path_);
+    }
+    rest.remove_prefix(static_cast<size_t>(done));
+  }
+  buffer_.clear();
+}
+
+void OutputFile::Close() {
+  if (handle_ < 0) return;
+  try {
+    Flush();
+  } catch (...) {
+    ::close(handle_);
+    handle_ = -1;
+    throw;
+  }
+  int result = ::close(handle_);
+  handle_ = -1;
+  if (result != 0) ThrowSystemError(errno, path_);
+}
+
+LineReader::LineReader(const std::string& path) : file_(path) {}
+
+bool LineReader::Fill() {
+  if (position_ > 0) {
+    buffer_.erase(0, position_);
+    position_ = 0;
+  }
+  // Long lines double the piece, so that a line of any length is read in linear time.
+  size_t piece = std::max(kBufferSize, buffer_.size());
+  piece = static_cast<size_t>(
+      std::min<uint64_t>(piece, file_.Size() - std::min(offset_, file_.Size())));
+  if (piece == 0) return false;
+  size_t old = buffer_.size();
+  buffer_.resize(old + piece);
+  size_t got = file_.ReadAt(offset_, buffer_.data() + old, piece);
+  buffer_.resize(old + got);
+  offset_ += got;
+  return got > 0;
+}
+
+bool LineReader::AtEnd() {
+  return position_ >= buffer_.size() && !Fill();
+}
+
+bool LineReader::Next(std::string& line) {
+  line.clear();
+  if (AtEnd()) return false;
+  size_t searched = position_;
+  for (;;) {
+    const void* end = std::memchr(buffer_.data() + searched, '\n', buffer_.size() - searched);
+    if (end != nullptr) {
+      auto length = static_cast<size_t>(static_cast<const char*>(end) - buffer_.data());
+      line.assign(buffer_, position_, length - position_);
+      position_ = length + 1;
+      break;
+    }
+    size_t pending = buffer_.size() - position_;
+    if (!Fill()) {
+      line.assign(buffer_, position_);
+      position_ = buffer_.size();
+      break;
+    }
+    searched = position_ + pending;
+  }
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+}  // namespace tarnwick::platform
