@@ -13,7 +13,7 @@
 namespace tarnwick::repository {
 
 struct OpenedRepository {
-  jet::Connection ParameterConnection;  // emlParameter.twr
+  jet::Connection ParameterConnection;   // emlParameter.twr
   jet::Connection RepositoryConnection;  // Tarnwick.twr
   std::string RepositoryFolder;          // with its separator
 

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/sender_rules.h"
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/header_parser.h"
+#include "intake/store_message.h"
+#include "platform/locale.h"
+#include "repository/repository.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+using core::QuoteSql;
+using core::Report;
+using core::SenderAnswer;
+using repository::RepositoryDb;
+
+bool HasRows(const std::string& query) {
+  jet::Recordset recordset;
+  recordset.Open(query, RepositoryDb());
+  return !recordset.Eof();
+}
+
+bool IsIgnoredKey(const std::string& storedKey) {
+  return HasRows("SELECT ID FROM IgnoredEmail WHERE MessageID='" + QuoteSql(storedKey) + "'");
+}
+
+SenderAnswer Ask(const MailMessage& message) {
+  core::AskedEmail email;
+  email.subject = message.Subject;
+  email.from = message.FromName + "  <" + message.FromAddress + ">";
+  email.date = platform::FormatDate(message.SentTime, "General Date");
+  email.body = message.Body;
+  RepositoryDb().FlushGroup();
+  return core::State().Ui->AskAboutEmail(email);
+}
+
+bool ActOnAnswer(SenderAnswer answer, const MailMessage& message) {
+  switch (answer) {
+    case SenderAnswer::kAccept:
+    case SenderAnswer::kAcceptAll:
+      return true;
+    case SenderAnswer::kIgnore:
+      AddIgnoredMessage(message.MessageKey);
+      SetLastOutcome(Outcome::kIgnored);
+      return false;
+    case SenderAnswer::kReject:
+      SetAddresseeReject(message.FromName, message.FromAddress);
+      SetLastOutcome(Outcome::kRefused);
+      return false;
+    case SenderAnswer::kCancel:
+      break;
+  }
+  core::State().StopFlag = true;
+  SetLastOutcome(Outcome::kStopped);
+  return false;
+}
+
+}  // namespace
+
+bool IsEmailExist(const std::string& key) {
+  if (key.empty()) return false;
+  return core::Guarded(
+      "IsEmailExist", false,
+      [&] {
+        std::string stored = StoredKey(key);
+        return IsIgnoredKey(stored) ||
+               HasRows("SELECT ID FROM Email WHERE EntryID='" + QuoteSql(stored) + "'");
+      },
+      Report::kLog);
+}
+
+bool IsSenderReject(const std::string& address, const std::string& name) {
+  return core::Guarded(
+      "IsSenderReject", false,
+      [&] {
+        return HasRows("SELECT * FROM RejectSender WHERE Address='" + QuoteSql(address) + "'") ||
+               HasRows("SELECT * FROM RejectSender WHERE SenderName='" + QuoteSql(name) + "'");
+      },
+      Report::kLog);
+}
+
+bool IsSenderAccepted(const std::string& /*address*/, const std::string& name) {
+  return core::Guarded(
+      "IsSenderAccepted", false,
+      [&] { return HasRows("SELECT * FROM MeContact WHERE Name='" + QuoteSql(name) + "'"); },
+      Report::kLog);
+}
+
+void SetAddresseeReject(const std::string& name, const std::string& address) {
+  core::GuardedRun("SetAddresseeReject", [&] {
+    jet::Recordset& rules = repository::Repository().RejectRecordset;
+    rules.AddNew();
+    rules.SetField("SenderName", name);
+    rules.SetField("Address", address);
+    rules.SetField("UserName", core::State().UserName);
+    rules.Update();
+  });
+}
+
+void AddIgnoredMessage(const std::string& key) {
+  core::GuardedRun("AddIgnoredMessage", [&] {
+    RepositoryDb().Execute("INSERT INTO IgnoredEmail (MessageID) VALUES ('" +
+                           QuoteSql(StoredKey(key)) + "')");
+  });
+}
+
+bool IsMessageIgnored(const std::string& key) {
+  return core::Guarded(
+      "IsMessageIgnored", false, [&] { return IsIgnoredKey(StoredKey(key)); }, Report::kLog);
+}
+
+bool IsMessageAccepted(const MailMessage& message) {
+  SetLastOutcome(Outcome::kRefused);
+  return core::Guarded("IsMessageAccepted", false, [&] {
+    core::RunState& state = core::State();
+    if (state.RunWideAnswer == SenderAnswer::kAcceptAll) return true;
+    if (IsSenderReject(message.FromAddress, message.FromName)) return false;
+    if (IsSenderAccepted(message.FromAddress, message.FromName)) return true;
+    if (state.RefuseUnknownSenders) return false;
+    state.RunWideAnswer = SenderAnswer::kCancel;
+    state.RunWideAnswer = Ask(message);
+    core::YieldEvents();
+    return ActOnAnswer(state.RunWideAnswer, message);
+  });
+}
+
+}  // namespace tarnwick::intake

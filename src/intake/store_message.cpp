@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/store_message.h"
+
+#include <algorithm>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/header_parser.h"
+#include "intake/sender_rules.h"
+#include "platform/charset.h"
+#include "platform/files.h"
+#include "platform/html.h"
+#include "repository/repository.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+using core::QuoteSql;
+using core::Report;
+using repository::Repository;
+using repository::RepositoryDb;
+
+// A stored file's row holds at most this many bytes; embedded in every repository, do not change.
+constexpr size_t kFileRecordLength = 32767;
+
+// Text for a column: whatever an importer handed over, the database never holds invalid UTF-8.
+std::string Clean(const std::string& text) {
+  return platform::EnsureUtf8(text);
+}
+
+void TakeBodyFromHtml(MailMessage& message) {
+  if (message.Body.empty() || core::BeginsWith(message.Body, "<!DOCTYPE") ||
+      core::BeginsWith(message.Body, "<html")) {
+    message.Body = platform::HtmlToPlainText(Clean(message.HTMLBody));
+  }
+}
+
+void SetFirstFields(jet::Recordset& email, const MailMessage& message,
+                    const std::string& application, const std::string& identity) {
+  email.SetField("Application", Clean(application));
+  email.SetField("Identity", Clean(identity));
+  email.SetField("Folder", Clean(message.Folder));
+  email.SetField("Parent", Clean(message.Parent));
+  email.SetField("gwTimeShift", Clean(message.TimeShift));
+  email.SetField("Body", Clean(message.Body));
+  email.SetField("CountCC", message.CcCount);
+  email.SetField("Direction", message.Direction);
+  email.SetField("CreationTime", message.SentTime);
+  auto& latest = core::State().LatestReceivedTime;
+  if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
+  email.SetField("ReceivedTime", message.ReceivedTime);
+  email.SetField("EntryID", StoredKey(message.MessageKey));
+  email.SetField("HTMLBody", Clean(message.HTMLBody));
+}
+
+void SetOtherFields(jet::Recordset& email, const MailMessage& message) {
+  std::string importance = Clean(message.Importance);
+  bool isHigh = platform::AsciiUpper(importance) == "HIGH";
+  email.SetField("EmailImportance", isHigh ? std::string("HIGH") : importance);
+  email.SetField("NameFrom", Clean(message.FromName));
+  email.SetField("AddressFrom", Clean(message.FromAddress));
+  email.SetField("CountMailTo", message.ToCount);
+  email.SetField("FromToAddress", Clean(message.FromToAddress));
+  email.SetField("FromToName", Clean(message.FromToName));
+  email.SetField("Subject", Clean(message.Subject));
+  email.SetField("UserName", core::State().UserName);
+  email.SetField("FilesNum", message.AttachCount);
+  if (!message.Notes.empty()) email.SetField("Notes", Clean(message.Notes));
+  email.SetField("Charset", Clean(message.Charset));
+  email.SetField("Encoding", Clean(message.Encoding));
+}
+
+void StoreAttachmentNames(int64_t id, const MailMessage& message) {
+  int count = std::min<int>(message.AttachCount, kMaxAttachments);
+  for (int i = 0; i < count; ++i) {
+    const std::string& name = message.Attachments[static_cast<size_t>(i)];
+    if (name.empty()) continue;
+    RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (" +
+                           std::to_string(id) + ", '" + QuoteSql(Clean(name)) + "')");
+  }
+}
+
+// Rows for the recipients and the contacts; gives the correspondent's contact, 0 for none.
+int64_t StoreRecipients(int64_t id, const MailMessage& message) {
+  int64_t correspondent = 0;
+  bool isOut = message.Direction == "Out";
+  if (!isOut && message.Direction != "In") return 0;
+  if (!isOut) correspondent = GetContactId(message.FromName, message.FromAddress);
+  for (int i = 0; i < std::min<int>(message.ToCount, kMaxRecipients); ++i) {
+    const AddressPair& to = message.To[static_cast<size_t>(i)];
+    if (isOut) {
+      int64_t contact = GetContactId(to.Name, to.Address);
+      if (i == 0) correspondent = contact;
+    }
+    dbSaveRecipient(id, to.Name, to.Address, Repository().ToRecordset);
+  }
+  for (int i = 0; i < std::min<int>(message.CcCount, kMaxRecipients); ++i) {
+    const AddressPair& cc = message.Cc[static_cast<size_t>(i)];
+    if (isOut) GetContactId(cc.Name, cc.Address);
+    dbSaveRecipient(id, cc.Name, cc.Address, Repository().CcRecordset);
+  }
+  return correspondent;
+}
+
+}  // namespace
+
+std::string StoredKey(const std::string& messageKey) {
+  return core::SanitizeFilterText(Clean(messageKey));
+}
+
+void dbSaveMesage(const std::string& messageFile, MailMessage& message,
+                  const std::string& application, int16_t skipAcceptance,
+                  const std::string& identity) {
+  core::RunState& state = core::State();
+  SetLastOutcome(Outcome::kStopped);
+  if (state.StopFlag) return;
+  SetLastOutcome(Outcome::kUnreadable);
+  core::GuardedRun("dbSaveMesage", [&] {
+    jet::Recordset email;
+    email.Open("Email", RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kPessimistic,
+               jet::CommandType::kTable);
+    TakeBodyFromHtml(message);
+    if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message)) return;
+    SetLastOutcome(Outcome::kUnreadable);
+    ++state.StoredMessages;
+    email.AddNew();
+    SetFirstFields(email, message, application, identity);
+    SetOtherFields(email, message);
+    email.Update();
+    int64_t id = email.Field("ID").AsInt();
+    // The row is there: whatever fails behind it, the message counts as stored.
+    SetLastOutcome(Outcome::kStored);
+    email.SetField("ProjectID", dbSaveProject(message.Folder));
+    StoreAttachmentNames(id, message);
+    email.SetField("FromTo", StoreRecipients(id, message));
+    email.Update();
+    FileToDB(messageFile, id, application);
+  });
+}
+
+int64_t GetContactId(const std::string& name, const std::string& address) {
+  if (name.empty()) return 0;
+  return core::Guarded("GetContactId", int64_t{0}, [&] {
+    jet::Recordset& contacts = Repository().ContactRecordset;
+    std::string clean = Clean(name);
+    contacts.Requery();
+    if (!contacts.Eof()) {
+      contacts.MoveFirst();
+      contacts.Find("Name = '" + QuoteSql(clean) + "'");
+    }
+    if (contacts.Eof()) {
+      contacts.AddNew();
+      contacts.SetField("Name", clean);
+      contacts.SetField("UserName", core::State().UserName);
+      contacts.Update();
+    }
+    int64_t id = contacts.Field("ID").AsInt();
+    AddEmailID(address, id);
+    return id;
+  });
+}
+
+void AddEmailID(const std::string& address, int64_t contactId) {
+  core::GuardedRun("AddEmailID", [&] {
+    std::string clean = Clean(address);
+    jet::Recordset rows;
+    rows.Open("SELECT * FROM ContactEmail WHERE Address = '" + QuoteSql(clean) +
+                  "' AND ContactID=" + std::to_string(contactId),
+              RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+    if (!rows.Eof()) return;
+    rows.AddNew();
+    rows.SetField("Address", clean);
+    rows.SetField("ContactID", contactId);
+    rows.Update();
+  });
+}
+
+void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string& address,
+                     jet::Recordset& recordset) {
+  core::GuardedRun("dbSaveRecipient", [&] {
+    recordset.AddNew();
+    recordset.SetField("EmailID", emailId);
+    recordset.SetField("Address", Clean(address));
+    recordset.SetField("Name", Clean(name));
+    recordset.Update();
+  });
+}
+
+int64_t dbSaveProject(const std::string& projectName) {
+  return core::Guarded("dbSaveProject", int64_t{0}, [&] {
+    jet::Recordset& projects = Repository().ProjectRecordset;
+    std::string clean = Clean(projectName);
+    projects.Requery();
+    if (!projects.Eof()) projects.Find("ProjectName ='" + QuoteSql(clean) + "'");
+    if (projects.Eof()) {
+      projects.AddNew();
+      projects.SetField("ProjectName", clean);
+      projects.Update();
+    }
+    return projects.Field("ID").AsInt();
+  });
+}
+
+void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application) {
+  core::GuardedRun("FileToDB", [&] {
+    platform::InputFile file(messageFile);
+    jet::Recordset& rows = Repository().FileRecordset;
+    for (uint64_t offset = 0; offset < file.Size();) {
+      std::string record(std::min<uint64_t>(kFileRecordLength, file.Size() - offset), '\0');
+      record.resize(file.ReadAt(offset, record.data(), record.size()));
+      if (record.empty()) break;
+      offset += record.size();
+      rows.AddNew();
+      rows.SetField("FileID", emailId);
+      rows.SetField("FileBody", jet::Bytes{std::move(record)});
+      rows.SetField("Application", Clean(application));
+      rows.Update();
+    }
+  });
+}
+
+void dbSaveMeAddress(const std::string& address, const std::string& name,
+                     const std::string& application) {
+  core::GuardedRun("dbSaveMeAddress", [&] {
+    std::string clean = Clean(address);
+    jet::Recordset& own = Repository().OwnAddressRecordset;
+    own.Requery();
+    if (!own.Eof()) own.Find("Address = '" + QuoteSql(clean) + "'");
+    if (!own.Eof()) return;
+    own.AddNew();
+    own.SetField("Address", clean);
+    own.SetField("FromName", Clean(name));
+    own.SetField("Application", Clean(application));
+    own.Update();
+  });
+}
+
+bool IsFromMe(const std::string& address) {
+  return core::Guarded("IsFromMe", false, [&] {
+    jet::Recordset& own = Repository().OwnAddressRecordset;
+    own.Requery();
+    if (own.Eof()) return false;
+    own.Find("Address = '" + QuoteSql(Clean(address)) + "'");
+    return !own.Eof();
+  });
+}
+
+}  // namespace tarnwick::intake

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "repository/repository.h"
+
+#include <array>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "repository/parameter_store.h"
+#include "repository/schema.h"
+
+namespace tarnwick::repository {
+
+namespace {
+
+using core::State;
+using jet::CommandType;
+using jet::CursorType;
+using jet::LockType;
+
+// Shown when a repository can't be opened, above what went wrong.
+constexpr const char* kAdvice =
+    "You should take the following actions against message\r\n"
+    "\"A program is trying to access e-mail addresses you have stored in Outlook. Do you want to "
+    "allow this?\"\r\n"
+    "    1. Click box Allow access for\r\n"
+    "    2. Select 10 minutes (to the right of box Allow access for)\r\n"
+    "    3. Click YES";
+
+struct RecordsetSource {
+  jet::Recordset OpenedRepository::*recordset;
+  std::string_view source;
+  CursorType cursor;
+  CommandType command;
+};
+
+// In the order in which they are opened.
+constexpr std::array<RecordsetSource, 10> kRecordsets = {{
+    {&OpenedRepository::EmailRecordset, "Email", CursorType::kKeyset, CommandType::kTable},
+    {&OpenedRepository::AttachmentRecordset, "Attachment", CursorType::kKeyset,
+     CommandType::kTable},
+    {&OpenedRepository::FileRecordset, "FileRepository", CursorType::kKeyset, CommandType::kTable},
+    {&OpenedRepository::ContactRecordset, "SELECT * FROM MeContact ", CursorType::kKeyset,
+     CommandType::kText},
+    {&OpenedRepository::OwnAddressRecordset, "SELECT * FROM MeAddress ", CursorType::kDynamic,
+     CommandType::kText},
+    {&OpenedRepository::RejectRecordset, "SELECT * FROM RejectSender ", CursorType::kDynamic,
+     CommandType::kText},
+    {&OpenedRepository::CcRecordset, "ccRecipient", CursorType::kDynamic, CommandType::kTable},
+    {&OpenedRepository::ToRecordset, "ToRecipient", CursorType::kDynamic, CommandType::kTable},
+    {&OpenedRepository::ProjectRecordset, "tblProject", CursorType::kDynamic, CommandType::kTable},
+    {&OpenedRepository::ContactAddressRecordset, "SELECT * FROM ContactEmail", CursorType::kKeyset,
+     CommandType::kText},
+}};
+
+void EmptyScratchFolder() {
+  const std::string& folder = State().EmailFileFolder;
+  for (const std::string& name : platform::ListFiles(folder)) {
+    try {
+      platform::RemoveFile(folder + name);
+    } catch (const Error&) {
+      // A file in use stays until the next opening.
+    }
+  }
+}
+
+void CommitBeforeQuestion() {
+  try {
+    if (RepositoryDb().IsOpen()) RepositoryDb().FlushGroup();
+  } catch (const Error&) {
+    core::ReportCurrentException("CommitBeforeQuestion", core::Report::kLog);
+  }
+}
+
+void OpenRecordsets() {
+  OpenedRepository& repository = Repository();
+  for (const RecordsetSource& entry : kRecordsets) {
+    (repository.*entry.recordset)
+        .Open(entry.source, repository.RepositoryConnection, entry.cursor, LockType::kPessimistic,
+              entry.command);
+  }
+}
+
+// Throws Error.
+void Connect(jet::Connection& connection, const std::string& dataSource) {
+  connection.SetProvider(jet::kProvider);
+  connection.SetProperty(jet::kDataSourceProperty, dataSource);
+  connection.SetProperty(jet::kPasswordProperty, DatabasePassword());
+  connection.Open();
+}
+
+// The folder checks that both commands begin with; false when the command ends there.
+bool IsOtherFolder(std::string& folder) {
+  if (folder.empty()) return false;
+  folder = platform::WithSeparator(folder);
+  if (folder == State().AppFolder) {
+    core::ShowMessage("You have selected an application folder. You select other folder.");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+OpenedRepository& Repository() {
+  static OpenedRepository repository;
+  return repository;
+}
+
+jet::Connection& RepositoryDb() {
+  return Repository().RepositoryConnection;
+}
+
+jet::Connection& ParameterDb() {
+  return Repository().ParameterConnection;
+}
+
+std::string DatabasePassword() {
+  // One character at a time, so that the whole never lies in the program. It keeps a casual look
+  // out; it is no secret from someone who has the program.
+  constexpr std::array<int, 9> kCodes = {84, 119, 45, 107, 57, 113, 36, 82, 118};
+  std::string password;
+  for (int code : kCodes) password += static_cast<char>(code);
+  return password;
+}
+
+bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
+                     const std::string& /*password*/) {
+  return core::Guarded("twSetConnection", false, [&] {
+    Connect(connection, dataSource);
+    return true;
+  });
+}
+
+bool OpenRepository(bool clearAll) {
+  try {
+    OpenedRepository& repository = Repository();
+    DisconnectRepository();
+    core::SetBeforeQuestion(CommitBeforeQuestion);
+    Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
+    repository.RepositoryFolder = GetRepositoryFolder();
+    Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    if (clearAll) ClearRepository();
+    EmptyScratchFolder();
+    repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
+    OpenRecordsets();
+    return true;
+  } catch (...) {
+    Error error = core::CurrentError();
+    core::ShowError(std::string(kAdvice) + "\r\n" + std::to_string(error.Number()) + " " +
+                    error.Description());
+    DisconnectRepository();
+    return false;
+  }
+}
+
+void DisconnectRepository() {
+  core::GuardedRun("DisconnectRepository", [] {
+    OpenedRepository& repository = Repository();
+    for (const RecordsetSource& entry : kRecordsets) {
+      jet::Recordset& recordset = repository.*entry.recordset;
+      if (recordset.IsOpen()) recordset.Close();
+    }
+    repository.RepositoryConnection.Close();
+    repository.ParameterConnection.Close();
+  });
+}
+
+void ClearRepository() {
+  core::GuardedRun("ClearRepository", [] {
+    for (const char* statement :
+         {"DELETE * FROM Email", "DELETE * FROM Attachment", "DELETE * FROM FileRepository",
+          "DELETE * FROM MeContact", "DELETE * FROM MeAddress", "DELETE * FROM RejectSender",
+          "DELETE * FROM ccRecipient", "DELETE * FROM ToRecipient", "DELETE * FROM tblProject",
+          "DELETE * FROM Email", "DELETE * FROM UserList", "DELETE * FROM ContactEmail",
+          "DELETE * FROM IgnoredEmail"}) {
+      RepositoryDb().Execute(statement);
+    }
+  });
+}
+
+bool HasNoEmail() {
+  return core::Guarded("HasNoEmail", true, [] {
+    jet::Recordset recordset;
+    recordset.Open("SELECT Email.UserName From Email", RepositoryDb());
+    return recordset.Eof();
+  });
+}
+
+void ReadOptions() {
+  core::RunState& state = State();
+  state.RepositoryIsEmpty = HasNoEmail();
+  state.UseOutlookExpress = GetOption("OutlookExpress");
+  state.UseMSOutlook = GetOption("MSOutlook");
+  state.ShowEmailText = GetOption("ShowEmailText");
+}
+
+bool SwitchRepository(const std::string& folder) {
+  std::string former = Repository().RepositoryFolder;
+  // Stored first: opening reads the folder from the store.
+  SetRepositoryFolder(folder);
+  DisconnectRepository();
+  if (OpenRepository(false)) {
+    ReadOptions();
+    return true;
+  }
+  // The person still has the repository that was open.
+  if (twSetConnection(ParameterDb(), State().AppFolder + kParameterFile, "")) {
+    SetRepositoryFolder(former);
+    if (OpenRepository(false)) ReadOptions();
+  }
+  return false;
+}
+
+bool CreateRepositoryIn(std::string folder) {
+  return core::Guarded("mnCreateRepository", false, [&] {
+    if (!IsOtherFolder(folder)) return false;
+    std::string file = folder + kRepositoryFile;
+    if (platform::FileExists(file)) {
+      core::ShowMessage("Selected folder contain repository file " + file);
+      return false;
+    }
+    platform::CopyFile(State().AppFolder + kTemplateFile, file);
+    return SwitchRepository(folder);
+  });
+}
+
+bool OpenRepositoryIn(std::string folder) {
+  return core::Guarded("mnOpenRepository", false, [&] {
+    if (!IsOtherFolder(folder)) return false;
+    std::string file = folder + kRepositoryFile;
+    if (!platform::FileExists(file)) {
+      core::ShowMessage("Selected folder does not contain repository file " + file);
+      return false;
+    }
+    return SwitchRepository(folder);
+  });
+}
+
+}  // namespace tarnwick::repository

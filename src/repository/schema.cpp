@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "repository/schema.h"
+
+#include "platform/error.h"
+#include "platform/files.h"
+#include "platform/jet/connection.h"
+#include "repository/repository.h"
+
+namespace tarnwick::repository {
+
+namespace {
+
+using jet::ColumnType;
+using jet::TableDefinition;
+
+// The columns of a message. EmailOne has the same ones, so that a query can take either.
+std::vector<jet::ColumnDefinition> EmailColumns() {
+  return {
+      {"ID", ColumnType::kAutoNumber},
+      {"EntryID", ColumnType::kText},
+      {"Application", ColumnType::kText},
+      {"Identity", ColumnType::kText},
+      {"Folder", ColumnType::kText},
+      {"Parent", ColumnType::kText},
+      {"Direction", ColumnType::kText},
+      {"CreationTime", ColumnType::kDateTime},
+      {"ReceivedTime", ColumnType::kDateTime},
+      {"gwTimeShift", ColumnType::kText},
+      {"Subject", ColumnType::kText},
+      {"Charset", ColumnType::kText},
+      {"Encoding", ColumnType::kText},
+      {"EmailImportance", ColumnType::kText},
+      {"NameFrom", ColumnType::kText},
+      {"AddressFrom", ColumnType::kText},
+      {"FromToName", ColumnType::kText},
+      {"FromToAddress", ColumnType::kText},
+      {"FromTo", ColumnType::kLong},
+      {"CountMailTo", ColumnType::kLong},
+      {"CountCC", ColumnType::kLong},
+      {"FilesNum", ColumnType::kLong},
+      {"UserName", ColumnType::kText},
+      {"ProjectID", ColumnType::kLong},
+      {"Active", ColumnType::kText},
+      {"Notes", ColumnType::kMemo},
+      // The long ones last, so that reading a row for the list stops before them.
+      {"Body", ColumnType::kMemo},
+      {"HTMLBody", ColumnType::kMemo},
+  };
+}
+
+TableDefinition RecipientTable(std::string_view name, std::string_view index) {
+  return {name,
+          {{"ID", ColumnType::kAutoNumber},
+           {"EmailID", ColumnType::kLong},
+           {"Address", ColumnType::kText},
+           {"Name", ColumnType::kText}},
+          {{index, {"EmailID"}}}};
+}
+
+std::vector<TableDefinition> MakeRepositoryTables() {
+  std::vector<TableDefinition> tables;
+  tables.push_back({"Email",
+                    EmailColumns(),
+                    {{"EmailEntryID", {"EntryID"}},
+                     {"EmailReceivedTime", {"ReceivedTime"}},
+                     {"EmailFromTo", {"FromTo"}}}});
+  tables.push_back({"EmailOne", EmailColumns(), {}});
+  tables.push_back({"Attachment",
+                    {{"ID", ColumnType::kAutoNumber},
+                     {"EmailID", ColumnType::kLong},
+                     {"FileName", ColumnType::kText}},
+                    {{"AttachmentEmailID", {"EmailID"}}, {"AttachmentFileName", {"FileName"}}}});
+  tables.push_back({"FileRepository",
+                    {{"ID", ColumnType::kAutoNumber},
+                     {"FileID", ColumnType::kLong},
+                     {"Application", ColumnType::kText},
+                     {"FileBody", ColumnType::kBinary}},
+                    {{"FileRepositoryFileID", {"FileID"}}}});
+  tables.push_back(RecipientTable("ToRecipient", "ToRecipientEmailID"));
+  tables.push_back(RecipientTable("ccRecipient", "ccRecipientEmailID"));
+  tables.push_back({"MeContact",
+                    {{"ID", ColumnType::kAutoNumber},
+                     {"Name", ColumnType::kText},
+                     {"UserName", ColumnType::kText},
+                     {"PostAddress", ColumnType::kText},
+                     {"PhoneHome", ColumnType::kText},
+                     {"PhoneBuisness", ColumnType::kText},
+                     {"PhoneMobiler", ColumnType::kText},
+                     {"Remark", ColumnType::kMemo}},
+                    {{"MeContactName", {"Name"}}}});
+  tables.push_back({"ContactEmail",
+                    {{"ID", ColumnType::kAutoNumber},
+                     {"ContactID", ColumnType::kLong},
+                     {"Address", ColumnType::kText}},
+                    {{"ContactEmailContactID", {"ContactID", "Address"}}}});
+  tables.push_back({"MeAddress",
+                    {{"Address", ColumnType::kText},
+                     {"FromName", ColumnType::kText},
+                     {"Application", ColumnType::kText}},
+                    {{"MeAddressAddress", {"Address"}}}});
+  tables.push_back({"RejectSender",
+                    {{"SenderName", ColumnType::kText},
+                     {"Address", ColumnType::kText},
+                     {"UserName", ColumnType::kText}},
+                    {{"RejectSenderAddress", {"Address"}}, {"RejectSenderName", {"SenderName"}}}});
+  tables.push_back({"tblProject",
+                    {{"ID", ColumnType::kAutoNumber},
+                     {"ProjectName", ColumnType::kText},
+                     {"ProjectNote", ColumnType::kMemo}},
+                    {{"tblProjectName", {"ProjectName"}}}});
+  tables.push_back({"UserList", {{"User", ColumnType::kText}}, {{"UserListUser", {"User"}}}});
+  tables.push_back({"IgnoredEmail",
+                    {{"ID", ColumnType::kAutoNumber}, {"MessageID", ColumnType::kText}},
+                    {{"IgnoredEmailMessageID", {"MessageID"}}}});
+  tables.push_back({"ObjectList", {{"ID", ColumnType::kLong}}, {{"ObjectListID", {"ID"}}}});
+  return tables;
+}
+
+std::vector<TableDefinition> MakeParameterTables() {
+  return {{"Parameter",
+           {{"ParameterGroup", ColumnType::kText},
+            {"ParameterID", ColumnType::kText},
+            {"ParameterText", ColumnType::kText},
+            {"ParameterDate", ColumnType::kDateTime},
+            {"ParameterAmount", ColumnType::kDouble}},
+           {{"ParameterKey", {"ParameterGroup", "ParameterID"}}}}};
+}
+
+// The placeholder query takes its one row from EmailOne.
+void AddPlaceholderRow(const std::string& file) {
+  jet::Connection connection;
+  connection.SetProperty(jet::kDataSourceProperty, file);
+  connection.SetProperty(jet::kPasswordProperty, DatabasePassword());
+  connection.Open();
+  connection.Execute("INSERT INTO EmailOne (Subject, Direction) VALUES ('', '')");
+  connection.Close();
+}
+
+}  // namespace
+
+std::span<const TableDefinition> RepositoryTables() {
+  static const std::vector<TableDefinition> tables = MakeRepositoryTables();
+  return tables;
+}
+
+std::span<const TableDefinition> ParameterTables() {
+  static const std::vector<TableDefinition> tables = MakeParameterTables();
+  return tables;
+}
+
+void CreateDatabaseFiles(const std::string& folder) {
+  std::string place = platform::WithSeparator(folder);
+  std::string emptyRepository = place + kTemplateFile;
+  jet::CreateDatabaseFile(emptyRepository, DatabasePassword(), RepositoryTables(), kSchemaVersion);
+  AddPlaceholderRow(emptyRepository);
+  jet::CreateDatabaseFile(place + kParameterFile, DatabasePassword(), ParameterTables(),
+                          kSchemaVersion);
+  platform::CopyFile(emptyRepository, place + kRepositoryFile);
+}
+
+}  // namespace tarnwick::repository

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "support/program_fixture.h"
+
+#include "core/run_state.h"
+#include "core/startup.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/jet/recordset.h"
+#include "platform/locale.h"
+#include "repository/repository.h"
+#include "repository/schema.h"
+
+namespace tarnwick::testing {
+
+namespace {
+
+// Making the databases costs a key derivation each; they are made once a test program and copied.
+const std::string& EmptyDatabases() {
+  static TempFolder folder;
+  static bool made = [] {
+    repository::CreateDatabaseFiles(folder.Path());
+    return true;
+  }();
+  (void)made;
+  return folder.Path();
+}
+
+}  // namespace
+
+ProgramFixture::ProgramFixture() {
+  platform::ClockOverride clock;
+  clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0);
+  clock.zoneBiasMinutes = -180;
+  clock.logonName = "ann";
+  platform::SetClockOverride(clock);
+  platform::SetLocaleOverride("en_US");
+  core::SeedAppFolder(folder_.Path(), EmptyDatabases());
+  core::PrepareRun(folder_.Path());
+  EXPECT_TRUE(repository::OpenRepository(false));
+  repository::ReadOptions();
+}
+
+ProgramFixture::~ProgramFixture() {
+  repository::DisconnectRepository();
+  platform::SetClockOverride({});
+  platform::SetLocaleOverride("");
+  platform::SetFileFault(nullptr);
+}
+
+jet::Value ProgramFixture::Query(const std::string& sql) {
+  jet::Recordset rows;
+  rows.Open(sql, repository::RepositoryDb());
+  return rows.Eof() ? jet::Value() : rows.Field(0);
+}
+
+int64_t ProgramFixture::CountRows(const std::string& table) {
+  return Query("SELECT Count(*) AS RowCount FROM " + table).AsInt();
+}
+
+std::string ProgramFixture::Log() {
+  const std::string& file = core::State().LogFile;
+  return platform::FileExists(file) ? platform::ReadFile(file) : std::string();
+}
+
+std::string ProgramFixture::WriteTemp(const std::string& name, const std::string& text) {
+  std::string path = folder_.File(name);
+  platform::WriteFile(path, text);
+  return path;
+}
+
+}  // namespace tarnwick::testing
