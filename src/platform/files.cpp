@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #ifdef _WIN32
 #include <io.h>
+#include <windows.h>
 #else
 #include <unistd.h>
 #endif
@@ -182,6 +183,17 @@ std::string FileNameOf(const std::string& path) {
 std::string FolderOf(const std::string& path) {
   size_t slash = path.find_last_of(kSeparator == '\\' ? "\\/" : "/");
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+std::string ProgramPath() {
+#ifdef _WIN32
+  wchar_t path[32768];
+  DWORD length = GetModuleFileNameW(nullptr, path, 32768);
+  return FromPath(fs::path(std::wstring(path, length)));
+#else
+  std::error_code code;
+  return FromPath(fs::read_symlink("/proc/self/exe", code));
+#endif
 }
 
 std::string AbsolutePath(const std::string& path) {

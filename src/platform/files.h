@@ -34,6 +34,8 @@ std::string WithSeparator(std::string folder);
 std::string FileNameOf(const std::string& path);
 // The folder text of a path, with its separator; "" when the path has none.
 std::string FolderOf(const std::string& path);
+// The file of the running program.
+std::string ProgramPath();
 // An absolute form of the path, with "." and ".." resolved as text.
 std::string AbsolutePath(const std::string& path);
 

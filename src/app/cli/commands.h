@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The commands of tarnwick-cli, one file each. A command gets the words behind its name, runs on the
+// open repository and returns the exit status: 0 done, 1 failed (the reason has been written to
+// standard error). Wrong usage throws UsageError.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarnwick::app {
+
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kWrongUsage = 2;
+
+int RunLoad(const std::vector<std::string>& words);
+int RunTake(const std::vector<std::string>& words);
+int RunList(const std::vector<std::string>& words);
+int RunShow(const std::vector<std::string>& words);
+
+}  // namespace tarnwick::app

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "cli/console_user_interface.h"
+
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <map>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "core/run_state.h"
+#include "platform/charset.h"
+#include "platform/clock.h"
+
+namespace tarnwick::app {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int /*signal*/) {
+  interrupted = 1;
+}
+
+bool IsTerminal(int handle) {
+#ifdef _WIN32
+  return _isatty(handle) != 0;
+#else
+  return isatty(handle) != 0;
+#endif
+}
+
+// Texts of messages reach a terminal here: control characters would command it.
+std::string Printable(const std::string& text) {
+  std::string result;
+  for (char c : text) {
+    if (c == '\r') continue;
+    auto byte = static_cast<unsigned char>(c);
+    result += (byte < 0x20 && c != '\n') || byte == 0x7F ? ' ' : c;
+  }
+  return result;
+}
+
+bool ReadAnswer(std::string& answer) {
+  if (!std::getline(std::cin, answer)) return false;
+  answer = platform::AsciiLower(answer);
+  if (!answer.empty() && answer.back() == '\r') answer.pop_back();
+  return true;
+}
+
+}  // namespace
+
+ConsoleUserInterface::ConsoleUserInterface() : showsProgress_(IsTerminal(2)) {
+  std::signal(SIGINT, OnInterrupt);
+}
+
+bool ConsoleUserInterface::ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) {
+  ClearProgress();
+  if (icon == core::BoxIcon::kCritical) errorShown_ = true;
+  std::cerr << Printable(text) << std::endl;
+  // Nothing waits for an OK here, so a box that keeps coming back says its piece once.
+  return offerSilence;
+}
+
+bool ConsoleUserInterface::AskYesNo(const std::string& text) {
+  ClearProgress();
+  std::cerr << Printable(text) << " [y/n] " << std::flush;
+  if (alwaysYes_) {
+    std::cerr << "y" << std::endl;
+    return true;
+  }
+  std::string answer;
+  while (ReadAnswer(answer)) {
+    if (answer == "y" || answer == "yes") return true;
+    if (answer == "n" || answer == "no") return false;
+    std::cerr << "Please answer y or n: " << std::flush;
+  }
+  std::cerr << std::endl;
+  return false;
+}
+
+core::SenderAnswer ConsoleUserInterface::AskAboutEmail(const core::AskedEmail& email) {
+  using core::SenderAnswer;
+  static const std::map<std::string, SenderAnswer> kAnswers = {
+      {"a", SenderAnswer::kAccept}, {"l", SenderAnswer::kAcceptAll}, {"i", SenderAnswer::kIgnore},
+      {"r", SenderAnswer::kReject}, {"c", SenderAnswer::kCancel},
+  };
+  ClearProgress();
+  std::cerr << "Current Email\nSubject: " << Printable(email.subject)
+            << "\nFrom: " << Printable(email.from) << "\nDate: " << Printable(email.date) << "\n\n"
+            << Printable(std::string(platform::FirstChars(email.body, 1000))) << "\n\n";
+  std::string answer;
+  do {
+    std::cerr << "(a)ccept, accept a(l)l, (i)gnore, (r)eject this sender, (c)ancel: " << std::flush;
+    if (!ReadAnswer(answer)) {
+      std::cerr << std::endl;
+      return SenderAnswer::kCancel;
+    }
+  } while (kAnswers.count(answer) == 0);
+  return kAnswers.at(answer);
+}
+
+std::optional<std::string> ConsoleUserInterface::ChooseFolder(const std::string& prompt) {
+  ClearProgress();
+  std::cerr << Printable(prompt) << " and name it with --profile DIR." << std::endl;
+  return std::nullopt;
+}
+
+void ConsoleUserInterface::SetStatus(core::StatusPanel /*panel*/, const std::string& /*text*/) {}
+
+void ConsoleUserInterface::ShowProgress(int64_t done, int64_t total) {
+  if (!showsProgress_) return;
+  int64_t now = platform::TickMilliseconds();
+  if (now - lastProgress_ < 100) return;
+  lastProgress_ = now;
+  progressShown_ = true;
+  std::cerr << '\r' << done;
+  if (total > 0) std::cerr << " of " << total;
+  std::cerr << ' ' << std::flush;
+}
+
+void ConsoleUserInterface::ClearProgress() {
+  if (progressShown_) std::cerr << '\n';
+  progressShown_ = false;
+}
+
+void ConsoleUserInterface::YieldEvents() {
+  if (interrupted == 0) return;
+  interrupted = 0;
+  core::State().ImportCancelFlag = true;
+}
+
+}  // namespace tarnwick::app

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// tarnwick-cli: the program's modules for scripts, with the console in place of windows.
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <map>
+
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/console_user_interface.h"
+#include "core/guard.h"
+#include "core/run_state.h"
+#include "core/startup.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+
+namespace {
+
+using tarnwick::app::UsageError;
+using Command = std::function<int(const std::vector<std::string>&)>;
+
+constexpr const char* kUsage =
+    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] COMMAND
+  load   [--accept all|known|ask] [--full]
+  take   FILE...
+  list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
+         [--direction in|out|both] [--hot] [--attached]
+         [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
+  show   ID [--raw|--text]
+Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+const std::map<std::string, Command>& Commands() {
+  static const std::map<std::string, Command> commands = {
+      {"load", tarnwick::app::RunLoad},
+      {"take", tarnwick::app::RunTake},
+      {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},
+  };
+  return commands;
+}
+
+// What stands before the command; the rest of words is the command and its own.
+struct Invocation {
+  std::string home;
+  std::string profile;
+  bool alwaysYes = false;
+  bool help = false;
+  std::string command;
+  std::vector<std::string> words;
+};
+
+Invocation ReadInvocation(std::vector<std::string> words) {
+  Invocation invocation;
+  size_t i = 0;
+  auto value = [&](const std::string& option) {
+    if (++i >= words.size()) throw UsageError("option " + option + " wants a value");
+    return words[i];
+  };
+  for (; i < words.size() && !words[i].empty() && words[i][0] == '-'; ++i) {
+    if (words[i] == "--home") {
+      invocation.home = value("--home");
+    } else if (words[i] == "--profile") {
+      invocation.profile = value("--profile");
+    } else if (words[i] == "--yes") {
+      invocation.alwaysYes = true;
+    } else if (words[i] == "--help" || words[i] == "-h") {
+      invocation.help = true;
+    } else {
+      throw UsageError("unknown option " + words[i]);
+    }
+  }
+  if (i < words.size()) {
+    invocation.command = words[i];
+    invocation.words.assign(words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
+  }
+  return invocation;
+}
+
+void SetEnvironment(const char* name, const std::string& value) {
+  if (value.empty()) return;
+#ifdef _WIN32
+  _putenv_s(name, value.c_str());
+#else
+  setenv(name, value.c_str(), 1);
+#endif
+}
+
+// Opens the repository as every start does. False when it can't; the reason has been shown.
+bool Start(const std::string& programFolder) {
+  return tarnwick::core::Guarded("Main", false, [&] {
+    std::string appFolder = tarnwick::core::ChooseAppFolder(programFolder);
+    tarnwick::core::SeedAppFolder(appFolder, programFolder);
+    tarnwick::core::PrepareRun(appFolder);
+    if (!tarnwick::repository::OpenRepository(false)) return false;
+    tarnwick::repository::ReadOptions();
+    return true;
+  });
+}
+
+int Run(int argc, char** argv) {
+  Invocation invocation = ReadInvocation(std::vector<std::string>(argv + 1, argv + argc));
+  if (invocation.help) {
+    std::cout << kUsage;
+    return tarnwick::app::kDone;
+  }
+  auto command = Commands().find(invocation.command);
+  if (command == Commands().end()) {
+    throw UsageError(invocation.command.empty() ? "which command?"
+                                                : "unknown command " + invocation.command);
+  }
+  SetEnvironment("TARNWICK_HOME", invocation.home);
+  SetEnvironment("TARNWICK_PROFILE", invocation.profile);
+
+  tarnwick::app::ConsoleUserInterface console;
+  console.SetAlwaysYes(invocation.alwaysYes);
+  tarnwick::core::State().Ui = &console;
+  std::string program = tarnwick::platform::ProgramPath();
+  if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
+  int status = tarnwick::app::kFailed;
+  try {
+    status = command->second(invocation.words);
+  } catch (const tarnwick::Error&) {
+    tarnwick::core::ReportCurrentException(invocation.command, tarnwick::core::Report::kShow);
+  } catch (const UsageError&) {
+    tarnwick::repository::DisconnectRepository();
+    throw;
+  }
+  tarnwick::repository::DisconnectRepository();
+  tarnwick::core::State().Ui = nullptr;
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  try {
+    return Run(argc, argv);
+  } catch (const UsageError& error) {
+    std::cerr << "tarnwick-cli: " << error.what() << "\n" << kUsage;
+    return tarnwick::app::kWrongUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "tarnwick-cli: " << error.what() << std::endl;
+    return tarnwick::app::kFailed;
+  }
+}

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::platform {
+namespace {
+
+using testing::TempFolder;
+
+int NumberOf(const std::function<void()>& action) {
+  try {
+    action();
+    return 0;
+  } catch (const Error& error) {
+    return error.Number();
+  }
+}
+
+TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
+  const struct {
+    const char* what;
+    std::string name, safe;
+  } kRows[] = {
+      {"ordinary", "report 2004.doc", "report 2004.doc"},
+      {"path up", "../../etc/passwd", "_.._etc_passwd"},
+      {"windows path", "C:\\Windows\\system.ini", "C__Windows_system.ini"},
+      {"only dots", "...", ""},
+      {"hidden", ".bashrc", "bashrc"},
+      {"trailing dots and blanks", "a.txt. . ", "a.txt"},
+      {"device", "con.txt", "_con.txt"},
+      {"device with number", "LPT1", "_LPT1"},
+      {"no device", "console.txt", "console.txt"},
+      {"control characters", "a\tb\nc\x7F.txt", "a_b_c_.txt"},
+      {"NUL inside", std::string("a\0b.exe", 7), "a_b.exe"},
+      {"reversed text", "photo\u202Egpj.exe", "photo_gpj.exe"},
+      {"cyrillic", "\u041F\u0440\u0438\u0432\u0435\u0442.txt",
+       "\u041F\u0440\u0438\u0432\u0435\u0442.txt"},
+      {"broken UTF-8", "a\xFFz\xC3.txt", "a_z_.txt"},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(SafeFileName(row.name), row.safe) << row.what;
+}
+
+TEST(SafeFileName, LongNamesKeepTheirExtensionAndFitAFileSystem) {
+  std::string name = SafeFileName(std::string(5000, 'x') + ".jpeg", 60);
+  EXPECT_EQ(name.size(), 60U);
+  EXPECT_EQ(name.substr(55), ".jpeg");
+  std::string wide;
+  for (int i = 0; i < 500; ++i) wide += "\u65E5";
+  EXPECT_LE(SafeFileName(wide, 255).size(), 200U);
+  EXPECT_TRUE(IsValidUtf8(SafeFileName(wide, 255)));
+}
+
+TEST(Files, FailuresCarryTheirNumbers) {
+  TempFolder folder;
+  EXPECT_EQ(NumberOf([&] { InputFile file(folder.File("missing")); }), ErrorNumber::kFileNotFound);
+  EXPECT_EQ(NumberOf([&] { InputFile file(folder.Path()); }), ErrorNumber::kPathAccess);
+  EXPECT_EQ(NumberOf([&] { OutputFile file(folder.File("no/such/folder")); }),
+            ErrorNumber::kFileNotFound);
+  EXPECT_EQ(NumberOf([&] { RemoveFile(folder.File("missing")); }), 0);
+  WriteFile(folder.File("big"), std::string(100, 'x'));
+  EXPECT_EQ(NumberOf([&] { ReadFile(folder.File("big"), 99); }), ErrorNumber::kPathAccess);
+  SetFileFault([](FileOperation operation, const std::string& path) {
+    if (operation == FileOperation::kWrite)
+      throw Error(ErrorNumber::kDiskFull, "Disk full: " + path);
+  });
+  EXPECT_EQ(NumberOf([&] { WriteFile(folder.File("full"), "x"); }), ErrorNumber::kDiskFull);
+  SetFileFault(nullptr);
+}
+
+TEST(Files, WhatIsMadeIsTheOwnersOnly) {
+  TempFolder folder;
+  MakeFolder(folder.File("a/b/"));
+  MakeFolder(folder.File("a/b/"));
+  WriteFile(folder.File("a/b/c"), "text");
+  CopyFile(folder.File("a/b/c"), folder.File("a/copy"));
+  EXPECT_EQ(ReadFile(folder.File("a/copy")), "text");
+  for (const char* name : {"a", "a/b", "a/b/c", "a/copy"}) {
+    struct stat status {};
+    ASSERT_EQ(::stat(folder.File(name).c_str(), &status), 0) << name;
+    EXPECT_EQ(status.st_mode & 077U, 0U) << name;
+  }
+}
+
+TEST(Files, NamesAreFoundAndListedWithoutRegardToCase) {
+  TempFolder folder;
+  MakeFolder(folder.File("Local Settings/Mail"));
+  WriteFile(folder.File("Local Settings/Mail/INBOX.DBX"), "");
+  WriteFile(folder.File("Local Settings/Mail/drafts.dbx"), "");
+  WriteFile(folder.File("Local Settings/Mail/notes.txt"), "");
+  EXPECT_EQ(FindIgnoringCase(folder.Path(), "local settings/MAIL/inbox.dbx"),
+            folder.File("Local Settings/Mail/INBOX.DBX"));
+  EXPECT_FALSE(FindIgnoringCase(folder.Path(), "Local Settings/../Local Settings"));
+  EXPECT_FALSE(FindIgnoringCase(folder.Path(), "elsewhere"));
+  EXPECT_EQ(ListFiles(folder.File("Local Settings/Mail/"), ".dbx"),
+            (std::vector<std::string>{"drafts.dbx", "INBOX.DBX"}));
+  EXPECT_TRUE(ListFiles(folder.File("none/")).empty());
+  EXPECT_EQ(UniquePath(folder.File("Local Settings/Mail/"), "notes.txt"),
+            folder.File("Local Settings/Mail/notes (2).txt"));
+}
+
+TEST(LineReader, TakesEveryKindOfLineEndAndKeepsEveryByte) {
+  TempFolder folder;
+  std::string longLine(300000, 'y');
+  WriteFile(folder.File("lines"), std::string("first\r\nsecond\n\r\n\nlone\rCR\n") +
+                                      std::string("n\0l\n", 4) + longLine + "\r\nlast");
+  LineReader reader(folder.File("lines"));
+  std::vector<std::string> lines;
+  for (std::string line; reader.Next(line);) lines.push_back(line);
+  EXPECT_EQ(lines, (std::vector<std::string>{"first", "second", "", "", "lone\rCR",
+                                             std::string("n\0l", 3), longLine, "last"}));
+  EXPECT_TRUE(reader.AtEnd());
+  WriteFile(folder.File("empty"), "");
+  LineReader empty(folder.File("empty"));
+  EXPECT_TRUE(empty.AtEnd());
+}
+
+}  // namespace
+}  // namespace tarnwick::platform
