@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/store_message.h"
+
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "intake/header_parser.h"
+#include "intake/sender_rules.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::intake {
+namespace {
+
+using core::SenderAnswer;
+using core::State;
+using repository::RepositoryDb;
+
+class StoreMessage : public testing::ProgramFixture {
+ protected:
+  StoreMessage() {
+    message_.Subject = "Budget";
+    message_.SentTime = DateTime::FromDate(2004, 1, 5).WithTime(10, 20, 30);
+    message_.ReceivedTime = DateTime::FromDate(2004, 1, 5).WithTime(10, 21, 0);
+    message_.MessageKey = "key one";
+    message_.FromName = "Berta Holm";
+    message_.FromAddress = "berta@example.org";
+    message_.FromToName = message_.FromName;
+    message_.FromToAddress = message_.FromAddress;
+    message_.Direction = "In";
+    message_.Folder = "Inbox";
+    message_.Body = "Hello\r\n";
+    message_.To[0] = {"Ann", "ann@example.org"};
+    message_.ToCount = 1;
+    file_ = WriteTemp("message.eml", "Subject: Budget\r\n\r\nHello\r\n");
+  }
+
+  void Store(int16_t skipAcceptance = 1) {
+    dbSaveMesage(file_, message_, "Outlook Express", skipAcceptance, "Main");
+  }
+
+  std::string StoredFile(int64_t id) {
+    jet::Recordset rows;
+    rows.Open(
+        "SELECT FileBody FROM FileRepository WHERE FileID=" + std::to_string(id) + "ORDER BY ID",
+        RepositoryDb(), jet::CursorType::kKeyset);
+    std::string bytes;
+    for (; !rows.Eof(); rows.MoveNext()) {
+      bytes += std::get<jet::Bytes>(rows.Field("FileBody").Data()).data;
+    }
+    return bytes;
+  }
+
+  MailMessage message_;
+  std::string file_;
+};
+
+TEST_F(StoreMessage, EveryRowOfAMessageIsWritten) {
+  message_.Attachments[0] = "plan's.doc";
+  message_.Attachments[1] = "";
+  message_.AttachCount = 2;
+  message_.Cc[0] = {"Carl", "carl@example.org"};
+  message_.CcCount = 1;
+  message_.Importance = "High";
+  Store();
+  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(State().StoredMessages, 1);
+  EXPECT_EQ(State().LatestReceivedTime, message_.ReceivedTime);
+  jet::Recordset email;
+  email.Open("SELECT * FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
+  ASSERT_EQ(email.RecordCount(), 1);
+  EXPECT_EQ(email.Field("EntryID").AsText(), "key one");
+  EXPECT_EQ(email.Field("EmailImportance").AsText(), "HIGH");
+  EXPECT_EQ(email.Field("CreationTime").AsDate(), message_.SentTime);
+  EXPECT_EQ(email.Field("FilesNum").AsInt(), 2);
+  EXPECT_TRUE(email.Field("Notes").IsNull());
+  EXPECT_TRUE(email.Field("Active").IsNull());
+  EXPECT_EQ(email.Field("UserName").AsText(), "ann");
+  EXPECT_EQ(email.Field("Identity").AsText(), "Main");
+  EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), "plan's.doc");
+  EXPECT_EQ(CountRows("Attachment"), 1);
+  EXPECT_EQ(Query("SELECT Address FROM ToRecipient").AsText(), "ann@example.org");
+  EXPECT_EQ(Query("SELECT Name FROM ccRecipient").AsText(), "Carl");
+  EXPECT_EQ(Query("SELECT MeContact.Name FROM Email INNER JOIN MeContact ON Email.FromTo = "
+                  "MeContact.ID")
+                .AsText(),
+            "Berta Holm");
+  EXPECT_EQ(Query("SELECT tblProject.ProjectName FROM Email INNER JOIN tblProject ON "
+                  "Email.ProjectID = tblProject.ID")
+                .AsText(),
+            "Inbox");
+  EXPECT_EQ(StoredFile(email.Field("ID").AsInt()), platform::ReadFile(file_));
+}
+
+TEST_F(StoreMessage, SentMailMakesContactsOfItsRecipientsAndReusesThem) {
+  message_.Direction = "Out";
+  message_.To[0] = {"", "nameless@example.org"};
+  message_.To[1] = {"Dora O'Hara", "dora@example.org"};
+  message_.ToCount = 2;
+  Store();
+  message_.To[0] = {"DORA O'HARA", "dora@elsewhere.org"};
+  message_.ToCount = 1;
+  message_.MessageKey = "key two";
+  Store();
+  EXPECT_EQ(Query("SELECT FromTo FROM Email WHERE EntryID='key one'").AsInt(), 0);
+  EXPECT_EQ(CountRows("MeContact"), 1);
+  EXPECT_EQ(CountRows("ContactEmail"), 2);
+  EXPECT_EQ(Query("SELECT FromTo FROM Email WHERE EntryID='key two'").AsInt(),
+            Query("SELECT ID FROM MeContact").AsInt());
+  message_.Direction = "";
+  message_.MessageKey = "key three";
+  Store();
+  EXPECT_EQ(CountRows("ToRecipient"), 3);
+}
+
+TEST_F(StoreMessage, ALongFileIsKeptInRowsOfItsExactBytes) {
+  std::string raw;
+  for (int i = 0; i < 70000; ++i) raw += static_cast<char>(i * 7);
+  file_ = WriteTemp("long.eml", raw);
+  Store();
+  EXPECT_EQ(CountRows("FileRepository"), 3);
+  EXPECT_EQ(StoredFile(1), raw);
+  file_ = WriteTemp("exact.eml", raw.substr(0, 32767));
+  Store();
+  EXPECT_EQ(CountRows("FileRepository"), 4);
+  EXPECT_EQ(StoredFile(2), raw.substr(0, 32767));
+}
+
+TEST_F(StoreMessage, HostileTextsAreStoredAsTheyStand) {
+  const std::string nasty = "x'); DELETE * FROM Email; -- \"%_[a]#";
+  message_.Subject = nasty;
+  message_.FromName = nasty;
+  message_.FromAddress = nasty;
+  message_.Folder = nasty;
+  message_.To[0] = {nasty, nasty};
+  message_.Attachments[0] = nasty + std::string("\0tail", 5);
+  message_.AttachCount = 1;
+  message_.Body = "broken \xFF\xFE utf-8";
+  message_.MessageKey = std::string(300, 'k') + "'";
+  Store();
+  message_.MessageKey = "other";
+  Store();
+  EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), nasty);
+  EXPECT_EQ(CountRows("Email"), 2);
+  EXPECT_EQ(CountRows("MeContact"), 1);
+  EXPECT_EQ(CountRows("tblProject"), 1);
+  EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), message_.Attachments[0]);
+  EXPECT_TRUE(platform::IsValidUtf8(Query("SELECT Body FROM Email").AsText()));
+  EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(), std::string(255, 'k'));
+}
+
+TEST_F(StoreMessage, AnEmptyOrMarkupBodyIsTakenFromTheHtml) {
+  message_.HTMLBody = "<html><body><p>From the <b>HTML</b></p></body></html>";
+  message_.Body = "";
+  Store();
+  message_.Body = "<html>raw";
+  Store();
+  message_.Body = "<HTML> is kept as text";
+  Store();
+  jet::Recordset email;
+  email.Open("SELECT Body FROM Email ORDER BY ID", RepositoryDb(), jet::CursorType::kKeyset);
+  EXPECT_NE(email.Field(0).AsText().find("From the HTML"), std::string::npos);
+  email.MoveNext();
+  EXPECT_NE(email.Field(0).AsText().find("From the HTML"), std::string::npos);
+  email.MoveNext();
+  EXPECT_EQ(email.Field(0).AsText(), "<HTML> is kept as text");
+}
+
+TEST_F(StoreMessage, AnErrorKeepsWhatWasWrittenAndIsReported) {
+  file_ = folder_.File("gone.eml");
+  Store();
+  EXPECT_EQ(CountRows("Email"), 1);
+  EXPECT_EQ(CountRows("ToRecipient"), 1);
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_NE(ui_.Shown("error")[0].find("Error: 53 "), std::string::npos);
+  EXPECT_NE(ui_.Shown("error")[0].find(" FileToDB"), std::string::npos);
+}
+
+TEST_F(StoreMessage, TheStopFlagStoresNothing) {
+  State().StopFlag = true;
+  Store();
+  EXPECT_EQ(CountRows("Email"), 0);
+  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+}
+
+TEST_F(StoreMessage, AnUnknownSenderIsAskedAboutAndTheAnswerObeyed) {
+  ui_.senders = {SenderAnswer::kIgnore, SenderAnswer::kReject, SenderAnswer::kAccept};
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kIgnored);
+  EXPECT_TRUE(IsEmailExist("key one"));
+  ASSERT_EQ(ui_.asked.size(), 1U);
+  EXPECT_EQ(ui_.asked[0].from, "Berta Holm  <berta@example.org>");
+
+  message_.FromName = "Spam's Inc";
+  message_.FromAddress = "spam@example.org";
+  message_.MessageKey = "key two";
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  Store(0);  // now by the rule, unasked
+  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  message_.FromAddress = "another@example.org";  // by name
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(State().StoredMessages, 0);
+  EXPECT_EQ(CountRows("Email"), 0);
+
+  message_.FromName = "Emil";
+  message_.FromAddress = "emil@example.org";
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  Store(0);  // a contact now
+  EXPECT_EQ(ui_.asked.size(), 3U);
+}
+
+TEST_F(StoreMessage, ARejectedAddressBeatsAKnownNameAndAcceptAllBeatsBoth) {
+  GetContactId("Berta Holm", "berta@example.org");
+  SetAddresseeReject("Somebody", "berta@example.org");
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  SetAddresseeReject("Nobody", "nobody@example.org");
+  message_.FromName = "Nobody";
+  ui_.senders = {};
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  message_.FromName = "Unknown";
+  message_.FromAddress = "unknown@example.org";
+  ui_.senders = {SenderAnswer::kAcceptAll};
+  Store(0);
+  message_.FromAddress = "berta@example.org";
+  Store(0);
+  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(CountRows("Email"), 2);
+}
+
+TEST_F(StoreMessage, CancelEndsTheRunWithTheMessageUnstored) {
+  ui_.senders = {SenderAnswer::kCancel};
+  Store(0);
+  EXPECT_TRUE(State().StopFlag);
+  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+  EXPECT_EQ(CountRows("Email"), 0);
+}
+
+TEST_F(StoreMessage, OwnAddressesAreKeptOnceAndKnownInAnyCase) {
+  dbSaveMeAddress("Ann@Example.org", "Ann", "Outlook Express");
+  dbSaveMeAddress("ann@example.org", "Ann", "Outlook Express");
+  dbSaveMeAddress("o'hara@example.org", "", "Outlook Express");
+  EXPECT_EQ(CountRows("MeAddress"), 2);
+  EXPECT_TRUE(IsFromMe("ANN@EXAMPLE.ORG"));
+  EXPECT_TRUE(IsFromMe("o'hara@example.org"));
+  EXPECT_FALSE(IsFromMe("ann@example.or"));
+  EXPECT_FALSE(IsEmailExist(""));
+}
+
+}  // namespace
+}  // namespace tarnwick::intake

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "repository/repository.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "core/run_state.h"
+#include "core/startup.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+#include "repository/parameter_store.h"
+#include "repository/schema.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::repository {
+namespace {
+
+using core::State;
+
+class RepositoryTest : public testing::ProgramFixture {};
+
+// A page of a file that is no database, or one of another program.
+std::string Garbage() {
+  std::string bytes;
+  for (int i = 0; i < 8192; ++i) bytes += static_cast<char>(i * 31 + i / 7);
+  return bytes;
+}
+
+TEST_F(RepositoryTest, OpeningEmptiesTheScratchFolderAndTheObjectList) {
+  RepositoryDb().Execute("INSERT INTO ObjectList VALUES (5)");
+  platform::WriteFile(State().EmailFileFolder + "left over.msg", "x");
+  ASSERT_TRUE(OpenRepository(false));
+  EXPECT_EQ(CountRows("ObjectList"), 0);
+  EXPECT_TRUE(platform::ListFiles(State().EmailFileFolder).empty());
+  EXPECT_EQ(CountRows("EmailOne"), 1);
+}
+
+TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
+  for (const jet::TableDefinition& table : RepositoryTables()) {
+    std::string name(table.name);
+    if (name == "EmailOne" || name == "ObjectList") continue;
+    // The second column of every table is a text or a number; so is the only one of UserList.
+    std::string column(table.columns[table.columns.size() > 1 ? 1 : 0].name);
+    RepositoryDb().Execute("INSERT INTO " + name + " (" + column + ") VALUES ('1')");
+  }
+  RepositoryDb().Execute("INSERT INTO ObjectList VALUES (5)");
+  SetOption("MSOutlook", true);
+  EXPECT_FALSE(HasNoEmail());
+  ClearRepository();
+  for (const jet::TableDefinition& table : RepositoryTables()) {
+    std::string name(table.name);
+    int64_t expected = name == "ObjectList" || name == "EmailOne" ? 1 : 0;
+    EXPECT_EQ(CountRows(name), expected) << name;
+  }
+  EXPECT_TRUE(GetOption("MSOutlook"));
+  EXPECT_TRUE(HasNoEmail());
+}
+
+TEST_F(RepositoryTest, AFileThatIsNoRepositoryIsRefusedWithTheAdviceInOneBox) {
+  DisconnectRepository();
+  std::string file = State().AppFolder + kRepositoryFile;
+  platform::WriteFile(file, Garbage());
+  EXPECT_FALSE(OpenRepository(false));
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  std::string text = ui_.Shown("error")[0];
+  EXPECT_EQ(text.find("Error: You should take the following actions against message\r\n\"A"), 0U);
+  EXPECT_NE(text.find("    3. Click YES\r\n26 "), std::string::npos) << text;
+  EXPECT_EQ(platform::ReadFile(file), Garbage());
+}
+
+TEST_F(RepositoryTest, AMissingRepositoryIsNeverMadeByOpening) {
+  DisconnectRepository();
+  platform::RemoveFile(State().AppFolder + kRepositoryFile);
+  EXPECT_FALSE(OpenRepository(false));
+  EXPECT_FALSE(platform::FileExists(State().AppFolder + kRepositoryFile));
+}
+
+TEST_F(RepositoryTest, CreatingAndOpeningRefuseWhatTheyMust) {
+  EXPECT_FALSE(CreateRepositoryIn(State().AppFolder));
+  EXPECT_FALSE(OpenRepositoryIn(State().AppFolder));
+  EXPECT_FALSE(OpenRepositoryIn(""));
+  std::string other = folder_.File("other");
+  platform::MakeFolder(other);
+  EXPECT_FALSE(OpenRepositoryIn(other));
+  platform::WriteFile(other + "/Tarnwick.twr", "somebody's");
+  EXPECT_FALSE(CreateRepositoryIn(other));
+  EXPECT_EQ(platform::ReadFile(other + "/Tarnwick.twr"), "somebody's");
+  std::string chosen = "You have selected an application folder. You select other folder.";
+  EXPECT_EQ(ui_.Shown("box"),
+            (std::vector<std::string>{
+                chosen, chosen,
+                "Selected folder does not contain repository file " + other + "/Tarnwick.twr",
+                "Selected folder contain repository file " + other + "/Tarnwick.twr"}));
+  // And one that turns out to be no repository leaves the former one open.
+  RepositoryDb().Execute("INSERT INTO Email (Subject) VALUES ('kept')");
+  EXPECT_FALSE(OpenRepositoryIn(other));
+  EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "kept");
+  EXPECT_EQ(GetRepositoryFolder(), State().AppFolder);
+}
+
+TEST_F(RepositoryTest, SwitchingLastsUntilTheFolderIsGone) {
+  std::string other = folder_.File("second") + "/";
+  platform::MakeFolder(other);
+  ASSERT_TRUE(CreateRepositoryIn(folder_.File("second")));
+  EXPECT_EQ(Repository().RepositoryFolder, other);
+  RepositoryDb().Execute("INSERT INTO Email (Subject) VALUES ('in the second')");
+  ASSERT_TRUE(OpenRepository(false));
+  EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "in the second");
+  DisconnectRepository();
+  platform::RenameFile(other + "Tarnwick.twr", other + "moved away");
+  ASSERT_TRUE(OpenRepository(false));
+  EXPECT_EQ(Repository().RepositoryFolder, State().AppFolder);
+}
+
+TEST_F(RepositoryTest, SettingsKeepOneRowEachAndEmptyOnesReadAsNothing) {
+  EXPECT_TRUE(GetParameter("Filter", "Subject", kTextColumn).IsNull());
+  EXPECT_EQ(GetLastLoaded(), "");
+  SetParameter("Filter", "Subject", kTextColumn, "it's \"quoted\"; DROP TABLE Parameter --");
+  SetParameter("Filter", "Subject", kTextColumn, "second");
+  SetOption("OutlookExpress", true);
+  SetOption("OutlookExpress", false);
+  EXPECT_EQ(GetParameter("Filter", "Subject", kTextColumn).AsText(), "second");
+  EXPECT_FALSE(GetOption("OutlookExpress"));
+  jet::Recordset rows;
+  rows.Open("SELECT * FROM Parameter", ParameterDb(), jet::CursorType::kKeyset);
+  EXPECT_EQ(rows.RecordCount(), 2);
+  SetLastLoaded(DateTime::FromDate(2005, 3, 5).WithTime(14, 7, 0));
+  EXPECT_EQ(GetLastLoaded(), "3/5/2005 14:07");
+}
+
+TEST_F(RepositoryTest, AWindowComesBackOnlyWhereItCanBeSeen) {
+  constexpr int kHeight = 15000;
+  constexpr int kWidth = 20000;
+  EXPECT_FALSE(RestoreFormPosition("MainBoard", false, kHeight, kWidth));
+  SaveFormPosition("MainBoard", {300, 400, 6000, 9000});
+  auto place = RestoreFormPosition("MainBoard", true, kHeight, kWidth);
+  ASSERT_TRUE(place);
+  EXPECT_EQ(place->top, 300);
+  EXPECT_EQ(place->left, 400);
+  EXPECT_EQ(place->width, 9000);
+  EXPECT_FALSE(RestoreFormPosition("MainBoard", true, 400, 400));
+  SaveFormPosition("MainBoard", {-20, 400, 6000, 9000});
+  EXPECT_FALSE(RestoreFormPosition("MainBoard", false, kHeight, kWidth));
+}
+
+TEST(Password, HasNineCharacters) {
+  EXPECT_EQ(DatabasePassword().size(), 9U);
+}
+
+}  // namespace
+}  // namespace tarnwick::repository
