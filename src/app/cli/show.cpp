@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include <iostream>
+
+#include "board/stored_message.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+
+namespace tarnwick::app {
+
+namespace {
+
+void PrintRecipients(const char* label, const std::vector<intake::AddressPair>& recipients) {
+  for (const intake::AddressPair& recipient : recipients) {
+    std::cout << label << recipient.Name << " <" << recipient.Address << ">\n";
+  }
+}
+
+void PrintWhole(const board::StoredMessage& message) {
+  std::cout << "Subject: " << message.subject << "\nFrom: " << message.fromName << " <"
+            << message.fromAddress << ">\n";
+  PrintRecipients("To: ", message.to);
+  PrintRecipients("Cc: ", message.cc);
+  if (message.sent) std::cout << "Sent: " << message.sent->ToIso() << "\n";
+  if (message.received) std::cout << "Received: " << message.received->ToIso() << "\n";
+  std::cout << "Folder: " << message.folder << "\n";
+  for (const std::string& name : message.attachments) std::cout << "Attachment: " << name << "\n";
+  std::cout << "\n" << message.Text();
+}
+
+}  // namespace
+
+int RunShow(const std::vector<std::string>& words) {
+  Arguments arguments(words, {}, {"--raw", "--text"});
+  if (arguments.Has("--raw") && arguments.Has("--text")) {
+    throw UsageError("--raw and --text exclude each other");
+  }
+  int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
+  std::optional<board::StoredMessage> message = board::ReadStoredMessage(id);
+  if (!message) {
+    std::cerr << "There is no email with ID " << id << "." << std::endl;
+    return kFailed;
+  }
+  if (arguments.Has("--raw")) {
+    std::optional<std::string> file = board::ReadStoredFile(id);
+    if (!file) {
+      std::cerr << "There isn't nature email copy." << std::endl;
+      return kFailed;
+    }
+    std::cout << *file;
+  } else if (arguments.Has("--text")) {
+    std::cout << message->Text();
+  } else {
+    PrintWhole(*message);
+  }
+  std::cout.flush();
+  return std::cout.good() ? kDone : kFailed;
+}
+
+}  // namespace tarnwick::app
