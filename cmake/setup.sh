@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Installs what cmake/packages.txt names and this machine lacks. Needs apt; asks for sudo only when
-# something is missing.
+# Installs what cmake/packages.txt names and this machine lacks; with an argument ("bench") also what
+# cmake/packages-ARGUMENT.txt names. Needs apt; asks for sudo only when something is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+lists=(cmake/packages.txt)
+[ $# -eq 0 ] || lists+=("cmake/packages-$1.txt")
 missing=()
 while read -r package; do
   case "$package" in '' | '#'*) continue ;; esac
@@ -13,7 +15,7 @@ while read -r package; do
     npm) command -v npm >/dev/null && continue ;;
   esac
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
-done < cmake/packages.txt
+done < <(cat "${lists[@]}")
 
 [ ${#missing[@]} -eq 0 ] && exit 0
 
