@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The commands of tarnwick-cli, one file each. A command gets the words behind its name, runs on the
-// open repository and returns the exit status: 0 done, 1 failed (the reason has been written to
+// The commands of tarnwick-cli, one file each. A command gets the words behind its name, runs on
+// the open repository and returns the exit status: 0 done, 1 failed (the reason has been written to
 // standard error). Wrong usage throws UsageError.
 #pragma once
 
