@@ -24,6 +24,8 @@ inline constexpr int kPathAccess = 75;      // every other failure of a file or 
 inline constexpr int kSystemCode = 200;     // a timestamp that the system refuses to convert
 inline constexpr int kUnexpected = 51;      // an internal error: a bug, out of memory
 inline constexpr int kObjectClosed = 3704;  // a recordset or connection used while closed
+inline constexpr int kObjectOpen = 3705;    // opened while open
+inline constexpr int kNotUpdatable = 3251;  // a change where rows can only be read
 inline constexpr int kNoCurrentRow = 3021;  // a row was asked for at the end or the beginning
 inline constexpr int kNoSuchItem = 3265;    // a field name that the recordset does not have
 }  // namespace ErrorNumber

@@ -11,9 +11,9 @@
 //
 // Commits. Each statement is committed by itself, flushed to disk (synchronous=FULL), until
 // BeginGroup. Between BeginGroup and EndGroup writes are collected into commits of at most 250
-// milliseconds, and a commit falls only where EndUnit or FlushGroup was called: what a unit wrote is
-// on disk whole or not at all after a crash. Where the engine itself has to roll a group back (disk
-// full), LostUnits counts the finished units that went with it.
+// milliseconds, and a commit falls only where EndUnit or FlushGroup was called: what a unit wrote
+// is on disk whole or not at all after a crash. Where the engine itself has to roll a group back
+// (disk full), LostUnits counts the finished units that went with it.
 #pragma once
 
 #include <cstdint>

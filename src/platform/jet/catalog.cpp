@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/catalog.h"
+
+#include "platform/jet/dialect.h"
+
+namespace tarnwick::jet {
+
+bool TableView::Has(std::string_view column) const {
+  for (const std::string& name : columns) {
+    if (SameWord(name, column)) return true;
+  }
+  return false;
+}
+
+const TableView* Catalog::Find(std::string_view table) {
+  std::string name = LowerWord(table);
+  auto found = tables_.find(name);
+  if (found == tables_.end()) {
+    std::string quoted;
+    for (char c : name) {
+      if (c == '"') quoted += '"';
+      quoted += c;
+    }
+    Statement info(database_, "PRAGMA main.table_info(\"" + quoted + "\")");
+    TableView view;
+    int keys = 0;
+    while (info.Step()) {
+      view.columns.emplace_back(info.Text(1));
+      if (info.Int(5) > 0) {
+        keys++;
+        if (SameWord(info.Text(2), "INTEGER")) view.key = view.columns.back();
+      }
+    }
+    if (keys != 1) view.key.clear();
+    found = tables_.emplace(std::move(name), std::move(view)).first;
+  }
+  return found->second.columns.empty() ? nullptr : &found->second;
+}
+
+}  // namespace tarnwick::jet

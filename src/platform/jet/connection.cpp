@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/connection.h"
+
+#include "platform/jet/connection_impl.h"
+#include "platform/jet/dialect.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// Engine steps between two calls of a progress handler: a few milliseconds.
+constexpr int kProgressSteps = 10000;
+
+}  // namespace
+
+Connection::Connection() : impl_(std::make_unique<Impl>()) {}
+
+Connection::~Connection() = default;
+
+void Connection::SetProvider(std::string_view provider) {
+  impl_->provider = provider;
+}
+
+void Connection::SetProperty(std::string_view name, std::string_view value) {
+  if (SameWord(name, kDataSourceProperty)) {
+    impl_->dataSource = value;
+  } else if (SameWord(name, kPasswordProperty)) {
+    impl_->password = value;
+  } else {
+    throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
+  }
+}
+
+const std::string& Connection::DataSource() const {
+  return impl_->dataSource;
+}
+
+void Connection::Open() {
+  impl_->Open();
+}
+
+void Connection::Close() {
+  impl_->Close();
+}
+
+bool Connection::IsOpen() const {
+  return impl_->IsOpen();
+}
+
+int64_t Connection::Execute(std::string_view sql) {
+  return impl_->Execute(sql);
+}
+
+int64_t Connection::LastIdentity() const {
+  return impl_->Engine().LastRowId();
+}
+
+void Connection::BeginGroup() {
+  impl_->BeginGroup();
+}
+
+void Connection::EndUnit() {
+  impl_->EndUnit();
+}
+
+void Connection::FlushGroup() {
+  impl_->FlushGroup();
+}
+
+void Connection::EndGroup() {
+  impl_->EndGroup();
+}
+
+bool Connection::InGroup() const {
+  return impl_->InGroup();
+}
+
+int64_t Connection::LostUnits() const {
+  return impl_->lostUnits;
+}
+
+std::string Connection::IntegrityCheck() {
+  Statement check(impl_->Engine(), "PRAGMA integrity_check");
+  std::string found;
+  while (impl_->StepRead(check)) {
+    if (!found.empty()) found += "\n";
+    found += check.Text(0);
+  }
+  return found == "ok" ? "" : found;
+}
+
+void Connection::SetProgressHandler(std::function<bool()> handler) {
+  impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
+}
+
+CommitGroup::~CommitGroup() {
+  try {
+    End();
+  } catch (const std::exception&) {
+    // End was the place to hear of it.
+  }
+}
+
+void CommitGroup::End() {
+  if (connection_ == nullptr) return;
+  Connection* connection = connection_;
+  connection_ = nullptr;
+  connection->EndGroup();
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/connection_impl.h"
+
+#include "platform/clock.h"
+#include "platform/jet/text_order.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+constexpr int64_t kLongestCommitMilliseconds = 250;
+constexpr int kNotADatabase = 26;
+
+}  // namespace
+
+Connection::Impl::~Impl() {
+  try {
+    Close();
+  } catch (const std::exception&) {
+    // The file is left as after a crash; the next opening puts it right.
+  }
+}
+
+Database& Connection::Impl::Engine() {
+  if (!database_) {
+    throw Error(ErrorNumber::kObjectClosed, "Operation is not allowed when the object is closed.");
+  }
+  return *database_;
+}
+
+void Connection::Impl::Open() {
+  if (database_) {
+    throw Error(ErrorNumber::kObjectOpen, "Operation is not allowed when the object is open.");
+  }
+  database_ = std::make_unique<Database>(dataSource, password, Database::Mode::kExisting);
+  try {
+    CheckReadable();
+    Configure();
+    schema_ = std::make_unique<Catalog>(*database_);
+  } catch (...) {
+    database_.reset();
+    throw;
+  }
+  lostUnits = 0;
+}
+
+void Connection::Impl::CheckReadable() {
+  // The lock is taken with the first read and kept until the file is closed.
+  database_->Run("PRAGMA locking_mode = EXCLUSIVE");
+  database_->Number("SELECT count(*) FROM sqlite_schema");
+  // The engine would take an empty file for a new database.
+  if (database_->Number("PRAGMA page_count") == 0) {
+    throw Error(kNotADatabase, "file is not a database");
+  }
+}
+
+void Connection::Impl::Configure() {
+  database_->Run(
+      "PRAGMA cell_size_check = ON;"
+      "PRAGMA cache_size = -16000;"
+      "PRAGMA synchronous = FULL;");
+  if (!database_->IsReadOnly()) {
+    // The log exists while the file is open; at rest it is a single file that can be copied, and
+    // read where nothing can be written.
+    database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 2000;");
+  }
+  if (database_->Number("PRAGMA application_id") != TextOrderVersion()) {
+    database_->Run("BEGIN; REINDEX;");
+    database_->Run(("PRAGMA application_id = " + std::to_string(TextOrderVersion())).c_str());
+    database_->Run("COMMIT");
+  }
+}
+
+void Connection::Impl::Close() {
+  if (!database_) return;
+  std::optional<Error> failure;
+  try {
+    if (collecting_) Commit();
+  } catch (const Error& error) {
+    failure = error;
+  }
+  depth_ = 0;
+  refusal_.reset();
+  std::set<ConnectionUser*> users = std::move(users_);
+  users_.clear();
+  for (ConnectionUser* user : users) user->ConnectionCloses();
+  programs_.Clear();
+  statements_.Clear();
+  schema_.reset();
+  try {
+    if (!database_->IsReadOnly()) database_->Run("PRAGMA journal_mode = DELETE");
+  } catch (const Error& error) {
+    if (!failure) failure = error;
+  }
+  database_.reset();
+  collecting_ = false;
+  unsynced_ = false;
+  if (failure) throw *failure;
+}
+
+std::shared_ptr<Program> Connection::Impl::Translate(std::string_view sql) {
+  Engine();
+  Lift(sql, lifted_);
+  if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
+  std::shared_ptr<Program> program = MakeProgram(Parse(lifted_));
+  if (!lifted_.numbersInline && !program->file) programs_.Add(lifted_.shape, program);
+  return program;
+}
+
+std::shared_ptr<Program> Connection::Impl::TranslateTable(std::string_view table) {
+  Engine();
+  lifted_.literals.clear();
+  lifted_.shape.assign("TABLE ").append(table);
+  if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
+  std::shared_ptr<Program> program = MakeProgram(WholeTable(table));
+  if (!program->plan.keyed) throw Error(1, "no such table: " + std::string(table));
+  programs_.Add(lifted_.shape, program);
+  return program;
+}
+
+std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
+  auto program = std::make_shared<Program>();
+  if (auto* select = std::get_if<Select>(&parsed)) {
+    program->isRead = true;
+    program->file = select->file;
+    program->plan = PlanSelect(*select, *schema_, kOtherSchema);
+    program->all.sql = program->plan.all;
+    program->keys.sql = program->plan.keys;
+    program->row.sql = program->plan.row;
+    return program;
+  }
+  SqlWriter writer(kOtherSchema);
+  if (auto* insert = std::get_if<Insert>(&parsed)) {
+    program->file = insert->file;
+    if (insert->select && insert->select->file) program->file = insert->select->file;
+    writer.Write(*insert);
+  } else if (auto* update = std::get_if<Update>(&parsed)) {
+    writer.Write(*update);
+  } else {
+    writer.Write(std::get<Delete>(parsed));
+  }
+  program->write.sql = writer.Take();
+  return program;
+}
+
+Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Value>& literals) {
+  if (!prepared.statement) {
+    prepared.statement = std::make_unique<Statement>(Engine(), prepared.sql.text);
+  }
+  Statement& statement = *prepared.statement;
+  for (size_t literal : prepared.sql.literals) {
+    statement.BindValue(static_cast<int>(literal) + kFirstLiteral, literals[literal]);
+  }
+  if (prepared.sql.usesDate) {
+    statement.Bind(kDateParameter, platform::Now().DatePart().Seconds());
+  }
+  if (prepared.sql.usesNow) statement.Bind(kNowParameter, platform::Now().Seconds());
+  return statement;
+}
+
+const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
+  if (!program.fields.empty()) return program.fields;
+  PreparedSql& shown = program.plan.keyed ? program.row : program.all;
+  if (!shown.statement) {
+    shown.statement = std::make_unique<Statement>(Engine(), shown.sql.text);
+  }
+  const TableView* base = program.plan.base.empty() ? nullptr : schema_->Find(program.plan.base);
+  for (int i = 0; i < shown.statement->ColumnCount(); i++) {
+    FieldInfo field;
+    field.name = shown.statement->ColumnName(i);
+    if (base != nullptr && SameWord(shown.statement->OriginTable(i), program.plan.base)) {
+      field.column = shown.statement->OriginColumn(i);
+      field.isKey = !base->key.empty() && SameWord(base->key, field.column);
+    }
+    program.fields.push_back(std::move(field));
+  }
+  return program.fields;
+}
+
+std::shared_ptr<Statement> Connection::Impl::Own(std::string_view sql) {
+  if (std::shared_ptr<Statement> known = statements_.Find(sql)) return known;
+  auto statement = std::make_shared<Statement>(Engine(), sql);
+  statements_.Add(sql, statement);
+  return statement;
+}
+
+int64_t Connection::Impl::Execute(std::string_view sql) {
+  std::shared_ptr<Program> program = Translate(sql);
+  if (program->isRead) RefuseSql("a statement that gives rows needs a recordset");
+  std::vector<Value> literals = std::move(lifted_.literals);
+  int64_t changed = program->file ? ExecuteOnOther(*program, literals)
+                                  : RunWrite(Ready(program->write, literals));
+  lifted_.literals = std::move(literals);  // its memory is used again
+  return changed;
+}
+
+int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Value>& literals) {
+  OtherFile file(*this, literals[*program.file].AsText());
+  // The statement must be gone before the file can be let go.
+  struct Drop {
+    Program& program;
+    ~Drop() { program.write.statement.reset(); }
+  } drop{program};
+  version_++;
+  Ready(program.write, literals).Run();
+  return Engine().Changes();
+}
+
+int64_t Connection::Impl::RunWrite(Statement& statement) {
+  BeforeWrite();
+  version_++;
+  try {
+    statement.Run();
+  } catch (const Error& error) {
+    AfterFailure(error);
+    throw;
+  }
+  return database_->Changes();
+}
+
+bool Connection::Impl::StepRead(Statement& statement) {
+  try {
+    return statement.Step();
+  } catch (const Error& error) {
+    AfterFailure(error);
+    throw;
+  }
+}
+
+void Connection::Impl::BeforeWrite() {
+  if (depth_ == 0) return;
+  if (refusal_) throw *refusal_;
+  if (!collecting_) {
+    Own("BEGIN")->Run();
+    collecting_ = true;
+    collectingSince_ = platform::TickMilliseconds();
+    finishedUnits_ = 0;
+  }
+  unitWrote_ = true;
+}
+
+// The engine itself may have rolled the whole commit back.
+void Connection::Impl::AfterFailure(const Error& error) {
+  if (!collecting_ || database_->InTransaction()) return;
+  collecting_ = false;
+  lostUnits += finishedUnits_;
+  finishedUnits_ = 0;
+  version_++;
+  if (unitWrote_) refusal_ = error;
+}
+
+void Connection::Impl::Commit() {
+  try {
+    Own("COMMIT")->Run();
+  } catch (const Error& error) {
+    if (database_->InTransaction()) Own("ROLLBACK")->Run();
+    AfterFailure(error);
+    throw;
+  }
+  collecting_ = false;
+  finishedUnits_ = 0;
+  unsynced_ = true;
+}
+
+void Connection::Impl::BeginGroup() {
+  Engine();
+  // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
+  // group's end covers them all.
+  if (depth_ == 0) database_->Run("PRAGMA synchronous = NORMAL");
+  depth_++;
+}
+
+void Connection::Impl::EndUnit() {
+  if (depth_ == 0) return;
+  bool refused = refusal_.has_value();
+  refusal_.reset();
+  if (unitWrote_ && !refused) finishedUnits_++;
+  unitWrote_ = false;
+  bool due =
+      collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;
+  if (due) Commit();
+}
+
+void Connection::Impl::FlushGroup() {
+  if (depth_ == 0 || !database_) return;
+  refusal_.reset();
+  unitWrote_ = false;
+  if (collecting_) Commit();
+  if (unsynced_) database_->SyncLog();
+  unsynced_ = false;
+}
+
+void Connection::Impl::EndGroup() {
+  if (depth_ == 0 || !database_) return;
+  if (--depth_ > 0) return;
+  depth_ = 1;
+  std::optional<Error> failure;
+  try {
+    FlushGroup();
+  } catch (const Error& error) {
+    failure = error;
+  }
+  depth_ = 0;
+  refusal_.reset();
+  database_->Run("PRAGMA synchronous = FULL");
+  if (failure) throw *failure;
+}
+
+Connection::Impl::OtherFile::OtherFile(Impl& connection, const std::string& path)
+    : connection_(connection) {
+  // A file can't be attached within a commit.
+  connection.FlushGroup();
+  Database& engine = connection.Engine();
+  engine.Attach(path, connection.password, kOtherSchema);
+  try {
+    if (engine.Number("PRAGMA other.page_count") == 0) {
+      throw Error(kNotADatabase, "file is not a database");
+    }
+    if (engine.Number("PRAGMA other.application_id") != TextOrderVersion()) {
+      engine.Run("REINDEX");
+      engine.Run(("PRAGMA other.application_id = " + std::to_string(TextOrderVersion())).c_str());
+    }
+  } catch (...) {
+    engine.Detach(kOtherSchema);
+    throw;
+  }
+}
+
+Connection::Impl::OtherFile::~OtherFile() {
+  try {
+    connection_.Engine().Detach(kOtherSchema);
+  } catch (const Error&) {
+    // Left attached; the next file of this kind will say so.
+  }
+}
+
+}  // namespace tarnwick::jet

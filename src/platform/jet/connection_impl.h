@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What a connection keeps for its statements and recordsets. Internal to the database.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/error.h"
+#include "platform/jet/catalog.h"
+#include "platform/jet/connection.h"
+#include "platform/jet/engine.h"
+#include "platform/jet/read_plan.h"
+#include "platform/jet/text_cache.h"
+
+namespace tarnwick::jet {
+
+// A piece of engine SQL, prepared when it is first run.
+struct PreparedSql {
+  EngineSql sql;
+  std::unique_ptr<Statement> statement;
+};
+
+struct FieldInfo {
+  std::string name;
+  std::string column;  // of the base table; "" when the field is none of its columns
+  bool isKey = false;
+};
+
+// A statement of the dialect, translated. Those of one shape share it.
+struct Program {
+  bool isRead = false;
+  std::optional<size_t> file;  // a literal: the other file it works on
+  PreparedSql write;           // not isRead
+  ReadPlan plan;               // isRead
+  PreparedSql all;
+  PreparedSql keys;
+  PreparedSql row;
+  std::vector<FieldInfo> fields;  // once all or row is prepared
+};
+
+// Told when the connection closes.
+class ConnectionUser {
+ public:
+  virtual ~ConnectionUser() = default;
+  virtual void ConnectionCloses() = 0;
+};
+
+class Connection::Impl {
+ public:
+  ~Impl();
+
+  void Open();
+  void Close();
+  bool IsOpen() const { return database_ != nullptr; }
+
+  // The text is lifted into Lifted(), valid until the next call.
+  std::shared_ptr<Program> Translate(std::string_view sql);
+  std::shared_ptr<Program> TranslateTable(std::string_view table);
+  LiftedSql& Lifted() { return lifted_; }
+
+  // Prepared if need be, its literals and the clock bound.
+  Statement& Ready(PreparedSql& prepared, const std::vector<Value>& literals);
+  // Fills in what the columns of a reading program are.
+  const std::vector<FieldInfo>& Fields(Program& program);
+  // A statement of the database's own making, in engine SQL.
+  std::shared_ptr<Statement> Own(std::string_view sql);
+
+  int64_t Execute(std::string_view sql);
+  // Runs a bound statement that changes something; gives the rows it changed.
+  int64_t RunWrite(Statement& statement);
+  // One step of a statement that reads.
+  bool StepRead(Statement& statement);
+
+  void BeginGroup();
+  void EndUnit();
+  void FlushGroup();
+  void EndGroup();
+  bool InGroup() const { return depth_ > 0; }
+
+  Database& Engine();  // throws Error 3704 while closed
+  // Counts up with everything written; what was read under another number may be out of date.
+  uint64_t Version() const { return version_; }
+
+  void AddUser(ConnectionUser* user) { users_.insert(user); }
+  void RemoveUser(ConnectionUser* user) { users_.erase(user); }
+
+  std::string provider;
+  std::string dataSource;
+  std::string password;
+  int64_t lostUnits = 0;
+
+  // Another file for the time of a scope. Statements on it must be gone at its end.
+  class OtherFile {
+   public:
+    OtherFile(Impl& connection, const std::string& path);
+    ~OtherFile();
+    OtherFile(const OtherFile&) = delete;
+    OtherFile& operator=(const OtherFile&) = delete;
+
+   private:
+    Impl& connection_;
+  };
+  static constexpr char kOtherSchema[] = "other";
+
+ private:
+  void CheckReadable();
+  void Configure();
+  std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
+  int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
+  void BeforeWrite();
+  void AfterFailure(const Error& error);
+  void Commit();
+
+  std::unique_ptr<Database> database_;
+  std::unique_ptr<Catalog> schema_;
+  TextCache<Program> programs_{200};
+  TextCache<Statement> statements_{100};
+  LiftedSql lifted_;
+  std::set<ConnectionUser*> users_;
+  uint64_t version_ = 1;
+
+  // The group: how deep it is nested, whether a commit is collecting, since when, what it holds.
+  int depth_ = 0;
+  bool collecting_ = false;
+  bool unsynced_ = false;
+  int64_t collectingSince_ = 0;
+  int64_t finishedUnits_ = 0;
+  bool unitWrote_ = false;
+  // A unit whose beginning was rolled back by the engine gets no end: its other writes fail alike.
+  std::optional<Error> refusal_;
+};
+
+}  // namespace tarnwick::jet

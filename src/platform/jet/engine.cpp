@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/engine.h"
+
+#include <sqlite3.h>
+
+#include <climits>
+#include <type_traits>
+
+#include "platform/error.h"
+#include "platform/jet/functions.h"
+#include "platform/jet/text_fold.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+constexpr char kCipher[] = "aegis";
+constexpr int kAegis256 = 4;
+// A second process is told at once; the wait only spans a file that is just being closed.
+constexpr int kBusyMilliseconds = 100;
+
+int LengthOf(std::string_view data) {
+  if (data.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
+  return static_cast<int>(data.size());
+}
+
+}  // namespace
+
+Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
+  // The library functions of the engine that make tables of themselves are of no use here.
+  const char* tail = nullptr;
+  int code =
+      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql),
+                         SQLITE_PREPARE_PERSISTENT | SQLITE_PREPARE_NO_VTAB, &handle_, &tail);
+  if (code != SQLITE_OK) database.Fail(code);
+  if (handle_ == nullptr) throw Error(SQLITE_ERROR, "empty statement");
+  int count = sqlite3_column_count(handle_);
+  kinds_.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; i++) {
+    const char* declared = sqlite3_column_decltype(handle_, i);
+    bool isDate = declared != nullptr && std::string_view(declared) == "DATETIME";
+    kinds_.push_back(isDate ? ColumnKind::kDate : ColumnKind::kAny);
+  }
+}
+
+Statement::~Statement() {
+  sqlite3_finalize(handle_);
+}
+
+void Statement::BindNull(int index) {
+  int code = sqlite3_bind_null(handle_, index);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::Bind(int index, int64_t value) {
+  int code = sqlite3_bind_int64(handle_, index, value);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::Bind(int index, double value) {
+  int code = sqlite3_bind_double(handle_, index, value);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::BindText(int index, std::string_view text) {
+  int code;
+  if (IsWellFormed(text)) {
+    code = sqlite3_bind_text64(handle_, index, text.empty() ? "" : text.data(), text.size(),
+                               SQLITE_STATIC, SQLITE_UTF8);
+  } else {
+    std::string mended = MendUtf8(text);
+    code = sqlite3_bind_text64(handle_, index, mended.data(), mended.size(), SQLITE_TRANSIENT,
+                               SQLITE_UTF8);
+  }
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::BindBytes(int index, std::string_view bytes) {
+  int code = sqlite3_bind_blob64(handle_, index, bytes.empty() ? "" : bytes.data(), bytes.size(),
+                                 SQLITE_STATIC);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::BindValue(int index, const Value& value) {
+  std::visit(
+      [&](const auto& data) {
+        using Type = std::decay_t<decltype(data)>;
+        if constexpr (std::is_same_v<Type, std::monostate>) {
+          BindNull(index);
+        } else if constexpr (std::is_same_v<Type, std::string>) {
+          BindText(index, data);
+        } else if constexpr (std::is_same_v<Type, DateTime>) {
+          Bind(index, data.Seconds());
+        } else if constexpr (std::is_same_v<Type, Bytes>) {
+          BindBytes(index, data.data);
+        } else {
+          Bind(index, data);
+        }
+      },
+      value.Data());
+}
+
+bool Statement::Step() {
+  int code = sqlite3_step(handle_);
+  if (code == SQLITE_ROW) return true;
+  if (code != SQLITE_DONE) {
+    try {
+      database_->Fail(code);
+    } catch (...) {
+      sqlite3_reset(handle_);
+      throw;
+    }
+  }
+  return false;
+}
+
+void Statement::Reset() noexcept {
+  sqlite3_reset(handle_);
+}
+
+void Statement::Run() {
+  StatementUse use(*this);
+  while (Step()) {
+  }
+}
+
+int Statement::ColumnCount() const {
+  return static_cast<int>(kinds_.size());
+}
+
+std::string Statement::ColumnName(int column) const {
+  const char* name = sqlite3_column_name(handle_, column);
+  return name != nullptr ? name : "";
+}
+
+std::string Statement::OriginTable(int column) const {
+  const char* name = sqlite3_column_table_name(handle_, column);
+  return name != nullptr ? name : "";
+}
+
+std::string Statement::OriginColumn(int column) const {
+  const char* name = sqlite3_column_origin_name(handle_, column);
+  return name != nullptr ? name : "";
+}
+
+int64_t Statement::Int(int column) const {
+  return sqlite3_column_int64(handle_, column);
+}
+
+std::string_view Statement::Text(int column) const {
+  const void* data = sqlite3_column_text(handle_, column);
+  int size = sqlite3_column_bytes(handle_, column);
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<size_t>(size)};
+}
+
+Value Statement::ColumnValue(int column) const {
+  switch (sqlite3_column_type(handle_, column)) {
+    case SQLITE_INTEGER:
+      if (Kind(column) == ColumnKind::kDate) return DateTime::FromSeconds(Int(column));
+      return Int(column);
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(handle_, column);
+    case SQLITE_TEXT:
+      return std::string(Text(column));
+    case SQLITE_BLOB: {
+      const void* data = sqlite3_column_blob(handle_, column);
+      int size = sqlite3_column_bytes(handle_, column);
+      Bytes bytes;
+      if (data != nullptr) {
+        bytes.data.assign(static_cast<const char*>(data), static_cast<size_t>(size));
+      }
+      return bytes;
+    }
+    default:
+      return {};
+  }
+}
+
+Database::Database(const std::string& path, const std::string& password, Mode mode) {
+  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_EXRESCODE;
+  if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
+  int code = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  try {
+    if (code != SQLITE_OK) Fail(code);
+    sqlite3_busy_timeout(handle_, kBusyMilliseconds);
+    // The schema of a file from elsewhere runs nothing of its own.
+    for (int option : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
+                       SQLITE_DBCONFIG_ENABLE_VIEW, SQLITE_DBCONFIG_ENABLE_FKEY}) {
+      sqlite3_db_config(handle_, option, 0, nullptr);
+    }
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3mc_config(handle_, "cipher", sqlite3mc_cipher_index(kCipher));
+    sqlite3mc_config_cipher(handle_, kCipher, "algorithm", kAegis256);
+    code = sqlite3_key(handle_, password.data(), LengthOf(password));
+    if (code != SQLITE_OK) Fail(code);
+    RegisterFunctions(handle_);
+  } catch (...) {
+    sqlite3_close_v2(handle_);
+    throw;
+  }
+}
+
+Database::~Database() {
+  sqlite3_close_v2(handle_);
+}
+
+void Database::Run(const char* sql) {
+  int code = sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) Fail(code);
+}
+
+int64_t Database::Number(const char* sql) {
+  Statement statement(*this, sql);
+  return statement.Step() ? statement.Int(0) : 0;
+}
+
+void Database::Attach(const std::string& path, const std::string& password,
+                      const std::string& alias) {
+  Statement statement(*this, "ATTACH ?1 AS ?2 KEY ?3");
+  statement.BindText(1, path);
+  statement.BindText(2, alias);
+  statement.BindText(3, password);
+  statement.Run();
+}
+
+void Database::Detach(const std::string& alias) {
+  Statement statement(*this, "DETACH ?1");
+  statement.BindText(1, alias);
+  statement.Run();
+}
+
+bool Database::IsReadOnly() const {
+  return sqlite3_db_readonly(handle_, "main") == 1;
+}
+
+bool Database::InTransaction() const {
+  return sqlite3_get_autocommit(handle_) == 0;
+}
+
+int64_t Database::Changes() const {
+  return sqlite3_changes64(handle_);
+}
+
+int64_t Database::LastRowId() const {
+  return sqlite3_last_insert_rowid(handle_);
+}
+
+void Database::SyncLog() {
+  sqlite3_file* log = nullptr;
+  int code = sqlite3_file_control(handle_, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+  if (code != SQLITE_OK || log == nullptr || log->pMethods == nullptr) return;
+  code = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
+  if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errstr(code));
+}
+
+void Database::SetProgress(int count, std::function<bool()> handler) {
+  progress_ = std::move(handler);
+  if (!progress_) {
+    sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
+    return;
+  }
+  sqlite3_progress_handler(
+      handle_, count,
+      [](void* self) -> int {
+        // An exception must not pass through the engine; it stops the statement instead.
+        try {
+          return static_cast<Database*>(self)->progress_() ? 1 : 0;
+        } catch (...) {
+          return 1;
+        }
+      },
+      this);
+}
+
+void Database::Fail(int code) const {
+  int primary = code & 0xff;
+  // The handle's message belongs to its last call; for another code the general text is right.
+  bool own = handle_ != nullptr && (sqlite3_errcode(handle_) & 0xff) == primary;
+  throw Error(primary, own ? sqlite3_errmsg(handle_) : sqlite3_errstr(code));
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The engine's handles, owned. Internal to the database: the engine's own header is seen by the
+// sources beside this one and by nothing else.
+//
+// Every failure throws Error with the engine's primary result code and its message.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/jet/value.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace tarnwick::jet {
+
+// What a declared column type says about the values below it.
+enum class ColumnKind { kAny, kDate };
+
+class Database;
+
+// A prepared statement. It is reset after each use, so that none is left half read: one prepared
+// statement may serve several owners.
+class Statement {
+ public:
+  Statement(Database& database, std::string_view sql);
+  ~Statement();
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  // Parameters count from 1. Text is bound with its length, NULs included; what is not valid UTF-8
+  // in it is read as windows-1252, byte by byte. Texts and bytes are not copied: they must last
+  // until the statement is reset.
+  void BindNull(int index);
+  void Bind(int index, int64_t value);
+  void Bind(int index, double value);
+  void BindText(int index, std::string_view text);
+  void BindBytes(int index, std::string_view bytes);
+  void BindValue(int index, const Value& value);
+
+  // True when there is a row; columns count from 0 and are valid until the next step.
+  bool Step();
+  void Reset() noexcept;
+  // Steps to the end and resets.
+  void Run();
+
+  int ColumnCount() const;
+  std::string ColumnName(int column) const;
+  ColumnKind Kind(int column) const { return kinds_[static_cast<size_t>(column)]; }
+  // The table and column that a result column is taken from; "" for an expression.
+  std::string OriginTable(int column) const;
+  std::string OriginColumn(int column) const;
+
+  int64_t Int(int column) const;
+  std::string_view Text(int column) const;
+  Value ColumnValue(int column) const;
+
+ private:
+  Database* database_;
+  sqlite3_stmt* handle_ = nullptr;
+  std::vector<ColumnKind> kinds_;
+};
+
+// Resets a statement at the end of a scope.
+class StatementUse {
+ public:
+  explicit StatementUse(Statement& statement) : statement_(statement) {}
+  ~StatementUse() { statement_.Reset(); }
+  StatementUse(const StatementUse&) = delete;
+  StatementUse& operator=(const StatementUse&) = delete;
+
+ private:
+  Statement& statement_;
+};
+
+// An open file. REQUIRES for destruction: its statements are gone.
+class Database {
+ public:
+  enum class Mode { kExisting, kCreate };
+
+  // Opens the file and gives it its key; whether the key fits shows with the first read.
+  Database(const std::string& path, const std::string& password, Mode mode);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  // Runs fixed SQL of the program's own, without parameters.
+  void Run(const char* sql);
+  int64_t Number(const char* sql);  // the first column of the first row; 0 without a row
+
+  void Attach(const std::string& path, const std::string& password, const std::string& alias);
+  void Detach(const std::string& alias);
+
+  bool IsReadOnly() const;
+  bool InTransaction() const;
+  int64_t Changes() const;  // rows changed by the last statement
+  int64_t LastRowId() const;
+  // Forces what has been committed to the disk.
+  void SyncLog();
+  // Called about every count engine steps; true stops the statement.
+  void SetProgress(int count, std::function<bool()> handler);
+
+  [[noreturn]] void Fail(int code) const;
+  sqlite3* Handle() const { return handle_; }
+
+ private:
+  sqlite3* handle_ = nullptr;
+  std::function<bool()> progress_;
+};
+
+}  // namespace tarnwick::jet

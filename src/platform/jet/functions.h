@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The functions and the text order that the program adds to the engine. Internal to the database.
+//
+//   tw_format(date, pattern)  a date as platform::FormatDate writes it; "" for Null
+//   tw_instr(text, part)      1-based place of part in text in characters, 0 when it is not there
+//   tw_like(text, pattern)    1 or 0
+//
+// Case is ignored. Null in gives Null out, but for tw_format.
+#pragma once
+
+struct sqlite3;
+
+namespace tarnwick::jet {
+
+// The collation's name in the schema of every file: do not change.
+inline constexpr char kTextCollation[] = "TARNWICK";
+
+void RegisterFunctions(sqlite3* handle);
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/table_definition.h"
+
+#include "platform/files.h"
+#include "platform/jet/engine.h"
+#include "platform/jet/functions.h"
+#include "platform/jet/text_order.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+constexpr char kTemporarySuffix[] = ".making";
+
+std::string Quoted(std::string_view name) {
+  std::string quoted = "\"";
+  for (char c : name) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + "\"";
+}
+
+std::string DeclaredType(ColumnType type) {
+  std::string collate = std::string(" COLLATE ") + kTextCollation;
+  switch (type) {
+    case ColumnType::kAutoNumber:
+      // A key is never given again: rows that outlive the one they belong to must not be taken for
+      // those of another.
+      return "INTEGER PRIMARY KEY AUTOINCREMENT";
+    case ColumnType::kLong:
+      return "INTEGER";
+    case ColumnType::kDouble:
+      return "DOUBLE";
+    case ColumnType::kText:
+      return "TEXT" + collate;
+    case ColumnType::kMemo:
+      return "LONGTEXT" + collate;
+    case ColumnType::kDateTime:
+      return "DATETIME";
+    case ColumnType::kBinary:
+      return "BLOB";
+  }
+  return "";
+}
+
+std::string MakeTable(const TableDefinition& table) {
+  std::string sql = "CREATE TABLE " + Quoted(table.name) + " (";
+  for (size_t i = 0; i < table.columns.size(); i++) {
+    if (i > 0) sql += ", ";
+    sql += Quoted(table.columns[i].name) + " " + DeclaredType(table.columns[i].type);
+  }
+  return sql + ");\n";
+}
+
+std::string MakeIndex(const TableDefinition& table, const IndexDefinition& index) {
+  std::string sql = index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+  sql += Quoted(index.name) + " ON " + Quoted(table.name) + " (";
+  for (size_t i = 0; i < index.columns.size(); i++) {
+    if (i > 0) sql += ", ";
+    sql += Quoted(index.columns[i]);
+  }
+  return sql + ");\n";
+}
+
+}  // namespace
+
+void CreateDatabaseFile(const std::string& path, const std::string& password,
+                        std::span<const TableDefinition> tables, int schemaVersion) {
+  std::string sql = "BEGIN;\n";
+  for (const TableDefinition& table : tables) {
+    sql += MakeTable(table);
+    for (const IndexDefinition& index : table.indexes) sql += MakeIndex(table, index);
+  }
+  sql += "PRAGMA user_version = " + std::to_string(schemaVersion) + ";\n";
+  sql += "PRAGMA application_id = " + std::to_string(TextOrderVersion()) + ";\n";
+  sql += "COMMIT;";
+  // Made beside its place and moved there: the file is whole or not there.
+  std::string making = path + kTemporarySuffix;
+  platform::RemoveFile(making);
+  try {
+    Database database(making, password, Database::Mode::kCreate);
+    database.Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = FULL;");
+    database.Run(sql.c_str());
+  } catch (...) {
+    platform::RemoveFile(making);
+    throw;
+  }
+  // A log that a crash left beside an older file of the name is none of this one's.
+  for (const char* log : {"-wal", "-journal"}) platform::RemoveFile(path + log);
+  platform::RenameFile(making, path);
+}
+
+}  // namespace tarnwick::jet
