@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/charset.h"
 #include "platform/error.h"
@@ -118,10 +119,14 @@ class HiveRegistry : public Registry {
   }
 
   RegistryValue Read(hive_value_h handle) {
-    hive_type type = hive_t_REG_NONE;
+    hive_type kind = hive_t_REG_NONE;
     size_t length = 0;
-    Owned<char> bytes(hivex_value_value(hive_, handle, &type, &length));
+    Owned<char> bytes(hivex_value_value(hive_, handle, &kind, &length));
     if (!bytes) ThrowDamaged(file_);
+    // A damaged hive's type need not be one of the enumeration.
+    uint32_t type = 0;
+    static_assert(sizeof type == sizeof kind);
+    std::memcpy(&type, &kind, sizeof type);
     std::string_view data(bytes.get(), length);
     RegistryValue value;
     switch (type) {
