@@ -4,8 +4,8 @@
 // HKEY_CURRENT_USER of the mail's owner, read only. Off Windows it comes from a profile folder:
 //   - a folder with an NTUSER.DAT ("Documents and Settings\Ann" of an old disk, mounted or copied),
 //   - a Wine prefix or a folder with a user.reg,
-//   - a folder of *.dbx files, with or without a folder list in it or below it: presented as one
-//     identity named after the folder.
+//   - a folder of *.dbx files, with or without a folder list, in it or below it: presented as one
+//     identity named after the folder, or as one for each folder of files that lies below.
 // Key and value names are found without regard to case. Every offset, length and count of the files
 // is checked; a damaged one opens as far as it can be read or throws Error 75.
 #pragma once
@@ -38,10 +38,14 @@ class Registry {
   virtual std::optional<RegistryValue> Value(std::string_view path, std::string_view name,
                                              bool* keyExists = nullptr) = 0;
 
-  // Undoes %NAME% of an expandable text for this owner (UserProfile, AppData, ...), then maps a
-  // Windows path onto the profile folder: drive letters and the part up to the owner's own folder
-  // fall away, the rest is looked up without regard to case. A trailing "\" stays as the
-  // separator. A text that maps nowhere comes back with its separators turned.
+  // Undoes %NAME% of an expandable text for this owner (UserProfile, AppData, ...); a name that
+  // nobody knows stays as it is.
+  virtual std::string Expand(std::string_view text) = 0;
+
+  // Maps a Windows path, expanded if need be, onto the profile folder: drive letters and the part
+  // up to the owner's own folder fall away, the rest is looked up without regard to case. A
+  // trailing "\" stays as the separator. A text that maps nowhere comes back with its separators
+  // turned.
   virtual std::string MapPath(std::string_view windowsPath) = 0;
 };
 
@@ -52,5 +56,11 @@ ProfileKind DetectProfile(const std::string& folder);
 
 // REQUIRES: DetectProfile(folder) is not kNone; throws Error 53 otherwise.
 std::unique_ptr<Registry> OpenProfile(const std::string& folder);
+
+// What a *.dbx file says that it holds; its first twenty bytes are a mark that the files of Outlook
+// Express share but for one byte.
+enum class DbxContent { kMessages, kFolderList, kOther, kUnmarked };
+// kUnmarked for a file that can't be read.
+DbxContent ReadDbxContent(const std::string& path);
 
 }  // namespace tarnwick::platform

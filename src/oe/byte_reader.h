@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Bytes of a store file at places, read in small pieces. All byte work of the room is here: numbers
+// are little-endian and every place is checked. Offsets are those of the file, from 0.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/files.h"
+
+namespace tarnwick::oe {
+
+// The number at a place of some bytes. Throws Error 9 when it does not lie within them.
+uint8_t Get8(std::string_view bytes, size_t place);
+uint32_t Get24(std::string_view bytes, size_t place);
+uint32_t Get32(std::string_view bytes, size_t place);
+uint64_t Get64(std::string_view bytes, size_t place);
+
+// The text at a place up to its zero or the end of the bytes; "" beyond them.
+std::string_view ZeroTerminated(std::string_view bytes, size_t place);
+
+class ByteReader {
+ public:
+  // The most that one Read gives.
+  static constexpr size_t kMaxPiece = 32 * 1024;
+
+  explicit ByteReader(const std::string& path);
+
+  uint64_t Size() const { return file_.Size(); }
+
+  // The bytes from offset on, count of them or as many as the file has; valid until the next Read.
+  // REQUIRES: count <= kMaxPiece.
+  std::string_view Read(uint64_t offset, size_t count);
+
+ private:
+  platform::InputFile file_;
+  std::string window_;
+  uint64_t windowStart_ = 0;
+};
+
+}  // namespace tarnwick::oe

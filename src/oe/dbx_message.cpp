@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// One message of a store file: from its info object through its chain of blocks to TempMessageFile.
+// Sections "Message info" and "Message text".
+#include <algorithm>
+#include <bit>
+#include <optional>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "intake/sender_rules.h"
+#include "oe/byte_reader.h"
+#include "oe/dbx_read.h"
+#include "oe/state.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+
+namespace tarnwick::oe {
+
+namespace {
+
+constexpr size_t kInfoHead = 12;
+constexpr size_t kFirstBlockPlace = 25;  // the value of the fourth index entry
+constexpr size_t kTimeSize = 8;
+// A first block below this can't be one: the texts of the file's own head stand there.
+constexpr uint64_t kFirstPlausibleBlock = 16000;
+// A fourth entry below this is a place in the data area.
+constexpr uint64_t kFirstOffset = 255;
+
+constexpr size_t kBlockHead = 16;
+
+// Steps named in the log when one fails.
+enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
+
+// False, with the reason for the account.
+bool GiveUp(const std::string& reason) {
+  State().Ending = {MessageEnd::kUnreadable, reason};
+  return false;
+}
+
+struct Info {
+  uint32_t bodyLength = 0;
+  int entryCount = 0;
+  uint32_t firstBlock = 0;
+  DateTime date;
+};
+
+// The object's head and the bytes of its index, which becomes State().Index.
+std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::string& fileName) {
+  std::string_view head = file.Read(offset, kMinInfoSize);
+  if (head.size() < kMinInfoSize || Get32(head, 0) != offset) {
+    core::ReportUnknownFormat(fileName);
+    return std::nullopt;
+  }
+  Info info;
+  info.bodyLength = Get32(head, 4);
+  info.entryCount = Get8(head, 10);
+  info.firstBlock = Get24(head, kFirstBlockPlace);
+  // Fewer bytes than the head and four entries, or more than the file has: no object.
+  if (info.bodyLength < kMinInfoSize ||
+      uint64_t{offset} + kInfoHead + info.bodyLength > file.Size()) {
+    throw Error(ErrorNumber::kSubscript, "Subscript out of range");
+  }
+  return info;
+}
+
+void ReadIndex(ByteReader& file, uint32_t offset, const Info& info) {
+  InfoIndex& index = State().Index;
+  index.entries.clear();
+  size_t size = 4 * static_cast<size_t>(info.entryCount);
+  std::string_view bytes = file.Read(uint64_t{offset} + kInfoHead, size);
+  for (size_t place = 0; place + 4 <= bytes.size(); place += 4) {
+    index.entries.emplace_back(Get8(bytes, place), Get24(bytes, place + 1));
+  }
+  index.dataSize = info.bodyLength > size ? info.bodyLength - size : 0;
+}
+
+// Reads what the object tells: date, texts, first block. False when it has no date.
+bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
+  OeState& state = State();
+  state.IdStep = kDate;
+  size_t place = FindInfoDate(file, offset, info.entryCount);
+  if (place == 0) return GiveUp("its date is missing, before 1990 or after 2009");
+  uint64_t behind = uint64_t{offset} + kInfoHead + place;
+  state.Index.fileTime = Get64(file.Read(behind, kTimeSize), 0);
+  info.date = FileTimeToDate(state.Index.fileTime, false);
+  behind += kTimeSize;
+
+  state.IdStep = kTexts;
+  if (uint64_t{info.firstBlock} + 1 < kFirstOffset) {
+    std::string_view word = file.Read(behind, 4);
+    if (word.size() < 4) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
+    info.firstBlock = Get32(word, 0);
+    behind += 4;
+  }
+  ReadIndex(file, offset, info);
+  uint64_t dataStart = uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount);
+  // The timestamp may be found in the index itself; then the texts are those of the data area.
+  behind = std::max(behind, dataStart);
+  state.Index.firstByte = static_cast<size_t>(behind - dataStart);
+  size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
+  ParseMessageInfo(file.Read(behind, count), info.date);
+  core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
+                    state.Info.subject);
+  return true;
+}
+
+// Whether the repository has the message already, stored or ignored for good.
+bool IsKnown() {
+  OeState& state = State();
+  state.IdStep = kDuplicate;
+  state.EntryKey = MakeEntryKey(state.Info.keyText, state.Info.date);
+  if (!intake::IsEmailExist(state.EntryKey)) return false;
+  bool ignored = intake::IsMessageIgnored(state.EntryKey);
+  state.Ending = {ignored ? MessageEnd::kIgnored : MessageEnd::kAlreadyStored, {}};
+  core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
+  return true;
+}
+
+// Tells a chain of blocks that comes back to itself, and one that is longer than its file can hold
+// (alone, or together with the other messages of the walk).
+class ChainGuard {
+ public:
+  explicit ChainGuard(uint64_t fileSize) : left_(fileSize) {}
+
+  bool MayVisit(uint32_t offset, uint64_t size) {
+    // Brent's cycle test: the offset of step 1, 2, 4, 8, ... is remembered.
+    if (steps_ > 0 && offset == remembered_) return false;
+    if (std::has_single_bit(++steps_)) remembered_ = offset;
+    OeState& state = State();
+    if (size > left_ || (state.IsWalking && size > state.ChainBudget)) return false;
+    left_ -= size;
+    if (state.IsWalking) state.ChainBudget -= size;
+    return true;
+  }
+
+ private:
+  uint64_t left_;
+  uint64_t steps_ = 0;
+  uint32_t remembered_ = 0;
+};
+
+// Copies the chain that begins at offset.
+bool CopyChain(ByteReader& file, uint32_t offset) {
+  OeState& state = State();
+  state.IdStep = kScratch;
+  platform::OutputFile scratch(core::State().TempMessageFile);
+  state.IdStep = kBlocks;
+  ChainGuard guard(file.Size());
+  for (;;) {
+    std::string_view head = file.Read(offset, kBlockHead);
+    if (head.size() < kBlockHead || Get32(head, 0) != offset) {
+      return GiveUp("a block of its text is damaged");
+    }
+    uint32_t bodySize = Get32(head, 4);
+    uint64_t length = Get32(head, 8);
+    uint32_t next = Get32(head, 12);
+    state.LastChainEnd = next != 0 ? next : offset + bodySize + uint32_t{kBlockHead};
+    uint64_t place = uint64_t{offset} + kBlockHead;
+    if (place + length > file.Size()) return GiveUp("a block of its text passes the file's end");
+    if (!guard.MayVisit(offset, kBlockHead + length)) {
+      return GiveUp("the blocks of its text return to themselves");
+    }
+    for (uint64_t end = place + length; place < end;) {
+      size_t piece = static_cast<size_t>(std::min<uint64_t>(end - place, ByteReader::kMaxPiece));
+      std::string_view text = file.Read(place, piece);
+      if (text.empty()) return GiveUp("the file became shorter");
+      scratch.Write(text);
+      place += text.size();
+    }
+    if (next == 0) break;
+    offset = next;
+  }
+  scratch.Close();
+  state.Ending = {MessageEnd::kCopied, {}};
+  return true;
+}
+
+bool CopyMessage(uint32_t offset, const std::string& fileName) {
+  OeState& state = State();
+  state.IdStep = kOpening;
+  ByteReader file(fileName);
+  if (file.Size() == 0) return GiveUp("the file is empty");
+  state.IdStep = kInfo;
+  std::optional<Info> info = ReadInfoHead(file, offset, fileName);
+  if (!info) return GiveUp("its info object is damaged");
+  if (!ReadInfo(file, offset, *info)) return false;
+  if (IsKnown()) return false;
+  core::State().NewMessageFlag = true;
+  if (uint64_t{info->firstBlock} + 1 < kFirstPlausibleBlock) info->firstBlock = state.LastChainEnd;
+  return CopyChain(file, info->firstBlock);
+}
+
+}  // namespace
+
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
+  GiveUp("an error ended its reading");
+  try {
+    return CopyMessage(infoOffset, fileName);
+  } catch (...) {
+    constexpr std::string_view kRoutine = "dbxMessageToFile";
+    Error error = core::CurrentError();
+    core::ShowError(std::to_string(error.Number()) + " " + error.Description() + " " +
+                        std::string(kRoutine) + " idStep = " + std::to_string(State().IdStep) +
+                        " " + std::to_string(infoOffset),
+                    false, kRoutine);
+    return false;
+  }
+}
+
+}  // namespace tarnwick::oe

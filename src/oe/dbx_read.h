@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Reads the mail stores of Outlook Express: message files (one a folder) and folder lists, both
+// *.dbx. docs/dbx-format.md describes the format; comments in the sources name its sections.
+//
+// The reader is simple on purpose. It walks the first two levels of a message tree, finds a
+// message's date by looking for a plausible timestamp (after 1 January 1990 and before 1 January
+// 2010), and trusts an object that holds its own offset. Files are not read whole: each object is
+// reached by its offset, on a fresh handle for each node and each message. Whatever a file claims,
+// a walk takes time and disk in proportion to the file.
+//
+// Public routines report their own errors. Texts are UTF-8; offsets are those of the file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::oe {
+
+class ByteReader;
+
+// The folder that messages are read from, handed through to the parser.
+struct FolderRecord {
+  std::string label;  // stored as the message's folder
+  std::string fullName;
+  std::string userName;
+};
+
+// What is done with each message copied to TempMessageFile (import.h).
+inline constexpr std::string_view kMsgToDb = "MsgToDB";
+inline constexpr std::string_view kMsgToFiles = "MsgToFiles";
+inline constexpr std::string_view kMeAddress = "MeAddress";
+
+// Section "Header": sizes and places.
+inline constexpr size_t kHeaderSize = 240;
+inline constexpr size_t kItemCountPlace = 0xC4;
+inline constexpr size_t kEntrySize = 12;
+inline constexpr size_t kMinInfoSize = 28;
+
+struct DbxHeader {
+  uint8_t kind = 0;
+  uint32_t folderRoot = 0;
+  uint32_t itemCount = 0;
+  uint32_t messageRoot = 0;
+};
+
+struct MessageInfo {
+  DateTime date;
+  std::string subject;
+  std::string keyText;  // with the date it tells the message from every other
+};
+
+// The index entries of the info object being read: what ParseMessageInfo knows beside the bytes.
+struct InfoIndex {
+  std::vector<std::pair<uint8_t, uint32_t>> entries;  // number with its direct flag, value
+  uint64_t fileTime = 0;                              // the timestamp found
+  size_t firstByte = 0;  // place in the data area of the first byte given
+  size_t dataSize = 0;   // of the data area
+};
+
+// Fills State().Header from the first 240 bytes; what a shorter file lacks is 0.
+void ReadDbxHeader(const std::string& fileName);
+
+// True exactly when the fifth byte is 0xC6. A file that can't be read gives false.
+bool IsFolderTreeFile(const std::string& fileName);
+
+// Performs the operation for every message of the file that can be reached and is not in the
+// repository. A missing file is an empty folder.
+void ReadMessageTree(const std::string& fileName, std::string_view operation,
+                     const FolderRecord& folder);
+
+// The same for the entries of one node, without descending.
+void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
+                  const FolderRecord& folder);
+
+// True when a message that the repository does not hold stands whole in TempMessageFile; its key is
+// State().EntryKey. State().Ending tells how it ended otherwise.
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName);
+
+// Place of the timestamp behind the 12-byte head of an info object; 0 when there is none.
+size_t FindInfoDate(ByteReader& file, uint32_t infoOffset, int entryCount);
+
+// Fills State().Info from the bytes behind the timestamp, with the help of State().Index.
+void ParseMessageInfo(std::string_view infoBytes, DateTime date);
+
+// A FILETIME (tenths of microseconds since 1601, UTC) as civil time, without a zone. Years before
+// 1901 and from 2050 on give 1 January 1900. One that the system refuses gives that too when
+// lenient, else throws Error 200.
+DateTime FileTimeToDate(uint64_t fileTime, bool lenient);
+
+// Key text, "_" and the date as "yyyymmddhhmmss". Stored with every message: do not change.
+std::string MakeEntryKey(const std::string& keyText, DateTime date);
+
+// Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders.
+void ReadFolderTree(int folderFileIndex);
+void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex);
+
+}  // namespace tarnwick::oe

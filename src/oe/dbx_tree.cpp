@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The walk of a message tree. Section "Tree node".
+#include <algorithm>
+#include <optional>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "oe/byte_reader.h"
+#include "oe/dbx_read.h"
+#include "oe/import.h"
+#include "oe/state.h"
+#include "oe/tree_node.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+
+namespace tarnwick::oe {
+
+namespace {
+
+bool IsStopped() {
+  return core::State().ImportCancelFlag || core::State().StopFlag;
+}
+
+// What a walk is given and every entry of it needs.
+struct Walk {
+  const std::string& fileName;
+  std::string_view operation;
+  const FolderRecord& folder;
+
+  bool IsCounted() const { return operation == kMsgToDb; }
+  void Note(const char* reason) const {
+    if (IsCounted()) State().Account.AddReason(fileName, reason);
+  }
+};
+
+void LogUnreadable(const Walk& walk, uint32_t value) {
+  core::LogProgress("Unreadable = " + walk.fileName + " " + std::to_string(value) + "\r\n" +
+                    State().Ending.reason);
+}
+
+// One entry's message. False when the load was stopped.
+bool TakeEntry(const Walk& walk, uint32_t value) {
+  OeState& state = State();
+  MessageEnd end = MessageEnd::kUnreadable;
+  if (dbxMessageToFile(value, walk.fileName)) {
+    end = PerformOperation(walk.operation, walk.folder);
+    if (end == MessageEnd::kUnreadable) state.Ending = {end, "its text can't be taken in"};
+  } else {
+    end = state.Ending.end;
+  }
+  if (end == MessageEnd::kUnreadable) LogUnreadable(walk, value);
+  if (walk.IsCounted()) {
+    state.Account.Count(walk.fileName, end);
+    repository::RepositoryDb().EndUnit();
+    if (core::State().Ui != nullptr) {
+      core::State().Ui->ShowProgress(state.Account.Visited(), core::State().Counts.found);
+    }
+  }
+  core::YieldEvents();
+  if (IsStopped()) walk.Note(reason::kStopped);
+  return !IsStopped();
+}
+
+// The node, or nullopt after a report. Each is read once in a walk, so that a tree that leads back
+// to itself ends.
+std::optional<TreeNode> Enter(const Walk& walk, uint32_t offset) {
+  ByteReader file(walk.fileName);
+  std::optional<TreeNode> node = ReadNode(file, offset);
+  if (!node || !State().NodesRead.insert(offset).second) {
+    core::ReportUnknownFormat(walk.fileName);
+    walk.Note(reason::kBadNode);
+    return std::nullopt;
+  }
+  if (node->isCut) walk.Note(reason::kBadNode);
+  return node;
+}
+
+bool HasChildren(const TreeNode& node) {
+  return std::any_of(node.entries.begin(), node.entries.end(),
+                     [](const TreeEntry& entry) { return entry.child != 0; });
+}
+
+// False when the load was stopped.
+bool TakeSecondLevel(const Walk& walk, uint32_t offset) {
+  std::optional<TreeNode> node = Enter(walk, offset);
+  if (!node) return true;
+  if (node->leftChild != 0 || HasChildren(*node)) walk.Note(reason::kThirdLevel);
+  for (const TreeEntry& entry : node->entries) {
+    if (!TakeEntry(walk, entry.value)) return false;
+  }
+  return true;
+}
+
+void TakeRoot(const Walk& walk, uint32_t offset) {
+  std::optional<TreeNode> root = Enter(walk, offset);
+  if (!root) return;
+  if (root->leftChild == 0) {
+    if (HasChildren(*root)) walk.Note(reason::kRootChildren);
+    for (const TreeEntry& entry : root->entries) {
+      if (!TakeEntry(walk, entry.value)) return;
+    }
+    return;
+  }
+  ReadTreeNode(walk.fileName, root->leftChild, walk.operation, walk.folder);
+  for (const TreeEntry& entry : root->entries) {
+    if (IsStopped()) return;
+    ReadTreeNode(walk.fileName, entry.child, walk.operation, walk.folder);
+    if (IsStopped()) return;
+    if (entry.value == 0) {
+      walk.Note(reason::kEmptyEntry);
+    } else if (!TakeEntry(walk, entry.value)) {
+      return;
+    }
+  }
+}
+
+// The bounds of one walk, taken down however it ends.
+class WalkScope {
+ public:
+  explicit WalkScope(const std::string& fileName) {
+    // No block belongs to two messages; twice the file leaves room for a store that is a little
+    // out of order.
+    State().ChainBudget = 2 * platform::FileSize(fileName);
+    State().NodesRead.clear();
+    State().IsWalking = true;
+  }
+  ~WalkScope() { State().IsWalking = false; }
+  WalkScope(const WalkScope&) = delete;
+  WalkScope& operator=(const WalkScope&) = delete;
+};
+
+}  // namespace
+
+std::optional<TreeNode> ReadNode(ByteReader& file, uint32_t offset) {
+  constexpr size_t kNodeHead = 24;
+  constexpr size_t kMaxEntries = 255;
+  std::string_view bytes = file.Read(offset, kNodeHead + kMaxEntries * kEntrySize);
+  if (bytes.size() < kNodeHead || Get32(bytes, 0) != offset) return std::nullopt;
+  TreeNode node;
+  node.leftChild = Get32(bytes, 8);
+  size_t count = Get8(bytes, 17);
+  for (size_t i = 0; i < count; ++i) {
+    size_t place = kNodeHead + i * kEntrySize;
+    if (place + kEntrySize > bytes.size()) {
+      node.isCut = true;
+      break;
+    }
+    node.entries.push_back({Get32(bytes, place), Get32(bytes, place + 4)});
+  }
+  return node;
+}
+
+void ReadMessageTree(const std::string& fileName, std::string_view operation,
+                     const FolderRecord& folder) {
+  bool ended = core::GuardedRun("ReadMessageTree", [&] {
+    if (core::State().ImportCancelFlag) return;
+    core::LogProgress("Reads = " + folder.label + "\r\n" + fileName);
+    // A folder that was never opened has no file.
+    if (!platform::FileExists(fileName)) return;
+    ReadDbxHeader(fileName);
+    Walk walk{fileName, operation, folder};
+    uint32_t root = State().Header.messageRoot;
+    if (root == 0) {
+      walk.Note(reason::kNoTree);
+      return;
+    }
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.label);
+    WalkScope scope(fileName);
+    TakeRoot(walk, root);
+  });
+  if (!ended && operation == kMsgToDb) State().Account.AddReason(fileName, reason::kCannotRead);
+}
+
+void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
+                  const FolderRecord& folder) {
+  bool ended = core::GuardedRun("ReadTreeNode", [&] {
+    TakeSecondLevel(Walk{fileName, operation, folder}, nodeOffset);
+  });
+  if (!ended && operation == kMsgToDb) State().Account.AddReason(fileName, reason::kCannotRead);
+}
+
+}  // namespace tarnwick::oe

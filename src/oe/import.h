@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// One import from Outlook Express: discovery, a first pass over sent mail that learns the user's
+// own addresses, and the main pass, which hands every message of every folder to the parser.
+//
+// The load command clears the flags and counts before a run and the cancel flag after it, and keeps
+// the commit group in which the messages are written.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "oe/dbx_read.h"
+#include "oe/discovery.h"
+#include "oe/load_account.h"
+
+namespace tarnwick::oe {
+
+// The source label of everything taken in here.
+inline constexpr const char* kApplication = "Outlook Express";
+
+// False where it is not known yet whose mail to read: no profile folder is chosen, or the chosen
+// one holds no profile.
+bool ProfileKnown();
+
+// Runs the discovery; what it gives is kept and tells whether the passes below read anything. False
+// without a box when ProfileKnown is false.
+bool oeInitialize();
+
+void CollectMeAddresses();
+void ImportOutlookExpress();
+
+// Every folder but drafts, deleted items and the outbox.
+bool IsFolderToRead(const FolderRow& folder);
+
+// Performs an operation on the message in TempMessageFile, with the key of the message read last.
+MessageEnd PerformOperation(std::string_view operation, const FolderRecord& folder);
+
+// Keeps the sender of the message in TempMessageFile as one of the user's own addresses.
+void dbxFileMeAddress();
+
+// Moves the message in TempMessageFile to EmailFileFolder, under a name made of its subject.
+void MsgToFiles();
+
+}  // namespace tarnwick::oe

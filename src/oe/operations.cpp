@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What is done with a message that the reader has copied to TempMessageFile.
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/header_parser.h"
+#include "intake/store_message.h"
+#include "oe/import.h"
+#include "oe/state.h"
+#include "platform/charset.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+
+namespace tarnwick::oe {
+
+namespace {
+
+// The first FROM and the first SUBJECT line of a message: those of its header, not those of a
+// letter that it quotes.
+struct FirstLines {
+  std::string from;
+  std::string subject;
+};
+
+FirstLines ReadFirstLines(const std::string& path) {
+  FirstLines lines;
+  bool hasFrom = false;
+  bool hasSubject = false;
+  platform::LineReader reader(path);
+  std::string line;
+  while (!(hasFrom && hasSubject) && reader.Next(line)) {
+    size_t colon = line.find(':');
+    if (colon == std::string::npos) continue;
+    std::string name = platform::AsciiUpper(std::string_view(line).substr(0, colon));
+    if (name == "FROM" && !hasFrom) {
+      lines.from = line.substr(colon + 1);
+      hasFrom = true;
+    } else if (name == "SUBJECT" && !hasSubject) {
+      lines.subject = core::CleanTrim(std::string_view(line).substr(colon + 1));
+      hasSubject = true;
+    }
+  }
+  return lines;
+}
+
+MessageEnd EndOf(intake::Outcome outcome) {
+  switch (outcome) {
+    case intake::Outcome::kStored:
+      return MessageEnd::kStored;
+    case intake::Outcome::kAlreadyStored:
+      return MessageEnd::kAlreadyStored;
+    case intake::Outcome::kRefused:
+      return MessageEnd::kRefused;
+    case intake::Outcome::kIgnored:
+      return MessageEnd::kIgnored;
+    case intake::Outcome::kStopped:
+      return MessageEnd::kStopped;
+    case intake::Outcome::kNone:
+    case intake::Outcome::kUnreadable:
+      break;
+  }
+  return MessageEnd::kUnreadable;
+}
+
+MessageEnd MsgToDb(const FolderRecord& folder) {
+  intake::SetLastOutcome(intake::Outcome::kNone);
+  intake::dbxParseMessage(core::State().TempMessageFile,
+                          {folder.label, folder.fullName, kApplication}, folder.userName,
+                          State().EntryKey);
+  return EndOf(intake::LastOutcome());
+}
+
+}  // namespace
+
+MessageEnd PerformOperation(std::string_view operation, const FolderRecord& folder) {
+  if (operation == kMsgToDb) return MsgToDb(folder);
+  if (operation == kMeAddress) dbxFileMeAddress();
+  if (operation == kMsgToFiles) MsgToFiles();
+  return MessageEnd::kStored;
+}
+
+void dbxFileMeAddress() {
+  core::GuardedRun("dbxFileMeAddress", [&] {
+    FirstLines lines = ReadFirstLines(core::State().TempMessageFile);
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress),
+                    platform::EnsureUtf8(lines.subject));
+    intake::AddressPair sender = intake::SplitAddress(core::CleanTrim(lines.from));
+    if (sender.Address == intake::kNoAddress) return;
+    intake::dbSaveMeAddress(sender.Address, sender.Name, kApplication);
+  });
+}
+
+void MsgToFiles() {
+  core::GuardedRun("MsgToFiles", [&] {
+    constexpr size_t kMaxName = 60;
+    std::string subject = ReadFirstLines(core::State().TempMessageFile).subject;
+    std::string name = platform::SafeFileName(platform::EnsureUtf8(subject));
+    if (name.empty()) {
+      DateTime now = platform::Now();
+      name = "NoSubject" + std::to_string(now.Seconds() - now.DatePart().Seconds());
+    }
+    name = platform::FirstChars(name, kMaxName);
+    const std::string& folder = core::State().EmailFileFolder;
+    platform::RenameFile(core::State().TempMessageFile,
+                         platform::UniquePath(folder, name + ".eml"));
+  });
+}
+
+}  // namespace tarnwick::oe

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "oe/discovery.h"
+
+#include <gmock/gmock.h>
+
+#include "oe_fixture.h"
+#include "platform/clock.h"
+#include "support/real_data.h"
+
+namespace tarnwick::oe {
+namespace {
+
+using ::testing::ElementsAre;
+using testing::FolderForm;
+using testing::FolderListBuilder;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using testing::ProfileBuilder;
+using testing::StandardFolders;
+using testing::StoredFolder;
+
+class Discovery : public OeFixture {
+ protected:
+  Discovery() : profile_(folder_.File("Ann/")) {}
+
+  bool Discover() {
+    profile_.WriteHive();
+    UseProfile(profile_.Folder());
+    return DiscoverOutlookExpress();
+  }
+
+  static std::vector<std::string> FullNames(size_t list) {
+    std::vector<std::string> names;
+    for (const FolderRow& row : State().Folders[list]) {
+      names.push_back(row.fullName.empty() ? "/" + row.displayName : row.fullName);
+    }
+    return names;
+  }
+
+  ProfileBuilder profile_;
+};
+
+TEST_F(Discovery, FillsTheTables) {
+  std::string store = profile_.AddIdentity("Main Identity");
+  std::vector<StoredFolder> folders = StandardFolders(StoreOf({"a"}), StoreOf({"b"}));
+  folders.push_back({{4, 2, "Garten & Hof", "garden.dbx"}, StoreOf({"c"})});
+  folders.push_back({{5, 4, "O'Neil", "oneil.dbx"}, StoreOf({})});
+  folders.push_back({{6, 1, "Never opened", ""}, ""});
+  folders.push_back({{7, 1, "Lost", "lost.dbx"}, ""});
+  folders.push_back({{8, 0, "Hotmail", "hotmail.dbx"}, ""});
+  ProfileBuilder::WriteStore(store, folders);
+  platform::RenameFile(store + "garden.dbx", store + "Garden.DBX");
+  ASSERT_TRUE(Discover());
+
+  EXPECT_EQ(State().Identities.size(), 1U);
+  ASSERT_EQ(State().FolderFiles.size(), 1U);
+  EXPECT_EQ(State().FolderFiles[0].path, store + "Folders.dbx");
+  EXPECT_EQ(State().FolderFiles[0].userName, "ann");  // who is logged on, for "Main Identity"
+  EXPECT_EQ(State().FolderFiles[0].storeFolder, store);
+  EXPECT_THAT(FullNames(0),
+              ElementsAre("/Local Folders", "Local Folders.Inbox", "Local Folders.Sent Items",
+                          "Local Folders.Inbox.Garten & Hof",
+                          "Local Folders.Inbox.Garten & Hof.O'Neil", "/Hotmail"));
+  EXPECT_EQ(State().Folders[0][3].fileName, "garden.dbx");
+  EXPECT_EQ(State().Folders[0][3].number, 4);
+  EXPECT_EQ(State().Folders[0][3].parent, 2);
+  EXPECT_EQ(Query("SELECT User FROM UserList").AsText(), "ann");
+  EXPECT_THAT(Log(), HasSubstr("Folders = Parent = 2 Local Folders.Inbox.Garten & Hof\r\n"
+                               "Me = 4 Garten & Hof\r\ngarden.dbx"));
+  EXPECT_THAT(Log(), HasSubstr("FolderFile = Folders.dbx"));
+  EXPECT_THAT(Log(), HasSubstr("EmailFile = Garden.DBX"));
+
+  // A second run finds the same, and no second user.
+  ASSERT_TRUE(DiscoverOutlookExpress());
+  EXPECT_EQ(State().Folders[0].size(), 6U);
+  EXPECT_EQ(CountRows("UserList"), 1);
+}
+
+TEST_F(Discovery, IdentitiesKeepTheirNamesAndStores) {
+  std::string first = profile_.AddIdentity("Ann O'Neil");
+  std::string second = profile_.AddIdentity("Анна");
+  ProfileBuilder::WriteStore(first, StandardFolders(StoreOf({"a"}), ""));
+  ProfileBuilder::WriteStore(second, StandardFolders(StoreOf({"b"}), ""));
+  ASSERT_TRUE(Discover());
+  ASSERT_EQ(State().FolderFiles.size(), 2U);
+  EXPECT_EQ(State().FolderFiles[0].userName, "Ann O'Neil");
+  EXPECT_EQ(State().FolderFiles[1].userName, "Анна");
+  EXPECT_EQ(State().FolderFiles[1].storeFolder, second);
+  EXPECT_EQ(CountRows("UserList"), 2);
+}
+
+TEST_F(Discovery, TwentyIdentitiesAreReadAndOneMoreStopsTheRun) {
+  for (int i = 0; i < 20; ++i) profile_.AddIdentity("user " + std::to_string(i));
+  EXPECT_TRUE(Discover());
+  EXPECT_EQ(State().Identities.size(), 20U);
+  profile_.AddIdentity("one more");
+  EXPECT_FALSE(Discover());
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("Identtities are great than 20 .Program takes only ."));
+  EXPECT_THAT(State().FolderFiles, IsEmpty());
+}
+
+TEST_F(Discovery, TheHundredAndFirstFolderListStopsTheListing) {
+  std::string store = profile_.AddIdentity("Ann");
+  FolderListBuilder list;
+  list.Finish();
+  for (int i = 0; i < 101; ++i) {
+    platform::WriteFile(store + "list" + std::to_string(1000 + i) + ".dbx", list.Bytes());
+  }
+  EXPECT_TRUE(Discover());
+  EXPECT_EQ(State().FolderFiles.size(), 100U);
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("Folders are great than 20 .Program takes only ."));
+}
+
+TEST_F(Discovery, OnlyTheRepositorysUserIsRead) {
+  profile_.AddIdentity("Ann");
+  platform::ClockOverride clock;
+  clock.logonName = "bob";
+  platform::SetClockOverride(clock);
+  EXPECT_FALSE(Discover());
+  EXPECT_THAT(ui_.shown, IsEmpty());
+}
+
+TEST_F(Discovery, RegistryFailuresEndTheRun) {
+  UseProfile(profile_.Folder());
+  EXPECT_FALSE(ProfileKnown());
+  EXPECT_FALSE(oeInitialize());
+  EXPECT_THAT(ui_.shown, IsEmpty());
+
+  platform::WriteFile(profile_.Folder() + "NTUSER.DAT", "no hive");
+  EXPECT_TRUE(ProfileKnown());
+  EXPECT_FALSE(oeInitialize());
+  EXPECT_THAT(ui_.Shown("error"),
+              ElementsAre("Error: Could not open Registry Key. RegQueryInfoKey"));
+  ui_.shown.clear();
+
+  platform::WriteFile(profile_.Folder() + "NTUSER.DAT", testing::HiveBuilder().Build());
+  EXPECT_FALSE(oeInitialize());
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre("Error: Could not open Registry Key. RegOpenKeyEx"));
+  ui_.shown.clear();
+
+  // Outlook Express was never started: a missing key is reported, a missing value is not.
+  profile_.Hive().AddText("Identities\\{9}", "Username", "Bob");
+  EXPECT_FALSE(Discover());
+  EXPECT_THAT(ui_.Shown("error"),
+              ElementsAre("Error: Could not open Registry Key. GetKeyValue Identities\\{9}"
+                          "\\Software\\Microsoft\\Outlook Express\\5.0 Store Root"));
+  ui_.shown.clear();
+  profile_.Hive().AddNumber("Identities\\{9}\\Software\\Microsoft\\Outlook Express\\5.0",
+                            "VerStamp", 0x1AB);
+  EXPECT_FALSE(Discover());
+  EXPECT_THAT(ui_.shown, IsEmpty());
+  EXPECT_EQ(GetKeyValue(Hive::kCurrentUser,
+                        "Identities\\{9}\\Software\\Microsoft\\Outlook Express\\5.0", "VerStamp"),
+            "&h1AB");
+}
+
+TEST_F(Discovery, AStoreRootIsAPrefix) {
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(store, StandardFolders(StoreOf({"a"}), ""));
+  std::string withoutSeparator = store.substr(0, store.size() - 1);
+  CollectStoreFiles(withoutSeparator, "Ann");
+  EXPECT_THAT(State().FolderFiles, IsEmpty());
+  CollectStoreFiles(store, "Ann");
+  EXPECT_EQ(State().FolderFiles.size(), 1U);
+  EXPECT_FALSE(FindStoreFile(store, "../Folders.dbx"));
+  EXPECT_FALSE(FindStoreFile(store, ""));
+}
+
+TEST_F(Discovery, FolderObjectsInEachForm) {
+  struct Row {
+    const char* what;
+    FolderForm form;
+    bool isFolder;
+  };
+  const Row rows[] = {{"the name as fifth entry", FolderForm::kNameIsFifth, true},
+                      {"the name among later entries", FolderForm::kNameFollows, true},
+                      {"the name with one more word", FolderForm::kNameThenOne, true},
+                      {"a folder never opened", FolderForm::kNoFile, false},
+                      {"the list's own object", FolderForm::kMark, false}};
+  for (const Row& row : rows) {
+    ResetState();
+    FolderListBuilder list;
+    list.Add({9, 0, "Family", "Family.dbx"}, row.form);
+    list.Finish();
+    State().FolderFiles = {{WriteTemp("Folders.dbx", list.Bytes()), "ann", folder_.Path()}};
+    ReadFolderTree(0);
+    ASSERT_EQ(State().Folders[0].size(), row.isFolder ? 1U : 0U) << row.what;
+    if (!row.isFolder) continue;
+    EXPECT_EQ(State().Folders[0][0].displayName, "Family") << row.what;
+    EXPECT_EQ(State().Folders[0][0].fileName, "Family.dbx") << row.what;
+  }
+}
+
+TEST_F(Discovery, ADamagedFolderListGivesTheFoldersThatCanBeRead) {
+  FolderListBuilder list;
+  list.Add({1, 0, "One", "One.dbx"});
+  uint32_t second = list.Image().Size();
+  list.Add({2, 0, "Two", "Two.dbx"});
+  list.Add({3, 3, "Circle", "Two.dbx"});
+  list.Finish();
+  list.Image().Put32(second, 1);
+  platform::WriteFile(folder_.File("Two.dbx"), StoreOf({}));
+  State().FolderFiles = {{WriteTemp("Folders.dbx", list.Bytes()), "ann", folder_.Path()}};
+  ReadFolderTree(0);
+  EXPECT_EQ(State().Folders[0].size(), 2U);
+  EXPECT_EQ(ui_.Shown("error").size(), 1U);
+
+  uint32_t root = list.Image().Get32(0x30);
+  list.Image().Put32(root, 0);
+  WriteTemp("Folders.dbx", list.Bytes());
+  State().Folders[0].clear();
+  ReadFolderTree(0);
+  EXPECT_THAT(State().Folders[0], IsEmpty());
+  const std::string whole = list.Bytes();
+  for (size_t size = 0; size < whole.size(); size += 11) {
+    WriteTemp("Folders.dbx", whole.substr(0, size));
+    ReadFolderTree(0);
+  }
+}
+
+TEST_F(Discovery, CopiedFilesWithoutAListAreFoldersOfTheirNames) {
+  std::string folder = folder_.File("Ann's old mail/");
+  platform::MakeFolder(folder);
+  platform::WriteFile(folder + "Inbox.dbx", StoreOf({"a"}));
+  platform::WriteFile(folder + "Sent Items.DBX", StoreOf({"b"}));
+  std::string other = StoreOf({});
+  other[4] = '\xC8';
+  platform::WriteFile(folder + "Offline.dbx", other);
+  UseProfile(folder);
+  ASSERT_TRUE(oeInitialize());
+  ASSERT_EQ(State().FolderFiles.size(), 1U);
+  EXPECT_EQ(State().FolderFiles[0].userName, "Ann's old mail");
+  EXPECT_THAT(FullNames(0), ElementsAre("/Inbox", "/Sent Items"));
+}
+
+TEST_F(Discovery, ReadsARealProfile) {
+  std::string data = testing::RealData("profile-ann/");
+  if (data.empty()) GTEST_SKIP() << "no real data here";
+  UseProfile(data);
+  ASSERT_TRUE(oeInitialize());
+  EXPECT_THAT(FullNames(0), ElementsAre("/Local Folders", "Local Folders.Inbox",
+                                        "Local Folders.Outbox", "/Hotmail"));
+}
+
+}  // namespace
+}  // namespace tarnwick::oe

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Whole import runs over built profiles.
+#include "oe/import.h"
+
+#include <gmock/gmock.h>
+
+#include "intake/sender_rules.h"
+#include "intake/store_message.h"
+#include "oe_fixture.h"
+#include "platform/error.h"
+#include "support/real_data.h"
+
+namespace tarnwick::oe {
+namespace {
+
+using ::testing::AllOf;
+using testing::DbxImage;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using testing::IndexedMessage;
+using ::testing::IsEmpty;
+using testing::MessageStoreBuilder;
+using testing::ProfileBuilder;
+using testing::StandardFolders;
+using testing::StoredFolder;
+
+class Import : public OeFixture {
+ protected:
+  Import() : profile_(folder_.File("Ann/")) { UseProfile(profile_.Folder()); }
+
+  void Load() {
+    profile_.WriteHive();
+    core::BeginLoadState();
+    core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+    ASSERT_TRUE(oeInitialize());
+    if (core::State().RepositoryIsEmpty) CollectMeAddresses();
+    ImportOutlookExpress();
+  }
+
+  static std::string FolderOf(const std::string& subject) {
+    return Query("SELECT Folder FROM Email WHERE Subject='" + subject + "'").AsText();
+  }
+  static std::string RawOf(const std::string& subject) {
+    int64_t id = Query("SELECT ID FROM Email WHERE Subject='" + subject + "'").AsInt();
+    return Query("SELECT FileBody FROM FileRepository WHERE FileID=" + std::to_string(id)).AsText();
+  }
+
+  ProfileBuilder profile_;
+};
+
+TEST_F(Import, TakesEveryFolderButDraftsDeletedItemsAndOutbox) {
+  std::string store = profile_.AddIdentity("Main Identity");
+  auto folders = StandardFolders(StoreOf({"inbox 1", "inbox 2"}), StoreOf({"sent"}));
+  folders.push_back({{4, 2, "Old Drafts", "old.dbx"}, StoreOf({"old draft"})});
+  folders.push_back({{5, 0, "drafts", "lower.dbx"}, StoreOf({"lower case"})});
+  folders.push_back({{6, 1, "Deleted Items", "Deleted.dbx"}, StoreOf({"deleted", "deleted 2"})});
+  folders.push_back({{7, 0, "Outbox", "Outbox.dbx"}, StoreOf({"outgoing"})});
+  folders.push_back({{8, 6, "Kept", "kept.dbx"}, StoreOf({"below deleted"})});
+  folders.push_back({{9, 2, "It's 100% \"us\"", "us.dbx"}, StoreOf({"ours"})});
+  ProfileBuilder::WriteStore(store, folders);
+  Load();
+  EXPECT_EQ(Summary(), "found 10, stored 5, not reached 5, ");
+  EXPECT_EQ(FolderOf("inbox 2"), "Inbox");
+  EXPECT_EQ(FolderOf("sent"), "Sent Items");
+  EXPECT_EQ(FolderOf("lower case"), "drafts");
+  EXPECT_EQ(FolderOf("ours"), "It's 100% \"us\"");
+  EXPECT_EQ(RawOf("inbox 1"), Letter("inbox 1", 0).text);
+  EXPECT_THAT(Log(), HasSubstr("Not reached = 2\r\n" + store +
+                               "Deleted.dbx\r\ndrafts, deleted items and the outbox are not read"));
+  EXPECT_TRUE(core::State().NewMessageFlag);
+  EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
+  EXPECT_FALSE(platform::FileExists(core::State().TempMessageFile));
+  EXPECT_EQ(ui_.status[core::StatusPanel::kProgress], "");
+
+  Load();
+  EXPECT_EQ(Summary(), "found 10, already 5, not reached 5, ");
+  EXPECT_FALSE(core::State().NewMessageFlag);
+}
+
+TEST_F(Import, LabelsNameTheIdentityAndHotmail) {
+  for (const char* name : {"Ann", "Bob"}) {
+    std::string store = profile_.AddIdentity(name);
+    auto folders = StandardFolders(StoreOf({std::string(name) + " in"}), "");
+    folders.push_back({{4, 0, "My Hotmail", "LocalStore2"}, ""});
+    folders.push_back({{5, 4, "Family", "f.dbx"}, StoreOf({std::string(name) + " family"})});
+    ProfileBuilder::WriteStore(store, folders);
+  }
+  Load();
+  EXPECT_EQ(Summary(), "found 4, stored 4, ");
+  EXPECT_EQ(FolderOf("Ann in"), "Ann_Inbox");
+  EXPECT_EQ(FolderOf("Bob family"), "Bob_Hotmail_Family");
+  EXPECT_EQ(Query("SELECT Parent FROM Email WHERE Subject='Bob family'").AsText(),
+            "My Hotmail.Family");
+}
+
+TEST_F(Import, SentMailTeachesTheUsersAddresses) {
+  std::string store = profile_.AddIdentity("Ann");
+  MessageStoreBuilder sent;
+  IndexedMessage letter = Letter("reply");
+  letter.text =
+      "From: \"Ann O'Neil\" <ann@example.org>\r\nTo: bob@example.org\r\nSubject: reply\r\n"
+      "Date: Mon, 5 Jan 2004 10:00:00 +0000\r\n\r\n----- Original Message -----\r\n"
+      "From: Bob <bob@example.org>\r\nSubject: question\r\n\r\nWell?\r\n";
+  sent.AddMessage(letter);
+  sent.Finish();
+  auto folders = StandardFolders(StoreOf({"in"}), sent.Bytes());
+  MessageStoreBuilder friends;
+  IndexedMessage mine = Letter("mine");
+  mine.text = "From: ann@example.org\r\nTo: carl@example.org\r\nSubject: mine\r\n\r\nx\r\n";
+  friends.AddMessage(mine);
+  friends.Finish();
+  folders.push_back({{4, 1, "Friends", "friends.dbx"}, friends.Bytes()});
+  ProfileBuilder::WriteStore(store, folders);
+  Load();
+  EXPECT_EQ(CountRows("MeAddress"), 1);
+  EXPECT_EQ(Query("SELECT Address FROM MeAddress").AsText(), "ann@example.org");
+  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='reply'").AsText(), "Out");
+  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='mine'").AsText(), "Out");
+  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='in'").AsText(), "In");
+  EXPECT_EQ(Summary(), "found 3, stored 3, ");
+}
+
+TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
+  std::string store = profile_.AddIdentity("Ann");
+  MessageStoreBuilder deep;
+  auto info = [&](const char* subject) { return deep.AddMessage(Letter(subject)).info; };
+  uint32_t third = deep.Image().AddNode({{info("third 1"), 0}, {info("third 2"), 0}});
+  uint32_t left = deep.Image().AddNode({{info("left"), third}});
+  uint32_t right = deep.Image().AddNode({{info("right"), 0}});
+  deep.SetRoot(deep.Image().AddNode({{info("root"), right}}, left));
+  deep.SetItemCount(5);
+
+  MessageStoreBuilder lopsided;
+  uint32_t child = lopsided.Image().AddNode({{lopsided.AddMessage(Letter("child")).info, 0}});
+  lopsided.SetRoot(lopsided.Image().AddNode({{lopsided.AddMessage(Letter("top", 1)).info, child}}));
+  lopsided.SetItemCount(2);
+
+  MessageStoreBuilder treeless;
+  treeless.AddMessage(Letter("no tree"));
+  treeless.SetItemCount(1);
+
+  MessageStoreBuilder odd;  // three announced, one dated, one dated too late, one more than said
+  odd.AddMessage(Letter("dated"));
+  IndexedMessage late = Letter("late");
+  late.date = DateTime::FromDate(2011, 5, 1);
+  odd.AddMessage(late);
+  odd.Finish();
+  odd.SetItemCount(1);
+
+  auto folders = StandardFolders(deep.Bytes(), lopsided.Bytes());
+  folders.push_back({{4, 1, "Treeless", "t.dbx"}, treeless.Bytes()});
+  folders.push_back({{5, 1, "Odd", "odd.dbx"}, odd.Bytes()});
+  ProfileBuilder::WriteStore(store, folders);
+  platform::WriteFile(store + "unlisted.dbx", StoreOf({"unlisted"}));
+  std::string liar = StoreOf({});
+  for (size_t i = 0xC4; i < 0xC8; ++i) liar[i] = '\xFF';
+  platform::WriteFile(store + "liar.dbx", liar);
+  int64_t most = static_cast<int64_t>(liar.size() / 40);
+  // A second list in the store is beyond the one identity.
+  ProfileBuilder::WriteStore(store, {{{1, 0, "Z", "z.dbx"}, StoreOf({"z"})}}, "zzz.dbx");
+  Load();
+
+  const core::LoadCounts& counts = core::State().Counts;
+  EXPECT_EQ(counts.found, 5 + 2 + 1 + 2 + 1 + most + 1);
+  EXPECT_EQ(counts.stored, 3 + 1 + 1);
+  EXPECT_EQ(counts.unreadable, 1);
+  EXPECT_EQ(counts.notReached, counts.found - counts.stored - counts.unreadable);
+  EXPECT_THAT(Log(), AllOf(HasSubstr("Not reached = 2\r\n" + store +
+                                     "Inbox.dbx\r\nmessages below the second level"),
+                           HasSubstr("Not reached = 1\r\n" + store +
+                                     "Sent Items.dbx\r\nmessages behind the root's entries"),
+                           HasSubstr("t.dbx\r\nthe file has no message tree"),
+                           HasSubstr("unlisted.dbx\r\nno folder of the folder list"),
+                           HasSubstr("z.dbx\r\nits folder list has no identity of its own"),
+                           HasSubstr("its date is missing, before 1990 or after 2009")));
+}
+
+TEST_F(Import, EndsOfMessagesAreCountedApart) {
+  std::string store = profile_.AddIdentity("Ann");
+  MessageStoreBuilder inbox;
+  auto add = [&](const std::string& subject, const std::string& sender, int minute) {
+    IndexedMessage letter = Letter(subject, minute);
+    letter.text =
+        "From: " + sender + "\r\nTo: ann@example.org\r\nSubject: " + subject + "\r\n\r\nHello.\r\n";
+    letter.messageId = "<" + subject + "@example.org>";
+    inbox.AddMessage(letter);
+  };
+  add("taken", "good@example.org", 1);
+  add("refused", "bad@example.org", 2);
+  add("ignored", "dull@example.org", 3);
+  IndexedMessage empty = Letter("no mail", 4);
+  empty.text = "\r\nneither sender nor subject\r\n";
+  inbox.AddMessage(empty);
+  inbox.Finish();
+  ProfileBuilder::WriteStore(store, StandardFolders(inbox.Bytes(), ""));
+  profile_.WriteHive();
+  core::BeginLoadState();
+  intake::SetAddresseeReject("bad", "bad@example.org");
+  ui_.senders = {core::SenderAnswer::kAccept, core::SenderAnswer::kIgnore};
+  ASSERT_TRUE(oeInitialize());
+  ImportOutlookExpress();
+  EXPECT_EQ(Summary(), "found 4, stored 1, refused 1, ignored 1, unreadable 1, ");
+
+  Load();
+  EXPECT_EQ(core::State().Counts.alreadyStored, 1);
+  EXPECT_EQ(core::State().Counts.ignored, 1);
+}
+
+TEST_F(Import, AStopLeavesTheRestNotReached) {
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(
+      store, StandardFolders(StoreOf({"1", "2", "3"}), StoreOf({"sent 1", "sent 2"})));
+  profile_.WriteHive();
+  core::State().RepositoryIsEmpty = false;
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  Load();
+  EXPECT_EQ(Summary(), "found 5, stored 1, not reached 4, ");
+  EXPECT_THAT(Log(), HasSubstr("Sent Items.dbx\r\nthe load was stopped"));
+
+  // Cancel in the ask dialog stops the same way, over the message that was asked about.
+  ui_.onYield = nullptr;
+  core::BeginLoadState();
+  ui_.senders = {core::SenderAnswer::kCancel};
+  repository::RepositoryDb().Execute("DELETE * FROM MeContact");
+  ASSERT_TRUE(oeInitialize());
+  ImportOutlookExpress();
+  EXPECT_EQ(Summary(), "found 5, already 1, not reached 4, ");
+}
+
+TEST_F(Import, AFileNamedByTwoFoldersIsCountedOnce) {
+  std::string store = profile_.AddIdentity("Ann");
+  auto folders = StandardFolders(StoreOf({"a", "b"}), "");
+  folders.push_back({{4, 1, "Twin", "INBOX.DBX"}, ""});
+  ProfileBuilder::WriteStore(store, folders);
+  Load();
+  EXPECT_EQ(Summary(), "found 4, stored 2, already 2, ");
+}
+
+TEST_F(Import, StoresOfSeveralShapesKeepEveryLetter) {
+  std::string store = profile_.AddIdentity("Ann");
+  MessageStoreBuilder inbox;
+  for (int i = 0; i < 300; ++i) {
+    IndexedMessage letter = Letter("letter " + std::to_string(i), i % 60);
+    letter.flagsDirect = i % 2 == 0;
+    letter.blockSize = static_cast<size_t>(20 + i);
+    inbox.AddMessage(letter);
+  }
+  inbox.Finish();
+  ProfileBuilder::WriteStore(store, StandardFolders(inbox.Bytes(), ""));
+  Load();
+  EXPECT_EQ(Summary(), "found 300, stored 300, ");
+  for (int i = 0; i < 300; i += 37) {
+    std::string subject = "letter " + std::to_string(i);
+    EXPECT_EQ(RawOf(subject), Letter(subject, i % 60).text);
+  }
+}
+
+TEST_F(Import, RealStoresGiveTheirMessages) {
+  std::string data = testing::RealData("profile-ann/");
+  if (data.empty()) GTEST_SKIP() << "no real data here";
+  UseProfile(data);
+  ASSERT_TRUE(oeInitialize());
+  ImportOutlookExpress();
+  EXPECT_EQ(Summary(), "found 1, stored 1, ");
+  EXPECT_EQ(Query("SELECT AddressFrom FROM Email").AsText(), "noreply@freshmeat.net");
+  EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(),
+            "<20020617194207.DF10883011@mail.freshmeat.net>_20020617194207");
+
+  // The same files without their profile: one of 2021 is beyond the reader's years.
+  core::BeginLoadState();
+  core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+  UseProfile(testing::RealData("dbx/"));
+  ASSERT_TRUE(oeInitialize());
+  ImportOutlookExpress();
+  EXPECT_EQ(core::State().Counts.unreadable, 1);
+  EXPECT_EQ(core::State().Counts.notReached, 2);  // no folder of the real list names these files
+  EXPECT_THAT(ui_.Shown("error"), IsEmpty());
+}
+
+TEST_F(Import, ReadsOneStoreFileAsASeparateFolder) {
+  std::string data = testing::RealData("dbx/Inbox-dated-2004.dbx");
+  if (data.empty()) GTEST_SKIP() << "no real data here";
+  std::string folder = folder_.File("copied/");
+  platform::MakeFolder(folder);
+  platform::CopyFile(data, folder + "Inbox.dbx");
+  UseProfile(folder);
+  ASSERT_TRUE(oeInitialize());
+  ImportOutlookExpress();
+  EXPECT_EQ(Summary(), "found 1, stored 1, ");
+  EXPECT_EQ(Query("SELECT Folder FROM Email").AsText(), "Inbox");
+}
+
+}  // namespace
+}  // namespace tarnwick::oe
