@@ -62,8 +62,7 @@ class OeFixture : public testing::ProgramFixture {
     for (size_t at = log.find(mark); at != std::string::npos; at = log.find(mark, at + 1)) {
       size_t end = log.find("\r\n", at);
       std::string line = log.substr(at + mark.size(), end - at - mark.size());
-      size_t subject = line.find("M ");
-      subjects.push_back(line.substr(subject + 2));
+      subjects.push_back(line.substr(line.find(' ') + 1));  // behind the time of day
     }
     return subjects;
   }
