@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "qt_user_interface.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <iostream>
+
+#include "intake/ask_about_email_dialog.h"
+#include "platform/files.h"
+
+namespace tarnwick::app {
+
+namespace {
+
+// Between two turns of the events in a run of a thousand steps a second: short enough for the eye,
+// long enough to cost nothing.
+constexpr qint64 kYieldPause = 15;
+
+// Texts of messages reach a box here; as plain text they can't bring markup along.
+void Prepare(QMessageBox& box, const std::string& text) {
+  box.setWindowTitle("Tarnwick");
+  box.setTextFormat(Qt::PlainText);
+  box.setText(QString::fromStdString(text).replace("\r\n", "\n"));
+}
+
+}  // namespace
+
+QWidget* QtUserInterface::Parent() const {
+  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+  return window_;
+}
+
+bool QtUserInterface::ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) {
+  if (unattended_) {
+    std::cerr << text << std::endl;
+    return offerSilence;
+  }
+  QMessageBox box(Parent());
+  Prepare(box, text);
+  box.setIcon(icon == core::BoxIcon::kCritical ? QMessageBox::Critical : QMessageBox::Information);
+  box.setStandardButtons(QMessageBox::Ok);
+  QCheckBox* silence = nullptr;
+  if (offerSilence) {
+    silence = new QCheckBox(QObject::tr("&Do not show again during this load"), &box);
+    box.setCheckBox(silence);
+  }
+  box.exec();
+  return silence != nullptr && silence->isChecked();
+}
+
+bool QtUserInterface::AskYesNo(const std::string& text) {
+  if (unattended_) {
+    std::cerr << text << std::endl;
+    return false;
+  }
+  QMessageBox box(Parent());
+  Prepare(box, text);
+  box.setIcon(QMessageBox::Critical);
+  box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+  box.setEscapeButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
+}
+
+core::SenderAnswer QtUserInterface::AskAboutEmail(const core::AskedEmail& email) {
+  if (unattended_) return core::SenderAnswer::kCancel;
+  intake::AskAboutEmail dialog(email, Parent());
+  dialog.exec();
+  return dialog.Answer();
+}
+
+std::optional<std::string> QtUserInterface::ChooseFolder(const std::string& prompt) {
+  if (unattended_) return std::nullopt;
+  QString folder = QFileDialog::getExistingDirectory(Parent(), QString::fromStdString(prompt), {});
+  if (folder.isEmpty()) return std::nullopt;
+  return platform::WithSeparator(folder.toStdString());
+}
+
+void QtUserInterface::SetStatus(core::StatusPanel panel, const std::string& text) {
+  if (window_) window_->Status().SetPanel(panel, QString::fromStdString(text));
+}
+
+void QtUserInterface::ShowProgress(int64_t done, int64_t total) {
+  if (window_) window_->Status().ShowProgress(done, total);
+}
+
+void QtUserInterface::YieldEvents() {
+  // What runs in the turn may come here again; the outer turn goes on in that case.
+  if (yielding_) return;
+  if (sinceYield_.isValid() && sinceYield_.elapsed() < kYieldPause) return;
+  yielding_ = true;
+  QCoreApplication::processEvents();
+  yielding_ = false;
+  sinceYield_.start();
+}
+
+}  // namespace tarnwick::app

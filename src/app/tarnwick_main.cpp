@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The graphical program.
+#include <QApplication>
+#include <QPixmap>
+#include <QTimer>
+
+#include "board/list_query.h"
+#include "board/main_board_window.h"
+#include "core/guard.h"
+#include "core/run_state.h"
+#include "core/startup.h"
+#include "platform/files.h"
+#include "qt_user_interface.h"
+#include "repository/repository.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+
+// False when there is nothing to work on; the reason has been shown.
+bool OpenAtStart() {
+  namespace core = tarnwick::core;
+  return core::Guarded("Main", false, [] {
+    std::string program = tarnwick::platform::FolderOf(tarnwick::platform::ProgramPath());
+    std::string appFolder = core::ChooseAppFolder(program);
+    core::SeedAppFolder(appFolder, program);
+    core::PrepareRun(appFolder);
+    if (!tarnwick::repository::OpenRepository(false)) return false;
+    tarnwick::repository::ReadOptions();
+    return true;
+  });
+}
+
+// Saves a picture of the window once its list is painted, and ends the program.
+void TakePicture(QApplication& application, QWidget& window, const QString& file) {
+  QTimer::singleShot(200, &window, [&application, &window, file] {
+    bool saved = window.grab().save(file);
+    window.close();
+    application.exit(saved ? 0 : kFailed);
+  });
+}
+
+int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
+              const QString& picture) {
+  tarnwick::board::MainBoard window;
+  ui.SetWindow(&window);
+  if (!window.Load()) return kFailed;
+  window.show();
+  if (!picture.isEmpty()) TakePicture(application, window, picture);
+  return application.exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("tarnwick");
+  QApplication::setApplicationDisplayName("Tarnwick");
+  QApplication::setApplicationVersion(TARNWICK_VERSION);
+  QApplication::setDesktopFileName("tarnwick");
+
+  // A look at the program where there is no display: TARNWICK_PICTURE names the file.
+  QString picture = qEnvironmentVariable("TARNWICK_PICTURE");
+  tarnwick::app::QtUserInterface ui;
+  ui.SetUnattended(!picture.isEmpty());
+  tarnwick::core::State().Ui = &ui;
+  int status = OpenAtStart() ? RunWindow(application, ui, picture) : kFailed;
+  tarnwick::board::ResetBoard();
+  tarnwick::repository::DisconnectRepository();
+  tarnwick::core::State().Ui = nullptr;
+  return status;
+}

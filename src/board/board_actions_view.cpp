@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/board_actions_view.h"
+
+#include <QIcon>
+#include <QWidget>
+
+namespace tarnwick::board {
+
+BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
+  const struct {
+    QAction*& action;
+    const char* name;
+    QString text;
+    QKeySequence shortcut;
+    const char* icon;
+    QString tip;
+  } rows[] = {
+      {openRepository, "mnOpenRepository", tr("&Open Repository"), QKeySequence::Open,
+       "document-open", tr("Lists the repository of another folder")},
+      {createRepository, "mnCreateRepository", tr("&Create Repository"), QKeySequence::New,
+       "document-new", tr("Makes an empty repository in a folder")},
+      {loadTextFile,
+       "mnLoadTextFile",
+       tr("&Load Text File"),
+       {},
+       "document-import",
+       tr("Takes a file with one message in")},
+      {exit,
+       "mnuFileExit",
+       tr("E&xit"),
+       QKeySequence(Qt::CTRL | Qt::Key_Q),
+       "application-exit",
+       {}},
+      {markAllNotHot,
+       "mnMarkAllNotHot",
+       tr("Mark all &not hot"),
+       {},
+       nullptr,
+       tr("Takes the hot mark from every listed message")},
+      {about, "mnuHelpAbout", tr("&About"), {}, "help-about", {}},
+      {showAll, "actionShowAll", tr("Show &All"), QKeySequence(Qt::Key_F5), nullptr,
+       tr("Empties the filter and lists every message")},
+      {showRelated, "actionShowRelated", tr("Sho&w Related"), QKeySequence(Qt::CTRL | Qt::Key_R),
+       nullptr, tr("Lists the messages with the selected one's subject")},
+      {toggleHot, "actionMarkActive", tr("Hot/&Not hot"), QKeySequence(Qt::CTRL | Qt::Key_H),
+       nullptr, tr("Marks the selected messages as hot, or takes the mark away")},
+      {deleteSelected, "actionDeleteCurent", tr("&Delete Selected"), QKeySequence::Delete,
+       "edit-delete", tr("Deletes the selected messages from the repository")},
+      {loadFromMailer, "actionLoadMailler", tr("&Load from Mailer"),
+       QKeySequence(Qt::CTRL | Qt::Key_L), "mail-receive",
+       tr("Takes new mail from the mail program's stores into the repository")},
+      {quit, "actionQuite", tr("&Quit"), {}, nullptr, tr("Closes the program")},
+      {copy, "actionCopy", tr("&Copy"), QKeySequence::Copy, "edit-copy",
+       tr("Copies the selected rows as text")},
+      {stop, "actionStop", tr("Stop"), QKeySequence(Qt::Key_Escape), nullptr, {}},
+  };
+  for (const auto& row : rows) {
+    row.action = new QAction(row.text, parent);
+    row.action->setObjectName(row.name);
+    row.action->setShortcut(row.shortcut);
+    if (!row.tip.isEmpty()) row.action->setToolTip(row.tip);
+    if (row.icon != nullptr) row.action->setIcon(QIcon::fromTheme(row.icon));
+  }
+  // These keys belong to the text boxes unless the list has the focus.
+  deleteSelected->setShortcutContext(Qt::WidgetShortcut);
+  copy->setShortcutContext(Qt::WidgetShortcut);
+  SetBusy(false);
+}
+
+void BoardActionsView::SetBusy(bool busy) {
+  for (QAction* action : {openRepository, createRepository, loadTextFile, markAllNotHot, about,
+                          showAll, showRelated, toggleHot, deleteSelected, loadFromMailer, copy}) {
+    action->setEnabled(!busy);
+  }
+  stop->setEnabled(busy);
+}
+
+QPushButton* BoardActionsView::MakeButton(QAction* action, const char* objectName,
+                                          QWidget* parent) {
+  auto* button = new QPushButton(action->text(), parent);
+  button->setObjectName(objectName);
+  button->setAutoDefault(false);
+  button->setToolTip(action->toolTip());
+  connect(button, &QPushButton::clicked, action, &QAction::trigger);
+  connect(action, &QAction::changed, button,
+          [button, action] { button->setEnabled(action->isEnabled()); });
+  return button;
+}
+
+}  // namespace tarnwick::board

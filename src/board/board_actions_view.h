@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The main window's commands as the person meets them: one action each, shared by menu, button and
+// context menu. What an action does is the window's to connect.
+#pragma once
+
+#include <QAction>
+#include <QPushButton>
+
+namespace tarnwick::board {
+
+class BoardActionsView : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit BoardActionsView(QWidget* parent);
+
+  QAction* openRepository = nullptr;
+  QAction* createRepository = nullptr;
+  QAction* loadTextFile = nullptr;
+  QAction* exit = nullptr;
+  QAction* markAllNotHot = nullptr;
+  QAction* about = nullptr;
+
+  QAction* showAll = nullptr;
+  QAction* showRelated = nullptr;
+  QAction* toggleHot = nullptr;
+  QAction* deleteSelected = nullptr;
+  QAction* loadFromMailer = nullptr;
+  QAction* quit = nullptr;
+  QAction* copy = nullptr;
+
+  QAction* stop = nullptr;
+
+  // While something long runs only the stop command can be given.
+  void SetBusy(bool busy);
+
+  // A button with the action's text and state, named objectName.
+  static QPushButton* MakeButton(QAction* action, const char* objectName, QWidget* parent);
+};
+
+}  // namespace tarnwick::board

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/email_grid_view.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QHeaderView>
+#include <QPainter>
+#include <QResizeEvent>
+#include <algorithm>
+
+#include "board/layout_store.h"
+#include "platform/clock.h"
+#include "platform/locale.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+constexpr int kDateColumn = 1;
+constexpr int kSubjectColumn = 2;
+constexpr int kFirstHidden = 6;
+constexpr int kNarrowestSubject = 120;
+// More rows than anyone pastes; an archive holds a hundred thousand.
+constexpr size_t kMostCopied = 50000;
+
+const std::map<int, ListSort>& SortColumns() {
+  static const std::map<int, ListSort> columns = {{kDateColumn, ListSort::kDate},
+                                                  {kSubjectColumn, ListSort::kSubject},
+                                                  {3, ListSort::kFromTo},
+                                                  {4, ListSort::kDirection}};
+  return columns;
+}
+
+}  // namespace
+
+EmailGridView::EmailGridView(QWidget* parent) : QTableView(parent), model_(new ListModel(this)) {
+  setObjectName("EmailGrid");
+  setAccessibleName(tr("Messages"));
+  setModel(model_);
+  setSelectionBehavior(SelectRows);
+  setSelectionMode(ExtendedSelection);
+  setEditTriggers(NoEditTriggers);
+  setAlternatingRowColors(true);
+  setShowGrid(false);
+  setWordWrap(false);
+  setTabKeyNavigation(false);
+  setHorizontalScrollMode(ScrollPerPixel);
+  // Always there, so that the columns that fill the width do so for any number of rows.
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+  setContextMenuPolicy(Qt::ActionsContextMenu);
+
+  verticalHeader()->hide();
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+
+  QHeaderView* header = horizontalHeader();
+  header->setMinimumSectionSize(20);
+  header->setHighlightSections(false);
+  header->setSectionsClickable(true);
+  header->setSortIndicatorShown(true);
+  connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
+    auto sort = SortColumns().find(column);
+    if (sort != SortColumns().end()) emit SortAskedFor(sort->second);
+  });
+  SetDesignedWidths();
+}
+
+void EmailGridView::SetDesignedWidths() {
+  const QFontMetrics metrics = fontMetrics();
+  auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
+  DateTime wideDate = DateTime::FromDate(2008, 12, 28).WithTime(20, 58, 58);
+  setColumnWidth(0, wide("!"));
+  setColumnWidth(kDateColumn,
+                 wide(QString::fromStdString(platform::FormatDate(wideDate, "ddddd hh:mm"))));
+  setColumnWidth(kSubjectColumn, 420);
+  setColumnWidth(3, metrics.averageCharWidth() * 28);
+  setColumnWidth(4, wide(tr("Direction")) + 16);  // room for the sort indicator
+  setColumnWidth(5, wide(tr("Hot")));
+  for (int column = kFirstHidden; column < kGridColumns; ++column) setColumnHidden(column, true);
+}
+
+void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace) {
+  int row = currentIndex().row();
+  bool selected = keepPlace && selectionModel()->hasSelection();
+  model_->Bind(list, placeholder);
+  int rows = model_->rowCount();
+  if (rows == 0 || placeholder) {
+    viewport()->update();
+    return;
+  }
+  if (selected && row >= 0) {
+    selectRow(std::min(row, rows - 1));
+  } else {
+    scrollToTop();
+  }
+}
+
+std::vector<SelectedMessage> EmailGridView::Selected() const {
+  std::vector<SelectedMessage> messages;
+  QModelIndexList rows = selectionModel()->selectedRows();
+  std::sort(rows.begin(), rows.end());
+  for (const QModelIndex& index : rows) {
+    int64_t id = model_->IdAt(index.row());
+    if (id != 0) messages.push_back({id, model_->SubjectAt(index.row())});
+  }
+  return messages;
+}
+
+SelectedMessage EmailGridView::Current() const {
+  int row = -1;
+  if (currentIndex().isValid() && selectionModel()->isRowSelected(currentIndex().row())) {
+    row = currentIndex().row();
+  } else {
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+      if (row < 0 || range.top() < row) row = range.top();
+    }
+  }
+  int64_t id = model_->IdAt(row);
+  return id == 0 ? SelectedMessage() : SelectedMessage{id, model_->SubjectAt(row)};
+}
+
+void EmailGridView::ApplyWidths(const std::map<int, int>& twips) {
+  for (const auto& [column, width] : twips) {
+    int pixels = width / kTwipsPerPixel;
+    setColumnHidden(column, pixels == 0);
+    if (pixels != 0) setColumnWidth(column, pixels);
+  }
+  widthsStored_ = twips.count(kSubjectColumn) != 0;
+}
+
+std::vector<int> EmailGridView::Widths() const {
+  std::vector<int> widths;
+  for (int column = 0; column < kGridColumns; ++column) {
+    widths.push_back(isColumnHidden(column) ? 0 : columnWidth(column) * kTwipsPerPixel);
+  }
+  return widths;
+}
+
+void EmailGridView::SetHint(const QString& title, const QString& advice) {
+  hintTitle_ = title;
+  hintAdvice_ = advice;
+  setAccessibleDescription(model_->IsPlaceholder() ? title + ' ' + advice : QString());
+  viewport()->update();
+}
+
+void EmailGridView::ShowSort(ListSort sort, ListOrder order) {
+  for (const auto& [column, columnSort] : SortColumns()) {
+    if (columnSort != sort) continue;
+    horizontalHeader()->setSortIndicator(
+        column, order == ListOrder::kAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
+  }
+}
+
+void EmailGridView::CopySelected() const {
+  QModelIndexList rows = selectionModel()->selectedRows();
+  std::sort(rows.begin(), rows.end());
+  QString text;
+  size_t copied = 0;
+  for (const QModelIndex& row : rows) {
+    if (++copied > kMostCopied) break;
+    QStringList cells;
+    for (int column = kDateColumn; column < kGridColumns; ++column) {
+      if (!isColumnHidden(column)) cells << row.siblingAtColumn(column).data().toString();
+    }
+    text += cells.join('\t') + '\n';
+  }
+  if (!text.isEmpty()) QApplication::clipboard()->setText(text);
+}
+
+void EmailGridView::keyboardSearch(const QString& search) {
+  qint64 now = platform::TickMilliseconds();
+  bool goesOn = now - typedAt_ < QApplication::keyboardInputInterval();
+  typedAt_ = now;
+  typed_ = goesOn ? typed_ + search : search;
+  int rows = model_->rowCount();
+  if (typed_.isEmpty() || rows == 0 || model_->IsPlaceholder()) return;
+  int column = std::max(currentIndex().column(), kDateColumn);
+  // A first letter moves on from the current row, a longer word may stay on it.
+  int row = std::max(currentIndex().row(), 0) + (goesOn ? 0 : 1);
+  QElapsedTimer timer;
+  timer.start();
+  for (int looked = 0; looked < rows && timer.elapsed() < 200; ++looked, ++row) {
+    QModelIndex index = model_->index(row % rows, column);
+    if (index.data().toString().startsWith(typed_, Qt::CaseInsensitive)) {
+      setCurrentIndex(index);
+      return;
+    }
+  }
+}
+
+void EmailGridView::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (!model_->IsPlaceholder() || hintTitle_.isEmpty()) return;
+  QPainter painter(viewport());
+  QFont bold = font();
+  bold.setBold(true);
+  bold.setPointSizeF(bold.pointSizeF() * 1.2);
+  int line = QFontMetrics(bold).height();
+  QRect area = viewport()->rect().adjusted(24, rowHeight(0), -24, 0);
+  painter.setFont(bold);
+  painter.setPen(palette().color(QPalette::Text));
+  QRect title(area.left(), area.center().y() - 2 * line, area.width(), line);
+  painter.drawText(title, Qt::AlignCenter, hintTitle_);
+  painter.setFont(font());
+  painter.setPen(palette().color(QPalette::PlaceholderText));
+  QRect advice(area.left(), title.bottom() + line / 2, area.width(),
+               area.bottom() - title.bottom());
+  painter.drawText(advice, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, hintAdvice_);
+}
+
+void EmailGridView::FitSubject() {
+  int others = 0;
+  for (int column = 0; column < kGridColumns; ++column) {
+    if (column != kSubjectColumn && !isColumnHidden(column)) others += columnWidth(column);
+  }
+  setColumnWidth(kSubjectColumn, std::max(viewport()->width() - others, kNarrowestSubject));
+}
+
+void EmailGridView::resizeEvent(QResizeEvent* event) {
+  int before = event->oldSize().width();
+  bool filled = horizontalHeader()->length() == before;
+  bool squeezed = columnWidth(kSubjectColumn) == kNarrowestSubject;
+  QTableView::resizeEvent(event);
+  // Columns that the person drew narrower or wider than the window stay as they are.
+  if (settled_ && event->size().width() != before && (filled || squeezed)) FitSubject();
+}
+
+void EmailGridView::showEvent(QShowEvent* event) {
+  QTableView::showEvent(event);
+  if (settled_) return;
+  if (!widthsStored_) FitSubject();
+  settled_ = true;
+}
+
+}  // namespace tarnwick::board

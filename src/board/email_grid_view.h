@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The grid of the message list: rows of one height, column widths that can be stored, a header that
+// sorts when clicked, a text for when there is nothing to list.
+#pragma once
+
+#include <QTableView>
+#include <map>
+#include <vector>
+
+#include "board/list_model.h"
+#include "board/message_commands.h"
+
+namespace tarnwick::board {
+
+class EmailGridView : public QTableView {
+  Q_OBJECT
+
+ public:
+  explicit EmailGridView(QWidget* parent = nullptr);
+
+  ListModel& Model() { return *model_; }
+
+  // Shows the recordset's rows anew. With keepPlace the current row stays the one of its number.
+  void Bind(jet::Recordset& list, bool placeholder, bool keepPlace);
+
+  // The selected messages in list order; without the placeholder and rows that have gone.
+  std::vector<SelectedMessage> Selected() const;
+  // The current row's when it is selected, else the first selected one's; id 0 when none is.
+  SelectedMessage Current() const;
+
+  // Widths in twips, by column number; columns that are not named keep theirs. Width 0 hides.
+  void ApplyWidths(const std::map<int, int>& twips);
+  std::vector<int> Widths() const;
+
+  // Shown over the placeholder row; it says what to do next.
+  void SetHint(const QString& title, const QString& advice);
+
+  void ShowSort(ListSort sort, ListOrder order);
+
+  // Puts the selected rows on the clipboard, a line each, columns parted by tabs.
+  void CopySelected() const;
+
+  // Types ahead within the rows that can be looked at in a fifth of a second.
+  void keyboardSearch(const QString& search) override;
+
+ signals:
+  // A click on a header that orders the list.
+  void SortAskedFor(ListSort sort);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void SetDesignedWidths();
+  void FitSubject();
+
+  ListModel* model_;
+  bool widthsStored_ = false;
+  bool settled_ = false;  // shown once: from now on a resize goes to the subject
+  QString hintTitle_;
+  QString hintAdvice_;
+  QString typed_;
+  qint64 typedAt_ = 0;
+};
+
+}  // namespace tarnwick::board

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// How the list comes into a window: the window is seen through ListForm, so that this runs and is
+// tested without one. Errors are reported; the window then keeps what it shows.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "board/list_filter.h"
+#include "platform/jet/recordset.h"
+
+namespace tarnwick::board {
+
+// The grid's columns. Column 0 is the fixed one with the importance mark; the rest are the fields
+// of the list query in their order. Captions of the last four are field names: they are hidden
+// unless a stored layout gives them a width.
+inline constexpr int kGridColumns = 10;
+inline constexpr std::array<const char*, kGridColumns> kGridHeaders = {
+    "",    "Date", "Subject",         "From/To",     "Direction",
+    "Hot", "ID",   "EmailImportance", "Application", "ReceivedTime"};
+
+class ListForm {
+ public:
+  virtual ~ListForm() = default;
+  // The grid shows these rows from now on. The recordset stays where it is for good.
+  virtual void SetDataSource(jet::Recordset& list, bool placeholder) = 0;
+  // Puts a filter into the controls, without running it.
+  virtual void ShowFilter(const ListFilter& filter) = 0;
+};
+
+// Shows the list recordset in the form's grid, and the counts in the status bar.
+void BindEmailList(ListForm& form);
+
+// Builds and runs the query of the current filter and binds it.
+void ShowRefresh(ListForm& form);
+
+// At a start or after another repository was opened: restores the saved filter, lists and binds,
+// and shows when mail was last loaded.
+bool RestoreFilterAndLoad(ListForm& form);
+
+// "Last loaded on " and the time, in the status bar.
+void ShowLastLoaded();
+// "Tarnwick folder " and the repository's, in the status bar.
+void ShowRepositoryFolder();
+
+// What the combo boxes offer.
+std::vector<std::string> ContactNames();
+std::vector<std::string> AttachmentNames();
+
+}  // namespace tarnwick::board

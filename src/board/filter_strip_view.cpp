@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/filter_strip_view.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QRadioButton>
+#include <QStringListModel>
+#include <QTimer>
+#include <algorithm>
+
+#include "core/messages.h"
+#include "platform/locale.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+QString BoxText(const QWidget* box) {
+  if (const auto* combo = qobject_cast<const QComboBox*>(box)) return combo->currentText();
+  return qobject_cast<const QLineEdit*>(box)->text();
+}
+
+void SetBoxText(QWidget* box, const QString& text) {
+  if (auto* combo = qobject_cast<QComboBox*>(box)) {
+    combo->setEditText(text);
+  } else {
+    qobject_cast<QLineEdit*>(box)->setText(text);
+  }
+}
+
+void SelectBoxText(QWidget* box) {
+  auto* combo = qobject_cast<QComboBox*>(box);
+  (combo != nullptr ? combo->lineEdit() : qobject_cast<QLineEdit*>(box))->selectAll();
+}
+
+void Choose(QButtonGroup* group, int id) {
+  if (QAbstractButton* button = group->button(id)) button->setChecked(true);
+}
+
+QStringList ToList(const std::vector<std::string>& texts) {
+  QStringList list;
+  list.reserve(static_cast<qsizetype>(texts.size()));
+  for (const std::string& text : texts) list << QString::fromStdString(text).simplified();
+  return list;
+}
+
+}  // namespace
+
+FilterStripView::FilterStripView(QWidget* parent) : QWidget(parent) {
+  setObjectName("FilterStrip");
+  auto* grid = new QGridLayout(this);
+  grid->setContentsMargins(0, 0, 0, 0);
+  BuildBoxes(grid);
+
+  auto id = [](auto choice) { return static_cast<int>(choice); };
+  QGroupBox* groups[] = {
+      BuildGroup("Frame1", tr("Direction"), direction_,
+                 {{"oBoth", tr("Both"), id(ListDirection::kBoth)},
+                  {"oIn", tr("In"), id(ListDirection::kIn)},
+                  {"oOut", tr("Out"), id(ListDirection::kOut)}},
+                 2),
+      BuildGroup("Frame2", tr("Sort by"), sort_,
+                 {{"oDate", tr("Date"), id(ListSort::kDate)},
+                  {"oSubject", tr("Subject"), id(ListSort::kSubject)},
+                  {"oFromTo", tr("From/To"), id(ListSort::kFromTo)},
+                  {"oDirection", tr("Direction"), id(ListSort::kDirection)}},
+                 2),
+      BuildGroup("Frame3", tr("Order by"), order_,
+                 {{"odAscending", tr("Ascending"), id(ListOrder::kAscending)},
+                  {"odDescending", tr("Descending"), id(ListOrder::kDescending)}},
+                 1)};
+  int column = grid->columnCount();
+  for (QGroupBox* group : groups) grid->addWidget(group, 0, column++, 2, 1);
+  // As Enter goes through them, though the boxes stand in columns.
+  for (size_t i = 1; i < boxes_.size(); ++i) setTabOrder(boxes_[i - 1], boxes_[i]);
+  setTabOrder(boxes_.back(), active_);
+}
+
+void FilterStripView::BuildBoxes(QGridLayout* grid) {
+  dateFrom_.edit = MakeEdit("DateFrom");
+  dateTo_.edit = MakeEdit("DateTo");
+  fromTo_ = MakeCombo("cmbFromTo");
+  subject_ = MakeEdit("Subject");
+  file_ = MakeCombo("cmbFile");
+  mailText_ = MakeEdit("MailText");
+  active_ = new QCheckBox(tr("Hot &Email"), this);
+  active_->setObjectName("ckbActive");
+  attached_ = new QCheckBox(tr("Atta&ched File"), this);
+  attached_->setObjectName("AttachedFile");
+  for (QCheckBox* box : {active_, attached_}) {
+    connect(box, &QCheckBox::clicked, this, &FilterStripView::FilterChanged);
+  }
+  boxes_ = {dateFrom_.edit, dateTo_.edit, fromTo_, subject_, file_, mailText_};
+
+  const struct {
+    QString label;
+    QWidget* box;
+    int row, column;
+  } places[] = {
+      {tr("Date Fro&m"), dateFrom_.edit, 0, 0}, {tr("Date T&o"), dateTo_.edit, 1, 0},
+      {tr("F&rom/To"), fromTo_, 0, 2},          {tr("F&ile"), file_, 1, 2},
+      {tr("S&ubject"), subject_, 0, 4},         {tr("Mail te&xt"), mailText_, 1, 4},
+  };
+  for (const auto& place : places) {
+    auto* label = new QLabel(place.label, this);
+    label->setContentsMargins(place.column == 0 ? 0 : 6, 0, 2, 0);
+    label->setBuddy(place.box);
+    place.box->setAccessibleName(QString(place.label).remove('&'));
+    grid->addWidget(label, place.row, place.column);
+    grid->addWidget(place.box, place.row, place.column + 1);
+  }
+  grid->addWidget(active_, 0, 6);
+  grid->addWidget(attached_, 1, 6);
+  grid->setColumnStretch(1, 1);
+  grid->setColumnStretch(3, 3);
+  grid->setColumnStretch(5, 4);
+}
+
+QGroupBox* FilterStripView::BuildGroup(
+    const char* name, const QString& title, QButtonGroup*& buttons,
+    const std::vector<std::tuple<const char*, QString, int>>& choices, int columns) {
+  auto* group = new QGroupBox(title, this);
+  group->setObjectName(name);
+  auto* layout = new QGridLayout(group);
+  layout->setContentsMargins(6, 2, 6, 4);
+  layout->setVerticalSpacing(2);
+  buttons = new QButtonGroup(group);
+  int place = 0;
+  for (const auto& [choiceName, caption, id] : choices) {
+    auto* button = new QRadioButton(caption, group);
+    button->setObjectName(choiceName);
+    button->setAccessibleName(title + ": " + caption);
+    buttons->addButton(button, id);
+    layout->addWidget(button, place / columns, place % columns);
+    ++place;
+  }
+  connect(buttons, &QButtonGroup::idClicked, this, &FilterStripView::FilterChanged);
+  return group;
+}
+
+QComboBox* FilterStripView::MakeCombo(const char* name) {
+  auto* combo = new QComboBox(this);
+  combo->setObjectName(name);
+  combo->setEditable(true);
+  combo->setInsertPolicy(QComboBox::NoInsert);
+  // What is typed is a part of a name: it must not be completed to a whole one.
+  combo->setCompleter(nullptr);
+  combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  combo->setMinimumContentsLength(4);
+  combo->setMaxVisibleItems(16);
+  combo->setModel(new QStringListModel(combo));
+  auto* popup = new QListView(combo);
+  popup->setUniformItemSizes(true);  // the list may hold thousands
+  popup->setTextElideMode(Qt::ElideRight);
+  combo->setView(popup);
+  combo->installEventFilter(this);
+  connect(combo, &QComboBox::activated, this, [this, combo] { Apply(combo); });
+  return combo;
+}
+
+QLineEdit* FilterStripView::MakeEdit(const char* name) {
+  auto* edit = new QLineEdit(this);
+  edit->setObjectName(name);
+  edit->setMinimumWidth(edit->fontMetrics().horizontalAdvance("12/28/2008") + 14);
+  edit->installEventFilter(this);
+  return edit;
+}
+
+void FilterStripView::ShowFilter(const ListFilter& filter) {
+  ShowDate(dateFrom_, filter.DateFrom);
+  ShowDate(dateTo_, filter.DateTo);
+  fromTo_->setEditText(QString::fromStdString(filter.FromTo));
+  subject_->setText(QString::fromStdString(filter.Subject));
+  file_->setEditText(QString::fromStdString(filter.FileName));
+  mailText_->setText(QString::fromStdString(filter.MailText));
+  active_->setChecked(filter.Active);
+  attached_->setChecked(filter.AttachedFile);
+  Choose(direction_, static_cast<int>(filter.Direction));
+  Choose(sort_, static_cast<int>(filter.SortBy));
+  Choose(order_, static_cast<int>(filter.SortOrder));
+  for (QWidget* box : boxes_) before_[box] = BoxText(box);
+}
+
+void FilterStripView::ReadFilter(ListFilter& filter) const {
+  filter.DateFrom = DateOf(dateFrom_);
+  filter.DateTo = DateOf(dateTo_);
+  filter.FromTo = fromTo_->currentText().toStdString();
+  filter.Subject = subject_->text().toStdString();
+  filter.FileName = file_->currentText().toStdString();
+  filter.MailText = mailText_->text().toStdString();
+  filter.Active = active_->isChecked();
+  filter.AttachedFile = attached_->isChecked();
+  filter.Direction = static_cast<ListDirection>(direction_->checkedId());
+  filter.SortBy = static_cast<ListSort>(sort_->checkedId());
+  filter.SortOrder = static_cast<ListOrder>(order_->checkedId());
+}
+
+void FilterStripView::SetChoices(const std::vector<std::string>& contacts,
+                                 const std::vector<std::string>& files) {
+  const std::pair<QComboBox*, const std::vector<std::string>*> lists[] = {{fromTo_, &contacts},
+                                                                          {file_, &files}};
+  for (const auto& [combo, texts] : lists) {
+    QString typed = combo->currentText();
+    qobject_cast<QStringListModel*>(combo->model())->setStringList(ToList(*texts));
+    combo->setCurrentIndex(-1);
+    combo->setEditText(typed);
+  }
+}
+
+void FilterStripView::SortBy(ListSort sort) {
+  int id = static_cast<int>(sort);
+  if (sort_->checkedId() == id) {
+    bool ascending = order_->checkedId() == static_cast<int>(ListOrder::kAscending);
+    Choose(order_, static_cast<int>(ascending ? ListOrder::kDescending : ListOrder::kAscending));
+  }
+  Choose(sort_, id);
+  emit FilterChanged();
+}
+
+void FilterStripView::FocusFirst() {
+  boxes_.front()->setFocus();
+}
+
+bool FilterStripView::eventFilter(QObject* watched, QEvent* event) {
+  auto* box = qobject_cast<QWidget*>(watched);
+  if (box == nullptr || std::find(boxes_.begin(), boxes_.end(), box) == boxes_.end()) {
+    return QWidget::eventFilter(watched, event);
+  }
+  auto reason = [event] { return static_cast<QFocusEvent*>(event)->reason(); };
+  switch (event->type()) {
+    case QEvent::FocusIn:
+      if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
+        Remember(box);
+      }
+      break;
+    case QEvent::FocusOut:
+      if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
+        CheckLeftDate(box);
+      }
+      break;
+    case QEvent::Wheel:
+      // Scrolling past a box must not choose another correspondent.
+      event->ignore();
+      return qobject_cast<QComboBox*>(box) != nullptr;
+    case QEvent::ShortcutOverride:
+      if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) event->accept();
+      break;
+    case QEvent::KeyPress:
+      if (KeyPressed(box, static_cast<QKeyEvent*>(event)->key())) return true;
+      break;
+    default:
+      break;
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+bool FilterStripView::KeyPressed(QWidget* box, int key) {
+  auto* combo = qobject_cast<QComboBox*>(box);
+  switch (key) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      if (DateBox* date = DateBoxOf(box); date != nullptr && !HoldsDate(*date)) {
+        Complain(box);
+        return true;
+      }
+      Apply(box);
+      MoveOn(box);
+      return true;
+    case Qt::Key_Escape:
+      SetBoxText(box, before_[box]);
+      return true;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+      // Opens the list; stepping through it unseen would query for every name on the way.
+      if (combo == nullptr) return false;
+      combo->showPopup();
+      return true;
+    default:
+      return false;
+  }
+}
+
+void FilterStripView::Remember(QWidget* box) {
+  // A box to which the focus was brought back keeps the date that Escape returns to.
+  if (DateBox* date = DateBoxOf(box); date != nullptr && !HoldsDate(*date)) return;
+  before_[box] = BoxText(box);
+}
+
+void FilterStripView::Apply(QWidget* box) {
+  if (DateBox* date = DateBoxOf(box)) ShowDate(*date, DateOf(*date));
+  if (BoxText(box) == before_[box]) return;
+  before_[box] = BoxText(box);
+  emit FilterChanged();
+}
+
+void FilterStripView::MoveOn(QWidget* box) {
+  auto next = std::find(boxes_.begin(), boxes_.end(), box) + 1;
+  if (next == boxes_.end()) {
+    emit LastBoxLeft();
+    return;
+  }
+  (*next)->setFocus(Qt::TabFocusReason);
+  SelectBoxText(*next);
+}
+
+FilterStripView::DateBox* FilterStripView::DateBoxOf(QWidget* box) {
+  if (box == dateFrom_.edit) return &dateFrom_;
+  return box == dateTo_.edit ? &dateTo_ : nullptr;
+}
+
+bool FilterStripView::HoldsDate(const DateBox& box) {
+  return box.edit->text() == box.shown ||
+         platform::ParseDate(box.edit->text().trimmed().toStdString()).has_value();
+}
+
+DateTime FilterStripView::DateOf(const DateBox& box) {
+  // The text that was put there stands for its date, however a locale would read it back.
+  if (box.edit->text() == box.shown) return box.date;
+  auto typed = platform::ParseDate(box.edit->text().trimmed().toStdString());
+  return typed ? typed->DatePart() : box.date;
+}
+
+void FilterStripView::ShowDate(DateBox& box, DateTime date) {
+  box.date = date;
+  box.shown = QString::fromStdString(platform::FormatDate(date, "ddddd"));
+  box.edit->setText(box.shown);
+}
+
+void FilterStripView::Complain(QWidget* box) {
+  if (complaining_) return;
+  complaining_ = true;
+  core::ShowMessage("Invalid date format.");
+  complaining_ = false;
+  box->setFocus(Qt::OtherFocusReason);
+  SelectBoxText(box);
+}
+
+void FilterStripView::CheckLeftDate(QWidget* box) {
+  DateBox* date = DateBoxOf(box);
+  if (date == nullptr || HoldsDate(*date)) return;
+  // Once the click or key that took the focus away has been dealt with: it may put the date right.
+  QTimer::singleShot(0, this, [this, box, date] {
+    if (!isVisible() || !isEnabled() || box->hasFocus() || HoldsDate(*date)) return;
+    Complain(box);
+  });
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/list_filter.h"
+
+#include <optional>
+#include <string_view>
+
+#include "core/guard.h"
+#include "platform/clock.h"
+#include "platform/jet/recordset.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+using jet::Value;
+using repository::kAmountColumn;
+using repository::kDateColumn;
+using repository::kTextColumn;
+
+constexpr std::string_view kGroup = "Filter";
+
+std::optional<DateTime> FirstDate(const std::string& query) {
+  jet::Recordset rows;
+  rows.Open(query, repository::RepositoryDb());
+  return rows.Eof() ? std::nullopt : rows.Field(0).AsDate();
+}
+
+void ReadDate(std::string_view key, DateTime& field) {
+  if (auto stored = repository::GetParameter(kGroup, key, kDateColumn).AsDate()) {
+    field = stored->DatePart();
+  }
+}
+
+void ReadText(std::string_view key, std::string& field) {
+  Value stored = repository::GetParameter(kGroup, key, kTextColumn);
+  if (!stored.IsNull()) field = stored.AsText();
+}
+
+void ReadFlag(std::string_view key, bool& field) {
+  Value stored = repository::GetParameter(kGroup, key, kAmountColumn);
+  if (!stored.IsNull()) field = stored.AsInt() != 0;
+}
+
+// A number that names no choice of the window leaves the field as it is.
+template <typename Choice>
+void ReadChoice(std::string_view key, Choice last, Choice& field) {
+  int64_t stored = repository::GetParameter(kGroup, key, kAmountColumn).AsInt();
+  if (stored >= 1 && stored <= static_cast<int64_t>(last)) field = static_cast<Choice>(stored);
+}
+
+template <typename Choice>
+void WriteChoice(std::string_view key, Choice choice) {
+  repository::SetParameter(kGroup, key, kAmountColumn, static_cast<int>(choice));
+}
+
+}  // namespace
+
+DateRange WholeDateRange() {
+  DateRange range{DateTime::FromDate(1980, 1, 1), platform::Now().DatePart()};
+  core::GuardedRun("WholeDateRange", [&] {
+    // Each is one look at an end of the index.
+    const std::string kFirst =
+        "SELECT TOP 1 ReceivedTime FROM Email WHERE ReceivedTime Is Not Null ORDER BY ";
+    auto oldest = FirstDate(kFirst + "ReceivedTime");
+    auto newest = FirstDate(kFirst + "ReceivedTime DESC");
+    if (oldest) range.from = oldest->DatePart();
+    if (newest && newest->DatePart() > range.to) range.to = newest->DatePart();
+  });
+  return range;
+}
+
+ListFilter EveryMessage() {
+  ListFilter filter;
+  DateRange range = WholeDateRange();
+  filter.DateFrom = range.from;
+  filter.DateTo = range.to;
+  return filter;
+}
+
+ListFilter ReadSavedFilter() {
+  ListFilter filter = EveryMessage();
+  ReadDate("DateFrom", filter.DateFrom);
+  ReadDate("DateTo", filter.DateTo);
+  ReadFlag("Active", filter.Active);
+  ReadFlag("AttachedFile", filter.AttachedFile);
+  ReadText("FromTo", filter.FromTo);
+  ReadText("Subject", filter.Subject);
+  ReadText("MailText", filter.MailText);
+  ReadText("FileName", filter.FileName);
+  ReadText("Project", filter.Project);
+  ReadChoice("Direction", ListDirection::kOut, filter.Direction);
+  ReadChoice("SortBy", ListSort::kDirection, filter.SortBy);
+  ReadChoice("SortOrder", ListOrder::kAscending, filter.SortOrder);
+  return filter;
+}
+
+void SaveFilter(const ListFilter& filter, int64_t listed) {
+  using repository::SetParameter;
+  DateRange whole = WholeDateRange();
+  SetParameter(kGroup, "DateFrom", kDateColumn,
+               filter.DateFrom == whole.from ? Value() : Value(filter.DateFrom));
+  SetParameter(kGroup, "DateTo", kDateColumn,
+               filter.DateTo == whole.to ? Value() : Value(filter.DateTo));
+  SetParameter(kGroup, "Active", kAmountColumn, filter.Active ? 1 : 0);
+  SetParameter(kGroup, "AttachedFile", kAmountColumn, filter.AttachedFile ? 1 : 0);
+  SetParameter(kGroup, "FromTo", kTextColumn, filter.FromTo);
+  SetParameter(kGroup, "Subject", kTextColumn, filter.Subject);
+  SetParameter(kGroup, "Project", kTextColumn, filter.Project);
+  SetParameter(kGroup, "MailText", kTextColumn, filter.MailText);
+  SetParameter(kGroup, "FileName", kTextColumn, filter.FileName);
+  WriteChoice("Direction", filter.Direction);
+  WriteChoice("SortBy", filter.SortBy);
+  WriteChoice("SortOrder", filter.SortOrder);
+  SetParameter(kGroup, "Count", kAmountColumn, listed);
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What the message list is narrowed to and how it is ordered, and how that is kept between runs.
+// Fields bear the names of the design; the numbers of the enumerations are stored.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/date_time.h"
+
+namespace tarnwick::board {
+
+enum class ListDirection : uint8_t { kBoth = 1, kIn = 2, kOut = 3 };
+enum class ListSort : uint8_t { kNone = 0, kDate = 1, kSubject = 2, kFromTo = 3, kDirection = 4 };
+enum class ListOrder : uint8_t { kDescending = 1, kAscending = 2 };
+
+struct ListFilter {
+  DateTime DateFrom;  // whole days, both included
+  DateTime DateTo;
+  bool Active = false;  // only hot messages
+  bool AttachedFile = false;
+  // Parts of texts, as the person typed them; empty means any.
+  std::string FromTo;
+  std::string Subject;
+  std::string FileName;
+  std::string MailText;
+  ListDirection Direction = ListDirection::kBoth;
+  ListSort SortBy = ListSort::kDate;
+  ListOrder SortOrder = ListOrder::kDescending;
+  std::string UserName;  // one mailbox owner's messages; no control sets it
+  std::string Project;   // kept between runs, narrows nothing
+};
+
+// A range that leaves no message of the open repository out: from the day of the oldest one to
+// today or the day of the newest one. Without messages it begins in 1980.
+struct DateRange {
+  DateTime from;
+  DateTime to;
+};
+DateRange WholeDateRange();
+
+// Everything, newest first: what the list shows when nothing was ever chosen.
+ListFilter EveryMessage();
+
+// The filter as the last run left it; what was not stored is as in EveryMessage.
+ListFilter ReadSavedFilter();
+
+// listed: how many messages the list holds, kept for information. An end of the date range that
+// still is WholeDateRange's is stored as Null, so that it grows with the repository.
+void SaveFilter(const ListFilter& filter, int64_t listed);
+
+}  // namespace tarnwick::board

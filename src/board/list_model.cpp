@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/list_model.h"
+
+#include <QColor>
+#include <QFont>
+#include <QGuiApplication>
+#include <QPalette>
+#include <algorithm>
+#include <limits>
+
+#include "core/guard.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+constexpr int kMarkColumn = 0;
+constexpr int kHotColumn = kActive + 1;
+// Some screens full; a row is a few hundred bytes.
+constexpr size_t kCachedRows = 1024;
+
+// A red that stands out on the palette's background, be it light or dark.
+QColor MarkColor() {
+  bool dark = QGuiApplication::palette().color(QPalette::Base).lightness() < 128;
+  return dark ? QColor(255, 120, 110) : QColor(180, 0, 0);
+}
+
+}  // namespace
+
+void ListModel::Bind(jet::Recordset& list, bool placeholder) {
+  beginResetModel();
+  list_ = &list;
+  placeholder_ = placeholder;
+  cache_.clear();
+  rows_ = core::Guarded(
+      "BindEmailList", 0,
+      [&] {
+        int64_t count = list.IsOpen() ? list.RecordCount() : 0;
+        return static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
+      },
+      core::Report::kLog);
+  endResetModel();
+}
+
+ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
+  Row result;
+  list.SetAbsolutePosition(int64_t{row} + 1);
+  int fields = std::min(list.FieldCount(), static_cast<int>(kListFieldCount));
+  for (int field = 0; field < fields; ++field) {
+    result.fields[static_cast<size_t>(field)] = list.Field(field).AsText();
+  }
+  // The placeholder's own key is no message's.
+  if (!placeholder) result.id = list.Field(kId).AsInt();
+  std::string importance = result.fields[kImportance];
+  std::transform(importance.begin(), importance.end(), importance.begin(),
+                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+  result.important = importance == "HIGH";
+  result.hot = result.fields[kActive] == "+";
+  return result;
+}
+
+const ListModel::Row& ListModel::RowAt(int row) const {
+  auto cached = cache_.find(row);
+  if (cached != cache_.end()) return cached->second;
+  if (cache_.size() >= kCachedRows) cache_.clear();
+  Row read;
+  if (list_->IsOpen()) {
+    // Painting must not bring up boxes, which would paint again: the log has it.
+    core::GuardedRun(
+        "EmailGrid", [&] { read = Read(*list_, row, placeholder_); }, core::Report::kLog);
+  }
+  return cache_.emplace(row, std::move(read)).first->second;
+}
+
+int64_t ListModel::IdAt(int row) const {
+  return row >= 0 && row < rows_ ? RowAt(row).id : 0;
+}
+
+std::string ListModel::SubjectAt(int row) const {
+  return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
+}
+
+int ListModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_;
+}
+
+int ListModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : kGridColumns;
+}
+
+QString ListModel::Text(const Row& row, int column) const {
+  if (column == kMarkColumn) return row.important ? QStringLiteral("!") : QString();
+  QString text = QString::fromStdString(row.fields[static_cast<size_t>(column - 1)]);
+  // A folded header would break the row in two.
+  return text.simplified();
+}
+
+QVariant ListModel::data(const QModelIndex& index, int role) const {
+  if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+    return {};
+  }
+  int column = index.column();
+  switch (role) {
+    case Qt::DisplayRole:
+      return Text(RowAt(index.row()), column);
+    case Qt::ToolTipRole:
+      if (column == kMarkColumn || column == kHotColumn) {
+        return data(index, Qt::AccessibleTextRole);
+      }
+      return Text(RowAt(index.row()), column);
+    case Qt::AccessibleTextRole:
+      if (column == kMarkColumn) {
+        return RowAt(index.row()).important ? tr("High importance") : QString();
+      }
+      if (column == kHotColumn) return RowAt(index.row()).hot ? tr("Hot") : QString();
+      return Text(RowAt(index.row()), column);
+    case Qt::TextAlignmentRole:
+      if (column == kMarkColumn || column == kHotColumn) return Qt::AlignCenter;
+      return {};
+    case Qt::ForegroundRole:
+      if (column == kMarkColumn) return MarkColor();
+      return {};
+    case Qt::FontRole:
+      if (column == kMarkColumn || RowAt(index.row()).hot) {
+        QFont font;
+        font.setBold(true);
+        return font;
+      }
+      return {};
+    default:
+      return {};
+  }
+}
+
+QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || section < 0 || section >= kGridColumns) return {};
+  if (role == Qt::DisplayRole) return tr(kGridHeaders[static_cast<size_t>(section)]);
+  if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) {
+    if (section == kMarkColumn) return tr("Importance");
+  }
+  if (role == Qt::TextAlignmentRole) {
+    if (section == kHotColumn) return Qt::AlignCenter;
+    return QVariant::fromValue(Qt::AlignLeft | Qt::AlignVCenter);
+  }
+  return {};
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The message list as the grid sees it: a recordset's rows, each read when it is first shown and
+// kept in a small cache. Nothing here walks the list. Rows count from 0; columns are those of
+// kGridHeaders, column 0 being the mark of important messages.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "board/email_list.h"
+#include "board/list_query.h"
+
+namespace tarnwick::board {
+
+class ListModel : public QAbstractTableModel {
+  Q_OBJECT
+
+ public:
+  using QAbstractTableModel::QAbstractTableModel;
+
+  // Shows these rows from now on; called again after each query. The recordset must stay in its
+  // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
+  void Bind(jet::Recordset& list, bool placeholder);
+
+  bool IsPlaceholder() const { return placeholder_; }
+  // 0 for the placeholder and for a row that has gone.
+  int64_t IdAt(int row) const;
+  // As it is stored, UTF-8.
+  std::string SubjectAt(int row) const;
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+  QVariant headerData(int section, Qt::Orientation orientation,
+                      int role = Qt::DisplayRole) const override;
+
+ private:
+  struct Row {
+    std::array<std::string, kListFieldCount> fields;
+    int64_t id = 0;
+    bool important = false;
+    bool hot = false;
+  };
+  const Row& RowAt(int row) const;
+  static Row Read(jet::Recordset& list, int row, bool placeholder);
+  QString Text(const Row& row, int column) const;
+
+  jet::Recordset* list_ = nullptr;
+  bool placeholder_ = false;
+  int rows_ = 0;
+  mutable std::unordered_map<int, Row> cache_;
+};
+
+}  // namespace tarnwick::board

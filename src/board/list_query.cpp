@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/list_query.h"
+
+#include <utility>
+
+#include "core/guard.h"
+#include "core/text.h"
+#include "platform/locale.h"
+#include "repository/repository.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+using jet::CursorType;
+using jet::LockType;
+
+std::string Word(const std::string& typed) {
+  return std::string(core::Trim(core::SanitizeFilterText(typed)));
+}
+
+void OpenList(jet::Recordset& list, const std::string& query) {
+  list.Open(query, repository::RepositoryDb(), CursorType::kKeyset, LockType::kOptimistic,
+            jet::CommandType::kText);
+}
+
+}  // namespace
+
+BoardState& Board() {
+  static BoardState state;
+  return state;
+}
+
+void ResetBoard() {
+  Board() = BoardState();
+}
+
+std::string FormatFilterDate(DateTime date, bool startOfDay) {
+  return "#" + platform::FormatDate(date, "mm\\/dd\\/yyyy") +
+         (startOfDay ? " 00:00:00#" : " 23:59:59#");
+}
+
+std::string BuildListWhere(const ListFilter& filter) {
+  std::string where = "WHERE ReceivedTime BETWEEN " + FormatFilterDate(filter.DateFrom, true) +
+                      " AND " + FormatFilterDate(filter.DateTo, false);
+  if (!filter.UserName.empty()) {
+    where += " AND Email.UserName='" + core::QuoteSql(filter.UserName) + "'";
+  }
+  if (filter.Direction == ListDirection::kIn) where += " AND Direction = 'In'";
+  if (filter.Direction == ListDirection::kOut) where += " AND Direction = 'Out'";
+  if (filter.Active) where += " AND Active = '+'";
+  if (!filter.FromTo.empty()) {
+    where += " AND INSTR(MeContact.Name, '" + Word(filter.FromTo) + "') <> 0 ";
+  }
+  if (!filter.FileName.empty()) {
+    where += " AND Attachment.FileName Like '%" + Word(filter.FileName) + "%'";
+  }
+  if (!filter.Subject.empty()) {
+    where += " AND INSTR(Email.Subject, '" + Word(filter.Subject) + "') <> 0";
+  }
+  if (!filter.MailText.empty()) where += " AND Email.Body Like '%" + Word(filter.MailText) + "%'";
+  if (filter.AttachedFile) where += " AND FilesNum <> 0";
+  return where;
+}
+
+std::string ListSortClause(const ListFilter& filter) {
+  std::string sort;
+  switch (filter.SortBy) {
+    case ListSort::kDate:
+      sort = "ORDER BY Email.ReceivedTime";
+      break;
+    case ListSort::kSubject:
+      sort = "ORDER BY Email.Subject";
+      break;
+    case ListSort::kFromTo:
+      sort = "ORDER BY MeContact.Name";
+      break;
+    case ListSort::kDirection:
+      sort = "ORDER BY Email.Direction";
+      break;
+    default:
+      break;
+  }
+  if (filter.SortOrder == ListOrder::kDescending) sort += " DESC";
+  return sort;
+}
+
+std::string ListQueryText(const std::string& where, const std::string& sort) {
+  return "SELECT DISTINCT "
+         "Format$(Email.ReceivedTime, 'Short Date') & ' ' & Format$(Email.ReceivedTime, 'hh:mm')"
+         " As Received, "
+         "Email.Subject, MeContact.Name AS FromTo, Email.Direction, Email.Active, "
+         "Email.ID, Email.EmailImportance, Email.Application, Email.ReceivedTime "
+         "\r\n"
+         "FROM (Email "
+         "LEFT JOIN MeContact ON Email.FromTo = MeContact.ID)"
+         "\r\n"
+         "LEFT JOIN Attachment ON Email.ID = Attachment.EmailID"
+         "\r\n" +
+         where + "\r\n" + sort;
+}
+
+std::string PlaceholderQueryText() {
+  return "SELECT Format(Date(), 'ddddd hh:mm') As Sent, "
+         "Email.Subject, ' ' AS FromTo, Email.Direction, Email.Active, "
+         "Email.ID, Email.EmailImportance, Email.Application "
+         "\r\n"
+         "FROM EmailOne AS Email ";
+}
+
+std::string CountQueryText(const std::string& where) {
+  return "SELECT Count(Email.ID) AS CountOfIN "
+         "\r\n"
+         "FROM (Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID)"
+         "\r\n"
+         "LEFT JOIN Attachment ON Email.ID = Attachment.EmailID"
+         "\r\n" +
+         (where.empty() ? "WHERE Direction='In'" : where + " AND Direction='In'");
+}
+
+bool OpenEmailList(const std::string& where) {
+  return core::Guarded("OpenEmailList", false, [&] {
+    BoardState& board = Board();
+    // Opened aside, so that a query that fails leaves the grid what it shows.
+    jet::Recordset list;
+    OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
+    bool placeholder = list.Eof();
+    if (placeholder) {
+      list.Close();
+      OpenList(list, PlaceholderQueryText());
+    }
+    board.ListRecordset = std::move(list);
+    board.ListIsPlaceholder = placeholder;
+    board.LastWhere = where;
+    return true;
+  });
+}
+
+bool RequeryEmailList() {
+  return core::Guarded("RequeryEmailList", false, [] {
+    BoardState& board = Board();
+    board.ListRecordset.Requery();
+    // The last row has gone: the query is built afresh and brings the placeholder.
+    if (board.ListRecordset.RecordCount() < 1) return OpenEmailList(BuildListWhere(board.Filter));
+    return true;
+  });
+}
+
+int64_t CountListed() {
+  return core::Guarded("CountListed", int64_t{0}, [] {
+    BoardState& board = Board();
+    return board.ListIsPlaceholder ? 0 : board.ListRecordset.RecordCount();
+  });
+}
+
+int64_t CountIncoming() {
+  return core::Guarded("CountIncoming", int64_t{0}, [] {
+    jet::Recordset rows;
+    rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
+    return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
+  });
+}
+
+std::string CountsText(int64_t total, int64_t incoming) {
+  int64_t in = total >= incoming ? incoming : total;
+  return std::to_string(total) + "; " + std::to_string(in) + " In; " + std::to_string(total - in) +
+         " Out";
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The message list: the statements behind it and the recordset that holds it. The texts are fixed
+// to the byte; people's words enter them only through SanitizeFilterText.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "board/list_filter.h"
+#include "platform/jet/recordset.h"
+
+namespace tarnwick::board {
+
+// Columns of the list query, from 0. The placeholder row lacks the last.
+enum ListField {
+  kReceived = 0,
+  kSubject,
+  kFromTo,
+  kDirection,
+  kActive,
+  kId,
+  kImportance,
+  kApplication,
+  kReceivedTime,
+  kListFieldCount,
+};
+
+struct BoardState {
+  ListFilter Filter;
+  // Kept for the life of the program and opened anew for every query.
+  jet::Recordset ListRecordset;
+  // The list holds the row of EmailOne because nothing matched.
+  bool ListIsPlaceholder = false;
+  std::string LastWhere;
+};
+
+BoardState& Board();
+void ResetBoard();  // closes the list
+
+// #mm/dd/yyyy 00:00:00# or #mm/dd/yyyy 23:59:59#, whatever the locale.
+std::string FormatFilterDate(DateTime date, bool startOfDay);
+std::string BuildListWhere(const ListFilter& filter);
+std::string ListSortClause(const ListFilter& filter);
+
+std::string ListQueryText(const std::string& where, const std::string& sort);
+std::string PlaceholderQueryText();
+std::string CountQueryText(const std::string& where);
+
+// Runs the list query with this WHERE clause, in the order of Board().Filter. When nothing matches
+// the list holds the placeholder row. On an error the list stays as it was; false, and reported.
+bool OpenEmailList(const std::string& where);
+// Runs the same query again, after rows were changed or deleted.
+bool RequeryEmailList();
+
+// Listed messages; 0 while the list holds the placeholder.
+int64_t CountListed();
+// Incoming messages of the last WHERE clause. One with several attachments counts once for each.
+int64_t CountIncoming();
+// "120; 75 In; 45 Out". More incoming than listed ones are taken as all that are listed.
+std::string CountsText(int64_t total, int64_t incoming);
+
+}  // namespace tarnwick::board

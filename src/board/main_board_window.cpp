@@ -1,0 +1,348 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/main_board_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "board/layout_store.h"
+#include "board/message_commands.h"
+#include "core/guard.h"
+#include "core/run_state.h"
+#include "repository/repository.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+using core::State;
+
+QString RepositoryFolder() {
+  return QString::fromStdString(repository::Repository().RepositoryFolder);
+}
+
+}  // namespace
+
+MainBoard::MainBoard(QWidget* parent) : QMainWindow(parent), actions_(new BoardActionsView(this)) {
+  setObjectName("MainBoard");
+  setWindowTitle(tr("Email List"));
+  BuildBody();
+  BuildMenus();
+  Connect();
+}
+
+void MainBoard::BuildMenus() {
+  QMenu* file = menuBar()->addMenu(tr("&File"));
+  file->setObjectName("mnuFile");
+  file->addAction(actions_->openRepository);
+  file->addAction(actions_->createRepository);
+  file->addSeparator();
+  file->addAction(actions_->loadTextFile);
+  file->addSeparator();
+  file->addAction(actions_->exit);
+  QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+  tools->setObjectName("mnuTools");
+  tools->addAction(actions_->markAllNotHot);
+  QMenu* help = menuBar()->addMenu(tr("&Help"));
+  help->setObjectName("mnuHelp");
+  help->addAction(actions_->about);
+}
+
+void MainBoard::BuildBody() {
+  auto* body = new QWidget(this);
+  auto* column = new QVBoxLayout(body);
+  column->setContentsMargins(8, 6, 8, 6);
+  strip_ = new FilterStripView(body);
+  grid_ = new EmailGridView(body);
+  status_ = new StatusPanelsView(this);
+  column->addWidget(strip_);
+  column->addWidget(grid_, 1);
+
+  auto* buttons = new QHBoxLayout;
+  const struct {
+    QAction* action;
+    const char* name;
+  } left[] = {{actions_->showAll, "ShowAll"},
+              {actions_->showRelated, "cmRelated"},
+              {actions_->toggleHot, "MarkActive"},
+              {actions_->deleteSelected, "DeleteCurent"}},
+    right[] = {{actions_->loadFromMailer, "LoadMailler"}, {actions_->quit, "Quite"}};
+  for (const auto& entry : left) {
+    buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
+  }
+  buttons->addStretch(1);
+  for (const auto& entry : right) {
+    buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
+  }
+  column->addLayout(buttons);
+  setCentralWidget(body);
+  setStatusBar(status_);
+
+  auto* separator = new QAction(this);
+  separator->setSeparator(true);
+  grid_->addActions({actions_->showRelated, actions_->toggleHot, actions_->markAllNotHot, separator,
+                     actions_->copy, actions_->deleteSelected});
+  // Shortcuts of what is in no menu.
+  addActions({actions_->showAll, actions_->loadFromMailer, actions_->stop});
+}
+
+void MainBoard::Connect() {
+  auto on = [this](QAction* action, void (MainBoard::*command)()) {
+    connect(action, &QAction::triggered, this, command);
+  };
+  on(actions_->showAll, &MainBoard::ShowEverything);
+  on(actions_->showRelated, &MainBoard::ShowRelated);
+  on(actions_->deleteSelected, &MainBoard::DeleteSelected);
+  on(actions_->toggleHot, &MainBoard::ToggleHot);
+  on(actions_->markAllNotHot, &MainBoard::MarkAllHotOff);
+  on(actions_->loadFromMailer, &MainBoard::LoadFromMailer);
+  on(actions_->loadTextFile, &MainBoard::ChooseTextFile);
+  on(actions_->about, &MainBoard::ShowAbout);
+  on(actions_->stop, &MainBoard::Stop);
+  connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
+  connect(actions_->createRepository, &QAction::triggered, this,
+          [this] { SwitchRepository(true); });
+  connect(actions_->exit, &QAction::triggered, this, &QWidget::close);
+  connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
+  connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
+  connect(status_, &StatusPanelsView::StopAskedFor, this, &MainBoard::Stop);
+  connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
+  connect(strip_, &FilterStripView::LastBoxLeft, grid_, qOverload<>(&QWidget::setFocus));
+  connect(grid_, &EmailGridView::SortAskedFor, strip_, &FilterStripView::SortBy);
+}
+
+bool MainBoard::Load() {
+  RestorePlace();
+  grid_->ApplyWidths(ReadColumnWidths(kGridColumns));
+  ShowRepositoryFolder();
+  FillChoices();
+  bool listed = RestoreFilterAndLoad(*this);
+  grid_->setFocus();
+  return listed;
+}
+
+void MainBoard::SetDataSource(jet::Recordset& list, bool placeholder) {
+  grid_->Bind(list, placeholder, keepPlace_);
+  keepPlace_ = false;
+  grid_->ShowSort(Board().Filter.SortBy, Board().Filter.SortOrder);
+  UpdateHint();
+}
+
+void MainBoard::ShowFilter(const ListFilter& filter) {
+  strip_->ShowFilter(filter);
+}
+
+void MainBoard::UpdateHint() {
+  if (repository::HasNoEmail()) {
+    grid_->SetHint(tr("There is no mail in this repository yet."),
+                   tr("Choose \"Load from Mailer\" to take it from an old Windows profile or a "
+                      "folder with *.dbx files."));
+  } else {
+    grid_->SetHint(tr("No message matches the filter."),
+                   tr("Change it above, or choose \"Show All\" to list every message."));
+  }
+}
+
+// Runs a command during which everything else waits; what can be stopped tests the cancel flag.
+void MainBoard::Run(const std::function<void()>& command) {
+  if (busy_) return;
+  busy_ = true;
+  actions_->SetBusy(true);
+  strip_->setEnabled(false);
+  QWidget* focus = focusWidget();
+  command();
+  status_->SetBusy(false);
+  strip_->setEnabled(true);
+  actions_->SetBusy(false);
+  busy_ = false;
+  if (focus != nullptr && focus->isEnabled()) focus->setFocus();
+  if (closeWhenDone_) QTimer::singleShot(0, this, &QWidget::close);
+}
+
+void MainBoard::Stop() {
+  if (!busy_) return;
+  StopLoad();
+  status_->ShowStopping();
+}
+
+void MainBoard::Refresh() {
+  if (busy_) return;
+  strip_->ReadFilter(Board().Filter);
+  ShowRefresh(*this);
+}
+
+// After rows were changed in the open list.
+void MainBoard::ListAnew(bool changed) {
+  if (!changed) return;
+  keepPlace_ = true;
+  RequeryEmailList();
+  BindEmailList(*this);
+}
+
+// Empties the filter but for the subject; the order stays.
+void MainBoard::ListEvery(const std::string& subject) {
+  ListFilter every = EveryMessage();
+  const ListFilter& now = Board().Filter;
+  every.SortBy = now.SortBy;
+  every.SortOrder = now.SortOrder;
+  every.Project = now.Project;
+  every.Subject = subject;
+  Board().Filter = every;
+  ShowFilter(every);
+  ShowRefresh(*this);
+}
+
+void MainBoard::ShowEverything() {
+  ListEvery({});
+}
+
+void MainBoard::ShowRelated() {
+  SelectedMessage message = grid_->Current();
+  if (message.id == 0) {
+    ShowNothingSelected();
+  } else {
+    ListEvery(RelatedSubject(message.subject));
+  }
+}
+
+void MainBoard::DeleteSelected() {
+  Run([this] { ListAnew(DeleteMessages(grid_->Selected())); });
+}
+
+void MainBoard::ToggleHot() {
+  Run([this] { ListAnew(ToggleActive(grid_->Selected())); });
+}
+
+void MainBoard::MarkAllHotOff() {
+  Run([this] { ListAnew(MarkAllNotHot()); });
+}
+
+void MainBoard::LoadFromMailer() {
+  Run([this] {
+    status_->SetPanel(core::StatusPanel::kProgress, {});
+    status_->SetBusy(true);
+    LoadResult result = board::LoadFromMailer({});
+    if (!result.ran) return;
+    ListFilter& filter = Board().Filter;
+    strip_->ReadFilter(filter);
+    if (auto latest = State().LatestReceivedTime) {
+      // So that the list shows what was loaded.
+      filter.DateFrom = latest->DatePart();
+      filter.DateTo = std::max(filter.DateTo, filter.DateFrom);
+    }
+    ShowFilter(filter);
+    FillChoices();
+    ShowRefresh(*this);
+    ShowLastLoaded();
+  });
+}
+
+void MainBoard::ChooseTextFile() {
+  QString path = QFileDialog::getOpenFileName(this, tr("Select email file"), {},
+                                              "(*.txt);;" + tr("All files") + " (*)");
+  if (!path.isEmpty()) LoadTextFile(path);
+}
+
+void MainBoard::LoadTextFile(const QString& path) {
+  Run([&] {
+    status_->SetPanel(core::StatusPanel::kProgress, {});
+    intake::Outcome outcome = TakeTextFile(path.toStdString());
+    if (outcome != intake::Outcome::kStored) return;
+    ListFilter& filter = Board().Filter;
+    strip_->ReadFilter(filter);
+    if (auto latest = State().LatestReceivedTime) {
+      filter.DateFrom = std::min(filter.DateFrom, latest->DatePart());
+      filter.DateTo = std::max(filter.DateTo, latest->DatePart());
+    }
+    ShowFilter(filter);
+    FillChoices();
+    ShowRefresh(*this);
+    status_->SetPanel(core::StatusPanel::kProgress, tr("The message is stored."));
+  });
+}
+
+void MainBoard::SwitchRepository(bool create) {
+  auto folder = State().Ui->ChooseFolder("Select repository folder");
+  if (!folder || folder->empty()) return;
+  SaveLayout();
+  std::string former = repository::Repository().RepositoryFolder;
+  bool switched =
+      create ? repository::CreateRepositoryIn(*folder) : repository::OpenRepositoryIn(*folder);
+  if (switched) {
+    status_->SetPanel(core::StatusPanel::kProgress, {});
+    Load();
+  } else if (!Board().ListRecordset.IsOpen()) {
+    // The attempt closed the former repository for a while, and its list with it.
+    ShowRefresh(*this);
+  }
+}
+
+void MainBoard::ShowAbout() {
+  QMessageBox::about(
+      this, tr("About Tarnwick"),
+      tr("<h3>Tarnwick %1</h3><p>Keeps the mail of old Outlook Express and Outlook stores.</p>"
+         "<p>Repository folder:<br>%2</p>")
+          .arg(QApplication::applicationVersion().toHtmlEscaped(),
+               RepositoryFolder().toHtmlEscaped()));
+}
+
+void MainBoard::FillChoices() {
+  strip_->SetChoices(ContactNames(), AttachmentNames());
+}
+
+void MainBoard::RestorePlace() {
+  QRect screen = QApplication::primaryScreen()->availableGeometry();
+  WindowPlace place = ReadWindowPlace();
+  auto stored = [](int twips, int designed, int extent) {
+    int pixels = twips / kTwipsPerPixel;
+    return pixels >= 300 && pixels <= extent ? pixels : designed;
+  };
+  int designedWidth = std::max(std::min(1180, screen.width() - 40), minimumSizeHint().width());
+  resize(stored(place.width, designedWidth, screen.width()),
+         stored(place.height, std::min(700, screen.height() - 80), screen.height()));
+  QPoint corner = screen.center() - rect().center();
+  auto left =
+      FittingEdge(place.left, width() * kTwipsPerPixel, (screen.right() + 1) * kTwipsPerPixel);
+  auto top =
+      FittingEdge(place.top, height() * kTwipsPerPixel, (screen.bottom() + 1) * kTwipsPerPixel);
+  if (left) corner.setX(*left / kTwipsPerPixel);
+  if (top) corner.setY(*top / kTwipsPerPixel);
+  if (!isVisible()) move(corner);
+}
+
+void MainBoard::SaveLayout() {
+  core::GuardedRun("Form_Unload", [this] {
+    jet::CommitGroup group(repository::ParameterDb());
+    SaveColumnWidths(grid_->Widths());
+    ListFilter filter = Board().Filter;
+    strip_->ReadFilter(filter);
+    SaveFilter(filter, CountListed());
+    QRect place = isMaximized() ? normalGeometry() : QRect(pos(), size());
+    SaveWindowPlace({place.left() * kTwipsPerPixel, place.top() * kTwipsPerPixel,
+                     place.width() * kTwipsPerPixel, place.height() * kTwipsPerPixel});
+    repository::ParameterDb().EndUnit();
+    group.End();
+  });
+}
+
+void MainBoard::closeEvent(QCloseEvent* event) {
+  if (busy_) {
+    // What runs is asked to stop; the window closes once it has.
+    closeWhenDone_ = true;
+    Stop();
+    event->ignore();
+    return;
+  }
+  SaveLayout();
+  event->accept();
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The main window. It puts the filter strip, the grid, the buttons and the status bar together and
+// runs the commands; the work itself is done by the plain pieces of this room.
+#pragma once
+
+#include <QMainWindow>
+#include <cstdint>
+#include <functional>
+
+#include "board/board_actions_view.h"
+#include "board/email_grid_view.h"
+#include "board/email_list.h"
+#include "board/filter_strip_view.h"
+#include "board/load_command.h"
+#include "board/status_panels_view.h"
+
+namespace tarnwick::board {
+
+class MainBoard : public QMainWindow, public ListForm {
+  Q_OBJECT
+
+ public:
+  explicit MainBoard(QWidget* parent = nullptr);
+
+  // Restores layout and filter and lists the open repository. State().Ui must show its status here.
+  // False when the list can't be read; the reason has been shown.
+  bool Load();
+
+  StatusPanelsView& Status() { return *status_; }
+  FilterStripView& Filter() { return *strip_; }
+  EmailGridView& Grid() { return *grid_; }
+  BoardActionsView& Actions() { return *actions_; }
+
+  // True while a command runs that can be stopped.
+  bool IsBusy() const { return busy_; }
+
+  void SetDataSource(jet::Recordset& list, bool placeholder) override;
+  void ShowFilter(const ListFilter& filter) override;
+
+  // Takes one message file in and lists it.
+  void LoadTextFile(const QString& path);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildMenus();
+  void BuildBody();
+  void Connect();
+
+  void Run(const std::function<void()>& command);
+  void Refresh();
+  void ListEvery(const std::string& subject);
+  void ShowEverything();
+  void ShowRelated();
+  void DeleteSelected();
+  void ToggleHot();
+  void MarkAllHotOff();
+  void LoadFromMailer();
+  void ChooseTextFile();
+  void SwitchRepository(bool create);
+  void ShowAbout();
+  void Stop();
+
+  void ListAnew(bool changed);
+  void FillChoices();
+  void UpdateHint();
+  void RestorePlace();
+  void SaveLayout();
+
+  BoardActionsView* actions_;
+  FilterStripView* strip_ = nullptr;
+  EmailGridView* grid_ = nullptr;
+  StatusPanelsView* status_ = nullptr;
+  bool busy_ = false;
+  bool closeWhenDone_ = false;
+  bool keepPlace_ = false;  // the next binding keeps the current row
+};
+
+}  // namespace tarnwick::board

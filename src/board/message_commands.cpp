@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/message_commands.h"
+
+#include "board/list_query.h"
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "repository/repository.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+using repository::RepositoryDb;
+
+// The steps of a command over many messages: shows how far it is, keeps the window answering and
+// hears the stop command.
+class Steps {
+ public:
+  explicit Steps(int64_t total) : total_(total) { core::State().ImportCancelFlag = false; }
+  ~Steps() {
+    core::State().ImportCancelFlag = false;
+    if (shown_) core::State().Ui->ShowProgress(total_, total_);
+  }
+  Steps(const Steps&) = delete;
+  Steps& operator=(const Steps&) = delete;
+
+  // After each step; false when the person wants no more.
+  bool Next() {
+    if (++done_ % kTurn != 0 || core::State().Ui == nullptr) return true;
+    shown_ = true;
+    core::State().Ui->ShowProgress(done_, total_);
+    core::YieldEvents();
+    return !core::State().ImportCancelFlag;
+  }
+
+ private:
+  // How many steps fit between two turns of the window's events.
+  static constexpr int64_t kTurn = 64;
+
+  int64_t total_;
+  int64_t done_ = 0;
+  bool shown_ = false;
+};
+
+std::string DeleteQuestion(const std::vector<SelectedMessage>& messages) {
+  if (messages.size() == 1) {
+    return "Are you realy want to delete the email with subject \r\n" + messages[0].subject;
+  }
+  return "Are you realy want to delete the " + std::to_string(messages.size()) + " selected emails";
+}
+
+void OpenActive(jet::Recordset& row, int64_t id) {
+  row.Open("SELECT Active FROM Email WHERE ID=" + std::to_string(id), RepositoryDb(),
+           jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+}
+
+bool IsHot(int64_t id) {
+  jet::Recordset row;
+  OpenActive(row, id);
+  return !row.Eof() && row.Field("Active").AsText() == "+";
+}
+
+void SetHot(int64_t id, bool hot) {
+  jet::Recordset row;
+  OpenActive(row, id);
+  if (row.Eof()) return;
+  row.SetField("Active", hot ? jet::Value("+") : jet::Value());
+  row.Update();
+}
+
+}  // namespace
+
+void ShowNothingSelected() {
+  core::ShowMessage("There isn't selected row.");
+}
+
+bool DeleteMessages(const std::vector<SelectedMessage>& messages) {
+  if (messages.empty()) {
+    ShowNothingSelected();
+    return false;
+  }
+  return core::Guarded("DeleteCurent", false, [&] {
+    if (!core::AskYesNo(DeleteQuestion(messages))) return false;
+    Steps steps(static_cast<int64_t>(messages.size()));
+    jet::CommitGroup group(RepositoryDb());
+    for (const SelectedMessage& message : messages) {
+      RepositoryDb().Execute("DELETE * FROM Email WHERE ID=" + std::to_string(message.id));
+      RepositoryDb().EndUnit();
+      if (!steps.Next()) break;
+    }
+    group.End();
+    core::State().RepositoryIsEmpty = repository::HasNoEmail();
+    return true;
+  });
+}
+
+bool ToggleActive(const std::vector<SelectedMessage>& messages) {
+  if (messages.empty()) {
+    ShowNothingSelected();
+    return false;
+  }
+  return core::Guarded("MarkActive", false, [&] {
+    bool hot = false;
+    for (const SelectedMessage& message : messages) {
+      hot = !IsHot(message.id);
+      if (hot) break;
+    }
+    Steps steps(static_cast<int64_t>(messages.size()));
+    jet::CommitGroup group(RepositoryDb());
+    for (const SelectedMessage& message : messages) {
+      SetHot(message.id, hot);
+      RepositoryDb().EndUnit();
+      if (!steps.Next()) break;
+    }
+    group.End();
+    return true;
+  });
+}
+
+bool FillObjectList() {
+  return core::Guarded("FillObjectList", false, [] {
+    BoardState& board = Board();
+    if (board.ListIsPlaceholder) return false;
+    jet::Recordset& list = board.ListRecordset;
+    int64_t total = list.RecordCount();
+    Steps steps(total);
+    jet::CommitGroup group(RepositoryDb());
+    RepositoryDb().Execute("DELETE FROM ObjectList");
+    for (int64_t position = 1; position <= total; ++position) {
+      // By position: the window moves in the same recordset when it paints between two steps.
+      list.SetAbsolutePosition(position);
+      jet::Value id = list.Field(kId);
+      // A row that has gone meanwhile has no ID any more.
+      if (!id.IsNull()) {
+        RepositoryDb().Execute("INSERT INTO ObjectList VALUES (" + std::to_string(id.AsInt()) +
+                               ")");
+      }
+      if (!steps.Next()) return false;
+    }
+    RepositoryDb().EndUnit();
+    group.End();
+    return total > 0;
+  });
+}
+
+bool MarkAllNotHot() {
+  return core::Guarded("MarkAllNotHot", false, [] {
+    if (!core::AskYesNo("Are you realy want to mark all emails as unactive?")) return false;
+    if (!FillObjectList()) return false;
+    RepositoryDb().Execute(
+        "UPDATE Email SET Active = Null WHERE ID In (SELECT ID FROM ObjectList)");
+    return true;
+  });
+}
+
+std::string RelatedSubject(std::string subject) {
+  std::string rest = std::move(subject);
+  std::string head = core::SplitAtSeparator(rest, ":", true);
+  std::string_view tail = core::Trim(rest);
+  return tail.empty() ? head : std::string(tail);
+}
+
+}  // namespace tarnwick::board

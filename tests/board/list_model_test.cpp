@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/list_model.h"
+
+#include <gmock/gmock.h>
+
+#include <QAbstractItemModelTester>
+#include <QFont>
+#include <memory>
+
+#include "board_rows.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::board {
+namespace {
+
+using testing::AddListed;
+using testing::ListEvery;
+
+class ListModelTest : public testing::ProgramFixture {
+ protected:
+  ~ListModelTest() override { ResetBoard(); }
+
+  // The tester looks at rows by itself; tests of when a row is read go without it.
+  void WithoutTester() { tester_.reset(); }
+
+  void Bind() { model_.Bind(Board().ListRecordset, Board().ListIsPlaceholder); }
+  QString Cell(int row, int column, int role = Qt::DisplayRole) {
+    return model_.index(row, column).data(role).toString();
+  }
+
+  ListModel model_;
+  std::unique_ptr<QAbstractItemModelTester> tester_ = std::make_unique<QAbstractItemModelTester>(
+      &model_, QAbstractItemModelTester::FailureReportingMode::Fatal);
+};
+
+TEST_F(ListModelTest, ShowsWhatTheListHolds) {
+  EXPECT_EQ(model_.rowCount(), 0);
+  int64_t id = AddListed({.subject = "folded\r\n subject",
+                          .name = "\u0410\u043D\u043D\u0430",
+                          .direction = "Out",
+                          .importance = "high",
+                          .hot = true});
+  AddListed({.subject = "plain", .received = DateTime::FromDate(2003, 1, 1)});
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  ASSERT_EQ(model_.rowCount(), 2);
+  EXPECT_EQ(Cell(0, 0), "!");
+  EXPECT_EQ(Cell(0, 0, Qt::AccessibleTextRole), "High importance");
+  EXPECT_EQ(Cell(0, 1), "3/7/2004 14:07");
+  EXPECT_EQ(Cell(0, 2), "folded subject") << "one line";
+  EXPECT_EQ(model_.SubjectAt(0), "folded\r\n subject") << "as it is stored";
+  EXPECT_EQ(Cell(0, 3), QString::fromUtf8("\u0410\u043D\u043D\u0430"));
+  EXPECT_EQ(Cell(0, 4), "Out");
+  EXPECT_EQ(Cell(0, 5), "+");
+  EXPECT_EQ(Cell(0, 6).toLongLong(), id);
+  EXPECT_EQ(Cell(0, 8), "Outlook Express");
+  EXPECT_FALSE(Cell(0, 9).isEmpty());
+  EXPECT_EQ(model_.IdAt(0), id);
+  EXPECT_TRUE(model_.index(0, 2).data(Qt::FontRole).value<QFont>().bold());
+  EXPECT_EQ(Cell(1, 0), "");
+  EXPECT_FALSE(model_.index(1, 2).data(Qt::FontRole).isValid());
+}
+
+TEST_F(ListModelTest, ThePlaceholderRowIsNoMessage) {
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  EXPECT_EQ(model_.rowCount(), 1);
+  EXPECT_TRUE(model_.IsPlaceholder());
+  EXPECT_TRUE(Cell(0, 1).startsWith("6/15/2020"));
+  EXPECT_EQ(Cell(0, 9), "");
+  EXPECT_EQ(model_.IdAt(0), 0);
+}
+
+TEST_F(ListModelTest, HeadersAreTheDesignedOnes) {
+  QStringList headers;
+  for (int column = 0; column < model_.columnCount(); ++column) {
+    headers << model_.headerData(column, Qt::Horizontal).toString();
+  }
+  EXPECT_EQ(headers.join('|').toStdString(),
+            "|Date|Subject|From/To|Direction|Hot|ID|EmailImportance|Application|ReceivedTime");
+}
+
+TEST_F(ListModelTest, RowsThatHaveGoneReadAsEmpty) {
+  WithoutTester();
+  int64_t id = AddListed({.subject = "gone"});
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  repository::RepositoryDb().Execute("DELETE * FROM Email WHERE ID=" + std::to_string(id));
+  EXPECT_EQ(Cell(0, 2), "");
+  EXPECT_EQ(model_.IdAt(0), 0);
+}
+
+TEST_F(ListModelTest, AClosedListReadsAsEmptyWithoutABox) {
+  WithoutTester();
+  AddListed({.subject = "one"});
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  Board().ListRecordset.Close();
+  ui_.allowBoxes = false;
+  EXPECT_EQ(Cell(0, 2), "");
+  Bind();
+  EXPECT_EQ(model_.rowCount(), 0);
+}
+
+TEST_F(ListModelTest, RowsReadFarApartAreTheRightOnes) {
+  constexpr int kRows = 3000;
+  jet::CommitGroup group(repository::RepositoryDb());
+  for (int i = 0; i < kRows; ++i) {
+    AddListed(
+        {.subject = std::to_string(i), .received = DateTime::FromDate(2004, 1, 1).AddSeconds(i)});
+  }
+  group.End();
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  ASSERT_EQ(model_.rowCount(), kRows);
+  // Up and down, past the size of the cache.
+  for (int row = 0; row < kRows; row += 7) {
+    ASSERT_EQ(Cell(row, 2).toInt(), kRows - 1 - row);
+    ASSERT_EQ(Cell(kRows - 1 - row, 2).toInt(), row);
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::board

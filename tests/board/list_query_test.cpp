@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/list_query.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "board_rows.h"
+#include "platform/locale.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::board {
+namespace {
+
+using testing::AddListed;
+using ::testing::ElementsAre;
+using testing::ListedEmail;
+using testing::ListedSubjects;
+using testing::ListEvery;
+using ::testing::UnorderedElementsAre;
+
+ListFilter March2005() {
+  ListFilter filter;
+  filter.DateFrom = DateTime::FromDate(2005, 3, 7);
+  filter.DateTo = DateTime::FromDate(2005, 3, 7);
+  return filter;
+}
+
+TEST(ListTexts, DatesAreMonthFirstInAnyLocale) {
+  platform::SetLocaleOverride("de_DE");
+  EXPECT_EQ(FormatFilterDate(DateTime::FromDate(2005, 3, 7), true), "#03/07/2005 00:00:00#");
+  EXPECT_EQ(FormatFilterDate(DateTime::FromDate(2005, 3, 7), false), "#03/07/2005 23:59:59#");
+  EXPECT_EQ(FormatFilterDate(DateTime::FromDate(102, 11, 30), true), "#11/30/0102 00:00:00#");
+  platform::SetLocaleOverride("");
+}
+
+TEST(ListTexts, WhereGrowsInItsOrder) {
+  const std::string kRange =
+      "WHERE ReceivedTime BETWEEN #03/07/2005 00:00:00# AND #03/07/2005 23:59:59#";
+  const struct {
+    const char* what;
+    std::function<void(ListFilter&)> change;
+    std::string rest;
+  } kRows[] = {
+      {"nothing but the dates", [](ListFilter&) {}, ""},
+      {"incoming", [](ListFilter& f) { f.Direction = ListDirection::kIn; },
+       " AND Direction = 'In'"},
+      {"outgoing", [](ListFilter& f) { f.Direction = ListDirection::kOut; },
+       " AND Direction = 'Out'"},
+      {"a correspondent", [](ListFilter& f) { f.FromTo = " Ann "; },
+       " AND INSTR(MeContact.Name, 'Ann') <> 0 "},
+      {"an apostrophe becomes an underscore", [](ListFilter& f) { f.Subject = "it's"; },
+       " AND INSTR(Email.Subject, 'it_s') <> 0"},
+      {"SQL stays a text", [](ListFilter& f) { f.MailText = "x%' OR '1'='1\"; DELETE"; },
+       " AND Email.Body Like '%x%_ OR _1_=_1_; DELETE%'"},
+      {"blanks alone are a condition too", [](ListFilter& f) { f.Subject = "  "; },
+       " AND INSTR(Email.Subject, '') <> 0"},
+      {"a long text is cut", [](ListFilter& f) { f.MailText = std::string(300, 'x'); },
+       " AND Email.Body Like '%" + std::string(255, 'x') + "%'"},
+      {"everything",
+       [](ListFilter& f) {
+         f.AttachedFile = f.Active = true;
+         f.MailText = "d";
+         f.Subject = "c";
+         f.FileName = "b";
+         f.FromTo = "a";
+         f.Direction = ListDirection::kIn;
+       },
+       " AND Direction = 'In' AND Active = '+' AND INSTR(MeContact.Name, 'a') <> 0  AND "
+       "Attachment.FileName Like '%b%' AND INSTR(Email.Subject, 'c') <> 0 AND Email.Body Like "
+       "'%d%' AND FilesNum <> 0"},
+  };
+  for (const auto& row : kRows) {
+    ListFilter filter = March2005();
+    row.change(filter);
+    EXPECT_EQ(BuildListWhere(filter), kRange + row.rest) << row.what;
+  }
+}
+
+TEST(ListTexts, QueriesAreTheDesignedOnes) {
+  EXPECT_EQ(ListQueryText("WHERE w", "ORDER BY o"),
+            "SELECT DISTINCT Format$(Email.ReceivedTime, 'Short Date') & ' ' & "
+            "Format$(Email.ReceivedTime, 'hh:mm') As Received, Email.Subject, MeContact.Name AS "
+            "FromTo, Email.Direction, Email.Active, Email.ID, Email.EmailImportance, "
+            "Email.Application, Email.ReceivedTime \r\nFROM (Email LEFT JOIN MeContact ON "
+            "Email.FromTo = MeContact.ID)\r\nLEFT JOIN Attachment ON Email.ID = "
+            "Attachment.EmailID\r\nWHERE w\r\nORDER BY o");
+  EXPECT_EQ(CountQueryText("WHERE w"),
+            "SELECT Count(Email.ID) AS CountOfIN \r\nFROM (Email LEFT JOIN MeContact ON "
+            "Email.FromTo = MeContact.ID)\r\nLEFT JOIN Attachment ON Email.ID = "
+            "Attachment.EmailID\r\nWHERE w AND Direction='In'");
+  EXPECT_TRUE(CountQueryText("").ends_with("Attachment.EmailID\r\nWHERE Direction='In'"));
+}
+
+TEST(ListTexts, SortAndCounts) {
+  ListFilter filter;
+  EXPECT_EQ(ListSortClause(filter), "ORDER BY Email.ReceivedTime DESC");
+  filter.SortBy = ListSort::kFromTo;
+  filter.SortOrder = ListOrder::kAscending;
+  EXPECT_EQ(ListSortClause(filter), "ORDER BY MeContact.Name");
+  EXPECT_EQ(CountsText(120, 75), "120; 75 In; 45 Out");
+  EXPECT_EQ(CountsText(12, 15), "12; 12 In; 0 Out");
+  EXPECT_EQ(CountsText(0, 0), "0; 0 In; 0 Out");
+}
+
+class ListQuery : public testing::ProgramFixture {
+ protected:
+  ~ListQuery() override { ResetBoard(); }
+
+  // What a filter lists of what was added.
+  static std::vector<std::string> Listed(const std::function<void(ListFilter&)>& change) {
+    Board().Filter = EveryMessage();
+    change(Board().Filter);
+    EXPECT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
+    return ListedSubjects();
+  }
+};
+
+TEST_F(ListQuery, FiltersFindWhatTheyName) {
+  AddListed({.subject = "Budget", .name = "O_Neill", .direction = "Out", .body = "the figures"});
+  AddListed({.subject = "Re: budget", .files = {"plan.xls", "PLAN2.XLS"}, .hot = true});
+  AddListed({.subject = "\u041F\u0440\u0438\u0432\u0435\u0442", .body = "100% sure"});
+  EXPECT_THAT(Listed([](ListFilter& f) { f.Subject = "BUDGET"; }),
+              UnorderedElementsAre("Budget", "Re: budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.Subject = "\u043F\u0420\u0438"; }),
+              ElementsAre("\u041F\u0440\u0438\u0432\u0435\u0442"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.FromTo = "o'neill"; }), ElementsAre("Budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.FileName = "plan"; }), ElementsAre("Re: budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.AttachedFile = true; }), ElementsAre("Re: budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.Active = true; }), ElementsAre("Re: budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.MailText = "Figures"; }), ElementsAre("Budget"));
+  EXPECT_THAT(Listed([](ListFilter& f) { f.Direction = ListDirection::kOut; }),
+              ElementsAre("Budget"));
+}
+
+TEST_F(ListQuery, OneDayIsListedToItsLastSecond) {
+  DateTime day = DateTime::FromDate(2005, 3, 7);
+  AddListed({.subject = "before", .received = day.AddSeconds(-1)});
+  AddListed({.subject = "first", .received = day});
+  AddListed({.subject = "last", .received = day.WithTime(23, 59, 59)});
+  AddListed({.subject = "after", .received = day.AddDays(1)});
+  EXPECT_THAT(Listed([&](ListFilter& f) { f.DateFrom = f.DateTo = day; }),
+              ElementsAre("last", "first"));
+}
+
+TEST_F(ListQuery, AMessageWithThreeFilesIsListedOnceAndCountedThrice) {
+  AddListed({.subject = "files", .files = {"a", "b", "c"}});
+  ASSERT_TRUE(ListEvery());
+  EXPECT_EQ(CountListed(), 1);
+  EXPECT_EQ(CountIncoming(), 3);
+  EXPECT_EQ(CountsText(CountListed(), CountIncoming()), "1; 1 In; 0 Out");
+}
+
+TEST_F(ListQuery, NothingFoundListsThePlaceholderOfToday) {
+  AddListed({.subject = "one"});
+  EXPECT_THAT(Listed([](ListFilter& f) { f.Subject = "none"; }), ElementsAre());
+  EXPECT_TRUE(Board().ListIsPlaceholder);
+  jet::Recordset& list = Board().ListRecordset;
+  EXPECT_EQ(list.RecordCount(), 1);
+  EXPECT_EQ(list.FieldName(0), "Sent");
+  EXPECT_EQ(list.FieldCount(), kReceivedTime);
+  EXPECT_TRUE(list.Field("Sent").AsText().starts_with("6/15/2020")) << list.Field(0).AsText();
+  EXPECT_EQ(CountsText(CountListed(), CountIncoming()), "0; 0 In; 0 Out");
+}
+
+TEST_F(ListQuery, DeletingTheLastListedMessageBringsThePlaceholder) {
+  int64_t id = AddListed({.subject = "only"});
+  ASSERT_TRUE(ListEvery());
+  repository::RepositoryDb().Execute("DELETE * FROM Email WHERE ID=" + std::to_string(id));
+  ASSERT_TRUE(RequeryEmailList());
+  EXPECT_TRUE(Board().ListIsPlaceholder);
+}
+
+TEST_F(ListQuery, AFailingQueryLeavesTheListAsItWas) {
+  AddListed({.subject = "one"});
+  ASSERT_TRUE(ListEvery());
+  std::string where = Board().LastWhere;
+  EXPECT_FALSE(OpenEmailList("WHERE NoSuchColumn = 1"));
+  EXPECT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_TRUE(ui_.Shown("error")[0].ends_with(" OpenEmailList"));
+  EXPECT_EQ(Board().LastWhere, where);
+  EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
+}
+
+}  // namespace
+}  // namespace tarnwick::board

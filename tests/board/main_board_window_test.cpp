@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/main_board_window.h"
+
+#include <gmock/gmock.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <memory>
+#include <set>
+
+#include "board/layout_store.h"
+#include "board_rows.h"
+#include "core/run_state.h"
+#include "platform/files.h"
+#include "repository/parameter_store.h"
+#include "support/profile_builder.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::board {
+namespace {
+
+using core::StatusPanel;
+using testing::AddListed;
+using ::testing::ElementsAre;
+using testing::ListedSubjects;
+using ::testing::UnorderedElementsAre;
+
+class Window : public testing::ProgramFixture {
+ protected:
+  ~Window() override {
+    window_.reset();
+    ResetBoard();
+  }
+
+  void Start() {
+    window_ = std::make_unique<MainBoard>();
+    ASSERT_TRUE(window_->Load());
+    window_->show();
+    QApplication::processEvents();
+  }
+  void Click(const char* name) {
+    auto* button = window_->findChild<QPushButton*>(name);
+    ASSERT_NE(button, nullptr) << name;
+    button->click();
+  }
+  void Filter(const char* name, const QString& text) {
+    window_->findChild<QLineEdit*>(name)->setText(text);
+    emit window_->Filter().FilterChanged();
+  }
+  // A message as a store holds it.
+  static std::string Letter(const std::string& subject, const std::string& date) {
+    return "From: Ann Lee <ann@example.org>\r\nTo: bob@example.org\r\nSubject: " + subject +
+           "\r\nDate: " + date + "\r\n\r\nText.\r\n";
+  }
+
+  std::unique_ptr<MainBoard> window_;
+};
+
+TEST_F(Window, EveryControlBearsItsNameAndIsNamedForScreenReaders) {
+  Start();
+  EXPECT_EQ(window_->windowTitle(), "Email List");
+  for (const char* name :
+       {"DateFrom",     "DateTo",       "cmbFromTo",    "Subject", "cmbFile",
+        "MailText",     "ckbActive",    "AttachedFile", "Frame1",  "Frame2",
+        "Frame3",       "oDate",        "oSubject",     "oFromTo", "oDirection",
+        "odAscending",  "odDescending", "EmailGrid",    "ShowAll", "cmRelated",
+        "DeleteCurent", "MarkActive",   "LoadMailler",  "Quite",   "StatusBar1"}) {
+    auto* widget = window_->findChild<QWidget*>(name);
+    ASSERT_NE(widget, nullptr) << name;
+    auto* button = qobject_cast<QAbstractButton*>(widget);
+    auto* group = qobject_cast<QGroupBox*>(widget);
+    bool captioned = (button != nullptr && !button->text().isEmpty()) ||
+                     (group != nullptr && !group->title().isEmpty());
+    if (widget->focusPolicy() != Qt::NoFocus) {
+      EXPECT_TRUE(captioned || !widget->accessibleName().isEmpty()) << name;
+    }
+  }
+}
+
+TEST_F(Window, MnemonicsAreUnique) {
+  Start();
+  std::set<QString> keys;
+  auto take = [&](const QString& text) {
+    QKeySequence key = QKeySequence::mnemonic(text);
+    if (!key.isEmpty()) {
+      EXPECT_TRUE(keys.insert(key.toString()).second) << text.toStdString();
+    }
+  };
+  for (QAction* menu : window_->menuBar()->actions()) take(menu->text());
+  for (auto* button : window_->findChildren<QAbstractButton*>()) take(button->text());
+  for (auto* label : window_->findChildren<QLabel*>()) {
+    if (label->buddy() != nullptr) take(label->text());
+  }
+  EXPECT_GE(keys.size(), 15U);
+}
+
+TEST_F(Window, AnEmptyRepositorySaysWhatToDoNext) {
+  Start();
+  EXPECT_EQ(window_->Grid().Model().rowCount(), 1);
+  EXPECT_TRUE(window_->Grid().accessibleDescription().contains("Load from Mailer"));
+  EXPECT_EQ(ui_.status[StatusPanel::kCounts], "0; 0 In; 0 Out");
+  EXPECT_EQ(ui_.status[StatusPanel::kFolder], "Tarnwick folder " + folder_.Path());
+  for (const char* name : {"DeleteCurent", "MarkActive", "cmRelated"}) Click(name);
+  EXPECT_THAT(ui_.Shown("box"), ::testing::Each("There isn't selected row."));
+  EXPECT_EQ(ui_.Shown("box").size(), 3U);
+}
+
+TEST_F(Window, AFilterNarrowsAndShowAllListsEverythingAgain) {
+  AddListed({.subject = "Budget"});
+  AddListed({.subject = "Photos", .direction = "Out", .hot = true});
+  Start();
+  EXPECT_EQ(window_->Grid().Model().rowCount(), 2);
+  Filter("Subject", "budg");
+  EXPECT_THAT(ListedSubjects(), ElementsAre("Budget"));
+  Filter("Subject", "nothing");
+  EXPECT_TRUE(window_->Grid().accessibleDescription().contains("Show All"));
+  Click("ShowAll");
+  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "");
+  EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 1 In; 1 Out");
+}
+
+TEST_F(Window, ShowRelatedListsTheSubjectBehindItsPrefix) {
+  AddListed({.subject = "Re: Budget", .received = DateTime::FromDate(2005, 1, 1)});
+  AddListed({.subject = "Fw: Re: Budget"});
+  AddListed({.subject = "Photos"});
+  Start();
+  window_->Grid().selectRow(0);
+  Click("cmRelated");
+  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "Budget");
+  EXPECT_THAT(ListedSubjects(), UnorderedElementsAre("Re: Budget", "Fw: Re: Budget"));
+}
+
+TEST_F(Window, HotAndDeleteKeepThePlaceAndDeletingTheLastLeavesThePlaceholder) {
+  for (int day = 3; day > 0; --day) {
+    AddListed({.subject = std::to_string(day), .received = DateTime::FromDate(2004, 1, day)});
+  }
+  Start();
+  EmailGridView& grid = window_->Grid();
+  grid.selectRow(1);
+  Click("MarkActive");
+  EXPECT_EQ(grid.Current().subject, "2");
+  EXPECT_EQ(grid.Model().index(1, 5).data().toString(), "+");
+  ui_.yesNo = {true};
+  Click("DeleteCurent");
+  EXPECT_EQ(grid.Current().subject, "1");
+  EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 2 In; 0 Out");
+  grid.selectAll();
+  ui_.yesNo = {true};
+  Click("DeleteCurent");
+  EXPECT_TRUE(Board().ListIsPlaceholder);
+  EXPECT_EQ(CountRows("Email"), 0);
+}
+
+TEST_F(Window, SelectedRowsAreCopiedAsText) {
+  AddListed({.subject = "a"});
+  AddListed({.subject = "b", .received = DateTime::FromDate(2005, 1, 1)});
+  Start();
+  window_->Grid().selectAll();
+  window_->Actions().copy->trigger();
+  EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+            "1/1/2005 00:00\tb\tAnn\tIn\t\n3/7/2004 14:07\ta\tAnn\tIn\t\n");
+}
+
+TEST_F(Window, TypingFindsTheRowThatBeginsSo) {
+  AddListed({.subject = "Apples", .received = DateTime::FromDate(2005, 1, 2)});
+  AddListed({.subject = "Bananas", .received = DateTime::FromDate(2005, 1, 1)});
+  Start();
+  EmailGridView& grid = window_->Grid();
+  grid.setCurrentIndex(grid.Model().index(0, 2));
+  grid.keyboardSearch("b");
+  EXPECT_EQ(grid.Current().subject, "Bananas");
+}
+
+TEST_F(Window, LayoutAndFilterComeBack) {
+  AddListed({.subject = "Budget"});
+  Start();
+  window_->Grid().setColumnWidth(3, 333);
+  Filter("Subject", "budg");
+  window_->resize(window_->width(), 555);
+  EXPECT_TRUE(window_->close());
+  Start();
+  EXPECT_EQ(window_->Grid().columnWidth(3), 333);
+  EXPECT_EQ(window_->height(), 555);
+  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "budg");
+  EXPECT_TRUE(window_->Grid().isColumnHidden(6));
+}
+
+class LoadingWindow : public Window {
+ protected:
+  LoadingWindow() : profile_(folder_.File("Ann/")) {
+    testing::MessageStoreBuilder inbox;
+    const struct {
+      const char* subject;
+      DateTime date;
+      const char* text;
+    } letters[] = {
+        {"old", DateTime::FromDate(2004, 1, 5).WithTime(10, 20, 30),
+         "Mon, 5 Jan 2004 10:20:30 +0000"},
+        {"late", DateTime::FromDate(2004, 1, 6).WithTime(10, 20, 30),
+         "Tue, 6 Jan 2004 10:20:30 +0000"},
+        {"latest", DateTime::FromDate(2004, 1, 6).WithTime(11, 20, 30),
+         "Tue, 6 Jan 2004 11:20:30 +0000"},
+    };
+    for (const auto& letter : letters) {
+      testing::IndexedMessage message;
+      message.subject = letter.subject;
+      message.date = letter.date;
+      message.text = Letter(letter.subject, letter.text);
+      inbox.AddMessage(message);
+    }
+    inbox.Finish();
+    std::string store = profile_.AddIdentity("Main Identity");
+    profile_.WriteStore(store, testing::StandardFolders(inbox.Bytes(), ""));
+    profile_.WriteHive();
+  }
+
+  testing::ProfileBuilder profile_;
+};
+
+TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
+  Start();
+  ui_.yesNo = {true};
+  ui_.folders = {profile_.Folder()};
+  ui_.senders = {core::SenderAnswer::kAcceptAll};
+  Click("LoadMailler");
+  EXPECT_EQ(CountRows("Email"), 3);
+  EXPECT_EQ(window_->findChild<QLineEdit*>("DateFrom")->text(), "1/6/2004");
+  EXPECT_THAT(ListedSubjects(), ElementsAre("latest", "late"));
+  EXPECT_EQ(ui_.status[StatusPanel::kLastLoaded], "Last loaded on 6/15/2020 12:00");
+  EXPECT_TRUE(ui_.status[StatusPanel::kProgress].starts_with("found 3, stored 3,"));
+  EXPECT_EQ(window_->findChild<QComboBox*>("cmbFromTo")->count(), 1);
+}
+
+TEST_F(LoadingWindow, OnlyStopCanBeGivenWhileALoadRunsAndClosingWaitsForIt) {
+  Start();
+  repository::SetProfileFolder(profile_.Folder());
+  testing::ContactId("Ann Lee");  // so that nobody is asked about her
+  ui_.yesNo = {true};
+  bool seen = false;
+  ui_.onYield = [&] {
+    if (seen) return;
+    seen = true;
+    EXPECT_TRUE(window_->IsBusy());
+    for (const char* name : {"LoadMailler", "DeleteCurent", "MarkActive", "ShowAll"}) {
+      EXPECT_FALSE(window_->findChild<QPushButton*>(name)->isEnabled()) << name;
+    }
+    EXPECT_FALSE(window_->Filter().isEnabled());
+    EXPECT_TRUE(window_->findChild<QPushButton*>("Stop")->isVisible());
+    EXPECT_FALSE(window_->close());
+    EXPECT_TRUE(core::State().ImportCancelFlag);
+  };
+  Click("LoadMailler");
+  EXPECT_TRUE(seen);
+  EXPECT_FALSE(window_->IsBusy());
+  EXPECT_LT(CountRows("Email"), 3);
+  QApplication::processEvents();
+  EXPECT_FALSE(window_->isVisible()) << "closed once the load had ended";
+}
+
+TEST_F(Window, ATextFileIsTakenAndListedWhateverTheDates) {
+  AddListed({.subject = "there already"});
+  Start();
+  Filter("DateFrom", "1/1/2019");
+  std::string file = WriteTemp("letter.txt", Letter("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
+  window_->LoadTextFile(QString::fromStdString(file));
+  EXPECT_THAT(ListedSubjects(), ::testing::Contains("taken"));
+  window_->LoadTextFile(QString::fromStdString(file));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("This email is in the repository."));
+}
+
+TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
+  AddListed({.subject = "former"});
+  Start();
+  std::string other = folder_.File("other/");
+  platform::MakeFolder(other);
+  ui_.folders = {other};
+  window_->Actions().createRepository->trigger();
+  EXPECT_TRUE(Board().ListIsPlaceholder);
+  EXPECT_EQ(ui_.status[StatusPanel::kFolder], "Tarnwick folder " + other);
+
+  std::string broken = folder_.File("broken/");
+  platform::MakeFolder(broken);
+  platform::WriteFile(broken + "Tarnwick.twr", "no database");
+  AddListed({.subject = "in the other"});
+  ui_.folders = {broken};
+  window_->Actions().openRepository->trigger();
+  EXPECT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_THAT(ListedSubjects(), ElementsAre("in the other"));
+}
+
+}  // namespace
+}  // namespace tarnwick::board

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/message_commands.h"
+
+#include <gmock/gmock.h>
+
+#include "board_rows.h"
+#include "core/run_state.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::board {
+namespace {
+
+using testing::AddListed;
+using ::testing::ElementsAre;
+using testing::ListEvery;
+
+TEST(Related, OnlyTheFirstPrefixGoes) {
+  const struct {
+    const char* what;
+    std::string subject, related;
+  } kRows[] = {
+      {"no prefix", "Budget", "Budget"},
+      {"a prefix", "Re: Budget", "Budget"},
+      {"two prefixes", "Re: Fw: Budget", "Fw: Budget"},
+      {"nothing behind it", "Budget: ", "Budget"},
+      {"empty", "", ""},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(RelatedSubject(row.subject), row.related) << row.what;
+}
+
+class MessageCommands : public testing::ProgramFixture {
+ protected:
+  ~MessageCommands() override { ResetBoard(); }
+  static bool IsHot(int64_t id) {
+    return Query("SELECT Active FROM Email WHERE ID=" + std::to_string(id)).AsText() == "+";
+  }
+};
+
+TEST_F(MessageCommands, WithoutASelectionTheyOnlySaySo) {
+  EXPECT_FALSE(DeleteMessages({}));
+  EXPECT_FALSE(ToggleActive({}));
+  EXPECT_THAT(ui_.Shown("box"),
+              ElementsAre("There isn't selected row.", "There isn't selected row."));
+}
+
+TEST_F(MessageCommands, DeletingAsksFirst) {
+  int64_t id = AddListed({.subject = "keep"});
+  ui_.yesNo = {false};
+  EXPECT_FALSE(DeleteMessages({{id, "keep"}}));
+  EXPECT_EQ(CountRows("Email"), 1);
+  ui_.yesNo = {true};
+  EXPECT_TRUE(DeleteMessages({{id, "keep"}}));
+  EXPECT_EQ(CountRows("Email"), 0);
+  EXPECT_EQ(ui_.Shown("question")[0],
+            "Are you realy want to delete the email with subject \r\nkeep");
+}
+
+TEST_F(MessageCommands, StopEndsALongDeletionBetweenTwoMessages) {
+  std::vector<SelectedMessage> messages;
+  for (int i = 0; i < 300; ++i) messages.push_back({AddListed({.subject = "many"}), "many"});
+  ui_.yesNo = {true};
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_TRUE(DeleteMessages(messages));
+  EXPECT_GT(CountRows("Email"), 0);
+  EXPECT_LT(CountRows("Email"), 300);
+  EXPECT_FALSE(core::State().ImportCancelFlag);
+}
+
+TEST_F(MessageCommands, HotMarksToggleAloneAndAgreeInNumbers) {
+  int64_t a = AddListed({.subject = "a"});
+  int64_t b = AddListed({.subject = "b", .hot = true});
+  EXPECT_TRUE(ToggleActive({{b, ""}}));
+  EXPECT_FALSE(IsHot(b));
+  EXPECT_TRUE(ToggleActive({{b, ""}}));
+  EXPECT_TRUE(IsHot(b));
+  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
+  EXPECT_TRUE(IsHot(a) && IsHot(b));
+  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
+  EXPECT_FALSE(IsHot(a) || IsHot(b));
+  EXPECT_EQ(Query("SELECT Count(*) AS N FROM Email WHERE Active Is Null").AsInt(), 2);
+}
+
+TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
+  int64_t listed = AddListed({.subject = "listed", .hot = true});
+  int64_t other = AddListed({.subject = "other", .hot = true});
+  ASSERT_TRUE(ListEvery());
+  Board().Filter.Subject = "listed";
+  ASSERT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
+  ui_.yesNo = {false, true};
+  EXPECT_FALSE(MarkAllNotHot());
+  EXPECT_TRUE(IsHot(listed));
+  EXPECT_TRUE(MarkAllNotHot());
+  EXPECT_FALSE(IsHot(listed));
+  EXPECT_TRUE(IsHot(other));
+  EXPECT_EQ(ui_.Shown("question")[0], "Are you realy want to mark all emails as unactive?");
+}
+
+TEST_F(MessageCommands, ThePlaceholderIsNoMessage) {
+  ASSERT_TRUE(ListEvery());
+  EXPECT_FALSE(FillObjectList());
+  EXPECT_EQ(CountRows("ObjectList"), 0);
+}
+
+}  // namespace
+}  // namespace tarnwick::board
