@@ -181,6 +181,18 @@ void Parse(DateTime& resultDate, std::string& timeText, std::string& zoneText,
 
 }  // namespace
 
+bool NamesDate(const std::string& dateText) {
+  return core::Guarded(
+      "NamesDate", false,
+      [&] {
+        DateTokens tokens(dateText);
+        constexpr int kNotFound = 0;
+        return tokens.TakeYear(kNotFound) != kNotFound ||
+               tokens.TakeMonth(kNotFound) != kNotFound || tokens.TakeDay(kNotFound) != kNotFound;
+      },
+      core::Report::kLog);
+}
+
 int MonthNumber(const std::string& token) {
   if (token.empty()) return 0;
   std::string english = platform::AsciiUpper(token.substr(0, 3));

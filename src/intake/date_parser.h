@@ -18,6 +18,9 @@ namespace tarnwick::intake {
 void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneText,
                  std::string dateText, bool applyShift);
 
+// True when the text names a year, a month or a day; of one that does not, twParseDate makes today.
+bool NamesDate(const std::string& dateText);
+
 // 1..12 for a month's name (English, else the locale's; first three characters), 0 for none.
 int MonthNumber(const std::string& token);
 

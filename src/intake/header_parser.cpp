@@ -253,6 +253,9 @@ class HeaderReader {
   void TakeReceived(std::string value) {
     AppendFolded(value);
     std::string dateText = core::SplitLast(value, ";", false);
+    // Of "22/08/2002 12:23:43" and the like only the time would be understood, and the message
+    // would seem to have come today.
+    if (!NamesDate(dateText)) return;
     DateTime date = kNoReceivedDate;
     std::string timeText;
     std::string zoneText;
