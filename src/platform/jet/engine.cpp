@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <type_traits>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/jet/functions.h"
@@ -16,6 +17,9 @@ namespace tarnwick::jet {
 namespace {
 
 constexpr char kCipher[] = "aegis";
+// Passes and kilobytes of Argon2id; embedded in every file, do not change.
+constexpr std::pair<const char*, int> kKeyDerivation[] = {
+    {"tcost", 1}, {"default:tcost", 1}, {"mcost", 64}, {"default:mcost", 64}};
 constexpr int kAegis256 = 4;
 // A second process is told at once; the wait only spans a file that is just being closed.
 constexpr int kBusyMilliseconds = 100;
@@ -193,6 +197,12 @@ Database::Database(const std::string& path, const std::string& password, Mode mo
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3mc_config(handle_, "cipher", sqlite3mc_cipher_index(kCipher));
     sqlite3mc_config_cipher(handle_, kCipher, "algorithm", kAegis256);
+    // The password is the program's own and long known to whoever has the program: making a guess
+    // dear would cost each opening a tenth of a second and protect nothing. "default:" lets files
+    // that are attached later be opened alike.
+    for (const auto& [parameter, cost] : kKeyDerivation) {
+      sqlite3mc_config_cipher(handle_, kCipher, parameter, cost);
+    }
     code = sqlite3_key(handle_, password.data(), LengthOf(password));
     if (code != SQLITE_OK) Fail(code);
     RegisterFunctions(handle_);
