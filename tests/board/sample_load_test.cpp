@@ -90,7 +90,9 @@ TEST_F(SampleLoad, EveryMessageIsStoredAsItWasWritten) {
     EXPECT_EQ(field("Direction"), message.direction);
     EXPECT_EQ(field("NameFrom"), message.fromName);
     EXPECT_EQ(field("AddressFrom"), message.fromAddress);
-    if (!message.subject.empty()) EXPECT_EQ(field("Subject"), message.subject);
+    if (!message.subject.empty()) {
+      EXPECT_EQ(field("Subject"), message.subject);
+    }
     std::string body = field("Body");
     for (const std::string& line : message.bodyLines) EXPECT_THAT(body, HasSubstr(line));
     EXPECT_EQ(
