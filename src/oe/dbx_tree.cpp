@@ -20,10 +20,6 @@ namespace tarnwick::oe {
 
 namespace {
 
-bool IsStopped() {
-  return core::State().ImportCancelFlag || core::State().StopFlag;
-}
-
 // What a walk is given and every entry of it needs.
 struct Walk {
   const std::string& fileName;
@@ -156,7 +152,7 @@ std::optional<TreeNode> ReadNode(ByteReader& file, uint32_t offset) {
 void ReadMessageTree(const std::string& fileName, std::string_view operation,
                      const FolderRecord& folder) {
   bool ended = core::GuardedRun("ReadMessageTree", [&] {
-    if (core::State().ImportCancelFlag) return;
+    if (IsStopped()) return;
     core::LogProgress("Reads = " + folder.label + "\r\n" + fileName);
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;

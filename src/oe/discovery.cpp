@@ -218,10 +218,7 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
       }
       state.FolderFiles.push_back({storeFolder + name, userName, storeFolder});
     }
-    platform::ProfileKind kind = platform::DetectProfile(repository::GetProfileFolder());
-    bool isCopied = kind == platform::ProfileKind::kDbxFiles ||
-                    kind == platform::ProfileKind::kDbxWithFolderList;
-    if (!hasList && isCopied) ListFilesAsFolders(storeFolder, userName, unlisted);
+    if (!hasList && state.HasCopiedStores) ListFilesAsFolders(storeFolder, userName, unlisted);
   });
 }
 
@@ -230,6 +227,9 @@ bool DiscoverOutlookExpress() {
     if (platform::LogonName() != core::State().UserName) return false;
     EmptyTables();
     OeState& state = State();
+    platform::ProfileKind kind = platform::DetectProfile(repository::GetProfileFolder());
+    state.HasCopiedStores = kind == platform::ProfileKind::kDbxFiles ||
+                            kind == platform::ProfileKind::kDbxWithFolderList;
     if (!EnumIdentities()) return false;
     if (!ReadIdentities()) {
       core::LogProgress("An identity has no store.");

@@ -80,7 +80,7 @@ void ReadFolders() {
     } else if (exists) {
       account.SetReason(path, reason::kFolderRule);
     }
-    return !core::State().ImportCancelFlag;
+    return !IsStopped();
   });
 }
 
@@ -112,7 +112,7 @@ void CollectMeAddresses() {
       if (Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems) {
         ReadMessageTree(PathOf(list, folder), kMeAddress, RecordOf(list, folder));
       }
-      return !core::State().ImportCancelFlag;
+      return !IsStopped();
     });
   });
 }

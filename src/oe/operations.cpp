@@ -6,6 +6,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/encoded_word.h"
 #include "intake/header_parser.h"
 #include "intake/store_message.h"
 #include "oe/import.h"
@@ -89,7 +90,8 @@ void dbxFileMeAddress() {
                     platform::EnsureUtf8(lines.subject));
     intake::AddressPair sender = intake::SplitAddress(core::CleanTrim(lines.from));
     if (sender.Address == intake::kNoAddress) return;
-    intake::dbSaveMeAddress(sender.Address, sender.Name, kApplication);
+    std::string name = intake::Decode(sender.Name).Finish("");
+    intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), name, kApplication);
   });
 }
 

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "oe/state.h"
 
+#include "core/run_state.h"
+
 namespace tarnwick::oe {
 
 OeState& State() {
@@ -11,6 +13,10 @@ OeState& State() {
 
 void ResetState() {
   State() = OeState();
+}
+
+bool IsStopped() {
+  return core::State().ImportCancelFlag || core::State().StopFlag;
 }
 
 }  // namespace tarnwick::oe

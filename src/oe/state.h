@@ -26,7 +26,8 @@ struct OeState {
   std::array<std::vector<FolderRow>, kMaxFolderFiles> Folders;  // by folder file
   std::vector<std::string> MessageFiles;  // paths of the other *.dbx files of the stores
   std::unique_ptr<platform::Registry> OpenedRegistry;
-  bool CanRead = false;  // what the last oeInitialize gave
+  bool HasCopiedStores = false;  // *.dbx files without a registry, see platform/registry.h
+  bool CanRead = false;          // what the last oeInitialize gave
 
   // Reader (dbx_read.h).
   DbxHeader Header;
@@ -47,5 +48,8 @@ struct OeState {
 
 OeState& State();
 void ResetState();
+
+// True once the stop command or the ask dialog's Cancel has ended the load.
+bool IsStopped();
 
 }  // namespace tarnwick::oe

@@ -214,7 +214,7 @@ TEST_F(Discovery, ADamagedFolderListGivesTheFoldersThatCanBeRead) {
   ReadFolderTree(0);
   EXPECT_THAT(State().Folders[0], IsEmpty());
   const std::string whole = list.Bytes();
-  for (size_t size = 0; size < whole.size(); size += 11) {
+  for (size_t size = 0; size < whole.size(); size += 97) {
     WriteTemp("Folders.dbx", whole.substr(0, size));
     ReadFolderTree(0);
   }

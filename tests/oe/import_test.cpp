@@ -34,6 +34,7 @@ class Import : public OeFixture {
     profile_.WriteHive();
     core::BeginLoadState();
     core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+    jet::CommitGroup group(repository::RepositoryDb());
     ASSERT_TRUE(oeInitialize());
     if (core::State().RepositoryIsEmpty) CollectMeAddresses();
     ImportOutlookExpress();
@@ -100,7 +101,8 @@ TEST_F(Import, SentMailTeachesTheUsersAddresses) {
   MessageStoreBuilder sent;
   IndexedMessage letter = Letter("reply");
   letter.text =
-      "From: \"Ann O'Neil\" <ann@example.org>\r\nTo: bob@example.org\r\nSubject: reply\r\n"
+      "From: =?iso-8859-1?Q?Ann_O'N=E9il?= <ann@example.org>\r\nTo: bob@example.org\r\n"
+      "Subject: reply\r\n"
       "Date: Mon, 5 Jan 2004 10:00:00 +0000\r\n\r\n----- Original Message -----\r\n"
       "From: Bob <bob@example.org>\r\nSubject: question\r\n\r\nWell?\r\n";
   sent.AddMessage(letter);
@@ -116,6 +118,7 @@ TEST_F(Import, SentMailTeachesTheUsersAddresses) {
   Load();
   EXPECT_EQ(CountRows("MeAddress"), 1);
   EXPECT_EQ(Query("SELECT Address FROM MeAddress").AsText(), "ann@example.org");
+  EXPECT_EQ(Query("SELECT FromName FROM MeAddress").AsText(), "Ann O'Néil");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='reply'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='mine'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='in'").AsText(), "In");
