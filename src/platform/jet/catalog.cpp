@@ -13,6 +13,13 @@ bool TableView::Has(std::string_view column) const {
   return false;
 }
 
+bool TableView::IsText(std::string_view column) const {
+  for (size_t i = 0; i < columns.size(); i++) {
+    if (SameWord(columns[i], column)) return types[i] == "TEXT";
+  }
+  return false;
+}
+
 const TableView* Catalog::Find(std::string_view table) {
   std::string name = LowerWord(table);
   auto found = tables_.find(name);
@@ -27,6 +34,7 @@ const TableView* Catalog::Find(std::string_view table) {
     int keys = 0;
     while (info.Step()) {
       view.columns.emplace_back(info.Text(1));
+      view.types.emplace_back(info.Text(2));
       if (info.Int(5) > 0) {
         keys++;
         if (SameWord(info.Text(2), "INTEGER")) view.key = view.columns.back();

@@ -15,8 +15,11 @@ namespace tarnwick::jet {
 
 struct TableView {
   std::vector<std::string> columns;
-  std::string key;  // the column that is the row's key, "" when none is
+  std::vector<std::string> types;  // as declared
+  std::string key;                 // the column that is the row's key, "" when none is
   bool Has(std::string_view column) const;
+  // Declared as a text, not as a long one.
+  bool IsText(std::string_view column) const;
 };
 
 class Catalog {

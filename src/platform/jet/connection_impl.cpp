@@ -63,7 +63,7 @@ void Connection::Impl::Configure() {
   if (!database_->IsReadOnly()) {
     // The log exists while the file is open; at rest it is a single file that can be copied, and
     // read where nothing can be written.
-    database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 2000;");
+    database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 1000;");
   }
   if (database_->Number("PRAGMA application_id") != TextOrderVersion()) {
     database_->Run("BEGIN; REINDEX;");

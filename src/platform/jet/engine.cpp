@@ -148,6 +148,10 @@ std::string Statement::OriginColumn(int column) const {
   return name != nullptr ? name : "";
 }
 
+bool Statement::IsNull(int column) const {
+  return sqlite3_column_type(handle_, column) == SQLITE_NULL;
+}
+
 int64_t Statement::Int(int column) const {
   return sqlite3_column_int64(handle_, column);
 }

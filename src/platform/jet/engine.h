@@ -57,6 +57,7 @@ class Statement {
   std::string OriginTable(int column) const;
   std::string OriginColumn(int column) const;
 
+  bool IsNull(int column) const;
   int64_t Int(int column) const;
   std::string_view Text(int column) const;
   Value ColumnValue(int column) const;

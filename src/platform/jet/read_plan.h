@@ -22,9 +22,11 @@ namespace tarnwick::jet {
 
 struct ReadPlan {
   bool keyed = false;
-  EngineSql all;              // not keyed
-  EngineSql keys;             // keyed: one column, the key
-  EngineSql row;              // keyed: the items, by kKeyParameter
+  EngineSql all;   // not keyed
+  EngineSql keys;  // keyed: the key; with sortText also the text to sort by, unsorted
+  EngineSql row;   // keyed: the items, by kKeyParameter
+  enum class SortText { kNone, kAscending, kDescending };
+  SortText sortText = SortText::kNone;
   bool repeatsKeys = false;   // a key may come more than once; only its first time counts
   std::optional<size_t> top;  // a literal: the number of rows wanted
   // The table that rows are added to, changed and deleted in; "" when there is none.

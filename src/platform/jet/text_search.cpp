@@ -6,7 +6,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 #include <string>
 
 #ifdef __SSE2__
@@ -78,18 +78,31 @@ size_t PreviousChar(std::string_view text, size_t position) {
 }
 
 #ifdef __SSE2__
-__m128i AnyOf(__m128i block, const std::vector<unsigned char>& bytes) {
-  __m128i result = _mm_setzero_si128();
-  for (unsigned char byte : bytes) {
-    __m128i wanted = _mm_set1_epi8(static_cast<char>(byte));
-    result = _mm_or_si128(result, _mm_cmpeq_epi8(block, wanted));
+// Sixteen bytes at a time, compared with up to kMostForms wanted ones. Two is what letters have.
+class Block {
+ public:
+  explicit Block(const std::vector<unsigned char>& bytes) : count_(bytes.size()) {
+    for (size_t i = 0; i < kMostForms; i++) {
+      // A short list is filled up with its last byte.
+      unsigned char byte = bytes.empty() ? 0 : bytes[std::min(i, bytes.size() - 1)];
+      wanted_[i] = _mm_set1_epi8(static_cast<char>(byte));
+    }
   }
-  return result;
-}
 
-__m128i Load(const char* data) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(data));
-}
+  __m128i Hits(const char* data) const {
+    __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data));
+    __m128i hits =
+        _mm_or_si128(_mm_cmpeq_epi8(block, wanted_[0]), _mm_cmpeq_epi8(block, wanted_[1]));
+    for (size_t i = 2; i < count_; i++) {
+      hits = _mm_or_si128(hits, _mm_cmpeq_epi8(block, wanted_[i]));
+    }
+    return hits;
+  }
+
+ private:
+  size_t count_;
+  __m128i wanted_[kMostForms];
+};
 #endif
 
 }  // namespace
@@ -144,20 +157,15 @@ size_t Needle::NextAnchor(std::string_view text, size_t position) const {
   const char* data = text.data();
   size_t size = text.size();
 #ifdef __SSE2__
-  // Sixteen places at a time, each with the byte behind it.
+  // Each place with the byte behind it.
+  Block anchors(anchorBytes_);
+  Block followers(followerBytes_);
+  bool anyFollower = followerBytes_.empty();
   for (; size - position >= 17; position += 16) {
-    __m128i hits = AnyOf(Load(data + position), anchorBytes_);
-    if (!followerBytes_.empty()) {
-      hits = _mm_and_si128(hits, AnyOf(Load(data + position + 1), followerBytes_));
-    }
+    __m128i hits = anchors.Hits(data + position);
+    if (!anyFollower) hits = _mm_and_si128(hits, followers.Hits(data + position + 1));
     auto mask = static_cast<unsigned>(_mm_movemask_epi8(hits));
-    if (mask != 0) {
-      while ((mask & 1) == 0) {
-        mask >>= 1;
-        position++;
-      }
-      return position;
-    }
+    if (mask != 0) return position + static_cast<size_t>(std::countr_zero(mask));
   }
 #endif
   for (; position < size; position++) {
