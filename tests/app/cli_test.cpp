@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The contract of tarnwick-cli, as scripts see it.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "cli/command_line.h"
@@ -72,6 +73,7 @@ TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({"take", home_.File("missing.eml")}).status, 1);
   EXPECT_EQ(Run({"load"}).status, 1);  // no profile is known
   EXPECT_EQ(Run({"--help"}).status, 0);
+  EXPECT_THAT(Run({"--version"}).output, ::testing::MatchesRegex("tarnwick-cli [0-9.]+\n"));
   platform::WriteFile(home_.File("home/Tarnwick.twr"), std::string(5000, 'x'));
   ProgramRun run = Run({"list"});
   EXPECT_EQ(run.status, 1);

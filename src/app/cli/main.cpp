@@ -13,6 +13,7 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "core/version.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 
@@ -23,6 +24,7 @@ using Command = std::function<int(const std::vector<std::string>&)>;
 
 constexpr const char* kUsage =
     R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] COMMAND
+       tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full]
   take   FILE...
   list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
@@ -48,6 +50,7 @@ struct Invocation {
   std::string profile;
   bool alwaysYes = false;
   bool help = false;
+  bool version = false;
   std::string command;
   std::vector<std::string> words;
 };
@@ -68,6 +71,8 @@ Invocation ReadInvocation(std::vector<std::string> words) {
       invocation.alwaysYes = true;
     } else if (words[i] == "--help" || words[i] == "-h") {
       invocation.help = true;
+    } else if (words[i] == "--version") {
+      invocation.version = true;
     } else {
       throw UsageError("unknown option " + words[i]);
     }
@@ -104,6 +109,10 @@ int Run(int argc, char** argv) {
   Invocation invocation = ReadInvocation(std::vector<std::string>(argv + 1, argv + argc));
   if (invocation.help) {
     std::cout << kUsage;
+    return tarnwick::app::kDone;
+  }
+  if (invocation.version) {
+    std::cout << "tarnwick-cli " << tarnwick::core::Version() << "\n";
     return tarnwick::app::kDone;
   }
   auto command = Commands().find(invocation.command);
