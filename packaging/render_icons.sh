@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Writes the PNG icons from the two drawings. Run after a change of either; the results are committed,
-# so that a build (and the program's own window) needs no renderer. Needs rsvg-convert.
+# so that a build (and the program's own window) needs no renderer. Needs rsvg-convert
+# (librsvg2-bin).
 set -euo pipefail
 cd "$(dirname "$0")/icons"
 id=org.tarnwick.Tarnwick

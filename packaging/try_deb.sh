@@ -11,6 +11,7 @@ cd "$(dirname "$0")/.."
 build="${TARNWICK_BUILD:-build/release}"
 mode="${1:-}"
 
+./cmake/setup.sh deb
 [ -f "$build/CMakeCache.txt" ] || cmake --preset release -DTARNWICK_BENCH=OFF
 targets=(tarnwick-cli tarnwick_databases tarnwick_help tarnwick_man)
 if cmake --build "$build" --target help | grep -q '^tarnwick: '; then targets+=(tarnwick); fi

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The manual page keeps up with the program.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "platform/files.h"
+#include "support/run_program.h"
+
+namespace tarnwick::app {
+namespace {
+
+using ::testing::HasSubstr;
+
+TEST(Manual, ExplainsEveryCommandAndOption) {
+  std::string usage =
+      testing::RunProgram({std::string(TARNWICK_BIN) + "/tarnwick-cli", "--help"}, "").output;
+  std::string page = platform::ReadFile(std::string(TARNWICK_SOURCE) + "/packaging/tarnwick-cli.1");
+  page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
+  // An option is anywhere, a command begins an indented line.
+  static const std::regex word(R"(--[a-z][a-z-]*|\n  [a-z]+)");
+  int words = 0;
+  for (std::sregex_iterator it(usage.begin(), usage.end(), word), end; it != end; ++it) {
+    std::string name = it->str();
+    if (name[0] == '\n') name = "\n.BR " + name.substr(3) + " ";
+    EXPECT_THAT(page, HasSubstr(name));
+    ++words;
+  }
+  EXPECT_GT(words, 15);
+}
+
+}  // namespace
+}  // namespace tarnwick::app
