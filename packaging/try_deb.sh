@@ -14,7 +14,8 @@ mode="${1:-}"
 ./cmake/setup.sh deb
 [ -f "$build/CMakeCache.txt" ] || cmake --preset release -DTARNWICK_BENCH=OFF
 targets=(tarnwick-cli tarnwick_databases tarnwick_help tarnwick_man)
-if cmake --build "$build" --target help | grep -q '^tarnwick: '; then targets+=(tarnwick); fi
+rules="$(cmake --build "$build" --target help)"
+if grep -q '^tarnwick: ' <<<"$rules"; then targets+=(tarnwick); fi
 cmake --build "$build" --target "${targets[@]}"
 
 scratch="$(mktemp -d)"
