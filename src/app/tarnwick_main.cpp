@@ -3,6 +3,8 @@
 //
 // The graphical program.
 #include <QApplication>
+#include <QDir>
+#include <QIcon>
 #include <QPixmap>
 #include <QTimer>
 
@@ -11,6 +13,7 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "core/version.h"
 #include "platform/files.h"
 #include "qt_user_interface.h"
 #include "repository/repository.h"
@@ -18,6 +21,18 @@
 namespace {
 
 constexpr int kFailed = 1;
+
+// The desktop knows the program by this name: menu entry, catalogue entry and icons bear it.
+constexpr const char* kDesktopName = "org.tarnwick.Tarnwick";
+
+// A theme's drawing goes before our own, which is in the program.
+void SetDesktopIdentity() {
+  QIcon own;
+  const QDir drawings(":/icons");
+  for (const QString& file : drawings.entryList()) own.addFile(drawings.filePath(file));
+  QApplication::setDesktopFileName(kDesktopName);
+  QApplication::setWindowIcon(QIcon::fromTheme(kDesktopName, own));
+}
 
 // False when there is nothing to work on; the reason has been shown.
 bool OpenAtStart() {
@@ -58,8 +73,9 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("tarnwick");
   QApplication::setApplicationDisplayName("Tarnwick");
-  QApplication::setApplicationVersion(TARNWICK_VERSION);
-  QApplication::setDesktopFileName("tarnwick");
+  QApplication::setApplicationVersion(
+      QString::fromStdString(std::string(tarnwick::core::Version())));
+  SetDesktopIdentity();
 
   // A look at the program where there is no display: TARNWICK_PICTURE names the file.
   QString picture = qEnvironmentVariable("TARNWICK_PICTURE");
