@@ -14,8 +14,7 @@ mode="${1:-}"
 ./cmake/setup.sh deb
 [ -f "$build/CMakeCache.txt" ] || cmake --preset release -DTARNWICK_BENCH=OFF
 targets=(tarnwick-cli tarnwick_installed_databases tarnwick_help tarnwick_man)
-rules="$(cmake --build "$build" --target help)"
-if grep -q '^tarnwick: ' <<<"$rules"; then targets+=(tarnwick); fi
+if grep -q '^TARNWICK_WINDOWS:BOOL=ON' "$build/CMakeCache.txt"; then targets+=(tarnwick); fi
 cmake --build "$build" --target "${targets[@]}"
 
 scratch="$(mktemp -d)"
