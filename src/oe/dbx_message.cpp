@@ -45,6 +45,7 @@ struct Info {
   uint32_t bodyLength = 0;
   int entryCount = 0;
   uint32_t firstBlock = 0;
+  uint32_t indexedBlock = 0;  // what the index says where the fourth entry is a place; 0 for none
   DateTime date;
 };
 
@@ -93,8 +94,12 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
   if (uint64_t{info.firstBlock} + 1 < kFirstOffset) {
     std::string_view word = file.Read(behind, 4);
     if (word.size() < 4) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
+    uint64_t indexedPlace =
+        uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount) + info.firstBlock;
     info.firstBlock = Get32(word, 0);
     behind += 4;
+    std::string_view indexed = file.Read(indexedPlace, 4);
+    if (indexed.size() == 4) info.indexedBlock = Get32(indexed, 0);
   }
   ReadIndex(file, offset, info);
   uint64_t dataStart = uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount);
@@ -118,6 +123,21 @@ bool IsKnown() {
   state.Ending = {ignored ? MessageEnd::kIgnored : MessageEnd::kAlreadyStored, {}};
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
   return true;
+}
+
+bool IsBlock(ByteReader& file, uint32_t offset) {
+  std::string_view head = file.Read(offset, kBlockHead);
+  return head.size() == kBlockHead && Get32(head, 0) == offset;
+}
+
+// Where the text begins. In one of three thousand info objects other words pass for the timestamp;
+// the word behind them is no block then, and the index's own word is looked at.
+uint32_t FirstBlock(ByteReader& file, const Info& info) {
+  uint32_t offset = info.firstBlock;
+  if (uint64_t{offset} + 1 < kFirstPlausibleBlock) offset = State().LastChainEnd;
+  bool isRescued =
+      info.indexedBlock != 0 && !IsBlock(file, offset) && IsBlock(file, info.indexedBlock);
+  return isRescued ? info.indexedBlock : offset;
 }
 
 // Tells a chain of blocks that comes back to itself, and one that is longer than its file can hold
@@ -147,6 +167,9 @@ class ChainGuard {
 bool CopyChain(ByteReader& file, uint32_t offset) {
   OeState& state = State();
   state.IdStep = kScratch;
+  // Removed first: a file system that has to keep a replaced file's bytes safe (ext4) would write
+  // each message to the disk before the next one.
+  platform::RemoveFile(core::State().TempMessageFile);
   platform::OutputFile scratch(core::State().TempMessageFile);
   state.IdStep = kBlocks;
   ChainGuard guard(file.Size());
@@ -190,8 +213,7 @@ bool CopyMessage(uint32_t offset, const std::string& fileName) {
   if (!ReadInfo(file, offset, *info)) return false;
   if (IsKnown()) return false;
   core::State().NewMessageFlag = true;
-  if (uint64_t{info->firstBlock} + 1 < kFirstPlausibleBlock) info->firstBlock = state.LastChainEnd;
-  return CopyChain(file, info->firstBlock);
+  return CopyChain(file, FirstBlock(file, *info));
 }
 
 }  // namespace

@@ -143,6 +143,23 @@ TEST_F(DbxRead, ASmallFourthEntryMeansAWordBehindTheTimestamp) {
   EXPECT_EQ(FileOf("far away"), message.text);
 }
 
+TEST_F(DbxRead, ATimestampFoundInTheWrongPlaceDoesNotLoseTheText) {
+  MessageStoreBuilder store;
+  store.Image().PadTo(1U << 24);
+  IndexedMessage message = Letter("misdated");
+  // The low half of this time, behind the last index entry, is the high half of a time of 2004.
+  uint64_t time = testing::ToFileTime(message.date) >> 32 << 32 | 0x01C4D400;
+  message.date = DateTime::FromSeconds(static_cast<int64_t>(time / 10'000'000) - 11'644'473'600);
+  message.fraction = static_cast<uint32_t>(time % 10'000'000);
+  MessagePlaces places = store.AddMessage(message);
+  store.Finish();
+  ByteReader reader(WriteTemp("far.dbx", store.Bytes()));
+  size_t found = FindInfoDate(reader, places.info, store.Bytes()[places.info + 10]);
+  ASSERT_EQ(places.info + 12 + found, places.date - 4);
+  ReadMessageTree(folder_.File("far.dbx"), kMsgToFiles, {"Inbox", "", "ann"});
+  EXPECT_EQ(FileOf("misdated"), message.text);
+}
+
 TEST_F(DbxRead, DatesOutside1990To2009AreNotFound) {
   struct Row {
     const char* what;
