@@ -14,8 +14,8 @@ namespace tarnwick::intake {
 // True when a message with this key is stored or was ignored; an empty key gives false.
 bool IsEmailExist(const std::string& key);
 
-// True when the message may be stored. May ask the person, and then obeys the answer: a rule for the
-// sender, the message ignored for good, everything accepted for the rest of the run, or the run
+// True when the message may be stored. May ask the person, and then obeys the answer: a rule for
+// the sender, the message ignored for good, everything accepted for the rest of the run, or the run
 // stopped.
 bool IsMessageAccepted(const MailMessage& message);
 

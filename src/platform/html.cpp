@@ -67,6 +67,22 @@ size_t CopyTag(std::string_view html, size_t position, std::string& out) {
   return position;
 }
 
+// Copies a comment or document type and drops any other "<!": word processors write <![if ...]>,
+// which the parser would take for text.
+size_t PassDeclaration(std::string_view html, size_t position, std::string& out) {
+  bool isComment = html.substr(position, 4) == "<!--";
+  size_t end = isComment ? html.find("-->", position + 2) : html.find('>', position);
+  end = end == std::string_view::npos ? html.size() : end + (isComment ? 3 : 1);
+  constexpr size_t kTypeLength = 9;
+  if (isComment || AsciiUpper(html.substr(position, kTypeLength)) == "<!DOCTYPE") {
+    out.append(html, position, end - position);
+  } else if (end == html.size() && html.back() != '>') {
+    out += "&lt;";
+    return position + 1;
+  }
+  return end;
+}
+
 // The document without what the parser can't take in linear time, and without NULs, which would end
 // it.
 std::string Tame(std::string_view html) {
@@ -81,6 +97,10 @@ std::string Tame(std::string_view html) {
       }
       out.append(html, position);
       break;
+    }
+    if (html.substr(position, 2) == "<!") {
+      position = PassDeclaration(html, position, out);
+      continue;
     }
     size_t end = html.find('<', position + 1);
     if (end == std::string_view::npos) end = html.size();

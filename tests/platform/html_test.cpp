@@ -36,6 +36,8 @@ TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
       {"references of windows-1252", "&#150;&#147;&#148;&#128;", "–“”€"},
       {"scripts and styles", "a<script>if (a<b) x='</p>';</script><style>p {}</style>b", "ab"},
       {"comments", "a<!-- <p>no</p> -->b", "ab"},
+      {"conditional comments", "a<!--[if mso]><p>no<![endif]-->b<![if !x]>c<![endif]>d", "abcd"},
+      {"declaration without an end", "a<!b", "a<!b"},
       {"hidden by attribute", "a<span hidden>no</span>b", "ab"},
       {"hidden by style", "a<div style='DISPLAY : none'>no<b>no</b></div>b", "ab"},
       {"a script's title is none", "a<iframe>no</iframe>b", "ab"},

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/header_parser.h"
+
+#include <array>
+#include <utility>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/header_block.h"
+#include "intake/line_cursor.h"
+#include "intake/message_draft.h"
+#include "intake/mime_body.h"
+#include "intake/sender_rules.h"
+#include "intake/store_message.h"
+#include "platform/charset.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+struct IntakeState {
+  Outcome lastOutcome = Outcome::kNone;
+};
+
+IntakeState& State() {
+  static IntakeState state;
+  return state;
+}
+
+constexpr const char* kSentItems = "Sent Items";
+constexpr const char* kInbox = "Inbox";
+
+// Stands for the subject of a letter without one whose recipients are all hidden: with neither
+// subject nor correspondent it would not be told from a file that is no message.
+constexpr const char* kNoSubject = "no subject";
+
+void SetDirection(bool (*isFromMe)(const std::string&), MailMessage& message) {
+  using core::ContainsIgnoringCase;
+  if (message.Folder == kSentItems || ContainsIgnoringCase(message.Parent, kSentItems)) {
+    message.Direction = "Out";
+  } else if (message.Folder == kInbox || ContainsIgnoringCase(message.Parent, kInbox)) {
+    message.Direction = "In";
+  } else {
+    bool isMine = isFromMe != nullptr && isFromMe(message.FromAddress);
+    message.Direction = isMine ? "Out" : "In";
+  }
+}
+
+void SetCorrespondent(MailMessage& message) {
+  if (message.Direction == "In") {
+    message.FromToAddress = message.FromAddress;
+    message.FromToName = message.FromName;
+  } else if (message.ToCount > 0) {
+    message.FromToAddress = message.To[0].Address;
+    message.FromToName = message.To[0].Name;
+  }
+}
+
+bool Stop(Outcome outcome) {
+  SetLastOutcome(outcome);
+  return false;
+}
+
+}  // namespace
+
+Outcome LastOutcome() {
+  return State().lastOutcome;
+}
+
+void SetLastOutcome(Outcome outcome) {
+  State().lastOutcome = outcome;
+}
+
+HeaderCode ClassifyHeader(std::string& line) {
+  static constexpr std::array<std::pair<std::string_view, HeaderCode>, 16> kKeys = {{
+      {"subject", HeaderCode::kSubject},
+      {"date", HeaderCode::kDate},
+      {"sent", HeaderCode::kDate},
+      {"message-id", HeaderCode::kMessageId},
+      {"reference", HeaderCode::kMessageId},
+      {"references", HeaderCode::kMessageId},
+      {"to", HeaderCode::kTo},
+      {"from", HeaderCode::kFrom},
+      {"importance", HeaderCode::kImportance},
+      {"ix-msmail-priority", HeaderCode::kImportance},
+      {"status", HeaderCode::kImportance},
+      {"content-type", HeaderCode::kContentType},
+      {"cc", HeaderCode::kCc},
+      {"bcc", HeaderCode::kBcc},
+      {"comment", HeaderCode::kComment},
+      {"received", HeaderCode::kReceived},
+  }};
+  constexpr size_t kLongestKey = 18;
+  size_t colon = line.find(':');
+  size_t length = colon == std::string::npos ? line.size() : colon;
+  if (length == 0 || length > kLongestKey) return HeaderCode::kOther;
+  std::string key = platform::AsciiLower(std::string_view(line).substr(0, length));
+  for (const auto& [name, code] : kKeys) {
+    if (key != name) continue;
+    line = colon == std::string::npos ? std::string()
+                                      : core::CleanTrim(std::string_view(line).substr(colon + 1));
+    return code;
+  }
+  return HeaderCode::kOther;
+}
+
+AddressPair SplitAddress(std::string_view text) {
+  AddressPair pair{kNoName, kNoAddress};
+  if (text.empty()) return pair;
+  std::string clean = core::CleanTrim(text);
+  size_t at = clean.find('@');
+  if (at == std::string::npos) {
+    pair.Name = clean;
+  } else {
+    size_t before = clean.find_last_of(" <", at);
+    size_t after = clean.find_first_of(" <", at);
+    if (before != std::string::npos) {
+      pair.Address = clean.substr(before + 1);
+      pair.Name = clean.substr(0, before);
+    } else if (after != std::string::npos) {
+      pair.Address = clean.substr(0, after);
+      pair.Name = clean.substr(after + 1);
+    } else {
+      pair.Address = pair.Name = clean;
+    }
+    pair.Address = core::Unquote(core::Unquote(pair.Address));
+    pair.Name = core::Unquote(core::Unquote(pair.Name));
+  }
+  if (pair.Name.empty() || pair.Name == "-") pair.Name = pair.Address;
+  if (pair.Name.empty()) pair.Name = kNoName;
+  if (pair.Address.empty()) pair.Address = kNoAddress;
+  return pair;
+}
+
+bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
+                      bool (*isFromMe)(const std::string& address), MailMessage& message) {
+  std::string key = std::move(message.MessageKey);
+  message = MailMessage();
+  LineCursor cursor(messageFile);
+  MessageDraft draft;
+  HeaderBlock headers(cursor, draft, message);
+  headers.Read();
+  if (message.IsMultipart != 0) {
+    TakeMultipartBody(cursor, draft);
+  } else {
+    obxTakeBodyWithoutContent(cursor, headers.Content(), draft);
+  }
+  FinishDraft(draft, message);
+  message.Folder = source.folder;
+  message.Parent = source.parent;
+  message.Application = source.application;
+  SetDirection(isFromMe, message);
+  SetCorrespondent(message);
+  if (!key.empty() && headers.HasSender() && message.FromToAddress.empty() &&
+      message.Subject.empty()) {
+    message.Subject = kNoSubject;
+  }
+  if (key.empty()) key = message.Subject + "_" + message.SentTime.ToKeyText();
+  message.MessageKey = std::move(key);
+  return !message.FromToAddress.empty() || !message.Subject.empty();
+}
+
+bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
+                     const std::string& identity, const std::string& entryKey) {
+  if (core::State().StopFlag) return Stop(Outcome::kStopped);
+  SetLastOutcome(Outcome::kUnreadable);
+  auto known = [](const std::string& key) {
+    return IsMessageIgnored(key) ? Outcome::kIgnored : Outcome::kAlreadyStored;
+  };
+  return core::Guarded("dbxParseMessage", false, [&] {
+    if (IsEmailExist(entryKey)) return Stop(known(entryKey));
+    MailMessage message;
+    message.MessageKey = entryKey;
+    if (!ParseMessageFile(messageFile, source, IsFromMe, message)) {
+      core::ShowRepeatedMessage("Invalid message", "Message format is invalid.");
+      return Stop(Outcome::kUnreadable);
+    }
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
+    core::YieldEvents();
+    if (entryKey.empty() && IsEmailExist(message.MessageKey)) {
+      return Stop(known(message.MessageKey));
+    }
+    if (message.Encoding.empty()) message.Encoding = "NOT";
+    dbSaveMesage(messageFile, message, source.application, 0, identity);
+    return true;
+  });
+}
+
+}  // namespace tarnwick::intake

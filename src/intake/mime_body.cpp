@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/mime_body.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "core/text.h"
+#include "intake/inline_file.h"
+#include "intake/transfer_decoding.h"
+#include "platform/charset.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+bool IsBlankLine(std::string_view line) {
+  return line.find_first_not_of(' ') == std::string_view::npos;
+}
+
+bool BeginsWithContent(const std::string& line) {
+  return platform::AsciiLower(core::Trim(line).substr(0, 8)) == "content-";
+}
+
+bool EndsPart(std::string_view line, const MessageDraft& draft) {
+  return BeginsWithContentType(line) || HoldsBoundary(line, draft);
+}
+
+// "--boundary--": the last of its container; no part follows.
+bool IsClosing(std::string_view line, const MessageDraft& draft) {
+  std::string_view longest;
+  for (const std::string& boundary : draft.boundaries) {
+    if (boundary.size() > longest.size() && line.find(boundary) != std::string_view::npos) {
+      longest = boundary;
+    }
+  }
+  std::string_view rest = line.substr(line.find(longest) + longest.size());
+  return core::BeginsWith(rest, "--");
+}
+
+// True for what may stand in a header block: a name and a colon, or more of the line before.
+bool LooksLikeHeader(const std::string& line) {
+  if (IsFolded(line)) return true;
+  size_t colon = line.find(':');
+  if (colon == std::string::npos || colon == 0) return false;
+  return std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(colon),
+                     [](char c) { return c > ' ' && c < 0x7F; });
+}
+
+// Reads the headers of a part that follows a boundary, to the empty line behind them and past it.
+// Lines that belong to no header of a part are passed over, but where no empty line ends the block
+// they were text and are given back.
+void ReadPartHeaders(LineCursor& cursor, const MessageDraft& draft, PartDescription& part) {
+  std::vector<std::string> others;
+  while (cursor.HasLine()) {
+    std::string& line = cursor.Line();
+    if (IsBlankLine(line)) {
+      cursor.Next();
+      return;
+    }
+    // A nested container's boundary may begin with the outer one.
+    bool isBoundary = HoldsBoundary(line, draft) && !BeginsWithContent(line);
+    if (isBoundary || !LooksLikeHeader(line)) break;
+    std::string header = TakeFolded(cursor);
+    if (ReadContentHeader(header, part)) {
+      // A container's boundary counts at once: the next line may hold it.
+      if (part.type == PartKind::kContainer && !part.boundary.empty()) return;
+    } else {
+      others.push_back(std::move(header));
+    }
+  }
+  cursor.GiveBack(std::move(others));
+}
+
+// Reads what follows a "content-type" line in the middle of things: only lines of its kind are
+// headers, whatever else comes is text already.
+void ReadContentLines(LineCursor& cursor, PartDescription& part) {
+  while (cursor.HasLine() && BeginsWithContent(cursor.Line())) {
+    std::string header = TakeFolded(cursor);
+    if (ReadContentHeader(header, part) || !BeginsWithContentType(header)) continue;
+    cursor.GiveBack({header});  // no header, though it begins like one
+    part.type = PartKind::kUndeclared;
+    return;
+  }
+  if (cursor.HasLine() && IsBlankLine(cursor.Line())) cursor.Next();
+}
+
+// The charset that an HTML document declares for itself, from its first bytes.
+std::string CharsetOfHtml(std::string_view html) {
+  constexpr size_t kHeadLength = 2048;
+  constexpr std::string_view kWord = "charset=";
+  std::string head = platform::AsciiLower(html.substr(0, kHeadLength));
+  size_t at = head.find(kWord);
+  if (at == std::string::npos) return "";
+  std::string_view rest = std::string_view(head).substr(at + kWord.size());
+  while (!rest.empty() && (rest[0] == '"' || rest[0] == '\'' || rest[0] == ' ')) {
+    rest.remove_prefix(1);
+  }
+  std::string name(rest.substr(0, rest.find_first_of("\"' />;")));
+  return platform::IsKnownCharset(name) ? name : std::string();
+}
+
+// Puts a decoded text or HTML part where it belongs, and takes from its description what concerns
+// the whole message.
+void AddText(std::string bytes, bool isHtml, const PartDescription& part, MessageDraft& draft) {
+  std::string charset = part.charset;
+  if (isHtml && !ClaimsBytes(charset)) {
+    std::string own = CharsetOfHtml(bytes);
+    // What calls itself UTF-16 in bytes that could be read this far is not.
+    if (!own.empty() && !core::BeginsWith(own, "utf-16")) charset = own;
+  }
+  if (isHtml) draft.htmlCharset = charset;
+  if (!charset.empty()) draft.charset = charset;
+  if (!part.encoding.empty()) draft.encoding = part.encoding;
+  if (draft.headerCharset.empty() && ClaimsBytes(charset)) draft.headerCharset = charset;
+  draft.hasTextPart = true;
+  MixedText& target = isHtml ? draft.html : draft.body;
+  if (!target.Empty() && !target.EndsLine()) target.AppendRaw("\r\n");
+  target.AppendIn(bytes, charset);
+}
+
+void TakeTextPart(LineCursor& cursor, const PartDescription& part, MessageDraft& draft) {
+  BodyDecoder decoder(part.encoding);
+  for (; cursor.HasLine() && !EndsPart(cursor.Line(), draft); cursor.Next()) {
+    bool isFirst = draft.body.Empty() && decoder.Empty();
+    if (!isFirst || !IsBlankLine(cursor.Line())) decoder.Line(cursor.Line());
+  }
+  AddText(decoder.Take(), false, part, draft);
+}
+
+void TakeHtmlPart(LineCursor& cursor, const PartDescription& part, MessageDraft& draft) {
+  BodyDecoder decoder(part.encoding);
+  for (; cursor.HasLine(); cursor.Next()) {
+    const std::string& line = cursor.Line();
+    // A mailer that forgets the line end between the two must not lose the document's end.
+    if (EndsPart(line, draft) && !core::ContainsIgnoringCase(line, "</html>")) break;
+    bool isFirst = draft.html.Empty() && decoder.Empty();
+    if (!isFirst || !IsBlankLine(line)) decoder.Line(line);
+  }
+  AddText(decoder.Take(), true, part, draft);
+}
+
+void TakePart(LineCursor& cursor, const PartDescription& part, MessageDraft& draft) {
+  switch (part.Kind()) {
+    case PartKind::kUndeclared:
+    case PartKind::kText:
+      TakeTextPart(cursor, part, draft);
+      break;
+    case PartKind::kHtml:
+      TakeHtmlPart(cursor, part, draft);
+      break;
+    case PartKind::kAttachment:
+      draft.AddAttachment(part.fileName);
+      break;
+    case PartKind::kOther:
+      // Better an odd text than none.
+      if (part.isUnknownText && draft.body.Empty()) TakeTextPart(cursor, part, draft);
+      break;
+    case PartKind::kContainer:
+      draft.AddBoundary(part.boundary);
+      break;
+  }
+}
+
+// Passes over lines to the next that begins a part; an attached message's own transfer encoding,
+// which may stand before its content type, is kept in encoding.
+void SkipToPart(LineCursor& cursor, const MessageDraft& draft, std::string& encoding) {
+  encoding.clear();
+  for (; cursor.HasLine() && !EndsPart(cursor.Line(), draft); cursor.Next()) {
+    const std::string& line = cursor.Line();
+    if (line.empty()) {
+      encoding.clear();
+    } else if (line[0] == 'C' || line[0] == 'c') {
+      PartDescription header;
+      if (ReadContentHeader(line, header) && !header.encoding.empty()) encoding = header.encoding;
+    }
+  }
+}
+
+// The single body's text, with the files that stand in it.
+void TakeTextBody(LineCursor& cursor, const PartDescription& header, MessageDraft& draft) {
+  BodyDecoder decoder(header.encoding);
+  while (cursor.HasLine()) {
+    if (decoder.IsPlain() && TakeInlineFile(cursor, draft, [&decoder](std::string_view line) {
+          if (!decoder.Empty() || !IsBlankLine(line)) decoder.Line(line);
+        })) {
+      continue;
+    }
+    const std::string& line = cursor.Line();
+    if (!decoder.Empty() || !IsBlankLine(line)) decoder.Line(line);
+    cursor.Next();
+  }
+  AddText(decoder.Take(), false, header, draft);
+}
+
+}  // namespace
+
+std::string TakeFolded(LineCursor& cursor) {
+  std::string header = std::move(cursor.Line());
+  for (cursor.Next(); cursor.HasLine() && IsFolded(cursor.Line()); cursor.Next()) {
+    std::string_view more = cursor.Line();
+    more.remove_prefix(std::min(more.find_first_not_of(" \t"), more.size()));
+    header += ' ';
+    header += more;
+  }
+  return header;
+}
+
+bool HoldsBoundary(std::string_view line, const MessageDraft& draft) {
+  for (const std::string& boundary : draft.boundaries) {
+    if (line.size() >= boundary.size() && line.find(boundary) != std::string_view::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft) {
+  for (;;) {
+    PartDescription part;
+    SkipToPart(cursor, draft, part.encoding);
+    if (!cursor.HasLine()) return;
+    if (BeginsWithContentType(cursor.Line())) {
+      if (part.encoding.empty()) {
+        ReadContentLines(cursor, part);
+      } else {
+        ReadPartHeaders(cursor, draft, part);
+      }
+    } else {
+      bool isClosing = IsClosing(cursor.Line(), draft);
+      cursor.Next();
+      if (isClosing) continue;
+      ReadPartHeaders(cursor, draft, part);
+    }
+    TakePart(cursor, part, draft);
+  }
+}
+
+void obxTakeBodyWithoutContent(LineCursor& cursor, const PartDescription& header,
+                               MessageDraft& draft) {
+  if (header.Kind() == PartKind::kAttachment) {
+    draft.AddAttachment(header.fileName);
+    bool isText = header.type == PartKind::kText || header.type == PartKind::kUndeclared;
+    char letter = header.encoding.empty() ? '7' : header.encoding[0];
+    // An encoded file is no text; one that lies open may be.
+    if (!isText && (letter == 'b' || letter == 'B')) return;
+  }
+  if (header.type == PartKind::kHtml) {
+    TakeHtmlPart(cursor, header, draft);
+  } else {
+    TakeTextBody(cursor, header, draft);
+  }
+}
+
+}  // namespace tarnwick::intake

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/transfer_decoding.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "platform/charset.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+constexpr uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<uint8_t, 256> MakeBase64Table() {
+  constexpr std::string_view kAlphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::array<uint8_t, 256> table{};
+  for (uint8_t& value : table) value = kNoDigit;
+  for (size_t i = 0; i < kAlphabet.size(); ++i) {
+    table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<uint8_t>(i);
+  }
+  return table;
+}
+constexpr std::array<uint8_t, 256> kBase64 = MakeBase64Table();
+
+uint32_t Base64Value(char c) {
+  uint8_t value = kBase64[static_cast<unsigned char>(c)];
+  return value == kNoDigit ? 0 : value;
+}
+
+// Appends the first count bytes of four characters.
+void AppendQuad(std::string& out, const char* quad, size_t count) {
+  uint32_t bits = Base64Value(quad[0]) << 18 | Base64Value(quad[1]) << 12 |
+                  Base64Value(quad[2]) << 6 | Base64Value(quad[3]);
+  const char bytes[3] = {static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                         static_cast<char>(bits)};
+  out.append(bytes, count);
+}
+
+// Decodes the whole fours of text and gives what is left over.
+std::string_view DecodeFours(std::string_view text, std::string& out) {
+  while (text.size() >= 4) {
+    AppendQuad(out, text.data(), 3);
+    text.remove_prefix(4);
+  }
+  return text;
+}
+
+void DecodeRest(std::string_view rest, std::string& out) {
+  if (rest.empty()) return;
+  char quad[4] = {};
+  std::copy(rest.begin(), rest.end(), quad);
+  AppendQuad(out, quad, rest.size() == 3 ? 2 : 1);
+}
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+void DecodeEscapes(std::string_view text, bool underscoreIsBlank, std::string& out) {
+  out.reserve(out.size() + text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == '_' && underscoreIsBlank) {
+      out += ' ';
+    } else if (c == '=' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 &&
+               HexValue(text[i + 2]) >= 0) {
+      out += static_cast<char>(HexValue(text[i + 1]) * 16 + HexValue(text[i + 2]));
+      i += 2;
+    } else {
+      out += c;
+    }
+  }
+}
+
+std::string_view TrimEnd(std::string_view line) {
+  while (!line.empty() && (line.back() == ' ' || line.back() == '\t' || line.back() == '\r')) {
+    line.remove_suffix(1);
+  }
+  return line;
+}
+
+// A line of plain words has blanks between them; a damaged line of base64 has few strange
+// characters.
+bool LooksLikeBase64(std::string_view line) {
+  size_t strange = 0;
+  for (char c : line) {
+    if (c == ' ') return false;
+    if (c != '=' && kBase64[static_cast<unsigned char>(c)] == kNoDigit) ++strange;
+  }
+  return strange * 4 <= line.size();
+}
+
+}  // namespace
+
+std::string DecodeBase64(std::string_view text) {
+  std::string clean(text);
+  std::erase(clean, '=');
+  if (clean.size() >= 2 && clean.compare(clean.size() - 2, 2, "\r\n") == 0) {
+    clean.resize(clean.size() - 2);
+  }
+  std::string out;
+  out.reserve(clean.size() / 4 * 3 + 2);
+  DecodeRest(DecodeFours(clean, out), out);
+  return out;
+}
+
+std::string DecodeQ(std::string_view text) {
+  std::string out;
+  DecodeEscapes(text, true, out);
+  return out;
+}
+
+std::string DecodeByLetter(std::string_view text, char letter) {
+  if (letter == 'B' || letter == 'b') return DecodeBase64(text);
+  if (letter == 'Q' || letter == 'q') return DecodeQ(text);
+  return std::string(text);
+}
+
+BodyDecoder::BodyDecoder(std::string_view encoding) {
+  if (encoding.empty()) return;
+  char letter = encoding.front();
+  // "binary" shares its letter with base64 and means that nothing is encoded.
+  bool isBinary = platform::AsciiLower(encoding.substr(0, 3)) == "bin";
+  if ((letter == 'b' || letter == 'B') && !isBinary) kind_ = Kind::kBase64;
+  if (letter == 'q' || letter == 'Q') kind_ = Kind::kQuotedPrintable;
+}
+
+void BodyDecoder::Line(std::string_view line) {
+  switch (kind_) {
+    case Kind::kPlain:
+      bytes_ += line;
+      bytes_ += "\r\n";
+      break;
+    case Kind::kBase64:
+      Base64Line(line);
+      break;
+    case Kind::kQuotedPrintable:
+      QuotedLine(line);
+      break;
+  }
+}
+
+void BodyDecoder::FlushBase64() {
+  DecodeRest(carry_, bytes_);
+  carry_.clear();
+}
+
+void BodyDecoder::Base64Line(std::string_view line) {
+  line = TrimEnd(line);
+  while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+  if (!LooksLikeBase64(line)) {
+    FlushBase64();
+    if (!bytes_.empty() && bytes_.back() != '\n') bytes_ += "\r\n";
+    bytes_ += line;
+    bytes_ += "\r\n";
+    return;
+  }
+  bool isPadded = line.find('=') != std::string_view::npos;
+  if (!isPadded && carry_.empty()) {
+    carry_ = DecodeFours(line, bytes_);
+    return;
+  }
+  std::string clean = carry_ + std::string(line);
+  std::erase(clean, '=');
+  carry_ = DecodeFours(clean, bytes_);
+  if (isPadded) FlushBase64();
+}
+
+void BodyDecoder::QuotedLine(std::string_view line) {
+  line = TrimEnd(line);
+  bool isSoft = !line.empty() && line.back() == '=';
+  if (isSoft) line.remove_suffix(1);
+  DecodeEscapes(line, false, bytes_);
+  if (!isSoft) bytes_ += "\r\n";
+}
+
+std::string BodyDecoder::Take() {
+  FlushBase64();
+  return std::move(bytes_);
+}
+
+}  // namespace tarnwick::intake
