@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Files that a message carries inside its text.
+// Files that stand inside a message's text, written out.
 #pragma once
 
 #include <string>
@@ -9,12 +9,9 @@
 
 namespace tarnwick::intake {
 
-// Writes the bytes to a file of EmailFileFolder, under the name made safe and unique, whatever the
-// message calls it; "attachment" where nothing of the name is left. Gives the path. Throws Error.
-std::string MakeAttachFile(std::string_view name, std::string_view bytes);
-
-// Removes the files that MakeAttachFile wrote since the last call. The raw message holds their
-// bytes; a load of many would fill the disk with copies.
-void RemoveAttachFiles();
+// Writes the bytes to a new file in EmailFileFolder, named as the message calls it as far as that
+// is safe, numbered where the name is taken. Gives the path; "" when there is no such folder or the
+// file can't be written, which is logged.
+std::string MakeAttachFile(const std::string& declaredName, std::string_view bytes);
 
 }  // namespace tarnwick::intake

@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/date_parser.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "core/guard.h"
@@ -19,201 +21,292 @@ namespace tarnwick::intake {
 namespace {
 
 constexpr size_t kMaxTokens = 10;
-constexpr std::array<std::string_view, 12> kMonths = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
-                                                      "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
+constexpr double kLargestShort = 32767;  // years and zones are 16-bit numbers
 
-// A sign, digits, and digits behind a point: what counts as a number in a date.
-bool IsNumeric(std::string_view token) {
-  if (!token.empty() && (token[0] == '+' || token[0] == '-')) token.remove_prefix(1);
-  bool digits = false;
-  bool point = false;
-  for (char c : token) {
-    if (c >= '0' && c <= '9') {
-      digits = true;
-    } else if (c == '.' && !point) {
-      point = true;
-    } else {
-      return false;
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The value of a number: digits with at most one "." among them, a sign before them allowed.
+std::optional<double> NumberOf(std::string_view token) {
+  std::string_view digits = token;
+  bool isNegative = false;
+  if (!digits.empty() && (digits[0] == '+' || digits[0] == '-')) {
+    isNegative = digits[0] == '-';
+    digits.remove_prefix(1);
+  }
+  bool hasDigit = false;
+  int points = 0;
+  for (char c : digits) {
+    if (IsDigit(c)) {
+      hasDigit = true;
+    } else if (c != '.' || ++points > 1) {
+      return std::nullopt;
     }
   }
-  return digits;
+  if (!hasDigit) return std::nullopt;
+  double value = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
+  return isNegative ? -value : value;
 }
 
-double NumberOf(const std::string& token) {
-  return std::strtod(token.c_str(), nullptr);
+std::optional<double> UnsignedNumberOf(std::string_view token) {
+  if (!token.empty() && (token[0] == '+' || token[0] == '-')) return std::nullopt;
+  return NumberOf(token);
 }
 
-bool IsUnsignedNumber(const std::string& token) {
-  return IsNumeric(token) && token[0] != '+' && token[0] != '-';
+// The nearest whole number, halves to even.
+int RoundShort(double value) {
+  double rounded = std::nearbyint(value);
+  if (std::abs(rounded) > kLargestShort) throw Error(ErrorNumber::kTypeMismatch, "Overflow");
+  return static_cast<int>(rounded);
 }
 
-// To the nearest whole number, halves to even.
-int64_t RoundHalfEven(double value) {
-  double lower = std::floor(value);
-  double rest = value - lower;
-  bool up = rest > 0.5 || (rest == 0.5 && std::fmod(lower, 2.0) != 0.0);
-  return static_cast<int64_t>(lower) + (up ? 1 : 0);
+struct Clock {
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+};
+
+// One or two digits from position on.
+std::optional<int> ReadPart(std::string_view text, size_t& position) {
+  int value = 0;
+  size_t start = position;
+  while (position < text.size() && position - start < 2 && IsDigit(text[position])) {
+    value = value * 10 + (text[position++] - '0');
+  }
+  if (position == start) return std::nullopt;
+  return value;
 }
 
-class DateTokens {
+// "h:mm", "h:mm:ss", a fraction of the second dropped, "AM" or "PM" behind it.
+std::optional<Clock> ReadClock(std::string_view text) {
+  Clock clock;
+  size_t position = 0;
+  auto hour = ReadPart(text, position);
+  if (!hour || position >= text.size() || text[position++] != ':') return std::nullopt;
+  auto minute = ReadPart(text, position);
+  if (!minute) return std::nullopt;
+  clock.hour = *hour;
+  clock.minute = *minute;
+  if (position < text.size() && text[position] == ':') {
+    auto second = ReadPart(text, ++position);
+    if (!second) return std::nullopt;
+    clock.second = *second;
+    if (position + 1 < text.size() && text[position] == '.' && IsDigit(text[position + 1])) {
+      while (++position < text.size() && IsDigit(text[position])) {
+      }
+    }
+  }
+  std::string half = platform::AsciiUpper(text.substr(position));
+  if (half == "AM" || half == "PM") {
+    if (clock.hour < 1 || clock.hour > 12) return std::nullopt;
+    clock.hour = clock.hour % 12 + (half == "PM" ? 12 : 0);
+  } else if (!half.empty()) {
+    return std::nullopt;
+  }
+  if (clock.hour > 23 || clock.minute > 59 || clock.second > 59) return std::nullopt;
+  return clock;
+}
+
+class DateText {
  public:
-  explicit DateTokens(std::string text) {
-    text = core::CleanTrim(text);
-    while (!text.empty()) {
-      text = core::Trim(text);
-      std::string token = core::CleanTrim(core::SplitFirst(text, " ", true));
-      if (!token.empty() && token.back() == ',') token.pop_back();
-      if (count_ == kMaxTokens) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
-      tokens_[++count_] = token;
-      if (token.find(':') != std::string::npos) timePosition_ = count_;
-    }
-    if (timePosition_ == 0) {
-      if (count_ == kMaxTokens) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
-      tokens_[++count_] = "12:00:00";
-      timePosition_ = count_;
-      tokens_[count_ + 1] = "0";
+  explicit DateText(std::string_view text) {
+    SplitTokens(text);
+    if (time_ == kNone) {
+      // No time: noon, and the place behind it says that there is no zone either.
+      Add("12:00:00");
+      time_ = count_ - 1;
+      zoneBehindTime_ = "0";
+    } else if (time_ + 1 < count_) {
+      behindTime_ = time_ + 1;
     }
   }
 
-  int TakeYear(int today) {
-    for (size_t i = 1; i <= count_; ++i) {
-      if (IsUnsignedNumber(tokens_[i]) && NumberOf(tokens_[i]) >= 1900) return Take<int>(i);
-    }
-    std::string& before = tokens_[timePosition_ - 1];
-    if (timePosition_ > 1 && IsNumeric(before) && NumberOf(before) <= today) {
-      return Take<int>(timePosition_ - 1);
-    }
-    return today;
+  DateTime TakeDate() {
+    CivilTime today = platform::Now().ToCivil();
+    int year = TakeYear(today.year);
+    int month = TakeMonth(today.month);
+    int day = TakeDay(today.day);
+    TakeZone();
+    return DateTime::FromDate(year, month, day);
   }
 
-  int TakeMonth(int today) {
-    for (size_t i = 1; i <= count_; ++i) {
-      int month = MonthNumber(tokens_[i]);
+  // Takes what it finds.
+  bool NamesDate() {
+    constexpr int kNotFound = 0;
+    return TakeYear(kNotFound) != kNotFound || TakeMonth(kNotFound) != kNotFound ||
+           TakeDay(kNotFound) != kNotFound;
+  }
+
+  // After TakeDate; not yet cleaned.
+  std::string_view Zone() const {
+    if (!zone_.empty()) return zone_;
+    return behindTime_ == kNone ? zoneBehindTime_ : tokens_[behindTime_];
+  }
+  std::string_view Time() const { return tokens_[time_]; }
+
+ private:
+  static constexpr size_t kNone = kMaxTokens;
+
+  void Add(std::string_view token) {
+    if (count_ == kMaxTokens) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
+    tokens_[count_++] = token;
+  }
+
+  void SplitTokens(std::string_view text) {
+    for (text = core::Trim(text); !text.empty(); text = core::Trim(text)) {
+      std::string_view token = text.substr(0, text.find(' '));
+      text.remove_prefix(token.size());
+      if (token.back() == ',') token.remove_suffix(1);
+      Add(token);
+      if (token.find(':') != std::string_view::npos) time_ = count_ - 1;
+    }
+  }
+
+  int TakeYear(int thisYear) {
+    constexpr double kFirstYear = 1900;
+    for (size_t i = 0; i < count_; ++i) {
+      auto value = UnsignedNumberOf(tokens_[i]);
+      if (value && *value >= kFirstYear) {
+        tokens_[i] = {};
+        return RoundShort(*value);
+      }
+    }
+    if (time_ > 0) {
+      std::string_view& token = tokens_[time_ - 1];
+      auto value = NumberOf(token);
+      if (value && *value <= thisYear) {
+        token = {};
+        return RoundShort(*value);
+      }
+    }
+    return thisYear;
+  }
+
+  int TakeMonth(int thisMonth) {
+    for (size_t i = 0; i < count_; ++i) {
+      int month = MonthNumber(std::string(tokens_[i]));
       if (month == 0) continue;
-      tokens_[i].clear();
+      tokens_[i] = {};
       return month;
     }
-    return today;
+    return thisMonth;
   }
 
   int TakeDay(int today) {
-    for (size_t i = 1; i <= count_; ++i) {
-      if (!IsUnsignedNumber(tokens_[i])) continue;
-      double value = NumberOf(tokens_[i]);
-      if (value >= 1 && value <= 31) return Take<int>(i);
+    constexpr double kLastDay = 31;
+    for (size_t i = 0; i < count_; ++i) {
+      auto value = UnsignedNumberOf(tokens_[i]);
+      if (!value || *value < 1 || *value > kLastDay) continue;
+      tokens_[i] = {};
+      return RoundShort(*value);
     }
     return today;
   }
 
-  std::string TakeZone() {
-    for (size_t i = 1; i <= count_; ++i) {
-      const std::string& token = tokens_[i];
+  void TakeZone() {
+    for (size_t i = 0; i < count_; ++i) {
+      std::string_view token = tokens_[i];
       if (token.empty()) continue;
-      if ((token[0] == '+' && IsNumeric(token)) || token[0] == '-') {
-        return std::exchange(tokens_[i], {});
-      }
+      if (token[0] != '-' && (token[0] != '+' || !NumberOf(token))) continue;
+      zone_ = token;
+      tokens_[i] = {};
+      return;
     }
-    return {};
   }
 
-  const std::string& TimeToken() const { return tokens_[timePosition_]; }
-  const std::string& TokenAfterTime() const { return tokens_[timePosition_ + 1]; }
-
- private:
-  // The token's whole number; a 16-bit one is all that a year, month or day may be.
-  template <typename Number>
-  Number Take(size_t position) {
-    double value = NumberOf(std::exchange(tokens_[position], {}));
-    if (value > INT16_MAX || value < INT16_MIN) throw Error(6, "Overflow");
-    return static_cast<Number>(RoundHalfEven(value));
-  }
-
-  // Counted from 1; one behind the last for the zone that goes with a missing time.
-  std::array<std::string, kMaxTokens + 3> tokens_;
+  std::array<std::string_view, kMaxTokens> tokens_;
   size_t count_ = 0;
-  size_t timePosition_ = 0;
+  size_t time_ = kNone;
+  size_t behindTime_ = kNone;
+  std::string_view zone_;
+  std::string_view zoneBehindTime_;
 };
 
-DateTime WithTimeText(DateTime date, const std::string& text) {
-  auto time = DateTime::FromIso("2000-01-01 " + text);
-  // One digit more or less, or a fraction, is no time; a time without seconds is one.
-  if (!time) throw Error(ErrorNumber::kTypeMismatch, "Type mismatch");
-  CivilTime civil = time->ToCivil();
-  return date.WithTime(civil.hour, civil.minute, civil.second);
-}
-
-// The zone token without the sign that some programs put before the sign; "0" for a name.
-std::string CleanZone(std::string zone) {
-  if (IsNumeric(zone)) return zone;
+// "+-0300" becomes "-0300"; what is no number and has no such double sign becomes "0".
+std::string CleanZone(std::string_view zone) {
+  if (NumberOf(zone)) return std::string(zone);
+  auto hasDoubleSign = [](std::string_view text) {
+    return core::BeginsWith(text, "+-") || core::BeginsWith(text, "-+");
+  };
   zone = core::Trim(zone);
-  auto hasTwoSigns = [&] { return core::BeginsWith(zone, "+-") || core::BeginsWith(zone, "-+"); };
-  if (zone.size() < 3 || !hasTwoSigns()) return "0";
-  while (hasTwoSigns()) {
-    zone.erase(0, 1);
-    if (!IsNumeric(zone)) break;
+  if (zone.size() < 3 || !hasDoubleSign(zone)) return "0";
+  while (hasDoubleSign(zone)) {
+    zone.remove_prefix(1);
+    if (!NumberOf(zone)) break;
     if (zone.size() == 2) return "0";
   }
-  return zone;
+  return std::string(zone);
 }
 
-void Parse(DateTime& resultDate, std::string& timeText, std::string& zoneText,
-           const std::string& dateText, bool applyShift) {
-  CivilTime today = platform::Now().ToCivil();
-  zoneText.clear();
-  DateTokens tokens(dateText);
-  int year = tokens.TakeYear(today.year);
-  int month = tokens.TakeMonth(today.month);
-  int day = tokens.TakeDay(today.day);
-  zoneText = tokens.TakeZone();
-  resultDate = DateTime::FromDate(year, month, day);
-  if (zoneText.empty()) zoneText = tokens.TokenAfterTime();
-  timeText = tokens.TimeToken();
-  if (!timeText.empty()) resultDate = WithTimeText(resultDate, timeText);
-  zoneText = CleanZone(zoneText);
-  if (applyShift && IsNumeric(zoneText) && NumberOf(zoneText) > 0) {
-    int64_t hours = RoundHalfEven(static_cast<double>(RoundHalfEven(NumberOf(zoneText))) / 100);
-    // A zone of many digits is no zone; the calendar ends before it does.
-    constexpr int64_t kLongestShift = 1000;
-    if (hours > kLongestShift) throw Error(6, "Overflow");
-    resultDate = resultDate.AddHours(core::State().LocalZoneHours - hours);
-  }
+void Shift(DateTime& date, std::string_view zone) {
+  auto value = NumberOf(zone);
+  if (!value || *value <= 0) return;
+  int hours = RoundShort(RoundShort(*value) / 100.0);
+  date = date.AddHours(-hours).AddHours(core::State().LocalZoneHours);
+}
+
+bool EqualFirstChars(std::string_view token, std::string_view name) {
+  constexpr size_t kChars = 3;
+  std::string_view first = platform::FirstChars(name, kChars);
+  if (first.empty()) return false;
+  // Most tokens differ in their first letter, which is cheap to see where it is ASCII.
+  auto a = static_cast<unsigned char>(token[0]);
+  auto b = static_cast<unsigned char>(first[0]);
+  if (a < 0x80 && b < 0x80 && (a | 0x20) != (b | 0x20)) return false;
+  return platform::EqualIgnoringCase(platform::FirstChars(token, kChars), first);
 }
 
 }  // namespace
 
-bool NamesDate(const std::string& dateText) {
-  return core::Guarded(
-      "NamesDate", false,
-      [&] {
-        DateTokens tokens(dateText);
-        constexpr int kNotFound = 0;
-        return tokens.TakeYear(kNotFound) != kNotFound ||
-               tokens.TakeMonth(kNotFound) != kNotFound || tokens.TakeDay(kNotFound) != kNotFound;
-      },
-      core::Report::kLog);
-}
-
 int MonthNumber(const std::string& token) {
+  constexpr std::string_view kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
+                                          "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
   if (token.empty()) return 0;
-  std::string english = platform::AsciiUpper(token.substr(0, 3));
-  for (size_t i = 0; i < kMonths.size(); ++i) {
-    if (english == kMonths[i]) return static_cast<int>(i) + 1;
+  std::string first = platform::AsciiUpper(std::string_view(token).substr(0, 3));
+  for (int month = 0; month < 12; ++month) {
+    if (first == kMonths[month]) return month + 1;
   }
-  if (!platform::IsValidUtf8(token)) return 0;
-  std::string folded = platform::FoldCase(platform::FirstChars(token, 3));
-  const auto& names = core::State().LocalMonthNames;
-  for (size_t i = 0; i < names.size(); ++i) {
-    if (!names[i].empty() && folded == platform::FoldCase(platform::FirstChars(names[i], 3))) {
-      return static_cast<int>(i) + 1;
+  const auto& localNames = core::State().LocalMonthNames;
+  bool isAscii = platform::IsAscii(token);
+  std::string mended = isAscii ? std::string() : platform::EnsureUtf8(token);
+  for (size_t month = 0; month < localNames.size(); ++month) {
+    if (EqualFirstChars(isAscii ? token : mended, localNames[month])) {
+      return static_cast<int>(month) + 1;
     }
   }
   return 0;
 }
 
+bool NamesDate(const std::string& dateText) {
+  return core::Guarded(
+      "NamesDate", false, [&] { return DateText(dateText).NamesDate(); }, core::Report::kLog);
+}
+
 void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneText,
                  std::string dateText, bool applyShift) {
   core::GuardedRun(
-      "twParseDate; ", [&] { Parse(resultDate, timeText, zoneText, dateText, applyShift); },
+      "twParseDate; ",
+      [&] {
+        zoneText.clear();
+        std::replace(dateText.begin(), dateText.end(), '\t', ' ');
+        DateText text(dateText);
+        DateTime date = text.TakeDate();
+        resultDate = date;
+        zoneText = text.Zone();
+        timeText = text.Time();
+        if (!timeText.empty()) {
+          auto clock = ReadClock(timeText);
+          if (!clock) {
+            throw Error(ErrorNumber::kTypeMismatch,
+                        "Type mismatch: " + platform::EnsureUtf8(timeText));
+          }
+          resultDate = date.WithTime(clock->hour, clock->minute, clock->second);
+        }
+        zoneText = CleanZone(zoneText);
+        if (applyShift) Shift(resultDate, zoneText);
+      },
       core::Report::kLog);
 }
 

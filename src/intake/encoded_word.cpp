@@ -2,93 +2,102 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/encoded_word.h"
 
-#include <optional>
 #include <string>
 
 #include "intake/transfer_decoding.h"
-#include "platform/charset.h"
 
 namespace tarnwick::intake {
 
 namespace {
 
+constexpr std::string_view kOpen = "=?";
+constexpr std::string_view kClose = "?=";
+constexpr size_t kLongestCharset = 80;
+
 struct Word {
   std::string_view charset;
   char letter = 0;
-  std::string_view encoded;
+  std::string_view text;
   size_t end = 0;  // behind its "?="
 };
 
-// The word that begins at "=?" at position. questionMarks: the place of the last "?=" of the text,
-// so that a text full of beginnings without an end is not searched again and again.
-std::optional<Word> ReadWord(std::string_view text, size_t position, size_t lastEnd) {
-  size_t charsetEnd = text.find('?', position + 2);
-  if (charsetEnd == std::string_view::npos || charsetEnd + 2 >= text.size()) return std::nullopt;
-  if (text[charsetEnd + 2] != '?') return std::nullopt;
-  Word word;
-  word.charset = text.substr(position + 2, charsetEnd - position - 2);
-  word.letter = text[charsetEnd + 1];
-  if (std::string_view("BbQq").find(word.letter) == std::string_view::npos) return std::nullopt;
-  if (word.charset.empty() || word.charset.find(' ') != std::string_view::npos) return std::nullopt;
-  size_t begin = charsetEnd + 3;
-  if (lastEnd == std::string_view::npos || begin > lastEnd) return std::nullopt;
-  size_t end = text.find("?=", begin);
-  if (end == std::string_view::npos) return std::nullopt;
-  word.encoded = text.substr(begin, end - begin);
-  word.end = end + 2;
-  return word;
-}
-
-// Decoded bytes of one word or of several adjacent ones of the same charset.
-class Run {
+class WordFinder {
  public:
-  void Add(const Word& word, MixedText& result) {
-    if (!charset_.empty() && charset_ != word.charset) Flush(result);
-    charset_ = word.charset;
-    bytes_ += DecodeTransfer(word.encoded, word.letter);
-  }
-  bool IsOpen() const { return !charset_.empty(); }
-  void Flush(MixedText& result) {
-    if (auto text = platform::CharsetToUtf8(bytes_, charset_)) {
-      result.AppendText(*text);
-    } else {
-      result.AppendBytes(bytes_);
+  explicit WordFinder(std::string_view text) : text_(text) {}
+
+  // Reads the word whose "=?" stands at start.
+  bool Read(size_t start, Word& word) {
+    size_t charset = start + kOpen.size();
+    size_t mark = text_.substr(charset, kLongestCharset).find('?');
+    if (mark == std::string_view::npos) return false;
+    word.charset = text_.substr(charset, mark);
+    size_t letter = charset + mark + 1;
+    if (letter + 1 >= text_.size() || text_[letter] == '?' || text_[letter + 1] != '?') {
+      return false;
     }
-    bytes_.clear();
-    charset_ = {};
+    word.letter = text_[letter];
+    size_t body = letter + 2;
+    size_t close = NextClose(body);
+    if (close == std::string_view::npos) return false;
+    word.text = text_.substr(body, close - body);
+    // Another opening inside: this one was never closed.
+    if (word.text.find(kOpen) != std::string_view::npos) return false;
+    word.end = close + kClose.size();
+    return true;
+  }
+
+  // The one word of a text reaches to the last "?=".
+  void Widen(Word& word) const {
+    size_t body = static_cast<size_t>(word.text.data() - text_.data());
+    size_t last = text_.rfind(kClose);
+    word.text = text_.substr(body, last - body);
+    word.end = last + kClose.size();
   }
 
  private:
-  std::string_view charset_;
-  std::string bytes_;
+  // The next "?=" from position on; remembered, so that a thousand openings before one closing cost
+  // one search.
+  size_t NextClose(size_t position) {
+    if (close_ != std::string_view::npos && close_ < position) searched_ = false;
+    if (!searched_) {
+      close_ = text_.find(kClose, position);
+      searched_ = true;
+    }
+    return close_;
+  }
+
+  std::string_view text_;
+  bool searched_ = false;
+  size_t close_ = 0;
 };
+
+bool IsBlank(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
 
 }  // namespace
 
-MixedText Decode(std::string_view text, bool* changed) {
-  if (changed != nullptr) *changed = false;
-  MixedText result;
-  Run run;
-  size_t lastEnd = text.rfind("?=");
-  size_t position = 0;
-  while (position < text.size()) {
-    size_t begin = text.find("=?", position);
-    // Of a malformed word only its beginning is passed over: another may begin inside it.
-    std::optional<Word> word;
-    while (begin != std::string_view::npos && !(word = ReadWord(text, begin, lastEnd))) {
-      begin = text.find("=?", begin + 2);
+bool Decode(std::string_view text, MixedText& out) {
+  WordFinder finder(text);
+  size_t done = 0;  // everything before it is in out
+  bool changed = false;
+  for (size_t start = text.find(kOpen); start != std::string_view::npos;) {
+    Word word;
+    if (!finder.Read(start, word)) {
+      start = text.find(kOpen, start + 1);
+      continue;
     }
-    std::string_view between = text.substr(position, begin - position);
-    bool isBlank = between.find_first_not_of(" \t\r\n") == std::string_view::npos;
-    if (run.IsOpen() && !(word && isBlank)) run.Flush(result);
-    if (!(word && isBlank && position > 0)) result.AppendBytes(between);
-    if (!word) break;
-    if (changed != nullptr) *changed = true;
-    run.Add(*word, result);
-    position = word->end;
+    size_t next = text.find(kOpen, word.end);
+    if (!changed && next == std::string_view::npos) finder.Widen(word);
+    std::string_view between = text.substr(done, start - done);
+    if (!changed || !IsBlank(between)) out.AppendRaw(between);
+    out.AppendIn(DecodeByLetter(word.text, word.letter), word.charset);
+    changed = true;
+    done = word.end;
+    start = next;
   }
-  if (run.IsOpen()) run.Flush(result);
-  return result;
+  out.AppendRaw(text.substr(done));
+  return changed;
 }
 
 }  // namespace tarnwick::intake

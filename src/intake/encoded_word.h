@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Encoded words of headers (RFC 2047):
-//
-//   word = "=?" charset ["*" language] "?" ("B" | "Q") "?" encoded text "?="
-//
-// Accepted on purpose beyond the RFC: words inside other text or quotation marks, blanks inside an
-// encoded text, a character cut in two by adjacent words of one charset.
+// Encoded words of header texts: "=?" charset "?" letter "?" text "?=" (RFC 2047). Accepted beyond
+// it: words inside other text and inside quotation marks, blanks and question marks in the text,
+// any length, an unknown charset (its bytes count as undeclared) and an unknown letter (the text
+// stands as it is).
 #pragma once
 
 #include <string_view>
@@ -15,9 +13,9 @@
 
 namespace tarnwick::intake {
 
-// The text with each encoded word undone; blanks between two adjacent ones vanish. A malformed word
-// is kept as it stands; one in an unknown charset gives its decoded bytes. changed, when given,
-// tells whether there was a word.
-MixedText Decode(std::string_view text, bool* changed = nullptr);
+// Appends text to out with each encoded word undone; blanks between two adjacent ones vanish. A
+// malformed word is kept as it stands. Of a text with one word the last "?=" ends it. True when
+// something was undone.
+bool Decode(std::string_view text, MixedText& out);
 
 }  // namespace tarnwick::intake

@@ -1,35 +1,33 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The body of a message behind its header block: one plain body, or parts between boundary lines
-// (RFC 2045, 2046, 2183, 2231). Deviations that real mail asks for, on purpose:
-//   - a line that begins with "content-type" starts a part even without a boundary line before it;
-//   - a line is a boundary line when it holds a boundary anywhere;
-//   - nested parts are read as they come, all boundaries open at once;
-//   - an HTML part goes on over a boundary line that holds "</html>".
+// What follows a message's headers: one body, or the parts of a multipart message.
+//
+// A multipart message is walked as a flat run of lines: a line that holds any boundary declared so
+// far, or begins with "content-type", ends the part before it and begins the next. So the parts of
+// nested containers and of attached messages are found without a tree, to any depth and in damaged
+// messages. Text parts are joined to one body, HTML parts to another, attachments give their names,
+// anything else is passed over. Memory and time are proportional to the message.
 #pragma once
 
-#include <string>
 #include <string_view>
 
-#include "intake/parse_state.h"
+#include "intake/content_type.h"
+#include "intake/line_cursor.h"
+#include "intake/message_draft.h"
 
 namespace tarnwick::intake {
 
-// Adds one header ("Content-Type: ...", unfolded) to what is known of a part; a header that says
-// nothing about the body is passed over. A declared boundary is kept in the record.
-void ApplyContentHeader(std::string_view header, PartDescription& part, MailMessage& record);
+// True when a boundary of the draft stands anywhere in the line.
+bool HoldsBoundary(std::string_view line, const MessageDraft& draft);
 
-// Reads the Content-* header in the current line with the folded lines behind it and applies it;
-// the first unread line becomes current.
-void ReadContentHeader(ParseState& state, PartDescription& part);
+// Reads all parts to the end of the file. The current line is the one that ended the headers.
+void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft);
 
-// True when the line holds one of the record's boundaries, exactly.
-bool HoldsBoundary(std::string_view line, const MailMessage& record);
-
-// Both read from the current line to the end of the file and fill body, htmlBody and the record's
-// attachments.
-void ReadMultipartBody(ParseState& state);
-void obxTakeBodyWithoutContent(ParseState& state);
+// Reads a body that is not multipart to the end of the file: into the HTML when it is declared as
+// such, else into the plain text. Files that stand in the text uuencoded are written out and leave
+// it. header: what the message's own headers declare. The current line is the first of the body.
+void obxTakeBodyWithoutContent(LineCursor& cursor, const PartDescription& header,
+                               MessageDraft& draft);
 
 }  // namespace tarnwick::intake

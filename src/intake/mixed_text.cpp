@@ -6,49 +6,96 @@
 
 namespace tarnwick::intake {
 
-void MixedText::AppendText(std::string_view utf8) {
-  if (utf8.empty()) return;
-  if (!texts_.empty() && texts_.back().end == data_.size()) {
-    texts_.back().end += utf8.size();
-  } else {
-    texts_.push_back({data_.size(), data_.size() + utf8.size()});
-  }
-  data_ += utf8;
+namespace {
+
+bool SameName(std::string_view a, std::string_view b) {
+  return platform::AsciiLower(a) == platform::AsciiLower(b);
 }
 
-void MixedText::Append(const MixedText& other) {
-  for (const Stretch& stretch : other.texts_) {
-    texts_.push_back({stretch.begin + data_.size(), stretch.end + data_.size()});
-  }
-  data_ += other.data_;
+bool IsUtf8Name(std::string_view charset) {
+  return SameName(charset, "utf-8") || SameName(charset, "utf8");
 }
 
-template <typename ToText>
-std::string MixedText::Rebuild(ToText toText) const {
-  std::string result;
-  std::string_view all = data_;
-  size_t position = 0;
-  for (const Stretch& stretch : texts_) {
-    if (stretch.begin > position) {
-      result += toText(all.substr(position, stretch.begin - position));
-    }
-    result += all.substr(stretch.begin, stretch.end - stretch.begin);
-    position = stretch.end;
+// True when bytes beyond ASCII occur and some of them form a UTF-8 character.
+bool HoldsUtf8Character(std::string_view bytes) {
+  for (size_t i = 0; i + 1 < bytes.size(); ++i) {
+    auto lead = static_cast<unsigned char>(bytes[i]);
+    size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
+    if (length != 0 && platform::IsValidUtf8(bytes.substr(i, length))) return true;
   }
-  if (position < all.size()) result += toText(all.substr(position));
-  return result;
+  return false;
 }
 
-bool MixedText::Convert(std::string_view charset) {
-  if (!platform::IsKnownCharset(charset)) return false;
-  data_ = Finish(charset);
-  texts_.clear();
-  if (!data_.empty()) texts_.push_back({0, data_.size()});
+// A text that calls itself UTF-8 and is not: a list's server has added a footer in another charset,
+// or the mailer only says so. Line by line, the lines without a single UTF-8 character are read as
+// undeclared.
+std::string MendUtf8Lines(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size() + bytes.size() / 8);
+  while (!bytes.empty()) {
+    size_t end = bytes.find('\n');
+    std::string_view line = bytes.substr(0, end == std::string_view::npos ? end : end + 1);
+    bytes.remove_prefix(line.size());
+    text += HoldsUtf8Character(line) ? *platform::CharsetToUtf8(line, "utf-8")
+                                     : platform::EnsureUtf8(line);
+  }
+  return text;
+}
+
+std::string Convert(std::string_view bytes, std::string_view charset) {
+  if (!ClaimsBytes(charset)) return platform::EnsureUtf8(bytes);
+  if (IsUtf8Name(charset) && !platform::IsValidUtf8(bytes)) return MendUtf8Lines(bytes);
+  auto text = platform::CharsetToUtf8(bytes, charset);
+  return text ? *std::move(text) : platform::EnsureUtf8(bytes);
+}
+
+}  // namespace
+
+bool ClaimsBytes(std::string_view charset) {
+  if (charset.empty() || !platform::IsKnownCharset(charset)) return false;
+  for (std::string_view ascii : {"us-ascii", "ascii", "ansi_x3.4-1968"}) {
+    if (SameName(charset, ascii)) return false;
+  }
   return true;
 }
 
+void MixedText::Extend(std::string_view bytes, std::string_view charset) {
+  if (bytes.empty()) return;
+  bytes_ += bytes;
+  if (spans_.empty() || !SameName(spans_.back().charset, charset)) {
+    spans_.push_back({bytes_.size(), std::string(charset)});
+  } else {
+    spans_.back().end = bytes_.size();
+  }
+}
+
+void MixedText::AppendRaw(std::string_view bytes) {
+  Extend(bytes, {});
+}
+
+void MixedText::AppendIn(std::string_view bytes, std::string_view charset) {
+  Extend(bytes, ClaimsBytes(charset) ? charset : std::string_view());
+}
+
+void MixedText::Append(const MixedText& other) {
+  size_t start = 0;
+  for (const Span& span : other.spans_) {
+    Extend(std::string_view(other.bytes_).substr(start, span.end - start), span.charset);
+    start = span.end;
+  }
+}
+
 std::string MixedText::Finish(std::string_view charset) const {
-  return Rebuild([&](std::string_view bytes) { return platform::BytesToUtf8(bytes, charset); });
+  std::string text;
+  size_t start = 0;
+  for (const Span& span : spans_) {
+    std::string piece = Convert(std::string_view(bytes_).substr(start, span.end - start),
+                                span.charset.empty() ? charset : std::string_view(span.charset));
+    if (spans_.size() == 1) return piece;
+    text += piece;
+    start = span.end;
+  }
+  return text;
 }
 
 }  // namespace tarnwick::intake

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// A text in the making: stretches that are text already (UTF-8, from an encoded word or a declared
-// charset) beside stretches of bytes whose charset is not known yet. Each byte is converted exactly
-// once, when its charset is known or at the end.
+// A text some of whose bytes have no charset yet. Header fields and bodies are read before it is
+// known in which charset the message's plain bytes are, and beside them stands what encoded words
+// and declared parts gave, whose charset is known. The spans are kept apart and each is converted
+// exactly once, when the text is finished.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,29 +16,34 @@ namespace tarnwick::intake {
 
 class MixedText {
  public:
-  void AppendBytes(std::string_view bytes) { data_ += bytes; }
-  void AppendText(std::string_view utf8);
+  // Bytes that nobody has claimed yet.
+  void AppendRaw(std::string_view bytes);
+  // Bytes of a charset; where it can't read them (unknown, or us-ascii that has eight bits) as
+  // AppendRaw. Neighbours of one charset are converted together, so that a character may be cut in
+  // two between them.
+  void AppendIn(std::string_view bytes, std::string_view charset);
   void Append(const MixedText& other);
 
-  bool Empty() const { return data_.empty(); }
+  bool Empty() const { return bytes_.empty(); }
+  bool EndsLine() const { return !bytes_.empty() && bytes_.back() == '\n'; }
 
-  // Claims the bytes for a charset. An empty or unknown name leaves them for later; false then.
-  bool Convert(std::string_view charset);
-
-  // The finished text: what is still bytes is read in the charset if it is known, else in the
-  // system code page.
+  // The whole as UTF-8: unclaimed bytes are read in the charset when that is known, else as UTF-8
+  // when they are that, else in the system code page. No byte is dropped.
   std::string Finish(std::string_view charset) const;
 
  private:
-  struct Stretch {
-    size_t begin;
-    size_t end;
+  struct Span {
+    size_t end;           // in bytes_
+    std::string charset;  // "" for unclaimed bytes
   };
-  template <typename ToText>
-  std::string Rebuild(ToText toText) const;
 
-  std::string data_;
-  std::vector<Stretch> texts_;  // in order, apart from each other; what lies between is bytes
+  void Extend(std::string_view bytes, std::string_view charset);
+
+  std::string bytes_;
+  std::vector<Span> spans_;
 };
+
+// True for a charset that says more of a byte than that it may be ASCII.
+bool ClaimsBytes(std::string_view charset);
 
 }  // namespace tarnwick::intake

@@ -6,29 +6,54 @@
 #include <array>
 #include <cstdint>
 
-#include "core/text.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
 
 namespace {
 
-constexpr int8_t kNone = -1;
+constexpr uint8_t kNoDigit = 0xFF;
 
-constexpr std::array<int8_t, 256> MakeBase64Values() {
-  std::array<int8_t, 256> values{};
-  for (auto& value : values) value = kNone;
+constexpr std::array<uint8_t, 256> MakeBase64Table() {
   constexpr std::string_view kAlphabet =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::array<uint8_t, 256> table{};
+  for (uint8_t& value : table) value = kNoDigit;
   for (size_t i = 0; i < kAlphabet.size(); ++i) {
-    values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<int8_t>(i);
+    table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<uint8_t>(i);
   }
-  return values;
+  return table;
 }
-constexpr std::array<int8_t, 256> kBase64Values = MakeBase64Values();
+constexpr std::array<uint8_t, 256> kBase64 = MakeBase64Table();
 
-int Base64Value(char c) {
-  return kBase64Values[static_cast<unsigned char>(c)];
+uint32_t Base64Value(char c) {
+  uint8_t value = kBase64[static_cast<unsigned char>(c)];
+  return value == kNoDigit ? 0 : value;
+}
+
+// Appends the first count bytes of four characters.
+void AppendQuad(std::string& out, const char* quad, size_t count) {
+  uint32_t bits = Base64Value(quad[0]) << 18 | Base64Value(quad[1]) << 12 |
+                  Base64Value(quad[2]) << 6 | Base64Value(quad[3]);
+  const char bytes[3] = {static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                         static_cast<char>(bits)};
+  out.append(bytes, count);
+}
+
+// Decodes the whole fours of text and gives what is left over.
+std::string_view DecodeFours(std::string_view text, std::string& out) {
+  while (text.size() >= 4) {
+    AppendQuad(out, text.data(), 3);
+    text.remove_prefix(4);
+  }
+  return text;
+}
+
+void DecodeRest(std::string_view rest, std::string& out) {
+  if (rest.empty()) return;
+  char quad[4] = {};
+  std::copy(rest.begin(), rest.end(), quad);
+  AppendQuad(out, quad, rest.size() == 3 ? 2 : 1);
 }
 
 int HexValue(char c) {
@@ -38,140 +63,127 @@ int HexValue(char c) {
   return -1;
 }
 
-// Decodes the groups of four of text and appends their bytes; gives the characters left over.
-std::string DecodeGroups(std::string_view text, std::string& bytes) {
-  uint32_t group = 0;
-  int count = 0;
-  std::array<char, 4> pending{};
-  for (char c : text) {
-    int value = Base64Value(c);
-    if (value < 0) continue;
-    pending[static_cast<size_t>(count)] = c;
-    group = group << 6 | static_cast<uint32_t>(value);
-    if (++count < 4) continue;
-    bytes += static_cast<char>(group >> 16);
-    bytes += static_cast<char>(group >> 8);
-    bytes += static_cast<char>(group);
-    group = 0;
-    count = 0;
+void DecodeEscapes(std::string_view text, bool underscoreIsBlank, std::string& out) {
+  out.reserve(out.size() + text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == '_' && underscoreIsBlank) {
+      out += ' ';
+    } else if (c == '=' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 &&
+               HexValue(text[i + 2]) >= 0) {
+      out += static_cast<char>(HexValue(text[i + 1]) * 16 + HexValue(text[i + 2]));
+      i += 2;
+    } else {
+      out += c;
+    }
   }
-  return {pending.data(), static_cast<size_t>(count)};
 }
 
-// A group that is cut short: filled up with zeros, of which two characters yield one byte and three
-// two. A single one still yields a byte.
-void DecodeRest(std::string_view rest, std::string& bytes) {
-  if (rest.empty()) return;
-  uint32_t group = 0;
-  for (size_t i = 0; i < 4; ++i) {
-    group = group << 6 | (i < rest.size() ? static_cast<uint32_t>(Base64Value(rest[i])) : 0);
+std::string_view TrimEnd(std::string_view line) {
+  while (!line.empty() && (line.back() == ' ' || line.back() == '\t' || line.back() == '\r')) {
+    line.remove_suffix(1);
   }
-  bytes += static_cast<char>(group >> 16);
-  if (rest.size() == 3) bytes += static_cast<char>(group >> 8);
+  return line;
+}
+
+// A line of plain words has blanks between them; a damaged line of base64 has few strange
+// characters.
+bool LooksLikeBase64(std::string_view line) {
+  size_t strange = 0;
+  for (char c : line) {
+    if (c == ' ') return false;
+    if (c != '=' && kBase64[static_cast<unsigned char>(c)] == kNoDigit) ++strange;
+  }
+  return strange * 4 <= line.size();
 }
 
 }  // namespace
 
 std::string DecodeBase64(std::string_view text) {
-  std::string bytes;
-  bytes.reserve(text.size() / 4 * 3 + 3);
-  DecodeRest(DecodeGroups(text, bytes), bytes);
-  return bytes;
-}
-
-std::string DecodeQuotedPrintable(std::string_view text, bool isHeader) {
-  std::string bytes;
-  bytes.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    char c = text[i];
-    if (c == '_' && isHeader) {
-      bytes += ' ';
-      continue;
-    }
-    if (c != '=') {
-      bytes += c;
-      continue;
-    }
-    int high = i + 2 < text.size() ? HexValue(text[i + 1]) : -1;
-    int low = i + 2 < text.size() ? HexValue(text[i + 2]) : -1;
-    if (high >= 0 && low >= 0) {
-      bytes += static_cast<char>(high * 16 + low);
-      i += 2;
-      continue;
-    }
-    // A soft line break, which blanks may follow; anything else malformed is kept as it stands.
-    size_t end = text.find_first_not_of(" \t", i + 1);
-    if (end != std::string_view::npos && text[end] == '\r') ++end;
-    if (end < text.size() && text[end] == '\n') {
-      i = end;
-    } else {
-      bytes += c;
-    }
+  std::string clean(text);
+  std::erase(clean, '=');
+  if (clean.size() >= 2 && clean.compare(clean.size() - 2, 2, "\r\n") == 0) {
+    clean.resize(clean.size() - 2);
   }
-  return bytes;
+  std::string out;
+  out.reserve(clean.size() / 4 * 3 + 2);
+  DecodeRest(DecodeFours(clean, out), out);
+  return out;
 }
 
-std::string DecodeTransfer(std::string_view text, char letter) {
+std::string DecodeQ(std::string_view text) {
+  std::string out;
+  DecodeEscapes(text, true, out);
+  return out;
+}
+
+std::string DecodeByLetter(std::string_view text, char letter) {
   if (letter == 'B' || letter == 'b') return DecodeBase64(text);
-  if (letter == 'Q' || letter == 'q') return DecodeQuotedPrintable(text, true);
+  if (letter == 'Q' || letter == 'q') return DecodeQ(text);
   return std::string(text);
 }
 
-LineDecoder::LineDecoder(std::string_view encoding) {
-  std::string name = platform::AsciiLower(core::Unquote(encoding));
-  // "binary" begins like base64 and is none.
-  if (core::BeginsWith(name, "base64")) kind_ = Kind::kBase64;
-  if (core::BeginsWith(name, "quoted")) kind_ = Kind::kQuotedPrintable;
+BodyDecoder::BodyDecoder(std::string_view encoding) {
+  if (encoding.empty()) return;
+  char letter = encoding.front();
+  // "binary" shares its letter with base64 and means that nothing is encoded.
+  bool isBinary = platform::AsciiLower(encoding.substr(0, 3)) == "bin";
+  if ((letter == 'b' || letter == 'B') && !isBinary) kind_ = Kind::kBase64;
+  if (letter == 'q' || letter == 'Q') kind_ = Kind::kQuotedPrintable;
 }
 
-void LineDecoder::Decode(std::string_view line, std::string& bytes) {
+void BodyDecoder::Line(std::string_view line) {
   switch (kind_) {
     case Kind::kPlain:
-      bytes += line;
-      bytes += "\r\n";
+      bytes_ += line;
+      bytes_ += "\r\n";
       break;
-    case Kind::kQuotedPrintable: {
-      std::string whole(line);
-      whole += "\r\n";
-      bytes += DecodeQuotedPrintable(whole, false);
-      break;
-    }
     case Kind::kBase64:
-      rest_ += line;
-      rest_ = DecodeGroups(rest_, bytes);
-      // Padding ends a group; whatever follows begins a new one.
-      if (line.find('=') != std::string_view::npos) Finish(bytes);
+      Base64Line(line);
+      break;
+    case Kind::kQuotedPrintable:
+      QuotedLine(line);
       break;
   }
 }
 
-void LineDecoder::Finish(std::string& bytes) {
-  DecodeRest(rest_, bytes);
-  rest_.clear();
+void BodyDecoder::FlushBase64() {
+  DecodeRest(carry_, bytes_);
+  carry_.clear();
 }
 
-bool IsUuencodedLine(std::string_view line) {
-  if (line.empty()) return false;
-  size_t length = (static_cast<unsigned char>(line[0]) - 32U) & 63U;
-  size_t wanted = (length + 2) / 3 * 4;
-  line.remove_prefix(1);
-  // Blanks at the end (zeros) may have been cut off on the way, and a check character added.
-  if (line.size() > wanted + 2) return false;
-  if (line.size() + 4 < wanted && line.find('`') != std::string_view::npos) return false;
-  return std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c <= 0x60; });
-}
-
-void DecodeUuencodedLine(std::string_view line, std::string& bytes) {
-  size_t length = (static_cast<unsigned char>(line[0]) - 32U) & 63U;
-  auto value = [&](size_t i) -> uint32_t {
-    return i < line.size() ? (static_cast<unsigned char>(line[i]) - 32U) & 63U : 0;
-  };
-  for (size_t i = 1; length > 0; i += 4) {
-    uint32_t group = value(i) << 18 | value(i + 1) << 12 | value(i + 2) << 6 | value(i + 3);
-    for (int shift = 16; shift >= 0 && length > 0; shift -= 8, --length) {
-      bytes += static_cast<char>(group >> shift);
-    }
+void BodyDecoder::Base64Line(std::string_view line) {
+  line = TrimEnd(line);
+  while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+  if (!LooksLikeBase64(line)) {
+    FlushBase64();
+    if (!bytes_.empty() && bytes_.back() != '\n') bytes_ += "\r\n";
+    bytes_ += line;
+    bytes_ += "\r\n";
+    return;
   }
+  bool isPadded = line.find('=') != std::string_view::npos;
+  if (!isPadded && carry_.empty()) {
+    carry_ = DecodeFours(line, bytes_);
+    return;
+  }
+  std::string clean = carry_ + std::string(line);
+  std::erase(clean, '=');
+  carry_ = DecodeFours(clean, bytes_);
+  if (isPadded) FlushBase64();
+}
+
+void BodyDecoder::QuotedLine(std::string_view line) {
+  line = TrimEnd(line);
+  bool isSoft = !line.empty() && line.back() == '=';
+  if (isSoft) line.remove_suffix(1);
+  DecodeEscapes(line, false, bytes_);
+  if (!isSoft) bytes_ += "\r\n";
+}
+
+std::string BodyDecoder::Take() {
+  FlushBase64();
+  return std::move(bytes_);
 }
 
 }  // namespace tarnwick::intake

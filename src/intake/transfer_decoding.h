@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Transfer encodings: base64 (RFC 2045), quoted-printable (RFC 2045; as used in encoded words RFC
-// 2047), and uuencode (POSIX). Bytes in, bytes out; nothing throws, and what is malformed is kept.
+// Content transfer encodings (RFC 2045) and the encodings of encoded words (RFC 2047). Bytes in,
+// bytes out: a charset is applied afterwards.
 #pragma once
 
 #include <string>
@@ -10,39 +10,43 @@
 
 namespace tarnwick::intake {
 
-// One text by its encoding letter: 'B' base64, 'Q' quoted-printable as in encoded words ("_" is a
-// blank); any other letter leaves it as it is.
-std::string DecodeTransfer(std::string_view text, char letter);
-
-// Base64 of one text: every "=" and one CR LF at the end fall away, characters outside the alphabet
-// are passed over. The 1, 2 or 3 characters left over at the end yield 1, 1 and 2 bytes.
+// One text: "=" anywhere falls away, CR LF at the end too, and each four characters give three
+// bytes. One or two left over give one byte, three give two. Characters outside the alphabet count
+// as the value 0, so that what stands behind them keeps its place.
 std::string DecodeBase64(std::string_view text);
 
-// Quoted-printable; "=" at the end of a line joins it with the next. isHeader: "_" is a blank.
-std::string DecodeQuotedPrintable(std::string_view text, bool isHeader);
+// One text of an encoded word: "_" is a blank, "=XX" a byte; a malformed escape stays as it is.
+std::string DecodeQ(std::string_view text);
 
-// The lines of a body part, one after another. Base64 lines that do not end at a group of four are
-// joined with the next ones, so that no byte is lost or made up.
-class LineDecoder {
+// By the letter of an encoded word, B or Q in either case; any other leaves the text as it is.
+std::string DecodeByLetter(std::string_view text, char letter);
+
+// A body, line by line.
+class BodyDecoder {
  public:
-  // The value of Content-Transfer-Encoding; unknown ones, 7bit, 8bit and binary change nothing.
-  explicit LineDecoder(std::string_view encoding);
+  // encoding: as declared ("base64", "Quoted-Printable", "7bit", ...); what is neither of the first
+  // two leaves the lines as they are.
+  explicit BodyDecoder(std::string_view encoding);
 
-  bool IsEncoded() const { return kind_ != Kind::kPlain; }
-  // Appends the decoded line, its line break included where the encoding keeps it.
-  void Decode(std::string_view line, std::string& bytes);
-  // What a part that ends in the middle of a group still holds.
-  void Finish(std::string& bytes);
+  // line: without its end. Lines that are not encoded or quoted-printable end with CR LF in the
+  // result, except before a soft line break; base64 brings its own line ends. Characters of a
+  // base64 line that do not fill four wait for the next line. A line among base64 that can't be
+  // base64 (a footer that a mailing list has added) is kept as it stands.
+  void Line(std::string_view line);
+  bool Empty() const { return bytes_.empty(); }
+  bool IsPlain() const { return kind_ == Kind::kPlain; }
+  // What was decoded, to its end.
+  std::string Take();
 
  private:
   enum class Kind { kPlain, kBase64, kQuotedPrintable };
-  Kind kind_ = Kind::kPlain;
-  std::string rest_;
-};
+  void Base64Line(std::string_view line);
+  void QuotedLine(std::string_view line);
+  void FlushBase64();
 
-// True when the line could be a line of uuencoded data.
-bool IsUuencodedLine(std::string_view line);
-// Appends the line's bytes. REQUIRES: IsUuencodedLine.
-void DecodeUuencodedLine(std::string_view line, std::string& bytes);
+  Kind kind_ = Kind::kPlain;
+  std::string bytes_;
+  std::string carry_;  // up to three characters of base64
+};
 
 }  // namespace tarnwick::intake

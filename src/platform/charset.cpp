@@ -4,251 +4,265 @@
 
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
-#include <unicode/ucnv_cb.h>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <map>
 #include <memory>
 
+#include "platform/charset_names.h"
 #include "platform/locale.h"
 
 namespace tarnwick::platform {
 
 namespace {
 
+constexpr int32_t kReplacement = 0xFFFD;
+
+void AppendChar(std::string& text, int32_t character) {
+  char buffer[U8_MAX_LENGTH];
+  int32_t length = 0;
+  U8_APPEND_UNSAFE(buffer, length, character);
+  text.append(buffer, static_cast<size_t>(length));
+}
+
+// The end of the ASCII run that begins at position.
+size_t SkipAscii(std::string_view text, size_t position) {
+  while (text.size() - position >= 8) {
+    uint64_t word;
+    std::memcpy(&word, text.data() + position, 8);
+    if ((word & 0x8080808080808080u) != 0) break;
+    position += 8;
+  }
+  while (position < text.size() && static_cast<unsigned char>(text[position]) < 0x80) ++position;
+  return position;
+}
+
+// The code point at position, which moves behind it; negative for what is no UTF-8.
+int32_t NextChar(std::string_view text, size_t& position) {
+  auto lead = static_cast<unsigned char>(text[position]);
+  if (lead < 0x80) {
+    ++position;
+    return lead;
+  }
+  // The macro counts in 32 bits: show it no more than one character.
+  const char* at = text.data() + position;
+  auto length = static_cast<int32_t>(std::min<size_t>(text.size() - position, U8_MAX_LENGTH));
+  int32_t used = 0;
+  UChar32 character;
+  U8_NEXT(at, used, length, character);
+  position += static_cast<size_t>(used);
+  return character;
+}
+
+std::string MendUtf8(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size());
+  for (size_t position = 0; position < bytes.size();) {
+    size_t end = SkipAscii(bytes, position);
+    text.append(bytes, position, end - position);
+    position = end;
+    if (position == bytes.size()) break;
+    size_t start = position;
+    if (NextChar(bytes, position) < 0) {
+      AppendChar(text, kReplacement);
+    } else {
+      text.append(bytes, start, position - start);
+    }
+  }
+  return text;
+}
+
+// Appends UTF-16 as UTF-8; a lead surrogate at the end waits in pending for its partner.
+void AppendUtf16(std::string& text, const UChar* units, size_t count, UChar& pending) {
+  for (size_t i = 0; i < count; ++i) {
+    UChar unit = units[i];
+    if (pending != 0) {
+      UChar lead = pending;
+      pending = 0;
+      if (U16_IS_TRAIL(unit)) {
+        AppendChar(text, U16_GET_SUPPLEMENTARY(lead, unit));
+        continue;
+      }
+      AppendChar(text, kReplacement);
+    }
+    if (U16_IS_LEAD(unit)) {
+      pending = unit;
+    } else if (unit < 0x80) {
+      text += static_cast<char>(unit);
+    } else {
+      AppendChar(text, U16_IS_TRAIL(unit) ? kReplacement : unit);
+    }
+  }
+}
+
 struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
-// Names of old mail programs that ICU does not know, and the widenings: what is declared as the
-// narrow set is in practice written by a Windows with the wide one.
-struct Alias {
-  std::string_view name;
-  const char* icuName;
-};
-constexpr Alias kAliases[] = {
-    {"us-ascii", "windows-1252"},
-    {"ascii", "windows-1252"},
-    {"ansi_x3.4-1968", "windows-1252"},
-    {"iso-8859-1", "windows-1252"},
-    {"iso8859-1", "windows-1252"},
-    {"iso_8859-1", "windows-1252"},
-    {"iso88591", "windows-1252"},
-    {"8859-1", "windows-1252"},
-    {"latin1", "windows-1252"},
-    {"latin-1", "windows-1252"},
-    {"l1", "windows-1252"},
-    {"x-ansi", "windows-1252"},
-    {"ansi", "windows-1252"},
-    {"win-1252", "windows-1252"},
-    {"iso-8859-9", "windows-1254"},
-    {"latin5", "windows-1254"},
-    {"iso-8859-11", "windows-874"},
-    {"tis-620", "windows-874"},
-    {"tis620", "windows-874"},
-    {"iso-8859-8-i", "windows-1255"},
-    {"iso-8859-8-e", "windows-1255"},
-    {"iso-8859-8", "windows-1255"},
-    {"visual", "windows-1255"},
-    {"logical", "windows-1255"},
-    {"win-1250", "windows-1250"},
-    {"win-1251", "windows-1251"},
-    {"win1251", "windows-1251"},
-    {"win", "windows-1251"},
-    {"cp-1251", "windows-1251"},
-    {"x-cp1250", "windows-1250"},
-    {"x-cp1251", "windows-1251"},
-    {"koi8r", "koi8-r"},
-    {"koi-8-r", "koi8-r"},
-    {"koi8", "koi8-r"},
-    {"koi8-ru", "koi8-u"},
-    {"cp-866", "ibm-866"},
-    {"cp-850", "ibm-850"},
-    {"cp-437", "ibm-437"},
-    {"x-mac-cyrillic", "x-mac-cyrillic"},
-    {"x-mac-ce", "x-mac-centraleurroman"},
-    {"mac", "macintosh"},
-    {"x-mac-roman", "macintosh"},
-    {"shift_jis", "cp932"},
-    {"shift-jis", "cp932"},
-    {"sjis", "cp932"},
-    {"x-sjis", "cp932"},
-    {"ms_kanji", "cp932"},
-    {"windows-31j", "cp932"},
-    {"x-euc-jp", "euc-jp"},
-    {"x-jis", "iso-2022-jp"},
-    {"jis", "iso-2022-jp"},
-    {"gb2312", "gb18030"},
-    {"gb_2312-80", "gb18030"},
-    {"x-gb2312", "gb18030"},
-    {"chinesesimplified", "gb18030"},
-    {"gbk", "gb18030"},
-    {"x-gbk", "gb18030"},
-    {"cp936", "gb18030"},
-    {"euc-cn", "gb18030"},
-    {"x-euc-tw", "euc-tw"},
-    {"x-big5", "big5"},
-    {"chinesebig5", "big5"},
-    {"ks_c_5601-1987", "cp949"},
-    {"ks_c_5601", "cp949"},
-    {"ksc5601", "cp949"},
-    {"ksc_5601", "cp949"},
-    {"korean", "cp949"},
-    {"euc-kr", "cp949"},
-    {"x-windows-949", "cp949"},
-    {"unicode-1-1-utf-7", "utf-7"},
-    {"unicode-1-1-utf-8", "utf-8"},
-    {"unicode-2-0-utf-8", "utf-8"},
-    {"utf8", "utf-8"},
-    {"x-unicode-2-0-utf-7", "utf-7"},
-    {"utf7", "utf-7"},
-};
-
-// Lower case, without blanks and quotation marks around it, without a RFC 2231 language behind it.
-std::string CleanName(std::string_view name) {
-  constexpr std::string_view kAround = " \t\r\n\"';";
-  size_t begin = name.find_first_not_of(kAround);
-  if (begin == std::string_view::npos) return {};
-  size_t end = name.find_last_not_of(kAround);
-  name = name.substr(begin, end - begin + 1);
-  return AsciiLower(name.substr(0, name.find('*')));
-}
-
-// A byte that a one-byte charset leaves undefined is the control character of its value; anything
-// else that can't be read is U+FFFD.
-void U_CALLCONV KeepUndefinedByte(const void* /*context*/, UConverterToUnicodeArgs* arguments,
-                                  const char* units, int32_t length,
-                                  UConverterCallbackReason reason, UErrorCode* status) {
-  if (reason > UCNV_IRREGULAR) return;
-  *status = U_ZERO_ERROR;
-  auto byte = static_cast<unsigned char>(units[0]);
-  UChar character = length == 1 && ucnv_getMaxCharSize(arguments->converter) == 1 ? byte : 0xFFFD;
-  ucnv_cbToUWriteUChars(arguments, &character, 1, 0, status);
-}
-
-Converter OpenConverter(const std::string& cleanName) {
-  const auto* alias =
-      std::find_if(std::begin(kAliases), std::end(kAliases),
-                   [&](const Alias& candidate) { return candidate.name == cleanName; });
-  UErrorCode status = U_ZERO_ERROR;
-  const char* icuName = alias == std::end(kAliases) ? cleanName.c_str() : alias->icuName;
-  Converter converter(ucnv_open(icuName, &status));
-  if (U_FAILURE(status)) return nullptr;
-  ucnv_setToUCallBack(converter.get(), KeepUndefinedByte, nullptr, nullptr, nullptr, &status);
-  return converter;
-}
-
-// nullptr for a name that is none. Kept open: opening one costs more than a message's conversion.
-UConverter* FindConverter(std::string_view name) {
-  // Names come from messages: a hostile run of new ones must not fill the memory.
-  constexpr size_t kMostKept = 64;
-  constexpr size_t kLongestName = 60;
-  thread_local std::map<std::string, Converter, std::less<>> kept;
-  auto known = kept.find(name);
-  if (known != kept.end()) return known->second.get();
-  std::string clean = CleanName(name);
-  if (clean.empty() || clean.size() > kLongestName) return nullptr;
-  if (kept.size() >= kMostKept) kept.clear();
-  return kept.emplace(std::string(name), OpenConverter(clean)).first->second.get();
-}
-
-std::string Convert(UConverter* converter, std::string_view bytes) {
-  ucnv_resetToUnicode(converter);
-  std::string result;
-  result.reserve(bytes.size() + bytes.size() / 4);
-  UChar units[2048];
-  const char* source = bytes.data();
-  const char* end = source + bytes.size();
-  UErrorCode status = U_ZERO_ERROR;
-  do {
-    status = U_ZERO_ERROR;
-    UChar* target = units;
-    ucnv_toUnicode(converter, &target, units + std::size(units), &source, end, nullptr, 1, &status);
-    for (const UChar* unit = units; unit < target;) {
-      // A surrogate pair may be cut by the buffer's end; ICU writes pairs whole or not at all.
-      UChar32 character = *unit++;
-      if (U16_IS_LEAD(character) && unit < target && U16_IS_TRAIL(*unit)) {
-        character = U16_GET_SUPPLEMENTARY(character, *unit);
-        ++unit;
-      } else if (U16_IS_SURROGATE(character)) {
-        character = 0xFFFD;
-      }
-      char encoded[4];
-      int32_t length = 0;
-      U8_APPEND_UNSAFE(encoded, length, character);
-      result.append(encoded, static_cast<size_t>(length));
+// One charset, opened. Charsets of one byte a character become a table; the others keep ICU's
+// converter.
+class Charset {
+ public:
+  // nullptr when ICU knows no such charset.
+  static std::unique_ptr<Charset> Open(const std::string& converterName) {
+    std::unique_ptr<Charset> charset(new Charset);
+    if (converterName == "utf-8") {
+      charset->isUtf8_ = true;
+      return charset;
     }
-  } while (status == U_BUFFER_OVERFLOW_ERROR);
-  return result;
-}
-
-// Charsets in which bytes below 0x80 may mean other characters than ASCII.
-bool MayHideInAscii(UConverter* converter) {
-  switch (ucnv_getType(converter)) {
-    case UCNV_SBCS:
-    case UCNV_DBCS:
-    case UCNV_MBCS:
-    case UCNV_LATIN_1:
-    case UCNV_US_ASCII:
-    case UCNV_UTF8:
-      return false;
-    default:
-      return true;
+    if (converterName.empty()) return nullptr;
+    UErrorCode status = U_ZERO_ERROR;
+    charset->converter_.reset(ucnv_open(converterName.c_str(), &status));
+    if (U_FAILURE(status) || !charset->converter_) return nullptr;
+    charset->LookAtAscii();
+    UConverterType type = ucnv_getType(charset->converter_.get());
+    if (type == UCNV_SBCS || type == UCNV_LATIN_1 || type == UCNV_US_ASCII) charset->MakeTable();
+    return charset;
   }
-}
 
-UChar32 FoldPoint(UChar32 character) {
-  if (character < 0x80) {
-    return character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character;
+  // Every ASCII byte stands for itself and for nothing else.
+  bool HoldsAscii() const { return holdsAscii_; }
+
+  std::string Convert(std::string_view bytes) {
+    if (isUtf8_) return IsValidUtf8(bytes) ? std::string(bytes) : MendUtf8(bytes);
+    return isTable_ ? ConvertByTable(bytes) : ConvertByIcu(bytes);
   }
-  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
-}
 
-// The code point at position, which moves behind it.
-UChar32 NextPoint(std::string_view text, size_t& position) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-  auto length = text.size();
-  UChar32 character = 0;
-  U8_NEXT_OR_FFFD(bytes, position, length, character);
-  return character;
+ private:
+  struct Encoded {
+    char bytes[3];
+    uint8_t length;
+  };
+
+  void LookAtAscii() {
+    switch (ucnv_getType(converter_.get())) {
+      case UCNV_ISO_2022:
+      case UCNV_HZ:
+      case UCNV_UTF7:
+      case UCNV_IMAP_MAILBOX:
+      case UCNV_SCSU:
+        holdsAscii_ = false;
+        return;
+      default:
+        break;
+    }
+    std::string ascii = "\t\r\n";
+    for (char c = ' '; c < 0x7F; ++c) ascii += c;
+    holdsAscii_ = ConvertByIcu(ascii) == ascii;
+  }
+
+  void MakeTable() {
+    for (int value = 0; value < 256; ++value) {
+      char byte = static_cast<char>(value);
+      UChar unit = 0;
+      UErrorCode status = U_ZERO_ERROR;
+      int32_t count = ucnv_toUChars(converter_.get(), &unit, 1, &byte, 1, &status);
+      // A byte that the charset leaves undefined keeps its value, as Windows has it.
+      if (U_FAILURE(status) || count != 1 || unit == kReplacement) {
+        unit = static_cast<UChar>(value);
+      }
+      std::string utf8;
+      AppendChar(utf8, unit);
+      Encoded& entry = table_[static_cast<size_t>(value)];
+      std::memcpy(entry.bytes, utf8.data(), utf8.size());
+      entry.length = static_cast<uint8_t>(utf8.size());
+    }
+    isTable_ = true;
+  }
+
+  std::string ConvertByTable(std::string_view bytes) const {
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 2);
+    for (size_t position = 0; position < bytes.size();) {
+      size_t end = holdsAscii_ ? SkipAscii(bytes, position) : position;
+      text.append(bytes, position, end - position);
+      for (position = end; position < bytes.size(); ++position) {
+        auto byte = static_cast<unsigned char>(bytes[position]);
+        if (holdsAscii_ && byte < 0x80) break;
+        text.append(table_[byte].bytes, table_[byte].length);
+      }
+    }
+    return text;
+  }
+
+  std::string ConvertByIcu(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 2);
+    std::array<UChar, 4096> units;
+    UChar pending = 0;
+    const char* source = bytes.data();
+    const char* limit = source + bytes.size();
+    ucnv_resetToUnicode(converter_.get());
+    for (;;) {
+      UChar* target = units.data();
+      UErrorCode status = U_ZERO_ERROR;
+      ucnv_toUnicode(converter_.get(), &target, units.data() + units.size(), &source, limit,
+                     nullptr, true, &status);
+      AppendUtf16(text, units.data(), static_cast<size_t>(target - units.data()), pending);
+      if (status == U_BUFFER_OVERFLOW_ERROR) continue;
+      if (U_SUCCESS(status) || source == limit) break;
+      // ICU gave up on a sequence: what stands behind it is still text.
+      AppendChar(text, kReplacement);
+      ++source;
+      ucnv_resetToUnicode(converter_.get());
+    }
+    if (pending != 0) AppendChar(text, kReplacement);
+    return text;
+  }
+
+  std::unique_ptr<UConverter, CloseConverter> converter_;
+  bool isUtf8_ = false;
+  bool isTable_ = false;
+  bool holdsAscii_ = true;
+  std::array<Encoded, 256> table_{};
+};
+
+// The open charsets of this thread, nullptr for names that are known to be unknown. The pointer is
+// valid until the next call: when messages have brought up too many names the shelf is emptied.
+Charset* FindCharset(std::string_view name) {
+  constexpr size_t kMostOpen = 64;
+  thread_local std::map<std::string, std::unique_ptr<Charset>, std::less<>> shelf;
+  auto found = shelf.find(name);
+  if (found != shelf.end()) return found->second.get();
+  std::string normal = NormalCharsetName(name);
+  found = shelf.find(normal);
+  if (found != shelf.end()) return found->second.get();
+  if (shelf.size() >= kMostOpen) shelf.clear();
+  return shelf.emplace(normal, Charset::Open(ConverterName(normal))).first->second.get();
 }
 
 }  // namespace
 
 bool IsKnownCharset(std::string_view name) {
-  return FindConverter(name) != nullptr;
+  return FindCharset(name) != nullptr;
 }
 
 std::optional<std::string> CharsetToUtf8(std::string_view bytes, std::string_view charset) {
-  UConverter* converter = FindConverter(charset);
-  if (converter == nullptr) return std::nullopt;
-  if (IsAscii(bytes) && !MayHideInAscii(converter)) return std::string(bytes);
-  return Convert(converter, bytes);
+  Charset* found = FindCharset(charset);
+  if (found == nullptr) return std::nullopt;
+  if (found->HoldsAscii() && IsAscii(bytes)) return std::string(bytes);
+  return found->Convert(bytes);
 }
 
 std::string BytesToUtf8(std::string_view bytes, std::string_view charset) {
-  if (auto text = CharsetToUtf8(bytes, charset)) return *text;
+  if (auto text = CharsetToUtf8(bytes, charset)) return *std::move(text);
   if (IsAscii(bytes)) return std::string(bytes);
-  return CharsetToUtf8(bytes, SystemCodePage()).value_or(std::string(bytes));
+  if (auto text = CharsetToUtf8(bytes, SystemCodePage())) return *std::move(text);
+  return MendUtf8(bytes);
 }
 
 bool IsAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return SkipAscii(text, 0) == text.size();
 }
 
 bool IsValidUtf8(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-  for (size_t position = 0; position < text.size();) {
-    if (bytes[position] < 0x80) {
-      ++position;
-      continue;
-    }
-    UChar32 character = 0;
-    U8_NEXT(bytes, position, text.size(), character);
-    if (character < 0) return false;
+  for (size_t position = 0; (position = SkipAscii(text, position)) < text.size();) {
+    if (NextChar(text, position) < 0) return false;
   }
   return true;
 }
@@ -267,54 +281,64 @@ std::string_view FirstChars(std::string_view text, size_t count) {
   if (text.size() <= count) return text;
   size_t position = 0;
   for (; position < text.size(); ++position) {
-    bool begins = (static_cast<unsigned char>(text[position]) & 0xC0) != 0x80;
-    if (begins && count-- == 0) break;
+    if ((static_cast<unsigned char>(text[position]) & 0xC0) == 0x80) continue;
+    if (count-- == 0) break;
   }
   return text.substr(0, position);
 }
 
 std::string FoldCase(std::string_view text) {
-  std::string result;
-  result.reserve(text.size());
+  std::string folded;
+  folded.reserve(text.size());
   for (size_t position = 0; position < text.size();) {
-    UChar32 character = FoldPoint(NextPoint(text, position));
-    char encoded[4];
-    int32_t length = 0;
-    U8_APPEND_UNSAFE(encoded, length, character);
-    result.append(encoded, static_cast<size_t>(length));
+    size_t start = position;
+    int32_t character = NextChar(text, position);
+    if (character < 0) {
+      folded.append(text, start, position - start);
+    } else if (character < 0x80) {
+      bool isUpper = character >= 'A' && character <= 'Z';
+      folded += static_cast<char>(isUpper ? character - 'A' + 'a' : character);
+    } else {
+      AppendChar(folded, u_foldCase(character, U_FOLD_CASE_DEFAULT));
+    }
   }
-  return result;
+  return folded;
 }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  size_t i = 0;
-  size_t j = 0;
-  while (i < a.size() && j < b.size()) {
-    if (FoldPoint(NextPoint(a, i)) != FoldPoint(NextPoint(b, j))) return false;
-  }
-  return i == a.size() && j == b.size();
+  if (a == b) return true;
+  // Folding may change a character's length in bytes, but never the number of characters.
+  if (CountChars(a) != CountChars(b)) return false;
+  return FoldCase(a) == FoldCase(b);
 }
 
 std::string AsciiLower(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) {
+  std::string lower(text);
+  for (char& c : lower) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
-  return result;
+  return lower;
 }
 
 std::string AsciiUpper(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) {
+  std::string upper(text);
+  for (char& c : upper) {
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   }
-  return result;
+  return upper;
 }
 
 std::string Utf16ToUtf8(std::string_view bytes) {
-  size_t end = 0;
-  while (end + 1 < bytes.size() && (bytes[end] != '\0' || bytes[end + 1] != '\0')) end += 2;
-  return CharsetToUtf8(bytes.substr(0, end), "utf-16le").value_or(std::string());
+  std::string text;
+  UChar pending = 0;
+  for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    auto unit = static_cast<UChar>(static_cast<unsigned char>(bytes[i]) |
+                                   static_cast<unsigned char>(bytes[i + 1]) << 8);
+    if (unit == 0) break;
+    AppendUtf16(text, &unit, 1, pending);
+  }
+  if (pending != 0) AppendChar(text, kReplacement);
+  return text;
 }
 
 }  // namespace tarnwick::platform

@@ -4,303 +4,206 @@
 
 #include <libxml/HTMLparser.h>
 #include <libxml/parserInternals.h>
-#include <libxml/xmlerror.h>
 
 #include <algorithm>
-#include <array>
-#include <climits>
 #include <memory>
-#include <utility>
 
 #include "platform/charset.h"
+#include "platform/html_text.h"
 
 namespace tarnwick::platform {
 
 namespace {
 
-enum class Layout {
-  kInline,
-  kBlock,      // begins and ends on a line of its own
-  kParagraph,  // with an empty line before and after
-  kBreak,
-  kCell,
-  kPre,
-  kHidden,
-};
+// The parser compares an end tag with every open element and an attribute with all that stand
+// before it in its tag: both are bounded here, or a hostile message would cost quadratic time. No
+// mail that a person wrote comes near.
+constexpr int kMostOpen = 500;
+constexpr size_t kMostAttributes = 1000;
+// The parser counts its input in 32 bits.
+constexpr size_t kLongest = size_t{1} << 30;
 
-struct ElementLayout {
-  std::string_view name;
-  Layout layout;
-};
+constexpr const char* kNoBreakSpace = "\xC2\xA0";
 
-// In the order of their names.
-constexpr std::array kLayouts = std::to_array<ElementLayout>({
-    {"address", Layout::kBlock},   {"applet", Layout::kHidden},    {"article", Layout::kBlock},
-    {"aside", Layout::kBlock},     {"blockquote", Layout::kBlock}, {"br", Layout::kBreak},
-    {"caption", Layout::kBlock},   {"center", Layout::kBlock},     {"dd", Layout::kBlock},
-    {"dir", Layout::kBlock},       {"div", Layout::kBlock},        {"dl", Layout::kBlock},
-    {"dt", Layout::kBlock},        {"fieldset", Layout::kBlock},   {"footer", Layout::kBlock},
-    {"form", Layout::kBlock},      {"h1", Layout::kParagraph},     {"h2", Layout::kParagraph},
-    {"h3", Layout::kParagraph},    {"h4", Layout::kParagraph},     {"h5", Layout::kParagraph},
-    {"h6", Layout::kParagraph},    {"head", Layout::kHidden},      {"header", Layout::kBlock},
-    {"hr", Layout::kBlock},        {"iframe", Layout::kHidden},    {"li", Layout::kBlock},
-    {"listing", Layout::kPre},     {"menu", Layout::kBlock},       {"object", Layout::kHidden},
-    {"ol", Layout::kBlock},        {"p", Layout::kParagraph},      {"plaintext", Layout::kPre},
-    {"pre", Layout::kPre},         {"script", Layout::kHidden},    {"section", Layout::kBlock},
-    {"style", Layout::kHidden},    {"table", Layout::kBlock},      {"td", Layout::kCell},
-    {"template", Layout::kHidden}, {"textarea", Layout::kPre},     {"th", Layout::kCell},
-    {"title", Layout::kHidden},    {"tr", Layout::kBlock},         {"ul", Layout::kBlock},
-    {"xmp", Layout::kPre},
-});
-
-Layout LayoutOf(std::string_view name) {
-  const auto* found = std::lower_bound(
-      kLayouts.begin(), kLayouts.end(), name,
-      [](const ElementLayout& element, std::string_view wanted) { return element.name < wanted; });
-  return found != kLayouts.end() && found->name == name ? found->layout : Layout::kInline;
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
 }
 
-// Puts text together as a browser lays it out: runs of blanks are one, line breaks that several
-// blocks ask for at one place are made once.
-class TextLayout {
- public:
-  void Blank() { blankPending_ = lineHasText_; }
-
-  void Character(std::string_view utf8) {
-    MakeBreaks();
-    if (blankPending_) text_ += ' ';
-    blankPending_ = false;
-    text_ += utf8;
-    lineHasText_ = true;
-  }
-
-  void LineBreak() {
-    MakeBreaks();
-    EndLine();
-  }
-
-  // At least count line ends before what follows, if anything came before.
-  void WantBreaks(int count) {
-    blankPending_ = false;
-    wantedBreaks_ = std::max(wantedBreaks_, count);
-  }
-
-  void Tab() {
-    if (!lineHasText_ || wantedBreaks_ > 0) return;
-    blankPending_ = false;
-    text_ += '\t';
-  }
-
-  std::string Take() {
-    size_t end = text_.find_last_not_of(" \t\r\n");
-    text_.resize(end == std::string::npos ? 0 : end + 1);
-    return std::move(text_);
-  }
-
- private:
-  void EndLine() {
-    text_ += "\r\n";
-    blankPending_ = false;
-    lineHasText_ = false;
-  }
-
-  void MakeBreaks() {
-    int wanted = std::exchange(wantedBreaks_, 0);
-    if (wanted == 0 || text_.empty()) return;
-    if (lineHasText_) {
-      EndLine();
-    }
-    if (wanted > 1 && !text_.ends_with("\r\n\r\n")) EndLine();
-  }
-
-  std::string text_;
-  int wantedBreaks_ = 0;
-  bool blankPending_ = false;
-  bool lineHasText_ = false;
-};
-
-// Walks the parser's events.
-class BodyReader {
- public:
-  void Start(std::string_view name, const xmlChar** attributes) {
-    if (name == "body") inBody_ = true;
-    Layout layout = LayoutOf(name);
-    if (hiddenDepth_ > 0 || layout == Layout::kHidden || IsHidden(attributes)) {
-      ++hiddenDepth_;
-      return;
-    }
-    switch (layout) {
-      case Layout::kBreak:
-        if (inBody_) layout_.LineBreak();
-        break;
-      case Layout::kPre:
-        ++preDepth_;
-        layout_.WantBreaks(1);
-        break;
-      case Layout::kCell:
-        layout_.Tab();
-        break;
-      default:
-        WantBreaks(layout);
-        break;
-    }
-  }
-
-  void End(std::string_view name) {
-    if (hiddenDepth_ > 0) {
-      --hiddenDepth_;
-      return;
-    }
-    Layout layout = LayoutOf(name);
-    if (layout == Layout::kPre && preDepth_ > 0) {
-      --preDepth_;
-      layout_.WantBreaks(1);
-    }
-    WantBreaks(layout);
-  }
-
-  void Characters(std::string_view text) {
-    if (!inBody_ || hiddenDepth_ > 0) return;
-    for (size_t i = 0; i < text.size(); ++i) {
-      char c = text[i];
-      if (c == '\n' && preDepth_ > 0) {
-        layout_.LineBreak();
-      } else if (c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f') {
-        if (preDepth_ == 0) {
-          layout_.Blank();
-        } else if (c != '\r') {
-          layout_.Character(c == '\t' ? "\t" : " ");
-        }
-      } else {
-        size_t length = SequenceLength(c);
-        Character(text.substr(i, length));
-        i += length - 1;
-      }
-    }
-  }
-
-  std::string Take() { return layout_.Take(); }
-
- private:
-  static size_t SequenceLength(char lead) {
-    auto byte = static_cast<unsigned char>(lead);
-    return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-  }
-
-  void Character(std::string_view sequence) {
-    if (sequence == "\xC2\xA0") {
-      layout_.Character(" ");  // a blank that does not break is a blank
-    } else if (sequence.size() == 2 && sequence[0] == '\xC2' &&
-               static_cast<unsigned char>(sequence[1]) < 0xA0) {
-      // A number between 128 and 159 means the character that Windows has there.
-      layout_.Character(BytesToUtf8(sequence.substr(1), "windows-1252"));
-    } else if (sequence != "\xC2\xAD" && static_cast<unsigned char>(sequence[0]) >= 0x20) {
-      layout_.Character(sequence);
-    }
-  }
-
-  static bool IsHidden(const xmlChar** attributes) {
-    for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
-      std::string name = AsciiLower(reinterpret_cast<const char*>(attributes[0]));
-      if (name == "hidden") return true;
-      if (name != "style" || attributes[1] == nullptr) continue;
-      std::string style = AsciiLower(reinterpret_cast<const char*>(attributes[1]));
-      std::erase_if(style, [](char c) { return c == ' ' || c == '\t' || c == '\n'; });
-      if (style.find("display:none") != std::string::npos) return true;
-    }
-    return false;
-  }
-
-  void WantBreaks(Layout layout) {
-    if (!inBody_) return;
-    if (layout == Layout::kBlock) layout_.WantBreaks(1);
-    if (layout == Layout::kParagraph) layout_.WantBreaks(2);
-  }
-
-  TextLayout layout_;
-  bool inBody_ = false;
-  // Counted for every element below a hidden one, void ones included: the parser ends each.
-  int64_t hiddenDepth_ = 0;
-  int64_t preDepth_ = 0;
-};
-
-void OnStart(void* reader, const xmlChar* name, const xmlChar** attributes) {
-  static_cast<BodyReader*>(reader)->Start(reinterpret_cast<const char*>(name), attributes);
+bool IsLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-void OnEnd(void* reader, const xmlChar* name) {
-  static_cast<BodyReader*>(reader)->End(reinterpret_cast<const char*>(name));
+// Copies a tag, from its "<" to before its ">", with at most kMostAttributes attributes. Quotation
+// marks count where a value begins, as the parser has it.
+size_t CopyTag(std::string_view html, size_t position, std::string& out) {
+  size_t count = 0;
+  char before = '<';
+  size_t start = position;
+  size_t cut = std::string_view::npos;
+  for (++position; position < html.size() && html[position] != '>'; ++position) {
+    char c = html[position];
+    if ((c == '"' || c == '\'') && before == '=') {
+      size_t end = html.find(c, position + 1);
+      if (end == std::string_view::npos) return start;  // no tag: what follows is one long value
+      position = end;
+      before = c;
+      ++count;
+    } else if (IsBlank(c) || c == '/') {
+      ++count;
+    } else {
+      before = c;
+    }
+    if (count > kMostAttributes && cut == std::string_view::npos) cut = position;
+  }
+  if (cut == std::string_view::npos) {
+    out.append(html, start, position - start);
+  } else {
+    out.append(html, start, cut - start);
+    // A tag that is really the inside of a comment keeps the comment's end.
+    out += ' ';
+    size_t tail = std::max(cut, position - std::min<size_t>(position, 2));
+    out.append(html, tail, position - tail);
+  }
+  return position;
 }
 
-void OnCharacters(void* reader, const xmlChar* text, int length) {
-  static_cast<BodyReader*>(reader)->Characters(
-      {reinterpret_cast<const char*>(text), static_cast<size_t>(length)});
+// Copies a comment or document type and drops any other "<!": word processors write <![if ...]>,
+// which the parser would take for text.
+size_t PassDeclaration(std::string_view html, size_t position, std::string& out) {
+  bool isComment = html.substr(position, 4) == "<!--";
+  size_t end = isComment ? html.find("-->", position + 2) : html.find('>', position);
+  end = end == std::string_view::npos ? html.size() : end + (isComment ? 3 : 1);
+  constexpr size_t kTypeLength = 9;
+  if (isComment || AsciiUpper(html.substr(position, kTypeLength)) == "<!DOCTYPE") {
+    out.append(html, position, end - position);
+  } else if (end == html.size() && html.back() != '>') {
+    out += "&lt;";
+    return position + 1;
+  }
+  return end;
 }
 
-void OnError(void* /*reader*/, const char* /*message*/, ...) {}
-void OnStructuredError(void* /*reader*/, xmlErrorPtr /*error*/) {}
-
-// The parser compares every attribute of a tag with every other: of a tag with more than any real
-// one has, the rest is dropped. NULs, at which it would stop, become blanks.
+// The document without what the parser can't take in linear time, and without NULs, which would end
+// it.
 std::string Tame(std::string_view html) {
-  constexpr int kMostSeparators = 400;
-  std::string tame;
-  tame.reserve(html.size());
-  int separators = -1;  // -1: not in a tag
-  for (size_t i = 0; i < html.size(); ++i) {
-    char c = html[i] == '\0' ? ' ' : html[i];
-    if (separators < 0) {
-      bool isTag = c == '<' && i + 1 < html.size() &&
-                   ((html[i + 1] >= 'a' && html[i + 1] <= 'z') ||
-                    (html[i + 1] >= 'A' && html[i + 1] <= 'Z'));
-      if (isTag) separators = 0;
-    } else if (c == '>') {
-      separators = -1;
-    } else if (std::string_view(" \t\r\n/\"'=").find(c) != std::string_view::npos) {
-      ++separators;
+  std::string out;
+  out.reserve(html.size());
+  for (size_t position = 0; position < html.size();) {
+    if (html[position] == '<' && position + 1 < html.size() && IsLetter(html[position + 1])) {
+      size_t next = CopyTag(html, position, out);
+      if (next != position) {
+        position = next;
+        continue;
+      }
+      out.append(html, position);
+      break;
     }
-    if (separators <= kMostSeparators) tame += c;
+    if (html.substr(position, 2) == "<!") {
+      position = PassDeclaration(html, position, out);
+      continue;
+    }
+    size_t end = html.find('<', position + 1);
+    if (end == std::string_view::npos) end = html.size();
+    out.append(html, position, end - position);
+    position = end;
   }
-  return tame;
+  std::replace(out.begin(), out.end(), '\0', ' ');
+  return out;
 }
 
-struct FreeContext {
-  void operator()(htmlParserCtxt* context) const {
-    context->sax = nullptr;  // ours, not the library's
-    htmlFreeParserCtxt(context);
+struct Reader {
+  HtmlText text;
+  htmlParserCtxtPtr parser = nullptr;
+};
+
+// Lets the outer half of the open elements fall: their end tags will find nothing to close.
+void ForgetOuterElements(htmlParserCtxtPtr parser) {
+  int fallen = parser->nameNr / 2;
+  std::copy(parser->nameTab + fallen, parser->nameTab + parser->nameNr, parser->nameTab);
+  parser->nameNr -= fallen;
+}
+
+HtmlText::Look LookOf(const xmlChar** attributes) {
+  HtmlText::Look look;
+  if (attributes == nullptr) return look;
+  for (; attributes[0] != nullptr; attributes += 2) {
+    std::string_view name = reinterpret_cast<const char*>(attributes[0]);
+    if (name == "hidden") look.hidden = true;
+    if (name != "style" || attributes[1] == nullptr) continue;
+    std::string style = AsciiLower(reinterpret_cast<const char*>(attributes[1]));
+    std::erase_if(style, IsBlank);
+    if (style.find("display:none") != std::string::npos ||
+        style.find("visibility:hidden") != std::string::npos) {
+      look.hidden = true;
+    }
+    if (style.find("white-space:pre") != std::string::npos) look.keepsBlanks = true;
   }
+  return look;
+}
+
+void StartElement(void* user, const xmlChar* name, const xmlChar** attributes) {
+  auto& reader = *static_cast<Reader*>(user);
+  reader.text.Open(reinterpret_cast<const char*>(name), LookOf(attributes));
+  if (reader.parser->nameNr > kMostOpen) ForgetOuterElements(reader.parser);
+}
+
+void EndElement(void* user, const xmlChar*) {
+  static_cast<Reader*>(user)->text.Close();
+}
+
+void Characters(void* user, const xmlChar* characters, int length) {
+  auto& reader = *static_cast<Reader*>(user);
+  if (length <= 0) return;
+  std::string_view text(reinterpret_cast<const char*>(characters), static_cast<size_t>(length));
+  // No-break spaces become blanks that stay, and references to the C1 controls (&#150;) mean
+  // windows-1252 to everyone who writes them. Both begin with the byte C2.
+  while (!text.empty()) {
+    size_t special = text.find('\xC2');
+    reader.text.Characters(text.substr(0, special));
+    if (special == std::string_view::npos || special + 1 >= text.size()) break;
+    std::string_view character = text.substr(special, 2);
+    if (character == kNoBreakSpace) {
+      reader.text.HardBlank();
+    } else if (static_cast<unsigned char>(character[1]) < 0xA0) {
+      reader.text.Characters(BytesToUtf8(character.substr(1), "windows-1252"));
+    } else {
+      reader.text.Characters(character);
+    }
+    text.remove_prefix(special + 2);
+  }
+}
+
+htmlSAXHandler MakeHandler() {
+  htmlSAXHandler handler{};
+  handler.startElement = StartElement;
+  handler.endElement = EndElement;
+  handler.characters = Characters;
+  handler.ignorableWhitespace = Characters;
+  handler.cdataBlock = [](void*, const xmlChar*, int) {};  // scripts and style sheets
+  return handler;
+}
+
+struct FreeParser {
+  void operator()(htmlParserCtxtPtr parser) const { htmlFreeParserCtxt(parser); }
 };
 
 }  // namespace
 
 std::string HtmlToPlainText(std::string_view html) {
-  if (html.find_first_not_of(" \t\r\n") == std::string_view::npos || html.size() > INT_MAX / 2) {
-    return {};
-  }
-  std::string source = Tame(html);
-  BodyReader reader;
-  htmlSAXHandler handler{};
-  handler.startElement = OnStart;
-  handler.endElement = OnEnd;
-  handler.characters = OnCharacters;
-  handler.ignorableWhitespace = OnCharacters;
-  handler.error = OnError;
-  handler.warning = OnError;
-  handler.serror = OnStructuredError;
-
-  htmlParserCtxt* created =
-      htmlCreateMemoryParserCtxt(source.data(), static_cast<int>(source.size()));
-  if (created == nullptr) return {};
-  xmlFree(created->sax);
-  created->sax = &handler;
-  created->userData = &reader;
-  std::unique_ptr<htmlParserCtxt, FreeContext> context(created);
-  htmlCtxtUseOptions(context.get(), HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
-                                        HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED |
-                                        HTML_PARSE_IGNORE_ENC | static_cast<int>(XML_PARSE_HUGE));
-  xmlSwitchEncoding(context.get(), XML_CHAR_ENCODING_UTF8);
-  htmlParseDocument(context.get());
-  return reader.Take();
+  if (std::all_of(html.begin(), html.end(), IsBlank)) return "";
+  std::string tame = Tame(html.substr(0, kLongest));
+  std::unique_ptr<htmlParserCtxt, FreeParser> parser(htmlNewParserCtxt());
+  if (!parser) return "";
+  static htmlSAXHandler handler = MakeHandler();
+  *parser->sax = handler;
+  Reader reader;
+  reader.parser = parser.get();
+  parser->userData = &reader;
+  htmlCtxtReadMemory(parser.get(), tame.data(), static_cast<int>(tame.size()), nullptr, "UTF-8",
+                     HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
+                         HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED | HTML_PARSE_IGNORE_ENC |
+                         XML_PARSE_HUGE);
+  return reader.text.HasBody() ? reader.text.Take() : std::string();
 }
 
 }  // namespace tarnwick::platform

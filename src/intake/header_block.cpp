@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/header_block.h"
+
+#include <algorithm>
+
+#include "core/text.h"
+#include "intake/date_parser.h"
+#include "intake/encoded_word.h"
+#include "platform/clock.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+// Before any mail that this program meets; the date of a message that has none.
+DateTime NoDate() {
+  return DateTime::FromDate(1990, 1, 1);
+}
+
+bool EndsHeaders(const std::string& line) {
+  return line.empty() || core::BeginsWith(line, "--");
+}
+
+}  // namespace
+
+void HeaderBlock::Read() {
+  latestReceived_ = NoDate();
+  message_.SentTime = NoDate();
+  while (cursor_.HasLine() && ReadOne()) {
+  }
+  bool isReceived = latestReceived_ != NoDate();
+  if (!WasSeen(HeaderCode::kDate) && isReceived) message_.SentTime = latestReceived_;
+  message_.ReceivedTime = isReceived ? latestReceived_ : message_.SentTime;
+  if (cursor_.HasLine() && cursor_.Line().empty()) cursor_.Next();
+}
+
+bool HeaderBlock::FirstOf(HeaderCode code) {
+  bool first = !WasSeen(code);
+  seen_ |= 1U << static_cast<int>(code);
+  return first;
+}
+
+bool HeaderBlock::ReadOne() {
+  std::string& line = cursor_.Line();
+  if (!IsFolded(line) && IsContentHeader(line)) {
+    ReadContent();
+    return true;
+  }
+  HeaderCode code = ClassifyHeader(line);
+  if (code == HeaderCode::kOther) {
+    if (EndsHeaders(line)) return false;
+    cursor_.Next();
+    return true;
+  }
+  bool everyTime = code == HeaderCode::kContentType || code == HeaderCode::kBcc ||
+                   code == HeaderCode::kComment || code == HeaderCode::kReceived;
+  std::string value = std::move(line);
+  cursor_.Next();
+  if (!FirstOf(code) && !everyTime) return true;
+  switch (code) {
+    case HeaderCode::kSubject:
+      ReadSubject(value);
+      break;
+    case HeaderCode::kDate:
+      AppendFolded(value);
+      twParseDate(message_.SentTime, draft_.timeText, draft_.timeShift, std::move(value), true);
+      break;
+    case HeaderCode::kTo:
+    case HeaderCode::kCc:
+      ReadAddresses(std::move(value), code == HeaderCode::kCc);
+      break;
+    case HeaderCode::kFrom:
+      AppendFolded(value);
+      ReadFrom(value);
+      break;
+    case HeaderCode::kImportance:
+      draft_.importance = core::CleanTrim(value);
+      break;
+    case HeaderCode::kReceived:
+      ReadReceived(std::move(value));
+      break;
+    case HeaderCode::kBcc:
+      ReadBcc(value);
+      break;
+    case HeaderCode::kContentType:
+    case HeaderCode::kMessageId:
+    case HeaderCode::kComment:
+    case HeaderCode::kOther:
+      break;
+  }
+  return true;
+}
+
+void HeaderBlock::AppendFolded(std::string& value) {
+  for (; cursor_.HasLine() && IsFolded(cursor_.Line()); cursor_.Next()) {
+    std::string_view more = cursor_.Line();
+    value += ' ';
+    value += more.substr(1);
+  }
+}
+
+// Each line is cleaned and decoded by itself.
+void HeaderBlock::ReadSubject(std::string_view value) {
+  Decode(core::Unquote(value), draft_.subject);
+  for (; cursor_.HasLine() && IsFolded(cursor_.Line()); cursor_.Next()) {
+    Decode(core::Unquote(cursor_.Line()), draft_.subject);
+  }
+}
+
+void HeaderBlock::ReadFrom(std::string_view value) {
+  std::string clean = core::CleanTrim(value);
+  if (!clean.empty() && clean.back() == ',') clean.pop_back();
+  AddressPair pair = SplitAddress(clean);
+  draft_.from.address.AppendRaw(pair.Address);
+  Decode(pair.Name, draft_.from.name);
+}
+
+// A list that ends with a comma goes on in the next line, however that line begins.
+void HeaderBlock::ReadAddresses(std::string value, bool isCc) {
+  AppendFolded(value);
+  value = core::Unquote(value);
+  for (;;) {
+    TakeItems(value, isCc);
+    if (value.empty() || value.back() != ',') return;
+    if (!cursor_.HasLine() || cursor_.Line().empty()) return;
+    value = std::move(cursor_.Line());
+    cursor_.Next();
+    AppendFolded(value);
+    std::string_view blanksOff = value;
+    while (!blanksOff.empty() && blanksOff.back() == ' ') blanksOff.remove_suffix(1);
+    value.resize(blanksOff.size());
+  }
+}
+
+// The split is at every comma, within quotation marks too.
+void HeaderBlock::TakeItems(std::string_view list, bool isCc) {
+  do {
+    std::string_view item = list.substr(0, list.find(','));
+    list.remove_prefix(std::min(item.size() + 1, list.size()));
+    AddAddress(item, isCc);
+  } while (!core::Trim(list).empty());
+}
+
+void HeaderBlock::AddAddress(std::string_view item, bool isCc) {
+  std::vector<DraftAddress>& target = isCc ? draft_.cc : draft_.to;
+  AddressPair pair = SplitAddress(core::CleanTrim(item));
+  if (isCc && pair.Address == kNoAddress) return;
+  if (target.size() >= kMaxRecipients) {
+    if (isCc) {
+      draft_.ShowLimit("Cc limit", "CC account is great than " + std::to_string(kMaxRecipients));
+    }
+    return;
+  }
+  DraftAddress& address = target.emplace_back();
+  Decode(pair.Name, address.name);
+  address.address.AppendRaw(pair.Address);
+}
+
+void HeaderBlock::ReadReceived(std::string value) {
+  AppendFolded(value);
+  size_t last = value.rfind(';');
+  if (last != std::string::npos) value.erase(0, last + 1);
+  // Of "22/08/2002 12:23:43" and the like only the time would be understood, and the message would
+  // seem to have come today.
+  if (!NamesDate(value)) return;
+  DateTime date = NoDate();
+  std::string timeText;
+  std::string zoneText;
+  twParseDate(date, timeText, zoneText, std::move(value), false);
+  if (date > latestReceived_ && date <= platform::Now().AddDays(1)) latestReceived_ = date;
+}
+
+// Read only to find its end.
+void HeaderBlock::ReadBcc(std::string_view value) {
+  constexpr size_t kLongest = 255;
+  std::string collected = core::CleanTrim(value);
+  while (!collected.empty() && collected.back() == ';' && cursor_.HasLine()) {
+    std::string_view more = cursor_.Line();
+    if (more.empty() || collected.size() + more.size() >= kLongest) break;
+    collected += core::CleanTrim(more);
+    cursor_.Next();
+  }
+}
+
+void HeaderBlock::ReadContent() {
+  std::string header = TakeFolded(cursor_);
+  content_.boundary.clear();
+  ReadContentHeader(header, content_);
+  if (content_.type == PartKind::kContainer && !content_.boundary.empty()) {
+    draft_.AddBoundary(content_.boundary);
+    message_.IsMultipart = 1;
+  }
+}
+
+}  // namespace tarnwick::intake

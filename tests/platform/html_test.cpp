@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/html.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/charset.h"
+
+namespace tarnwick::platform {
+namespace {
+
+using std::string_literals::operator""s;
+
+struct Document {
+  const char* what;
+  std::string html;  // stands in a BODY
+  std::string text;
+};
+
+TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
+  const Document rows[] = {
+      {"inline elements join", "a<b>b</b><i>c</i> d", "abc d"},
+      {"runs of blanks are one", "  a \r\n\t b  ", "a b"},
+      {"blank at an element's edge", "a <b> b</b>c", "a bc"},
+      {"line break", "a<br>b<BR/><br>c", "a\r\nb\r\n\r\nc"},
+      {"blocks", "a<div>b</div>c<div><div>d</div></div>", "a\r\nb\r\nc\r\nd"},
+      {"paragraphs stand apart", "<p>a</p><p>b</p>c", "a\r\n\r\nb\r\n\r\nc"},
+      {"unclosed paragraphs", "<p>a<p>b", "a\r\n\r\nb"},
+      {"empty paragraphs make no lines", "<p>a</p><p></p><p> </p><p>b</p>", "a\r\n\r\nb"},
+      {"list", "x<ul><li>a<li>b</ul>y", "x\r\na\r\nb\r\ny"},
+      {"headings and rules", "<h1>a</h1>b<hr>c", "a\r\nb\r\nc"},
+      {"table", "<table><tr><td>a</td><td>b</td></tr><tr><th>c<th>d</table>", "a\tb\r\nc\td"},
+      {"pre keeps its own", "<pre>\na  b\n\n c</pre>d", "a  b\r\n\r\n c\r\nd"},
+      {"no-break spaces", "a&nbsp;&nbsp;b \xC2\xA0 c", "a  b   c"},
+      {"references", "&lt;&amp;&gt;&quot;&eacute;&#1087;&#x43F;", "<&>\"éпп"},
+      {"references of windows-1252", "&#150;&#147;&#148;&#128;", "–“”€"},
+      {"scripts and styles", "a<script>if (a<b) x='</p>';</script><style>p {}</style>b", "ab"},
+      {"comments", "a<!-- <p>no</p> -->b", "ab"},
+      {"conditional comments", "a<!--[if mso]><p>no<![endif]-->b<![if !x]>c<![endif]>d", "abcd"},
+      {"declaration without an end", "a<!b", "a<!b"},
+      {"hidden by attribute", "a<span hidden>no</span>b", "ab"},
+      {"hidden by style", "a<div style='DISPLAY : none'>no<b>no</b></div>b", "ab"},
+      {"a script's title is none", "a<iframe>no</iframe>b", "ab"},
+      {"unclosed markup", "a<b>b<a href=\"x", "ab"},
+      {"text behind the body", "a</body></html>b", "a\r\n\r\nb"},
+      {"letters outside ASCII", "<p>Привет, 日本</p>", "Привет, 日本"},
+      {"nul", "a\0b"s, "a b"},
+  };
+  for (const Document& row : rows) {
+    SCOPED_TRACE(row.what);
+    EXPECT_EQ(HtmlToPlainText("<html><body>" + row.html), row.text);
+  }
+}
+
+TEST(HtmlToPlainText, OnlyADeclaredBodyCounts) {
+  EXPECT_EQ(HtmlToPlainText(""), "");
+  EXPECT_EQ(HtmlToPlainText(" \r\n\t"), "");
+  EXPECT_EQ(HtmlToPlainText("<p>a</p>"), "");
+  EXPECT_EQ(HtmlToPlainText("plain"), "");
+  EXPECT_EQ(HtmlToPlainText("<!-- <body> -->a<img alt='<body>'><script>'<body>'</script>"), "");
+  EXPECT_EQ(HtmlToPlainText("<html><frameset><frame src=x></frameset></html>"), "");
+  EXPECT_EQ(HtmlToPlainText("<HTML><HEAD><TITLE>t</TITLE></HEAD><BODY class=x>a</BODY></HTML>"),
+            "a");
+  EXPECT_EQ(HtmlToPlainText("<head><title>t</title><style>s</style><body>a"), "a");
+  EXPECT_EQ(HtmlToPlainText("<meta http-equiv=Content-Type content='text/html; charset=koi8-r'>"
+                            "<body>ä"),
+            "ä");
+}
+
+// Each of these was quadratic, or endless, in one parser or another.
+TEST(HtmlToPlainText, HostileDocumentsTakeLinearTime) {
+  auto repeated = [](std::string_view piece, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < count; ++i) text += piece;
+    return text;
+  };
+  constexpr size_t kMany = 100000;
+  std::string attributes;
+  for (size_t i = 0; i < kMany; ++i) attributes += " a" + std::to_string(i);
+  const Document rows[] = {
+      {"deep nesting", repeated("<div>", kMany) + "deep", "deep"},
+      {"deep nesting with ends", repeated("<b>", kMany) + "x" + repeated("</b>", kMany), "x"},
+      {"ends of nothing", repeated("<b>", 400) + repeated("</i>", kMany) + "x", "x"},
+      {"bodies", repeated("<body>", kMany) + "x", "x"},
+      {"attributes", "<p" + attributes + ">x", "x"},
+      {"quoted attributes", "<p" + repeated("\"a\"", kMany) + ">x", "x"},
+      {"open comments", "x" + repeated("<!--", kMany), "x"},
+      {"open references", "x" + repeated("&", kMany), "x" + repeated("&", kMany)},
+      {"blanks", "x" + repeated(" ", kMany) + "y", "x y"},
+      {"breaks of an empty text", repeated("<p>", kMany) + "x", "x"},
+  };
+  for (const Document& row : rows) {
+    SCOPED_TRACE(row.what);
+    EXPECT_EQ(HtmlToPlainText("<body>" + row.html), row.text);
+  }
+  for (const char* piece :
+       {"<table><tr><td>", "<li>", "</p>", "<", "<a b='", "<![CDATA[", "<?x "}) {
+    SCOPED_TRACE(piece);
+    EXPECT_TRUE(IsValidUtf8(HtmlToPlainText("<body>" + repeated(piece, kMany))));
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::platform
