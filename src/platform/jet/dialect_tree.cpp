@@ -264,9 +264,22 @@ class Parser {
       NeedSymbol(")");
     } else {
       insert.select = std::make_unique<Select>(SelectStatement());
+      if (insert.columns.empty()) insert.columns = NamesOf(insert.select->items);
       if (insert.file && insert.select->file) RefuseSql("two files in one statement");
     }
     return insert;
+  }
+
+  // Rows that are selected go into the columns of their names, in whatever order those stand. With
+  // a * or a value without a name among them they go by their places.
+  static std::vector<std::string> NamesOf(const std::vector<SelectItem>& items) {
+    std::vector<std::string> names;
+    for (const SelectItem& item : items) {
+      bool named = !item.alias.empty() || item.value.kind == Kind::kColumn;
+      if (item.star || !named) return {};
+      names.push_back(item.alias.empty() ? item.value.text : item.alias);
+    }
+    return names;
   }
 
   Update UpdateStatement() {

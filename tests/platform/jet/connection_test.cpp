@@ -11,6 +11,8 @@
 
 #include "mail_database.h"
 #include "platform/files.h"
+#include "platform/jet/engine.h"
+#include "platform/jet/text_order.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -37,7 +39,7 @@ class ConnectionTest : public MailDatabase {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
-  std::string Database(const std::string& name, const std::string& password = kPassword) {
+  std::string MakeFile(const std::string& name, const std::string& password = kPassword) {
     std::string path = folder_.File(name);
     CreateDatabaseFile(path, password, MailTables(), 1);
     return path;
@@ -51,7 +53,7 @@ TEST_F(ConnectionTest, RefusesWhatIsNoDatabaseOfOurs) {
   platform::WriteFile(empty, "");
   std::string text = folder_.File("text.twr");
   platform::WriteFile(text, std::string(10000, 'a'));
-  std::string damaged = Database("damaged.twr");
+  std::string damaged = MakeFile("damaged.twr");
   std::string bytes = platform::ReadFile(damaged);
   bytes[200] = static_cast<char>(bytes[200] ^ 1);
   platform::WriteFile(damaged, bytes);
@@ -63,9 +65,9 @@ TEST_F(ConnectionTest, RefusesWhatIsNoDatabaseOfOurs) {
     const char* description;
   };
   const Case kCases[] = {
-      {"another password", Database("other.twr", "something"), kPassword, 26,
+      {"another password", MakeFile("other.twr", "something"), kPassword, 26,
        "file is not a database"},
-      {"no password", Database("third.twr"), "", 26, "file is not a database"},
+      {"no password", MakeFile("third.twr"), "", 26, "file is not a database"},
       {"a plain database", plain, kPassword, 26, "file is not a database"},
       {"an empty file", empty, kPassword, 26, "file is not a database"},
       {"another kind of file", text, kPassword, 26, "file is not a database"},
@@ -113,6 +115,28 @@ TEST_F(ConnectionTest, AtRestIsASingleFileThatCanBeCopied) {
   Recordset rows;
   rows.Open("SELECT Name FROM MeContact", second);
   EXPECT_EQ(rows.Field("Name").AsText(), "Ann");
+}
+
+// As a file made with another version of the text order is.
+TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
+  for (const char* name : {"b", "A", "c"}) {
+    Run(std::string("INSERT INTO MeContact (Name) VALUES ('") + name + "')");
+  }
+  connection_.Close();
+  std::string other = MakeFile("other.twr");
+  for (const std::string& path : {path_, other}) {
+    Database file(path, kPassword, Database::Mode::kExisting);
+    file.Run("PRAGMA application_id = 1");
+  }
+  connection_.Open();
+  EXPECT_EQ(connection_.IntegrityCheck(), "");
+  EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY Name"), "A|b|c");
+  Run("INSERT INTO MeContact IN '" + other + "' SELECT * FROM MeContact");
+  connection_.Close();
+  for (const std::string& path : {path_, other}) {
+    Database file(path, kPassword, Database::Mode::kExisting);
+    EXPECT_EQ(file.Number("PRAGMA application_id"), TextOrderVersion());
+  }
 }
 
 TEST_F(ConnectionTest, CloseEndsRecordsetsAndMayBeRepeated) {
@@ -272,7 +296,7 @@ class OtherFile : public ConnectionTest {
     return "'" + quoted + "'";
   }
 
-  std::string path2_ = Database("Ann's backup [1].twb");
+  std::string path2_ = MakeFile("Ann's backup [1].twb");
 };
 
 TEST_F(OtherFile, TablesGoThereAndComeBackWithTheirKeys) {
@@ -296,7 +320,7 @@ TEST_F(OtherFile, TakesRowsOfAListAndOfAJoin) {
             1);
   EXPECT_EQ(
       Run("INSERT INTO MeContact IN " + Quoted(path2_) +
-          "\r\nSELECT  DISTINCT 20 + MeContact.ID AS ID, MeContact.Name FROM Attachment INNER "
+          "\r\nSELECT  DISTINCT MeContact.Name, 20 + MeContact.ID AS ID FROM Attachment INNER "
           "JOIN MeContact ON Attachment.EmailID = MeContact.ID\r\nWHERE EmailID In (3)"),
       1);
   EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3|23");
@@ -309,7 +333,7 @@ TEST_F(OtherFile, IsLetGoAfterAnError) {
   EXPECT_EQ(ErrorOf([&] { Column("SELECT None FROM MeContact IN " + Quoted(path2_)); }), 1);
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN 'nowhere.twb'"); }), 14);
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(path_)); }), 5);
-  std::string foreign = Database("foreign.twr", "another");
+  std::string foreign = MakeFile("foreign.twr", "another");
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(foreign)); }), 26);
   EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
 }
