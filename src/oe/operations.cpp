@@ -90,8 +90,9 @@ void dbxFileMeAddress() {
                     platform::EnsureUtf8(lines.subject));
     intake::AddressPair sender = intake::SplitAddress(core::CleanTrim(lines.from));
     if (sender.Address == intake::kNoAddress) return;
-    std::string name = intake::Decode(sender.Name).Finish("");
-    intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), name, kApplication);
+    intake::MixedText name;
+    intake::Decode(sender.Name, name);
+    intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), name.Finish(""), kApplication);
   });
 }
 
