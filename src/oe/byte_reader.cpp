@@ -12,7 +12,7 @@ namespace {
 
 // A jump fetches what an info object or a block or two take; reading on fetches more at a time.
 constexpr size_t kJumpPiece = 1024;
-constexpr size_t kRunPiece = 16 * 1024;
+constexpr size_t kRunPiece = size_t{16} * 1024;
 
 uint64_t GetNumber(std::string_view bytes, size_t place, size_t width) {
   if (place > bytes.size() || bytes.size() - place < width) {

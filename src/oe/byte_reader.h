@@ -25,7 +25,7 @@ std::string_view ZeroTerminated(std::string_view bytes, size_t place);
 class ByteReader {
  public:
   // The most that one Read gives.
-  static constexpr size_t kMaxPiece = 32 * 1024;
+  static constexpr size_t kMaxPiece = size_t{32} * 1024;
 
   explicit ByteReader(const std::string& path);
 

@@ -103,7 +103,7 @@ std::string FullNameOf(const std::vector<FolderRow>& folders, const FolderRow& f
       if (row.number == parent) found = &row;
     }
     if (found == nullptr) break;
-    name = found->displayName + "." + name;
+    name.insert(0, found->displayName + ".");
     parent = found->parent;
   }
   return name;

@@ -79,8 +79,8 @@ std::string JisToIso2022(std::string_view jis) {
 std::string JisToShiftJis(std::string_view jis) {
   std::string bytes;
   for (size_t i = 0; i + 1 < jis.size(); i += 2) {
-    int row = jis[i];
-    int cell = jis[i + 1];
+    int row = static_cast<unsigned char>(jis[i]);
+    int cell = static_cast<unsigned char>(jis[i + 1]);
     int lead = (row - 0x21) / 2 + (row < 0x5F ? 0x81 : 0xC1);
     int trail = row % 2 == 0 ? cell + 0x7E : cell + (cell < 0x60 ? 0x1F : 0x20);
     bytes += static_cast<char>(lead);
