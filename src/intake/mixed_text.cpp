@@ -49,6 +49,18 @@ std::string Convert(std::string_view bytes, std::string_view charset) {
   return text ? *std::move(text) : platform::EnsureUtf8(bytes);
 }
 
+// Mailers that write headers in UTF-8 without saying so declare the body's charset, most often one
+// of these, in which a text that is valid UTF-8 beyond ASCII has never made sense.
+std::string ConvertUnclaimed(std::string_view bytes, std::string_view charset) {
+  for (std::string_view western : {"iso-8859-1", "iso-8859-15", "windows-1252"}) {
+    if (SameName(charset, western)) {
+      if (platform::IsValidUtf8(bytes)) return std::string(bytes);
+      break;
+    }
+  }
+  return Convert(bytes, charset);
+}
+
 }  // namespace
 
 bool ClaimsBytes(std::string_view charset) {
@@ -89,8 +101,9 @@ std::string MixedText::Finish(std::string_view charset) const {
   std::string text;
   size_t start = 0;
   for (const Span& span : spans_) {
-    std::string piece = Convert(std::string_view(bytes_).substr(start, span.end - start),
-                                span.charset.empty() ? charset : std::string_view(span.charset));
+    std::string_view bytes = std::string_view(bytes_).substr(start, span.end - start);
+    std::string piece =
+        span.charset.empty() ? ConvertUnclaimed(bytes, charset) : Convert(bytes, span.charset);
     if (spans_.size() == 1) return piece;
     text += piece;
     start = span.end;

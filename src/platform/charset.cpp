@@ -100,6 +100,35 @@ void AppendUtf16(std::string& text, const UChar* units, size_t count, UChar& pen
   }
 }
 
+// Length of the ISO 2022 sequence at position that chooses a set (ESC ( B, ESC $ B, ESC $ ( D); 0
+// when there is none.
+size_t SetChoiceLength(std::string_view bytes, size_t position) {
+  if (bytes.substr(position, 2) == "\x1B(") return position + 2 < bytes.size() ? 3 : 0;
+  if (bytes.substr(position, 3) == "\x1B$(") return position + 3 < bytes.size() ? 4 : 0;
+  if (bytes.substr(position, 3) == "\x1B$)") return 0;  // announces a set, does not choose it
+  if (bytes.substr(position, 2) == "\x1B$") return position + 2 < bytes.size() ? 3 : 0;
+  return 0;
+}
+
+// ISO 2022 text without choices of a set that is not used: harmless, usual where two encoded words
+// meet, and taken by ICU for an attack.
+std::string WithoutEmptyRuns(std::string_view bytes) {
+  std::string clean;
+  clean.reserve(bytes.size());
+  for (size_t position = 0; position < bytes.size();) {
+    size_t length = SetChoiceLength(bytes, position);
+    if (length != 0 && SetChoiceLength(bytes, position + length) != 0) {
+      position += length;
+      continue;
+    }
+    size_t end = bytes.find('\x1B', position + 1);
+    if (end == std::string_view::npos) end = bytes.size();
+    clean.append(bytes, position, end - position);
+    position = end;
+  }
+  return clean;
+}
+
 struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
@@ -130,7 +159,8 @@ class Charset {
 
   std::string Convert(std::string_view bytes) {
     if (isUtf8_) return IsValidUtf8(bytes) ? std::string(bytes) : MendUtf8(bytes);
-    return isTable_ ? ConvertByTable(bytes) : ConvertByIcu(bytes);
+    if (isTable_) return ConvertByTable(bytes);
+    return isEscaped_ ? ConvertByIcu(WithoutEmptyRuns(bytes)) : ConvertByIcu(bytes);
   }
 
  private:
@@ -142,6 +172,9 @@ class Charset {
   void LookAtAscii() {
     switch (ucnv_getType(converter_.get())) {
       case UCNV_ISO_2022:
+        isEscaped_ = true;
+        holdsAscii_ = false;
+        return;
       case UCNV_HZ:
       case UCNV_UTF7:
       case UCNV_IMAP_MAILBOX:
@@ -219,6 +252,7 @@ class Charset {
   bool isUtf8_ = false;
   bool isTable_ = false;
   bool holdsAscii_ = true;
+  bool isEscaped_ = false;  // ISO 2022
   std::array<Encoded, 256> table_{};
 };
 

@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/header_parser.h"
+
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "intake/message_text.h"
+#include "intake/sender_rules.h"
+#include "intake/store_message.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::intake {
+namespace {
+
+using testing::Lines;
+
+class HeaderParser : public testing::ProgramFixture {
+ protected:
+  bool Parse(const std::string& text, const std::string& key = "") {
+    message_ = MailMessage();
+    message_.MessageKey = key;
+    return ParseMessageFile(WriteTemp("message.eml", text), source_, IsFromMe, message_);
+  }
+  bool Take(const std::string& text, const std::string& key = "") {
+    return dbxParseMessage(WriteTemp("message.eml", text), source_, "Main", key);
+  }
+
+  SourceDescriptor source_{"Inbox", "", "Outlook Express"};
+  MailMessage message_;
+};
+
+TEST(ClassifyHeader, KeysAreComparedWhole) {
+  const struct {
+    const char* line;
+    HeaderCode code;
+    const char* value;
+  } rows[] = {
+      {"SUBJECT: a: b", HeaderCode::kSubject, "a: b"},
+      {"Sent:\t x ", HeaderCode::kDate, "x"},
+      {"reference: x", HeaderCode::kMessageId, "x"},
+      {"X-Status: x", HeaderCode::kOther, "X-Status: x"},
+      {"Status: RO", HeaderCode::kImportance, "RO"},
+      {"iX-MSMail-Priority: High", HeaderCode::kImportance, "High"},
+      {"Subject : x", HeaderCode::kOther, "Subject : x"},
+      {" Subject: x", HeaderCode::kOther, " Subject: x"},
+      {"subject", HeaderCode::kSubject, ""},
+      {"", HeaderCode::kOther, ""},
+      {": x", HeaderCode::kOther, ": x"},
+  };
+  for (const auto& row : rows) {
+    std::string line = row.line;
+    EXPECT_EQ(ClassifyHeader(line), row.code) << row.line;
+    EXPECT_EQ(line, row.value);
+  }
+}
+
+TEST(SplitAddress, NameAndAddressAreToldApart) {
+  const struct {
+    const char* text;
+    const char* name;
+    const char* address;
+  } rows[] = {
+      {"Ann Lee <ann@example.org>", "Ann Lee", "ann@example.org"},
+      {"\"Ann Lee\" <ann@example.org>", "Ann Lee", "ann@example.org"},
+      {"'Ann' <ann@example.org>", "Ann", "ann@example.org"},
+      {"ann@example.org", "ann@example.org", "ann@example.org"},
+      {"<ann@example.org>", "ann@example.org", "ann@example.org"},
+      {"ann@example.org (Ann Lee)", "(Ann Lee)", "ann@example.org"},
+      {"ann@example.org <", "ann@example.org", "ann@example.org"},
+      {"- <ann@example.org>", "ann@example.org", "ann@example.org"},
+      {"Ann", "Ann", "no address"},
+      {"-", "no address", "no address"},
+      {"", "no name", "no address"},
+      {"@", "@", "@"},
+      {"a\tb@c", "a", "b@c"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(SplitAddress(row.text), (AddressPair{row.name, row.address})) << row.text;
+  }
+}
+
+TEST_F(HeaderParser, EveryFieldOfAnOrdinaryLetterIsFound) {
+  EXPECT_TRUE(Parse(Lines({
+      "Received: from a by b; Mon, 5 Jan 2004 10:21:00 +0000",
+      "Received: from c",
+      "\tby d; Mon, 5 Jan 2004 10:22:00 +0000",
+      "Received: from the future; Wed, 17 Jun 2020 13:00:00 +0000",
+      "From: =?koi8-r?B?4c7OwQ==?= <ann@example.org>,",
+      "To: \"Berta Holm\" <berta@example.org>, carl@example.org,",
+      "  Dora <dora@example.org>",
+      "Cc: Nobody, Emil <emil@example.org>",
+      "Subject: 'Budget: plan'",
+      " =?utf-8?Q?_f=C3=BCr?=",
+      "Subject: not this one",
+      "Date: Mon, 5 Jan 2004 10:20:30 +0200",
+      "Importance: High",
+      "X-Other: x",
+      "",
+      "Hello",
+      "",
+      "Ann",
+  })));
+  EXPECT_EQ(message_.FromName, "Анна");
+  EXPECT_EQ(message_.FromAddress, "ann@example.org");
+  ASSERT_EQ(message_.ToCount, 3);
+  EXPECT_EQ(message_.To[0], (AddressPair{"Berta Holm", "berta@example.org"}));
+  EXPECT_EQ(message_.To[1], (AddressPair{"carl@example.org", "carl@example.org"}));
+  EXPECT_EQ(message_.To[2], (AddressPair{"Dora", "dora@example.org"}));
+  ASSERT_EQ(message_.CcCount, 1);
+  EXPECT_EQ(message_.Cc[0], (AddressPair{"Emil", "emil@example.org"}));
+  EXPECT_EQ(message_.Subject, "Budget: plan für");
+  EXPECT_EQ(message_.SentTime.ToIso(), "2004-01-05 11:20:30");
+  EXPECT_EQ(message_.ReceivedTime.ToIso(), "2004-01-05 10:22:00");
+  EXPECT_EQ(message_.TimeText, "10:20:30");
+  EXPECT_EQ(message_.TimeShift, "+0200");
+  EXPECT_EQ(message_.Importance, "High");
+  EXPECT_EQ(message_.Body, "Hello\r\n\r\nAnn\r\n");
+  EXPECT_EQ(message_.Direction, "In");
+  EXPECT_EQ(message_.FromToName, "Анна");
+  EXPECT_EQ(message_.MessageKey, "Budget: plan für_20040105112030");
+  EXPECT_EQ(message_.Folder, "Inbox");
+}
+
+TEST_F(HeaderParser, ListsAreSplitAtEveryCommaAndGoOnAfterOne) {
+  Parse(Lines({"To: \"Lee, Ann\" <ann@example.org>,", "berta@example.org, ", "Subject: no header",
+               "Cc: a@b,", "", "x"}));
+  ASSERT_EQ(message_.ToCount, 4);
+  EXPECT_EQ(message_.To[0], (AddressPair{"Lee", "no address"}));
+  EXPECT_EQ(message_.To[1], (AddressPair{"Ann", "ann@example.org"}));
+  EXPECT_EQ(message_.To[2].Address, "berta@example.org");
+  EXPECT_EQ(message_.To[3].Name, "Subject: no header");
+  EXPECT_EQ(message_.Subject, "");
+  EXPECT_EQ(message_.CcCount, 1);
+  EXPECT_EQ(message_.Body, "x\r\n");
+}
+
+TEST_F(HeaderParser, AHeaderFoldedBeforeItsAddressKeepsIt) {
+  Parse(Lines({"From: =?utf-8?Q?A_very_long_name?=", "\t<ann@example.org>",
+               "To: Berta with a long name", " <berta@example.org>", "", "x"}));
+  EXPECT_EQ(message_.FromName, "A very long name");
+  EXPECT_EQ(message_.FromAddress, "ann@example.org");
+  EXPECT_EQ(message_.To[0], (AddressPair{"Berta with a long name", "berta@example.org"}));
+}
+
+TEST_F(HeaderParser, HeadersEndAtAnEmptyLineOrTwoHyphens) {
+  Parse(Lines({"Subject: a", "--", "To: ann@example.org", ""}));
+  EXPECT_EQ(message_.ToCount, 0);
+  EXPECT_EQ(message_.Body, "--\r\nTo: ann@example.org\r\n\r\n");
+  Parse("Subject: only a header");
+  EXPECT_EQ(message_.Subject, "only a header");
+  EXPECT_EQ(message_.Body, "");
+  Parse("Subject: a\nFrom: b@c\r\n\nline feed\r\nno end");
+  EXPECT_EQ(message_.FromAddress, "b@c");
+  EXPECT_EQ(message_.Body, "line feed\r\nno end\r\n");
+}
+
+TEST_F(HeaderParser, UndeclaredHeaderBytesTakeTheBodysCharset) {
+  Parse(Lines({"From: \xC1\xCE\xCE\xC1 <ann@example.org>",
+               "To: =?utf-8?B?0LE=?= \xC1 <berta@example.org>", "Subject: \xD0\xCC\xC1\xCE",
+               "Content-Type: text/plain; charset=KOI8-R", "", "\xC4\xC1"}));
+  EXPECT_EQ(message_.FromName, "анна");
+  EXPECT_EQ(message_.To[0].Name, "б а");
+  EXPECT_EQ(message_.Subject, "план");
+  EXPECT_EQ(message_.Body, "да\r\n");
+  EXPECT_EQ(message_.SubjectConverted, 1);
+}
+
+TEST_F(HeaderParser, DirectionFollowsFolderParentAndOwnAddresses) {
+  dbSaveMeAddress("ann@example.org", "Ann", "Outlook Express");
+  const struct {
+    const char* folder;
+    const char* parent;
+    const char* from;
+    const char* direction;
+  } rows[] = {
+      {"Sent Items", "", "x@example.org", "Out"},
+      {"sent items", "", "x@example.org", "In"},
+      {"2002", "Old.sent items.2002", "x@example.org", "Out"},
+      {"Inbox", "", "ann@example.org", "In"},
+      {"Letters", "INBOX.Letters", "ann@example.org", "In"},
+      {"Letters", "", "Ann@Example.org", "Out"},
+      {"Letters", "", "x@example.org", "In"},
+  };
+  for (const auto& row : rows) {
+    source_ = {row.folder, row.parent, "Outlook Express"};
+    Parse(Lines({"From: " + std::string(row.from), "To: b@c", ""}));
+    EXPECT_EQ(message_.Direction, row.direction) << row.folder << row.parent << row.from;
+    EXPECT_EQ(message_.FromToAddress, message_.Direction == "In" ? row.from : "b@c");
+  }
+}
+
+TEST_F(HeaderParser, DatesThatAreMissingOrMadHaveTheirFallback) {
+  Parse(Lines({"Subject: a", ""}));
+  EXPECT_EQ(message_.SentTime.ToIso(), "1990-01-01 00:00:00");
+  EXPECT_EQ(message_.ReceivedTime, message_.SentTime);
+  Parse(Lines({"Subject: a", "Received: x; 5 Jan 2004 10:00:00", ""}));
+  EXPECT_EQ(message_.SentTime.ToIso(), "2004-01-05 10:00:00");
+  Parse(Lines({"Subject: a", "Date: 5 Jan 102 10:00:00", "Received: x; 5 Jan 2002 10:00:00", ""}));
+  EXPECT_EQ(message_.SentTime.ToIso(), "0102-01-05 10:00:00");
+  EXPECT_EQ(message_.ReceivedTime.ToIso(), "2002-01-05 10:00:00");
+}
+
+TEST_F(HeaderParser, WithoutSubjectAndCorrespondentItIsNoMessage) {
+  EXPECT_FALSE(Parse("no message at all"));
+  EXPECT_FALSE(Parse(""));
+  EXPECT_TRUE(Parse("From: ann@example.org\r\n"));
+  source_.folder = "Sent Items";
+  EXPECT_FALSE(Parse("From: ann@example.org\r\n\r\nhidden recipients"));
+  // A store that counts it as a letter is believed.
+  EXPECT_TRUE(Parse("From: ann@example.org\r\n\r\nhidden recipients", "key"));
+  EXPECT_EQ(message_.Subject, "no subject");
+
+  EXPECT_FALSE(Take("no message at all"));
+  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  EXPECT_EQ(ui_.Shown("box"), std::vector<std::string>{"Message format is invalid."});
+}
+
+TEST_F(HeaderParser, TooManyRecipientsAreDroppedAsDesigned) {
+  std::string many;
+  for (int i = 0; i < 150; ++i) many += (i > 0 ? ", u" : "u") + std::to_string(i) + "@example.org";
+  Parse(Lines({"From: a@b", "To: " + many, "Cc: " + many, "Subject: s", ""}));
+  EXPECT_EQ(message_.ToCount, 100);
+  EXPECT_EQ(message_.CcCount, 100);
+  EXPECT_EQ(message_.Cc[99].Address, "u99@example.org");
+  EXPECT_EQ(ui_.Shown("box"), std::vector<std::string>(50, "CC account is great than 100"));
+}
+
+TEST_F(HeaderParser, ATakenMessageIsStoredOnce) {
+  core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+  std::string text = Lines({"From: a@b", "Subject: s", "Date: 5 Jan 2004 10:00:00", "", "x"});
+  EXPECT_TRUE(Take(text, "key one"));
+  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(), "key one");
+  EXPECT_EQ(Query("SELECT Encoding FROM Email").AsText(), "NOT");
+  EXPECT_EQ(Query("SELECT Identity FROM Email").AsText(), "Main");
+  EXPECT_FALSE(Take("not even read", "key one"));
+  EXPECT_EQ(LastOutcome(), Outcome::kAlreadyStored);
+  EXPECT_TRUE(Take(text));  // without the caller's key it has one of its own
+  EXPECT_FALSE(Take(text));
+  EXPECT_EQ(LastOutcome(), Outcome::kAlreadyStored);
+  AddIgnoredMessage("key two");
+  EXPECT_FALSE(Take(text, "key two"));
+  EXPECT_EQ(LastOutcome(), Outcome::kIgnored);
+  EXPECT_EQ(CountRows("Email"), 2);
+  EXPECT_EQ(ui_.status[core::StatusPanel::kProgress], "s");
+  core::State().StopFlag = true;
+  EXPECT_FALSE(Take(text, "key three"));
+  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+}
+
+TEST_F(HeaderParser, AFileThatCannotBeReadIsReported) {
+  EXPECT_FALSE(dbxParseMessage(folder_.File("none.eml"), source_, "", ""));
+  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_NE(ui_.Shown("error")[0].find("Error: 53 "), std::string::npos);
+  EXPECT_NE(ui_.Shown("error")[0].find(" dbxParseMessage"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tarnwick::intake

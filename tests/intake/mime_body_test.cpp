@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/mime_body.h"
+
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "intake/header_parser.h"
+#include "intake/message_text.h"
+#include "platform/charset.h"
+#include "platform/files.h"
+#include "support/scripted_ui.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::intake {
+namespace {
+
+using testing::Lines;
+
+class MimeBody : public ::testing::Test {
+ protected:
+  MimeBody() {
+    core::State().EmailFileFolder = folder_.File("scratch/");
+    core::State().LogFile = folder_.File("log");
+    platform::MakeFolder(core::State().EmailFileFolder);
+  }
+  ~MimeBody() override { core::ResetState(); }
+
+  const MailMessage& Parse(const std::string& text) {
+    platform::WriteFile(folder_.File("message.eml"), text);
+    message_ = MailMessage();
+    ParseMessageFile(folder_.File("message.eml"), {"Inbox", "", ""}, nullptr, message_);
+    return message_;
+  }
+  // A multipart message of boundary "b" with these lines behind its headers.
+  const MailMessage& ParseParts(std::initializer_list<std::string> lines) {
+    return Parse("Subject: s\r\nContent-Type: multipart/mixed; boundary=\"b=_1\"\r\n\r\n" +
+                 Lines(lines));
+  }
+  std::vector<std::string> Attachments() const {
+    return {message_.Attachments.begin(), message_.Attachments.begin() + message_.AttachCount};
+  }
+  std::vector<std::string> Files() { return platform::ListFiles(core::State().EmailFileFolder); }
+  std::string File(const std::string& name) {
+    return platform::ReadFile(core::State().EmailFileFolder + name);
+  }
+
+  testing::TempFolder folder_;
+  testing::ScriptedUi ui_;
+  MailMessage message_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(MimeBody, PartsGoWhereTheirKindSays) {
+  ParseParts({"preamble, not shown",
+              "--b=_1",
+              "Content-Type: text/plain; charset=koi8-r",
+              "Content-Transfer-Encoding: quoted-printable",
+              "",
+              "=C4=C1 =",
+              "a_b",
+              "",
+              "--b=_1",
+              "Content-Transfer-Encoding: base64",
+              "Content-Type: text/html; charset=\"utf-8\"",
+              "",
+              "PGh0bWw+PGJvZHk+0LTQsDwvYm9keT48L2h0bWw+",
+              "--b=_1",
+              "Content-Type: application/octet-stream;",
+              "\tname=\"=?koi8-r?B?8MzBzg==?=.doc\"",
+              "Content-Transfer-Encoding: base64",
+              "",
+              "AAAA",
+              "--b=_1",
+              "Content-Type: image/png",
+              "Content-Disposition: attachment;",
+              " filename*=utf-8''%D0%B4%D0%B0.png",
+              "",
+              "AAAA",
+              "--b=_1--",
+              "epilogue, plain and not shown"});
+  EXPECT_EQ(message_.IsMultipart, 1);
+  EXPECT_EQ(message_.Body, "да a_b\r\n\r\n");
+  EXPECT_EQ(message_.HTMLBody, "<html><body>да</body></html>");
+  EXPECT_EQ(message_.HTMLCharset, "utf-8");
+  EXPECT_EQ(message_.Boundaries[0], "b=_1");
+  EXPECT_EQ(Attachments(), (Names{"План.doc", "да.png"}));
+}
+
+TEST_F(MimeBody, NestedContainersAndAttachedMessagesAreWalkedFlat) {
+  ParseParts({"--b=_1",
+              "Content-Type: multipart/alternative;",
+              "  boundary=b=_1inner",
+              "",
+              "--b=_1inner",
+              "",
+              "one",
+              "--b=_1inner",
+              "Content-Type: text/html",
+              "",
+              "<body>html</body>",
+              "--b=_1inner--",
+              "--b=_1",
+              "Content-Type: message/rfc822",
+              "",
+              "From: x@y",
+              "Content-Transfer-Encoding: base64",
+              "Content-Type: text/plain; charset=koi8-r",
+              "X-Mailer: none",
+              "",
+              "xME=",
+              "--b=_1--"});
+  EXPECT_EQ(message_.Body, "one\r\nда");
+  EXPECT_EQ(message_.HTMLBody, "<body>html</body>\r\n");
+  EXPECT_EQ(message_.BoundaryCount, 2);
+}
+
+TEST_F(MimeBody, ALineThatBeginsWithContentTypeBeginsAPart) {
+  ParseParts({"--b=_1", "Content-Type: text/plain", "", "first", "  CONTENT-TYPE: text/html", "",
+              "<body>second", "content-type of a thing", "--b=_1--"});
+  EXPECT_EQ(message_.HTMLBody, "<body>second\r\n");
+  EXPECT_EQ(message_.Body, "first\r\ncontent-type of a thing\r\n");
+}
+
+TEST_F(MimeBody, TheEndOfADocumentIsNotLostToABoundaryOnItsLine) {
+  ParseParts({"--b=_1", "Content-Type: text/html", "", "<html><body>a", "</HTML>--b=_1",
+              "Content-Type: text/plain", "", "text"});
+  EXPECT_EQ(message_.HTMLBody, "<html><body>a\r\n</HTML>--b=_1\r\n");
+  EXPECT_EQ(message_.Body, "text\r\n");
+}
+
+TEST_F(MimeBody, PartHeadersComeInManyShapes) {
+  const struct {
+    const char* what;
+    std::initializer_list<std::string> lines;
+    std::string body;
+    Names attachments;
+  } rows[] = {
+      {"no headers", {"--b=_1", "", "text"}, "text\r\n", {}},
+      {"not even an empty line", {"--b=_1", "some text", "more"}, "some text\r\nmore\r\n", {}},
+      {"text that looks like a header",
+       {"--b=_1", "Content-Type: text/plain", "Note: this"},
+       "Note: this\r\n",
+       {}},
+      {"other headers between",
+       {"--b=_1", "X-A: b", "Content-Type: text/plain", "Content-ID: <x>", "", "t"},
+       "t\r\n",
+       {}},
+      {"type without a slash", {"--b=_1", "Content-Type: plain", "", "t"}, "t\r\n", {}},
+      {"text with a file name",
+       {"--b=_1", "Content-Disposition: inline; filename=a.txt", "Content-Type: text/plain", "",
+        "t"},
+       "",
+       {"a.txt"}},
+      {"text, disposed without a name",
+       {"--b=_1", "Content-Type: text/plain", "Content-Disposition: attachment", "", "t"},
+       "t\r\n",
+       {}},
+      {"a name that says plain",
+       {"--b=_1", "Content-Type: application/msword; name=\"explained plainly.doc\"", "", "AAAA"},
+       "",
+       {"explained plainly.doc"}},
+      {"signed container",
+       {"--b=_1", "Content-Type: multipart/signed; protocol=\"application/pgp-signature\";",
+        " boundary=in", "", "--in", "", "t", "--in--"},
+       "t\r\n",
+       {}},
+      {"attachment without a name",
+       {"--b=_1", "Content-Type: application/pdf", "", "AAAA"},
+       "",
+       {""}},
+      {"sound with a name",
+       {"--b=_1", "Content-Type: audio/wav; name=a.wav", "", "AAAA"},
+       "",
+       {"a.wav"}},
+      {"other kinds are passed over",
+       {"--b=_1", "Content-Type: text/calendar", "", "BEGIN:V"},
+       "",
+       {}},
+      {"odd text is better than none",
+       {"--b=_1", "Content-Type: text/enriched", "", "t"},
+       "t\r\n",
+       {}},
+      {"name in pieces",
+       {"--b=_1", "Content-Type: image/gif;", " name*0*=koi8-r''%C4;", " name*1*=%C1;",
+        " name*2=\".gif\"", "", "x"},
+       "",
+       {"да.gif"}},
+      {"windows path and quotes",
+       {"--b=_1", "Content-Type: image/gif; name=\"C:\\a \\\"b\\\".gif\"", "", "x"},
+       "",
+       {"C:\\a \"b\".gif"}},
+      {"missing semicolons",
+       {"--b=_1", "Content-Type: text/plain charset=koi8-r", "", "\xC4"},
+       "д\r\n",
+       {}},
+      {"unclosed quotation mark",
+       {"--b=_1", "Content-Type: image/gif; name=\"a.gif", "", "x"},
+       "",
+       {"a.gif"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    ParseParts(row.lines);
+    EXPECT_EQ(message_.Body, row.body);
+    EXPECT_EQ(Attachments(), row.attachments);
+  }
+}
+
+TEST_F(MimeBody, ASingleBodyIsDecodedWhereverItsEncodingStands) {
+  const struct {
+    const char* what;
+    const char* headers;
+    const char* body;
+    const char* text;
+  } rows[] = {
+      {"quoted-printable after",
+       "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable",
+       "=D0=B4=\r\n=D0=B0", "да\r\n"},
+      {"base64 before",
+       "Content-Transfer-Encoding:\r\n base64\r\nContent-Type: text/plain;\r\n\tcharset=koi8-r",
+       "xME=\r\n", "да"},
+      {"base64 without a type", "Content-Transfer-Encoding: BASE64", "ZGE=", "da"},
+      {"bare line feeds", "Content-Transfer-Encoding: base64", "YQpiCg==", "a\r\nb\r\n"},
+      {"undeclared", "X: y", "\r\n \r\na\r\n\r\n", "a\r\n\r\n"},
+      {"mime text of an unknown kind", "Content-Type: text/x-notes", "a", "a\r\n"},
+      {"utf-16", "Content-Type: text/plain; charset=utf-16le\r\nContent-Transfer-Encoding: base64",
+       "NAQwBA==", "да"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    Parse("Subject: s\r\n" + std::string(row.headers) + "\r\n\r\n" + row.body);
+    EXPECT_EQ(message_.Body, row.text);
+  }
+}
+
+TEST_F(MimeBody, HtmlWithoutAPlainPartLeavesReadableText) {
+  Parse(
+      "Content-Type: text/html; charset=windows-1251\r\nSubject: s\r\n\r\n"
+      "<html><body>\xC4\xE0</body></html>\r\n");
+  EXPECT_EQ(message_.HTMLBody, "<html><body>Да</body></html>\r\n");
+  EXPECT_EQ(message_.Body, "");  // the storing step makes it
+  Parse(
+      "Content-Type: text/html\r\nSubject: s\r\n\r\n"
+      "<meta http-equiv=Content-Type content=\"text/html; charset=koi8-r\"><p>\xC4\xC1");
+  EXPECT_EQ(message_.HTMLCharset, "koi8-r");
+  EXPECT_EQ(message_.Body, "да");  // no BODY of its own
+  Parse("Subject: s\r\n\r\n<html><body>undeclared</body></html>");
+  EXPECT_EQ(message_.HTMLBody, message_.Body);
+  Parse(
+      "Subject: s\r\nContent-Type: application/pdf; name=a.pdf\r\n"
+      "Content-Transfer-Encoding: base64\r\n\r\nAAAA");
+  EXPECT_EQ(message_.Body, "");
+  EXPECT_EQ(Attachments(), Names{"a.pdf"});
+}
+
+TEST_F(MimeBody, AnInlineFileLeavesTheTextAndIsWrittenOut) {
+  Parse(Lines({"Subject: s", "", "See below", "begin 644 note.txt", "+:&5L;&\\@=V]R;&0", "`", "end",
+               "Bye", "  BEGIN 600 ../../note.txt", "#0V%T", " ", "END"}));
+  EXPECT_EQ(message_.Body, "See below\r\nBye\r\n");
+  EXPECT_EQ(Attachments(), (Names{"note.txt", "../../note.txt"}));
+  Names files = Files();
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(File("note.txt"), "hello world");
+  EXPECT_EQ(platform::ListFiles(folder_.Path()).size(), 1U);  // the message alone
+}
+
+TEST_F(MimeBody, TextThatOnlySaysBeginStays) {
+  const std::string texts[] = {
+      Lines({"To begin with, hello.", "The end"}),
+      Lines({"begin 644 a.txt", "no encoded line", "end"}),
+      Lines({"begin 644 a.txt", "#0V%T"}),
+      Lines({"begin 644 a.txt", "", "end"}),
+      Lines({"-----BEGIN PGP SIGNED MESSAGE-----", "Hash: SHA1", "", "text",
+             "-----BEGIN PGP SIGNATURE-----", "iQCVAwUBMAAA", "-----END PGP SIGNATURE-----"}),
+      Lines({"begin 644 a", "#0V%T", "begin 644 b", "lower case"}),
+  };
+  for (const std::string& text : texts) {
+    Parse("Subject: s\r\n\r\n" + text);
+    EXPECT_EQ(message_.Body, text);
+    EXPECT_EQ(message_.AttachCount, 0);
+    EXPECT_TRUE(Files().empty());
+  }
+}
+
+TEST_F(MimeBody, FilesOfOneNameAllFindTheirPlace) {
+  std::string text = "Subject: s\r\n\r\n";
+  for (int i = 0; i < 12; ++i) text += "begin 644 a.b\r\n#0V%T\r\nend\r\n";
+  text += "begin 644 oeTempMessage.msg\r\n#0V%T\r\nend\r\nbegin 644\r\n#0V%T\r\nend\r\n";
+  core::State().TempMessageFile = core::State().EmailFileFolder + "oeTempMessage.msg";
+  Parse(text);
+  EXPECT_EQ(Files().size(), 14U);
+  EXPECT_FALSE(platform::FileExists(core::State().TempMessageFile));
+  EXPECT_EQ(File("a (12).b"), "Cat");
+  EXPECT_EQ(File("attachment"), "Cat");
+}
+
+TEST_F(MimeBody, FullListsSaySoAndDropTheRest) {
+  std::string text = "Subject: s\r\nContent-Type: multipart/mixed; boundary=b0\r\n\r\n";
+  for (int i = 1; i < 13; ++i) {
+    text += "--b0\r\nContent-Type: multipart/mixed; boundary=x" + std::to_string(i) + "\r\n\r\n";
+  }
+  for (int i = 0; i < 22; ++i) {
+    text += "--b0\r\nContent-Type: image/gif; name=" + std::to_string(i) + "\r\n\r\n";
+  }
+  Parse(text);
+  EXPECT_EQ(message_.BoundaryCount, 10);
+  EXPECT_EQ(message_.AttachCount, 20);
+  EXPECT_EQ(message_.Attachments[19], "19");
+  EXPECT_EQ(ui_.Shown("box"),
+            (Names{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
+                   "Attachment is great than 20", "Attachment is great than 20"}));
+}
+
+// Each would be slow, or lose everything, in a parser that is careless with it.
+TEST_F(MimeBody, HostileMessagesTakeLinearTime) {
+  auto repeated = [](const std::string& piece, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < count; ++i) text += piece;
+    return text;
+  };
+  constexpr size_t kMany = 100000;
+  const std::string multipart = "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+  const std::string messages[] = {
+      repeated("X-Header: x\r\n", kMany) + "\r\nx",
+      "Subject: s\r\n" + repeated(" folded\r\n", kMany) + "\r\n",
+      "Subject: " + repeated("=?utf-8?Q?", kMany) + "\r\n\r\n",
+      "Subject: " + repeated("=?utf-8?Q?a?=", kMany) + "\r\n\r\n",
+      "Subject: " + repeated("?=", kMany) + repeated("=?", kMany) + "\r\n\r\n",
+      "Subject: =?utf-8?B?" + std::string(10 * kMany, 'A') + "?=\r\n\r\n",
+      "To: " + repeated("a@b,", kMany) + "\r\n\r\n",
+      "To: " + repeated("a@b,\r\n", kMany) + "\r\n\r\n",
+      "Content-Type: text/plain" + repeated("; a=b", kMany) + repeated("; name*1=x", kMany) +
+          "\r\nSubject: s\r\n\r\n",
+      multipart + repeated("--b\r\n", kMany),
+      multipart + repeated("--b\r\nA: b\r\n", kMany),
+      multipart + repeated("content-type: text/plain\r\n", kMany),
+      multipart + "--b\r\n" + repeated("A: b\r\n", kMany),
+      "Subject: s\r\n\r\n" + repeated("BEGIN 644 A\r\n", kMany),
+      "Subject: s\r\n\r\n" + repeated("begin 644 a\r\n#0V%T\r\n", kMany),
+      "Subject: s\r\n\r\n" + repeated("#BEGIN\r\n", kMany),
+      "Subject: s\r\n\r\n" + std::string(50 * kMany, '\0'),
+      "Received: " + std::string(50 * kMany, 'x') + "\r\nSubject: s\r\n",
+  };
+  for (const std::string& text : messages) {
+    SCOPED_TRACE(text.substr(0, 40));
+    Parse(text);
+    EXPECT_TRUE(platform::IsValidUtf8(message_.Subject));
+    EXPECT_TRUE(platform::IsValidUtf8(message_.Body));
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::intake
