@@ -194,7 +194,6 @@ void SqlWriter::Call(const Expression& call) {
 }
 
 void SqlWriter::Value(const Expression& expression) {
-  const std::vector<Expression>& operands = expression.operands;
   switch (expression.kind) {
     case Kind::kLiteral:
       return Literal(expression.literal);
@@ -219,9 +218,14 @@ void SqlWriter::Value(const Expression& expression) {
       }
       return Name(expression.text);
     default:
-      break;
+      Text("(");
+      Compound(expression);
+      Text(")");
   }
-  Text("(");
+}
+
+void SqlWriter::Compound(const Expression& expression) {
+  const std::vector<Expression>& operands = expression.operands;
   switch (expression.kind) {
     case Kind::kMinus:
       Text("- ");
@@ -269,7 +273,6 @@ void SqlWriter::Value(const Expression& expression) {
     default:
       break;
   }
-  Text(")");
 }
 
 }  // namespace tarnwick::jet

@@ -51,6 +51,7 @@ class SqlWriter {
   EngineSql Take() { return std::move(sql_); }
 
  private:
+  void Compound(const Expression& expression);
   void Literal(size_t literal);
   void List(const std::vector<Expression>& expressions, size_t from, std::string_view separator);
   void In(const Expression& in);

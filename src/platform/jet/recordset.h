@@ -9,6 +9,9 @@
 // every field. Queries without a usable key (aggregates, DISTINCT over columns without a key) are
 // read once and kept. A dynamic cursor behaves as a keyset that is fetched anew by Requery.
 //
+// Moving off a row writes what was set in it, as Update does. With LockType::kReadOnly, and where
+// rows were read once and kept, nothing can be changed (Error 3251).
+//
 // Positions: after Open on the first row, or Eof and Bof both true when there is none.
 #pragma once
 
