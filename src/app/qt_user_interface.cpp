@@ -15,9 +15,9 @@ namespace tarnwick::app {
 
 namespace {
 
-// Between two turns of the events in a run of a thousand steps a second: short enough for the eye,
-// long enough to cost nothing.
-constexpr qint64 kYieldPause = 15;
+// Milliseconds between two turns of the events in a run of thousands of steps a second: short
+// enough for the eye and a click, long enough that painting costs the run nothing.
+constexpr qint64 kYieldPause = 30;
 
 // Texts of messages reach a box here; as plain text they can't bring markup along.
 void Prepare(QMessageBox& box, const std::string& text) {

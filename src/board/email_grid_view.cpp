@@ -121,13 +121,13 @@ SelectedMessage EmailGridView::Current() const {
   return id == 0 ? SelectedMessage() : SelectedMessage{id, model_->SubjectAt(row)};
 }
 
-void EmailGridView::ApplyWidths(const std::map<int, int>& twips) {
+void EmailGridView::ApplyWidths(const std::map<int, int>& twips, bool sameWindow) {
   for (const auto& [column, width] : twips) {
     int pixels = width / kTwipsPerPixel;
     setColumnHidden(column, pixels == 0);
     if (pixels != 0) setColumnWidth(column, pixels);
   }
-  widthsStored_ = twips.count(kSubjectColumn) != 0;
+  fitsWindow_ = sameWindow && twips.count(kSubjectColumn) != 0;
 }
 
 std::vector<int> EmailGridView::Widths() const {
@@ -230,7 +230,7 @@ void EmailGridView::resizeEvent(QResizeEvent* event) {
 void EmailGridView::showEvent(QShowEvent* event) {
   QTableView::showEvent(event);
   if (settled_) return;
-  if (!widthsStored_) FitSubject();
+  if (!fitsWindow_) FitSubject();
   settled_ = true;
 }
 

@@ -31,7 +31,8 @@ class EmailGridView : public QTableView {
   SelectedMessage Current() const;
 
   // Widths in twips, by column number; columns that are not named keep theirs. Width 0 hides.
-  void ApplyWidths(const std::map<int, int>& twips);
+  // Unless they were stored for a window of the same width, the subject is fitted to this one.
+  void ApplyWidths(const std::map<int, int>& twips, bool sameWindow);
   std::vector<int> Widths() const;
 
   // Shown over the placeholder row; it says what to do next.
@@ -59,7 +60,7 @@ class EmailGridView : public QTableView {
   void FitSubject();
 
   ListModel* model_;
-  bool widthsStored_ = false;
+  bool fitsWindow_ = false;
   bool settled_ = false;  // shown once: from now on a resize goes to the subject
   QString hintTitle_;
   QString hintAdvice_;

@@ -32,7 +32,8 @@ std::vector<std::string> FirstColumn(const char* query) {
 void BindEmailList(ListForm& form) {
   core::GuardedRun("BindEmailList", [&] {
     form.SetDataSource(Board().ListRecordset, Board().ListIsPlaceholder);
-    SetPanel(core::StatusPanel::kCounts, CountsText(CountListed(), CountIncoming()));
+    int64_t total = CountListed();
+    SetPanel(core::StatusPanel::kCounts, CountsText(total, total == 0 ? 0 : CountIncoming()));
   });
 }
 

@@ -17,6 +17,7 @@
 #include "board/message_commands.h"
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "platform/locale.h"
 #include "repository/repository.h"
 
 namespace tarnwick::board {
@@ -63,7 +64,13 @@ void MainBoard::BuildBody() {
   strip_ = new FilterStripView(body);
   grid_ = new EmailGridView(body);
   status_ = new StatusPanelsView(this);
+  notice_ = new QLabel(body);
+  notice_->setObjectName("Notice");
+  notice_->setTextFormat(Qt::RichText);
+  notice_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+  notice_->hide();
   column->addWidget(strip_);
+  column->addWidget(notice_);
   column->addWidget(grid_, 1);
 
   auto* buttons = new QHBoxLayout;
@@ -114,14 +121,15 @@ void MainBoard::Connect() {
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
   connect(status_, &StatusPanelsView::StopAskedFor, this, &MainBoard::Stop);
+  connect(notice_, &QLabel::linkActivated, actions_->showAll, &QAction::trigger);
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
   connect(strip_, &FilterStripView::LastBoxLeft, grid_, qOverload<>(&QWidget::setFocus));
   connect(grid_, &EmailGridView::SortAskedFor, strip_, &FilterStripView::SortBy);
 }
 
 bool MainBoard::Load() {
-  RestorePlace();
-  grid_->ApplyWidths(ReadColumnWidths(kGridColumns));
+  bool sameWidth = RestorePlace();
+  grid_->ApplyWidths(ReadColumnWidths(kGridColumns), sameWidth);
   ShowRepositoryFolder();
   FillChoices();
   bool listed = RestoreFilterAndLoad(*this);
@@ -134,6 +142,8 @@ void MainBoard::SetDataSource(jet::Recordset& list, bool placeholder) {
   keepPlace_ = false;
   grid_->ShowSort(Board().Filter.SortBy, Board().Filter.SortOrder);
   UpdateHint();
+  // The rows are there; the counts that come next may take a look at every message.
+  if (grid_->isVisible()) grid_->viewport()->repaint();
 }
 
 void MainBoard::ShowFilter(const ListFilter& filter) {
@@ -175,6 +185,7 @@ void MainBoard::Stop() {
 
 void MainBoard::Refresh() {
   if (busy_) return;
+  notice_->hide();
   strip_->ReadFilter(Board().Filter);
   ShowRefresh(*this);
 }
@@ -196,6 +207,7 @@ void MainBoard::ListEvery(const std::string& subject) {
   every.Project = now.Project;
   every.Subject = subject;
   Board().Filter = every;
+  notice_->hide();
   ShowFilter(every);
   ShowRefresh(*this);
 }
@@ -229,7 +241,9 @@ void MainBoard::LoadFromMailer() {
   Run([this] {
     status_->SetPanel(core::StatusPanel::kProgress, {});
     status_->SetBusy(true);
+    grid_->SetHint(tr("Loading..."), tr("The messages are listed when the load ends."));
     LoadResult result = board::LoadFromMailer({});
+    UpdateHint();
     if (!result.ran) return;
     ListFilter& filter = Board().Filter;
     strip_->ReadFilter(filter);
@@ -242,7 +256,22 @@ void MainBoard::LoadFromMailer() {
     FillChoices();
     ShowRefresh(*this);
     ShowLastLoaded();
+    ShowNotice();
   });
+}
+
+// A load narrows the list to what it brought last; nobody should miss the rest.
+void MainBoard::ShowNotice() {
+  DateTime from = Board().Filter.DateFrom;
+  if (from <= WholeDateRange().from) {
+    notice_->hide();
+    return;
+  }
+  QString day = QString::fromStdString(platform::FormatDate(from, "ddddd")).toHtmlEscaped();
+  notice_->setText(tr("The list begins on %1, the day of the latest message loaded. "
+                      "<a href=\"all\">Show all messages</a>")
+                       .arg(day));
+  notice_->show();
 }
 
 void MainBoard::ChooseTextFile() {
@@ -277,6 +306,7 @@ void MainBoard::SwitchRepository(bool create) {
   bool switched =
       create ? repository::CreateRepositoryIn(*folder) : repository::OpenRepositoryIn(*folder);
   if (switched) {
+    notice_->hide();
     status_->SetPanel(core::StatusPanel::kProgress, {});
     Load();
   } else if (!Board().ListRecordset.IsOpen()) {
@@ -298,7 +328,8 @@ void MainBoard::FillChoices() {
   strip_->SetChoices(ContactNames(), AttachmentNames());
 }
 
-void MainBoard::RestorePlace() {
+// True when the window is as wide as it was left.
+bool MainBoard::RestorePlace() {
   QRect screen = QApplication::primaryScreen()->availableGeometry();
   WindowPlace place = ReadWindowPlace();
   auto stored = [](int twips, int designed, int extent) {
@@ -316,6 +347,7 @@ void MainBoard::RestorePlace() {
   if (left) corner.setX(*left / kTwipsPerPixel);
   if (top) corner.setY(*top / kTwipsPerPixel);
   if (!isVisible()) move(corner);
+  return width() == place.width / kTwipsPerPixel;
 }
 
 void MainBoard::SaveLayout() {

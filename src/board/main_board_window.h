@@ -5,6 +5,7 @@
 // runs the commands; the work itself is done by the plain pieces of this room.
 #pragma once
 
+#include <QLabel>
 #include <QMainWindow>
 #include <cstdint>
 #include <functional>
@@ -65,14 +66,16 @@ class MainBoard : public QMainWindow, public ListForm {
   void Stop();
 
   void ListAnew(bool changed);
+  void ShowNotice();
   void FillChoices();
   void UpdateHint();
-  void RestorePlace();
+  bool RestorePlace();
   void SaveLayout();
 
   BoardActionsView* actions_;
   FilterStripView* strip_ = nullptr;
   EmailGridView* grid_ = nullptr;
+  QLabel* notice_ = nullptr;
   StatusPanelsView* status_ = nullptr;
   bool busy_ = false;
   bool closeWhenDone_ = false;

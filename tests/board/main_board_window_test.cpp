@@ -237,6 +237,12 @@ TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
   EXPECT_EQ(ui_.status[StatusPanel::kLastLoaded], "Last loaded on 6/15/2020 12:00");
   EXPECT_TRUE(ui_.status[StatusPanel::kProgress].starts_with("found 3, stored 3,"));
   EXPECT_EQ(window_->findChild<QComboBox*>("cmbFromTo")->count(), 1);
+
+  auto* notice = window_->findChild<QLabel*>("Notice");
+  EXPECT_TRUE(notice->isVisible()) << "there is more than is listed";
+  emit notice->linkActivated("all");
+  EXPECT_EQ(CountListed(), 3);
+  EXPECT_FALSE(notice->isVisible());
 }
 
 TEST_F(LoadingWindow, OnlyStopCanBeGivenWhileALoadRunsAndClosingWaitsForIt) {
