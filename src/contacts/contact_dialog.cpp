@@ -60,7 +60,8 @@ frmContact::frmContact(int64_t id, QWidget* parent) : QDialog(parent), askAddres
   ShowContact();
   ShowAddresses({});
   name_->setFocus();
-  resize(fontMetrics().averageCharWidth() * 75, sizeHint().height());
+  // The boxes ask for far more than a few lines.
+  resize(fontMetrics().averageCharWidth() * 85, minimumSizeHint().height());
 }
 
 QFormLayout* frmContact::MakeFields() {
@@ -83,11 +84,11 @@ QFormLayout* frmContact::MakeFields() {
     return box;
   };
   name_ = line("Name", tr("&Name"));
-  postAddress_ = lines("PostAddress", tr("&Post address"), 2);
+  postAddress_ = lines("PostAddress", tr("&Post address"), 3);
   phoneHome_ = line("PhoneHome", tr("&Home phone"));
   phoneBuisness_ = line("PhoneBuisness", tr("&Business phone"));
   phoneMobiler_ = line("PhoneMobiler", tr("&Mobile phone"));
-  remark_ = lines("Remark", tr("&Remark"), 3);
+  remark_ = lines("Remark", tr("&Remark"), 4);
   return form;
 }
 
@@ -108,7 +109,7 @@ QWidget* frmContact::MakeAddresses() {
   list_ = new QListWidget(part);
   list_->setObjectName("AddressList");
   list_->setAccessibleName(tr("Email addresses"));
-  list_->setMinimumHeight(fontMetrics().lineSpacing() * 4);
+  list_->setMinimumHeight(fontMetrics().lineSpacing() * 5);
   list_->setUniformItemSizes(true);
   auto* label = new QLabel(tr("&Email addresses"), part);
   label->setBuddy(list_);

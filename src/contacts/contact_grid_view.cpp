@@ -15,7 +15,14 @@ namespace tarnwick::contacts {
 
 namespace {
 
-constexpr int kDesignedChars[] = {26, 24, 14, 14, 14, 24};
+// A width for each column: that of such a text.
+constexpr const char* kDesigned[] = {"Christopher Longfellow-Smith",
+                                     "12 Elm Street, Old Town",
+                                     "+44 20 7946 0123",
+                                     "+44 20 7946 0123",
+                                     "+44 20 7946 0123",
+                                     "What one should know"};
+constexpr int kCellMargins = 20;
 
 }  // namespace
 
@@ -32,6 +39,8 @@ ContactGridView::ContactGridView(QWidget* parent)
   setWordWrap(false);
   setTabKeyNavigation(false);
   setHorizontalScrollMode(ScrollPerPixel);
+  // Always there, so that the last column fills the width for any number of rows.
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setContextMenuPolicy(Qt::ActionsContextMenu);
 
   verticalHeader()->hide();
@@ -40,7 +49,7 @@ ContactGridView::ContactGridView(QWidget* parent)
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   for (int column = 0; column < kContactId; ++column) {
-    setColumnWidth(column, fontMetrics().averageCharWidth() * kDesignedChars[column]);
+    setColumnWidth(column, fontMetrics().horizontalAdvance(kDesigned[column]) + kCellMargins);
   }
   setColumnHidden(kContactId, true);
 }

@@ -186,7 +186,7 @@ bool frmContacts::eventFilter(QObject* watched, QEvent* event) {
 void frmContacts::RestoreLayout() {
   grid_->ApplyWidths(repository::ReadGridLayout(kForm, kContactColumns));
   QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-  resize(QSize(fontMetrics().averageCharWidth() * 125, fontMetrics().height() * 30)
+  resize(QSize(fontMetrics().averageCharWidth() * 160, fontMetrics().height() * 30)
              .boundedTo(screen.size() * 9 / 10));
   auto place = repository::RestoreFormPosition(kForm, true, screen.bottom() * kTwips,
                                                screen.right() * kTwips);

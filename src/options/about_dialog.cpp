@@ -3,7 +3,6 @@
 #include "options/about_dialog.h"
 
 #include <QApplication>
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QIcon>
 #include <QLabel>
@@ -44,13 +43,12 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
   auto* column = new QVBoxLayout(this);
   column->addWidget(MakeHead());
   column->addWidget(MakeLicences(), 1);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
-  QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
+  auto* ok = new QPushButton(tr("OK"), this);
   ok->setObjectName("cmdOK");
   ok->setDefault(true);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  column->addWidget(buttons);
-  resize(fontMetrics().averageCharWidth() * 85, fontMetrics().height() * 26);
+  connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+  column->addWidget(ok, 0, Qt::AlignRight);
+  resize(fontMetrics().averageCharWidth() * 92, fontMetrics().height() * 33);
   ok->setFocus();
 }
 

@@ -12,6 +12,7 @@
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "core/run_state.h"
 
@@ -128,7 +129,7 @@ QWidget* frmOptions::MakeProfile() {
   profileFolder_->setAccessibleName(tr("Windows profile"));
   profileFolder_->setReadOnly(true);
   profileFolder_->setPlaceholderText(tr("No folder is chosen yet"));
-  profileFolder_->setMinimumWidth(fontMetrics().averageCharWidth() * 50);
+  profileFolder_->setMinimumWidth(fontMetrics().averageCharWidth() * 56);
   auto* label = new QLabel(tr("&Windows profile:"), part);
   label->setBuddy(profileFolder_);
   browse_ = new QPushButton(tr("&Browse..."), part);
@@ -144,8 +145,8 @@ QWidget* frmOptions::MakeProfile() {
   profileFound_->setObjectName("ProfileFound");
   profileFound_->setTextFormat(Qt::PlainText);
   profileFound_->setWordWrap(true);
-  // Room for two lines, so that the window does not jump when they come.
-  profileFound_->setMinimumHeight(fontMetrics().lineSpacing() * 2);
+  // Room for what is usually found, so that the window does not jump when it comes.
+  profileFound_->setMinimumHeight(fontMetrics().lineSpacing() * 3);
   profileFound_->setAlignment(Qt::AlignTop);
 
   auto* row = new QHBoxLayout;
@@ -198,13 +199,19 @@ void frmOptions::ShowProfile() {
   profileFolder_->setText(QString::fromStdString(folder));
   profileFolder_->setToolTip(profileFolder_->text());
   if (folder.empty()) {
-    profileFound_->setText(
-        tr("Choose the folder of a Windows user, on an old disk say, or one "
-           "with copied *.dbx or *.pst files."));
+    ShowFound(
+        tr("Choose the folder of a Windows user, on an old disk say, or one with copied *.dbx or "
+           "*.pst files."));
     return;
   }
-  profileFound_->setText(tr("Looking..."));
-  profileFound_->setText(Describe(Read(folder)));
+  ShowFound(tr("Looking..."));
+  ShowFound(Describe(Read(folder)));
+}
+
+void frmOptions::ShowFound(const QString& text) {
+  profileFound_->setText(text);
+  // A label that wraps does not make its window grow.
+  resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
 }
 
 void frmOptions::Browse() {
@@ -215,7 +222,7 @@ void frmOptions::Browse() {
   if (!ChooseProfile(*folder, found)) return;
   profileFolder_->setText(QString::fromStdString(ProfileFolder()));
   profileFolder_->setToolTip(profileFolder_->text());
-  profileFound_->setText(Describe(found));
+  ShowFound(Describe(found));
 }
 
 void frmOptions::showEvent(QShowEvent* event) {

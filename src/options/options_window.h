@@ -39,6 +39,7 @@ class frmOptions : public QDialog {
   void cmdOK_Click();
   void Browse();
   void ShowProfile();
+  void ShowFound(const QString& text);
   ProfileSummary Read(const std::string& folder);
 
   ProfileReader readProfile_;

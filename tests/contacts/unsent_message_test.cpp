@@ -107,6 +107,11 @@ TEST_F(SendTest, TheFileHasTheseLines) {
             "X -MSMail - Priority: Normal\r\n"
             "X-Unsent: 1\r\n"
             "X-MimeOLE: Produced By Microsoft MimeOLE V6.00.2600.0000\r\n");
+
+  // A second one of the same second takes its place, whole.
+  EXPECT_TRUE(SendToAll("B", {{1, "b@c.d"}}));
+  ASSERT_THAT(opened_, ElementsAre(opened_[0], opened_[0]));
+  EXPECT_THAT(platform::ReadFile(opened_[0]), ::testing::Not(HasSubstr("ann@example.org")));
 }
 
 TEST_F(SendTest, AllAddressesGoOnFoldedLines) {
