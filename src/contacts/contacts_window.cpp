@@ -145,6 +145,7 @@ void frmContacts::SelectContact() {
     ShowNothingSelected();
     return;
   }
+  typing_.stop();  // the list is run anew afterwards, and must not be while the editor is open
   frmContact editor(id, this);
   editor.exec();
   RefreshList();
