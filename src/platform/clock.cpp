@@ -65,6 +65,13 @@ std::optional<int> ZoneBiasMinutes() {
   return -zone->getRawOffset() / 60000;
 }
 
+int UtcOffsetMinutes() {
+  if (Override().zoneBiasMinutes) return -*Override().zoneBiasMinutes;
+  std::time_t now = std::time(nullptr);
+  // Zones lie on whole minutes.
+  return static_cast<int>((LocalFromUnix(now).Seconds() - static_cast<int64_t>(now)) / 60);
+}
+
 std::string LogonName() {
   if (Override().logonName) return *Override().logonName;
 #ifdef _WIN32

@@ -22,6 +22,10 @@ int64_t TickMilliseconds();
 // daylight saving: -60 for Berlin, 300 for New York. nullopt when the machine can't tell.
 std::optional<int> ZoneBiasMinutes();
 
+// Minutes that local time is ahead of UTC right now, daylight saving included: 120 for Berlin in
+// June, -300 for New York in January. 0 when the machine can't tell.
+int UtcOffsetMinutes();
+
 // The local civil time of a moment given as seconds since 1970-01-01 UTC.
 DateTime LocalFromUnix(int64_t unixSeconds);
 

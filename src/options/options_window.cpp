@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "options/options_window.h"
+
+#include <QCheckBox>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "core/run_state.h"
+
+namespace tarnwick::options {
+
+namespace {
+
+#ifdef _WIN32
+constexpr bool kProfileIsChosen = false;
+#else
+constexpr bool kProfileIsChosen = true;
+#endif
+
+// So many names of a kind are told.
+constexpr size_t kNamesShown = 4;
+
+QString Names(const std::vector<std::string>& names) {
+  QStringList shown;
+  for (size_t i = 0; i < names.size() && i < kNamesShown; ++i) {
+    shown << QString::fromStdString(names[i]).simplified();
+  }
+  if (names.size() > kNamesShown) shown << QStringLiteral("...");
+  return shown.join(", ");
+}
+
+QString Describe(const ProfileSummary& found) {
+  if (found.IsEmpty()) return frmOptions::tr("No mail was found there.");
+  QStringList lines;
+  if (!found.identities.empty() || found.folders > 0) {
+    QString identities = found.identities.size() == 1
+                             ? frmOptions::tr("1 identity")
+                             : frmOptions::tr("%L1 identities").arg(found.identities.size());
+    if (!found.identities.empty()) identities += " (" + Names(found.identities) + ")";
+    QString folders = found.folders == 1 ? frmOptions::tr("1 folder")
+                                         : frmOptions::tr("%L1 folders").arg(found.folders);
+    lines << frmOptions::tr("Outlook Express: %1, %2").arg(identities, folders);
+  }
+  if (!found.outlookStores.empty()) {
+    lines << frmOptions::tr("Outlook: %1").arg(Names(found.outlookStores));
+  }
+  return lines.join('\n');
+}
+
+}  // namespace
+
+frmOptions::frmOptions(ProfileReader readProfile, QWidget* parent)
+    : QDialog(parent), readProfile_(std::move(readProfile)) {
+  setObjectName("frmOptions");
+  setWindowTitle(tr("Options"));
+  MakeControls();
+  Form_Load();
+  connect(LoadAllFolders_, &QCheckBox::clicked, this, &frmOptions::LoadAllFolders_Click);
+  connect(cmdOK_, &QPushButton::clicked, this, &frmOptions::cmdOK_Click);
+  connect(MSOutlook_, &QCheckBox::clicked, this, &frmOptions::MSOutlook_Click);
+  connect(OutlookExpress_, &QCheckBox::clicked, this, &frmOptions::OutlookExpress_Click);
+}
+
+void frmOptions::MakeControls() {
+  auto box = [this](const char* name, const QString& caption, const QString& tip) {
+    auto* made = new QCheckBox(caption, this);
+    made->setObjectName(name);
+    made->setToolTip(tip);
+    return made;
+  };
+  LoadAllFolders_ = box("LoadAllFolders", tr("&Load from all folders"),
+                        tr("The next load asks before each mailer and reads every folder again"));
+  cmdOK_ = new QPushButton(tr("OK"), this);
+  cmdOK_->setObjectName("cmdOK");
+  cmdOK_->setDefault(true);
+  MSOutlook_ = box("MSOutlook", tr("O&utlook"), tr("The load command reads Outlook's stores"));
+  OutlookExpress_ = box("OutlookExpress", tr("Outlook E&xpress"),
+                        tr("The load command reads Outlook Express folders"));
+  auto* line = new QFrame(this);
+  line->setObjectName("Line1");
+  line->setFrameStyle(QFrame::HLine | QFrame::Sunken);
+  auto* label = new QLabel(tr("Active mailers:"), this);
+  label->setObjectName("Label1");
+
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(LoadAllFolders_);
+  column->addWidget(line);
+  column->addWidget(label);
+  auto* mailers = new QVBoxLayout;
+  mailers->setContentsMargins(fontMetrics().averageCharWidth() * 2, 0, 0, 0);
+  mailers->addWidget(MSOutlook_);
+  mailers->addWidget(OutlookExpress_);
+  column->addLayout(mailers);
+  if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
+  column->addStretch(1);
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  buttons->addWidget(cmdOK_);
+  column->addLayout(buttons);
+
+  setTabOrder(LoadAllFolders_, MSOutlook_);
+  setTabOrder(MSOutlook_, OutlookExpress_);
+  if (browse_ != nullptr) {
+    setTabOrder(OutlookExpress_, profileFolder_);
+    setTabOrder(profileFolder_, browse_);
+    setTabOrder(browse_, cmdOK_);
+  } else {
+    setTabOrder(OutlookExpress_, cmdOK_);
+  }
+}
+
+QWidget* frmOptions::MakeProfile() {
+  auto* part = new QWidget(this);
+  auto* column = new QVBoxLayout(part);
+  column->setContentsMargins(0, 0, 0, 0);
+  auto* line = new QFrame(part);
+  line->setFrameStyle(QFrame::HLine | QFrame::Sunken);
+  profileFolder_ = new QLineEdit(part);
+  profileFolder_->setObjectName("ProfileFolder");
+  profileFolder_->setAccessibleName(tr("Windows profile"));
+  profileFolder_->setReadOnly(true);
+  profileFolder_->setPlaceholderText(tr("No folder is chosen yet"));
+  profileFolder_->setMinimumWidth(fontMetrics().averageCharWidth() * 56);
+  auto* label = new QLabel(tr("&Windows profile:"), part);
+  label->setBuddy(profileFolder_);
+  browse_ = new QPushButton(tr("&Browse..."), part);
+  browse_->setObjectName("ProfileBrowse");
+  browse_->setAutoDefault(false);
+  browse_->setEnabled(!IsProfileFixed());
+  browse_->setToolTip(IsProfileFixed()
+                          ? tr("The folder is given by the environment (TARNWICK_PROFILE)")
+                          : tr("Chooses the folder of a Windows user, on an old disk say, or one "
+                               "with copied *.dbx or *.pst files"));
+  connect(browse_, &QPushButton::clicked, this, &frmOptions::Browse);
+  profileFound_ = new QLabel(part);
+  profileFound_->setObjectName("ProfileFound");
+  profileFound_->setTextFormat(Qt::PlainText);
+  profileFound_->setWordWrap(true);
+  // Room for what is usually found, so that the window does not jump when it comes.
+  profileFound_->setMinimumHeight(fontMetrics().lineSpacing() * 3);
+  profileFound_->setAlignment(Qt::AlignTop);
+
+  auto* row = new QHBoxLayout;
+  row->addWidget(profileFolder_, 1);
+  row->addWidget(browse_);
+  column->addWidget(line);
+  column->addWidget(label);
+  column->addLayout(row);
+  column->addWidget(profileFound_);
+  return part;
+}
+
+void frmOptions::Form_Load() {
+  OutlookExpress_->setChecked(core::State().UseOutlookExpress);
+  MSOutlook_->setChecked(core::State().UseMSOutlook);
+}
+
+void frmOptions::MSOutlook_Click() {
+  SetUseMSOutlook(MSOutlook_->isChecked());
+}
+
+void frmOptions::OutlookExpress_Click() {
+  SetUseOutlookExpress(OutlookExpress_->isChecked());
+}
+
+void frmOptions::LoadAllFolders_Click() {
+  RequestFullLoad();
+}
+
+void frmOptions::cmdOK_Click() {
+  accept();
+}
+
+ProfileSummary frmOptions::Read(const std::string& folder) {
+  reading_ = true;
+  browse_->setEnabled(false);
+  cmdOK_->setEnabled(false);
+  QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  ProfileSummary found = readProfile_(folder);
+  QGuiApplication::restoreOverrideCursor();
+  cmdOK_->setEnabled(true);
+  browse_->setEnabled(!IsProfileFixed());
+  reading_ = false;
+  return found;
+}
+
+void frmOptions::ShowProfile() {
+  if (profileFolder_ == nullptr) return;
+  std::string folder = ProfileFolder();
+  profileFolder_->setText(QString::fromStdString(folder));
+  profileFolder_->setToolTip(profileFolder_->text());
+  if (folder.empty()) {
+    ShowFound(
+        tr("Choose the folder of a Windows user, on an old disk say, or one with copied *.dbx or "
+           "*.pst files."));
+    return;
+  }
+  ShowFound(tr("Looking..."));
+  ShowFound(Describe(Read(folder)));
+}
+
+void frmOptions::ShowFound(const QString& text) {
+  profileFound_->setText(text);
+  // A label that wraps does not make its window grow.
+  resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
+}
+
+void frmOptions::Browse() {
+  if (reading_) return;
+  auto folder = core::State().Ui->ChooseFolder("Select the folder of a Windows profile");
+  if (!folder || folder->empty()) return;
+  ProfileSummary found = Read(*folder);
+  if (!ChooseProfile(*folder, found)) return;
+  profileFolder_->setText(QString::fromStdString(ProfileFolder()));
+  profileFolder_->setToolTip(profileFolder_->text());
+  ShowFound(Describe(found));
+}
+
+void frmOptions::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (placed_) return;
+  placed_ = true;
+  adjustSize();
+  move(screen()->availableGeometry().center() - rect().center());
+  // Once the window is there: an old disk may take its time.
+  QTimer::singleShot(0, this, &frmOptions::ShowProfile);
+}
+
+void frmOptions::reject() {
+  if (!reading_) QDialog::reject();
+}
+
+}  // namespace tarnwick::options

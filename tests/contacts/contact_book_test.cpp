@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "contacts/contact_book.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "intake/store_message.h"
+#include "platform/files.h"
+#include "repository/grid_layout.h"
+#include "repository/repository.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::contacts {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+using ::testing::UnorderedElementsAre;
+
+class ContactBookTest : public testing::ProgramFixture {
+ protected:
+  static std::vector<std::string> Listed(const std::string& filter) {
+    jet::Recordset list;
+    EXPECT_TRUE(OpenContactList(list, filter));
+    std::vector<std::string> names;
+    for (; !list.Eof(); list.MoveNext()) names.push_back(list.Field(kName).AsText());
+    return names;
+  }
+  static std::vector<std::string> AddressesOf(int64_t contact) {
+    std::vector<std::string> texts;
+    for (const ContactAddress& address : ReadAddresses(contact)) texts.push_back(address.Address);
+    return texts;
+  }
+  static void AddMessage(const std::string& subject, int64_t contact) {
+    repository::RepositoryDb().Execute("INSERT INTO Email (Subject, FromTo) VALUES ('" + subject +
+                                       "', " + std::to_string(contact) + ")");
+  }
+};
+
+TEST_F(ContactBookTest, TheListIsFoundByPartsOfNames) {
+  for (const char* name :
+       {"Zoe Quill", "ann o'hara", "Ann 100% \"Q\"", "\xD0\x90\xD0\xBD\xD0\xBD\xD0\xB0"}) {
+    intake::GetContactId(name, "a@b.c");
+  }
+  EXPECT_EQ(Listed("").size(), 4U);
+  EXPECT_EQ(Listed("").back(), "\xD0\x90\xD0\xBD\xD0\xBD\xD0\xB0");
+  EXPECT_THAT(Listed("ANN"), UnorderedElementsAre("ann o'hara", "Ann 100% \"Q\""));
+  EXPECT_THAT(Listed("\xD0\xBD\xD0\x9D"), ElementsAre("\xD0\x90\xD0\xBD\xD0\xBD\xD0\xB0"));
+  // Quotation marks of the filter stand for any one character.
+  EXPECT_THAT(Listed("o'h"), ElementsAre("ann o'hara"));
+  EXPECT_THAT(Listed("' OR '1'='1"), IsEmpty());
+  EXPECT_THAT(Listed("nobody"), IsEmpty());
+  EXPECT_THAT(Listed(std::string(300, 'x')), IsEmpty());
+  EXPECT_THAT(ui_.shown, IsEmpty());
+}
+
+TEST_F(ContactBookTest, TheListNamesItsColumns) {
+  jet::Recordset list;
+  ASSERT_TRUE(OpenContactList(list, ""));
+  std::vector<std::string> names;
+  for (int i = 0; i < list.FieldCount(); ++i) names.push_back(list.FieldName(i));
+  EXPECT_THAT(names, ElementsAre("Name", "Address", "Home", "Buisness", "Mobilers", "Notes", "ID"));
+}
+
+TEST_F(ContactBookTest, AContactIsFoundInTheList) {
+  for (const char* name : {"bob", "Ann", "\xC3\x84nne", "zoe", "Bob Q", "O'Hara"}) {
+    intake::GetContactId(name, "a@b.c");
+  }
+  // Two of one name, as an edited name can make them.
+  repository::RepositoryDb().Execute("INSERT INTO MeContact (Name) VALUES ('BOB')");
+  for (const char* filter : {"", "b", "o'h"}) {
+    jet::Recordset list;
+    ASSERT_TRUE(OpenContactList(list, filter));
+    for (int64_t row = 1; row <= list.RecordCount(); ++row) {
+      list.SetAbsolutePosition(row);
+      Contact contact = *ReadContact(list.Field(kContactId).AsInt());
+      EXPECT_EQ(FindInList(list, filter, contact), row) << filter << ": " << contact.Name;
+    }
+    EXPECT_EQ(FindInList(list, filter, Contact{99, "Bob", "", "", "", "", ""}), 0);
+    EXPECT_EQ(FindInList(list, filter, Contact{99, "zzz", "", "", "", "", ""}), 0);
+  }
+}
+
+TEST_F(ContactBookTest, DeletingTakesTheMessagesAlong) {
+  int64_t ann = intake::GetContactId("Ann", "ann@example.org");
+  int64_t bob = intake::GetContactId("Bob", "bob@example.org");
+  AddMessage("from ann", ann);
+  AddMessage("from bob", bob);
+  AddMessage("from nobody", 0);
+  repository::RepositoryDb().Execute(
+      "INSERT INTO ToRecipient (EmailID, Address) VALUES (1, 'x@y.z')");
+
+  ui_.yesNo = {false};
+  EXPECT_FALSE(DeleteContact(ann));
+  EXPECT_EQ(CountRows("MeContact"), 2);
+  ui_.yesNo = {true};
+  EXPECT_TRUE(DeleteContact(ann));
+  EXPECT_THAT(ui_.shown.back(),
+              Pair("question", "Are you realy want to delete the  contact and contact's email."));
+  EXPECT_THAT(Listed(""), ElementsAre("Bob"));
+  EXPECT_THAT(AddressesOf(ann), IsEmpty());
+  EXPECT_THAT(AddressesOf(bob), ElementsAre("bob@example.org"));
+  EXPECT_EQ(CountRows("Email"), 2);
+  EXPECT_EQ(CountRows("ToRecipient"), 1);
+}
+
+TEST_F(ContactBookTest, NoRowDeletesNothing) {
+  AddMessage("from nobody", 0);
+  EXPECT_FALSE(DeleteContact(0));
+  EXPECT_THAT(ui_.shown, ElementsAre(Pair("box", "There isn't selected row.")));
+  EXPECT_EQ(CountRows("Email"), 1);
+}
+
+TEST_F(ContactBookTest, NothingIsDeletedWhileMailIsLoaded) {
+  int64_t ann = intake::GetContactId("Ann", "ann@example.org");
+  core::BeginLoadState();
+  EXPECT_FALSE(DeleteContact(ann));
+  core::EndLoadState();
+  EXPECT_EQ(CountRows("MeContact"), 1);
+  EXPECT_EQ(ui_.Shown("box").size(), 1U);
+}
+
+TEST_F(ContactBookTest, AddressesAreTakenWithADotAndAnAt) {
+  int64_t ann = intake::GetContactId("Ann", "ann@example.org");
+  const struct {
+    const char* name;
+    const char* text;
+    bool taken;
+  } rows[] = {{"ordinary", "ann@home.example", true},
+              {"short, the dot first", ".@", true},
+              {"apostrophe", "o'hara@x.y", true},
+              {"there already", "ann@example.org", true},
+              {"no dot", "ann@localhost", false},
+              {"no at", "ann.example.org", false},
+              {"blank", " ", false}};
+  for (const auto& row : rows) {
+    size_t boxes = ui_.shown.size();
+    EXPECT_EQ(AddAddress(ann, row.text), row.taken) << row.name;
+    EXPECT_EQ(ui_.shown.size(), boxes + (row.taken ? 0 : 1)) << row.name;
+    if (!row.taken) {
+      EXPECT_EQ(ui_.shown.back().second, "Invalid email address");
+    }
+  }
+  size_t boxes = ui_.shown.size();
+  EXPECT_FALSE(AddAddress(ann, ""));
+  EXPECT_EQ(ui_.shown.size(), boxes) << "an empty answer does nothing";
+  EXPECT_THAT(AddressesOf(ann),
+              UnorderedElementsAre("ann@example.org", "ann@home.example", ".@", "o'hara@x.y"));
+}
+
+TEST_F(ContactBookTest, OneAddressIsDeleted) {
+  int64_t ann = intake::GetContactId("Ann", "a@b.c");
+  AddAddress(ann, "d@e.f");
+  ContactAddress first = ReadAddresses(ann).front();
+  ui_.yesNo = {false, true};
+  EXPECT_FALSE(DeleteAddress(first));
+  EXPECT_TRUE(DeleteAddress(first));
+  EXPECT_EQ(ui_.shown.back().second,
+            "Are you realy want to delete the email with subject " + first.Address);
+  EXPECT_EQ(AddressesOf(ann).size(), 1U);
+}
+
+TEST_F(ContactBookTest, ChangesAreSavedWhenWanted) {
+  int64_t id = intake::GetContactId("Ann", "a@b.c");
+  Contact before = *ReadContact(id);
+  EXPECT_EQ(before.Name, "Ann");
+  EXPECT_EQ(SaveIfChanged(before, before), Leave::kUnchanged);
+  EXPECT_THAT(ui_.shown, IsEmpty());
+
+  Contact after{id, "Ann O'Hara", "1 \"Elm\" St\nTown", "h", "b", "m", "it's\r\n%"};
+  ui_.yesNo = {false};
+  EXPECT_EQ(SaveIfChanged(before, after), Leave::kDiscarded);
+  EXPECT_EQ(*ReadContact(id), before);
+  ui_.yesNo = {true};
+  EXPECT_EQ(SaveIfChanged(before, after), Leave::kSaved);
+  EXPECT_EQ(ui_.shown.back().second, "Information was changed. Would you like to save it?");
+  EXPECT_EQ(*ReadContact(id), after);
+  EXPECT_EQ(Query("SELECT UserName FROM MeContact").AsText(), "ann");
+}
+
+TEST_F(ContactBookTest, AContactThatHasGoneIsSaidSo) {
+  Contact gone{77, "Ann", "", "", "", "", ""};
+  EXPECT_FALSE(ReadContact(77).has_value());
+  EXPECT_FALSE(WriteContact(gone));
+  ui_.yesNo = {true};
+  EXPECT_EQ(SaveIfChanged({}, gone), Leave::kNotSaved);
+  EXPECT_EQ(ui_.Shown("box").size(), 2U);
+  EXPECT_EQ(CountRows("MeContact"), 0);
+}
+
+TEST_F(ContactBookTest, GridLayoutsAreKeptByGroup) {
+  repository::SaveGridLayout("frmContacts", {1500, 0, 3000});
+  repository::SaveGridLayout("Other's", {15});
+  repository::SaveGridLayout("frmContacts", {1515, 0, 3000});
+  repository::ParameterDb().Execute(
+      "INSERT INTO Parameter (ParameterGroup, ParameterID, ParameterAmount) "
+      "VALUES ('frmContacts', '6', -5)");
+  EXPECT_THAT(repository::ReadGridLayout("frmContacts", 7),
+              ElementsAre(Pair(0, 1515), Pair(1, 0), Pair(2, 3000)));
+  EXPECT_THAT(repository::ReadGridLayout("frmContacts", 2), ElementsAre(Pair(0, 1515), Pair(1, 0)));
+  EXPECT_THAT(repository::ReadGridLayout("Other's", 7), ElementsAre(Pair(0, 15)));
+}
+
+}  // namespace
+}  // namespace tarnwick::contacts

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "options/options_window.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <cstdlib>
+
+#include "core/run_state.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
+#include "support/program_fixture.h"
+#include "support/window_checks.h"
+
+namespace tarnwick::options {
+namespace {
+
+using ::testing::ElementsAre;
+
+class OptionsWindowTest : public testing::ProgramFixture {
+ protected:
+  OptionsWindowTest() { unsetenv("TARNWICK_PROFILE"); }
+  ~OptionsWindowTest() override { unsetenv("TARNWICK_PROFILE"); }
+
+  // A disk with one profile on it.
+  static ProfileSummary Disk(const std::string& folder) {
+    if (folder != "/old/Ann/") return {};
+    return {{"Ann's Mail", "Work"}, 14, {"archive.pst"}};
+  }
+  static QString Text(const QWidget& window, const char* name) {
+    if (auto* label = window.findChild<QLabel*>(name)) return label->text();
+    return window.findChild<QLineEdit*>(name)->text();
+  }
+  static void Click(const QWidget& window, const char* name) {
+    QTest::mouseClick(window.findChild<QAbstractButton*>(name), Qt::LeftButton);
+  }
+  static double Stored(const char* option) {
+    return repository::GetParameter(option, "1", repository::kAmountColumn).AsDouble();
+  }
+};
+
+TEST_F(OptionsWindowTest, AMailerCountsAtOnce) {
+  core::State().UseOutlookExpress = true;
+  frmOptions window(nullptr);
+  EXPECT_EQ(window.windowTitle(), "Options");
+  auto* express = window.findChild<QCheckBox*>("OutlookExpress");
+  auto* outlook = window.findChild<QCheckBox*>("MSOutlook");
+  EXPECT_TRUE(express->isChecked());
+  EXPECT_FALSE(outlook->isChecked());
+
+  express->click();
+  outlook->click();
+  EXPECT_EQ(Stored("OutlookExpress"), 0);
+  EXPECT_EQ(Stored("MSOutlook"), 1);
+  EXPECT_FALSE(core::State().UseOutlookExpress);
+  EXPECT_TRUE(core::State().UseMSOutlook);
+  outlook->click();
+  EXPECT_EQ(Stored("MSOutlook"), 0);
+  EXPECT_FALSE(core::State().UseMSOutlook);
+  EXPECT_EQ(repository::ParameterDb().Execute(
+                "UPDATE Parameter SET ParameterAmount = 5 WHERE ParameterGroup = 'MSOutlook'"),
+            1);
+  // Closing by the frame keeps what was clicked.
+  window.close();
+  EXPECT_FALSE(core::State().UseOutlookExpress);
+}
+
+TEST_F(OptionsWindowTest, AFullLoadIsAskedForOneWay) {
+  core::State().RepositoryIsEmpty = false;
+  frmOptions window(nullptr);
+  auto* box = window.findChild<QCheckBox*>("LoadAllFolders");
+  EXPECT_FALSE(box->isChecked());
+  EXPECT_FALSE(core::State().RepositoryIsEmpty);
+  box->click();
+  EXPECT_TRUE(core::State().RepositoryIsEmpty);
+  box->click();
+  EXPECT_TRUE(core::State().RepositoryIsEmpty);
+  Click(window, "cmdOK");
+  EXPECT_EQ(window.result(), QDialog::Accepted);
+}
+
+TEST_F(OptionsWindowTest, AProfileWithMailIsTaken) {
+  frmOptions window(Disk);
+  window.show();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Text(window, "ProfileFolder"), "");
+  EXPECT_TRUE(Text(window, "ProfileFound").startsWith("Choose the folder"));
+
+  ui_.folders = {"/old/Ann/", "/empty/", std::nullopt};
+  Click(window, "ProfileBrowse");
+  EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
+  EXPECT_EQ(Text(window, "ProfileFound"),
+            "Outlook Express: 2 identities (Ann's Mail, Work), 14 folders\n"
+            "Outlook: archive.pst");
+  Click(window, "ProfileBrowse");
+  ASSERT_EQ(ui_.Shown("box").size(), 1U);
+  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("/empty/"));
+  Click(window, "ProfileBrowse");
+  EXPECT_EQ(repository::GetProfileFolder(), "/old/Ann/");
+  EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
+}
+
+TEST_F(OptionsWindowTest, AStoredProfileIsLookedIntoOnceShown) {
+  repository::SetProfileFolder("/gone/");
+  std::vector<std::string> read;
+  frmOptions window([&](const std::string& folder) {
+    read.push_back(folder);
+    return ProfileSummary{};
+  });
+  EXPECT_TRUE(read.empty());
+  window.show();
+  QCoreApplication::processEvents();
+  EXPECT_THAT(read, ElementsAre("/gone/"));
+  EXPECT_EQ(Text(window, "ProfileFound"), "No mail was found there.");
+}
+
+TEST_F(OptionsWindowTest, TheEnvironmentsProfileStands) {
+  setenv("TARNWICK_PROFILE", "/old/Ann", 1);
+  frmOptions window(Disk);
+  window.show();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
+  EXPECT_FALSE(window.findChild<QPushButton*>("ProfileBrowse")->isEnabled());
+}
+
+TEST_F(OptionsWindowTest, NothingClosesTheWindowWhileADiskIsRead) {
+  repository::SetProfileFolder("/old/Ann/");
+  frmOptions* shown = nullptr;
+  frmOptions window([&](const std::string& folder) {
+    Click(*shown, "cmdOK");
+    Click(*shown, "ProfileBrowse");
+    shown->close();
+    EXPECT_TRUE(shown->isVisible());
+    return Disk(folder);
+  });
+  shown = &window;
+  window.show();
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(window.isVisible());
+  Click(window, "cmdOK");
+  EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(OptionsWindowTest, ControlsAreReachableAndNamed) {
+  frmOptions window(Disk);
+  testing::CheckControls(window);
+}
+
+}  // namespace
+}  // namespace tarnwick::options

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/shell.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "platform/error.h"
+#include "platform/files.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::platform {
+namespace {
+
+using testing::TempFolder;
+
+// A desktop of the test's own: the only program on the search path is an xdg-open that leaves its
+// arguments in a file and does what the test wants of it.
+class ShellTest : public ::testing::Test {
+ protected:
+  ShellTest() : path_(std::getenv("PATH") == nullptr ? "" : std::getenv("PATH")) {
+    MakeFolder(folder_.File("bin"));
+    setenv("PATH", folder_.File("bin").c_str(), 1);
+  }
+  ~ShellTest() override { setenv("PATH", path_.c_str(), 1); }
+
+  void Desktop(const std::string& behaviour) {
+    std::string program = folder_.File("bin/xdg-open");
+    WriteFile(program, "#!/bin/sh\nfor word; do echo \"[$word]\"; done > '" +
+                           folder_.File("arguments") + "'\n" + behaviour + "\n");
+    ASSERT_EQ(chmod(program.c_str(), 0700), 0);
+  }
+  std::string Document(const std::string& name) {
+    WriteFile(folder_.File(name), "Subject: x\r\n");
+    return folder_.File(name);
+  }
+
+  TempFolder folder_;
+  std::string path_;
+};
+
+TEST_F(ShellTest, APathIsOneArgumentWhateverItHolds) {
+  Desktop("exit 0");
+  for (const char* name : {"plain.eml", "two words.eml", "$(touch boo).eml", "a;b & c|d.eml",
+                           "quote's \"and\" `more`.eml", "--help", "\xC3\xA4.eml"}) {
+    std::string path = Document(name);
+    EXPECT_EQ(OpenWithShell(path), ShellResult::kOpened) << name;
+    EXPECT_EQ(ReadFile(folder_.File("arguments")), "[" + path + "]\n");
+  }
+}
+
+TEST_F(ShellTest, RefusalsAreTold) {
+  std::string path = Document("a.eml");
+  EXPECT_EQ(OpenWithShell(path), ShellResult::kNoHandler) << "no xdg-open at all";
+  Desktop("exit 3");
+  EXPECT_EQ(OpenWithShell(path), ShellResult::kNoHandler) << "no program for the file";
+  Desktop("kill -9 $$");
+  EXPECT_EQ(OpenWithShell(path), ShellResult::kNoHandler) << "killed";
+  try {
+    OpenWithShell(folder_.File("missing.eml"));
+    FAIL() << "a missing file was opened";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.Number(), ErrorNumber::kFileNotFound);
+  }
+}
+
+TEST_F(ShellTest, WindowsLiveWhileTheDesktopThinks) {
+  Desktop("/bin/sleep 0.3; exit 4");
+  int turns = 0;
+  EXPECT_EQ(OpenWithShell(Document("a.eml"), [&] { ++turns; }), ShellResult::kNoHandler);
+  EXPECT_GE(turns, 5);
+}
+
+}  // namespace
+}  // namespace tarnwick::platform
