@@ -37,7 +37,7 @@ TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
       {"unknown charset", "=?x-none?Q?hi?=", "hi"},
       {"empty charset", "=??Q?hi?=", "hi"},
       {"unknown letter", "=?utf-8?X?as it is?=", "as it is"},
-      {"empty text", "a=?utf-8?Q??=b", "ab"},
+      {"empty text", "a=?utf-8?Q?\?=b", "ab"},
       {"blanks inside", "=?utf-8?Q?two words?=", "two words"},
       {"base64 that ends with padding", "=?utf-8?B?YQ==?= =?utf-8?B?YmM=?=", "abc"},
       {"one word reaches to the last mark", "=?utf-8?Q?a?= b?=", "a?= b"},
@@ -45,7 +45,7 @@ TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
       {"without a letter", "=?utf-8?abc?=", "=?utf-8?abc?="},
       {"letter too long", "=?utf-8?base64?YQ==?=", "=?utf-8?base64?YQ==?="},
       {"the first never closed", "=?utf-8?Q?a =?utf-8?Q?b?=", "=?utf-8?Q?a b"},
-      {"only marks", "=??=", "=??="},
+      {"only marks", "=?\?=", "=?\?="},
       {"bad escapes stay", "=?utf-8?Q?a=4=XYb=?=", "a=4=XYb="},
   };
   for (const auto& row : rows) {
