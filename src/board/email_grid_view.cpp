@@ -132,6 +132,7 @@ void EmailGridView::ApplyWidths(const std::map<int, int>& twips, bool sameWindow
 
 std::vector<int> EmailGridView::Widths() const {
   std::vector<int> widths;
+  widths.reserve(kGridColumns);
   for (int column = 0; column < kGridColumns; ++column) {
     widths.push_back(isColumnHidden(column) ? 0 : columnWidth(column) * kTwipsPerPixel);
   }
