@@ -31,6 +31,7 @@ struct PartDescription {
   std::string encoding;
   std::string boundary;
   MixedText fileName;
+  std::string firstLine;  // text that was read in search of headers
 
   // With the disposition considered: a part with a file name that is no container is an attachment.
   PartKind Kind() const;

@@ -79,8 +79,9 @@ void ReadContentLines(LineCursor& cursor, PartDescription& part) {
   while (cursor.HasLine() && BeginsWithContent(cursor.Line())) {
     std::string header = TakeFolded(cursor);
     if (ReadContentHeader(header, part) || !BeginsWithContentType(header)) continue;
-    cursor.GiveBack({header});  // no header, though it begins like one
+    // It begins like a header and is none.
     part.type = PartKind::kUndeclared;
+    part.firstLine = std::move(header);
     return;
   }
   if (cursor.HasLine() && IsBlankLine(cursor.Line())) cursor.Next();
@@ -122,6 +123,7 @@ void AddText(std::string bytes, bool isHtml, const PartDescription& part, Messag
 
 void TakeTextPart(LineCursor& cursor, const PartDescription& part, MessageDraft& draft) {
   BodyDecoder decoder(part.encoding);
+  if (!part.firstLine.empty()) decoder.Line(part.firstLine);
   for (; cursor.HasLine() && !EndsPart(cursor.Line(), draft); cursor.Next()) {
     bool isFirst = draft.body.Empty() && decoder.Empty();
     if (!isFirst || !IsBlankLine(cursor.Line())) decoder.Line(cursor.Line());
