@@ -66,6 +66,12 @@ bool AskYesNo(const std::string& text) {
   return State().Ui->AskYesNo(text);
 }
 
+RepeatedAnswer AskYesNoAll(const std::string& text) {
+  if (State().Ui == nullptr) return RepeatedAnswer::kNo;
+  CommitFirst();
+  return State().Ui->AskYesNoAll(text);
+}
+
 void ReportUnknownFormat(const std::string& fileName) {
   constexpr std::string_view kText = "Program can't recognize file format.";
   ShowError(std::string(kText) + " " + fileName, false, kText);
