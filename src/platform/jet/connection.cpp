@@ -27,6 +27,8 @@ void Connection::SetProperty(std::string_view name, std::string_view value) {
     impl_->dataSource = value;
   } else if (SameWord(name, kPasswordProperty)) {
     impl_->password = value;
+  } else if (SameWord(name, kModeProperty)) {
+    impl_->readOnly = SameWord(value, kModeRead);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }
