@@ -29,6 +29,7 @@ void OpenFile(jet::Connection& connection, const std::string& file) {
   connection.SetProvider(jet::kProvider);
   connection.SetProperty(jet::kDataSourceProperty, file);
   connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetProperty(jet::kModeProperty, jet::kModeRead);
   connection.Open();
 }
 

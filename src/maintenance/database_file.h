@@ -17,7 +17,7 @@
 
 namespace tarnwick::maintenance {
 
-// Opens a file with the program's password.
+// Opens a file with the program's password, for reading: its date stays that of its making.
 void OpenFile(jet::Connection& connection, const std::string& file);
 
 // Throws when the file is one that the program itself has open or needs.

@@ -69,6 +69,7 @@ class Merge {
   Result TakeAll(MergeResult& merged) {
     while (auto message = reader_.Next()) {
       if (!run_.Look()) return Result::kStopped;
+      int64_t errorsBefore = State().ReportedErrors;
       Outcome outcome = Take(*message);
       RepositoryDb().EndUnit();
       switch (outcome) {
@@ -85,6 +86,8 @@ class Merge {
         default:
           return Result::kFailed;  // reported by the storing step
       }
+      // Stored, but not with all that belongs to it.
+      if (State().ReportedErrors > errorsBefore) return Result::kFailed;
       run_.Advance(1);
     }
     return Result::kDone;

@@ -98,6 +98,7 @@ TEST_F(Export, TheListIsQueriedAnewFirst) {
   RepositoryDb().Execute("DELETE * FROM Email WHERE ID = 3");
   testing::StoreVariedMessages(1, 6);
   EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  ASSERT_EQ(ui_.Shown("box").size(), 2U) << ::testing::PrintToString(ui_.Shown("error"));
   EXPECT_EQ(ui_.Shown("box")[0], "6 Email(s) is exported.");
 }
 
@@ -172,6 +173,7 @@ TEST_F(Export, TwoHundredThousandMessagesGoInOnePiece) {
   RepositoryDb().EndGroup();
   OpenList("");
   EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  ASSERT_EQ(ui_.Shown("box").size(), 2U) << ::testing::PrintToString(ui_.Shown("error"));
   EXPECT_EQ(ui_.Shown("box")[0], "200000 Email(s) is exported.");
   jet::Connection connection;
   connection.SetProperty(jet::kDataSourceProperty, file_);
