@@ -111,6 +111,7 @@ Result MakeSafetyCopy(const std::string& copy, Run& run) {
 bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& run) {
   return core::Guarded("RestoreBackup", false, [&] {
     WatchScope watch(run, RepositoryDb(), false);
+    jet::BulkScope bulk(RepositoryDb());
     if (!repository::ClearRepository()) return false;
     core::YieldEvents();
     for (const TableCount& count : counts) {

@@ -153,6 +153,21 @@ TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
   EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
 }
 
+TEST_F(ConnectionTest, InBulkNoLogIsWritten) {
+  {
+    BulkScope bulk(connection_);
+    Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+    EXPECT_FALSE(platform::FileExists(path_ + "-wal"));
+    EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
+  }
+  Run("INSERT INTO MeContact (Name) VALUES ('Bob')");
+  EXPECT_TRUE(platform::FileExists(path_ + "-wal"));
+  connection_.Close();
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  connection_.Open();
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob");
+}
+
 TEST_F(ConnectionTest, CloseEndsRecordsetsAndMayBeRepeated) {
   Recordset rows;
   rows.Open("SELECT * FROM MeContact", connection_);
