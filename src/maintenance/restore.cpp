@@ -22,7 +22,7 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
-// Parameter group, one row a user: the copy of a restore that has begun to change the repository.
+// Parameter group, one row a user: the copy of a restore that is under way.
 constexpr const char* kRestoreGroup = "Restore";
 
 // A name that the restore dialog lists.
@@ -62,9 +62,9 @@ bool HasRows(jet::Connection& connection, std::string_view table) {
   return !rows.Eof();
 }
 
-// The copy, what a full new repository takes, and as much again for the engine's log meanwhile.
-void RequireSpace(const std::string& folder, uint64_t repositorySize, uint64_t backupSize) {
-  uint64_t needed = repositorySize + 2 * backupSize + kSpareSpace;
+// What the new data take, and the copy where it has to be one.
+void RequireSpace(const std::string& folder, uint64_t needed) {
+  needed += kSpareSpace;
   uint64_t available = platform::FreeSpace(folder);
   if (available >= needed) return;
   throw Error(ErrorNumber::kDiskFull, "There is not enough free space in " + folder + ": " +
@@ -72,18 +72,14 @@ void RequireSpace(const std::string& folder, uint64_t repositorySize, uint64_t b
                                           std::to_string(available / kMegabyte) + " MB are free");
 }
 
-// The copy takes its name only when it is complete.
-Result CopyRepositoryFile(const std::string& from, const std::string& to, Run& run) {
-  // What the engine could not write back into the file would be missing from a copy of it.
-  if (platform::FileExists(from + "-wal")) {
-    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + from + "-wal");
-  }
-  std::string unfinished = platform::FolderOf(to) + kSafetyCopy + ".unfinished";
+// Makes a copy that takes its name only when it is complete.
+Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
+  std::string folder = platform::FolderOf(to);
+  std::string unfinished = folder + kSafetyCopy + ".unfinished";
+  RequireSpace(folder, platform::FileSize(from));
   try {
-    bool whole = platform::CopyFile(from, unfinished, [&] { return run.Look(); });
-    if (whole) {
+    if (platform::CopyFile(from, unfinished, [&] { return run.Look(); })) {
       platform::RenameFile(unfinished, to);
-      platform::FlushToDisk(platform::FolderOf(to));
       return Result::kDone;
     }
   } catch (...) {
@@ -94,18 +90,51 @@ Result CopyRepositoryFile(const std::string& from, const std::string& to, Run& r
   return Result::kStopped;
 }
 
-// Copies the file of the repository, which is closed for that and opened again. The system takes
-// the locks off an open file when this process closes another handle on it, so the file can't be
-// read while the engine has it open.
+// The repository's file gets a second name, or a copy where the file system has no second names,
+// and an empty one takes its place: there is no moment without a repository.
+Result SetRepositoryFileAside(const std::string& file, const std::string& copy, Run& run) {
+  // What the engine could not write back into the file would be missing from a copy of it.
+  if (platform::FileExists(file + "-wal")) {
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file + "-wal");
+  }
+  std::string empty = file + ".unfinished";
+  Result result = Result::kFailed;
+  try {
+    platform::CopyFile(State().AppFolder + repository::kTemplateFile, empty);
+    result = platform::LinkFile(file, copy) ? Result::kDone : CopyWhole(file, copy, run);
+    if (result == Result::kDone) {
+      platform::FlushToDisk(platform::FolderOf(copy));
+      platform::RenameFile(empty, file);
+    }
+  } catch (...) {
+    std::remove(empty.c_str());
+    std::remove(copy.c_str());
+    throw;
+  }
+  // From here on the copy is all that is left of the former repository.
+  if (result != Result::kDone) std::remove(empty.c_str());
+  return result;
+}
+
+// Makes the safety copy and leaves an empty repository open. The repository is closed for that: the
+// system takes the locks off an open file when this process closes another handle on it.
 Result MakeSafetyCopy(const std::string& copy, Run& run) {
   std::string file = RepositoryDb().DataSource();
   repository::DisconnectRepository();
   Result result = core::Guarded("MakeSafetyCopy", Result::kFailed,
-                                [&] { return CopyRepositoryFile(file, copy, run); });
+                                [&] { return SetRepositoryFileAside(file, copy, run); });
   if (repository::OpenRepository(false)) return result;
-  // Nothing was changed, so the copy is of no use.
-  std::remove(copy.c_str());
+  if (result == Result::kDone) {
+    core::GuardedRun("MakeSafetyCopy", [&] {
+      platform::RenameFile(copy, file);
+      repository::OpenRepository(false);
+    });
+  }
   return Result::kFailed;
+}
+
+void SetMarker(const jet::Value& copy) {
+  repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn, copy);
 }
 
 bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& run) {
@@ -145,22 +174,23 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
   const std::string folder = repository::Repository().RepositoryFolder;
   std::vector<TableCount> counts = CountFile(file);
   RepositoryDb().FlushGroup();
-  RequireSpace(folder, platform::FileSize(RepositoryDb().DataSource()), platform::FileSize(file));
+  RequireSpace(folder, platform::FileSize(file));
   std::string copy = platform::UniquePath(folder, kSafetyCopy);
   bool filled = false;
   {
     Run run(SumOf(counts));
+    SetMarker(copy);
     Result copied = MakeSafetyCopy(copy, run);
     if (copied != Result::kDone) {
+      SetMarker({});
       if (refreshList) refreshList();
       return copied;
     }
     core::LogProgress("Safety copy: " + copy);
-    repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn, copy);
     filled = Fill(file, counts, run);
     repository::ReadOptions();
   }
-  repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn, jet::Value());
+  SetMarker({});
   if (refreshList) refreshList();
   if (filled) {
     ForgetSafetyCopy(copy);
@@ -237,9 +267,13 @@ void ReportInterruptedRestore() {
     std::string copy =
         repository::GetParameter(kRestoreGroup, State().UserName, repository::kTextColumn).AsText();
     if (copy.empty()) return;
-    repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn,
-                             jet::Value());
+    SetMarker({});
     if (!platform::FileExists(copy)) return;
+    if (platform::IsSameFile(copy, RepositoryDb().DataSource())) {
+      // Killed before anything was changed: the copy is the repository's own file.
+      platform::RemoveFile(copy);
+      return;
+    }
     core::LogProgress("A restore was interrupted; the former repository is in " + copy);
     core::ShowMessage(
         "The last restore was interrupted. The repository as it was before is kept "

@@ -13,13 +13,13 @@
 
 namespace tarnwick::maintenance {
 
-// Replaces the open repository's data with the backup's, after two questions. Before the repository
-// is emptied its file is copied beside it, and the repository is closed and opened again for that:
-// recordsets on it that others hold are closed. refreshList is called once when that has happened
-// and the repository holds its new data, or what a stop or a failure has left; it opens the list
-// anew.
+// Replaces the open repository's data with the backup's, after two questions. Before that the
+// repository's file is set aside (a second name for it; a copy where the file system has none) and
+// an empty one takes its place. The repository is closed and opened again for that: recordsets on
+// it that others hold are closed. refreshList is called once when that has happened and the
+// repository holds its new data, or what a stop or a failure has left; it opens the list anew.
 //
-// kDone: the copy is gone again. kStopped (possible only while it is being copied): nothing was
+// kDone: the copy is gone again. kStopped (possible only while a copy is made): nothing was
 // changed. kFailed: either nothing was changed, or a message has named the copy, which is kept and
 // can itself be restored.
 Result RestoreBackup(const std::string& file, const std::function<void()>& refreshList = {});

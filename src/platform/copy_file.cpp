@@ -166,6 +166,28 @@ bool CopyFile(const std::string& from, const std::string& to, const std::functio
   return true;
 }
 
+bool LinkFile(const std::string& from, const std::string& to) {
+  try {
+    PassFileFault(FileOperation::kLink, to);
+  } catch (const Error&) {
+    return false;
+  }
+  std::error_code code;
+  std::filesystem::create_hard_link(from, to, code);
+  return !code;
+}
+
+void BeginFlush(const std::string& path) {
+#ifdef __linux__
+  int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (handle < 0) return;
+  ::sync_file_range(handle, 0, 0, SYNC_FILE_RANGE_WRITE);
+  ::close(handle);
+#else
+  (void)path;
+#endif
+}
+
 void FlushToDisk(const std::string& path) {
 #ifndef _WIN32
   int handle = ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_CLOEXEC);

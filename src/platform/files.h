@@ -55,6 +55,11 @@ bool CopyFile(const std::string& from, const std::string& to,
               const std::function<bool()>& goOn = {});
 void RenameFile(const std::string& from, const std::string& to);  // replaces
 
+// A second name for a file, made at no cost; false where that is not possible.
+bool LinkFile(const std::string& from, const std::string& to);
+
+// Has the system begin to write a file to disk, so that a later FlushToDisk finds less to do.
+void BeginFlush(const std::string& path);
 // Makes durable what was written to a file, or the names in a folder.
 void FlushToDisk(const std::string& path);
 // True when both names lead to one file or folder, by whatever way; never throws.
@@ -139,7 +144,7 @@ class LineReader {
   size_t position_ = 0;
 };
 
-enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kMakeFolder };
+enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kLink, kMakeFolder };
 // Called before each operation; a test's hook throws to make it fail. nullptr takes it out.
 using FileFault = std::function<void(FileOperation, const std::string& path)>;
 void SetFileFault(FileFault fault);

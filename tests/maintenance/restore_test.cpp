@@ -9,6 +9,7 @@
 #include "maintenance/backup.h"
 #include "maintenance/export.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "repository/parameter_store.h"
@@ -50,6 +51,13 @@ class Restore : public testing::ProgramFixture {
   Result RestoreWithYes(const std::string& file) {
     ui_.yesNo = {true, true};
     return RestoreBackup(file);
+  }
+
+  // As on a memory stick.
+  static void WithoutSecondNames() {
+    platform::SetFileFault([](platform::FileOperation operation, const std::string& path) {
+      if (operation == platform::FileOperation::kLink) throw Error(70, path);
+    });
   }
 
   // The former repository comes back from the copy that a failure has left.
@@ -95,6 +103,14 @@ TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
   testing::StoreVariedMessages(1, 2000);
   EXPECT_GT(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 60);
   EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
+}
+
+TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {
+  MakeBackupAndChange(20);
+  WithoutSecondNames();
+  EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  EXPECT_FALSE(FileExists(copy_));
 }
 
 TEST_F(Restore, ABackupOfAnEmptyRepositoryEmptiesIt) {
@@ -173,10 +189,18 @@ TEST_F(Restore, WithoutRoomForTheCopyNothingBegins) {
   MakeBackupAndChange(3);
   platform::SetFreeSpaceOverride(5 * 1024 * 1024);
   EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_EQ(Now(), changed_);
+  ui_.shown.clear();
+  // Room for the new data, and none for a copy beside them.
+  WithoutSecondNames();
+  testing::StoreVariedMessages(700, 3000);
+  changed_ = Now();
+  platform::SetFreeSpaceOverride(platform::FileSize(file_) + 17 * 1024 * 1024);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
   ASSERT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_THAT(ui_.Shown("error")[0],
               HasSubstr("Error: 61 There is not enough free space in " + folder_.Path()));
-  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" MB are needed, 5 MB are free"));
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" MB are free MakeSafetyCopy"));
   EXPECT_EQ(Now(), changed_);
 }
 
@@ -248,6 +272,7 @@ TEST_F(Restore, ItFailsCleanlyAtEveryFileStep) {
 
 TEST_F(Restore, StoppedWhileTheCopyIsMadeItChangesNothing) {
   MakeBackupAndChange(10);
+  WithoutSecondNames();
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   EXPECT_EQ(RestoreWithYes(file_), Result::kStopped);
   EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is stopped."});
