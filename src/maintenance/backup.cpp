@@ -31,6 +31,7 @@ Result WriteBackup(const std::string& file) {
         Result copied = CopyTableTo(count.table, target.Path());
         if (copied != Result::kDone) return copied;
         run.Advance(count.rows);
+        platform::BeginFlush(target.Path());
         if (!run.Look()) return Result::kStopped;
       }
     }

@@ -78,6 +78,7 @@ Result WriteExport(const std::string& file, const std::string& idList, int64_t& 
         if (result != Result::kDone) return result;
         copied.push_back({table.name, rows});
         run.Advance(1);
+        platform::BeginFlush(target.Path());
         if (!run.Look()) return Result::kStopped;
       }
       int64_t projects = 0;
