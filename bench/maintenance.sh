@@ -5,12 +5,13 @@
 #
 # DIR holds real messages, one a file, at any depth. They are written as an Outlook Express store,
 # COPIES times over (default 4), and loaded. Each of RUNS rounds (default 3) times the load, a plain
-# cp of the repository file, the engine's own VACUUM INTO, and the four commands. Printed are medians:
-# seconds, seconds of processor time, messages a second, the ratio to the yardstick (the slower of cp and VACUUM INTO for backup
-# and restore, the load for export and merge; 1 is as fast, more is faster), and peak memory. At the
-# end the repository and the one that was merged must list the same number of messages.
+# cp of the repository file, the engine's own VACUUM INTO, and the four commands. Printed are
+# medians: seconds, seconds of processor time, messages a second, the ratio to the yardstick (the
+# slower of cp and VACUUM INTO for backup and restore, the load for export and merge; 1 is as fast,
+# more is faster), and peak memory. At the end the repository and the one that was merged into must
+# list the same number of messages. TARNWICK_BENCH_BIN names a folder of programs built already.
 set -euo pipefail
-[ $# -ge 1 ] || { sed -n '2,11p' "$0"; exit 2; }
+[ $# -ge 1 ] || { sed -n '2,12p' "$0"; exit 2; }
 mail=$(realpath "$1")
 copies=${2:-4}
 runs=${3:-3}
