@@ -56,6 +56,7 @@ void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
 
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   std::string prefixed = "Error: " + text;
+  ++State().ReportedErrors;
   if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
   WriteLog(prefixed);
 }
@@ -64,6 +65,12 @@ bool AskYesNo(const std::string& text) {
   if (State().Ui == nullptr) return false;
   CommitFirst();
   return State().Ui->AskYesNo(text);
+}
+
+RepeatedAnswer AskYesNoAll(const std::string& text) {
+  if (State().Ui == nullptr) return RepeatedAnswer::kNo;
+  CommitFirst();
+  return State().Ui->AskYesNoAll(text);
 }
 
 void ReportUnknownFormat(const std::string& fileName) {

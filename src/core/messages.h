@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "core/user_interface.h"
+
 namespace tarnwick::core {
 
 // Information icon, OK, title "Tarnwick".
@@ -24,6 +26,10 @@ void ShowError(const std::string& text, bool quiet = false, std::string_view kin
 // Critical icon, Yes and No; true only for Yes. What the open repository has collected is committed
 // before the question (SetBeforeQuestion).
 bool AskYesNo(const std::string& text);
+
+// The same question where it comes again and again: also "Yes to all" and "No to all", which the
+// caller keeps to itself from then on.
+RepeatedAnswer AskYesNoAll(const std::string& text);
 
 // "Program can't recognize file format." + blank + fileName, as an error.
 void ReportUnknownFormat(const std::string& fileName);

@@ -64,6 +64,7 @@ struct RunState {
     bool silenced = false;
   };
   bool LoadIsRunning = false;
+  int64_t ReportedErrors = 0;  // in this run of the program, shown or only logged
   std::map<std::string, RepeatedBox> RepeatedBoxes;
 
   UserInterface* Ui = nullptr;  // not owned; set before anything is shown

@@ -33,6 +33,9 @@ struct AskedEmail {
 // Panels of the status bar.
 enum class StatusPanel { kProgress = 1, kCounts = 2, kLastLoaded = 3, kFolder = 4 };
 
+// The answer to a question that comes again and again in one run.
+enum class RepeatedAnswer { kYes, kNo, kYesToAll, kNoToAll };
+
 class UserInterface {
  public:
   virtual ~UserInterface() = default;
@@ -42,6 +45,11 @@ class UserInterface {
   virtual bool ShowBox(BoxIcon icon, const std::string& text, bool offerSilence) = 0;
   // A box titled "Tarnwick" with the critical icon and the buttons Yes and No.
   virtual bool AskYesNo(const std::string& text) = 0;
+  // The same with "Yes to all" and "No to all" beside them. Where that can't be offered the
+  // question is asked each time.
+  virtual RepeatedAnswer AskYesNoAll(const std::string& text) {
+    return AskYesNo(text) ? RepeatedAnswer::kYes : RepeatedAnswer::kNo;
+  }
   virtual SenderAnswer AskAboutEmail(const AskedEmail& email) = 0;
   // The system's folder browser; the answer ends with the separator. nullopt: cancelled.
   virtual std::optional<std::string> ChooseFolder(const std::string& prompt) = 0;

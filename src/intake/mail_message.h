@@ -64,7 +64,9 @@ struct MailMessage {
   int16_t AttachCount = 0;
   std::string HTMLCharset;
 
-  std::string Notes;  // the user's note, when a message comes from another repository
+  // Set when a message comes from another repository.
+  std::string Notes;    // the user's note
+  std::string Project;  // its project's name; when empty the folder is the project
 };
 
 }  // namespace tarnwick::intake

@@ -134,7 +134,8 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     int64_t id = email.Field("ID").AsInt();
     // The row is there: whatever fails behind it, the message counts as stored.
     SetLastOutcome(Outcome::kStored);
-    email.SetField("ProjectID", dbSaveProject(message.Folder));
+    email.SetField("ProjectID",
+                   dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
     email.SetField("FromTo", StoreRecipients(id, message));
     email.Update();

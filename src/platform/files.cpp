@@ -19,6 +19,7 @@
 
 #include "platform/clock.h"
 #include "platform/error.h"
+#include "platform/file_errors.h"
 
 namespace tarnwick::platform {
 
@@ -31,8 +32,13 @@ FileFault& Fault() {
   return fault;
 }
 
+std::optional<uint64_t>& FreeSpaceOverride() {
+  static std::optional<uint64_t> bytes;
+  return bytes;
+}
+
 void Pass(FileOperation operation, const std::string& path) {
-  if (Fault()) Fault()(operation, path);
+  PassFileFault(operation, path);
 }
 
 fs::path ToPath(const std::string& path) {
@@ -49,22 +55,6 @@ std::string FromPath(const fs::path& path) {
 #else
   return path.string();
 #endif
-}
-
-[[noreturn]] void ThrowSystemError(int code, const std::string& path) {
-  int number = ErrorNumber::kPathAccess;
-  const char* what = "Path/File access error";
-  if (code == ENOENT || code == ENOTDIR) {
-    number = ErrorNumber::kFileNotFound;
-    what = "File not found";
-  } else if (code == EACCES || code == EPERM || code == EROFS) {
-    number = ErrorNumber::kPermissionDenied;
-    what = "Permission denied";
-  } else if (code == ENOSPC || code == EDQUOT) {
-    number = ErrorNumber::kDiskFull;
-    what = "Disk full";
-  }
-  throw Error(number, std::string(what) + ": " + path);
 }
 
 void ThrowIf(const std::error_code& code, const std::string& path) {
@@ -108,20 +98,6 @@ constexpr int kBinary = O_CLOEXEC;
 #endif
 
 constexpr size_t kBufferSize = 64 * 1024;
-
-// Makes a file's bytes and its name durable; a copy that is reported done must outlive a power cut.
-void FlushToDisk(const std::string& path) {
-#ifndef _WIN32
-  int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (handle < 0) ThrowSystemError(errno, path);
-  int result = ::fsync(handle);
-  int code = errno;
-  ::close(handle);
-  if (result != 0) ThrowSystemError(code, path);
-#else
-  (void)path;
-#endif
-}
 
 bool IsDeviceName(std::string_view stem) {
   for (std::string_view device : {"con", "prn", "aux", "nul"}) {
@@ -168,6 +144,26 @@ bool IsUnseemly(std::string_view sequence) {
 
 void SetFileFault(FileFault fault) {
   Fault() = std::move(fault);
+}
+
+void PassFileFault(FileOperation operation, const std::string& path) {
+  if (Fault()) Fault()(operation, path);
+}
+
+void ThrowSystemError(int code, const std::string& path) {
+  int number = ErrorNumber::kPathAccess;
+  const char* what = "Path/File access error";
+  if (code == ENOENT || code == ENOTDIR) {
+    number = ErrorNumber::kFileNotFound;
+    what = "File not found";
+  } else if (code == EACCES || code == EPERM || code == EROFS) {
+    number = ErrorNumber::kPermissionDenied;
+    what = "Permission denied";
+  } else if (code == ENOSPC || code == EDQUOT) {
+    number = ErrorNumber::kDiskFull;
+    what = "Disk full";
+  }
+  throw Error(number, std::string(what) + ": " + path);
 }
 
 std::string WithSeparator(std::string folder) {
@@ -237,7 +233,12 @@ DateTime FileModified(const std::string& path) {
   return LocalFromUnix(status.st_mtime);
 }
 
+void SetFreeSpaceOverride(std::optional<uint64_t> bytes) {
+  FreeSpaceOverride() = bytes;
+}
+
 uint64_t FreeSpace(const std::string& folder) {
+  if (FreeSpaceOverride()) return *FreeSpaceOverride();
   std::error_code code;
   fs::space_info space = fs::space(ToPath(folder), code);
   ThrowIf(code, folder);
@@ -263,21 +264,6 @@ void MakeFolder(const std::string& folder) {
 void RemoveFile(const std::string& path) {
   Pass(FileOperation::kRemove, path);
   if (::remove(path.c_str()) != 0 && errno != ENOENT) ThrowSystemError(errno, path);
-}
-
-void CopyFile(const std::string& from, const std::string& to) {
-  Pass(FileOperation::kCopy, to);
-  InputFile input(from);
-  OutputFile output(to);
-  std::string buffer(1024 * 1024, '\0');
-  for (uint64_t offset = 0;;) {
-    size_t count = input.ReadAt(offset, buffer.data(), buffer.size());
-    if (count == 0) break;
-    output.Write(std::string_view(buffer.data(), count));
-    offset += count;
-  }
-  output.Close();
-  FlushToDisk(to);
 }
 
 void RenameFile(const std::string& from, const std::string& to) {

@@ -48,8 +48,22 @@ uint64_t FreeSpace(const std::string& folder);   // bytes available to this user
 
 void MakeFolder(const std::string& folder);  // with its parents; an existing one is left as it is
 void RemoveFile(const std::string& path);    // a missing file is no error
-void CopyFile(const std::string& from, const std::string& to);    // replaces; flushed to disk
+// Replaces; flushed to disk. Made by the file system's cheapest means: blocks are shared where it
+// can, else copied within the kernel, else read and written. goOn is asked between pieces; its
+// false ends the copy with what is there, and the result is false.
+bool CopyFile(const std::string& from, const std::string& to,
+              const std::function<bool()>& goOn = {});
 void RenameFile(const std::string& from, const std::string& to);  // replaces
+
+// A second name for a file, made at no cost; false where that is not possible.
+bool LinkFile(const std::string& from, const std::string& to);
+
+// Has the system begin to write a file to disk, so that a later FlushToDisk finds less to do.
+void BeginFlush(const std::string& path);
+// Makes durable what was written to a file, or the names in a folder.
+void FlushToDisk(const std::string& path);
+// True when both names lead to one file or folder, by whatever way; never throws.
+bool IsSameFile(const std::string& a, const std::string& b);
 
 // Names (not paths) of the plain files in a folder, sorted by name without regard to ASCII case; a
 // folder that is missing or can't be read gives none. With an extension such as ".dbx" only the
@@ -130,9 +144,11 @@ class LineReader {
   size_t position_ = 0;
 };
 
-enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kMakeFolder };
+enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kLink, kMakeFolder };
 // Called before each operation; a test's hook throws to make it fail. nullptr takes it out.
 using FileFault = std::function<void(FileOperation, const std::string& path)>;
 void SetFileFault(FileFault fault);
+// What FreeSpace answers, for tests; nullopt takes it out.
+void SetFreeSpaceOverride(std::optional<uint64_t> bytes);
 
 }  // namespace tarnwick::platform

@@ -169,8 +169,8 @@ void DisconnectRepository() {
   });
 }
 
-void ClearRepository() {
-  core::GuardedRun("ClearRepository", [] {
+bool ClearRepository() {
+  return core::GuardedRun("ClearRepository", [] {
     for (const char* statement :
          {"DELETE * FROM Email", "DELETE * FROM Attachment", "DELETE * FROM FileRepository",
           "DELETE * FROM MeContact", "DELETE * FROM MeAddress", "DELETE * FROM RejectSender",

@@ -45,7 +45,7 @@ bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
 
 bool OpenRepository(bool clearAll);
 void DisconnectRepository();
-void ClearRepository();
+bool ClearRepository();
 
 // True when the repository holds no message.
 bool HasNoEmail();

@@ -62,6 +62,51 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   EXPECT_NE(run.errors, "");
 }
 
+TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {
+  for (const char* subject : {"Garden plan", "Roof"}) {
+    std::string file =
+        WriteMessage(std::string(subject) + ".eml",
+                     "From: Ann Lee <ann@example.org>\r\nSubject: " + std::string(subject) +
+                         "\r\nDate: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nText.\r\n");
+    ASSERT_EQ(Run({"take", file}).status, 0);
+  }
+  std::string before = Run({"list", "--json"}).output;
+  std::string backup = home_.File("full.twb");
+  ProgramRun run = Run({"backup", backup});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.errors, "Backup is done.\n");
+  EXPECT_EQ(Run({"backup", backup}, "n\n").status, 1);
+  EXPECT_EQ(Run({"--yes", "backup", backup}).status, 0);
+
+  std::string part = home_.File("part.twb");
+  run = Run({"export", part, "--subject", "roof"});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.errors, "1 Email(s) is exported.\nExport is done.\n");
+  run = Run({"export", home_.File("none.twb"), "--subject", "cellar"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_FALSE(platform::FileExists(home_.File("none.twb")));
+
+  run = Run({"merge", part, "--duplicates", "keep", "--accept", "all"});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output, "imported 1, ignored 0, not reached 0\n");
+  run = Run({"merge", part}, "o\n");
+  EXPECT_EQ(run.output, "imported 0, ignored 1, not reached 0\n");
+  EXPECT_EQ(Run({"merge", backup}).status, 1);
+  EXPECT_NE(Run({"list", "--json"}).output, before);
+
+  EXPECT_EQ(Run({"restore", backup}, "y\nn\n").status, 1);
+  run = Run({"restore", backup}, "y\ny\n");
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(Run({"list", "--json"}).output, before);
+  run = Run({"restore", part}, "y\ny\n");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.errors.find("Error: You should use full backup file in this function."),
+            std::string::npos)
+      << run.errors;
+  EXPECT_EQ(Run({"restore"}).status, 2);
+  EXPECT_EQ(Run({"merge", part, "--duplicates", "perhaps"}).status, 2);
+}
+
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({}).status, 2);
   EXPECT_EQ(Run({"lists"}).status, 2);

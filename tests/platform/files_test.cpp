@@ -88,6 +88,29 @@ TEST(Files, WhatIsMadeIsTheOwnersOnly) {
   }
 }
 
+TEST(Files, ACopyOfManyPiecesIsWholeOrEndsWhereItIsTold) {
+  TempFolder folder;
+  std::string bytes(40 * 1024 * 1024 + 12345, '\0');
+  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31 + (i >> 12));
+  WriteFile(folder.File("long"), bytes);
+  EXPECT_TRUE(CopyFile(folder.File("long"), folder.File("whole")));
+  EXPECT_TRUE(ReadFile(folder.File("whole")) == bytes);
+  // /dev/shm is another file system, where the kernel may have to be helped.
+  if (IsFolderWritable("/dev/shm/")) {
+    std::string there = UniquePath("/dev/shm/", "tarnwick-copy-test");
+    int asked = 0;
+    EXPECT_TRUE(CopyFile(folder.File("long"), there, [&] { return ++asked > 0; }));
+    EXPECT_GE(asked, 3);
+    EXPECT_TRUE(ReadFile(there) == bytes);
+    asked = 0;
+    EXPECT_FALSE(CopyFile(folder.File("long"), there, [&] { return ++asked < 2; }));
+    RemoveFile(there);
+  }
+  EXPECT_EQ(NumberOf([&] { CopyFile(folder.File("long"), folder.File("./long")); }),
+            ErrorNumber::kPathAccess);
+  EXPECT_TRUE(ReadFile(folder.File("long")) == bytes);
+}
+
 TEST(Files, NamesAreFoundAndListedWithoutRegardToCase) {
   TempFolder folder;
   MakeFolder(folder.File("Local Settings/Mail"));

@@ -46,6 +46,7 @@ ProgramFixture::~ProgramFixture() {
   platform::SetClockOverride({});
   platform::SetLocaleOverride("");
   platform::SetFileFault(nullptr);
+  platform::SetFreeSpaceOverride({});
 }
 
 jet::Value ProgramFixture::Query(const std::string& sql) {

@@ -29,6 +29,7 @@ ScriptedUi::ScriptedUi() {
 
 ScriptedUi::~ScriptedUi() {
   EXPECT_TRUE(yesNo.empty()) << "a yes/no question was expected and not asked";
+  EXPECT_TRUE(yesNoAll.empty()) << "a repeated question was expected and not asked";
   EXPECT_TRUE(senders.empty()) << "a question about a sender was expected and not asked";
   EXPECT_TRUE(folders.empty()) << "a folder was to be chosen and was not asked for";
   if (core::State().Ui == this) core::State().Ui = nullptr;
@@ -52,6 +53,11 @@ bool ScriptedUi::ShowBox(core::BoxIcon icon, const std::string& text, bool offer
 bool ScriptedUi::AskYesNo(const std::string& text) {
   shown.emplace_back("question", text);
   return Take(yesNo, false, text);
+}
+
+core::RepeatedAnswer ScriptedUi::AskYesNoAll(const std::string& text) {
+  shown.emplace_back("question", text);
+  return Take(yesNoAll, core::RepeatedAnswer::kNo, text);
 }
 
 core::SenderAnswer ScriptedUi::AskAboutEmail(const core::AskedEmail& email) {

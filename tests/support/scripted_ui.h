@@ -27,6 +27,7 @@ class ScriptedUi : public core::UserInterface {
   bool allowBoxes = true;
 
   std::deque<bool> yesNo;
+  std::deque<core::RepeatedAnswer> yesNoAll;
   std::deque<core::SenderAnswer> senders;
   std::deque<std::optional<std::string>> folders;
   bool silenceWhenOffered = false;
@@ -44,6 +45,7 @@ class ScriptedUi : public core::UserInterface {
 
   bool ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) override;
   bool AskYesNo(const std::string& text) override;
+  core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;
   void SetStatus(core::StatusPanel panel, const std::string& text) override;

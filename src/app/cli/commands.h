@@ -19,5 +19,9 @@ int RunLoad(const std::vector<std::string>& words);
 int RunTake(const std::vector<std::string>& words);
 int RunList(const std::vector<std::string>& words);
 int RunShow(const std::vector<std::string>& words);
+int RunBackup(const std::vector<std::string>& words);
+int RunRestore(const std::vector<std::string>& words);
+int RunExport(const std::vector<std::string>& words);
+int RunMerge(const std::vector<std::string>& words);
 
 }  // namespace tarnwick::app

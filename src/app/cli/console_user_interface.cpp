@@ -84,6 +84,29 @@ bool ConsoleUserInterface::AskYesNo(const std::string& text) {
   return false;
 }
 
+core::RepeatedAnswer ConsoleUserInterface::AskYesNoAll(const std::string& text) {
+  using core::RepeatedAnswer;
+  static const std::map<std::string, RepeatedAnswer> kAnswers = {
+      {"y", RepeatedAnswer::kYes},      {"yes", RepeatedAnswer::kYes},
+      {"n", RepeatedAnswer::kNo},       {"no", RepeatedAnswer::kNo},
+      {"a", RepeatedAnswer::kYesToAll}, {"o", RepeatedAnswer::kNoToAll},
+  };
+  ClearProgress();
+  std::cerr << Printable(text) << " [y/n, yes to (a)ll, n(o) to all] " << std::flush;
+  if (alwaysYes_) {
+    std::cerr << "a" << std::endl;
+    return RepeatedAnswer::kYesToAll;
+  }
+  std::string answer;
+  while (ReadAnswer(answer)) {
+    auto found = kAnswers.find(answer);
+    if (found != kAnswers.end()) return found->second;
+    std::cerr << "Please answer y, n, a or o: " << std::flush;
+  }
+  std::cerr << std::endl;
+  return RepeatedAnswer::kNoToAll;
+}
+
 core::SenderAnswer ConsoleUserInterface::AskAboutEmail(const core::AskedEmail& email) {
   using core::SenderAnswer;
   static const std::map<std::string, SenderAnswer> kAnswers = {

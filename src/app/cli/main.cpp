@@ -14,6 +14,7 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
+#include "maintenance/restore.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 
@@ -31,15 +32,19 @@ constexpr const char* kUsage =
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
   show   ID [--raw|--text]
+  backup FILE
+  restore FILE
+  export FILE [the filters of list]
+  merge  FILE [--duplicates keep|skip|ask] [--accept all|known|ask]
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},
-      {"take", tarnwick::app::RunTake},
-      {"list", tarnwick::app::RunList},
-      {"show", tarnwick::app::RunShow},
+      {"load", tarnwick::app::RunLoad},     {"take", tarnwick::app::RunTake},
+      {"list", tarnwick::app::RunList},     {"show", tarnwick::app::RunShow},
+      {"backup", tarnwick::app::RunBackup}, {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport}, {"merge", tarnwick::app::RunMerge},
   };
   return commands;
 }
@@ -101,6 +106,7 @@ bool Start(const std::string& programFolder) {
     tarnwick::core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
+    tarnwick::maintenance::ReportInterruptedRestore();
     return true;
   });
 }

@@ -27,6 +27,8 @@ void Connection::SetProperty(std::string_view name, std::string_view value) {
     impl_->dataSource = value;
   } else if (SameWord(name, kPasswordProperty)) {
     impl_->password = value;
+  } else if (SameWord(name, kModeProperty)) {
+    impl_->readOnly = SameWord(value, kModeRead);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }
@@ -80,6 +82,12 @@ int64_t Connection::LostUnits() const {
   return impl_->lostUnits;
 }
 
+void Connection::SetBulk(bool on) {
+  // Otherwise the engine overwrites what is deleted, page by page.
+  impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
+                         : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+}
+
 std::string Connection::IntegrityCheck() {
   Statement check(impl_->Engine(), "PRAGMA integrity_check");
   std::string found;
@@ -92,6 +100,14 @@ std::string Connection::IntegrityCheck() {
 
 void Connection::SetProgressHandler(std::function<bool()> handler) {
   impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
+}
+
+BulkScope::~BulkScope() {
+  try {
+    connection_.SetBulk(false);
+  } catch (const std::exception&) {
+    // The journal that is in use instead does as well.
+  }
 }
 
 CommitGroup::~CommitGroup() {

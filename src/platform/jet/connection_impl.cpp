@@ -33,7 +33,8 @@ void Connection::Impl::Open() {
   if (database_) {
     throw Error(ErrorNumber::kObjectOpen, "Operation is not allowed when the object is open.");
   }
-  database_ = std::make_unique<Database>(dataSource, password, Database::Mode::kExisting);
+  database_ = std::make_unique<Database>(
+      dataSource, password, readOnly ? Database::Mode::kReadOnly : Database::Mode::kExisting);
   try {
     CheckReadable();
     Configure();
@@ -65,7 +66,7 @@ void Connection::Impl::Configure() {
     // read where nothing can be written.
     database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 1000;");
   }
-  if (database_->Number("PRAGMA application_id") != TextOrderVersion()) {
+  if (!readOnly && database_->Number("PRAGMA application_id") != TextOrderVersion()) {
     database_->Run("BEGIN; REINDEX;");
     database_->Run(("PRAGMA application_id = " + std::to_string(TextOrderVersion())).c_str());
     database_->Run("COMMIT");
@@ -133,6 +134,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
   SqlWriter writer(kOtherSchema);
   if (auto* insert = std::get_if<Insert>(&parsed)) {
     program->file = insert->file;
+    program->writesFile = insert->file.has_value();
     if (insert->select && insert->select->file) program->file = insert->select->file;
     writer.Write(*insert);
   } else if (auto* update = std::get_if<Update>(&parsed)) {
@@ -196,7 +198,7 @@ int64_t Connection::Impl::Execute(std::string_view sql) {
 }
 
 int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Value>& literals) {
-  OtherFile file(*this, literals[*program.file].AsText());
+  OtherFile file(*this, literals[*program.file].AsText(), program.writesFile);
   // The statement must be gone before the file can be let go.
   struct Drop {
     Program& program;
@@ -307,7 +309,7 @@ void Connection::Impl::EndGroup() {
   if (failure) throw *failure;
 }
 
-Connection::Impl::OtherFile::OtherFile(Impl& connection, const std::string& path)
+Connection::Impl::OtherFile::OtherFile(Impl& connection, const std::string& path, bool isWritten)
     : connection_(connection) {
   // A file can't be attached within a commit.
   connection.FlushGroup();
@@ -316,6 +318,12 @@ Connection::Impl::OtherFile::OtherFile(Impl& connection, const std::string& path
   try {
     if (engine.Number("PRAGMA other.page_count") == 0) {
       throw Error(kNotADatabase, "file is not a database");
+    }
+    if (isWritten) {
+      // A file that is being made is of no use before all of it is there, and is flushed then.
+      engine.Run(
+          "PRAGMA other.synchronous = OFF; PRAGMA other.journal_mode = MEMORY;"
+          "PRAGMA other.cache_size = -16000;");
     }
     if (engine.Number("PRAGMA other.application_id") != TextOrderVersion()) {
       engine.Run("REINDEX");

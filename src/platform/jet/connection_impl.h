@@ -36,6 +36,7 @@ struct FieldInfo {
 struct Program {
   bool isRead = false;
   std::optional<size_t> file;  // a literal: the other file it works on
+  bool writesFile = false;     // and writes to
   PreparedSql write;           // not isRead
   ReadPlan plan;               // isRead
   PreparedSql all;
@@ -93,12 +94,13 @@ class Connection::Impl {
   std::string provider;
   std::string dataSource;
   std::string password;
+  bool readOnly = false;
   int64_t lostUnits = 0;
 
   // Another file for the time of a scope. Statements on it must be gone at its end.
   class OtherFile {
    public:
-    OtherFile(Impl& connection, const std::string& path);
+    OtherFile(Impl& connection, const std::string& path, bool isWritten);
     ~OtherFile();
     OtherFile(const OtherFile&) = delete;
     OtherFile& operator=(const OtherFile&) = delete;

@@ -14,6 +14,8 @@
 //   condition,
 //                with parentheses around what stands to the left of a join
 //   insert     = INSERT INTO table [IN 'file'] [(columns)] (VALUES (values) | select)
+//                Without (columns) a select's named items go to the columns of their names, and
+//                those of * to the columns by place.
 //   update     = UPDATE table SET column = value, ... [WHERE condition]
 //   delete     = DELETE [* | table.*] FROM table [WHERE condition]
 //   condition  = AND, OR, NOT over: = <> < > <= >= between values, [NOT] LIKE, [NOT] IN (values or

@@ -16,6 +16,22 @@ std::string_view EngineFunction(std::string_view name) {
   return name;
 }
 
+// What the items are called; nothing when one of them has no name or stands for a whole table.
+std::vector<std::string> NamesOf(const std::vector<SelectItem>& items) {
+  std::vector<std::string> names;
+  for (const SelectItem& item : items) {
+    bool isColumn = !item.star && item.value.kind == Kind::kColumn;
+    if (!item.alias.empty()) {
+      names.push_back(item.alias);
+    } else if (isColumn) {
+      names.push_back(item.value.text);
+    } else {
+      return {};
+    }
+  }
+  return names;
+}
+
 }  // namespace
 
 void SqlWriter::Name(std::string_view name) {
@@ -127,11 +143,13 @@ void SqlWriter::Write(const Insert& insert) {
   Text("INSERT INTO ");
   Schema(insert.file.has_value());
   Name(insert.table);
-  for (size_t i = 0; i < insert.columns.size(); i++) {
+  std::vector<std::string> columns = insert.columns;
+  if (columns.empty() && insert.select) columns = NamesOf(insert.select->items);
+  for (size_t i = 0; i < columns.size(); i++) {
     Text(i == 0 ? " (" : ", ");
-    Name(insert.columns[i]);
+    Name(columns[i]);
   }
-  if (!insert.columns.empty()) Text(")");
+  if (!columns.empty()) Text(")");
   if (insert.select) {
     Text(" ");
     Write(*insert.select);

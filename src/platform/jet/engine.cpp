@@ -187,7 +187,8 @@ Value Statement::ColumnValue(int column) const {
 }
 
 Database::Database(const std::string& path, const std::string& password, Mode mode) {
-  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_EXRESCODE;
+  int flags = SQLITE_OPEN_EXRESCODE;
+  flags |= mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
   int code = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
   try {

@@ -83,7 +83,7 @@ class StatementUse {
 // An open file. REQUIRES for destruction: its statements are gone.
 class Database {
  public:
-  enum class Mode { kExisting, kCreate };
+  enum class Mode { kExisting, kCreate, kReadOnly };
 
   // Opens the file and gives it its key; whether the key fits shows with the first read.
   Database(const std::string& path, const std::string& password, Mode mode);

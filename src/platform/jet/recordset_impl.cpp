@@ -102,7 +102,7 @@ void Recordset::Impl::Requery() {
 
 void Recordset::Impl::ReadAll() {
   std::optional<Connection::Impl::OtherFile> other;
-  if (program_->file) other.emplace(*connection_, literals_[*program_->file].AsText());
+  if (program_->file) other.emplace(*connection_, literals_[*program_->file].AsText(), false);
   struct Drop {
     Program& program;
     ~Drop() {

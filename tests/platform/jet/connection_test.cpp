@@ -139,6 +139,35 @@ TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
   }
 }
 
+TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
+  Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+  connection_.Close();
+  std::string bytes = platform::ReadFile(path_);
+  Connection reader;
+  reader.SetProperty(kModeProperty, kModeRead);
+  OpenFile(reader, path_);
+  EXPECT_EQ(reader.IntegrityCheck(), "");
+  EXPECT_EQ(ErrorOf([&] { reader.Execute("DELETE * FROM MeContact"); }), 8);
+  reader.Close();
+  EXPECT_TRUE(platform::ReadFile(path_) == bytes);
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+}
+
+TEST_F(ConnectionTest, InBulkNoLogIsWritten) {
+  {
+    BulkScope bulk(connection_);
+    Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+    EXPECT_FALSE(platform::FileExists(path_ + "-wal"));
+    EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
+  }
+  Run("INSERT INTO MeContact (Name) VALUES ('Bob')");
+  EXPECT_TRUE(platform::FileExists(path_ + "-wal"));
+  connection_.Close();
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  connection_.Open();
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob");
+}
+
 TEST_F(ConnectionTest, CloseEndsRecordsetsAndMayBeRepeated) {
   Recordset rows;
   rows.Open("SELECT * FROM MeContact", connection_);
@@ -324,6 +353,15 @@ TEST_F(OtherFile, TakesRowsOfAListAndOfAJoin) {
           "JOIN MeContact ON Attachment.EmailID = MeContact.ID\r\nWHERE EmailID In (3)"),
       1);
   EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3|23");
+}
+
+TEST_F(OtherFile, NamedItemsGoToTheColumnsOfTheirNames) {
+  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +
+                " SELECT  DISTINCT MeContact.Name, MeContact.ID FROM MeContact WHERE ID > 2"),
+            1);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3");
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT Name & '!' AS Name FROM MeContact"), 2);
+  EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY ID"), "Bob|Cid|Bob!|Cid!");
 }
 
 TEST_F(OtherFile, IsLetGoAfterAnError) {

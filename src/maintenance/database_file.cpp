@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/database_file.h"
+
+#include <cstdio>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "maintenance/backup.h"
+#include "platform/files.h"
+#include "platform/jet/recordset.h"
+#include "repository/repository.h"
+#include "repository/schema.h"
+
+namespace tarnwick::maintenance {
+
+namespace {
+
+using core::State;
+using repository::RepositoryDb;
+
+// Behind the file's own name, so that no dialog lists it as a backup.
+constexpr const char* kUnfinished = ".unfinished";
+
+}  // namespace
+
+void OpenFile(jet::Connection& connection, const std::string& file) {
+  connection.SetProvider(jet::kProvider);
+  connection.SetProperty(jet::kDataSourceProperty, file);
+  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetProperty(jet::kModeProperty, jet::kModeRead);
+  connection.Open();
+}
+
+void RefuseProgramFile(const std::string& file) {
+  for (const std::string& own :
+       {repository::Repository().RepositoryFolder + repository::kRepositoryFile,
+        State().AppFolder + repository::kParameterFile,
+        State().AppFolder + repository::kTemplateFile}) {
+    if (platform::IsSameFile(file, own)) {
+      throw Error(ErrorNumber::kPermissionDenied, "The program itself uses the file " + file);
+    }
+  }
+}
+
+bool MayReplace(const std::string& file) {
+  if (platform::FolderExists(file)) {
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file);
+  }
+  if (!platform::FileExists(file)) return true;
+  if (!core::AskYesNo("Do you want to delete file " + file + "?")) return false;
+  std::string path = platform::AbsolutePath(file);
+  uint64_t atMost = platform::FileSize(RepositoryDb().DataSource());
+  if (platform::FreeSpace(platform::FolderOf(path)) < atMost) platform::RemoveFile(path);
+  return true;
+}
+
+int64_t CountRows(jet::Connection& connection, std::string_view table) {
+  jet::Recordset rows;
+  rows.Open("SELECT Count(*) AS RowCount FROM " + std::string(table), connection);
+  return rows.Eof() ? 0 : rows.Field("RowCount").AsInt();
+}
+
+std::vector<TableCount> CountBackupTables(jet::Connection& connection) {
+  std::vector<TableCount> counts;
+  for (std::string_view table : kBackupTables) {
+    counts.push_back({table, CountRows(connection, table)});
+  }
+  return counts;
+}
+
+int64_t SumOf(std::span<const TableCount> counts) {
+  int64_t sum = 0;
+  for (const TableCount& count : counts) sum += count.rows;
+  return sum;
+}
+
+void RequireCounts(jet::Connection& connection, std::span<const TableCount> counts) {
+  for (const TableCount& count : counts) {
+    int64_t rows = CountRows(connection, count.table);
+    if (rows == count.rows) continue;
+    throw Error(ErrorNumber::kPathAccess, "Table " + std::string(count.table) + " has " +
+                                              std::to_string(rows) + " rows instead of " +
+                                              std::to_string(count.rows));
+  }
+}
+
+Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows) {
+  try {
+    int64_t copied = RepositoryDb().Execute(sql);
+    if (rows != nullptr) *rows = copied;
+    return Result::kDone;
+  } catch (const Error& error) {
+    if (IsStop(error)) return Result::kStopped;
+    core::ReportCurrentException(routine, core::Report::kShow);
+  } catch (...) {
+    core::ReportCurrentException(routine, core::Report::kShow);
+  }
+  return Result::kFailed;
+}
+
+NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(file + kUnfinished) {
+  // What a killed run has left makes room for this one.
+  platform::RemoveFile(path_);
+  RemoveLogs(path_);
+  try {
+    std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
+    platform::CopyFile(emptyRepository, path_);
+  } catch (...) {
+    std::remove(path_.c_str());
+    throw;
+  }
+}
+
+NewDatabaseFile::~NewDatabaseFile() {
+  if (finished_) return;
+  try {
+    platform::RemoveFile(path_);
+    RemoveLogs(path_);
+  } catch (const Error&) {
+    core::ReportCurrentException("NewDatabaseFile", core::Report::kLog);
+  }
+}
+
+void NewDatabaseFile::Check(std::span<const TableCount> counts, Run& run) const {
+  jet::Connection connection;
+  OpenFile(connection, path_);
+  WatchScope watch(run, connection, true);
+  RequireCounts(connection, counts);
+  std::string damage = connection.IntegrityCheck();
+  if (!damage.empty()) {
+    throw Error(ErrorNumber::kPathAccess, "The file is damaged: " + damage);
+  }
+}
+
+void NewDatabaseFile::Finish() {
+  platform::FlushToDisk(path_);
+  RemoveLogs(file_);
+  platform::RenameFile(path_, file_);
+  finished_ = true;
+  platform::FlushToDisk(platform::FolderOf(file_));
+}
+
+void RemoveLogs(const std::string& file) {
+  for (const char* suffix : {"-wal", "-shm", "-journal"}) platform::RemoveFile(file + suffix);
+}
+
+}  // namespace tarnwick::maintenance

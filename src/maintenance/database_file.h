@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Database files beside the open repository: opening one, making one, copying rows between it and
+// the repository. Internal to the room. Failures throw Error unless said otherwise.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "maintenance/result.h"
+#include "maintenance/run.h"
+#include "platform/jet/connection.h"
+
+namespace tarnwick::maintenance {
+
+// Opens a file with the program's password, for reading: its date stays that of its making.
+void OpenFile(jet::Connection& connection, const std::string& file);
+
+// Throws when the file is one that the program itself has open or needs.
+void RefuseProgramFile(const std::string& file);
+
+// Whether file may be made: it is not there, or the person lets it be deleted. Deleted it is when
+// its successor is complete; at once only where there is not room for both.
+bool MayReplace(const std::string& file);
+
+int64_t CountRows(jet::Connection& connection, std::string_view table);
+
+struct TableCount {
+  std::string_view table;
+  int64_t rows = 0;
+};
+std::vector<TableCount> CountBackupTables(jet::Connection& connection);
+int64_t SumOf(std::span<const TableCount> counts);
+// Throws when the connection's file does not have these numbers of rows.
+void RequireCounts(jet::Connection& connection, std::span<const TableCount> counts);
+
+// Runs a copying statement on the repository; reports a failure under routine's name. rows: the
+// number copied.
+Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows = nullptr);
+
+// A database file on its way: made from the template, under a temporary name beside its own. What
+// is not finished is removed.
+class NewDatabaseFile {
+ public:
+  explicit NewDatabaseFile(const std::string& file);
+  ~NewDatabaseFile();
+  NewDatabaseFile(const NewDatabaseFile&) = delete;
+  NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
+
+  // The temporary name.
+  const std::string& Path() const { return path_; }
+
+  // Opens the file and throws unless it has these rows and the engine finds it sound.
+  void Check(std::span<const TableCount> counts, Run& run) const;
+  // Gives the file its name, in place of an older one.
+  void Finish();
+
+ private:
+  std::string file_;
+  std::string path_;
+  bool finished_ = false;
+};
+
+// Removes what the engine may have left beside a database file: it would be taken for part of the
+// next file of that name.
+void RemoveLogs(const std::string& file);
+
+}  // namespace tarnwick::maintenance

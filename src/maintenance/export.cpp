@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/export.h"
+
+#include <array>
+#include <vector>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/text.h"
+#include "maintenance/database_file.h"
+#include "maintenance/run.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+
+namespace tarnwick::maintenance {
+
+namespace {
+
+using repository::RepositoryDb;
+
+struct ExportedTable {
+  std::string_view name;
+  std::string_view keyColumn;  // holds Email.ID
+};
+constexpr std::array<ExportedTable, 5> kExportedTables = {{{"FileRepository", "FileID"},
+                                                           {"Email", "ID"},
+                                                           {"Attachment", "EmailID"},
+                                                           {"toRecipient", "EmailID"},
+                                                           {"ccRecipient", "EmailID"}}};
+
+// Where nothing matches, the list holds a row that is no message; it alone has no received time.
+bool IsPlaceholder(jet::Recordset& list) {
+  for (int i = 0; i < list.FieldCount(); ++i) {
+    if (list.FieldName(i) == "ReceivedTime") return false;
+  }
+  return true;
+}
+
+// "(1, 2, 3)" of the rows from the first on; "" when the list is empty.
+std::string CollectIds(jet::Recordset& list) {
+  list.Requery();
+  if ((list.Eof() && list.Bof()) || IsPlaceholder(list)) return {};
+  std::string ids;
+  for (list.MoveFirst(); !list.Eof(); list.MoveNext()) {
+    jet::Value id = list.Field("ID");
+    if (id.IsNull()) continue;  // deleted since the query ran
+    ids += (ids.empty() ? "(" : ", ") + std::string(core::Trim(id.AsText()));
+  }
+  if (!ids.empty()) ids += ")";
+  return ids;
+}
+
+Result CopyProjects(const std::string& file, const std::string& idList, int64_t& rows) {
+  return RunCopy("ExportEmails",
+                 "INSERT INTO tblProject IN '" + core::QuoteSql(file) +
+                     "'\r\n"
+                     "SELECT  DISTINCT tblProject.ProjectName, tblProject.ProjectNote, "
+                     "tblProject.ID FROM Email INNER JOIN tblProject ON Email.ProjectID = "
+                     "tblProject.ID\r\n"
+                     "WHERE Email.ID In " +
+                     idList,
+                 &rows);
+}
+
+Result WriteExport(const std::string& file, const std::string& idList, int64_t& exported) {
+  core::LogProgress("Export into " + file);
+  RepositoryDb().FlushGroup();
+  Run run(kExportedTables.size() + 2);  // tables and the check; the rows of each are not known
+  return UntilStopped([&] {
+    NewDatabaseFile target(file);
+    std::vector<TableCount> copied;
+    {
+      WatchScope watch(run, RepositoryDb(), true);
+      for (const ExportedTable& table : kExportedTables) {
+        int64_t rows = 0;
+        Result result = CopyRowsTo(table.name, target.Path(), idList, table.keyColumn, &rows);
+        if (result != Result::kDone) return result;
+        copied.push_back({table.name, rows});
+        run.Advance(1);
+        platform::BeginFlush(target.Path());
+        if (!run.Look()) return Result::kStopped;
+      }
+      int64_t projects = 0;
+      Result result = CopyProjects(target.Path(), idList, projects);
+      if (result != Result::kDone) return result;
+      copied.push_back({"tblProject", projects});
+      run.Advance(1);
+    }
+    target.Check(copied, run);
+    target.Finish();
+    exported = copied[1].rows;
+    core::LogProgress("Export: " + std::to_string(SumOf(copied)) + " rows of " +
+                      std::to_string(exported) + " messages");
+    return Result::kDone;
+  });
+}
+
+}  // namespace
+
+Result ExportEmails(const std::string& file, jet::Recordset& list, int64_t* exported) {
+  return core::Guarded("ExportEmails", Result::kFailed, [&] {
+    if (exported != nullptr) *exported = 0;
+    std::string path = platform::AbsolutePath(file);
+    RefuseProgramFile(path);
+    if (!MayReplace(file)) return Result::kDeclined;
+    std::string idList = CollectIds(list);
+    if (idList.empty()) return Result::kDeclined;
+    int64_t count = 0;
+    Result result = WriteExport(path, idList, count);
+    if (result == Result::kDone) {
+      if (exported != nullptr) *exported = count;
+      core::ShowMessage(std::to_string(count) + " Email(s) is exported.");
+      core::ShowMessage("Export is done.");
+    }
+    if (result == Result::kStopped) {
+      core::LogProgress("Export stopped");
+      core::ShowMessage("Export is stopped.");
+    }
+    return result;
+  });
+}
+
+Result CopyRowsTo(std::string_view table, const std::string& file, std::string_view idList,
+                  std::string_view keyColumn, int64_t* rows) {
+  std::string name(table);
+  return RunCopy("CopyRowsTo",
+                 "INSERT INTO " + name + " IN '" + core::QuoteSql(file) +
+                     "' \r\n"
+                     "SELECT * FROM " +
+                     name + " WHERE " + std::string(keyColumn) + " IN " + std::string(idList),
+                 rows);
+}
+
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/export_reader.h"
+
+#include <algorithm>
+
+#include "maintenance/database_file.h"
+#include "platform/files.h"
+
+namespace tarnwick::maintenance {
+
+namespace {
+
+using intake::MailMessage;
+
+// Every text column and where it goes.
+constexpr struct {
+  const char* column;
+  std::string MailMessage::*member;
+} kTextColumns[] = {
+    {"Application", &MailMessage::Application},
+    {"Folder", &MailMessage::Folder},
+    {"Parent", &MailMessage::Parent},
+    {"gwTimeShift", &MailMessage::TimeShift},
+    {"Body", &MailMessage::Body},
+    {"Direction", &MailMessage::Direction},
+    {"EntryID", &MailMessage::MessageKey},
+    {"HTMLBody", &MailMessage::HTMLBody},
+    {"EmailImportance", &MailMessage::Importance},
+    {"NameFrom", &MailMessage::FromName},
+    {"AddressFrom", &MailMessage::FromAddress},
+    {"FromToAddress", &MailMessage::FromToAddress},
+    {"FromToName", &MailMessage::FromToName},
+    {"Subject", &MailMessage::Subject},
+    {"Notes", &MailMessage::Notes},
+    {"Charset", &MailMessage::Charset},
+    {"Encoding", &MailMessage::Encoding},
+};
+
+// A count as the message had it: at least the rows that were found, at most what a record can hold.
+int16_t CountOf(const jet::Value& stored, int rows, int capacity) {
+  return static_cast<int16_t>(std::clamp<int64_t>(stored.AsInt(), rows, capacity));
+}
+
+std::string Where(const char* start, int64_t id) {
+  return start + std::to_string(id);
+}
+
+}  // namespace
+
+ExportReader::ExportReader(const std::string& file) {
+  OpenFile(connection_, file);
+}
+
+int64_t ExportReader::Count() {
+  return CountRows(connection_, "Email");
+}
+
+std::optional<ExportedMessage> ExportReader::Next() {
+  if (first_) {
+    emails_.Open("SELECT * From Email ORDER BY ID", connection_);
+    first_ = false;
+  } else if (!emails_.Eof()) {
+    emails_.MoveNext();
+  }
+  if (emails_.Eof()) return std::nullopt;
+  std::optional<ExportedMessage> exported(std::in_place);
+  ReadColumns(*exported);
+  return exported;
+}
+
+void ExportReader::ReadColumns(ExportedMessage& exported) {
+  MailMessage& message = exported.message;
+  exported.id = emails_.Field("ID").AsInt();
+  exported.identity = emails_.Field("Identity").AsText();
+  for (const auto& text : kTextColumns) message.*text.member = emails_.Field(text.column).AsText();
+  message.SentTime = emails_.Field("CreationTime").AsDate().value_or(DateTime());
+  message.ReceivedTime = emails_.Field("ReceivedTime").AsDate().value_or(message.SentTime);
+  if (jet::Value project = emails_.Field("ProjectID"); !project.IsNull()) {
+    message.Project = ReadProject(project.AsInt());
+  }
+  ReadAttachments(exported);
+  int to = ReadRecipients("ToRecipient", exported.id, message.To);
+  int cc = ReadRecipients("ccRecipient", exported.id, message.Cc);
+  // Of a message that is neither sent nor received no recipients are kept, only their numbers.
+  bool hasRows = message.Direction == "In" || message.Direction == "Out";
+  message.ToCount =
+      CountOf(emails_.Field("CountMailTo"), to, hasRows ? to : intake::kMaxRecipients);
+  message.CcCount = CountOf(emails_.Field("CountCC"), cc, hasRows ? cc : intake::kMaxRecipients);
+}
+
+std::string ExportReader::ReadProject(int64_t id) {
+  jet::Recordset project;
+  project.Open(Where("SELECT * From tblProject WHERE ID=", id), connection_);
+  return project.Eof() ? std::string() : project.Field("ProjectName").AsText();
+}
+
+void ExportReader::ReadAttachments(ExportedMessage& exported) {
+  MailMessage& message = exported.message;
+  jet::Recordset rows;
+  rows.Open(Where("SELECT * From Attachment WHERE EmailID=", exported.id), connection_);
+  int count = 0;
+  for (; !rows.Eof() && count < intake::kMaxAttachments; rows.MoveNext()) {
+    message.Attachments[static_cast<size_t>(count++)] = rows.Field("FileName").AsText();
+  }
+  message.AttachCount = CountOf(emails_.Field("FilesNum"), count, intake::kMaxAttachments);
+}
+
+template <typename Pairs>
+int16_t ExportReader::ReadRecipients(const char* table, int64_t id, Pairs& pairs) {
+  jet::Recordset rows;
+  rows.Open(Where((std::string("SELECT * From ") + table + " WHERE EmailID=").c_str(), id),
+            connection_);
+  int16_t count = 0;
+  for (; !rows.Eof() && count < intake::kMaxRecipients; rows.MoveNext()) {
+    pairs[static_cast<size_t>(count++)] = {rows.Field("Name").AsText(),
+                                           rows.Field("Address").AsText()};
+  }
+  return count;
+}
+
+void ExportReader::WriteFile(int64_t id, const std::string& path) {
+  platform::RemoveFile(path);
+  platform::OutputFile file(path);
+  jet::Recordset rows;
+  rows.Open(Where("SELECT FileBody FROM FileRepository WHERE FileID=", id) + "\r\nORDER BY ID",
+            connection_);
+  for (; !rows.Eof(); rows.MoveNext()) file.Write(rows.Field("FileBody").AsText());
+  file.Close();
+}
+
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/restore.h"
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "maintenance/backup.h"
+#include "maintenance/database_file.h"
+#include "maintenance/run.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
+#include "repository/schema.h"
+
+namespace tarnwick::maintenance {
+
+namespace {
+
+using core::State;
+using repository::RepositoryDb;
+
+// Parameter group, one row a user: the copy of a restore that is under way.
+constexpr const char* kRestoreGroup = "Restore";
+
+// A name that the restore dialog lists.
+constexpr const char* kSafetyCopy = "Tarnwick_before_restore.twb";
+
+constexpr uint64_t kMegabyte = 1024 * 1024;
+constexpr uint64_t kSpareSpace = 16 * kMegabyte;
+
+bool IsSameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && core::ContainsIgnoringCase(a, b);
+}
+
+// True when the file has the tables that a backup holds, column by column: rows are copied by
+// place.
+bool HasBackupTables(jet::Connection& connection) {
+  for (const jet::TableDefinition& table : repository::RepositoryTables()) {
+    bool isCopied = false;
+    for (std::string_view name : kBackupTables) {
+      isCopied = isCopied || IsSameName(name, table.name);
+    }
+    if (!isCopied) continue;
+    jet::Recordset rows;
+    rows.Open(table.name, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
+              jet::CommandType::kTable);
+    if (rows.FieldCount() != static_cast<int>(table.columns.size())) return false;
+    for (size_t i = 0; i < table.columns.size(); ++i) {
+      if (rows.FieldName(static_cast<int>(i)) != table.columns[i].name) return false;
+    }
+  }
+  return true;
+}
+
+bool HasRows(jet::Connection& connection, std::string_view table) {
+  jet::Recordset rows;
+  rows.Open(table, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
+            jet::CommandType::kTable);
+  return !rows.Eof();
+}
+
+// What the new data take, and the copy where it has to be one.
+void RequireSpace(const std::string& folder, uint64_t needed) {
+  needed += kSpareSpace;
+  uint64_t available = platform::FreeSpace(folder);
+  if (available >= needed) return;
+  throw Error(ErrorNumber::kDiskFull, "There is not enough free space in " + folder + ": " +
+                                          std::to_string(needed / kMegabyte) + " MB are needed, " +
+                                          std::to_string(available / kMegabyte) + " MB are free");
+}
+
+// Makes a copy that takes its name only when it is complete.
+Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
+  std::string folder = platform::FolderOf(to);
+  std::string unfinished = folder + kSafetyCopy + ".unfinished";
+  RequireSpace(folder, platform::FileSize(from));
+  try {
+    if (platform::CopyFile(from, unfinished, [&] { return run.Look(); })) {
+      platform::RenameFile(unfinished, to);
+      return Result::kDone;
+    }
+  } catch (...) {
+    std::remove(unfinished.c_str());
+    throw;
+  }
+  std::remove(unfinished.c_str());
+  return Result::kStopped;
+}
+
+// The repository's file gets a second name, or a copy where the file system has no second names,
+// and an empty one takes its place: there is no moment without a repository.
+Result SetRepositoryFileAside(const std::string& file, const std::string& copy, Run& run) {
+  // What the engine could not write back into the file would be missing from a copy of it.
+  if (platform::FileExists(file + "-wal")) {
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file + "-wal");
+  }
+  std::string empty = file + ".unfinished";
+  Result result = Result::kFailed;
+  try {
+    platform::CopyFile(State().AppFolder + repository::kTemplateFile, empty);
+    result = platform::LinkFile(file, copy) ? Result::kDone : CopyWhole(file, copy, run);
+    if (result == Result::kDone) {
+      platform::FlushToDisk(platform::FolderOf(copy));
+      platform::RenameFile(empty, file);
+    }
+  } catch (...) {
+    std::remove(empty.c_str());
+    std::remove(copy.c_str());
+    throw;
+  }
+  // From here on the copy is all that is left of the former repository.
+  if (result != Result::kDone) std::remove(empty.c_str());
+  return result;
+}
+
+// Makes the safety copy and leaves an empty repository open. The repository is closed for that: the
+// system takes the locks off an open file when this process closes another handle on it.
+Result MakeSafetyCopy(const std::string& copy, Run& run) {
+  std::string file = RepositoryDb().DataSource();
+  repository::DisconnectRepository();
+  Result result = core::Guarded("MakeSafetyCopy", Result::kFailed,
+                                [&] { return SetRepositoryFileAside(file, copy, run); });
+  if (repository::OpenRepository(false)) return result;
+  if (result == Result::kDone) {
+    core::GuardedRun("MakeSafetyCopy", [&] {
+      platform::RenameFile(copy, file);
+      repository::OpenRepository(false);
+    });
+  }
+  return Result::kFailed;
+}
+
+void SetMarker(const jet::Value& copy) {
+  repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn, copy);
+}
+
+bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& run) {
+  return core::Guarded("RestoreBackup", false, [&] {
+    WatchScope watch(run, RepositoryDb(), false);
+    jet::BulkScope bulk(RepositoryDb());
+    if (!repository::ClearRepository()) return false;
+    core::YieldEvents();
+    for (const TableCount& count : counts) {
+      if (CopyTableFrom(count.table, file) != Result::kDone) return false;
+      run.Advance(count.rows);
+    }
+    RequireCounts(RepositoryDb(), counts);
+    return true;
+  });
+}
+
+std::vector<TableCount> CountFile(const std::string& file) {
+  jet::Connection connection;
+  OpenFile(connection, file);
+  return CountBackupTables(connection);
+}
+
+void ForgetSafetyCopy(const std::string& copy) {
+  core::GuardedRun(
+      "RestoreBackup",
+      [&] {
+        platform::RemoveFile(copy);
+        core::LogProgress("Safety copy removed: " + copy);
+      },
+      core::Report::kLog);
+}
+
+// The questions have been answered and the file is a full backup.
+Result ReplaceData(const std::string& file, const std::function<void()>& refreshList) {
+  core::LogProgress("Restore from " + file);
+  const std::string folder = repository::Repository().RepositoryFolder;
+  std::vector<TableCount> counts = CountFile(file);
+  RepositoryDb().FlushGroup();
+  RequireSpace(folder, platform::FileSize(file));
+  std::string copy = platform::UniquePath(folder, kSafetyCopy);
+  bool filled = false;
+  {
+    Run run(SumOf(counts));
+    SetMarker(copy);
+    Result copied = MakeSafetyCopy(copy, run);
+    if (copied != Result::kDone) {
+      SetMarker({});
+      if (refreshList) refreshList();
+      return copied;
+    }
+    core::LogProgress("Safety copy: " + copy);
+    filled = Fill(file, counts, run);
+    repository::ReadOptions();
+  }
+  SetMarker({});
+  if (refreshList) refreshList();
+  if (filled) {
+    ForgetSafetyCopy(copy);
+    core::LogProgress("Restore: " + std::to_string(SumOf(counts)) + " rows");
+    return Result::kDone;
+  }
+  core::LogProgress("Restore failed; the former repository is in " + copy);
+  core::ShowMessage(
+      "Restore is not complete. The repository as it was before is kept in the "
+      "file " +
+      copy + ".\r\nRestore that file to have it back.");
+  return Result::kFailed;
+}
+
+}  // namespace
+
+Result RestoreBackup(const std::string& file, const std::function<void()>& refreshList) {
+  return core::Guarded("RestoreBackup", Result::kFailed, [&] {
+    std::string path = platform::AbsolutePath(file);
+    if (!platform::FileExists(path)) {
+      core::ShowMessage("There is not file " + file);
+      return Result::kDeclined;
+    }
+    RefuseProgramFile(path);
+    if (!core::AskYesNo("Current information will be deleted. "
+                        "Do you want to continue?")) {
+      return Result::kDeclined;
+    }
+    std::string created = platform::FormatDate(platform::FileModified(path), "General Date");
+    if (!core::AskYesNo("Backup file was created at " + created +
+                        ". "
+                        "Do you want to continue?")) {
+      return Result::kDeclined;
+    }
+    int kind = IsItFullBackup(path);
+    if (kind != 0) {
+      core::ShowError(kind == 1 ? "You should use full backup file in this function."
+                                : "Invalid file format.");
+      return Result::kDeclined;
+    }
+    Result result = ReplaceData(path, refreshList);
+    if (result == Result::kDone) core::ShowMessage("Restore is done.");
+    if (result == Result::kStopped) {
+      core::LogProgress("Restore stopped before the repository was changed");
+      core::ShowMessage("Restore is stopped.");
+    }
+    return result;
+  });
+}
+
+Result CopyTableFrom(std::string_view table, const std::string& file) {
+  std::string name(table);
+  return RunCopy("CopyTableFrom", "INSERT INTO " + name + " SELECT * FROM  " + name + " IN '" +
+                                      core::QuoteSql(file) + "'");
+}
+
+int IsItFullBackup(const std::string& file) {
+  constexpr int kNoRepository = 2;
+  // The reason goes to the log; the caller says what it means to the person.
+  return core::Guarded(
+      "IsItFullBackup", kNoRepository,
+      [&] {
+        jet::Connection connection;
+        OpenFile(connection, file);
+        if (!HasBackupTables(connection)) return kNoRepository;
+        bool isExport = HasRows(connection, "FileRepository") && !HasRows(connection, "MeContact");
+        return isExport ? 1 : 0;
+      },
+      core::Report::kLog);
+}
+
+void ReportInterruptedRestore() {
+  core::GuardedRun("ReportInterruptedRestore", [] {
+    std::string copy =
+        repository::GetParameter(kRestoreGroup, State().UserName, repository::kTextColumn).AsText();
+    if (copy.empty()) return;
+    SetMarker({});
+    if (!platform::FileExists(copy)) return;
+    if (platform::IsSameFile(copy, RepositoryDb().DataSource())) {
+      // Killed before anything was changed: the copy is the repository's own file.
+      platform::RemoveFile(copy);
+      return;
+    }
+    core::LogProgress("A restore was interrupted; the former repository is in " + copy);
+    core::ShowMessage(
+        "The last restore was interrupted. The repository as it was before is kept "
+        "in the file " +
+        copy + ".\r\nRestore that file to have it back.");
+  });
+}
+
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/run.h"
+
+#include <algorithm>
+
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "platform/clock.h"
+
+namespace tarnwick::maintenance {
+
+namespace {
+
+constexpr int kInterrupted = 9;  // the engine's number for a statement that was ended
+constexpr int64_t kLookMilliseconds = 30;
+
+}  // namespace
+
+Run::Run(int64_t total) : total_(total) {
+  core::BeginLoadState();
+}
+
+Run::~Run() {
+  core::EndLoadState();
+  int64_t end = std::max<int64_t>(total_, 1);
+  if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(end, end);
+}
+
+void Run::SetTotal(int64_t total) {
+  total_ = total;
+}
+
+void Run::Advance(int64_t count) {
+  done_ += count;
+  Look();
+}
+
+bool Run::Look() {
+  int64_t now = platform::TickMilliseconds();
+  if (now - lastLook_ >= kLookMilliseconds) {
+    lastLook_ = now;
+    // The end is shown once, when the run is over.
+    if (core::State().Ui != nullptr && done_ < total_) {
+      core::State().Ui->ShowProgress(done_, total_);
+    }
+    core::YieldEvents();
+  }
+  return !core::State().ImportCancelFlag;
+}
+
+void Run::Watch(jet::Connection& connection, bool mayStop) {
+  connection.SetProgressHandler([this, mayStop] { return !Look() && mayStop; });
+}
+
+bool IsStop(const Error& error) {
+  return error.Number() == kInterrupted && core::State().ImportCancelFlag;
+}
+
+Result UntilStopped(const std::function<Result()>& body) {
+  try {
+    return body();
+  } catch (const Error& error) {
+    if (IsStop(error)) return Result::kStopped;
+    throw;
+  }
+}
+
+}  // namespace tarnwick::maintenance

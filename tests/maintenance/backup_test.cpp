@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/backup.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "maintenance/restore.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+#include "repository/schema.h"
+#include "support/faults.h"
+#include "support/program_fixture.h"
+#include "support/repository_content.h"
+
+namespace tarnwick::maintenance {
+namespace {
+
+using core::State;
+using platform::FileExists;
+using repository::RepositoryDb;
+using Texts = std::vector<std::string>;
+
+class Backup : public testing::ProgramFixture {
+ protected:
+  Backup() : file_(folder_.File("Ann's backup.twb")) {}
+
+  Texts FilesLeft() { return platform::ListFiles(folder_.Path(), ".unfinished"); }
+
+  std::string file_;
+};
+
+TEST_F(Backup, EveryRowOfEveryTableArrivesAsItIs) {
+  testing::StoreVariedMessages(60);
+  testing::StoreRulesAndMarks();
+  RepositoryDb().Execute("INSERT INTO ObjectList VALUES (5)");
+  auto before = testing::DumpRepository(RepositoryDb());
+  EXPECT_EQ(MakeBackup(file_), Result::kDone);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Backup is done."});
+  EXPECT_EQ(testing::DumpFile(file_), before);
+  EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+  EXPECT_EQ(IsItFullBackup(file_), 0);
+  EXPECT_EQ(FilesLeft(), Texts{});
+  EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
+  EXPECT_NE(Log().find("Backup into "), std::string::npos);
+}
+
+TEST_F(Backup, TheProposedNameIsOfToday) {
+  platform::ClockOverride clock;
+  clock.now = DateTime::FromDate(2005, 3, 14).WithTime(23, 59, 59);
+  platform::SetClockOverride(clock);
+  EXPECT_EQ(ProposedBackupName(), "Email_20050314.twb");
+}
+
+TEST_F(Backup, AnExistingFileIsAskedForAndReplacedOnlyByAWholeOne) {
+  testing::StoreVariedMessages(5);
+  platform::WriteFile(file_, "an older backup");
+  ui_.yesNo = {false};
+  EXPECT_EQ(MakeBackup(file_), Result::kDeclined);
+  EXPECT_EQ(ui_.Shown("question"), Texts{"Do you want to delete file " + file_ + "?"});
+  EXPECT_EQ(ui_.Shown("box"), Texts{});
+  EXPECT_EQ(platform::ReadFile(file_), "an older backup");
+
+  ui_.yesNo = {true};
+  std::string emptyRepository = folder_.File(repository::kTemplateFile);
+  platform::RenameFile(emptyRepository, emptyRepository + ".away");
+  EXPECT_EQ(MakeBackup(file_), Result::kFailed);
+  EXPECT_EQ(platform::ReadFile(file_), "an older backup");
+  EXPECT_THAT(
+      ui_.Shown("error"),
+      ::testing::ElementsAre(::testing::MatchesRegex("Error: 53 File not found: .* MakeBackup")));
+  platform::RenameFile(emptyRepository + ".away", emptyRepository);
+  ui_.yesNo = {true};
+  EXPECT_EQ(MakeBackup(file_), Result::kDone);
+  EXPECT_EQ(testing::DumpFile(file_), testing::DumpRepository(RepositoryDb()));
+}
+
+TEST_F(Backup, WhereThereIsNotRoomForBothTheOlderFileGoesFirst) {
+  platform::WriteFile(file_, "an older backup");
+  platform::SetFreeSpaceOverride(1000);
+  ui_.yesNo = {true};
+  bool wasGone = false;
+  ui_.onYield = [&] { wasGone = !FileExists(file_); };
+  EXPECT_EQ(MakeBackup(file_), Result::kDone);
+  EXPECT_TRUE(wasGone);
+  EXPECT_TRUE(FileExists(file_));
+}
+
+TEST_F(Backup, TheProgramsOwnFilesAreNeverOverwritten) {
+  for (const char* name :
+       {repository::kRepositoryFile, repository::kParameterFile, repository::kTemplateFile}) {
+    EXPECT_EQ(MakeBackup(folder_.File(std::string("./") + name)), Result::kFailed) << name;
+  }
+  EXPECT_EQ(ui_.Shown("error").size(), 3U);
+  EXPECT_EQ(CountRows("Email"), 0);
+  EXPECT_EQ(MakeBackup(folder_.File("EmailFile")), Result::kFailed);  // a folder
+  EXPECT_EQ(MakeBackup(folder_.File("no/such/folder.twb")), Result::kFailed);
+}
+
+TEST_F(Backup, StoppedItLeavesNothing) {
+  testing::StoreVariedMessages(20);
+  ui_.onYield = [] { State().ImportCancelFlag = true; };
+  EXPECT_EQ(MakeBackup(file_), Result::kStopped);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Backup is stopped."});
+  EXPECT_EQ(ui_.Shown("error"), Texts{});
+  EXPECT_FALSE(FileExists(file_));
+  EXPECT_EQ(FilesLeft(), Texts{});
+  EXPECT_FALSE(State().ImportCancelFlag);
+}
+
+TEST_F(Backup, ItFailsCleanlyAtEveryFileStep) {
+  testing::StoreVariedMessages(10);
+  auto before = testing::DumpRepository(RepositoryDb());
+  platform::WriteFile(file_, "an older backup");
+  int step = 0;
+  for (bool happened = true; happened; ++step) {
+    ui_.yesNo = {true};
+    testing::FailingFileStep fault(step);
+    Result result = MakeBackup(file_);
+    happened = fault.Happened();
+    platform::SetFileFault(nullptr);
+    EXPECT_EQ(FilesLeft(), Texts{}) << step;
+    EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before) << step;
+    if (!happened) {
+      EXPECT_EQ(result, Result::kDone);
+    }
+    // A failure behind the last change may pass; what bears the name is whole in every case.
+    if (result == Result::kDone) {
+      EXPECT_EQ(testing::DumpFile(file_), before) << step;
+      platform::WriteFile(file_, "an older backup");
+    } else {
+      EXPECT_EQ(result, Result::kFailed) << step;
+      EXPECT_EQ(platform::ReadFile(file_), "an older backup") << step;
+      EXPECT_NE(Log().find("Error: 61 Disk full"), std::string::npos);
+    }
+  }
+  EXPECT_GE(step, 8);
+}
+
+TEST_F(Backup, AFullDiskWhileTheEngineCopiesLeavesNothing) {
+  testing::StoreVariedMessages(40);
+  auto before = testing::DumpRepository(RepositoryDb());
+  uint64_t whole = platform::FileSize(folder_.File(repository::kTemplateFile));
+  int failed = 0;
+  for (Result result = Result::kFailed; result != Result::kDone; whole += 200 * 1024) {
+    {
+      testing::FileSizeLimit limit(whole + 4096);
+      result = MakeBackup(file_);
+    }
+    EXPECT_EQ(FileExists(file_), result == Result::kDone);
+    EXPECT_EQ(FilesLeft(), Texts{});
+    EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+    if (result != Result::kDone) ++failed;
+    ASSERT_LT(failed, 50);
+  }
+  EXPECT_GE(failed, 3);
+  EXPECT_EQ(testing::DumpFile(file_), before);
+}
+
+TEST_F(Backup, KilledAtAnyTimeNothingUnfinishedPassesForABackup) {
+  testing::StoreVariedMessages(150);
+  auto before = testing::DumpRepository(RepositoryDb());
+  repository::DisconnectRepository();
+  auto backup = [&] {
+    if (!repository::OpenRepository(false) || MakeBackup(file_) != Result::kDone) throw 1;
+  };
+  int64_t start = platform::TickMilliseconds();
+  ASSERT_TRUE(testing::RunInChild(backup, 0));
+  int64_t whole = (platform::TickMilliseconds() - start) * 1000;
+  constexpr int kKills = 5;
+  for (int kill = 1; kill <= kKills; ++kill) {
+    platform::RemoveFile(file_);
+    bool ended = testing::RunInChild(backup, whole * kill / (kKills + 1));
+    ASSERT_TRUE(repository::OpenRepository(false));
+    EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+    repository::DisconnectRepository();
+    if (ended || FileExists(file_)) {
+      EXPECT_EQ(testing::DumpFile(file_), before);
+    }
+  }
+  // What the kills have left does not stand in the way.
+  platform::RemoveFile(file_);
+  ASSERT_TRUE(repository::OpenRepository(false));
+  EXPECT_EQ(MakeBackup(file_), Result::kDone);
+  EXPECT_EQ(testing::DumpFile(file_), before);
+  EXPECT_EQ(FilesLeft(), Texts{});
+}
+
+}  // namespace
+}  // namespace tarnwick::maintenance

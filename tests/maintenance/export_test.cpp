@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/export.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "maintenance/restore.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+#include "support/faults.h"
+#include "support/program_fixture.h"
+#include "support/repository_content.h"
+
+namespace tarnwick::maintenance {
+namespace {
+
+using platform::FileExists;
+using repository::RepositoryDb;
+using Texts = std::vector<std::string>;
+
+class Export : public testing::ProgramFixture {
+ protected:
+  Export() : file_(folder_.File("Ann's export.twb")) {}
+
+  // The list of the window, as far as an export looks at it.
+  void OpenList(const std::string& where) {
+    list_.Open(
+        "SELECT DISTINCT Email.Subject, Email.ID, Email.ReceivedTime FROM (Email LEFT JOIN "
+        "MeContact ON Email.FromTo = MeContact.ID)\r\nLEFT JOIN Attachment ON Email.ID = "
+        "Attachment.EmailID\r\n" +
+            where + "\r\nORDER BY Email.ReceivedTime DESC",
+        RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+  }
+
+  // The lines of a table that belong to these messages.
+  static Texts Matching(const std::string& table, const std::string& where) {
+    Texts lines;
+    jet::Recordset rows;
+    rows.Open("SELECT * FROM " + table + " WHERE " + where, RepositoryDb());
+    for (; !rows.Eof(); rows.MoveNext()) {
+      std::string line;
+      for (int i = 0; i < rows.FieldCount(); ++i) {
+        jet::Value value = rows.Field(i);
+        line += rows.FieldName(i) + "=" +
+                (value.IsNull() ? "Null" : std::to_string(value.Data().index()) + value.AsText()) +
+                "|";
+      }
+      lines.push_back(line);
+    }
+    return lines;
+  }
+
+  std::string file_;
+  jet::Recordset list_;
+};
+
+TEST_F(Export, TheListedMessagesGoWithAllThatHangsOnThem) {
+  testing::StoreVariedMessages(60);
+  testing::StoreRulesAndMarks();
+  auto before = testing::DumpRepository(RepositoryDb());
+  OpenList("WHERE Email.ID > 20 AND Email.Direction = 'In'");
+  int64_t listed = list_.RecordCount();
+  int64_t exported = 0;
+  EXPECT_EQ(ExportEmails(file_, list_, &exported), Result::kDone);
+  EXPECT_EQ(exported, listed);
+  EXPECT_EQ(ui_.Shown("box"),
+            (Texts{std::to_string(listed) + " Email(s) is exported.", "Export is done."}));
+  auto dump = testing::DumpFile(file_);
+  const std::string ids = "(SELECT ID FROM Email WHERE ID > 20 AND Direction = 'In')";
+  EXPECT_EQ(dump["Email"], Matching("Email", "ID IN " + ids));
+  EXPECT_EQ(dump["FileRepository"], Matching("FileRepository", "FileID IN " + ids));
+  for (const char* table : {"Attachment", "ToRecipient", "ccRecipient"}) {
+    EXPECT_EQ(dump[table], Matching(table, "EmailID IN " + ids)) << table;
+    EXPECT_FALSE(dump[table].empty()) << table;
+  }
+  EXPECT_EQ(dump["tblProject"],
+            Matching("tblProject", "ID IN (SELECT ProjectID FROM Email WHERE ID IN " + ids + ")"));
+  for (const char* table :
+       {"MeContact", "ContactEmail", "MeAddress", "RejectSender", "UserList", "IgnoredEmail"}) {
+    EXPECT_EQ(dump[table], Texts{}) << table;
+  }
+  EXPECT_EQ(IsItFullBackup(file_), 1);
+  EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+}
+
+TEST_F(Export, ProjectsOfOtherMessagesStayBehind) {
+  testing::StoreVariedMessages(4);  // four folders
+  OpenList("WHERE Email.ID = 2");
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  EXPECT_EQ(testing::DumpFile(file_)["tblProject"].size(), 1U);
+}
+
+TEST_F(Export, TheListIsQueriedAnewFirst) {
+  testing::StoreVariedMessages(6);
+  OpenList("");
+  RepositoryDb().Execute("DELETE * FROM Email WHERE ID = 3");
+  testing::StoreVariedMessages(1, 6);
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  ASSERT_EQ(ui_.Shown("box").size(), 2U) << ::testing::PrintToString(ui_.Shown("error"));
+  EXPECT_EQ(ui_.Shown("box")[0], "6 Email(s) is exported.");
+}
+
+TEST_F(Export, AnEmptyListDoesNothing) {
+  testing::StoreVariedMessages(1);
+  OpenList("WHERE Email.ID = 77");
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDeclined);
+  list_.Close();
+  // The row that the window shows in an empty list has the number of a real message.
+  list_.Open(
+      "SELECT Format(Date(), 'ddddd hh:mm') As Sent, Email.Subject, ' ' AS FromTo, "
+      "Email.Direction, Email.Active, Email.ID, Email.EmailImportance, Email.Application "
+      "\r\nFROM EmailOne AS Email ",
+      RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+  ASSERT_EQ(list_.RecordCount(), 1);
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDeclined);
+  EXPECT_EQ(ui_.shown.size(), 0U);
+  EXPECT_FALSE(FileExists(file_));
+}
+
+TEST_F(Export, AnExistingFileIsAskedForFirst) {
+  testing::StoreVariedMessages(3);
+  OpenList("");
+  platform::WriteFile(file_, "an older export");
+  ui_.yesNo = {false};
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDeclined);
+  EXPECT_EQ(platform::ReadFile(file_), "an older export");
+  EXPECT_EQ(ui_.Shown("question"), Texts{"Do you want to delete file " + file_ + "?"});
+  ui_.yesNo = {true};
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  EXPECT_EQ(testing::DumpFile(file_)["Email"].size(), 3U);
+}
+
+TEST_F(Export, ItFailsCleanlyAtEveryFileStep) {
+  testing::StoreVariedMessages(5);
+  OpenList("");
+  int step = 0;
+  for (bool happened = true; happened; ++step) {
+    testing::FailingFileStep fault(step);
+    Result result = ExportEmails(file_, list_);
+    happened = fault.Happened();
+    platform::SetFileFault(nullptr);
+    EXPECT_EQ(FileExists(file_), result == Result::kDone) << step;
+    EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{}) << step;
+    platform::RemoveFile(file_);
+  }
+  EXPECT_GE(step, 8);
+}
+
+TEST_F(Export, StoppedItLeavesNothing) {
+  testing::StoreVariedMessages(5);
+  OpenList("");
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kStopped);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Export is stopped."});
+  EXPECT_FALSE(FileExists(file_));
+}
+
+TEST_F(Export, TwoHundredThousandMessagesGoInOnePiece) {
+  testing::StoreVariedMessages(1);
+  RepositoryDb().BeginGroup();
+  constexpr int64_t kWanted = 200000;
+  for (int64_t have = 1; have < kWanted; have *= 2) {
+    RepositoryDb().Execute(
+        "INSERT INTO Email (Subject, Direction, ReceivedTime, ProjectID) SELECT Subject, "
+        "Direction, ReceivedTime, ProjectID FROM Email");
+  }
+  RepositoryDb().Execute("DELETE * FROM Email WHERE ID > 200000");
+  RepositoryDb().Execute("DELETE * FROM FileRepository");
+  RepositoryDb().Execute(
+      "INSERT INTO FileRepository (FileID, Application) SELECT ID, Subject FROM Email");
+  RepositoryDb().EndGroup();
+  OpenList("");
+  EXPECT_EQ(ExportEmails(file_, list_), Result::kDone);
+  ASSERT_EQ(ui_.Shown("box").size(), 2U) << ::testing::PrintToString(ui_.Shown("error"));
+  EXPECT_EQ(ui_.Shown("box")[0], "200000 Email(s) is exported.");
+  jet::Connection connection;
+  connection.SetProperty(jet::kDataSourceProperty, file_);
+  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.Open();
+  for (const char* table : {"Email", "FileRepository"}) {
+    jet::Recordset rows;
+    rows.Open("SELECT Count(*) AS RowCount, Max(ID) AS Last FROM " + std::string(table),
+              connection);
+    EXPECT_EQ(rows.Field("RowCount").AsInt(), kWanted) << table;
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/merge.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "core/run_state.h"
+#include "intake/sender_rules.h"
+#include "maintenance/backup.h"
+#include "maintenance/export.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+#include "support/faults.h"
+#include "support/program_fixture.h"
+#include "support/repository_content.h"
+
+namespace tarnwick::maintenance {
+namespace {
+
+using core::RepeatedAnswer;
+using core::SenderAnswer;
+using repository::RepositoryDb;
+using ::testing::HasSubstr;
+using Texts = std::vector<std::string>;
+
+// A message with everything that hangs on it, without the identifiers, which are the repository's.
+struct WholeMessage {
+  std::string columns, attachments, to, cc, project, file;
+  auto operator<=>(const WholeMessage&) const = default;
+};
+
+std::string Column(const std::string& query, const char* column) {
+  std::string text;
+  jet::Recordset rows;
+  rows.Open(query, RepositoryDb());
+  for (; !rows.Eof(); rows.MoveNext()) text += rows.Field(column).AsText() + "\n";
+  return text;
+}
+
+std::vector<WholeMessage> AllMessages() {
+  std::vector<WholeMessage> messages;
+  // A hot mark is the person's of that repository and is not merged.
+  Texts columns =
+      testing::DumpTable(RepositoryDb(), "Email", {"ID", "FromTo", "ProjectID", "Active"});
+  jet::Recordset rows;
+  rows.Open("SELECT * FROM Email", RepositoryDb());
+  for (size_t i = 0; !rows.Eof(); rows.MoveNext(), ++i) {
+    std::string id = std::to_string(rows.Field("ID").AsInt());
+    std::string owned = " WHERE EmailID=" + id + " ORDER BY ID";
+    messages.push_back(
+        {columns[i], Column("SELECT * FROM Attachment" + owned, "FileName"),
+         Column("SELECT * FROM ToRecipient" + owned, "Name") +
+             Column("SELECT * FROM ToRecipient" + owned, "Address"),
+         Column("SELECT * FROM ccRecipient" + owned, "Address"),
+         Column("SELECT * FROM tblProject WHERE ID=" + rows.Field("ProjectID").AsText(),
+                "ProjectName"),
+         Column("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
+                "FileBody")});
+  }
+  std::sort(messages.begin(), messages.end());
+  return messages;
+}
+
+class MergeTest : public testing::ProgramFixture {
+ protected:
+  MergeTest() : file_(folder_.File("Ann's export.twb")) {}
+
+  // Exports count messages and empties the repository.
+  void MakeExport(int count) {
+    testing::StoreVariedMessages(count);
+    ExportAll();
+    messages_ = AllMessages();
+    ASSERT_TRUE(repository::ClearRepository());
+  }
+
+  void ExportAll() {
+    jet::Recordset list;
+    list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
+    ASSERT_EQ(ExportEmails(file_, list), Result::kDone);
+    ui_.shown.clear();
+  }
+
+  static std::string Summary(int ignored, int imported) {
+    return "Import is done. \r\n" + std::to_string(ignored) + " email(s) is ignored.\r\n" +
+           std::to_string(imported) + " email(s) is imported.";
+  }
+
+  const MergeOptions kEverybody{Duplicates::kAsk, UnknownSenders::kAccept};
+  std::string file_;
+  std::vector<WholeMessage> messages_;
+};
+
+TEST_F(MergeTest, AnEmptyRepositoryGetsTheSameMessages) {
+  MakeExport(60);
+  RepositoryDb().Execute("UPDATE tblProject SET ProjectName = 'other'");
+  MergeResult merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.result, Result::kDone);
+  EXPECT_EQ(merged.imported, 60);
+  EXPECT_EQ(AllMessages(), messages_);
+  EXPECT_EQ(ui_.Shown("box"), Texts{Summary(0, 60)});
+  EXPECT_EQ(ui_.Shown("error"), Texts{});
+  EXPECT_GT(CountRows("MeContact"), 0);
+  EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
+  EXPECT_EQ(platform::ListFiles(core::State().EmailFileFolder), Texts{});
+  EXPECT_FALSE(core::State().RepositoryIsEmpty);
+}
+
+TEST_F(MergeTest, AMessageKeepsAProjectThatIsNotItsFolder) {
+  testing::StoreVariedMessages(1);
+  RepositoryDb().Execute("UPDATE tblProject SET ProjectName = 'House'");
+  ExportAll();
+  ASSERT_TRUE(repository::ClearRepository());
+  twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(Query("SELECT ProjectName FROM tblProject").AsText(), "House");
+  EXPECT_EQ(Query("SELECT Folder FROM Email").AsText(), testing::VariedMessage(0).Folder);
+}
+
+TEST_F(MergeTest, DuplicatesAreAskedForOneByOneOrAllAtOnce) {
+  MakeExport(6);
+  ASSERT_EQ(twMakeMarge(file_, kEverybody).imported, 6);
+  auto before = testing::DumpRepository(RepositoryDb());
+  ui_.shown.clear();
+  ui_.yesNoAll = std::deque<RepeatedAnswer>(6, RepeatedAnswer::kNo);
+  MergeResult merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.ignored, 6);
+  EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+  Texts questions = ui_.Shown("question");
+  ASSERT_EQ(questions.size(), 6U);
+  EXPECT_EQ(questions[0], testing::VariedMessage(0).Subject +
+                              " 1/1/2004\r\nThis message is exist. Do you want to continue?");
+  EXPECT_EQ(ui_.Shown("box"), Texts{Summary(6, 0)});
+
+  ui_.yesNoAll = {RepeatedAnswer::kYes, RepeatedAnswer::kNo, RepeatedAnswer::kNoToAll};
+  merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.imported, 1);
+  EXPECT_EQ(merged.ignored, 5);
+  ui_.yesNoAll = {RepeatedAnswer::kNo, RepeatedAnswer::kYesToAll};
+  merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.imported, 5);
+  EXPECT_EQ(merged.ignored, 1);
+  EXPECT_EQ(CountRows("Email"), 12);
+
+  EXPECT_EQ(twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept}).ignored, 6);
+  EXPECT_EQ(twMakeMarge(file_, {Duplicates::kKeep, UnknownSenders::kAccept}).imported, 6);
+}
+
+TEST_F(MergeTest, SendersAreJudgedAsInALoad) {
+  MakeExport(5);  // 0 and 3 were sent; 1, 2 and 4 come from three senders
+  intake::SetAddresseeReject("", testing::VariedMessage(1).FromAddress);
+  ui_.senders = {SenderAnswer::kIgnore, SenderAnswer::kAccept};
+  MergeResult merged = twMakeMarge(file_);
+  EXPECT_EQ(merged.result, Result::kDone);
+  EXPECT_EQ(merged.imported, 3);
+  EXPECT_EQ(merged.ignored, 2);
+  EXPECT_TRUE(intake::IsMessageIgnored(testing::VariedMessage(2).MessageKey));
+
+  ASSERT_TRUE(repository::ClearRepository());
+  merged = twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kRefuse});
+  EXPECT_EQ(CountRows("Email"), merged.imported);
+  EXPECT_EQ(merged.imported + merged.ignored, 5);
+  EXPECT_LT(merged.imported, 5);
+
+  ASSERT_TRUE(repository::ClearRepository());
+  ui_.shown.clear();
+  ui_.senders = {SenderAnswer::kAccept, SenderAnswer::kCancel};
+  merged = twMakeMarge(file_);
+  EXPECT_EQ(merged.result, Result::kStopped);
+  EXPECT_EQ(merged.imported, 2);
+  EXPECT_EQ(merged.notReached, 3);
+  EXPECT_EQ(ui_.Shown("box"),
+            Texts{"Import is stopped. \r\n0 email(s) is ignored.\r\n2 email(s) is imported.\r\n"
+                  "3 email(s) is not reached."});
+}
+
+TEST_F(MergeTest, WhatIsNoExportIsRefused) {
+  testing::StoreVariedMessages(3);
+  ASSERT_EQ(MakeBackup(folder_.File("full.twb")), Result::kDone);
+  WriteTemp("text.twb", "no database");
+  auto before = testing::DumpRepository(RepositoryDb());
+  const struct {
+    const char* file;
+    const char* kind;
+    std::string text;
+  } kRows[] = {
+      {"full.twb", "error", "Error: You should use full backup file in this function."},
+      {"text.twb", "error", "Error: Invalid file format."},
+      {"missing.twb", "box", "There is not file " + folder_.File("missing.twb")},
+  };
+  for (const auto& row : kRows) {
+    ui_.shown.clear();
+    EXPECT_EQ(twMakeMarge(folder_.File(row.file)).result, Result::kDeclined) << row.file;
+    EXPECT_EQ(ui_.shown.size(), 1U) << row.file;
+    EXPECT_EQ(ui_.Shown(row.kind), Texts{row.text}) << row.file;
+  }
+  EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
+}
+
+TEST_F(MergeTest, StoppedItKeepsWhatWasMergedAndSaysSo) {
+  MakeExport(400);
+  ui_.onYield = [] { core::State().ImportCancelFlag = core::State().StoredMessages > 0; };
+  core::State().StoredMessages = 0;
+  MergeResult merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.result, Result::kStopped);
+  EXPECT_GT(merged.imported, 0);
+  EXPECT_EQ(merged.imported + merged.notReached, 400);
+  EXPECT_EQ(CountRows("Email"), merged.imported);
+  ASSERT_EQ(ui_.Shown("box").size(), 1U);
+  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("Import is stopped. "));
+  // The next merge takes the rest.
+  ui_.onYield = {};
+  merged = twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
+  EXPECT_EQ(merged.result, Result::kDone);
+  EXPECT_EQ(AllMessages(), messages_);
+}
+
+TEST_F(MergeTest, ItStopsAtAMessageThatFailsAndKeepsTheOthers) {
+  MakeExport(5);
+  int step = 0;
+  for (bool happened = true; happened; ++step) {
+    ui_.shown.clear();
+    testing::FailingFileStep fault(step);
+    MergeResult merged = twMakeMarge(file_, kEverybody);
+    happened = fault.Happened();
+    platform::SetFileFault(nullptr);
+    EXPECT_EQ(merged.result, happened ? Result::kFailed : Result::kDone) << step;
+    EXPECT_EQ(CountRows("Email"), merged.imported) << step;
+    EXPECT_EQ(merged.imported + merged.notReached, 5) << step;
+    if (happened) {
+      EXPECT_FALSE(ui_.Shown("error").empty()) << step;
+      EXPECT_THAT(ui_.Shown("box").back(), HasSubstr("Import is stopped. ")) << step;
+      // All but the one that failed are whole.
+      std::vector<WholeMessage> there = AllMessages();
+      auto whole = std::count_if(there.begin(), there.end(), [&](const WholeMessage& message) {
+        return std::binary_search(messages_.begin(), messages_.end(), message);
+      });
+      EXPECT_GE(whole, merged.imported - 1) << step;
+    }
+    EXPECT_EQ(platform::ListFiles(core::State().EmailFileFolder), Texts{}) << step;
+    ASSERT_TRUE(repository::ClearRepository());
+  }
+  EXPECT_GT(step, 20);
+}
+
+TEST_F(MergeTest, AFullDiskStopsItWithATrueCount) {
+  MakeExport(200);
+  uint64_t size = platform::FileSize(RepositoryDb().DataSource());
+  repository::DisconnectRepository();
+  platform::CopyFile(folder_.File("emlTemplate.twr"), folder_.File("Tarnwick.twr"));
+  ASSERT_TRUE(repository::OpenRepository(false));
+  MergeResult merged;
+  {
+    testing::FileSizeLimit limit(size / 3);
+    merged = twMakeMarge(file_, kEverybody);
+  }
+  EXPECT_EQ(merged.result, Result::kFailed);
+  EXPECT_EQ(merged.imported + merged.notReached, 200);
+  repository::DisconnectRepository();
+  ASSERT_TRUE(repository::OpenRepository(false));
+  EXPECT_EQ(CountRows("Email"), merged.imported);
+  EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
+  merged = twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
+  EXPECT_EQ(merged.result, Result::kDone);
+  EXPECT_EQ(CountRows("Email"), 200);
+}
+
+TEST_F(MergeTest, AHostileFileIsTakenForWhatItIs) {
+  testing::StoreVariedMessages(2);
+  for (int i = 0; i < 8; ++i) {  // far more than a message can have
+    RepositoryDb().Execute(
+        "INSERT INTO ToRecipient (EmailID, Address, Name) SELECT EmailID, "
+        "Address, Name FROM ToRecipient");
+    RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (1, 'a.txt')");
+    RepositoryDb().Execute(
+        "INSERT INTO Attachment (EmailID, FileName) SELECT EmailID, FileName "
+        "FROM Attachment");
+  }
+  RepositoryDb().Execute(
+      "UPDATE Email SET CountMailTo = 30000, CountCC = -5, FilesNum = 'many', CreationTime = NULL, "
+      "ReceivedTime = 'yesterday', Subject = 12, ProjectID = 99, EntryID = NULL");
+  ExportAll();
+  ASSERT_TRUE(repository::ClearRepository());
+  MergeResult merged = twMakeMarge(file_, kEverybody);
+  EXPECT_EQ(merged.imported, 2);
+  EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "12");
+  EXPECT_EQ(Query("SELECT Count(*) AS C FROM ToRecipient").AsInt(), 200);
+  EXPECT_LE(Query("SELECT Max(FilesNum) AS M FROM Email").AsInt(), 20);
+  EXPECT_EQ(Query("SELECT Max(CountMailTo) AS M FROM Email").AsInt(), 100);
+  EXPECT_EQ(Query("SELECT Min(CountCC) AS M FROM Email").AsInt(), 0);
+}
+
+TEST_F(MergeTest, KilledItKeepsWholeMessages) {
+  MakeExport(300);
+  repository::DisconnectRepository();
+  auto merge = [&] {
+    if (!repository::OpenRepository(false)) throw 1;
+    twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
+  };
+  for (int kill = 1; kill <= 5; ++kill) {
+    testing::RunInChild(merge, 40000 * kill);
+    ASSERT_TRUE(repository::OpenRepository(false)) << kill;
+    // Every message that is there is one of the export's, whole.
+    std::vector<WholeMessage> there = AllMessages();
+    EXPECT_TRUE(std::includes(messages_.begin(), messages_.end(), there.begin(), there.end()))
+        << kill;
+    repository::DisconnectRepository();
+  }
+  ASSERT_TRUE(repository::OpenRepository(false));
+  twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
+  EXPECT_EQ(AllMessages(), messages_);
+}
+
+}  // namespace
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,324 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "maintenance/restore.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/run_state.h"
+#include "maintenance/backup.h"
+#include "maintenance/export.h"
+#include "platform/clock.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
+#include "repository/schema.h"
+#include "support/faults.h"
+#include "support/program_fixture.h"
+#include "support/repository_content.h"
+
+namespace tarnwick::maintenance {
+namespace {
+
+using platform::FileExists;
+using repository::RepositoryDb;
+using ::testing::HasSubstr;
+using Texts = std::vector<std::string>;
+using Dump = std::map<std::string, std::vector<std::string>>;
+
+class Restore : public testing::ProgramFixture {
+ protected:
+  Restore()
+      : file_(folder_.File("Ann's backup.twb")),
+        copy_(folder_.File("Tarnwick_before_restore.twb")) {}
+
+  static Dump Now() { return testing::DumpRepository(RepositoryDb()); }
+
+  // A backup of count messages; then the repository gets others.
+  void MakeBackupAndChange(int count) {
+    testing::StoreVariedMessages(count);
+    testing::StoreRulesAndMarks();
+    ASSERT_EQ(MakeBackup(file_), Result::kDone);
+    backup_ = Now();
+    ASSERT_TRUE(repository::ClearRepository());
+    testing::StoreVariedMessages(7, 1000);
+    changed_ = Now();
+    ui_.shown.clear();
+  }
+
+  Result RestoreWithYes(const std::string& file) {
+    ui_.yesNo = {true, true};
+    return RestoreBackup(file);
+  }
+
+  // As on a memory stick.
+  static void WithoutSecondNames() {
+    platform::SetFileFault([](platform::FileOperation operation, const std::string& path) {
+      if (operation == platform::FileOperation::kLink) throw Error(70, path);
+    });
+  }
+
+  // The former repository comes back from the copy that a failure has left.
+  void ExpectCopyHoldsTheFormerRepository() {
+    ASSERT_TRUE(FileExists(copy_));
+    EXPECT_EQ(testing::DumpFile(copy_), changed_);
+    EXPECT_EQ(RestoreWithYes(copy_), Result::kDone);
+    EXPECT_EQ(Now(), changed_);
+    platform::RemoveFile(copy_);
+  }
+
+  std::string file_;
+  std::string copy_;
+  Dump backup_;
+  Dump changed_;
+};
+
+TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
+  MakeBackupAndChange(60);
+  std::string bytes = platform::ReadFile(file_);
+  ui_.yesNo = {true, true};
+  int refreshed = 0;
+  size_t shownBefore = 0;
+  EXPECT_EQ(RestoreBackup(file_,
+                          [&] {
+                            ++refreshed;
+                            shownBefore = ui_.Shown("box").size();
+                            EXPECT_EQ(Now(), backup_);
+                          }),
+            Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  std::string when = platform::FormatDate(platform::FileModified(file_), "General Date");
+  EXPECT_EQ(ui_.Shown("question"),
+            (Texts{"Current information will be deleted. Do you want to continue?",
+                   "Backup file was created at " + when + ". Do you want to continue?"}));
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is done."});
+  EXPECT_EQ(refreshed, 1);
+  EXPECT_EQ(shownBefore, 0U);
+  EXPECT_FALSE(FileExists(copy_));
+  EXPECT_TRUE(platform::ReadFile(file_) == bytes);
+  EXPECT_FALSE(core::State().RepositoryIsEmpty);
+  // New rows get keys of their own behind the restored ones.
+  testing::StoreVariedMessages(1, 2000);
+  EXPECT_GT(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 60);
+  EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
+}
+
+TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {
+  MakeBackupAndChange(20);
+  WithoutSecondNames();
+  EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  EXPECT_FALSE(FileExists(copy_));
+}
+
+TEST_F(Restore, ABackupOfAnEmptyRepositoryEmptiesIt) {
+  ASSERT_EQ(MakeBackup(file_), Result::kDone);
+  testing::StoreVariedMessages(5);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+  EXPECT_EQ(CountRows("Email"), 0);
+  EXPECT_EQ(CountRows("MeContact"), 0);
+  EXPECT_EQ(CountRows("EmailOne"), 1);
+  EXPECT_TRUE(core::State().RepositoryIsEmpty);
+}
+
+TEST_F(Restore, ANoLeavesEverything) {
+  MakeBackupAndChange(3);
+  ui_.yesNo = {false};
+  EXPECT_EQ(RestoreBackup(file_), Result::kDeclined);
+  ui_.yesNo = {true, false};
+  EXPECT_EQ(RestoreBackup(file_), Result::kDeclined);
+  EXPECT_EQ(Now(), changed_);
+  EXPECT_EQ(ui_.Shown("box"), Texts{});
+}
+
+TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
+  MakeBackupAndChange(3);
+  jet::Recordset list;
+  list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
+  ASSERT_EQ(ExportEmails(folder_.File("export.twb"), list), Result::kDone);
+  list.Close();
+  WriteTemp("text.twb", std::string(9000, 'x'));
+  WriteTemp("nothing.twb", "");
+  std::vector<jet::TableDefinition> tables(repository::RepositoryTables().begin(),
+                                           repository::RepositoryTables().end());
+  jet::CreateDatabaseFile(folder_.File("password.twb"), "another", tables, 1);
+  std::swap(tables[0].columns[1], tables[0].columns[2]);
+  jet::CreateDatabaseFile(folder_.File("order.twb"), repository::DatabasePassword(), tables, 1);
+  tables.erase(tables.begin());
+  jet::CreateDatabaseFile(folder_.File("table.twb"), repository::DatabasePassword(), tables, 1);
+  std::string damaged = platform::ReadFile(file_);
+  damaged[100] = static_cast<char>(damaged[100] ^ 1);
+  WriteTemp("first page.twb", damaged);
+  WriteTemp("short.twb", platform::ReadFile(file_).substr(0, 1500));
+
+  const std::string kFormat = "Error: Invalid file format.";
+  const struct {
+    const char* file;
+    std::string error;
+    int kind;
+  } kRows[] = {
+      {"export.twb", "Error: You should use full backup file in this function.", 1},
+      {"text.twb", kFormat, 2},
+      {"nothing.twb", kFormat, 2},
+      {"password.twb", kFormat, 2},
+      {"order.twb", kFormat, 2},
+      {"table.twb", kFormat, 2},
+      {"first page.twb", kFormat, 2},
+      {"short.twb", kFormat, 2},
+  };
+  for (const auto& row : kRows) {
+    ui_.shown.clear();
+    std::string bytes = platform::ReadFile(folder_.File(row.file));
+    EXPECT_EQ(IsItFullBackup(folder_.File(row.file)), row.kind) << row.file;
+    EXPECT_EQ(RestoreWithYes(folder_.File(row.file)), Result::kDeclined) << row.file;
+    EXPECT_EQ(ui_.Shown("error"), Texts{row.error}) << row.file;
+    EXPECT_TRUE(platform::ReadFile(folder_.File(row.file)) == bytes) << row.file;
+  }
+  ui_.shown.clear();
+  EXPECT_EQ(RestoreBackup(folder_.File("missing.twb")), Result::kDeclined);
+  EXPECT_EQ(ui_.shown.size(), 1U);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"There is not file " + folder_.File("missing.twb")});
+  EXPECT_EQ(RestoreBackup(folder_.File(repository::kRepositoryFile)), Result::kFailed);
+  EXPECT_EQ(Now(), changed_);
+  EXPECT_FALSE(FileExists(copy_));
+}
+
+TEST_F(Restore, WithoutRoomForTheCopyNothingBegins) {
+  MakeBackupAndChange(3);
+  platform::SetFreeSpaceOverride(5 * 1024 * 1024);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_EQ(Now(), changed_);
+  ui_.shown.clear();
+  // Room for the new data, and none for a copy beside them.
+  WithoutSecondNames();
+  testing::StoreVariedMessages(700, 3000);
+  changed_ = Now();
+  platform::SetFreeSpaceOverride(platform::FileSize(file_) + 17 * 1024 * 1024);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_THAT(ui_.Shown("error")[0],
+              HasSubstr("Error: 61 There is not enough free space in " + folder_.Path()));
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" MB are free MakeSafetyCopy"));
+  EXPECT_EQ(Now(), changed_);
+}
+
+TEST_F(Restore, ABackupDamagedInsideLeavesTheFormerRepositoryInTheCopy) {
+  MakeBackupAndChange(60);
+  std::string damaged = platform::ReadFile(file_);
+  for (size_t at = damaged.size() / 2; at < damaged.size() / 2 + 64; ++at) damaged[at] = 'x';
+  std::string bad = WriteTemp("damaged.twb", damaged);
+  int refreshed = 0;
+  ui_.yesNo = {true, true};
+  EXPECT_EQ(RestoreBackup(bad, [&] { ++refreshed; }), Result::kFailed);
+  EXPECT_EQ(refreshed, 1);
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" CopyTableFrom"));
+  ASSERT_EQ(ui_.Shown("box").size(), 1U);
+  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr(copy_));
+  EXPECT_NE(Log().find("Restore failed"), std::string::npos);
+  ExpectCopyHoldsTheFormerRepository();
+}
+
+TEST_F(Restore, AFullDiskOnTheWayLeavesTheFormerRepository) {
+  testing::StoreVariedMessages(150);
+  ASSERT_EQ(MakeBackup(file_), Result::kDone);
+  // A new repository, whose file is small: the copy fits, the backup's rows do not.
+  repository::DisconnectRepository();
+  platform::CopyFile(folder_.File(repository::kTemplateFile),
+                     folder_.File(repository::kRepositoryFile));
+  ASSERT_TRUE(repository::OpenRepository(false));
+  testing::StoreVariedMessages(7, 1000);
+  changed_ = Now();
+  uint64_t size = platform::FileSize(file_);
+  for (uint64_t part : {3, 6}) {
+    ui_.shown.clear();
+    {
+      testing::FileSizeLimit limit(size * part / 8);
+      EXPECT_EQ(RestoreWithYes(file_), Result::kFailed) << part;
+    }
+    EXPECT_FALSE(ui_.Shown("error").empty()) << part;
+    ExpectCopyHoldsTheFormerRepository();
+  }
+}
+
+TEST_F(Restore, ItFailsCleanlyAtEveryFileStep) {
+  MakeBackupAndChange(10);
+  int step = 0;
+  for (bool happened = true; happened; ++step) {
+    ui_.shown.clear();
+    Result result = Result::kFailed;
+    {
+      testing::FailingFileStep fault(step);
+      result = RestoreWithYes(file_);
+      happened = fault.Happened();
+    }
+    if (result == Result::kDone) {
+      EXPECT_EQ(Now(), backup_) << step;
+      ASSERT_TRUE(repository::ClearRepository());
+      testing::StoreVariedMessages(7, 1000);
+      changed_ = Now();
+      platform::RemoveFile(copy_);  // may have failed to go
+    } else {
+      EXPECT_FALSE(ui_.Shown("error").empty()) << step;
+      EXPECT_EQ(Now(), changed_) << step;  // no file step lies behind the first change
+      EXPECT_FALSE(FileExists(copy_)) << step;
+    }
+    EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{}) << step;
+  }
+  EXPECT_GE(step, 6);
+}
+
+TEST_F(Restore, StoppedWhileTheCopyIsMadeItChangesNothing) {
+  MakeBackupAndChange(10);
+  WithoutSecondNames();
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_EQ(RestoreWithYes(file_), Result::kStopped);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is stopped."});
+  EXPECT_EQ(Now(), changed_);
+  EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{});
+  EXPECT_FALSE(FileExists(copy_));
+}
+
+TEST_F(Restore, KilledAtAnyTimeTheFormerRepositoryIsSaidToBeThere) {
+  MakeBackupAndChange(150);
+  repository::DisconnectRepository();
+  ui_.yesNo = {true, true};
+  auto restore = [&] {
+    if (!repository::OpenRepository(false) || RestoreBackup(file_) != Result::kDone) throw 1;
+  };
+  std::string repositoryFile = folder_.File(repository::kRepositoryFile);
+  std::string former = platform::ReadFile(repositoryFile);
+  int64_t start = platform::TickMilliseconds();
+  ASSERT_TRUE(testing::RunInChild(restore, 0));
+  int64_t whole = (platform::TickMilliseconds() - start) * 1000;
+  constexpr int kKills = 7;
+  int told = 0;
+  for (int kill = 1; kill <= kKills; ++kill) {
+    platform::WriteFile(repositoryFile, former);
+    ui_.yesNo = {true, true};
+    testing::RunInChild(restore, whole * kill / (kKills + 1));
+    ui_.yesNo.clear();
+    ui_.shown.clear();
+    ASSERT_TRUE(repository::OpenRepository(false)) << kill;
+    ReportInterruptedRestore();
+    if (Texts boxes = ui_.Shown("box"); !boxes.empty()) {
+      ++told;
+      EXPECT_THAT(boxes[0], HasSubstr(copy_));
+      ExpectCopyHoldsTheFormerRepository();
+      ui_.shown.clear();
+      ReportInterruptedRestore();
+      EXPECT_EQ(ui_.Shown("box"), Texts{});
+    } else {
+      EXPECT_TRUE(Now() == changed_ || Now() == backup_) << kill;
+    }
+    repository::DisconnectRepository();
+    platform::RemoveFile(copy_);
+  }
+  EXPECT_GE(told, 1);
+  ASSERT_TRUE(repository::OpenRepository(false));
+}
+
+}  // namespace
+}  // namespace tarnwick::maintenance

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Fills the open repository with varied rows, and writes repositories down so that two can be
+// compared row by row.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "intake/mail_message.h"
+#include "platform/jet/connection.h"
+
+namespace tarnwick::testing {
+
+// Message number n of a varied lot: both directions and neither, recipients, attachments, notes,
+// HTML, other scripts, quotation marks.
+intake::MailMessage VariedMessage(int number);
+// Its raw file: some are empty, some take several rows, all hold bytes of every kind.
+std::string VariedFile(int number);
+// Stores messages first .. first + count - 1, everyone's mail accepted.
+void StoreVariedMessages(int count, int first = 0);
+// Rows in the tables that no message fills: rules, own addresses, users, ignored messages, and hot
+// marks and contact details.
+void StoreRulesAndMarks();
+
+// A table's rows in order, each "column=value" by column, Null told from "". Columns in without are
+// left out.
+std::vector<std::string> DumpTable(jet::Connection& connection, const std::string& table,
+                                   const std::vector<std::string>& without = {});
+// Every table but ObjectList.
+std::map<std::string, std::vector<std::string>> DumpRepository(jet::Connection& connection);
+// The same of a file.
+std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file);
+
+}  // namespace tarnwick::testing
