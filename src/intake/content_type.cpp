@@ -197,6 +197,7 @@ std::string FirstWord(const std::string& value) {
 void SetType(std::string_view type, PartDescription& part) {
   std::string lower = platform::AsciiLower(type);
   part.isUnknownText = false;
+  part.isMessage = core::BeginsWith(lower, "message/rfc822");
   if (Contains(lower, "plain")) {
     part.type = PartKind::kText;
   } else if (Contains(lower, "application")) {

@@ -27,6 +27,7 @@ enum class PartKind : int16_t {
 struct PartDescription {
   PartKind type = PartKind::kUndeclared;  // by the Content-Type alone
   bool isUnknownText = false;             // kOther, but of type text
+  bool isMessage = false;                 // a whole message, with headers of its own
   std::string charset;
   std::string encoding;
   std::string boundary;

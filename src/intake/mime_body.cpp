@@ -165,17 +165,19 @@ void TakePart(LineCursor& cursor, const PartDescription& part, MessageDraft& dra
   }
 }
 
-// Passes over lines to the next that begins a part; an attached message's own transfer encoding,
-// which may stand before its content type, is kept in encoding.
-void SkipToPart(LineCursor& cursor, const MessageDraft& draft, std::string& encoding) {
-  encoding.clear();
+// Passes over lines to the next that begins a part. inHeaders: the lines are the headers of an
+// attached message, which end at an empty line; a transfer encoding that stands among them before
+// the content type is kept in encoding.
+void SkipToPart(LineCursor& cursor, const MessageDraft& draft, bool& inHeaders,
+                std::string& encoding) {
   for (; cursor.HasLine() && !EndsPart(cursor.Line(), draft); cursor.Next()) {
-    const std::string& line = cursor.Line();
-    if (line.empty()) {
+    if (!inHeaders) continue;
+    PartDescription header;
+    if (cursor.Line().empty()) {
+      inHeaders = false;
       encoding.clear();
-    } else if (line[0] == 'C' || line[0] == 'c') {
-      PartDescription header;
-      if (ReadContentHeader(line, header) && !header.encoding.empty()) encoding = header.encoding;
+    } else if (ReadContentHeader(cursor.Line(), header) && !header.encoding.empty()) {
+      encoding = header.encoding;
     }
   }
 }
@@ -219,22 +221,25 @@ bool HoldsBoundary(std::string_view line, const MessageDraft& draft) {
 }
 
 void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft) {
+  bool inHeaders = false;
   for (;;) {
     PartDescription part;
-    SkipToPart(cursor, draft, part.encoding);
+    SkipToPart(cursor, draft, inHeaders, part.encoding);
     if (!cursor.HasLine()) return;
     if (BeginsWithContentType(cursor.Line())) {
-      if (part.encoding.empty()) {
-        ReadContentLines(cursor, part);
-      } else {
+      if (inHeaders) {
         ReadPartHeaders(cursor, draft, part);
+      } else {
+        ReadContentLines(cursor, part);
       }
     } else {
       bool isClosing = IsClosing(cursor.Line(), draft);
       cursor.Next();
+      inHeaders = false;
       if (isClosing) continue;
       ReadPartHeaders(cursor, draft, part);
     }
+    inHeaders = part.isMessage;
     TakePart(cursor, part, draft);
   }
 }
