@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "core/text.h"
 #include "intake/encoded_word.h"
@@ -195,26 +196,25 @@ std::string FirstWord(const std::string& value) {
 }
 
 void SetType(std::string_view type, PartDescription& part) {
+  // In this order: the first word that occurs decides.
+  static constexpr std::pair<std::string_view, PartKind> kWords[] = {
+      {"plain", PartKind::kText},          {"application", PartKind::kAttachment},
+      {"multipart", PartKind::kContainer}, {"html", PartKind::kHtml},
+      {"image", PartKind::kAttachment},
+  };
   std::string lower = platform::AsciiLower(type);
-  part.isUnknownText = false;
   part.isMessage = core::BeginsWith(lower, "message/rfc822");
-  if (Contains(lower, "plain")) {
-    part.type = PartKind::kText;
-  } else if (Contains(lower, "application")) {
-    part.type = PartKind::kAttachment;
-  } else if (Contains(lower, "multipart")) {
-    part.type = PartKind::kContainer;
-  } else if (Contains(lower, "html")) {
-    part.type = PartKind::kHtml;
-  } else if (Contains(lower, "image")) {
-    part.type = PartKind::kAttachment;
-  } else {
-    part.type = PartKind::kOther;
-    // Calendars, cards and the like are data beside the letter.
-    bool isData = Contains(lower, "calendar") || Contains(lower, "card") ||
-                  Contains(lower, "directory") || Contains(lower, "css") || Contains(lower, "xml");
-    part.isUnknownText = core::BeginsWith(lower, "text") && !isData;
+  part.isUnknownText = false;
+  part.type = PartKind::kOther;
+  for (const auto& [word, kind] : kWords) {
+    if (!Contains(lower, word)) continue;
+    part.type = kind;
+    return;
   }
+  // Calendars, cards and the like are data beside the letter.
+  bool isData = Contains(lower, "calendar") || Contains(lower, "card") ||
+                Contains(lower, "directory") || Contains(lower, "css") || Contains(lower, "xml");
+  part.isUnknownText = core::BeginsWith(lower, "text") && !isData;
 }
 
 void ReadType(std::string_view header, PartDescription& part) {

@@ -104,7 +104,8 @@ std::string CharsetOfHtml(std::string_view html) {
 
 // Puts a decoded text or HTML part where it belongs, and takes from its description what concerns
 // the whole message.
-void AddText(std::string bytes, bool isHtml, const PartDescription& part, MessageDraft& draft) {
+void AddText(const std::string& bytes, bool isHtml, const PartDescription& part,
+             MessageDraft& draft) {
   std::string charset = part.charset;
   if (isHtml && !ClaimsBytes(charset)) {
     std::string own = CharsetOfHtml(bytes);
