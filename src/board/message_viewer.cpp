@@ -10,7 +10,6 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "core/text.h"
 #include "platform/files.h"
 #include "platform/html.h"
 #include "platform/jet/recordset.h"
@@ -104,7 +103,8 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
     email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
     if (email.Eof()) return std::nullopt;
     EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText()};
-    if (core::Trim(shown.text).empty()) shown.text = email.Field("HTMLBody").AsText();
+    bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
+    if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
     return shown;
   });
 }

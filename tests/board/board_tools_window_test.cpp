@@ -117,9 +117,9 @@ TEST_F(BoardTools, ButtonEnterAndDoubleClickShowTheSelectedEmail) {
   Start();
   EmailGridView& grid = window_->Grid();
   Select(0);
-  grid.setFocus();
   QTest::mouseClick(window_->findChild<QPushButton*>("ShowEmail"), Qt::LeftButton);
   EXPECT_EQ(opened_.size(), 1U);
+  grid.setFocus();
   QTest::keyClick(&grid, Qt::Key_Return);
   EXPECT_EQ(opened_.size(), 2U);
   QPoint place = grid.visualRect(grid.model()->index(0, 2)).center();

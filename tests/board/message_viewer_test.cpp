@@ -32,8 +32,8 @@ class MessageViewer : public testing::ProgramFixture {
   }
 
   static void AddFileRow(int64_t id, const std::string& bytes) {
-    testing::AddRow(repository::Repository().FileRecordset, {{"FileID", id}, {"FileBody", bytes}},
-                    "ID");
+    testing::AddRow(repository::Repository().FileRecordset,
+                    {{"FileID", id}, {"FileBody", jet::Bytes{bytes}}}, "ID");
   }
   static int64_t AddHtml(const std::string& html, const std::string& body = {}) {
     int64_t id = AddListed({.subject = "html", .body = body});
