@@ -390,6 +390,7 @@ void MainBoard::MoveHtml() {
 void MainBoard::OpenContacts() {
   contacts::frmContacts window(this);
   connect(&window, &contacts::frmContacts::Changed, this, [this] {
+    if (repository::HasNoEmail()) State().RepositoryIsEmpty = true;
     FillChoices();
     ListAnew(true);
   });

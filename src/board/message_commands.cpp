@@ -63,7 +63,8 @@ bool DeleteMessages(const std::vector<SelectedMessage>& messages) {
       if (!steps.Next()) break;
     }
     group.End();
-    core::State().RepositoryIsEmpty = repository::HasNoEmail();
+    // It may be set already: the options window asks for a full load by it.
+    if (repository::HasNoEmail()) core::State().RepositoryIsEmpty = true;
     return true;
   });
 }

@@ -211,6 +211,17 @@ TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
     dialog.findChild<QCheckBox*>("OutlookExpress")->click();
   });
   EXPECT_TRUE(core::State().UseOutlookExpress);
+  AddListed({.subject = "deleted"});
+  AddListed({.subject = "left"});
+  window_->Actions().showAll->trigger();
+  InDialog<options::frmOptions>(window_->Actions().options, [](options::frmOptions& dialog) {
+    dialog.findChild<QCheckBox*>("LoadAllFolders")->click();
+  });
+  Select(0);
+  ui_.yesNo = {true};
+  window_->Actions().deleteSelected->trigger();
+  EXPECT_EQ(CountRows("Email"), 1);
+  EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the full load is still asked for";
   InDialog<options::AboutDialog>(window_->Actions().about);
   // The help of the build lies beside its programs; what is opened depends on what was built.
   window_->Actions().helpTopics->trigger();
