@@ -32,15 +32,37 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        QKeySequence(Qt::CTRL | Qt::Key_Q),
        "application-exit",
        {}},
+      {contacts,
+       "mnuContacts",
+       tr("&Contacts"),
+       {},
+       "x-office-address-book",
+       tr("Opens the people in the messages and their addresses")},
+      {options, "mnuOptions", tr("&Options"), QKeySequence::Preferences, "configure",
+       tr("Chooses the mailers that are loaded, and the old Windows profile")},
       {markAllNotHot,
        "mnMarkAllNotHot",
        tr("Mark all &not hot"),
        {},
        nullptr,
        tr("Takes the hot mark from every listed message")},
+      {moveHtml,
+       "mnMoveHtmlToBody",
+       tr("Move &HTML to body"),
+       {},
+       nullptr,
+       tr("Puts the text of each message's HTML into its body")},
+      {helpTopics, "mnReadMe", tr("&Help Topics"), QKeySequence::HelpContents, "help-contents",
+       tr("Opens the handbook")},
       {about, "mnuHelpAbout", tr("&About"), {}, "help-about", {}},
       {showAll, "actionShowAll", tr("Show &All"), QKeySequence(Qt::Key_F5), nullptr,
        tr("Empties the filter and lists every message")},
+      {showEmail,
+       "actionShowEmail",
+       tr("&Show Email"),
+       {},
+       "mail-read",
+       tr("Opens the selected message as it was received, in the desktop's mail program")},
       {showRelated, "actionShowRelated", tr("Sho&w Related"), QKeySequence(Qt::CTRL | Qt::Key_R),
        nullptr, tr("Lists the messages with the selected one's subject")},
       {toggleHot, "actionMarkActive", tr("Hot/&Not hot"), QKeySequence(Qt::CTRL | Qt::Key_H),
@@ -65,12 +87,15 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
   // These keys belong to the text boxes unless the list has the focus.
   deleteSelected->setShortcutContext(Qt::WidgetShortcut);
   copy->setShortcutContext(Qt::WidgetShortcut);
+  showEmail->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+  showEmail->setShortcutContext(Qt::WidgetShortcut);
   SetBusy(false);
 }
 
 void BoardActionsView::SetBusy(bool busy) {
-  for (QAction* action : {openRepository, createRepository, loadTextFile, markAllNotHot, about,
-                          showAll, showRelated, toggleHot, deleteSelected, loadFromMailer, copy}) {
+  for (QAction* action : {openRepository, createRepository, loadTextFile, contacts, options,
+                          markAllNotHot, moveHtml, helpTopics, about, showAll, showEmail,
+                          showRelated, toggleHot, deleteSelected, loadFromMailer, copy}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

@@ -20,10 +20,15 @@ class BoardActionsView : public QObject {
   QAction* createRepository = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* exit = nullptr;
+  QAction* contacts = nullptr;
+  QAction* options = nullptr;
   QAction* markAllNotHot = nullptr;
+  QAction* moveHtml = nullptr;
+  QAction* helpTopics = nullptr;
   QAction* about = nullptr;
 
   QAction* showAll = nullptr;
+  QAction* showEmail = nullptr;
   QAction* showRelated = nullptr;
   QAction* toggleHot = nullptr;
   QAction* deleteSelected = nullptr;

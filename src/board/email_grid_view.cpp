@@ -97,13 +97,16 @@ void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace)
   }
 }
 
+SelectedMessage EmailGridView::MessageAt(int row) const {
+  return {model_->IdAt(row), model_->SubjectAt(row), model_->ApplicationAt(row)};
+}
+
 std::vector<SelectedMessage> EmailGridView::Selected() const {
   std::vector<SelectedMessage> messages;
   QModelIndexList rows = selectionModel()->selectedRows();
   std::sort(rows.begin(), rows.end());
   for (const QModelIndex& index : rows) {
-    int64_t id = model_->IdAt(index.row());
-    if (id != 0) messages.push_back({id, model_->SubjectAt(index.row())});
+    if (model_->IdAt(index.row()) != 0) messages.push_back(MessageAt(index.row()));
   }
   return messages;
 }
@@ -117,8 +120,7 @@ SelectedMessage EmailGridView::Current() const {
       if (row < 0 || range.top() < row) row = range.top();
     }
   }
-  int64_t id = model_->IdAt(row);
-  return id == 0 ? SelectedMessage() : SelectedMessage{id, model_->SubjectAt(row)};
+  return model_->IdAt(row) == 0 ? SelectedMessage() : MessageAt(row);
 }
 
 void EmailGridView::ApplyWidths(const std::map<int, int>& twips, bool sameWindow) {
@@ -226,6 +228,12 @@ void EmailGridView::resizeEvent(QResizeEvent* event) {
   QTableView::resizeEvent(event);
   // Columns that the person drew narrower or wider than the window stay as they are.
   if (settled_ && event->size().width() != before && (filled || squeezed)) FitSubject();
+}
+
+void EmailGridView::selectionChanged(const QItemSelection& selected,
+                                     const QItemSelection& deselected) {
+  QTableView::selectionChanged(selected, deselected);
+  emit CurrentChanged();
 }
 
 void EmailGridView::showEvent(QShowEvent* event) {

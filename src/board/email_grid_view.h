@@ -49,13 +49,17 @@ class EmailGridView : public QTableView {
  signals:
   // A click on a header that orders the list.
   void SortAskedFor(ListSort sort);
+  // The current row or the selection is another, or its rows were bound anew.
+  void CurrentChanged();
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
+  SelectedMessage MessageAt(int row) const;
   void SetDesignedWidths();
   void FitSubject();
 

@@ -2,12 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/layout_store.h"
 
-#include <string>
+#include <cstdint>
 
-#include "core/guard.h"
-#include "platform/jet/recordset.h"
 #include "repository/parameter_store.h"
-#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -23,43 +20,6 @@ int ReadNumber(const char* key) {
 }
 
 }  // namespace
-
-std::map<int, int> ReadColumnWidths(int columns) {
-  return core::Guarded("Form_Load", std::map<int, int>(), [&] {
-    std::map<int, int> widths;
-    jet::Recordset rows;
-    rows.Open("SELECT * FROM Parameter WHERE ParameterGroup = 'EmailGrid' ORDER BY ParameterID",
-              repository::ParameterDb());
-    for (; !rows.Eof(); rows.MoveNext()) {
-      int64_t column = rows.Field("ParameterID").AsInt();
-      jet::Value width = rows.Field(repository::kAmountColumn);
-      if (column < 0 || column >= columns || width.IsNull()) continue;
-      if (width.AsInt() < 0 || width.AsInt() > kWidest) continue;
-      widths[static_cast<int>(column)] = static_cast<int>(width.AsInt());
-    }
-    return widths;
-  });
-}
-
-void SaveColumnWidths(const std::vector<int>& widths) {
-  core::GuardedRun("Form_Unload", [&] {
-    jet::Connection& parameters = repository::ParameterDb();
-    jet::CommitGroup group(parameters);
-    parameters.Execute("DELETE * FROM Parameter WHERE ParameterGroup = 'EmailGrid'");
-    jet::Recordset rows;
-    rows.Open("Parameter", parameters, jet::CursorType::kKeyset, jet::LockType::kOptimistic,
-              jet::CommandType::kTable);
-    for (size_t column = 0; column < widths.size(); ++column) {
-      rows.AddNew();
-      rows.SetField("ParameterGroup", "EmailGrid");
-      rows.SetField("ParameterID", std::to_string(column));
-      rows.SetField(repository::kAmountColumn, widths[column]);
-      rows.Update();
-    }
-    parameters.EndUnit();
-    group.End();
-  });
-}
 
 WindowPlace ReadWindowPlace() {
   return {ReadNumber("1"), ReadNumber("2"), ReadNumber("4"), ReadNumber("3")};

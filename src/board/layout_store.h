@@ -1,23 +1,20 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The main window's layout in the parameter store: column widths and the window's place, both in
-// twips (1/1440 inch; 15 to a pixel at 96 dpi). Errors are reported.
+// The main window's place in the parameter store, in twips (1/1440 inch; 15 to a pixel at 96 dpi).
+// Errors are reported.
 #pragma once
 
-#include <map>
 #include <optional>
-#include <vector>
+
+#include "repository/grid_layout.h"
 
 namespace tarnwick::board {
 
-inline constexpr int kTwipsPerPixel = 15;
+using repository::kTwipsPerPixel;
 
-// Widths of the grid's columns by number; a column without a stored row is not among them. Numbers
-// out of 0..columns-1 and widths that no screen has are left out.
-std::map<int, int> ReadColumnWidths(int columns);
-// Replaces the stored widths, one row a column from 0.
-void SaveColumnWidths(const std::vector<int>& widths);
+// The group under which repository/grid_layout.h keeps the column widths.
+inline constexpr const char* kGridGroup = "EmailGrid";
 
 struct WindowPlace {
   int left = 0;

@@ -81,6 +81,10 @@ std::string ListModel::SubjectAt(int row) const {
   return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
 }
 
+std::string ListModel::ApplicationAt(int row) const {
+  return row >= 0 && row < rows_ ? RowAt(row).fields[kApplication] : std::string();
+}
+
 int ListModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rows_;
 }

@@ -32,6 +32,8 @@ class ListModel : public QAbstractTableModel {
   int64_t IdAt(int row) const;
   // As it is stored, UTF-8.
   std::string SubjectAt(int row) const;
+  // The mailer that the message came from.
+  std::string ApplicationAt(int row) const;
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;

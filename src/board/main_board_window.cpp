@@ -7,17 +7,23 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QScreen>
-#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "board/help_topics.h"
 #include "board/layout_store.h"
 #include "board/message_commands.h"
+#include "board/message_viewer.h"
+#include "board/profile_summary.h"
+#include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "options/about_dialog.h"
+#include "options/options_window.h"
+#include "platform/files.h"
 #include "platform/locale.h"
+#include "repository/parameter_store.h"
 #include "repository/repository.h"
 
 namespace tarnwick::board {
@@ -26,9 +32,7 @@ namespace {
 
 using core::State;
 
-QString RepositoryFolder() {
-  return QString::fromStdString(repository::Repository().RepositoryFolder);
-}
+constexpr const char* kShowEmailText = "ShowEmailText";
 
 }  // namespace
 
@@ -51,10 +55,12 @@ void MainBoard::BuildMenus() {
   file->addAction(actions_->exit);
   QMenu* tools = menuBar()->addMenu(tr("&Tools"));
   tools->setObjectName("mnuTools");
-  tools->addAction(actions_->markAllNotHot);
+  tools->addActions({actions_->contacts, actions_->options});
+  tools->addSeparator();
+  tools->addActions({actions_->markAllNotHot, actions_->moveHtml});
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   help->setObjectName("mnuHelp");
-  help->addAction(actions_->about);
+  help->addActions({actions_->helpTopics, actions_->about});
 }
 
 void MainBoard::BuildBody() {
@@ -78,6 +84,7 @@ void MainBoard::BuildBody() {
     QAction* action;
     const char* name;
   } left[] = {{actions_->showAll, "ShowAll"},
+              {actions_->showEmail, "ShowEmail"},
               {actions_->showRelated, "cmRelated"},
               {actions_->toggleHot, "MarkActive"},
               {actions_->deleteSelected, "DeleteCurent"}},
@@ -85,6 +92,13 @@ void MainBoard::BuildBody() {
   for (const auto& entry : left) {
     buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
   }
+  cbShowEmailText_ = new QCheckBox(tr("Show email text"), body);
+  cbShowEmailText_->setObjectName("cbShowEmailText");
+  // Every letter of the caption is another control's.
+  cbShowEmailText_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+  cbShowEmailText_->setToolTip(tr("A window with the text of the selected message (Ctrl+T)"));
+  buttons->addSpacing(8);
+  buttons->addWidget(cbShowEmailText_);
   buttons->addStretch(1);
   for (const auto& entry : right) {
     buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
@@ -95,8 +109,8 @@ void MainBoard::BuildBody() {
 
   auto* separator = new QAction(this);
   separator->setSeparator(true);
-  grid_->addActions({actions_->showRelated, actions_->toggleHot, actions_->markAllNotHot, separator,
-                     actions_->copy, actions_->deleteSelected});
+  grid_->addActions({actions_->showEmail, actions_->showRelated, actions_->toggleHot,
+                     actions_->markAllNotHot, separator, actions_->copy, actions_->deleteSelected});
   // Shortcuts of what is in no menu.
   addActions({actions_->showAll, actions_->loadFromMailer, actions_->stop});
 }
@@ -112,6 +126,11 @@ void MainBoard::Connect() {
   on(actions_->markAllNotHot, &MainBoard::MarkAllHotOff);
   on(actions_->loadFromMailer, &MainBoard::LoadFromMailer);
   on(actions_->loadTextFile, &MainBoard::ChooseTextFile);
+  on(actions_->showEmail, &MainBoard::ShowEmail);
+  on(actions_->moveHtml, &MainBoard::MoveHtml);
+  on(actions_->contacts, &MainBoard::OpenContacts);
+  on(actions_->options, &MainBoard::OpenOptions);
+  on(actions_->helpTopics, &MainBoard::OpenHelp);
   on(actions_->about, &MainBoard::ShowAbout);
   on(actions_->stop, &MainBoard::Stop);
   connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
@@ -124,14 +143,22 @@ void MainBoard::Connect() {
   connect(notice_, &QLabel::linkActivated, actions_->showAll, &QAction::trigger);
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
   connect(strip_, &FilterStripView::LastBoxLeft, grid_, qOverload<>(&QWidget::setFocus));
+  connect(grid_, &QTableView::doubleClicked, this, [this] {
+    if (grid_->Current().id != 0) actions_->showEmail->trigger();
+  });
+  follow_.setSingleShot(true);
+  connect(&follow_, &QTimer::timeout, this, &MainBoard::FollowSelection);
+  connect(grid_, &EmailGridView::CurrentChanged, &follow_, qOverload<>(&QTimer::start));
+  connect(cbShowEmailText_, &QCheckBox::toggled, this, &MainBoard::SetShowEmailText);
   connect(grid_, &EmailGridView::SortAskedFor, strip_, &FilterStripView::SortBy);
 }
 
 bool MainBoard::Load() {
   bool sameWidth = RestorePlace();
-  grid_->ApplyWidths(ReadColumnWidths(kGridColumns), sameWidth);
+  grid_->ApplyWidths(repository::ReadGridLayout(kGridGroup, kGridColumns), sameWidth);
   ShowRepositoryFolder();
   FillChoices();
+  cbShowEmailText_->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*this);
   grid_->setFocus();
   return listed;
@@ -307,6 +334,7 @@ void MainBoard::SwitchRepository(bool create) {
       create ? repository::CreateRepositoryIn(*folder) : repository::OpenRepositoryIn(*folder);
   if (switched) {
     notice_->hide();
+    if (text_ != nullptr) text_->hide();  // until a message of this repository is selected
     status_->SetPanel(core::StatusPanel::kProgress, {});
     Load();
   } else if (!Board().ListRecordset.IsOpen()) {
@@ -315,13 +343,70 @@ void MainBoard::SwitchRepository(bool create) {
   }
 }
 
+void MainBoard::ShowEmail() {
+  SelectedMessage message = grid_->Current();
+  if (message.id == 0) {
+    ShowNothingSelected();
+    return;
+  }
+  // The desktop may take a few seconds to refuse, and events run meanwhile.
+  Run([&] { ShowStoredMessage(message.id, message.application); });
+}
+
+void MainBoard::SetShowEmailText(bool on) {
+  if (State().ShowEmailText != on) {
+    State().ShowEmailText = on;
+    repository::SetOption(kShowEmailText, on);
+  }
+  if (on) {
+    FollowSelection();
+  } else if (text_ != nullptr) {
+    text_->hide();
+  }
+}
+
+void MainBoard::FollowSelection() {
+  if (!cbShowEmailText_->isChecked() || !isVisible()) return;
+  int64_t id = grid_->Current().id;
+  if (id == 0) return;
+  auto shown = ReadEmailText(id);
+  if (!shown) return;
+  if (text_ == nullptr) {
+    text_ = new frmEmailText(this);
+    // Closed by the person, it stays away until the box is checked again.
+    connect(text_, &QDialog::rejected, cbShowEmailText_,
+            [this] { cbShowEmailText_->setChecked(false); });
+  }
+  text_->ShowText(*shown);
+}
+
+void MainBoard::MoveHtml() {
+  Run([this] {
+    status_->SetBusy(true);
+    ListAnew(MoveHtmlToBody());
+  });
+}
+
+void MainBoard::OpenContacts() {
+  contacts::frmContacts window(this);
+  connect(&window, &contacts::frmContacts::Changed, this, [this] {
+    if (repository::HasNoEmail()) State().RepositoryIsEmpty = true;
+    FillChoices();
+    ListAnew(true);
+  });
+  window.exec();
+}
+
+void MainBoard::OpenOptions() {
+  options::frmOptions(ReadProfile, this).exec();
+}
+
+void MainBoard::OpenHelp() {
+  Run([] { ShowHelp(platform::FolderOf(platform::ProgramPath())); });
+}
+
 void MainBoard::ShowAbout() {
-  QMessageBox::about(
-      this, tr("About Tarnwick"),
-      tr("<h3>Tarnwick %1</h3><p>Keeps the mail of old Outlook Express and Outlook stores.</p>"
-         "<p>Repository folder:<br>%2</p>")
-          .arg(QApplication::applicationVersion().toHtmlEscaped(),
-               RepositoryFolder().toHtmlEscaped()));
+  options::AboutDialog(this).exec();
 }
 
 void MainBoard::FillChoices() {
@@ -353,7 +438,7 @@ bool MainBoard::RestorePlace() {
 void MainBoard::SaveLayout() {
   core::GuardedRun("Form_Unload", [this] {
     jet::CommitGroup group(repository::ParameterDb());
-    SaveColumnWidths(grid_->Widths());
+    repository::SaveGridLayout(kGridGroup, grid_->Widths());
     ListFilter filter = Board().Filter;
     strip_->ReadFilter(filter);
     SaveFilter(filter, CountListed());
@@ -374,6 +459,7 @@ void MainBoard::closeEvent(QCloseEvent* event) {
     return;
   }
   SaveLayout();
+  if (text_ != nullptr) text_->hide();
   event->accept();
 }
 

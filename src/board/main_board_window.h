@@ -5,14 +5,17 @@
 // runs the commands; the work itself is done by the plain pieces of this room.
 #pragma once
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QMainWindow>
+#include <QTimer>
 #include <cstdint>
 #include <functional>
 
 #include "board/board_actions_view.h"
 #include "board/email_grid_view.h"
 #include "board/email_list.h"
+#include "board/email_text_window.h"
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
 #include "board/status_panels_view.h"
@@ -62,11 +65,18 @@ class MainBoard : public QMainWindow, public ListForm {
   void LoadFromMailer();
   void ChooseTextFile();
   void SwitchRepository(bool create);
+  void ShowEmail();
+  void MoveHtml();
+  void OpenContacts();
+  void OpenOptions();
+  void OpenHelp();
   void ShowAbout();
   void Stop();
 
   void ListAnew(bool changed);
   void ShowNotice();
+  void SetShowEmailText(bool on);
+  void FollowSelection();
   void FillChoices();
   void UpdateHint();
   bool RestorePlace();
@@ -76,6 +86,9 @@ class MainBoard : public QMainWindow, public ListForm {
   FilterStripView* strip_ = nullptr;
   EmailGridView* grid_ = nullptr;
   QLabel* notice_ = nullptr;
+  QCheckBox* cbShowEmailText_ = nullptr;
+  frmEmailText* text_ = nullptr;  // made when it is first shown
+  QTimer follow_;                 // so that many changes of the selection at once are one
   StatusPanelsView* status_ = nullptr;
   bool busy_ = false;
   bool closeWhenDone_ = false;

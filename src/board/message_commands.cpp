@@ -3,6 +3,7 @@
 #include "board/message_commands.h"
 
 #include "board/list_query.h"
+#include "board/steps.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -14,36 +15,6 @@ namespace tarnwick::board {
 namespace {
 
 using repository::RepositoryDb;
-
-// The steps of a command over many messages: shows how far it is, keeps the window answering and
-// hears the stop command.
-class Steps {
- public:
-  explicit Steps(int64_t total) : total_(total) { core::State().ImportCancelFlag = false; }
-  ~Steps() {
-    core::State().ImportCancelFlag = false;
-    if (shown_) core::State().Ui->ShowProgress(total_, total_);
-  }
-  Steps(const Steps&) = delete;
-  Steps& operator=(const Steps&) = delete;
-
-  // After each step; false when the person wants no more.
-  bool Next() {
-    if (++done_ % kTurn != 0 || core::State().Ui == nullptr) return true;
-    shown_ = true;
-    core::State().Ui->ShowProgress(done_, total_);
-    core::YieldEvents();
-    return !core::State().ImportCancelFlag;
-  }
-
- private:
-  // How many steps fit between two turns of the window's events.
-  static constexpr int64_t kTurn = 64;
-
-  int64_t total_;
-  int64_t done_ = 0;
-  bool shown_ = false;
-};
 
 std::string DeleteQuestion(const std::vector<SelectedMessage>& messages) {
   if (messages.size() == 1) {
@@ -92,7 +63,8 @@ bool DeleteMessages(const std::vector<SelectedMessage>& messages) {
       if (!steps.Next()) break;
     }
     group.End();
-    core::State().RepositoryIsEmpty = repository::HasNoEmail();
+    // It may be set already: the options window asks for a full load by it.
+    if (repository::HasNoEmail()) core::State().RepositoryIsEmpty = true;
     return true;
   });
 }

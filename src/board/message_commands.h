@@ -15,6 +15,7 @@ namespace tarnwick::board {
 struct SelectedMessage {
   int64_t id = 0;
   std::string subject;
+  std::string application = {};
 };
 
 // "There isn't selected row."

@@ -24,11 +24,12 @@ int64_t StoredRows() {
 }
 
 TEST_F(LayoutStore, WidthsSurviveAndAreReplacedWhole) {
-  EXPECT_TRUE(ReadColumnWidths(3).empty());
-  SaveColumnWidths({300, 1500, 0});
-  EXPECT_THAT(ReadColumnWidths(3), ElementsAre(Pair(0, 300), Pair(1, 1500), Pair(2, 0)));
-  SaveColumnWidths({450});
-  EXPECT_THAT(ReadColumnWidths(3), ElementsAre(Pair(0, 450)));
+  EXPECT_TRUE(repository::ReadGridLayout(kGridGroup, 3).empty());
+  repository::SaveGridLayout(kGridGroup, {300, 1500, 0});
+  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3),
+              ElementsAre(Pair(0, 300), Pair(1, 1500), Pair(2, 0)));
+  repository::SaveGridLayout(kGridGroup, {450});
+  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3), ElementsAre(Pair(0, 450)));
   EXPECT_EQ(StoredRows(), 1);
 }
 
@@ -36,7 +37,7 @@ TEST_F(LayoutStore, WidthsThatNoScreenHasAreLeftOut) {
   for (const auto& [key, width] : {std::pair{"0", -5}, {"1", 2000000000}, {"12", 300}, {"2", 30}}) {
     repository::SetParameter("EmailGrid", key, repository::kAmountColumn, width);
   }
-  EXPECT_THAT(ReadColumnWidths(3), ElementsAre(Pair(2, 30)));
+  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3), ElementsAre(Pair(2, 30)));
 }
 
 TEST_F(LayoutStore, PlaceComesBackAndIsAppliedWhereItFits) {

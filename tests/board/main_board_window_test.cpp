@@ -68,11 +68,11 @@ TEST_F(Window, EveryControlBearsItsNameAndIsNamedForScreenReaders) {
   Start();
   EXPECT_EQ(window_->windowTitle(), "Email List");
   for (const char* name :
-       {"DateFrom",     "DateTo",       "cmbFromTo",    "Subject", "cmbFile",
-        "MailText",     "ckbActive",    "AttachedFile", "Frame1",  "Frame2",
-        "Frame3",       "oDate",        "oSubject",     "oFromTo", "oDirection",
-        "odAscending",  "odDescending", "EmailGrid",    "ShowAll", "cmRelated",
-        "DeleteCurent", "MarkActive",   "LoadMailler",  "Quite",   "StatusBar1"}) {
+       {"DateFrom",   "DateTo",       "cmbFromTo",      "Subject",     "cmbFile",      "MailText",
+        "ckbActive",  "AttachedFile", "Frame1",         "Frame2",      "Frame3",       "oDate",
+        "oSubject",   "oFromTo",      "oDirection",     "odAscending", "odDescending", "EmailGrid",
+        "ShowAll",    "cmRelated",    "DeleteCurent",   "MarkActive",  "LoadMailler",  "Quite",
+        "StatusBar1", "ShowEmail",    "cbShowEmailText"}) {
     auto* widget = window_->findChild<QWidget*>(name);
     ASSERT_NE(widget, nullptr) << name;
     auto* button = qobject_cast<QAbstractButton*>(widget);
@@ -108,9 +108,9 @@ TEST_F(Window, AnEmptyRepositorySaysWhatToDoNext) {
   EXPECT_TRUE(window_->Grid().accessibleDescription().contains("Load from Mailer"));
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "0; 0 In; 0 Out");
   EXPECT_EQ(ui_.status[StatusPanel::kFolder], "Tarnwick folder " + folder_.Path());
-  for (const char* name : {"DeleteCurent", "MarkActive", "cmRelated"}) Click(name);
+  for (const char* name : {"DeleteCurent", "MarkActive", "cmRelated", "ShowEmail"}) Click(name);
   EXPECT_THAT(ui_.Shown("box"), ::testing::Each("There isn't selected row."));
-  EXPECT_EQ(ui_.Shown("box").size(), 3U);
+  EXPECT_EQ(ui_.Shown("box").size(), 4U);
 }
 
 TEST_F(Window, AFilterNarrowsAndShowAllListsEverythingAgain) {

@@ -49,8 +49,10 @@ TEST_F(MessageCommands, DeletingAsksFirst) {
   ui_.yesNo = {false};
   EXPECT_FALSE(DeleteMessages({{id, "keep"}}));
   EXPECT_EQ(CountRows("Email"), 1);
+  core::State().RepositoryIsEmpty = false;
   ui_.yesNo = {true};
   EXPECT_TRUE(DeleteMessages({{id, "keep"}}));
+  EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the next load is a first one";
   EXPECT_EQ(CountRows("Email"), 0);
   EXPECT_EQ(ui_.Shown("question")[0],
             "Are you realy want to delete the email with subject \r\nkeep");

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/email_text_window.h"
+
+#include <QGuiApplication>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include "repository/grid_layout.h"
+#include "repository/parameter_store.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+constexpr const char* kForm = "frmEmailText";
+constexpr int kTwips = repository::kTwipsPerPixel;
+// The layout of a line takes time that grows faster than the line: longer ones are broken, which
+// leaves even megabytes without a line end readable at once.
+constexpr qsizetype kLongestLine = 4000;
+// More than anyone reads in a window; the whole is in the message's file.
+constexpr qsizetype kLongestText = 2000000;
+
+QString Shown(const std::string& text) {
+  QString all = QString::fromStdString(text);
+  bool isCut = all.size() > kLongestText;
+  if (isCut) all.truncate(kLongestText);
+  QString shown;
+  shown.reserve(all.size() + all.size() / kLongestLine + 1);
+  qsizetype length = 0;
+  for (QChar c : all) {
+    length = c == u'\n' ? 0 : length + 1;
+    if (length > kLongestLine && !c.isLowSurrogate()) {
+      shown += u'\n';
+      length = 1;
+    }
+    shown += c;
+  }
+  if (isCut) shown += frmEmailText::tr("\n[...]\nShow Email shows the whole message.");
+  return shown;
+}
+
+}  // namespace
+
+frmEmailText::frmEmailText(QWidget* parent) : QDialog(parent), text_(new QPlainTextEdit(this)) {
+  setObjectName(kForm);
+  setWindowFlag(Qt::WindowMaximizeButtonHint);
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  text_->setObjectName("EmailText");
+  text_->setAccessibleName(tr("Message text"));
+  text_->setReadOnly(true);
+  text_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  text_->setUndoRedoEnabled(false);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(text_);
+  RestorePlace();
+}
+
+void frmEmailText::ShowText(const EmailText& email) {
+  setWindowTitle(QString::fromStdString(email.subject).simplified());
+  text_->setPlainText(Shown(email.text));
+  show();
+}
+
+void frmEmailText::RestorePlace() {
+  QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  resize(QSize(fontMetrics().averageCharWidth() * 90, fontMetrics().height() * 28)
+             .boundedTo(screen.size() * 8 / 10));
+  auto place = repository::RestoreFormPosition(kForm, true, screen.bottom() * kTwips,
+                                               screen.right() * kTwips);
+  if (!place) return;
+  resize(QSize(place->width / kTwips, place->height / kTwips)
+             .boundedTo(screen.size())
+             .expandedTo(minimumSizeHint()));
+  move(place->left / kTwips, place->top / kTwips);
+}
+
+void frmEmailText::hideEvent(QHideEvent* event) {
+  QDialog::hideEvent(event);
+  if (event->spontaneous() || isMaximized()) return;
+  repository::SaveFormPosition(kForm,
+                               {y() * kTwips, x() * kTwips, height() * kTwips, width() * kTwips});
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The text of one message in a window of its own. HTML is shown as the text that it is and never
+// rendered: nothing in a message is run or fetched. The window's place is kept while it is hidden
+// and from one run to the next.
+#pragma once
+
+#include <QDialog>
+
+#include "board/message_viewer.h"
+
+class QPlainTextEdit;
+
+namespace tarnwick::board {
+
+class frmEmailText : public QDialog {
+  Q_OBJECT
+
+ public:
+  // REQUIRES: a repository is open, also when the window is hidden.
+  explicit frmEmailText(QWidget* parent = nullptr);
+
+  // Shows the window with this message; the keyboard stays where it is.
+  void ShowText(const EmailText& email);
+
+ protected:
+  void hideEvent(QHideEvent* event) override;
+
+ private:
+  void RestorePlace();
+
+  QPlainTextEdit* text_;
+};
+
+}  // namespace tarnwick::board

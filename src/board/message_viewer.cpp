@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/message_viewer.h"
+
+#include <algorithm>
+
+#include "board/steps.h"
+#include "board/stored_message.h"
+#include "core/documents.h"
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "platform/files.h"
+#include "platform/html.h"
+#include "platform/jet/recordset.h"
+#include "repository/repository.h"
+
+namespace tarnwick::board {
+
+namespace {
+
+using repository::RepositoryDb;
+
+// What the repository keeps is an Internet message whichever mailer it was taken from, so a message
+// of Outlook is an .eml file too: as .msg no program would understand it.
+std::string DocumentExtension(const std::string& application) {
+  if (application == "Outlook Express" || application == "Outlook") return ".eml";
+  if (application == "Text") return ".txt";
+  return {};
+}
+
+struct Moved {
+  int64_t seen = 0;
+  int64_t total = 0;
+  int64_t changed = 0;
+  bool stopped = false;
+};
+
+// The stored HTML has been text since it was taken in: its charset, applied again, would spoil it.
+bool MoveInRow(jet::Recordset& emails) {
+  jet::Value html = emails.Field("HTMLBody");
+  if (html.IsNull()) return false;
+  std::string text = platform::HtmlToPlainText(html.AsText());
+  if (text.empty() || text == emails.Field("Body").AsText()) return false;
+  emails.SetField("Body", text);
+  emails.Update();
+  return true;
+}
+
+Moved MoveInEveryRow() {
+  Moved moved;
+  jet::Recordset emails;
+  emails.Open("SELECT * From Email", RepositoryDb(), jet::CursorType::kKeyset,
+              jet::LockType::kOptimistic);
+  moved.total = emails.RecordCount();
+  int64_t lostBefore = RepositoryDb().LostUnits();
+  Steps steps(moved.total);
+  jet::CommitGroup group(RepositoryDb());
+  for (; !emails.Eof(); emails.MoveNext()) {
+    if (MoveInRow(emails)) ++moved.changed;
+    RepositoryDb().EndUnit();
+    if (!steps.Next()) {
+      moved.stopped = true;
+      break;
+    }
+  }
+  moved.seen = steps.Done();
+  group.End();
+  // What a full disk made the engine take back was not moved.
+  int64_t lost = RepositoryDb().LostUnits() - lostBefore;
+  moved.changed = std::max<int64_t>(moved.changed - lost, 0);
+  return moved;
+}
+
+void Summarise(const Moved& moved) {
+  std::string summary = std::to_string(moved.changed) + " bodies filled from HTML, " +
+                        std::to_string(moved.seen) + " of " + std::to_string(moved.total) +
+                        " messages looked at";
+  if (moved.stopped) summary = "Stopped: " + summary;
+  core::WriteLog("Move HTML to body: " + summary);
+  core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), summary);
+}
+
+}  // namespace
+
+bool ShowStoredMessage(int64_t emailId, const std::string& application) {
+  return core::Guarded("ShowStoredMessage", false, [&] {
+    std::optional<std::string> bytes = ReadStoredFile(emailId);
+    if (!bytes) {
+      core::ShowMessage("There isn't nature email copy.");
+      return false;
+    }
+    std::string path = core::NewDocumentPath(DocumentExtension(application));
+    platform::WriteFile(path, *bytes);
+    return core::OpenDocument(path);
+  });
+}
+
+std::optional<EmailText> ReadEmailText(int64_t id) {
+  using Result = std::optional<EmailText>;
+  return core::Guarded("ShowEmailText", Result(), [&]() -> Result {
+    jet::Recordset email;
+    email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
+    if (email.Eof()) return std::nullopt;
+    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText()};
+    bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
+    if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
+    return shown;
+  });
+}
+
+bool MoveHtmlToBody() {
+  return core::Guarded("MoveHtmlToBody", false, [] {
+    if (!core::AskYesNo("Do you want to move HTML to body?")) return false;
+    Moved moved = MoveInEveryRow();
+    Summarise(moved);
+    return moved.changed > 0;
+  });
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The main window's commands that look at a message or open another window.
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+#include <memory>
+
+#include "board/email_text_window.h"
+#include "board/main_board_window.h"
+#include "board_rows.h"
+#include "contacts/contacts_window.h"
+#include "core/run_state.h"
+#include "options/about_dialog.h"
+#include "options/options_window.h"
+#include "platform/shell.h"
+#include "repository/parameter_store.h"
+#include "support/program_fixture.h"
+#include "support/window_checks.h"
+
+namespace tarnwick::board {
+namespace {
+
+using testing::AddListed;
+using ::testing::ElementsAre;
+using testing::ListedSubjects;
+
+class BoardTools : public testing::ProgramFixture {
+ protected:
+  BoardTools() {
+    platform::SetShellHook([this](const std::string& path) {
+      opened_.push_back(path.substr(path.rfind('/') + 1));
+      return platform::ShellResult::kOpened;
+    });
+  }
+  ~BoardTools() override {
+    platform::SetShellHook({});
+    window_.reset();
+    ResetBoard();
+  }
+
+  void Start() {
+    window_ = std::make_unique<MainBoard>();
+    ASSERT_TRUE(window_->Load());
+    window_->show();
+    QApplication::processEvents();
+  }
+  // A message with a stored file, later than the ones before.
+  int64_t AddWithFile(const std::string& subject, const std::string& body) {
+    int64_t id = AddListed(
+        {.subject = subject, .received = DateTime::FromDate(2004, 1, ++day_), .body = body});
+    testing::AddRow(repository::Repository().FileRecordset, {{"FileID", id}, {"FileBody", body}},
+                    "ID");
+    return id;
+  }
+  void Select(int row) {
+    window_->Grid().selectRow(row);
+    QApplication::processEvents();
+  }
+  frmEmailText* TextWindow() { return window_->findChild<frmEmailText*>(); }
+  QString ShownText() {
+    return TextWindow()->findChild<QPlainTextEdit*>("EmailText")->toPlainText();
+  }
+  QCheckBox* Box() { return window_->findChild<QCheckBox*>("cbShowEmailText"); }
+
+  // Triggers a command that opens a modal window, works in it and closes it.
+  template <typename Dialog>
+  void InDialog(QAction* command, const std::function<void(Dialog&)>& steps = {}) {
+    bool seen = false;
+    QTimer::singleShot(0, qApp, [&] {
+      auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      seen = true;
+      if (steps) steps(*dialog);
+      dialog->close();
+    });
+    command->trigger();
+    EXPECT_TRUE(seen);
+  }
+
+  int day_ = 0;
+  std::vector<std::string> opened_;
+  std::unique_ptr<MainBoard> window_;
+};
+
+TEST_F(BoardTools, MenusHoldTheCommandsWithMnemonicsOfTheirOwn) {
+  Start();
+  const struct {
+    const char* menu;
+    QStringList commands;
+  } kRows[] = {
+      {"mnuTools", {"mnuContacts", "mnuOptions", "mnMarkAllNotHot", "mnMoveHtmlToBody"}},
+      {"mnuHelp", {"mnReadMe", "mnuHelpAbout"}},
+  };
+  for (const auto& row : kRows) {
+    QStringList names;
+    QStringList keys;
+    for (QAction* action : window_->findChild<QMenu*>(row.menu)->actions()) {
+      if (action->isSeparator()) continue;
+      names << action->objectName();
+      keys << QKeySequence::mnemonic(action->text()).toString();
+    }
+    EXPECT_EQ(names, row.commands);
+    EXPECT_EQ(keys.removeDuplicates(), 0) << row.menu;
+  }
+}
+
+TEST_F(BoardTools, ButtonEnterAndDoubleClickShowTheSelectedEmail) {
+  AddWithFile("a", "From: a");
+  Start();
+  EmailGridView& grid = window_->Grid();
+  Select(0);
+  QTest::mouseClick(window_->findChild<QPushButton*>("ShowEmail"), Qt::LeftButton);
+  EXPECT_EQ(opened_.size(), 1U);
+  grid.setFocus();
+  QTest::keyClick(&grid, Qt::Key_Return);
+  EXPECT_EQ(opened_.size(), 2U);
+  QPoint place = grid.visualRect(grid.model()->index(0, 2)).center();
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, place);
+  EXPECT_EQ(opened_.size(), 3U);
+  EXPECT_THAT(opened_, ::testing::Each("Temp43200.eml"));
+}
+
+TEST_F(BoardTools, TheTextWindowFollowsTheSelectionWhileTheBoxIsOn) {
+  AddWithFile("first", "text of the first");
+  AddWithFile("second", "text of the second");
+  Start();
+  Select(0);
+  EXPECT_EQ(TextWindow(), nullptr);
+  Box()->click();
+  ASSERT_NE(TextWindow(), nullptr);
+  EXPECT_EQ(TextWindow()->windowTitle(), "second");
+  EXPECT_EQ(ShownText(), "text of the second");
+  Select(1);
+  EXPECT_EQ(TextWindow()->windowTitle(), "first");
+  testing::CheckControls(*TextWindow());
+
+  TextWindow()->resize(456, 345);
+  QTest::keyClick(TextWindow(), Qt::Key_Escape);
+  EXPECT_FALSE(Box()->isChecked()) << "closed by the person";
+  Select(0);
+  EXPECT_FALSE(TextWindow()->isVisible());
+  Box()->click();
+  EXPECT_TRUE(TextWindow()->isVisible());
+
+  EXPECT_TRUE(window_->close());
+  EXPECT_FALSE(TextWindow()->isVisible());
+  EXPECT_TRUE(repository::GetOption("ShowEmailText")) << "the program's end is no such close";
+  Start();
+  EXPECT_TRUE(Box()->isChecked());
+  Select(0);
+  EXPECT_EQ(TextWindow()->size(), QSize(456, 345));
+}
+
+TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {
+  frmEmailText window;
+  window.ShowText({"huge", std::string(3000000, 'x')});
+  auto* text = window.findChild<QPlainTextEdit*>("EmailText");
+  EXPECT_GT(text->document()->blockCount(), 100);
+  EXPECT_LT(text->document()->characterCount(), 2100000);
+  EXPECT_TRUE(text->toPlainText().endsWith("Show Email shows the whole message."));
+  window.ShowText({"a\r\nb", "short\r\n"});
+  EXPECT_EQ(window.windowTitle(), "a b");
+  EXPECT_EQ(text->toPlainText(), "short\n");
+}
+
+TEST_F(BoardTools, MovedHtmlIsShownAtOnce) {
+  int64_t id = AddListed({.subject = "html"});
+  jet::Recordset row;
+  row.Open("SELECT * FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb(),
+           jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+  row.SetField("HTMLBody", "<body><b>bold</b></body>");
+  row.Update();
+  Start();
+  Select(0);
+  Box()->click();
+  EXPECT_EQ(ShownText(), "<body><b>bold</b></body>") << "never rendered";
+  ui_.yesNo = {true};
+  window_->Actions().moveHtml->trigger();
+  QApplication::processEvents();
+  EXPECT_EQ(ShownText(), "bold");
+  EXPECT_EQ(window_->Grid().Current().id, id);
+}
+
+TEST_F(BoardTools, AContactDeletedLeavesTheListAndTheComboBox) {
+  AddListed({.subject = "hers", .name = "Ann"});
+  AddListed({.subject = "his", .name = "Bob"});
+  Start();
+  auto* names = window_->findChild<QComboBox*>("cmbFromTo");
+  EXPECT_EQ(names->count(), 2);
+  ui_.yesNo = {true};
+  InDialog<contacts::frmContacts>(window_->Actions().contacts, [](contacts::frmContacts& dialog) {
+    dialog.Grid().SelectRow(0);
+    dialog.findChild<QPushButton*>("ctDelete")->click();
+  });
+  EXPECT_THAT(ListedSubjects(), ElementsAre("his"));
+  EXPECT_EQ(names->count(), 1);
+}
+
+TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
+  Start();
+  InDialog<options::frmOptions>(window_->Actions().options, [](options::frmOptions& dialog) {
+    dialog.findChild<QCheckBox*>("OutlookExpress")->click();
+  });
+  EXPECT_TRUE(core::State().UseOutlookExpress);
+  AddListed({.subject = "deleted"});
+  AddListed({.subject = "left"});
+  window_->Actions().showAll->trigger();
+  InDialog<options::frmOptions>(window_->Actions().options, [](options::frmOptions& dialog) {
+    dialog.findChild<QCheckBox*>("LoadAllFolders")->click();
+  });
+  Select(0);
+  ui_.yesNo = {true};
+  window_->Actions().deleteSelected->trigger();
+  EXPECT_EQ(CountRows("Email"), 1);
+  EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the full load is still asked for";
+  InDialog<options::AboutDialog>(window_->Actions().about);
+  // The help of the build lies beside its programs; what is opened depends on what was built.
+  window_->Actions().helpTopics->trigger();
+  EXPECT_EQ(opened_.size() + ui_.Shown("box").size(), 1U);
+}
+
+}  // namespace
+}  // namespace tarnwick::board
