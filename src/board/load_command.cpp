@@ -5,6 +5,8 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "oe/import.h"
+#include "outlook/import.h"
+#include "outlook/store_discovery.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/registry.h"
@@ -18,6 +20,13 @@ namespace {
 using core::State;
 
 constexpr const char* kOutlookExpress = "OutlookExpress";
+constexpr const char* kOutlook = "MSOutlook";
+
+// Which mailers a load reads.
+struct Mailers {
+  bool outlookExpress = false;
+  bool outlook = false;
+};
 
 // A load's flags and silenced boxes, for as long as it lasts.
 class LoadScope {
@@ -34,39 +43,60 @@ class LoadScope {
   LoadScope& operator=(const LoadScope&) = delete;
 };
 
+bool HasOutlookStores(const std::string& folder) {
+  return !outlook::FindStores(folder).empty();
+}
+
+bool ProfileKnown() {
+  return oe::ProfileKnown() || HasOutlookStores(repository::GetProfileFolder());
+}
+
 // Where no profile is known yet the person chooses one.
 bool EnsureProfile() {
-  if (oe::ProfileKnown()) return true;
+  if (ProfileKnown()) return true;
   auto folder = State().Ui->ChooseFolder(
-      "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with *.dbx files");
+      "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with *.dbx or *.pst "
+      "files");
   if (!folder || folder->empty()) return false;
-  if (platform::DetectProfile(*folder) == platform::ProfileKind::kNone) {
-    core::ShowMessage("There is no NTUSER.DAT, user.reg or *.dbx file in " + *folder);
+  bool hasRegistry = platform::DetectProfile(*folder) != platform::ProfileKind::kNone;
+  if (!hasRegistry && !HasOutlookStores(*folder)) {
+    core::ShowMessage("There is no NTUSER.DAT, user.reg, *.dbx or *.pst file in " + *folder);
     return false;
   }
   repository::SetProfileFolder(*folder);
   return true;
 }
 
+// Asks whether a mailer is to be read at a first load; a no is kept as the option.
+bool AskForMailer(const std::string& name, const char* option, bool& flag) {
+  if (core::AskYesNo("Would you like to load email from " + name + " to Repository?")) return true;
+  repository::SetOption(option, false);
+  flag = false;
+  return false;
+}
+
 // Whether Outlook Express is to be read, asking where the design asks.
 bool WantsOutlookExpress(const LoadOptions& options) {
   if (options.everyMailer) return true;
   if (!State().RepositoryIsEmpty) return State().UseOutlookExpress;
-  bool wanted = core::AskYesNo("Would you like to load email from Outlook Express to Repository?");
-  if (!wanted) {
-    repository::SetOption(kOutlookExpress, false);
-    State().UseOutlookExpress = false;
-  }
-  return wanted;
+  return AskForMailer("Outlook Express", kOutlookExpress, State().UseOutlookExpress);
 }
 
-// True when the stores could be read.
-bool ReadOutlookExpress() {
+// Whether Outlook is to be read. REQUIRES: the profile is known. A first load asks only where the
+// profile holds a store of Outlook's.
+bool WantsOutlook(const LoadOptions& options) {
+  bool hasStores = outlook::olInitialize();
+  if (options.everyMailer) return hasStores;
+  if (!State().RepositoryIsEmpty) return State().UseMSOutlook;
+  return hasStores && AskForMailer("Outlook", kOutlook, State().UseMSOutlook);
+}
+
+// Reads a mailer with its messages committed in groups; true when it could be read.
+template <typename Body>
+bool ReadInGroups(Body read) {
   jet::CommitGroup group(repository::RepositoryDb());
   int64_t lostBefore = repository::RepositoryDb().LostUnits();
-  if (!oe::oeInitialize()) return false;
-  if (State().RepositoryIsEmpty) oe::CollectMeAddresses();
-  oe::ImportOutlookExpress();
+  if (!read()) return false;
   group.End();
   // What the engine had to take back (a full disk) was counted as stored and is not.
   int64_t lost = repository::RepositoryDb().LostUnits() - lostBefore;
@@ -75,6 +105,34 @@ bool ReadOutlookExpress() {
   counts.stored -= lost;
   counts.unreadable += lost;
   return true;
+}
+
+bool ReadOutlookExpress() {
+  return ReadInGroups([] {
+    if (!oe::oeInitialize()) return false;
+    if (State().RepositoryIsEmpty) oe::CollectMeAddresses();
+    oe::ImportOutlookExpress();
+    return true;
+  });
+}
+
+// A first load takes every store, as "Load from all folders" does.
+bool ReadOutlook() {
+  return ReadInGroups([] { return outlook::olImportOutlook(State().RepositoryIsEmpty); });
+}
+
+// Reads them in turn; true when each could be read. Neither keeps the other from being read.
+bool ReadMailers(const Mailers& mailers) {
+  bool done = true;
+  if (mailers.outlookExpress) done = ReadOutlookExpress();
+  bool stopped = State().ImportCancelFlag || State().StopFlag;
+  if (mailers.outlook && !stopped) done = ReadOutlook() && done;
+  return done;
+}
+
+void KeepMailer(const char* option, bool& flag) {
+  repository::SetOption(option, true);
+  flag = true;
 }
 
 void Summarise(const LoadResult& result) {
@@ -106,22 +164,29 @@ LoadResult LoadFromMailer(const LoadOptions& options) {
       core::ShowMessage("There isn't selected a mailer. Please, use menu bar\r\nTools!Options");
       return;
     }
-    if (!WantsOutlookExpress(options)) return;
+    Mailers mailers;
+    mailers.outlookExpress = WantsOutlookExpress(options);
+    bool mayReadOutlook = options.everyMailer || State().UseMSOutlook || (first && ProfileKnown());
+    if (!mailers.outlookExpress && !mayReadOutlook) return;
     if (!EnsureProfile()) {
       result.failed = true;
       return;
     }
+    mailers.outlook = WantsOutlook(options);
+    // A folder of Outlook's stores alone has nothing for Outlook Express.
+    if (mailers.outlook && !oe::ProfileKnown()) mailers.outlookExpress = false;
+    if (!mailers.outlookExpress && !mailers.outlook) return;
     {
       LoadScope scope(options.senders);
-      result.failed = true;  // until the mailer has been read
+      result.failed = true;  // until the mailers have been read
       result.ran = true;
-      result.failed = !ReadOutlookExpress();
+      result.failed = !ReadMailers(mailers);
       result.stopped = State().ImportCancelFlag || State().StopFlag;
       result.counts = State().Counts;
     }
     if (first && !options.everyMailer) {
-      repository::SetOption(kOutlookExpress, true);
-      State().UseOutlookExpress = true;
+      if (mailers.outlookExpress) KeepMailer(kOutlookExpress, State().UseOutlookExpress);
+      if (mailers.outlook) KeepMailer(kOutlook, State().UseMSOutlook);
     }
     if (!result.failed) repository::SetLastLoaded(platform::Now());
     State().RepositoryIsEmpty = repository::HasNoEmail();

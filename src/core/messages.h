@@ -11,6 +11,16 @@
 
 namespace tarnwick::core {
 
+// How to answer Outlook when it asks whether a program may see its addresses. Shown before a load
+// from Outlook's own objects, and above what went wrong when a repository can't be opened.
+inline constexpr const char* kAccessAdvice =
+    "You should take the following actions against message\r\n"
+    "\"A program is trying to access e-mail addresses you have stored in Outlook. Do you want to "
+    "allow this?\"\r\n"
+    "    1. Click box Allow access for\r\n"
+    "    2. Select 10 minutes (to the right of box Allow access for)\r\n"
+    "    3. Click YES";
+
 // Information icon, OK, title "Tarnwick".
 void ShowMessage(const std::string& text);
 

@@ -21,15 +21,6 @@ using jet::CommandType;
 using jet::CursorType;
 using jet::LockType;
 
-// Shown when a repository can't be opened, above what went wrong.
-constexpr const char* kAdvice =
-    "You should take the following actions against message\r\n"
-    "\"A program is trying to access e-mail addresses you have stored in Outlook. Do you want to "
-    "allow this?\"\r\n"
-    "    1. Click box Allow access for\r\n"
-    "    2. Select 10 minutes (to the right of box Allow access for)\r\n"
-    "    3. Click YES";
-
 struct RecordsetSource {
   jet::Recordset OpenedRepository::*recordset;
   std::string_view source;
@@ -150,8 +141,8 @@ bool OpenRepository(bool clearAll) {
     return true;
   } catch (...) {
     Error error = core::CurrentError();
-    core::ShowError(std::string(kAdvice) + "\r\n" + std::to_string(error.Number()) + " " +
-                    error.Description());
+    core::ShowError(std::string(core::kAccessAdvice) + "\r\n" + std::to_string(error.Number()) +
+                    " " + error.Description());
     DisconnectRepository();
     return false;
   }

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// tarnwick-make-outlook-store DIR COPIES FILE: writes the messages below DIR, one a file, COPIES
+// times over, as an Outlook store: their headers as the ones they came with, what follows as their
+// body. Prints their number.
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include "intake/header_parser.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "support/pst_builder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using tarnwick::testing::PstBuilder;
+using tarnwick::testing::PstMessage;
+
+constexpr int64_t kFirstTime = 126'600'000'000'000'000;  // in 2002, as Outlook counts
+constexpr int64_t kMinute = 600'000'000;
+
+// The first header of its kind.
+std::string HeaderOf(const std::string& headers, tarnwick::intake::HeaderCode code) {
+  for (size_t begin = 0; begin < headers.size();) {
+    size_t end = std::min(headers.find('\n', begin), headers.size());
+    std::string line = headers.substr(begin, end - begin);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (tarnwick::intake::ClassifyHeader(line) == code) return line;
+    begin = end + 1;
+  }
+  return {};
+}
+
+PstMessage MessageOf(const std::string& bytes, size_t number) {
+  size_t end = bytes.find("\n\n");
+  if (end == std::string::npos) end = bytes.find("\r\n\r\n");
+  end = std::min(end, bytes.size());
+  std::string headers = tarnwick::platform::BytesToUtf8(bytes.substr(0, end), "iso-8859-1");
+  auto sender =
+      tarnwick::intake::SplitAddress(HeaderOf(headers, tarnwick::intake::HeaderCode::kFrom));
+  auto to = tarnwick::intake::SplitAddress(HeaderOf(headers, tarnwick::intake::HeaderCode::kTo));
+  int64_t time = kFirstTime + static_cast<int64_t>(number) * kMinute;
+  PstMessage message;
+  message.properties.texts = {
+      {0x001A, "IPM.Note"},
+      {0x0037, HeaderOf(headers, tarnwick::intake::HeaderCode::kSubject)},
+      {0x007D, headers + "\r\n"},
+      {0x0C1A, sender.Name},
+      {0x0C1E, "SMTP"},
+      {0x0C1F, sender.Address},
+      {0x1000, tarnwick::platform::BytesToUtf8(bytes.substr(end), "iso-8859-1")}};
+  message.properties.times = {{0x0039, time}, {0x0E06, time}};
+  message.properties.numbers = {{0x0E07, 1}, {0x0017, 1}};
+  tarnwick::testing::PstProperties recipient;
+  recipient.texts = {{0x3001, to.Name}, {0x3002, "SMTP"}, {0x3003, to.Address}};
+  recipient.numbers = {{0x0C15, 1}};
+  message.recipients = {recipient};
+  return message;
+}
+
+int Run(const std::string& source, int copies, const std::string& target) {
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(source)) {
+    if (entry.is_regular_file()) files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  PstBuilder store(true);
+  uint32_t folder = 0;
+  size_t count = 0;
+  for (int copy = 0; copy < copies; ++copy) {
+    for (const fs::path& file : files) {
+      if (count % PstBuilder::kMaxMessages == 0) {
+        folder = store.AddFolder(PstBuilder::kTop,
+                                 "Folder " + std::to_string(count / PstBuilder::kMaxMessages));
+      }
+      store.AddMessage(folder, MessageOf(tarnwick::platform::ReadFile(file.string()), count));
+      ++count;
+    }
+  }
+  tarnwick::platform::WriteFile(target, store.Build());
+  std::cout << count << std::endl;
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::cerr << "usage: tarnwick-make-outlook-store DIR COPIES FILE\n";
+    return 2;
+  }
+  try {
+    return Run(argv[1], std::atoi(argv[2]), argv[3]);
+  } catch (const tarnwick::Error& error) {
+    std::cerr << error.Description() << "\n";
+    return 1;
+  }
+}

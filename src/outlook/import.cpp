@@ -1,0 +1,286 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/import.h"
+
+#include <algorithm>
+#include <map>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "intake/header_parser.h"
+#include "intake/sender_rules.h"
+#include "intake/store_message.h"
+#include "outlook/folder_walk.h"
+#include "outlook/letter.h"
+#include "outlook/message_of_letter.h"
+#include "outlook/mime_message.h"
+#include "outlook/pst_provider.h"
+#include "outlook/store_discovery.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
+
+namespace tarnwick::outlook {
+
+namespace {
+
+constexpr const char* kMailItem = "MailItem";
+constexpr int kMaxLoggedItems = 200;  // of one store; the rest is only counted
+
+struct OlState {
+  std::vector<std::string> StoreFiles;
+};
+
+OlState& State() {
+  static OlState state;
+  return state;
+}
+
+bool IsStopped() {
+  return core::State().ImportCancelFlag || core::State().StopFlag;
+}
+
+// A store being read.
+struct OpenStore {
+  std::unique_ptr<Store> store;
+  std::vector<WalkedFolder> folders;
+  uint64_t budget = 0;
+  int logged = 0;
+  std::map<std::string, int64_t> otherKinds;
+};
+
+class Import {
+ public:
+  explicit Import(bool everyStore) : everyStore_(everyStore) {}
+
+  void Run(Namespace& outlook) {
+    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store));
+    for (bool sentItems : {true, false}) {
+      for (OpenStore& open : stores_) {
+        for (WalkedFolder& folder : open.folders) {
+          if (folder.place.inSentItems == sentItems && !IsStopped()) ReadFolder(open, folder);
+        }
+      }
+    }
+    Close();
+  }
+
+  bool FoundMail() const { return found_ > 0; }
+
+ private:
+  // Decides whether the store is read, and announces what it holds.
+  void Open(std::unique_ptr<Store> store) {
+    std::string name = store->DisplayName();
+    std::string location = store->Location();
+    OpenStore open;
+    try {
+      open.folders = olWalkFolders(*store);
+    } catch (...) {
+      core::WriteLog("Outlook store skipped: " + location + ": " +
+                     core::CurrentError().Description());
+      return;
+    }
+    int64_t mail = 0;
+    for (const WalkedFolder& folder : open.folders) {
+      if (folder.isMailFolder) mail += folder.items;
+    }
+    Found(mail);
+    if (store->HasPassword()) {
+      Count(core::State().Counts.unreadable, mail);
+      core::WriteLog("Outlook store skipped: " + location + ": it is guarded by a password");
+      return;
+    }
+    if (!everyStore_ && !IsDefaultStoreName(name)) {
+      core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + location + "\r\nof \"" +
+                     name + "\": only the default store is read; \"Load from all folders\" in " +
+                     "the options reads every store");
+      return;
+    }
+    for (const WalkedFolder& folder : open.folders) total_ += folder.items;
+    open.budget = store->OutputBudget();
+    open.store = std::move(store);
+    stores_.push_back(std::move(open));
+  }
+
+  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
+    std::string path = folder.place.parentPath + "\\" + folder.place.name;
+    core::LogProgress("Outlook folder = " + path + "\r\nItems = " + std::to_string(folder.items));
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
+    for (int64_t i = 0; i < folder.items; ++i) {
+      core::YieldEvents();
+      if (IsStopped()) return;
+      ReadItem(open, folder, i);
+      repository::RepositoryDb().EndUnit();
+      ++visited_;
+      if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(visited_, total_);
+    }
+  }
+
+  void ReadItem(OpenStore& open, WalkedFolder& folder, int64_t index) {
+    core::LoadCounts& counts = core::State().Counts;
+    // In a folder made for something else nothing was announced: what turns up is found now.
+    bool announced = folder.isMailFolder;
+    auto announce = [&] {
+      if (!announced) Found(1);
+      announced = true;
+    };
+    try {
+      std::unique_ptr<Item> item = folder.folder->ItemAt(index);
+      std::string key = item->EntryID();
+      if (intake::IsEmailExist(key)) {
+        announce();
+        return Count(intake::IsMessageIgnored(key) ? counts.ignored : counts.alreadyStored, 1);
+      }
+      std::string type = item->TypeName();
+      if (type != kMailItem) {
+        LeaveOut(open, *item, type);
+        if (announced) Found(-1);
+        return;
+      }
+      announce();
+      TakeIn(open, folder, *item);
+    } catch (...) {
+      announce();
+      Count(counts.unreadable, 1);
+      if (++open.logged > kMaxLoggedItems) return;
+      core::WriteLog("Outlook item " + std::to_string(index + 1) + " of " +
+                     folder.place.parentPath + "\\" + folder.place.name + " in " +
+                     open.store->Location() + " skipped: " + core::CurrentError().Description());
+    }
+  }
+
+  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item) {
+    Letter letter = ReadLetter(item);
+    intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
+    const std::string& file = core::State().TempMessageFile;
+    {
+      platform::OutputFile output(file);
+      WriteMime(item, letter, open.budget, [&](std::string_view bytes) { output.Write(bytes); });
+      output.Close();
+    }
+    if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
+      TakeBodiesOfRawText(file, folder.place, message);
+    }
+    core::State().NewMessageFlag = true;
+    if (folder.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
+      intake::dbSaveMeAddress(letter.ownAddress, letter.from.Name, kApplication);
+    }
+    intake::SetLastOutcome(intake::Outcome::kNone);
+    intake::dbSaveMesage(file, message, kApplication, 0, open.store->DisplayName());
+    CountOutcome();
+  }
+
+  // The texts of a signed letter lie in what was signed.
+  static void TakeBodiesOfRawText(const std::string& file, const FolderPlace& place,
+                                  intake::MailMessage& message) {
+    intake::MailMessage parsed;
+    intake::SourceDescriptor source{place.name, place.parentPath, kApplication};
+    if (!intake::ParseMessageFile(file, source, intake::IsFromMe, parsed)) return;
+    message.Body = parsed.Body;
+    message.HTMLBody = parsed.HTMLBody;
+    message.Attachments = parsed.Attachments;
+    message.AttachCount = parsed.AttachCount;
+  }
+
+  void CountOutcome() {
+    core::LoadCounts& counts = core::State().Counts;
+    switch (intake::LastOutcome()) {
+      case intake::Outcome::kStored:
+        ++core::State().OutlookMessages;
+        return Count(counts.stored, 1);
+      case intake::Outcome::kAlreadyStored:
+        return Count(counts.alreadyStored, 1);
+      case intake::Outcome::kRefused:
+        return Count(counts.refused, 1);
+      case intake::Outcome::kIgnored:
+        return Count(counts.ignored, 1);
+      case intake::Outcome::kStopped:
+        return;  // not reached
+      case intake::Outcome::kNone:
+      case intake::Outcome::kUnreadable:
+        return Count(counts.unreadable, 1);
+    }
+  }
+
+  // An item of another kind is no message.
+  static void LeaveOut(OpenStore& open, Item& item, const std::string& type) {
+    if (item.Properties().Text(Prop::kMessageClass).empty()) {
+      throw Error(ErrorNumber::kPathAccess, "it has no message class");
+    }
+    ++open.otherKinds[type];
+  }
+
+  void Found(int64_t messages) {
+    core::State().Counts.found += messages;
+    found_ += messages;
+  }
+  void Count(int64_t& counter, int64_t messages) {
+    counter += messages;
+    accounted_ += messages;
+  }
+
+  void Close() {
+    int64_t missing = found_ - accounted_;
+    core::State().Counts.notReached += missing;
+    for (const OpenStore& open : stores_) {
+      if (open.logged > kMaxLoggedItems) {
+        core::WriteLog("Outlook items skipped without a line of their own = " +
+                       std::to_string(open.logged - kMaxLoggedItems) + "\r\n" +
+                       open.store->Location());
+      }
+      for (const auto& [type, count] : open.otherKinds) {
+        core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " + type +
+                          "\r\n" + open.store->Location());
+      }
+    }
+    platform::RemoveFile(core::State().TempMessageFile);
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
+    if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(total_, total_);
+  }
+
+  bool everyStore_;
+  std::vector<OpenStore> stores_;
+  int64_t found_ = 0;
+  int64_t accounted_ = 0;
+  int64_t visited_ = 0;
+  int64_t total_ = 0;
+};
+
+}  // namespace
+
+bool olInitialize() {
+  olReset();
+  return core::Guarded("olInitialize", false, [] {
+    State().StoreFiles = FindStores(repository::GetProfileFolder());
+    return !State().StoreFiles.empty();
+  });
+}
+
+const std::vector<std::string>& olStoreFiles() {
+  return State().StoreFiles;
+}
+
+void olReset() {
+  State() = OlState();
+}
+
+bool olImportFrom(Namespace& outlook, bool everyStore) {
+  return core::Guarded("olImportOutlook", false, [&] {
+    if (outlook.AsksForAccess()) core::ShowMessage(core::kAccessAdvice);
+    Import import(everyStore);
+    import.Run(outlook);
+    if (!import.FoundMail()) {
+      core::ShowMessage("Microsoft Outlook doesn't content an email.");
+    }
+    return true;
+  });
+}
+
+bool olImportOutlook(bool everyStore) {
+  PstNamespace outlook(State().StoreFiles);
+  return olImportFrom(outlook, everyStore);
+}
+
+}  // namespace tarnwick::outlook

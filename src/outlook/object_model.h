@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Outlook's mail as the import walks it, in the shape of Outlook's own object model: a namespace of
+// stores, a store's tree of folders, a folder's items by number, an item with an entry identifier,
+// a type name and properties. Behind it stands a provider: .pst files (pst_provider.h), a tree in
+// memory in tests, and room for Outlook's automation objects where Outlook runs.
+//
+// Calls that read throw Error when what they read is damaged or gone; the object stays usable.
+// Texts are UTF-8. A folder or item lives only as long as its namespace.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "outlook/mapi.h"
+
+namespace tarnwick::outlook {
+
+class Item {
+ public:
+  virtual ~Item() = default;
+
+  // Known without reading anything of the item; "" for an embedded message.
+  virtual std::string EntryID() = 0;
+  // "MailItem", "ContactItem", ... as TypeNameOf gives it for the message class.
+  virtual std::string TypeName() = 0;
+
+  // Of a MailItem.
+  virtual const PropertySet& Properties() = 0;
+  virtual const std::vector<PropertySet>& Recipients() = 0;
+  virtual const std::vector<PropertySet>& Attachments() = 0;
+  // Hands an attachment's bytes to sink, in order, piece by piece.
+  virtual void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) = 0;
+  // The message that an attachment is.
+  virtual std::unique_ptr<Item> EmbeddedItem(size_t index) = 0;
+};
+
+enum class FolderRole { kOther, kInbox, kSentItems, kOutbox, kDeletedItems };
+
+class Folder {
+ public:
+  virtual ~Folder() = default;
+
+  virtual std::string Name() = 0;
+  virtual std::string EntryID() = 0;
+  // What the store itself says of the folder; folders it says nothing of are known by name only.
+  virtual FolderRole Role() = 0;
+  // Whether the folder is made for mail, as opposed to contacts or appointments; mail may lie in
+  // either.
+  virtual bool IsMailFolder() = 0;
+  virtual std::vector<std::unique_ptr<Folder>> Folders() = 0;
+  virtual int64_t ItemCount() = 0;
+  // REQUIRES: 0 <= index < ItemCount().
+  virtual std::unique_ptr<Item> ItemAt(int64_t index) = 0;
+};
+
+class Store {
+ public:
+  virtual ~Store() = default;
+
+  virtual std::string DisplayName() = 0;
+  // Where the store lies, for the log.
+  virtual std::string Location() = 0;
+  // A password guards the store: its owner wants to be asked for it.
+  virtual bool HasPassword() = 0;
+  // The folder above all that Outlook shows; its own name is not part of any path.
+  virtual std::unique_ptr<Folder> RootFolder() = 0;
+  // How much may be written for this store's messages, in bytes: a multiple of its own size.
+  virtual uint64_t OutputBudget() = 0;
+};
+
+class Namespace {
+ public:
+  virtual ~Namespace() = default;
+
+  // The stores that can be opened; one that can't is logged and left out.
+  virtual std::vector<std::unique_ptr<Store>> Stores() = 0;
+  // Whether Outlook will ask its user to allow the access.
+  virtual bool AsksForAccess() = 0;
+};
+
+// The type name that Outlook's objects bear for a message class such as "IPM.Note.SMIME".
+std::string TypeNameOf(std::string_view messageClass);
+
+}  // namespace tarnwick::outlook

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/pst_client.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "outlook/pst_protocol.h"
+#include "platform/clock.h"
+#include "platform/error.h"
+#include "platform/files.h"
+
+namespace tarnwick::outlook {
+
+namespace {
+
+constexpr size_t kReadPiece = 128 * 1024;
+constexpr size_t kMaxRows = 200'000;
+constexpr uint64_t kMaxAnswer = uint64_t{1} << 30;
+
+Error Damaged(const std::string& what) {
+  return Error(ErrorNumber::kPathAccess, "The Outlook store can't be read here: " + what);
+}
+
+std::vector<uint32_t> TakeNodes(std::string_view payload) {
+  std::vector<uint32_t> nodes;
+  for (size_t i = 0; i + 4 <= payload.size(); i += 4) nodes.push_back(TakeNumber(payload, i));
+  return nodes;
+}
+
+// Puts an answer together from its frames.
+class AnswerReader {
+ public:
+  explicit AnswerReader(RawAnswer& answer) : answer_(answer), row_(&answer.properties) {}
+
+  void Take(char kind, std::string_view payload) {
+    if (kind == frame::kProperty) {
+      BeginProperty(payload);
+    } else if (kind == frame::kContinued) {
+      Append(payload);
+    } else if (kind == frame::kRecipientRow) {
+      BeginRow(answer_.recipients);
+    } else if (kind == frame::kAttachmentRow) {
+      BeginRow(answer_.attachments);
+    } else if (kind == frame::kFolders || kind == frame::kItems) {
+      std::vector<uint32_t> nodes = TakeNodes(payload);
+      auto& list = kind == frame::kFolders ? answer_.folders : answer_.items;
+      list.insert(list.end(), nodes.begin(), nodes.end());
+    } else {
+      throw Damaged("unknown answer");
+    }
+  }
+
+ private:
+  void BeginRow(std::vector<RawRow>& rows) {
+    if (rows.size() >= kMaxRows) throw Damaged("too many rows");
+    row_ = &rows.emplace_back();
+    wanted_ = 0;
+  }
+
+  void BeginProperty(std::string_view payload) {
+    if (payload.size() < kPropertyHeader) throw Damaged("short answer");
+    RawProperty& property = row_->emplace_back();
+    property.number = static_cast<uint16_t>(TakeNumber(payload, 0, 2));
+    property.type = static_cast<uint16_t>(TakeNumber(payload, 2, 2));
+    wanted_ = TakeNumber(payload, 4);
+    Append(payload.substr(kPropertyHeader));
+  }
+
+  void Append(std::string_view bytes) {
+    if (row_->empty() || bytes.size() > wanted_) throw Damaged("overlong answer");
+    row_->back().bytes += bytes;
+    wanted_ -= static_cast<uint32_t>(bytes.size());
+  }
+
+  RawAnswer& answer_;
+  RawRow* row_;
+  uint32_t wanted_ = 0;  // bytes of the last property still to come
+};
+
+}  // namespace
+
+std::string ReaderProgram() {
+  if (const char* given = std::getenv("TARNWICK_PST_READER"); given != nullptr && *given != '\0') {
+    return given;
+  }
+  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-pst-reader";
+}
+
+PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits)
+    : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits) {
+  storeSize_ = platform::FileSize(storePath_);
+}
+
+uint64_t PstClient::AnswerBudget() const {
+  // Values lie in the store as they are; the same block may serve several of them.
+  return std::min<uint64_t>(kMaxAnswer, 4 * storeSize_ + (1 << 20));
+}
+
+// The reader is gone, or no longer to be believed.
+void PstClient::Lose(const std::string& why) {
+  child_.reset();
+  buffer_.clear();
+  position_ = 0;
+  wasted_ += platform::TickMilliseconds() - requestBegan_;
+  ++losses_;
+  givenUp_ = wasted_ > limits_.wastedMilliseconds || losses_ > limits_.restarts;
+  throw Damaged(why);
+}
+
+void PstClient::ReadFully(size_t count, int64_t timeout) {
+  if (position_ > 0) buffer_.erase(0, position_);
+  position_ = 0;
+  while (buffer_.size() < count) {
+    size_t had = buffer_.size();
+    buffer_.resize(had + kReadPiece);
+    size_t got = child_->Read(buffer_.data() + had, kReadPiece, timeout);
+    buffer_.resize(had + got);
+    if (got == 0) Lose("the reader ended or did not answer");
+  }
+}
+
+void PstClient::Request(char kind, const std::vector<uint32_t>& numbers, const FrameSink& sink) {
+  if (givenUp_) throw Damaged("given up");
+  requestBegan_ = platform::TickMilliseconds();
+  int64_t timeout = limits_.requestMilliseconds;
+  if (!child_) {
+    child_ =
+        std::make_unique<platform::ChildProcess>(program_, std::vector<std::string>{storePath_});
+    timeout = limits_.openMilliseconds;
+  }
+  std::string payload;
+  for (uint32_t number : numbers) PutNumber(payload, number);
+  if (!child_->Write(MakeFrame(kind, payload), timeout)) Lose("the reader ended");
+  uint64_t left = AnswerBudget();
+  // A reader that sends on and on does so within its budget; one that stalls, within its time.
+  int64_t deadline = requestBegan_ + limits_.openMilliseconds + limits_.requestMilliseconds;
+  while (true) {
+    size_t available = buffer_.size() - position_;
+    if (available < kFrameHeader) ReadFully(kFrameHeader, timeout);
+    uint32_t length = TakeNumber(buffer_, position_ + 1);
+    if (length > kMaxFrame || length > left) Lose("the answer is too long");
+    left -= length;
+    if (buffer_.size() - position_ < kFrameHeader + length) {
+      ReadFully(kFrameHeader + length, timeout);
+    }
+    char answered = buffer_[position_];
+    std::string_view answer(buffer_.data() + position_ + kFrameHeader, length);
+    position_ += kFrameHeader + length;
+    if (answered == frame::kDone) return;
+    if (answered == frame::kFailed) throw Damaged(std::string(answer));
+    if (platform::TickMilliseconds() > deadline) Lose("the answer takes too long");
+    try {
+      sink(answered, answer);
+    } catch (...) {
+      // What is left of this answer must not be taken for the next one's.
+      child_.reset();
+      buffer_.clear();
+      position_ = 0;
+      givenUp_ = ++losses_ > limits_.restarts;
+      throw;
+    }
+  }
+}
+
+RawAnswer PstClient::Ask(char kind, const std::vector<uint32_t>& numbers) {
+  RawAnswer answer;
+  AnswerReader reader(answer);
+  Request(kind, numbers,
+          [&](char answered, std::string_view payload) { reader.Take(answered, payload); });
+  return answer;
+}
+
+void PstClient::AskBytes(const std::vector<uint32_t>& numbers,
+                         const std::function<void(std::string_view)>& sink) {
+  Request(frame::kAttachment, numbers, [&](char answered, std::string_view payload) {
+    if (answered != frame::kBytes) throw Damaged("unknown answer");
+    sink(payload);
+  });
+}
+
+}  // namespace tarnwick::outlook

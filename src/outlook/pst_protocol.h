@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What the program and tarnwick-pst-reader say to each other. The reader opens the one .pst file of
+// its command line and answers requests, one after the other, about what lies in it. It interprets
+// nothing: values travel as the bytes of the store, with their MAPI property number and type.
+//
+// Both directions are frames: one byte kind, the payload's length as 32 bits, the payload (at most
+// kMaxFrame bytes). Numbers are little-endian.
+//
+// Requests
+//   'S'                               the store: its properties
+//   'F' node                          a folder: its properties, folders and items
+//   'I' folder index node             an item: its message class; when it is mail also its other
+//                                     properties, its recipients and attachments
+//   'A' folder index node path...     the bytes of the attachment that the path leads to: the first
+//                                     number is an attachment of the item, the next one an
+//                                     attachment of the message that is embedded there, and so on
+//   'M' folder index node path...     the message embedded there, as 'I' answers
+// Every number is 32 bits; index is the item's place in its folder, as 'F' listed it.
+//
+// Answers are any number of these, then 'Z', or 'E' with a text when the request failed (what came
+// before it holds as far as it goes):
+//   'P' number(16) type(16) length(32) bytes    a property; bytes beyond the frame follow in
+//   'C' bytes                                   frames of this kind
+//   'R', 'T'                                    a recipient or an attachment begins; the properties
+//                                               behind it are its own
+//   'D' node...                                 folders in this folder
+//   'L' node...                                 items in this folder
+//   'B' bytes                                   a piece of an attachment
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tarnwick::outlook {
+
+namespace frame {
+inline constexpr char kStore = 'S';
+inline constexpr char kFolder = 'F';
+inline constexpr char kItem = 'I';
+inline constexpr char kAttachment = 'A';
+inline constexpr char kEmbedded = 'M';
+
+inline constexpr char kProperty = 'P';
+inline constexpr char kContinued = 'C';
+inline constexpr char kRecipientRow = 'R';
+inline constexpr char kAttachmentRow = 'T';
+inline constexpr char kFolders = 'D';
+inline constexpr char kItems = 'L';
+inline constexpr char kBytes = 'B';
+inline constexpr char kDone = 'Z';
+inline constexpr char kFailed = 'E';
+}  // namespace frame
+
+inline constexpr size_t kFrameHeader = 5;
+inline constexpr size_t kPropertyHeader = 8;
+inline constexpr size_t kMaxFrame = 64 * 1024;
+// Messages embedded in messages; what lies deeper is left out.
+inline constexpr size_t kMaxEmbedding = 16;
+
+inline void PutNumber(std::string& bytes, uint32_t value, int count = 4) {
+  for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFF));
+}
+
+// REQUIRES: offset + count <= bytes.size().
+inline uint32_t TakeNumber(std::string_view bytes, size_t offset, int count = 4) {
+  uint32_t value = 0;
+  for (int i = 0; i < count; ++i) {
+    auto byte = static_cast<unsigned char>(bytes[offset + static_cast<size_t>(i)]);
+    value |= static_cast<uint32_t>(byte) << (8 * i);
+  }
+  return value;
+}
+
+inline std::string MakeFrame(char kind, std::string_view payload) {
+  std::string bytes(1, kind);
+  PutNumber(bytes, static_cast<uint32_t>(payload.size()));
+  return bytes.append(payload);
+}
+
+}  // namespace tarnwick::outlook

@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/pst_provider.h"
+
+#include <algorithm>
+
+#include "core/messages.h"
+#include "core/text.h"
+#include "outlook/mapi_text.h"
+#include "outlook/pst_protocol.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+
+namespace tarnwick::outlook {
+
+namespace {
+
+constexpr size_t kStoreKeySize = 16;
+constexpr size_t kEntryIdSize = 24;
+constexpr int64_t kUnixEpochSeconds = 11'644'473'600;  // from 1601-01-01, where FILETIMEs begin
+constexpr int64_t kTicksPerSecond = 10'000'000;
+constexpr uint64_t kOutputFactor = 8;  // the raw text in base64, and both bodies again
+constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
+
+int64_t Signed(const std::string& bytes) {
+  uint64_t value = 0;
+  size_t count = std::min<size_t>(bytes.size(), 8);
+  for (size_t i = 0; i < count; ++i) {
+    value |= static_cast<uint64_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
+  }
+  if (count == 4) return static_cast<int32_t>(value);
+  return static_cast<int64_t>(value);
+}
+
+int64_t NumberIn(const RawRow& row, Prop property) {
+  for (const RawProperty& raw : row) {
+    if (raw.number == static_cast<uint16_t>(property) &&
+        (raw.type == PropType::kInt32 || raw.type == PropType::kInt16)) {
+      return Signed(raw.bytes);
+    }
+  }
+  return 0;
+}
+
+void SetDecoded(PropertySet& set, const RawProperty& raw, const std::string& charset) {
+  auto property = static_cast<Prop>(raw.number);
+  switch (raw.type) {
+    case PropType::kUnicode:
+      return set.SetText(property, TextFromUtf16(raw.bytes));
+    case PropType::kString8:
+      return set.SetText(property, TextFromBytes(raw.bytes, charset));
+    case PropType::kInt16:
+    case PropType::kInt32:
+    case PropType::kInt64:
+    case PropType::kBoolean:
+      return set.SetNumber(property, Signed(raw.bytes));
+    case PropType::kTime:
+      if (raw.bytes.size() >= 8) {
+        int64_t ticks = Signed(raw.bytes);
+        if (ticks > 0) set.SetTime(property, ticks / kTicksPerSecond - kUnixEpochSeconds);
+      }
+      return;
+    case PropType::kBinary:
+      return set.SetBytes(property, raw.bytes);
+    default:
+      return;
+  }
+}
+
+// A subject begins with a mark and the length of its prefix ("Re: ") where it has one.
+std::string WithoutPrefixMark(const std::string& subject) {
+  return !subject.empty() && subject[0] == '\x01'
+             ? subject.substr(std::min<size_t>(2, subject.size()))
+             : subject;
+}
+
+std::string Hex(std::string_view bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (char c : bytes) {
+    text.push_back(kDigits[static_cast<unsigned char>(c) >> 4]);
+    text.push_back(kDigits[static_cast<unsigned char>(c) & 15]);
+  }
+  return text;
+}
+
+// Part of stored keys, do not change (FNV-1a, 32 bits).
+uint32_t Fnv(std::string_view text) {
+  uint32_t hash = 2166136261u;
+  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+  return hash;
+}
+
+// The node that an entry identifier of the store's own properties names; 0 for none.
+uint32_t NodeOfEntry(const std::string& entry) {
+  return entry.size() == kEntryIdSize ? TakeNumber(entry, kEntryIdSize - 4) : 0;
+}
+
+// What all objects of one store share.
+struct StoreContext {
+  explicit StoreContext(PstClient reader) : client(std::move(reader)) {}
+  PstClient client;
+  std::string key;  // kStoreKeySize bytes
+  PropertySet properties;
+
+  std::string EntryID(uint32_t node) const {
+    std::string bytes(4, '\0');
+    bytes += key;
+    PutNumber(bytes, node);
+    return Hex(bytes);
+  }
+};
+using Context = std::shared_ptr<StoreContext>;
+
+class PstItem : public Item {
+ public:
+  PstItem(Context context, std::vector<uint32_t> place, std::vector<uint32_t> path)
+      : context_(std::move(context)), place_(std::move(place)), path_(std::move(path)) {}
+
+  std::string EntryID() override { return path_.empty() ? context_->EntryID(place_[2]) : ""; }
+  std::string TypeName() override {
+    // Whatever is embedded is shown as a message.
+    if (!path_.empty()) return "MailItem";
+    return TypeNameOf(Read().Text(Prop::kMessageClass));
+  }
+  const PropertySet& Properties() override { return Read(); }
+  const std::vector<PropertySet>& Recipients() override {
+    Read();
+    return recipients_;
+  }
+  const std::vector<PropertySet>& Attachments() override {
+    Read();
+    return attachments_;
+  }
+  void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) override {
+    context_->client.AskBytes(Numbers(Below(index)), sink);
+  }
+  std::unique_ptr<Item> EmbeddedItem(size_t index) override {
+    if (path_.size() >= kMaxEmbedding) {
+      throw Error(ErrorNumber::kSubscript, "Messages are embedded too deep");
+    }
+    return std::make_unique<PstItem>(context_, place_, Below(index));
+  }
+
+ private:
+  std::vector<uint32_t> Below(size_t index) const {
+    std::vector<uint32_t> path = path_;
+    path.push_back(static_cast<uint32_t>(index));
+    return path;
+  }
+  std::vector<uint32_t> Numbers(const std::vector<uint32_t>& path) const {
+    std::vector<uint32_t> numbers = place_;
+    numbers.insert(numbers.end(), path.begin(), path.end());
+    return numbers;
+  }
+
+  const PropertySet& Read() {
+    if (isRead_) return properties_;
+    RawAnswer answer =
+        context_->client.Ask(path_.empty() ? frame::kItem : frame::kEmbedded, Numbers(path_));
+    std::string charset = CharsetOfMessage(answer.properties);
+    properties_ = Decode(answer.properties, charset);
+    for (const RawRow& row : answer.recipients) recipients_.push_back(Decode(row, charset));
+    for (const RawRow& row : answer.attachments) attachments_.push_back(Decode(row, charset));
+    isRead_ = true;
+    return properties_;
+  }
+
+  Context context_;
+  std::vector<uint32_t> place_;  // folder, index, node
+  std::vector<uint32_t> path_;   // attachments down to this message
+  bool isRead_ = false;
+  PropertySet properties_;
+  std::vector<PropertySet> recipients_;
+  std::vector<PropertySet> attachments_;
+};
+
+class PstFolder : public Folder {
+ public:
+  PstFolder(Context context, uint32_t node) : context_(std::move(context)), node_(node) {}
+
+  std::string Name() override { return Read().Text(Prop::kDisplayName); }
+  std::string EntryID() override { return context_->EntryID(node_); }
+  FolderRole Role() override {
+    const PropertySet& store = context_->properties;
+    if (NodeOfEntry(store.Bytes(Prop::kSentMailEntry)) == node_) return FolderRole::kSentItems;
+    if (NodeOfEntry(store.Bytes(Prop::kOutboxEntry)) == node_) return FolderRole::kOutbox;
+    if (NodeOfEntry(store.Bytes(Prop::kDeletedItemsEntry)) == node_) {
+      return FolderRole::kDeletedItems;
+    }
+    return FolderRole::kOther;
+  }
+  bool IsMailFolder() override {
+    std::string kind = platform::AsciiLower(Read().Text(Prop::kContainerClass));
+    return kind.empty() || core::BeginsWith(kind, "ipf.note") || kind == "ipf" ||
+           core::BeginsWith(kind, "ipf.imap");
+  }
+  std::vector<std::unique_ptr<Folder>> Folders() override {
+    Read();
+    std::vector<std::unique_ptr<Folder>> folders;
+    for (uint32_t node : folders_) folders.push_back(std::make_unique<PstFolder>(context_, node));
+    return folders;
+  }
+  int64_t ItemCount() override {
+    Read();
+    return static_cast<int64_t>(items_.size());
+  }
+  std::unique_ptr<Item> ItemAt(int64_t index) override {
+    auto place = static_cast<uint32_t>(index);
+    return std::make_unique<PstItem>(
+        context_, std::vector<uint32_t>{node_, place, items_.at(static_cast<size_t>(index))},
+        std::vector<uint32_t>{});
+  }
+
+ private:
+  const PropertySet& Read() {
+    if (isRead_) return properties_;
+    RawAnswer answer = context_->client.Ask(frame::kFolder, {node_});
+    properties_ = Decode(answer.properties, "");
+    folders_ = std::move(answer.folders);
+    items_ = std::move(answer.items);
+    isRead_ = true;
+    return properties_;
+  }
+
+  Context context_;
+  uint32_t node_;
+  bool isRead_ = false;
+  PropertySet properties_;
+  std::vector<uint32_t> folders_;
+  std::vector<uint32_t> items_;
+};
+
+class PstStore : public Store {
+ public:
+  PstStore(Context context, std::string path, uint32_t rootNode)
+      : context_(std::move(context)), path_(std::move(path)), rootNode_(rootNode) {}
+
+  std::string DisplayName() override { return context_->properties.Text(Prop::kDisplayName); }
+  std::string Location() override { return path_; }
+  bool HasPassword() override { return context_->properties.Number(Prop::kPstPassword) != 0; }
+  std::unique_ptr<Folder> RootFolder() override {
+    uint32_t top = NodeOfEntry(context_->properties.Bytes(Prop::kIpmSubtree));
+    if (top != 0) {
+      auto folder = std::make_unique<PstFolder>(context_, top);
+      try {
+        folder->ItemCount();
+        return folder;
+      } catch (const Error&) {
+        // The store names a top that is gone: the root above it still leads to everything.
+      }
+    }
+    if (rootNode_ == 0) throw Error(ErrorNumber::kPathAccess, "The Outlook store has no folders");
+    return std::make_unique<PstFolder>(context_, rootNode_);
+  }
+  uint64_t OutputBudget() override {
+    return kOutputFactor * context_->client.StoreSize() + kOutputFloor;
+  }
+
+ private:
+  Context context_;
+  std::string path_;
+  uint32_t rootNode_;
+};
+
+}  // namespace
+
+std::string CharsetOfMessage(const RawRow& properties) {
+  int64_t internet = NumberIn(properties, Prop::kInternetCodepage);
+  for (int64_t codepage :
+       {NumberIn(properties, Prop::kMessageCodepage),
+        CodepageOfLocale(NumberIn(properties, Prop::kMessageLocale)), AnsiCodepageOf(internet)}) {
+    std::string charset = CharsetOfCodepage(codepage);
+    if (!charset.empty()) return charset;
+  }
+  return {};
+}
+
+PropertySet Decode(const RawRow& row, const std::string& charset) {
+  PropertySet set;
+  for (const RawProperty& raw : row) SetDecoded(set, raw, charset);
+  const std::string& subject = set.Text(Prop::kSubject);
+  if (!subject.empty()) set.SetText(Prop::kSubject, WithoutPrefixMark(subject));
+  return set;
+}
+
+std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
+  std::vector<std::unique_ptr<Store>> stores;
+  for (const std::string& file : files_) {
+    try {
+      auto context = std::make_shared<StoreContext>(PstClient(file, program_, limits_));
+      RawAnswer answer = context->client.Ask(frame::kStore, {});
+      context->properties = Decode(answer.properties, "");
+      context->key = context->properties.Bytes(Prop::kRecordKey);
+      if (context->key.size() != kStoreKeySize) {
+        // A store that lost its own key is known by where it lies.
+        context->key.clear();
+        for (char part = '0'; part < '4'; ++part) PutNumber(context->key, Fnv(file + part));
+      }
+      uint32_t root = answer.folders.empty() ? 0 : answer.folders[0];
+      stores.push_back(std::make_unique<PstStore>(context, file, root));
+    } catch (const Error& error) {
+      if (error.Number() == ErrorNumber::kFileNotFound) throw;
+      core::WriteLog("Outlook store skipped: " + file + ": " + error.Description());
+    }
+  }
+  return stores;
+}
+
+std::string TypeNameOf(std::string_view messageClass) {
+  struct Known {
+    std::string_view messageClass;
+    const char* typeName;
+  };
+  constexpr Known kKnown[] = {{"ipm.note", "MailItem"},
+                              {"ipm.post", "PostItem"},
+                              {"ipm.contact", "ContactItem"},
+                              {"ipm.distlist", "DistListItem"},
+                              {"ipm.appointment", "AppointmentItem"},
+                              {"ipm.task", "TaskItem"},
+                              {"ipm.taskrequest", "TaskRequestItem"},
+                              {"ipm.stickynote", "NoteItem"},
+                              {"ipm.activity", "JournalItem"},
+                              {"ipm.document", "DocumentItem"},
+                              {"ipm.schedule.meeting", "MeetingItem"},
+                              {"report", "ReportItem"}};
+  std::string lower = platform::AsciiLower(messageClass);
+  for (const Known& known : kKnown) {
+    if (!core::BeginsWith(lower, known.messageClass)) continue;
+    if (lower.size() == known.messageClass.size() || lower[known.messageClass.size()] == '.') {
+      return known.typeName;
+    }
+  }
+  return "Object";
+}
+
+}  // namespace tarnwick::outlook

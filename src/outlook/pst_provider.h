@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The object model over .pst files, for machines without Outlook. Each store has a reader process
+// of its own (pst_client.h) for as long as it is used. Entry identifiers are those that Outlook
+// itself gives the items of such a file: a repository filled from the file and one filled through
+// Outlook know the same messages.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "outlook/object_model.h"
+#include "outlook/pst_client.h"
+
+namespace tarnwick::outlook {
+
+class PstNamespace : public Namespace {
+ public:
+  explicit PstNamespace(std::vector<std::string> files, std::string program = ReaderProgram(),
+                        ReaderLimits limits = {})
+      : files_(std::move(files)), program_(std::move(program)), limits_(limits) {}
+
+  std::vector<std::unique_ptr<Store>> Stores() override;
+  bool AsksForAccess() override { return false; }
+
+ private:
+  std::vector<std::string> files_;
+  std::string program_;
+  ReaderLimits limits_;
+};
+
+// The properties of a raw row, with its texts made UTF-8 by the code page that the row names, or
+// else by charset.
+PropertySet Decode(const RawRow& row, const std::string& charset);
+// The charset of the byte texts of a message and its rows; "" when nothing tells.
+std::string CharsetOfMessage(const RawRow& properties);
+
+}  // namespace tarnwick::outlook

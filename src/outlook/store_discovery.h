@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Where a Windows profile keeps Outlook's stores, and which of them Outlook calls its own.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnwick::outlook {
+
+// The .pst files of a profile folder: those in the usual places of Outlook 97 to 2010 and those
+// that the profile's registry names, each once, in this order. Nothing is opened. A profile that
+// can't be read gives what its folders hold.
+std::vector<std::string> FindStores(const std::string& profileFolder);
+
+// "Personal Folders", or what a later or a translated Outlook calls it.
+bool IsDefaultStoreName(std::string_view displayName);
+
+}  // namespace tarnwick::outlook

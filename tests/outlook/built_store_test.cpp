@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Stores built for the purpose, read by the real reader.
+#include <gmock/gmock.h>
+
+#include <random>
+
+#include "core/run_state.h"
+#include "outlook/import.h"
+#include "outlook/pst_provider.h"
+#include "platform/clock.h"
+#include "repository/repository.h"
+#include "support/program_fixture.h"
+#include "support/pst_builder.h"
+
+namespace tarnwick::outlook {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::PstAttachment;
+using testing::PstBuilder;
+using testing::PstMessage;
+using testing::PstProperties;
+
+uint16_t Tag(Prop property) {
+  return static_cast<uint16_t>(property);
+}
+
+PstMessage Mail(const std::string& subject) {
+  PstMessage mail;
+  mail.properties.texts[Tag(Prop::kMessageClass)] = "IPM.Note";
+  mail.properties.texts[Tag(Prop::kSubject)] = subject;
+  mail.properties.texts[Tag(Prop::kSenderName)] = "Ann";
+  mail.properties.texts[Tag(Prop::kSenderAddress)] = "ann@firm.test";
+  mail.properties.texts[Tag(Prop::kBody)] = "Body of " + subject;
+  mail.properties.times[Tag(Prop::kClientSubmitTime)] = 126'598'072'200'000'000;
+  PstProperties bob;
+  bob.numbers[Tag(Prop::kRecipientType)] = 1;
+  bob.texts[Tag(Prop::kDisplayName)] = "Bob";
+  bob.texts[Tag(Prop::kAddress)] = "bob@x.test";
+  mail.recipients = {bob};
+  return mail;
+}
+
+class BuiltStore : public testing::ProgramFixture {
+ protected:
+  BuiltStore() {
+    core::BeginLoadState();
+    core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+  }
+  ~BuiltStore() override { core::EndLoadState(); }
+
+  core::LoadCounts Load(const std::string& bytes) {
+    ReaderLimits limits;
+    limits.openMilliseconds = 20'000;
+    limits.requestMilliseconds = 10'000;
+    limits.wastedMilliseconds = 20'000;
+    PstNamespace outlook({WriteTemp("built.pst", bytes)}, TARNWICK_BIN "/tarnwick-pst-reader",
+                         limits);
+    core::State().Counts = {};
+    EXPECT_TRUE(olImportFrom(outlook, true));
+    const core::LoadCounts& c = core::State().Counts;
+    EXPECT_EQ(c.found,
+              c.stored + c.alreadyStored + c.refused + c.ignored + c.unreadable + c.notReached);
+    return c;
+  }
+};
+
+TEST_F(BuiltStore, IsTakenWhetherUnicodeOrAnsi) {
+  for (bool isUnicode : {true, false}) {
+    PstBuilder store(isUnicode);
+    uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+    uint32_t deep = store.AddFolder(inbox, "Deep");
+    PstMessage long_ = Mail("long");
+    long_.properties.texts[Tag(Prop::kBody)] = std::string(30'000, 'x') + "end";
+    PstAttachment file;
+    file.properties.texts[Tag(Prop::kAttachLongName)] = "table.xls";
+    file.data = std::string(20'000, 'y') + "END";
+    long_.attachments = {file};
+    store.AddMessage(inbox, Mail(isUnicode ? "wide" : "narrow"));
+    store.AddMessage(deep, long_);
+    // Entry identifiers of the two stores are the same.
+    repository::RepositoryDb().Execute("DELETE * FROM Email");
+    repository::RepositoryDb().Execute("DELETE * FROM FileRepository");
+    EXPECT_EQ(Load(store.Build()).stored, 2) << isUnicode;
+    EXPECT_EQ(Query("SELECT FromToAddress FROM Email WHERE Folder = 'Inbox'").AsText(),
+              "ann@firm.test");
+    EXPECT_THAT(Query("SELECT Body FROM Email WHERE Folder = 'Deep'").AsText(),
+                ::testing::EndsWith("xxend"));
+    EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), "table.xls");
+    EXPECT_EQ(Query("SELECT Address FROM ToRecipient").AsText(), "bob@x.test");
+  }
+}
+
+TEST_F(BuiltStore, OfAnsiTextsReadsThemInTheMessagesCodepage) {
+  PstBuilder store(false);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  PstMessage cyrillic = Mail("\xCF\xF0\xE8\xE2\xE5\xF2");
+  cyrillic.properties.numbers[Tag(Prop::kMessageCodepage)] = 1251;
+  cyrillic.recipients[0].texts[Tag(Prop::kDisplayName)] = "\xC1\xEE\xE1";
+  PstMessage japanese = Mail("\x83\x65\x83\x58\x83\x67");
+  japanese.properties.numbers[Tag(Prop::kMessageLocale)] = 0x0411;
+  japanese.properties.bytes[Tag(Prop::kHtml)] = "<html>\x1B$B%F\x1B(B</html>";
+  japanese.properties.numbers[Tag(Prop::kInternetCodepage)] = 50220;
+  store.AddMessage(inbox, cyrillic);
+  store.AddMessage(inbox, japanese);
+  EXPECT_EQ(Load(store.Build()).stored, 2);
+  EXPECT_EQ(Query("SELECT Count(*) FROM Email WHERE Subject = "
+                  "'\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82'")
+                .AsInt(),
+            1);
+  EXPECT_EQ(Query("SELECT Name FROM ToRecipient ORDER BY ID").AsText(), "\xD0\x91\xD0\xBE\xD0\xB1");
+  EXPECT_EQ(Query("SELECT HTMLBody FROM Email WHERE Subject = "
+                  "'\xE3\x83\x86\xE3\x82\xB9\xE3\x83\x88'")
+                .AsText(),
+            "<html>\xE3\x83\x86</html>");
+}
+
+TEST_F(BuiltStore, SkipsAMessageWithoutPropertiesAndOneThatIsNoMail) {
+  PstBuilder store(true);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  store.AddMessage(inbox, PstMessage{});
+  PstMessage post = Mail("post");
+  post.properties.texts[Tag(Prop::kMessageClass)] = "IPM.Post";
+  store.AddMessage(inbox, post);
+  store.AddMessage(inbox, Mail("mail"));
+  core::LoadCounts counts = Load(store.Build());
+  EXPECT_EQ(counts.found, 2);
+  EXPECT_EQ(counts.stored, 1);
+  EXPECT_EQ(counts.unreadable, 1);
+}
+
+// Any place may be wrong; what is not reached by the damage is still taken.
+TEST_F(BuiltStore, SurvivesDamage) {
+  for (bool isUnicode : {true, false}) {
+    PstBuilder store(isUnicode);
+    uint32_t folder = PstBuilder::kTop;
+    for (int i = 0; i < 30; ++i) {
+      if (i % 5 == 0) folder = store.AddFolder(folder, "Folder");
+      store.AddMessage(folder, Mail("mail " + std::to_string(i)));
+    }
+    std::string sound = store.Build();
+    size_t used = sound.find_first_not_of('\0', 600);
+    std::mt19937 random(20020305);
+    int64_t stored = 0;
+    for (int round = 0; round < 40; ++round) {
+      std::string bytes = sound;
+      if (round % 4 == 0) bytes.resize(used + random() % (bytes.size() - used));
+      for (int i = 0; round % 4 != 0 && i < (round % 2 == 0 ? 3 : 60); ++i) {
+        bytes[used + random() % (bytes.size() - used)] ^= static_cast<char>(1u << random() % 8);
+      }
+      repository::RepositoryDb().Execute("DELETE * FROM Email");
+      int64_t began = platform::TickMilliseconds();
+      stored += Load(bytes).stored;
+      EXPECT_LT(platform::TickMilliseconds() - began, 120'000) << isUnicode << " " << round;
+    }
+    EXPECT_GT(stored, 0);
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::outlook

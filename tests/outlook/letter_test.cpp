@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/letter.h"
+
+#include <gtest/gtest.h>
+
+#include "outlook/message_of_letter.h"
+#include "outlook/pst_provider.h"
+#include "platform/clock.h"
+#include "platform/locale.h"
+#include "support/memory_outlook.h"
+#include "support/scripted_ui.h"
+
+namespace tarnwick::outlook {
+namespace {
+
+using testing::MailNamed;
+using testing::MemoryItem;
+using testing::MemoryOutlook;
+
+constexpr const char* kEntry = "/O=FIRM/OU=SITE/CN=RECIPIENTS/CN=BOB";
+
+Letter LetterOf(MemoryItem& item) {
+  MemoryOutlook::ItemView view(item);
+  return ReadLetter(view);
+}
+
+TEST(ReadLetter, FindsInternetAddressesWhereverTheItemCarriesThem) {
+  struct Row {
+    const char* name;
+    MemoryItem item;
+    const char* address;  // of the one recipient, Bob
+  };
+  auto bob = [](MemoryItem item, std::string smtp = {}) {
+    item.Recipient(RecipientType::kTo, "'Bob B'", "EX", kEntry, std::move(smtp));
+    return item;
+  };
+  MemoryItem sender = bob(MailNamed("1", "s"));
+  sender.Text(Prop::kSenderAddress, "/o=firm/ou=site/cn=recipients/cn=bob");
+  sender.Text(Prop::kSenderSmtpAddress, "bob@sender.test");
+  MemoryItem headers = bob(MailNamed("1", "s"));
+  headers.Text(Prop::kTransportHeaders,
+               "Microsoft Mail Internet Headers Version 2.0\r\n"
+               "To: \"C, D\" <cd@x.test>,\r\n\t=?iso-8859-1?Q?Bob_B?= <bob@header.test>\r\n");
+  Row rows[] = {{"beside the entry", bob(MailNamed("1", "s"), "bob@row.test"), "bob@row.test"},
+                {"of the sender, who is the same", std::move(sender), "bob@sender.test"},
+                {"in the headers, by name", std::move(headers), "bob@header.test"},
+                {"nowhere", bob(MailNamed("1", "s")), kEntry}};
+  for (Row& row : rows) {
+    Letter letter = LetterOf(row.item);
+    ASSERT_EQ(letter.recipients.size(), 1u) << row.name;
+    EXPECT_EQ(letter.recipients[0].pair.Address, row.address) << row.name;
+    EXPECT_EQ(letter.recipients[0].pair.Name, "Bob B") << row.name;
+  }
+}
+
+TEST(ReadLetter, NamesTheOneWhomTheSenderRepresents) {
+  MemoryItem item = MailNamed("1", "s");
+  item.Text(Prop::kSentRepresentingName, "Boss")
+      .Text(Prop::kSentRepresentingAddress, "boss@firm.test");
+  Letter letter = LetterOf(item);
+  EXPECT_EQ(letter.from.Address, "boss@firm.test");
+  EXPECT_EQ(letter.ownAddress, "ann@firm.test");
+  MemoryItem nobody;
+  EXPECT_EQ(LetterOf(nobody).from, (intake::AddressPair{"no name", "no address"}));
+}
+
+TEST(ReadLetter, TakesTheBodyFromWhereverItIs) {
+  std::string html = "<html>\xCF\xF0</html>";
+  std::string rtf(4, '\0');
+  std::string raw = "{\\rtf1\\fromhtml1{\\*\\htmltag1 <b>}x}";
+  std::string packed = "0000" + std::string{static_cast<char>(raw.size()), 0, 0, 0} + "MELA0000";
+  packed += raw;
+  MemoryItem item = MailNamed("1", "s");
+  item.properties.SetBytes(Prop::kRtfCompressed, packed);
+  EXPECT_EQ(LetterOf(item).htmlBody, "<b>x");
+  item.properties.SetBytes(Prop::kHtml, html);
+  item.Number(Prop::kInternetCodepage, 1251);
+  EXPECT_EQ(LetterOf(item).htmlBody, "<html>\xD0\x9F\xD1\x80</html>");
+  EXPECT_EQ(LetterOf(item).charset, "windows-1251");
+}
+
+TEST(HtmlFromBytes, HonoursMarkCodepageAndDeclaration) {
+  std::string declared = "<meta content='text/html; charset=koi8-r'>\xF0";
+  EXPECT_EQ(HtmlFromBytes(declared, 0), declared.substr(0, declared.size() - 1) + "\xD0\x9F");
+  EXPECT_EQ(HtmlFromBytes("\xEF\xBB\xBF\xD0\x9F", 1252), "\xD0\x9F");
+  EXPECT_EQ(HtmlFromBytes(std::string_view("\xFF\xFE\x1F\x04", 4), 1252), "\xD0\x9F");
+}
+
+TEST(DecodeProperties, ReadsByteTextsInTheMessagesCodepage) {
+  struct Row {
+    const char* name;
+    Prop property;
+    uint32_t number;
+    std::string bytes;
+    std::string text;
+  };
+  const Row kRows[] = {
+      {"Cyrillic by code page", Prop::kMessageCodepage, 1251, "\xCF\xF0", "\xD0\x9F\xD1\x80"},
+      {"Japanese by code page", Prop::kMessageCodepage, 932, "\x83\x65", "\xE3\x83\x86"},
+      {"Cyrillic by language", Prop::kMessageLocale, 0x0419, "\xCF", "\xD0\x9F"},
+      {"Cyrillic by the letter's charset", Prop::kInternetCodepage, 20866, "\xCF", "\xD0\x9F"},
+      {"UTF-16 is no code page of bytes", Prop::kMessageCodepage, 1200, "abc", "abc"}};
+  for (const Row& row : kRows) {
+    std::string number;
+    for (int i = 0; i < 4; ++i) number.push_back(static_cast<char>(row.number >> (8 * i)));
+    RawRow raw = {{static_cast<uint16_t>(row.property), PropType::kInt32, number},
+                  {static_cast<uint16_t>(Prop::kSubject), PropType::kString8, row.bytes}};
+    PropertySet set = Decode(raw, CharsetOfMessage(raw));
+    EXPECT_EQ(set.Text(Prop::kSubject), row.text) << row.name;
+  }
+}
+
+TEST(DecodeProperties, TakesOddValues) {
+  auto number = static_cast<uint16_t>(Prop::kSubject);
+  auto decode = [&](uint16_t type, const std::string& bytes) {
+    return Decode({{number, type, bytes}}, "").Text(Prop::kSubject);
+  };
+  EXPECT_EQ(decode(PropType::kUnicode, std::string("\x01\0\x05\0R\0e\0", 8)), "Re");
+  EXPECT_EQ(decode(PropType::kUnicode, std::string("a\0\0\0b\0c", 7)), "ab");
+  EXPECT_EQ(decode(PropType::kString8, "\x01"), "");
+  EXPECT_EQ(decode(PropType::kInt32, "\x01"), "");
+  auto time = static_cast<uint16_t>(Prop::kDeliveryTime);
+  EXPECT_FALSE(Decode({{time, PropType::kTime, "short"}}, "").Time(Prop::kDeliveryTime));
+  EXPECT_FALSE(
+      Decode({{time, PropType::kTime, std::string(8, '\xFF')}}, "").Time(Prop::kDeliveryTime));
+}
+
+bool IsAnn(const std::string& address) {
+  return address == "ann@firm.test";
+}
+
+class MessageOfLetter : public ::testing::Test {
+ protected:
+  MessageOfLetter() {
+    platform::ClockOverride clock;
+    clock.now = DateTime::FromDate(2002, 6, 1);
+    platform::SetClockOverride(clock);
+  }
+  ~MessageOfLetter() override { platform::SetClockOverride({}); }
+  intake::MailMessage Message(MemoryItem& item, const FolderPlace& place = {}) {
+    MemoryOutlook::ItemView view(item);
+    return MessageOf(ReadLetter(view), view, place, &IsAnn);
+  }
+  testing::ScriptedUi ui_;
+};
+
+TEST_F(MessageOfLetter, FallsBackToTheTimesThereAre) {
+  constexpr int64_t kSubmit = 1015333620;
+  MemoryItem item = MailNamed("1", "s");
+  EXPECT_EQ(Message(item).SentTime, platform::LocalFromUnix(kSubmit));
+  EXPECT_EQ(Message(item).ReceivedTime, platform::LocalFromUnix(kSubmit + 60));
+  item.properties.SetTime(Prop::kDeliveryTime, kSubmit + 400 * 86400);
+  EXPECT_EQ(Message(item).ReceivedTime, platform::LocalFromUnix(kSubmit)) << "not yet possible";
+  item.properties.SetTime(Prop::kDeliveryTime, kSubmit + 5);
+  item.properties.SetTime(Prop::kClientSubmitTime, 79'870'000'000);
+  EXPECT_EQ(Message(item).SentTime, platform::LocalFromUnix(kSubmit + 5)) << "the time for none";
+  MemoryItem empty;
+  EXPECT_EQ(Message(empty).SentTime, DateTime::FromDate(1990, 1, 1));
+  EXPECT_EQ(Message(empty).ReceivedTime, DateTime::FromDate(1990, 1, 1));
+}
+
+TEST_F(MessageOfLetter, DecidesTheDirectionByFolderThenDraftThenSender) {
+  MemoryItem mine = MailNamed("1", "s").Recipient(RecipientType::kTo, "Bob", "SMTP", "b@x.test");
+  MemoryItem hers = MailNamed("1", "s").Text(Prop::kSenderAddress, "eve@else.test");
+  MemoryItem draft = hers;
+  draft.Number(Prop::kMessageFlags, MessageFlag::kUnsent);
+  FolderPlace sent{"Sent Items", "\\\\P", true, false};
+  FolderPlace inbox{"Inbox", "\\\\P", false, true};
+  EXPECT_EQ(Message(hers, sent).Direction, "Out");
+  EXPECT_EQ(Message(mine, inbox).Direction, "In");
+  EXPECT_EQ(Message(mine).Direction, "Out");
+  EXPECT_EQ(Message(mine).FromToAddress, "b@x.test");
+  EXPECT_EQ(Message(hers).Direction, "In");
+  EXPECT_EQ(Message(hers).FromToAddress, "eve@else.test");
+  EXPECT_EQ(Message(draft).Direction, "Out");
+}
+
+}  // namespace
+}  // namespace tarnwick::outlook

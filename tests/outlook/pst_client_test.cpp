@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/pst_client.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+#include "outlook/pst_protocol.h"
+#include "platform/clock.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "support/real_data.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::outlook {
+namespace {
+
+const std::string kReader = TARNWICK_BIN "/tarnwick-pst-reader";
+
+class PstClientTest : public ::testing::Test {
+ protected:
+  // A reader that is a shell script, which finds the channel on its standard input.
+  PstClient Scripted(const std::string& script, ReaderLimits limits) {
+    platform::WriteFile(folder_.File("script"), script);
+    return PstClient(folder_.File("script"), "/bin/sh", limits);
+  }
+  testing::TempFolder folder_;
+};
+
+TEST_F(PstClientTest, OutlivesReadersThatMisbehave) {
+  struct Row {
+    const char* name;
+    const char* script;
+  };
+  const Row kRows[] = {{"ends at once", "exit 1"},
+                       {"hangs", "sleep 60"},
+                       {"sends an overlong frame", "printf 'P\\377\\377\\377\\177' >&0; sleep 60"},
+                       {"sends half a frame", "printf 'P\\10' >&0; sleep 60"},
+                       {"sends a property cut short", "printf 'P\\2\\0\\0\\0ab' >&0; sleep 60"},
+                       {"continues no property", "printf 'C\\2\\0\\0\\0ab' >&0; sleep 60"},
+                       {"sends an unknown frame", "printf '?\\0\\0\\0\\0' >&0; sleep 60"},
+                       {"sends rows without end", "yes 'R' | tr '\\n' '\\0' >&0"}};
+  ReaderLimits limits;
+  limits.openMilliseconds = 300;
+  limits.requestMilliseconds = 300;
+  limits.restarts = 1;
+  for (const Row& row : kRows) {
+    PstClient client = Scripted(row.script, limits);
+    int64_t began = platform::TickMilliseconds();
+    EXPECT_THROW(client.Ask(frame::kStore, {}), Error) << row.name;
+    EXPECT_THROW(client.Ask(frame::kStore, {}), Error) << row.name;
+    EXPECT_TRUE(client.GivenUp()) << row.name;
+    EXPECT_THROW(client.Ask(frame::kStore, {}), Error) << row.name;
+    EXPECT_LT(platform::TickMilliseconds() - began, 20'000) << row.name;
+  }
+}
+
+TEST_F(PstClientTest, GoesOnBehindTheRequestThatKilledTheReader) {
+  std::string store = testing::RealData("pst/sample1.pst");
+  if (store.empty()) GTEST_SKIP();
+  PstClient client(store, kReader);
+  EXPECT_FALSE(client.Ask(frame::kStore, {}).properties.empty());
+  kill(static_cast<pid_t>(client.ProcessId()), SIGKILL);
+  EXPECT_THROW(client.Ask(frame::kStore, {}), Error);
+  EXPECT_FALSE(client.Ask(frame::kStore, {}).properties.empty());
+  EXPECT_FALSE(client.GivenUp());
+}
+
+TEST_F(PstClientTest, AnswersOddRequestsWithAnError) {
+  std::string store = testing::RealData("pst/sample1.pst");
+  if (store.empty()) GTEST_SKIP();
+  PstClient client(store, kReader);
+  int64_t id = 0;
+  for (auto [kind, numbers] : std::vector<std::pair<char, std::vector<uint32_t>>>{
+           {'?', {}},
+           {frame::kFolder, {}},
+           {frame::kFolder, {0xFFFFFFFF}},
+           {frame::kItem, {1, 2}},
+           {frame::kItem, {0x8022, 0xFFFFFFFF, 0xFFFFFFFF}},
+           {frame::kEmbedded, {0x8082, 0, 0x200024, 0xFFFFFFFF}},
+           {frame::kEmbedded, std::vector<uint32_t>(100, 0)}}) {
+    EXPECT_THROW(client.Ask(kind, numbers), Error) << kind << numbers.size();
+    if (id == 0) id = client.ProcessId();
+    EXPECT_EQ(client.ProcessId(), id) << "the same reader lives on";
+  }
+}
+
+TEST_F(PstClientTest, TellsWhatIsNoStore) {
+  platform::WriteFile(folder_.File("a.pst"), "this is no store");
+  PstClient foreign(folder_.File("a.pst"), kReader);
+  EXPECT_THROW(foreign.Ask(frame::kStore, {}), Error);
+  EXPECT_THROW(PstClient(folder_.File("none.pst"), kReader), Error);
+  PstClient noReader(folder_.File("a.pst"), folder_.File("no-reader"));
+  EXPECT_THROW(noReader.Ask(frame::kStore, {}), Error);
+}
+
+}  // namespace
+}  // namespace tarnwick::outlook

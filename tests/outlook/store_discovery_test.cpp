@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/store_discovery.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/files.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::outlook {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class StoreDiscovery : public ::testing::Test {
+ protected:
+  std::string Put(const std::string& relative, const std::string& bytes = "x") {
+    std::string path = folder_.File(relative);
+    platform::MakeFolder(platform::FolderOf(path));
+    platform::WriteFile(path, bytes);
+    return path;
+  }
+  testing::TempFolder folder_;
+};
+
+TEST_F(StoreDiscovery, LooksInTheUsualPlacesWithoutRegardToCase) {
+  std::string xp = Put("Local Settings/application data/MICROSOFT/Outlook/Outlook.PST");
+  std::string seven = Put("Documents/Outlook Files/me@firm.test.pst");
+  std::string copied = Put("old mail.pst");
+  Put("Documents/letter.doc");
+  Put("Desktop/elsewhere.pst");
+  EXPECT_THAT(FindStores(folder_.Path()), ElementsAre(copied, xp, seven));
+}
+
+TEST_F(StoreDiscovery, FollowsTheRegistry) {
+  // C:\Mail\work.pst, as a service of a mail profile names it: UTF-16 bytes.
+  std::string path = "C:\\Mail\\work.pst";
+  std::string hex;
+  constexpr char kDigits[] = "0123456789abcdef";
+  for (char c : path + '\0') {
+    hex += hex.empty() ? "" : ",";
+    hex += {kDigits[c >> 4], kDigits[c & 15]};
+    hex += ",00";
+  }
+  Put("user.reg",
+      "WINE REGISTRY Version 2\n\n[Software\\\\Microsoft\\\\Windows "
+      "NT\\\\CurrentVersion\\\\Windows "
+      "Messaging Subsystem\\\\Profiles\\\\Outlook\\\\0a0d02]\n\"001f6700\"=hex:" +
+          hex + "\n\"001e6700\"=\"C:\\\\Mail\\\\none.doc\"\n");
+  std::string named = Put("drive_c/Mail/work.pst");
+  EXPECT_THAT(FindStores(folder_.Path()), ElementsAre(named));
+}
+
+TEST_F(StoreDiscovery, GivesNothingWhereNothingIs) {
+  EXPECT_THAT(FindStores(""), IsEmpty());
+  EXPECT_THAT(FindStores(folder_.File("missing")), IsEmpty());
+  EXPECT_THAT(FindStores(folder_.Path()), IsEmpty());
+}
+
+TEST(DefaultStoreName, KnowsItInOtherOutlooks) {
+  EXPECT_TRUE(IsDefaultStoreName("Personal Folders"));
+  EXPECT_TRUE(IsDefaultStoreName("outlook data file"));
+  EXPECT_TRUE(
+      IsDefaultStoreName("\xD0\x9B\xD0\x98\xD0\xA7\xD0\x9D\xD0\xAB\xD0\x95 "
+                         "\xD0\x9F\xD0\x90\xD0\x9F\xD0\x9A\xD0\x98"));
+  EXPECT_FALSE(IsDefaultStoreName("Archive Folders"));
+  EXPECT_FALSE(IsDefaultStoreName(""));
+}
+
+}  // namespace
+}  // namespace tarnwick::outlook

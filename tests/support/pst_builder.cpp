@@ -1,0 +1,511 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "support/pst_builder.h"
+
+#include <algorithm>
+#include <array>
+
+#include "support/hive_builder.h"
+
+namespace tarnwick::testing {
+
+namespace {
+
+constexpr uint32_t kStoreNode = 0x21;
+constexpr uint32_t kNamesNode = 0x61;
+constexpr uint32_t kRootNode = 0x122;
+constexpr uint32_t kRecipientsNode = 0x692;
+constexpr uint32_t kAttachmentsNode = 0x671;
+constexpr uint32_t kFirstAttachmentNode = 0x8025;
+constexpr uint32_t kFirstValueNode = 0x1007F;  // of the kind for values too large for the heap
+constexpr size_t kPageSize = 512;
+constexpr size_t kFirstOffset = 0x4400;
+constexpr size_t kInHeap = 200;  // longer values get a node of their own
+constexpr const char* kStoreKey = "tarnwick-testkey";
+
+constexpr uint16_t kInt32 = 0x0003;
+constexpr uint16_t kString8 = 0x001E;
+constexpr uint16_t kUnicode = 0x001F;
+constexpr uint16_t kTime = 0x0040;
+constexpr uint16_t kBinary = 0x0102;
+
+uint32_t Crc(const std::string& bytes) {
+  uint32_t crc = 0;
+  for (char c : bytes) {
+    crc ^= static_cast<unsigned char>(c);
+    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320u : 0u);
+  }
+  return crc;
+}
+
+uint64_t Signature(uint64_t offset, uint64_t id) {
+  auto value = static_cast<uint32_t>(offset ^ id);
+  return (value >> 16) ^ (value & 0xFFFF);
+}
+
+void PutNumber(std::string& text, uint64_t value, size_t count) {
+  for (size_t i = 0; i < count; ++i) text.push_back(static_cast<char>(value >> (8 * i) & 0xFF));
+}
+
+// A heap of one block ([MS-PST] 2.3.1): values by number, then where each begins.
+class Heap {
+ public:
+  explicit Heap(uint8_t client) : client_(client) {}
+  uint32_t Add(std::string value) {
+    values_.push_back(std::move(value));
+    return static_cast<uint32_t>(values_.size() << 5);
+  }
+  std::string Build(uint32_t root) const {
+    std::string body;
+    std::string places;
+    constexpr size_t kHeader = 12;
+    for (const std::string& value : values_) {
+      PutNumber(places, kHeader + body.size(), 2);
+      body += value;
+    }
+    PutNumber(places, kHeader + body.size(), 2);
+    if (body.size() % 2 != 0) body.push_back('\0');
+    std::string block;
+    PutNumber(block, kHeader + body.size(), 2);
+    PutNumber(block, 0xEC, 1);
+    PutNumber(block, client_, 1);
+    PutNumber(block, root, 4);
+    PutNumber(block, 0, 4);
+    block += body;
+    PutNumber(block, values_.size(), 2);
+    PutNumber(block, 0, 2);
+    return block + places;
+  }
+
+ private:
+  uint8_t client_;
+  std::vector<std::string> values_;
+};
+
+// The head of a tree of records inside a heap; one level.
+uint32_t AddRecords(Heap& heap, size_t keySize, size_t entrySize, const std::string& records) {
+  uint32_t first = records.empty() ? 0 : heap.Add(records);
+  std::string head;
+  PutNumber(head, 0xB5, 1);
+  PutNumber(head, keySize, 1);
+  PutNumber(head, entrySize, 1);
+  PutNumber(head, 0, 1);
+  PutNumber(head, first, 4);
+  return heap.Add(head);
+}
+
+}  // namespace
+
+PstBuilder::PstBuilder(bool isUnicode, std::string displayName) : isUnicode_(isUnicode) {
+  file_.assign(kFirstOffset, '\0');
+  store_.bytes[0x0FF9] = kStoreKey;
+  store_.texts[0x3001] = std::move(displayName);
+  std::string top(4, '\0');
+  top += kStoreKey;
+  PutNumber(top, kTop, 4);
+  store_.bytes[0x35E0] = top;
+  store_.numbers[0x67FF] = 0;
+  folders_[kRootNode].parent = kRootNode;
+  folders_[kRootNode].folders = {kTop};
+  folders_[kTop].parent = kRootNode;
+  folders_[kTop].properties.texts[0x3001] = "Top of Personal Folders";
+}
+
+uint32_t PstBuilder::AddFolder(uint32_t parent, const std::string& name) {
+  uint32_t node = nextFolder_;
+  nextFolder_ += 0x20;
+  folders_[parent].folders.push_back(node);
+  folders_[node].parent = parent;
+  folders_[node].properties.texts[0x3001] = name;
+  folders_[node].properties.texts[0x3613] = "IPF.Note";
+  return node;
+}
+
+void PstBuilder::SetStoreNumber(uint16_t property, int32_t number) {
+  store_.numbers[property] = number;
+}
+
+std::string PstBuilder::Stored(const std::string& text) const {
+  return isUnicode_ ? ToUtf16(text) : text;
+}
+
+uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
+  uint64_t id = nextBlock_ | (isInternal ? 2 : 0);
+  nextBlock_ += 4;
+  size_t trailer = isUnicode_ ? 16 : 12;
+  size_t offset = file_.size();
+  size_t whole = (data.size() + trailer + 63) / 64 * 64;
+  file_ += data;
+  file_.append(whole - trailer - data.size(), '\0');
+  PutNumber(file_, data.size(), 2);
+  PutNumber(file_, Signature(offset, id), 2);
+  if (isUnicode_) {
+    PutNumber(file_, Crc(data), 4);
+    PutNumber(file_, id, 8);
+  } else {
+    PutNumber(file_, id, 4);
+    PutNumber(file_, Crc(data), 4);
+  }
+  blocks_[id] = {id, offset, static_cast<uint16_t>(data.size())};
+  return id;
+}
+
+uint64_t PstBuilder::WriteTree(const std::vector<uint64_t>& blocks, size_t total) {
+  if (blocks.size() == 1) return blocks[0];
+  std::string tree;
+  PutNumber(tree, 1, 1);
+  PutNumber(tree, 1, 1);
+  PutNumber(tree, blocks.size(), 2);
+  PutNumber(tree, total, 4);
+  for (uint64_t block : blocks) PutNumber(tree, block, IdSize());
+  return WriteBlock(tree, true);
+}
+
+uint64_t PstBuilder::WriteData(const std::string& data) {
+  std::vector<uint64_t> blocks;
+  for (size_t i = 0; i == 0 || i < data.size(); i += MaxBlock()) {
+    blocks.push_back(WriteBlock(data.substr(i, MaxBlock()), false));
+  }
+  return WriteTree(blocks, data.size());
+}
+
+uint64_t PstBuilder::WriteRows(const std::vector<std::string>& rows) {
+  std::vector<uint64_t> blocks;
+  std::string data;
+  size_t total = 0;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    data += rows[i];
+    bool isLast = i + 1 == rows.size();
+    if (!isLast && data.size() + rows[i].size() <= MaxBlock()) continue;
+    if (!isLast) data.resize(MaxBlock());
+    total += data.size();
+    blocks.push_back(WriteBlock(data, false));
+    data.clear();
+  }
+  return WriteTree(blocks, total);
+}
+
+uint64_t PstBuilder::WriteSubNodes(const SubNodes& nodes) {
+  if (nodes.empty()) return 0;
+  std::string list;
+  PutNumber(list, 2, 1);
+  PutNumber(list, 0, 1);
+  PutNumber(list, nodes.size(), 2);
+  if (isUnicode_) PutNumber(list, 0, 4);
+  for (const auto& [node, sub] : nodes) {
+    PutNumber(list, node, IdSize());
+    PutNumber(list, sub.data, IdSize());
+    PutNumber(list, sub.sub, IdSize());
+  }
+  return WriteBlock(list, true);
+}
+
+// A property context: records of number, type and either the value or where it lies.
+uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub) {
+  Heap heap(0xBC);
+  std::map<uint16_t, std::string> records;
+  auto place = [&](const std::string& value) -> uint32_t {
+    if (value.empty()) return 0;
+    if (value.size() <= kInHeap) return heap.Add(value);
+    auto node = static_cast<uint32_t>(kFirstValueNode + 0x20 * sub.size());
+    sub[node] = {WriteData(value), 0};
+    return node;
+  };
+  auto record = [&](uint16_t number, uint16_t type, uint32_t value) {
+    std::string& text = records[number];
+    PutNumber(text, number, 2);
+    PutNumber(text, type, 2);
+    PutNumber(text, value, 4);
+  };
+  for (const auto& [number, text] : properties.texts) {
+    record(number, isUnicode_ ? kUnicode : kString8, place(Stored(text)));
+  }
+  for (const auto& [number, bytes] : properties.bytes) record(number, kBinary, place(bytes));
+  for (const auto& [number, value] : properties.numbers) {
+    record(number, kInt32, static_cast<uint32_t>(value));
+  }
+  for (const auto& [number, ticks] : properties.times) {
+    std::string value;
+    PutNumber(value, static_cast<uint64_t>(ticks), 8);
+    record(number, kTime, heap.Add(value));
+  }
+  std::string all;
+  for (const auto& [number, text] : records) all += text;
+  uint32_t root = AddRecords(heap, 2, 6, all);
+  return WriteBlock(heap.Build(root), false);
+}
+
+// A table context whose columns are those of all rows; its rows lie in a node of their own where
+// they are many.
+uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
+  struct Column {
+    uint16_t number;
+    uint16_t type;
+    size_t place = 0;
+  };
+  std::vector<Column> columns = {{0x67F2, kInt32}, {0x67F3, kInt32}};
+  auto add = [&](uint16_t number, uint16_t type) {
+    bool isKnown = std::any_of(columns.begin(), columns.end(),
+                               [&](const Column& column) { return column.number == number; });
+    if (!isKnown) columns.push_back({number, type});
+  };
+  for (const Row& row : rows) {
+    for (const auto& [number, value] : row.values.texts) {
+      add(number, isUnicode_ ? kUnicode : kString8);
+    }
+    for (const auto& [number, value] : row.values.numbers) add(number, kInt32);
+  }
+  for (size_t i = 0; i < columns.size(); ++i) columns[i].place = 4 * i;
+  size_t fixed = 4 * columns.size();
+  size_t rowSize = fixed + (columns.size() + 7) / 8;
+
+  Heap heap(0x7C);
+  std::string index;
+  std::vector<std::string> lines;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    PutNumber(index, rows[i].id, 4);
+    PutNumber(index, i, isUnicode_ ? 4 : 2);
+    std::string line;
+    std::string present((columns.size() + 7) / 8, '\0');
+    for (size_t c = 0; c < columns.size(); ++c) {
+      uint32_t value = 0;
+      bool has = true;
+      auto text = rows[i].values.texts.find(columns[c].number);
+      auto number = rows[i].values.numbers.find(columns[c].number);
+      if (c == 0) {
+        value = rows[i].id;
+      } else if (text != rows[i].values.texts.end()) {
+        value = text->second.empty() ? 0 : heap.Add(Stored(text->second));
+      } else if (number != rows[i].values.numbers.end()) {
+        value = static_cast<uint32_t>(number->second);
+      } else {
+        has = c == 1;
+      }
+      PutNumber(line, value, 4);
+      if (has) present[c / 8] = static_cast<char>(present[c / 8] | 0x80 >> (c % 8));
+    }
+    lines.push_back(line + present);
+  }
+  uint32_t rowIndex = AddRecords(heap, 4, isUnicode_ ? 4 : 2, index);
+  uint32_t rowsPlace = 0;
+  if (!lines.empty()) {
+    auto node = static_cast<uint32_t>(kFirstValueNode + 0x20 * sub.size());
+    sub[node] = {WriteRows(lines), 0};
+    rowsPlace = node;
+  }
+  std::sort(columns.begin(), columns.end(), [](const Column& a, const Column& b) {
+    return std::pair(a.number, a.type) < std::pair(b.number, b.type);
+  });
+  std::string info;
+  PutNumber(info, 0x7C, 1);
+  PutNumber(info, columns.size(), 1);
+  for (size_t end : {fixed, fixed, fixed, rowSize}) PutNumber(info, end, 2);
+  PutNumber(info, rowIndex, 4);
+  PutNumber(info, rowsPlace, 4);
+  PutNumber(info, 0, 4);
+  for (const Column& column : columns) {
+    PutNumber(info, column.type, 2);
+    PutNumber(info, column.number, 2);
+    PutNumber(info, column.place, 2);
+    PutNumber(info, 4, 1);
+    PutNumber(info, column.place / 4, 1);
+  }
+  uint32_t root = heap.Add(info);
+  return WriteBlock(heap.Build(root), false);
+}
+
+uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
+  uint32_t node = nextMessage_;
+  nextMessage_ += 0x20;
+  SubNodes sub;
+  std::vector<Row> recipients;
+  for (size_t i = 0; i < message.recipients.size(); ++i) {
+    recipients.push_back({static_cast<uint32_t>(i), message.recipients[i]});
+  }
+  SubNodes tableSub;
+  uint64_t table = WriteTable(recipients, tableSub);
+  sub[kRecipientsNode] = {table, WriteSubNodes(tableSub)};
+  std::vector<Row> attachments;
+  for (size_t i = 0; i < message.attachments.size(); ++i) {
+    auto attachmentNode = static_cast<uint32_t>(kFirstAttachmentNode + 0x20 * i);
+    Row row{attachmentNode, {}};
+    row.values.numbers[0x3705] = 1;
+    attachments.push_back(row);
+    PstProperties properties = message.attachments[i].properties;
+    properties.bytes[0x3701] = message.attachments[i].data;
+    properties.numbers[0x3705] = 1;
+    properties.numbers[0x0E20] = static_cast<int32_t>(message.attachments[i].data.size());
+    SubNodes attachmentSub;
+    uint64_t context = WriteContext(properties, attachmentSub);
+    sub[attachmentNode] = {context, WriteSubNodes(attachmentSub)};
+  }
+  if (!attachments.empty()) {
+    SubNodes rowsSub;
+    uint64_t attachmentTable = WriteTable(attachments, rowsSub);
+    sub[kAttachmentsNode] = {attachmentTable, WriteSubNodes(rowsSub)};
+  }
+  uint64_t context = WriteContext(message.properties, sub);
+  nodes_[node] = {context, WriteSubNodes(sub), folder};
+  folders_[folder].messages.push_back(node);
+  return node;
+}
+
+void PstBuilder::WriteFolder(uint32_t node, const FolderContent& folder) {
+  PstProperties properties = folder.properties;
+  properties.numbers[0x3602] = static_cast<int32_t>(folder.messages.size());
+  properties.numbers[0x3603] = 0;
+  SubNodes sub;
+  uint64_t context = WriteContext(properties, sub);
+  nodes_[node] = {context, WriteSubNodes(sub), folder.parent};
+  std::vector<Row> folders;
+  for (uint32_t below : folder.folders) folders.push_back({below, {}});
+  std::vector<Row> messages;
+  for (uint32_t message : folder.messages) messages.push_back({message, {}});
+  // Folders in it, its messages, and messages of the folder's own.
+  constexpr std::array<uint32_t, 3> kTables = {0x0B, 0x0C, 0x0D};
+  const std::array<std::vector<Row>, 3> kRows = {folders, messages, {}};
+  for (size_t i = 0; i < kTables.size(); ++i) {
+    SubNodes tableSub;
+    uint64_t table = WriteTable(kRows[i], tableSub);
+    nodes_[node + kTables[i]] = {table, WriteSubNodes(tableSub), 0};
+  }
+}
+
+uint64_t PstBuilder::WritePage(uint8_t type, const std::string& entries, size_t entrySize,
+                               uint8_t level) {
+  file_.resize((file_.size() + kPageSize - 1) / kPageSize * kPageSize, '\0');
+  uint64_t offset = file_.size();
+  uint64_t id = nextPage_;
+  nextPage_ += 1;
+  size_t room = isUnicode_ ? 488 : 496;
+  std::string page = entries;
+  page.resize(room, '\0');
+  PutNumber(page, entries.size() / entrySize, 1);
+  PutNumber(page, room / entrySize, 1);
+  PutNumber(page, entrySize, 1);
+  PutNumber(page, level, 1);
+  if (isUnicode_) PutNumber(page, 0, 4);
+  std::string trailer;
+  PutNumber(trailer, type, 1);
+  PutNumber(trailer, type, 1);
+  PutNumber(trailer, Signature(offset, id), 2);
+  if (isUnicode_) {
+    PutNumber(trailer, Crc(page), 4);
+    PutNumber(trailer, id, 8);
+  } else {
+    PutNumber(trailer, id, 4);
+    PutNumber(trailer, Crc(page), 4);
+  }
+  file_ += page + trailer;
+  pageIds_[offset] = id;
+  return offset;
+}
+
+// A tree of pages over sorted entries of one size, each beginning with its key; gives the top page.
+uint64_t PstBuilder::WriteIndex(uint8_t type, const std::vector<std::string>& entries,
+                                size_t keySize) {
+  std::vector<std::string> level = entries;
+  for (uint8_t height = 0;; ++height) {
+    size_t entrySize = level[0].size();
+    size_t perPage = (isUnicode_ ? 488 : 496) / entrySize;
+    std::vector<std::string> above;
+    uint64_t offset = 0;
+    for (size_t i = 0; i < level.size(); i += perPage) {
+      std::string page;
+      for (size_t j = i; j < std::min(level.size(), i + perPage); ++j) page += level[j];
+      offset = WritePage(type, page, entrySize, height);
+      std::string entry = level[i].substr(0, keySize);
+      PutNumber(entry, pageIds_[offset], IdSize());
+      PutNumber(entry, offset, IdSize());
+      above.push_back(entry);
+    }
+    if (above.size() == 1) return offset;
+    level = above;
+  }
+}
+
+std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
+  std::string root;
+  PutNumber(root, 0, 4);
+  PutNumber(root, file_.size(), IdSize());
+  PutNumber(root, 0, IdSize());
+  PutNumber(root, 0, IdSize());
+  PutNumber(root, 0, IdSize());
+  for (uint64_t page : {nodePage, blockPage}) {
+    PutNumber(root, pageIds_[page], IdSize());
+    PutNumber(root, page, IdSize());
+  }
+  PutNumber(root, 0, 4);
+  std::string body;  // from offset 8 on
+  PutNumber(body, 0x4D53, 2);
+  PutNumber(body, isUnicode_ ? 23 : 14, 2);
+  PutNumber(body, 19, 2);
+  PutNumber(body, 0x0101, 2);
+  PutNumber(body, 0, 8);
+  if (isUnicode_) {
+    PutNumber(body, 0, 8);
+    PutNumber(body, nextPage_, 8);
+  } else {
+    PutNumber(body, nextBlock_, 4);
+    PutNumber(body, nextPage_, 4);
+  }
+  PutNumber(body, 1, 4);
+  for (int i = 0; i < 32; ++i) PutNumber(body, 0x400, 4);
+  if (isUnicode_) PutNumber(body, 0, 8);
+  body += root;
+  if (isUnicode_) PutNumber(body, 0, 4);
+  body.append(256, '\xFF');
+  PutNumber(body, 0x80, 1);
+  PutNumber(body, 0, 1);  // not encrypted
+  PutNumber(body, 0, 2);
+  if (isUnicode_) PutNumber(body, nextBlock_, 8);
+  if (!isUnicode_) body.resize(504, '\0');
+  std::string header = "!BDN";
+  PutNumber(header, Crc(body.substr(0, 471)), 4);
+  header += body;
+  if (isUnicode_) PutNumber(header, Crc(body.substr(0, 516)), 4);
+  return header;
+}
+
+std::string PstBuilder::Build() {
+  SubNodes sub;
+  uint64_t context = WriteContext(store_, sub);
+  nodes_[kStoreNode] = {context, WriteSubNodes(sub), 0};
+  PstProperties names;
+  names.numbers[0x0001] = 251;
+  names.bytes[0x0002] = std::string(16, '\0');
+  names.bytes[0x0003] = std::string(8, '\0');
+  names.bytes[0x0004] = std::string(4, '\0');
+  SubNodes namesSub;
+  uint64_t namesContext = WriteContext(names, namesSub);
+  nodes_[kNamesNode] = {namesContext, WriteSubNodes(namesSub), 0};
+  for (const auto& [node, folder] : folders_) WriteFolder(node, folder);
+
+  std::vector<std::string> nodeEntries;
+  for (const auto& [id, node] : nodes_) {
+    std::string entry;
+    PutNumber(entry, id, IdSize());
+    PutNumber(entry, node.data, IdSize());
+    PutNumber(entry, node.sub, IdSize());
+    PutNumber(entry, node.parent, 4);
+    if (isUnicode_) PutNumber(entry, 0, 4);
+    nodeEntries.push_back(entry);
+  }
+  std::vector<std::string> blockEntries;
+  for (const auto& [id, block] : blocks_) {
+    std::string entry;
+    PutNumber(entry, id, IdSize());
+    PutNumber(entry, block.offset, IdSize());
+    PutNumber(entry, block.size, 2);
+    PutNumber(entry, 2, 2);
+    if (isUnicode_) PutNumber(entry, 0, 4);
+    blockEntries.push_back(entry);
+  }
+  uint64_t nodePage = WriteIndex(0x81, nodeEntries, IdSize());
+  uint64_t blockPage = WriteIndex(0x80, blockEntries, IdSize());
+  std::string header = Header(nodePage, blockPage);
+  file_.replace(0, header.size(), header);
+  return file_;
+}
+
+}  // namespace tarnwick::testing

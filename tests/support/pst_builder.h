@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Builds an Outlook store (.pst) from nothing, in the Unicode or the older ANSI format ([MS-PST]):
+// a message store, folders, messages with recipients and attachments. Texts are given as they are
+// to be stored: UTF-8 for a Unicode store, bytes of a code page for an ANSI one. What readers do
+// not need (allocation maps, search folders) is left out. A folder holds at most kMaxMessages.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tarnwick::testing {
+
+// Values by property number: a text, a number, a FILETIME or bytes.
+struct PstProperties {
+  std::map<uint16_t, std::string> texts;
+  std::map<uint16_t, int32_t> numbers;
+  std::map<uint16_t, int64_t> times;
+  std::map<uint16_t, std::string> bytes;
+};
+
+struct PstAttachment {
+  PstProperties properties;
+  std::string data;
+};
+
+struct PstMessage {
+  PstProperties properties;
+  std::vector<PstProperties> recipients;
+  std::vector<PstAttachment> attachments;
+};
+
+class PstBuilder {
+ public:
+  static constexpr size_t kMaxMessages = 400;
+
+  explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders");
+
+  // The folder that Outlook shows as the store's top, made by the constructor.
+  static constexpr uint32_t kTop = 0x8022;
+  uint32_t AddFolder(uint32_t parent, const std::string& name);
+  // Gives the message's node.
+  uint32_t AddMessage(uint32_t folder, const PstMessage& message);
+  void SetStoreNumber(uint16_t property, int32_t number);
+
+  std::string Build();
+
+ private:
+  struct Block {
+    uint64_t id = 0;
+    uint64_t offset = 0;
+    uint16_t size = 0;
+  };
+  struct Node {
+    uint64_t data = 0;
+    uint64_t sub = 0;
+    uint32_t parent = 0;
+  };
+  struct SubNode {
+    uint64_t data = 0;
+    uint64_t sub = 0;
+  };
+  using SubNodes = std::map<uint32_t, SubNode>;
+  struct FolderContent {
+    uint32_t parent = 0;
+    PstProperties properties;
+    std::vector<uint32_t> folders;
+    std::vector<uint32_t> messages;
+  };
+  struct Row {
+    uint32_t id = 0;
+    PstProperties values;
+  };
+
+  size_t IdSize() const { return isUnicode_ ? 8 : 4; }
+  size_t MaxBlock() const { return isUnicode_ ? 8176 : 8180; }
+  uint64_t WriteBlock(const std::string& data, bool isInternal);
+  uint64_t WriteData(const std::string& data);
+  uint64_t WriteRows(const std::vector<std::string>& rows);
+  uint64_t WriteTree(const std::vector<uint64_t>& blocks, size_t total);
+  uint64_t WriteSubNodes(const SubNodes& nodes);
+  uint64_t WriteContext(const PstProperties& properties, SubNodes& sub);
+  uint64_t WriteTable(const std::vector<Row>& rows, SubNodes& sub);
+  std::string Stored(const std::string& text) const;
+  void WriteFolder(uint32_t node, const FolderContent& folder);
+  uint64_t WriteIndex(uint8_t type, const std::vector<std::string>& entries, size_t keySize);
+  uint64_t WritePage(uint8_t type, const std::string& entries, size_t entrySize, uint8_t level);
+  std::string Header(uint64_t nodePage, uint64_t blockPage);
+
+  bool isUnicode_;
+  PstProperties store_;
+  std::string file_;
+  std::map<uint64_t, Block> blocks_;
+  std::map<uint32_t, Node> nodes_;
+  std::map<uint32_t, FolderContent> folders_;
+  std::map<uint64_t, uint64_t> pageIds_;  // by offset
+  uint64_t nextBlock_ = 4;
+  uint64_t nextPage_ = 0x1001;
+  uint32_t nextFolder_ = 0x8042;
+  uint32_t nextMessage_ = 0x200024;
+};
+
+}  // namespace tarnwick::testing
