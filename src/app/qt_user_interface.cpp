@@ -64,6 +64,27 @@ bool QtUserInterface::AskYesNo(const std::string& text) {
   return box.exec() == QMessageBox::Yes;
 }
 
+core::RepeatedAnswer QtUserInterface::AskYesNoAll(const std::string& text) {
+  using core::RepeatedAnswer;
+  if (unattended_) return AskYesNo(text) ? RepeatedAnswer::kYes : RepeatedAnswer::kNo;
+  QMessageBox box(Parent());
+  Prepare(box, text);
+  box.setIcon(QMessageBox::Critical);
+  box.setStandardButtons(QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No |
+                         QMessageBox::NoToAll);
+  box.setEscapeButton(QMessageBox::No);
+  switch (box.exec()) {
+    case QMessageBox::Yes:
+      return RepeatedAnswer::kYes;
+    case QMessageBox::YesToAll:
+      return RepeatedAnswer::kYesToAll;
+    case QMessageBox::NoToAll:
+      return RepeatedAnswer::kNoToAll;
+    default:
+      return RepeatedAnswer::kNo;
+  }
+}
+
 core::SenderAnswer QtUserInterface::AskAboutEmail(const core::AskedEmail& email) {
   if (unattended_) return core::SenderAnswer::kCancel;
   intake::AskAboutEmail dialog(email, Parent());

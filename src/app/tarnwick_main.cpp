@@ -14,6 +14,7 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
+#include "maintenance/restore.h"
 #include "platform/files.h"
 #include "qt_user_interface.h"
 #include "repository/repository.h"
@@ -44,6 +45,7 @@ bool OpenAtStart() {
     core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
+    tarnwick::maintenance::ReportInterruptedRestore();
     return true;
   });
 }

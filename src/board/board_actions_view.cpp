@@ -20,6 +20,30 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        "document-open", tr("Lists the repository of another folder")},
       {createRepository, "mnCreateRepository", tr("&Create Repository"), QKeySequence::New,
        "document-new", tr("Makes an empty repository in a folder")},
+      {backup,
+       "mnuFileSaveAs",
+       tr("&Backup"),
+       {},
+       "document-save-as",
+       tr("Copies the whole repository to a file")},
+      {restore,
+       "mnuFileOpen",
+       tr("&Restore"),
+       {},
+       "document-revert",
+       tr("Replaces the repository by a backup")},
+      {exportListed,
+       "mnuBackupSelected",
+       tr("&Export"),
+       {},
+       "document-export",
+       tr("Copies the listed messages to a file")},
+      {merge,
+       "mnuMerge",
+       tr("&Import"),
+       {},
+       nullptr,
+       tr("Takes the messages of an export file in")},
       {loadTextFile,
        "mnLoadTextFile",
        tr("&Load Text File"),
@@ -93,9 +117,11 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
 }
 
 void BoardActionsView::SetBusy(bool busy) {
-  for (QAction* action : {openRepository, createRepository, loadTextFile, contacts, options,
-                          markAllNotHot, moveHtml, helpTopics, about, showAll, showEmail,
-                          showRelated, toggleHot, deleteSelected, loadFromMailer, copy}) {
+  for (QAction* action :
+       {openRepository, createRepository, backup,         restore,        exportListed,
+        merge,          loadTextFile,     contacts,       options,        markAllNotHot,
+        moveHtml,       helpTopics,       about,          showAll,        showEmail,
+        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

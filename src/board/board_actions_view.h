@@ -18,6 +18,10 @@ class BoardActionsView : public QObject {
 
   QAction* openRepository = nullptr;
   QAction* createRepository = nullptr;
+  QAction* backup = nullptr;
+  QAction* restore = nullptr;
+  QAction* exportListed = nullptr;
+  QAction* merge = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* exit = nullptr;
   QAction* contacts = nullptr;

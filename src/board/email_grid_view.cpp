@@ -97,6 +97,10 @@ void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace)
   }
 }
 
+void EmailGridView::Unbind() {
+  model_->Unbind();
+}
+
 SelectedMessage EmailGridView::MessageAt(int row) const {
   return {model_->IdAt(row), model_->SubjectAt(row), model_->ApplicationAt(row)};
 }

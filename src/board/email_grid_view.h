@@ -24,6 +24,8 @@ class EmailGridView : public QTableView {
 
   // Shows the recordset's rows anew. With keepPlace the current row stays the one of its number.
   void Bind(jet::Recordset& list, bool placeholder, bool keepPlace);
+  // Shows no rows until the next Bind, and reads none.
+  void Unbind();
 
   // The selected messages in list order; without the placeholder and rows that have gone.
   std::vector<SelectedMessage> Selected() const;

@@ -43,6 +43,15 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
   endResetModel();
 }
 
+void ListModel::Unbind() {
+  beginResetModel();
+  list_ = nullptr;
+  placeholder_ = false;
+  cache_.clear();
+  rows_ = 0;
+  endResetModel();
+}
+
 ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
   Row result;
   list.SetAbsolutePosition(int64_t{row} + 1);

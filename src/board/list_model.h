@@ -26,6 +26,7 @@ class ListModel : public QAbstractTableModel {
   // Shows these rows from now on; called again after each query. The recordset must stay in its
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
   void Bind(jet::Recordset& list, bool placeholder);
+  void Unbind();
 
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.

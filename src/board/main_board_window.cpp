@@ -4,7 +4,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QScreen>
@@ -19,6 +21,10 @@
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "maintenance/backup.h"
+#include "maintenance/export.h"
+#include "maintenance/merge.h"
+#include "maintenance/restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "platform/files.h"
@@ -49,6 +55,8 @@ void MainBoard::BuildMenus() {
   file->setObjectName("mnuFile");
   file->addAction(actions_->openRepository);
   file->addAction(actions_->createRepository);
+  file->addSeparator();
+  file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge});
   file->addSeparator();
   file->addAction(actions_->loadTextFile);
   file->addSeparator();
@@ -133,6 +141,17 @@ void MainBoard::Connect() {
   on(actions_->helpTopics, &MainBoard::OpenHelp);
   on(actions_->about, &MainBoard::ShowAbout);
   on(actions_->stop, &MainBoard::Stop);
+  const struct {
+    QAction* action;
+    Maintenance what;
+  } maintenance[] = {{actions_->backup, Maintenance::kBackup},
+                     {actions_->restore, Maintenance::kRestore},
+                     {actions_->exportListed, Maintenance::kExport},
+                     {actions_->merge, Maintenance::kMerge}};
+  for (const auto& entry : maintenance) {
+    connect(entry.action, &QAction::triggered, this,
+            [this, what = entry.what] { ChooseMaintenanceFile(what); });
+  }
   connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
   connect(actions_->createRepository, &QAction::triggered, this,
           [this] { SwitchRepository(true); });
@@ -322,6 +341,66 @@ void MainBoard::LoadTextFile(const QString& path) {
     FillChoices();
     ShowRefresh(*this);
     status_->SetPanel(core::StatusPanel::kProgress, tr("The message is stored."));
+  });
+}
+
+void MainBoard::ChooseMaintenanceFile(Maintenance what) {
+  // The routines ask themselves about a file that exists.
+  constexpr auto kOptions = QFileDialog::DontConfirmOverwrite;
+  QString filter = QString(maintenance::kFileFilter).section('|', 0, 0);
+  QString file;
+  switch (what) {
+    case Maintenance::kBackup:
+      file = QFileDialog::getSaveFileName(this, tr(maintenance::kBackupTitle),
+                                          QString::fromStdString(maintenance::ProposedBackupName()),
+                                          filter, nullptr, kOptions);
+      break;
+    case Maintenance::kExport:
+      file = QFileDialog::getSaveFileName(this, tr(maintenance::kExportTitle), {}, filter, nullptr,
+                                          kOptions);
+      break;
+    case Maintenance::kRestore:
+      file = QFileDialog::getOpenFileName(this, tr(maintenance::kRestoreTitle), {}, filter);
+      break;
+    case Maintenance::kMerge:
+      file = QFileDialog::getOpenFileName(this, tr(maintenance::kMergeTitle), {}, filter);
+      break;
+  }
+  if (file.isEmpty()) return;
+  bool isWritten = what == Maintenance::kBackup || what == Maintenance::kExport;
+  if (isWritten && !QFileInfo(file).fileName().contains('.')) file += ".twb";
+  Maintain(what, file);
+}
+
+void MainBoard::Maintain(Maintenance what, const QString& file) {
+  Run([&] {
+    status_->SetPanel(core::StatusPanel::kProgress, {});
+    status_->SetBusy(true);
+    // Events run while the engine works, and nothing may read from it then.
+    follow_.stop();
+    grid_->Unbind();
+    std::string path = QDir::toNativeSeparators(file).toStdString();
+    auto listAnew = [this] {
+      State().RepositoryIsEmpty = repository::HasNoEmail();
+      FillChoices();
+      ShowRefresh(*this);
+    };
+    switch (what) {
+      case Maintenance::kBackup:
+        maintenance::MakeBackup(path);
+        break;
+      case Maintenance::kRestore:
+        maintenance::RestoreBackup(path, listAnew);
+        break;
+      case Maintenance::kExport:
+        maintenance::ExportEmails(path, Board().ListRecordset);
+        break;
+      case Maintenance::kMerge:
+        maintenance::twMakeMarge(path);
+        break;
+    }
+    listAnew();
+    UpdateHint();
   });
 }
 

@@ -46,6 +46,10 @@ class MainBoard : public QMainWindow, public ListForm {
   // Takes one message file in and lists it.
   void LoadTextFile(const QString& path);
 
+  enum class Maintenance { kBackup, kRestore, kExport, kMerge };
+  // Works on the file as the command does once it has been chosen.
+  void Maintain(Maintenance what, const QString& file);
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 
@@ -64,6 +68,7 @@ class MainBoard : public QMainWindow, public ListForm {
   void MarkAllHotOff();
   void LoadFromMailer();
   void ChooseTextFile();
+  void ChooseMaintenanceFile(Maintenance what);
   void SwitchRepository(bool create);
   void ShowEmail();
   void MoveHtml();

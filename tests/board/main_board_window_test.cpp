@@ -302,5 +302,30 @@ TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
   EXPECT_THAT(ListedSubjects(), ElementsAre("in the other"));
 }
 
+TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
+  board::TakeTextFile(WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000")));
+  board::TakeTextFile(WriteTemp("two.txt", Letter("two", "Tue, 6 Jan 2004 10:20:30 +0000")));
+  Start();
+  auto* grid = window_->findChild<QTableView*>("EmailGrid");
+  QString backup = QString::fromStdString(folder_.File("all.twb"));
+  QString exported = QString::fromStdString(folder_.File("listed.twb"));
+  window_->Maintain(MainBoard::Maintenance::kBackup, backup);
+  EXPECT_EQ(ui_.Shown("box").back(), "Backup is done.");
+  Filter("Subject", "two");
+  window_->Maintain(MainBoard::Maintenance::kExport, exported);
+  EXPECT_EQ(grid->model()->rowCount(), 1);
+
+  repository::ClearRepository();
+  ui_.senders = {core::SenderAnswer::kAccept};
+  window_->Maintain(MainBoard::Maintenance::kMerge, exported);
+  EXPECT_EQ(CountRows("Email"), 1);
+  ui_.yesNo = {true, true};
+  window_->Maintain(MainBoard::Maintenance::kRestore, backup);
+  EXPECT_EQ(ui_.Shown("box").back(), "Restore is done.");
+  Click("ShowAll");
+  EXPECT_EQ(grid->model()->rowCount(), 2);
+  EXPECT_TRUE(window_->findChild<QAction*>("mnuFileSaveAs")->isEnabled());
+}
+
 }  // namespace
 }  // namespace tarnwick::board
