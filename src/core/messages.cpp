@@ -2,11 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/messages.h"
 
-#include <cstdio>
-
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
+#include "platform/files.h"
 #include "platform/locale.h"
 
 namespace tarnwick::core {
@@ -79,15 +78,11 @@ void ReportUnknownFormat(const std::string& fileName) {
 }
 
 void WriteLog(std::string_view text) {
-  // Straight to the system, not through the file seam: an injected fault must still be logged.
-  std::FILE* file = std::fopen(State().LogFile.c_str(), "ab");
-  if (file == nullptr) return;
   std::string entry = platform::FormatDate(platform::Now(), "General Date");
   entry += "\r\n";
   entry += text;
   entry += "\r\n\r\n";
-  std::fwrite(entry.data(), 1, entry.size(), file);
-  std::fclose(file);
+  platform::AppendToFile(State().LogFile, entry);
 }
 
 void LogProgress(std::string_view text) {

@@ -167,10 +167,10 @@ class ChainGuard {
 bool CopyChain(ByteReader& file, uint32_t offset) {
   OeState& state = State();
   state.IdStep = kScratch;
-  // Removed first: a file system that has to keep a replaced file's bytes safe (ext4) would write
-  // each message to the disk before the next one.
-  platform::RemoveFile(core::State().TempMessageFile);
-  platform::OutputFile scratch(core::State().TempMessageFile);
+  // Not emptied first: a file system that has to keep a replaced file's bytes safe (ext4) would
+  // write each message to the disk before the next one.
+  platform::OutputFile scratch(core::State().TempMessageFile,
+                               platform::OutputFile::Replace::kInPlace);
   state.IdStep = kBlocks;
   ChainGuard guard(file.Size());
   for (;;) {

@@ -99,6 +99,14 @@ constexpr int kBinary = O_CLOEXEC;
 
 constexpr size_t kBufferSize = 64 * 1024;
 
+int CutFile(int handle, uint64_t size) {
+#ifdef _WIN32
+  return _chsize_s(handle, static_cast<int64_t>(size)) == 0 ? 0 : -1;
+#else
+  return ::ftruncate(handle, static_cast<off_t>(size));
+#endif
+}
+
 bool IsDeviceName(std::string_view stem) {
   for (std::string_view device : {"con", "prn", "aux", "nul"}) {
     if (SameIgnoringCase(stem, device)) return true;
@@ -415,9 +423,11 @@ size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
   return total;
 }
 
-OutputFile::OutputFile(const std::string& path) : path_(path) {
+OutputFile::OutputFile(const std::string& path, Replace replace)
+    : path_(path), inPlace_(replace == Replace::kInPlace) {
   Pass(FileOperation::kOpen, path);
-  handle_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | kBinary, 0600);
+  int flags = O_WRONLY | O_CREAT | kBinary | (inPlace_ ? 0 : O_TRUNC);
+  handle_ = ::open(path.c_str(), flags, 0600);
   if (handle_ < 0) ThrowSystemError(errno, path);
 }
 
@@ -451,6 +461,7 @@ void OutputFile::Flush() {
       ThrowSystemError(errno, path_);
     }
     rest.remove_prefix(static_cast<size_t>(done));
+    written_ += static_cast<uint64_t>(done);
   }
   buffer_.clear();
 }
@@ -464,9 +475,21 @@ void OutputFile::Close() {
     handle_ = -1;
     throw;
   }
-  int result = ::close(handle_);
+  int result = inPlace_ ? CutFile(handle_, written_) : 0;
+  int code = errno;
+  if (::close(handle_) != 0 && result == 0) {
+    result = -1;
+    code = errno;
+  }
   handle_ = -1;
-  if (result != 0) ThrowSystemError(errno, path_);
+  if (result != 0) ThrowSystemError(code, path_);
+}
+
+bool AppendToFile(const std::string& path, std::string_view bytes) {
+  int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | kBinary, 0600);
+  if (handle < 0) return false;
+  bool done = ::write(handle, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  return ::close(handle) == 0 && done;
 }
 
 LineReader::LineReader(const std::string& path) : file_(path) {}

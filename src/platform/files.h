@@ -110,7 +110,10 @@ class InputFile {
 // A file opened for writing from its beginning; an older file of the name is replaced.
 class OutputFile {
  public:
-  explicit OutputFile(const std::string& path);
+  // kInPlace writes over an older file and cuts it to its new length at the end, which costs a file
+  // that is written anew for every message far less than making it each time.
+  enum class Replace { kAnew, kInPlace };
+  explicit OutputFile(const std::string& path, Replace replace = Replace::kAnew);
   ~OutputFile();  // closes; a failure to write what was buffered is lost, so call Close
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
@@ -122,8 +125,14 @@ class OutputFile {
   void Flush();
   std::string path_;
   int handle_ = -1;
+  bool inPlace_ = false;
+  uint64_t written_ = 0;
   std::string buffer_;
 };
+
+// Adds to the end of a file, which is made when it is missing; false when that fails. It passes no
+// seam: what tests make fail must still be logged.
+bool AppendToFile(const std::string& path, std::string_view bytes);
 
 // Reads a file line by line, whether CR LF or LF ends the lines; the last line may lack its end. A
 // CR alone is an ordinary character. Bytes are handed through untouched, NULs included; a line has
