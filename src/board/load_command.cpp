@@ -205,8 +205,10 @@ intake::Outcome TakeTextFile(const std::string& path) {
       throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
     }
     intake::SourceDescriptor source{"Text File", "", "Text"};
+    // A full load that the options asked for stays asked for.
+    bool wasEmpty = repository::HasNoEmail();
     intake::dbxParseMessage(path, source, "", "");
-    State().RepositoryIsEmpty = repository::HasNoEmail();
+    if (wasEmpty) State().RepositoryIsEmpty = repository::HasNoEmail();
   });
   if (intake::LastOutcome() == intake::Outcome::kAlreadyStored) {
     core::ShowMessage("This email is in the repository.");

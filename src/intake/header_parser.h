@@ -40,7 +40,7 @@ bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& sou
 
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
 // False when the message has neither a correspondent nor a subject. Throws Error for a file that
-// can't be read. identityIsMine answers the own-address test.
+// can't be read. isFromMe answers the own-address test.
 bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message);
 
