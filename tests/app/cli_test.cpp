@@ -107,6 +107,31 @@ TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {
   EXPECT_EQ(Run({"merge", part, "--duplicates", "perhaps"}).status, 2);
 }
 
+TEST_F(Cli, AMessageIsMarkedAndDeletedAndItsContactListed) {
+  std::string file =
+      WriteMessage("roof.eml",
+                   "From: \"Ann \\\"A\\\" Lee\" <ann@example.org>\r\nSubject: Roof\r\n"
+                   "Date: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nTiles.\r\n");
+  ASSERT_EQ(Run({"take", file}).status, 0);
+  EXPECT_EQ(Run({"mark", "1"}).status, 0);
+  EXPECT_NE(Run({"list", "--hot"}).output, "");
+  EXPECT_EQ(Run({"mark", "1"}).status, 0);
+  EXPECT_EQ(Run({"list", "--hot"}).output, "");
+
+  ProgramRun run = Run({"contacts", "--name", "LEE"});
+  EXPECT_THAT(run.output, ::testing::MatchesRegex("1\t.*Lee\tann@example.org\n"));
+  run = Run({"contacts", "--json"});
+  EXPECT_THAT(run.output, ::testing::HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
+  EXPECT_EQ(Run({"contacts", "--name", "nobody"}).output, "");
+
+  EXPECT_EQ(Run({"delete", "1"}, "n\n").status, 1);
+  EXPECT_NE(Run({"list"}).output, "");
+  EXPECT_EQ(Run({"--yes", "delete", "1"}).status, 0);
+  EXPECT_EQ(Run({"list"}).output, "");
+  EXPECT_EQ(Run({"delete", "1"}).status, 1);
+  EXPECT_EQ(Run({"mark", "first"}).status, 2);
+}
+
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({}).status, 2);
   EXPECT_EQ(Run({"lists"}).status, 2);
