@@ -274,8 +274,15 @@ void Database::SetProgress(int count, std::function<bool()> handler) {
   progress_ = std::move(handler);
   if (!progress_) {
     sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
+    sqlite3_update_hook(handle_, nullptr, nullptr);
     return;
   }
+  sqlite3_update_hook(
+      handle_,
+      [](void* self, int, const char*, const char*, sqlite3_int64) {
+        ++static_cast<Database*>(self)->rowsSeen_;
+      },
+      this);
   sqlite3_progress_handler(
       handle_, count,
       [](void* self) -> int {

@@ -106,6 +106,8 @@ class Database {
   void SyncLog();
   // Called about every count engine steps; true stops the statement.
   void SetProgress(int count, std::function<bool()> handler);
+  // Rows written while a progress handler is set; grows while a statement runs.
+  int64_t RowsSeen() const { return rowsSeen_; }
 
   [[noreturn]] void Fail(int code) const;
   sqlite3* Handle() const { return handle_; }
@@ -113,6 +115,7 @@ class Database {
  private:
   sqlite3* handle_ = nullptr;
   std::function<bool()> progress_;
+  int64_t rowsSeen_ = 0;
 };
 
 }  // namespace tarnwick::jet
