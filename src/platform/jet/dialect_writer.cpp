@@ -205,6 +205,16 @@ void SqlWriter::In(const Expression& in) {
 }
 
 void SqlWriter::Call(const Expression& call) {
+  if (call.text == "datevalue") {
+    // Seconds, down to midnight; the engine's remainder is negative for dates before 1970.
+    const Expression& date = call.operands[0];
+    Text("(");
+    Value(date);
+    Text(" - (");
+    Value(date);
+    Text(" % 86400 + 86400) % 86400)");
+    return;
+  }
   Text(EngineFunction(call.text));
   Text("(");
   List(call.operands, 0, ", ");
