@@ -13,9 +13,9 @@ bool TableView::Has(std::string_view column) const {
   return false;
 }
 
-bool TableView::IsText(std::string_view column) const {
+bool TableView::IsDeclared(std::string_view column, std::string_view type) const {
   for (size_t i = 0; i < columns.size(); i++) {
-    if (SameWord(columns[i], column)) return types[i] == "TEXT";
+    if (SameWord(columns[i], column)) return types[i] == type;
   }
   return false;
 }

@@ -98,6 +98,10 @@ std::string Connection::IntegrityCheck() {
   return found == "ok" ? "" : found;
 }
 
+void Connection::KeepDigest(DigestDefinition definition) {
+  impl_->KeepDigest(std::move(definition));
+}
+
 void Connection::SetProgressHandler(std::function<bool()> handler) {
   impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
 }

@@ -89,14 +89,14 @@ void Statement::BindBytes(int index, std::string_view bytes) {
 void Statement::BindValue(int index, const Value& value) {
   std::visit(
       [&](const auto& data) {
-        using Type = std::decay_t<decltype(data)>;
-        if constexpr (std::is_same_v<Type, std::monostate>) {
+        using Data = std::decay_t<decltype(data)>;
+        if constexpr (std::is_same_v<Data, std::monostate>) {
           BindNull(index);
-        } else if constexpr (std::is_same_v<Type, std::string>) {
+        } else if constexpr (std::is_same_v<Data, std::string>) {
           BindText(index, data);
-        } else if constexpr (std::is_same_v<Type, DateTime>) {
+        } else if constexpr (std::is_same_v<Data, DateTime>) {
           Bind(index, data.Seconds());
-        } else if constexpr (std::is_same_v<Type, Bytes>) {
+        } else if constexpr (std::is_same_v<Data, Bytes>) {
           BindBytes(index, data.data);
         } else {
           Bind(index, data);
@@ -106,6 +106,7 @@ void Statement::BindValue(int index, const Value& value) {
 }
 
 bool Statement::Step() {
+  database_->stepsRun_++;
   int code = sqlite3_step(handle_);
   if (code == SQLITE_ROW) return true;
   if (code != SQLITE_DONE) {
@@ -148,8 +149,10 @@ std::string Statement::OriginColumn(int column) const {
   return name != nullptr ? name : "";
 }
 
-bool Statement::IsNull(int column) const {
-  return sqlite3_column_type(handle_, column) == SQLITE_NULL;
+Statement::Type Statement::TypeOf(int column) const {
+  static_assert(SQLITE_INTEGER == 1 && SQLITE_FLOAT == 2 && SQLITE_TEXT == 3 && SQLITE_BLOB == 4 &&
+                SQLITE_NULL == 5);
+  return static_cast<Type>(sqlite3_column_type(handle_, column));
 }
 
 int64_t Statement::Int(int column) const {
@@ -287,6 +290,25 @@ void Database::SetProgress(int count, std::function<bool()> handler) {
         }
       },
       this);
+}
+
+void Database::SetWriteHooks(WriteHooks hooks) {
+  writeHooks_ = std::move(hooks);
+  sqlite3_update_hook(
+      handle_,
+      [](void* self, int, const char* schema, const char* table, sqlite3_int64 key) {
+        if (std::string_view(schema) != "main") return;
+        WriteHooks& told = static_cast<Database*>(self)->writeHooks_;
+        // An exception must not pass through the engine; a rollback says that all may be otherwise.
+        try {
+          told.row(table, key);
+        } catch (...) {
+          told.rollback();
+        }
+      },
+      this);
+  sqlite3_rollback_hook(
+      handle_, [](void* self) { static_cast<Database*>(self)->writeHooks_.rollback(); }, this);
 }
 
 void Database::Fail(int code) const {
