@@ -21,6 +21,7 @@ int RunList(const std::vector<std::string>& words);
 int RunShow(const std::vector<std::string>& words);
 int RunDelete(const std::vector<std::string>& words);
 int RunMark(const std::vector<std::string>& words);
+int RunAttachments(const std::vector<std::string>& words);
 int RunContacts(const std::vector<std::string>& words);
 int RunBackup(const std::vector<std::string>& words);
 int RunRestore(const std::vector<std::string>& words);

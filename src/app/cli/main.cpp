@@ -34,6 +34,7 @@ constexpr const char* kUsage =
   show   ID [--raw|--text]
   delete ID
   mark   ID
+  attachments ID [--save DIR]
   contacts [--name T] [--json]
   backup FILE
   restore FILE
@@ -49,7 +50,7 @@ const std::map<std::string, Command>& Commands() {
       {"delete", tarnwick::app::RunDelete},     {"mark", tarnwick::app::RunMark},
       {"contacts", tarnwick::app::RunContacts}, {"backup", tarnwick::app::RunBackup},
       {"restore", tarnwick::app::RunRestore},   {"export", tarnwick::app::RunExport},
-      {"merge", tarnwick::app::RunMerge},
+      {"merge", tarnwick::app::RunMerge},       {"attachments", tarnwick::app::RunAttachments},
   };
   return commands;
 }

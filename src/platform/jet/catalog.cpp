@@ -13,11 +13,18 @@ bool TableView::Has(std::string_view column) const {
   return false;
 }
 
-bool TableView::IsDeclared(std::string_view column, std::string_view type) const {
+bool TableView::IsText(std::string_view column) const {
   for (size_t i = 0; i < columns.size(); i++) {
-    if (SameWord(columns[i], column)) return types[i] == type;
+    if (SameWord(columns[i], column)) return types[i] == "TEXT";
   }
   return false;
+}
+
+ColumnKind TableView::KindOf(std::string_view column) const {
+  for (size_t i = 0; i < columns.size(); i++) {
+    if (SameWord(columns[i], column)) return KindOfDeclared(types[i]);
+  }
+  return ColumnKind::kAny;
 }
 
 const TableView* Catalog::Find(std::string_view table) {

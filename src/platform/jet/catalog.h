@@ -19,11 +19,9 @@ struct TableView {
   std::string key;                 // the column that is the row's key, "" when none is
   bool Has(std::string_view column) const;
   // Declared as a text, not as a long one.
-  bool IsText(std::string_view column) const { return IsDeclared(column, "TEXT"); }
-  bool IsLongText(std::string_view column) const { return IsDeclared(column, "LONGTEXT"); }
-
- private:
-  bool IsDeclared(std::string_view column, std::string_view type) const;
+  bool IsText(std::string_view column) const;
+  // kAny for a column that there is not.
+  ColumnKind KindOf(std::string_view column) const;
 };
 
 class Catalog {

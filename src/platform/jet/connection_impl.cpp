@@ -142,7 +142,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     }
     return program;
   }
-  SqlWriter writer(kOtherSchema);
+  SqlWriter writer(*schema_, kOtherSchema);
   if (auto* insert = std::get_if<Insert>(&parsed)) {
     program->file = insert->file;
     program->writesFile = insert->file.has_value();
@@ -184,6 +184,7 @@ const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
     field.name = shown.statement->ColumnName(i);
     if (base != nullptr && SameWord(shown.statement->OriginTable(i), program.plan.base)) {
       field.column = shown.statement->OriginColumn(i);
+      field.kind = base->KindOf(field.column);
       field.isKey = !base->key.empty() && SameWord(base->key, field.column);
     }
     program.fields.push_back(std::move(field));
@@ -221,10 +222,10 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
 
 // The engine tells of each row that is written, but not where it empties a whole table at once.
 int64_t Connection::Impl::RunTold(Statement& statement) {
-  int64_t before = rowsWritten_;
+  int64_t before = Engine().RowsSeen();
   statement.Run();
   int64_t changed = Engine().Changes();
-  if (digest_ && changed > 0 && rowsWritten_ == before) digest_->Forget();
+  if (digest_ && changed > 0 && Engine().RowsSeen() == before) digest_->Forget();
   return changed;
 }
 
@@ -233,7 +234,6 @@ void Connection::Impl::KeepDigest(DigestDefinition definition) {
   programs_.Clear();
   digest_ = std::make_unique<Digest>(*this, std::move(definition));
   engine.SetWriteHooks({[this](std::string_view table, int64_t key) {
-                          rowsWritten_++;
                           if (digest_) digest_->RowChanged(table, key);
                         },
                         [this] {

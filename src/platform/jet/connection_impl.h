@@ -31,6 +31,7 @@ struct FieldInfo {
   std::string name;
   std::string column;  // of the base table; "" when the field is none of its columns
   bool isKey = false;
+  ColumnKind kind = ColumnKind::kAny;
 };
 
 // A statement of the dialect, translated. Those of one shape share it.
@@ -146,7 +147,6 @@ class Connection::Impl {
   std::unique_ptr<Catalog> schema_;
   std::unique_ptr<Digest> digest_;
   TestedRows lastTested_;
-  int64_t rowsWritten_ = 0;  // as far as the engine tells of them one by one
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;

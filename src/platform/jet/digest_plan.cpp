@@ -194,7 +194,8 @@ class DigestPlanner {
   }
 
   bool AsksLongText(const Expression& value) const {
-    if (value.kind == Kind::kColumn) return tables_[0].view->IsLongText(value.text);
+    if (value.kind == Kind::kColumn)
+      return tables_[0].view->KindOf(value.text) == ColumnKind::kLongText;
     return std::any_of(value.operands.begin(), value.operands.end(),
                        [&](const Expression& part) { return AsksLongText(part); });
   }

@@ -10,6 +10,7 @@
 
 #include "platform/error.h"
 #include "platform/jet/functions.h"
+#include "platform/jet/packing.h"
 #include "platform/jet/text_fold.h"
 
 namespace tarnwick::jet {
@@ -31,6 +32,13 @@ int LengthOf(std::string_view data) {
 
 }  // namespace
 
+ColumnKind KindOfDeclared(std::string_view type) {
+  if (type == "DATETIME") return ColumnKind::kDate;
+  if (type == "LONGTEXT") return ColumnKind::kLongText;
+  if (type == "BLOB") return ColumnKind::kBytes;
+  return ColumnKind::kAny;
+}
+
 Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
   // The library functions of the engine that make tables of themselves are of no use here.
   const char* tail = nullptr;
@@ -43,8 +51,7 @@ Statement::Statement(Database& database, std::string_view sql) : database_(&data
   kinds_.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; i++) {
     const char* declared = sqlite3_column_decltype(handle_, i);
-    bool isDate = declared != nullptr && std::string_view(declared) == "DATETIME";
-    kinds_.push_back(isDate ? ColumnKind::kDate : ColumnKind::kAny);
+    kinds_.push_back(declared != nullptr ? KindOfDeclared(declared) : ColumnKind::kAny);
   }
 }
 
@@ -103,6 +110,26 @@ void Statement::BindValue(int index, const Value& value) {
         }
       },
       value.Data());
+}
+
+void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {
+  std::string_view plain;
+  if (auto* text = std::get_if<std::string>(&value.Data())) plain = *text;
+  if (auto* bytes = std::get_if<Bytes>(&value.Data())) plain = bytes->data;
+  bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
+  if (!isLong || plain.empty()) return BindValue(index, value);
+  bool isText = kind == ColumnKind::kLongText;
+  if (isText && !IsWellFormed(plain)) {
+    keep = MendUtf8(plain);
+    plain = keep;
+  }
+  std::string_view packed = Pack(plain);
+  if (packed.empty()) return isText ? BindText(index, plain) : BindBytes(index, plain);
+  keep = packed;
+  if (isText) return BindBytes(index, keep);
+  int code =
+      sqlite3_bind_text64(handle_, index, keep.data(), keep.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (code != SQLITE_OK) database_->Fail(code);
 }
 
 bool Statement::Step() {
@@ -166,6 +193,13 @@ std::string_view Statement::Text(int column) const {
   return {static_cast<const char*>(data), static_cast<size_t>(size)};
 }
 
+std::string_view Statement::Stored(int column) const {
+  const void* data = sqlite3_column_blob(handle_, column);
+  int size = sqlite3_column_bytes(handle_, column);
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<size_t>(size)};
+}
+
 Value Statement::ColumnValue(int column) const {
   switch (sqlite3_column_type(handle_, column)) {
     case SQLITE_INTEGER:
@@ -174,16 +208,15 @@ Value Statement::ColumnValue(int column) const {
     case SQLITE_FLOAT:
       return sqlite3_column_double(handle_, column);
     case SQLITE_TEXT:
-      return std::string(Text(column));
-    case SQLITE_BLOB: {
-      const void* data = sqlite3_column_blob(handle_, column);
-      int size = sqlite3_column_bytes(handle_, column);
-      Bytes bytes;
-      if (data != nullptr) {
-        bytes.data.assign(static_cast<const char*>(data), static_cast<size_t>(size));
+      if (Kind(column) == ColumnKind::kBytes && IsPacked(Stored(column))) {
+        return Bytes{Unpack(Stored(column))};
       }
-      return bytes;
-    }
+      return std::string(Text(column));
+    case SQLITE_BLOB:
+      if (Kind(column) == ColumnKind::kLongText && IsPacked(Stored(column))) {
+        return Unpack(Stored(column));
+      }
+      return Bytes{std::string(Stored(column))};
     default:
       return {};
   }
@@ -214,6 +247,7 @@ Database::Database(const std::string& path, const std::string& password, Mode mo
     code = sqlite3_key(handle_, password.data(), LengthOf(password));
     if (code != SQLITE_OK) Fail(code);
     RegisterFunctions(handle_);
+    HearOfWrites();
   } catch (...) {
     sqlite3_close_v2(handle_);
     throw;
@@ -292,23 +326,31 @@ void Database::SetProgress(int count, std::function<bool()> handler) {
       this);
 }
 
-void Database::SetWriteHooks(WriteHooks hooks) {
-  writeHooks_ = std::move(hooks);
+void Database::HearOfWrites() {
   sqlite3_update_hook(
       handle_,
       [](void* self, int, const char* schema, const char* table, sqlite3_int64 key) {
-        if (std::string_view(schema) != "main") return;
-        WriteHooks& told = static_cast<Database*>(self)->writeHooks_;
-        // An exception must not pass through the engine; a rollback says that all may be otherwise.
-        try {
-          told.row(table, key);
-        } catch (...) {
-          told.rollback();
-        }
+        static_cast<Database*>(self)->RowWritten(schema, table, key);
       },
       this);
   sqlite3_rollback_hook(
-      handle_, [](void* self) { static_cast<Database*>(self)->writeHooks_.rollback(); }, this);
+      handle_,
+      [](void* self) {
+        const WriteHooks& hooks = static_cast<Database*>(self)->writeHooks_;
+        if (hooks.rollback) hooks.rollback();
+      },
+      this);
+}
+
+void Database::RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept {
+  rowsSeen_++;
+  if (!writeHooks_.row || schema != "main") return;
+  // An exception must not pass through the engine; a rollback says that all may be otherwise.
+  try {
+    writeHooks_.row(table, key);
+  } catch (...) {
+    writeHooks_.rollback();
+  }
 }
 
 void Database::Fail(int code) const {

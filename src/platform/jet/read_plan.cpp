@@ -206,7 +206,7 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
     plan.digest = PlanFromDigest(shape, *digest);
     if (plan.digest) plan.digest->counts = true;
   }
-  SqlWriter writer(otherSchema);
+  SqlWriter writer(schema, otherSchema);
   writer.Write(select);
   plan.all = writer.Take();
   return plan;

@@ -8,7 +8,7 @@ namespace tarnwick::jet {
 
 using Kind = Expression::Kind;
 
-SelectShape::SelectShape(Select& select, Catalog& schema) : select_(select) {
+SelectShape::SelectShape(Select& select, Catalog& schema) : select_(select), schema_(schema) {
   tables_.push_back({select.table.Shown(), schema.Find(select.table.name)});
   for (const Join& join : select.joins) {
     tables_.push_back({join.table.Shown(), schema.Find(join.table.name)});
@@ -74,6 +74,12 @@ bool SelectShape::IsNullWithout(const Expression& value, size_t place) const {
                  value.text != "OR");
   return strict && std::any_of(value.operands.begin(), value.operands.end(),
                                [&](const Expression& part) { return IsNullWithout(part, place); });
+}
+
+SqlWriter SelectShape::Writer() const {
+  SqlWriter writer(schema_);
+  writer.Enter(select_);
+  return writer;
 }
 
 void SelectShape::WriteKey(SqlWriter& writer, size_t place) const {

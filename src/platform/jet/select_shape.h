@@ -45,7 +45,7 @@ class SelectShape {
   bool ThrowsOutNull(const Expression& condition, size_t place) const;
 
   // For statements over tables of the select.
-  SqlWriter Writer() const { return SqlWriter(); }
+  SqlWriter Writer() const;
   // "table"._rowid_
   void WriteKey(SqlWriter& writer, size_t place) const;
 
@@ -53,6 +53,7 @@ class SelectShape {
   bool IsNullWithout(const Expression& value, size_t place) const;
 
   Select& select_;
+  Catalog& schema_;
   std::vector<Source> tables_;
 };
 
