@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "board/steps.h"
 #include "core/documents.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "platform/files.h"
 #include "platform/html.h"
 #include "platform/jet/recordset.h"
@@ -54,7 +54,7 @@ Moved MoveInEveryRow() {
               jet::LockType::kOptimistic);
   moved.total = emails.RecordCount();
   int64_t lostBefore = RepositoryDb().LostUnits();
-  Steps steps(moved.total);
+  core::Steps steps(moved.total);
   jet::CommitGroup group(RepositoryDb());
   for (; !emails.Eof(); emails.MoveNext()) {
     if (MoveInRow(emails)) ++moved.changed;

@@ -36,6 +36,7 @@ constexpr const char* kUsage =
   mark   ID
   attachments ID [--save DIR]
   contacts [--name T] [--json]
+  save   --format eml|mbox|maildir DIR [--folders] [the filters of list]
   backup FILE
   restore FILE
   export FILE [the filters of list]
@@ -51,6 +52,7 @@ const std::map<std::string, Command>& Commands() {
       {"contacts", tarnwick::app::RunContacts}, {"backup", tarnwick::app::RunBackup},
       {"restore", tarnwick::app::RunRestore},   {"export", tarnwick::app::RunExport},
       {"merge", tarnwick::app::RunMerge},       {"attachments", tarnwick::app::RunAttachments},
+      {"save", tarnwick::app::RunSave},
   };
   return commands;
 }
