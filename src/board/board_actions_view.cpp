@@ -56,6 +56,8 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        QKeySequence(Qt::CTRL | Qt::Key_Q),
        "application-exit",
        {}},
+      {timeline, "mnViewTimeline", tr("&Timeline"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
+       nullptr, tr("Shows over the list how its mail spreads over the years")},
       {contacts,
        "mnuContacts",
        tr("&Contacts"),
@@ -108,6 +110,8 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
     if (!row.tip.isEmpty()) row.action->setToolTip(row.tip);
     if (row.icon != nullptr) row.action->setIcon(QIcon::fromTheme(row.icon));
   }
+  timeline->setCheckable(true);
+  timeline->setChecked(true);
   // These keys belong to the text boxes unless the list has the focus.
   deleteSelected->setShortcutContext(Qt::WidgetShortcut);
   copy->setShortcutContext(Qt::WidgetShortcut);

@@ -24,6 +24,7 @@ class BoardActionsView : public QObject {
   QAction* merge = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* exit = nullptr;
+  QAction* timeline = nullptr;  // checked: shown
   QAction* contacts = nullptr;
   QAction* options = nullptr;
   QAction* markAllNotHot = nullptr;

@@ -19,6 +19,7 @@
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
 #include "board/status_panels_view.h"
+#include "board/timeline_view.h"
 
 namespace tarnwick::board {
 
@@ -36,6 +37,7 @@ class MainBoard : public QMainWindow, public ListForm {
   FilterStripView& Filter() { return *strip_; }
   EmailGridView& Grid() { return *grid_; }
   BoardActionsView& Actions() { return *actions_; }
+  TimelineView& Timeline() { return *timeline_; }
 
   // True while a command runs that can be stopped.
   bool IsBusy() const { return busy_; }
@@ -60,6 +62,7 @@ class MainBoard : public QMainWindow, public ListForm {
 
   void Run(const std::function<void()>& command);
   void Refresh();
+  void RefreshWith(const std::function<void(ListFilter&)>& change);
   void ListEvery(const std::string& subject);
   void ShowEverything();
   void ShowRelated();
@@ -83,12 +86,14 @@ class MainBoard : public QMainWindow, public ListForm {
   void SetShowEmailText(bool on);
   void FollowSelection();
   void FillChoices();
+  void SetTimelineShown(bool on);
   void UpdateHint();
   bool RestorePlace();
   void SaveLayout();
 
   BoardActionsView* actions_;
   FilterStripView* strip_ = nullptr;
+  TimelineView* timeline_ = nullptr;
   EmailGridView* grid_ = nullptr;
   QLabel* notice_ = nullptr;
   QCheckBox* cbShowEmailText_ = nullptr;
