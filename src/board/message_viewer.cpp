@@ -102,7 +102,7 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
     jet::Recordset email;
     email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
     if (email.Eof()) return std::nullopt;
-    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText()};
+    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText(), id};
     bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
     if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
     return shown;

@@ -194,6 +194,22 @@ std::string SaveCounts::Line() const {
          ", not reached " + std::to_string(notReached);
 }
 
+std::string SaveCounts::Report(const std::string& folder) const {
+  std::string text = (saved == 1 ? "1 message is" : std::to_string(saved) + " messages are") +
+                     std::string(" saved in ") + folder;
+  if (saved < selected) {
+    text += "\r\n\r\nOf " + std::to_string(selected) + ", these are not:";
+    auto add = [&text](int64_t count, const char* why) {
+      if (count > 0) text += "\r\n" + std::to_string(count) + why;
+    };
+    add(withoutFile, " whose original is not in the repository");
+    add(failed, " that could not be written");
+    add(notReached, " that were not reached");
+    if (withoutFile + failed > 0) text += "\r\nThe log names them.";
+  }
+  return text;
+}
+
 std::optional<SaveCounts> SaveMessages(const SaveOrder& order) {
   using Result = std::optional<SaveCounts>;
   return core::Guarded("SaveMessages", Result(), [&]() -> Result {

@@ -36,6 +36,8 @@ struct SaveCounts {
 
   // "selected 9, saved 6, no stored file 1, failed 1, not reached 1"
   std::string Line() const;
+  // The same for a box.
+  std::string Report(const std::string& folder) const;
 };
 
 // nullopt when nothing was begun: there is not enough room, or the folder can't be written, which
