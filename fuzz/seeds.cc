@@ -8,6 +8,7 @@ namespace tarnwick::fuzz {
 
 namespace {
 
+using namespace std::string_literals;  // texts with NULs
 using Texts = std::vector<std::string>;
 
 const Texts kMessages = {
@@ -76,18 +77,17 @@ const Texts kRegistries = {
     "\x01WINE REGISTRY Version 2\n\n[Identities\\\\{A}] 1073298030\n#time=1c0\n"
     "\"Username\"=\"Ann\"\n\"Directory Name\"=dword:00000007\n"
     "\"Store Root\"=str(2):\"%UserProfile%\\\\Mail\"\n\"Bytes\"=hex:01,02,\\\n  03\n",
-    std::string("\0\x20\0\xFF\xFF", 5),
+    "\0\x20\0\xFF\xFF"s,
 };
 
 // Six bytes each: the first patches a pointer, the second a length, the last cuts the file.
-const Texts kPatches = {std::string("\1\0\0\2\0\0", 6), std::string("\2\4\1\xFF\xFF\xFF", 6),
-                        std::string("\3\x0C\4\5\0\0\6\1\1\0\0\x80", 12),
-                        std::string("\0\0\0\0\0\0\0\0\0\0\x80", 11)};
+const Texts kPatches = {"\1\0\0\2\0\0"s, "\2\4\1\xFF\xFF\xFF"s, "\3\x0C\4\5\0\0\6\1\1\0\0\x80"s,
+                        "\0\0\0\0\0\0\0\0\0\0\x80"s};
 
 const Texts kItems = {
-    std::string("\0\0\5\0letter\3\1\x10\0From: a@b\r\nX: y\r\n\5\1\x0C\0<body>x</body>", 51),
+    "\0\0\5\0letter\3\1\x10\0From: a@b\r\nX: y\r\n\5\1\x0C\0<body>x</body>"s,
     "{\\rtf1\\ansi\\fromhtml1 {\\*\\htmltag <b>}a\\'e9\\u1076?\\par b}",
-    std::string("\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1", 24),
+    "\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1"s,
 };
 
 }  // namespace
