@@ -85,7 +85,7 @@ const Texts kPatches = {"\1\0\0\2\0\0"s, "\2\4\1\xFF\xFF\xFF"s, "\3\x0C\4\5\0\0\
                         "\0\0\0\0\0\0\0\0\0\0\x80"s};
 
 const Texts kItems = {
-    "\0\0\5\0letter\3\1\x10\0From: a@b\r\nX: y\r\n\5\1\x0C\0<body>x</body>"s,
+    "\0\0\6\0letter\3\1\x10\0From: a@b\r\nX: y\r\n\5\1\x0C\0<body>x</body>"s,
     "{\\rtf1\\ansi\\fromhtml1 {\\*\\htmltag <b>}a\\'e9\\u1076?\\par b}",
     "\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1"s,
 };
@@ -97,7 +97,6 @@ std::map<std::string, std::vector<std::string>> Seeds() {
   for (const testing::SampleMessage& message : testing::SampleMessages()) {
     letters.push_back(message.raw);
   }
-  // The store's driver takes a letter whole; shorter ones let the parser's move faster.
   return {{"message", letters}, {"store", letters},   {"text", kTexts},  {"date", kDates},
           {"html", kDocuments}, {"jet", kStatements}, {"dbx", kPatches}, {"registry", kRegistries},
           {"pst", kPatches},    {"outlook", kItems}};
