@@ -18,8 +18,9 @@ using maintenance::Result;
 constexpr const char* kAdvice =
     "What to do: restore a backup that was made before the damage (tarnwick-cli restore FILE).\n"
     "Without one, save the messages that are sound first (tarnwick-cli check --export FILE) and\n"
-    "merge them into a new repository (tarnwick-cli --home NEW merge FILE). A new load takes what\n"
-    "is still in its old store.\n";
+    "merge them into a new repository (tarnwick-cli --home NEW merge FILE). A message that is "
+    "still\n"
+    "in its old store is taken whole by a new load once it has been deleted here.\n";
 
 void Print(const CheckReport& report) {
   for (const Finding& finding : report.damage) {

@@ -23,7 +23,14 @@ using reader::ReadError;
 using reader::StoreFile;
 
 // The sanitizers reserve more address space than any limit.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TARNWICK_SANITIZED
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define TARNWICK_SANITIZED
+#endif
+#if defined(TARNWICK_SANITIZED)
 constexpr uint64_t kMaxMemory = 0;
 #else
 constexpr uint64_t kMaxMemory = uint64_t{2} << 30;
