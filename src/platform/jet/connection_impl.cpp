@@ -127,6 +127,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->file = select->file;
     program->plan = PlanSelect(*select, *schema_, kOtherSchema);
     program->all.sql = program->plan.all;
+    program->groups.sql = program->plan.groups;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
     return program;

@@ -148,6 +148,21 @@ std::string Statement::OriginColumn(int column) const {
   return name != nullptr ? name : "";
 }
 
+Statement::CellType Statement::TypeOf(int column) const {
+  switch (sqlite3_column_type(handle_, column)) {
+    case SQLITE_INTEGER:
+      return CellType::kInt;
+    case SQLITE_FLOAT:
+      return CellType::kDouble;
+    case SQLITE_TEXT:
+      return CellType::kText;
+    case SQLITE_BLOB:
+      return CellType::kBytes;
+    default:
+      return CellType::kNull;
+  }
+}
+
 bool Statement::IsNull(int column) const {
   return sqlite3_column_type(handle_, column) == SQLITE_NULL;
 }

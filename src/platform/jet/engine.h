@@ -57,6 +57,8 @@ class Statement {
   std::string OriginTable(int column) const;
   std::string OriginColumn(int column) const;
 
+  enum class CellType { kNull, kInt, kDouble, kText, kBytes };
+  CellType TypeOf(int column) const;
   bool IsNull(int column) const;
   int64_t Int(int column) const;
   std::string_view Text(int column) const;

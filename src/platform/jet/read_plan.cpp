@@ -6,6 +6,8 @@
 #include <set>
 #include <vector>
 
+#include "platform/jet/group_count.h"
+
 namespace tarnwick::jet {
 
 namespace {
@@ -271,6 +273,15 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
   SqlWriter writer(otherSchema);
   writer.Write(select);
   plan.all = writer.Take();
+  if (auto items = PlanGroupCount(select)) {
+    plan.groupItems = std::move(*items);
+    select.items.clear();
+    for (Expression& value : select.groupBy) select.items.emplace_back().value = std::move(value);
+    select.groupBy.clear();
+    SqlWriter rows;
+    rows.Write(select);
+    plan.groups = rows.Take();
+  }
   return plan;
 }
 

@@ -81,6 +81,7 @@ class Recordset::Impl final : public ConnectionUser {
   size_t FieldIndex(std::string_view name);
 
   void ReadAll();
+  void CountGroups();
   void FetchKeys();
   std::vector<int64_t> KeysByText();
   bool IsEmpty();
