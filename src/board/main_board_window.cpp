@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QScreen>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -107,8 +108,10 @@ void MainBoard::BuildBody() {
   }
   cbShowEmailText_ = new QCheckBox(tr("Show email text"), body);
   cbShowEmailText_->setObjectName("cbShowEmailText");
-  // Every letter of the caption is another control's.
-  cbShowEmailText_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+  // Every letter of the caption is another control's. A shortcut of the box itself would take the
+  // focus from the list, whose selection the text follows.
+  auto* showText = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_T), this);
+  connect(showText, &QShortcut::activated, cbShowEmailText_, &QCheckBox::toggle);
   cbShowEmailText_->setToolTip(tr("A window with the text of the selected message (Ctrl+T)"));
   buttons->addSpacing(8);
   buttons->addWidget(cbShowEmailText_);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the main window does to listed messages, without the window. Each asks and reports as
-// designed and returns true when rows were changed; the list is the caller's to query and bind
-// anew.
+// What the main window does to listed messages, without the window. Each asks and reports by itself
+// and returns true when rows were changed; the list is the caller's to query and bind anew.
 #pragma once
 
 #include <cstdint>

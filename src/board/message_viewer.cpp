@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "board/steps.h"
-#include "board/stored_message.h"
 #include "core/documents.h"
 #include "core/guard.h"
 #include "core/messages.h"
@@ -14,6 +13,7 @@
 #include "platform/html.h"
 #include "platform/jet/recordset.h"
 #include "repository/repository.h"
+#include "takeout/stored_file.h"
 
 namespace tarnwick::board {
 
@@ -85,7 +85,7 @@ void Summarise(const Moved& moved) {
 
 bool ShowStoredMessage(int64_t emailId, const std::string& application) {
   return core::Guarded("ShowStoredMessage", false, [&] {
-    std::optional<std::string> bytes = ReadStoredFile(emailId);
+    std::optional<std::string> bytes = takeout::ReadStoredFile(emailId);
     if (!bytes) {
       core::ShowMessage("There isn't nature email copy.");
       return false;

@@ -20,6 +20,13 @@ bool TableView::IsText(std::string_view column) const {
   return false;
 }
 
+ColumnKind TableView::KindOf(std::string_view column) const {
+  for (size_t i = 0; i < columns.size(); i++) {
+    if (SameWord(columns[i], column)) return KindOfDeclared(types[i]);
+  }
+  return ColumnKind::kAny;
+}
+
 const TableView* Catalog::Find(std::string_view table) {
   std::string name = LowerWord(table);
   auto found = tables_.find(name);

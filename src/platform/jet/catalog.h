@@ -20,6 +20,8 @@ struct TableView {
   bool Has(std::string_view column) const;
   // Declared as a text, not as a long one.
   bool IsText(std::string_view column) const;
+  // kAny for a column that there is not.
+  ColumnKind KindOf(std::string_view column) const;
 };
 
 class Catalog {

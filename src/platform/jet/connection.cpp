@@ -98,6 +98,10 @@ std::string Connection::IntegrityCheck() {
   return found == "ok" ? "" : found;
 }
 
+int64_t Connection::RowsSeen() const {
+  return impl_->Engine().RowsSeen();
+}
+
 void Connection::SetProgressHandler(std::function<bool()> handler) {
   impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
 }

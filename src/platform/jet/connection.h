@@ -78,6 +78,10 @@ class Connection {
   // Called every few milliseconds while a statement runs; returning true stops the statement (Error
   // 9, "interrupted"). {} takes it out.
   void SetProgressHandler(std::function<bool()> handler);
+  // Rows that statements have written while a progress handler was set, in every file of theirs;
+  // grows while a statement runs, so that the handler can tell how far it is. A table emptied whole
+  // is not counted row by row.
+  int64_t RowsSeen() const;
 
   // Engine-side state shared with Recordset.
   class Impl;

@@ -132,7 +132,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->row.sql = program->plan.row;
     return program;
   }
-  SqlWriter writer(kOtherSchema);
+  SqlWriter writer(*schema_, kOtherSchema);
   if (auto* insert = std::get_if<Insert>(&parsed)) {
     program->file = insert->file;
     program->writesFile = insert->file.has_value();
@@ -174,6 +174,7 @@ const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
     field.name = shown.statement->ColumnName(i);
     if (base != nullptr && SameWord(shown.statement->OriginTable(i), program.plan.base)) {
       field.column = shown.statement->OriginColumn(i);
+      field.kind = base->KindOf(field.column);
       field.isKey = !base->key.empty() && SameWord(base->key, field.column);
     }
     program.fields.push_back(std::move(field));

@@ -30,6 +30,7 @@ struct FieldInfo {
   std::string name;
   std::string column;  // of the base table; "" when the field is none of its columns
   bool isKey = false;
+  ColumnKind kind = ColumnKind::kAny;
 };
 
 // A statement of the dialect, translated. Those of one shape share it.

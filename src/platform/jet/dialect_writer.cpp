@@ -2,6 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/jet/dialect_writer.h"
 
+#include <algorithm>
+
+#include "platform/jet/functions.h"
+
 namespace tarnwick::jet {
 
 namespace {
@@ -32,7 +36,66 @@ std::vector<std::string> NamesOf(const std::vector<SelectItem>& items) {
   return names;
 }
 
+bool IsLong(ColumnKind kind) {
+  return kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
+}
+
 }  // namespace
+
+const TableView* SqlWriter::ViewOf(std::string_view table) const {
+  return schema_ != nullptr ? schema_->Find(table) : nullptr;
+}
+
+void SqlWriter::Enter(const Select& select) {
+  Scope scope{{select.table.Shown(), ViewOf(select.table.name)}};
+  for (const Join& join : select.joins) {
+    scope.push_back({join.table.Shown(), ViewOf(join.table.name)});
+  }
+  scopes_.push_back(std::move(scope));
+}
+
+void SqlWriter::EnterTable(std::string_view table) {
+  scopes_.push_back({{std::string(table), ViewOf(table)}});
+}
+
+ColumnKind SqlWriter::KindOf(const Expression& expression) const {
+  if (expression.kind != Kind::kColumn) return ColumnKind::kAny;
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    for (const Source& source : *scope) {
+      bool here = expression.table.empty()
+                      ? source.view != nullptr && source.view->Has(expression.text)
+                      : SameWord(source.shown, expression.table);
+      if (here && source.view != nullptr) return source.view->KindOf(expression.text);
+    }
+  }
+  return ColumnKind::kAny;
+}
+
+void SqlWriter::Column(const Expression& column) {
+  if (!column.table.empty()) {
+    Name(column.table);
+    Text(".");
+  }
+  Name(column.text);
+}
+
+void SqlWriter::PlainColumn(const Expression& column) {
+  ColumnKind kind = KindOf(column);
+  if (!IsLong(kind)) return Column(column);
+  bool isText = kind == ColumnKind::kLongText;
+  // A function's value has lost how its column compares.
+  Text(isText ? "(CAST(tw_long_text(" : "tw_bytes(");
+  Column(column);
+  Text(")");
+  if (isText) Text(std::string(" AS TEXT) COLLATE ") + kTextCollation + ")");
+}
+
+void SqlWriter::Packed(const Expression& value, ColumnKind into) {
+  if (!IsLong(into) || value.kind == Kind::kNull) return Value(value);
+  Text(into == ColumnKind::kLongText ? "tw_pack_text(" : "tw_pack_bytes(");
+  Value(value);
+  Text(")");
+}
 
 void SqlWriter::Name(std::string_view name) {
   sql_.text += '"';
@@ -80,30 +143,63 @@ void SqlWriter::JoinClause(const Join& join, bool other) {
   }
 }
 
+void SqlWriter::Item(const SelectItem& item, ColumnKind into, int& unnamed) {
+  if (item.star) {
+    if (!item.starTable.empty()) {
+      Name(item.starTable);
+      Text(".");
+    }
+    return Text("*");
+  }
+  bool isColumn = item.value.kind == Kind::kColumn;
+  if (isColumn && !plainItems_) {
+    Column(item.value);
+  } else {
+    Packed(item.value, into);
+  }
+  Text(" AS ");
+  if (!item.alias.empty()) {
+    Name(item.alias);
+  } else if (isColumn) {
+    Name(item.value.text);
+  } else {
+    Name("Expr" + std::to_string(unnamed++));
+  }
+}
+
 void SqlWriter::Items(const std::vector<SelectItem>& items) {
   int unnamed = 1000;
-  bool first = true;
+  for (size_t i = 0; i < items.size(); i++) {
+    if (i > 0) Text(", ");
+    Item(items[i], ColumnKind::kAny, unnamed);
+  }
+}
+
+std::vector<SelectItem> SqlWriter::Expanded(const std::vector<SelectItem>& items) const {
+  std::vector<SelectItem> expanded;
   for (const SelectItem& item : items) {
-    if (!first) Text(", ");
-    first = false;
-    if (item.star) {
-      if (!item.starTable.empty()) {
-        Name(item.starTable);
-        Text(".");
-      }
-      Text("*");
+    if (!item.star) {
+      // Only what an item is taken from matters here.
+      SelectItem named;
+      named.value.kind = item.value.kind;
+      named.value.table = item.value.table;
+      named.value.text = item.value.text;
+      expanded.push_back(std::move(named));
       continue;
     }
-    Value(item.value);
-    Text(" AS ");
-    if (!item.alias.empty()) {
-      Name(item.alias);
-    } else if (item.value.kind == Kind::kColumn) {
-      Name(item.value.text);
-    } else {
-      Name("Expr" + std::to_string(unnamed++));
+    for (const Source& source : scopes_.back()) {
+      bool meant = item.starTable.empty() || SameWord(item.starTable, source.shown);
+      if (!meant || source.view == nullptr) continue;
+      for (const std::string& column : source.view->columns) {
+        SelectItem named;
+        named.value.kind = Kind::kColumn;
+        named.value.table = source.shown;
+        named.value.text = column;
+        expanded.push_back(std::move(named));
+      }
     }
   }
+  return expanded;
 }
 
 void SqlWriter::Where(const std::optional<Expression>& where) {
@@ -113,9 +209,27 @@ void SqlWriter::Where(const std::optional<Expression>& where) {
 }
 
 void SqlWriter::Write(const Select& select) {
+  Rows(select, {}, false);
+}
+
+void SqlWriter::Rows(const Select& select, const std::vector<ColumnKind>& into, bool carriedOver) {
   bool other = select.file.has_value();
+  Enter(select);
+  // Where rows are compared with one another their plain values are.
+  bool compared = select.distinct || !select.groupBy.empty() || !select.orderBy.empty();
+  bool outer = plainItems_;
+  plainItems_ = carriedOver ? false : compared || !into.empty() || scopes_.size() > 1;
   Text(select.distinct ? "SELECT DISTINCT " : "SELECT ");
-  Items(select.items);
+  if (into.empty() || carriedOver) {
+    Items(select.items);
+  } else {
+    int unnamed = 1000;
+    for (size_t i = 0; i < select.items.size(); i++) {
+      if (i > 0) Text(", ");
+      Item(select.items[i], i < into.size() ? into[i] : ColumnKind::kAny, unnamed);
+    }
+  }
+  plainItems_ = outer;
   Text(" FROM ");
   Table(select.table, other);
   for (const Join& join : select.joins) JoinClause(join, other);
@@ -137,6 +251,7 @@ void SqlWriter::Write(const Select& select) {
     Text(" LIMIT ");
     Literal(*select.top);
   }
+  scopes_.pop_back();
 }
 
 void SqlWriter::Write(const Insert& insert) {
@@ -150,32 +265,65 @@ void SqlWriter::Write(const Insert& insert) {
     Name(columns[i]);
   }
   if (!columns.empty()) Text(")");
+  std::vector<ColumnKind> into;
+  if (const TableView* view = ViewOf(insert.table)) {
+    for (const std::string& column : columns.empty() ? view->columns : columns) {
+      into.push_back(view->KindOf(column));
+    }
+  }
   if (insert.select) {
     Text(" ");
-    Write(*insert.select);
-    return;
+    return InsertRows(*insert.select, into);
   }
   Text(" VALUES (");
-  List(insert.values, 0, ", ");
+  for (size_t i = 0; i < insert.values.size(); i++) {
+    if (i > 0) Text(", ");
+    Packed(insert.values[i], i < into.size() ? into[i] : ColumnKind::kAny);
+  }
   Text(")");
+}
+
+void SqlWriter::InsertRows(const Select& select, const std::vector<ColumnKind>& into) {
+  if (std::none_of(into.begin(), into.end(), IsLong)) return Write(select);
+  Enter(select);
+  std::vector<SelectItem> items = Expanded(select.items);
+  bool asStored = !select.distinct && select.groupBy.empty() && items.size() == into.size();
+  for (size_t i = 0; asStored && i < items.size(); i++) {
+    ColumnKind from = KindOf(items[i].value);
+    asStored = from == into[i] || (!IsLong(from) && !IsLong(into[i]));
+  }
+  scopes_.pop_back();
+  bool hasStar = std::any_of(select.items.begin(), select.items.end(),
+                             [](const SelectItem& item) { return item.star; });
+  if (!asStored && hasStar) {
+    // The rows of another kind of table, or each only once: not what a * is copied for.
+    RefuseSql("* into columns of other kinds");
+  }
+  Rows(select, into, asStored);
 }
 
 void SqlWriter::Write(const Update& update) {
   Text("UPDATE main.");
   Name(update.table);
+  EnterTable(update.table);
   for (size_t i = 0; i < update.changes.size(); i++) {
     Text(i == 0 ? " SET " : ", ");
-    Name(update.changes[i].first);
+    const auto& [column, value] = update.changes[i];
+    Name(column);
     Text(" = ");
-    Value(update.changes[i].second);
+    const TableView* view = scopes_.back().front().view;
+    Packed(value, view != nullptr ? view->KindOf(column) : ColumnKind::kAny);
   }
   Where(update.where);
+  scopes_.pop_back();
 }
 
 void SqlWriter::Write(const Delete& statement) {
   Text("DELETE FROM main.");
   Name(statement.table);
+  EnterTable(statement.table);
   Where(statement.where);
+  scopes_.pop_back();
 }
 
 void SqlWriter::Literal(size_t literal) {
@@ -216,8 +364,30 @@ void SqlWriter::Call(const Expression& call) {
     return;
   }
   Text(EngineFunction(call.text));
+  // How many there are does not depend on what they are.
+  if (call.text == "count" && call.operands[0].kind == Kind::kColumn) {
+    Text("(");
+    Column(call.operands[0]);
+    return Text(")");
+  }
+  if (call.text == "instr") return Search(call);
   Text("(");
   List(call.operands, 0, ", ");
+  Text(")");
+}
+
+// A long text is searched where it is unpacked, without a copy of it.
+void SqlWriter::Search(const Expression& search) {
+  const Expression& text = search.operands[0];
+  bool isLong = KindOf(text) == ColumnKind::kLongText;
+  Text(isLong ? "_long(" : "(");
+  if (isLong) {
+    Column(text);
+  } else {
+    Value(text);
+  }
+  Text(", ");
+  List(search.operands, 1, ", ");
   Text(")");
 }
 
@@ -240,11 +410,7 @@ void SqlWriter::Value(const Expression& expression) {
       sql_.usesNow = true;
       return Text("?" + std::to_string(kNowParameter));
     case Kind::kColumn:
-      if (!expression.table.empty()) {
-        Name(expression.table);
-        Text(".");
-      }
-      return Name(expression.text);
+      return PlainColumn(expression);
     default:
       Text("(");
       Compound(expression);
@@ -282,9 +448,8 @@ void SqlWriter::Compound(const Expression& expression) {
       break;
     case Kind::kLike:
       if (expression.negated) Text("NOT ");
-      Text("tw_like(");
-      List(operands, 0, ", ");
-      Text(")");
+      Text("tw_like");
+      Search(expression);
       break;
     case Kind::kBetween:
       Value(operands[0]);
@@ -295,7 +460,11 @@ void SqlWriter::Compound(const Expression& expression) {
       In(expression);
       break;
     case Kind::kIsNull:
-      Value(operands[0]);
+      if (operands[0].kind == Kind::kColumn) {
+        Column(operands[0]);
+      } else {
+        Value(operands[0]);
+      }
       Text(expression.negated ? " IS NOT NULL" : " IS NULL");
       break;
     default:

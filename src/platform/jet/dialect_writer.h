@@ -5,6 +5,10 @@
 //
 // Parameters of what is written: kKeyParameter a row's key, kDateParameter and kNowParameter the
 // clock, kFirstLiteral and on the literals of the statement in their order.
+//
+// Columns that may be packed (packing.h) are written so that the engine meets their plain values,
+// except where a column is itself an item of a plain SELECT: Statement unpacks that when it is
+// read. What goes into such a column is packed, or carried over as it is from a column of its kind.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/jet/catalog.h"
 #include "platform/jet/dialect_tree.h"
 
 namespace tarnwick::jet {
@@ -31,8 +36,11 @@ struct EngineSql {
 
 class SqlWriter {
  public:
-  // otherSchema: the name under which the file of an IN clause is attached.
-  explicit SqlWriter(std::string_view otherSchema = {}) : otherSchema_(otherSchema) {}
+  // schema: what the tables have; that of the file of an IN clause, attached under the name
+  // otherSchema, has the same.
+  SqlWriter() = default;
+  explicit SqlWriter(Catalog& schema, std::string_view otherSchema = {})
+      : schema_(&schema), otherSchema_(otherSchema) {}
 
   void Write(const Select& select);
   void Write(const Insert& insert);
@@ -40,6 +48,8 @@ class SqlWriter {
   void Write(const Delete& statement);
 
   // The parts, for statements that are put together.
+  // Columns written from here on are those of the select's tables.
+  void Enter(const Select& select);
   void Items(const std::vector<SelectItem>& items);
   void Table(const TableName& table, bool other);
   void JoinClause(const Join& join, bool other);
@@ -51,6 +61,26 @@ class SqlWriter {
   EngineSql Take() { return std::move(sql_); }
 
  private:
+  struct Source {
+    std::string shown;
+    const TableView* view;  // nullptr: unknown
+  };
+  // One SELECT within another sees its own tables first.
+  using Scope = std::vector<Source>;
+
+  const TableView* ViewOf(std::string_view table) const;
+  void EnterTable(std::string_view table);
+  ColumnKind KindOf(const Expression& expression) const;
+  void Column(const Expression& column);
+  void PlainColumn(const Expression& column);
+  // into: the kinds of the columns that the rows are for, empty when they are read; carriedOver: as
+  // they are stored.
+  void Rows(const Select& select, const std::vector<ColumnKind>& into, bool carriedOver);
+  void Item(const SelectItem& item, ColumnKind into, int& unnamed);
+  std::vector<SelectItem> Expanded(const std::vector<SelectItem>& items) const;
+  void InsertRows(const Select& select, const std::vector<ColumnKind>& into);
+  void Packed(const Expression& value, ColumnKind into);
+  void Search(const Expression& search);
   void Compound(const Expression& expression);
   void Literal(size_t literal);
   void List(const std::vector<Expression>& expressions, size_t from, std::string_view separator);
@@ -58,7 +88,10 @@ class SqlWriter {
   void Call(const Expression& call);
   void Schema(bool other);
 
+  Catalog* schema_ = nullptr;
   std::string otherSchema_;
+  std::vector<Scope> scopes_;
+  bool plainItems_ = false;  // items that are columns are written as their plain values
   EngineSql sql_;
 };
 

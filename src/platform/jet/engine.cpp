@@ -10,6 +10,7 @@
 
 #include "platform/error.h"
 #include "platform/jet/functions.h"
+#include "platform/jet/packing.h"
 #include "platform/jet/text_fold.h"
 
 namespace tarnwick::jet {
@@ -31,6 +32,13 @@ int LengthOf(std::string_view data) {
 
 }  // namespace
 
+ColumnKind KindOfDeclared(std::string_view type) {
+  if (type == "DATETIME") return ColumnKind::kDate;
+  if (type == "LONGTEXT") return ColumnKind::kLongText;
+  if (type == "BLOB") return ColumnKind::kBytes;
+  return ColumnKind::kAny;
+}
+
 Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
   // The library functions of the engine that make tables of themselves are of no use here.
   const char* tail = nullptr;
@@ -43,8 +51,7 @@ Statement::Statement(Database& database, std::string_view sql) : database_(&data
   kinds_.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; i++) {
     const char* declared = sqlite3_column_decltype(handle_, i);
-    bool isDate = declared != nullptr && std::string_view(declared) == "DATETIME";
-    kinds_.push_back(isDate ? ColumnKind::kDate : ColumnKind::kAny);
+    kinds_.push_back(declared != nullptr ? KindOfDeclared(declared) : ColumnKind::kAny);
   }
 }
 
@@ -103,6 +110,26 @@ void Statement::BindValue(int index, const Value& value) {
         }
       },
       value.Data());
+}
+
+void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {
+  std::string_view plain;
+  if (auto* text = std::get_if<std::string>(&value.Data())) plain = *text;
+  if (auto* bytes = std::get_if<Bytes>(&value.Data())) plain = bytes->data;
+  bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
+  if (!isLong || plain.empty()) return BindValue(index, value);
+  bool isText = kind == ColumnKind::kLongText;
+  if (isText && !IsWellFormed(plain)) {
+    keep = MendUtf8(plain);
+    plain = keep;
+  }
+  std::string_view packed = Pack(plain);
+  if (packed.empty()) return isText ? BindText(index, plain) : BindBytes(index, plain);
+  keep = packed;
+  if (isText) return BindBytes(index, keep);
+  int code =
+      sqlite3_bind_text64(handle_, index, keep.data(), keep.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (code != SQLITE_OK) database_->Fail(code);
 }
 
 bool Statement::Step() {
@@ -178,6 +205,13 @@ std::string_view Statement::Text(int column) const {
   return {static_cast<const char*>(data), static_cast<size_t>(size)};
 }
 
+std::string_view Statement::Stored(int column) const {
+  const void* data = sqlite3_column_blob(handle_, column);
+  int size = sqlite3_column_bytes(handle_, column);
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<size_t>(size)};
+}
+
 Value Statement::ColumnValue(int column) const {
   switch (sqlite3_column_type(handle_, column)) {
     case SQLITE_INTEGER:
@@ -186,16 +220,15 @@ Value Statement::ColumnValue(int column) const {
     case SQLITE_FLOAT:
       return sqlite3_column_double(handle_, column);
     case SQLITE_TEXT:
-      return std::string(Text(column));
-    case SQLITE_BLOB: {
-      const void* data = sqlite3_column_blob(handle_, column);
-      int size = sqlite3_column_bytes(handle_, column);
-      Bytes bytes;
-      if (data != nullptr) {
-        bytes.data.assign(static_cast<const char*>(data), static_cast<size_t>(size));
+      if (Kind(column) == ColumnKind::kBytes && IsPacked(Stored(column))) {
+        return Bytes{Unpack(Stored(column))};
       }
-      return bytes;
-    }
+      return std::string(Text(column));
+    case SQLITE_BLOB:
+      if (Kind(column) == ColumnKind::kLongText && IsPacked(Stored(column))) {
+        return Unpack(Stored(column));
+      }
+      return Bytes{std::string(Stored(column))};
     default:
       return {};
   }
@@ -289,8 +322,15 @@ void Database::SetProgress(int count, std::function<bool()> handler) {
   progress_ = std::move(handler);
   if (!progress_) {
     sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
+    sqlite3_update_hook(handle_, nullptr, nullptr);
     return;
   }
+  sqlite3_update_hook(
+      handle_,
+      [](void* self, int, const char*, const char*, sqlite3_int64) {
+        ++static_cast<Database*>(self)->rowsSeen_;
+      },
+      this);
   sqlite3_progress_handler(
       handle_, count,
       [](void* self) -> int {

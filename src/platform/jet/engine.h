@@ -20,8 +20,9 @@ struct sqlite3_stmt;
 
 namespace tarnwick::jet {
 
-// What a declared column type says about the values below it.
-enum class ColumnKind { kAny, kDate };
+// What a declared column type says about the values below it. Long texts and bytes may be packed.
+enum class ColumnKind { kAny, kDate, kLongText, kBytes };
+ColumnKind KindOfDeclared(std::string_view type);
 
 class Database;
 
@@ -43,6 +44,8 @@ class Statement {
   void BindText(int index, std::string_view text);
   void BindBytes(int index, std::string_view bytes);
   void BindValue(int index, const Value& value);
+  // A value for a column that may pack it. What is packed lies in keep, which must last likewise.
+  void BindStored(int index, const Value& value, ColumnKind kind, std::string& keep);
 
   // True when there is a row; columns count from 0 and are valid until the next step.
   bool Step();
@@ -62,7 +65,8 @@ class Statement {
   bool IsNull(int column) const;
   int64_t Int(int column) const;
   std::string_view Text(int column) const;
-  Value ColumnValue(int column) const;
+  std::string_view Stored(int column) const;  // the bytes as they lie in the file
+  Value ColumnValue(int column) const;        // plain, where the column's kind is known
 
  private:
   Database* database_;
@@ -108,6 +112,8 @@ class Database {
   void SyncLog();
   // Called about every count engine steps; true stops the statement.
   void SetProgress(int count, std::function<bool()> handler);
+  // Rows written while a progress handler is set; grows while a statement runs.
+  int64_t RowsSeen() const { return rowsSeen_; }
 
   [[noreturn]] void Fail(int code) const;
   sqlite3* Handle() const { return handle_; }
@@ -115,6 +121,7 @@ class Database {
  private:
   sqlite3* handle_ = nullptr;
   std::function<bool()> progress_;
+  int64_t rowsSeen_ = 0;
 };
 
 }  // namespace tarnwick::jet

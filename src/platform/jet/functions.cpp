@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "platform/error.h"
+#include "platform/jet/packing.h"
 #include "platform/jet/text_fold.h"
 #include "platform/jet/text_order.h"
 #include "platform/jet/text_search.h"
@@ -22,6 +23,14 @@ namespace {
 
 bool IsNull(sqlite3_value* value) {
   return sqlite3_value_type(value) == SQLITE_NULL;
+}
+
+// As it is stored, whatever its type.
+std::string_view StoredOf(sqlite3_value* value) {
+  const void* data = sqlite3_value_blob(value);
+  int size = sqlite3_value_bytes(value);
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<size_t>(size)};
 }
 
 std::string_view TextOf(sqlite3_value* value) {
@@ -38,6 +47,9 @@ void Shielded(sqlite3_context* context, Body&& body) {
     body();
   } catch (const std::bad_alloc&) {
     sqlite3_result_error_nomem(context);
+  } catch (const Error& error) {
+    sqlite3_result_error(context, error.Description().c_str(), -1);
+    sqlite3_result_error_code(context, error.Number());
   } catch (const std::exception& error) {
     sqlite3_result_error(context, error.what(), -1);
   }
@@ -74,10 +86,21 @@ void Format(sqlite3_context* context, int, sqlite3_value** arguments) {
   });
 }
 
+bool IsPackedText(sqlite3_value* value) {
+  return sqlite3_value_type(value) == SQLITE_BLOB && IsPacked(StoredOf(value));
+}
+
+// The text of an argument that may be packed; valid until the next one.
+template <bool kLong>
+std::string_view SearchedText(sqlite3_value* value) {
+  return kLong && IsPackedText(value) ? UnpackScratch(StoredOf(value)) : TextOf(value);
+}
+
+template <bool kLong>
 void InStr(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (IsNull(arguments[0]) || IsNull(arguments[1])) return;
   Shielded(context, [&] {
-    std::string_view text = TextOf(arguments[0]);
+    std::string_view text = SearchedText<kLong>(arguments[0]);
     WithPrepared<Needle>(context, arguments[1], [&](const Needle& needle) {
       Needle::Match match = needle.Find(text);
       size_t place = match.begin == Needle::kNone ? 0 : CountChars(text.substr(0, match.begin)) + 1;
@@ -86,13 +109,62 @@ void InStr(sqlite3_context* context, int, sqlite3_value** arguments) {
   });
 }
 
+template <bool kLong>
 void Like(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (IsNull(arguments[0]) || IsNull(arguments[1])) return;
   Shielded(context, [&] {
-    std::string_view text = TextOf(arguments[0]);
+    std::string_view text = SearchedText<kLong>(arguments[0]);
     WithPrepared<LikePattern>(context, arguments[1], [&](const LikePattern& pattern) {
       sqlite3_result_int(context, pattern.Matches(text) ? 1 : 0);
     });
+  });
+}
+
+void LongText(sqlite3_context* context, int, sqlite3_value** arguments) {
+  if (!IsPackedText(arguments[0])) return sqlite3_result_value(context, arguments[0]);
+  Shielded(context, [&] {
+    std::string_view text = UnpackScratch(StoredOf(arguments[0]));
+    sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  });
+}
+
+void PlainBytes(sqlite3_context* context, int, sqlite3_value** arguments) {
+  bool isPacked =
+      sqlite3_value_type(arguments[0]) == SQLITE_TEXT && IsPacked(StoredOf(arguments[0]));
+  if (!isPacked) return sqlite3_result_value(context, arguments[0]);
+  Shielded(context, [&] {
+    std::string_view bytes = UnpackScratch(StoredOf(arguments[0]));
+    sqlite3_result_blob64(context, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+  });
+}
+
+void PackText(sqlite3_context* context, int, sqlite3_value** arguments) {
+  if (IsNull(arguments[0])) return;
+  Shielded(context, [&] {
+    std::string_view text = TextOf(arguments[0]);
+    std::string_view packed = Pack(text);
+    if (!packed.empty()) {
+      sqlite3_result_blob64(context, packed.data(), packed.size(), SQLITE_TRANSIENT);
+    } else {
+      sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    }
+  });
+}
+
+void PackBytes(sqlite3_context* context, int, sqlite3_value** arguments) {
+  int type = sqlite3_value_type(arguments[0]);
+  if (type != SQLITE_TEXT && type != SQLITE_BLOB) {
+    return sqlite3_result_value(context, arguments[0]);
+  }
+  Shielded(context, [&] {
+    std::string_view bytes = StoredOf(arguments[0]);
+    std::string_view packed = Pack(bytes);
+    if (!packed.empty()) {
+      sqlite3_result_text64(context, packed.data(), packed.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    } else {
+      sqlite3_result_blob64(context, bytes.empty() ? "" : bytes.data(), bytes.size(),
+                            SQLITE_TRANSIENT);
+    }
   });
 }
 
@@ -110,11 +182,20 @@ int Collate(void*, int sizeA, const void* a, int sizeB, const void* b) {
 void RegisterFunctions(sqlite3* handle) {
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
   using Function = void (*)(sqlite3_context*, int, sqlite3_value**);
-  constexpr std::pair<const char*, Function> kFunctions[] = {
-      {"tw_format", Format}, {"tw_instr", InStr}, {"tw_like", Like}};
-  for (auto [name, function] : kFunctions) {
-    int code = sqlite3_create_function_v2(handle, name, 2, kFlags, nullptr, function, nullptr,
-                                          nullptr, nullptr);
+  struct Registered {
+    const char* name;
+    int arguments;
+    Function function;
+  };
+  constexpr Registered kFunctions[] = {
+      {"tw_format", 2, Format},          {"tw_instr", 2, InStr<false>},
+      {"tw_instr_long", 2, InStr<true>}, {"tw_like", 2, Like<false>},
+      {"tw_like_long", 2, Like<true>},   {"tw_long_text", 1, LongText},
+      {"tw_bytes", 1, PlainBytes},       {"tw_pack_text", 1, PackText},
+      {"tw_pack_bytes", 1, PackBytes}};
+  for (const Registered& made : kFunctions) {
+    int code = sqlite3_create_function_v2(handle, made.name, made.arguments, kFlags, nullptr,
+                                          made.function, nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errmsg(handle));
   }
   int code =

@@ -26,7 +26,7 @@ bool HasAggregate(const Expression& expression) {
 
 class Planner {
  public:
-  Planner(Select& select, Catalog& schema) : select_(select) {
+  Planner(Select& select, Catalog& schema) : select_(select), schema_(schema) {
     Add(select.table, schema);
     for (const Join& join : select.joins) Add(join.table, schema);
     NarrowJoins();
@@ -218,7 +218,8 @@ class Planner {
     std::set<size_t> joins = NeededJoins(std::move(places), true);
     plan.repeatsKeys =
         std::any_of(joins.begin(), joins.end(), [&](size_t i) { return !onKey_[i]; });
-    SqlWriter writer;
+    SqlWriter writer(schema_);
+    writer.Enter(select_);
     writer.Text("SELECT ");
     KeyColumn(writer);
     if (SortsByText()) {
@@ -246,7 +247,8 @@ class Planner {
   }
 
   void WriteRow(ReadPlan& plan) const {
-    SqlWriter writer;
+    SqlWriter writer(schema_);
+    writer.Enter(select_);
     writer.Text("SELECT ");
     writer.Items(select_.items);
     From(writer, NeededJoins(itemPlaces_, false));
@@ -257,6 +259,7 @@ class Planner {
   }
 
   Select& select_;
+  Catalog& schema_;
   std::vector<Source> tables_;
   std::vector<bool> onKey_;  // of each join: whether it adds at most one row
   Places itemPlaces_;
@@ -270,7 +273,7 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
   Planner planner(select, schema);
   if (planner.CanBeKeyed()) return planner.Keyed();
   ReadPlan plan;
-  SqlWriter writer(otherSchema);
+  SqlWriter writer(schema, otherSchema);
   writer.Write(select);
   plan.all = writer.Take();
   if (auto items = PlanGroupCount(select)) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/jet/functions.h"
 #include "platform/jet/group_count.h"
 #include "platform/jet/text_sort.h"
 
@@ -307,13 +308,13 @@ void Recordset::Impl::Find(std::string_view text) {
   const FieldInfo& field = Fields()[FieldIndex(criteria.field)];
   if (inTable && !field.column.empty()) {
     criteria.field = field.column;
-    FindInTable(criteria);
+    FindInTable(criteria, field.kind);
   } else {
     FindInRows(criteria);
   }
 }
 
-void Recordset::Impl::FindInTable(const FindCriteria& criteria) {
+void Recordset::Impl::FindInTable(const FindCriteria& criteria, ColumnKind kind) {
   std::optional<int64_t> from;
   if (place_ == Place::kKey) from = key_;
   if (place_ == Place::kIndex) {
@@ -324,6 +325,10 @@ void Recordset::Impl::FindInTable(const FindCriteria& criteria) {
     from = keys_[index_];
   }
   std::string column = QuotedName(criteria.field);
+  if (kind == ColumnKind::kLongText) {
+    column = "(tw_long_text(" + column + ") COLLATE " + kTextCollation + ")";
+  }
+  if (kind == ColumnKind::kBytes) column = "tw_bytes(" + column + ")";
   std::string sql = "SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) + " WHERE ";
   sql += criteria.op == "LIKE" ? "tw_like(" + column + ", ?1)" : column + " " + criteria.op + " ?1";
   if (from) sql += " AND _rowid_ >= ?2";
@@ -485,6 +490,17 @@ void Recordset::Impl::Update() {
   }
 }
 
+// Gives what must last until the statement has run.
+std::vector<std::string> Recordset::Impl::BindEdited(Statement& statement, int parameter) {
+  const std::vector<FieldInfo>& fields = Fields();
+  std::vector<std::string> packed(fields.size());
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (!edited_[i]) continue;
+    statement.BindStored(++parameter, *edited_[i], fields[i].kind, packed[i]);
+  }
+  return packed;
+}
+
 void Recordset::Impl::InsertRow() {
   const std::vector<FieldInfo>& fields = Fields();
   std::string columns;
@@ -499,10 +515,7 @@ void Recordset::Impl::InsertRow() {
   std::string sql = "INSERT INTO main." + QuotedName(program_->plan.base);
   sql += parameters == 0 ? " DEFAULT VALUES" : " (" + columns + ") VALUES (" + values + ")";
   std::shared_ptr<Statement> insert = connection_->Own(sql);
-  int parameter = 0;
-  for (const std::optional<Value>& value : edited_) {
-    if (value) insert->BindValue(++parameter, *value);
-  }
+  std::vector<std::string> packed = BindEdited(*insert, 0);
   connection_->RunWrite(*insert);
   key_ = connection_->Engine().LastRowId();
   CancelUpdate();
@@ -527,10 +540,7 @@ void Recordset::Impl::ChangeRow() {
   sql += " WHERE _rowid_ = ?1";
   std::shared_ptr<Statement> update = connection_->Own(sql);
   update->Bind(1, *key);
-  parameter = 1;
-  for (const std::optional<Value>& value : edited_) {
-    if (value) update->BindValue(++parameter, *value);
-  }
+  std::vector<std::string> packed = BindEdited(*update, 1);
   bool known = place_ == Place::kKey && seenVersion_ == connection_->Version();
   if (connection_->RunWrite(*update) == 0) NoCurrentRow();
   if (known) seenVersion_ = connection_->Version();

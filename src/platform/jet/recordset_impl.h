@@ -96,9 +96,10 @@ class Recordset::Impl final : public ConnectionUser {
   const Row& CurrentRow();
   const Row& ReadRow(int64_t key);
 
-  void FindInTable(const FindCriteria& criteria);
+  void FindInTable(const FindCriteria& criteria, ColumnKind kind);
   void FindInRows(const FindCriteria& criteria);
   void RequireUpdatable();
+  std::vector<std::string> BindEdited(Statement& statement, int parameter);
   void InsertRow();
   void ChangeRow();
 

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/jet/packing.h"
+
+#include <zstd.h>
+
+#include <memory>
+#include <new>
+
+#include "platform/error.h"
+#include "platform/jet/packing_text.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// What every packed value begins with: the format number and a frame's own mark.
+constexpr std::string_view kMark("\x01\x28\xB5\x2F\xFD", 5);
+
+// The fastest of the levels that find repetitions well; a higher one gains 2 % at half the speed.
+constexpr int kLevel = 1;
+// Shorter ones gain nothing to speak of.
+constexpr size_t kShortestPacked = 64;
+constexpr size_t kLeastGain = 16;
+// A value of mostly one character may shrink this much; what claims more is stored plain.
+constexpr size_t kMostExpansion = 1000;
+
+// What a thread keeps for its next value.
+constexpr size_t kMostKept = 1024 * 1024;
+
+constexpr int kDamaged = 11;  // the engine's own number for a malformed file
+
+template <auto Free>
+struct Freed {
+  template <typename Handle>
+  void operator()(Handle* handle) const {
+    Free(handle);
+  }
+};
+
+std::string Dictionary() {
+  std::string text(reinterpret_cast<const char*>(kPackingStatistics), sizeof kPackingStatistics);
+  for (char c : std::string_view(kPackingText, kPackingTextSize)) {
+    if (c == '\n') text += '\r';
+    text += c;
+  }
+  return text;
+}
+
+struct Dictionaries {
+  Dictionaries() {
+    std::string text = Dictionary();
+    packing.reset(ZSTD_createCDict(text.data(), text.size(), kLevel));
+    unpacking.reset(ZSTD_createDDict(text.data(), text.size()));
+    if (!packing || !unpacking) throw std::bad_alloc();
+  }
+  std::unique_ptr<ZSTD_CDict, Freed<ZSTD_freeCDict>> packing;
+  std::unique_ptr<ZSTD_DDict, Freed<ZSTD_freeDDict>> unpacking;
+};
+
+// Read only once made, so threads share it.
+const Dictionaries& SharedDictionaries() {
+  static const Dictionaries dictionaries;
+  return dictionaries;
+}
+
+// One a thread: the contexts are what is dear to make.
+struct Packer {
+  Packer() : packing(ZSTD_createCCtx()), unpacking(ZSTD_createDCtx()) {
+    if (!packing || !unpacking) throw std::bad_alloc();
+    ZSTD_CCtx_setParameter(packing.get(), ZSTD_c_compressionLevel, kLevel);
+    ZSTD_CCtx_setParameter(packing.get(), ZSTD_c_dictIDFlag, 0);
+    ZSTD_CCtx_refCDict(packing.get(), SharedDictionaries().packing.get());
+  }
+  std::unique_ptr<ZSTD_CCtx, Freed<ZSTD_freeCCtx>> packing;
+  std::unique_ptr<ZSTD_DCtx, Freed<ZSTD_freeDCtx>> unpacking;
+  std::string packed;
+  std::string plain;
+  uint64_t unpacked = 0;
+};
+
+Packer& ThreadPacker() {
+  thread_local Packer packer;
+  return packer;
+}
+
+bool IsHonest(size_t plain, size_t packed) {
+  return plain <= kLargestPacked && plain / kMostExpansion <= packed;
+}
+
+[[noreturn]] void Damaged() {
+  throw Error(kDamaged, "A packed value is damaged");
+}
+
+// The size that the value tells, once it is believed.
+size_t PlainSize(std::string_view stored) {
+  std::string_view frame = stored.substr(1);
+  unsigned long long told = ZSTD_getFrameContentSize(frame.data(), frame.size());
+  // What is unknown or unreadable is a huge number, too.
+  if (told > kLargestPacked || !IsHonest(told, stored.size())) Damaged();
+  return told;
+}
+
+void UnpackInto(std::string_view stored, char* plain, size_t size) {
+  Packer& packer = ThreadPacker();
+  packer.unpacked++;
+  std::string_view frame = stored.substr(1);
+  size_t done = ZSTD_decompress_usingDDict(packer.unpacking.get(), plain, size, frame.data(),
+                                           frame.size(), SharedDictionaries().unpacking.get());
+  if (ZSTD_isError(done) != 0 || done != size) Damaged();
+}
+
+// Room for a value; what a huge one took is given back with the next.
+char* RoomFor(std::string& scratch, size_t size) {
+  if (scratch.size() > kMostKept && size <= kMostKept) std::string().swap(scratch);
+  if (scratch.size() < size) scratch.resize(size);
+  return scratch.data();
+}
+
+}  // namespace
+
+std::string_view Pack(std::string_view plain) {
+  if (plain.size() < kShortestPacked || plain.size() > kLargestPacked) return {};
+  Packer& packer = ThreadPacker();
+  size_t room = ZSTD_compressBound(plain.size()) + 1;
+  char* packed = RoomFor(packer.packed, room);
+  packed[0] = kMark[0];
+  size_t size =
+      ZSTD_compress2(packer.packing.get(), packed + 1, room - 1, plain.data(), plain.size());
+  bool pays = ZSTD_isError(size) == 0 && size + 1 + kLeastGain <= plain.size() &&
+              IsHonest(plain.size(), size + 1);
+  return pays ? std::string_view(packed, size + 1) : std::string_view();
+}
+
+bool IsPacked(std::string_view stored) {
+  return stored.size() > kMark.size() && stored.substr(0, kMark.size()) == kMark;
+}
+
+std::string Unpack(std::string_view stored) {
+  std::string plain(PlainSize(stored), '\0');
+  UnpackInto(stored, plain.data(), plain.size());
+  return plain;
+}
+
+std::string_view UnpackScratch(std::string_view stored) {
+  size_t size = PlainSize(stored);
+  char* plain = RoomFor(ThreadPacker().plain, size);
+  UnpackInto(stored, plain, size);
+  return {plain, size};
+}
+
+uint64_t UnpackCount() {
+  return ThreadPacker().unpacked;
+}
+
+}  // namespace tarnwick::jet
