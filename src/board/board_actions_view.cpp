@@ -50,6 +50,8 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        {},
        "document-import",
        tr("Takes a file with one message in")},
+      {saveMessages, "mnSaveMessages", tr("Sa&ve messages as..."), QKeySequence::Save,
+       "document-save", tr("Saves messages as ordinary files that other programs read")},
       {exit,
        "mnuFileExit",
        tr("E&xit"),
@@ -101,6 +103,12 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
       {quit, "actionQuite", tr("&Quit"), {}, nullptr, tr("Closes the program")},
       {copy, "actionCopy", tr("&Copy"), QKeySequence::Copy, "edit-copy",
        tr("Copies the selected rows as text")},
+      {attachments,
+       "actionAttachments",
+       tr("A&ttachments"),
+       {},
+       "mail-attachment",
+       tr("The files that came with the selected message")},
       {stop, "actionStop", tr("Stop"), QKeySequence(Qt::Key_Escape), nullptr, {}},
   };
   for (const auto& row : rows) {
@@ -125,7 +133,8 @@ void BoardActionsView::SetBusy(bool busy) {
        {openRepository, createRepository, backup,         restore,        exportListed,
         merge,          loadTextFile,     contacts,       options,        markAllNotHot,
         moveHtml,       helpTopics,       about,          showAll,        showEmail,
-        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy}) {
+        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy,
+        saveMessages,   attachments}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

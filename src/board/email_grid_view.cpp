@@ -115,6 +115,19 @@ std::vector<SelectedMessage> EmailGridView::Selected() const {
   return messages;
 }
 
+int64_t EmailGridView::SelectedCount() const {
+  int64_t count = 0;
+  if (model_->IsPlaceholder()) return count;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) count += range.height();
+  return count;
+}
+
+std::vector<int64_t> EmailGridView::SelectedIds() const {
+  std::vector<int64_t> ids;
+  for (const SelectedMessage& message : Selected()) ids.push_back(message.id);
+  return ids;
+}
+
 SelectedMessage EmailGridView::Current() const {
   int row = -1;
   if (currentIndex().isValid() && selectionModel()->isRowSelected(currentIndex().row())) {

@@ -59,7 +59,7 @@ void MainBoard::BuildMenus() {
   file->addSeparator();
   file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge});
   file->addSeparator();
-  file->addAction(actions_->loadTextFile);
+  file->addActions({actions_->loadTextFile, actions_->saveMessages});
   file->addSeparator();
   file->addAction(actions_->exit);
   QMenu* view = menuBar()->addMenu(tr("&View"));
@@ -125,8 +125,9 @@ void MainBoard::BuildBody() {
 
   auto* separator = new QAction(this);
   separator->setSeparator(true);
-  grid_->addActions({actions_->showEmail, actions_->showRelated, actions_->toggleHot,
-                     actions_->markAllNotHot, separator, actions_->copy, actions_->deleteSelected});
+  grid_->addActions({actions_->showEmail, actions_->attachments, actions_->showRelated,
+                     actions_->toggleHot, actions_->markAllNotHot, separator, actions_->copy,
+                     actions_->saveMessages, actions_->deleteSelected});
   // Shortcuts of what is in no menu.
   addActions({actions_->showAll, actions_->loadFromMailer, actions_->stop});
 }
@@ -163,6 +164,14 @@ void MainBoard::Connect() {
   connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
   connect(actions_->createRepository, &QAction::triggered, this,
           [this] { SwitchRepository(true); });
+  auto whileStoppable = [this](const std::function<void()>& command) {
+    Run([&] {
+      status_->SetPanel(core::StatusPanel::kProgress, {});
+      status_->SetBusy(true);
+      command();
+    });
+  };
+  takeout_ = new TakeoutView(*actions_, *grid_, whileStoppable, this);
   connect(actions_->exit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);

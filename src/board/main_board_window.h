@@ -19,6 +19,7 @@
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
 #include "board/status_panels_view.h"
+#include "board/takeout_view.h"
 #include "board/timeline_view.h"
 
 namespace tarnwick::board {
@@ -37,6 +38,7 @@ class MainBoard : public QMainWindow, public ListForm {
   FilterStripView& Filter() { return *strip_; }
   EmailGridView& Grid() { return *grid_; }
   BoardActionsView& Actions() { return *actions_; }
+  TakeoutView& Takeout() { return *takeout_; }
   TimelineView& Timeline() { return *timeline_; }
 
   // True while a command runs that can be stopped.
@@ -100,6 +102,7 @@ class MainBoard : public QMainWindow, public ListForm {
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one
   StatusPanelsView* status_ = nullptr;
+  TakeoutView* takeout_ = nullptr;
   bool busy_ = false;
   bool closeWhenDone_ = false;
   bool keepPlace_ = false;  // the next binding keeps the current row

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,10 @@ bool ToggleActive(const std::vector<SelectedMessage>& messages);
 
 // Takes the hot mark from every listed message, after a question.
 bool MarkAllNotHot();
+
+// The IDs of the listed messages in their order; nullopt when it was stopped or on an error, which
+// has been reported.
+std::optional<std::vector<int64_t>> ListedIds();
 
 // Fills ObjectList with the IDs of the listed messages. False when the list is empty, when it was
 // stopped or on an error, which has been reported.

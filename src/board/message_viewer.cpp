@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "board/steps.h"
 #include "core/documents.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "platform/files.h"
 #include "platform/html.h"
 #include "platform/jet/recordset.h"
@@ -54,7 +54,7 @@ Moved MoveInEveryRow() {
               jet::LockType::kOptimistic);
   moved.total = emails.RecordCount();
   int64_t lostBefore = RepositoryDb().LostUnits();
-  Steps steps(moved.total);
+  core::Steps steps(moved.total);
   jet::CommitGroup group(RepositoryDb());
   for (; !emails.Eof(); emails.MoveNext()) {
     if (MoveInRow(emails)) ++moved.changed;
@@ -102,7 +102,7 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
     jet::Recordset email;
     email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
     if (email.Eof()) return std::nullopt;
-    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText()};
+    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText(), id};
     bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
     if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
     return shown;

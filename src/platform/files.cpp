@@ -257,7 +257,7 @@ bool RenameNew(const std::string& from, const std::string& to) {
 }
 
 void CutFile(const std::string& path, uint64_t size) {
-  Pass(FileOperation::kWrite, path);
+  Pass(FileOperation::kRemove, path);
   std::error_code code;
   fs::resize_file(ToPath(path), size, code);
   ThrowIf(code, path);

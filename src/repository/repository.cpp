@@ -149,6 +149,8 @@ bool OpenRepository(bool clearAll) {
     Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
     repository.RepositoryFolder = GetRepositoryFolder();
     Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
+    repository.RepositoryConnection.KeepDigest(ListDigest());
     if (clearAll) ClearRepository();
     EmptyScratchFolder();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");

@@ -204,7 +204,7 @@ bool SaveAttachmentAs(const MessageAttachments& attachments, size_t which,
       platform::WriteFile(scratch, attachments.Bytes(which));
       platform::RenameFile(scratch, path);
     } catch (...) {
-      platform::RemoveFile(scratch);
+      RemoveQuietly(scratch);
       throw;
     }
   });

@@ -2,6 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/new_files.h"
 
+#include <algorithm>
+#include <functional>
+
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -38,32 +41,36 @@ std::string MegaBytes(uint64_t bytes) {
   return std::to_string(bytes / 1000000 + 1) + " MB";
 }
 
+size_t HashOf(std::string_view name) {
+  return std::hash<std::string>()(platform::FoldCase(platform::EnsureUtf8(name)));
+}
+
 }  // namespace
 
 FreeNames::FreeNames(const std::string& folder) {
   if (folder.empty()) return;
-  for (const std::string& name : platform::ListFiles(folder)) {
-    taken_.insert(platform::FoldCase(platform::EnsureUtf8(name)));
-  }
-  for (const std::string& name : platform::ListFolders(folder)) {
-    taken_.insert(platform::FoldCase(platform::EnsureUtf8(name)));
-  }
+  for (const std::string& name : platform::ListFiles(folder)) Insert(name);
+  for (const std::string& name : platform::ListFolders(folder)) Insert(name);
+}
+
+bool FreeNames::Insert(std::string_view name) {
+  return taken_.insert(HashOf(name)).second;
 }
 
 std::string FreeNames::Take(std::string_view stem, std::string_view extension) {
-  std::string safe = platform::SafeFileName(std::string(stem) + std::string(extension), kMostChars);
+  bool hasStem = !platform::SafeFileName(stem).empty();
+  std::string safe = platform::SafeFileName(
+      std::string(hasStem ? stem : "file") + std::string(extension), kMostChars);
   size_t end = safe.size() >= extension.size() ? safe.size() - extension.size() : 0;
   std::string safeStem = safe.substr(0, safe.substr(end) == extension ? end : safe.size());
   std::string safeExtension = safe.substr(safeStem.size());
-  if (safeStem.empty()) safeStem = "file";
   std::string name = Fit(safeStem, "", safeExtension);
-  std::string folded = platform::FoldCase(name);
-  if (taken_.insert(folded).second) return name;
-  uint64_t& number = numbers_.try_emplace(folded, 1).first->second;
+  if (Insert(name)) return name;
+  uint64_t& number = numbers_.try_emplace(HashOf(name), 1).first->second;
   for (;;) {
     ++number;
     name = Fit(safeStem, " (" + std::to_string(number) + ")", safeExtension);
-    if (taken_.insert(platform::FoldCase(name)).second) return name;
+    if (Insert(name)) return name;
   }
 }
 
@@ -83,11 +90,7 @@ std::string NewFiles::Add(std::string_view stem, std::string_view extension, std
     if (modified) platform::SetFileModified(scratch_, *modified);
     return Place(scratch_, stem, extension);
   } catch (...) {
-    try {
-      platform::RemoveFile(scratch_);
-    } catch (const Error&) {
-      // The first failure is the one to tell of.
-    }
+    RemoveQuietly(scratch_);
     throw;
   }
 }
@@ -106,6 +109,14 @@ std::string NewFiles::Place(const std::string& path, std::string_view stem,
     if (platform::RenameNew(path, name)) return name;
   }
   throw Error(ErrorNumber::kPathAccess, "No free name: " + folder_ + std::string(stem));
+}
+
+void RemoveQuietly(const std::string& path) {
+  try {
+    platform::RemoveFile(path);
+  } catch (const Error&) {
+    // What went wrong before it is the failure to tell of.
+  }
 }
 
 void RequireSpace(const std::string& folder, uint64_t bytes) {

@@ -5,6 +5,8 @@
 // upper and lower case are the same, and only when they are whole. Failures throw Error.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,8 +33,12 @@ class FreeNames {
   std::string Take(std::string_view name);
 
  private:
-  std::unordered_set<std::string> taken_;              // folded
-  std::unordered_map<std::string, uint64_t> numbers_;  // last number given, by folded name
+  bool Insert(std::string_view name);
+
+  // Hashes of the folded names, so that a million of them have room; two names with one hash would
+  // cost no more than a number behind the second.
+  std::unordered_set<size_t> taken_;
+  std::unordered_map<size_t, uint64_t> numbers_;  // last number given, by name
 };
 
 class NewFiles {
@@ -57,6 +63,9 @@ class NewFiles {
   FreeNames names_;
   std::string scratch_;  // where Add writes
 };
+
+// Removes a file if it can.
+void RemoveQuietly(const std::string& path);
 
 // Throws Error 61 when the folder, or the nearest above it that is there, has not so many bytes
 // left.

@@ -158,6 +158,28 @@ TEST_F(Cli, AttachmentsAreListedAndSaved) {
   EXPECT_EQ(Run({"attachments", "1", "--save", "/proc/none"}).status, 1);
 }
 
+TEST_F(Cli, MessagesAreSavedInEachFormat) {
+  for (const char* subject : {"Garden plan", "Roof"}) {
+    std::string raw = "From: Ann Lee <ann@example.org>\r\nSubject: " + std::string(subject) +
+                      "\r\nDate: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nText.\r\n";
+    ASSERT_EQ(Run({"take", WriteMessage(std::string(subject) + ".eml", raw)}).status, 0);
+  }
+  ProgramRun run = Run({"save", "--format", "eml", home_.File("eml"), "--subject", "roof"});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output, "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_THAT(platform::ListFiles(home_.File("eml")),
+              ::testing::ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
+  run = Run({"save", "--format", "mbox", home_.File("mbox"), "--folders"});
+  EXPECT_EQ(run.output, "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_TRUE(platform::FileExists(home_.File("mbox/Text File.mbox")));
+  EXPECT_EQ(Run({"save", "--format", "maildir", home_.File("maildir")}).status, 0);
+  EXPECT_EQ(platform::ListFiles(home_.File("maildir/cur")).size(), 2U);
+  EXPECT_EQ(Run({"save", "--format", "eml", home_.File("none"), "--subject", "cellar"}).status, 1);
+  EXPECT_EQ(Run({"save", "--format", "eml", "/proc/none"}).status, 1);
+  EXPECT_EQ(Run({"save", home_.File("eml")}).status, 2);
+  EXPECT_EQ(Run({"save", "--format", "pdf", home_.File("eml")}).status, 2);
+}
+
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({}).status, 2);
   EXPECT_EQ(Run({"lists"}).status, 2);

@@ -18,6 +18,7 @@ inline constexpr int kWrongUsage = 2;
 int RunLoad(const std::vector<std::string>& words);
 int RunTake(const std::vector<std::string>& words);
 int RunList(const std::vector<std::string>& words);
+int RunSave(const std::vector<std::string>& words);
 int RunShow(const std::vector<std::string>& words);
 int RunDelete(const std::vector<std::string>& words);
 int RunMark(const std::vector<std::string>& words);

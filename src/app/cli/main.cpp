@@ -36,6 +36,7 @@ constexpr const char* kUsage =
   mark   ID
   attachments ID [--save DIR]
   contacts [--name T] [--json]
+  save   --format eml|mbox|maildir DIR [--folders] [the filters of list]
   backup FILE
   restore FILE
   export FILE [the filters of list]
@@ -46,12 +47,19 @@ Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},         {"take", tarnwick::app::RunTake},
-      {"list", tarnwick::app::RunList},         {"show", tarnwick::app::RunShow},
-      {"delete", tarnwick::app::RunDelete},     {"mark", tarnwick::app::RunMark},
-      {"contacts", tarnwick::app::RunContacts}, {"attachments", tarnwick::app::RunAttachments},
-      {"backup", tarnwick::app::RunBackup},     {"restore", tarnwick::app::RunRestore},
-      {"export", tarnwick::app::RunExport},     {"merge", tarnwick::app::RunMerge},
+      {"load", tarnwick::app::RunLoad},
+      {"take", tarnwick::app::RunTake},
+      {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},
+      {"delete", tarnwick::app::RunDelete},
+      {"mark", tarnwick::app::RunMark},
+      {"contacts", tarnwick::app::RunContacts},
+      {"save", tarnwick::app::RunSave},
+      {"attachments", tarnwick::app::RunAttachments},
+      {"backup", tarnwick::app::RunBackup},
+      {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport},
+      {"merge", tarnwick::app::RunMerge},
       {"check", tarnwick::app::RunCheck},
   };
   return commands;

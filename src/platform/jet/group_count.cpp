@@ -84,20 +84,20 @@ void GroupCounter::Add(const Statement& row) {
   for (size_t i = 0; i < key_.size(); i++) {
     int column = static_cast<int>(i);
     switch (row.TypeOf(column)) {
-      case Statement::CellType::kNull:
+      case Statement::Type::kNull:
         key_[i] = {kNullPart, 0};
         break;
-      case Statement::CellType::kInt:
+      case Statement::Type::kInteger:
         key_[i] = {kIntPart, row.Int(column)};
         break;
-      case Statement::CellType::kDouble:
+      case Statement::Type::kReal:
         // The sum makes one zero of two.
         key_[i] = {kDoublePart, std::bit_cast<int64_t>(row.ColumnValue(column).AsDouble() + 0.0)};
         break;
-      case Statement::CellType::kText:
+      case Statement::Type::kText:
         key_[i] = {kTextPart, NumberOf(i, row.Text(column))};
         break;
-      case Statement::CellType::kBytes: {
+      case Statement::Type::kBytes: {
         auto next = static_cast<int64_t>(bytes_.size());
         key_[i] = {kBytesPart,
                    bytes_.try_emplace(row.ColumnValue(column).AsText(), next).first->second};
