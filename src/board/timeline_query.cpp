@@ -17,23 +17,29 @@ namespace {
 
 using platform::TickMilliseconds;
 
-constexpr int64_t kStepMilliseconds = 25;
-constexpr int kFirstPartDays = 365;
+constexpr int64_t kStepMilliseconds = 15;      // aimed at
+constexpr int64_t kMostStepMilliseconds = 50;  // then it is broken off
+constexpr int kFirstPartDays = 120;
 constexpr size_t kKeptCounts = 8;
 
-// The conditions of the list, without its joins: a message stays one row.
+// The conditions of the list, without its joins: a message stays one row. The dates alone are to
+// say which messages are looked at, or each part of the range would begin by looking up every
+// message of a correspondent; hence the sum. The files of a message are asked for one by one, as a
+// list of all that match would have to be made for each part.
 std::string CountWhere(const ListFilter& filter) {
   ListFilter own = filter;
   own.FromTo.clear();
   own.FileName.clear();
   std::string where = BuildListWhere(own);
   if (!filter.FromTo.empty()) {
-    where += " AND Email.FromTo IN (SELECT MeContact.ID FROM MeContact WHERE " +
+    where += " AND Email.FromTo + 0 IN (SELECT MeContact.ID FROM MeContact WHERE " +
              ContactCondition(filter) + ")";
   }
   if (!filter.FileName.empty()) {
-    where += " AND Email.ID IN (SELECT Attachment.EmailID FROM Attachment WHERE " +
-             AttachmentCondition(filter) + ")";
+    where +=
+        " AND Email.ID IN (SELECT Attachment.EmailID FROM Attachment WHERE "
+        "Attachment.EmailID = Email.ID AND " +
+        AttachmentCondition(filter) + ")";
   }
   return where;
 }
@@ -95,7 +101,7 @@ void SteppedQuery::Start(const ListFilter& filter, std::string (*text)(const Lis
   first_ = DayNumber(filter.DateFrom);
   last_ = DayNumber(filter.DateTo);
   days_ = kFirstPartDays;
-  may_ = kStepMilliseconds;
+  may_ = kMostStepMilliseconds;
   running_ = first_ <= last_;
 }
 
@@ -117,7 +123,9 @@ std::vector<std::vector<jet::Value>> SteppedQuery::Step() {
     may_ = may_ * 3 / 2;
     return {};
   }
-  if (TickMilliseconds() - began < may_ / 3) days_ = std::min(days_, last_ - first_ + 1) * 2;
+  int64_t took = std::max<int64_t>(1, TickMilliseconds() - began);
+  int64_t right = int64_t{last_ - from + 1} * kStepMilliseconds / took;
+  days_ = static_cast<int>(std::clamp<int64_t>(right, std::max(1, days_ / 4), int64_t{days_} * 4));
   last_ = from - 1;
   running_ = first_ <= last_;
   return rows;

@@ -26,7 +26,7 @@ std::string DayCountQueryText(const ListFilter& filter);
 std::string CorrespondentCountQueryText(const ListFilter& filter);
 
 // A query over a range of dates, run over parts of it. A part that takes longer than a step may is
-// broken off and halved; where halves don't help, steps become longer.
+// broken off and begun again with less; where that does not help, steps become longer.
 class SteppedQuery {
  public:
   // Nothing is read yet. The dates of the filter are the range.

@@ -130,6 +130,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->plan =
         PlanSelect(*select, *schema_, kOtherSchema, digest_ ? &digest_->Definition() : nullptr);
     program->all.sql = program->plan.all;
+    program->groups.sql = program->plan.groups;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
     if (const std::optional<DigestPlan>& digest = program->plan.digest) {

@@ -42,6 +42,7 @@ struct Program {
   PreparedSql write;           // not isRead
   ReadPlan plan;               // isRead
   PreparedSql all;
+  PreparedSql groups;
   PreparedSql keys;
   PreparedSql row;
   std::vector<FieldInfo> fields;  // once all or row is prepared

@@ -6,6 +6,7 @@
 #include <set>
 #include <vector>
 
+#include "platform/jet/group_count.h"
 #include "platform/jet/select_shape.h"
 
 namespace tarnwick::jet {
@@ -209,6 +210,15 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
   SqlWriter writer(schema, otherSchema);
   writer.Write(select);
   plan.all = writer.Take();
+  if (auto items = PlanGroupCount(select)) {
+    plan.groupItems = std::move(*items);
+    select.items.clear();
+    for (Expression& value : select.groupBy) select.items.emplace_back().value = std::move(value);
+    select.groupBy.clear();
+    SqlWriter rows(schema, otherSchema);
+    rows.Write(select);
+    plan.groups = rows.Take();
+  }
   return plan;
 }
 

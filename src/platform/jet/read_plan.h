@@ -63,7 +63,11 @@ struct DigestPlan {
 
 struct ReadPlan {
   bool keyed = false;
-  EngineSql all;   // not keyed
+  EngineSql all;  // not keyed
+  // Not keyed, and all asks only how many rows each group has: the group's values of each row, and
+  // what the items are made of (group_count.h).
+  EngineSql groups;
+  std::vector<size_t> groupItems;  // empty: not so
   EngineSql keys;  // keyed: the key; with sortText also the text to sort by, unsorted
   EngineSql row;   // keyed: the items, by kKeyParameter
   enum class SortText { kNone, kAscending, kDescending };

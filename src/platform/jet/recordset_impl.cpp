@@ -6,6 +6,7 @@
 
 #include "platform/jet/digest_reader.h"
 #include "platform/jet/functions.h"
+#include "platform/jet/group_count.h"
 #include "platform/jet/text_sort.h"
 
 namespace tarnwick::jet {
@@ -113,6 +114,7 @@ void Recordset::Impl::ReadAll() {
     }
   } drop{*program_};
   Fields();
+  if (!program_->plan.groupItems.empty()) return CountGroups();
   Statement& all = connection_->Ready(program_->all, literals_);
   StatementUse use(all);
   while (connection_->StepRead(all)) {
@@ -121,6 +123,15 @@ void Recordset::Impl::ReadAll() {
     for (int i = 0; i < all.ColumnCount(); i++) row.push_back(all.ColumnValue(i));
     rows_.push_back(std::move(row));
   }
+  fetched_ = true;
+}
+
+void Recordset::Impl::CountGroups() {
+  Statement& groups = connection_->Ready(program_->groups, literals_);
+  StatementUse use(groups);
+  GroupCounter counter(static_cast<size_t>(groups.ColumnCount()));
+  while (connection_->StepRead(groups)) counter.Add(groups);
+  rows_ = counter.Rows(program_->plan.groupItems);
   fetched_ = true;
 }
 
