@@ -253,6 +253,13 @@ void EmailGridView::selectionChanged(const QItemSelection& selected,
   emit CurrentChanged();
 }
 
+// The base class makes the first cell current, which looks half selected.
+void EmailGridView::focusInEvent(QFocusEvent* event) {
+  bool hadCurrent = currentIndex().isValid();
+  QTableView::focusInEvent(event);
+  if (!hadCurrent && selectionModel() != nullptr) selectionModel()->clearCurrentIndex();
+}
+
 void EmailGridView::showEvent(QShowEvent* event) {
   QTableView::showEvent(event);
   if (settled_) return;

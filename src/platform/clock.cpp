@@ -68,6 +68,10 @@ DateTime Now() {
 }
 
 int64_t TickMilliseconds() {
+  if (std::optional<int64_t> step = Override().tickStep) {
+    static int64_t ticks = 0;
+    return ticks += *step;
+  }
   return std::chrono::duration_cast<std::chrono::milliseconds>(
              std::chrono::steady_clock::now().time_since_epoch())
       .count();

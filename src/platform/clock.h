@@ -40,6 +40,7 @@ struct ClockOverride {
   std::optional<DateTime> now;
   std::optional<int> zoneBiasMinutes;
   std::optional<std::string> logonName;
+  std::optional<int64_t> tickStep;  // TickMilliseconds goes on by so much at each call
 };
 void SetClockOverride(ClockOverride values);
 

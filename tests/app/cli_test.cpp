@@ -192,7 +192,13 @@ TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({"load"}).status, 1);  // no profile is known
   EXPECT_EQ(Run({"--help"}).status, 0);
   EXPECT_THAT(Run({"--version"}).output, ::testing::MatchesRegex("tarnwick-cli [0-9.]+\n"));
+  EXPECT_EQ(Run({"check"}).status, 0);
+  std::string bytes = platform::ReadFile(home_.File("home/Tarnwick.twr"));
+  bytes[bytes.size() / 2] ^= 1;
+  platform::WriteFile(home_.File("home/Tarnwick.twr"), bytes);
+  EXPECT_EQ(Run({"check"}).status, 1);
   platform::WriteFile(home_.File("home/Tarnwick.twr"), std::string(5000, 'x'));
+  EXPECT_EQ(Run({"check"}).status, 1);
   ProgramRun run = Run({"list"});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.errors.find("26 "), std::string::npos) << run.errors;

@@ -28,5 +28,6 @@ int RunBackup(const std::vector<std::string>& words);
 int RunRestore(const std::vector<std::string>& words);
 int RunExport(const std::vector<std::string>& words);
 int RunMerge(const std::vector<std::string>& words);
+int RunCheck(const std::vector<std::string>& words);
 
 }  // namespace tarnwick::app

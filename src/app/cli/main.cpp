@@ -41,18 +41,26 @@ constexpr const char* kUsage =
   restore FILE
   export FILE [the filters of list]
   merge  FILE [--duplicates keep|skip|ask] [--accept all|known|ask]
+  check  [--export FILE]
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},         {"take", tarnwick::app::RunTake},
-      {"list", tarnwick::app::RunList},         {"show", tarnwick::app::RunShow},
-      {"delete", tarnwick::app::RunDelete},     {"mark", tarnwick::app::RunMark},
-      {"contacts", tarnwick::app::RunContacts}, {"backup", tarnwick::app::RunBackup},
-      {"restore", tarnwick::app::RunRestore},   {"export", tarnwick::app::RunExport},
-      {"merge", tarnwick::app::RunMerge},       {"attachments", tarnwick::app::RunAttachments},
+      {"load", tarnwick::app::RunLoad},
+      {"take", tarnwick::app::RunTake},
+      {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},
+      {"delete", tarnwick::app::RunDelete},
+      {"mark", tarnwick::app::RunMark},
+      {"contacts", tarnwick::app::RunContacts},
       {"save", tarnwick::app::RunSave},
+      {"attachments", tarnwick::app::RunAttachments},
+      {"backup", tarnwick::app::RunBackup},
+      {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport},
+      {"merge", tarnwick::app::RunMerge},
+      {"check", tarnwick::app::RunCheck},
   };
   return commands;
 }

@@ -98,6 +98,10 @@ std::string Connection::IntegrityCheck() {
   return found == "ok" ? "" : found;
 }
 
+void Connection::KeepDigest(DigestDefinition definition) {
+  impl_->KeepDigest(std::move(definition));
+}
+
 int64_t Connection::RowsSeen() const {
   return impl_->Engine().RowsSeen();
 }

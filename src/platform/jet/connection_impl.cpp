@@ -88,6 +88,8 @@ void Connection::Impl::Close() {
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
   statements_.Clear();
+  digest_.reset();
+  lastTested_ = {};
   schema_.reset();
   try {
     if (!database_->IsReadOnly()) database_->Run("PRAGMA journal_mode = DELETE");
@@ -125,10 +127,19 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
   if (auto* select = std::get_if<Select>(&parsed)) {
     program->isRead = true;
     program->file = select->file;
-    program->plan = PlanSelect(*select, *schema_, kOtherSchema);
+    program->plan =
+        PlanSelect(*select, *schema_, kOtherSchema, digest_ ? &digest_->Definition() : nullptr);
     program->all.sql = program->plan.all;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
+    if (const std::optional<DigestPlan>& digest = program->plan.digest) {
+      program->digestReferences.sql = digest->references.value_or(EngineSql());
+      program->digestDetails.sql = digest->details.value_or(EngineSql());
+      program->digestRows.sql = digest->rows.value_or(EngineSql());
+      program->digestRow.sql = digest->row;
+      program->digestOrder.sql = digest->order;
+      program->digestText.sql = digest->text;
+    }
     return program;
   }
   SqlWriter writer(*schema_, kOtherSchema);
@@ -206,20 +217,39 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
     ~Drop() { program.write.statement.reset(); }
   } drop{program};
   version_++;
-  Ready(program.write, literals).Run();
-  return Engine().Changes();
+  return RunTold(Ready(program.write, literals));
+}
+
+// The engine tells of each row that is written, but not where it empties a whole table at once.
+int64_t Connection::Impl::RunTold(Statement& statement) {
+  int64_t before = Engine().RowsSeen();
+  statement.Run();
+  int64_t changed = Engine().Changes();
+  if (digest_ && changed > 0 && Engine().RowsSeen() == before) digest_->Forget();
+  return changed;
+}
+
+void Connection::Impl::KeepDigest(DigestDefinition definition) {
+  Database& engine = Engine();
+  programs_.Clear();
+  digest_ = std::make_unique<Digest>(*this, std::move(definition));
+  engine.SetWriteHooks({[this](std::string_view table, int64_t key) {
+                          if (digest_) digest_->RowChanged(table, key);
+                        },
+                        [this] {
+                          if (digest_) digest_->Forget();
+                        }});
 }
 
 int64_t Connection::Impl::RunWrite(Statement& statement) {
   BeforeWrite();
   version_++;
   try {
-    statement.Run();
+    return RunTold(statement);
   } catch (const Error& error) {
     AfterFailure(error);
     throw;
   }
-  return database_->Changes();
 }
 
 bool Connection::Impl::StepRead(Statement& statement) {

@@ -14,6 +14,7 @@
 #include "platform/error.h"
 #include "platform/jet/catalog.h"
 #include "platform/jet/connection.h"
+#include "platform/jet/digest.h"
 #include "platform/jet/engine.h"
 #include "platform/jet/read_plan.h"
 #include "platform/jet/text_cache.h"
@@ -44,6 +45,23 @@ struct Program {
   PreparedSql keys;
   PreparedSql row;
   std::vector<FieldInfo> fields;  // once all or row is prepared
+  // plan.digest
+  PreparedSql digestReferences;
+  PreparedSql digestDetails;
+  PreparedSql digestRows;
+  PreparedSql digestRow;
+  PreparedSql digestOrder;
+  PreparedSql digestText;
+};
+
+// Which rows a condition was tested on, and on which it holds, both by key; kept because the list
+// and its counts ask the same one after the other.
+struct TestedRows {
+  std::string condition;  // with its literals
+  uint64_t version = 0;
+  bool all = false;
+  std::vector<bool> tested;
+  std::vector<bool> hold;
 };
 
 // Told when the connection closes.
@@ -85,6 +103,10 @@ class Connection::Impl {
   void EndGroup();
   bool InGroup() const { return depth_ > 0; }
 
+  void KeepDigest(DigestDefinition definition);
+  Digest* GetDigest() { return digest_.get(); }  // nullptr: none is kept
+  TestedRows& LastTested() { return lastTested_; }
+
   Database& Engine();  // throws Error 3704 while closed
   // Counts up with everything written; what was read under another number may be out of date.
   uint64_t Version() const { return version_; }
@@ -118,10 +140,13 @@ class Connection::Impl {
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
   void AfterFailure(const Error& error);
+  int64_t RunTold(Statement& statement);
   void Commit();
 
   std::unique_ptr<Database> database_;
   std::unique_ptr<Catalog> schema_;
+  std::unique_ptr<Digest> digest_;
+  TestedRows lastTested_;
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;
