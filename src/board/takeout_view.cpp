@@ -34,7 +34,10 @@ void TakeoutView::Save(takeout::SaveOrder order, bool onlySelected) {
       order.ids = grid_.SelectedIds();
     } else {
       auto ids = ListedIds();
-      if (!ids) return;
+      if (!ids) {
+        core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "Nothing was saved.");
+        return;
+      }
       order.ids = std::move(*ids);
     }
     auto counts = takeout::SaveMessages(order);

@@ -59,8 +59,9 @@ void ShowSaved(const QString& text) {
 
 }  // namespace
 
-void AskAndSaveAttachment(std::shared_ptr<const MessageAttachments> attachments, size_t which,
+void AskAndSaveAttachment(std::shared_ptr<const MessageAttachments> list, size_t which,
                           QWidget* parent) {
+  const auto attachments = std::move(list);
   QString proposed = QDir(LastFolder()).filePath(NameOf(attachments->List()[which]));
   QString path =
       QFileDialog::getSaveFileName(parent, AttachmentsView::tr("Save attachment"), proposed);
@@ -71,7 +72,8 @@ void AskAndSaveAttachment(std::shared_ptr<const MessageAttachments> attachments,
   }
 }
 
-void AskAndSaveAllAttachments(std::shared_ptr<const MessageAttachments> attachments) {
+void AskAndSaveAllAttachments(std::shared_ptr<const MessageAttachments> list) {
+  const auto attachments = std::move(list);
   if (core::State().Ui == nullptr) return;
   auto folder = core::State().Ui->ChooseFolder("Select folder for the attachments");
   if (!folder || folder->empty()) return;

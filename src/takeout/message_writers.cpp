@@ -60,7 +60,22 @@ class EmlWriter : public MessageWriter {
 
 class MaildirWriter : public MessageWriter {
  public:
-  MaildirWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
+  MaildirWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {
+    std::string box = platform::WithSeparator(folder_);
+    MakeFolders(box);
+    // The disks of cameras and the like take no colon.
+    std::string probe = platform::UniquePath(box + "tmp/", "probe:2,S");
+    try {
+      platform::WriteFile(probe, "");
+    } catch (const Error& error) {
+      if (error.Number() != ErrorNumber::kPathAccess) throw;
+      throw Error(error.Number(),
+                  "The names of a Maildir need a colon, which can't be here; choose another form "
+                  "or folder: " +
+                      folder_);
+    }
+    platform::RemoveFile(probe);
+  }
 
   void Save(const Letter& letter, std::string_view file) override {
     const std::string& box = MakeBox(letter);
@@ -97,12 +112,11 @@ class MaildirWriter : public MessageWriter {
     if (!isNew) return found->second;
     std::string box = platform::WithSeparator(folder_);
     if (!name.empty()) {
-      MakeFolders(box);  // the folder above is a mailbox too
       box = platform::WithSeparator(box + name);
-    }
-    MakeFolders(box);
-    if (!name.empty() && !platform::FileExists(box + "maildirfolder")) {
-      platform::WriteFile(box + "maildirfolder", "");
+      MakeFolders(box);
+      if (!platform::FileExists(box + "maildirfolder")) {
+        platform::WriteFile(box + "maildirfolder", "");
+      }
     }
     found->second = box;
     return found->second;

@@ -206,6 +206,12 @@ TEST_F(SaveMessagesTest, AStopAndTooLittleRoomAreAccountedFor) {
   auto refused =
       SaveMessages({ids_, SaveFormat::kEml, false, core::State().EmailFileFolder + "mine"});
   EXPECT_FALSE(refused) << "it would be emptied at the next start";
+
+  platform::SetFileFault([](platform::FileOperation, const std::string& path) {
+    if (path.find(':') != std::string::npos) throw Error(ErrorNumber::kPathAccess, path);
+  });
+  EXPECT_EQ(Save(SaveFormat::kMaildir, "camera"), "nothing");
+  EXPECT_THAT(ui_.Shown("error").back(), HasSubstr("need a colon"));
 }
 
 TEST(FreeNames, FitEveryFileSystemAndAreUniqueWithoutRegardToCase) {
