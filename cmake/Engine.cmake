@@ -57,7 +57,28 @@ function(tarnwick_fetch_engine)
 endfunction()
 tarnwick_fetch_engine()
 
-add_library(tarnwick_engine STATIC ${engine_source}/sqlite3.c)
+# The encryption hands a failed read on only where the file ended, and takes what the buffer happens to
+# hold for the file's bytes otherwise: a journal or log that could not be read would look empty, and
+# what it holds be given up. Every failed read is handed on.
+set(engine_file ${CMAKE_BINARY_DIR}/engine/sqlite3.c)
+if(NOT EXISTS ${engine_file} OR ${engine_source}/sqlite3.c IS_NEWER_THAN ${engine_file}
+   OR ${CMAKE_CURRENT_LIST_FILE} IS_NEWER_THAN ${engine_file})
+  file(READ ${engine_source}/sqlite3.c engine_text)
+  set(engine_careless "(rc == SQLITE_IOERR_SHORT_READ)")
+  string(REPLACE "${engine_careless}" "(rc != SQLITE_OK)" engine_careful "${engine_text}")
+  string(LENGTH "${engine_text}" engine_before)
+  string(LENGTH "${engine_careful}" engine_after)
+  # Two places, fourteen characters shorter each.
+  math(EXPR engine_change "${engine_before} - ${engine_after}")
+  if(NOT engine_change EQUAL 28)
+    message(FATAL_ERROR "The database engine is not the one whose reading was mended.")
+  endif()
+  file(WRITE ${engine_file} "${engine_careful}")
+  unset(engine_text)
+  unset(engine_careful)
+endif()
+
+add_library(tarnwick_engine STATIC ${engine_file})
 target_include_directories(tarnwick_engine SYSTEM PUBLIC ${engine_source})
 target_compile_definitions(tarnwick_engine
   PUBLIC

@@ -21,6 +21,7 @@
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
+#include "takeout/stored_file.h"
 
 namespace {
 
@@ -94,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Demand(isStored ? id > lastId : id == 0);
   if (isStored) {
     lastId = id;
-    Demand(board::ReadStoredFile(id) == original);
+    Demand(takeout::ReadStoredFile(id) == original);
     CheckTexts(*board::ReadStoredMessage(id));
     if (++runs % 8 == 0) {
       maintenance::CheckReport report;

@@ -168,6 +168,8 @@ bool OpenRepository(bool clearAll) {
 void DisconnectRepository() {
   core::GuardedRun("DisconnectRepository", [] {
     OpenedRepository& repository = Repository();
+    // What was shown or taken in from here does not outlast it.
+    if (repository.RepositoryConnection.IsOpen()) EmptyScratchFolder();
     for (const RecordsetSource& entry : kRecordsets) {
       jet::Recordset& recordset = repository.*entry.recordset;
       if (recordset.IsOpen()) recordset.Close();

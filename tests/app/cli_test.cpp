@@ -4,10 +4,14 @@
 // The contract of tarnwick-cli, as scripts see it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 
 #include "cli/command_line.h"
 #include "platform/files.h"
 #include "support/run_program.h"
+#include "support/sample_profile.h"
 #include "support/temp_folder.h"
 
 namespace tarnwick::app {
@@ -60,6 +64,52 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   run = Run({"show", "2"});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.errors, "");
+}
+
+// Nobody else may read what is kept, whatever the system would allow; and what was written down on
+// the way does not stay, nor what a killed run has left.
+TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
+  mode_t former = umask(0);
+  std::string file = WriteMessage(
+      "inline.eml", "From: a@b.test\r\nSubject: s\r\n\r\nbegin 644 a.txt\r\n#0V%T\r\n`\r\nend\r\n");
+  testing::WriteSampleProfile(home_.File("profile/"));
+  EXPECT_EQ(Run({"--profile", home_.File("profile/"), "load", "--accept", "all"}).status, 0);
+  EXPECT_EQ(Run({"take", file}).status, 0);
+  EXPECT_EQ(Run({"backup", home_.File("home/all.twb")}).status, 0);
+  EXPECT_EQ(Run({"export", home_.File("home/part.twb")}).status, 0);
+  umask(former);
+  std::string scratch = home_.File("home/EmailFile/");
+  EXPECT_TRUE(platform::ListFiles(scratch).empty());
+  platform::WriteFile(scratch + "oeTempMessage.msg", "of a killed run");
+  EXPECT_EQ(Run({"list"}).status, 0);
+  EXPECT_TRUE(platform::ListFiles(scratch).empty());
+  int seen = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.File("home"))) {
+    auto others = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    EXPECT_EQ(entry.status().permissions() & others, std::filesystem::perms::none) << entry.path();
+    ++seen;
+  }
+  EXPECT_GE(seen, 8);
+}
+
+// A terminal would obey them: set its title, overwrite a line, turn a name round.
+TEST_F(Cli, WhatAMessageSaysIsShownAndNotObeyed) {
+  std::string file = WriteMessage("evil.eml",
+                                  "From: \"=?utf-8?Q?A=1B[2J=C2=9B=0D=0ATo:_x?=\" "
+                                  "<a@b.test>\r\nSubject: =?utf-8?Q?a=E2=80=AEb?="
+                                  "\x1B]0;x\x07\r\n\r\nt\x1B[31mred\r\n");
+  ASSERT_EQ(Run({"take", file}).status, 0);
+  for (std::vector<std::string> words : {std::vector<std::string>{"list"},
+                                         {"show", "1"},
+                                         {"show", "1", "--text"},
+                                         {"contacts"},
+                                         {"delete", "1"}}) {
+    ProgramRun run = Run(words, "n\n");
+    for (const char* obeyed : {"\x1B", "\x07", "\u009B", "\u202E", "\nTo:"}) {
+      EXPECT_EQ((run.output + run.errors).find(obeyed), std::string::npos) << words[0] << obeyed;
+    }
+  }
+  EXPECT_NE(Run({"show", "1", "--raw"}).output.find("\x1B[31m"), std::string::npos);
 }
 
 TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {

@@ -169,7 +169,13 @@ class Disaster : public testing::ProgramFixture {
   void Again(const Operation& operation) {
     bool replaces = platform::FileExists(folder_.File("new.twb"));
     ui_.yesNo.assign(static_cast<size_t>(operation.questions) + (replaces ? 1 : 0), true);
+    ui_.folders = {std::nullopt};  // asked where the setting can't be read
     ui_.shown.clear();
+  }
+
+  void ForgetAnswers() {
+    ui_.yesNo.clear();
+    ui_.folders.clear();
   }
 
   static State ReadFile(const std::string& file) {
@@ -303,9 +309,8 @@ class Disaster : public testing::ProgramFixture {
   // A restore that did not come to its end: all as before or as after, or the copy holds what was.
   void ExpectRestoredOrKept(const State& now, const Undisturbed& run) {
     if (Odd(now, run).empty() && (now == run.before || now == run.after)) return;
-    std::string copy = folder_.File("Tarnwick_before_restore.twb");
-    ASSERT_TRUE(platform::FileExists(copy));
-    State kept = ReadFile(copy);
+    ASSERT_TRUE(platform::FileExists(copy_));
+    State kept = ReadFile(copy_);
     for (const auto& [key, text] : run.before) {
       if (key.rfind("Setting ", 0) != 0) {
         EXPECT_EQ(kept[key], text) << key;
@@ -331,7 +336,7 @@ class Disaster : public testing::ProgramFixture {
       isReported = !ui_.Shown("box").empty() || !ui_.Shown("error").empty();
       repository::DisconnectRepository();
     });
-    ui_.yesNo.clear();
+    ForgetAnswers();
     repository::DisconnectRepository();
     EXPECT_TRUE(repository::OpenRepository(false));
     EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
@@ -358,6 +363,7 @@ class Disaster : public testing::ProgramFixture {
     return happened;
   }
 
+  std::string copy_ = folder_.File("Tarnwick_before_restore.twb");
   std::map<std::string, std::string> kept_;
   std::vector<std::string> beforeNames_;
   int64_t faults_ = 0;
@@ -389,7 +395,8 @@ TEST_F(Disaster, KilledAtAnyWriteEverythingIsAsBeforeOrAsAfter) {
       EXPECT_TRUE(platform::ListFiles(core::State().EmailFileFolder).empty());
       maintenance::CheckReport report;
       EXPECT_EQ(maintenance::CheckRepository(report), Result::kDone);
-      EXPECT_TRUE(report.IsSound());
+      // What a restore has filled in so far is given up for the copy.
+      EXPECT_TRUE(report.IsSound() || (isRestore && platform::FileExists(copy_)));
       State now = Now();
       if (isRestore) {
         ExpectRestoredOrKept(now, run);
@@ -406,7 +413,7 @@ TEST_F(Disaster, KilledAtAnyWriteEverythingIsAsBeforeOrAsAfter) {
         EXPECT_TRUE(again || now == run.after);
         EXPECT_TRUE(completed == run.after);
       }
-      ui_.yesNo.clear();
+      ForgetAnswers();
       repository::DisconnectRepository();
     }
   }

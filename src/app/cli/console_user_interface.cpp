@@ -13,6 +13,7 @@
 #include <unistd.h>
 #endif
 
+#include "cli/row_output.h"
 #include "core/run_state.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
@@ -36,14 +37,9 @@ bool IsTerminal(int handle) {
 }
 
 // Texts of messages reach a terminal here: control characters would command it.
-std::string Printable(const std::string& text) {
-  std::string result;
-  for (char c : text) {
-    if (c == '\r') continue;
-    auto byte = static_cast<unsigned char>(c);
-    result += (byte < 0x20 && c != '\n') || byte == 0x7F ? ' ' : c;
-  }
-  return result;
+std::string Printable(std::string text) {
+  std::erase(text, '\r');
+  return Harmless(text);
 }
 
 bool ReadAnswer(std::string& answer) {

@@ -27,6 +27,18 @@ std::string JsonText(const std::string& text) {
   return result + '"';
 }
 
+// How many bytes the character at the beginning of a text has that a terminal would obey instead of
+// showing it: a control character or one that turns the direction of what follows. 0 for any other.
+size_t UnshownLength(std::string_view text) {
+  auto at = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
+  if (at(0) == '\t' || at(0) == '\r' || at(0) == '\n') return 0;
+  if (at(0) < 0x20 || at(0) == 0x7F) return 1;
+  if (at(0) == 0xC2 && at(1) >= 0x80 && at(1) < 0xA0) return 2;
+  if (at(0) == 0xE2 && at(1) == 0x80 && at(2) >= 0xAA && at(2) <= 0xAE) return 3;
+  if (at(0) == 0xE2 && at(1) == 0x81 && at(2) >= 0xA6 && at(2) <= 0xA9) return 3;
+  return 0;
+}
+
 std::string JsonValue(const jet::Value& value) {
   if (value.IsNull()) return "null";
   if (auto date = value.AsDate(); value.IsDate() && date) return JsonText(date->ToIso());
@@ -43,10 +55,25 @@ void PrintColumns(jet::Recordset& rows) {
 }  // namespace
 
 std::string OneLine(const std::string& text) {
+  std::string line = Harmless(text);
+  for (char& c : line) {
+    if (c == '\t' || c == '\r' || c == '\n') c = ' ';
+  }
+  return line;
+}
+
+std::string Harmless(std::string_view text) {
   std::string result;
-  for (char c : text) {
-    auto byte = static_cast<unsigned char>(c);
-    result += byte < 0x20 || byte == 0x7F ? ' ' : c;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    size_t length = UnshownLength(text);
+    if (length > 0) {
+      result += ' ';
+    } else {
+      length = 1;
+      result += text[0];
+    }
+    text.remove_prefix(length);
   }
   return result;
 }

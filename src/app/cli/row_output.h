@@ -5,13 +5,17 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/jet/recordset.h"
 
 namespace tarnwick::app {
 
-// A row is a line, and a TAB ends a column: what would break either becomes a blank.
+// A text for a terminal: characters that it would obey (control characters but TAB and line ends,
+// those that turn the direction of what follows) become blanks.
+std::string Harmless(std::string_view text);
+// The same for a column of a row: a row is a line, and a TAB ends a column.
 std::string OneLine(const std::string& text);
 
 // Prints the current row as one JSON object and a line end: its columns by name, dates as

@@ -5,6 +5,7 @@
 #include "board/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
+#include "cli/row_output.h"
 #include "takeout/stored_file.h"
 
 namespace tarnwick::app {
@@ -13,20 +14,21 @@ namespace {
 
 void PrintRecipients(const char* label, const std::vector<intake::AddressPair>& recipients) {
   for (const intake::AddressPair& recipient : recipients) {
-    std::cout << label << recipient.Name << " <" << recipient.Address << ">\n";
+    std::cout << label << OneLine(recipient.Name) << " <" << OneLine(recipient.Address) << ">\n";
   }
 }
 
 void PrintWhole(const board::StoredMessage& message) {
-  std::cout << "Subject: " << message.subject << "\nFrom: " << message.fromName << " <"
-            << message.fromAddress << ">\n";
+  std::cout << "Subject: " << OneLine(message.subject) << "\nFrom: " << OneLine(message.fromName)
+            << " <" << OneLine(message.fromAddress) << ">\n";
   PrintRecipients("To: ", message.to);
   PrintRecipients("Cc: ", message.cc);
   if (message.sent) std::cout << "Sent: " << message.sent->ToIso() << "\n";
   if (message.received) std::cout << "Received: " << message.received->ToIso() << "\n";
-  std::cout << "Folder: " << message.folder << "\n";
-  for (const std::string& name : message.attachments) std::cout << "Attachment: " << name << "\n";
-  std::cout << "\n" << message.Text();
+  std::cout << "Folder: " << OneLine(message.folder) << "\n";
+  for (const std::string& name : message.attachments)
+    std::cout << "Attachment: " << OneLine(name) << "\n";
+  std::cout << "\n" << Harmless(message.Text());
 }
 
 }  // namespace
@@ -50,7 +52,7 @@ int RunShow(const std::vector<std::string>& words) {
     }
     std::cout << *file;
   } else if (arguments.Has("--text")) {
-    std::cout << message->Text();
+    std::cout << Harmless(message->Text());
   } else {
     PrintWhole(*message);
   }
