@@ -97,9 +97,9 @@ std::map<std::string, std::vector<std::string>> Seeds() {
   for (const testing::SampleMessage& message : testing::SampleMessages()) {
     letters.push_back(message.raw);
   }
-  return {{"message", letters}, {"store", letters},   {"text", kTexts},  {"date", kDates},
-          {"html", kDocuments}, {"jet", kStatements}, {"dbx", kPatches}, {"registry", kRegistries},
-          {"pst", kPatches},    {"outlook", kItems}};
+  return {{"message", letters}, {"store", letters},   {"text", kTexts},   {"date", kDates},
+          {"html", kDocuments}, {"jet", kStatements}, {"dbx", kPatches},  {"registry", kRegistries},
+          {"pst", kPatches},    {"nodes", kPatches},  {"outlook", kItems}};
 }
 
 }  // namespace tarnwick::fuzz

@@ -199,6 +199,7 @@ class Import {
       TakeIn(open, folder, *entry.item);
     } catch (...) {
       announce();
+      if (IsStopped()) return;  // not reached
       Count(counts.unreadable, 1);
       if (++open.logged > kMaxLoggedItems) return;
       core::WriteLog("Outlook item " + std::to_string(entry.index + 1) + " of " +

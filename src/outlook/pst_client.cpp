@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "core/messages.h"
+#include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
 #include "platform/error.h"
@@ -15,6 +17,7 @@ namespace tarnwick::outlook {
 namespace {
 
 constexpr size_t kReadPiece = 128 * 1024;
+constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
 // Behind a reader that fell over an item asked for ahead, so that the next one is known for itself.
 constexpr int kOneByOne = 2 * kMaxItemsAhead;
@@ -120,13 +123,25 @@ void PstClient::Lose(const std::string& why) {
   throw Damaged(why);
 }
 
+// Reads what comes; 0 when nothing does. The window lives on meanwhile, and its stop ends the wait.
+size_t PstClient::Wait(char* to, int64_t timeout) {
+  int64_t deadline = platform::TickMilliseconds() + timeout;
+  while (true) {
+    int64_t left = deadline - platform::TickMilliseconds();
+    size_t got = child_->Read(to, kReadPiece, std::min(left, kPatience));
+    if (got > 0 || left <= 0 || child_->HasEnded()) return got;
+    core::YieldEvents();
+    if (core::State().ImportCancelFlag || core::State().StopFlag) return 0;
+  }
+}
+
 void PstClient::ReadFully(size_t count, int64_t timeout) {
   if (position_ > 0) buffer_.erase(0, position_);
   position_ = 0;
   while (buffer_.size() < count) {
     size_t had = buffer_.size();
     buffer_.resize(had + kReadPiece);
-    size_t got = child_->Read(buffer_.data() + had, kReadPiece, timeout);
+    size_t got = Wait(buffer_.data() + had, timeout);
     buffer_.resize(had + got);
     if (got == 0) Lose("the reader ended or did not answer");
   }

@@ -83,6 +83,7 @@ class PstClient {
   // Moves answers to items asked for ahead from the channel to ready_, up to the one wanted.
   void ReceiveAhead(const Numbers* wanted);
   std::optional<RawAnswer> TakeReady(const Numbers& numbers);
+  size_t Wait(char* to, int64_t timeout);
   void ReadFully(size_t count, int64_t timeout);
   [[noreturn]] void Lose(const std::string& why);
 

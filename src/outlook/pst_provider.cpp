@@ -225,6 +225,7 @@ class PstFolder : public Folder {
   }
   const PropertySet& Read() {
     if (isRead_) return properties_;
+    core::YieldEvents();
     RawAnswer answer = context_->client.Ask(frame::kFolder, {node_});
     properties_ = Decode(answer.properties, "");
     folders_ = std::move(answer.folders);

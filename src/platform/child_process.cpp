@@ -139,9 +139,11 @@ size_t ChildProcess::Read(void* buffer, size_t count, int64_t timeoutMillisecond
   int64_t deadline = TickMilliseconds() + timeoutMilliseconds;
   while (channel_ >= 0 && WaitFor(POLLIN, deadline)) {
     ssize_t got = recv(channel_, buffer, count, MSG_DONTWAIT);
-    if (got >= 0) return static_cast<size_t>(got);
-    if (errno != EINTR && errno != EAGAIN) return 0;
+    if (got > 0) return static_cast<size_t>(got);
+    hasEnded_ = got == 0 || (errno != EINTR && errno != EAGAIN);
+    if (hasEnded_) return 0;
   }
+  hasEnded_ = channel_ < 0;
   return 0;
 }
 

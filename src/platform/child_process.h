@@ -31,6 +31,9 @@ class ChildProcess {
   // nothing came within the time.
   size_t Read(void* buffer, size_t count, int64_t timeoutMilliseconds);
 
+  // Whether a read found the child gone, as opposed to slow.
+  bool HasEnded() const { return hasEnded_; }
+
   // Ends it at once; later calls find it gone.
   void Kill();
   // For tests and messages; 0 when it is gone.
@@ -40,6 +43,7 @@ class ChildProcess {
   bool WaitFor(short events, int64_t deadline);
   int64_t id_ = 0;
   int channel_ = -1;
+  bool hasEnded_ = false;
 };
 
 // The child's side, called first in its main: the parent's death ends it, and it can neither write

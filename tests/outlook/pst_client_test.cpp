@@ -6,10 +6,12 @@
 
 #include <csignal>
 
+#include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "support/pst_builder.h"
 #include "support/real_data.h"
 #include "support/temp_folder.h"
 
@@ -65,6 +67,48 @@ TEST_F(PstClientTest, GoesOnBehindTheRequestThatKilledTheReader) {
   EXPECT_THROW(client.Ask(frame::kStore, {}), Error);
   EXPECT_FALSE(client.Ask(frame::kStore, {}).properties.empty());
   EXPECT_FALSE(client.GivenUp());
+}
+
+// Whatever becomes of what was asked for ahead, each item comes in its time, and is the right one.
+TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
+  testing::PstBuilder store(true);
+  uint32_t inbox = store.AddFolder(testing::PstBuilder::kTop, "Inbox");
+  std::vector<PstClient::Numbers> items;
+  for (uint32_t i = 0; i < 6; ++i) {
+    testing::PstMessage mail;
+    mail.properties.texts = {{0x001A, "IPM.Note"},
+                             {0x1000, std::string(i == 1 ? 400'000 : 10, 'a')}};
+    mail.attachments.resize(1);
+    mail.attachments[0].data = std::string(i + 1, 'f');
+    items.push_back({inbox, i, store.AddMessage(inbox, mail)});
+  }
+  platform::WriteFile(folder_.File("a.pst"), store.Build());
+  PstClient client(folder_.File("a.pst"), kReader);
+  client.Ask(frame::kStore, {});
+  for (bool isKilled : {false, true}) {
+    client.ReadAhead(items);
+    if (isKilled) kill(static_cast<pid_t>(client.ProcessId()), SIGKILL);
+    for (uint32_t i : {2, 0, 1, 5, 4, 3}) {
+      RawAnswer answer = client.Ask(frame::kItem, items[i]);
+      ASSERT_EQ(answer.attachments.size(), 1u) << i;
+      // The second is too long to lie ready; behind the loss none does.
+      EXPECT_EQ(answer.attachmentBytes.size(), isKilled || i == 1 ? 0u : 1u) << i;
+      PstClient::Numbers path = items[i];
+      path.push_back(0);
+      std::string bytes;
+      client.AskBytes(path, [&](std::string_view piece) { bytes += piece; });
+      EXPECT_EQ(bytes.size(), i + 1);
+    }
+  }
+}
+
+TEST_F(PstClientTest, StopsWaitingWhenThePersonStops) {
+  PstClient client = Scripted("sleep 60", {});
+  core::State().ImportCancelFlag = true;
+  int64_t began = platform::TickMilliseconds();
+  EXPECT_THROW(client.Ask(frame::kStore, {}), Error);
+  EXPECT_LT(platform::TickMilliseconds() - began, 20'000);
+  core::State().ImportCancelFlag = false;
 }
 
 TEST_F(PstClientTest, AnswersOddRequestsWithAnError) {
