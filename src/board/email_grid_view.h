@@ -27,7 +27,8 @@ class EmailGridView : public QTableView {
   // Shows no rows until the next Bind, and reads none.
   void Unbind();
 
-  // The selected messages in list order; without the placeholder and rows that have gone.
+  // The selected messages in list order; without the placeholder and rows that have gone. Of
+  // several only the IDs.
   std::vector<SelectedMessage> Selected() const;
   // The current row's when it is selected, else the first selected one's; id 0 when none is.
   SelectedMessage Current() const;
@@ -61,6 +62,7 @@ class EmailGridView : public QTableView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
+  std::vector<int> SelectedRows() const;  // ascending
   SelectedMessage MessageAt(int row) const;
   void SetDesignedWidths();
   void FitSubject();

@@ -30,10 +30,6 @@ bool ToggleActive(const std::vector<SelectedMessage>& messages);
 // Takes the hot mark from every listed message, after a question.
 bool MarkAllNotHot();
 
-// Fills ObjectList with the IDs of the listed messages. False when the list is empty, when it was
-// stopped or on an error, which has been reported.
-bool FillObjectList();
-
 // The subject by which a message's relatives are found: what follows the first ":", or the whole
 // when nothing does.
 std::string RelatedSubject(std::string subject);
