@@ -105,12 +105,24 @@ SelectedMessage EmailGridView::MessageAt(int row) const {
   return {model_->IdAt(row), model_->SubjectAt(row), model_->ApplicationAt(row)};
 }
 
-std::vector<SelectedMessage> EmailGridView::Selected() const {
-  std::vector<SelectedMessage> messages;
-  QModelIndexList rows = selectionModel()->selectedRows();
+// By ranges: one for each row of a selection of all takes seconds.
+std::vector<int> EmailGridView::SelectedRows() const {
+  std::vector<int> rows;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    for (int row = range.top(); row <= range.bottom(); ++row) rows.push_back(row);
+  }
   std::sort(rows.begin(), rows.end());
-  for (const QModelIndex& index : rows) {
-    if (model_->IdAt(index.row()) != 0) messages.push_back(MessageAt(index.row()));
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+  return rows;
+}
+
+std::vector<SelectedMessage> EmailGridView::Selected() const {
+  std::vector<int> rows = SelectedRows();
+  if (rows.size() == 1 && model_->IdAt(rows[0]) != 0) return {MessageAt(rows[0])};
+  std::vector<SelectedMessage> messages;
+  messages.reserve(rows.size());
+  for (int row : rows) {
+    if (int64_t id = model_->IdOnlyAt(row); id != 0) messages.push_back({id, {}, {}});
   }
   return messages;
 }
@@ -174,15 +186,13 @@ void EmailGridView::ShowSort(ListSort sort, ListOrder order) {
 }
 
 void EmailGridView::CopySelected() const {
-  QModelIndexList rows = selectionModel()->selectedRows();
-  std::sort(rows.begin(), rows.end());
   QString text;
   size_t copied = 0;
-  for (const QModelIndex& row : rows) {
+  for (int row : SelectedRows()) {
     if (++copied > kMostCopied) break;
     QStringList cells;
     for (int column = kDateColumn; column < kGridColumns; ++column) {
-      if (!isColumnHidden(column)) cells << row.siblingAtColumn(column).data().toString();
+      if (!isColumnHidden(column)) cells << model_->index(row, column).data().toString();
     }
     text += cells.join('\t') + '\n';
   }

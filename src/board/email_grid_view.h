@@ -28,7 +28,8 @@ class EmailGridView : public QTableView {
   // Shows no rows until the next Bind, and reads none.
   void Unbind();
 
-  // The selected messages in list order; without the placeholder and rows that have gone.
+  // The selected messages in list order; without the placeholder and rows that have gone. Of
+  // several only the IDs.
   std::vector<SelectedMessage> Selected() const;
   // How many rows are selected, without looking at them; none while the placeholder is shown.
   int64_t SelectedCount() const;
@@ -67,6 +68,7 @@ class EmailGridView : public QTableView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
+  std::vector<int> SelectedRows() const;  // ascending
   SelectedMessage MessageAt(int row) const;
   void SetDesignedWidths();
   void FitSubject();

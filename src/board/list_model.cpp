@@ -86,6 +86,17 @@ int64_t ListModel::IdAt(int row) const {
   return row >= 0 && row < rows_ ? RowAt(row).id : 0;
 }
 
+int64_t ListModel::IdOnlyAt(int row) const {
+  if (row < 0 || row >= rows_ || placeholder_ || !list_->IsOpen()) return 0;
+  return core::Guarded(
+      "EmailGrid", int64_t{0},
+      [&] {
+        list_->SetAbsolutePosition(int64_t{row} + 1);
+        return list_->Field(kId).AsInt();
+      },
+      core::Report::kLog);
+}
+
 std::string ListModel::SubjectAt(int row) const {
   return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
 }

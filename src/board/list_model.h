@@ -31,6 +31,8 @@ class ListModel : public QAbstractTableModel {
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.
   int64_t IdAt(int row) const;
+  // The same without a look at the row itself where that can be: for all rows at once.
+  int64_t IdOnlyAt(int row) const;
   // As it is stored, UTF-8.
   std::string SubjectAt(int row) const;
   // The mailer that the message came from.

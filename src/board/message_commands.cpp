@@ -16,6 +16,9 @@ namespace {
 
 using repository::RepositoryDb;
 
+// Between two such lots the window answers.
+constexpr int kMarkedAtOnce = 500;
+
 std::string DeleteQuestion(const std::vector<SelectedMessage>& messages) {
   if (messages.size() == 1) {
     return "Are you realy want to delete the email with subject \r\n" + messages[0].subject;
@@ -37,9 +40,16 @@ bool IsHot(int64_t id) {
 void SetHot(int64_t id, bool hot) {
   jet::Recordset row;
   OpenActive(row, id);
-  if (row.Eof()) return;
+  if (row.Eof() || (row.Field("Active").AsText() == "+") == hot) return;
   row.SetField("Active", hot ? jet::Value("+") : jet::Value());
   row.Update();
+}
+
+// The listed messages that have a mark; the others have none to lose.
+void OpenMarked(jet::Recordset& marked) {
+  std::string where = Board().LastWhere;
+  where += (where.empty() ? "WHERE" : " AND") + std::string(" Active Is Not Null");
+  marked.Open(ListQueryText(where, ""), RepositoryDb(), jet::CursorType::kKeyset);
 }
 
 }  // namespace
@@ -113,30 +123,34 @@ std::optional<std::vector<int64_t>> ListedIds() {
   });
 }
 
-bool FillObjectList() {
-  std::optional<std::vector<int64_t>> ids = ListedIds();
-  if (!ids || ids->empty()) return false;
-  return core::Guarded("FillObjectList", false, [&] {
-    core::Steps steps(static_cast<int64_t>(ids->size()));
-    jet::CommitGroup group(RepositoryDb());
-    RepositoryDb().Execute("DELETE FROM ObjectList");
-    for (int64_t id : *ids) {
-      RepositoryDb().Execute("INSERT INTO ObjectList VALUES (" + std::to_string(id) + ")");
-      if (!steps.Next()) return false;
-    }
-    RepositoryDb().EndUnit();
-    group.End();
-    return true;
-  });
-}
-
 bool MarkAllNotHot() {
   return core::Guarded("MarkAllNotHot", false, [] {
     if (!core::AskYesNo("Are you realy want to mark all emails as unactive?")) return false;
-    if (!FillObjectList()) return false;
-    RepositoryDb().Execute(
-        "UPDATE Email SET Active = Null WHERE ID In (SELECT ID FROM ObjectList)");
-    return true;
+    jet::Recordset marked;
+    OpenMarked(marked);
+    const int64_t total = marked.RecordCount();
+    core::Steps steps(total);
+    jet::CommitGroup group(RepositoryDb());
+    int collected = 0;
+    bool goesOn = true;
+    for (int64_t position = 1; position <= total && goesOn; ++position) {
+      if (collected == 0) RepositoryDb().Execute("DELETE FROM ObjectList");
+      marked.SetAbsolutePosition(position);
+      jet::Value id = marked.Field(kId);
+      // A row that has gone meanwhile has no ID any more.
+      if (!id.IsNull()) {
+        RepositoryDb().Execute("INSERT INTO ObjectList VALUES (" + std::to_string(id.AsInt()) +
+                               ")");
+      }
+      goesOn = steps.Next();
+      if (++collected < kMarkedAtOnce && position < total && goesOn) continue;
+      RepositoryDb().Execute(
+          "UPDATE Email SET Active = Null WHERE ID In (SELECT ID FROM ObjectList)");
+      RepositoryDb().EndUnit();
+      collected = 0;
+    }
+    group.End();
+    return total > 0;
   });
 }
 

@@ -35,10 +35,6 @@ bool MarkAllNotHot();
 // has been reported.
 std::optional<std::vector<int64_t>> ListedIds();
 
-// Fills ObjectList with the IDs of the listed messages. False when the list is empty, when it was
-// stopped or on an error, which has been reported.
-bool FillObjectList();
-
 // The subject by which a message's relatives are found: what follows the first ":", or the whole
 // when nothing does.
 std::string RelatedSubject(std::string subject);

@@ -98,9 +98,23 @@ TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
   EXPECT_EQ(ui_.Shown("question")[0], "Are you realy want to mark all emails as unactive?");
 }
 
+TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
+  for (int i = 0; i < 1200; ++i) AddListed({.subject = "many", .hot = true});
+  ASSERT_TRUE(ListEvery());
+  auto hot = [&] { return Query("SELECT Count(*) AS N FROM Email WHERE Active = '+'").AsInt(); };
+  ui_.yesNo = {true, true};
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_TRUE(MarkAllNotHot());
+  EXPECT_TRUE(hot() > 0 && hot() < 1200) << hot();
+  ui_.onYield = {};
+  EXPECT_TRUE(MarkAllNotHot());
+  EXPECT_EQ(hot(), 0);
+}
+
 TEST_F(MessageCommands, ThePlaceholderIsNoMessage) {
   ASSERT_TRUE(ListEvery());
-  EXPECT_FALSE(FillObjectList());
+  ui_.yesNo = {true};
+  EXPECT_FALSE(MarkAllNotHot());
   EXPECT_EQ(CountRows("ObjectList"), 0);
 }
 

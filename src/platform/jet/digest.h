@@ -11,6 +11,7 @@
 // then read through the engine as any other.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -74,6 +75,7 @@ class Digest {
   // False when the row does not fit.
   bool Take(Statement& statement, Row& row);
   bool TakeKind(Statement& statement, Row& row);
+  bool FindKind(Statement& statement, uint32_t& kind);
   int64_t SecondsOf(const Row& row) const;
   bool IsBefore(const Row& a, const Row& b) const;
   void SortTies();
@@ -90,6 +92,14 @@ class Digest {
   std::unordered_map<uint32_t, int64_t> distant_;  // by key: dates beyond 32 bits, kNoDate for Null
   std::vector<std::vector<Value>> kinds_;
   std::unordered_map<std::string, uint32_t> kindPlaces_;
+  // The kinds seen last, by values that are short, as nearly all are: a pass over a million rows
+  // meets them a million times.
+  static constexpr size_t kShortKinds = 4;
+  struct SeenKind {
+    std::array<uint64_t, kShortKinds> words = {};  // all 0: none
+    uint32_t kind = 0;
+  };
+  std::array<SeenKind, 256> seen_ = {};
   std::string kindText_;
   uint32_t highestKey_ = 0;
   uint32_t highestReference_ = 0;

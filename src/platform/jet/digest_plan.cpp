@@ -104,9 +104,14 @@ class DigestPlanner {
       plan.spans.push_back({operands[1].literal, operands[2].literal});
       return true;
     }
-    if (condition.kind != Kind::kCompare || !isLiteral(1)) return false;
+    if (operands.empty()) return false;
     auto kind = KindOf(operands[0]);
     if (!kind) return false;
+    if (condition.kind == Kind::kIsNull) {
+      plan.kindTests.push_back({*kind, {}, {}, condition.negated});
+      return true;
+    }
+    if (condition.kind != Kind::kCompare || !isLiteral(1)) return false;
     plan.kindTests.push_back({*kind, condition.text, operands[1].literal});
     return true;
   }

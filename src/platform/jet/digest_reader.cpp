@@ -112,6 +112,12 @@ bool DigestReader::Begin() {
 bool DigestReader::TestKinds(Marks& holds) const {
   holds.assign(digest_.Kinds().size(), true);
   for (const DigestPlan::KindTest& test : plan_.kindTests) {
+    if (test.op.empty()) {
+      for (size_t i = 0; i < holds.size(); i++) {
+        holds[i] = holds[i] && digest_.Kinds()[i][test.kind].IsNull() != test.negated;
+      }
+      continue;
+    }
     FindCriteria criteria{{}, test.op, literals_[test.literal]};
     if (criteria.value.IsDate() || criteria.value.IsBytes()) return false;
     for (size_t i = 0; i < holds.size(); i++) {

@@ -33,9 +33,10 @@ struct DigestPlan {
     size_t to;
   };
   struct KindTest {
-    size_t kind;  // a place in the definition's kinds
-    std::string op;
-    size_t literal;
+    size_t kind;     // a place in the definition's kinds
+    std::string op;  // "": whether it is Null
+    size_t literal = 0;
+    bool negated = false;
   };
   std::vector<Span> spans;
   std::vector<KindTest> kindTests;

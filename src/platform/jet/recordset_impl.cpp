@@ -153,6 +153,7 @@ void Recordset::Impl::FetchKeys() {
     }
   }
   fetched_ = true;
+  fetchedVersion_ = connection_->Version();
 }
 
 // The key is the last thing that is sorted by, so equal ones are neighbours.
@@ -405,8 +406,14 @@ Value Recordset::Impl::Field(int index) {
   auto field = static_cast<size_t>(index);
   if (edit_ != Edit::kNone && edited_[field]) return *edited_[field];
   if (edit_ == Edit::kAdd) return {};
-  bool known = place_ == Place::kKey && seenVersion_ == connection_->Version();
-  if (known && Fields()[field].isKey) return key_;
+  if (Fields()[field].isKey && !deleted_) {
+    // Nothing was written since: the row is there, whatever it holds.
+    if (place_ == Place::kKey && seenVersion_ == connection_->Version()) return key_;
+    if (place_ == Place::kIndex && index_ < keys_.Size() &&
+        fetchedVersion_ == connection_->Version()) {
+      return keys_[index_];
+    }
+  }
   return CurrentRow()[field];
 }
 

@@ -113,6 +113,7 @@ class Recordset::Impl final : public ConnectionUser {
   LockType lock_ = LockType::kReadOnly;
 
   bool fetched_ = false;
+  uint64_t fetchedVersion_ = 0;                     // of the connection, when the keys were fetched
   KeyList keys_;                                    // keyed
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched

@@ -29,6 +29,7 @@ const std::vector<std::string> kConditions = {
     "FilesNum <> '0'",
     "Direction = 5",
     "Active Is Null",
+    "Active Is Not Null AND NOT Direction Is Null",
     "INSTR(MeContact.Name, 'n') <> 0 AND INSTR(Email.Subject, 'e') <> 0",
     "Attachment.FileName Like '%a%' AND Attachment.FileName Like '%.doc'",
     "Attachment.FileName Is Null AND Email.Body Like '%b%'",
