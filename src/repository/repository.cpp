@@ -134,6 +134,7 @@ bool OpenRepository(bool clearAll) {
     Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
     repository.RepositoryFolder = GetRepositoryFolder();
     Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
     if (clearAll) ClearRepository();
     EmptyScratchFolder();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");

@@ -43,6 +43,8 @@ struct Program {
   PreparedSql all;
   PreparedSql keys;
   PreparedSql row;
+  PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
+  std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
 };
 
@@ -53,8 +55,11 @@ class ConnectionUser {
   virtual void ConnectionCloses() = 0;
 };
 
+class TextIndex;
+
 class Connection::Impl {
  public:
+  Impl();
   ~Impl();
 
   void Open();
@@ -68,6 +73,8 @@ class Connection::Impl {
 
   // Prepared if need be, its literals and the clock bound.
   Statement& Ready(PreparedSql& prepared, const std::vector<Value>& literals);
+  // What reads the rows of a program: all or keys, narrowed by the text index where that helps.
+  PreparedSql& Reading(Program& program, const std::vector<Value>& literals);
   // Fills in what the columns of a reading program are.
   const std::vector<FieldInfo>& Fields(Program& program);
   // A statement of the database's own making, in engine SQL.
@@ -84,6 +91,12 @@ class Connection::Impl {
   void FlushGroup();
   void EndGroup();
   bool InGroup() const { return depth_ > 0; }
+
+  void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
+  TextIndex* Index() { return index_.get(); }
+  // Before rows of a table get keys that are not the engine's choice, or all of them go.
+  void BeforeRewriting(std::string_view table);
+  void AfterFailure(const Error& error);
 
   Database& Engine();  // throws Error 3704 while closed
   // Counts up with everything written; what was read under another number may be out of date.
@@ -117,7 +130,7 @@ class Connection::Impl {
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
-  void AfterFailure(const Error& error);
+  bool Narrow(const ReadPlan& plan, const std::vector<Value>& literals);
   void Commit();
 
   std::unique_ptr<Database> database_;
@@ -125,6 +138,7 @@ class Connection::Impl {
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;
+  std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
   uint64_t version_ = 1;
 

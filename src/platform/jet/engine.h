@@ -110,13 +110,31 @@ class Database {
   void SyncLog();
   // Called about every count engine steps; true stops the statement.
   void SetProgress(int count, std::function<bool()> handler);
+  // For work outside of statements: whether there is a handler, and what it says now.
+  bool IsWatched() const { return progress_ != nullptr; }
+  bool AsksToStop() const { return progress_ && progress_(); }
+  // Without the handler for its lifetime: what is stopped within a transaction takes all of it
+  // back.
+  class Unwatched {
+   public:
+    explicit Unwatched(Database& database) : database_(database) { database_.Watch(false); }
+    ~Unwatched() { database_.Watch(true); }
+    Unwatched(const Unwatched&) = delete;
+    Unwatched& operator=(const Unwatched&) = delete;
+
+   private:
+    Database& database_;
+  };
 
   [[noreturn]] void Fail(int code) const;
   sqlite3* Handle() const { return handle_; }
 
  private:
+  void Watch(bool on);
+
   sqlite3* handle_ = nullptr;
   std::function<bool()> progress_;
+  int progressSteps_ = 0;
 };
 
 }  // namespace tarnwick::jet

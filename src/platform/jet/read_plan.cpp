@@ -51,6 +51,31 @@ class Planner {
     return OneRowPerKey();
   }
 
+  // The terms of the condition that are about one table, the first that has any.
+  void FindSearches(ReadPlan& plan) const {
+    if (select_.file || !select_.where) return;
+    std::optional<size_t> place;
+    FindTerms(*select_.where, plan, place);
+    if (!place) return;
+    plan.searched = *place == 0 ? select_.table.name : select_.joins[*place - 1].table.name;
+    narrow_ = tables_[*place].shown;
+  }
+
+  // The whole statement, narrowed.
+  void WriteNarrowed(ReadPlan& plan) const {
+    if (plan.searches.empty()) return;
+    if (plan.keyed) {
+      ReadPlan scratch;
+      WriteKeys(scratch, true);
+      plan.narrowed = std::move(scratch.keys);
+    } else {
+      SqlWriter writer(schema_);
+      writer.Narrow(narrow_);
+      writer.Write(select_);
+      plan.narrowed = writer.Take();
+    }
+  }
+
   ReadPlan Keyed() const {
     ReadPlan plan;
     plan.keyed = true;
@@ -58,7 +83,7 @@ class Planner {
     plan.base = select_.table.name;
     plan.wholeTable =
         select_.joins.empty() && !select_.where && select_.orderBy.empty() && !select_.top;
-    WriteKeys(plan);
+    WriteKeys(plan, false);
     WriteRow(plan);
     return plan;
   }
@@ -210,7 +235,36 @@ class Planner {
     return value.kind == Kind::kColumn && tables_[PlaceOf(value)].view->IsText(value.text);
   }
 
-  void WriteKeys(ReadPlan& plan) const {
+  void FindTerms(const Expression& condition, ReadPlan& plan, std::optional<size_t>& place) const {
+    if (condition.kind == Kind::kChain && condition.text == "AND") {
+      for (const Expression& part : condition.operands) FindTerms(part, plan, place);
+      return;
+    }
+    SearchTerm term;
+    const Expression* search = &condition;
+    if (condition.kind == Kind::kCompare) {
+      // InStr(text, part) <> 0
+      bool isFound = (condition.text == "<>" || condition.text == ">") &&
+                     condition.operands[1].kind == Kind::kLiteral;
+      search = &condition.operands[0];
+      if (!isFound || search->kind != Kind::kCall || search->text != "instr") return;
+      term.nought = condition.operands[1].literal;
+    } else if (condition.kind != Kind::kLike || condition.negated) {
+      return;
+    }
+    term.isPattern = condition.kind == Kind::kLike;
+    const Expression& text = search->operands[0];
+    const Expression& wanted = search->operands[1];
+    if (text.kind != Kind::kColumn || wanted.kind != Kind::kLiteral) return;
+    size_t here = PlaceOf(text);
+    if (here == kUnknown || (place && *place != here)) return;
+    place = here;
+    term.column = text.text;
+    term.literal = wanted.literal;
+    plan.searches.push_back(std::move(term));
+  }
+
+  void WriteKeys(ReadPlan& plan, bool narrowed) const {
     Places places = wherePlaces_;
     places.insert(orderPlaces_.begin(), orderPlaces_.end());
     std::set<size_t> joins = NeededJoins(std::move(places), true);
@@ -218,6 +272,7 @@ class Planner {
         std::any_of(joins.begin(), joins.end(), [&](size_t i) { return !onKey_[i]; });
     SqlWriter writer(schema_);
     writer.Enter(select_);
+    if (narrowed) writer.Narrow(narrow_);
     writer.Text("SELECT ");
     KeyColumn(writer);
     if (SortsByText()) {
@@ -263,17 +318,23 @@ class Planner {
   Places itemPlaces_;
   Places orderPlaces_;
   Places wherePlaces_;
+  mutable std::string narrow_;
 };
 
 }  // namespace
 
 ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema) {
   Planner planner(select, schema);
-  if (planner.CanBeKeyed()) return planner.Keyed();
   ReadPlan plan;
-  SqlWriter writer(schema, otherSchema);
-  writer.Write(select);
-  plan.all = writer.Take();
+  if (planner.CanBeKeyed()) {
+    plan = planner.Keyed();
+  } else {
+    SqlWriter writer(schema, otherSchema);
+    writer.Write(select);
+    plan.all = writer.Take();
+  }
+  planner.FindSearches(plan);
+  planner.WriteNarrowed(plan);
   return plan;
 }
 

@@ -111,7 +111,7 @@ void Recordset::Impl::ReadAll() {
     }
   } drop{*program_};
   Fields();
-  Statement& all = connection_->Ready(program_->all, literals_);
+  Statement& all = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(all);
   while (connection_->StepRead(all)) {
     Row row;
@@ -137,7 +137,7 @@ void Recordset::Impl::FetchKeys() {
     fetched_ = true;
     return;
   }
-  Statement& keys = connection_->Ready(program_->keys, literals_);
+  Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(keys);
   while (static_cast<int64_t>(keys_.size()) != most && connection_->StepRead(keys)) {
     int64_t key = keys.Int(0);
@@ -150,7 +150,7 @@ void Recordset::Impl::FetchKeys() {
 
 std::vector<int64_t> Recordset::Impl::KeysByText() {
   TextSorter sorter;
-  Statement& keys = connection_->Ready(program_->keys, literals_);
+  Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(keys);
   while (connection_->StepRead(keys)) {
     std::optional<std::string_view> text;
@@ -497,6 +497,7 @@ void Recordset::Impl::InsertRow() {
   int parameters = 0;
   for (size_t i = 0; i < fields.size(); i++) {
     if (!edited_[i]) continue;
+    if (fields[i].isKey) connection_->BeforeRewriting(program_->plan.base);
     columns += (parameters == 0 ? "" : ", ") + QuotedName(fields[i].column);
     values += (parameters == 0 ? "?" : ", ?") + std::to_string(parameters + 1);
     parameters++;
