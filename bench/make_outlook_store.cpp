@@ -22,6 +22,7 @@ using tarnwick::testing::PstBuilder;
 using tarnwick::testing::PstMessage;
 
 constexpr int64_t kFirstTime = 126'600'000'000'000'000;  // in 2002, as Outlook counts
+constexpr size_t kFolderSize = 5000;
 constexpr int64_t kMinute = 600'000'000;
 
 // The first header of its kind.
@@ -74,9 +75,8 @@ int Run(const std::string& source, int copies, const std::string& target) {
   size_t count = 0;
   for (int copy = 0; copy < copies; ++copy) {
     for (const fs::path& file : files) {
-      if (count % PstBuilder::kMaxMessages == 0) {
-        folder = store.AddFolder(PstBuilder::kTop,
-                                 "Folder " + std::to_string(count / PstBuilder::kMaxMessages));
+      if (count % kFolderSize == 0) {
+        folder = store.AddFolder(PstBuilder::kTop, "Folder " + std::to_string(count / kFolderSize));
       }
       store.AddMessage(folder, MessageOf(tarnwick::platform::ReadFile(file.string()), count));
       ++count;

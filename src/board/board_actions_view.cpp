@@ -50,12 +50,16 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        {},
        "document-import",
        tr("Takes a file with one message in")},
+      {saveMessages, "mnSaveMessages", tr("Sa&ve messages as..."), QKeySequence::Save,
+       "document-save", tr("Saves messages as ordinary files that other programs read")},
       {exit,
        "mnuFileExit",
        tr("E&xit"),
        QKeySequence(Qt::CTRL | Qt::Key_Q),
        "application-exit",
        {}},
+      {timeline, "mnViewTimeline", tr("&Timeline"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
+       nullptr, tr("Shows over the list how its mail spreads over the years")},
       {contacts,
        "mnuContacts",
        tr("&Contacts"),
@@ -99,6 +103,12 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
       {quit, "actionQuite", tr("&Quit"), {}, nullptr, tr("Closes the program")},
       {copy, "actionCopy", tr("&Copy"), QKeySequence::Copy, "edit-copy",
        tr("Copies the selected rows as text")},
+      {attachments,
+       "actionAttachments",
+       tr("A&ttachments"),
+       {},
+       "mail-attachment",
+       tr("The files that came with the selected message")},
       {stop, "actionStop", tr("Stop"), QKeySequence(Qt::Key_Escape), nullptr, {}},
   };
   for (const auto& row : rows) {
@@ -108,6 +118,8 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
     if (!row.tip.isEmpty()) row.action->setToolTip(row.tip);
     if (row.icon != nullptr) row.action->setIcon(QIcon::fromTheme(row.icon));
   }
+  timeline->setCheckable(true);
+  timeline->setChecked(true);
   // These keys belong to the text boxes unless the list has the focus.
   deleteSelected->setShortcutContext(Qt::WidgetShortcut);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -121,7 +133,8 @@ void BoardActionsView::SetBusy(bool busy) {
        {openRepository, createRepository, backup,         restore,        exportListed,
         merge,          loadTextFile,     contacts,       options,        markAllNotHot,
         moveHtml,       helpTopics,       about,          showAll,        showEmail,
-        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy}) {
+        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy,
+        saveMessages,   attachments}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

@@ -23,7 +23,9 @@ class BoardActionsView : public QObject {
   QAction* exportListed = nullptr;
   QAction* merge = nullptr;
   QAction* loadTextFile = nullptr;
+  QAction* saveMessages = nullptr;
   QAction* exit = nullptr;
+  QAction* timeline = nullptr;  // checked: shown
   QAction* contacts = nullptr;
   QAction* options = nullptr;
   QAction* markAllNotHot = nullptr;
@@ -39,6 +41,7 @@ class BoardActionsView : public QObject {
   QAction* loadFromMailer = nullptr;
   QAction* quit = nullptr;
   QAction* copy = nullptr;
+  QAction* attachments = nullptr;  // a menu
 
   QAction* stop = nullptr;
 

@@ -115,6 +115,19 @@ std::vector<SelectedMessage> EmailGridView::Selected() const {
   return messages;
 }
 
+int64_t EmailGridView::SelectedCount() const {
+  int64_t count = 0;
+  if (model_->IsPlaceholder()) return count;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) count += range.height();
+  return count;
+}
+
+std::vector<int64_t> EmailGridView::SelectedIds() const {
+  std::vector<int64_t> ids;
+  for (const SelectedMessage& message : Selected()) ids.push_back(message.id);
+  return ids;
+}
+
 SelectedMessage EmailGridView::Current() const {
   int row = -1;
   if (currentIndex().isValid() && selectionModel()->isRowSelected(currentIndex().row())) {
@@ -238,6 +251,13 @@ void EmailGridView::selectionChanged(const QItemSelection& selected,
                                      const QItemSelection& deselected) {
   QTableView::selectionChanged(selected, deselected);
   emit CurrentChanged();
+}
+
+// The base class makes the first cell current, which looks half selected.
+void EmailGridView::focusInEvent(QFocusEvent* event) {
+  bool hadCurrent = currentIndex().isValid();
+  QTableView::focusInEvent(event);
+  if (!hadCurrent && selectionModel() != nullptr) selectionModel()->clearCurrentIndex();
 }
 
 void EmailGridView::showEvent(QShowEvent* event) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <QTableView>
+#include <cstdint>
 #include <map>
 #include <vector>
 
@@ -29,6 +30,10 @@ class EmailGridView : public QTableView {
 
   // The selected messages in list order; without the placeholder and rows that have gone.
   std::vector<SelectedMessage> Selected() const;
+  // How many rows are selected, without looking at them; none while the placeholder is shown.
+  int64_t SelectedCount() const;
+  // The IDs of the selected messages, as Selected gives them.
+  std::vector<int64_t> SelectedIds() const;
   // The current row's when it is selected, else the first selected one's; id 0 when none is.
   SelectedMessage Current() const;
 
@@ -58,6 +63,7 @@ class EmailGridView : public QTableView {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:

@@ -43,7 +43,10 @@ QString Shown(const std::string& text) {
 
 }  // namespace
 
-frmEmailText::frmEmailText(QWidget* parent) : QDialog(parent), text_(new QPlainTextEdit(this)) {
+frmEmailText::frmEmailText(QWidget* parent)
+    : QDialog(parent),
+      text_(new QPlainTextEdit(this)),
+      attachments_(new takeout::AttachmentsView(this)) {
   setObjectName(kForm);
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   setAttribute(Qt::WA_ShowWithoutActivating);
@@ -54,13 +57,16 @@ frmEmailText::frmEmailText(QWidget* parent) : QDialog(parent), text_(new QPlainT
   text_->setUndoRedoEnabled(false);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
-  column->addWidget(text_);
+  column->setSpacing(0);
+  column->addWidget(text_, 1);
+  column->addWidget(attachments_);
   RestorePlace();
 }
 
 void frmEmailText::ShowText(const EmailText& email) {
   setWindowTitle(QString::fromStdString(email.subject).simplified());
   text_->setPlainText(Shown(email.text));
+  attachments_->Show(email.id == 0 ? nullptr : takeout::OpenAttachments(email.id));
   show();
 }
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The text of one message in a window of its own. HTML is shown as the text that it is and never
-// rendered: nothing in a message is run or fetched. The window's place is kept while it is hidden
-// and from one run to the next.
+// The text of one message in a window of its own, with the files that came with it. HTML is shown
+// as the text that it is and never rendered: nothing in a message is run or fetched. The window's
+// place is kept while it is hidden and from one run to the next.
 #pragma once
 
 #include <QDialog>
 
 #include "board/message_viewer.h"
+#include "takeout/attachments_view.h"
 
 class QPlainTextEdit;
 
@@ -31,6 +32,7 @@ class frmEmailText : public QDialog {
   void RestorePlace();
 
   QPlainTextEdit* text_;
+  takeout::AttachmentsView* attachments_;
 };
 
 }  // namespace tarnwick::board

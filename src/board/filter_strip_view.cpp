@@ -187,6 +187,8 @@ void FilterStripView::ShowFilter(const ListFilter& filter) {
   Choose(direction_, static_cast<int>(filter.Direction));
   Choose(sort_, static_cast<int>(filter.SortBy));
   Choose(order_, static_cast<int>(filter.SortOrder));
+  // Of a name that is longer than its box the beginning is seen.
+  for (QComboBox* combo : {fromTo_, file_}) combo->lineEdit()->home(false);
   for (QWidget* box : boxes_) before_[box] = BoxText(box);
 }
 

@@ -11,6 +11,8 @@ namespace tarnwick::board {
 namespace {
 
 constexpr const char* kPlaceGroup = "XYMainBoard";
+constexpr const char* kTimelineGroup = "Timeline";
+constexpr const char* kShownKey = "Shown";
 // 10,000 pixels: nothing wider was ever meant.
 constexpr int64_t kWidest = int64_t{10000} * kTwipsPerPixel;
 
@@ -33,6 +35,16 @@ void SaveWindowPlace(const WindowPlace& place) {
   write("2", place.top);
   write("3", place.height);
   write("4", place.width);
+}
+
+bool ReadTimelineShown() {
+  jet::Value stored =
+      repository::GetParameter(kTimelineGroup, kShownKey, repository::kAmountColumn);
+  return stored.IsNull() || stored.AsInt() != 0;
+}
+
+void SaveTimelineShown(bool shown) {
+  repository::SetParameter(kTimelineGroup, kShownKey, repository::kAmountColumn, shown ? 1 : 0);
 }
 
 std::optional<int> FittingEdge(int stored, int extent, int screen) {

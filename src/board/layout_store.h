@@ -27,6 +27,10 @@ struct WindowPlace {
 WindowPlace ReadWindowPlace();
 void SaveWindowPlace(const WindowPlace& place);
 
+// Whether the timeline is shown over the list; it is until it was hidden.
+bool ReadTimelineShown();
+void SaveTimelineShown(bool shown);
+
 // The edge to apply: a stored one that is not 0 and with which a window of this extent still lies
 // within the screen.
 std::optional<int> FittingEdge(int stored, int extent, int screen);

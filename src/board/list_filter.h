@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // What the message list is narrowed to and how it is ordered, and how that is kept between runs.
-// Fields bear the names of the design; the numbers of the enumerations are stored.
+// Fields bear their known names; the numbers of the enumerations are stored.
 #pragma once
 
 #include <cstdint>

@@ -50,18 +50,22 @@ std::string BuildListWhere(const ListFilter& filter) {
   if (filter.Direction == ListDirection::kIn) where += " AND Direction = 'In'";
   if (filter.Direction == ListDirection::kOut) where += " AND Direction = 'Out'";
   if (filter.Active) where += " AND Active = '+'";
-  if (!filter.FromTo.empty()) {
-    where += " AND INSTR(MeContact.Name, '" + Word(filter.FromTo) + "') <> 0 ";
-  }
-  if (!filter.FileName.empty()) {
-    where += " AND Attachment.FileName Like '%" + Word(filter.FileName) + "%'";
-  }
+  if (!filter.FromTo.empty()) where += " AND " + ContactCondition(filter);
+  if (!filter.FileName.empty()) where += " AND " + AttachmentCondition(filter);
   if (!filter.Subject.empty()) {
     where += " AND INSTR(Email.Subject, '" + Word(filter.Subject) + "') <> 0";
   }
   if (!filter.MailText.empty()) where += " AND Email.Body Like '%" + Word(filter.MailText) + "%'";
   if (filter.AttachedFile) where += " AND FilesNum <> 0";
   return where;
+}
+
+std::string ContactCondition(const ListFilter& filter) {
+  return "INSTR(MeContact.Name, '" + Word(filter.FromTo) + "') <> 0 ";
+}
+
+std::string AttachmentCondition(const ListFilter& filter) {
+  return "Attachment.FileName Like '%" + Word(filter.FileName) + "%'";
 }
 
 std::string ListSortClause(const ListFilter& filter) {

@@ -42,6 +42,9 @@ void ResetBoard();  // closes the list
 // #mm/dd/yyyy 00:00:00# or #mm/dd/yyyy 23:59:59#, whatever the locale.
 std::string FormatFilterDate(DateTime date, bool startOfDay);
 std::string BuildListWhere(const ListFilter& filter);
+// Its conditions on the tables joined to Email. REQUIRES: the filter has a FromTo, a FileName.
+std::string ContactCondition(const ListFilter& filter);
+std::string AttachmentCondition(const ListFilter& filter);
 std::string ListSortClause(const ListFilter& filter);
 
 std::string ListQueryText(const std::string& where, const std::string& sort);

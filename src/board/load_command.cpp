@@ -75,7 +75,7 @@ bool AskForMailer(const std::string& name, const char* option, bool& flag) {
   return false;
 }
 
-// Whether Outlook Express is to be read, asking where the design asks.
+// Whether Outlook Express is to be read, asking where it has to.
 bool WantsOutlookExpress(const LoadOptions& options) {
   if (options.everyMailer) return true;
   if (!State().RepositoryIsEmpty) return State().UseOutlookExpress;

@@ -31,9 +31,9 @@ struct LoadResult {
   core::LoadCounts counts;
 };
 
-// One load run: asks what the design has it ask, finds the profile (or has it chosen), reads the
-// mailers, and leaves the summary in the log and the status bar. The list is the caller's to bind
-// anew.
+// One load run: asks before each mailer of a first load, finds the profile (or has it chosen),
+// reads the mailers, and leaves the summary in the log and the status bar. The list is the caller's
+// to bind anew.
 LoadResult LoadFromMailer(const LoadOptions& options);
 
 // The stop command: the run ends at the next message.

@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QScreen>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -58,9 +59,12 @@ void MainBoard::BuildMenus() {
   file->addSeparator();
   file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge});
   file->addSeparator();
-  file->addAction(actions_->loadTextFile);
+  file->addActions({actions_->loadTextFile, actions_->saveMessages});
   file->addSeparator();
   file->addAction(actions_->exit);
+  QMenu* view = menuBar()->addMenu(tr("&View"));
+  view->setObjectName("mnuView");
+  view->addAction(actions_->timeline);
   QMenu* tools = menuBar()->addMenu(tr("&Tools"));
   tools->setObjectName("mnuTools");
   tools->addActions({actions_->contacts, actions_->options});
@@ -76,6 +80,7 @@ void MainBoard::BuildBody() {
   auto* column = new QVBoxLayout(body);
   column->setContentsMargins(8, 6, 8, 6);
   strip_ = new FilterStripView(body);
+  timeline_ = new TimelineView(body);
   grid_ = new EmailGridView(body);
   status_ = new StatusPanelsView(this);
   notice_ = new QLabel(body);
@@ -84,6 +89,7 @@ void MainBoard::BuildBody() {
   notice_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
   notice_->hide();
   column->addWidget(strip_);
+  column->addWidget(timeline_);
   column->addWidget(notice_);
   column->addWidget(grid_, 1);
 
@@ -102,8 +108,10 @@ void MainBoard::BuildBody() {
   }
   cbShowEmailText_ = new QCheckBox(tr("Show email text"), body);
   cbShowEmailText_->setObjectName("cbShowEmailText");
-  // Every letter of the caption is another control's.
-  cbShowEmailText_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
+  // Every letter of the caption is another control's. A shortcut of the box itself would take the
+  // focus from the list, whose selection the text follows.
+  auto* showText = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_T), this);
+  connect(showText, &QShortcut::activated, cbShowEmailText_, &QCheckBox::toggle);
   cbShowEmailText_->setToolTip(tr("A window with the text of the selected message (Ctrl+T)"));
   buttons->addSpacing(8);
   buttons->addWidget(cbShowEmailText_);
@@ -117,8 +125,9 @@ void MainBoard::BuildBody() {
 
   auto* separator = new QAction(this);
   separator->setSeparator(true);
-  grid_->addActions({actions_->showEmail, actions_->showRelated, actions_->toggleHot,
-                     actions_->markAllNotHot, separator, actions_->copy, actions_->deleteSelected});
+  grid_->addActions({actions_->showEmail, actions_->attachments, actions_->showRelated,
+                     actions_->toggleHot, actions_->markAllNotHot, separator, actions_->copy,
+                     actions_->saveMessages, actions_->deleteSelected});
   // Shortcuts of what is in no menu.
   addActions({actions_->showAll, actions_->loadFromMailer, actions_->stop});
 }
@@ -155,12 +164,27 @@ void MainBoard::Connect() {
   connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
   connect(actions_->createRepository, &QAction::triggered, this,
           [this] { SwitchRepository(true); });
+  auto whileStoppable = [this](const std::function<void()>& command) {
+    Run([&] {
+      status_->SetPanel(core::StatusPanel::kProgress, {});
+      status_->SetBusy(true);
+      command();
+    });
+  };
+  takeout_ = new TakeoutView(*actions_, *grid_, whileStoppable, this);
   connect(actions_->exit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
   connect(status_, &StatusPanelsView::StopAskedFor, this, &MainBoard::Stop);
   connect(notice_, &QLabel::linkActivated, actions_->showAll, &QAction::trigger);
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
+  connect(timeline_, &TimelineView::DatesAskedFor, this, [this](DateTime from, DateTime to) {
+    RefreshWith([&](ListFilter& filter) { filter.DateFrom = from, filter.DateTo = to; });
+  });
+  connect(timeline_, &TimelineView::NameAskedFor, this, [this](const QString& text) {
+    RefreshWith([&](ListFilter& filter) { filter.FromTo = text.toStdString(); });
+  });
+  connect(actions_->timeline, &QAction::toggled, this, &MainBoard::SetTimelineShown);
   connect(strip_, &FilterStripView::LastBoxLeft, grid_, qOverload<>(&QWidget::setFocus));
   connect(grid_, &QTableView::doubleClicked, this, [this] {
     if (grid_->Current().id != 0) actions_->showEmail->trigger();
@@ -176,6 +200,9 @@ bool MainBoard::Load() {
   bool sameWidth = RestorePlace();
   grid_->ApplyWidths(repository::ReadGridLayout(kGridGroup, kGridColumns), sameWidth);
   ShowRepositoryFolder();
+  actions_->timeline->setChecked(ReadTimelineShown());
+  timeline_->setVisible(actions_->timeline->isChecked());
+  timeline_->Forget();
   FillChoices();
   cbShowEmailText_->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*this);
@@ -187,6 +214,7 @@ void MainBoard::SetDataSource(jet::Recordset& list, bool placeholder) {
   grid_->Bind(list, placeholder, keepPlace_);
   keepPlace_ = false;
   grid_->ShowSort(Board().Filter.SortBy, Board().Filter.SortOrder);
+  timeline_->Follow(Board().Filter);
   UpdateHint();
   // The rows are there; the counts that come next may take a look at every message.
   if (grid_->isVisible()) grid_->viewport()->repaint();
@@ -213,10 +241,12 @@ void MainBoard::Run(const std::function<void()>& command) {
   busy_ = true;
   actions_->SetBusy(true);
   strip_->setEnabled(false);
+  timeline_->setEnabled(false);
   QWidget* focus = focusWidget();
   command();
   status_->SetBusy(false);
   strip_->setEnabled(true);
+  timeline_->setEnabled(true);
   actions_->SetBusy(false);
   busy_ = false;
   if (focus != nullptr && focus->isEnabled()) focus->setFocus();
@@ -236,10 +266,26 @@ void MainBoard::Refresh() {
   ShowRefresh(*this);
 }
 
+// As if the person had changed the controls.
+void MainBoard::RefreshWith(const std::function<void(ListFilter&)>& change) {
+  if (busy_) return;
+  ListFilter filter = Board().Filter;
+  strip_->ReadFilter(filter);
+  change(filter);
+  ShowFilter(filter);
+  Refresh();
+}
+
+void MainBoard::SetTimelineShown(bool on) {
+  timeline_->setVisible(on);
+  SaveTimelineShown(on);
+}
+
 // After rows were changed in the open list.
 void MainBoard::ListAnew(bool changed) {
   if (!changed) return;
   keepPlace_ = true;
+  timeline_->Forget();
   RequeryEmailList();
   BindEmailList(*this);
 }

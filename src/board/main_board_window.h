@@ -19,6 +19,8 @@
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
 #include "board/status_panels_view.h"
+#include "board/takeout_view.h"
+#include "board/timeline_view.h"
 
 namespace tarnwick::board {
 
@@ -36,6 +38,8 @@ class MainBoard : public QMainWindow, public ListForm {
   FilterStripView& Filter() { return *strip_; }
   EmailGridView& Grid() { return *grid_; }
   BoardActionsView& Actions() { return *actions_; }
+  TakeoutView& Takeout() { return *takeout_; }
+  TimelineView& Timeline() { return *timeline_; }
 
   // True while a command runs that can be stopped.
   bool IsBusy() const { return busy_; }
@@ -60,6 +64,7 @@ class MainBoard : public QMainWindow, public ListForm {
 
   void Run(const std::function<void()>& command);
   void Refresh();
+  void RefreshWith(const std::function<void(ListFilter&)>& change);
   void ListEvery(const std::string& subject);
   void ShowEverything();
   void ShowRelated();
@@ -83,18 +88,21 @@ class MainBoard : public QMainWindow, public ListForm {
   void SetShowEmailText(bool on);
   void FollowSelection();
   void FillChoices();
+  void SetTimelineShown(bool on);
   void UpdateHint();
   bool RestorePlace();
   void SaveLayout();
 
   BoardActionsView* actions_;
   FilterStripView* strip_ = nullptr;
+  TimelineView* timeline_ = nullptr;
   EmailGridView* grid_ = nullptr;
   QLabel* notice_ = nullptr;
   QCheckBox* cbShowEmailText_ = nullptr;
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one
   StatusPanelsView* status_ = nullptr;
+  TakeoutView* takeout_ = nullptr;
   bool busy_ = false;
   bool closeWhenDone_ = false;
   bool keepPlace_ = false;  // the next binding keeps the current row

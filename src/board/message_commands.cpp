@@ -3,10 +3,10 @@
 #include "board/message_commands.h"
 
 #include "board/list_query.h"
-#include "board/steps.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "core/text.h"
 #include "repository/repository.h"
 
@@ -55,7 +55,7 @@ bool DeleteMessages(const std::vector<SelectedMessage>& messages) {
   }
   return core::Guarded("DeleteCurent", false, [&] {
     if (!core::AskYesNo(DeleteQuestion(messages))) return false;
-    Steps steps(static_cast<int64_t>(messages.size()));
+    core::Steps steps(static_cast<int64_t>(messages.size()));
     jet::CommitGroup group(RepositoryDb());
     for (const SelectedMessage& message : messages) {
       RepositoryDb().Execute("DELETE * FROM Email WHERE ID=" + std::to_string(message.id));
@@ -80,7 +80,7 @@ bool ToggleActive(const std::vector<SelectedMessage>& messages) {
       hot = !IsHot(message.id);
       if (hot) break;
     }
-    Steps steps(static_cast<int64_t>(messages.size()));
+    core::Steps steps(static_cast<int64_t>(messages.size()));
     jet::CommitGroup group(RepositoryDb());
     for (const SelectedMessage& message : messages) {
       SetHot(message.id, hot);
@@ -92,29 +92,41 @@ bool ToggleActive(const std::vector<SelectedMessage>& messages) {
   });
 }
 
-bool FillObjectList() {
-  return core::Guarded("FillObjectList", false, [] {
+std::optional<std::vector<int64_t>> ListedIds() {
+  using Ids = std::optional<std::vector<int64_t>>;
+  return core::Guarded("ListedIds", Ids(), []() -> Ids {
+    std::vector<int64_t> ids;
     BoardState& board = Board();
-    if (board.ListIsPlaceholder) return false;
+    if (board.ListIsPlaceholder) return ids;
     jet::Recordset& list = board.ListRecordset;
     int64_t total = list.RecordCount();
-    Steps steps(total);
-    jet::CommitGroup group(RepositoryDb());
-    RepositoryDb().Execute("DELETE FROM ObjectList");
+    core::Steps steps(total);
     for (int64_t position = 1; position <= total; ++position) {
       // By position: the window moves in the same recordset when it paints between two steps.
       list.SetAbsolutePosition(position);
       jet::Value id = list.Field(kId);
       // A row that has gone meanwhile has no ID any more.
-      if (!id.IsNull()) {
-        RepositoryDb().Execute("INSERT INTO ObjectList VALUES (" + std::to_string(id.AsInt()) +
-                               ")");
-      }
+      if (!id.IsNull()) ids.push_back(id.AsInt());
+      if (!steps.Next()) return std::nullopt;
+    }
+    return ids;
+  });
+}
+
+bool FillObjectList() {
+  std::optional<std::vector<int64_t>> ids = ListedIds();
+  if (!ids || ids->empty()) return false;
+  return core::Guarded("FillObjectList", false, [&] {
+    core::Steps steps(static_cast<int64_t>(ids->size()));
+    jet::CommitGroup group(RepositoryDb());
+    RepositoryDb().Execute("DELETE FROM ObjectList");
+    for (int64_t id : *ids) {
+      RepositoryDb().Execute("INSERT INTO ObjectList VALUES (" + std::to_string(id) + ")");
       if (!steps.Next()) return false;
     }
     RepositoryDb().EndUnit();
     group.End();
-    return total > 0;
+    return true;
   });
 }
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the main window does to listed messages, without the window. Each asks and reports as
-// designed and returns true when rows were changed; the list is the caller's to query and bind
-// anew.
+// What the main window does to listed messages, without the window. Each asks and reports by itself
+// and returns true when rows were changed; the list is the caller's to query and bind anew.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +30,10 @@ bool ToggleActive(const std::vector<SelectedMessage>& messages);
 
 // Takes the hot mark from every listed message, after a question.
 bool MarkAllNotHot();
+
+// The IDs of the listed messages in their order; nullopt when it was stopped or on an error, which
+// has been reported.
+std::optional<std::vector<int64_t>> ListedIds();
 
 // Fills ObjectList with the IDs of the listed messages. False when the list is empty, when it was
 // stopped or on an error, which has been reported.

@@ -4,16 +4,16 @@
 
 #include <algorithm>
 
-#include "board/steps.h"
-#include "board/stored_message.h"
 #include "core/documents.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "platform/files.h"
 #include "platform/html.h"
 #include "platform/jet/recordset.h"
 #include "repository/repository.h"
+#include "takeout/stored_file.h"
 
 namespace tarnwick::board {
 
@@ -54,7 +54,7 @@ Moved MoveInEveryRow() {
               jet::LockType::kOptimistic);
   moved.total = emails.RecordCount();
   int64_t lostBefore = RepositoryDb().LostUnits();
-  Steps steps(moved.total);
+  core::Steps steps(moved.total);
   jet::CommitGroup group(RepositoryDb());
   for (; !emails.Eof(); emails.MoveNext()) {
     if (MoveInRow(emails)) ++moved.changed;
@@ -85,7 +85,7 @@ void Summarise(const Moved& moved) {
 
 bool ShowStoredMessage(int64_t emailId, const std::string& application) {
   return core::Guarded("ShowStoredMessage", false, [&] {
-    std::optional<std::string> bytes = ReadStoredFile(emailId);
+    std::optional<std::string> bytes = takeout::ReadStoredFile(emailId);
     if (!bytes) {
       core::ShowMessage("There isn't nature email copy.");
       return false;
@@ -102,7 +102,7 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
     jet::Recordset email;
     email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
     if (email.Eof()) return std::nullopt;
-    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText()};
+    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText(), id};
     bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
     if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
     return shown;

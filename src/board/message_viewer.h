@@ -19,6 +19,7 @@ bool ShowStoredMessage(int64_t emailId, const std::string& application);
 struct EmailText {
   std::string subject;
   std::string text;  // the body when it holds text, else the HTML as it stands
+  int64_t id = 0;    // 0 for a text that is no stored message's
 };
 
 // nullopt when there is no message of this number (any more).

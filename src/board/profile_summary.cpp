@@ -8,6 +8,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "oe/discovery.h"
+#include "outlook/store_discovery.h"
 #include "platform/files.h"
 #include "platform/registry.h"
 
@@ -50,6 +51,9 @@ options::ProfileSummary ReadProfile(const std::string& folder) {
   core::GuardedRun(
       "ReadProfile",
       [&] {
+        for (const std::string& store : outlook::FindStores(folder)) {
+          found.outlookStores.push_back(platform::FileNameOf(store));
+        }
         if (platform::DetectProfile(folder) == platform::ProfileKind::kNone) return;
         std::unique_ptr<platform::Registry> registry = platform::OpenProfile(folder);
         ReadIdentities(*registry, found);

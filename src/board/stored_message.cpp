@@ -51,15 +51,4 @@ std::optional<StoredMessage> ReadStoredMessage(int64_t id) {
   return message;
 }
 
-std::optional<std::string> ReadStoredFile(int64_t id) {
-  jet::Recordset rows;
-  rows.Open(
-      "SELECT FileBody FROM FileRepository WHERE FileID=" + std::to_string(id) + "\r\nORDER BY ID",
-      RepositoryDb());
-  if (rows.Eof()) return std::nullopt;
-  std::string bytes;
-  for (; !rows.Eof(); rows.MoveNext()) bytes += rows.Field("FileBody").AsText();
-  return bytes;
-}
-
 }  // namespace tarnwick::board

@@ -37,7 +37,4 @@ struct StoredMessage {
 // nullopt when there is no message of this number.
 std::optional<StoredMessage> ReadStoredMessage(int64_t id);
 
-// The message's file, byte for byte; nullopt when none is stored.
-std::optional<std::string> ReadStoredFile(int64_t id);
-
 }  // namespace tarnwick::board

@@ -203,6 +203,7 @@ void SetType(std::string_view type, PartDescription& part) {
       {"image", PartKind::kAttachment},
   };
   std::string lower = platform::AsciiLower(type);
+  part.mediaType = lower;
   part.isMessage = core::BeginsWith(lower, "message/rfc822");
   part.isUnknownText = false;
   part.type = PartKind::kOther;
@@ -242,12 +243,14 @@ void ReadType(std::string_view header, PartDescription& part) {
   part.boundary = boundary;
   bool namesFile = part.type == PartKind::kAttachment ||
                    (part.type == PartKind::kOther && !core::BeginsWith(type, "message"));
-  if (namesFile && part.fileName.Empty()) part.fileName = name.Value();
+  MixedText named = name.Value();
+  if (part.anyName.Empty()) part.anyName = named;
+  if (namesFile && part.fileName.Empty()) part.fileName = std::move(named);
 }
 
 void ReadDisposition(std::string_view header, PartDescription& part) {
   std::string lower = platform::AsciiLower(header);
-  if (!Contains(lower, "attachment") && !Contains(lower, "inline")) return;
+  part.isAttached = core::BeginsWith(lower, "attachment");
   FileNameParameter name("filename");
   std::string parameter;
   std::string value;
@@ -256,7 +259,9 @@ void ReadDisposition(std::string_view header, PartDescription& part) {
   }
   MixedText fileName = name.Value();
   if (fileName.Empty()) return;
-  part.fileName = fileName;
+  part.anyName = fileName;
+  if (!Contains(lower, "attachment") && !Contains(lower, "inline")) return;
+  part.fileName = std::move(fileName);
   part.isDisposed = true;
 }
 

@@ -32,7 +32,10 @@ struct PartDescription {
   std::string encoding;
   std::string boundary;
   MixedText fileName;
-  std::string firstLine;  // text that was read in search of headers
+  std::string mediaType;    // "image/jpeg", lower case; "" when none is declared
+  bool isAttached = false;  // its disposition is "attachment"
+  MixedText anyName;        // fileName, or the name that a part has which is not taken for a file
+  std::string firstLine;    // text that was read in search of headers
 
   // With the disposition considered: a part with a file name that is no container is an attachment.
   PartKind Kind() const;

@@ -24,17 +24,6 @@ std::string_view TrimEnd(std::string_view line) {
   return line;
 }
 
-// Looked for in every line of every letter, so by a letter that is not all too common.
-bool SaysBegin(std::string_view line) {
-  for (size_t i = 2; i + 2 < line.size(); ++i) {
-    if ((line[i] | 0x20) == 'g' && (line[i - 2] | 0x20) == 'b' && (line[i - 1] | 0x20) == 'e' &&
-        (line[i + 1] | 0x20) == 'i' && (line[i + 2] | 0x20) == 'n') {
-      return true;
-    }
-  }
-  return false;
-}
-
 unsigned Value(char digit) {
   return static_cast<unsigned>(digit - kBlank) & 0x3F;
 }
@@ -43,6 +32,7 @@ unsigned Value(char digit) {
 // been lost on the way; a character or two too many are usual.
 bool DecodeLine(std::string_view line, std::string& bytes) {
   constexpr size_t kMostExtra = 2;
+  size_t sent = line.size();  // with the blanks that are digits at the end
   line = TrimEnd(line);
   if (line.empty()) return true;
   for (char c : line) {
@@ -53,7 +43,7 @@ bool DecodeLine(std::string_view line, std::string& bytes) {
   line.remove_prefix(1);
   if (line.size() > digits + kMostExtra) return false;
   // So much is missing only from a line that is no encoded one.
-  if (digits > line.size() + line.size() / 2 + 4) return false;
+  if (sent <= digits && digits > line.size() + line.size() / 2 + 4) return false;
   std::string whole(line);
   whole.resize(digits, kBlank);
   std::string decoded;
@@ -84,26 +74,44 @@ std::string NameOf(std::string_view line) {
 
 }  // namespace
 
-bool TakeInlineFile(LineCursor& cursor, MessageDraft& draft,
-                    const std::function<void(std::string_view)>& ordinary) {
-  if (!SaysBegin(cursor.Line())) return false;
-  std::vector<std::string> lines;
-  std::string bytes;
-  lines.push_back(cursor.Line());
-  bool hasEncoded = false;
-  for (cursor.Next(); cursor.HasLine(); cursor.Next()) {
-    const std::string& line = cursor.Line();
-    if (IsEnd(line) && hasEncoded) {
-      cursor.Next();
-      std::string name = NameOf(lines.front());
-      MixedText declared;
-      declared.AppendRaw(name);
-      if (draft.AddAttachment(declared)) MakeAttachFile(platform::EnsureUtf8(name), bytes);
+// Looked for in every line of every letter, so by a letter that is not all too common.
+bool InlineFile::MayBegin(std::string_view line) {
+  for (size_t i = 2; i + 2 < line.size(); ++i) {
+    if ((line[i] | 0x20) == 'g' && (line[i - 2] | 0x20) == 'b' && (line[i - 1] | 0x20) == 'e' &&
+        (line[i + 1] | 0x20) == 'i' && (line[i + 2] | 0x20) == 'n') {
       return true;
     }
-    if (!DecodeLine(line, bytes)) break;
-    if (!TrimEnd(line).empty()) hasEncoded = true;
-    lines.push_back(line);
+  }
+  return false;
+}
+
+InlineFile::InlineFile(std::string_view beginLine) : name_(NameOf(beginLine)) {}
+
+InlineFile::Step InlineFile::Line(std::string_view line) {
+  if (hasEncoded_ && IsEnd(line)) return Step::kEnded;
+  if (!DecodeLine(line, bytes_)) return Step::kRefused;
+  if (!TrimEnd(line).empty()) hasEncoded_ = true;
+  return Step::kTaken;
+}
+
+bool TakeInlineFile(LineCursor& cursor, MessageDraft& draft,
+                    const std::function<void(std::string_view)>& ordinary) {
+  if (!InlineFile::MayBegin(cursor.Line())) return false;
+  InlineFile file(cursor.Line());
+  std::vector<std::string> lines = {cursor.Line()};
+  for (cursor.Next(); cursor.HasLine(); cursor.Next()) {
+    InlineFile::Step step = file.Line(cursor.Line());
+    if (step == InlineFile::Step::kRefused) break;
+    if (step == InlineFile::Step::kEnded) {
+      cursor.Next();
+      MixedText declared;
+      declared.AppendRaw(file.Name());
+      if (draft.AddAttachment(declared)) {
+        MakeAttachFile(platform::EnsureUtf8(file.Name()), file.Bytes());
+      }
+      return true;
+    }
+    lines.push_back(cursor.Line());
   }
   // Whichever of these lines says "begin", what stopped this one would stop it too.
   for (const std::string& line : lines) ordinary(line);

@@ -7,6 +7,7 @@
 
 #include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/files.h"
@@ -49,9 +50,11 @@ class LineCursor {
 };
 
 // True for a line that continues the header before it.
-inline bool IsFolded(const std::string& line) {
+inline bool IsFolded(std::string_view line) {
   return !line.empty() && (line[0] == ' ' || line[0] == '\t');
 }
+// True for what may stand in a header block: a name and a colon, or more of the line before.
+bool LooksLikeHeader(std::string_view line);
 
 // The current line with the lines that continue it, each behind one blank; the line behind them
 // becomes current.

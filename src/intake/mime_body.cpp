@@ -39,15 +39,6 @@ bool IsClosing(std::string_view line, const MessageDraft& draft) {
   return core::BeginsWith(rest, "--");
 }
 
-// True for what may stand in a header block: a name and a colon, or more of the line before.
-bool LooksLikeHeader(const std::string& line) {
-  if (IsFolded(line)) return true;
-  size_t colon = line.find(':');
-  if (colon == std::string::npos || colon == 0) return false;
-  return std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(colon),
-                     [](char c) { return c > ' ' && c < 0x7F; });
-}
-
 // Reads the headers of a part that follows a boundary, to the empty line behind them and past it.
 // Lines that belong to no header of a part are passed over, but where no empty line ends the block
 // they were text and are given back.
@@ -200,6 +191,14 @@ void TakeTextBody(LineCursor& cursor, const PartDescription& header, MessageDraf
 }
 
 }  // namespace
+
+bool LooksLikeHeader(std::string_view line) {
+  if (IsFolded(line)) return true;
+  size_t colon = line.find(':');
+  if (colon == std::string_view::npos || colon == 0) return false;
+  return std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(colon),
+                     [](char c) { return c > ' ' && c < 0x7F; });
+}
 
 std::string TakeFolded(LineCursor& cursor) {
   std::string header = std::move(cursor.Line());

@@ -24,9 +24,6 @@ using core::Report;
 using repository::Repository;
 using repository::RepositoryDb;
 
-// A stored file's row holds at most this many bytes; embedded in every repository, do not change.
-constexpr size_t kFileRecordLength = 32767;
-
 // Text for a column: whatever an importer handed over, the database never holds invalid UTF-8.
 std::string Clean(const std::string& text) {
   return platform::EnsureUtf8(text);

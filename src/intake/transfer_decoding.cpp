@@ -86,6 +86,14 @@ std::string_view TrimEnd(std::string_view line) {
   return line;
 }
 
+void DecodeQuotedLine(std::string_view line, std::string_view end, std::string& bytes) {
+  line = TrimEnd(line);
+  bool isSoft = !line.empty() && line.back() == '=';
+  if (isSoft) line.remove_suffix(1);
+  DecodeEscapes(line, false, bytes);
+  if (!isSoft) bytes += end;
+}
+
 // A line of plain words has blanks between them; a damaged line of base64 has few strange
 // characters.
 bool LooksLikeBase64(std::string_view line) {
@@ -123,25 +131,27 @@ std::string DecodeByLetter(std::string_view text, char letter) {
   return std::string(text);
 }
 
-BodyDecoder::BodyDecoder(std::string_view encoding) {
-  if (encoding.empty()) return;
+TransferKind TransferKindOf(std::string_view encoding) {
+  if (encoding.empty()) return TransferKind::kPlain;
   char letter = encoding.front();
   // "binary" shares its letter with base64 and means that nothing is encoded.
   bool isBinary = platform::AsciiLower(encoding.substr(0, 3)) == "bin";
-  if ((letter == 'b' || letter == 'B') && !isBinary) kind_ = Kind::kBase64;
-  if (letter == 'q' || letter == 'Q') kind_ = Kind::kQuotedPrintable;
+  if ((letter == 'b' || letter == 'B') && !isBinary) return TransferKind::kBase64;
+  return letter == 'q' || letter == 'Q' ? TransferKind::kQuotedPrintable : TransferKind::kPlain;
 }
+
+BodyDecoder::BodyDecoder(std::string_view encoding) : kind_(TransferKindOf(encoding)) {}
 
 void BodyDecoder::Line(std::string_view line) {
   switch (kind_) {
-    case Kind::kPlain:
+    case TransferKind::kPlain:
       bytes_ += line;
       bytes_ += "\r\n";
       break;
-    case Kind::kBase64:
+    case TransferKind::kBase64:
       Base64Line(line);
       break;
-    case Kind::kQuotedPrintable:
+    case TransferKind::kQuotedPrintable:
       QuotedLine(line);
       break;
   }
@@ -174,16 +184,94 @@ void BodyDecoder::Base64Line(std::string_view line) {
 }
 
 void BodyDecoder::QuotedLine(std::string_view line) {
-  line = TrimEnd(line);
-  bool isSoft = !line.empty() && line.back() == '=';
-  if (isSoft) line.remove_suffix(1);
-  DecodeEscapes(line, false, bytes_);
-  if (!isSoft) bytes_ += "\r\n";
+  DecodeQuotedLine(line, "\r\n", bytes_);
 }
 
 std::string BodyDecoder::Take() {
   FlushBase64();
   return std::move(bytes_);
+}
+
+namespace {
+
+// A file in base64, line by line.
+class Base64File {
+ public:
+  void Line(std::string_view line) {
+    line = TrimEnd(line);
+    while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) line.remove_prefix(1);
+    digits_.clear();
+    size_t padding = 0;
+    size_t blanks = 0;
+    size_t strange = 0;
+    for (char c : line) {
+      if (c == ' ' || c == '\t') {
+        ++blanks;
+      } else if (c == '=') {
+        ++padding;
+      } else if (kBase64[static_cast<unsigned char>(c)] == kNoDigit) {
+        ++strange;
+      } else {
+        // What stands behind the padding of a line is not looked at.
+        if (padding == 0) digits_ += c;
+      }
+    }
+    bool isWhole = strange == 0 && (digits_.size() + padding) % 4 == 0;
+    // Words have blanks between them.
+    if ((blanks > 0 || ended_) && !isWhole) return;
+    if (blanks > 0 && ended_) return;
+    if (strange * 4 > line.size()) return;
+    ended_ = false;
+    if (carry_.empty()) {
+      carry_ = DecodeFours(digits_, bytes_);
+    } else {
+      carry_ += digits_;
+      std::string rest(DecodeFours(carry_, bytes_));
+      carry_ = std::move(rest);
+    }
+    if (padding > 0) End();
+  }
+
+  std::string Take() {
+    End();
+    return std::move(bytes_);
+  }
+
+ private:
+  void End() {
+    // A single character holds no whole byte.
+    if (carry_.size() > 1) DecodeRest(carry_, bytes_);
+    carry_.clear();
+    ended_ = true;
+  }
+
+  std::string bytes_;
+  std::string digits_;
+  std::string carry_;
+  bool ended_ = false;
+};
+
+}  // namespace
+
+std::string DecodeFile(std::string_view encoded, std::string_view encoding) {
+  TransferKind kind = TransferKindOf(encoding);
+  if (kind == TransferKind::kPlain) return std::string(encoded);
+  Base64File file;
+  std::string bytes;
+  bytes.reserve(kind == TransferKind::kQuotedPrintable ? encoded.size() : 0);
+  while (!encoded.empty()) {
+    size_t end = std::min(encoded.find('\n'), encoded.size());
+    size_t next = std::min(end + 1, encoded.size());
+    bool hasReturn = end > 0 && end < encoded.size() && encoded[end - 1] == '\r';
+    if (hasReturn) --end;
+    if (kind == TransferKind::kBase64) {
+      file.Line(encoded.substr(0, end));
+    } else {
+      DecodeQuotedLine(encoded.substr(0, end), encoded.substr(end, next - end), bytes);
+    }
+    encoded.remove_prefix(next);
+  }
+  return kind == TransferKind::kBase64 ? file.Take() : bytes;
 }
 
 }  // namespace tarnwick::intake

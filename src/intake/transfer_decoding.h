@@ -21,6 +21,10 @@ std::string DecodeQ(std::string_view text);
 // By the letter of an encoded word, B or Q in either case; any other leaves the text as it is.
 std::string DecodeByLetter(std::string_view text, char letter);
 
+// What a declared transfer encoding ("base64", "Quoted-Printable", "7bit", ...) asks for.
+enum class TransferKind { kPlain, kBase64, kQuotedPrintable };
+TransferKind TransferKindOf(std::string_view encoding);
+
 // A body, line by line.
 class BodyDecoder {
  public:
@@ -34,19 +38,24 @@ class BodyDecoder {
   // base64 (a footer that a mailing list has added) is kept as it stands.
   void Line(std::string_view line);
   bool Empty() const { return bytes_.empty(); }
-  bool IsPlain() const { return kind_ == Kind::kPlain; }
+  bool IsPlain() const { return kind_ == TransferKind::kPlain; }
   // What was decoded, to its end.
   std::string Take();
 
  private:
-  enum class Kind { kPlain, kBase64, kQuotedPrintable };
   void Base64Line(std::string_view line);
   void QuotedLine(std::string_view line);
   void FlushBase64();
 
-  Kind kind_ = Kind::kPlain;
+  TransferKind kind_;
   std::string bytes_;
   std::string carry_;  // up to three characters of base64
 };
+
+// A file that was sent with a message, all of it in encoded; its bytes as they were. In base64
+// characters outside the alphabet are passed over, and so are lines that can't be base64 and what
+// stands behind the padding, unless that is whole base64 again. The line ends of a quoted-printable
+// file stay as they are; one that is not encoded is given as it stands.
+std::string DecodeFile(std::string_view encoded, std::string_view encoding);
 
 }  // namespace tarnwick::intake

@@ -27,6 +27,7 @@ void RefuseProgramFile(const std::string& file);
 // its successor is complete; at once only where there is not room for both.
 bool MayReplace(const std::string& file);
 
+// table may bring a WHERE clause.
 int64_t CountRows(jet::Connection& connection, std::string_view table);
 
 struct TableCount {

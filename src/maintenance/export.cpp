@@ -2,11 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/export.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
 #include "core/guard.h"
 #include "core/messages.h"
+#include "core/run_state.h"
 #include "core/text.h"
 #include "maintenance/database_file.h"
 #include "maintenance/run.h"
@@ -37,12 +39,14 @@ bool IsPlaceholder(jet::Recordset& list) {
   return true;
 }
 
-// "(1, 2, 3)" of the rows from the first on; "" when the list is empty.
-std::string CollectIds(jet::Recordset& list) {
+// "(1, 2, 3)" of the rows from the first on; "" when the list is empty or the stop command came.
+std::string CollectIds(jet::Recordset& list, Run& run) {
   list.Requery();
   if ((list.Eof() && list.Bof()) || IsPlaceholder(list)) return {};
+  run.Begin(list.RecordCount());
   std::string ids;
-  for (list.MoveFirst(); !list.Eof(); list.MoveNext()) {
+  for (list.MoveFirst(); !list.Eof(); list.MoveNext(), run.Advance(1)) {
+    if (!run.Look()) return {};
     jet::Value id = list.Field("ID");
     if (id.IsNull()) continue;  // deleted since the query ran
     ids += (ids.empty() ? "(" : ", ") + std::string(core::Trim(id.AsText()));
@@ -63,10 +67,14 @@ Result CopyProjects(const std::string& file, const std::string& idList, int64_t&
                  &rows);
 }
 
-Result WriteExport(const std::string& file, const std::string& idList, int64_t& exported) {
+Result WriteExport(const std::string& file, const std::string& idList, Run& run,
+                   int64_t& exported) {
   core::LogProgress("Export into " + file);
   RepositoryDb().FlushGroup();
-  Run run(kExportedTables.size() + 2);  // tables and the check; the rows of each are not known
+  // The rest is little beside these two.
+  const int64_t files = CountRows(RepositoryDb(), "FileRepository WHERE FileID IN " + idList);
+  const int64_t messages = std::count(idList.begin(), idList.end(), ',') + 1;
+  run.Begin(files + messages);
   return UntilStopped([&] {
     NewDatabaseFile target(file);
     std::vector<TableCount> copied;
@@ -77,7 +85,8 @@ Result WriteExport(const std::string& file, const std::string& idList, int64_t& 
         Result result = CopyRowsTo(table.name, target.Path(), idList, table.keyColumn, &rows);
         if (result != Result::kDone) return result;
         copied.push_back({table.name, rows});
-        run.Advance(1);
+        bool counts = table.name == "FileRepository" || table.name == "Email";
+        run.Advance(counts ? rows : 0);
         platform::BeginFlush(target.Path());
         if (!run.Look()) return Result::kStopped;
       }
@@ -85,7 +94,6 @@ Result WriteExport(const std::string& file, const std::string& idList, int64_t& 
       Result result = CopyProjects(target.Path(), idList, projects);
       if (result != Result::kDone) return result;
       copied.push_back({"tblProject", projects});
-      run.Advance(1);
     }
     target.Check(copied, run);
     target.Finish();
@@ -104,10 +112,17 @@ Result ExportEmails(const std::string& file, jet::Recordset& list, int64_t* expo
     std::string path = platform::AbsolutePath(file);
     RefuseProgramFile(path);
     if (!MayReplace(file)) return Result::kDeclined;
-    std::string idList = CollectIds(list);
-    if (idList.empty()) return Result::kDeclined;
     int64_t count = 0;
-    Result result = WriteExport(path, idList, count);
+    Result result = Result::kDeclined;
+    {
+      Run run(0);
+      std::string idList = CollectIds(list, run);
+      if (!idList.empty()) {
+        result = WriteExport(path, idList, run, count);
+      } else if (core::State().ImportCancelFlag) {
+        result = Result::kStopped;
+      }
+    }
     if (result == Result::kDone) {
       if (exported != nullptr) *exported = count;
       core::ShowMessage(std::to_string(count) + " Email(s) is exported.");

@@ -50,7 +50,7 @@ class Merge {
   MergeResult Work() {
     MergeResult merged;
     int64_t total = reader_.Count();
-    run_.SetTotal(total);
+    run_.Begin(total);
     int64_t lostBefore = RepositoryDb().LostUnits();
     merged.result = Result::kFailed;
     core::GuardedRun(kRoutine, [&] {

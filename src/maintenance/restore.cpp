@@ -142,6 +142,7 @@ bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& r
     WatchScope watch(run, RepositoryDb(), false);
     jet::BulkScope bulk(RepositoryDb());
     if (!repository::ClearRepository()) return false;
+    run.Advance(0);  // what was emptied is no progress
     core::YieldEvents();
     for (const TableCount& count : counts) {
       if (CopyTableFrom(count.table, file) != Result::kDone) return false;

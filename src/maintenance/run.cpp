@@ -27,12 +27,14 @@ Run::~Run() {
   if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(end, end);
 }
 
-void Run::SetTotal(int64_t total) {
+void Run::Begin(int64_t total) {
+  done_ = shown_ = 0;
   total_ = total;
 }
 
 void Run::Advance(int64_t count) {
   done_ += count;
+  if (watched_ != nullptr) rowsBefore_ = watched_->RowsSeen();
   Look();
 }
 
@@ -41,8 +43,9 @@ bool Run::Look() {
   if (now - lastLook_ >= kLookMilliseconds) {
     lastLook_ = now;
     // The end is shown once, when the run is over.
-    if (core::State().Ui != nullptr && done_ < total_) {
-      core::State().Ui->ShowProgress(done_, total_);
+    shown_ = std::max(shown_, done_ + RowsOfStatement());
+    if (core::State().Ui != nullptr && shown_ < total_) {
+      core::State().Ui->ShowProgress(shown_, total_);
     }
     core::YieldEvents();
   }
@@ -50,7 +53,18 @@ bool Run::Look() {
 }
 
 void Run::Watch(jet::Connection& connection, bool mayStop) {
+  watched_ = &connection;
+  rowsBefore_ = connection.RowsSeen();
   connection.SetProgressHandler([this, mayStop] { return !Look() && mayStop; });
+}
+
+void Run::EndWatch() {
+  watched_->SetProgressHandler({});
+  watched_ = nullptr;
+}
+
+int64_t Run::RowsOfStatement() const {
+  return watched_ == nullptr ? 0 : watched_->RowsSeen() - rowsBefore_;
 }
 
 bool IsStop(const Error& error) {

@@ -21,7 +21,10 @@ class Run {
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  void SetTotal(int64_t total);
+  // Counts from 0 towards another total.
+  void Begin(int64_t total);
+  // What a watched statement has written counts while it runs; once it is done, its whole is given
+  // here.
   void Advance(int64_t count);
 
   // Shows the progress and lets events run, a few dozen times a second at most. False once the stop
@@ -30,9 +33,15 @@ class Run {
 
   // Looks while statements of the connection run; with mayStop the stop command ends them.
   void Watch(jet::Connection& connection, bool mayStop);
+  void EndWatch();
 
  private:
+  int64_t RowsOfStatement() const;
+
+  jet::Connection* watched_ = nullptr;
+  int64_t rowsBefore_ = 0;
   int64_t done_ = 0;
+  int64_t shown_ = 0;  // never goes back
   int64_t total_;
   int64_t lastLook_ = 0;
 };
@@ -40,15 +49,15 @@ class Run {
 // Takes a connection that ends before the run does out of its sight.
 class WatchScope {
  public:
-  WatchScope(Run& run, jet::Connection& connection, bool mayStop) : connection_(connection) {
+  WatchScope(Run& run, jet::Connection& connection, bool mayStop) : run_(run) {
     run.Watch(connection, mayStop);
   }
-  ~WatchScope() { connection_.SetProgressHandler({}); }
+  ~WatchScope() { run_.EndWatch(); }
   WatchScope(const WatchScope&) = delete;
   WatchScope& operator=(const WatchScope&) = delete;
 
  private:
-  jet::Connection& connection_;
+  Run& run_;
 };
 
 // True when the error is nothing but the stop command ending a statement.

@@ -51,7 +51,10 @@ QString Describe(const ProfileSummary& found) {
     lines << frmOptions::tr("Outlook Express: %1, %2").arg(identities, folders);
   }
   if (!found.outlookStores.empty()) {
-    lines << frmOptions::tr("Outlook: %1").arg(Names(found.outlookStores));
+    QString stores = found.outlookStores.size() == 1
+                         ? frmOptions::tr("1 store")
+                         : frmOptions::tr("%L1 stores").arg(found.outlookStores.size());
+    lines << frmOptions::tr("Outlook: %1 (%2)").arg(stores, Names(found.outlookStores));
   }
   return lines.join('\n');
 }

@@ -3,6 +3,7 @@
 #include "outlook/import.h"
 
 #include <algorithm>
+#include <deque>
 #include <map>
 
 #include "core/guard.h"
@@ -28,6 +29,7 @@ namespace {
 
 constexpr const char* kMailItem = "MailItem";
 constexpr int kMaxLoggedItems = 200;  // of one store; the rest is only counted
+constexpr size_t kItemsAhead = 32;    // that a provider is told of
 
 struct OlState {
   std::vector<std::string> StoreFiles;
@@ -49,6 +51,60 @@ struct OpenStore {
   uint64_t budget = 0;
   int logged = 0;
   std::map<std::string, int64_t> otherKinds;
+};
+
+// The items of a folder in their order, each with whether it is known already. Knows the next few
+// and tells the provider which of them will be read.
+class ItemRun {
+ public:
+  struct Entry {
+    int64_t index = 0;
+    std::unique_ptr<Item> item;  // none when it can't be had
+    std::string key;
+    bool isKnown = false;
+    bool isRepeated = false;  // its key came just before: whether it is known shows in its turn
+  };
+
+  ItemRun(Folder& folder, int64_t items) : folder_(folder), items_(items) {}
+
+  bool AtEnd() {
+    LookAhead();
+    return entries_.empty();
+  }
+  // REQUIRES: not AtEnd.
+  Entry Next() {
+    Entry entry = std::move(entries_.front());
+    entries_.pop_front();
+    if (entry.isRepeated) entry.isKnown = intake::IsEmailExist(entry.key);
+    return entry;
+  }
+
+ private:
+  void LookAhead() {
+    if (entries_.size() > kItemsAhead / 2) return;
+    std::vector<int64_t> wanted;
+    for (; next_ < items_ && entries_.size() < kItemsAhead; ++next_) {
+      Entry entry;
+      entry.index = next_;
+      try {
+        entry.item = folder_.ItemAt(next_);
+        entry.key = entry.item->EntryID();
+        entry.isRepeated = std::any_of(entries_.begin(), entries_.end(),
+                                       [&](const Entry& e) { return e.key == entry.key; });
+        entry.isKnown = intake::IsEmailExist(entry.key);
+        if (!entry.isKnown && !entry.isRepeated) wanted.push_back(next_);
+      } catch (const Error&) {
+        entry.item.reset();
+      }
+      entries_.push_back(std::move(entry));
+    }
+    if (!wanted.empty()) folder_.ReadAhead(wanted);
+  }
+
+  Folder& folder_;
+  int64_t items_;
+  int64_t next_ = 0;
+  std::deque<Entry> entries_;
 };
 
 class Import {
@@ -108,17 +164,17 @@ class Import {
     std::string path = folder.place.parentPath + "\\" + folder.place.name;
     core::LogProgress("Outlook folder = " + path + "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    for (int64_t i = 0; i < folder.items; ++i) {
+    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
       core::YieldEvents();
       if (IsStopped()) return;
-      ReadItem(open, folder, i);
+      ReadItem(open, folder, run.Next());
       repository::RepositoryDb().EndUnit();
       ++visited_;
       if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(visited_, total_);
     }
   }
 
-  void ReadItem(OpenStore& open, WalkedFolder& folder, int64_t index) {
+  void ReadItem(OpenStore& open, WalkedFolder& folder, const ItemRun::Entry& entry) {
     core::LoadCounts& counts = core::State().Counts;
     // In a folder made for something else nothing was announced: what turns up is found now.
     bool announced = folder.isMailFolder;
@@ -127,25 +183,25 @@ class Import {
       announced = true;
     };
     try {
-      std::unique_ptr<Item> item = folder.folder->ItemAt(index);
-      std::string key = item->EntryID();
-      if (intake::IsEmailExist(key)) {
+      if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
+      if (entry.isKnown) {
         announce();
-        return Count(intake::IsMessageIgnored(key) ? counts.ignored : counts.alreadyStored, 1);
+        return Count(intake::IsMessageIgnored(entry.key) ? counts.ignored : counts.alreadyStored,
+                     1);
       }
-      std::string type = item->TypeName();
+      std::string type = entry.item->TypeName();
       if (type != kMailItem) {
-        LeaveOut(open, *item, type);
+        LeaveOut(open, *entry.item, type);
         if (announced) Found(-1);
         return;
       }
       announce();
-      TakeIn(open, folder, *item);
+      TakeIn(open, folder, *entry.item);
     } catch (...) {
       announce();
       Count(counts.unreadable, 1);
       if (++open.logged > kMaxLoggedItems) return;
-      core::WriteLog("Outlook item " + std::to_string(index + 1) + " of " +
+      core::WriteLog("Outlook item " + std::to_string(entry.index + 1) + " of " +
                      folder.place.parentPath + "\\" + folder.place.name + " in " +
                      open.store->Location() + " skipped: " + core::CurrentError().Description());
     }

@@ -23,7 +23,7 @@ struct FolderPlace {
 // The record, complete but for what it is stored as. Times are local civil ones: a sent time that
 // is missing is the received one, else when the item was made; a received time that is missing or
 // lies more than a day ahead is the sent one. Recipients beyond the record's room are dropped, with
-// the designed boxes for Cc and attachments. isFromMe answers whether an address is the user's own.
+// a box for Cc and attachments. isFromMe answers whether an address is the user's own.
 intake::MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place,
                               bool (*isFromMe)(const std::string& address));
 

@@ -57,6 +57,8 @@ class Folder {
   virtual int64_t ItemCount() = 0;
   // REQUIRES: 0 <= index < ItemCount().
   virtual std::unique_ptr<Item> ItemAt(int64_t index) = 0;
+  // Says which items will be read next, in this order, so that a provider may begin with them.
+  virtual void ReadAhead(const std::vector<int64_t>& indices) { (void)indices; }
 };
 
 class Store {

@@ -16,6 +16,8 @@ namespace {
 
 constexpr size_t kReadPiece = 128 * 1024;
 constexpr size_t kMaxRows = 200'000;
+// Behind a reader that fell over an item asked for ahead, so that the next one is known for itself.
+constexpr int kOneByOne = 2 * kMaxItemsAhead;
 constexpr uint64_t kMaxAnswer = uint64_t{1} << 30;
 
 Error Damaged(const std::string& what) {
@@ -26,6 +28,12 @@ std::vector<uint32_t> TakeNodes(std::string_view payload) {
   std::vector<uint32_t> nodes;
   for (size_t i = 0; i + 4 <= payload.size(); i += 4) nodes.push_back(TakeNumber(payload, i));
   return nodes;
+}
+
+std::string RequestFor(char kind, const std::vector<uint32_t>& numbers) {
+  std::string payload;
+  for (uint32_t number : numbers) PutNumber(payload, number);
+  return MakeFrame(kind, payload);
 }
 
 // Puts an answer together from its frames.
@@ -46,6 +54,8 @@ class AnswerReader {
       std::vector<uint32_t> nodes = TakeNodes(payload);
       auto& list = kind == frame::kFolders ? answer_.folders : answer_.items;
       list.insert(list.end(), nodes.begin(), nodes.end());
+    } else if (kind == frame::kBytes && !answer_.attachments.empty()) {
+      answer_.attachmentBytes[answer_.attachments.size() - 1] += payload;
     } else {
       throw Damaged("unknown answer");
     }
@@ -102,6 +112,8 @@ void PstClient::Lose(const std::string& why) {
   child_.reset();
   buffer_.clear();
   position_ = 0;
+  expected_.clear();
+  oneByOne_ = kOneByOne;
   wasted_ += platform::TickMilliseconds() - requestBegan_;
   ++losses_;
   givenUp_ = wasted_ > limits_.wastedMilliseconds || losses_ > limits_.restarts;
@@ -120,7 +132,8 @@ void PstClient::ReadFully(size_t count, int64_t timeout) {
   }
 }
 
-void PstClient::Request(char kind, const std::vector<uint32_t>& numbers, const FrameSink& sink) {
+void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink) {
+  ReceiveAhead(nullptr);
   if (givenUp_) throw Damaged("given up");
   requestBegan_ = platform::TickMilliseconds();
   int64_t timeout = limits_.requestMilliseconds;
@@ -129,18 +142,19 @@ void PstClient::Request(char kind, const std::vector<uint32_t>& numbers, const F
         std::make_unique<platform::ChildProcess>(program_, std::vector<std::string>{storePath_});
     timeout = limits_.openMilliseconds;
   }
-  std::string payload;
-  for (uint32_t number : numbers) PutNumber(payload, number);
-  if (!child_->Write(MakeFrame(kind, payload), timeout)) Lose("the reader ended");
-  uint64_t left = AnswerBudget();
+  if (!child_->Write(RequestFor(kind, numbers), timeout)) Lose("the reader ended");
+  Receive(AnswerBudget(), timeout, sink);
+}
+
+void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink) {
   // A reader that sends on and on does so within its budget; one that stalls, within its time.
   int64_t deadline = requestBegan_ + limits_.openMilliseconds + limits_.requestMilliseconds;
   while (true) {
     size_t available = buffer_.size() - position_;
     if (available < kFrameHeader) ReadFully(kFrameHeader, timeout);
     uint32_t length = TakeNumber(buffer_, position_ + 1);
-    if (length > kMaxFrame || length > left) Lose("the answer is too long");
-    left -= length;
+    if (length > kMaxFrame || length > budget) Lose("the answer is too long");
+    budget -= length;
     if (buffer_.size() - position_ < kFrameHeader + length) {
       ReadFully(kFrameHeader + length, timeout);
     }
@@ -157,13 +171,65 @@ void PstClient::Request(char kind, const std::vector<uint32_t>& numbers, const F
       child_.reset();
       buffer_.clear();
       position_ = 0;
+      expected_.clear();
       givenUp_ = ++losses_ > limits_.restarts;
       throw;
     }
   }
 }
 
-RawAnswer PstClient::Ask(char kind, const std::vector<uint32_t>& numbers) {
+void PstClient::ReadAhead(const std::vector<Numbers>& items) {
+  if (!child_ || oneByOne_ > 0) return;
+  if (ready_.size() >= kMaxItemsAhead) ready_.clear();  // of a walk that went elsewhere
+  std::string requests;
+  for (const Numbers& numbers : items) {
+    if (expected_.size() >= kMaxItemsAhead) break;
+    requests += RequestFor(frame::kItemAhead, numbers);
+    expected_.push_back(numbers);
+  }
+  try {
+    requestBegan_ = platform::TickMilliseconds();
+    if (!child_->Write(requests, limits_.requestMilliseconds)) Lose("the reader ended");
+  } catch (const Error&) {
+    // Each is asked for again in its time.
+  }
+}
+
+void PstClient::ReceiveAhead(const Numbers* wanted) {
+  while (!expected_.empty()) {
+    Numbers numbers = std::move(expected_.front());
+    expected_.pop_front();
+    size_t left = expected_.size();
+    requestBegan_ = platform::TickMilliseconds();
+    try {
+      RawAnswer answer;
+      AnswerReader reader(answer);
+      Receive(2 * kMaxAhead, limits_.requestMilliseconds,
+              [&](char kind, std::string_view payload) { reader.Take(kind, payload); });
+      ready_[numbers] = std::move(answer);
+    } catch (const Error&) {
+      // One that can't be had ahead; or the reader is gone, and with it those behind.
+      if (expected_.size() != left) return;
+    }
+    if (wanted != nullptr && numbers == *wanted) return;
+  }
+}
+
+std::optional<RawAnswer> PstClient::TakeReady(const Numbers& numbers) {
+  if (oneByOne_ > 0) --oneByOne_;
+  bool isExpected = std::find(expected_.begin(), expected_.end(), numbers) != expected_.end();
+  if (isExpected) ReceiveAhead(&numbers);
+  auto found = ready_.find(numbers);
+  if (found == ready_.end()) return std::nullopt;
+  RawAnswer answer = std::move(found->second);
+  ready_.erase(found);
+  return answer;
+}
+
+RawAnswer PstClient::Ask(char kind, const Numbers& numbers) {
+  if (kind == frame::kItem) {
+    if (auto ready = TakeReady(numbers)) return std::move(*ready);
+  }
   RawAnswer answer;
   AnswerReader reader(answer);
   Request(kind, numbers,
@@ -171,7 +237,7 @@ RawAnswer PstClient::Ask(char kind, const std::vector<uint32_t>& numbers) {
   return answer;
 }
 
-void PstClient::AskBytes(const std::vector<uint32_t>& numbers,
+void PstClient::AskBytes(const Numbers& numbers,
                          const std::function<void(std::string_view)>& sink) {
   Request(frame::kAttachment, numbers, [&](char answered, std::string_view payload) {
     if (answered != frame::kBytes) throw Damaged("unknown answer");

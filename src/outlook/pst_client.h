@@ -5,13 +5,19 @@
 // when the first request is made, and again for the request behind one that ended it. Nothing it
 // says is trusted: frames, lengths and sums are checked, and every request has its time.
 //
+// Items can be asked for ahead of their time: the reader gets them ready while the program is busy
+// with others, so that neither waits for the other at each item.
+//
 // A request that fails throws Error 75; those behind it are answered. A reader that fell or hung
 // too often costs the rest of the store: each further request then throws at once (GivenUp).
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,18 +49,25 @@ struct RawAnswer {
   RawRow properties;
   std::vector<RawRow> recipients;
   std::vector<RawRow> attachments;
+  std::map<size_t, std::string> attachmentBytes;  // by row, of items that came ahead
   std::vector<uint32_t> folders;
   std::vector<uint32_t> items;
 };
+
+inline constexpr size_t kMaxItemsAhead = 32;
 
 class PstClient {
  public:
   PstClient(std::string storePath, std::string program, ReaderLimits limits = {});
 
-  RawAnswer Ask(char kind, const std::vector<uint32_t>& numbers);
+  using Numbers = std::vector<uint32_t>;
+
+  // Has the reader get ready items that will be asked for next, in this order; what it can't is
+  // read when it is asked for. At most kMaxItemsAhead lie ready.
+  void ReadAhead(const std::vector<Numbers>& items);
+  RawAnswer Ask(char kind, const Numbers& numbers);
   // The pieces of an answer of bytes go to sink.
-  void AskBytes(const std::vector<uint32_t>& numbers,
-                const std::function<void(std::string_view)>& sink);
+  void AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink);
 
   bool GivenUp() const { return givenUp_; }
   uint64_t StoreSize() const { return storeSize_; }
@@ -64,7 +77,12 @@ class PstClient {
 
  private:
   using FrameSink = std::function<void(char kind, std::string_view payload)>;
-  void Request(char kind, const std::vector<uint32_t>& numbers, const FrameSink& sink);
+  void Request(char kind, const Numbers& numbers, const FrameSink& sink);
+  // The frames of the answer that comes next.
+  void Receive(uint64_t budget, int64_t timeout, const FrameSink& sink);
+  // Moves answers to items asked for ahead from the channel to ready_, up to the one wanted.
+  void ReceiveAhead(const Numbers* wanted);
+  std::optional<RawAnswer> TakeReady(const Numbers& numbers);
   void ReadFully(size_t count, int64_t timeout);
   [[noreturn]] void Lose(const std::string& why);
 
@@ -75,6 +93,9 @@ class PstClient {
   std::unique_ptr<platform::ChildProcess> child_;
   std::string buffer_;  // read and not yet used, from position_ on
   size_t position_ = 0;
+  std::deque<Numbers> expected_;  // asked ahead, the answers still to come
+  std::map<Numbers, RawAnswer> ready_;
+  int oneByOne_ = 0;  // items yet to be asked for in their time only, behind a loss
   int64_t requestBegan_ = 0;
   int64_t wasted_ = 0;
   int losses_ = 0;

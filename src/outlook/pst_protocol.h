@@ -13,6 +13,9 @@
 //   'F' node                          a folder: its properties, folders and items
 //   'I' folder index node             an item: its message class; when it is mail also its other
 //                                     properties, its recipients and attachments
+//   'H' folder index node             the same ahead of its time, complete with the attachments'
+//                                     bytes, each behind its row; what is longer than kMaxAhead
+//                                     fails, and is for 'I' when its time comes
 //   'A' folder index node path...     the bytes of the attachment that the path leads to: the first
 //                                     number is an attachment of the item, the next one an
 //                                     attachment of the message that is embedded there, and so on
@@ -28,6 +31,8 @@
 //   'D' node...                                 folders in this folder
 //   'L' node...                                 items in this folder
 //   'B' bytes                                   a piece of an attachment
+//
+// Requests may be sent before the answers to earlier ones have come; answers keep their order.
 #pragma once
 
 #include <cstdint>
@@ -40,6 +45,7 @@ namespace frame {
 inline constexpr char kStore = 'S';
 inline constexpr char kFolder = 'F';
 inline constexpr char kItem = 'I';
+inline constexpr char kItemAhead = 'H';
 inline constexpr char kAttachment = 'A';
 inline constexpr char kEmbedded = 'M';
 
@@ -57,6 +63,8 @@ inline constexpr char kFailed = 'E';
 inline constexpr size_t kFrameHeader = 5;
 inline constexpr size_t kPropertyHeader = 8;
 inline constexpr size_t kMaxFrame = 64 * 1024;
+// The bytes of all frames of an answer that may lie ready before it is wanted.
+inline constexpr size_t kMaxAhead = 256 * 1024;
 // Messages embedded in messages; what lies deeper is left out.
 inline constexpr size_t kMaxEmbedding = 16;
 

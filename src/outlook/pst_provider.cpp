@@ -3,6 +3,7 @@
 #include "outlook/pst_provider.h"
 
 #include <algorithm>
+#include <map>
 
 #include "core/messages.h"
 #include "core/text.h"
@@ -133,6 +134,8 @@ class PstItem : public Item {
     return attachments_;
   }
   void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) override {
+    auto came = attachmentBytes_.find(index);
+    if (came != attachmentBytes_.end()) return sink(came->second);
     context_->client.AskBytes(Numbers(Below(index)), sink);
   }
   std::unique_ptr<Item> EmbeddedItem(size_t index) override {
@@ -162,6 +165,7 @@ class PstItem : public Item {
     properties_ = Decode(answer.properties, charset);
     for (const RawRow& row : answer.recipients) recipients_.push_back(Decode(row, charset));
     for (const RawRow& row : answer.attachments) attachments_.push_back(Decode(row, charset));
+    attachmentBytes_ = std::move(answer.attachmentBytes);
     isRead_ = true;
     return properties_;
   }
@@ -173,6 +177,7 @@ class PstItem : public Item {
   PropertySet properties_;
   std::vector<PropertySet> recipients_;
   std::vector<PropertySet> attachments_;
+  std::map<size_t, std::string> attachmentBytes_;
 };
 
 class PstFolder : public Folder {
@@ -206,13 +211,18 @@ class PstFolder : public Folder {
     return static_cast<int64_t>(items_.size());
   }
   std::unique_ptr<Item> ItemAt(int64_t index) override {
-    auto place = static_cast<uint32_t>(index);
-    return std::make_unique<PstItem>(
-        context_, std::vector<uint32_t>{node_, place, items_.at(static_cast<size_t>(index))},
-        std::vector<uint32_t>{});
+    return std::make_unique<PstItem>(context_, PlaceOf(index), std::vector<uint32_t>{});
+  }
+  void ReadAhead(const std::vector<int64_t>& indices) override {
+    std::vector<PstClient::Numbers> places;
+    for (int64_t index : indices) places.push_back(PlaceOf(index));
+    context_->client.ReadAhead(places);
   }
 
  private:
+  PstClient::Numbers PlaceOf(int64_t index) const {
+    return {node_, static_cast<uint32_t>(index), items_.at(static_cast<size_t>(index))};
+  }
   const PropertySet& Read() {
     if (isRead_) return properties_;
     RawAnswer answer = context_->client.Ask(frame::kFolder, {node_});

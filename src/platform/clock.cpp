@@ -47,12 +47,31 @@ DateTime LocalFromUnix(int64_t unixSeconds) {
   return civil.value_or(DateTime::FromSeconds(unixSeconds));
 }
 
+int64_t UnixFromLocal(DateTime local) {
+  CivilTime civil = local.ToCivil();
+  std::tm parts{};
+  parts.tm_year = civil.year - 1900;
+  parts.tm_mon = civil.month - 1;
+  parts.tm_mday = civil.day;
+  parts.tm_hour = civil.hour;
+  parts.tm_min = civil.minute;
+  parts.tm_sec = civil.second;
+  parts.tm_isdst = -1;
+  std::time_t moment = std::mktime(&parts);
+  // -1 is also the last second of 1969, for which it does no harm.
+  return moment == -1 ? local.Seconds() : static_cast<int64_t>(moment);
+}
+
 DateTime Now() {
   if (Override().now) return *Override().now;
   return LocalFromUnix(std::time(nullptr));
 }
 
 int64_t TickMilliseconds() {
+  if (std::optional<int64_t> step = Override().tickStep) {
+    static int64_t ticks = 0;
+    return ticks += *step;
+  }
   return std::chrono::duration_cast<std::chrono::milliseconds>(
              std::chrono::steady_clock::now().time_since_epoch())
       .count();

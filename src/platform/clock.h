@@ -28,6 +28,9 @@ int UtcOffsetMinutes();
 
 // The local civil time of a moment given as seconds since 1970-01-01 UTC.
 DateTime LocalFromUnix(int64_t unixSeconds);
+// The moment of a local civil time. One that the clocks skipped or showed twice in a change to or
+// from daylight saving is taken as the system takes it.
+int64_t UnixFromLocal(DateTime local);
 
 // Log-on name of the current user, UTF-8; "user" when the machine knows none.
 std::string LogonName();
@@ -37,6 +40,7 @@ struct ClockOverride {
   std::optional<DateTime> now;
   std::optional<int> zoneBiasMinutes;
   std::optional<std::string> logonName;
+  std::optional<int64_t> tickStep;  // TickMilliseconds goes on by so much at each call
 };
 void SetClockOverride(ClockOverride values);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -99,53 +100,12 @@ constexpr int kBinary = O_CLOEXEC;
 
 constexpr size_t kBufferSize = 64 * 1024;
 
-int CutFile(int handle, uint64_t size) {
+int CutHandle(int handle, uint64_t size) {
 #ifdef _WIN32
   return _chsize_s(handle, static_cast<int64_t>(size)) == 0 ? 0 : -1;
 #else
   return ::ftruncate(handle, static_cast<off_t>(size));
 #endif
-}
-
-bool IsDeviceName(std::string_view stem) {
-  for (std::string_view device : {"con", "prn", "aux", "nul"}) {
-    if (SameIgnoringCase(stem, device)) return true;
-  }
-  return stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9' &&
-         (SameIgnoringCase(stem.substr(0, 3), "com") || SameIgnoringCase(stem.substr(0, 3), "lpt"));
-}
-
-// Length of the UTF-8 sequence that begins at position, 0 when it is none.
-size_t SequenceLength(std::string_view text, size_t position) {
-  auto lead = static_cast<unsigned char>(text[position]);
-  size_t length = lead < 0x80                   ? 1
-                  : lead >= 0xC2 && lead < 0xE0 ? 2
-                  : (lead & 0xF0) == 0xE0       ? 3
-                  : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                : 0;
-  if (length == 0 || position + length > text.size()) return 0;
-  for (size_t i = 1; i < length; ++i) {
-    if ((static_cast<unsigned char>(text[position + i]) & 0xC0) != 0x80) return 0;
-  }
-  return length;
-}
-
-// Characters that hide in a name: controls, and the marks that reverse or hide text in a listing.
-bool IsUnseemly(std::string_view sequence) {
-  if (sequence.size() == 1) {
-    auto c = static_cast<unsigned char>(sequence[0]);
-    return c < 0x20 || c == 0x7F || std::strchr("/\\:*?\"<>|", c) != nullptr;
-  }
-  if (sequence.size() == 2)
-    return sequence[0] == '\xC2' && static_cast<unsigned char>(sequence[1]) < 0xA0;
-  if (sequence.size() == 3 && sequence[0] == '\xE2' &&
-      (sequence[1] == '\x80' || sequence[1] == '\x81')) {
-    auto last = static_cast<unsigned char>(sequence[2]);
-    if (sequence[1] == '\x80')
-      return (last >= 0x8B && last <= 0x8F) || (last >= 0xA8 && last <= 0xAE);
-    return last >= 0xA6 && last <= 0xA9;
-  }
-  return sequence == "\xEF\xBB\xBF";
 }
 
 }  // namespace
@@ -281,6 +241,36 @@ void RenameFile(const std::string& from, const std::string& to) {
   ThrowIf(code, from);
 }
 
+bool RenameNew(const std::string& from, const std::string& to) {
+  Pass(FileOperation::kRename, from);
+#ifdef __linux__
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno == EEXIST) return false;
+  // Not every file system knows this way of renaming.
+  if (errno != EINVAL && errno != ENOSYS) ThrowSystemError(errno, to);
+#endif
+  std::error_code code;
+  if (fs::exists(fs::symlink_status(ToPath(to), code))) return false;
+  fs::rename(ToPath(from), ToPath(to), code);
+  ThrowIf(code, to);
+  return true;
+}
+
+void CutFile(const std::string& path, uint64_t size) {
+  Pass(FileOperation::kRemove, path);
+  std::error_code code;
+  fs::resize_file(ToPath(path), size, code);
+  ThrowIf(code, path);
+}
+
+bool SetFileModified(const std::string& path, DateTime local) {
+  std::error_code code;
+  auto since = std::chrono::seconds(UnixFromLocal(local));
+  fs::last_write_time(ToPath(path),
+                      std::chrono::file_clock::from_sys(std::chrono::sys_seconds(since)), code);
+  return !code;
+}
+
 std::vector<std::string> ListFiles(const std::string& folder, std::string_view extension) {
   std::vector<std::string> names = ListEntries(folder, [](const fs::directory_entry& entry) {
     std::error_code code;
@@ -323,53 +313,6 @@ std::optional<std::string> FindIgnoringCase(const std::string& folder, std::stri
     });
     if (same.empty()) return std::nullopt;
     path = WithSeparator(path) + same.front();
-  }
-  return path;
-}
-
-std::string SafeFileName(std::string_view name, size_t maxChars) {
-  std::vector<std::string> characters;
-  for (size_t position = 0; position < name.size();) {
-    size_t length = SequenceLength(name, position);
-    std::string_view sequence = name.substr(position, length == 0 ? 1 : length);
-    characters.emplace_back(length == 0 || IsUnseemly(sequence) ? "_" : sequence);
-    position += sequence.size();
-  }
-  auto blankOrDot = [](const std::string& c) { return c == "." || c == " "; };
-  while (!characters.empty() && blankOrDot(characters.back())) characters.pop_back();
-  size_t start = 0;
-  while (start < characters.size() && blankOrDot(characters[start])) ++start;
-  characters.erase(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(start));
-
-  // A file system counts bytes: 255 in a name, of which UniquePath wants a few.
-  constexpr size_t kMaxExtension = 10;
-  constexpr size_t kMaxBytes = 200;
-  size_t dot = characters.size();
-  for (size_t i = characters.size(); i-- > 1;) {
-    if (characters[i] == ".") {
-      if (characters.size() - i <= kMaxExtension) dot = i;
-      break;
-    }
-  }
-  std::string extension;
-  for (size_t i = dot; i < characters.size(); ++i) extension += characters[i];
-  size_t room = maxChars - std::min(maxChars, characters.size() - dot);
-  std::string stem;
-  for (size_t i = 0; i < dot && i < room; ++i) {
-    if (stem.size() + characters[i].size() + extension.size() > kMaxBytes) break;
-    stem += characters[i];
-  }
-  if (IsDeviceName(std::string_view(stem).substr(0, stem.find('.')))) stem = "_" + stem;
-  return stem + extension;
-}
-
-std::string UniquePath(const std::string& folder, const std::string& name) {
-  std::string path = folder + name;
-  std::error_code code;
-  size_t dot = name.rfind('.');
-  if (dot == 0 || dot == std::string::npos) dot = name.size();
-  for (int number = 2; fs::exists(fs::symlink_status(ToPath(path), code)); ++number) {
-    path = folder + name.substr(0, dot) + " (" + std::to_string(number) + ")" + name.substr(dot);
   }
   return path;
 }
@@ -451,7 +394,10 @@ void OutputFile::Write(std::string_view bytes) {
 }
 
 void OutputFile::Flush() {
-  std::string_view rest = buffer_;
+  // Also when it fails: bytes of which a part was written must not be written once more.
+  std::string pending;
+  pending.swap(buffer_);
+  std::string_view rest = pending;
   if (rest.empty()) return;
   Pass(FileOperation::kWrite, path_);
   while (!rest.empty()) {
@@ -463,7 +409,8 @@ void OutputFile::Flush() {
     rest.remove_prefix(static_cast<size_t>(done));
     written_ += static_cast<uint64_t>(done);
   }
-  buffer_.clear();
+  pending.clear();
+  pending.swap(buffer_);  // keeps its room
 }
 
 void OutputFile::Close() {
@@ -475,7 +422,7 @@ void OutputFile::Close() {
     handle_ = -1;
     throw;
   }
-  int result = inPlace_ ? CutFile(handle_, written_) : 0;
+  int result = inPlace_ ? CutHandle(handle_, written_) : 0;
   int code = errno;
   if (::close(handle_) != 0 && result == 0) {
     result = -1;

@@ -54,6 +54,12 @@ void RemoveFile(const std::string& path);    // a missing file is no error
 bool CopyFile(const std::string& from, const std::string& to,
               const std::function<bool()>& goOn = {});
 void RenameFile(const std::string& from, const std::string& to);  // replaces
+// Gives a file a name that nothing has yet; false, and the file as it was, when something has it.
+bool RenameNew(const std::string& from, const std::string& to);
+// Cuts a file to its first bytes.
+void CutFile(const std::string& path, uint64_t size);
+// Sets the time that FileModified gives; false where the file system can't hold it.
+bool SetFileModified(const std::string& path, DateTime local);
 
 // A second name for a file, made at no cost; false where that is not possible.
 bool LinkFile(const std::string& from, const std::string& to);
@@ -81,7 +87,9 @@ std::optional<std::string> FindIgnoringCase(const std::string& folder, std::stri
 // maxChars characters (the extension is kept), "_" for each character that is replaced. May be
 // empty when nothing is left. The text need not be valid UTF-8.
 std::string SafeFileName(std::string_view name, size_t maxChars = 100);
-// folder + name, or folder + "name (2).ext" and so on, until no file of that name exists.
+// folder + name, or folder + "name (2).ext" and so on: a path that nothing has yet. The number is
+// searched by halves, so that the ten thousandth file of a name costs a dozen looks; where some
+// were removed it need not be the lowest free one.
 std::string UniquePath(const std::string& folder, const std::string& name);
 
 // The whole file; throws Error 75 when it is larger than limit.

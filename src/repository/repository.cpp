@@ -75,12 +75,27 @@ void OpenRecordsets() {
   }
 }
 
+constexpr int kLocked = 5;  // the engine's number
+
+// What the engine's few words leave open, ": ..."; "" where nothing more is known.
+std::string WhyNotOpened(int number, const std::string& file) {
+  if (number == kLocked) return ": another program has " + file + " open";
+  if (platform::FileExists(file) && !platform::IsFolderWritable(platform::FolderOf(file))) {
+    return ": the folder of " + file + " can't be written to";
+  }
+  return {};
+}
+
 // Throws Error.
 void Connect(jet::Connection& connection, const std::string& dataSource) {
   connection.SetProvider(jet::kProvider);
   connection.SetProperty(jet::kDataSourceProperty, dataSource);
   connection.SetProperty(jet::kPasswordProperty, DatabasePassword());
-  connection.Open();
+  try {
+    connection.Open();
+  } catch (const Error& error) {
+    throw Error(error.Number(), error.Description() + WhyNotOpened(error.Number(), dataSource));
+  }
 }
 
 // The folder checks that both commands begin with; false when the command ends there.
@@ -134,6 +149,8 @@ bool OpenRepository(bool clearAll) {
     Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
     repository.RepositoryFolder = GetRepositoryFolder();
     Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
+    repository.RepositoryConnection.KeepDigest(ListDigest());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
     if (clearAll) ClearRepository();
     EmptyScratchFolder();

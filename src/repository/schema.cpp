@@ -66,6 +66,8 @@ std::vector<TableDefinition> MakeRepositoryTables() {
        {{"EmailEntryID", {"EntryID"}},
         // What the list filters, sorts and counts by, so that it touches no message.
         {"EmailList", {"ReceivedTime", "Direction", "Active", "FilesNum", "FromTo", "Subject"}},
+        // Sorts the list by subject.
+        {"EmailSubject", {"Subject"}},
         {"EmailFromTo", {"FromTo"}}}});
   tables.push_back({"EmailOne", EmailColumns(), {}});
   tables.push_back({"Attachment",
@@ -144,6 +146,11 @@ void AddPlaceholderRow(const std::string& file) {
 std::span<const TableDefinition> RepositoryTables() {
   static const std::vector<TableDefinition> tables = MakeRepositoryTables();
   return tables;
+}
+
+jet::DigestDefinition ListDigest() {
+  return {"Email",      "ReceivedTime", "FromTo", {"Direction", "Active", "FilesNum"},
+          "Attachment", "EmailID"};
 }
 
 std::span<const TableDefinition> ParameterTables() {

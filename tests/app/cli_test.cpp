@@ -107,6 +107,79 @@ TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {
   EXPECT_EQ(Run({"merge", part, "--duplicates", "perhaps"}).status, 2);
 }
 
+TEST_F(Cli, AMessageIsMarkedAndDeletedAndItsContactListed) {
+  std::string file =
+      WriteMessage("roof.eml",
+                   "From: \"Ann \\\"A\\\" Lee\" <ann@example.org>\r\nSubject: Roof\r\n"
+                   "Date: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nTiles.\r\n");
+  ASSERT_EQ(Run({"take", file}).status, 0);
+  EXPECT_EQ(Run({"mark", "1"}).status, 0);
+  EXPECT_NE(Run({"list", "--hot"}).output, "");
+  EXPECT_EQ(Run({"mark", "1"}).status, 0);
+  EXPECT_EQ(Run({"list", "--hot"}).output, "");
+
+  ProgramRun run = Run({"contacts", "--name", "LEE"});
+  EXPECT_THAT(run.output, ::testing::MatchesRegex("1\t.*Lee\tann@example.org\n"));
+  run = Run({"contacts", "--json"});
+  EXPECT_THAT(run.output, ::testing::HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
+  EXPECT_EQ(Run({"contacts", "--name", "nobody"}).output, "");
+
+  EXPECT_EQ(Run({"delete", "1"}, "n\n").status, 1);
+  EXPECT_NE(Run({"list"}).output, "");
+  EXPECT_EQ(Run({"--yes", "delete", "1"}).status, 0);
+  EXPECT_EQ(Run({"list"}).output, "");
+  EXPECT_EQ(Run({"delete", "1"}).status, 1);
+  EXPECT_EQ(Run({"mark", "first"}).status, 2);
+}
+
+TEST_F(Cli, AttachmentsAreListedAndSaved) {
+  std::string raw =
+      "From: Ann Lee <ann@example.org>\r\nSubject: Plan\r\nDate: Mon, 5 Jan 2004 10:20:30 +0000\r\n"
+      "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\n"
+      "Text.\r\n--b\r\nContent-Type: image/gif; name=../roof.gif\r\n"
+      "Content-Transfer-Encoding: base64\r\n\r\nR0lG\r\n--b\r\nContent-Type: "
+      "application/octet-stream; name=roof.gif.exe\r\n\r\nMZ\r\n--b--\r\n";
+  ASSERT_EQ(Run({"take", WriteMessage("plan.eml", raw)}).status, 0);
+  ProgramRun run = Run({"attachments", "1"});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output,
+            "1\t3\timage/gif\t_roof.gif\n2\t2\tapplication/octet-stream\troof.gif.exe\n");
+  std::string folder = home_.File("saved/");
+  platform::MakeFolder(folder);
+  platform::WriteFile(folder + "_ROOF.GIF", "older");
+  run = Run({"attachments", "1", "--save", folder});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(platform::ReadFile(folder + "_roof (2).gif"), "GIF");
+  EXPECT_EQ(platform::ReadFile(folder + "_ROOF.GIF"), "older");
+  EXPECT_EQ(platform::ListFiles(folder).size(), 3U);
+  EXPECT_NE(run.output.find("\t" + folder + "_roof (2).gif\n"), std::string::npos) << run.output;
+  EXPECT_NE(run.errors.find("roof.gif.exe is a program"), std::string::npos) << run.errors;
+  EXPECT_EQ(Run({"attachments", "2"}).status, 1);
+  EXPECT_EQ(Run({"attachments", "1", "--save", "/proc/none"}).status, 1);
+}
+
+TEST_F(Cli, MessagesAreSavedInEachFormat) {
+  for (const char* subject : {"Garden plan", "Roof"}) {
+    std::string raw = "From: Ann Lee <ann@example.org>\r\nSubject: " + std::string(subject) +
+                      "\r\nDate: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nText.\r\n";
+    ASSERT_EQ(Run({"take", WriteMessage(std::string(subject) + ".eml", raw)}).status, 0);
+  }
+  ProgramRun run = Run({"save", "--format", "eml", home_.File("eml"), "--subject", "roof"});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output, "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_THAT(platform::ListFiles(home_.File("eml")),
+              ::testing::ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
+  run = Run({"save", "--format", "mbox", home_.File("mbox"), "--folders"});
+  EXPECT_EQ(run.output, "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_TRUE(platform::FileExists(home_.File("mbox/Text File.mbox")));
+  EXPECT_EQ(Run({"save", "--format", "maildir", home_.File("maildir")}).status, 0);
+  EXPECT_EQ(platform::ListFiles(home_.File("maildir/cur")).size(), 2U);
+  EXPECT_EQ(Run({"save", "--format", "eml", home_.File("none"), "--subject", "cellar"}).status, 1);
+  EXPECT_EQ(Run({"save", "--format", "eml", "/proc/none"}).status, 1);
+  EXPECT_EQ(Run({"save", home_.File("eml")}).status, 2);
+  EXPECT_EQ(Run({"save", "--format", "pdf", home_.File("eml")}).status, 2);
+}
+
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({}).status, 2);
   EXPECT_EQ(Run({"lists"}).status, 2);
@@ -119,7 +192,13 @@ TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({"load"}).status, 1);  // no profile is known
   EXPECT_EQ(Run({"--help"}).status, 0);
   EXPECT_THAT(Run({"--version"}).output, ::testing::MatchesRegex("tarnwick-cli [0-9.]+\n"));
+  EXPECT_EQ(Run({"check"}).status, 0);
+  std::string bytes = platform::ReadFile(home_.File("home/Tarnwick.twr"));
+  bytes[bytes.size() / 2] ^= 1;
+  platform::WriteFile(home_.File("home/Tarnwick.twr"), bytes);
+  EXPECT_EQ(Run({"check"}).status, 1);
   platform::WriteFile(home_.File("home/Tarnwick.twr"), std::string(5000, 'x'));
+  EXPECT_EQ(Run({"check"}).status, 1);
   ProgramRun run = Run({"list"});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.errors.find("26 "), std::string::npos) << run.errors;

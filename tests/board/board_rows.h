@@ -10,6 +10,7 @@
 
 #include "board/email_list.h"
 #include "board/list_query.h"
+#include "core/text.h"
 #include "repository/repository.h"
 
 namespace tarnwick::testing {
@@ -36,7 +37,8 @@ inline int64_t AddRow(jet::Recordset& table, std::vector<std::pair<const char*, 
 inline int64_t ContactId(const std::string& name) {
   jet::Recordset& contacts = repository::Repository().ContactRecordset;
   jet::Recordset found;
-  found.Open("SELECT ID FROM MeContact WHERE Name='" + name + "'", repository::RepositoryDb());
+  found.Open("SELECT ID FROM MeContact WHERE Name='" + core::QuoteSql(name) + "'",
+             repository::RepositoryDb());
   return found.Eof() ? AddRow(contacts, {{"Name", name}}, "ID") : found.Field(0).AsInt();
 }
 

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -20,10 +22,12 @@
 #include "core/run_state.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
+#include "platform/files.h"
 #include "platform/shell.h"
 #include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
+#include "takeout/save_messages_dialog.h"
 
 namespace tarnwick::board {
 namespace {
@@ -170,6 +174,42 @@ TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {
   window.ShowText({"a\r\nb", "short\r\n"});
   EXPECT_EQ(window.windowTitle(), "a b");
   EXPECT_EQ(text->toPlainText(), "short\n");
+}
+
+TEST_F(BoardTools, SelectedMessagesAreSavedAndAttachmentsOffered) {
+  AddWithFile("roof", "Subject: roof\r\n\r\nText");
+  AddWithFile("plan", "Content-Type: application/pdf; name=\"a & b.pdf\"\r\n\r\n%PDF");
+  Start();
+  Select(0);
+  QString out = QString::fromStdString(folder_.File("out"));
+  InDialog<takeout::SaveMessagesDialog>(window_->Actions().saveMessages,
+                                        [&](takeout::SaveMessagesDialog& dialog) {
+                                          dialog.findChild<QLineEdit*>("Folder")->setText(out);
+                                          dialog.findChild<QPushButton*>("Save")->click();
+                                        });
+  EXPECT_THAT(platform::ListFiles(folder_.File("out")), ElementsAre("2004-01-02 0000 plan.eml"));
+  EXPECT_EQ(ui_.status[core::StatusPanel::kProgress],
+            "selected 1, saved 1, no stored file 0, failed 0, not reached 0");
+  EXPECT_EQ(ui_.Shown("box").back(), "1 message is saved in " + folder_.File("out"));
+  window_->Grid().selectAll();
+  EXPECT_EQ(window_->Grid().SelectedCount(), 2);
+  window_->Takeout().Save({{}, takeout::SaveFormat::kMbox, false, folder_.File("out")}, true);
+  EXPECT_EQ(platform::ReadFile(folder_.File("out/Tarnwick.mbox")).substr(0, 19),
+            "From MAILER-DAEMON ");
+  EXPECT_TRUE(window_->Actions().attachments->isEnabled());
+
+  QMenu* menu = window_->Actions().attachments->menu();
+  Select(0);
+  emit menu->aboutToShow();
+  ASSERT_EQ(menu->actions().size(), 3);
+  EXPECT_EQ(menu->actions()[0]->text(), "a && b.pdf (4 bytes)");
+  Select(1);
+  emit menu->aboutToShow();
+  ASSERT_EQ(menu->actions().size(), 1);
+  EXPECT_FALSE(menu->actions()[0]->isEnabled());
+  Box()->click();
+  Select(0);
+  EXPECT_EQ(TextWindow()->findChild<QListWidget*>("Attachments")->count(), 1);
 }
 
 TEST_F(BoardTools, MovedHtmlIsShownAtOnce) {

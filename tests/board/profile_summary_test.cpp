@@ -29,6 +29,19 @@ TEST_F(ProfileSummaryTest, CountsIdentitiesAndTheirFolders) {
   EXPECT_EQ(found.folders, 4) << "the folder lists are none";
 }
 
+TEST_F(ProfileSummaryTest, NamesOutlooksStoresWithAndWithoutARegistry) {
+  for (const char* kind : {"Bob/", "plain/"}) {
+    testing::ProfileBuilder profile(folder_.File(kind));
+    if (std::string(kind) == "Bob/") profile.WriteHive();
+    platform::WriteFile(profile.Folder() + "Archive.PST", "x");
+    platform::MakeFolder(profile.Folder() + "AppData/Local/Microsoft/Outlook");
+    platform::WriteFile(profile.Folder() + "AppData/Local/Microsoft/Outlook/Outlook.pst", "x");
+    EXPECT_THAT(ReadProfile(profile.Folder()).outlookStores,
+                ElementsAre("Archive.PST", "Outlook.pst"))
+        << kind;
+  }
+}
+
 TEST_F(ProfileSummaryTest, WhatCannotBeReadHoldsNothingAndIsNoError) {
   EXPECT_TRUE(ReadProfile(folder_.File("nowhere/")).IsEmpty());
   platform::MakeFolder(folder_.File("broken/"));

@@ -5,8 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "core/run_state.h"
 #include "intake/sender_rules.h"
 #include "maintenance/backup.h"
@@ -23,46 +21,10 @@ namespace {
 using core::RepeatedAnswer;
 using core::SenderAnswer;
 using repository::RepositoryDb;
+using testing::AllMessages;
 using ::testing::HasSubstr;
+using testing::WholeMessage;
 using Texts = std::vector<std::string>;
-
-// A message with everything that hangs on it, without the identifiers, which are the repository's.
-struct WholeMessage {
-  std::string columns, attachments, to, cc, project, file;
-  auto operator<=>(const WholeMessage&) const = default;
-};
-
-std::string Column(const std::string& query, const char* column) {
-  std::string text;
-  jet::Recordset rows;
-  rows.Open(query, RepositoryDb());
-  for (; !rows.Eof(); rows.MoveNext()) text += rows.Field(column).AsText() + "\n";
-  return text;
-}
-
-std::vector<WholeMessage> AllMessages() {
-  std::vector<WholeMessage> messages;
-  // A hot mark is the person's of that repository and is not merged.
-  Texts columns =
-      testing::DumpTable(RepositoryDb(), "Email", {"ID", "FromTo", "ProjectID", "Active"});
-  jet::Recordset rows;
-  rows.Open("SELECT * FROM Email", RepositoryDb());
-  for (size_t i = 0; !rows.Eof(); rows.MoveNext(), ++i) {
-    std::string id = std::to_string(rows.Field("ID").AsInt());
-    std::string owned = " WHERE EmailID=" + id + " ORDER BY ID";
-    messages.push_back(
-        {columns[i], Column("SELECT * FROM Attachment" + owned, "FileName"),
-         Column("SELECT * FROM ToRecipient" + owned, "Name") +
-             Column("SELECT * FROM ToRecipient" + owned, "Address"),
-         Column("SELECT * FROM ccRecipient" + owned, "Address"),
-         Column("SELECT * FROM tblProject WHERE ID=" + rows.Field("ProjectID").AsText(),
-                "ProjectName"),
-         Column("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
-                "FileBody")});
-  }
-  std::sort(messages.begin(), messages.end());
-  return messages;
-}
 
 class MergeTest : public testing::ProgramFixture {
  protected:

@@ -97,7 +97,7 @@ TEST_F(OptionsWindowTest, AProfileWithMailIsTaken) {
   EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
   EXPECT_EQ(Text(window, "ProfileFound"),
             "Outlook Express: 2 identities (Ann's Mail, Work), 14 folders\n"
-            "Outlook: archive.pst");
+            "Outlook: 1 store (archive.pst)");
   Click(window, "ProfileBrowse");
   ASSERT_EQ(ui_.Shown("box").size(), 1U);
   EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("/empty/"));

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
+#include "outlook/reader/cipher.h"
 #include "support/hive_builder.h"
 
 namespace tarnwick::testing {
@@ -17,6 +19,7 @@ constexpr uint32_t kRootNode = 0x122;
 constexpr uint32_t kRecipientsNode = 0x692;
 constexpr uint32_t kAttachmentsNode = 0x671;
 constexpr uint32_t kFirstAttachmentNode = 0x8025;
+constexpr uint32_t kEmbeddedNode = 0x4000024;
 constexpr uint32_t kFirstValueNode = 0x1007F;  // of the kind for values too large for the heap
 constexpr size_t kPageSize = 512;
 constexpr size_t kFirstOffset = 0x4400;
@@ -47,51 +50,113 @@ void PutNumber(std::string& text, uint64_t value, size_t count) {
   for (size_t i = 0; i < count; ++i) text.push_back(static_cast<char>(value >> (8 * i) & 0xFF));
 }
 
-// A heap of one block ([MS-PST] 2.3.1): values by number, then where each begins.
+// The bytes that the reader's way of undoing the cipher turns into data.
+std::string Enciphered(uint8_t cipher, uint32_t block, std::string data) {
+  if (cipher == 2) {
+    outlook::reader::Decipher(cipher, block, data);  // its own inverse
+  } else if (cipher == 1) {
+    std::string all;
+    for (int i = 0; i < 256; ++i) all.push_back(static_cast<char>(i));
+    std::string decoded = all;
+    outlook::reader::Decipher(cipher, block, decoded);
+    for (char& c : data) c = all[decoded.find(c)];
+  }
+  return data;
+}
+
+// A heap ([MS-PST] 2.3.1): blocks of values, each with a list of where they begin. The first block
+// has room for the head that is added last.
 class Heap {
  public:
-  explicit Heap(uint8_t client) : client_(client) {}
+  Heap(uint8_t client, size_t maxBlock) : client_(client), maxBlock_(maxBlock) {}
+
   uint32_t Add(std::string value) {
-    values_.push_back(std::move(value));
-    return static_cast<uint32_t>(values_.size() << 5);
-  }
-  std::string Build(uint32_t root) const {
-    std::string body;
-    std::string places;
-    constexpr size_t kHeader = 12;
-    for (const std::string& value : values_) {
-      PutNumber(places, kHeader + body.size(), 2);
-      body += value;
+    constexpr size_t kHeadRoom = 2200;
+    size_t room = maxBlock_ - (blocks_.size() == 1 ? kHeadRoom : 0);
+    if (Used() + value.size() + 4 > room || blocks_.back().size() >= 2000) {
+      blocks_.emplace_back();
     }
-    PutNumber(places, kHeader + body.size(), 2);
-    if (body.size() % 2 != 0) body.push_back('\0');
-    std::string block;
-    PutNumber(block, kHeader + body.size(), 2);
-    PutNumber(block, 0xEC, 1);
-    PutNumber(block, client_, 1);
-    PutNumber(block, root, 4);
-    PutNumber(block, 0, 4);
-    block += body;
-    PutNumber(block, values_.size(), 2);
-    PutNumber(block, 0, 2);
-    return block + places;
+    blocks_.back().push_back(std::move(value));
+    return Id(blocks_.size() - 1);
+  }
+  // Into the first block.
+  uint32_t AddHead(std::string value) {
+    blocks_.front().push_back(std::move(value));
+    return Id(0);
+  }
+  size_t MaxValue() const { return 3500; }
+
+  // One text a block.
+  std::vector<std::string> Build(uint32_t root) const {
+    std::vector<std::string> built;
+    for (size_t i = 0; i < blocks_.size(); ++i) {
+      std::string head;
+      if (i == 0) {
+        PutNumber(head, 0xEC, 1);
+        PutNumber(head, client_, 1);
+        PutNumber(head, root, 4);
+        PutNumber(head, 0, 4);
+      } else if (i % 128 == 8) {
+        head.assign(64, '\0');  // how full the blocks around it are
+      }
+      std::string body;
+      std::string places;
+      for (const std::string& value : blocks_[i]) {
+        PutNumber(places, 2 + head.size() + body.size(), 2);
+        body += value;
+      }
+      PutNumber(places, 2 + head.size() + body.size(), 2);
+      if (body.size() % 2 != 0) body.push_back('\0');
+      std::string block;
+      PutNumber(block, 2 + head.size() + body.size(), 2);
+      block += head + body;
+      PutNumber(block, blocks_[i].size(), 2);
+      PutNumber(block, 0, 2);
+      built.push_back(block + places);
+    }
+    return built;
   }
 
  private:
+  uint32_t Id(size_t block) const {
+    return static_cast<uint32_t>(block << 16 | blocks_[block].size() << 5);
+  }
+  size_t Used() const {
+    size_t used = 80;
+    for (const std::string& value : blocks_.back()) used += value.size() + 2;
+    return used;
+  }
+
   uint8_t client_;
-  std::vector<std::string> values_;
+  size_t maxBlock_;
+  std::vector<std::vector<std::string>> blocks_{1};
 };
 
-// The head of a tree of records inside a heap; one level.
+// The head of a tree of records inside a heap, of as many levels as it takes.
 uint32_t AddRecords(Heap& heap, size_t keySize, size_t entrySize, const std::string& records) {
-  uint32_t first = records.empty() ? 0 : heap.Add(records);
+  size_t size = keySize + entrySize;
+  std::string level = records;
+  uint32_t first = 0;
+  size_t levels = 0;
+  for (; !level.empty(); ++levels) {
+    size_t piece = heap.MaxValue() / size * size;
+    std::string above;
+    for (size_t i = 0; i < level.size(); i += piece) {
+      first = heap.Add(level.substr(i, piece));
+      above += level.substr(i, keySize);
+      PutNumber(above, first, 4);
+    }
+    if (level.size() <= piece) break;
+    level = above;
+    size = keySize + 4;
+  }
   std::string head;
   PutNumber(head, 0xB5, 1);
   PutNumber(head, keySize, 1);
   PutNumber(head, entrySize, 1);
-  PutNumber(head, 0, 1);
+  PutNumber(head, levels, 1);
   PutNumber(head, first, 4);
-  return heap.Add(head);
+  return heap.AddHead(head);
 }
 
 }  // namespace
@@ -135,26 +200,39 @@ uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
   size_t trailer = isUnicode_ ? 16 : 12;
   size_t offset = file_.size();
   size_t whole = (data.size() + trailer + 63) / 64 * 64;
-  file_ += data;
+  std::string stored = isInternal ? data : Enciphered(cipher_, static_cast<uint32_t>(id), data);
+  file_ += stored;
   file_.append(whole - trailer - data.size(), '\0');
   PutNumber(file_, data.size(), 2);
   PutNumber(file_, Signature(offset, id), 2);
   if (isUnicode_) {
-    PutNumber(file_, Crc(data), 4);
+    PutNumber(file_, Crc(stored), 4);
     PutNumber(file_, id, 8);
   } else {
     PutNumber(file_, id, 4);
-    PutNumber(file_, Crc(data), 4);
+    PutNumber(file_, Crc(stored), 4);
   }
   blocks_[id] = {id, offset, static_cast<uint16_t>(data.size())};
   return id;
 }
 
-uint64_t PstBuilder::WriteTree(const std::vector<uint64_t>& blocks, size_t total) {
-  if (blocks.size() == 1) return blocks[0];
+uint64_t PstBuilder::WriteTree(std::vector<uint64_t> blocks, size_t total, bool isPart) {
+  if (blocks.size() == 1 && !isPart) return blocks[0];
+  constexpr size_t kMost = 1000;
+  bool isTwoLevels = blocks.size() > kMost;
+  if (isTwoLevels) {
+    std::vector<uint64_t> lists;
+    for (size_t i = 0; i < blocks.size(); i += kMost) {
+      size_t end = std::min(blocks.size(), i + kMost);
+      lists.push_back(WriteTree({blocks.begin() + static_cast<std::ptrdiff_t>(i),
+                                 blocks.begin() + static_cast<std::ptrdiff_t>(end)},
+                                (end - i) * MaxBlock(), true));
+    }
+    blocks = lists;
+  }
   std::string tree;
   PutNumber(tree, 1, 1);
-  PutNumber(tree, 1, 1);
+  PutNumber(tree, isTwoLevels ? 2 : 1, 1);
   PutNumber(tree, blocks.size(), 2);
   PutNumber(tree, total, 4);
   for (uint64_t block : blocks) PutNumber(tree, block, IdSize());
@@ -167,6 +245,16 @@ uint64_t PstBuilder::WriteData(const std::string& data) {
     blocks.push_back(WriteBlock(data.substr(i, MaxBlock()), false));
   }
   return WriteTree(blocks, data.size());
+}
+
+uint64_t PstBuilder::WriteHeap(const std::vector<std::string>& heap) {
+  std::vector<uint64_t> blocks;
+  size_t total = 0;
+  for (size_t i = 0; i < heap.size(); ++i) {
+    blocks.push_back(WriteBlock(heap[i], false));
+    total += heap[i].size();
+  }
+  return WriteTree(blocks, total);
 }
 
 uint64_t PstBuilder::WriteRows(const std::vector<std::string>& rows) {
@@ -187,6 +275,24 @@ uint64_t PstBuilder::WriteRows(const std::vector<std::string>& rows) {
 
 uint64_t PstBuilder::WriteSubNodes(const SubNodes& nodes) {
   if (nodes.empty()) return 0;
+  constexpr size_t kMost = 300;
+  if (nodes.size() > kMost) {
+    std::string lists;
+    size_t count = 0;
+    for (auto begin = nodes.begin(); begin != nodes.end(); ++count) {
+      SubNodes part;
+      uint32_t first = begin->first;
+      for (; begin != nodes.end() && part.size() < kMost; ++begin) part.insert(*begin);
+      PutNumber(lists, first, IdSize());
+      PutNumber(lists, WriteSubNodes(part), IdSize());
+    }
+    std::string list;
+    PutNumber(list, 2, 1);
+    PutNumber(list, 1, 1);
+    PutNumber(list, count, 2);
+    if (isUnicode_) PutNumber(list, 0, 4);
+    return WriteBlock(list + lists, true);
+  }
   std::string list;
   PutNumber(list, 2, 1);
   PutNumber(list, 0, 1);
@@ -201,8 +307,9 @@ uint64_t PstBuilder::WriteSubNodes(const SubNodes& nodes) {
 }
 
 // A property context: records of number, type and either the value or where it lies.
-uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub) {
-  Heap heap(0xBC);
+// object: a node of sub that is the attachment's data.
+uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub, uint32_t object) {
+  Heap heap(0xBC, MaxBlock());
   std::map<uint16_t, std::string> records;
   auto place = [&](const std::string& value) -> uint32_t {
     if (value.empty()) return 0;
@@ -229,10 +336,16 @@ uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub
     PutNumber(value, static_cast<uint64_t>(ticks), 8);
     record(number, kTime, heap.Add(value));
   }
+  if (object != 0) {
+    std::string value;
+    PutNumber(value, object, 4);
+    PutNumber(value, 0, 4);
+    record(0x3701, 0x000D, heap.Add(value));
+  }
   std::string all;
   for (const auto& [number, text] : records) all += text;
   uint32_t root = AddRecords(heap, 2, 6, all);
-  return WriteBlock(heap.Build(root), false);
+  return WriteHeap(heap.Build(root));
 }
 
 // A table context whose columns are those of all rows; its rows lie in a node of their own where
@@ -259,7 +372,7 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
   size_t fixed = 4 * columns.size();
   size_t rowSize = fixed + (columns.size() + 7) / 8;
 
-  Heap heap(0x7C);
+  Heap heap(0x7C, MaxBlock());
   std::string index;
   std::vector<std::string> lines;
   for (size_t i = 0; i < rows.size(); ++i) {
@@ -310,13 +423,11 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
     PutNumber(info, 4, 1);
     PutNumber(info, column.place / 4, 1);
   }
-  uint32_t root = heap.Add(info);
-  return WriteBlock(heap.Build(root), false);
+  uint32_t root = heap.AddHead(info);
+  return WriteHeap(heap.Build(root));
 }
 
-uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
-  uint32_t node = nextMessage_;
-  nextMessage_ += 0x20;
+PstBuilder::SubNode PstBuilder::WriteMessage(const PstMessage& message) {
   SubNodes sub;
   std::vector<Row> recipients;
   for (size_t i = 0; i < message.recipients.size(); ++i) {
@@ -328,15 +439,23 @@ uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
   std::vector<Row> attachments;
   for (size_t i = 0; i < message.attachments.size(); ++i) {
     auto attachmentNode = static_cast<uint32_t>(kFirstAttachmentNode + 0x20 * i);
+    const PstAttachment& attachment = message.attachments[i];
+    bool isMessage = !attachment.embedded.empty();
     Row row{attachmentNode, {}};
-    row.values.numbers[0x3705] = 1;
+    row.values.numbers[0x3705] = isMessage ? 5 : 1;
     attachments.push_back(row);
-    PstProperties properties = message.attachments[i].properties;
-    properties.bytes[0x3701] = message.attachments[i].data;
-    properties.numbers[0x3705] = 1;
-    properties.numbers[0x0E20] = static_cast<int32_t>(message.attachments[i].data.size());
+    PstProperties properties = attachment.properties;
+    properties.numbers[0x3705] = isMessage ? 5 : 1;
+    properties.numbers[0x0E20] = static_cast<int32_t>(attachment.data.size());
     SubNodes attachmentSub;
-    uint64_t context = WriteContext(properties, attachmentSub);
+    uint32_t object = 0;
+    if (isMessage) {
+      object = kEmbeddedNode;
+      attachmentSub[object] = WriteMessage(attachment.embedded[0]);
+    } else {
+      properties.bytes[0x3701] = attachment.data;
+    }
+    uint64_t context = WriteContext(properties, attachmentSub, object);
     sub[attachmentNode] = {context, WriteSubNodes(attachmentSub)};
   }
   if (!attachments.empty()) {
@@ -345,7 +464,14 @@ uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
     sub[kAttachmentsNode] = {attachmentTable, WriteSubNodes(rowsSub)};
   }
   uint64_t context = WriteContext(message.properties, sub);
-  nodes_[node] = {context, WriteSubNodes(sub), folder};
+  return {context, WriteSubNodes(sub)};
+}
+
+uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
+  uint32_t node = nextMessage_;
+  nextMessage_ += 0x20;
+  SubNode written = WriteMessage(message);
+  nodes_[node] = {written.data, written.sub, folder};
   folders_[folder].messages.push_back(node);
   return node;
 }
@@ -456,7 +582,7 @@ std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
   if (isUnicode_) PutNumber(body, 0, 4);
   body.append(256, '\xFF');
   PutNumber(body, 0x80, 1);
-  PutNumber(body, 0, 1);  // not encrypted
+  PutNumber(body, cipher_, 1);
   PutNumber(body, 0, 2);
   if (isUnicode_) PutNumber(body, nextBlock_, 8);
   if (!isUnicode_) body.resize(504, '\0');

@@ -4,7 +4,7 @@
 // Builds an Outlook store (.pst) from nothing, in the Unicode or the older ANSI format ([MS-PST]):
 // a message store, folders, messages with recipients and attachments. Texts are given as they are
 // to be stored: UTF-8 for a Unicode store, bytes of a code page for an ANSI one. What readers do
-// not need (allocation maps, search folders) is left out. A folder holds at most kMaxMessages.
+// not need (allocation maps, search folders) is left out.
 #pragma once
 
 #include <cstdint>
@@ -22,9 +22,12 @@ struct PstProperties {
   std::map<uint16_t, std::string> bytes;
 };
 
+struct PstMessage;
+
 struct PstAttachment {
   PstProperties properties;
   std::string data;
+  std::vector<PstMessage> embedded;  // one, in place of data
 };
 
 struct PstMessage {
@@ -35,8 +38,6 @@ struct PstMessage {
 
 class PstBuilder {
  public:
-  static constexpr size_t kMaxMessages = 400;
-
   explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders");
 
   // The folder that Outlook shows as the store's top, made by the constructor.
@@ -45,6 +46,9 @@ class PstBuilder {
   // Gives the message's node.
   uint32_t AddMessage(uint32_t folder, const PstMessage& message);
   void SetStoreNumber(uint16_t property, int32_t number);
+  // How blocks are made unreadable to a casual eye: 0 not at all, 1 or 2. REQUIRES: nothing was
+  // added yet.
+  void SetCipher(uint8_t cipher) { cipher_ = cipher; }
 
   std::string Build();
 
@@ -80,9 +84,11 @@ class PstBuilder {
   uint64_t WriteBlock(const std::string& data, bool isInternal);
   uint64_t WriteData(const std::string& data);
   uint64_t WriteRows(const std::vector<std::string>& rows);
-  uint64_t WriteTree(const std::vector<uint64_t>& blocks, size_t total);
+  uint64_t WriteTree(std::vector<uint64_t> blocks, size_t total, bool isPart = false);
+  uint64_t WriteHeap(const std::vector<std::string>& heap);
   uint64_t WriteSubNodes(const SubNodes& nodes);
-  uint64_t WriteContext(const PstProperties& properties, SubNodes& sub);
+  uint64_t WriteContext(const PstProperties& properties, SubNodes& sub, uint32_t object = 0);
+  SubNode WriteMessage(const PstMessage& message);
   uint64_t WriteTable(const std::vector<Row>& rows, SubNodes& sub);
   std::string Stored(const std::string& text) const;
   void WriteFolder(uint32_t node, const FolderContent& folder);
@@ -91,6 +97,7 @@ class PstBuilder {
   std::string Header(uint64_t nodePage, uint64_t blockPage);
 
   bool isUnicode_;
+  uint8_t cipher_ = 0;
   PstProperties store_;
   std::string file_;
   std::map<uint64_t, Block> blocks_;

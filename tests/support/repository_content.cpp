@@ -16,6 +16,8 @@ namespace tarnwick::testing {
 
 namespace {
 
+using repository::RepositoryDb;
+
 constexpr const char* kNames[] = {
     "Ann Lee", "Dora O'Hara", "\"Quoted\" Name", "Иван Петров", "山田 太郎", "anna LEE", "Émile"};
 constexpr const char* kFolders[] = {"Inbox", "Sent Items", "O'Brien's letters", "Архив"};
@@ -28,6 +30,14 @@ void OpenWithPassword(jet::Connection& connection, const std::string& file) {
   connection.SetProperty(jet::kDataSourceProperty, file);
   connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
   connection.Open();
+}
+
+std::string Column(const std::string& query, const char* column) {
+  std::string text;
+  jet::Recordset rows;
+  rows.Open(query, RepositoryDb());
+  for (; !rows.Eof(); rows.MoveNext()) text += rows.Field(column).AsText() + "\n";
+  return text;
 }
 
 }  // namespace
@@ -86,13 +96,13 @@ std::string VariedFile(int number) {
 }
 
 void StoreVariedMessages(int count, int first) {
-  jet::CommitGroup group(repository::RepositoryDb());
+  jet::CommitGroup group(RepositoryDb());
   for (int number = first; number < first + count; ++number) {
     intake::MailMessage message = VariedMessage(number);
     platform::WriteFile(core::State().TempMessageFile, VariedFile(number));
     intake::dbSaveMesage(core::State().TempMessageFile, message, message.Application, 1,
                          "Main Identity");
-    repository::RepositoryDb().EndUnit();
+    RepositoryDb().EndUnit();
   }
   group.End();
   platform::RemoveFile(core::State().TempMessageFile);
@@ -110,7 +120,7 @@ void StoreRulesAndMarks() {
         "UPDATE MeContact SET PhoneBuisness = '555', Remark = 'it''s a remark' WHERE ID = 1",
         // A gap in the identifiers, as deleting leaves it.
         "DELETE * FROM ContactEmail WHERE ID = 2"}) {
-    repository::RepositoryDb().Execute(statement);
+    RepositoryDb().Execute(statement);
   }
 }
 
@@ -147,6 +157,29 @@ std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file
   jet::Connection connection;
   OpenWithPassword(connection, file);
   return DumpRepository(connection);
+}
+
+std::vector<WholeMessage> AllMessages() {
+  std::vector<WholeMessage> messages;
+  std::vector<std::string> columns =
+      DumpTable(RepositoryDb(), "Email", {"ID", "FromTo", "ProjectID", "Active"});
+  jet::Recordset rows;
+  rows.Open("SELECT * FROM Email", RepositoryDb());
+  for (size_t i = 0; !rows.Eof(); rows.MoveNext(), ++i) {
+    std::string id = std::to_string(rows.Field("ID").AsInt());
+    std::string owned = " WHERE EmailID=" + id + " ORDER BY ID";
+    messages.push_back(
+        {columns[i], Column("SELECT * FROM Attachment" + owned, "FileName"),
+         Column("SELECT * FROM ToRecipient" + owned, "Name") +
+             Column("SELECT * FROM ToRecipient" + owned, "Address"),
+         Column("SELECT * FROM ccRecipient" + owned, "Address"),
+         Column("SELECT * FROM tblProject WHERE ID=" + rows.Field("ProjectID").AsText(),
+                "ProjectName"),
+         Column("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
+                "FileBody")});
+  }
+  std::sort(messages.begin(), messages.end());
+  return messages;
 }
 
 }  // namespace tarnwick::testing

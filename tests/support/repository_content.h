@@ -35,4 +35,14 @@ std::map<std::string, std::vector<std::string>> DumpRepository(jet::Connection& 
 // The same of a file.
 std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file);
 
+// A message with everything that hangs on it, without what belongs to its repository: identifiers
+// and the hot mark.
+struct WholeMessage {
+  std::string columns, attachments, to, cc, project, file;
+  auto operator<=>(const WholeMessage&) const = default;
+};
+
+// Every message of the open repository, in an order that does not depend on identifiers.
+std::vector<WholeMessage> AllMessages();
+
 }  // namespace tarnwick::testing

@@ -18,10 +18,16 @@ inline constexpr int kWrongUsage = 2;
 int RunLoad(const std::vector<std::string>& words);
 int RunTake(const std::vector<std::string>& words);
 int RunList(const std::vector<std::string>& words);
+int RunSave(const std::vector<std::string>& words);
 int RunShow(const std::vector<std::string>& words);
+int RunDelete(const std::vector<std::string>& words);
+int RunMark(const std::vector<std::string>& words);
+int RunAttachments(const std::vector<std::string>& words);
+int RunContacts(const std::vector<std::string>& words);
 int RunBackup(const std::vector<std::string>& words);
 int RunRestore(const std::vector<std::string>& words);
 int RunExport(const std::vector<std::string>& words);
 int RunMerge(const std::vector<std::string>& words);
+int RunCheck(const std::vector<std::string>& words);
 
 }  // namespace tarnwick::app

@@ -1,51 +1,16 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <cstdio>
 #include <iostream>
-#include <type_traits>
 
 #include "board/list_query.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/list_filter_arguments.h"
+#include "cli/row_output.h"
 
 namespace tarnwick::app {
 
 namespace {
-
-// One row is one line, and a TAB ends a column.
-std::string OneLine(const std::string& text) {
-  std::string result;
-  for (char c : text) {
-    auto byte = static_cast<unsigned char>(c);
-    result += byte < 0x20 || byte == 0x7F ? ' ' : c;
-  }
-  return result;
-}
-
-std::string JsonText(const std::string& text) {
-  std::string result = "\"";
-  for (char c : text) {
-    auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      result += '\\';
-      result += c;
-    } else if (byte < 0x20 || byte == 0x7F) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
-      result += escaped;
-    } else {
-      result += c;
-    }
-  }
-  return result + '"';
-}
-
-std::string JsonValue(const jet::Value& value) {
-  if (value.IsNull()) return "null";
-  if (auto date = value.AsDate(); value.IsDate() && date) return JsonText(date->ToIso());
-  return value.IsText() ? JsonText(value.AsText()) : value.AsText();
-}
 
 void PrintLine(jet::Recordset& list) {
   auto received = list.Field(board::kReceivedTime).AsDate();
@@ -54,15 +19,6 @@ void PrintLine(jet::Recordset& list) {
             << OneLine(list.Field(board::kActive).AsText()) << '\t'
             << OneLine(list.Field(board::kFromTo).AsText()) << '\t'
             << OneLine(list.Field(board::kSubject).AsText()) << '\n';
-}
-
-void PrintJson(jet::Recordset& list) {
-  std::cout << '{';
-  for (int i = 0; i < list.FieldCount(); ++i) {
-    std::cout << (i == 0 ? "" : ",") << JsonText(list.FieldName(i)) << ':'
-              << JsonValue(list.Field(i));
-  }
-  std::cout << "}\n";
 }
 
 }  // namespace

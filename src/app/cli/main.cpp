@@ -32,19 +32,35 @@ constexpr const char* kUsage =
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
   show   ID [--raw|--text]
+  delete ID
+  mark   ID
+  attachments ID [--save DIR]
+  contacts [--name T] [--json]
+  save   --format eml|mbox|maildir DIR [--folders] [the filters of list]
   backup FILE
   restore FILE
   export FILE [the filters of list]
   merge  FILE [--duplicates keep|skip|ask] [--accept all|known|ask]
+  check  [--export FILE]
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},     {"take", tarnwick::app::RunTake},
-      {"list", tarnwick::app::RunList},     {"show", tarnwick::app::RunShow},
-      {"backup", tarnwick::app::RunBackup}, {"restore", tarnwick::app::RunRestore},
-      {"export", tarnwick::app::RunExport}, {"merge", tarnwick::app::RunMerge},
+      {"load", tarnwick::app::RunLoad},
+      {"take", tarnwick::app::RunTake},
+      {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},
+      {"delete", tarnwick::app::RunDelete},
+      {"mark", tarnwick::app::RunMark},
+      {"contacts", tarnwick::app::RunContacts},
+      {"save", tarnwick::app::RunSave},
+      {"attachments", tarnwick::app::RunAttachments},
+      {"backup", tarnwick::app::RunBackup},
+      {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport},
+      {"merge", tarnwick::app::RunMerge},
+      {"check", tarnwick::app::RunCheck},
   };
   return commands;
 }

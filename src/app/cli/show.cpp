@@ -5,6 +5,7 @@
 #include "board/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
+#include "takeout/stored_file.h"
 
 namespace tarnwick::app {
 
@@ -42,7 +43,7 @@ int RunShow(const std::vector<std::string>& words) {
     return kFailed;
   }
   if (arguments.Has("--raw")) {
-    std::optional<std::string> file = board::ReadStoredFile(id);
+    std::optional<std::string> file = takeout::ReadStoredFile(id);
     if (!file) {
       std::cerr << "There isn't nature email copy." << std::endl;
       return kFailed;

@@ -14,27 +14,38 @@ namespace tarnwick::outlook::reader {
 namespace {
 
 constexpr int kChannel = 0;
-
-void ReadFully(char* to, size_t count) {
-  while (count > 0) {
-    ssize_t got = read(kChannel, to, count);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) throw ChannelClosed();
-    to += got;
-    count -= static_cast<size_t>(got);
-  }
-}
+constexpr size_t kReadPiece = 16 * 1024;
 
 }  // namespace
 
+void Answer::Begin(size_t limit) {
+  begin_ = buffer_.size();
+  limit_ = limit;
+}
+
+void Answer::Drop() {
+  buffer_.resize(begin_);
+}
+
+void Answer::Commit() {
+  limit_ = 0;
+  if (buffer_.size() >= kMaxFrame) Flush();
+}
+
 void Answer::Property(uint16_t number, uint16_t type, std::string_view bytes) {
+  BeginProperty(number, type, bytes.size());
+  Continue(bytes);
+}
+
+void Answer::BeginProperty(uint16_t number, uint16_t type, size_t size) {
   std::string payload;
   PutNumber(payload, number, 2);
   PutNumber(payload, type, 2);
-  PutNumber(payload, static_cast<uint32_t>(bytes.size()));
-  std::string_view first = bytes.substr(0, kMaxFrame - kPropertyHeader);
-  Frame(frame::kProperty, payload.append(first));
-  bytes.remove_prefix(first.size());
+  PutNumber(payload, static_cast<uint32_t>(size));
+  Frame(frame::kProperty, payload);
+}
+
+void Answer::Continue(std::string_view bytes) {
   if (!bytes.empty()) Frame(frame::kContinued, bytes);
 }
 
@@ -47,30 +58,50 @@ void Answer::Nodes(char kind, const std::vector<uint32_t>& nodes) {
 void Answer::Frame(char kind, std::string_view payload) {
   do {
     std::string_view piece = payload.substr(0, kMaxFrame);
-    buffer_ += MakeFrame(kind, piece);
-    if (buffer_.size() >= kMaxFrame) Flush();
+    if (limit_ > 0 && buffer_.size() - begin_ + piece.size() > limit_) throw TooLong();
+    buffer_.push_back(kind);
+    PutNumber(buffer_, static_cast<uint32_t>(piece.size()));
+    buffer_ += piece;
+    if (limit_ == 0 && buffer_.size() >= kMaxFrame) Flush();
     payload.remove_prefix(piece.size());
   } while (!payload.empty());
 }
 
 void Answer::Flush() {
-  std::string_view left = buffer_;
-  while (!left.empty()) {
-    ssize_t count = write(kChannel, left.data(), left.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) throw ChannelClosed();
-    left.remove_prefix(static_cast<size_t>(count));
-  }
+  sink_(buffer_);
   buffer_.clear();
+  begin_ = 0;
 }
 
-char ReadRequest(std::string& payload) {
-  char header[kFrameHeader];
-  ReadFully(header, sizeof header);
-  uint32_t length = TakeNumber({header, sizeof header}, 1);
-  payload.resize(std::min<size_t>(length, kMaxFrame));
-  ReadFully(payload.data(), payload.size());
-  return header[0];
+void Channel::Need(size_t count) {
+  if (position_ > 0) buffer_.erase(0, position_);
+  position_ = 0;
+  while (buffer_.size() < count) {
+    char piece[kReadPiece];
+    ssize_t got = read(kChannel, piece, sizeof piece);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) throw ChannelClosed();
+    buffer_.append(piece, static_cast<size_t>(got));
+  }
+}
+
+char Channel::ReadRequest(std::string& payload) {
+  Need(kFrameHeader);
+  char kind = buffer_[0];
+  size_t length = std::min<size_t>(TakeNumber(buffer_, 1), kMaxFrame);
+  Need(kFrameHeader + length);
+  payload = buffer_.substr(kFrameHeader, length);
+  position_ = kFrameHeader + length;
+  return kind;
+}
+
+void Channel::Write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    ssize_t count = write(kChannel, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) throw ChannelClosed();
+    bytes.remove_prefix(static_cast<size_t>(count));
+  }
 }
 
 }  // namespace tarnwick::outlook::reader

@@ -8,13 +8,10 @@
 #include <libpff.h>
 
 #include <memory>
-#include <stdexcept>
+
+#include "outlook/reader/store_file.h"
 
 namespace tarnwick::outlook::reader {
-
-struct ReadError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 struct FreeItem {
   void operator()(libpff_item_t* item) const { libpff_item_free(&item, nullptr); }

@@ -6,6 +6,7 @@
 // library meets whatever a damaged or hostile file holds: it may fall, but takes nothing with it.
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,14 @@ using reader::ReadError;
 using reader::StoreFile;
 
 // The sanitizers reserve more address space than any limit.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TARNWICK_SANITIZED
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define TARNWICK_SANITIZED
+#endif
+#if defined(TARNWICK_SANITIZED)
 constexpr uint64_t kMaxMemory = 0;
 #else
 constexpr uint64_t kMaxMemory = uint64_t{2} << 30;
@@ -38,53 +46,60 @@ std::vector<uint32_t> Numbers(const std::string& payload, size_t atLeast) {
 }
 
 void Serve(StoreFile& store, char kind, const std::string& payload, Answer& answer) {
-  constexpr size_t kPlace = 3;  // folder, index, node
-  std::vector<uint32_t> n;
-  std::vector<uint32_t> path;
-  if (kind == frame::kFolder) n = Numbers(payload, 1);
-  if (kind == frame::kItem || kind == frame::kAttachment || kind == frame::kEmbedded) {
-    n = Numbers(payload, kPlace);
-    path.assign(n.begin() + kPlace, n.end());
-  }
+  if (kind == frame::kStore) return store.DescribeStore(answer);
+  if (kind == frame::kFolder) return store.DescribeFolder(Numbers(payload, 1)[0], answer);
+  constexpr size_t kPlace = 3;
+  std::vector<uint32_t> n = Numbers(payload, kPlace);
+  reader::ItemPlace place{n[0], n[1], n[2]};
+  reader::AttachmentPath path(n.begin() + kPlace, n.end());
   switch (kind) {
-    case frame::kStore:
-      return store.DescribeStore(answer);
-    case frame::kFolder:
-      return store.DescribeFolder(n[0], answer);
     case frame::kItem:
-      return store.DescribeItem(n[0], n[1], n[2], answer);
+    case frame::kItemAhead:
+      return store.DescribeItem(place, kind == frame::kItemAhead, answer);
     case frame::kAttachment:
-      return store.SendAttachment(n[0], n[1], n[2], path, answer);
+      return store.SendAttachment(place, path, answer);
     case frame::kEmbedded:
-      return store.DescribeEmbedded(n[0], n[1], n[2], path, answer);
+      return store.DescribeEmbedded(place, path, answer);
     default:
       throw ReadError("request");
   }
 }
 
+void Reply(StoreFile& store, char kind, const std::string& payload, Answer& answer) {
+  bool isAhead = kind == frame::kItemAhead;
+  answer.Begin(isAhead ? kMaxAhead : 0);
+  try {
+    Serve(store, kind, payload, answer);
+    answer.Frame(frame::kDone, {});
+  } catch (const reader::TooLong&) {
+    answer.Drop();
+    answer.Frame(frame::kFailed, "too long");
+  } catch (const std::exception& error) {
+    if (isAhead) answer.Drop();
+    answer.Frame(frame::kFailed, error.what());
+  }
+  answer.Commit();
+}
+
 int Run(const std::string& path) {
-  Answer answer;
+  reader::Channel channel;
+  Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
   std::string payload;
   tarnwick::platform::LimitProcessorTime(kOpenSeconds);
   try {
-    StoreFile store(path);
+    std::unique_ptr<StoreFile> store = reader::OpenStore(path);
     while (true) {
-      char kind = reader::ReadRequest(payload);
+      if (!channel.HasMore()) answer.Flush();
+      char kind = channel.ReadRequest(payload);
       tarnwick::platform::LimitProcessorTime(kRequestSeconds);
-      try {
-        Serve(store, kind, payload, answer);
-        answer.Frame(frame::kDone, {});
-      } catch (const std::exception& error) {
-        answer.Frame(frame::kFailed, error.what());
-      }
-      answer.Flush();
+      Reply(*store, kind, payload, answer);
     }
   } catch (const reader::ChannelClosed&) {
     return 0;
   } catch (const std::exception& error) {
     // The store can't be opened: the first request is told so.
     try {
-      reader::ReadRequest(payload);
+      channel.ReadRequest(payload);
       answer.Frame(frame::kFailed, error.what());
       answer.Flush();
     } catch (const reader::ChannelClosed&) {

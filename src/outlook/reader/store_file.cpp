@@ -3,180 +3,60 @@
 #include "outlook/reader/store_file.h"
 
 #include <algorithm>
-#include <optional>
 
-#include "outlook/mapi.h"
-#include "outlook/pst_protocol.h"
+#include "outlook/reader/library_store.h"
+#include "outlook/reader/node_store.h"
 
 namespace tarnwick::outlook::reader {
 
-namespace {
-
-constexpr uint32_t kRowNode = 0x67F2;  // a table row's property that names its node
-constexpr uint32_t kNodeTypeMask = 0x1F;
-constexpr uint32_t kMessageNode = 0x04;
-constexpr size_t kMaxValue = 256u << 20;
-constexpr int kMaxRows = 100'000;
-constexpr size_t kAttachmentPiece = 48 * 1024;
-
-struct Wanted {
-  Prop property;
-};
-
-constexpr Prop kStoreProperties[] = {
+const std::vector<Prop> kStoreProperties = {
     Prop::kRecordKey,         Prop::kDisplayName,   Prop::kIpmSubtree,  Prop::kOutboxEntry,
     Prop::kDeletedItemsEntry, Prop::kSentMailEntry, Prop::kPstPassword, Prop::kMessageCodepage};
-constexpr Prop kFolderProperties[] = {Prop::kDisplayName, Prop::kContainerClass,
-                                      Prop::kContentCount};
-constexpr Prop kRecipientProperties[] = {Prop::kRecipientType, Prop::kDisplayName,
-                                         Prop::kAddressType,   Prop::kAddress,
-                                         Prop::kSmtpAddress,   Prop::kRecipientDisplayName};
-constexpr Prop kAttachmentProperties[] = {
+const std::vector<Prop> kFolderProperties = {Prop::kDisplayName, Prop::kContainerClass,
+                                             Prop::kContentCount};
+const std::vector<Prop> kRecipientProperties = {Prop::kRecipientType, Prop::kDisplayName,
+                                                Prop::kAddressType,   Prop::kAddress,
+                                                Prop::kSmtpAddress,   Prop::kRecipientDisplayName};
+const std::vector<Prop> kAttachmentProperties = {
     Prop::kDisplayName,    Prop::kAttachExtension, Prop::kAttachShortName, Prop::kAttachMethod,
     Prop::kAttachLongName, Prop::kAttachMimeType,  Prop::kAttachContentId};
-constexpr Prop kMessageProperties[] = {Prop::kImportance,
-                                       Prop::kMessageClass,
-                                       Prop::kSubject,
-                                       Prop::kClientSubmitTime,
-                                       Prop::kSentRepresentingName,
-                                       Prop::kReceivedByName,
-                                       Prop::kSentRepresentingAddressType,
-                                       Prop::kSentRepresentingAddress,
-                                       Prop::kReceivedByAddressType,
-                                       Prop::kReceivedByAddress,
-                                       Prop::kTransportHeaders,
-                                       Prop::kSenderName,
-                                       Prop::kSenderAddressType,
-                                       Prop::kSenderAddress,
-                                       Prop::kDeliveryTime,
-                                       Prop::kMessageFlags,
-                                       Prop::kBody,
-                                       Prop::kRtfCompressed,
-                                       Prop::kHtml,
-                                       Prop::kMessageId,
-                                       Prop::kReferences,
-                                       Prop::kInReplyTo,
-                                       Prop::kCreationTime,
-                                       Prop::kModificationTime,
-                                       Prop::kInternetCodepage,
-                                       Prop::kMessageLocale,
-                                       Prop::kMessageCodepage,
-                                       Prop::kSenderSmtpAddress,
-                                       Prop::kSentRepresentingSmtpAddress,
-                                       Prop::kReceivedBySmtpAddress};
+const std::vector<Prop> kMessageProperties = {Prop::kImportance,
+                                              Prop::kMessageClass,
+                                              Prop::kSubject,
+                                              Prop::kClientSubmitTime,
+                                              Prop::kSentRepresentingName,
+                                              Prop::kReceivedByName,
+                                              Prop::kSentRepresentingAddressType,
+                                              Prop::kSentRepresentingAddress,
+                                              Prop::kReceivedByAddressType,
+                                              Prop::kReceivedByAddress,
+                                              Prop::kTransportHeaders,
+                                              Prop::kSenderName,
+                                              Prop::kSenderAddressType,
+                                              Prop::kSenderAddress,
+                                              Prop::kDeliveryTime,
+                                              Prop::kMessageFlags,
+                                              Prop::kBody,
+                                              Prop::kRtfCompressed,
+                                              Prop::kHtml,
+                                              Prop::kMessageId,
+                                              Prop::kReferences,
+                                              Prop::kInReplyTo,
+                                              Prop::kCreationTime,
+                                              Prop::kModificationTime,
+                                              Prop::kInternetCodepage,
+                                              Prop::kMessageLocale,
+                                              Prop::kMessageCodepage,
+                                              Prop::kSenderSmtpAddress,
+                                              Prop::kSentRepresentingSmtpAddress,
+                                              Prop::kReceivedBySmtpAddress};
 
-template <size_t N>
-bool Contains(const Prop (&list)[N], uint32_t number) {
-  return std::any_of(std::begin(list), std::end(list),
+bool Contains(const std::vector<Prop>& list, uint32_t number) {
+  return std::any_of(list.begin(), list.end(),
                      [&](Prop property) { return static_cast<uint32_t>(property) == number; });
 }
 
-// The value's bytes; nullopt when they can't be read.
-std::optional<std::string> ValueOf(libpff_record_entry_t* entry) {
-  size_t size = 0;
-  if (libpff_record_entry_get_data_size(entry, &size, nullptr) != 1 || size > kMaxValue) {
-    return std::nullopt;
-  }
-  std::string bytes(size, '\0');
-  if (size == 0) return bytes;
-  int result =
-      libpff_record_entry_get_data(entry, reinterpret_cast<uint8_t*>(bytes.data()), size, nullptr);
-  if (result != 1) return std::nullopt;
-  return bytes;
-}
-
-template <typename Visit>
-void ForEachEntry(libpff_record_set_t* set, Visit visit) {
-  int count = 0;
-  if (libpff_record_set_get_number_of_entries(set, &count, nullptr) != 1) return;
-  for (int i = 0; i < count; ++i) {
-    libpff_record_entry_t* raw = nullptr;
-    if (libpff_record_set_get_entry_by_index(set, i, &raw, nullptr) != 1) continue;
-    RecordEntryHandle entry(raw);
-    uint32_t number = 0;
-    uint32_t type = 0;
-    if (libpff_record_entry_get_entry_type(entry.get(), &number, nullptr) != 1) continue;
-    if (libpff_record_entry_get_value_type(entry.get(), &type, nullptr) != 1) continue;
-    visit(entry.get(), number, type);
-  }
-}
-
-// A property that can't be read is left out; the others still count.
-template <size_t N>
-void SendSet(libpff_record_set_t* set, const Prop (&wanted)[N], Answer& answer) {
-  ForEachEntry(set, [&](libpff_record_entry_t* entry, uint32_t number, uint32_t type) {
-    if (number > 0xFFFF || !Contains(wanted, number)) return;
-    if (auto bytes = ValueOf(entry)) {
-      answer.Property(static_cast<uint16_t>(number), static_cast<uint16_t>(type), *bytes);
-    }
-  });
-}
-
-int RowsOf(libpff_item_t* item) {
-  int count = 0;
-  if (libpff_item_get_number_of_record_sets(item, &count, nullptr) != 1) return 0;
-  return std::min(count, kMaxRows);
-}
-
-template <size_t N>
-void SendProperties(const char* what, libpff_item_t* item, const Prop (&wanted)[N],
-                    Answer& answer) {
-  if (RowsOf(item) < 1) throw ReadError(what);
-  auto set = Get<RecordSetHandle>(what, libpff_item_get_record_set_by_index, item, 0);
-  if (set) SendSet(set.get(), wanted, answer);
-}
-
-// The nodes that a table's rows name.
-std::vector<uint32_t> NodesOf(libpff_item_t* table) {
-  std::vector<uint32_t> nodes;
-  int rows = 0;
-  if (libpff_item_get_number_of_record_sets(table, &rows, nullptr) != 1) return nodes;
-  for (int row = 0; row < rows; ++row) {
-    uint32_t node = 0;
-    auto set = Get<RecordSetHandle>("contents", libpff_item_get_record_set_by_index, table, row);
-    if (set) {
-      ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t) {
-        if (number != kRowNode) return;
-        auto bytes = ValueOf(entry);
-        if (bytes && bytes->size() >= 4) node = TakeNumber(*bytes, 0);
-      });
-    }
-    nodes.push_back(node);
-  }
-  return nodes;
-}
-
-std::vector<uint32_t> SubFolders(libpff_item_t* folder) {
-  std::vector<uint32_t> nodes;
-  int count = 0;
-  if (libpff_folder_get_number_of_sub_folders(folder, &count, nullptr) != 1) return nodes;
-  for (int i = 0; i < count; ++i) {
-    libpff_item_t* raw = nullptr;
-    if (libpff_folder_get_sub_folder(folder, i, &raw, nullptr) != 1) continue;
-    ItemHandle sub(raw);
-    uint32_t node = 0;
-    if (libpff_item_get_identifier(sub.get(), &node, nullptr) == 1) nodes.push_back(node);
-  }
-  return nodes;
-}
-
-// What the node tree holds below a folder, for a folder whose table of contents is gone.
-std::vector<uint32_t> MessagesByTree(libpff_item_t* folder) {
-  std::vector<uint32_t> nodes;
-  int count = 0;
-  if (libpff_item_get_number_of_sub_items(folder, &count, nullptr) != 1) return nodes;
-  for (int i = 0; i < count; ++i) {
-    libpff_item_t* raw = nullptr;
-    if (libpff_item_get_sub_item(folder, i, &raw, nullptr) != 1) continue;
-    ItemHandle sub(raw);
-    uint32_t node = 0;
-    if (libpff_item_get_identifier(sub.get(), &node, nullptr) != 1) continue;
-    if ((node & kNodeTypeMask) == kMessageNode) nodes.push_back(node);
-  }
-  return nodes;
-}
-
-bool IsMailClass(const std::string& bytes, uint32_t type) {
+bool IsMailClass(std::string_view bytes, uint32_t type) {
   std::string lower;
   for (size_t i = 0; i < bytes.size(); i += type == PropType::kUnicode ? 2 : 1) {
     char c = bytes[i];
@@ -187,173 +67,11 @@ bool IsMailClass(const std::string& bytes, uint32_t type) {
   return lower.size() == kMail.size() || lower[kMail.size()] == '.' || lower[kMail.size()] == '\0';
 }
 
-}  // namespace
-
-StoreFile::StoreFile(const std::string& path) {
-  libpff_file_t* raw = nullptr;
-  if (libpff_file_initialize(&raw, nullptr) != 1) throw ReadError("store");
-  file_.reset(raw);
-  int access = libpff_get_access_flags_read();
-  if (libpff_file_open(file_.get(), path.c_str(), access, nullptr) != 1) throw ReadError("store");
-}
-
-void StoreFile::DescribeStore(Answer& answer) {
-  auto store = Get<ItemHandle>("store", libpff_file_get_message_store, file_.get());
-  if (store) SendProperties("store", store.get(), kStoreProperties, answer);
-  // Where the store does not say which folder is its top, everything below the root is shown.
-  auto root = Get<ItemHandle>("root folder", libpff_file_get_root_folder, file_.get());
-  uint32_t node = 0;
-  if (root && libpff_item_get_identifier(root.get(), &node, nullptr) == 1) {
-    answer.Nodes(frame::kFolders, {node});
-  }
-}
-
-libpff_item_t* StoreFile::OpenFolder(uint32_t node) {
-  if (folder_ && folderNode_ == node) return folder_.get();
-  embedded_ = {};
-  item_.reset();
-  folder_.reset();
-  folder_ = Get<ItemHandle>("folder", libpff_file_get_item_by_identifier, file_.get(), node);
-  if (!folder_) throw ReadError("folder");
-  folderNode_ = node;
-  return folder_.get();
-}
-
-void StoreFile::DescribeFolder(uint32_t node, Answer& answer) {
-  libpff_item_t* folder = OpenFolder(node);
-  SendProperties("folder", folder, kFolderProperties, answer);
-  answer.Nodes(frame::kFolders, SubFolders(folder));
-  libpff_item_t* raw = nullptr;
-  int result = libpff_folder_get_sub_messages(folder, &raw, nullptr);
-  ItemHandle table(raw);
-  answer.Nodes(frame::kItems, result == 1 && table ? NodesOf(table.get()) : MessagesByTree(folder));
-}
-
-libpff_item_t* StoreFile::OpenItem(uint32_t folder, uint32_t index, uint32_t node) {
-  libpff_item_t* parent = OpenFolder(folder);
-  if (item_ && itemNode_ == node) return item_.get();
-  embedded_ = {};
-  item_.reset();
-  libpff_item_t* raw = nullptr;
-  uint32_t found = 0;
-  if (index <= INT32_MAX &&
-      libpff_folder_get_sub_message(parent, static_cast<int>(index), &raw, nullptr) == 1) {
-    item_.reset(raw);
-  }
-  // A row may name another node than its place says, or the table may be gone.
-  if (!item_ || libpff_item_get_identifier(item_.get(), &found, nullptr) != 1 || found != node) {
-    item_ = Get<ItemHandle>("item", libpff_file_get_item_by_identifier, file_.get(), node);
-  }
-  if (!item_) throw ReadError("item");
-  itemNode_ = node;
-  return item_.get();
-}
-
-void StoreFile::DescribeItem(uint32_t folder, uint32_t index, uint32_t node, Answer& answer) {
-  libpff_item_t* item = OpenItem(folder, index, node);
-  if (RowsOf(item) < 1) throw ReadError("item");
-  auto set = Get<RecordSetHandle>("item", libpff_item_get_record_set_by_index, item, 0);
-  bool isMail = false;
-  ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t type) {
-    if (number != static_cast<uint32_t>(Prop::kMessageClass)) return;
-    auto bytes = ValueOf(entry);
-    if (!bytes) return;
-    isMail = IsMailClass(*bytes, type);
-    answer.Property(static_cast<uint16_t>(number), static_cast<uint16_t>(type), *bytes);
-  });
-  if (isMail) DescribeMessage(item, answer);
-}
-
-void StoreFile::DescribeMessage(libpff_item_t* message, Answer& answer) {
-  SendProperties("item", message, kMessageProperties, answer);
-  libpff_item_t* raw = nullptr;
-  if (libpff_message_get_recipients(message, &raw, nullptr) == 1 && raw != nullptr) {
-    ItemHandle recipients(raw);
-    int rows = RowsOf(recipients.get());
-    for (int row = 0; row < rows; ++row) {
-      libpff_record_set_t* rawSet = nullptr;
-      if (libpff_item_get_record_set_by_index(recipients.get(), row, &rawSet, nullptr) != 1) {
-        continue;
-      }
-      RecordSetHandle set(rawSet);
-      answer.Frame(frame::kRecipientRow, {});
-      SendSet(set.get(), kRecipientProperties, answer);
-    }
-  }
-  int attachments = 0;
-  if (libpff_message_get_number_of_attachments(message, &attachments, nullptr) != 1) return;
-  for (int i = 0; i < std::min(attachments, kMaxRows); ++i) {
-    answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
-    raw = nullptr;
-    if (libpff_message_get_attachment(message, i, &raw, nullptr) != 1) continue;
-    ItemHandle attachment(raw);
-    if (RowsOf(attachment.get()) < 1) continue;
-    libpff_record_set_t* rawSet = nullptr;
-    if (libpff_item_get_record_set_by_index(attachment.get(), 0, &rawSet, nullptr) != 1) continue;
-    RecordSetHandle set(rawSet);
-    SendSet(set.get(), kAttachmentProperties, answer);
-  }
-}
-
-// The message at the end of a path of attachment numbers below item.
-libpff_item_t* StoreFile::OpenEmbedded(libpff_item_t* item, const std::vector<uint32_t>& path) {
-  if (path.empty()) return item;
-  if (path.size() > kMaxEmbedding) throw ReadError("embedded message");
-  if (embedded_.path == path) return embedded_.chain.back().get();
-  embedded_ = {};
-  std::vector<ItemHandle> chain;
-  libpff_item_t* message = item;
-  for (uint32_t number : path) {
-    if (number > INT32_MAX) throw ReadError("attachment");
-    auto attachment = Get<ItemHandle>("attachment", libpff_message_get_attachment, message,
-                                      static_cast<int>(number));
-    if (!attachment) throw ReadError("attachment");
-    int type = 0;
-    if (libpff_attachment_get_type(attachment.get(), &type, nullptr) != 1 ||
-        type != LIBPFF_ATTACHMENT_TYPE_ITEM) {
-      throw ReadError("embedded message");
-    }
-    auto inner = Get<ItemHandle>("embedded message", libpff_attachment_get_item, attachment.get());
-    if (!inner) throw ReadError("embedded message");
-    message = inner.get();
-    chain.push_back(std::move(attachment));
-    chain.push_back(std::move(inner));
-  }
-  embedded_.path = path;
-  embedded_.chain = std::move(chain);
-  return message;
-}
-
-void StoreFile::DescribeEmbedded(uint32_t folder, uint32_t index, uint32_t node,
-                                 const std::vector<uint32_t>& path, Answer& answer) {
-  DescribeMessage(OpenEmbedded(OpenItem(folder, index, node), path), answer);
-}
-
-void StoreFile::SendAttachment(uint32_t folder, uint32_t index, uint32_t node,
-                               const std::vector<uint32_t>& path, Answer& answer) {
-  if (path.empty() || path.back() > INT32_MAX) throw ReadError("attachment");
-  std::vector<uint32_t> above(path.begin(), path.end() - 1);
-  libpff_item_t* message = OpenEmbedded(OpenItem(folder, index, node), above);
-  auto attachment = Get<ItemHandle>("attachment", libpff_message_get_attachment, message,
-                                    static_cast<int>(path.back()));
-  if (!attachment) throw ReadError("attachment");
-  int type = 0;
-  size64_t size = 0;
-  if (libpff_attachment_get_type(attachment.get(), &type, nullptr) != 1 ||
-      type != LIBPFF_ATTACHMENT_TYPE_DATA) {
-    throw ReadError("attachment");
-  }
-  if (libpff_attachment_get_data_size(attachment.get(), &size, nullptr) != 1) {
-    throw ReadError("attachment");
-  }
-  std::string piece(kAttachmentPiece, '\0');
-  while (size > 0) {
-    ssize_t count = libpff_attachment_data_read_buffer(
-        attachment.get(), reinterpret_cast<uint8_t*>(piece.data()),
-        static_cast<size_t>(std::min<size64_t>(size, piece.size())), nullptr);
-    if (count <= 0) throw ReadError("attachment");
-    answer.Frame(frame::kBytes, std::string_view(piece).substr(0, static_cast<size_t>(count)));
-    size -= std::min<size64_t>(size, static_cast<size64_t>(count));
+std::unique_ptr<StoreFile> OpenStore(const std::string& path) {
+  try {
+    return std::make_unique<NodeStore>(path);
+  } catch (const ReadError&) {
+    return std::make_unique<LibraryStore>(path);
   }
 }
 

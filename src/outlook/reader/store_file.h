@@ -1,51 +1,62 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// One open .pst file, read through the store library; answers the requests of pst_protocol.h. The
-// last folder, item and embedded message stay open, since requests come in their order.
+// One open .pst file; answers the requests of pst_protocol.h. Calls throw ReadError with the name
+// of what could not be read; what was answered until then holds.
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "outlook/mapi.h"
 #include "outlook/reader/answer.h"
-#include "outlook/reader/handles.h"
 
 namespace tarnwick::outlook::reader {
 
+struct ReadError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Where an item lies, as a request names it.
+struct ItemPlace {
+  uint32_t folder = 0;
+  uint32_t index = 0;
+  uint32_t node = 0;
+};
+// Attachment numbers that lead from an item down to a message embedded in it, or to an attachment.
+using AttachmentPath = std::vector<uint32_t>;
+
 class StoreFile {
  public:
-  // Throws ReadError when the file is none that can be read.
-  explicit StoreFile(const std::string& path);
+  virtual ~StoreFile() = default;
 
-  void DescribeStore(Answer& answer);
-  void DescribeFolder(uint32_t node, Answer& answer);
-  void DescribeItem(uint32_t folder, uint32_t index, uint32_t node, Answer& answer);
-  void DescribeEmbedded(uint32_t folder, uint32_t index, uint32_t node,
-                        const std::vector<uint32_t>& path, Answer& answer);
-  void SendAttachment(uint32_t folder, uint32_t index, uint32_t node,
-                      const std::vector<uint32_t>& path, Answer& answer);
-
- private:
-  struct Embedded {
-    std::vector<uint32_t> path;
-    // The chain from the item's attachment to the innermost message: each handle needs the ones
-    // before it to stay open.
-    std::vector<ItemHandle> chain;
-  };
-
-  libpff_item_t* OpenFolder(uint32_t node);
-  libpff_item_t* OpenItem(uint32_t folder, uint32_t index, uint32_t node);
-  libpff_item_t* OpenEmbedded(libpff_item_t* item, const std::vector<uint32_t>& path);
-  void DescribeMessage(libpff_item_t* message, Answer& answer);
-
-  FileHandle file_;
-  ItemHandle folder_;
-  uint32_t folderNode_ = 0;
-  ItemHandle item_;
-  uint32_t itemNode_ = 0;
-  Embedded embedded_;
+  virtual void DescribeStore(Answer& answer) = 0;
+  virtual void DescribeFolder(uint32_t node, Answer& answer) = 0;
+  // withAttachments: their bytes too, behind the row of each.
+  virtual void DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) = 0;
+  virtual void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
+                                Answer& answer) = 0;
+  virtual void SendAttachment(const ItemPlace& place, const AttachmentPath& path,
+                              Answer& answer) = 0;
 };
+
+// The file, by whichever of the two ways can read it: ours (node_store.h), which goes straight to
+// what is asked for, and for what that refuses the store library's (library_store.h), which knows
+// more variants but takes time and memory in proportion to the whole store before its first answer.
+std::unique_ptr<StoreFile> OpenStore(const std::string& path);
+
+// What of each kind of object is sent.
+extern const std::vector<Prop> kStoreProperties;
+extern const std::vector<Prop> kFolderProperties;
+extern const std::vector<Prop> kRecipientProperties;
+extern const std::vector<Prop> kAttachmentProperties;
+extern const std::vector<Prop> kMessageProperties;
+bool Contains(const std::vector<Prop>& list, uint32_t number);
+
+// "IPM.Note" or one below it, as bytes of a property of that type.
+bool IsMailClass(std::string_view bytes, uint32_t type);
 
 }  // namespace tarnwick::outlook::reader

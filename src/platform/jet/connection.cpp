@@ -107,6 +107,14 @@ std::string Connection::IntegrityCheck() {
   return found == "ok" ? "" : found;
 }
 
+void Connection::KeepDigest(DigestDefinition definition) {
+  impl_->KeepDigest(std::move(definition));
+}
+
+int64_t Connection::RowsSeen() const {
+  return impl_->Engine().RowsSeen();
+}
+
 void Connection::SetProgressHandler(std::function<bool()> handler) {
   impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
 }

@@ -94,6 +94,8 @@ void Connection::Impl::Close() {
   programs_.Clear();
   statements_.Clear();
   index_.reset();
+  digest_.reset();
+  lastTested_ = {};
   schema_.reset();
   try {
     if (!database_->IsReadOnly()) database_->Run("PRAGMA journal_mode = DELETE");
@@ -131,11 +133,20 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
   if (auto* select = std::get_if<Select>(&parsed)) {
     program->isRead = true;
     program->file = select->file;
-    program->plan = PlanSelect(*select, *schema_, kOtherSchema);
+    program->plan =
+        PlanSelect(*select, *schema_, kOtherSchema, digest_ ? &digest_->Definition() : nullptr);
     program->all.sql = program->plan.all;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
     program->narrowed.sql = program->plan.narrowed;
+    if (const std::optional<DigestPlan>& digest = program->plan.digest) {
+      program->digestReferences.sql = digest->references.value_or(EngineSql());
+      program->digestDetails.sql = digest->details.value_or(EngineSql());
+      program->digestRows.sql = digest->rows.value_or(EngineSql());
+      program->digestRow.sql = digest->row;
+      program->digestOrder.sql = digest->order;
+      program->digestText.sql = digest->text;
+    }
     return program;
   }
   SqlWriter writer(*schema_, kOtherSchema);
@@ -176,8 +187,9 @@ void Connection::Impl::BeforeRewriting(std::string_view table) {
   if (index_ && !table.empty() && index_->IsOf(table)) index_->Reset();
 }
 
-bool Connection::Impl::Narrow(const ReadPlan& plan, const std::vector<Value>& literals) {
-  if (!index_ || plan.searches.empty() || !index_->IsOf(plan.searched)) return false;
+std::optional<std::vector<int64_t>> Connection::Impl::Proposed(const ReadPlan& plan,
+                                                               const std::vector<Value>& literals) {
+  if (!index_ || plan.searches.empty() || !index_->IsOf(plan.searched)) return std::nullopt;
   std::vector<TextIndex::Wanted> wanted;
   for (const SearchTerm& term : plan.searches) {
     std::optional<size_t> column = index_->Find(term.column);
@@ -185,15 +197,15 @@ bool Connection::Impl::Narrow(const ReadPlan& plan, const std::vector<Value>& li
     bool applies = column && text.IsText() && (!term.nought || literals[*term.nought] == Value(0));
     if (applies) wanted.push_back({*column, text.AsText(), term.isPattern});
   }
-  if (wanted.empty()) return false;
-  std::optional<std::vector<int64_t>> keys = index_->Candidates(wanted);
-  if (!keys) return false;
-  index_->Show(*keys);
-  return true;
+  if (wanted.empty()) return std::nullopt;
+  return index_->Candidates(wanted);
 }
 
 PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value>& literals) {
-  if (Narrow(program.plan, literals)) return program.narrowed;
+  if (std::optional<std::vector<int64_t>> keys = Proposed(program.plan, literals)) {
+    index_->Show(*keys);
+    return program.narrowed;
+  }
   return program.plan.keyed ? program.keys : program.all;
 }
 
@@ -258,20 +270,39 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
     ~Drop() { program.write.statement.reset(); }
   } drop{program};
   version_++;
-  Ready(program.write, literals).Run();
-  return Engine().Changes();
+  return RunTold(Ready(program.write, literals));
+}
+
+// The engine tells of each row that is written, but not where it empties a whole table at once.
+int64_t Connection::Impl::RunTold(Statement& statement) {
+  int64_t before = Engine().RowsSeen();
+  statement.Run();
+  int64_t changed = Engine().Changes();
+  if (digest_ && changed > 0 && Engine().RowsSeen() == before) digest_->Forget();
+  return changed;
+}
+
+void Connection::Impl::KeepDigest(DigestDefinition definition) {
+  Database& engine = Engine();
+  programs_.Clear();
+  digest_ = std::make_unique<Digest>(*this, std::move(definition));
+  engine.SetWriteHooks({[this](std::string_view table, int64_t key) {
+                          if (digest_) digest_->RowChanged(table, key);
+                        },
+                        [this] {
+                          if (digest_) digest_->Forget();
+                        }});
 }
 
 int64_t Connection::Impl::RunWrite(Statement& statement) {
   BeforeWrite();
   version_++;
   try {
-    statement.Run();
+    return RunTold(statement);
   } catch (const Error& error) {
     AfterFailure(error);
     throw;
   }
-  return database_->Changes();
 }
 
 bool Connection::Impl::StepRead(Statement& statement) {

@@ -14,6 +14,7 @@
 #include "platform/error.h"
 #include "platform/jet/catalog.h"
 #include "platform/jet/connection.h"
+#include "platform/jet/digest.h"
 #include "platform/jet/engine.h"
 #include "platform/jet/read_plan.h"
 #include "platform/jet/text_cache.h"
@@ -46,6 +47,23 @@ struct Program {
   PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
+  // plan.digest
+  PreparedSql digestReferences;
+  PreparedSql digestDetails;
+  PreparedSql digestRows;
+  PreparedSql digestRow;
+  PreparedSql digestOrder;
+  PreparedSql digestText;
+};
+
+// Which rows a condition was tested on, and on which it holds, both by key; kept because the list
+// and its counts ask the same one after the other.
+struct TestedRows {
+  std::string condition;  // with its literals
+  uint64_t version = 0;
+  bool all = false;
+  std::vector<bool> tested;
+  std::vector<bool> hold;
 };
 
 // Told when the connection closes.
@@ -75,6 +93,9 @@ class Connection::Impl {
   Statement& Ready(PreparedSql& prepared, const std::vector<Value>& literals);
   // What reads the rows of a program: all or keys, narrowed by the text index where that helps.
   PreparedSql& Reading(Program& program, const std::vector<Value>& literals);
+  // The keys of all rows of plan.searched on which its searches can hold, and few others.
+  std::optional<std::vector<int64_t>> Proposed(const ReadPlan& plan,
+                                               const std::vector<Value>& literals);
   // Fills in what the columns of a reading program are.
   const std::vector<FieldInfo>& Fields(Program& program);
   // A statement of the database's own making, in engine SQL.
@@ -97,6 +118,9 @@ class Connection::Impl {
   // Before rows of a table get keys that are not the engine's choice, or all of them go.
   void BeforeRewriting(std::string_view table);
   void AfterFailure(const Error& error);
+  void KeepDigest(DigestDefinition definition);
+  Digest* GetDigest() { return digest_.get(); }  // nullptr: none is kept
+  TestedRows& LastTested() { return lastTested_; }
 
   Database& Engine();  // throws Error 3704 while closed
   // Counts up with everything written; what was read under another number may be out of date.
@@ -130,11 +154,13 @@ class Connection::Impl {
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
-  bool Narrow(const ReadPlan& plan, const std::vector<Value>& literals);
+  int64_t RunTold(Statement& statement);
   void Commit();
 
   std::unique_ptr<Database> database_;
   std::unique_ptr<Catalog> schema_;
+  std::unique_ptr<Digest> digest_;
+  TestedRows lastTested_;
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;

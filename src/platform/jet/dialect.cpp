@@ -130,7 +130,10 @@ class Lifter {
     } else if (c == '[') {
       size_t end = sql_.find(']', position_);
       if (end == std::string_view::npos) RefuseSql("unended [name]");
-      Add(Token::Kind::kBracketed, sql_.substr(position_ + 1, end - position_ - 1));
+      std::string_view name = sql_.substr(position_ + 1, end - position_ - 1);
+      // The engine would take it for the end of the statement.
+      if (name.find('\0') != std::string_view::npos) RefuseSql("a zero byte in a [name]");
+      Add(Token::Kind::kBracketed, name);
       position_ = end + 1;
     } else {
       Symbol();

@@ -23,7 +23,7 @@
 //                select), [NOT] BETWEEN value AND value, IS [NOT] NULL
 //   value      = literal, name, table.name, + - * /, & (texts side by side, Null as nothing),
 //                Count Sum Avg Min Max, Format or Format$ (a date, a pattern), InStr(text, part),
-//                Len, Date(), Now()
+//                Len, DateValue (a date's day, at midnight), Date(), Now()
 //   literal    = 'text' or "text" with the quotation mark doubled inside, #mm/dd/yyyy [hh:mm[:ss]]#
 //                or #yyyy-mm-dd ...#, a number, NULL, TRUE (-1), FALSE (0)
 //   name       = letters, digits, _ and $; or any characters in [brackets]

@@ -17,15 +17,16 @@ struct FunctionRule {
   size_t arguments;
   bool aggregate;
 };
-constexpr std::array<FunctionRule, 9> kFunctions = {{{"count", 1, true},
-                                                     {"sum", 1, true},
-                                                     {"avg", 1, true},
-                                                     {"min", 1, true},
-                                                     {"max", 1, true},
-                                                     {"format", 2, false},
-                                                     {"format$", 2, false},
-                                                     {"instr", 2, false},
-                                                     {"len", 1, false}}};
+constexpr std::array<FunctionRule, 10> kFunctions = {{{"count", 1, true},
+                                                      {"sum", 1, true},
+                                                      {"avg", 1, true},
+                                                      {"min", 1, true},
+                                                      {"max", 1, true},
+                                                      {"format", 2, false},
+                                                      {"format$", 2, false},
+                                                      {"instr", 2, false},
+                                                      {"len", 1, false},
+                                                      {"datevalue", 1, false}}};
 
 const FunctionRule* FindFunction(std::string_view name) {
   for (const FunctionRule& rule : kFunctions) {

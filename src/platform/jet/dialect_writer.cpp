@@ -358,6 +358,16 @@ void SqlWriter::In(const Expression& in) {
 }
 
 void SqlWriter::Call(const Expression& call) {
+  if (call.text == "datevalue") {
+    // Seconds, down to midnight; the engine's remainder is negative for dates before 1970.
+    const Expression& date = call.operands[0];
+    Text("(");
+    Value(date);
+    Text(" - (");
+    Value(date);
+    Text(" % 86400 + 86400) % 86400)");
+    return;
+  }
   Text(EngineFunction(call.text));
   // How many there are does not depend on what they are.
   if (call.text == "count" && call.operands[0].kind == Kind::kColumn) {

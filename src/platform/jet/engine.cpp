@@ -96,14 +96,14 @@ void Statement::BindBytes(int index, std::string_view bytes) {
 void Statement::BindValue(int index, const Value& value) {
   std::visit(
       [&](const auto& data) {
-        using Type = std::decay_t<decltype(data)>;
-        if constexpr (std::is_same_v<Type, std::monostate>) {
+        using Data = std::decay_t<decltype(data)>;
+        if constexpr (std::is_same_v<Data, std::monostate>) {
           BindNull(index);
-        } else if constexpr (std::is_same_v<Type, std::string>) {
+        } else if constexpr (std::is_same_v<Data, std::string>) {
           BindText(index, data);
-        } else if constexpr (std::is_same_v<Type, DateTime>) {
+        } else if constexpr (std::is_same_v<Data, DateTime>) {
           Bind(index, data.Seconds());
-        } else if constexpr (std::is_same_v<Type, Bytes>) {
+        } else if constexpr (std::is_same_v<Data, Bytes>) {
           BindBytes(index, data.data);
         } else {
           Bind(index, data);
@@ -133,6 +133,7 @@ void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::
 }
 
 bool Statement::Step() {
+  database_->stepsRun_++;
   int code = sqlite3_step(handle_);
   if (code == SQLITE_ROW) return true;
   if (code != SQLITE_DONE) {
@@ -175,8 +176,10 @@ std::string Statement::OriginColumn(int column) const {
   return name != nullptr ? name : "";
 }
 
-bool Statement::IsNull(int column) const {
-  return sqlite3_column_type(handle_, column) == SQLITE_NULL;
+Statement::Type Statement::TypeOf(int column) const {
+  static_assert(SQLITE_INTEGER == 1 && SQLITE_FLOAT == 2 && SQLITE_TEXT == 3 && SQLITE_BLOB == 4 &&
+                SQLITE_NULL == 5);
+  return static_cast<Type>(sqlite3_column_type(handle_, column));
 }
 
 int64_t Statement::Int(int column) const {
@@ -244,6 +247,7 @@ Database::Database(const std::string& path, const std::string& password, Mode mo
     code = sqlite3_key(handle_, password.data(), LengthOf(password));
     if (code != SQLITE_OK) Fail(code);
     RegisterFunctions(handle_);
+    HearOfWrites();
   } catch (...) {
     sqlite3_close_v2(handle_);
     throw;
@@ -325,6 +329,33 @@ void Database::Watch(bool on) {
         }
       },
       this);
+}
+
+void Database::HearOfWrites() {
+  sqlite3_update_hook(
+      handle_,
+      [](void* self, int, const char* schema, const char* table, sqlite3_int64 key) {
+        static_cast<Database*>(self)->RowWritten(schema, table, key);
+      },
+      this);
+  sqlite3_rollback_hook(
+      handle_,
+      [](void* self) {
+        const WriteHooks& hooks = static_cast<Database*>(self)->writeHooks_;
+        if (hooks.rollback) hooks.rollback();
+      },
+      this);
+}
+
+void Database::RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept {
+  rowsSeen_++;
+  if (!writeHooks_.row || schema != "main") return;
+  // An exception must not pass through the engine; a rollback says that all may be otherwise.
+  try {
+    writeHooks_.row(table, key);
+  } catch (...) {
+    writeHooks_.rollback();
+  }
 }
 
 void Database::Fail(int code) const {

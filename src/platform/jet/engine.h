@@ -60,7 +60,9 @@ class Statement {
   std::string OriginTable(int column) const;
   std::string OriginColumn(int column) const;
 
-  bool IsNull(int column) const;
+  enum class Type : char { kInteger = 1, kReal, kText, kBytes, kNull };
+  Type TypeOf(int column) const;
+  bool IsNull(int column) const { return TypeOf(column) == Type::kNull; }
   int64_t Int(int column) const;
   std::string_view Text(int column) const;
   std::string_view Stored(int column) const;  // the bytes as they lie in the file
@@ -125,16 +127,35 @@ class Database {
    private:
     Database& database_;
   };
+  // Rows written one by one; grows while a statement runs.
+  int64_t RowsSeen() const { return rowsSeen_; }
+
+  // How many rows statements have given, and how many have ended: the work done so far.
+  int64_t StepsRun() const { return stepsRun_; }
+
+  // Called for each row of main that a statement writes, and after something was rolled back. Where
+  // a statement empties a whole table, no row of it is told of.
+  struct WriteHooks {
+    std::function<void(std::string_view table, int64_t key)> row;
+    std::function<void()> rollback;
+  };
+  void SetWriteHooks(WriteHooks hooks) { writeHooks_ = std::move(hooks); }
 
   [[noreturn]] void Fail(int code) const;
   sqlite3* Handle() const { return handle_; }
 
  private:
   void Watch(bool on);
+  void HearOfWrites();
+  void RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept;
 
   sqlite3* handle_ = nullptr;
   std::function<bool()> progress_;
   int progressSteps_ = 0;
+  int64_t rowsSeen_ = 0;
+  WriteHooks writeHooks_;
+  int64_t stepsRun_ = 0;
+  friend class Statement;
 };
 
 }  // namespace tarnwick::jet

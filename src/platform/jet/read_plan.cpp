@@ -6,16 +6,13 @@
 #include <set>
 #include <vector>
 
+#include "platform/jet/select_shape.h"
+
 namespace tarnwick::jet {
 
 namespace {
 
 using Kind = Expression::Kind;
-
-// Places of tables in the FROM clause: 0 the base, i + 1 the i-th join. kUnknown is a column that
-// can't be placed.
-using Places = std::set<size_t>;
-constexpr size_t kUnknown = static_cast<size_t>(-1);
 
 bool HasAggregate(const Expression& expression) {
   if (expression.kind == Kind::kCall && IsAggregate(expression.text)) return true;
@@ -24,15 +21,13 @@ bool HasAggregate(const Expression& expression) {
 
 class Planner {
  public:
-  Planner(Select& select, Catalog& schema) : select_(select), schema_(schema) {
-    Add(select.table, schema);
-    for (const Join& join : select.joins) Add(join.table, schema);
-    NarrowJoins();
-  }
+  explicit Planner(const SelectShape& shape)
+      : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()) {}
 
   bool CanBeKeyed() {
     if (select_.file || !select_.groupBy.empty() || select_.having) return false;
-    if (std::any_of(tables_.begin(), tables_.end(), [](const Source& s) { return !s.view; })) {
+    if (std::any_of(tables_.begin(), tables_.end(),
+                    [](const SelectShape::Source& s) { return !s.view; })) {
       return false;
     }
     for (const SelectItem& item : select_.items) {
@@ -43,10 +38,10 @@ class Planner {
       if (select_.joins[i].kind == Join::Kind::kCross) return false;
       onKey_.push_back(JoinsByKey(i));
     }
-    for (const OrderItem& item : select_.orderBy) Collect(item.value, orderPlaces_);
-    if (select_.where) Collect(*select_.where, wherePlaces_);
-    for (const Places* places : {&itemPlaces_, &orderPlaces_, &wherePlaces_}) {
-      if (places->contains(kUnknown)) return false;
+    for (const OrderItem& item : select_.orderBy) shape_.Collect(item.value, orderPlaces_);
+    if (select_.where) shape_.Collect(*select_.where, wherePlaces_);
+    for (const SelectShape::Places* places : {&itemPlaces_, &orderPlaces_, &wherePlaces_}) {
+      if (places->contains(SelectShape::kUnknown)) return false;
     }
     return OneRowPerKey();
   }
@@ -62,18 +57,29 @@ class Planner {
   }
 
   // The whole statement, narrowed.
-  void WriteNarrowed(ReadPlan& plan) const {
+  void WriteNarrowed(ReadPlan& plan, Catalog& schema) const {
     if (plan.searches.empty()) return;
     if (plan.keyed) {
       ReadPlan scratch;
       WriteKeys(scratch, true);
       plan.narrowed = std::move(scratch.keys);
     } else {
-      SqlWriter writer(schema_);
+      SqlWriter writer(schema);
       writer.Narrow(narrow_);
       writer.Write(select_);
       plan.narrowed = writer.Take();
     }
+  }
+
+  // The select does nothing but count the rows of its base table.
+  bool CountsRows() const {
+    if (select_.items.size() != 1 || select_.items.front().star || select_.distinct ||
+        select_.top || !select_.orderBy.empty()) {
+      return false;
+    }
+    const Expression& item = select_.items.front().value;
+    return item.kind == Kind::kCall && item.text == "count" && item.operands.size() == 1 &&
+           (item.operands[0].kind == Kind::kStar || shape_.IsKeyOf(0, item.operands[0]));
   }
 
   ReadPlan Keyed() const {
@@ -89,88 +95,13 @@ class Planner {
   }
 
  private:
-  struct Source {
-    std::string shown;
-    const TableView* view;
-  };
-
-  void Add(const TableName& table, Catalog& schema) {
-    tables_.push_back({table.Shown(), schema.Find(table.name)});
-  }
-
-  size_t PlaceOf(const Expression& column) const {
-    size_t found = kUnknown;
-    for (size_t i = 0; i < tables_.size(); i++) {
-      bool here = column.table.empty()
-                      ? tables_[i].view != nullptr && tables_[i].view->Has(column.text)
-                      : SameWord(tables_[i].shown, column.table);
-      if (!here) continue;
-      if (found != kUnknown) return kUnknown;
-      found = i;
-    }
-    return found;
-  }
-
-  // A select inside stands for itself: its names are not looked for out here.
-  void Collect(const Expression& expression, Places& places) const {
-    if (expression.kind == Kind::kColumn) places.insert(PlaceOf(expression));
-    for (const Expression& operand : expression.operands) Collect(operand, places);
-  }
-
   void ItemPlaces(const SelectItem& item) {
-    if (!item.star) return Collect(item.value, itemPlaces_);
+    if (!item.star) return shape_.Collect(item.value, itemPlaces_);
     for (size_t i = 0; i < tables_.size(); i++) {
       if (item.starTable.empty() || SameWord(tables_[i].shown, item.starTable)) {
         itemPlaces_.insert(i);
       }
     }
-  }
-
-  // A left join whose empty rows the condition throws out is an inner one, and the engine may begin
-  // with its table.
-  void NarrowJoins() {
-    if (!select_.where) return;
-    for (size_t i = 0; i < select_.joins.size(); i++) {
-      Join& join = select_.joins[i];
-      if (join.kind == Join::Kind::kLeft && ThrowsOutNull(*select_.where, i + 1)) {
-        join.kind = Join::Kind::kInner;
-      }
-    }
-  }
-
-  // True when the condition can't hold where every column of the table is Null.
-  bool ThrowsOutNull(const Expression& condition, size_t place) const {
-    switch (condition.kind) {
-      case Kind::kChain:
-        return condition.text == "AND" &&
-               std::any_of(condition.operands.begin(), condition.operands.end(),
-                           [&](const Expression& part) { return ThrowsOutNull(part, place); });
-      case Kind::kCompare:
-        return IsNullWithout(condition.operands[0], place) ||
-               IsNullWithout(condition.operands[1], place);
-      case Kind::kLike:
-      case Kind::kBetween:
-        return IsNullWithout(condition.operands[0], place);
-      default:
-        return false;
-    }
-  }
-
-  // True when the value is Null where every column of the table is.
-  bool IsNullWithout(const Expression& value, size_t place) const {
-    if (value.kind == Kind::kColumn) return PlaceOf(value) == place;
-    bool strict = value.kind == Kind::kMinus ||
-                  (value.kind == Kind::kCall && (value.text == "instr" || value.text == "len")) ||
-                  (value.kind == Kind::kChain && value.text != "&" && value.text != "AND" &&
-                   value.text != "OR");
-    return strict &&
-           std::any_of(value.operands.begin(), value.operands.end(),
-                       [&](const Expression& part) { return IsNullWithout(part, place); });
-  }
-
-  bool IsKeyOf(size_t place, const Expression& column) const {
-    return column.kind == Kind::kColumn && PlaceOf(column) == place &&
-           !tables_[place].view->key.empty() && SameWord(tables_[place].view->key, column.text);
   }
 
   // ON its key = a column of a table further left.
@@ -180,7 +111,8 @@ class Planner {
     for (size_t side = 0; side < 2; side++) {
       const Expression& key = on.operands[side];
       const Expression& other = on.operands[1 - side];
-      if (IsKeyOf(join + 1, key) && other.kind == Kind::kColumn && PlaceOf(other) <= join) {
+      if (shape_.IsKeyOf(join + 1, key) && other.kind == Kind::kColumn &&
+          shape_.PlaceOf(other) <= join) {
         return true;
       }
     }
@@ -190,7 +122,7 @@ class Planner {
   bool ShowsKey() const {
     return std::any_of(select_.items.begin(), select_.items.end(), [&](const SelectItem& item) {
       if (item.star) return item.starTable.empty() || SameWord(item.starTable, tables_[0].shown);
-      return IsKeyOf(0, item.value);
+      return shape_.IsKeyOf(0, item.value);
     });
   }
 
@@ -206,20 +138,15 @@ class Planner {
 
   // The joins that the places need, with those that their conditions need in turn. An inner join
   // is a condition of its own.
-  std::set<size_t> NeededJoins(Places needed, bool asCondition) const {
+  std::set<size_t> NeededJoins(SelectShape::Places needed, bool asCondition) const {
     std::set<size_t> joins;
     for (size_t i = select_.joins.size(); i-- > 0;) {
       bool inner = asCondition && select_.joins[i].kind == Join::Kind::kInner;
       if (!inner && !needed.contains(i + 1)) continue;
       joins.insert(i);
-      Collect(*select_.joins[i].on, needed);
+      shape_.Collect(*select_.joins[i].on, needed);
     }
     return joins;
-  }
-
-  void KeyColumn(SqlWriter& writer) const {
-    writer.Name(tables_[0].shown);
-    writer.Text("._rowid_");
   }
 
   void From(SqlWriter& writer, const std::set<size_t>& joins) const {
@@ -232,7 +159,7 @@ class Planner {
   bool SortsByText() const {
     if (select_.orderBy.size() != 1) return false;
     const Expression& value = select_.orderBy.front().value;
-    return value.kind == Kind::kColumn && tables_[PlaceOf(value)].view->IsText(value.text);
+    return value.kind == Kind::kColumn && tables_[shape_.PlaceOf(value)].view->IsText(value.text);
   }
 
   void FindTerms(const Expression& condition, ReadPlan& plan, std::optional<size_t>& place) const {
@@ -256,8 +183,8 @@ class Planner {
     const Expression& text = search->operands[0];
     const Expression& wanted = search->operands[1];
     if (text.kind != Kind::kColumn || wanted.kind != Kind::kLiteral) return;
-    size_t here = PlaceOf(text);
-    if (here == kUnknown || (place && *place != here)) return;
+    size_t here = shape_.PlaceOf(text);
+    if (here == SelectShape::kUnknown || (place && *place != here)) return;
     place = here;
     term.column = text.text;
     term.literal = wanted.literal;
@@ -265,16 +192,15 @@ class Planner {
   }
 
   void WriteKeys(ReadPlan& plan, bool narrowed) const {
-    Places places = wherePlaces_;
+    SelectShape::Places places = wherePlaces_;
     places.insert(orderPlaces_.begin(), orderPlaces_.end());
     std::set<size_t> joins = NeededJoins(std::move(places), true);
     plan.repeatsKeys =
         std::any_of(joins.begin(), joins.end(), [&](size_t i) { return !onKey_[i]; });
-    SqlWriter writer(schema_);
-    writer.Enter(select_);
+    SqlWriter writer = shape_.Writer();
     if (narrowed) writer.Narrow(narrow_);
     writer.Text("SELECT ");
-    KeyColumn(writer);
+    shape_.WriteKey(writer, 0);
     if (SortsByText()) {
       const OrderItem& item = select_.orderBy.front();
       plan.sortText =
@@ -294,47 +220,53 @@ class Planner {
       writer.Text(item.descending ? " DESC, " : ", ");
     }
     // Rows that tie keep one order, that of their keys, so that the list never shuffles.
-    KeyColumn(writer);
+    shape_.WriteKey(writer, 0);
     if (!select_.orderBy.empty() && select_.orderBy.back().descending) writer.Text(" DESC");
     plan.keys = writer.Take();
   }
 
   void WriteRow(ReadPlan& plan) const {
-    SqlWriter writer(schema_);
-    writer.Enter(select_);
+    SqlWriter writer = shape_.Writer();
     writer.Text("SELECT ");
     writer.Items(select_.items);
     From(writer, NeededJoins(itemPlaces_, false));
     writer.Text(" WHERE ");
-    KeyColumn(writer);
+    shape_.WriteKey(writer, 0);
     writer.Text(" = ?" + std::to_string(kKeyParameter));
     plan.row = writer.Take();
   }
 
-  Select& select_;
-  Catalog& schema_;
-  std::vector<Source> tables_;
+  const SelectShape& shape_;
+  const Select& select_;
+  const std::vector<SelectShape::Source>& tables_;
   std::vector<bool> onKey_;  // of each join: whether it adds at most one row
-  Places itemPlaces_;
-  Places orderPlaces_;
-  Places wherePlaces_;
+  SelectShape::Places itemPlaces_;
+  SelectShape::Places orderPlaces_;
+  SelectShape::Places wherePlaces_;
   mutable std::string narrow_;
 };
 
 }  // namespace
 
-ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema) {
-  Planner planner(select, schema);
+ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema,
+                    const DigestDefinition* digest) {
+  SelectShape shape(select, schema);
+  Planner planner(shape);
   ReadPlan plan;
   if (planner.CanBeKeyed()) {
     plan = planner.Keyed();
+    if (digest != nullptr && !plan.wholeTable) plan.digest = PlanFromDigest(shape, *digest);
   } else {
+    if (digest != nullptr && planner.CountsRows()) {
+      plan.digest = PlanFromDigest(shape, *digest);
+      if (plan.digest) plan.digest->counts = true;
+    }
     SqlWriter writer(schema, otherSchema);
     writer.Write(select);
     plan.all = writer.Take();
   }
   planner.FindSearches(plan);
-  planner.WriteNarrowed(plan);
+  planner.WriteNarrowed(plan, schema);
   return plan;
 }
 

@@ -8,6 +8,10 @@
 // leftmost) each of whose rows stands for at most one row of the result: the other tables are
 // joined by their keys, or are joined in any way under a DISTINCT that covers the base's key and
 // nothing of theirs. Any other query is read whole.
+//
+// Where the base table has a digest (digest.h), and each part of the condition asks one table only,
+// the keys come from there, and so does the result of a query that counts the rows. The statements
+// stay for what turns out unfit.
 #pragma once
 
 #include <optional>
@@ -16,6 +20,7 @@
 #include <vector>
 
 #include "platform/jet/catalog.h"
+#include "platform/jet/connection.h"
 #include "platform/jet/dialect_tree.h"
 #include "platform/jet/dialect_writer.h"
 
@@ -27,6 +32,41 @@ struct SearchTerm {
   size_t literal = 0;  // what is looked for, where that is a text
   bool isPattern = false;
   std::optional<size_t> nought;  // a literal that has to be 0 for the term to be one
+};
+
+// What a query asks of the digest. Numbers are those of literals.
+struct DigestPlan {
+  struct Span {
+    size_t from;
+    size_t to;
+  };
+  struct KindTest {
+    size_t kind;  // a place in the definition's kinds
+    std::string op;
+    size_t literal;
+  };
+  std::vector<Span> spans;
+  std::vector<KindTest> kindTests;
+  // The keys of those referenced rows, of the owners of those details (once for each), and of those
+  // rows themselves on which the rest of the condition holds.
+  std::optional<EngineSql> references;
+  std::optional<EngineSql> details;
+  std::optional<EngineSql> rows;
+  EngineSql row;  // a row when it holds on the one of kKeyParameter
+  // Looking at a row by itself costs little more than in a pass over all.
+  bool rowsAreLong = false;
+
+  enum class Order { kKey, kDate, kKind, kReference, kText };
+  Order orderBy = Order::kKey;
+  bool descending = false;
+  size_t orderKind = 0;  // kKind
+  // kReference: keys and texts of the referenced rows by their texts. kText: keys of the rows by
+  // their texts.
+  EngineSql order;
+  EngineSql text;  // kText: of the row of kKeyParameter
+
+  bool counts = false;
+  bool countsDetails = false;  // a row counts once for each detail, at least once
 };
 
 struct ReadPlan {
@@ -47,10 +87,17 @@ struct ReadPlan {
   std::string base;
   // The rows are those of the base table, all of them, in the order of their keys.
   bool wholeTable = false;
+  std::optional<DigestPlan> digest;
 };
 
-// Changes the select only in ways that leave its result the same.
-ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema);
+// Changes the select only in ways that leave its result the same. digest: nullptr when none is
+// kept.
+ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema,
+                    const DigestDefinition* digest);
+
+// nullopt where the digest is of no use to the select.
+class SelectShape;
+std::optional<DigestPlan> PlanFromDigest(const SelectShape& shape, const DigestDefinition& digest);
 
 // A table opened as such.
 Select WholeTable(std::string_view table);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/jet/digest_reader.h"
 #include "platform/jet/functions.h"
 #include "platform/jet/text_sort.h"
 
@@ -78,7 +79,7 @@ void Recordset::Impl::ConnectionCloses() {
   connection_ = nullptr;
   program_.reset();
   literals_.clear();
-  keys_ = {};
+  keys_.Clear();
   rows_ = {};
   wide_ = {};
   narrow_ = {};
@@ -89,7 +90,7 @@ void Recordset::Impl::ConnectionCloses() {
 void Recordset::Impl::Requery() {
   CancelUpdate();
   fetched_ = false;
-  keys_.clear();
+  keys_.Clear();
   rows_.clear();
   firstKey_.reset();
   place_ = Place::kFirst;
@@ -102,6 +103,7 @@ void Recordset::Impl::Requery() {
 }
 
 void Recordset::Impl::ReadAll() {
+  if (CountFromDigest()) return;
   std::optional<Connection::Impl::OtherFile> other;
   if (program_->file) other.emplace(*connection_, literals_[*program_->file].AsText(), false);
   struct Drop {
@@ -126,43 +128,63 @@ void Recordset::Impl::FetchKeys() {
   if (fetched_) return;
   int64_t most = -1;
   if (program_->plan.top) most = literals_[*program_->plan.top].AsInt();
-  keys_.clear();
-  if (program_->plan.sortText != ReadPlan::SortText::kNone) {
-    keys_ = KeysByText();
-    if (program_->plan.repeatsKeys) {
-      keys_.erase(std::unique(keys_.begin(), keys_.end()), keys_.end());
+  keys_.Clear();
+  if (FetchFromDigest()) {
+    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
+  } else if (program_->plan.sortText != ReadPlan::SortText::kNone) {
+    FetchByText();
+    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
+  } else {
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+    StatementUse use(keys);
+    while (static_cast<int64_t>(keys_.Size()) != most && connection_->StepRead(keys)) {
+      AddKey(keys.Int(0));
     }
-    if (most >= 0 && static_cast<size_t>(most) < keys_.size())
-      keys_.resize(static_cast<size_t>(most));
-    fetched_ = true;
-    return;
-  }
-  Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
-  StatementUse use(keys);
-  while (static_cast<int64_t>(keys_.size()) != most && connection_->StepRead(keys)) {
-    int64_t key = keys.Int(0);
-    // The key is the last thing that is sorted by, so equal ones are neighbours.
-    bool again = program_->plan.repeatsKeys && !keys_.empty() && keys_.back() == key;
-    if (!again) keys_.push_back(key);
   }
   fetched_ = true;
 }
 
-std::vector<int64_t> Recordset::Impl::KeysByText() {
+// The key is the last thing that is sorted by, so equal ones are neighbours.
+void Recordset::Impl::AddKey(int64_t key) {
+  bool again = program_->plan.repeatsKeys && !keys_.IsEmpty() && keys_.Back() == key;
+  if (!again) keys_.Add(key);
+}
+
+bool Recordset::Impl::FetchFromDigest() {
+  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
+  std::optional<std::vector<uint32_t>> keys =
+      DigestReader(*connection_, *program_, literals_).Keys();
+  if (keys) keys_.Assign(std::move(*keys));
+  return keys.has_value();
+}
+
+bool Recordset::Impl::CountFromDigest() {
+  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
+  std::optional<int64_t> count = DigestReader(*connection_, *program_, literals_).Count();
+  if (!count) return false;
+  rows_.push_back({Value(*count)});
+  fetched_ = true;
+  return true;
+}
+
+void Recordset::Impl::FetchByText() {
   TextSorter sorter;
-  Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
-  StatementUse use(keys);
-  while (connection_->StepRead(keys)) {
-    std::optional<std::string_view> text;
-    if (!keys.IsNull(1)) text = keys.Text(1);
-    sorter.Add(keys.Int(0), text);
+  {
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+    StatementUse use(keys);
+    while (connection_->StepRead(keys)) {
+      std::optional<std::string_view> text;
+      if (!keys.IsNull(1)) text = keys.Text(1);
+      sorter.Add(keys.Int(0), text);
+    }
   }
-  return sorter.Sorted(program_->plan.sortText == ReadPlan::SortText::kDescending);
+  bool descending = program_->plan.sortText == ReadPlan::SortText::kDescending;
+  for (int64_t key : sorter.Sorted(descending)) AddKey(key);
 }
 
 std::optional<int64_t> Recordset::Impl::FirstKey() {
   if (!program_->plan.wholeTable) FetchKeys();
-  if (fetched_) return keys_.empty() ? std::nullopt : std::optional<int64_t>(keys_.front());
+  if (fetched_) return keys_.IsEmpty() ? std::nullopt : std::optional<int64_t>(keys_[0]);
   if (!firstKey_) {
     std::shared_ptr<Statement> first =
         connection_->Own("SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) +
@@ -181,7 +203,7 @@ bool Recordset::Impl::IsEmpty() {
 
 size_t Recordset::Impl::RowCount() {
   if (IsKeyed()) FetchKeys();
-  return IsKeyed() ? keys_.size() : rows_.size();
+  return IsKeyed() ? keys_.Size() : rows_.size();
 }
 
 int64_t Recordset::Impl::Count() {
@@ -202,16 +224,10 @@ int64_t Recordset::Impl::Index() {
     case Place::kKey:
       break;
   }
-  auto found = keys_.end();
-  if (program_->plan.wholeTable) found = std::lower_bound(keys_.begin(), keys_.end(), key_);
-  if (found == keys_.end() || *found != key_) found = std::find(keys_.begin(), keys_.end(), key_);
-  if (found == keys_.end()) {
-    // A row that came after the keys were fetched stands behind them.
-    keys_.push_back(key_);
-    found = keys_.end() - 1;
-  }
+  index_ = keys_.Find(key_, program_->plan.wholeTable);
+  // A row that came after the keys were fetched stands behind them.
+  if (index_ == keys_.Size()) keys_.Add(key_);
   place_ = Place::kIndex;
-  index_ = static_cast<size_t>(found - keys_.begin());
   return static_cast<int64_t>(index_);
 }
 
@@ -307,7 +323,7 @@ void Recordset::Impl::FindInTable(const FindCriteria& criteria, ColumnKind kind)
   std::optional<int64_t> from;
   if (place_ == Place::kKey) from = key_;
   if (place_ == Place::kIndex) {
-    if (index_ >= keys_.size()) {
+    if (index_ >= keys_.Size()) {
       place_ = Place::kEnd;
       return;
     }
@@ -513,7 +529,7 @@ void Recordset::Impl::InsertRow() {
   firstKey_.reset();
   place_ = Place::kKey;
   seenVersion_ = connection_->Version();
-  if (fetched_) keys_.push_back(key_);
+  if (fetched_) keys_.Add(key_);
 }
 
 void Recordset::Impl::ChangeRow() {
@@ -553,7 +569,7 @@ void Recordset::Impl::Delete() {
       "DELETE FROM main." + QuotedName(program_->plan.base) + " WHERE _rowid_ = ?1");
   statement->Bind(1, *key);
   connection_->RunWrite(*statement);
-  keys_.erase(keys_.begin() + index);
+  keys_.Erase(static_cast<size_t>(index));
   place_ = Place::kIndex;
   index_ = static_cast<size_t>(index);
   deleted_ = true;

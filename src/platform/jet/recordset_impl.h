@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/jet/connection_impl.h"
+#include "platform/jet/key_list.h"
 #include "platform/jet/recordset.h"
 
 namespace tarnwick::jet {
@@ -82,7 +83,10 @@ class Recordset::Impl final : public ConnectionUser {
 
   void ReadAll();
   void FetchKeys();
-  std::vector<int64_t> KeysByText();
+  void AddKey(int64_t key);
+  bool FetchFromDigest();
+  bool CountFromDigest();
+  void FetchByText();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();
@@ -108,7 +112,7 @@ class Recordset::Impl final : public ConnectionUser {
   LockType lock_ = LockType::kReadOnly;
 
   bool fetched_ = false;
-  std::vector<int64_t> keys_;                       // keyed
+  KeyList keys_;                                    // keyed
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched
 

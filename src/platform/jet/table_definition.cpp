@@ -2,7 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/jet/table_definition.h"
 
+#include <set>
+
 #include "platform/files.h"
+#include "platform/jet/connection_impl.h"
 #include "platform/jet/engine.h"
 #include "platform/jet/functions.h"
 #include "platform/jet/text_order.h"
@@ -93,6 +96,37 @@ void CreateDatabaseFile(const std::string& path, const std::string& password,
   // A log that a crash left beside an older file of the name is none of this one's.
   for (const char* log : {"-wal", "-journal"}) platform::RemoveFile(path + log);
   platform::RenameFile(making, path);
+}
+
+void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tables) {
+  Database& engine = connection.GetImpl().Engine();
+  std::set<std::string> known;
+  std::set<std::string> unknown;
+  for (const TableDefinition& table : tables) known.emplace(table.name);
+  {
+    // Indexes without a text are the engine's own.
+    Statement schema(engine,
+                     "SELECT type, name, tbl_name FROM sqlite_schema WHERE type = 'table' OR "
+                     "(type = 'index' AND sql IS NOT NULL)");
+    std::set<std::string> there;
+    while (schema.Step()) {
+      bool isIndex = schema.Text(0) == "index";
+      if (isIndex && known.count(std::string(schema.Text(2))) != 0) {
+        unknown.emplace(schema.Text(1));
+      }
+      if (!isIndex) there.emplace(schema.Text(1));
+    }
+    known = std::move(there);
+  }
+  std::string sql;
+  for (const TableDefinition& table : tables) {
+    for (const IndexDefinition& index : table.indexes) {
+      bool isThere = unknown.erase(std::string(index.name)) != 0;
+      if (!isThere && known.count(std::string(table.name)) != 0) sql += MakeIndex(table, index);
+    }
+  }
+  for (const std::string& name : unknown) sql += "DROP INDEX " + Quoted(name) + ";\n";
+  if (!sql.empty()) engine.Run(("BEGIN;\n" + sql + "COMMIT;").c_str());
 }
 
 }  // namespace tarnwick::jet

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/jet/connection.h"
+
 namespace tarnwick::jet {
 
 enum class ColumnType {
@@ -43,5 +45,9 @@ struct TableDefinition {
 // that can be copied. An existing file of the name is replaced. Throws Error.
 void CreateDatabaseFile(const std::string& path, const std::string& password,
                         std::span<const TableDefinition> tables, int schemaVersion);
+
+// Gives the tables of an open file the indexes that they have here, and no others: how an older
+// file is brought up to date. Files that are so already cost a look at their schema. Throws Error.
+void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tables);
 
 }  // namespace tarnwick::jet

@@ -342,6 +342,16 @@ TEST_F(OtherFile, TablesGoThereAndComeBackWithTheirKeys) {
   EXPECT_EQ(platform::ListFiles(folder_.Path(), ".twb").size(), 1u);
 }
 
+TEST_F(OtherFile, RowsAreSeenWhileTheyAreCopied) {
+  int64_t before = connection_.RowsSeen();
+  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM  MeContact"), 2);
+  EXPECT_EQ(connection_.RowsSeen(), before + 2);
+  Run("DELETE * FROM MeContact");
+  before = connection_.RowsSeen();
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact IN " + Quoted(path2_)), 2);
+  EXPECT_EQ(connection_.RowsSeen(), before + 2);
+}
+
 TEST_F(OtherFile, TakesRowsOfAListAndOfAJoin) {
   Run("INSERT INTO Attachment (EmailID, FileName) VALUES (3, 'a')");
   EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +

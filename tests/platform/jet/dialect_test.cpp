@@ -54,6 +54,10 @@ TEST_F(Dialect, Answers) {
        "SELECT Format$(ReceivedTime, 'Short Date') & ' ' & Format(ReceivedTime, 'hh:mm') "
        "FROM Email WHERE ID=1",
        "3/7/2005 14:07"},
+      {"DateValue is the day, also before 1970",
+       "SELECT ID FROM Email WHERE DateValue(ReceivedTime)=#12/31/1999# OR "
+       "DateValue(ReceivedTime)=#3/7/2005# OR DateValue(#1/1/1960 23:00#)<>#1/1/1960#",
+       "1|3"},
       {"Null side by side with text", "SELECT Active & 'x' & FilesNum FROM Email WHERE ID=1", "x2"},
       {"InStr counts characters", "SELECT INSTR(Subject, 'вЕТ') FROM Email WHERE ID=3", "4"},
       {"InStr of nothing", "SELECT INSTR(Subject, '') FROM Email WHERE ID=1", "1"},

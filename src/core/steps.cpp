@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/steps.h"
+#include "core/steps.h"
 
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
 
-namespace tarnwick::board {
+namespace tarnwick::core {
 
 namespace {
 
@@ -18,24 +18,24 @@ constexpr int64_t kMillisecondsToTurn = 30;
 }  // namespace
 
 Steps::Steps(int64_t total) : total_(total), turnedAt_(platform::TickMilliseconds()) {
-  core::State().ImportCancelFlag = false;
+  State().ImportCancelFlag = false;
 }
 
 Steps::~Steps() {
-  core::State().ImportCancelFlag = false;
-  if (shown_) core::State().Ui->ShowProgress(total_, total_);
+  State().ImportCancelFlag = false;
+  if (shown_) State().Ui->ShowProgress(total_, total_);
 }
 
 bool Steps::Next() {
   ++done_;
-  if (core::State().Ui == nullptr) return true;
+  if (State().Ui == nullptr) return true;
   int64_t now = platform::TickMilliseconds();
   if (done_ % kStepsToTurn != 0 && now - turnedAt_ < kMillisecondsToTurn) return true;
   turnedAt_ = now;
   shown_ = true;
-  core::State().Ui->ShowProgress(done_, total_);
-  core::YieldEvents();
-  return !core::State().ImportCancelFlag;
+  State().Ui->ShowProgress(done_, total_);
+  YieldEvents();
+  return !State().ImportCancelFlag;
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::core

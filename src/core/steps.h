@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace tarnwick::board {
+namespace tarnwick::core {
 
 class Steps {
  public:
@@ -27,4 +27,4 @@ class Steps {
   bool shown_ = false;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::core

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// tarnwick-scale HOME [RUNS] [--write]: times what a person waits for in a repository made by
+// tarnwick-make-repository, through the routines behind the window. Printed are medians of RUNS
+// (default 5): milliseconds by the clock, milliseconds of processor time, and the ratio to the
+// least that a list needs of the bare engine, one scan of the index that the list is narrowed by.
+// --write also times deleting and marking, which changes the repository.
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <iostream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "board/email_list.h"
+#include "board/list_query.h"
+#include "board/message_commands.h"
+#include "core/startup.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "platform/jet/connection_impl.h"
+#include "repository/repository.h"
+#include "support/scripted_ui.h"
+
+namespace tarnwick {
+namespace {
+
+constexpr int kScreenRows = 40;
+
+struct Time {
+  double wall;
+  double processor;
+};
+
+class Bench {
+ public:
+  explicit Bench(int runs) : runs_(runs) {}
+
+  // before is run before each and not timed.
+  void Measure(
+      const std::string& what, const std::function<void()>& body,
+      const std::function<void()>& before = [] {}) {
+    Report(what, Median(body, before, runs_));
+  }
+  void Once(const std::string& what, const std::function<void()>& body) {
+    Report(what, Median(
+                     body, [] {}, 1));
+  }
+
+ private:
+  static Time Run(const std::function<void()>& body) {
+    auto began = std::chrono::steady_clock::now();
+    std::clock_t used = std::clock();
+    body();
+    std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - began;
+    return {wall.count(), 1000.0 * static_cast<double>(std::clock() - used) / CLOCKS_PER_SEC};
+  }
+
+  static Time Median(const std::function<void()>& body, const std::function<void()>& before,
+                     int runs) {
+    std::vector<double> walls;
+    std::vector<double> processors;
+    for (int i = 0; i < runs; ++i) {
+      before();
+      Time time = Run(body);
+      walls.push_back(time.wall);
+      processors.push_back(time.processor);
+    }
+    auto middle = [](std::vector<double>& values) {
+      std::sort(values.begin(), values.end());
+      return values[values.size() / 2];
+    };
+    return {middle(walls), middle(processors)};
+  }
+
+  void Report(const std::string& what, Time time) {
+    if (yardstick_ == 0) {
+      yardstick_ = time.processor;
+      std::printf("| what | ms | ms of processor | ratio to the scan |\n|---|---:|---:|---:|\n");
+    }
+    std::printf("| %s | %.1f | %.1f | %.2f |\n", what.c_str(), time.wall, time.processor,
+                time.processor / yardstick_);
+    std::fflush(stdout);
+  }
+
+  int runs_;
+  double yardstick_ = 0;
+};
+
+jet::Database& Engine() {
+  return repository::RepositoryDb().GetImpl().Engine();
+}
+
+void ScanIndex() {
+  jet::Statement scan(Engine(),
+                      "SELECT _rowid_, ReceivedTime FROM Email INDEXED BY EmailList "
+                      "WHERE ReceivedTime BETWEEN 0 AND 4000000000 ORDER BY ReceivedTime");
+  int64_t sum = 0;
+  while (scan.Step()) sum += scan.Int(0);
+  if (sum < 0) std::abort();
+}
+
+void ReadScreen(int64_t first) {
+  jet::Recordset& list = board::Board().ListRecordset;
+  int64_t last = std::min(first + kScreenRows - 1, list.RecordCount());
+  for (int64_t position = first; position <= last; ++position) {
+    list.SetAbsolutePosition(position);
+    for (int field = 0; field < list.FieldCount(); ++field) list.Field(field).AsText();
+  }
+}
+
+// What a change of the filter or the order costs until the first screen is full.
+void List(const std::function<void(board::ListFilter&)>& change) {
+  board::BoardState& state = board::Board();
+  state.Filter = board::EveryMessage();
+  change(state.Filter);
+  if (!board::OpenEmailList(board::BuildListWhere(state.Filter))) std::abort();
+  board::CountListed();
+  ReadScreen(1);
+}
+
+void OpenHome(const std::string& home) {
+  std::string folder = platform::WithSeparator(home);
+  core::SeedAppFolder(folder, platform::FolderOf(platform::ProgramPath()));
+  core::PrepareRun(folder);
+  if (!repository::OpenRepository(false)) std::exit(1);
+  repository::ReadOptions();
+}
+
+long PeakKilobytes() {
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+void TimeLists(Bench& bench) {
+  using board::ListFilter;
+  const struct {
+    const char* what;
+    std::function<void(ListFilter&)> change;
+  } kLists[] = {
+      {"list by date", [](ListFilter&) {}},
+      {"list by date, oldest first",
+       [](ListFilter& filter) { filter.SortOrder = board::ListOrder::kAscending; }},
+      {"list of a month",
+       [](ListFilter& filter) {
+         filter.DateFrom = DateTime::FromDate(1999, 3, 1);
+         filter.DateTo = DateTime::FromDate(1999, 3, 31);
+       }},
+      {"list of what came in",
+       [](ListFilter& filter) { filter.Direction = board::ListDirection::kIn; }},
+      {"list of hot messages", [](ListFilter& filter) { filter.Active = true; }},
+      {"list of those with attachments", [](ListFilter& filter) { filter.AttachedFile = true; }},
+      {"list by direction",
+       [](ListFilter& filter) { filter.SortBy = board::ListSort::kDirection; }},
+      {"list by correspondent",
+       [](ListFilter& filter) { filter.SortBy = board::ListSort::kFromTo; }},
+      {"list by subject", [](ListFilter& filter) { filter.SortBy = board::ListSort::kSubject; }},
+      {"part of a correspondent's name", [](ListFilter& filter) { filter.FromTo = "tan"; }},
+      {"part of a subject", [](ListFilter& filter) { filter.Subject = "netel"; }},
+      {"two letters of a subject", [](ListFilter& filter) { filter.Subject = "ov"; }},
+      {"part of a file's name", [](ListFilter& filter) { filter.FileName = "tan"; }},
+  };
+  for (const auto& list : kLists) {
+    int64_t incoming = 0;
+    bench.Measure(
+        list.what, [&] { List(list.change); }, [] { board::ResetBoard(); });
+    bench.Measure("- its counts", [&] { incoming = board::CountIncoming(); });
+    std::printf("<!-- %s -->\n", board::CountsText(board::CountListed(), incoming).c_str());
+  }
+}
+
+void TimeChanges(Bench& bench, testing::ScriptedUi& ui) {
+  auto requery = [] {
+    board::RequeryEmailList();
+    board::CountListed();
+    board::CountIncoming();
+    ReadScreen(1);
+  };
+  List([](board::ListFilter&) {});
+  auto current = [] {
+    jet::Recordset& list = board::Board().ListRecordset;
+    list.SetAbsolutePosition(list.RecordCount() / 3);
+    return board::SelectedMessage{list.Field(board::kId).AsInt(), {}, {}};
+  };
+  bench.Measure("one message marked, listed and counted anew", [&] {
+    board::ToggleActive({current()});
+    requery();
+  });
+  bench.Measure("one message deleted, listed and counted anew", [&] {
+    ui.yesNo.push_back(true);
+    board::DeleteMessages({current()});
+    requery();
+  });
+  bench.Once("all marked not hot, listed and counted anew", [&] {
+    ui.yesNo.push_back(true);
+    board::MarkAllNotHot();
+    requery();
+  });
+}
+
+int Run(const std::string& home, int runs, bool write) {
+  testing::ScriptedUi ui;
+  Bench bench(runs);
+  OpenHome(home);
+  bench.Measure("scan of the list's index", ScanIndex);
+  auto everything = [] { List([](board::ListFilter&) {}); };
+  bench.Measure(
+      "repository opened", [&] { OpenHome(home); },
+      [] {
+        board::ResetBoard();
+        repository::DisconnectRepository();
+      });
+  bench.Measure("first list after that", everything, [&] {
+    board::ResetBoard();
+    repository::DisconnectRepository();
+    OpenHome(home);
+  });
+  bench.Once("- its counts", [] { board::CountIncoming(); });
+  TimeLists(bench);
+  everything();
+  std::mt19937_64 random(3);
+  bench.Measure("jump to any row", [&] {
+    auto count = static_cast<uint64_t>(board::CountListed());
+    ReadScreen(static_cast<int64_t>(1 + random() % count));
+  });
+  bench.Measure("names for the box of correspondents", [] { board::ContactNames(); });
+  bench.Measure("names for the box of files", [] { board::AttachmentNames(); });
+  bench.Measure("contact book opened", [] {
+    jet::Recordset book;
+    book.Open(
+        "SELECT Name, PostAddress as Address, PhoneHome As Home, PhoneBuisness AS Buisness, "
+        "PhoneMobiler As Mobilers, Remark As Notes, ID\r\nFROM MeContact \r\nORDER BY Name",
+        repository::RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+    book.RecordCount();
+    for (int i = 0; i < kScreenRows && !book.Eof(); ++i, book.MoveNext()) book.Field(0).AsText();
+  });
+  if (write) TimeChanges(bench, ui);
+  std::printf("\n%lld messages; peak memory %ld kB; repository %llu kB\n",
+              static_cast<long long>(board::CountListed()), PeakKilobytes(),
+              static_cast<unsigned long long>(
+                  platform::FileSize(platform::WithSeparator(home) + "Tarnwick.twr") / 1024));
+  board::ResetBoard();
+  repository::DisconnectRepository();
+  return 0;
+}
+
+}  // namespace
+}  // namespace tarnwick
+
+int main(int argc, char** argv) {
+  std::vector<std::string> words(argv + 1, argv + argc);
+  auto write = std::find(words.begin(), words.end(), "--write");
+  bool writes = write != words.end();
+  if (writes) words.erase(write);
+  if (words.empty() || words.size() > 2) {
+    std::cerr << "usage: tarnwick-scale HOME [RUNS] [--write]" << std::endl;
+    return 2;
+  }
+  try {
+    return tarnwick::Run(words[0], words.size() == 2 ? std::atoi(words[1].c_str()) : 5, writes);
+  } catch (const tarnwick::Error& error) {
+    std::cerr << error.Number() << " " << error.Description() << std::endl;
+    return 1;
+  }
+}

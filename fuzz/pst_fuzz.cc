@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Drives the walk of an Outlook store, reader process and all. The input is a list of patches to a
+// sound store, six bytes each: place (24 bits), width and two value bytes; an odd first byte takes
+// the older format. Whatever the store says, the walk ends, and its texts are in UTF-8.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "outlook/pst_provider.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "support/pst_builder.h"
+#include "support/temp_folder.h"
+
+namespace {
+
+namespace outlook = tarnwick::outlook;
+using outlook::Prop;
+
+uint16_t Tag(Prop property) {
+  return static_cast<uint16_t>(property);
+}
+
+std::string SoundStore(bool isUnicode) {
+  tarnwick::testing::PstBuilder store(isUnicode);
+  uint32_t inbox = store.AddFolder(tarnwick::testing::PstBuilder::kTop, "Inbox");
+  uint32_t deep = store.AddFolder(inbox, "Deep");
+  for (int i = 0; i < 4; ++i) {
+    tarnwick::testing::PstMessage mail;
+    mail.properties.texts[Tag(Prop::kMessageClass)] = "IPM.Note";
+    mail.properties.texts[Tag(Prop::kSubject)] = "letter " + std::to_string(i);
+    mail.properties.texts[Tag(Prop::kBody)] = std::string(i == 3 ? 20'000 : 20, 'x');
+    mail.properties.times[Tag(Prop::kClientSubmitTime)] = 126'598'072'200'000'000;
+    tarnwick::testing::PstProperties bob;
+    bob.numbers[Tag(Prop::kRecipientType)] = 1;
+    bob.texts[Tag(Prop::kDisplayName)] = "Bob";
+    mail.recipients = {bob, bob};
+    tarnwick::testing::PstAttachment file;
+    file.properties.texts[Tag(Prop::kAttachLongName)] = "table.xls";
+    file.data = std::string(i == 2 ? 12'000 : 100, 'y');
+    mail.attachments = {file};
+    store.AddMessage(i % 2 == 0 ? inbox : deep, mail);
+  }
+  return store.Build();
+}
+
+std::string Patched(const uint8_t* data, size_t size) {
+  static const std::string sound[] = {SoundStore(true), SoundStore(false)};
+  std::string bytes = sound[data[0] % 2];
+  size_t begin = bytes.find_first_not_of('\0', 600);
+  for (size_t i = 1; i + 6 <= size && i < 61; i += 6) {
+    size_t place =
+        data[i] | static_cast<size_t>(data[i + 1]) << 8 | static_cast<size_t>(data[i + 2]) << 16;
+    place = data[i + 3] % 8 == 7 ? place % begin : begin + place % (bytes.size() - begin);
+    for (size_t k = 0; k < 1U + data[i + 3] % 4 && place + k < bytes.size(); ++k) {
+      bytes[place + k] = static_cast<char>(data[i + 4 + k % 2]);
+    }
+  }
+  if (size % 6 == 5) bytes.resize(begin + (bytes.size() - begin) * data[size - 1] / 256);
+  return bytes;
+}
+
+void Demand(bool holds) {
+  if (!holds) std::abort();
+}
+
+struct Walk {
+  uint64_t budget = 0;
+  uint64_t read = 0;
+  int left = 300;  // requests
+
+  void Text(const std::string& text) { Demand(tarnwick::platform::IsValidUtf8(text)); }
+
+  void Item(outlook::Item& item) {
+    if (item.TypeName() != "MailItem") return;
+    Text(item.Properties().Text(Prop::kSubject));
+    Text(item.Properties().Text(Prop::kBody));
+    for (const outlook::PropertySet& recipient : item.Recipients()) {
+      Text(recipient.Text(Prop::kDisplayName));
+    }
+    for (size_t i = 0; i < item.Attachments().size() && left-- > 0; ++i) {
+      uint64_t length = 0;
+      item.ReadAttachment(i, [&](std::string_view bytes) { length += bytes.size(); });
+      Demand(length <= budget);
+    }
+  }
+
+  void Folder(outlook::Folder& folder) {
+    Text(folder.Name());
+    for (int64_t i = 0; i < folder.ItemCount() && left-- > 0; ++i) {
+      try {
+        Item(*folder.ItemAt(i));
+      } catch (const tarnwick::Error&) {
+        // It costs the item.
+      }
+    }
+    if (left-- <= 0) return;
+    for (auto& sub : folder.Folders()) {
+      try {
+        Folder(*sub);
+      } catch (const tarnwick::Error&) {
+      }
+    }
+  }
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 7) return 0;
+  static const tarnwick::testing::TempFolder folder;
+  tarnwick::platform::WriteFile(folder.File("store.pst"), Patched(data, size));
+  outlook::ReaderLimits limits;
+  limits.openMilliseconds = 5000;
+  limits.requestMilliseconds = 3000;
+  limits.wastedMilliseconds = 6000;
+  limits.restarts = 4;
+  outlook::PstNamespace space({folder.File("store.pst")}, outlook::ReaderProgram(), limits);
+  try {
+    for (auto& store : space.Stores()) {
+      Walk walk;
+      walk.budget = store->OutputBudget();
+      walk.Text(store->DisplayName());
+      walk.Folder(*store->RootFolder());
+    }
+  } catch (const tarnwick::Error&) {
+    // Refused as a whole.
+  }
+  return 0;
+}

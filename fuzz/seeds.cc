@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "seeds.h"
+
+#include "support/sample_profile.h"
+
+namespace tarnwick::fuzz {
+
+namespace {
+
+using namespace std::string_literals;  // texts with NULs
+using Texts = std::vector<std::string>;
+
+const Texts kMessages = {
+    "From: =?koi8-r?B?4c7OwQ==?= <ann@example.org>\r\nTo: \"Holm, Berta\" <berta@example.org>,\r\n"
+    " carl@example.org\r\nCc: dora@example.org\r\nSubject: =?utf-8?Q?f=C3=BCr?=\r\n "
+    "=?utf-8?B?0LE=?="
+    "\r\nDate: Mon, 5 Jan 2004 10:20:30 +0200\r\nReceived: from a by b;\r\n"
+    "\tMon, 5 Jan 2004 10:21:00 -0500\r\nImportance: high\r\n\r\nHello\r\n",
+    "Subject: s\r\nContent-Type: multipart/mixed;\r\n boundary=\"b1\"\r\n\r\npreamble\r\n--b1\r\n"
+    "Content-Type: multipart/alternative; boundary=b2\r\n\r\n--b2\r\n"
+    "Content-Type: text/plain; charset=koi8-r\r\nContent-Transfer-Encoding: quoted-printable\r\n"
+    "\r\n=C4=C1=\r\n.\r\n--b2\r\nContent-Transfer-Encoding: base64\r\n"
+    "Content-Type: text/html; charset=\"utf-8\"\r\n\r\nPGJvZHk+0LTQsDwvYm9keT4=\r\n--b2--\r\n"
+    "--b1\r\nContent-Type: image/png; name*0*=utf-8''%D0; name*1=a.png\r\n"
+    "Content-Disposition: attachment;\r\n filename=\"a.png\"\r\n\r\nAAAA\r\n--b1--\r\n",
+    "From: a@b\n\nSee\nbegin 644 note.txt\n+:&5L;&\\@=V]R;&0\n`\nend\nBye",
+    "From: a@b\r\nContent-Type: text/html; charset=x-sjis\r\n\r\n<html><body>x</body></html>\r\n",
+    "Subject: x\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\n"
+    "Content-Type: message/rfc822\r\n\r\nSubject: y\r\nContent-Type: text/plain\r\n\r\nz\r\n--b--",
+};
+
+const Texts kTexts = {
+    "koi8-r\nRe: =?koi8-r?B?8NLJ18XU?= =?utf-8?Q?a_=C3=BC?= \xC4\xC1",
+    "iso-2022-jp\n=?iso-2022-jp?B?GyRCRnxLXBsoQg==?= \x1B$BF|K\\\x1B(B",
+    "base64\nSGVsbG8g\nd29ybGQ=\n",
+    "quoted-printable\na=3Db=\nc\n",
+    "utf-7\n+AOQ-bc",
+    "shift_jis\n\x93\xFA\x96\x7B",
+    "utf-8\nContent-Type: text/plain; charset=\"utf-8\"; name*=utf-8'en'%D0%B4; boundary=\"x\"",
+    "gb2312\nContent-Disposition: attachment; filename*0=\"a\"; filename*1*=%41",
+};
+
+const Texts kDates = {"Mon, 5 Jan 2004 10:20:30 +0200", "5 Jan 98 10:20 GMT",
+                      "Mon Jan 5 10:20:30 2004",        "5 Jan 2004 10:00:00 x +-0300",
+                      "31 Feb 102 7:05:00PM",           "5 September 0002 1:2:3 -0000",
+                      "1 2 3 4 5 6 7 8 9 10 11",        "Jan 32 9999 23:59:59 +1"};
+
+const Texts kDocuments = {
+    "<!DOCTYPE html><html><head><title>t</title><style>p{}</style></head><body class='a'>"
+    "<p>a<br>b&nbsp;&#150;&eacute;<ul><li>c<li>d</ul><table><tr><td>e<td>f</table>"
+    "<pre>\n g\n h</pre><script>if (a<b) '</p>'</script><div style='display:none'>i</div>",
+    "<body><!--[if mso]>x<![endif]--><![if !y]>z<![endif]><?xml:namespace prefix=o /><o:p>w</o:p>",
+    "<p>no body",
+};
+
+const Texts kStatements = {
+    "SELECT DISTINCT Email.ID, Format(Email.ReceivedTime, 'yyyymmdd') AS Day, Subject FROM (Email "
+    "LEFT JOIN MeContact ON Email.FromTo = MeContact.ID) LEFT JOIN Attachment ON Email.ID = "
+    "Attachment.EmailID WHERE Direction='In' AND ReceivedTime >= #01/05/2004# AND Active Is Not "
+    "Null ORDER BY Email.ReceivedTime DESC",
+    "SELECT Count(*) AS C FROM Email WHERE INSTR(Subject, 'x') > 0 OR Subject Like '%o''b%'",
+    "DELETE * FROM Email WHERE ID In (SELECT ID FROM ObjectList)",
+    "UPDATE [Email] SET Active = Null, Notes = 'a' & Subject & \"b\" WHERE Not ID Between 1 And 2;",
+    "INSERT INTO Attachment (EmailID, FileName) VALUES (1, 'it''s')",
+    "INSERT INTO Email SELECT * FROM  Email IN 'file'",
+    "SELECT TOP 5 Direction, Max(ID) AS M FROM Email WHERE ReceivedTime < Date() - 30.5 GROUP BY "
+    "Direction HAVING Count(*) > -1",
+    "SELECT FileBody FROM FileRepository WHERE FileID=12ORDER BY ID",
+    "' OR 1=1 --",
+    "\"; DROP TABLE Email; /*",
+    "%_[a-z]#",
+    "\xF0\x9F\x93\xA7''\xE2\x80\x99",
+};
+
+const Texts kRegistries = {
+    "\x01WINE REGISTRY Version 2\n\n[Identities\\\\{A}] 1073298030\n#time=1c0\n"
+    "\"Username\"=\"Ann\"\n\"Directory Name\"=dword:00000007\n"
+    "\"Store Root\"=str(2):\"%UserProfile%\\\\Mail\"\n\"Bytes\"=hex:01,02,\\\n  03\n",
+    "\0\x20\0\xFF\xFF"s,
+};
+
+// Six bytes each: the first patches a pointer, the second a length, the last cuts the file.
+const Texts kPatches = {"\1\0\0\2\0\0"s, "\2\4\1\xFF\xFF\xFF"s, "\3\x0C\4\5\0\0\6\1\1\0\0\x80"s,
+                        "\0\0\0\0\0\0\0\0\0\0\x80"s};
+
+const Texts kItems = {
+    "\0\0\6\0letter\3\1\x10\0From: a@b\r\nX: y\r\n\5\1\x0C\0<body>x</body>"s,
+    "{\\rtf1\\ansi\\fromhtml1 {\\*\\htmltag <b>}a\\'e9\\u1076?\\par b}",
+    "\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1"s,
+};
+
+}  // namespace
+
+std::map<std::string, std::vector<std::string>> Seeds() {
+  Texts letters = kMessages;
+  for (const testing::SampleMessage& message : testing::SampleMessages()) {
+    letters.push_back(message.raw);
+  }
+  return {{"message", letters}, {"store", letters},   {"text", kTexts},  {"date", kDates},
+          {"html", kDocuments}, {"jet", kStatements}, {"dbx", kPatches}, {"registry", kRegistries},
+          {"pst", kPatches},    {"outlook", kItems}};
+}
+
+}  // namespace tarnwick::fuzz

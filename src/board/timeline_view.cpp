@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/timeline_view.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace tarnwick::board {
+
+namespace {
+
+// Counts that take longer are shown as they grow.
+constexpr qint64 kPatienceMilliseconds = 120;
+
+class Legend : public QWidget {
+ public:
+  explicit Legend(QWidget* parent) : QWidget(parent) {
+    setObjectName("TimelineLegend");
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+  }
+  QSize sizeHint() const override {
+    QFontMetrics metrics = fontMetrics();
+    return {metrics.horizontalAdvance(In() + Out()) + 2 * (Mark() + 4) + 12, metrics.height()};
+  }
+  QSize minimumSizeHint() const override { return sizeHint(); }
+
+ protected:
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter painter(this);
+    QFontMetrics metrics = fontMetrics();
+    int left = 0;
+    auto entry = [&](auto paintMark, const QString& text) {
+      paintMark(painter, QRect(left, (height() - Mark()) / 2, Mark(), Mark()), palette());
+      left += Mark() + 4;
+      painter.setPen(palette().color(QPalette::WindowText));
+      painter.drawText(QRect(left, 0, width() - left, height()), Qt::AlignLeft | Qt::AlignVCenter,
+                       text);
+      left += metrics.horizontalAdvance(text) + 12;
+    };
+    entry(TimelinePlotView::PaintIn, In());
+    entry(TimelinePlotView::PaintOut, Out());
+  }
+
+ private:
+  static QString In() { return TimelineView::tr("In"); }
+  static QString Out() { return TimelineView::tr("Out"); }
+  int Mark() const { return fontMetrics().ascent(); }
+};
+
+DaySpan DaysOf(const ListFilter& filter) {
+  return {DayNumber(filter.DateFrom), DayNumber(filter.DateTo)};
+}
+
+}  // namespace
+
+TimelineView::TimelineView(QWidget* parent) : QWidget(parent) {
+  setObjectName("Timeline");
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(1);
+  column->addWidget(BuildHead());
+  pages_ = new QStackedWidget(this);
+  plot_ = new TimelinePlotView(pages_);
+  correspondents_ = new CorrespondentsView(pages_);
+  pages_->addWidget(plot_);
+  pages_->addWidget(correspondents_);
+  column->addWidget(pages_);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+
+  work_.setInterval(0);
+  connect(&work_, &QTimer::timeout, this, &TimelineView::Work);
+  connect(plot_, &TimelinePlotView::DaysChosen, this,
+          [this](int first, int last) { emit DatesAskedFor(DayDate(first), DayDate(last)); });
+  connect(plot_, &TimelinePlotView::Told, this, [this](const QString& text) {
+    told_ = text;
+    ShowText();
+  });
+  connect(correspondents_, &CorrespondentsView::NameAskedFor, this, &TimelineView::NameAskedFor);
+  connect(showCorrespondents_, &QToolButton::toggled, this, &TimelineView::ShowCorrespondents);
+  connect(allDates_, &QToolButton::clicked, this, [this] {
+    DateRange whole = WholeDateRange();
+    plot_->Choose({DayNumber(whole.from), DayNumber(whole.to)});
+    plot_->setFocus();
+  });
+}
+
+QWidget* TimelineView::BuildHead() {
+  auto* head = new QWidget(this);
+  auto* row = new QHBoxLayout(head);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(12);
+  text_ = new ElidedLabel(Qt::ElideRight, head);
+  text_->setObjectName("TimelineText");
+  auto button = [&](const char* name, const QString& text, const QString& tip) {
+    auto* made = new QToolButton(head);
+    made->setObjectName(name);
+    made->setText(text);
+    made->setToolTip(tip);
+    made->setMaximumHeight(fontMetrics().height() + 4);
+    return made;
+  };
+  allDates_ = button("AllDates", tr("All dates"), tr("Lists the mail of all dates again"));
+  showCorrespondents_ = button("ShowCorrespondents", tr("Correspondents"),
+                               tr("Shows who has most of the listed mail (Ctrl+Shift+P)"));
+  showCorrespondents_->setCheckable(true);
+  showCorrespondents_->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
+  // The row is as high with it as without.
+  QSizePolicy keepsRoom = allDates_->sizePolicy();
+  keepsRoom.setRetainSizeWhenHidden(true);
+  allDates_->setSizePolicy(keepsRoom);
+  allDates_->hide();
+  legend_ = new Legend(head);
+  row->addWidget(text_, 1);
+  row->addWidget(allDates_);
+  row->addWidget(legend_);
+  row->addWidget(showCorrespondents_);
+  return head;
+}
+
+void TimelineView::Follow(const ListFilter& filter) {
+  filter_ = filter;
+  hasFilter_ = true;
+  begun_ = false;
+  plot_->SetChosen(DaysOf(filter));
+  correspondents_->SetFiltered(filter.FromTo);
+  ShowText();
+  if (isEnabled() && isVisible()) work_.start();
+}
+
+void TimelineView::Forget() {
+  reader_.Forget();
+  correspondentReader_.Stop();
+  correspondentsOf_.clear();
+  begun_ = false;
+  if (hasFilter_ && isEnabled() && isVisible()) work_.start();
+}
+
+void TimelineView::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() != QEvent::EnabledChange) return;
+  work_.stop();
+  Forget();
+}
+
+void TimelineView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (hasFilter_) work_.start();
+}
+
+void TimelineView::Begin() {
+  begun_ = true;
+  since_.start();
+  reader_.Start(filter_);
+  if (!reader_.IsRunning()) ShowCounts();
+  if (pages_->currentWidget() == correspondents_) BeginCorrespondents();
+}
+
+void TimelineView::BeginCorrespondents() {
+  ListFilter ofAll = filter_;
+  ofAll.FromTo.clear();
+  std::string query = CorrespondentCountQueryText(ofAll);
+  if (query == correspondentsOf_) return;
+  correspondentsOf_ = query;
+  correspondentReader_.Start(filter_);
+  if (!correspondentReader_.IsRunning()) correspondents_->SetPeople({});
+}
+
+void TimelineView::Work() {
+  if (!isEnabled() || !isVisible()) {
+    work_.stop();
+    return;
+  }
+  if (!begun_) {
+    Begin();
+  } else if (reader_.IsRunning()) {
+    bool more = reader_.Step();
+    if (!more || since_.elapsed() > kPatienceMilliseconds) {
+      ShowCounts();
+      since_.restart();
+    }
+  } else if (correspondentReader_.IsRunning()) {
+    if (!correspondentReader_.Step()) {
+      correspondents_->SetPeople(
+          correspondentReader_.Top(CorrespondentsView::kRows * CorrespondentsView::kColumns));
+    }
+  } else {
+    work_.stop();
+  }
+}
+
+void TimelineView::ShowCounts() {
+  plot_->SetCounts(reader_.Counts());
+  QString none = reader_.IsRunning() ? tr("Counting...") : tr("No messages to show.");
+  plot_->SetEmptyText(none);
+  correspondents_->SetEmptyText(none);
+  ShowText();
+}
+
+void TimelineView::ShowText() {
+  const TimelineState& state = plot_->State();
+  bool isAll = state.ChoosesAll();
+  allDates_->setVisible(!isAll);
+  if (!told_.isEmpty()) {
+    text_->SetText(told_);
+  } else if (state.Counts().IsEmpty()) {
+    text_->SetText({});
+  } else if (isAll) {
+    text_->SetText(tr("All dates: %1").arg(MessagesText(state.Counts().Total().Total())));
+  } else {
+    DaySpan chosen = state.Chosen();
+    text_->SetText(SpanText(chosen, state.Counts().Within(chosen)));
+  }
+}
+
+void TimelineView::ShowCorrespondents(bool on) {
+  pages_->setCurrentWidget(on ? static_cast<QWidget*>(correspondents_) : plot_);
+  legend_->setVisible(!on);
+  told_.clear();
+  ShowText();
+  if (on && hasFilter_ && isEnabled() && begun_) {
+    BeginCorrespondents();
+    work_.start();
+  }
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The strip over the list: how the mail of the filter spreads over the years, whatever dates the
+// list is narrowed to, or who wrote most of the listed mail. It counts while nothing else happens,
+// and not at all while it is disabled or hidden; until the new figures are there, for a moment at
+// most, it shows the old ones.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+#include "board/correspondents_view.h"
+#include "board/list_filter.h"
+#include "board/status_panels_view.h"
+#include "board/timeline_plot_view.h"
+#include "board/timeline_query.h"
+
+class QStackedWidget;
+class QToolButton;
+
+namespace tarnwick::board {
+
+class TimelineView : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit TimelineView(QWidget* parent = nullptr);
+
+  // The list shows this filter's messages now.
+  void Follow(const ListFilter& filter);
+  // Messages came, went or changed. What the strip was disabled for counts as such.
+  void Forget();
+
+  // Something is still to be counted.
+  bool IsCounting() const { return work_.isActive(); }
+  TimelinePlotView& Plot() { return *plot_; }
+  CorrespondentsView& Correspondents() { return *correspondents_; }
+
+ signals:
+  void DatesAskedFor(DateTime from, DateTime to);
+  // For the filter's correspondent; empty: everybody.
+  void NameAskedFor(const QString& text);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  QWidget* BuildHead();
+  void Begin();
+  void Work();
+  void ShowCounts();
+  void ShowText();
+  void ShowCorrespondents(bool on);
+  void BeginCorrespondents();
+
+  ElidedLabel* text_ = nullptr;
+  QToolButton* allDates_ = nullptr;
+  QWidget* legend_ = nullptr;
+  QToolButton* showCorrespondents_ = nullptr;
+  QStackedWidget* pages_ = nullptr;
+  TimelinePlotView* plot_ = nullptr;
+  CorrespondentsView* correspondents_ = nullptr;
+
+  ListFilter filter_;
+  bool hasFilter_ = false;
+  bool begun_ = false;  // the counts are those of filter_, or becoming so
+  QTimer work_;         // fires when nothing else is to be done
+  QElapsedTimer since_;
+  TimelineReader reader_;
+  CorrespondentReader correspondentReader_;
+  std::string correspondentsOf_;  // the query that they answer
+  QString told_;
+};
+
+}  // namespace tarnwick::board

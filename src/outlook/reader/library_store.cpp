@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/reader/library_store.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "outlook/mapi.h"
+#include "outlook/pst_protocol.h"
+
+namespace tarnwick::outlook::reader {
+
+namespace {
+
+constexpr uint32_t kRowNode = 0x67F2;  // a table row's property that names its node
+constexpr uint32_t kNodeTypeMask = 0x1F;
+constexpr uint32_t kMessageNode = 0x04;
+constexpr size_t kMaxValue = 256u << 20;
+constexpr int kMaxRows = 100'000;
+constexpr size_t kAttachmentPiece = 48 * 1024;
+
+// The value's bytes; nullopt when they can't be read.
+std::optional<std::string> ValueOf(libpff_record_entry_t* entry) {
+  size_t size = 0;
+  if (libpff_record_entry_get_data_size(entry, &size, nullptr) != 1 || size > kMaxValue) {
+    return std::nullopt;
+  }
+  std::string bytes(size, '\0');
+  if (size == 0) return bytes;
+  int result =
+      libpff_record_entry_get_data(entry, reinterpret_cast<uint8_t*>(bytes.data()), size, nullptr);
+  if (result != 1) return std::nullopt;
+  return bytes;
+}
+
+template <typename Visit>
+void ForEachEntry(libpff_record_set_t* set, Visit visit) {
+  int count = 0;
+  if (libpff_record_set_get_number_of_entries(set, &count, nullptr) != 1) return;
+  for (int i = 0; i < count; ++i) {
+    libpff_record_entry_t* raw = nullptr;
+    if (libpff_record_set_get_entry_by_index(set, i, &raw, nullptr) != 1) continue;
+    RecordEntryHandle entry(raw);
+    uint32_t number = 0;
+    uint32_t type = 0;
+    if (libpff_record_entry_get_entry_type(entry.get(), &number, nullptr) != 1) continue;
+    if (libpff_record_entry_get_value_type(entry.get(), &type, nullptr) != 1) continue;
+    visit(entry.get(), number, type);
+  }
+}
+
+// A property that can't be read is left out; the others still count.
+void SendSet(libpff_record_set_t* set, const std::vector<Prop>& wanted, Answer& answer) {
+  ForEachEntry(set, [&](libpff_record_entry_t* entry, uint32_t number, uint32_t type) {
+    if (number > 0xFFFF || !Contains(wanted, number)) return;
+    if (auto bytes = ValueOf(entry)) {
+      answer.Property(static_cast<uint16_t>(number), static_cast<uint16_t>(type), *bytes);
+    }
+  });
+}
+
+int RowsOf(libpff_item_t* item) {
+  int count = 0;
+  if (libpff_item_get_number_of_record_sets(item, &count, nullptr) != 1) return 0;
+  return std::min(count, kMaxRows);
+}
+
+void SendProperties(const char* what, libpff_item_t* item, const std::vector<Prop>& wanted,
+                    Answer& answer) {
+  if (RowsOf(item) < 1) throw ReadError(what);
+  auto set = Get<RecordSetHandle>(what, libpff_item_get_record_set_by_index, item, 0);
+  if (set) SendSet(set.get(), wanted, answer);
+}
+
+// The nodes that a table's rows name.
+std::vector<uint32_t> NodesOf(libpff_item_t* table) {
+  std::vector<uint32_t> nodes;
+  int rows = 0;
+  if (libpff_item_get_number_of_record_sets(table, &rows, nullptr) != 1) return nodes;
+  for (int row = 0; row < rows; ++row) {
+    uint32_t node = 0;
+    auto set = Get<RecordSetHandle>("contents", libpff_item_get_record_set_by_index, table, row);
+    if (set) {
+      ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t) {
+        if (number != kRowNode) return;
+        auto bytes = ValueOf(entry);
+        if (bytes && bytes->size() >= 4) node = TakeNumber(*bytes, 0);
+      });
+    }
+    nodes.push_back(node);
+  }
+  return nodes;
+}
+
+std::vector<uint32_t> SubFolders(libpff_item_t* folder) {
+  std::vector<uint32_t> nodes;
+  int count = 0;
+  if (libpff_folder_get_number_of_sub_folders(folder, &count, nullptr) != 1) return nodes;
+  for (int i = 0; i < count; ++i) {
+    libpff_item_t* raw = nullptr;
+    if (libpff_folder_get_sub_folder(folder, i, &raw, nullptr) != 1) continue;
+    ItemHandle sub(raw);
+    uint32_t node = 0;
+    if (libpff_item_get_identifier(sub.get(), &node, nullptr) == 1) nodes.push_back(node);
+  }
+  return nodes;
+}
+
+// What the node tree holds below a folder, for a folder whose table of contents is gone.
+std::vector<uint32_t> MessagesByTree(libpff_item_t* folder) {
+  std::vector<uint32_t> nodes;
+  int count = 0;
+  if (libpff_item_get_number_of_sub_items(folder, &count, nullptr) != 1) return nodes;
+  for (int i = 0; i < count; ++i) {
+    libpff_item_t* raw = nullptr;
+    if (libpff_item_get_sub_item(folder, i, &raw, nullptr) != 1) continue;
+    ItemHandle sub(raw);
+    uint32_t node = 0;
+    if (libpff_item_get_identifier(sub.get(), &node, nullptr) != 1) continue;
+    if ((node & kNodeTypeMask) == kMessageNode) nodes.push_back(node);
+  }
+  return nodes;
+}
+
+void SendBytes(libpff_item_t* attachment, Answer& answer) {
+  int type = 0;
+  size64_t size = 0;
+  if (libpff_attachment_get_type(attachment, &type, nullptr) != 1 ||
+      type != LIBPFF_ATTACHMENT_TYPE_DATA) {
+    throw ReadError("attachment");
+  }
+  if (libpff_attachment_get_data_size(attachment, &size, nullptr) != 1) {
+    throw ReadError("attachment");
+  }
+  std::string piece(kAttachmentPiece, '\0');
+  answer.Frame(frame::kBytes, {});  // an empty one is read, too
+  while (size > 0) {
+    ssize_t count = libpff_attachment_data_read_buffer(
+        attachment, reinterpret_cast<uint8_t*>(piece.data()),
+        static_cast<size_t>(std::min<size64_t>(size, piece.size())), nullptr);
+    if (count <= 0) throw ReadError("attachment");
+    answer.Frame(frame::kBytes, std::string_view(piece).substr(0, static_cast<size_t>(count)));
+    size -= std::min<size64_t>(size, static_cast<size64_t>(count));
+  }
+}
+
+}  // namespace
+
+LibraryStore::LibraryStore(const std::string& path) {
+  libpff_file_t* raw = nullptr;
+  if (libpff_file_initialize(&raw, nullptr) != 1) throw ReadError("store");
+  file_.reset(raw);
+  int access = libpff_get_access_flags_read();
+  if (libpff_file_open(file_.get(), path.c_str(), access, nullptr) != 1) throw ReadError("store");
+}
+
+void LibraryStore::DescribeStore(Answer& answer) {
+  auto store = Get<ItemHandle>("store", libpff_file_get_message_store, file_.get());
+  if (store) SendProperties("store", store.get(), kStoreProperties, answer);
+  // Where the store does not say which folder is its top, everything below the root is shown.
+  auto root = Get<ItemHandle>("root folder", libpff_file_get_root_folder, file_.get());
+  uint32_t node = 0;
+  if (root && libpff_item_get_identifier(root.get(), &node, nullptr) == 1) {
+    answer.Nodes(frame::kFolders, {node});
+  }
+}
+
+libpff_item_t* LibraryStore::OpenFolder(uint32_t node) {
+  if (folder_ && folderNode_ == node) return folder_.get();
+  embedded_ = {};
+  item_.reset();
+  folder_.reset();
+  folder_ = Get<ItemHandle>("folder", libpff_file_get_item_by_identifier, file_.get(), node);
+  if (!folder_) throw ReadError("folder");
+  folderNode_ = node;
+  return folder_.get();
+}
+
+void LibraryStore::DescribeFolder(uint32_t node, Answer& answer) {
+  libpff_item_t* folder = OpenFolder(node);
+  SendProperties("folder", folder, kFolderProperties, answer);
+  answer.Nodes(frame::kFolders, SubFolders(folder));
+  libpff_item_t* raw = nullptr;
+  int result = libpff_folder_get_sub_messages(folder, &raw, nullptr);
+  ItemHandle table(raw);
+  answer.Nodes(frame::kItems, result == 1 && table ? NodesOf(table.get()) : MessagesByTree(folder));
+}
+
+libpff_item_t* LibraryStore::OpenItem(const ItemPlace& place) {
+  libpff_item_t* parent = OpenFolder(place.folder);
+  if (item_ && itemNode_ == place.node) return item_.get();
+  embedded_ = {};
+  item_.reset();
+  libpff_item_t* raw = nullptr;
+  uint32_t found = 0;
+  if (place.index <= INT32_MAX &&
+      libpff_folder_get_sub_message(parent, static_cast<int>(place.index), &raw, nullptr) == 1) {
+    item_.reset(raw);
+  }
+  // A row may name another node than its place says, or the table may be gone.
+  if (!item_ || libpff_item_get_identifier(item_.get(), &found, nullptr) != 1 ||
+      found != place.node) {
+    item_ = Get<ItemHandle>("item", libpff_file_get_item_by_identifier, file_.get(), place.node);
+  }
+  if (!item_) throw ReadError("item");
+  itemNode_ = place.node;
+  return item_.get();
+}
+
+void LibraryStore::DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) {
+  libpff_item_t* item = OpenItem(place);
+  if (RowsOf(item) < 1) throw ReadError("item");
+  auto set = Get<RecordSetHandle>("item", libpff_item_get_record_set_by_index, item, 0);
+  bool isMail = false;
+  ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t type) {
+    if (number != static_cast<uint32_t>(Prop::kMessageClass)) return;
+    auto bytes = ValueOf(entry);
+    if (!bytes) return;
+    isMail = IsMailClass(*bytes, type);
+    answer.Property(static_cast<uint16_t>(number), static_cast<uint16_t>(type), *bytes);
+  });
+  if (isMail) DescribeMessage(item, withAttachments, answer);
+}
+
+void LibraryStore::DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer) {
+  SendProperties("item", message, kMessageProperties, answer);
+  libpff_item_t* raw = nullptr;
+  if (libpff_message_get_recipients(message, &raw, nullptr) == 1 && raw != nullptr) {
+    ItemHandle recipients(raw);
+    int rows = RowsOf(recipients.get());
+    for (int row = 0; row < rows; ++row) {
+      libpff_record_set_t* rawSet = nullptr;
+      if (libpff_item_get_record_set_by_index(recipients.get(), row, &rawSet, nullptr) != 1) {
+        continue;
+      }
+      RecordSetHandle set(rawSet);
+      answer.Frame(frame::kRecipientRow, {});
+      SendSet(set.get(), kRecipientProperties, answer);
+    }
+  }
+  int attachments = 0;
+  if (libpff_message_get_number_of_attachments(message, &attachments, nullptr) != 1) return;
+  for (int i = 0; i < std::min(attachments, kMaxRows); ++i) {
+    answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
+    raw = nullptr;
+    if (libpff_message_get_attachment(message, i, &raw, nullptr) != 1) continue;
+    ItemHandle attachment(raw);
+    if (RowsOf(attachment.get()) < 1) continue;
+    libpff_record_set_t* rawSet = nullptr;
+    if (libpff_item_get_record_set_by_index(attachment.get(), 0, &rawSet, nullptr) != 1) continue;
+    RecordSetHandle set(rawSet);
+    SendSet(set.get(), kAttachmentProperties, answer);
+    int type = 0;
+    if (withAttachments && libpff_attachment_get_type(attachment.get(), &type, nullptr) == 1 &&
+        type == LIBPFF_ATTACHMENT_TYPE_DATA) {
+      SendBytes(attachment.get(), answer);
+    }
+  }
+}
+
+// The message at the end of a path of attachment numbers below item.
+libpff_item_t* LibraryStore::OpenEmbedded(libpff_item_t* item, const AttachmentPath& path) {
+  if (path.empty()) return item;
+  if (path.size() > kMaxEmbedding) throw ReadError("embedded message");
+  if (embedded_.path == path) return embedded_.chain.back().get();
+  embedded_ = {};
+  std::vector<ItemHandle> chain;
+  libpff_item_t* message = item;
+  for (uint32_t number : path) {
+    if (number > INT32_MAX) throw ReadError("attachment");
+    auto attachment = Get<ItemHandle>("attachment", libpff_message_get_attachment, message,
+                                      static_cast<int>(number));
+    if (!attachment) throw ReadError("attachment");
+    int type = 0;
+    if (libpff_attachment_get_type(attachment.get(), &type, nullptr) != 1 ||
+        type != LIBPFF_ATTACHMENT_TYPE_ITEM) {
+      throw ReadError("embedded message");
+    }
+    auto inner = Get<ItemHandle>("embedded message", libpff_attachment_get_item, attachment.get());
+    if (!inner) throw ReadError("embedded message");
+    message = inner.get();
+    chain.push_back(std::move(attachment));
+    chain.push_back(std::move(inner));
+  }
+  embedded_.path = path;
+  embedded_.chain = std::move(chain);
+  return message;
+}
+
+void LibraryStore::DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
+                                    Answer& answer) {
+  DescribeMessage(OpenEmbedded(OpenItem(place), path), false, answer);
+}
+
+void LibraryStore::SendAttachment(const ItemPlace& place, const AttachmentPath& path,
+                                  Answer& answer) {
+  if (path.empty() || path.back() > INT32_MAX) throw ReadError("attachment");
+  AttachmentPath above(path.begin(), path.end() - 1);
+  libpff_item_t* message = OpenEmbedded(OpenItem(place), above);
+  auto attachment = Get<ItemHandle>("attachment", libpff_message_get_attachment, message,
+                                    static_cast<int>(path.back()));
+  if (!attachment) throw ReadError("attachment");
+  SendBytes(attachment.get(), answer);
+}
+
+}  // namespace tarnwick::outlook::reader

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// A .pst file read through the store library. The last folder, item and embedded message stay
+// open, since requests come in their order.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "outlook/reader/answer.h"
+#include "outlook/reader/handles.h"
+#include "outlook/reader/store_file.h"
+
+namespace tarnwick::outlook::reader {
+
+class LibraryStore : public StoreFile {
+ public:
+  // Throws ReadError when the file is none that can be read.
+  explicit LibraryStore(const std::string& path);
+
+  void DescribeStore(Answer& answer) override;
+  void DescribeFolder(uint32_t node, Answer& answer) override;
+  void DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) override;
+  void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
+                        Answer& answer) override;
+  void SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) override;
+
+ private:
+  struct Embedded {
+    AttachmentPath path;
+    // The chain from the item's attachment to the innermost message: each handle needs the ones
+    // before it to stay open.
+    std::vector<ItemHandle> chain;
+  };
+
+  libpff_item_t* OpenFolder(uint32_t node);
+  libpff_item_t* OpenItem(const ItemPlace& place);
+  libpff_item_t* OpenEmbedded(libpff_item_t* item, const AttachmentPath& path);
+  void DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer);
+
+  FileHandle file_;
+  ItemHandle folder_;
+  uint32_t folderNode_ = 0;
+  ItemHandle item_;
+  uint32_t itemNode_ = 0;
+  Embedded embedded_;
+};
+
+}  // namespace tarnwick::outlook::reader

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/reader/node_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "outlook/reader/cipher.h"
+#include "outlook/reader/store_file.h"
+
+namespace tarnwick::outlook::reader {
+
+namespace {
+
+constexpr size_t kHeaderSize = 564;
+constexpr size_t kPageSize = 512;
+constexpr size_t kBlockSlot = 8192;  // a block with its trailer
+constexpr uint64_t kBlockUnit = 64;
+constexpr uint8_t kBlockPages = 0x80;
+constexpr uint8_t kNodePages = 0x81;
+constexpr uint64_t kInternal = 2;  // of a block number: it holds a list, not data
+constexpr int kMaxLevel = 8;       // of a tree of pages; 20 entries a page make 10^10
+constexpr size_t kPages = 4096;    // kept, 2 MB
+constexpr size_t kPieces = 32;
+constexpr size_t kPieceSize = 64 * 1024;
+
+// Where things stand in the Unicode and in the older, narrower ANSI files.
+struct Layout {
+  size_t nodeRoot;
+  size_t blockRoot;
+  size_t cipher;
+  size_t pageInfo;
+  size_t nodeEntry;
+  size_t blockEntry;
+  size_t trailer;
+  size_t trailerId;
+};
+constexpr Layout kUnicodeLayout = {224, 240, 513, 488, 32, 24, 16, 8};
+constexpr Layout kAnsiLayout = {188, 196, 461, 496, 16, 12, 12, 4};
+
+const Layout& LayoutOf(bool isUnicode) {
+  return isUnicode ? kUnicodeLayout : kAnsiLayout;
+}
+
+}  // namespace
+
+uint64_t NumberAt(std::string_view bytes, size_t offset, size_t count) {
+  if (offset > bytes.size() || count > bytes.size() - offset) throw ReadError("number");
+  uint64_t value = 0;
+  for (size_t i = 0; i < count; ++i) {
+    value |= static_cast<uint64_t>(static_cast<unsigned char>(bytes[offset + i])) << (8 * i);
+  }
+  return value;
+}
+
+NodeFile::NodeFile(const std::string& path) : pages_(kPages), pieces_(kPieces) {
+  file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file_ < 0) throw ReadError("store");
+  try {
+    struct stat info {};
+    if (fstat(file_, &info) != 0 || info.st_size < 0) throw ReadError("store");
+    size_ = static_cast<uint64_t>(info.st_size);
+    std::string header = ReadAt(0, kHeaderSize);
+    if (header.compare(0, 4, "!BDN") != 0) throw ReadError("store");
+    uint64_t version = NumberAt(header, 10, 2);
+    isUnicode_ = version == 21 || version == 23;
+    if (!isUnicode_ && version != 14 && version != 15) throw ReadError("store");
+    idSize_ = isUnicode_ ? 8 : 4;
+    const Layout& layout = LayoutOf(isUnicode_);
+    nodeRoot_ = NumberAt(header, layout.nodeRoot, idSize_);
+    blockRoot_ = NumberAt(header, layout.blockRoot, idSize_);
+    cipher_ = static_cast<uint8_t>(header[layout.cipher]);
+    if (!IsKnownCipher(cipher_)) throw ReadError("store");
+    ReadPage(nodeRoot_, kNodePages, -1);
+    ReadPage(blockRoot_, kBlockPages, -1);
+  } catch (...) {
+    close(file_);
+    throw;
+  }
+}
+
+NodeFile::~NodeFile() {
+  close(file_);
+}
+
+size_t NodeFile::MaxBlock() const {
+  return kBlockSlot - LayoutOf(isUnicode_).trailer;
+}
+
+std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
+  if (offset > size_ || count > size_ - offset) throw ReadError("place outside the file");
+  std::string bytes;
+  while (bytes.size() < count) {
+    uint64_t at = offset + bytes.size();
+    uint64_t number = at / kPieceSize;
+    Piece& piece = pieces_[number % kPieces];
+    if (piece.number != number) {
+      piece.number = UINT64_MAX;
+      piece.bytes.resize(kPieceSize);
+      ssize_t got = 0;
+      do {
+        got = pread(file_, piece.bytes.data(), kPieceSize, static_cast<off_t>(number * kPieceSize));
+      } while (got < 0 && errno == EINTR);
+      if (got < 0) throw ReadError("file");
+      piece.bytes.resize(static_cast<size_t>(got));
+      piece.number = number;
+    }
+    size_t from = at % kPieceSize;
+    if (from >= piece.bytes.size()) throw ReadError("file");  // it shrank
+    bytes += std::string_view(piece.bytes).substr(from, count - bytes.size());
+  }
+  return bytes;
+}
+
+// level: the one that the page above asks for, -1 for a root.
+const NodeFile::Page& NodeFile::ReadPage(uint64_t offset, uint8_t type, int level) {
+  Page& page = pages_[(offset / kPageSize) % kPages];
+  if (page.offset != offset) {
+    page.offset = UINT64_MAX;
+    const Layout& layout = LayoutOf(isUnicode_);
+    std::string bytes = ReadAt(offset, kPageSize);
+    size_t trailer = kPageSize - layout.trailer;
+    if (static_cast<uint8_t>(bytes[trailer]) != type || bytes[trailer] != bytes[trailer + 1]) {
+      throw ReadError("page");
+    }
+    page.count = NumberAt(bytes, layout.pageInfo, 1);
+    page.entrySize = NumberAt(bytes, layout.pageInfo + 2, 1);
+    page.level = static_cast<int>(NumberAt(bytes, layout.pageInfo + 3, 1));
+    size_t least = 3 * idSize_;
+    if (page.level == 0) least = type == kNodePages ? layout.nodeEntry : layout.blockEntry;
+    if (page.level > kMaxLevel || page.entrySize < least ||
+        page.count * page.entrySize > layout.pageInfo) {
+      throw ReadError("page");
+    }
+    bytes.resize(page.count * page.entrySize);
+    page.entries = std::move(bytes);
+    page.offset = offset;
+  }
+  if (level >= 0 && page.level != level) throw ReadError("page");
+  return page;
+}
+
+// The entry of the lowest level with that key; "" when there is none.
+std::string_view NodeFile::FindEntry(uint64_t root, uint8_t type, uint64_t key) {
+  const Page* page = &ReadPage(root, type, -1);
+  // Block numbers bear a mark that is not theirs; of node numbers only 32 bits count.
+  uint64_t mask = type == kBlockPages ? ~uint64_t{1} : 0xFFFFFFFF;
+  while (true) {
+    size_t low = 0;
+    size_t high = page->count;
+    while (low < high) {  // the first entry behind the key
+      size_t middle = (low + high) / 2;
+      if ((NumberAt(page->entries, middle * page->entrySize, idSize_) & mask) <= key) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    if (low == 0) return {};
+    auto entry = std::string_view(page->entries).substr((low - 1) * page->entrySize);
+    if (page->level == 0) return (NumberAt(entry, 0, idSize_) & mask) == key ? entry : "";
+    page = &ReadPage(NumberAt(entry, 2 * idSize_, idSize_), type, page->level - 1);
+  }
+}
+
+NodeFile::Node NodeFile::NodeOf(std::string_view entry) const {
+  return {NumberAt(entry, idSize_, idSize_), NumberAt(entry, 2 * idSize_, idSize_),
+          static_cast<uint32_t>(NumberAt(entry, 3 * idSize_, 4))};
+}
+
+std::optional<NodeFile::Node> NodeFile::FindNode(uint32_t number) {
+  std::string_view entry = FindEntry(nodeRoot_, kNodePages, number);
+  if (entry.empty()) return std::nullopt;
+  return NodeOf(entry);
+}
+
+void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& visit) {
+  uint64_t left = size_ / kPageSize;
+  VisitPages(nodeRoot_, -1, left, visit);
+}
+
+void NodeFile::VisitPages(uint64_t offset, int level, uint64_t& left,
+                          const std::function<void(uint32_t, const Node&)>& visit) {
+  if (left == 0) return;
+  --left;
+  Page page = ReadPage(offset, kNodePages, level);
+  for (size_t i = 0; i < page.count; ++i) {
+    auto entry = std::string_view(page.entries).substr(i * page.entrySize);
+    if (page.level == 0) {
+      visit(static_cast<uint32_t>(NumberAt(entry, 0, 4)), NodeOf(entry));
+      continue;
+    }
+    try {
+      VisitPages(NumberAt(entry, 2 * idSize_, idSize_), page.level - 1, left, visit);
+    } catch (const ReadError&) {
+      // What lies below is lost, the rest is not.
+    }
+  }
+}
+
+NodeFile::Block NodeFile::FindBlock(uint64_t id) {
+  std::string_view entry = FindEntry(blockRoot_, kBlockPages, id & ~uint64_t{1});
+  if (entry.empty()) throw ReadError("block");
+  Block block{NumberAt(entry, 0, idSize_), NumberAt(entry, idSize_, idSize_),
+              NumberAt(entry, 2 * idSize_, 2)};
+  if (block.size == 0 || block.size > MaxBlock()) throw ReadError("block");
+  return block;
+}
+
+// Behind a block's bytes, at the end of its 64-byte units, stands its own number: one that is not
+// there has been overwritten by another.
+std::string NodeFile::ReadRaw(const Block& block) {
+  const Layout& layout = LayoutOf(isUnicode_);
+  size_t whole = (block.size + layout.trailer + kBlockUnit - 1) / kBlockUnit * kBlockUnit;
+  std::string bytes = ReadAt(block.offset, whole);
+  uint64_t id = NumberAt(bytes, whole - layout.trailer + layout.trailerId, idSize_);
+  if (((id ^ block.id) & ~uint64_t{1}) != 0) throw ReadError("block");
+  bytes.resize(block.size);
+  return bytes;
+}
+
+std::string NodeFile::Read(const Block& block) {
+  std::string bytes = ReadRaw(block);
+  if ((block.id & kInternal) == 0) Decipher(cipher_, static_cast<uint32_t>(block.id), bytes);
+  return bytes;
+}
+
+size_t NodeFile::CountOf(const std::string& list, uint64_t type, uint64_t level) const {
+  if (NumberAt(list, 0, 1) != type || NumberAt(list, 1, 1) != level) throw ReadError("list");
+  return NumberAt(list, 2, 2);
+}
+
+std::vector<NodeFile::Block> NodeFile::BlocksOf(uint64_t data) {
+  std::vector<Block> blocks;
+  if (data == 0) return blocks;
+  Block first = FindBlock(data);
+  if ((data & kInternal) == 0) return {first};
+  std::string list = ReadRaw(first);
+  uint64_t total = 0;
+  AppendBlocks(list, NumberAt(list, 1, 1) == 2 ? 2 : 1, blocks, total);
+  return blocks;
+}
+
+void NodeFile::AppendBlocks(const std::string& list, int level, std::vector<Block>& blocks,
+                            uint64_t& total) {
+  constexpr size_t kHead = 8;
+  size_t count = CountOf(list, 1, static_cast<uint64_t>(level));
+  for (size_t i = 0; i < count; ++i) {
+    uint64_t id = NumberAt(list, kHead + i * idSize_, idSize_);
+    if (((id & kInternal) != 0) != (level == 2)) throw ReadError("list");
+    Block block = FindBlock(id);
+    total += block.size;
+    // No block serves twice.
+    if (total > size_) throw ReadError("list");
+    if (level == 2) {
+      AppendBlocks(ReadRaw(block), 1, blocks, total);
+    } else {
+      blocks.push_back(block);
+    }
+  }
+}
+
+std::vector<NodeFile::SubNode> NodeFile::SubNodesOf(uint64_t sub) {
+  std::vector<SubNode> nodes;
+  if (sub == 0) return nodes;
+  std::string list = ReadRaw(FindBlock(sub));
+  if (NumberAt(list, 1, 1) == 0) {
+    AppendSubNodes(list, nodes);
+  } else {
+    size_t count = CountOf(list, 2, 1);
+    for (size_t i = 0; i < count; ++i) {
+      uint64_t id = NumberAt(list, ListHead() + i * 2 * idSize_ + idSize_, idSize_);
+      AppendSubNodes(ReadRaw(FindBlock(id)), nodes);
+      if (nodes.size() > size_ / idSize_) throw ReadError("list");
+    }
+  }
+  std::stable_sort(nodes.begin(), nodes.end(),
+                   [](const SubNode& a, const SubNode& b) { return a.number < b.number; });
+  return nodes;
+}
+
+void NodeFile::AppendSubNodes(const std::string& list, std::vector<SubNode>& nodes) {
+  size_t count = CountOf(list, 2, 0);
+  for (size_t i = 0; i < count; ++i) {
+    size_t at = ListHead() + i * 3 * idSize_;
+    nodes.push_back({static_cast<uint32_t>(NumberAt(list, at, 4)),
+                     NumberAt(list, at + idSize_, idSize_),
+                     NumberAt(list, at + 2 * idSize_, idSize_)});
+  }
+}
+
+}  // namespace tarnwick::outlook::reader

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The lower half of a .pst file ([MS-PST] 2.2): nodes, found by number in one tree of pages, and
+// the blocks of bytes that they are made of, found by number in another. Pages and blocks are read
+// when they are asked for; what is kept in memory does not grow with the file.
+//
+// Nothing in the file is trusted: every place, size and count is checked against the file before it
+// is followed, trees must lose a level with each step, and no list is longer than the file has
+// bytes for. ReadError is thrown for what can't be read; everything else stays usable.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnwick::outlook::reader {
+
+// count little-endian bytes at offset; throws ReadError when they lie outside.
+uint64_t NumberAt(std::string_view bytes, size_t offset, size_t count);
+
+class NodeFile {
+ public:
+  // A node's blocks: its data, and the nodes that belong to it alone. 0 is none.
+  struct Node {
+    uint64_t data = 0;
+    uint64_t sub = 0;
+    uint32_t parent = 0;
+  };
+  struct SubNode {
+    uint32_t number = 0;
+    uint64_t data = 0;
+    uint64_t sub = 0;
+  };
+  struct Block {
+    uint64_t id = 0;
+    uint64_t offset = 0;
+    size_t size = 0;
+  };
+
+  // Throws ReadError for a file that is no store, or of a variant not read here.
+  explicit NodeFile(const std::string& path);
+  ~NodeFile();
+  NodeFile(const NodeFile&) = delete;
+  NodeFile& operator=(const NodeFile&) = delete;
+
+  uint64_t Size() const { return size_; }
+  // What a block holds at most.
+  size_t MaxBlock() const;
+
+  std::optional<Node> FindNode(uint32_t number);
+  // Every node that can still be reached, in order; the whole tree is read.
+  void ForEachNode(const std::function<void(uint32_t number, const Node& node)>& visit);
+
+  // The blocks that a node's data are, in order; none for 0.
+  std::vector<Block> BlocksOf(uint64_t data);
+  std::string Read(const Block& block);
+  // Sorted by number.
+  std::vector<SubNode> SubNodesOf(uint64_t sub);
+
+ private:
+  struct Page {
+    uint64_t offset = UINT64_MAX;
+    int level = 0;
+    size_t count = 0;
+    size_t entrySize = 0;
+    std::string entries;
+  };
+  struct Piece {
+    uint64_t number = UINT64_MAX;
+    std::string bytes;
+  };
+
+  std::string ReadAt(uint64_t offset, size_t count);
+  const Page& ReadPage(uint64_t offset, uint8_t type, int level);
+  std::string_view FindEntry(uint64_t root, uint8_t type, uint64_t key);
+  void VisitPages(uint64_t offset, int level, uint64_t& left,
+                  const std::function<void(uint32_t, const Node&)>& visit);
+  Node NodeOf(std::string_view entry) const;
+  Block FindBlock(uint64_t id);
+  std::string ReadRaw(const Block& block);
+  void AppendBlocks(const std::string& list, int level, std::vector<Block>& blocks,
+                    uint64_t& total);
+  void AppendSubNodes(const std::string& list, std::vector<SubNode>& nodes);
+  // The head of a list of blocks or nodes: its count of entries. Throws for another kind or level.
+  size_t CountOf(const std::string& list, uint64_t type, uint64_t level) const;
+  size_t ListHead() const { return isUnicode_ ? 8 : 4; }
+
+  int file_ = -1;
+  uint64_t size_ = 0;
+  bool isUnicode_ = true;
+  size_t idSize_ = 8;
+  uint8_t cipher_ = 0;
+  uint64_t nodeRoot_ = 0;
+  uint64_t blockRoot_ = 0;
+  std::vector<Page> pages_;
+  std::vector<Piece> pieces_;
+};
+
+}  // namespace tarnwick::outlook::reader

@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/reader/node_store.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "outlook/mapi.h"
+#include "outlook/pst_protocol.h"
+
+namespace tarnwick::outlook::reader {
+
+namespace {
+
+// Nodes that each store has, and the kinds that the low bits of a node's number tell.
+constexpr uint32_t kStoreNode = 0x21;
+constexpr uint32_t kRootNode = 0x122;
+constexpr uint32_t kRecipientsNode = 0x692;
+constexpr uint32_t kAttachmentsNode = 0x671;
+constexpr uint32_t kKindMask = 0x1F;
+constexpr uint32_t kFolderKind = 0x02;
+constexpr uint32_t kMessageKind = 0x04;
+constexpr uint32_t kAttachmentKind = 0x05;
+constexpr uint32_t kFoldersTable = 0x0D;   // a folder's list of the folders in it,
+constexpr uint32_t kContentsTable = 0x0E;  // and of its items
+
+constexpr uint16_t kObject = 0x000D;  // a value that is a node of its own
+constexpr uint64_t kMaxValue = 256u << 20;
+constexpr size_t kMaxRows = 100'000;
+
+void SendField(Heap& heap, const Field& field, Answer& answer) {
+  try {
+    StreamField(
+        heap, field,
+        [&](uint64_t size) {
+          if (size > kMaxValue) throw ReadError("value");
+          answer.BeginProperty(field.number, field.type, static_cast<size_t>(size));
+        },
+        [&](std::string_view bytes) { answer.Continue(bytes); });
+  } catch (const ReadError&) {
+    // One property less, or what there is of it; the others still count.
+  }
+}
+
+void SendProperties(Heap& heap, const std::vector<Prop>& wanted, Answer& answer) {
+  ForEachProperty(heap, [&](const Field& field) {
+    if (Contains(wanted, field.number)) SendField(heap, field, answer);
+  });
+}
+
+std::optional<Field> FindProperty(Heap& heap, Prop property) {
+  std::optional<Field> found;
+  ForEachProperty(heap, [&](const Field& field) {
+    if (field.number == static_cast<uint16_t>(property)) found = field;
+  });
+  return found;
+}
+
+// How an attachment is kept; 0 where it does not say.
+int64_t MethodOf(Heap& attachment) {
+  auto method = FindProperty(attachment, Prop::kAttachMethod);
+  if (!method || method->type != PropType::kInt32) return 0;
+  return static_cast<int64_t>(NumberAt(method->value, 0, 4));
+}
+
+// A short value's bytes; "" when it can't be read.
+std::string ShortValue(Heap& heap, const Field& field) {
+  constexpr size_t kMaxShort = 4096;
+  std::string bytes;
+  try {
+    StreamField(
+        heap, field, [](uint64_t) {},
+        [&](std::string_view piece) { bytes += piece.substr(0, kMaxShort - bytes.size()); });
+  } catch (const ReadError&) {
+    bytes.clear();
+  }
+  return bytes;
+}
+
+}  // namespace
+
+NodeStore::NodeStore(const std::string& path) : file_(path) {
+  auto root = file_.FindNode(kRootNode);
+  if (!root || !file_.FindNode(kStoreNode)) throw ReadError("store");
+}
+
+void NodeStore::DescribeStore(Answer& answer) {
+  // Where the store does not say which folder is its top, everything below the root is shown.
+  answer.Nodes(frame::kFolders, {kRootNode});
+  auto node = file_.FindNode(kStoreNode);
+  if (!node) throw ReadError("store");
+  Heap properties(file_, node->data, node->sub, kPropertiesHeap);
+  SendProperties(properties, kStoreProperties, answer);
+}
+
+std::vector<uint32_t> NodeStore::RowsOf(uint32_t tableNode) {
+  auto node = file_.FindNode(tableNode);
+  if (!node) throw ReadError("table");
+  return Table(file_, node->data, node->sub).RowIds();
+}
+
+// The nodes of a kind whose parent is the folder.
+std::vector<uint32_t> NodeStore::Below(uint32_t folder, uint32_t kind) {
+  if (!hasChildren_) {
+    hasChildren_ = true;
+    file_.ForEachNode([&](uint32_t number, const NodeFile::Node& node) {
+      uint32_t its = number & kKindMask;
+      if ((its == kFolderKind || its == kMessageKind) && node.parent != number) {
+        children_.emplace(node.parent, number);
+      }
+    });
+  }
+  std::vector<uint32_t> nodes;
+  auto [begin, end] = children_.equal_range(folder);
+  for (auto child = begin; child != end; ++child) {
+    if ((child->second & kKindMask) == kind) nodes.push_back(child->second);
+  }
+  return nodes;
+}
+
+void NodeStore::DescribeFolder(uint32_t node, Answer& answer) {
+  auto found = file_.FindNode(node);
+  if (!found || (node & kKindMask) != kFolderKind) throw ReadError("folder");
+  try {
+    Heap properties(file_, found->data, found->sub, kPropertiesHeap);
+    SendProperties(properties, kFolderProperties, answer);
+  } catch (const ReadError&) {
+    // A folder without a name still has its items.
+  }
+  uint32_t base = node & ~kKindMask;
+  std::vector<uint32_t> folders;
+  try {
+    folders = RowsOf(base | kFoldersTable);
+  } catch (const ReadError&) {
+    folders = Below(node, kFolderKind);
+  }
+  // Searches stand among the folders; what they list lies elsewhere.
+  std::erase_if(folders, [](uint32_t id) { return (id & kKindMask) != kFolderKind; });
+  answer.Nodes(frame::kFolders, folders);
+  std::vector<uint32_t> items;
+  try {
+    items = RowsOf(base | kContentsTable);
+  } catch (const ReadError&) {
+    items = Below(node, kMessageKind);
+  }
+  answer.Nodes(frame::kItems, items);
+}
+
+NodeStore::Message NodeStore::OpenMessage(uint64_t data, uint64_t sub) {
+  Message message;
+  message.properties = std::make_unique<Heap>(file_, data, sub, kPropertiesHeap);
+  try {
+    if (auto node = message.properties->FindSubNode(kAttachmentsNode)) {
+      message.attachments = Table(file_, node->data, node->sub).RowIds();
+    }
+  } catch (const ReadError&) {
+    try {
+      for (const NodeFile::SubNode& node : message.properties->SubNodes()) {
+        if ((node.number & kKindMask) == kAttachmentKind) {
+          message.attachments.push_back(node.number);
+        }
+      }
+    } catch (const ReadError&) {
+      // The message is there without what belongs to it.
+    }
+  }
+  if (message.attachments.size() > kMaxRows) message.attachments.resize(kMaxRows);
+  return message;
+}
+
+NodeStore::Message& NodeStore::OpenItem(uint32_t node) {
+  if (item_.properties && itemNode_ == node) return item_;
+  embedded_ = {};
+  item_ = {};
+  auto found = file_.FindNode(node);
+  if (!found) throw ReadError("item");
+  item_ = OpenMessage(found->data, found->sub);
+  itemNode_ = node;
+  return item_;
+}
+
+std::unique_ptr<Heap> NodeStore::OpenAttachment(Message& message, uint32_t number) {
+  if (number >= message.attachments.size()) throw ReadError("attachment");
+  auto node = message.properties->FindSubNode(message.attachments[number]);
+  if (!node) throw ReadError("attachment");
+  return std::make_unique<Heap>(file_, node->data, node->sub, kPropertiesHeap);
+}
+
+NodeStore::Message& NodeStore::OpenEmbedded(uint32_t node, const AttachmentPath& path) {
+  Message& item = OpenItem(node);
+  if (path.empty()) return item;
+  if (path.size() > kMaxEmbedding) throw ReadError("embedded message");
+  if (embedded_.properties && embeddedPath_ == path) return embedded_;
+  embedded_ = {};
+  embeddedPath_.clear();
+  Message* above = &item;
+  for (uint32_t number : path) {
+    auto attachment = OpenAttachment(*above, number);
+    auto data = FindProperty(*attachment, Prop::kAttachData);
+    if (!data || data->type != kObject) throw ReadError("embedded message");
+    std::string_view object = attachment->Value(static_cast<uint32_t>(NumberAt(data->value, 0, 4)));
+    auto inner = attachment->FindSubNode(static_cast<uint32_t>(NumberAt(object, 0, 4)));
+    if (!inner) throw ReadError("embedded message");
+    embedded_ = OpenMessage(inner->data, inner->sub);
+    above = &embedded_;
+  }
+  embeddedPath_ = path;
+  return embedded_;
+}
+
+void NodeStore::DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) {
+  Message& item = OpenItem(place.node);
+  auto messageClass = FindProperty(*item.properties, Prop::kMessageClass);
+  if (!messageClass) return;
+  std::string bytes = ShortValue(*item.properties, *messageClass);
+  answer.Property(messageClass->number, messageClass->type, bytes);
+  if (IsMailClass(bytes, messageClass->type)) DescribeMessage(item, withAttachments, answer);
+}
+
+void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& answer) {
+  SendProperties(*message.properties, kMessageProperties, answer);
+  try {
+    if (auto node = message.properties->FindSubNode(kRecipientsNode)) {
+      Table recipients(file_, node->data, node->sub);
+      for (size_t row = 0; row < std::min(recipients.RowIds().size(), kMaxRows); ++row) {
+        answer.Frame(frame::kRecipientRow, {});
+        recipients.ForEachCell(row, [&](const Field& field) {
+          if (Contains(kRecipientProperties, field.number)) {
+            SendField(recipients.Values(), field, answer);
+          }
+        });
+      }
+    }
+  } catch (const ReadError&) {
+    // Those that were read stand.
+  }
+  for (uint32_t i = 0; i < message.attachments.size(); ++i) {
+    answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
+    try {
+      auto attachment = OpenAttachment(message, i);
+      SendProperties(*attachment, kAttachmentProperties, answer);
+      if (withAttachments && MethodOf(*attachment) == AttachMethod::kByValue) {
+        SendBytes(*attachment, answer);
+      }
+    } catch (const ReadError&) {
+      if (withAttachments) throw;
+    }
+  }
+}
+
+void NodeStore::DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
+                                 Answer& answer) {
+  DescribeMessage(OpenEmbedded(place.node, path), false, answer);
+}
+
+void NodeStore::SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) {
+  if (path.empty()) throw ReadError("attachment");
+  Message& message = OpenEmbedded(place.node, {path.begin(), path.end() - 1});
+  SendBytes(*OpenAttachment(message, path.back()), answer);
+}
+
+void NodeStore::SendBytes(Heap& attachment, Answer& answer) {
+  auto data = FindProperty(attachment, Prop::kAttachData);
+  if (!data || MethodOf(attachment) == AttachMethod::kEmbeddedMessage) {
+    throw ReadError("attachment");
+  }
+  answer.Frame(frame::kBytes, {});  // an empty one is read, too
+  auto begin = [](uint64_t) {};
+  auto piece = [&](std::string_view bytes) { answer.Frame(frame::kBytes, bytes); };
+  if (data->type != kObject) return StreamField(attachment, *data, begin, piece);
+  // Something another program made: its bytes are a node of their own.
+  std::string_view object = attachment.Value(static_cast<uint32_t>(NumberAt(data->value, 0, 4)));
+  attachment.Stream(static_cast<uint32_t>(NumberAt(object, 0, 4)), begin, piece);
+}
+
+}  // namespace tarnwick::outlook::reader

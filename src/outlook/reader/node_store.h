@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// A .pst file of Outlook 97 to 2010 read by its nodes: an answer costs what it holds, however large
+// the store. The last item and embedded message stay open, since requests come in their order.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "outlook/reader/heap.h"
+#include "outlook/reader/node_file.h"
+#include "outlook/reader/store_file.h"
+
+namespace tarnwick::outlook::reader {
+
+class NodeStore : public StoreFile {
+ public:
+  // Throws ReadError for a file whose store or top folder is not found this way.
+  explicit NodeStore(const std::string& path);
+
+  void DescribeStore(Answer& answer) override;
+  void DescribeFolder(uint32_t node, Answer& answer) override;
+  void DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) override;
+  void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
+                        Answer& answer) override;
+  void SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) override;
+
+ private:
+  struct Message {
+    std::unique_ptr<Heap> properties;
+    std::vector<uint32_t> attachments;  // the nodes they are, in their order
+  };
+
+  Message OpenMessage(uint64_t data, uint64_t sub);
+  Message& OpenItem(uint32_t node);
+  Message& OpenEmbedded(uint32_t node, const AttachmentPath& path);
+  std::unique_ptr<Heap> OpenAttachment(Message& message, uint32_t number);
+  void DescribeMessage(Message& message, bool withAttachments, Answer& answer);
+  void SendBytes(Heap& attachment, Answer& answer);
+  std::vector<uint32_t> RowsOf(uint32_t tableNode);
+  std::vector<uint32_t> Below(uint32_t folder, uint32_t kind);
+
+  NodeFile file_;
+  Message item_;
+  uint32_t itemNode_ = 0;
+  Message embedded_;
+  AttachmentPath embeddedPath_;
+  // Nodes by parent, for folders whose tables are gone; read when one is met.
+  std::multimap<uint32_t, uint32_t> children_;
+  bool hasChildren_ = false;
+};
+
+}  // namespace tarnwick::outlook::reader

@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "takeout/message_writers.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+#include "platform/charset.h"
+#include "platform/clock.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "takeout/new_files.h"
+
+namespace tarnwick::takeout {
+
+namespace {
+
+constexpr size_t kMostFolderChars = 60;
+constexpr const char* kMailbox = "Tarnwick";
+
+std::string Joined(const std::string& folder, const std::vector<std::string>& names) {
+  std::string path = platform::WithSeparator(folder);
+  for (const std::string& name : names) path += name + platform::kSeparator;
+  return path;
+}
+
+// "2003-05-02 1432 Ann Lee - Budget"; without a name or a subject what there is.
+std::string StemOf(const Letter& letter) {
+  constexpr size_t kMostCorrespondent = 40;
+  std::string stem;
+  if (letter.time) {
+    stem = letter.time->ToIso().substr(0, 16);
+    std::erase(stem, ':');
+  }
+  auto add = [&stem](std::string_view text, const char* between) {
+    if (!text.empty()) stem.append(stem.empty() ? "" : between).append(text);
+  };
+  add(platform::FirstChars(letter.correspondent, kMostCorrespondent), " ");
+  add(letter.subject, letter.correspondent.empty() ? " " : " - ");
+  return stem.empty() ? "message" : stem;
+}
+
+class EmlWriter : public MessageWriter {
+ public:
+  EmlWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
+
+  void Save(const Letter& letter, std::string_view file) override {
+    std::string path =
+        folders_ ? Joined(folder_, SafeFolderPath(letter)) : platform::WithSeparator(folder_);
+    files_.try_emplace(path, path).first->second.Add(StemOf(letter), ".eml", file, letter.time);
+    ++saved_;
+  }
+
+ private:
+  std::string folder_;
+  bool folders_;
+  std::map<std::string, NewFiles> files_;
+};
+
+class MaildirWriter : public MessageWriter {
+ public:
+  MaildirWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
+
+  void Save(const Letter& letter, std::string_view file) override {
+    const std::string& box = MakeBox(letter);
+    int64_t arrived = letter.time ? std::max<int64_t>(platform::UnixFromLocal(*letter.time), 0) : 0;
+    std::string stem = std::to_string(arrived) + "." + std::to_string(letter.id) + "_";
+    std::string scratch = platform::UniquePath(box + "tmp/", stem + "new");
+    try {
+      platform::WriteFile(scratch, file);
+      if (letter.time) platform::SetFileModified(scratch, *letter.time);
+      // A message saved once more gets a name of its own. Seen, as all mail here has been.
+      for (int number = 0;; ++number) {
+        std::string name = box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S";
+        if (platform::RenameNew(scratch, name)) break;
+      }
+    } catch (...) {
+      RemoveQuietly(scratch);
+      throw;
+    }
+    ++saved_;
+  }
+
+ private:
+  // The mailbox of a letter, with its folders; a folder's own mailbox is one of the dotted ones
+  // inside the first.
+  const std::string& MakeBox(const Letter& letter) {
+    std::string name;
+    if (folders_) {
+      for (std::string part : SafeFolderPath(letter)) {
+        std::replace(part.begin(), part.end(), '.', '_');
+        name += "." + part;
+      }
+    }
+    auto [found, isNew] = boxes_.try_emplace(name);
+    if (!isNew) return found->second;
+    std::string box = platform::WithSeparator(folder_);
+    if (!name.empty()) {
+      MakeFolders(box);  // the folder above is a mailbox too
+      box = platform::WithSeparator(box + name);
+    }
+    MakeFolders(box);
+    if (!name.empty() && !platform::FileExists(box + "maildirfolder")) {
+      platform::WriteFile(box + "maildirfolder", "");
+    }
+    found->second = box;
+    return found->second;
+  }
+
+  static void MakeFolders(const std::string& box) {
+    for (const char* part : {"tmp/", "new/", "cur/"}) platform::MakeFolder(box + part);
+  }
+
+  std::string folder_;
+  bool folders_;
+  std::map<std::string, std::string> boxes_;  // paths by dotted name
+};
+
+// The line before a message: its sender and when it came, UTC.
+std::string FromLine(const Letter& letter) {
+  constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  bool isAddress = letter.sender.size() <= 200 && letter.sender.find('@') != std::string::npos &&
+                   std::all_of(letter.sender.begin(), letter.sender.end(),
+                               [](char c) { return c > ' ' && c < 0x7F; });
+  DateTime utc =
+      DateTime::FromSeconds(letter.time ? platform::UnixFromLocal(*letter.time) : int64_t{0});
+  CivilTime civil = utc.ToCivil();
+  char when[64];
+  std::snprintf(when, sizeof when, " %s %s %2d %02d:%02d:%02d %04d\n", kDays[utc.Weekday()],
+                kMonths[civil.month - 1], civil.day, civil.hour, civil.minute, civil.second,
+                civil.year);
+  return "From " + (isAddress ? letter.sender : "MAILER-DAEMON") + when;
+}
+
+// One mailbox file after the other. A line of a message that could be taken for the beginning of
+// the next gets a ">" in front, and so does one that has such marks already: taken away again, the
+// bytes are what they were.
+class MboxWriter : public MessageWriter {
+ public:
+  MboxWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
+
+  void Save(const Letter& letter, std::string_view file) override {
+    Begin(letter);
+    Write(FromLine(letter));
+    size_t written = 0;
+    for (size_t at = file.find(kFrom); at != std::string_view::npos;
+         at = file.find(kFrom, at + 1)) {
+      size_t start = at;
+      while (start > written && file[start - 1] == '>') --start;
+      if (start > 0 && file[start - 1] != '\n') continue;
+      Write(file.substr(written, start - written));
+      Write(">");
+      written = start;
+    }
+    Write(file.substr(written));
+    Write(file.empty() || file.back() == '\n' ? "\n" : "\n\n");
+    ends_.push_back(size_);
+    constexpr uint64_t kFlushed = 64 << 20;
+    if (size_ - begun_ > kFlushed) {
+      begun_ = size_;
+      platform::BeginFlush(path_);
+    }
+  }
+
+  void Finish() override {
+    if (output_ == nullptr) return;
+    std::exception_ptr failure;
+    uint64_t whole = size_;
+    try {
+      output_->Close();
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    output_.reset();
+    // Whatever failed, the messages that came whole to the disk are kept.
+    uint64_t onDisk = platform::FileSize(path_);
+    while (!ends_.empty() && ends_.back() > onDisk) ends_.pop_back();
+    whole = ends_.empty() ? 0 : ends_.back();
+    if (whole == 0) {
+      platform::RemoveFile(path_);
+    } else {
+      if (whole != onDisk) platform::CutFile(path_, whole);
+      platform::FlushToDisk(path_);
+      files_->Place(path_, stem_, ".mbox");
+      saved_ += static_cast<int64_t>(ends_.size());
+    }
+    ends_.clear();
+    if (failure) std::rethrow_exception(failure);
+  }
+
+ private:
+  static constexpr std::string_view kFrom = "From ";
+
+  void Begin(const Letter& letter) {
+    std::vector<std::string> place = folders_ ? SafeFolderPath(letter) : std::vector{Mailbox()};
+    if (output_ != nullptr && place == place_) return;
+    Finish();
+    place_ = place;
+    stem_ = place.back();
+    place.pop_back();
+    std::string path = Joined(folder_, place);
+    if (files_ == nullptr || files_->Folder() != path) files_ = std::make_unique<NewFiles>(path);
+    path_ = files_->UnfinishedPath(stem_, ".mbox");
+    output_ = std::make_unique<platform::OutputFile>(path_);
+    size_ = 0;
+    begun_ = 0;
+  }
+
+  static std::string Mailbox() { return kMailbox; }
+
+  void Write(std::string_view bytes) {
+    output_->Write(bytes);
+    size_ += bytes.size();
+  }
+
+  std::string folder_;
+  bool folders_;
+  std::vector<std::string> place_;
+  std::unique_ptr<NewFiles> files_;
+  std::string stem_;
+  std::string path_;  // while it is unfinished
+  std::unique_ptr<platform::OutputFile> output_;
+  uint64_t size_ = 0;
+  uint64_t begun_ = 0;          // so much is on its way to the disk
+  std::vector<uint64_t> ends_;  // where the messages of the open file end
+};
+
+}  // namespace
+
+std::unique_ptr<MessageWriter> MakeWriter(SaveFormat format, const std::string& folder,
+                                          bool folders) {
+  switch (format) {
+    case SaveFormat::kMbox:
+      return std::make_unique<MboxWriter>(folder, folders);
+    case SaveFormat::kMaildir:
+      return std::make_unique<MaildirWriter>(folder, folders);
+    case SaveFormat::kEml:
+      break;
+  }
+  return std::make_unique<EmlWriter>(folder, folders);
+}
+
+std::vector<std::string> SafeFolderPath(const Letter& letter) {
+  constexpr size_t kDeepest = 16;
+  std::vector<std::string> path;
+  for (const std::string& name : letter.folder) {
+    std::string safe = platform::SafeFileName(name, kMostFolderChars);
+    if (!safe.empty() && path.size() < kDeepest) path.push_back(std::move(safe));
+  }
+  if (path.empty()) path.emplace_back("Mail");
+  return path;
+}
+
+}  // namespace tarnwick::takeout

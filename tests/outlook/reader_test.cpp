@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The two ways to read a store, side by side: they must say the same of every sound one.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <random>
+
+#include "outlook/pst_protocol.h"
+#include "outlook/reader/library_store.h"
+#include "outlook/reader/node_store.h"
+#include "platform/files.h"
+#include "support/pst_builder.h"
+#include "support/real_data.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::outlook::reader {
+namespace {
+
+using testing::PstAttachment;
+using testing::PstBuilder;
+using testing::PstMessage;
+using testing::PstProperties;
+
+// An answer, with the pieces of each value put together; the properties of a row in order.
+struct Said {
+  std::vector<std::string> properties;
+  std::vector<uint32_t> folders;
+  std::vector<uint32_t> items;
+  std::string bytes;
+  bool failed = false;
+  bool operator==(const Said&) const = default;
+};
+
+Said Ask(const std::function<void(Answer&)>& request) {
+  std::string frames;
+  Answer answer([&](std::string_view bytes) { frames += bytes; });
+  Said said;
+  try {
+    request(answer);
+  } catch (const ReadError&) {
+    said.failed = true;
+  }
+  answer.Flush();
+  auto inRow = said.properties.begin();
+  size_t row = 0;
+  for (size_t at = 0; at < frames.size();) {
+    char kind = frames[at];
+    std::string payload = frames.substr(at + kFrameHeader, TakeNumber(frames, at + 1));
+    at += kFrameHeader + payload.size();
+    auto& nodes = kind == frame::kFolders ? said.folders : said.items;
+    switch (kind) {
+      case frame::kProperty:
+        said.properties.push_back(payload);
+        break;
+      case frame::kContinued:
+        said.properties.back() += payload;
+        break;
+      case frame::kFolders:
+      case frame::kItems:
+        for (size_t i = 0; i < payload.size(); i += 4) nodes.push_back(TakeNumber(payload, i));
+        break;
+      case frame::kBytes:
+        said.bytes += payload;
+        break;
+      default:
+        std::sort(said.properties.begin() + static_cast<std::ptrdiff_t>(row),
+                  said.properties.end());
+        said.properties.push_back(std::string(1, kind));
+        row = said.properties.size();
+    }
+  }
+  inRow = said.properties.begin() + static_cast<std::ptrdiff_t>(row);
+  std::sort(inRow, said.properties.end());
+  // A list of searches is one of theirs only.
+  std::erase_if(said.folders, [](uint32_t node) { return (node & 0x1F) != 2; });
+  return said;
+}
+
+struct Tally {
+  uint64_t items = 0;
+  int64_t attachments = 0;
+  int64_t embedded = 0;
+};
+
+class Comparison {
+ public:
+  explicit Comparison(const std::string& path) : ours_(path), theirs_(path) {}
+
+  Tally Run() {
+    Compare([](StoreFile& store, Answer& answer) { store.DescribeStore(answer); });
+    std::vector<uint32_t> waiting = {0x122};
+    while (!waiting.empty()) {
+      uint32_t folder = waiting.back();
+      waiting.pop_back();
+      Said said =
+          Compare([&](StoreFile& store, Answer& answer) { store.DescribeFolder(folder, answer); });
+      waiting.insert(waiting.end(), said.folders.begin(), said.folders.end());
+      for (size_t i = 0; i < said.items.size(); ++i) {
+        ItemPlace place{folder, static_cast<uint32_t>(i), said.items[i]};
+        ++tally_.items;
+        Walk(place, {}, Compare([&](StoreFile& store, Answer& answer) {
+               store.DescribeItem(place, false, answer);
+             }));
+      }
+    }
+    return tally_;
+  }
+
+ private:
+  Said Compare(const std::function<void(StoreFile&, Answer&)>& request) {
+    Said ours = Ask([&](Answer& answer) { request(ours_, answer); });
+    Said theirs = Ask([&](Answer& answer) { request(theirs_, answer); });
+    EXPECT_TRUE(ours == theirs) << tally_.items << " " << ours.properties.size() << " "
+                                << theirs.properties.size();
+    return ours;
+  }
+
+  void Walk(const ItemPlace& place, AttachmentPath path, const Said& message) {
+    path.push_back(0);
+    for (const std::string& row : message.properties) {
+      if (row != std::string(1, frame::kAttachmentRow)) continue;
+      ++tally_.attachments;
+      Said bytes = Compare(
+          [&](StoreFile& store, Answer& answer) { store.SendAttachment(place, path, answer); });
+      if (bytes.failed && path.size() < kMaxEmbedding) {
+        Said inner = Compare(
+            [&](StoreFile& store, Answer& answer) { store.DescribeEmbedded(place, path, answer); });
+        if (!inner.failed) ++tally_.embedded;
+        Walk(place, path, inner);
+      }
+      ++path.back();
+    }
+  }
+
+  NodeStore ours_;
+  LibraryStore theirs_;
+  Tally tally_;
+};
+
+PstMessage Mail(size_t number, bool hasFiles) {
+  PstMessage mail;
+  std::string text = std::to_string(number);
+  mail.properties.texts = {
+      {0x001A, "IPM.Note"}, {0x0037, "mail " + text}, {0x1000, std::string(number * 37, 'b')}};
+  mail.properties.times = {{0x0039, 126'598'072'200'000'000}};
+  mail.properties.numbers = {{0x0017, 2}};
+  PstProperties to;
+  to.texts = {{0x3001, "Bob " + text}, {0x3003, "b" + text + "@x.test"}};
+  to.numbers = {{0x0C15, 1}};
+  mail.recipients.assign(hasFiles ? 700 : 2, to);
+  if (!hasFiles) return mail;
+  PstAttachment file;
+  file.properties.texts = {{0x3707, "a.bin"}};
+  file.data = std::string(300, 'f');
+  PstAttachment letter;
+  letter.properties.texts = {{0x3001, "inner"}};
+  letter.embedded = {Mail(number + 1, false)};
+  letter.embedded[0].attachments = {file};
+  mail.attachments.assign(320, file);
+  mail.attachments[7] = letter;
+  mail.attachments[8].data.clear();
+  mail.attachments[9].data = std::string(30'000, 'g');
+  return mail;
+}
+
+class ReaderTest : public ::testing::Test {
+ protected:
+  testing::TempFolder folder_;
+};
+
+TEST_F(ReaderTest, SaysOfBuiltStoresWhatTheLibrarySays) {
+  for (bool isUnicode : {true, false}) {
+    for (uint8_t cipher : {0, 1, 2}) {
+      size_t items = cipher == 0 ? 1200 : 20;  // a list of many takes several blocks
+      PstBuilder store(isUnicode);
+      store.SetCipher(cipher);
+      uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+      for (size_t i = 0; i < items; ++i) store.AddMessage(inbox, Mail(i, false));
+      uint32_t deep = store.AddFolder(store.AddFolder(inbox, "A"), "B");
+      store.AddMessage(deep, Mail(1, true));
+      PstMessage huge = Mail(2, false);
+      huge.properties.texts[0x1000] = std::string(3'000'000, 'h');
+      store.AddMessage(deep, huge);
+      platform::WriteFile(folder_.File("a.pst"), store.Build());
+      Tally tally = Comparison(folder_.File("a.pst")).Run();
+      EXPECT_EQ(tally.items, items + 2) << isUnicode << int{cipher};
+      EXPECT_EQ(tally.attachments, 321);
+      EXPECT_EQ(tally.embedded, 1);
+    }
+  }
+}
+
+// Beyond what one list of blocks holds, which the library gives up.
+TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
+  for (bool isUnicode : {true, false}) {
+    PstBuilder store(isUnicode);
+    PstMessage mail = Mail(0, false);
+    mail.attachments.resize(1);
+    for (int i = 0; i < 10'000'000; i += 10) mail.attachments[0].data += std::to_string(i) + ";";
+    uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+    uint32_t node = store.AddMessage(inbox, mail);
+    platform::WriteFile(folder_.File("a.pst"), store.Build());
+    NodeStore reader(folder_.File("a.pst"));
+    Said said = Ask([&](Answer& answer) { reader.SendAttachment({inbox, 0, node}, {0}, answer); });
+    EXPECT_FALSE(said.failed);
+    EXPECT_TRUE(said.bytes == mail.attachments[0].data) << said.bytes.size();
+  }
+}
+
+// Whatever the bytes, requests end in answers of bounded length or in errors.
+TEST_F(ReaderTest, SurvivesDamage) {
+  std::mt19937 random(20020305);
+  for (bool isUnicode : {true, false}) {
+    PstBuilder store(isUnicode);
+    store.SetCipher(isUnicode ? 0 : 1);
+    uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+    for (size_t i = 0; i < 40; ++i) store.AddMessage(inbox, Mail(i, i == 20));
+    std::string sound = store.Build();
+    size_t read = 0;
+    for (int round = 0; round < 100; ++round) {
+      std::string bytes = sound;
+      if (round % 5 == 0) bytes.resize(random() % bytes.size());
+      for (int i = 0; i < 1 << round % 12; ++i) {
+        bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
+      }
+      platform::WriteFile(folder_.File("a.pst"), bytes);
+      try {
+        NodeStore reader(folder_.File("a.pst"));
+        Said folder = Ask([&](Answer& answer) { reader.DescribeFolder(inbox, answer); });
+        for (uint32_t item : folder.items) {
+          Said said = Ask([&](Answer& answer) { reader.DescribeItem({0, 0, item}, true, answer); });
+          if (!said.failed) ++read;
+        }
+      } catch (const ReadError&) {
+        // No store any more.
+      }
+    }
+    EXPECT_GT(read, 500u);
+  }
+}
+
+TEST_F(ReaderTest, SaysOfRealStoresWhatTheLibrarySays) {
+  for (const char* file : {"sample1.pst", "testPST.pst", "testPST_variousBodyTypes.pst",
+                           "test_ansi.pst", "test_unicode.pst"}) {
+    std::string path = testing::RealData("pst/" + std::string(file));
+    if (path.empty()) GTEST_SKIP();
+    EXPECT_GT(Comparison(path).Run().items, 0) << file;
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::outlook::reader

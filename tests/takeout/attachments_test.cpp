@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "takeout/attachments.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/files.h"
+#include "support/mail_encoding.h"
+#include "support/real_data.h"
+#include "support/run_program.h"
+#include "support/temp_folder.h"
+
+namespace tarnwick::takeout {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+
+std::string Multipart(const std::vector<std::string>& parts) {
+  std::string text = "Subject: Files\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
+  for (const std::string& part : parts) text += "--b\r\n" + part + "\r\n";
+  return text + "--b--\r\n";
+}
+
+// "name type size", with a star behind a program.
+std::vector<std::string> Listed(const MessageAttachments& attachments) {
+  std::vector<std::string> lines;
+  for (const Attachment& attachment : attachments.List()) {
+    lines.push_back(attachment.name + " " + attachment.type + " " +
+                    std::to_string(attachment.size) + (attachment.isProgram ? "*" : ""));
+  }
+  return lines;
+}
+
+const std::string kBytes("\x00\x01 a\n\xFF=z", 8);
+
+TEST(Attachments, EveryWayInWhichFilesAreSentGivesTheirBytesBack) {
+  std::string message = "From: a@example.org\r\nSubject: =?utf-8?Q?Gr=C3=BC=C3=9Fe?=\r\n\r\nHi\r\n";
+  MessageAttachments attachments(Multipart({
+      "Content-Type: text/plain\r\n\r\nLetter.\r\n" + testing::Uuencode("plan.xls", kBytes),
+      "Content-Type: image/png; name=\"=?iso-8859-1?Q?=FCber.png?=\"\r\n"
+      "Content-Transfer-Encoding: base64\r\n\r\n" +
+          testing::Base64Lines(kBytes) + "____________\r\nA list of lists\r\n",
+      "Content-Disposition: attachment; filename*0*=utf-8''na%C3%AFve;\r\n filename*1=.txt\r\n"
+      "Content-Transfer-Encoding: quoted-printable\r\n\r\na=3Db =\r\nc\nd\r\n",
+      "Content-Type: message/rfc822\r\n\r\n" + message,
+      "Content-Type: message/rfc822\r\nContent-Transfer-Encoding: base64\r\n\r\n" +
+          testing::Base64Lines(Multipart({"Content-Type: audio/midi\r\n\r\nMThd"})),
+      "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: "
+      "quoted-printable\r\n\r\n" +
+          testing::QuotedPrintable(testing::Uuencode("PLAN.XLS", "x")),
+  }));
+  EXPECT_THAT(Listed(attachments),
+              ElementsAre("plan.xls application/octet-stream 8", "\u00FCber.png image/png 8",
+                          "na\u00EFve.txt text/plain 9", "Gr\u00FC\u00DFe.eml message/rfc822 65",
+                          "Files.eml message/rfc822 109", "audio.mid audio/midi 4",
+                          "PLAN (2).XLS application/octet-stream 1"));
+  EXPECT_EQ(attachments.Bytes(0), kBytes);
+  EXPECT_EQ(attachments.Bytes(1), kBytes) << "a list's footer is no part of a picture";
+  EXPECT_EQ(attachments.Bytes(2), "a=b c\nd\r\n") << "line ends as they were";
+  EXPECT_EQ(attachments.Bytes(3), message);
+  EXPECT_EQ(attachments.Bytes(5), "MThd");
+}
+
+TEST(Attachments, NamesAreSafeAndProgramsAreKnown) {
+  const struct {
+    const char* what;
+    std::string declared, name;
+    bool isProgram;
+  } kRows[] = {
+      {"path up", "../../.profile", "_.._.profile", false},
+      {"path of a Windows", "C:\\\\boot\\\\autoexec.BAT", "C__boot_autoexec.BAT", true},
+      {"behind a picture", "holiday.jpg.exe", "holiday.jpg.exe", true},
+      {"far behind a picture", "holiday.jpg" + std::string(150, ' ') + ".scr", "holiday.jpg.scr",
+       true},
+      {"reversed", "holiday\u202Egpj.exe", "holiday_gpj.exe", true},
+      {"dots and blanks at the end", "letter.vbs. . ", "letter.vbs", true},
+      {"device", "aux.h", "_aux.h", false},
+      {"device of a Windows", "COM\u00B9", "_COM\u00B9", false},
+      {"script of a Unix", "run.sh", "run.sh", true},
+      {"a word like one", "executive.summary", "executive.summary", false},
+      {"nothing left", "...", "attachment.bin", false},
+  };
+  for (const auto& row : kRows) {
+    MessageAttachments attachments(
+        Multipart({"Content-Type: application/x-thing; name=\"" + row.declared + "\"\r\n\r\nx"}));
+    ASSERT_EQ(attachments.List().size(), 1U) << row.what;
+    EXPECT_EQ(attachments.List()[0].name, row.name) << row.what;
+    EXPECT_EQ(attachments.List()[0].isProgram, row.isProgram) << row.what;
+  }
+}
+
+TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMissing) {
+  const std::string picture = "Content-Type: image/gif\r\n\r\nGIF";
+  std::string deep = "Content-Type: image/gif\r\n\r\nGIF";
+  for (int i = 0; i < 3000; ++i) {
+    std::string boundary = "b" + std::to_string(i);
+    deep = "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n\r\n--" + boundary +
+           "\r\n" + deep;
+  }
+  const struct {
+    const char* what;
+    std::string message;
+    std::vector<std::string> names;
+  } kRows[] = {
+      {"cut off", "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture, {"image.gif"}},
+      {"another boundary",
+       "Content-Type: multipart/mixed; boundary=b\n\n--c\n" + picture + "\n--c--\n",
+       {"image.gif"}},
+      {"parts behind the end",
+       "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture + "\n--b--\n\n--b\n" +
+           picture,
+       {"image.gif", "image (2).gif"}},
+      {"no boundary", "Content-Type: multipart/mixed\n\nWords.\n", {"whole message.eml"}},
+      {"no end of uuencoding", "Subject: x\n\nbegin 644 a.txt\n#86)C\n", {}},
+      {"nesting without end", deep, {"whole message.eml"}},
+      {"nothing", "", {}},
+  };
+  for (const auto& row : kRows) {
+    MessageAttachments attachments(row.message);
+    std::vector<std::string> names;
+    for (const Attachment& attachment : attachments.List()) names.push_back(attachment.name);
+    EXPECT_EQ(names, row.names) << row.what;
+    if (!names.empty() && names.back() == "whole message.eml") {
+      EXPECT_EQ(attachments.Bytes(names.size() - 1), row.message) << row.what;
+    }
+  }
+  std::vector<std::string> many(5000, picture);
+  MessageAttachments attachments(Multipart(many));
+  EXPECT_EQ(attachments.List().size(), 1001U);
+  EXPECT_EQ(attachments.List().back().name, "whole message.eml");
+}
+
+// Every real message there is, beside another decoder of long standing.
+TEST(RealAttachments, AreThoseOfPythonsEmailPackage) {
+  std::string mail = testing::RealData("eml");
+  if (mail.empty()) GTEST_SKIP() << "no real mail here";
+  if (testing::RunProgram({"/usr/bin/env", "python3", "--version"}).status != 0) {
+    GTEST_SKIP() << "no python3 here";
+  }
+  testing::TempFolder folder;
+  std::string list;
+  int files = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(mail)) {
+    if (!entry.is_regular_file()) continue;
+    MessageAttachments attachments(platform::ReadFile(entry.path().string()));
+    list += "M\t" + entry.path().string() + "\n";
+    for (size_t i = 0; i < attachments.List().size(); ++i) {
+      std::string name = std::to_string(files++);
+      platform::WriteFile(folder.File(name), attachments.Bytes(i));
+      EXPECT_EQ(attachments.Bytes(i).size(), attachments.List()[i].size);
+      list += "A\t" + name + "\t" + attachments.List()[i].name + "\t" + attachments.List()[i].type +
+              "\n";
+    }
+  }
+  platform::WriteFile(folder.File("list"), list);
+  testing::ProgramRun run = testing::RunProgram(
+      {"/usr/bin/env", "python3",
+       std::string(TARNWICK_SOURCE) + "/tests/takeout/attachments_reference.py", folder.Path()});
+  EXPECT_EQ(run.status, 0) << run.output << run.errors;
+  RecordProperty("figures", run.output.substr(run.output.rfind("messages ")));
+}
+
+}  // namespace
+}  // namespace tarnwick::takeout

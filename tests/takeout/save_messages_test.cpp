@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "takeout/save_messages.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <set>
+
+#include "core/run_state.h"
+#include "intake/store_message.h"
+#include "platform/charset.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+#include "support/faults.h"
+#include "support/program_fixture.h"
+#include "support/repository_content.h"
+#include "support/run_program.h"
+#include "takeout/new_files.h"
+
+namespace tarnwick::takeout {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class SaveMessagesTest : public testing::ProgramFixture {
+ protected:
+  // Stores a message and keeps its bytes beside.
+  void Store(int number, const std::string& file) {
+    intake::MailMessage message = testing::VariedMessage(number);
+    platform::WriteFile(core::State().TempMessageFile, file);
+    intake::dbSaveMesage(core::State().TempMessageFile, message, message.Application, 1, "");
+    ids_.push_back(static_cast<int64_t>(ids_.size()) + 1);
+    if (file.empty()) return;
+    platform::MakeFolder(folder_.File("raw/"));
+    platform::WriteFile(folder_.File("raw/") + std::to_string(number), file);
+  }
+  void StoreLetters(int count) {
+    jet::CommitGroup group(repository::RepositoryDb());
+    for (int i = 0; i < count; ++i) {
+      Store(i, "Subject: " + std::to_string(i) + "\r\n\r\n" + std::string(1000, 'x') + "\r\n");
+    }
+    repository::RepositoryDb().EndUnit();
+    group.End();
+  }
+  std::string Save(SaveFormat format, const std::string& name, bool folders = false) {
+    auto counts = SaveMessages({ids_, format, folders, folder_.File(name)});
+    return counts ? counts->Line() : "nothing";
+  }
+  std::vector<std::string> Files(const std::string& name) {
+    std::vector<std::string> paths;
+    for (const auto& entry : fs::recursive_directory_iterator(folder_.File(name))) {
+      if (entry.is_regular_file()) paths.push_back(entry.path().string());
+    }
+    return paths;
+  }
+  int ReadBack(const char* kind, const std::string& name) {
+    testing::ProgramRun run =
+        testing::RunProgram({"/usr/bin/env", "python3",
+                             std::string(TARNWICK_SOURCE) + "/tests/takeout/read_mailboxes.py",
+                             kind, folder_.File(name), folder_.File("raw")});
+    EXPECT_EQ(run.status, 0) << name << ": " << run.output << run.errors;
+    return run.status;
+  }
+
+  std::vector<int64_t> ids_;
+};
+
+TEST_F(SaveMessagesTest, EveryFormatIsReadBackMessageForMessage) {
+  for (int i = 0; i < 30; ++i) Store(i, testing::VariedFile(i));
+  const std::string kOdd[] = {
+      "From the start\nSubject: x\n\nFrom a\n>From b\n>>From c\r\n From d\n>Fromm\n\nFrom e",
+      "Subject: y\r\n\r\n\r\nFrom f\r\n\r\n",
+      "\n",
+      "From ",
+      ">From ",
+      "x\n\n\n"};
+  int number = 30;
+  for (const std::string& file : kOdd) Store(number++, file);
+  const std::string kAll = "selected 36, saved 33, no stored file 3, failed 0, not reached 0";
+
+  EXPECT_EQ(Save(SaveFormat::kEml, "eml"), kAll);
+  std::multiset<std::string> saved, stored;
+  std::set<std::string> folded;
+  for (const std::string& path : Files("eml")) {
+    saved.insert(platform::ReadFile(path));
+    folded.insert(platform::FoldCase(platform::FileNameOf(path)));
+  }
+  for (const std::string& path : Files("raw")) stored.insert(platform::ReadFile(path));
+  EXPECT_EQ(saved, stored);
+  EXPECT_EQ(folded.size(), 33U);
+  EXPECT_EQ(platform::FileModified(Files("eml")[0]).ToIso().substr(0, 4), "2004");
+  EXPECT_EQ(Save(SaveFormat::kEml, "eml-folders", true), kAll);
+  EXPECT_TRUE(platform::FolderExists(folder_.File("eml-folders/Local Folders/O'Brien's letters")));
+
+  EXPECT_EQ(Save(SaveFormat::kMbox, "mbox"), kAll);
+  EXPECT_EQ(Save(SaveFormat::kMbox, "mbox-folders", true), kAll);
+  EXPECT_EQ(Files("mbox-folders").size(), 4U) << "one for each folder";
+  EXPECT_EQ(Save(SaveFormat::kMaildir, "maildir"), kAll);
+  EXPECT_EQ(Save(SaveFormat::kMaildir, "maildir-folders", true), kAll);
+  if (testing::RunProgram({"/usr/bin/env", "python3", "--version"}).status != 0) {
+    GTEST_SKIP() << "no python3 here";
+  }
+  for (const char* name : {"mbox", "mbox-folders"}) ReadBack("mbox", name);
+  for (const char* name : {"maildir", "maildir-folders"}) ReadBack("maildir", name);
+}
+
+TEST_F(SaveMessagesTest, WhatIsThereIsNeverReplaced) {
+  StoreLetters(3);
+  for (SaveFormat format : {SaveFormat::kEml, SaveFormat::kMbox, SaveFormat::kMaildir}) {
+    std::string name = "out" + std::to_string(static_cast<int>(format));
+    Save(format, name);
+    std::vector<std::string> first = Files(name);
+    for (const std::string& path : first) platform::WriteFile(path, "changed by its owner");
+    Save(format, name);
+    EXPECT_EQ(Files(name).size(), first.size() * 2);
+    for (const std::string& path : first) {
+      EXPECT_EQ(platform::ReadFile(path), "changed by its owner") << path;
+    }
+  }
+}
+
+// The disk fills at every step of the run in turn: from that step on nothing can be written.
+TEST_F(SaveMessagesTest, AFullDiskKeepsWhatWasSavedWholeAndCountsTheRest) {
+  StoreLetters(200);
+  std::multiset<std::string> stored;
+  for (const std::string& path : Files("raw")) stored.insert(platform::ReadFile(path));
+  for (SaveFormat format : {SaveFormat::kEml, SaveFormat::kMbox, SaveFormat::kMaildir}) {
+    for (int step : {0, 1, 2, 3}) {
+      std::string name = std::to_string(static_cast<int>(format)) + std::to_string(step);
+      int writes = 0;
+      platform::SetFileFault([&](platform::FileOperation operation, const std::string& path) {
+        bool isOurs = path.find(folder_.File(name)) == 0;
+        if (isOurs && operation == platform::FileOperation::kWrite && writes++ >= step) {
+          throw Error(ErrorNumber::kDiskFull, "Disk full: " + path);
+        }
+      });
+      ui_.shown.clear();
+      auto counts = SaveMessages({ids_, format, false, folder_.File(name)});
+      platform::SetFileFault(nullptr);
+      ASSERT_TRUE(counts) << name;
+      EXPECT_EQ(counts->saved + counts->failed + counts->notReached, 200) << name;
+      EXPECT_LT(counts->saved, 200) << name;
+      EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("Disk full"))) << name;
+      int64_t whole = 0;
+      for (const std::string& path : Files(name)) {
+        std::string text = platform::ReadFile(path);
+        EXPECT_EQ(path.find(kUnfinished), std::string::npos) << path;
+        if (format != SaveFormat::kMbox) {
+          EXPECT_EQ(stored.count(text), 1U) << path;
+          ++whole;
+          continue;
+        }
+        for (size_t at = 0; at < text.size(); ++whole) {
+          size_t begin = text.find('\n', at) + 1;
+          at = text.find("\n\nFrom ", begin);
+          at = at == std::string::npos ? text.size() : at + 2;
+          EXPECT_EQ(stored.count(text.substr(begin, at - begin - 1)), 1U) << path;
+        }
+      }
+      EXPECT_EQ(whole, counts->saved) << name;
+    }
+  }
+}
+
+TEST_F(SaveMessagesTest, AMailboxFileThatCanGrowNoFurtherEndsWithAWholeMessage) {
+  StoreLetters(200);
+  std::optional<SaveCounts> counts;
+  {
+    testing::FileSizeLimit limit(150000);
+    counts = SaveMessages({ids_, SaveFormat::kMbox, false, folder_.File("out")});
+  }
+  ASSERT_TRUE(counts);
+  EXPECT_GT(counts->saved, 100);
+  EXPECT_LT(counts->saved, 150);
+  std::string text = platform::ReadFile(folder_.File("out/Tarnwick.mbox"));
+  EXPECT_EQ(text.substr(text.size() - 4), "x\r\n\n");
+  int64_t messages = 0;
+  for (size_t at = text.find("From "); at != std::string::npos; at = text.find("\nFrom ", at + 1)) {
+    ++messages;
+  }
+  EXPECT_EQ(messages, counts->saved);
+}
+
+TEST_F(SaveMessagesTest, AStopAndTooLittleRoomAreAccountedFor) {
+  StoreLetters(100);
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  auto counts = SaveMessages({ids_, SaveFormat::kMbox, false, folder_.File("stopped")});
+  ui_.onYield = nullptr;
+  ASSERT_TRUE(counts);
+  EXPECT_GT(counts->saved, 0);
+  EXPECT_EQ(counts->saved + counts->notReached, 100);
+  EXPECT_TRUE(platform::FileExists(folder_.File("stopped/Tarnwick.mbox")));
+  EXPECT_THAT(Log(), HasSubstr(counts->Line()));
+
+  platform::SetFreeSpaceOverride(100 * 1000);
+  EXPECT_EQ(Save(SaveFormat::kEml, "none"), "nothing");
+  EXPECT_FALSE(platform::FolderExists(folder_.File("none")));
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("Disk full")));
+  platform::SetFreeSpaceOverride(600 * 1000);
+  EXPECT_EQ(Save(SaveFormat::kEml, "fits").substr(0, 23), "selected 100, saved 100");
+  platform::SetFreeSpaceOverride({});
+  auto refused =
+      SaveMessages({ids_, SaveFormat::kEml, false, core::State().EmailFileFolder + "mine"});
+  EXPECT_FALSE(refused) << "it would be emptied at the next start";
+}
+
+TEST(FreeNames, FitEveryFileSystemAndAreUniqueWithoutRegardToCase) {
+  FreeNames names("");
+  EXPECT_EQ(names.Take("2003-05-02 1432 Ann - Re: a/b?", ".eml"),
+            "2003-05-02 1432 Ann - Re_ a_b_.eml");
+  EXPECT_EQ(names.Take("NUL", ".eml"), "_NUL.eml");
+  EXPECT_EQ(names.Take("Ünder", ".eml"), "Ünder.eml");
+  EXPECT_EQ(names.Take("üNDER", ".eml"), "üNDER (2).eml");
+  EXPECT_EQ(names.Take("", ".eml"), "file.eml");
+  EXPECT_EQ(names.Take("Ends badly. . .", ".eml"), "Ends badly.eml");
+  for (const char* text : {"x", "日", "a\xFF", "👪"}) {
+    std::string longText;
+    for (int i = 0; i < 500; ++i) longText += text;
+    for (int i = 0; i < 12; ++i) {
+      std::string name = names.Take(longText, ".eml");
+      EXPECT_LE(platform::CountChars(name), 120U);
+      EXPECT_LE(name.size(), 220U);
+      EXPECT_TRUE(platform::IsValidUtf8(name));
+      EXPECT_EQ(name.substr(name.size() - 4), ".eml");
+      EXPECT_EQ(name.find(" (" + std::to_string(i + 1) + ")") != std::string::npos, i > 0) << name;
+    }
+  }
+}
+
+TEST(FolderPath, ComesFromWhateverTheMailerWrote) {
+  EXPECT_THAT(FolderPath("Outlook Express", "Local Folders.Inbox.Workshop", "Workshop"),
+              ElementsAre("Local Folders", "Inbox", "Workshop"));
+  EXPECT_THAT(FolderPath("Outlook Express", "", "Inbox"), ElementsAre("Inbox"));
+  EXPECT_THAT(FolderPath("Outlook", "\\\\Personal Folders\\Inbox", "v1.0"),
+              ElementsAre("Personal Folders", "Inbox", "v1.0"));
+  Letter letter;
+  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("Mail"));
+  letter.folder = {"..", "a/b", "CON"};
+  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("a_b", "_CON"));
+}
+
+}  // namespace
+}  // namespace tarnwick::takeout
