@@ -151,6 +151,7 @@ bool OpenRepository(bool clearAll) {
     Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
     jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
     repository.RepositoryConnection.KeepDigest(ListDigest());
+    repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
     if (clearAll) ClearRepository();
     EmptyScratchFolder();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");

@@ -4,6 +4,7 @@
 
 #include "platform/jet/connection_impl.h"
 #include "platform/jet/dialect.h"
+#include "platform/jet/text_index.h"
 
 namespace tarnwick::jet {
 
@@ -86,6 +87,14 @@ void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
   impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
                          : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+}
+
+void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
+  impl_->KeepTextIndex(table, std::move(columns));
+}
+
+void Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
+  if (impl_->Index() != nullptr) impl_->Index()->CatchUp(SIZE_MAX, look);
 }
 
 std::string Connection::IntegrityCheck() {

@@ -86,6 +86,14 @@ class Connection {
   // writing where whole tables are replaced. REQUIRES: no group is open.
   void SetBulk(bool on);
 
+  // From now until it is closed, texts in these columns of a table are looked for (InStr, Like)
+  // with the help of an index that the file then carries. It changes what a search costs, never
+  // what it finds; where it can't be had there is none.
+  void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
+  // Takes rows in that the index lacks, which a search otherwise begins with. look is called with
+  // the rows done and all there are; returning false ends it, and what was done is kept.
+  void CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
+
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();
 

@@ -2,7 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/jet/connection_impl.h"
 
+#include <algorithm>
+
 #include "platform/clock.h"
+#include "platform/jet/text_index.h"
 #include "platform/jet/text_order.h"
 
 namespace tarnwick::jet {
@@ -13,6 +16,8 @@ constexpr int64_t kLongestCommitMilliseconds = 250;
 constexpr int kNotADatabase = 26;
 
 }  // namespace
+
+Connection::Impl::Impl() = default;
 
 Connection::Impl::~Impl() {
   try {
@@ -88,6 +93,7 @@ void Connection::Impl::Close() {
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
   statements_.Clear();
+  index_.reset();
   digest_.reset();
   lastTested_ = {};
   schema_.reset();
@@ -133,6 +139,7 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->groups.sql = program->plan.groups;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
+    program->narrowed.sql = program->plan.narrowed;
     if (const std::optional<DigestPlan>& digest = program->plan.digest) {
       program->digestReferences.sql = digest->references.value_or(EngineSql());
       program->digestDetails.sql = digest->details.value_or(EngineSql());
@@ -149,13 +156,59 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->writesFile = insert->file.has_value();
     if (insert->select && insert->select->file) program->file = insert->select->file;
     writer.Write(*insert);
+    const TableView* view = schema_->Find(insert->table);
+    bool namesKey =
+        view != nullptr &&
+        (insert->columns.empty() ||
+         std::any_of(insert->columns.begin(), insert->columns.end(),
+                     [&](const std::string& column) { return SameWord(column, view->key); }));
+    if (namesKey && !insert->file) program->rewrites = insert->table;
   } else if (auto* update = std::get_if<Update>(&parsed)) {
     writer.Write(*update);
   } else {
-    writer.Write(std::get<Delete>(parsed));
+    const auto& statement = std::get<Delete>(parsed);
+    writer.Write(statement);
+    if (!statement.where) program->rewrites = statement.table;
   }
   program->write.sql = writer.Take();
   return program;
+}
+
+void Connection::Impl::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
+  if (Engine().IsReadOnly() || index_) return;
+  try {
+    index_ = std::make_unique<TextIndex>(*this, table, std::move(columns));
+  } catch (const Error&) {
+    // A file that can't take an index, on a full disk perhaps, is searched without.
+    if (database_->InTransaction()) database_->Run("ROLLBACK");
+  }
+}
+
+void Connection::Impl::BeforeRewriting(std::string_view table) {
+  if (index_ && !table.empty() && index_->IsOf(table)) index_->Reset();
+}
+
+std::optional<std::vector<int64_t>> Connection::Impl::Proposed(const ReadPlan& plan,
+                                                               const std::vector<Value>& literals) {
+  if (!index_ || plan.searches.empty() || !index_->IsOf(plan.searched)) return std::nullopt;
+  std::vector<TextIndex::Wanted> wanted;
+  for (const SearchTerm& term : plan.searches) {
+    std::optional<size_t> column = index_->Find(term.column);
+    const Value& text = literals[term.literal];
+    bool applies = column && text.IsText() && (!term.nought || literals[*term.nought] == Value(0));
+    if (applies) wanted.push_back({*column, text.AsText(), term.isPattern});
+  }
+  if (wanted.empty()) return std::nullopt;
+  return index_->Candidates(wanted);
+}
+
+PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value>& literals) {
+  if (std::optional<std::vector<int64_t>> keys = Proposed(program.plan, literals)) {
+    index_->Show(*keys);
+    return program.narrowed;
+  }
+  if (!program.plan.groupItems.empty()) return program.groups;
+  return program.plan.keyed ? program.keys : program.all;
 }
 
 Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Value>& literals) {
@@ -204,6 +257,7 @@ int64_t Connection::Impl::Execute(std::string_view sql) {
   std::shared_ptr<Program> program = Translate(sql);
   if (program->isRead) RefuseSql("a statement that gives rows needs a recordset");
   std::vector<Value> literals = std::move(lifted_.literals);
+  BeforeRewriting(program->rewrites);
   int64_t changed = program->file ? ExecuteOnOther(*program, literals)
                                   : RunWrite(Ready(program->write, literals));
   lifted_.literals = std::move(literals);  // its memory is used again
@@ -281,6 +335,7 @@ void Connection::Impl::AfterFailure(const Error& error) {
   lostUnits += finishedUnits_;
   finishedUnits_ = 0;
   version_++;
+  if (index_) index_->Forget();
   if (unitWrote_) refusal_ = error;
 }
 
@@ -313,7 +368,9 @@ void Connection::Impl::EndUnit() {
   unitWrote_ = false;
   bool due =
       collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;
-  if (due) Commit();
+  if (!due) return;
+  if (index_) index_->Follow(false);
+  if (collecting_) Commit();
 }
 
 void Connection::Impl::FlushGroup() {
@@ -329,6 +386,7 @@ void Connection::Impl::EndGroup() {
   if (depth_ == 0 || !database_) return;
   if (--depth_ > 0) return;
   depth_ = 1;
+  if (index_) index_->Follow(true);
   std::optional<Error> failure;
   try {
     FlushGroup();

@@ -45,6 +45,8 @@ struct Program {
   PreparedSql groups;
   PreparedSql keys;
   PreparedSql row;
+  PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
+  std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
   // plan.digest
   PreparedSql digestReferences;
@@ -72,8 +74,11 @@ class ConnectionUser {
   virtual void ConnectionCloses() = 0;
 };
 
+class TextIndex;
+
 class Connection::Impl {
  public:
+  Impl();
   ~Impl();
 
   void Open();
@@ -87,6 +92,11 @@ class Connection::Impl {
 
   // Prepared if need be, its literals and the clock bound.
   Statement& Ready(PreparedSql& prepared, const std::vector<Value>& literals);
+  // What reads the rows of a program: all or keys, narrowed by the text index where that helps.
+  PreparedSql& Reading(Program& program, const std::vector<Value>& literals);
+  // The keys of all rows of plan.searched on which its searches can hold, and few others.
+  std::optional<std::vector<int64_t>> Proposed(const ReadPlan& plan,
+                                               const std::vector<Value>& literals);
   // Fills in what the columns of a reading program are.
   const std::vector<FieldInfo>& Fields(Program& program);
   // A statement of the database's own making, in engine SQL.
@@ -104,6 +114,11 @@ class Connection::Impl {
   void EndGroup();
   bool InGroup() const { return depth_ > 0; }
 
+  void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
+  TextIndex* Index() { return index_.get(); }
+  // Before rows of a table get keys that are not the engine's choice, or all of them go.
+  void BeforeRewriting(std::string_view table);
+  void AfterFailure(const Error& error);
   void KeepDigest(DigestDefinition definition);
   Digest* GetDigest() { return digest_.get(); }  // nullptr: none is kept
   TestedRows& LastTested() { return lastTested_; }
@@ -140,7 +155,6 @@ class Connection::Impl {
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
-  void AfterFailure(const Error& error);
   int64_t RunTold(Statement& statement);
   void Commit();
 
@@ -151,6 +165,7 @@ class Connection::Impl {
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;
+  std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
   uint64_t version_ = 1;
 

@@ -109,8 +109,11 @@ class Parser {
   // The engine's own tables are none of the database's.
   std::string TableOf() {
     std::string name = Name();
-    if (SameWord(std::string_view(name).substr(0, 7), "sqlite_"))
-      RefuseSql("no such table: " + name);
+    for (std::string_view own : {"sqlite_", "tw_"}) {
+      if (SameWord(std::string_view(name).substr(0, own.size()), own)) {
+        RefuseSql("no such table: " + name);
+      }
+    }
     return name;
   }
 

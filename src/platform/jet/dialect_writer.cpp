@@ -3,6 +3,7 @@
 #include "platform/jet/dialect_writer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/jet/functions.h"
 
@@ -205,6 +206,10 @@ std::vector<SelectItem> SqlWriter::Expanded(const std::vector<SelectItem>& items
 void SqlWriter::Where(const std::optional<Expression>& where) {
   if (!where) return;
   Text(" WHERE ");
+  if (!narrowed_.empty()) {
+    Name(std::exchange(narrowed_, {}));
+    Text("._rowid_ IN (SELECT ID FROM temp.tw_search_found) AND ");
+  }
   Value(*where);
 }
 

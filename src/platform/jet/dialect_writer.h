@@ -50,6 +50,9 @@ class SqlWriter {
   // The parts, for statements that are put together.
   // Columns written from here on are those of the select's tables.
   void Enter(const Select& select);
+  // The next condition of a SELECT also keeps the rows of this table to those whose keys are in
+  // temp.tw_search_found.
+  void Narrow(std::string_view shown) { narrowed_ = shown; }
   void Items(const std::vector<SelectItem>& items);
   void Table(const TableName& table, bool other);
   void JoinClause(const Join& join, bool other);
@@ -91,6 +94,7 @@ class SqlWriter {
   Catalog* schema_ = nullptr;
   std::string otherSchema_;
   std::vector<Scope> scopes_;
+  std::string narrowed_;
   bool plainItems_ = false;  // items that are columns are written as their plain values
   EngineSql sql_;
 };

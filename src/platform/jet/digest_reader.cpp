@@ -186,6 +186,14 @@ void DigestReader::KeepHolding(Places& places) {
   size_t size = size_t{digest_.HighestKey()} + 1;
   if (last.condition != condition || last.version != connection_.Version()) {
     last = {std::move(condition), connection_.Version(), false, Marks(size), Marks(size)};
+    // What a text index does not propose does not hold.
+    if (auto proposed = connection_.Proposed(program_.plan, literals_)) {
+      last.tested.assign(size, true);
+      for (int64_t key : *proposed) {
+        if (key >= 0 && static_cast<size_t>(key) < size)
+          last.tested[static_cast<size_t>(key)] = false;
+      }
+    }
   }
   auto isUnknown = [&](uint32_t place) { return !last.tested[rows[place].key]; };
   if (!last.all) {

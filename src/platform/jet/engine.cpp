@@ -309,12 +309,17 @@ void Database::SyncLog() {
 
 void Database::SetProgress(int count, std::function<bool()> handler) {
   progress_ = std::move(handler);
-  if (!progress_) {
+  progressSteps_ = count;
+  Watch(true);
+}
+
+void Database::Watch(bool on) {
+  if (!on || !progress_) {
     sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
     return;
   }
   sqlite3_progress_handler(
-      handle_, count,
+      handle_, progressSteps_,
       [](void* self) -> int {
         // An exception must not pass through the engine; it stops the statement instead.
         try {

@@ -112,6 +112,21 @@ class Database {
   void SyncLog();
   // Called about every count engine steps; true stops the statement.
   void SetProgress(int count, std::function<bool()> handler);
+  // For work outside of statements: whether there is a handler, and what it says now.
+  bool IsWatched() const { return progress_ != nullptr; }
+  bool AsksToStop() const { return progress_ && progress_(); }
+  // Without the handler for its lifetime: what is stopped within a transaction takes all of it
+  // back.
+  class Unwatched {
+   public:
+    explicit Unwatched(Database& database) : database_(database) { database_.Watch(false); }
+    ~Unwatched() { database_.Watch(true); }
+    Unwatched(const Unwatched&) = delete;
+    Unwatched& operator=(const Unwatched&) = delete;
+
+   private:
+    Database& database_;
+  };
   // Rows written one by one; grows while a statement runs.
   int64_t RowsSeen() const { return rowsSeen_; }
 
@@ -130,11 +145,13 @@ class Database {
   sqlite3* Handle() const { return handle_; }
 
  private:
+  void Watch(bool on);
   void HearOfWrites();
   void RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept;
 
   sqlite3* handle_ = nullptr;
   std::function<bool()> progress_;
+  int progressSteps_ = 0;
   int64_t rowsSeen_ = 0;
   WriteHooks writeHooks_;
   int64_t stepsRun_ = 0;

@@ -47,6 +47,31 @@ class Planner {
     return OneRowPerKey();
   }
 
+  // The terms of the condition that are about one table, the first that has any.
+  void FindSearches(ReadPlan& plan) const {
+    if (select_.file || !select_.where) return;
+    std::optional<size_t> place;
+    FindTerms(*select_.where, plan, place);
+    if (!place) return;
+    plan.searched = *place == 0 ? select_.table.name : select_.joins[*place - 1].table.name;
+    narrow_ = tables_[*place].shown;
+  }
+
+  // What is read, narrowed: rows to count where groups are counted.
+  void WriteNarrowed(ReadPlan& plan, Catalog& schema) const {
+    if (plan.searches.empty()) return;
+    if (plan.keyed) {
+      ReadPlan scratch;
+      WriteKeys(scratch, true);
+      plan.narrowed = std::move(scratch.keys);
+    } else {
+      SqlWriter writer(schema);
+      writer.Narrow(narrow_);
+      writer.Write(select_);
+      plan.narrowed = writer.Take();
+    }
+  }
+
   // The select does nothing but count the rows of its base table.
   bool CountsRows() const {
     if (select_.items.size() != 1 || select_.items.front().star || select_.distinct ||
@@ -65,7 +90,7 @@ class Planner {
     plan.base = select_.table.name;
     plan.wholeTable =
         select_.joins.empty() && !select_.where && select_.orderBy.empty() && !select_.top;
-    WriteKeys(plan);
+    WriteKeys(plan, false);
     WriteRow(plan);
     return plan;
   }
@@ -138,13 +163,43 @@ class Planner {
     return value.kind == Kind::kColumn && tables_[shape_.PlaceOf(value)].view->IsText(value.text);
   }
 
-  void WriteKeys(ReadPlan& plan) const {
+  void FindTerms(const Expression& condition, ReadPlan& plan, std::optional<size_t>& place) const {
+    if (condition.kind == Kind::kChain && condition.text == "AND") {
+      for (const Expression& part : condition.operands) FindTerms(part, plan, place);
+      return;
+    }
+    SearchTerm term;
+    const Expression* search = &condition;
+    if (condition.kind == Kind::kCompare) {
+      // InStr(text, part) <> 0
+      bool isFound = (condition.text == "<>" || condition.text == ">") &&
+                     condition.operands[1].kind == Kind::kLiteral;
+      search = &condition.operands[0];
+      if (!isFound || search->kind != Kind::kCall || search->text != "instr") return;
+      term.nought = condition.operands[1].literal;
+    } else if (condition.kind != Kind::kLike || condition.negated) {
+      return;
+    }
+    term.isPattern = condition.kind == Kind::kLike;
+    const Expression& text = search->operands[0];
+    const Expression& wanted = search->operands[1];
+    if (text.kind != Kind::kColumn || wanted.kind != Kind::kLiteral) return;
+    size_t here = shape_.PlaceOf(text);
+    if (here == SelectShape::kUnknown || (place && *place != here)) return;
+    place = here;
+    term.column = text.text;
+    term.literal = wanted.literal;
+    plan.searches.push_back(std::move(term));
+  }
+
+  void WriteKeys(ReadPlan& plan, bool narrowed) const {
     SelectShape::Places places = wherePlaces_;
     places.insert(orderPlaces_.begin(), orderPlaces_.end());
     std::set<size_t> joins = NeededJoins(std::move(places), true);
     plan.repeatsKeys =
         std::any_of(joins.begin(), joins.end(), [&](size_t i) { return !onKey_[i]; });
     SqlWriter writer = shape_.Writer();
+    if (narrowed) writer.Narrow(narrow_);
     writer.Text("SELECT ");
     shape_.WriteKey(writer, 0);
     if (SortsByText()) {
@@ -189,6 +244,7 @@ class Planner {
   SelectShape::Places itemPlaces_;
   SelectShape::Places orderPlaces_;
   SelectShape::Places wherePlaces_;
+  mutable std::string narrow_;
 };
 
 }  // namespace
@@ -197,19 +253,19 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
                     const DigestDefinition* digest) {
   SelectShape shape(select, schema);
   Planner planner(shape);
-  if (planner.CanBeKeyed()) {
-    ReadPlan plan = planner.Keyed();
-    if (digest != nullptr && !plan.wholeTable) plan.digest = PlanFromDigest(shape, *digest);
-    return plan;
-  }
   ReadPlan plan;
-  if (digest != nullptr && planner.CountsRows()) {
-    plan.digest = PlanFromDigest(shape, *digest);
-    if (plan.digest) plan.digest->counts = true;
+  if (planner.CanBeKeyed()) {
+    plan = planner.Keyed();
+    if (digest != nullptr && !plan.wholeTable) plan.digest = PlanFromDigest(shape, *digest);
+  } else {
+    if (digest != nullptr && planner.CountsRows()) {
+      plan.digest = PlanFromDigest(shape, *digest);
+      if (plan.digest) plan.digest->counts = true;
+    }
+    SqlWriter writer(schema, otherSchema);
+    writer.Write(select);
+    plan.all = writer.Take();
   }
-  SqlWriter writer(schema, otherSchema);
-  writer.Write(select);
-  plan.all = writer.Take();
   if (auto items = PlanGroupCount(select)) {
     plan.groupItems = std::move(*items);
     select.items.clear();
@@ -219,6 +275,8 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
     rows.Write(select);
     plan.groups = rows.Take();
   }
+  planner.FindSearches(plan);
+  planner.WriteNarrowed(plan, schema);
   return plan;
 }
 

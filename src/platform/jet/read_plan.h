@@ -26,6 +26,14 @@
 
 namespace tarnwick::jet {
 
+// A condition that a row of the result must satisfy: a text that a column of its holds.
+struct SearchTerm {
+  std::string column;
+  size_t literal = 0;  // what is looked for, where that is a text
+  bool isPattern = false;
+  std::optional<size_t> nought;  // a literal that has to be 0 for the term to be one
+};
+
 // What a query asks of the digest. Numbers are those of literals.
 struct DigestPlan {
   struct Span {
@@ -75,6 +83,11 @@ struct ReadPlan {
   SortText sortText = SortText::kNone;
   bool repeatsKeys = false;   // a key may come more than once; only its first time counts
   std::optional<size_t> top;  // a literal: the number of rows wanted
+  // What a text index can narrow all or keys to: the rows of searched that are listed in
+  // temp.tw_search_found. Empty where there is nothing to narrow by.
+  std::vector<SearchTerm> searches;
+  std::string searched;
+  EngineSql narrowed;
   // The table that rows are added to, changed and deleted in; "" when there is none.
   std::string base;
   // The rows are those of the base table, all of them, in the order of their keys.

@@ -115,7 +115,7 @@ void Recordset::Impl::ReadAll() {
   } drop{*program_};
   Fields();
   if (!program_->plan.groupItems.empty()) return CountGroups();
-  Statement& all = connection_->Ready(program_->all, literals_);
+  Statement& all = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(all);
   while (connection_->StepRead(all)) {
     Row row;
@@ -127,7 +127,7 @@ void Recordset::Impl::ReadAll() {
 }
 
 void Recordset::Impl::CountGroups() {
-  Statement& groups = connection_->Ready(program_->groups, literals_);
+  Statement& groups = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(groups);
   GroupCounter counter(static_cast<size_t>(groups.ColumnCount()));
   while (connection_->StepRead(groups)) counter.Add(groups);
@@ -146,7 +146,7 @@ void Recordset::Impl::FetchKeys() {
     FetchByText();
     if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
   } else {
-    Statement& keys = connection_->Ready(program_->keys, literals_);
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
     while (static_cast<int64_t>(keys_.Size()) != most && connection_->StepRead(keys)) {
       AddKey(keys.Int(0));
@@ -182,7 +182,7 @@ bool Recordset::Impl::CountFromDigest() {
 void Recordset::Impl::FetchByText() {
   TextSorter sorter;
   {
-    Statement& keys = connection_->Ready(program_->keys, literals_);
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
     while (connection_->StepRead(keys)) {
       std::optional<std::string_view> text;
@@ -531,6 +531,7 @@ void Recordset::Impl::InsertRow() {
   int parameters = 0;
   for (size_t i = 0; i < fields.size(); i++) {
     if (!edited_[i]) continue;
+    if (fields[i].isKey) connection_->BeforeRewriting(program_->plan.base);
     columns += (parameters == 0 ? "" : ", ") + QuotedName(fields[i].column);
     values += (parameters == 0 ? "?" : ", ?") + std::to_string(parameters + 1);
     parameters++;

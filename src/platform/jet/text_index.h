@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The text index of a file: which rows of one table can hold a text in some of its columns. It
+// proposes rows, always all that match and few others; the texts themselves decide. Internal to
+// the database.
+//
+// It lies in three tables of the file that statements can't name: tw_search_part (segments,
+// text_segment.h: a head under the key -1 - segment, parts under segment * 256 + part),
+// tw_search_state (one row: for which columns and text order it was made, and Done: every row with
+// a key up to it is in a segment or was changed since) and tw_search_changed (keys of rows that
+// were changed since they were taken in). A row is noted as changed by a trigger of the
+// connection's own, so within the statement that changes it; rows behind Done and changed ones are
+// proposed always. So the index is never behind, whatever a crash takes.
+//
+// Rows are taken in behind a load, commit by commit, and before a search, in steps. A failure in
+// here costs the index, never a search or a row: without it texts are read one by one.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/jet/connection_impl.h"
+#include "platform/jet/text_segment.h"
+
+namespace tarnwick::jet {
+
+class TextIndex {
+ public:
+  // Makes the tables if the file has none, and the trigger. REQUIRES: the table has an automatic
+  // key and the columns.
+  TextIndex(Connection::Impl& connection, std::string_view table, std::vector<std::string> columns);
+
+  bool IsOf(std::string_view table) const;
+  // The place of a column among those that are indexed.
+  std::optional<size_t> Find(std::string_view column) const;
+
+  struct Wanted {
+    size_t column;
+    std::string text;
+    bool isPattern;  // of Like; else a text as it is
+  };
+  // The keys of all rows that can satisfy every one of them, and some that don't, ascending;
+  // nullopt where reading every row is as fast.
+  std::optional<std::vector<int64_t>> Candidates(const std::vector<Wanted>& wanted);
+
+  // Lists them in temp.tw_search_found, for a statement to read.
+  void Show(const std::vector<int64_t>& keys);
+
+  // During a load, before each commit: reads the new rows into memory, and writes a segment when
+  // one is full. At its end what remains is written, too, where it is worth it. Throws nothing.
+  void Follow(bool atEnd);
+  // Takes in what is missing, up to about so many rows. look is called with the rows done and those
+  // there are, and stops it by returning false; what was done until then is kept.
+  void CatchUp(size_t most, const std::function<bool(int64_t, int64_t)>& look);
+
+  // A transaction was rolled back.
+  void Forget();
+  // Before a statement that may give a row a key of its own choice, or empties the table. Throws
+  // where the file can't be written.
+  void Reset();
+
+ private:
+  struct Segment {
+    int64_t number;
+    size_t documents;
+    std::string head;
+  };
+
+  void MakeTables();
+  template <typename Work>
+  void Write(Work&& work);
+  template <typename Work>
+  void Attempt(Work&& work);
+  int64_t Number(std::string_view sql);
+  int64_t Done();
+  int64_t LastKey();
+  std::vector<Segment> Segments();
+  std::string Part(int64_t segment, size_t part);
+  std::string RowQuery() const;
+  std::vector<int64_t> KeysOf(std::string_view sql, int64_t after);
+  static uint32_t SaltOf(size_t column);
+
+  void Begin();
+  size_t ReadRows(size_t most);
+  void TakeRow(Statement& row);
+  void TakeChanged();
+  void WriteSegment();
+  std::optional<std::vector<int64_t>> Propose(const std::vector<uint32_t>& trigrams);
+
+  Connection::Impl& connection_;
+  std::string table_;
+  std::vector<std::string> columns_;
+  bool broken_ = false;
+
+  // Rows in memory, behind Done and up to followed_, and the segment that is being filled up.
+  SegmentWriter writer_;
+  TrigramSet trigrams_;
+  std::optional<int64_t> followed_;
+  std::optional<int64_t> replaced_;
+};
+
+}  // namespace tarnwick::jet
