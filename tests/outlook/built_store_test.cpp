@@ -123,6 +123,24 @@ TEST_F(BuiltStore, OfAnsiTextsReadsThemInTheMessagesCodepage) {
             "<html>\xE3\x83\x86</html>");
 }
 
+// An item that is stored is not looked at again: not even its loss shows.
+TEST_F(BuiltStore, IsReadAgainWithoutItsStoredItems) {
+  PstBuilder store(false);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  for (int i = 0; i < 50; ++i) store.AddMessage(inbox, Mail("mail " + std::to_string(i)));
+  std::string bytes = store.Build();
+  EXPECT_EQ(Load(bytes).stored, 50);
+  // Each item's properties begin with its class.
+  for (size_t at = 0; (at = bytes.find("IPM.Note", at)) != std::string::npos; ++at) {
+    bytes.replace(at - 12, 12, 12, '\0');
+  }
+  EXPECT_EQ(Load(bytes).alreadyStored, 50);
+  repository::RepositoryDb().Execute("DELETE * FROM Email WHERE Subject = 'mail 7'");
+  core::LoadCounts counts = Load(bytes);
+  EXPECT_EQ(counts.alreadyStored, 49);
+  EXPECT_EQ(counts.unreadable, 1);
+}
+
 TEST_F(BuiltStore, SkipsAMessageWithoutPropertiesAndOneThatIsNoMail) {
   PstBuilder store(true);
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
