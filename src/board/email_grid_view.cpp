@@ -64,10 +64,10 @@ EmailGridView::EmailGridView(QWidget* parent) : QTableView(parent), model_(new L
     auto sort = SortColumns().find(column);
     if (sort != SortColumns().end()) emit SortAskedFor(sort->second);
   });
-  SetDesignedWidths();
+  SetDefaultWidths();
 }
 
-void EmailGridView::SetDesignedWidths() {
+void EmailGridView::SetDefaultWidths() {
   const QFontMetrics metrics = fontMetrics();
   auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
   DateTime wideDate = DateTime::FromDate(2008, 12, 28).WithTime(20, 58, 58);

@@ -70,7 +70,7 @@ class EmailGridView : public QTableView {
  private:
   std::vector<int> SelectedRows() const;  // ascending
   SelectedMessage MessageAt(int row) const;
-  void SetDesignedWidths();
+  void SetDefaultWidths();
   void FitSubject();
 
   ListModel* model_;

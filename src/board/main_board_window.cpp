@@ -542,12 +542,12 @@ void MainBoard::FillChoices() {
 bool MainBoard::RestorePlace() {
   QRect screen = QApplication::primaryScreen()->availableGeometry();
   WindowPlace place = ReadWindowPlace();
-  auto stored = [](int twips, int designed, int extent) {
+  auto stored = [](int twips, int usual, int extent) {
     int pixels = twips / kTwipsPerPixel;
-    return pixels >= 300 && pixels <= extent ? pixels : designed;
+    return pixels >= 300 && pixels <= extent ? pixels : usual;
   };
-  int designedWidth = std::max(std::min(1180, screen.width() - 40), minimumSizeHint().width());
-  resize(stored(place.width, designedWidth, screen.width()),
+  int usualWidth = std::max(std::min(1180, screen.width() - 40), minimumSizeHint().width());
+  resize(stored(place.width, usualWidth, screen.width()),
          stored(place.height, std::min(700, screen.height() - 80), screen.height()));
   QPoint corner = screen.center() - rect().center();
   auto left =

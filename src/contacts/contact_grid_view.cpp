@@ -16,12 +16,12 @@ namespace tarnwick::contacts {
 namespace {
 
 // A width for each column: that of such a text.
-constexpr const char* kDesigned[] = {"Christopher Longfellow-Smith",
-                                     "12 Elm Street, Old Town",
-                                     "+44 20 7946 0123",
-                                     "+44 20 7946 0123",
-                                     "+44 20 7946 0123",
-                                     "What one should know"};
+constexpr const char* kWidest[] = {"Christopher Longfellow-Smith",
+                                   "12 Elm Street, Old Town",
+                                   "+44 20 7946 0123",
+                                   "+44 20 7946 0123",
+                                   "+44 20 7946 0123",
+                                   "What one should know"};
 constexpr int kCellMargins = 20;
 
 }  // namespace
@@ -49,7 +49,7 @@ ContactGridView::ContactGridView(QWidget* parent)
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   for (int column = 0; column < kContactId; ++column) {
-    setColumnWidth(column, fontMetrics().horizontalAdvance(kDesigned[column]) + kCellMargins);
+    setColumnWidth(column, fontMetrics().horizontalAdvance(kWidest[column]) + kCellMargins);
   }
   setColumnHidden(kContactId, true);
 }
