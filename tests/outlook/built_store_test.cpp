@@ -51,7 +51,7 @@ class BuiltStore : public testing::ProgramFixture {
   }
   ~BuiltStore() override { core::EndLoadState(); }
 
-  core::LoadCounts Load(const std::string& bytes) {
+  core::LoadCounts Load(const std::string& bytes, bool everyStore = true) {
     ReaderLimits limits;
     limits.openMilliseconds = 20'000;
     limits.requestMilliseconds = 10'000;
@@ -59,7 +59,7 @@ class BuiltStore : public testing::ProgramFixture {
     PstNamespace outlook({WriteTemp("built.pst", bytes)}, TARNWICK_BIN "/tarnwick-pst-reader",
                          limits);
     core::State().Counts = {};
-    EXPECT_TRUE(olImportFrom(outlook, true));
+    EXPECT_TRUE(olImportFrom(outlook, everyStore));
     const core::LoadCounts& c = core::State().Counts;
     EXPECT_EQ(c.found,
               c.stored + c.alreadyStored + c.refused + c.ignored + c.unreadable + c.notReached);
@@ -94,8 +94,9 @@ TEST_F(BuiltStore, IsTakenWhetherUnicodeOrAnsi) {
 }
 
 TEST_F(BuiltStore, OfAnsiTextsReadsThemInTheMessagesCodepage) {
-  PstBuilder store(false);
-  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  // The names are in the code page of the machine, which the first message tells.
+  PstBuilder store(false, "\xCB\xE8\xF7\xED\xFB\xE5 \xEF\xE0\xEF\xEA\xE8");
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "\xC2\xF5\xEE\xE4");
   PstMessage cyrillic = Mail("\xCF\xF0\xE8\xE2\xE5\xF2");
   cyrillic.properties.numbers[Tag(Prop::kMessageCodepage)] = 1251;
   cyrillic.recipients[0].texts[Tag(Prop::kDisplayName)] = "\xC1\xEE\xE1";
@@ -105,7 +106,12 @@ TEST_F(BuiltStore, OfAnsiTextsReadsThemInTheMessagesCodepage) {
   japanese.properties.numbers[Tag(Prop::kInternetCodepage)] = 50220;
   store.AddMessage(inbox, cyrillic);
   store.AddMessage(inbox, japanese);
-  EXPECT_EQ(Load(store.Build()).stored, 2);
+  store.AddMessage(inbox, Mail("\xCF\xF0"));  // tells nothing itself
+  EXPECT_EQ(Load(store.Build(), false).stored, 3) << "by its name it is the default store";
+  EXPECT_EQ(Query("SELECT Count(*) FROM Email WHERE Subject = '\xD0\x9F\xD1\x80' AND Folder = "
+                  "'\xD0\x92\xD1\x85\xD0\xBE\xD0\xB4'")
+                .AsInt(),
+            1);
   EXPECT_EQ(Query("SELECT Count(*) FROM Email WHERE Subject = "
                   "'\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82'")
                 .AsInt(),
@@ -115,6 +121,24 @@ TEST_F(BuiltStore, OfAnsiTextsReadsThemInTheMessagesCodepage) {
                   "'\xE3\x83\x86\xE3\x82\xB9\xE3\x83\x88'")
                 .AsText(),
             "<html>\xE3\x83\x86</html>");
+}
+
+// An item that is stored is not looked at again: not even its loss shows.
+TEST_F(BuiltStore, IsReadAgainWithoutItsStoredItems) {
+  PstBuilder store(false);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  for (int i = 0; i < 50; ++i) store.AddMessage(inbox, Mail("mail " + std::to_string(i)));
+  std::string bytes = store.Build();
+  EXPECT_EQ(Load(bytes).stored, 50);
+  // Each item's properties begin with its class.
+  for (size_t at = 0; (at = bytes.find("IPM.Note", at)) != std::string::npos; ++at) {
+    bytes.replace(at - 12, 12, 12, '\0');
+  }
+  EXPECT_EQ(Load(bytes).alreadyStored, 50);
+  repository::RepositoryDb().Execute("DELETE * FROM Email WHERE Subject = 'mail 7'");
+  core::LoadCounts counts = Load(bytes);
+  EXPECT_EQ(counts.alreadyStored, 49);
+  EXPECT_EQ(counts.unreadable, 1);
 }
 
 TEST_F(BuiltStore, SkipsAMessageWithoutPropertiesAndOneThatIsNoMail) {
