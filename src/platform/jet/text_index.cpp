@@ -3,6 +3,7 @@
 #include "platform/jet/text_index.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/jet/packing.h"
 #include "platform/jet/text_order.h"
@@ -26,7 +27,20 @@ constexpr size_t kAlwaysUseful = 64;
 constexpr size_t kMostLists = 12;
 constexpr size_t kFewDocuments = 2;
 
+// What a sound file can't reach: segments, and the keys that a page holds.
+constexpr int64_t kMostSegments = int64_t{1} << 40;
+constexpr size_t kKeysInPage = 1024;
+
+constexpr std::pair<const char*, const char*> kTables[] = {
+    {"tw_search_part", " (ID INTEGER PRIMARY KEY, Data BLOB)"},
+    {"tw_search_changed", " (ID INTEGER PRIMARY KEY)"},
+    {"tw_search_state", " (Made TEXT, Done INTEGER)"}};
+
 constexpr int kInterrupted = 9;  // the engine's number
+
+[[noreturn]] void Damaged() {
+  throw Error(11, "The text index is damaged");
+}
 
 std::string Quoted(std::string_view name) {
   std::string quoted = "\"";
@@ -61,10 +75,18 @@ void TextIndex::MakeTables() {
   Database& engine = connection_.Engine();
   engine.Run(
       "SAVEPOINT tw_search;"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_part (ID INTEGER PRIMARY KEY, Data BLOB);"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_changed (ID INTEGER PRIMARY KEY);"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_state (Made TEXT, Done INTEGER);"
       "CREATE TEMP TABLE tw_search_found (ID INTEGER PRIMARY KEY);");
+  // In tables of another shape a key could stand twice, or be none.
+  for (const auto& [table, shape] : kTables) {
+    Statement same(engine, "SELECT count(*) FROM main.sqlite_schema WHERE name = ?1 AND sql = ?2");
+    same.BindText(1, table);
+    std::string sql = std::string("CREATE TABLE ") + table + shape;
+    same.BindText(2, sql);
+    if (same.Step() && same.Int(0) == 1) continue;
+    same.Reset();
+    engine.Run((std::string("DROP TABLE IF EXISTS main.") + table).c_str());
+    engine.Run((std::string("CREATE TABLE main.") + table + shape).c_str());
+  }
   std::string made = std::to_string(kFormat) + ":" + std::to_string(TextOrderVersion());
   std::string watched;
   for (const std::string& column : columns_) {
@@ -111,11 +133,11 @@ int64_t TextIndex::Number(std::string_view sql) {
 }
 
 int64_t TextIndex::Done() {
-  return Number("SELECT Done FROM main.tw_search_state");
+  return std::max<int64_t>(Number("SELECT Done FROM main.tw_search_state"), 0);
 }
 
 int64_t TextIndex::LastKey() {
-  return Number("SELECT max(ID) FROM main." + Quoted(table_));
+  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + Quoted(table_)), 0);
 }
 
 // All of the work or nothing, within the transaction there is or as one of its own.
@@ -175,7 +197,9 @@ std::vector<TextIndex::Segment> TextIndex::Segments() {
   StatementUse use(*heads);
   while (connection_.StepRead(*heads)) {
     std::string head(heads->Stored(1));
-    segments.push_back({-1 - heads->Int(0), ReadSegmentSize(head), head});
+    int64_t number = -1 - heads->Int(0);
+    if (number >= kMostSegments) Damaged();
+    segments.push_back({number, ReadSegmentSize(head), head});
   }
   return segments;
 }
@@ -185,7 +209,7 @@ std::string TextIndex::Part(int64_t segment, size_t part) {
       connection_.Own("SELECT Data FROM main.tw_search_part WHERE ID = ?1");
   StatementUse use(*read);
   read->Bind(1, segment * static_cast<int64_t>(kSegmentParts) + static_cast<int64_t>(part));
-  if (!connection_.StepRead(*read)) throw Error(11, "The text index is damaged");
+  if (!connection_.StepRead(*read)) Damaged();
   return std::string(read->Stored(0));
 }
 
@@ -308,7 +332,8 @@ void TextIndex::CatchUp(size_t most, const std::function<bool(int64_t, int64_t)>
   auto countChanged = [&] { return Number("SELECT count(*) FROM main.tw_search_changed"); };
   Attempt([&] {
     int64_t done = Done();
-    int64_t total = std::max<int64_t>(LastKey() - done, 0) + countChanged();
+    int64_t behind = std::clamp<int64_t>(LastKey() - done, 0, INT64_MAX / 2);
+    int64_t total = behind + countChanged();
     if (total < kLeastSegment) return;
     bool goesOn = true;
     for (size_t taken = 0; goesOn;) {
@@ -379,6 +404,8 @@ std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_
   std::vector<Segment> segments = Segments();
   for (const Segment& segment : segments) all += segment.documents;
   size_t most = all / kUsefulShare + kAlwaysUseful;
+  // A few bytes may claim thousands of keys.
+  most = std::min(most, static_cast<size_t>(Number("PRAGMA main.page_count")) * kKeysInPage);
 
   std::vector<Probe> probes;
   for (uint32_t trigram : trigrams) probes.push_back({trigram});

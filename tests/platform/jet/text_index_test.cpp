@@ -154,6 +154,7 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   Run("UPDATE Email SET ID = 5000 WHERE ID = 81");
   ExpectExact("after changes");
   Reopen();
+  EXPECT_EQ(Segments(), 1);
   ExpectExact("opened again");
   Run("UPDATE Email SET Body = 'many zzzz' WHERE ID > 1000");
   ExpectExact("after many changes");
@@ -278,6 +279,14 @@ TEST_F(TextIndexTest, OfAnotherMakeIsMadeAnew) {
   ExpectExact("made anew");
   EXPECT_EQ(Segments(), 1);
   EXPECT_EQ(ErrorOf([&] { Run("DELETE FROM tw_search_part"); }), 1);
+  // A key that is none could never be taken off the list.
+  connection_.GetImpl().Engine().Run(
+      "DROP TABLE tw_search_changed; CREATE TABLE tw_search_changed (ID);"
+      "INSERT INTO tw_search_changed VALUES ('x')");
+  Run("UPDATE Email SET Body = 'zzzz' WHERE ID < 500");
+  Reopen();
+  Run("UPDATE Email SET Body = 'zzzz' WHERE ID < 500");
+  ExpectExact("with tables of its own");
 }
 
 }  // namespace
