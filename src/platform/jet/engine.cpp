@@ -299,6 +299,10 @@ int64_t Database::LastRowId() const {
   return sqlite3_last_insert_rowid(handle_);
 }
 
+void Database::SetLastRowId(int64_t key) {
+  sqlite3_set_last_insert_rowid(handle_, key);
+}
+
 void Database::SyncLog() {
   sqlite3_file* log = nullptr;
   int code = sqlite3_file_control(handle_, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);

@@ -108,6 +108,7 @@ class Database {
   bool InTransaction() const;
   int64_t Changes() const;  // rows changed by the last statement
   int64_t LastRowId() const;
+  void SetLastRowId(int64_t key);  // after rows of the database's own
   // Forces what has been committed to the disk.
   void SyncLog();
   // Called about every count engine steps; true stops the statement.
