@@ -45,6 +45,7 @@ bool IsEightBytes(uint16_t type) {
 Heap::Heap(NodeFile& file, uint64_t data, uint64_t sub, uint8_t purpose)
     : file_(file), sub_(sub), blocks_(file.BlocksOf(data)), read_(blocks_.size()) {
   if (blocks_.empty()) throw ReadError("heap");
+  for (const NodeFile::Block& block : blocks_) size_ += block.size;
   const std::string& first = BlockAt(0);
   if (NumberAt(first, 2, 1) != kHeapMark || NumberAt(first, 3, 1) != purpose) {
     throw ReadError("heap");
@@ -112,12 +113,12 @@ void Heap::ForEachRecord(uint32_t head, size_t keySize, size_t leastData,
     throw ReadError("records");
   }
   // Each record has bytes of its own.
-  size_t left = blocks_.size() * file_.MaxBlock() / keySize;
+  uint64_t left = size_ / keySize;
   VisitRecords(static_cast<uint32_t>(NumberAt(header, 4, 4)), levels, keySize, dataSize, left,
                visit);
 }
 
-void Heap::VisitRecords(uint32_t id, int level, size_t keySize, size_t dataSize, size_t& left,
+void Heap::VisitRecords(uint32_t id, int level, size_t keySize, size_t dataSize, uint64_t& left,
                         const std::function<void(std::string_view)>& visit) {
   std::string_view records = Value(id);
   size_t size = keySize + (level > 0 ? 4 : dataSize);

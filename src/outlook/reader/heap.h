@@ -48,12 +48,13 @@ class Heap {
 
  private:
   const std::string& BlockAt(size_t index);
-  void VisitRecords(uint32_t id, int level, size_t keySize, size_t dataSize, size_t& left,
+  void VisitRecords(uint32_t id, int level, size_t keySize, size_t dataSize, uint64_t& left,
                     const std::function<void(std::string_view)>& visit);
 
   NodeFile& file_;
   uint64_t sub_;
   std::vector<NodeFile::Block> blocks_;
+  uint64_t size_ = 0;              // of all of them
   std::vector<std::string> read_;  // by block; "" is not read yet
   std::optional<std::vector<NodeFile::SubNode>> subNodes_;
   uint32_t root_ = 0;
