@@ -106,7 +106,7 @@ void TextIndex::MakeTables() {
   Statement last(engine, "SELECT max(seq) FROM main.sqlite_sequence WHERE name = ?1");
   last.BindText(1, table_);
   bool isOfTheFile = isWhole && same.Step() && same.Int(0) == 1 && last.Step() && Done() >= 0 &&
-                     Done() <= last.Int(0) &&
+                     Done() <= std::max(last.Int(0), LastKey()) &&
                      Number("SELECT count(*) FROM main.tw_search_state") == 1;
   last.Reset();
   if (!isOfTheFile) {
