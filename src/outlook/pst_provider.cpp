@@ -23,6 +23,7 @@ constexpr int64_t kUnixEpochSeconds = 11'644'473'600;  // from 1601-01-01, where
 constexpr int64_t kTicksPerSecond = 10'000'000;
 constexpr uint64_t kOutputFactor = 8;  // the raw text in base64, and both bodies again
 constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
+constexpr int kMaxLoggedItems = 200;  // of one store
 
 int64_t Signed(const std::string& bytes) {
   uint64_t value = 0;
@@ -133,6 +134,14 @@ struct StoreContext {
     return *charset_;
   }
 
+  // A damaged message is taken as far as it goes; its owner can see that it was more.
+  void LogLost(const std::set<std::string>& lost, const std::string& subject) {
+    if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
+    std::string all;
+    for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
+    core::WriteLog("Outlook item damaged, not all of it is taken (" + all + "): " + subject);
+  }
+
   std::string EntryID(uint32_t node) const {
     std::string bytes(4, '\0');
     bytes += key;
@@ -162,6 +171,7 @@ struct StoreContext {
   }
 
   std::optional<std::string> charset_;
+  int damagedItems_ = 0;
 };
 using Context = std::shared_ptr<StoreContext>;
 
@@ -219,6 +229,7 @@ class PstItem : public Item {
     for (const RawRow& row : answer.recipients) recipients_.push_back(Decode(row, charset));
     for (const RawRow& row : answer.attachments) attachments_.push_back(Decode(row, charset));
     attachmentBytes_ = std::move(answer.attachmentBytes);
+    context_->LogLost(answer.lost, properties_.Text(Prop::kSubject));
     isRead_ = true;
     return properties_;
   }
