@@ -157,16 +157,19 @@ void TextIndex::Write(Work&& work) {
   }
 }
 
-// The index is given up for this connection, unless the person only wanted to stop.
+// The index is given up for this connection, unless the person only wanted to stop. What the engine
+// took back of others' writes is no matter of the index alone.
 template <typename Work>
 void TextIndex::Attempt(Work&& work) {
   if (broken_) return;
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     work();
   } catch (const Error& error) {
     Forget();
     if (error.Number() == kInterrupted) throw;
     broken_ = true;
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
   }
 }
 
@@ -308,6 +311,7 @@ void TextIndex::WriteSegment() {
 }
 
 void TextIndex::Follow(bool atEnd) {
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     Attempt([&] {
       if (!followed_) {
@@ -324,6 +328,7 @@ void TextIndex::Follow(bool atEnd) {
       Forget();
     });
   } catch (const Error&) {
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     // Stopped; the next search goes on from here.
   }
 }

@@ -14,7 +14,9 @@
 // proposed always. So the index is never behind, whatever a crash takes.
 //
 // Rows are taken in behind a load, commit by commit, and before a search, in steps. A failure in
-// here costs the index, never a search or a row: without it texts are read one by one.
+// here costs the index, never a search or a row: without it texts are read one by one. Where the
+// engine answers a failure by taking back what a group has written so far, it is thrown on, so that
+// nobody takes those writes for done.
 #pragma once
 
 #include <cstdint>
@@ -52,7 +54,7 @@ class TextIndex {
   void Show(const std::vector<int64_t>& keys);
 
   // During a load, before each commit: reads the new rows into memory, and writes a segment when
-  // one is full. At its end what remains is written, too, where it is worth it. Throws nothing.
+  // one is full. At its end what remains is written, too, where it is worth it.
   void Follow(bool atEnd);
   // Takes in what is missing, up to about so many rows. look is called with the rows done and those
   // there are, and stops it by returning false; what was done until then is kept.
