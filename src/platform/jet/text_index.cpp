@@ -177,10 +177,12 @@ void TextIndex::Write(Work&& work) {
 }
 
 // What is damaged is made anew, once; after anything else the index is given up for this
-// connection, unless the person only wanted to stop.
+// connection, unless the person only wanted to stop. What the engine took back of others' writes is
+// no matter of the index alone.
 template <typename Work>
 void TextIndex::Attempt(Work&& work) {
   if (broken_) return;
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     work();
   } catch (const Error& error) {
@@ -189,6 +191,7 @@ void TextIndex::Attempt(Work&& work) {
     bool isHopeless = error.Number() != kDamaged || wasDamaged_;
     wasDamaged_ = true;
     broken_ = true;
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     try {
       if (!isHopeless) Empty();
       broken_ = isHopeless;
@@ -361,6 +364,7 @@ int64_t TextIndex::Missing() {
 }
 
 void TextIndex::Follow(bool atEnd) {
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     Attempt([&] {
       if (!followed_) {
@@ -381,6 +385,7 @@ void TextIndex::Follow(bool atEnd) {
       Forget();
     });
   } catch (const Error&) {
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     // Stopped; what comes next goes on from here.
   }
 }
