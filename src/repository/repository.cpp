@@ -7,8 +7,10 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/jet/new_file.h"
 #include "repository/parameter_store.h"
 #include "repository/schema.h"
 
@@ -180,6 +182,20 @@ void DisconnectRepository() {
   });
 }
 
+bool PrepareSearch(int64_t milliseconds) {
+  bool isReady = true;
+  core::GuardedRun(
+      "PrepareSearch",
+      [&] {
+        if (!RepositoryDb().IsOpen()) return;
+        int64_t end = platform::TickMilliseconds() + milliseconds;
+        isReady = RepositoryDb().CatchUpTextIndex(
+            [&](int64_t, int64_t) { return platform::TickMilliseconds() < end; });
+      },
+      core::Report::kLog);
+  return isReady;
+}
+
 bool ClearRepository() {
   return core::GuardedRun("ClearRepository", [] {
     for (const char* statement :
@@ -234,7 +250,7 @@ bool CreateRepositoryIn(std::string folder) {
       core::ShowMessage("Selected folder contain repository file " + file);
       return false;
     }
-    platform::CopyFile(State().AppFolder + kTemplateFile, file);
+    jet::CopyIntoPlace(State().AppFolder + kTemplateFile, file);
     return SwitchRepository(folder);
   });
 }

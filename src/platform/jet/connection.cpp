@@ -93,8 +93,11 @@ void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> 
   impl_->KeepTextIndex(table, std::move(columns));
 }
 
-void Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
-  if (impl_->Index() != nullptr) impl_->Index()->CatchUp(SIZE_MAX, look);
+bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
+  if (impl_->Index() == nullptr) return true;
+  // Amid other work, which may be that of a statement, nothing is done.
+  if (InGroup() || impl_->Engine().IsWatched()) return false;
+  return impl_->Index()->CatchUp(look);
 }
 
 std::string Connection::IntegrityCheck() {

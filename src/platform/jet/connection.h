@@ -90,9 +90,10 @@ class Connection {
   // with the help of an index that the file then carries. It changes what a search costs, never
   // what it finds; where it can't be had there is none.
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
-  // Takes rows in that the index lacks, which a search otherwise begins with. look is called with
-  // the rows done and all there are; returning false ends it, and what was done is kept.
-  void CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
+  // Takes rows in that the index lacks; until then searches read texts one by one. look is called
+  // with the rows done and all there are; returning false ends it for now, and the next call goes
+  // on from there. True when nothing is missing.
+  bool CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
 
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();

@@ -206,7 +206,8 @@ std::vector<SelectItem> SqlWriter::Expanded(const std::vector<SelectItem>& items
 void SqlWriter::Where(const std::optional<Expression>& where) {
   if (!where) return;
   Text(" WHERE ");
-  if (!narrowed_.empty()) {
+  // Not that of a select inside, which may come first.
+  if (!narrowed_.empty() && scopes_.size() == 1) {
     Name(std::exchange(narrowed_, {}));
     Text("._rowid_ IN (SELECT ID FROM temp.tw_search_found) AND ");
   }

@@ -184,7 +184,8 @@ void DigestReader::KeepHolding(Places& places) {
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
   size_t size = size_t{digest_.HighestKey()} + 1;
-  if (last.condition != condition || last.version != connection_.Version()) {
+  bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
+  if (last.condition != condition || last.version != connection_.Version() || asksClock) {
     last = {std::move(condition), connection_.Version(), false, Marks(size), Marks(size)};
     // What a text index does not propose does not hold.
     if (auto proposed = connection_.Proposed(program_.plan, literals_)) {

@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -90,17 +91,25 @@ bool IsPackedText(sqlite3_value* value) {
   return sqlite3_value_type(value) == SQLITE_BLOB && IsPacked(StoredOf(value));
 }
 
-// The text of an argument that may be packed; valid until the next one.
+// The text of an argument that may be packed; valid until the next one. nullopt for a damaged one:
+// the search goes on with the others.
 template <bool kLong>
-std::string_view SearchedText(sqlite3_value* value) {
-  return kLong && IsPackedText(value) ? UnpackScratch(StoredOf(value)) : TextOf(value);
+std::optional<std::string_view> SearchedText(sqlite3_value* value) {
+  if (!kLong || !IsPackedText(value)) return TextOf(value);
+  try {
+    return UnpackScratch(StoredOf(value));
+  } catch (const Error&) {
+    return std::nullopt;
+  }
 }
 
 template <bool kLong>
 void InStr(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (IsNull(arguments[0]) || IsNull(arguments[1])) return;
   Shielded(context, [&] {
-    std::string_view text = SearchedText<kLong>(arguments[0]);
+    std::optional<std::string_view> searched = SearchedText<kLong>(arguments[0]);
+    if (!searched) return;
+    std::string_view text = *searched;
     WithPrepared<Needle>(context, arguments[1], [&](const Needle& needle) {
       Needle::Match match = needle.Find(text);
       size_t place = match.begin == Needle::kNone ? 0 : CountChars(text.substr(0, match.begin)) + 1;
@@ -113,9 +122,10 @@ template <bool kLong>
 void Like(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (IsNull(arguments[0]) || IsNull(arguments[1])) return;
   Shielded(context, [&] {
-    std::string_view text = SearchedText<kLong>(arguments[0]);
+    std::optional<std::string_view> text = SearchedText<kLong>(arguments[0]);
+    if (!text) return;
     WithPrepared<LikePattern>(context, arguments[1], [&](const LikePattern& pattern) {
-      sqlite3_result_int(context, pattern.Matches(text) ? 1 : 0);
+      sqlite3_result_int(context, pattern.Matches(*text) ? 1 : 0);
     });
   });
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 
 #include "platform/jet/text_order.h"
 
@@ -80,6 +81,14 @@ int64_t GroupCounter::NumberOf(size_t column, std::string_view text) {
   return last->second;
 }
 
+// A whole number is the same in either of the engine's two kinds.
+GroupCounter::Part GroupCounter::PartOf(double number) {
+  constexpr double kLimit = 9.2e18;
+  bool isWhole = number > -kLimit && number < kLimit && std::trunc(number) == number;
+  if (isWhole) return {kIntPart, static_cast<int64_t>(number)};
+  return {kDoublePart, std::bit_cast<int64_t>(number)};
+}
+
 void GroupCounter::Add(const Statement& row) {
   for (size_t i = 0; i < key_.size(); i++) {
     int column = static_cast<int>(i);
@@ -91,8 +100,7 @@ void GroupCounter::Add(const Statement& row) {
         key_[i] = {kIntPart, row.Int(column)};
         break;
       case Statement::Type::kReal:
-        // The sum makes one zero of two.
-        key_[i] = {kDoublePart, std::bit_cast<int64_t>(row.ColumnValue(column).AsDouble() + 0.0)};
+        key_[i] = PartOf(row.ColumnValue(column).AsDouble());
         break;
       case Statement::Type::kText:
         key_[i] = {kTextPart, NumberOf(i, row.Text(column))};

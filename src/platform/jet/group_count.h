@@ -56,6 +56,7 @@ class GroupCounter {
     int64_t rows = 0;
   };
   int64_t NumberOf(size_t column, std::string_view text);
+  static Part PartOf(double number);
 
   Key key_;
   std::unordered_map<Key, size_t, Hash> places_;

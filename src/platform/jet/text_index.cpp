@@ -3,6 +3,7 @@
 #include "platform/jet/text_index.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "platform/jet/packing.h"
@@ -16,30 +17,35 @@ namespace {
 constexpr int kFormat = 1;
 // Fewer rows than this are read one by one at each search sooner than a segment is written.
 constexpr int64_t kLeastSegment = 256;
-// What a search takes in before it runs where nobody watches it: a few tenths of a second.
-constexpr size_t kRowsBeforeSearch = 2 * kMostDocuments;
+// What a search takes in before it runs, and a load behind each of its commits: some tenths of a
+// second. The rest is taken in while the program has nothing else to do.
+constexpr int64_t kMostAtOnce = 2 * kMostDocuments;
 // Rows between two looks around.
 constexpr size_t kStep = 64;
 // With more rows than this share of all, reading them one by one costs as much as reading all.
 constexpr size_t kUsefulShare = 4;
 constexpr size_t kAlwaysUseful = 64;
+// What a file can make a search keep in memory, whatever its index says.
+constexpr size_t kMostProposed = 4'000'000;
+constexpr int64_t kMostSegments = int64_t{1} << 32;
 // A list costs a look into the file; the rarest few leave next to nothing for the others.
 constexpr size_t kMostLists = 12;
 constexpr size_t kFewDocuments = 2;
-
-// What a sound file can't reach: segments, and the keys that a page holds.
-constexpr int64_t kMostSegments = int64_t{1} << 40;
-constexpr size_t kKeysInPage = 1024;
 
 constexpr std::pair<const char*, const char*> kTables[] = {
     {"tw_search_part", " (ID INTEGER PRIMARY KEY, Data BLOB)"},
     {"tw_search_changed", " (ID INTEGER PRIMARY KEY)"},
     {"tw_search_state", " (Made TEXT, Done INTEGER)"}};
 
-constexpr int kInterrupted = 9;  // the engine's number
+// The engine's numbers.
+constexpr int kInterrupted = 9;
+constexpr int kDamaged = 11;
+
+constexpr std::string_view kChanged = "tw_search_changed";
+constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
 
 [[noreturn]] void Damaged() {
-  throw Error(11, "The text index is damaged");
+  throw Error(kDamaged, "The text index is damaged");
 }
 
 std::string Quoted(std::string_view name) {
@@ -77,6 +83,7 @@ void TextIndex::MakeTables() {
       "SAVEPOINT tw_search;"
       "CREATE TEMP TABLE tw_search_found (ID INTEGER PRIMARY KEY);");
   // In tables of another shape a key could stand twice, or be none.
+  bool isWhole = true;
   for (const auto& [table, shape] : kTables) {
     Statement same(engine, "SELECT count(*) FROM main.sqlite_schema WHERE name = ?1 AND sql = ?2");
     same.BindText(1, table);
@@ -84,6 +91,7 @@ void TextIndex::MakeTables() {
     same.BindText(2, sql);
     if (same.Step() && same.Int(0) == 1) continue;
     same.Reset();
+    isWhole = false;
     engine.Run((std::string("DROP TABLE IF EXISTS main.") + table).c_str());
     engine.Run((std::string("CREATE TABLE main.") + table + shape).c_str());
   }
@@ -95,8 +103,13 @@ void TextIndex::MakeTables() {
   }
   Statement same(engine, "SELECT count(*) FROM main.tw_search_state WHERE Made = ?1");
   same.BindText(1, made);
-  if (!same.Step() || same.Int(0) != 1 ||
-      Number("SELECT count(*) FROM main.tw_search_state") != 1) {
+  Statement last(engine, "SELECT max(seq) FROM main.sqlite_sequence WHERE name = ?1");
+  last.BindText(1, table_);
+  bool isOfTheFile = isWhole && same.Step() && same.Int(0) == 1 && last.Step() && Done() >= 0 &&
+                     Done() <= std::max(last.Int(0), LastKey()) &&
+                     Number("SELECT count(*) FROM main.tw_search_state") == 1;
+  last.Reset();
+  if (!isOfTheFile) {
     same.Reset();
     engine.Run(
         "DELETE FROM main.tw_search_part; DELETE FROM main.tw_search_changed;"
@@ -145,6 +158,12 @@ template <typename Work>
 void TextIndex::Write(Work&& work) {
   Database& engine = connection_.Engine();
   Database::Unwatched unwatched(engine);
+  // The key that the last row got is that of a row of the program's.
+  struct KeepLastRowId {
+    Database& engine;
+    int64_t last = engine.LastRowId();
+    ~KeepLastRowId() { engine.SetLastRowId(last); }
+  } keep{engine};
   try {
     engine.Run("SAVEPOINT tw_search");
     work();
@@ -157,8 +176,9 @@ void TextIndex::Write(Work&& work) {
   }
 }
 
-// The index is given up for this connection, unless the person only wanted to stop. What the engine
-// took back of others' writes is no matter of the index alone.
+// What is damaged is made anew, once; after anything else the index is given up for this
+// connection, unless the person only wanted to stop. What the engine took back of others' writes is
+// no matter of the index alone.
 template <typename Work>
 void TextIndex::Attempt(Work&& work) {
   if (broken_) return;
@@ -166,10 +186,18 @@ void TextIndex::Attempt(Work&& work) {
   try {
     work();
   } catch (const Error& error) {
-    Forget();
     if (error.Number() == kInterrupted) throw;
+    Forget();
+    bool isHopeless = error.Number() != kDamaged || wasDamaged_;
+    wasDamaged_ = true;
     broken_ = true;
     if (holdsWrites && !connection_.HoldsWrites()) throw;
+    try {
+      if (!isHopeless) Empty();
+      broken_ = isHopeless;
+    } catch (const Error&) {
+      // Searched without.
+    }
   }
 }
 
@@ -185,6 +213,10 @@ void TextIndex::Reset() {
       Done() == 0) {
     return Forget();
   }
+  Empty();
+}
+
+void TextIndex::Empty() {
   Write([&] {
     connection_.Engine().Run(
         "DELETE FROM main.tw_search_part; DELETE FROM main.tw_search_changed;"
@@ -200,9 +232,8 @@ std::vector<TextIndex::Segment> TextIndex::Segments() {
   StatementUse use(*heads);
   while (connection_.StepRead(*heads)) {
     std::string head(heads->Stored(1));
-    int64_t number = -1 - heads->Int(0);
-    if (number >= kMostSegments) Damaged();
-    segments.push_back({number, ReadSegmentSize(head), head});
+    if (heads->Int(0) < -kMostSegments) Damaged();
+    segments.push_back({-1 - heads->Int(0), ReadSegmentSize(head), head});
   }
   return segments;
 }
@@ -220,9 +251,17 @@ void TextIndex::TakeRow(Statement& row) {
   trigrams_.Clear();
   for (size_t i = 0; i < columns_.size(); i++) {
     auto column = static_cast<int>(i) + 1;
-    std::string_view stored = row.Stored(column);
-    bool isPacked = row.Kind(column) == ColumnKind::kLongText && IsPacked(stored);
-    trigrams_.Add(isPacked ? UnpackScratch(stored) : row.Text(column), SaltOf(i));
+    bool isPacked = row.Kind(column) == ColumnKind::kLongText &&
+                    row.TypeOf(column) == Statement::Type::kBytes && IsPacked(row.Stored(column));
+    if (!isPacked) {
+      trigrams_.Add(row.Text(column), SaltOf(i));
+      continue;
+    }
+    try {
+      trigrams_.Add(UnpackScratch(row.Stored(column)), SaltOf(i));
+    } catch (const Error&) {
+      // Nothing is found in a damaged text.
+    }
   }
   writer_.Add(row.Int(0), trigrams_.Hashes());
 }
@@ -252,21 +291,23 @@ size_t TextIndex::ReadRows(size_t most) {
 // The last segment is filled up before a new one is begun.
 void TextIndex::Begin() {
   Forget();
-  followed_ = Done();
   std::vector<Segment> segments = Segments();
-  if (segments.empty() || segments.back().documents + kLeastSegment > kMostDocuments) return;
-  const Segment& last = segments.back();
-  writer_.TakeOver(last.head, [&](size_t part) { return Part(last.number, part); });
-  replaced_ = last.number;
-  // Long texts fill a segment of few rows.
-  if (!writer_.IsFull()) return;
-  writer_.Clear();
-  replaced_.reset();
+  if (!segments.empty() && segments.back().documents + kLeastSegment <= kMostDocuments) {
+    const Segment& last = segments.back();
+    writer_.TakeOver(last.head, [&](size_t part) { return Part(last.number, part); });
+    replaced_ = last.number;
+    // Long texts fill a segment of few rows.
+    if (writer_.IsFull()) {
+      writer_.Clear();
+      replaced_.reset();
+    }
+  }
+  followed_ = Done();
 }
 
 void TextIndex::TakeChanged() {
   while (!writer_.IsFull()) {
-    std::vector<int64_t> keys = KeysOf("SELECT ID FROM main.tw_search_changed LIMIT 100", 0);
+    std::vector<int64_t> keys = KeysOf(kChanged, kBeforeAll, 100);
     if (keys.empty()) return;
     std::shared_ptr<Statement> row = connection_.Own(RowQuery() + " WHERE ID = ?1");
     std::shared_ptr<Statement> remove =
@@ -284,23 +325,27 @@ void TextIndex::TakeChanged() {
   }
 }
 
+void TextIndex::Put(int64_t segment) {
+  std::shared_ptr<Statement> put =
+      connection_.Own("INSERT OR REPLACE INTO main.tw_search_part VALUES (?1, ?2)");
+  std::string head = writer_.Head();
+  put->Bind(1, -1 - segment);
+  put->BindBytes(2, head);
+  put->Run();
+  writer_.Finish([&](size_t part, std::string_view data) {
+    put->Bind(1, segment * static_cast<int64_t>(kSegmentParts) + static_cast<int64_t>(part));
+    put->BindBytes(2, data);
+    put->Run();
+  });
+}
+
 void TextIndex::WriteSegment() {
   Write([&] {
     TakeChanged();
     int64_t number = replaced_ ? *replaced_ : -Number("SELECT min(ID) FROM main.tw_search_part");
-    // Without a negative key, that of a head, there is no segment.
-    number = std::max<int64_t>(number, 0);
-    std::shared_ptr<Statement> put =
-        connection_.Own("INSERT OR REPLACE INTO main.tw_search_part VALUES (?1, ?2)");
-    std::string head = writer_.Head();
-    put->Bind(1, -1 - number);
-    put->BindBytes(2, head);
-    put->Run();
-    writer_.Finish([&](size_t part, std::string_view data) {
-      put->Bind(1, number * static_cast<int64_t>(kSegmentParts) + static_cast<int64_t>(part));
-      put->BindBytes(2, data);
-      put->Run();
-    });
+    // Without a negative key, that of a head, there is no segment; and all that was changed may
+    // have been deleted since.
+    if (writer_.Documents() > 0) Put(std::max<int64_t>(number, 0));
     std::shared_ptr<Statement> done = connection_.Own("UPDATE main.tw_search_state SET Done = ?1");
     done->Bind(1, *followed_);
     done->Run();
@@ -308,6 +353,14 @@ void TextIndex::WriteSegment() {
   // The writer's memory serves the next segment.
   followed_.reset();
   replaced_.reset();
+}
+
+int64_t TextIndex::Changed() {
+  return Number("SELECT count(*) FROM main.tw_search_changed");
+}
+
+int64_t TextIndex::Missing() {
+  return std::max<int64_t>(LastKey() - Done(), 0) + Changed();
 }
 
 void TextIndex::Follow(bool atEnd) {
@@ -318,7 +371,11 @@ void TextIndex::Follow(bool atEnd) {
         if (LastKey() - Done() < kLeastSegment) return;
         Begin();
       }
-      while (ReadRows(kMostDocuments) > 0) {
+      size_t taken = 0;
+      while (taken < kMostAtOnce) {
+        size_t rows = ReadRows(kMostAtOnce - taken);
+        if (rows == 0) break;
+        taken += rows;
         if (!writer_.IsFull()) continue;
         WriteSegment();
         Begin();
@@ -329,39 +386,36 @@ void TextIndex::Follow(bool atEnd) {
     });
   } catch (const Error&) {
     if (holdsWrites && !connection_.HoldsWrites()) throw;
-    // Stopped; the next search goes on from here.
+    // Stopped; what comes next goes on from here.
   }
 }
 
-void TextIndex::CatchUp(size_t most, const std::function<bool(int64_t, int64_t)>& look) {
-  auto countChanged = [&] { return Number("SELECT count(*) FROM main.tw_search_changed"); };
+bool TextIndex::CatchUp(const std::function<bool(int64_t, int64_t)>& look) {
+  bool isComplete = false;
   Attempt([&] {
     int64_t done = Done();
-    int64_t behind = std::clamp<int64_t>(LastKey() - done, 0, INT64_MAX / 2);
-    int64_t total = behind + countChanged();
-    if (total < kLeastSegment) return;
-    bool goesOn = true;
-    for (size_t taken = 0; goesOn;) {
-      Begin();
-      size_t before = writer_.Documents();
-      for (size_t rows = 1; goesOn && rows > 0 && !writer_.IsFull();) {
-        rows = ReadRows(kStep);
-        taken += rows;
-        goesOn = taken < most && look(*followed_ - done, total);
+    int64_t total = Missing();
+    isComplete = total < kLeastSegment;
+    while (!isComplete) {
+      if (!followed_) Begin();
+      while (!writer_.IsFull() && ReadRows(kStep) > 0) {
+        if (!look(*followed_ - done, total)) return;
       }
       bool isLast = !writer_.IsFull();
-      if (writer_.Documents() == before && countChanged() == 0) break;
-      WriteSegment();
-      if (isLast && countChanged() == 0) break;
+      if (*followed_ > Done() || Changed() > 0) WriteSegment();
+      isComplete = isLast && Changed() == 0;
     }
     Forget();
   });
+  return isComplete || broken_;
 }
 
-std::vector<int64_t> TextIndex::KeysOf(std::string_view sql, int64_t after) {
-  std::shared_ptr<Statement> statement = connection_.Own(sql);
+std::vector<int64_t> TextIndex::KeysOf(std::string_view table, int64_t after, size_t most) {
+  std::shared_ptr<Statement> statement = connection_.Own("SELECT ID FROM main." + Quoted(table) +
+                                                         " WHERE ID > ?1 ORDER BY ID LIMIT ?2");
   StatementUse use(*statement);
-  if (sql.find("?1") != std::string_view::npos) statement->Bind(1, after);
+  statement->Bind(1, after);
+  statement->Bind(2, static_cast<int64_t>(most));
   std::vector<int64_t> keys;
   while (connection_.StepRead(*statement)) keys.push_back(statement->Int(0));
   return keys;
@@ -379,11 +433,14 @@ std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Want
   }
   if (trigrams.empty()) return std::nullopt;
   Database& engine = connection_.Engine();
-  CatchUp(engine.IsWatched() ? SIZE_MAX : kRowsBeforeSearch, [&](int64_t, int64_t) {
-    if (engine.AsksToStop()) throw Error(kInterrupted, "interrupted");
-    return true;
-  });
   std::optional<std::vector<int64_t>> keys;
+  Attempt([&] {
+    if (Missing() > kMostAtOnce) return;
+    CatchUp([&](int64_t, int64_t) {
+      if (engine.AsksToStop()) throw Error(kInterrupted, "interrupted");
+      return true;
+    });
+  });
   Attempt([&] { keys = Propose(trigrams); });
   return keys;
 }
@@ -401,16 +458,14 @@ void TextIndex::Show(const std::vector<int64_t>& keys) {
 }
 
 std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams) {
-  std::vector<int64_t> keys = KeysOf("SELECT ID FROM main.tw_search_changed", 0);
-  std::vector<int64_t> behind =
-      KeysOf("SELECT ID FROM main." + Quoted(table_) + " WHERE ID > ?1", Done());
-  keys.insert(keys.end(), behind.begin(), behind.end());
-  size_t all = keys.size();
   std::vector<Segment> segments = Segments();
-  for (const Segment& segment : segments) all += segment.documents;
-  size_t most = all / kUsefulShare + kAlwaysUseful;
-  // A few bytes may claim thousands of keys.
-  most = std::min(most, static_cast<size_t>(Number("PRAGMA main.page_count")) * kKeysInPage);
+  size_t most = kAlwaysUseful;
+  for (const Segment& segment : segments) most += segment.documents / kUsefulShare;
+  most = std::min(most, kMostProposed);
+  std::vector<int64_t> keys = KeysOf(kChanged, kBeforeAll, most + 1);
+  std::vector<int64_t> behind = KeysOf(table_, Done(), most + 1);
+  keys.insert(keys.end(), behind.begin(), behind.end());
+  if (keys.size() > most) return std::nullopt;
 
   std::vector<Probe> probes;
   for (uint32_t trigram : trigrams) probes.push_back({trigram});

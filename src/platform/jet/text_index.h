@@ -13,10 +13,10 @@
 // connection's own, so within the statement that changes it; rows behind Done and changed ones are
 // proposed always. So the index is never behind, whatever a crash takes.
 //
-// Rows are taken in behind a load, commit by commit, and before a search, in steps. A failure in
-// here costs the index, never a search or a row: without it texts are read one by one. Where the
-// engine answers a failure by taking back what a group has written so far, it is thrown on, so that
-// nobody takes those writes for done.
+// Rows are taken in behind a load, commit by commit, while the program has nothing else to do, and
+// before a search where few are missing. A failure in here costs the index, never a search or a
+// row: without it texts are read one by one. Where the engine answers a failure by taking back what
+// a group has written so far, it is thrown on, so that nobody takes those writes for done.
 #pragma once
 
 #include <cstdint>
@@ -53,12 +53,14 @@ class TextIndex {
   // Lists them in temp.tw_search_found, for a statement to read.
   void Show(const std::vector<int64_t>& keys);
 
-  // During a load, before each commit: reads the new rows into memory, and writes a segment when
-  // one is full. At its end what remains is written, too, where it is worth it.
+  // During a load, before each commit: reads new rows into memory, some thousands at most, and
+  // writes a segment when one is full. At its end what was read is written. Throws only as said
+  // above.
   void Follow(bool atEnd);
-  // Takes in what is missing, up to about so many rows. look is called with the rows done and those
-  // there are, and stops it by returning false; what was done until then is kept.
-  void CatchUp(size_t most, const std::function<bool(int64_t, int64_t)>& look);
+  // Takes in what is missing. look is called with the rows done and those there are, and stops it
+  // by returning false; the next call goes on where it was. True when nothing is missing that
+  // would be worth it.
+  bool CatchUp(const std::function<bool(int64_t, int64_t)>& look);
 
   // A transaction was rolled back.
   void Forget();
@@ -81,23 +83,29 @@ class TextIndex {
   int64_t Number(std::string_view sql);
   int64_t Done();
   int64_t LastKey();
+  int64_t Changed();
+  int64_t Missing();
   std::vector<Segment> Segments();
   std::string Part(int64_t segment, size_t part);
   std::string RowQuery() const;
-  std::vector<int64_t> KeysOf(std::string_view sql, int64_t after);
+  // The first keys of a table behind one.
+  std::vector<int64_t> KeysOf(std::string_view table, int64_t after, size_t most);
   static uint32_t SaltOf(size_t column);
 
   void Begin();
   size_t ReadRows(size_t most);
   void TakeRow(Statement& row);
   void TakeChanged();
+  void Put(int64_t segment);
   void WriteSegment();
+  void Empty();
   std::optional<std::vector<int64_t>> Propose(const std::vector<uint32_t>& trigrams);
 
   Connection::Impl& connection_;
   std::string table_;
   std::vector<std::string> columns_;
   bool broken_ = false;
+  bool wasDamaged_ = false;
 
   // Rows in memory, behind Done and up to followed_, and the segment that is being filled up.
   SegmentWriter writer_;

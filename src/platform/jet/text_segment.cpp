@@ -230,6 +230,8 @@ void SegmentWriter::TakeOver(std::string_view head,
       found.clear();
       ReadList(reader, entry, lists, keys_.size(), found);
       for (uint16_t document : found) postings_.push_back(trigram << kDocumentBits | document);
+      // The one that filled it up may have held every trigram.
+      if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
     }
     if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
   }
