@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-make-outlook-store DIR COPIES FILE: writes the messages below DIR, one a file, COPIES
-// times over, as an Outlook store: their headers as the ones they came with, what follows as their
-// body. Prints their number.
+// tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi: writes the messages below DIR, one
+// a file, over and over until there are MESSAGES of them, as an Outlook store: their headers as the
+// ones they came with, what follows as their body. In the older ANSI format texts are in Latin-1.
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 
@@ -37,24 +38,27 @@ std::string HeaderOf(const std::string& headers, tarnwick::intake::HeaderCode co
   return {};
 }
 
-PstMessage MessageOf(const std::string& bytes, size_t number) {
+// The bytes of a text as the store keeps them; those that are given are read as Latin-1.
+PstMessage MessageOf(const std::string& bytes, size_t number, bool isUnicode) {
+  auto kept = [&](const std::string& text) {
+    return isUnicode ? tarnwick::platform::BytesToUtf8(text, "iso-8859-1") : text;
+  };
   size_t end = bytes.find("\n\n");
   if (end == std::string::npos) end = bytes.find("\r\n\r\n");
   end = std::min(end, bytes.size());
-  std::string headers = tarnwick::platform::BytesToUtf8(bytes.substr(0, end), "iso-8859-1");
+  std::string headers = kept(bytes.substr(0, end));
   auto sender =
       tarnwick::intake::SplitAddress(HeaderOf(headers, tarnwick::intake::HeaderCode::kFrom));
   auto to = tarnwick::intake::SplitAddress(HeaderOf(headers, tarnwick::intake::HeaderCode::kTo));
   int64_t time = kFirstTime + static_cast<int64_t>(number) * kMinute;
   PstMessage message;
-  message.properties.texts = {
-      {0x001A, "IPM.Note"},
-      {0x0037, HeaderOf(headers, tarnwick::intake::HeaderCode::kSubject)},
-      {0x007D, headers + "\r\n"},
-      {0x0C1A, sender.Name},
-      {0x0C1E, "SMTP"},
-      {0x0C1F, sender.Address},
-      {0x1000, tarnwick::platform::BytesToUtf8(bytes.substr(end), "iso-8859-1")}};
+  message.properties.texts = {{0x001A, "IPM.Note"},
+                              {0x0037, HeaderOf(headers, tarnwick::intake::HeaderCode::kSubject)},
+                              {0x007D, headers + "\r\n"},
+                              {0x0C1A, sender.Name},
+                              {0x0C1E, "SMTP"},
+                              {0x0C1F, sender.Address},
+                              {0x1000, kept(bytes.substr(end))}};
   message.properties.times = {{0x0039, time}, {0x0E06, time}};
   message.properties.numbers = {{0x0E07, 1}, {0x0017, 1}};
   tarnwick::testing::PstProperties recipient;
@@ -64,38 +68,39 @@ PstMessage MessageOf(const std::string& bytes, size_t number) {
   return message;
 }
 
-int Run(const std::string& source, int copies, const std::string& target) {
+int Run(const std::string& source, size_t messages, const std::string& target, bool isUnicode) {
   std::vector<fs::path> files;
   for (const auto& entry : fs::recursive_directory_iterator(source)) {
     if (entry.is_regular_file()) files.push_back(entry.path());
   }
   std::sort(files.begin(), files.end());
-  PstBuilder store(true);
+  if (files.empty()) {
+    std::cerr << "no messages below " << source << "\n";
+    return 1;
+  }
+  PstBuilder store(isUnicode);
   uint32_t folder = 0;
-  size_t count = 0;
-  for (int copy = 0; copy < copies; ++copy) {
-    for (const fs::path& file : files) {
-      if (count % kFolderSize == 0) {
-        folder = store.AddFolder(PstBuilder::kTop, "Folder " + std::to_string(count / kFolderSize));
-      }
-      store.AddMessage(folder, MessageOf(tarnwick::platform::ReadFile(file.string()), count));
-      ++count;
+  for (size_t i = 0; i < messages; ++i) {
+    if (i % kFolderSize == 0) {
+      folder = store.AddFolder(PstBuilder::kTop, "Folder " + std::to_string(i / kFolderSize));
     }
+    std::string bytes = tarnwick::platform::ReadFile(files[i % files.size()].string());
+    store.AddMessage(folder, MessageOf(bytes, i, isUnicode));
   }
   tarnwick::platform::WriteFile(target, store.Build());
-  std::cout << count << std::endl;
   return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    std::cerr << "usage: tarnwick-make-outlook-store DIR COPIES FILE\n";
+  bool isUnicode = argc == 5 && std::strcmp(argv[4], "unicode") == 0;
+  if (!isUnicode && (argc != 5 || std::strcmp(argv[4], "ansi") != 0)) {
+    std::cerr << "usage: tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi\n";
     return 2;
   }
   try {
-    return Run(argv[1], std::atoi(argv[2]), argv[3]);
+    return Run(argv[1], static_cast<size_t>(std::atol(argv[2])), argv[3], isUnicode);
   } catch (const tarnwick::Error& error) {
     std::cerr << error.Description() << "\n";
     return 1;

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Attachments of a message that may be anything: the list comes to an end, and every entry has a
-// name that stays in its folder and as many bytes as it says. The seeds of message_fuzz serve.
+// name that stays in its folder and as many bytes as it says.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

@@ -2,6 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "seeds.h"
 
+#include <random>
+
+#include "platform/jet/packing.h"
+#include "platform/jet/text_segment.h"
 #include "support/sample_profile.h"
 
 namespace tarnwick::fuzz {
@@ -90,6 +94,37 @@ const Texts kItems = {
     "\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1"s,
 };
 
+// By their first byte: packed values, a segment's head and one of its parts, changes to a file.
+Texts PackedSeeds(const Texts& letters) {
+  Texts seeds = {"\2\0\0\1a\1\7\2\xFF\3\5\0x\7\1"s, "\2\x62\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s};
+  for (size_t i = 0; i < letters.size() && i < 6; ++i) {
+    std::string packed(jet::Pack(letters[i]));
+    if (packed.empty()) continue;
+    seeds.push_back('\0' + packed);
+    seeds.push_back("\2\3\4"s + static_cast<char>(packed.size() % 256) + packed);
+  }
+  jet::SegmentWriter writer;
+  std::mt19937 random(7);
+  for (int document = 0; document < 60; ++document) {
+    std::vector<uint32_t> trigrams;
+    for (uint32_t trigram = random() % 4; trigram < 300; trigram += 1 + random() % 40) {
+      trigrams.push_back(trigram);
+    }
+    writer.Add(document * document, trigrams);
+  }
+  std::string head = writer.Head();
+  writer.Finish([&](size_t part, std::string_view data) {
+    if (part > 1) return;
+    seeds.push_back('\1' + std::string(1, static_cast<char>(head.size())) + head);
+    seeds.back() += data;
+    std::string change = "\x80"s + static_cast<char>(part);
+    change += {static_cast<char>(data.size() / 256), static_cast<char>(data.size() % 256)};
+    seeds.push_back("\2" + change + std::string(data) + "\x20\x07"s +
+                    static_cast<char>(head.size()) + head);
+  });
+  return seeds;
+}
+
 }  // namespace
 
 std::map<std::string, std::vector<std::string>> Seeds() {
@@ -97,9 +132,19 @@ std::map<std::string, std::vector<std::string>> Seeds() {
   for (const testing::SampleMessage& message : testing::SampleMessages()) {
     letters.push_back(message.raw);
   }
-  return {{"message", letters}, {"store", letters},   {"text", kTexts},   {"date", kDates},
-          {"html", kDocuments}, {"jet", kStatements}, {"dbx", kPatches},  {"registry", kRegistries},
-          {"pst", kPatches},    {"nodes", kPatches},  {"outlook", kItems}};
+  return {{"message", letters},
+          {"store", letters},
+          {"text", kTexts},
+          {"date", kDates},
+          {"html", kDocuments},
+          {"jet", kStatements},
+          {"dbx", kPatches},
+          {"registry", kRegistries},
+          {"pst", kPatches},
+          {"nodes", kPatches},
+          {"outlook", kItems},
+          {"attachments", letters},
+          {"packed", PackedSeeds(letters)}};
 }
 
 }  // namespace tarnwick::fuzz

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/email_grid_view.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QPainter>
@@ -11,7 +9,6 @@
 #include <algorithm>
 
 #include "board/layout_store.h"
-#include "platform/clock.h"
 #include "platform/locale.h"
 
 namespace tarnwick::board {
@@ -22,8 +19,6 @@ constexpr int kDateColumn = 1;
 constexpr int kSubjectColumn = 2;
 constexpr int kFirstHidden = 6;
 constexpr int kNarrowestSubject = 120;
-// More rows than anyone pastes; an archive holds a hundred thousand.
-constexpr size_t kMostCopied = 50000;
 
 const std::map<int, ListSort>& SortColumns() {
   static const std::map<int, ListSort> columns = {{kDateColumn, ListSort::kDate},
@@ -35,39 +30,23 @@ const std::map<int, ListSort>& SortColumns() {
 
 }  // namespace
 
-EmailGridView::EmailGridView(QWidget* parent) : QTableView(parent), model_(new ListModel(this)) {
+EmailGridView::EmailGridView(QWidget* parent) : GridView(parent), model_(new ListModel(this)) {
   setObjectName("EmailGrid");
   setAccessibleName(tr("Messages"));
   setModel(model_);
-  setSelectionBehavior(SelectRows);
   setSelectionMode(ExtendedSelection);
-  setEditTriggers(NoEditTriggers);
-  setAlternatingRowColors(true);
-  setShowGrid(false);
-  setWordWrap(false);
-  setTabKeyNavigation(false);
-  setHorizontalScrollMode(ScrollPerPixel);
-  // Always there, so that the columns that fill the width do so for any number of rows.
-  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-  setContextMenuPolicy(Qt::ActionsContextMenu);
-
-  verticalHeader()->hide();
-  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-
   QHeaderView* header = horizontalHeader();
   header->setMinimumSectionSize(20);
-  header->setHighlightSections(false);
   header->setSectionsClickable(true);
   header->setSortIndicatorShown(true);
   connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
     auto sort = SortColumns().find(column);
     if (sort != SortColumns().end()) emit SortAskedFor(sort->second);
   });
-  SetDesignedWidths();
+  SetDefaultWidths();
 }
 
-void EmailGridView::SetDesignedWidths() {
+void EmailGridView::SetDefaultWidths() {
   const QFontMetrics metrics = fontMetrics();
   auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
   DateTime wideDate = DateTime::FromDate(2008, 12, 28).WithTime(20, 58, 58);
@@ -103,17 +82,6 @@ void EmailGridView::Unbind() {
 
 SelectedMessage EmailGridView::MessageAt(int row) const {
   return {model_->IdAt(row), model_->SubjectAt(row), model_->ApplicationAt(row)};
-}
-
-// By ranges: one for each row of a selection of all takes seconds.
-std::vector<int> EmailGridView::SelectedRows() const {
-  std::vector<int> rows;
-  for (const QItemSelectionRange& range : selectionModel()->selection()) {
-    for (int row = range.top(); row <= range.bottom(); ++row) rows.push_back(row);
-  }
-  std::sort(rows.begin(), rows.end());
-  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-  return rows;
 }
 
 std::vector<SelectedMessage> EmailGridView::Selected() const {
@@ -161,15 +129,6 @@ void EmailGridView::ApplyWidths(const std::map<int, int>& twips, bool sameWindow
   fitsWindow_ = sameWindow && twips.count(kSubjectColumn) != 0;
 }
 
-std::vector<int> EmailGridView::Widths() const {
-  std::vector<int> widths;
-  widths.reserve(kGridColumns);
-  for (int column = 0; column < kGridColumns; ++column) {
-    widths.push_back(isColumnHidden(column) ? 0 : columnWidth(column) * kTwipsPerPixel);
-  }
-  return widths;
-}
-
 void EmailGridView::SetHint(const QString& title, const QString& advice) {
   hintTitle_ = title;
   hintAdvice_ = advice;
@@ -186,26 +145,13 @@ void EmailGridView::ShowSort(ListSort sort, ListOrder order) {
 }
 
 void EmailGridView::CopySelected() const {
-  QString text;
-  size_t copied = 0;
-  for (int row : SelectedRows()) {
-    if (++copied > kMostCopied) break;
-    QStringList cells;
-    for (int column = kDateColumn; column < kGridColumns; ++column) {
-      if (!isColumnHidden(column)) cells << model_->index(row, column).data().toString();
-    }
-    text += cells.join('\t') + '\n';
-  }
-  if (!text.isEmpty()) QApplication::clipboard()->setText(text);
+  GridView::CopySelected(kDateColumn);
 }
 
 void EmailGridView::keyboardSearch(const QString& search) {
-  qint64 now = platform::TickMilliseconds();
-  bool goesOn = now - typedAt_ < QApplication::keyboardInputInterval();
-  typedAt_ = now;
-  typed_ = goesOn ? typed_ + search : search;
+  auto [word, goesOn] = TypeOn(search);
   int rows = model_->rowCount();
-  if (typed_.isEmpty() || rows == 0 || model_->IsPlaceholder()) return;
+  if (word.isEmpty() || rows == 0 || model_->IsPlaceholder()) return;
   int column = std::max(currentIndex().column(), kDateColumn);
   // A first letter moves on from the current row, a longer word may stay on it.
   int row = std::max(currentIndex().row(), 0) + (goesOn ? 0 : 1);
@@ -213,7 +159,7 @@ void EmailGridView::keyboardSearch(const QString& search) {
   timer.start();
   for (int looked = 0; looked < rows && timer.elapsed() < 200; ++looked, ++row) {
     QModelIndex index = model_->index(row % rows, column);
-    if (index.data().toString().startsWith(typed_, Qt::CaseInsensitive)) {
+    if (index.data().toString().startsWith(word, Qt::CaseInsensitive)) {
       setCurrentIndex(index);
       return;
     }
@@ -221,7 +167,7 @@ void EmailGridView::keyboardSearch(const QString& search) {
 }
 
 void EmailGridView::paintEvent(QPaintEvent* event) {
-  QTableView::paintEvent(event);
+  GridView::paintEvent(event);
   if (!model_->IsPlaceholder() || hintTitle_.isEmpty()) return;
   QPainter painter(viewport());
   QFont bold = font();
@@ -252,26 +198,26 @@ void EmailGridView::resizeEvent(QResizeEvent* event) {
   int before = event->oldSize().width();
   bool filled = horizontalHeader()->length() == before;
   bool squeezed = columnWidth(kSubjectColumn) == kNarrowestSubject;
-  QTableView::resizeEvent(event);
+  GridView::resizeEvent(event);
   // Columns that the person drew narrower or wider than the window stay as they are.
   if (settled_ && event->size().width() != before && (filled || squeezed)) FitSubject();
 }
 
 void EmailGridView::selectionChanged(const QItemSelection& selected,
                                      const QItemSelection& deselected) {
-  QTableView::selectionChanged(selected, deselected);
+  GridView::selectionChanged(selected, deselected);
   emit CurrentChanged();
 }
 
 // The base class makes the first cell current, which looks half selected.
 void EmailGridView::focusInEvent(QFocusEvent* event) {
   bool hadCurrent = currentIndex().isValid();
-  QTableView::focusInEvent(event);
+  GridView::focusInEvent(event);
   if (!hadCurrent && selectionModel() != nullptr) selectionModel()->clearCurrentIndex();
 }
 
 void EmailGridView::showEvent(QShowEvent* event) {
-  QTableView::showEvent(event);
+  GridView::showEvent(event);
   if (settled_) return;
   if (!fitsWindow_) FitSubject();
   settled_ = true;

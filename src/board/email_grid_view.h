@@ -5,17 +5,17 @@
 // sorts when clicked, a text for when there is nothing to list.
 #pragma once
 
-#include <QTableView>
 #include <cstdint>
 #include <map>
 #include <vector>
 
 #include "board/list_model.h"
 #include "board/message_commands.h"
+#include "repository/grid_view.h"
 
 namespace tarnwick::board {
 
-class EmailGridView : public QTableView {
+class EmailGridView : public repository::GridView {
   Q_OBJECT
 
  public:
@@ -41,14 +41,12 @@ class EmailGridView : public QTableView {
   // Widths in twips, by column number; columns that are not named keep theirs. Width 0 hides.
   // Unless they were stored for a window of the same width, the subject is fitted to this one.
   void ApplyWidths(const std::map<int, int>& twips, bool sameWindow);
-  std::vector<int> Widths() const;
 
   // Shown over the placeholder row; it says what to do next.
   void SetHint(const QString& title, const QString& advice);
 
   void ShowSort(ListSort sort, ListOrder order);
 
-  // Puts the selected rows on the clipboard, a line each, columns parted by tabs.
   void CopySelected() const;
 
   // Types ahead within the rows that can be looked at in a fifth of a second.
@@ -68,9 +66,8 @@ class EmailGridView : public QTableView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
-  std::vector<int> SelectedRows() const;  // ascending
   SelectedMessage MessageAt(int row) const;
-  void SetDesignedWidths();
+  void SetDefaultWidths();
   void FitSubject();
 
   ListModel* model_;
@@ -78,8 +75,6 @@ class EmailGridView : public QTableView {
   bool settled_ = false;  // shown once: from now on a resize goes to the subject
   QString hintTitle_;
   QString hintAdvice_;
-  QString typed_;
-  qint64 typedAt_ = 0;
 };
 
 }  // namespace tarnwick::board

@@ -6,6 +6,7 @@
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "repository/grid_layout.h"
 #include "repository/parameter_store.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* kForm = "frmEmailText";
 constexpr int kTwips = repository::kTwipsPerPixel;
+constexpr int kTitleBar = 32;  // about what a desktop adds above a window
 // The layout of a line takes time that grows faster than the line: longer ones are broken, which
 // leaves even megabytes without a line end readable at once.
 constexpr qsizetype kLongestLine = 4000;
@@ -76,7 +78,16 @@ void frmEmailText::RestorePlace() {
              .boundedTo(screen.size() * 8 / 10));
   auto place = repository::RestoreFormPosition(kForm, true, screen.bottom() * kTwips,
                                                screen.right() * kTwips);
-  if (!place) return;
+  if (!place) {
+    // Beside the list where there is room, else over as little of it as can be.
+    if (const QWidget* list = parentWidget()) {
+      QRect around = list->window()->frameGeometry();
+      int left = std::min(around.right() + 1, screen.right() - width());
+      int top = std::min(around.bottom(), screen.bottom()) - height() - kTitleBar;
+      move(std::max(left, screen.left()), std::max(top, screen.top()));
+    }
+    return;
+  }
   resize(QSize(place->width / kTwips, place->height / kTwips)
              .boundedTo(screen.size())
              .expandedTo(minimumSizeHint()));

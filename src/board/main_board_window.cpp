@@ -4,12 +4,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMenuBar>
-#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -19,13 +16,10 @@
 #include "board/message_commands.h"
 #include "board/message_viewer.h"
 #include "board/profile_summary.h"
+#include "board/window_place_view.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
-#include "maintenance/backup.h"
-#include "maintenance/export.h"
-#include "maintenance/merge.h"
-#include "maintenance/restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "platform/files.h"
@@ -153,17 +147,6 @@ void MainBoard::Connect() {
   on(actions_->helpTopics, &MainBoard::OpenHelp);
   on(actions_->about, &MainBoard::ShowAbout);
   on(actions_->stop, &MainBoard::Stop);
-  const struct {
-    QAction* action;
-    Maintenance what;
-  } maintenance[] = {{actions_->backup, Maintenance::kBackup},
-                     {actions_->restore, Maintenance::kRestore},
-                     {actions_->exportListed, Maintenance::kExport},
-                     {actions_->merge, Maintenance::kMerge}};
-  for (const auto& entry : maintenance) {
-    connect(entry.action, &QAction::triggered, this,
-            [this, what = entry.what] { ChooseMaintenanceFile(what); });
-  }
   connect(actions_->openRepository, &QAction::triggered, this, [this] { SwitchRepository(false); });
   connect(actions_->createRepository, &QAction::triggered, this,
           [this] { SwitchRepository(true); });
@@ -175,6 +158,22 @@ void MainBoard::Connect() {
     });
   };
   takeout_ = new TakeoutView(*actions_, *grid_, whileStoppable, this);
+  auto listAnew = [this] {
+    State().RepositoryIsEmpty = repository::HasNoEmail();
+    FillChoices();
+    ShowRefresh(*this);
+  };
+  auto withListClosed = [=, this](const std::function<void()>& command) {
+    whileStoppable([&] {
+      // Events run while the engine works, and nothing may read from it then.
+      follow_.stop();
+      grid_->Unbind();
+      command();
+      listAnew();
+      UpdateHint();
+    });
+  };
+  maintenance_ = new MaintenanceView(*actions_, withListClosed, listAnew, this);
   connect(actions_->exit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
@@ -202,7 +201,7 @@ void MainBoard::Connect() {
 }
 
 bool MainBoard::Load() {
-  bool sameWidth = RestorePlace();
+  bool sameWidth = RestorePlace(*this);
   grid_->ApplyWidths(repository::ReadGridLayout(kGridGroup, kGridColumns), sameWidth);
   ShowRepositoryFolder();
   actions_->timeline->setChecked(ReadTimelineShown());
@@ -402,66 +401,6 @@ void MainBoard::LoadTextFile(const QString& path) {
   });
 }
 
-void MainBoard::ChooseMaintenanceFile(Maintenance what) {
-  // The routines ask themselves about a file that exists.
-  constexpr auto kOptions = QFileDialog::DontConfirmOverwrite;
-  QString filter = QString(maintenance::kFileFilter).section('|', 0, 0);
-  QString file;
-  switch (what) {
-    case Maintenance::kBackup:
-      file = QFileDialog::getSaveFileName(this, tr(maintenance::kBackupTitle),
-                                          QString::fromStdString(maintenance::ProposedBackupName()),
-                                          filter, nullptr, kOptions);
-      break;
-    case Maintenance::kExport:
-      file = QFileDialog::getSaveFileName(this, tr(maintenance::kExportTitle), {}, filter, nullptr,
-                                          kOptions);
-      break;
-    case Maintenance::kRestore:
-      file = QFileDialog::getOpenFileName(this, tr(maintenance::kRestoreTitle), {}, filter);
-      break;
-    case Maintenance::kMerge:
-      file = QFileDialog::getOpenFileName(this, tr(maintenance::kMergeTitle), {}, filter);
-      break;
-  }
-  if (file.isEmpty()) return;
-  bool isWritten = what == Maintenance::kBackup || what == Maintenance::kExport;
-  if (isWritten && !QFileInfo(file).fileName().contains('.')) file += ".twb";
-  Maintain(what, file);
-}
-
-void MainBoard::Maintain(Maintenance what, const QString& file) {
-  Run([&] {
-    status_->SetPanel(core::StatusPanel::kProgress, {});
-    status_->SetBusy(true);
-    // Events run while the engine works, and nothing may read from it then.
-    follow_.stop();
-    grid_->Unbind();
-    std::string path = QDir::toNativeSeparators(file).toStdString();
-    auto listAnew = [this] {
-      State().RepositoryIsEmpty = repository::HasNoEmail();
-      FillChoices();
-      ShowRefresh(*this);
-    };
-    switch (what) {
-      case Maintenance::kBackup:
-        maintenance::MakeBackup(path);
-        break;
-      case Maintenance::kRestore:
-        maintenance::RestoreBackup(path, listAnew);
-        break;
-      case Maintenance::kExport:
-        maintenance::ExportEmails(path, Board().ListRecordset);
-        break;
-      case Maintenance::kMerge:
-        maintenance::twMakeMarge(path);
-        break;
-    }
-    listAnew();
-    UpdateHint();
-  });
-}
-
 void MainBoard::SwitchRepository(bool create) {
   auto folder = State().Ui->ChooseFolder("Select repository folder");
   if (!folder || folder->empty()) return;
@@ -550,28 +489,6 @@ void MainBoard::FillChoices() {
   strip_->SetChoices(ContactNames(), AttachmentNames());
 }
 
-// True when the window is as wide as it was left.
-bool MainBoard::RestorePlace() {
-  QRect screen = QApplication::primaryScreen()->availableGeometry();
-  WindowPlace place = ReadWindowPlace();
-  auto stored = [](int twips, int designed, int extent) {
-    int pixels = twips / kTwipsPerPixel;
-    return pixels >= 300 && pixels <= extent ? pixels : designed;
-  };
-  int designedWidth = std::max(std::min(1180, screen.width() - 40), minimumSizeHint().width());
-  resize(stored(place.width, designedWidth, screen.width()),
-         stored(place.height, std::min(700, screen.height() - 80), screen.height()));
-  QPoint corner = screen.center() - rect().center();
-  auto left =
-      FittingEdge(place.left, width() * kTwipsPerPixel, (screen.right() + 1) * kTwipsPerPixel);
-  auto top =
-      FittingEdge(place.top, height() * kTwipsPerPixel, (screen.bottom() + 1) * kTwipsPerPixel);
-  if (left) corner.setX(*left / kTwipsPerPixel);
-  if (top) corner.setY(*top / kTwipsPerPixel);
-  if (!isVisible()) move(corner);
-  return width() == place.width / kTwipsPerPixel;
-}
-
 void MainBoard::SaveLayout() {
   core::GuardedRun("Form_Unload", [this] {
     jet::CommitGroup group(repository::ParameterDb());
@@ -579,9 +496,7 @@ void MainBoard::SaveLayout() {
     ListFilter filter = Board().Filter;
     strip_->ReadFilter(filter);
     SaveFilter(filter, CountListed());
-    QRect place = isMaximized() ? normalGeometry() : QRect(pos(), size());
-    SaveWindowPlace({place.left() * kTwipsPerPixel, place.top() * kTwipsPerPixel,
-                     place.width() * kTwipsPerPixel, place.height() * kTwipsPerPixel});
+    StorePlace(*this);
     repository::ParameterDb().EndUnit();
     group.End();
   });

@@ -18,6 +18,7 @@
 #include "board/email_text_window.h"
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
+#include "board/maintenance_view.h"
 #include "board/status_panels_view.h"
 #include "board/takeout_view.h"
 #include "board/timeline_view.h"
@@ -39,6 +40,7 @@ class MainBoard : public QMainWindow, public ListForm {
   EmailGridView& Grid() { return *grid_; }
   BoardActionsView& Actions() { return *actions_; }
   TakeoutView& Takeout() { return *takeout_; }
+  MaintenanceView& Maintenance() { return *maintenance_; }
   TimelineView& Timeline() { return *timeline_; }
 
   // True while a command runs that can be stopped.
@@ -49,10 +51,6 @@ class MainBoard : public QMainWindow, public ListForm {
 
   // Takes one message file in and lists it.
   void LoadTextFile(const QString& path);
-
-  enum class Maintenance { kBackup, kRestore, kExport, kMerge };
-  // Works on the file as the command does once it has been chosen.
-  void Maintain(Maintenance what, const QString& file);
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -73,7 +71,6 @@ class MainBoard : public QMainWindow, public ListForm {
   void MarkAllHotOff();
   void LoadFromMailer();
   void ChooseTextFile();
-  void ChooseMaintenanceFile(Maintenance what);
   void SwitchRepository(bool create);
   void ShowEmail();
   void MoveHtml();
@@ -91,7 +88,6 @@ class MainBoard : public QMainWindow, public ListForm {
   void SetTimelineShown(bool on);
   void UpdateHint();
   void PrepareSearch();
-  bool RestorePlace();
   void SaveLayout();
 
   BoardActionsView* actions_;
@@ -105,6 +101,7 @@ class MainBoard : public QMainWindow, public ListForm {
   QTimer prepare_;                // while there is nothing else to do
   StatusPanelsView* status_ = nullptr;
   TakeoutView* takeout_ = nullptr;
+  MaintenanceView* maintenance_ = nullptr;
   bool busy_ = false;
   bool closeWhenDone_ = false;
   bool keepPlace_ = false;  // the next binding keeps the current row

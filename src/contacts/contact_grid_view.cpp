@@ -2,13 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/contact_grid_view.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QHeaderView>
 #include <QPainter>
 #include <algorithm>
 
-#include "platform/clock.h"
 #include "repository/grid_layout.h"
 
 namespace tarnwick::contacts {
@@ -16,40 +13,25 @@ namespace tarnwick::contacts {
 namespace {
 
 // A width for each column: that of such a text.
-constexpr const char* kDesigned[] = {"Christopher Longfellow-Smith",
-                                     "12 Elm Street, Old Town",
-                                     "+44 20 7946 0123",
-                                     "+44 20 7946 0123",
-                                     "+44 20 7946 0123",
-                                     "What one should know"};
+constexpr const char* kWidest[] = {"Christopher Longfellow-Smith",
+                                   "12 Elm Street, Old Town",
+                                   "+44 20 7946 0123",
+                                   "+44 20 7946 0123",
+                                   "+44 20 7946 0123",
+                                   "What one should know"};
 constexpr int kCellMargins = 20;
 
 }  // namespace
 
 ContactGridView::ContactGridView(QWidget* parent)
-    : QTableView(parent), model_(new ContactListModel(this)) {
+    : GridView(parent), model_(new ContactListModel(this)) {
   setObjectName("tblMeContacts");
   setAccessibleName(tr("Contacts"));
   setModel(model_);
-  setSelectionBehavior(SelectRows);
   setSelectionMode(SingleSelection);
-  setEditTriggers(NoEditTriggers);
-  setAlternatingRowColors(true);
-  setShowGrid(false);
-  setWordWrap(false);
-  setTabKeyNavigation(false);
-  setHorizontalScrollMode(ScrollPerPixel);
-  // Always there, so that the last column fills the width for any number of rows.
-  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-  setContextMenuPolicy(Qt::ActionsContextMenu);
-
-  verticalHeader()->hide();
-  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-  horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setStretchLastSection(true);
   for (int column = 0; column < kContactId; ++column) {
-    setColumnWidth(column, fontMetrics().horizontalAdvance(kDesigned[column]) + kCellMargins);
+    setColumnWidth(column, fontMetrics().horizontalAdvance(kWidest[column]) + kCellMargins);
   }
   setColumnHidden(kContactId, true);
 }
@@ -76,42 +58,22 @@ void ContactGridView::ApplyWidths(const std::map<int, int>& twips) {
   }
 }
 
-std::vector<int> ContactGridView::Widths() const {
-  std::vector<int> widths;
-  for (int column = 0; column < kContactColumns; ++column) {
-    widths.push_back(isColumnHidden(column) ? 0 : columnWidth(column) * repository::kTwipsPerPixel);
-  }
-  return widths;
-}
-
 void ContactGridView::SetHint(const QString& hint) {
   hint_ = hint;
   setAccessibleDescription(model_->rowCount() == 0 ? hint : QString());
   viewport()->update();
 }
 
-void ContactGridView::CopySelected() const {
-  QModelIndexList rows = selectionModel()->selectedRows();
-  if (rows.isEmpty()) return;
-  QStringList cells;
-  for (int column = 0; column < kContactId; ++column) {
-    cells << rows.first().siblingAtColumn(column).data().toString();
-  }
-  QApplication::clipboard()->setText(cells.join('\t') + '\n');
-}
-
 void ContactGridView::keyboardSearch(const QString& search) {
-  qint64 now = platform::TickMilliseconds();
-  typed_ = now - typedAt_ < QApplication::keyboardInputInterval() ? typed_ + search : search;
-  typedAt_ = now;
+  QString word = TypeOn(search).word;
   int rows = model_->rowCount();
-  if (rows == 0 || typed_.trimmed().isEmpty()) return;
-  int64_t before = CountBefore(model_->NameFilter(), typed_.toStdString());
+  if (rows == 0 || word.trimmed().isEmpty()) return;
+  int64_t before = CountBefore(model_->NameFilter(), word.toStdString());
   setCurrentIndex(model_->index(static_cast<int>(std::min<int64_t>(before, rows - 1)), kName));
 }
 
 void ContactGridView::paintEvent(QPaintEvent* event) {
-  QTableView::paintEvent(event);
+  GridView::paintEvent(event);
   if (model_->rowCount() != 0 || hint_.isEmpty()) return;
   QPainter painter(viewport());
   painter.setPen(palette().color(QPalette::PlaceholderText));

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The grid of the contact list: rows of one height, column widths that can be stored, typing ahead
-// by name, a text for when there is nothing to list.
+// The grid of the contact list: typing ahead by name, a text for when there is nothing to list.
 #pragma once
 
-#include <QTableView>
 #include <map>
-#include <vector>
 
 #include "contacts/contact_list_model.h"
+#include "repository/grid_view.h"
 
 namespace tarnwick::contacts {
 
-class ContactGridView : public QTableView {
+class ContactGridView : public repository::GridView {
   Q_OBJECT
 
  public:
@@ -29,13 +27,9 @@ class ContactGridView : public QTableView {
   // Widths in twips, by column number; columns that are not named keep theirs. The key stays
   // hidden.
   void ApplyWidths(const std::map<int, int>& twips);
-  std::vector<int> Widths() const;
 
   // Shown while the list is empty.
   void SetHint(const QString& hint);
-
-  // Puts the selected row on the clipboard, columns parted by tabs.
-  void CopySelected() const;
 
   // Goes to the first name that follows what is being typed; a lookup, however long the list.
   void keyboardSearch(const QString& search) override;
@@ -46,8 +40,6 @@ class ContactGridView : public QTableView {
  private:
   ContactListModel* model_;
   QString hint_;
-  QString typed_;
-  qint64 typedAt_ = 0;
 };
 
 }  // namespace tarnwick::contacts

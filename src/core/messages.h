@@ -24,7 +24,7 @@ inline constexpr const char* kAccessAdvice =
 // Information icon, OK, title "Tarnwick".
 void ShowMessage(const std::string& text);
 
-// A designed box that one load can bring up hundreds of times (kind tells which it is, such as
+// A message box that one load can bring up hundreds of times (kind tells which it is, such as
 // "Cc limit"). From its second showing in a load it offers to be silent for the rest of it; the
 // log keeps every one. Outside a load it is ShowMessage.
 void ShowRepeatedMessage(std::string_view kind, const std::string& text);

@@ -9,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/jet/new_file.h"
 #include "platform/locale.h"
 
 namespace tarnwick::core {
@@ -41,18 +42,6 @@ std::string InstalledFile(const std::string& programFolder, const std::string& n
   throw Error(ErrorNumber::kFileNotFound, "File not found: " + name);
 }
 
-// Complete under its own name or not there at all, also when the disk fills half way.
-void CopyWhole(const std::string& from, const std::string& to) {
-  std::string unfinished = to + ".new";
-  try {
-    platform::CopyFile(from, unfinished);
-    platform::RenameFile(unfinished, to);
-  } catch (const Error&) {
-    std::remove(unfinished.c_str());
-    throw;
-  }
-}
-
 }  // namespace
 
 std::string ChooseAppFolder(const std::string& programFolder) {
@@ -68,11 +57,12 @@ void SeedAppFolder(const std::string& appFolder, const std::string& programFolde
   platform::MakeFolder(appFolder);
   for (const char* name : {kTemplateFile, kParameterFile}) {
     if (!platform::FileExists(appFolder + name)) {
-      CopyWhole(InstalledFile(platform::WithSeparator(programFolder), name), appFolder + name);
+      jet::CopyIntoPlace(InstalledFile(platform::WithSeparator(programFolder), name),
+                         appFolder + name);
     }
   }
   if (!platform::FileExists(appFolder + kRepositoryFile)) {
-    CopyWhole(appFolder + kTemplateFile, appFolder + kRepositoryFile);
+    jet::CopyIntoPlace(appFolder + kTemplateFile, appFolder + kRepositoryFile);
   }
 }
 

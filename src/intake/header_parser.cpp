@@ -49,16 +49,6 @@ void SetDirection(bool (*isFromMe)(const std::string&), MailMessage& message) {
   }
 }
 
-void SetCorrespondent(MailMessage& message) {
-  if (message.Direction == "In") {
-    message.FromToAddress = message.FromAddress;
-    message.FromToName = message.FromName;
-  } else if (message.ToCount > 0) {
-    message.FromToAddress = message.To[0].Address;
-    message.FromToName = message.To[0].Name;
-  }
-}
-
 bool Stop(Outcome outcome) {
   SetLastOutcome(outcome);
   return false;

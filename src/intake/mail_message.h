@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // One message being taken in. Lists have fixed capacities with explicit counts; what does not fit
-// is dropped by the Append routines, which say so where the design has a box for it.
+// is dropped by the Append routines, which say so where it matters.
 //
 // All texts are UTF-8 by the time the record reaches dbSaveMesage. While a message is being parsed,
 // header texts may still hold undecoded bytes; the parser keeps them apart (mixed_text.h).
@@ -68,5 +68,9 @@ struct MailMessage {
   std::string Notes;    // the user's note
   std::string Project;  // its project's name; when empty the folder is the project
 };
+
+// Fills FromToAddress and FromToName by the direction: whom the person corresponds with, the sender
+// or the first addressee.
+void SetCorrespondent(MailMessage& message);
 
 }  // namespace tarnwick::intake

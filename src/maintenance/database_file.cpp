@@ -9,6 +9,7 @@
 #include "core/run_state.h"
 #include "maintenance/backup.h"
 #include "platform/files.h"
+#include "platform/jet/new_file.h"
 #include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
@@ -103,7 +104,7 @@ Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows) 
 NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(file + kUnfinished) {
   // What a killed run has left makes room for this one.
   platform::RemoveFile(path_);
-  RemoveLogs(path_);
+  jet::RemoveLogs(path_);
   try {
     std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
     platform::CopyFile(emptyRepository, path_);
@@ -117,7 +118,7 @@ NewDatabaseFile::~NewDatabaseFile() {
   if (finished_) return;
   try {
     platform::RemoveFile(path_);
-    RemoveLogs(path_);
+    jet::RemoveLogs(path_);
   } catch (const Error&) {
     core::ReportCurrentException("NewDatabaseFile", core::Report::kLog);
   }
@@ -136,14 +137,9 @@ void NewDatabaseFile::Check(std::span<const TableCount> counts, Run& run) const 
 
 void NewDatabaseFile::Finish() {
   platform::FlushToDisk(path_);
-  RemoveLogs(file_);
-  platform::RenameFile(path_, file_);
+  jet::PutInPlace(path_, file_);
   finished_ = true;
   platform::FlushToDisk(platform::FolderOf(file_));
-}
-
-void RemoveLogs(const std::string& file) {
-  for (const char* suffix : {"-wal", "-shm", "-journal"}) platform::RemoveFile(file + suffix);
 }
 
 }  // namespace tarnwick::maintenance

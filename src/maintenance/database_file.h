@@ -66,8 +66,4 @@ class NewDatabaseFile {
   bool finished_ = false;
 };
 
-// Removes what the engine may have left beside a database file: it would be taken for part of the
-// next file of that name.
-void RemoveLogs(const std::string& file);
-
 }  // namespace tarnwick::maintenance

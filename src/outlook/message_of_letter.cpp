@@ -85,13 +85,7 @@ MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place
   message.Folder = place.name;
   message.Parent = place.parentPath;
   message.Direction = DirectionOf(letter, place, isFromMe);
-  if (message.Direction == "In") {
-    message.FromToAddress = message.FromAddress;
-    message.FromToName = message.FromName;
-  } else if (message.ToCount > 0) {
-    message.FromToAddress = message.To[0].Address;
-    message.FromToName = message.To[0].Name;
-  }
+  intake::SetCorrespondent(message);
   return message;
 }
 

@@ -19,6 +19,8 @@ namespace {
 constexpr size_t kReadPiece = 128 * 1024;
 constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
+constexpr size_t kMaxLost = 10;
+constexpr size_t kMaxLostText = 100;
 // Behind a reader that fell over an item asked for ahead, so that the next one is known for itself.
 constexpr int kOneByOne = 2 * kMaxItemsAhead;
 constexpr uint64_t kMaxAnswer = uint64_t{1} << 30;
@@ -59,6 +61,8 @@ class AnswerReader {
       list.insert(list.end(), nodes.begin(), nodes.end());
     } else if (kind == frame::kBytes && !answer_.attachments.empty()) {
       answer_.attachmentBytes[answer_.attachments.size() - 1] += payload;
+    } else if (kind == frame::kLost) {
+      if (answer_.lost.size() < kMaxLost) answer_.lost.emplace(payload.substr(0, kMaxLostText));
     } else {
       throw Damaged("unknown answer");
     }

@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,6 +53,7 @@ struct RawAnswer {
   std::map<size_t, std::string> attachmentBytes;  // by row, of items that came ahead
   std::vector<uint32_t> folders;
   std::vector<uint32_t> items;
+  std::set<std::string> lost;  // what is damaged and left out; a few of many
 };
 
 inline constexpr size_t kMaxItemsAhead = 32;

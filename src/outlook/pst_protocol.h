@@ -31,6 +31,7 @@
 //   'D' node...                                 folders in this folder
 //   'L' node...                                 items in this folder
 //   'B' bytes                                   a piece of an attachment
+//   'X' text                                    what of it is damaged and left out
 //
 // Requests may be sent before the answers to earlier ones have come; answers keep their order.
 #pragma once
@@ -56,6 +57,7 @@ inline constexpr char kAttachmentRow = 'T';
 inline constexpr char kFolders = 'D';
 inline constexpr char kItems = 'L';
 inline constexpr char kBytes = 'B';
+inline constexpr char kLost = 'X';
 inline constexpr char kDone = 'Z';
 inline constexpr char kFailed = 'E';
 }  // namespace frame

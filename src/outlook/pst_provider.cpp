@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 
 #include "core/messages.h"
 #include "core/text.h"
@@ -22,6 +23,7 @@ constexpr int64_t kUnixEpochSeconds = 11'644'473'600;  // from 1601-01-01, where
 constexpr int64_t kTicksPerSecond = 10'000'000;
 constexpr uint64_t kOutputFactor = 8;  // the raw text in base64, and both bodies again
 constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
+constexpr int kMaxLoggedItems = 200;  // of one store
 
 int64_t Signed(const std::string& bytes) {
   uint64_t value = 0;
@@ -97,12 +99,48 @@ uint32_t NodeOfEntry(const std::string& entry) {
   return entry.size() == kEntryIdSize ? TakeNumber(entry, kEntryIdSize - 4) : 0;
 }
 
+// Whether it takes a code page to read the row's texts.
+bool HasByteTexts(const RawRow& row) {
+  return std::any_of(row.begin(), row.end(), [](const RawProperty& raw) {
+    return raw.type == PropType::kString8 && !platform::IsAscii(raw.bytes);
+  });
+}
+
+// The charset of the machine that wrote a message; "" when nothing tells.
+std::string CharsetOfWriter(const RawRow& properties) {
+  std::string charset = CharsetOfCodepage(NumberIn(properties, Prop::kMessageCodepage));
+  if (!charset.empty()) return charset;
+  return CharsetOfCodepage(CodepageOfLocale(NumberIn(properties, Prop::kMessageLocale)));
+}
+
 // What all objects of one store share.
 struct StoreContext {
   explicit StoreContext(PstClient reader) : client(std::move(reader)) {}
   PstClient client;
   std::string key;  // kStoreKeySize bytes
+  uint32_t root = 0;
   PropertySet properties;
+
+  // A row of the store's own, or of a message that names no code page.
+  PropertySet Decoded(const RawRow& row) {
+    return Decode(row, HasByteTexts(row) ? Charset() : std::string());
+  }
+  // Of the store's own byte texts. An ANSI store does not tell, but the first messages in it do.
+  const std::string& Charset() {
+    if (!charset_) {
+      charset_ = "";
+      FindCharset();
+    }
+    return *charset_;
+  }
+
+  // A damaged message is taken as far as it goes; its owner can see that it was more.
+  void LogLost(const std::set<std::string>& lost, const std::string& subject) {
+    if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
+    std::string all;
+    for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
+    core::WriteLog("Outlook item damaged, not all of it is taken (" + all + "): " + subject);
+  }
 
   std::string EntryID(uint32_t node) const {
     std::string bytes(4, '\0');
@@ -110,6 +148,30 @@ struct StoreContext {
     PutNumber(bytes, node);
     return Hex(bytes);
   }
+
+ private:
+  void FindCharset() {
+    constexpr size_t kMaxFolders = 50;
+    constexpr size_t kItemsOfEach = 3;
+    std::vector<uint32_t> folders = {root};
+    for (size_t next = 0; next < std::min(folders.size(), kMaxFolders); ++next) {
+      core::YieldEvents();
+      try {
+        RawAnswer folder = client.Ask(frame::kFolder, {folders[next]});
+        folders.insert(folders.end(), folder.folders.begin(), folder.folders.end());
+        for (uint32_t i = 0; i < std::min(folder.items.size(), kItemsOfEach); ++i) {
+          RawAnswer item = client.Ask(frame::kItem, {folders[next], i, folder.items[i]});
+          charset_ = CharsetOfWriter(item.properties);
+          if (!charset_->empty()) return;
+        }
+      } catch (const Error&) {
+        // There are others.
+      }
+    }
+  }
+
+  std::optional<std::string> charset_;
+  int damagedItems_ = 0;
 };
 using Context = std::shared_ptr<StoreContext>;
 
@@ -162,10 +224,12 @@ class PstItem : public Item {
     RawAnswer answer =
         context_->client.Ask(path_.empty() ? frame::kItem : frame::kEmbedded, Numbers(path_));
     std::string charset = CharsetOfMessage(answer.properties);
+    if (charset.empty() && HasByteTexts(answer.properties)) charset = context_->Charset();
     properties_ = Decode(answer.properties, charset);
     for (const RawRow& row : answer.recipients) recipients_.push_back(Decode(row, charset));
     for (const RawRow& row : answer.attachments) attachments_.push_back(Decode(row, charset));
     attachmentBytes_ = std::move(answer.attachmentBytes);
+    context_->LogLost(answer.lost, properties_.Text(Prop::kSubject));
     isRead_ = true;
     return properties_;
   }
@@ -227,7 +291,7 @@ class PstFolder : public Folder {
     if (isRead_) return properties_;
     core::YieldEvents();
     RawAnswer answer = context_->client.Ask(frame::kFolder, {node_});
-    properties_ = Decode(answer.properties, "");
+    properties_ = context_->Decoded(answer.properties);
     folders_ = std::move(answer.folders);
     items_ = std::move(answer.items);
     isRead_ = true;
@@ -244,8 +308,8 @@ class PstFolder : public Folder {
 
 class PstStore : public Store {
  public:
-  PstStore(Context context, std::string path, uint32_t rootNode)
-      : context_(std::move(context)), path_(std::move(path)), rootNode_(rootNode) {}
+  PstStore(Context context, std::string path)
+      : context_(std::move(context)), path_(std::move(path)) {}
 
   std::string DisplayName() override { return context_->properties.Text(Prop::kDisplayName); }
   std::string Location() override { return path_; }
@@ -261,8 +325,10 @@ class PstStore : public Store {
         // The store names a top that is gone: the root above it still leads to everything.
       }
     }
-    if (rootNode_ == 0) throw Error(ErrorNumber::kPathAccess, "The Outlook store has no folders");
-    return std::make_unique<PstFolder>(context_, rootNode_);
+    if (context_->root == 0) {
+      throw Error(ErrorNumber::kPathAccess, "The Outlook store has no folders");
+    }
+    return std::make_unique<PstFolder>(context_, context_->root);
   }
   uint64_t OutputBudget() override {
     return kOutputFactor * context_->client.StoreSize() + kOutputFloor;
@@ -271,20 +337,14 @@ class PstStore : public Store {
  private:
   Context context_;
   std::string path_;
-  uint32_t rootNode_;
 };
 
 }  // namespace
 
 std::string CharsetOfMessage(const RawRow& properties) {
-  int64_t internet = NumberIn(properties, Prop::kInternetCodepage);
-  for (int64_t codepage :
-       {NumberIn(properties, Prop::kMessageCodepage),
-        CodepageOfLocale(NumberIn(properties, Prop::kMessageLocale)), AnsiCodepageOf(internet)}) {
-    std::string charset = CharsetOfCodepage(codepage);
-    if (!charset.empty()) return charset;
-  }
-  return {};
+  std::string charset = CharsetOfWriter(properties);
+  if (!charset.empty()) return charset;
+  return CharsetOfCodepage(AnsiCodepageOf(NumberIn(properties, Prop::kInternetCodepage)));
 }
 
 PropertySet Decode(const RawRow& row, const std::string& charset) {
@@ -301,15 +361,15 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
     try {
       auto context = std::make_shared<StoreContext>(PstClient(file, program_, limits_));
       RawAnswer answer = context->client.Ask(frame::kStore, {});
-      context->properties = Decode(answer.properties, "");
+      context->root = answer.folders.empty() ? 0 : answer.folders[0];
+      context->properties = context->Decoded(answer.properties);
       context->key = context->properties.Bytes(Prop::kRecordKey);
       if (context->key.size() != kStoreKeySize) {
         // A store that lost its own key is known by where it lies.
         context->key.clear();
         for (char part = '0'; part < '4'; ++part) PutNumber(context->key, Fnv(file + part));
       }
-      uint32_t root = answer.folders.empty() ? 0 : answer.folders[0];
-      stores.push_back(std::make_unique<PstStore>(context, file, root));
+      stores.push_back(std::make_unique<PstStore>(context, file));
     } catch (const Error& error) {
       if (error.Number() == ErrorNumber::kFileNotFound) throw;
       core::WriteLog("Outlook store skipped: " + file + ": " + error.Description());

@@ -162,15 +162,7 @@ class HiveRegistry : public Registry {
       }
     }
     std::string owner = FileNameOf(folder_.substr(0, folder_.size() - 1));
-    std::string home = "\\Documents and Settings\\" + owner;
-    std::string lower = AsciiLower(name);
-    if (lower == "userprofile") return "C:" + home;
-    if (lower == "homedrive" || lower == "systemdrive") return "C:";
-    if (lower == "homepath") return home;
-    if (lower == "username") return owner;
-    if (lower == "appdata") return "C:" + home + "\\Application Data";
-    if (lower == "localappdata") return "C:" + home + "\\Local Settings\\Application Data";
-    return std::nullopt;
+    return OwnerVariable(name, owner, "\\Documents and Settings\\" + owner);
   }
 
   // The root of the old disk when the profile stands where Windows had it: two or three folders

@@ -62,6 +62,18 @@ std::string ExpandNames(
   return expanded;
 }
 
+std::optional<std::string> OwnerVariable(const std::string& name, const std::string& owner,
+                                         const std::string& home) {
+  std::string lower = AsciiLower(name);
+  if (lower == "userprofile") return "C:" + home;
+  if (lower == "homedrive" || lower == "systemdrive") return "C:";
+  if (lower == "homepath") return home;
+  if (lower == "username") return owner;
+  if (lower == "appdata") return "C:" + home + "\\Application Data";
+  if (lower == "localappdata") return "C:" + home + "\\Local Settings\\Application Data";
+  return std::nullopt;
+}
+
 char DriveLetterOf(std::string_view windowsPath) {
   return windowsPath.size() >= 2 && windowsPath[1] == ':' && IsLetter(windowsPath[0])
              ? AsciiUpper(windowsPath.substr(0, 1))[0]

@@ -25,6 +25,10 @@ std::string ExpandNames(
     std::string_view text,
     const std::function<std::optional<std::string>(const std::string&)>& lookup);
 
+// What Windows has in the environment of an owner whose folder is home on drive C.
+std::optional<std::string> OwnerVariable(const std::string& name, const std::string& owner,
+                                         const std::string& home);
+
 // "C" of "C:\..."; 0 when the text begins with no drive letter.
 char DriveLetterOf(std::string_view windowsPath);
 

@@ -226,15 +226,7 @@ class WineRegistry : public RegistryTree {
   std::optional<std::string> Variable(const std::string& name) {
     std::string owner = Owner();
     if (owner.empty()) return std::nullopt;
-    std::string home = "\\users\\" + owner;
-    std::string lower = AsciiLower(name);
-    if (lower == "userprofile") return "C:" + home;
-    if (lower == "homedrive" || lower == "systemdrive") return "C:";
-    if (lower == "homepath") return home;
-    if (lower == "username") return owner;
-    if (lower == "appdata") return "C:" + home + "\\Application Data";
-    if (lower == "localappdata") return "C:" + home + "\\Local Settings\\Application Data";
-    return std::nullopt;
+    return OwnerVariable(name, owner, "\\users\\" + owner);
   }
 
   // The one user of the prefix; of several the one that is logged on here.

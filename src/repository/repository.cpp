@@ -10,6 +10,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/jet/new_file.h"
 #include "repository/parameter_store.h"
 #include "repository/schema.h"
 
@@ -249,7 +250,7 @@ bool CreateRepositoryIn(std::string folder) {
       core::ShowMessage("Selected folder contain repository file " + file);
       return false;
     }
-    platform::CopyFile(State().AppFolder + kTemplateFile, file);
+    jet::CopyIntoPlace(State().AppFolder + kTemplateFile, file);
     return SwitchRepository(folder);
   });
 }

@@ -72,7 +72,7 @@ TEST_F(ListModelTest, ThePlaceholderRowIsNoMessage) {
   EXPECT_EQ(model_.IdAt(0), 0);
 }
 
-TEST_F(ListModelTest, HeadersAreTheDesignedOnes) {
+TEST_F(ListModelTest, HeadersReadAsUsersKnowThem) {
   QStringList headers;
   for (int column = 0; column < model_.columnCount(); ++column) {
     headers << model_.headerData(column, Qt::Horizontal).toString();

@@ -80,7 +80,7 @@ TEST(ListTexts, WhereGrowsInItsOrder) {
   }
 }
 
-TEST(ListTexts, QueriesAreTheDesignedOnes) {
+TEST(ListTexts, QueriesKeepTheirText) {
   EXPECT_EQ(ListQueryText("WHERE w", "ORDER BY o"),
             "SELECT DISTINCT Format$(Email.ReceivedTime, 'Short Date') & ' ' & "
             "Format$(Email.ReceivedTime, 'hh:mm') As Received, Email.Subject, MeContact.Name AS "

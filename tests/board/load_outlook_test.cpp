@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <map>
 
 #include "board/load_command.h"
 #include "platform/files.h"
@@ -21,15 +22,20 @@ class LoadOutlook : public testing::ProgramFixture {
  protected:
   LoadOutlook() {
     setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
-    testing::PstBuilder store(true);
-    testing::PstMessage mail;
-    mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "hello"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(testing::PstBuilder::kTop, "Inbox"), mail);
     platform::MakeFolder(folder_.File("profile"));
-    platform::WriteFile(folder_.File("profile/Outlook.pst"), store.Build());
+    AddStore("Outlook.pst", "Personal Folders");
     repository::SetProfileFolder(folder_.File("profile"));
   }
   ~LoadOutlook() override { unsetenv("TARNWICK_PST_READER"); }
+
+  // A store of one mail.
+  void AddStore(const std::string& file, const std::string& name) {
+    testing::PstBuilder store(true, name);
+    testing::PstMessage mail;
+    mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "hello"}, {0x0C1A, "Ann"}};
+    store.AddMessage(store.AddFolder(testing::PstBuilder::kTop, "Inbox"), mail);
+    platform::WriteFile(folder_.File("profile/" + file), store.Build());
+  }
 };
 
 TEST_F(LoadOutlook, IsAskedForByItselfAtAFirstLoad) {
@@ -50,6 +56,32 @@ TEST_F(LoadOutlook, IsAskedForByItselfAtAFirstLoad) {
   // From now on it is read without a question.
   EXPECT_EQ(LoadFromMailer(options).counts.alreadyStored, 1);
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("There isn't new message."));
+}
+
+TEST_F(LoadOutlook, IsTakenWholeAtFirstThenByItsDefaultStoreAndLeftAsItWas) {
+  AddStore("Archive.pst", "Archive");
+  std::string profile = folder_.File("profile/");
+  std::vector<std::string> files = platform::ListFiles(profile);
+  std::map<std::string, std::string> before;
+  DateTime old = DateTime::FromDate(2003, 2, 1);
+  for (const std::string& file : files) {
+    before[file] = platform::ReadFile(profile + file);
+    EXPECT_TRUE(platform::SetFileModified(profile + file, old));
+  }
+  LoadOptions options;
+  options.senders = SenderPolicy::kAcceptAll;
+  ui_.yesNo = {false, true, false, true};
+  EXPECT_EQ(LoadFromMailer(options).counts.stored, 2);
+  core::LoadCounts later = LoadFromMailer(options).counts;
+  EXPECT_EQ(later.alreadyStored, 1);
+  EXPECT_EQ(later.notReached, 1);
+  options.full = true;
+  EXPECT_EQ(LoadFromMailer(options).counts.alreadyStored, 2) << "asked for again";
+  EXPECT_EQ(platform::ListFiles(profile), files);
+  for (const std::string& file : files) {
+    EXPECT_TRUE(platform::ReadFile(profile + file) == before[file]) << file;
+    EXPECT_EQ(platform::FileModified(profile + file), old) << file;
+  }
 }
 
 TEST_F(LoadOutlook, IsTakenWithEveryMailer) {

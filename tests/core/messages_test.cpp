@@ -101,7 +101,10 @@ TEST(AppFolder, IsSeededOnceAndNeverOverwritten) {
   platform::WriteFile(program.File("emlParameter.twr"), "parameters");
   platform::WriteFile(program.File("Tarnwick.twr"), "somebody's mail");
   std::string app = home.File("data/tarnwick/");
+  platform::MakeFolder(app);
+  platform::WriteFile(app + "Tarnwick.twr-wal", "of a file that was deleted after a crash");
   SeedAppFolder(app, program.Path());
+  EXPECT_FALSE(platform::FileExists(app + "Tarnwick.twr-wal"));
   EXPECT_EQ(platform::ReadFile(app + "Tarnwick.twr"), "template");
   platform::WriteFile(app + "Tarnwick.twr", "mine");
   SeedAppFolder(app, program.Path());

@@ -13,7 +13,9 @@
 #include "seeds.h"
 
 #define TARNWICK_DRIVERS(X) \
-  X(date) X(dbx) X(html) X(jet) X(message) X(nodes) X(outlook) X(pst) X(registry) X(store) X(text)
+  X(attachments)            \
+  X(date)                   \
+  X(dbx) X(html) X(jet) X(message) X(nodes) X(outlook) X(packed) X(pst) X(registry) X(store) X(text)
 #define TARNWICK_DECLARE(name) extern "C" int name##_fuzz(const uint8_t* data, size_t size);
 TARNWICK_DRIVERS(TARNWICK_DECLARE)
 

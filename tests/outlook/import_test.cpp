@@ -138,7 +138,10 @@ TEST_F(OutlookImport, StopsBetweenItemsAndCountsTheRest) {
   }
   int64_t yields = 0;
   ui_.onYield = [&] {
-    if (++yields == 3) core::State().ImportCancelFlag = true;
+    if (++yields != 3) return;
+    EXPECT_EQ(ui_.progressDone, 2);
+    EXPECT_EQ(ui_.progressTotal, 5);
+    core::State().ImportCancelFlag = true;
   };
   EXPECT_THAT(Load(), ElementsAre(5, 2, 0, 0, 0, 0, 3));
 }
@@ -156,6 +159,10 @@ TEST_F(OutlookImport, AppliesTheSenderRules) {
   ui_.senders = {core::SenderAnswer::kAccept, core::SenderAnswer::kIgnore,
                  core::SenderAnswer::kCancel};
   EXPECT_THAT(Load(), ElementsAre(5, 1, 0, 1, 2, 0, 1));
+  ASSERT_EQ(ui_.asked.size(), 3u);
+  EXPECT_EQ(ui_.asked[1].subject, "ignored now");
+  EXPECT_EQ(ui_.asked[1].from, "Carl  <ann@firm.test>");
+  EXPECT_EQ(ui_.asked[1].body, inbox_.items[2].properties.Text(Prop::kBody));
 }
 
 TEST_F(OutlookImport, SaysWhenThereIsNoMail) {

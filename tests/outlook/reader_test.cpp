@@ -139,8 +139,9 @@ class Comparison {
 PstMessage Mail(size_t number, bool hasFiles) {
   PstMessage mail;
   std::string text = std::to_string(number);
-  mail.properties.texts = {
-      {0x001A, "IPM.Note"}, {0x0037, "mail " + text}, {0x1000, std::string(number * 37, 'b')}};
+  mail.properties.texts = {{0x001A, "IPM.Note"},
+                           {0x0037, "mail " + text},
+                           {0x1000, std::string(number % 400 * 37, 'b')}};
   mail.properties.times = {{0x0039, 126'598'072'200'000'000}};
   mail.properties.numbers = {{0x0017, 2}};
   PstProperties to;

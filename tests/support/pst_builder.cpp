@@ -24,7 +24,7 @@ constexpr uint32_t kFirstValueNode = 0x1007F;  // of the kind for values too lar
 constexpr size_t kPageSize = 512;
 constexpr size_t kFirstOffset = 0x4400;
 constexpr size_t kInHeap = 200;  // longer values get a node of their own
-constexpr const char* kStoreKey = "tarnwick-testkey";
+constexpr size_t kStoreKeySize = 16;
 
 constexpr uint16_t kInt32 = 0x0003;
 constexpr uint16_t kString8 = 0x001E;
@@ -163,10 +163,12 @@ uint32_t AddRecords(Heap& heap, size_t keySize, size_t entrySize, const std::str
 
 PstBuilder::PstBuilder(bool isUnicode, std::string displayName) : isUnicode_(isUnicode) {
   file_.assign(kFirstOffset, '\0');
-  store_.bytes[0x0FF9] = kStoreKey;
+  std::string key = displayName;
+  key.resize(kStoreKeySize, '-');
+  store_.bytes[0x0FF9] = key;
   store_.texts[0x3001] = std::move(displayName);
   std::string top(4, '\0');
-  top += kStoreKey;
+  top += key;
   PutNumber(top, kTop, 4);
   store_.bytes[0x35E0] = top;
   store_.numbers[0x67FF] = 0;

@@ -38,6 +38,7 @@ struct PstMessage {
 
 class PstBuilder {
  public:
+  // Stores of one name have one key, as copies of a store have.
   explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders");
 
   // The folder that Outlook shows as the store's top, made by the constructor.

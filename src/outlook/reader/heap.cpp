@@ -12,7 +12,6 @@ namespace {
 
 constexpr uint8_t kHeapMark = 0xEC;
 constexpr uint8_t kRecordsMark = 0xB5;
-constexpr size_t kHeapHeader = 12;
 constexpr int kMaxRecordLevel = 8;
 
 // An identifier names a value in its heap, or else a node.

@@ -119,7 +119,7 @@ std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
 // level: the one that the page above asks for, -1 for a root.
 const NodeFile::Page& NodeFile::ReadPage(uint64_t offset, uint8_t type, int level) {
   Page& page = pages_[(offset / kPageSize) % kPages];
-  if (page.offset != offset) {
+  if (page.offset != offset || page.type != type) {
     page.offset = UINT64_MAX;
     const Layout& layout = LayoutOf(isUnicode_);
     std::string bytes = ReadAt(offset, kPageSize);
@@ -138,6 +138,7 @@ const NodeFile::Page& NodeFile::ReadPage(uint64_t offset, uint8_t type, int leve
     }
     bytes.resize(page.count * page.entrySize);
     page.entries = std::move(bytes);
+    page.type = type;
     page.offset = offset;
   }
   if (level >= 0 && page.level != level) throw ReadError("page");

@@ -64,6 +64,7 @@ class NodeFile {
  private:
   struct Page {
     uint64_t offset = UINT64_MAX;
+    uint8_t type = 0;
     int level = 0;
     size_t count = 0;
     size_t entrySize = 0;

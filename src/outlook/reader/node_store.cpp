@@ -39,6 +39,8 @@ void SendField(Heap& heap, const Field& field, Answer& answer) {
         [&](std::string_view bytes) { answer.Continue(bytes); });
   } catch (const ReadError&) {
     // One property less, or what there is of it; the others still count.
+    bool isBody = Contains({Prop::kBody, Prop::kHtml, Prop::kRtfCompressed}, field.number);
+    answer.Frame(frame::kLost, isBody ? "body" : "a property");
   }
 }
 
@@ -161,7 +163,7 @@ NodeStore::Message NodeStore::OpenMessage(uint64_t data, uint64_t sub) {
         }
       }
     } catch (const ReadError&) {
-      // The message is there without what belongs to it.
+      message.isDamaged = true;  // it is there without what belongs to it
     }
   }
   if (message.attachments.size() > kMaxRows) message.attachments.resize(kMaxRows);
@@ -232,8 +234,9 @@ void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& 
       }
     }
   } catch (const ReadError&) {
-    // Those that were read stand.
+    answer.Frame(frame::kLost, "recipients");  // those that were read stand
   }
+  if (message.isDamaged) answer.Frame(frame::kLost, "attachments");
   for (uint32_t i = 0; i < message.attachments.size(); ++i) {
     answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
     try {

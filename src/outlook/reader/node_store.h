@@ -33,6 +33,7 @@ class NodeStore : public StoreFile {
   struct Message {
     std::unique_ptr<Heap> properties;
     std::vector<uint32_t> attachments;  // the nodes they are, in their order
+    bool isDamaged = false;             // whether there are any can't be told
   };
 
   Message OpenMessage(uint64_t data, uint64_t sub);

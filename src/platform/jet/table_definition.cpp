@@ -8,6 +8,7 @@
 #include "platform/jet/connection_impl.h"
 #include "platform/jet/engine.h"
 #include "platform/jet/functions.h"
+#include "platform/jet/new_file.h"
 #include "platform/jet/text_order.h"
 
 namespace tarnwick::jet {
@@ -84,9 +85,7 @@ void CreateDatabaseFile(const std::string& path, const std::string& password,
     platform::RemoveFile(making);
     throw;
   }
-  // A log that a crash left beside an older file of the name is none of this one's.
-  for (const char* log : {"-wal", "-journal"}) platform::RemoveFile(path + log);
-  platform::RenameFile(making, path);
+  PutInPlace(making, path);
 }
 
 void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tables) {

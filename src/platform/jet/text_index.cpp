@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "platform/jet/packing.h"
 #include "platform/jet/text_order.h"
@@ -31,12 +32,21 @@ constexpr int64_t kMostSegments = int64_t{1} << 32;
 constexpr size_t kMostLists = 12;
 constexpr size_t kFewDocuments = 2;
 
+constexpr std::pair<const char*, const char*> kTables[] = {
+    {"tw_search_part", " (ID INTEGER PRIMARY KEY, Data BLOB)"},
+    {"tw_search_changed", " (ID INTEGER PRIMARY KEY)"},
+    {"tw_search_state", " (Made TEXT, Done INTEGER)"}};
+
 // The engine's numbers.
 constexpr int kInterrupted = 9;
 constexpr int kDamaged = 11;
 
 constexpr std::string_view kChanged = "tw_search_changed";
 constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
+
+[[noreturn]] void Damaged() {
+  throw Error(kDamaged, "The text index is damaged");
+}
 
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
   auto end = std::set_intersection(documents.begin(), documents.end(), others.begin(), others.end(),
@@ -62,10 +72,20 @@ void TextIndex::MakeTables() {
   Database& engine = connection_.Engine();
   engine.Run(
       "SAVEPOINT tw_search;"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_part (ID INTEGER PRIMARY KEY, Data BLOB);"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_changed (ID INTEGER PRIMARY KEY);"
-      "CREATE TABLE IF NOT EXISTS main.tw_search_state (Made TEXT, Done INTEGER);"
       "CREATE TEMP TABLE tw_search_found (ID INTEGER PRIMARY KEY);");
+  // In tables of another shape a key could stand twice, or be none.
+  bool isWhole = true;
+  for (const auto& [table, shape] : kTables) {
+    Statement same(engine, "SELECT count(*) FROM main.sqlite_schema WHERE name = ?1 AND sql = ?2");
+    same.BindText(1, table);
+    std::string sql = std::string("CREATE TABLE ") + table + shape;
+    same.BindText(2, sql);
+    if (same.Step() && same.Int(0) == 1) continue;
+    same.Reset();
+    isWhole = false;
+    engine.Run((std::string("DROP TABLE IF EXISTS main.") + table).c_str());
+    engine.Run((std::string("CREATE TABLE main.") + table + shape).c_str());
+  }
   std::string made = std::to_string(kFormat) + ":" + std::to_string(TextOrderVersion());
   std::string watched;
   for (const std::string& column : columns_) {
@@ -76,8 +96,8 @@ void TextIndex::MakeTables() {
   same.BindText(1, made);
   Statement last(engine, "SELECT max(seq) FROM main.sqlite_sequence WHERE name = ?1");
   last.BindText(1, table_);
-  bool isOfTheFile = same.Step() && same.Int(0) == 1 && last.Step() && Done() >= 0 &&
-                     Done() <= last.Int(0) &&
+  bool isOfTheFile = isWhole && same.Step() && same.Int(0) == 1 && last.Step() && Done() >= 0 &&
+                     Done() <= std::max(last.Int(0), LastKey()) &&
                      Number("SELECT count(*) FROM main.tw_search_state") == 1;
   last.Reset();
   if (!isOfTheFile) {
@@ -117,11 +137,11 @@ int64_t TextIndex::Number(std::string_view sql) {
 }
 
 int64_t TextIndex::Done() {
-  return Number("SELECT Done FROM main.tw_search_state");
+  return std::max<int64_t>(Number("SELECT Done FROM main.tw_search_state"), 0);
 }
 
 int64_t TextIndex::LastKey() {
-  return Number("SELECT max(ID) FROM main." + QuotedName(table_));
+  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + QuotedName(table_)), 0);
 }
 
 // All of the work or nothing, within the transaction there is or as one of its own.
@@ -148,10 +168,12 @@ void TextIndex::Write(Work&& work) {
 }
 
 // What is damaged is made anew, once; after anything else the index is given up for this
-// connection, unless the person only wanted to stop.
+// connection, unless the person only wanted to stop. What the engine took back of others' writes is
+// no matter of the index alone.
 template <typename Work>
 void TextIndex::Attempt(Work&& work) {
   if (broken_) return;
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     work();
   } catch (const Error& error) {
@@ -160,6 +182,7 @@ void TextIndex::Attempt(Work&& work) {
     bool isHopeless = error.Number() != kDamaged || wasDamaged_;
     wasDamaged_ = true;
     broken_ = true;
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     try {
       if (!isHopeless) Empty();
       broken_ = isHopeless;
@@ -200,7 +223,7 @@ std::vector<TextIndex::Segment> TextIndex::Segments() {
   StatementUse use(*heads);
   while (connection_.StepRead(*heads)) {
     std::string head(heads->Stored(1));
-    if (heads->Int(0) < -kMostSegments) throw Error(kDamaged, "The text index is damaged");
+    if (heads->Int(0) < -kMostSegments) Damaged();
     segments.push_back({-1 - heads->Int(0), ReadSegmentSize(head), head});
   }
   return segments;
@@ -211,7 +234,7 @@ std::string TextIndex::Part(int64_t segment, size_t part) {
       connection_.Own("SELECT Data FROM main.tw_search_part WHERE ID = ?1");
   StatementUse use(*read);
   read->Bind(1, segment * static_cast<int64_t>(kSegmentParts) + static_cast<int64_t>(part));
-  if (!connection_.StepRead(*read)) throw Error(kDamaged, "The text index is damaged");
+  if (!connection_.StepRead(*read)) Damaged();
   return std::string(read->Stored(0));
 }
 
@@ -332,6 +355,7 @@ int64_t TextIndex::Missing() {
 }
 
 void TextIndex::Follow(bool atEnd) {
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     Attempt([&] {
       if (!followed_) {
@@ -352,6 +376,7 @@ void TextIndex::Follow(bool atEnd) {
       Forget();
     });
   } catch (const Error&) {
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     // Stopped; what comes next goes on from here.
   }
 }

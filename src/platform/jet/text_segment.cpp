@@ -165,8 +165,13 @@ struct Entry {
   uint64_t size;
 };
 
-// The table up to the wanted trigram, or all of it; the reader then stands at the first list.
-std::vector<Entry> ReadTable(BitReader& reader) {
+// Longer lists are left out.
+size_t LongestList(size_t documents) {
+  return std::max(documents / kTellingShare, kFixedList);
+}
+
+// The reader then stands at the first list.
+std::vector<Entry> ReadTable(BitReader& reader, size_t documents) {
   std::vector<Entry> entries;
   uint64_t start = 0;
   uint32_t trigram = 0;
@@ -174,7 +179,7 @@ std::vector<Entry> ReadTable(BitReader& reader) {
     trigram += reader.Gamma();
     if (trigram > kPartTrigrams) break;
     Entry entry{trigram - 1, reader.Gamma() - 1, start, 0};
-    if (entry.length > kMostDocuments) Damaged();
+    if (entry.length > LongestList(documents)) Damaged();
     entry.size = entry.length <= kFixedList ? entry.length * kDocumentBits : reader.Gamma() - 1;
     start += entry.size;
     entries.push_back(entry);
@@ -194,6 +199,8 @@ void ReadList(BitReader& reader, const Entry& entry, uint64_t lists, size_t docu
     found.push_back(static_cast<uint16_t>(document));
     next = document + 1;
   }
+  // Lists that lay over each other would make much of few bytes.
+  if (reader.Position() != lists + entry.start + entry.size) Damaged();
 }
 
 }  // namespace
@@ -215,7 +222,7 @@ void SegmentWriter::TakeOver(std::string_view head,
   for (size_t i = 0; i < kSegmentParts; i++) {
     std::string data = part(i);
     BitReader reader(data);
-    std::vector<Entry> entries = ReadTable(reader);
+    std::vector<Entry> entries = ReadTable(reader, keys_.size());
     uint64_t lists = reader.Position();
     for (const Entry& entry : entries) {
       auto trigram = static_cast<uint32_t>(i * kPartTrigrams) + entry.trigram;
@@ -226,6 +233,7 @@ void SegmentWriter::TakeOver(std::string_view head,
       // The one that filled it up may have held every trigram.
       if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
     }
+    if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
   }
 }
 
@@ -292,7 +300,7 @@ void SegmentWriter::WritePart(size_t part, const std::vector<uint32_t>& starts,
       if (length == 0 && !isOut) continue;
       table.Gamma(trigram - last);
       last = trigram;
-      if (isOut || length > std::max(keys_.size() / kTellingShare, kFixedList)) {
+      if (isOut || length > LongestList(keys_.size())) {
         table.Gamma(1);
         continue;
       }
@@ -354,7 +362,7 @@ std::vector<int64_t> ReadSegmentKeys(std::string_view head) {
 
 Postings ReadPostings(std::string_view part, uint32_t trigram, size_t documents) {
   BitReader reader(part);
-  std::vector<Entry> entries = ReadTable(reader);
+  std::vector<Entry> entries = ReadTable(reader, documents);
   uint64_t lists = reader.Position();
   uint32_t wanted = trigram % kPartTrigrams;
   auto entry = std::lower_bound(entries.begin(), entries.end(), wanted,

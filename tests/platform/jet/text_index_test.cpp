@@ -174,6 +174,7 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   Run("UPDATE Email SET ID = 5000 WHERE ID = 81");
   ExpectExact("after changes");
   Reopen();
+  EXPECT_EQ(Segments(), 1);
   ExpectExact("opened again");
   Run("UPDATE Email SET Body = 'many zzzz' WHERE ID > 1000");
   ExpectExact("after many changes");

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/maintenance_view.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "board/list_query.h"
+#include "maintenance/backup.h"
+#include "maintenance/export.h"
+#include "maintenance/merge.h"
+#include "maintenance/restore.h"
+
+namespace tarnwick::board {
+
+MaintenanceView::MaintenanceView(BoardActionsView& actions, Runner run,
+                                 std::function<void()> listAnew, QWidget* window)
+    : QObject(window), run_(std::move(run)), listAnew_(std::move(listAnew)), window_(window) {
+  const struct {
+    QAction* action;
+    Command command;
+  } commands[] = {{actions.backup, Command::kBackup},
+                  {actions.restore, Command::kRestore},
+                  {actions.exportListed, Command::kExport},
+                  {actions.merge, Command::kMerge}};
+  for (const auto& entry : commands) {
+    connect(entry.action, &QAction::triggered, this,
+            [this, command = entry.command] { AskAndWork(command); });
+  }
+}
+
+void MaintenanceView::AskAndWork(Command command) {
+  // The routines ask themselves about a file that exists.
+  constexpr auto kOptions = QFileDialog::DontConfirmOverwrite;
+  QString filter = QString(maintenance::kFileFilter).section('|', 0, 0);
+  QString file;
+  switch (command) {
+    case Command::kBackup:
+      file = QFileDialog::getSaveFileName(window_, tr(maintenance::kBackupTitle),
+                                          QString::fromStdString(maintenance::ProposedBackupName()),
+                                          filter, nullptr, kOptions);
+      break;
+    case Command::kExport:
+      file = QFileDialog::getSaveFileName(window_, tr(maintenance::kExportTitle), {}, filter,
+                                          nullptr, kOptions);
+      break;
+    case Command::kRestore:
+      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kRestoreTitle), {}, filter);
+      break;
+    case Command::kMerge:
+      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kMergeTitle), {}, filter);
+      break;
+  }
+  if (file.isEmpty()) return;
+  bool isWritten = command == Command::kBackup || command == Command::kExport;
+  if (isWritten && !QFileInfo(file).fileName().contains('.')) file += ".twb";
+  Work(command, file);
+}
+
+void MaintenanceView::Work(Command command, const QString& file) {
+  run_([&] {
+    std::string path = QDir::toNativeSeparators(file).toStdString();
+    switch (command) {
+      case Command::kBackup:
+        maintenance::MakeBackup(path);
+        break;
+      case Command::kRestore:
+        maintenance::RestoreBackup(path, listAnew_);
+        break;
+      case Command::kExport:
+        maintenance::ExportEmails(path, Board().ListRecordset);
+        break;
+      case Command::kMerge:
+        maintenance::twMakeMarge(path);
+        break;
+    }
+  });
+}
+
+}  // namespace tarnwick::board

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// New database files come to their place whole. Failures throw Error.
+#pragma once
+
+#include <string>
+
+namespace tarnwick::jet {
+
+// Removes what the engine may have left beside a database file: a log of an older file of the name
+// would be taken for part of the next one.
+void RemoveLogs(const std::string& path);
+
+// Gives a complete file, made beside it, its name; an older file of the name goes.
+void PutInPlace(const std::string& made, const std::string& path);
+
+// Copies a closed database file to a place that it is given only when it is complete.
+void CopyIntoPlace(const std::string& from, const std::string& path);
+
+}  // namespace tarnwick::jet
