@@ -5,7 +5,8 @@
 // tarnwick-make-repository, through the routines behind the window. Printed are medians of RUNS
 // (default 5): milliseconds by the clock, milliseconds of processor time, and the ratio to the
 // least that a list needs of the bare engine, one scan of the index that the list is narrowed by.
-// --write also times deleting and marking, which changes the repository.
+// --write also times what goes over many messages, which changes the repository: seconds, and for
+// how long at most the person saw nothing move.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -17,12 +18,17 @@
 #include <iostream>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "board/email_list.h"
 #include "board/list_query.h"
 #include "board/message_commands.h"
+#include "contacts/contact_book.h"
 #include "core/startup.h"
+#include "maintenance/backup.h"
+#include "maintenance/export.h"
+#include "maintenance/merge.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/jet/connection_impl.h"
@@ -50,8 +56,8 @@ class Bench {
     Report(what, Median(body, before, runs_));
   }
   void Once(const std::string& what, const std::function<void()>& body) {
-    Report(what, Median(
-                     body, [] {}, 1));
+    auto nothing = [] {};
+    Report(what, Median(body, nothing, 1));
   }
 
  private:
@@ -126,6 +132,12 @@ void List(const std::function<void(board::ListFilter&)>& change) {
   ReadScreen(1);
 }
 
+// Nothing is remembered of what was asked last.
+void Anew() {
+  board::ResetBoard();
+  repository::RepositoryDb().Execute("DELETE FROM ObjectList");
+}
+
 void OpenHome(const std::string& home) {
   std::string folder = platform::WithSeparator(home);
   core::SeedAppFolder(folder, platform::FolderOf(platform::ProgramPath()));
@@ -171,43 +183,123 @@ void TimeLists(Bench& bench) {
   for (const auto& list : kLists) {
     int64_t incoming = 0;
     bench.Measure(
-        list.what, [&] { List(list.change); }, [] { board::ResetBoard(); });
+        list.what, [&] { List(list.change); }, Anew);
     bench.Measure("- its counts", [&] { incoming = board::CountIncoming(); });
     std::printf("<!-- %s -->\n", board::CountsText(board::CountListed(), incoming).c_str());
   }
 }
 
-void TimeChanges(Bench& bench, testing::ScriptedUi& ui) {
-  auto requery = [] {
+// A few words that stand together in the text of one message, and are rare for that.
+std::string RareText(int64_t id) {
+  jet::Recordset message;
+  message.Open("SELECT Body FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
+  std::string body = message.Eof() ? "" : message.Field(0).AsText();
+  size_t line = body.find('\n', body.size() / 2);
+  return line == std::string::npos ? "nothing" : body.substr(line + 1, 40);
+}
+
+void TimeSearches(Bench& bench) {
+  std::string rare = RareText(board::CountListed() / 2);
+  const struct {
+    const char* what;
+    std::string text;
+  } kSearches[] = {{"forty letters of a text", rare},
+                   {"six letters of a text", rare.substr(0, 6)},
+                   {"a text that none holds", "zqxwvkjq"}};
+  for (const auto& search : kSearches) {
+    auto narrow = [&](board::ListFilter& filter) { filter.MailText = search.text; };
+    bench.Measure(
+        search.what, [&] { List(narrow); }, Anew);
+    std::printf("<!-- %lld -->\n", static_cast<long long>(board::CountListed()));
+  }
+}
+
+std::vector<board::SelectedMessage> Listed(int64_t first, int64_t count) {
+  List([](board::ListFilter&) {});
+  jet::Recordset& list = board::Board().ListRecordset;
+  std::vector<board::SelectedMessage> messages;
+  for (int64_t position = first; position < first + count; ++position) {
+    list.SetAbsolutePosition(position);
+    messages.push_back({list.Field(board::kId).AsInt(), {}, {}});
+  }
+  return messages;
+}
+
+// A person who waits: for how long at most did nothing move?
+class WaitingUi : public testing::ScriptedUi {
+ public:
+  void ShowProgress(int64_t, int64_t) override { Stir(); }
+  void YieldEvents() override { Stir(); }
+  void Stir() {
+    auto now = std::chrono::steady_clock::now();
+    longest_ = std::max(longest_, std::chrono::duration<double, std::milli>(now - last_).count());
+    last_ = now;
+  }
+  // What the longest silence was since the last call.
+  double Longest() {
+    Stir();
+    last_ = std::chrono::steady_clock::now();
+    return std::exchange(longest_, 0);
+  }
+
+ private:
+  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+  double longest_ = 0;
+};
+
+void TimeChanges(WaitingUi& ui, const std::string& home) {
+  std::printf("\n| what | s | longest silence, ms |\n|---|---:|---:|\n");
+  auto once = [&](const char* what, const std::function<void()>& body, bool asks = false) {
+    if (asks) ui.yesNo.push_back(true);
+    ui.Longest();
+    auto began = std::chrono::steady_clock::now();
+    body();
+    std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
+    std::printf("| %s | %.2f | %.0f |\n", what, took.count(), ui.Longest());
+    std::fflush(stdout);
+  };
+  auto anew = [] {
     board::RequeryEmailList();
     board::CountListed();
     board::CountIncoming();
     ReadScreen(1);
   };
+  int64_t middle = board::CountListed() / 2;
+  std::vector<board::SelectedMessage> one = Listed(middle, 1);
+  once("one message marked", [&] { board::ToggleActive(one), anew(); });
+  once(
+      "one message deleted", [&] { board::DeleteMessages(one), anew(); }, true);
+  std::vector<board::SelectedMessage> many = Listed(middle / 2, std::min<int64_t>(10000, middle));
+  once("10,000 messages marked", [&] { board::ToggleActive(many), anew(); });
+  once(
+      "10,000 messages deleted", [&] { board::DeleteMessages(many), anew(); }, true);
+  once("related messages shown", [&] {
+    List([](board::ListFilter& filter) { filter.Subject = "netel"; });
+    board::CountIncoming();
+  });
+  std::string file = platform::WithSeparator(home) + "scale.twb";
+  List([](board::ListFilter& filter) { filter.Active = true; });
+  int64_t hot = board::CountListed();
+  once("hot messages exported",
+       [&] { maintenance::ExportEmails(file, board::Board().ListRecordset); });
+  ui.yesNo.clear();
+  maintenance::MergeOptions options{maintenance::Duplicates::kKeep,
+                                    maintenance::UnknownSenders::kAccept};
+  once("the same merged", [&] { maintenance::twMakeMarge(file, options); });
+  std::printf("<!-- %lld -->\n", static_cast<long long>(hot));
+  platform::RemoveFile(file);
   List([](board::ListFilter&) {});
-  auto current = [] {
-    jet::Recordset& list = board::Board().ListRecordset;
-    list.SetAbsolutePosition(list.RecordCount() / 3);
-    return board::SelectedMessage{list.Field(board::kId).AsInt(), {}, {}};
-  };
-  bench.Measure("one message marked, listed and counted anew", [&] {
-    board::ToggleActive({current()});
-    requery();
-  });
-  bench.Measure("one message deleted, listed and counted anew", [&] {
-    ui.yesNo.push_back(true);
-    board::DeleteMessages({current()});
-    requery();
-  });
-  bench.Once("all marked not hot, listed and counted anew", [&] {
-    ui.yesNo.push_back(true);
-    board::MarkAllNotHot();
-    requery();
-  });
+  once(
+      "every message marked not hot", [&] { board::MarkAllNotHot(), anew(); }, true);
+  once("backup", [&] { maintenance::MakeBackup(file); });
+  platform::RemoveFile(file);
+  once("every message exported",
+       [&] { maintenance::ExportEmails(file, board::Board().ListRecordset); });
+  platform::RemoveFile(file);
 }
 
 int Run(const std::string& home, int runs, bool write) {
-  testing::ScriptedUi ui;
+  WaitingUi ui;
   Bench bench(runs);
   OpenHome(home);
   bench.Measure("scan of the list's index", ScanIndex);
@@ -226,6 +318,8 @@ int Run(const std::string& home, int runs, bool write) {
   bench.Once("- its counts", [] { board::CountIncoming(); });
   TimeLists(bench);
   everything();
+  TimeSearches(bench);
+  everything();
   std::mt19937_64 random(3);
   bench.Measure("jump to any row", [&] {
     auto count = static_cast<uint64_t>(board::CountListed());
@@ -235,14 +329,18 @@ int Run(const std::string& home, int runs, bool write) {
   bench.Measure("names for the box of files", [] { board::AttachmentNames(); });
   bench.Measure("contact book opened", [] {
     jet::Recordset book;
-    book.Open(
-        "SELECT Name, PostAddress as Address, PhoneHome As Home, PhoneBuisness AS Buisness, "
-        "PhoneMobiler As Mobilers, Remark As Notes, ID\r\nFROM MeContact \r\nORDER BY Name",
-        repository::RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+    contacts::OpenContactList(book, "");
     book.RecordCount();
     for (int i = 0; i < kScreenRows && !book.Eof(); ++i, book.MoveNext()) book.Field(0).AsText();
   });
-  if (write) TimeChanges(bench, ui);
+  bench.Measure("part of a contact's name", [] {
+    jet::Recordset book;
+    contacts::OpenContactList(book, "tan");
+    book.RecordCount();
+    for (int i = 0; i < kScreenRows && !book.Eof(); ++i, book.MoveNext()) book.Field(0).AsText();
+  });
+  everything();
+  if (write) TimeChanges(ui, home);
   std::printf("\n%lld messages; peak memory %ld kB; repository %llu kB\n",
               static_cast<long long>(board::CountListed()), PeakKilobytes(),
               static_cast<unsigned long long>(

@@ -121,13 +121,24 @@ bool ReadOutlook() {
   return ReadInGroups([] { return outlook::olImportOutlook(State().RepositoryIsEmpty); });
 }
 
+// A disk that was pulled out meanwhile: what its missing files hold was neither found nor counted.
+bool ProfileStands() {
+  return core::GuardedRun("LoadFromMailer", [] {
+    if (ProfileKnown()) return;
+    throw Error(
+        ErrorNumber::kFileNotFound,
+        "File not found: " + repository::GetProfileFolder() +
+            "\r\nMessages may be missing. What was read is kept; a further load takes the rest.");
+  });
+}
+
 // Reads them in turn; true when each could be read. Neither keeps the other from being read.
 bool ReadMailers(const Mailers& mailers) {
   bool done = true;
   if (mailers.outlookExpress) done = ReadOutlookExpress();
   bool stopped = State().ImportCancelFlag || State().StopFlag;
   if (mailers.outlook && !stopped) done = ReadOutlook() && done;
-  return done;
+  return ProfileStands() && done;
 }
 
 void KeepMailer(const char* option, bool& flag) {

@@ -87,6 +87,7 @@ class MainBoard : public QMainWindow, public ListForm {
   void FillChoices();
   void SetTimelineShown(bool on);
   void UpdateHint();
+  void PrepareSearch();
   void SaveLayout();
 
   BoardActionsView* actions_;
@@ -97,6 +98,7 @@ class MainBoard : public QMainWindow, public ListForm {
   QCheckBox* cbShowEmailText_ = nullptr;
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one
+  QTimer prepare_;                // while there is nothing else to do
   StatusPanelsView* status_ = nullptr;
   TakeoutView* takeout_ = nullptr;
   MaintenanceView* maintenance_ = nullptr;

@@ -29,6 +29,12 @@ std::string Clean(const std::string& text) {
   return platform::EnsureUtf8(text);
 }
 
+// The same for a column that is shown in a list, and lies in indexes besides: what is longer than
+// any such text was ever meant to be is cut. The stored file has all of it.
+std::string Short(const std::string& text) {
+  return std::string(platform::FirstChars(Clean(text), kMostShortText));
+}
+
 void TakeBodyFromHtml(MailMessage& message) {
   if (message.Body.empty() || core::BeginsWith(message.Body, "<!DOCTYPE") ||
       core::BeginsWith(message.Body, "<html")) {
@@ -38,11 +44,11 @@ void TakeBodyFromHtml(MailMessage& message) {
 
 void SetFirstFields(jet::Recordset& email, const MailMessage& message,
                     const std::string& application, const std::string& identity) {
-  email.SetField("Application", Clean(application));
-  email.SetField("Identity", Clean(identity));
-  email.SetField("Folder", Clean(message.Folder));
-  email.SetField("Parent", Clean(message.Parent));
-  email.SetField("gwTimeShift", Clean(message.TimeShift));
+  email.SetField("Application", Short(application));
+  email.SetField("Identity", Short(identity));
+  email.SetField("Folder", Short(message.Folder));
+  email.SetField("Parent", Short(message.Parent));
+  email.SetField("gwTimeShift", Short(message.TimeShift));
   email.SetField("Body", Clean(message.Body));
   email.SetField("CountCC", message.CcCount);
   email.SetField("Direction", message.Direction);
@@ -55,20 +61,20 @@ void SetFirstFields(jet::Recordset& email, const MailMessage& message,
 }
 
 void SetOtherFields(jet::Recordset& email, const MailMessage& message) {
-  std::string importance = Clean(message.Importance);
+  std::string importance = Short(message.Importance);
   bool isHigh = platform::AsciiUpper(importance) == "HIGH";
   email.SetField("EmailImportance", isHigh ? std::string("HIGH") : importance);
-  email.SetField("NameFrom", Clean(message.FromName));
-  email.SetField("AddressFrom", Clean(message.FromAddress));
+  email.SetField("NameFrom", Short(message.FromName));
+  email.SetField("AddressFrom", Short(message.FromAddress));
   email.SetField("CountMailTo", message.ToCount);
-  email.SetField("FromToAddress", Clean(message.FromToAddress));
-  email.SetField("FromToName", Clean(message.FromToName));
-  email.SetField("Subject", Clean(message.Subject));
+  email.SetField("FromToAddress", Short(message.FromToAddress));
+  email.SetField("FromToName", Short(message.FromToName));
+  email.SetField("Subject", Short(message.Subject));
   email.SetField("UserName", core::State().UserName);
   email.SetField("FilesNum", message.AttachCount);
   if (!message.Notes.empty()) email.SetField("Notes", Clean(message.Notes));
-  email.SetField("Charset", Clean(message.Charset));
-  email.SetField("Encoding", Clean(message.Encoding));
+  email.SetField("Charset", Short(message.Charset));
+  email.SetField("Encoding", Short(message.Encoding));
 }
 
 void StoreAttachmentNames(int64_t id, const MailMessage& message) {
@@ -77,7 +83,7 @@ void StoreAttachmentNames(int64_t id, const MailMessage& message) {
     const std::string& name = message.Attachments[static_cast<size_t>(i)];
     if (name.empty()) continue;
     RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (" +
-                           std::to_string(id) + ", '" + QuoteSql(Clean(name)) + "')");
+                           std::to_string(id) + ", '" + QuoteSql(Short(name)) + "')");
   }
 }
 
@@ -144,7 +150,7 @@ int64_t GetContactId(const std::string& name, const std::string& address) {
   if (name.empty()) return 0;
   return core::Guarded("GetContactId", int64_t{0}, [&] {
     jet::Recordset& contacts = Repository().ContactRecordset;
-    std::string clean = Clean(name);
+    std::string clean = Short(name);
     contacts.Requery();
     if (!contacts.Eof()) {
       contacts.MoveFirst();
@@ -164,7 +170,7 @@ int64_t GetContactId(const std::string& name, const std::string& address) {
 
 void AddEmailID(const std::string& address, int64_t contactId) {
   core::GuardedRun("AddEmailID", [&] {
-    std::string clean = Clean(address);
+    std::string clean = Short(address);
     jet::Recordset rows;
     rows.Open("SELECT * FROM ContactEmail WHERE Address = '" + QuoteSql(clean) +
                   "' AND ContactID=" + std::to_string(contactId),
@@ -182,8 +188,8 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
   core::GuardedRun("dbSaveRecipient", [&] {
     recordset.AddNew();
     recordset.SetField("EmailID", emailId);
-    recordset.SetField("Address", Clean(address));
-    recordset.SetField("Name", Clean(name));
+    recordset.SetField("Address", Short(address));
+    recordset.SetField("Name", Short(name));
     recordset.Update();
   });
 }
@@ -191,7 +197,7 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
 int64_t dbSaveProject(const std::string& projectName) {
   return core::Guarded("dbSaveProject", int64_t{0}, [&] {
     jet::Recordset& projects = Repository().ProjectRecordset;
-    std::string clean = Clean(projectName);
+    std::string clean = Short(projectName);
     projects.Requery();
     if (!projects.Eof()) projects.Find("ProjectName ='" + QuoteSql(clean) + "'");
     if (projects.Eof()) {

@@ -16,6 +16,10 @@ namespace tarnwick::intake {
 // A stored file's row holds at most this many bytes; embedded in every repository, do not change.
 inline constexpr size_t kFileRecordLength = 32767;
 
+// Subjects, names, addresses and the like are stored up to so many characters; the stored file has
+// all of them.
+inline constexpr size_t kMostShortText = 32767;
+
 // messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
 // bypasses the sender rules. What became of it is in LastOutcome (header_parser.h). identity: the
 // Outlook Express identity or Outlook profile.

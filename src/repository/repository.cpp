@@ -7,6 +7,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/jet/new_file.h"
@@ -179,6 +180,20 @@ void DisconnectRepository() {
     repository.RepositoryConnection.Close();
     repository.ParameterConnection.Close();
   });
+}
+
+bool PrepareSearch(int64_t milliseconds) {
+  bool isReady = true;
+  core::GuardedRun(
+      "PrepareSearch",
+      [&] {
+        if (!RepositoryDb().IsOpen()) return;
+        int64_t end = platform::TickMilliseconds() + milliseconds;
+        isReady = RepositoryDb().CatchUpTextIndex(
+            [&](int64_t, int64_t) { return platform::TickMilliseconds() < end; });
+      },
+      core::Report::kLog);
+  return isReady;
 }
 
 bool ClearRepository() {

@@ -5,6 +5,7 @@
 // time. Routines report their own errors and return false.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/jet/connection.h"
@@ -46,6 +47,10 @@ bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
 bool OpenRepository(bool clearAll);
 void DisconnectRepository();
 bool ClearRepository();
+
+// Spends some milliseconds on what searches for texts need to be quick; true when nothing is left
+// to do. For a program that has nothing else to do just now.
+bool PrepareSearch(int64_t milliseconds);
 
 // True when the repository holds no message.
 bool HasNoEmail();

@@ -7,6 +7,8 @@
 #include <functional>
 
 #include "board_rows.h"
+#include "platform/jet/connection_impl.h"
+#include "platform/jet/packing.h"
 #include "platform/locale.h"
 #include "support/program_fixture.h"
 
@@ -181,6 +183,96 @@ TEST_F(ListQuery, AFailingQueryLeavesTheListAsItWas) {
   EXPECT_TRUE(ui_.Shown("error")[0].ends_with(" OpenEmailList"));
   EXPECT_EQ(Board().LastWhere, where);
   EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
+}
+
+// What the engine does for a look at the list, whatever the machine.
+struct Work {
+  int64_t rows = 0;
+  int64_t pages = 0;
+  int64_t statements = 0;
+  int64_t texts = 0;
+};
+
+Work WorkSince(const Work& before) {
+  const jet::Database& engine = repository::RepositoryDb().GetImpl().Engine();
+  return {engine.StepsRun() - before.rows, engine.PagesVisited() - before.pages,
+          engine.StatementsPrepared() - before.statements,
+          static_cast<int64_t>(jet::UnpackCount()) - before.texts};
+}
+
+class ListWork : public testing::ProgramFixture {
+ protected:
+  void AddMany(int from, int to) {
+    jet::CommitGroup group(repository::RepositoryDb());
+    std::string filler = "a text that is long enough to be packed when it is stored, as most are. ";
+    for (int i = from; i < to; i++) {
+      ListedEmail email{"plan " + std::to_string(i * 7919), "Person " + std::to_string(i % 40)};
+      email.received = DateTime::FromSeconds(email.received.Seconds() + i * 3000);
+      email.direction = i % 4 == 0 ? "Out" : "In";
+      email.body = filler + filler + std::to_string(i * 104729);
+      if (i < 500 && i % 100 == 0) email.body += " quetzal", email.subject += " quetzal";
+      if (i % 5 == 0) email.files = {"a.doc"};
+      email.hot = i % 50 == 0;
+      AddListed(email);
+      repository::RepositoryDb().EndUnit();
+    }
+  }
+
+  static Work Look(const std::function<void(ListFilter&)>& change) {
+    ListFilter filter = EveryMessage();
+    change(filter);
+    Board().Filter = filter;
+    Work before = WorkSince({});
+    EXPECT_TRUE(OpenEmailList(BuildListWhere(filter)));
+    EXPECT_FALSE(Board().ListIsPlaceholder);
+    jet::Recordset& list = Board().ListRecordset;
+    int64_t total = CountListed();
+    CountIncoming();
+    for (int64_t first : {int64_t{1}, std::max<int64_t>(total / 2, 1)}) {
+      for (int64_t row = first; row < first + 30 && row <= total; row++) {
+        list.SetAbsolutePosition(row);
+        for (int field = 0; field < kListFieldCount; field++) list.Field(field).AsText();
+      }
+    }
+    return WorkSince(before);
+  }
+};
+
+// Four times the messages are no more work; a pass over them would be.
+TEST_F(ListWork, DoesNotGrowWithTheRepository) {
+  const struct {
+    const char* what;
+    std::function<void(ListFilter&)> change;
+  } kLooks[] = {
+      {"everything", [](ListFilter&) {}},
+      {"incoming", [](ListFilter& f) { f.Direction = ListDirection::kIn; }},
+      {"hot", [](ListFilter& f) { f.Active = true; }},
+      {"with files", [](ListFilter& f) { f.AttachedFile = true; }},
+      {"of some days", [](ListFilter& f) { f.DateTo = f.DateFrom; }},
+      {"by correspondent", [](ListFilter& f) { f.SortBy = ListSort::kFromTo; }},
+      {"by direction", [](ListFilter& f) { f.SortBy = ListSort::kDirection; }},
+      {"of a correspondent", [](ListFilter& f) { f.FromTo = "person 7"; }},
+      {"part of a subject", [](ListFilter& f) { f.Subject = "QUETZAL"; }},
+      {"part of a text", [](ListFilter& f) { f.MailText = "QUETZAL"; }},
+  };
+  std::vector<Work> little;
+  AddMany(0, 2000);
+  for (const auto& look : kLooks) {
+    Look(look.change);
+    little.push_back(Look(look.change));
+  }
+  AddMany(2000, 8000);
+  Work first = Look([](ListFilter&) {});
+  // The digest is brought up to date by a pass over the list's index, or message by message.
+  EXPECT_LT(first.rows, 14000);
+  EXPECT_LT(first.pages, 330);
+  for (size_t i = 0; i < std::size(kLooks); i++) {
+    Work now = Look(kLooks[i].change);
+    EXPECT_LE(now.rows, little[i].rows * 5 / 4 + 40) << kLooks[i].what;
+    EXPECT_LE(now.pages, little[i].pages * 3 / 2 + 60) << kLooks[i].what;
+    EXPECT_LE(now.statements, little[i].statements + 2) << kLooks[i].what;
+    EXPECT_LE(now.texts, 10) << kLooks[i].what;
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <stdexcept>
+#include <utility>
 
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -15,10 +16,12 @@
 
 namespace tarnwick::testing {
 
-FailingFileStep::FailingFileStep(int step) : left_(step) {
+FailingFileStep::FailingFileStep(int step, std::function<void()> before)
+    : left_(step), before_(std::move(before)) {
   platform::SetFileFault([this](platform::FileOperation, const std::string& path) {
     if (left_-- != 0) return;
     happened_ = true;
+    if (before_) return before_();
     throw Error(ErrorNumber::kDiskFull, "Disk full: " + path);
   });
 }

@@ -9,10 +9,11 @@
 
 namespace tarnwick::testing {
 
-// While it lives, file operation number step (from 0) of the platform fails as a full disk.
+// While it lives, file operation number step (from 0) of the platform fails as a full disk, or,
+// with before, comes after that was run.
 class FailingFileStep {
  public:
-  explicit FailingFileStep(int step);
+  explicit FailingFileStep(int step, std::function<void()> before = {});
   ~FailingFileStep();
   FailingFileStep(const FailingFileStep&) = delete;
   FailingFileStep& operator=(const FailingFileStep&) = delete;
@@ -21,6 +22,7 @@ class FailingFileStep {
 
  private:
   int left_;
+  std::function<void()> before_;
   bool happened_ = false;
 };
 

@@ -3,6 +3,7 @@
 #include "support/hostile_mail.h"
 
 #include <array>
+#include <random>
 
 namespace tarnwick::testing {
 
@@ -49,6 +50,18 @@ std::string Filled(const std::string& piece, size_t size) {
   std::string text;
   text.reserve(size + piece.size());
   while (text.size() < size) text += piece;
+  return text;
+}
+
+// Letters of which no three are likelier than others.
+std::string Scribbled(size_t size) {
+  std::mt19937 random(1);
+  std::string text;
+  text.reserve(size + 2);
+  while (text.size() < size) {
+    text += static_cast<char>(' ' + random() % 95);
+    if (text.size() % 72 == 70) text += "\r\n";
+  }
   return text;
 }
 
@@ -228,6 +241,7 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
   add("open comments", Html("<body>x" + Filled("<!--", size)), {{"body", "x"}});
   add("open tags", Html("<body>x" + Filled("<a b='", size)));
   add("line ends of one kind", Letter("Subject: s\r\n", Filled("x\r", size)));
+  add("text that never repeats", Letter("Subject: s\r\n", Scribbled(size)));
   add("zero bytes", Letter("Subject: s\r\n", std::string(size, '\0')));
   add("bytes of no charset", Charset("utf-8", Filled("\xFF\xFE\x80", size)));
   add("a charset with states", Charset("iso-2022-jp", Filled("\x1B$B\x1B(B", size)));

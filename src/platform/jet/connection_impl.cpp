@@ -386,9 +386,9 @@ void Connection::Impl::EndGroup() {
   if (depth_ == 0 || !database_) return;
   if (--depth_ > 0) return;
   depth_ = 1;
-  if (index_) index_->Follow(true);
   std::optional<Error> failure;
   try {
+    if (index_) index_->Follow(true);
     FlushGroup();
   } catch (const Error& error) {
     failure = error;

@@ -113,6 +113,7 @@ class Connection::Impl {
   void FlushGroup();
   void EndGroup();
   bool InGroup() const { return depth_ > 0; }
+  bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
 
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
   TextIndex* Index() { return index_.get(); }

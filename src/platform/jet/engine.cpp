@@ -47,6 +47,7 @@ Statement::Statement(Database& database, std::string_view sql) : database_(&data
                          SQLITE_PREPARE_PERSISTENT | SQLITE_PREPARE_NO_VTAB, &handle_, &tail);
   if (code != SQLITE_OK) database.Fail(code);
   if (handle_ == nullptr) throw Error(SQLITE_ERROR, "empty statement");
+  database.statementsPrepared_++;
   int count = sqlite3_column_count(handle_);
   kinds_.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; i++) {
@@ -301,6 +302,17 @@ int64_t Database::LastRowId() const {
 
 void Database::SetLastRowId(int64_t key) {
   sqlite3_set_last_insert_rowid(handle_, key);
+}
+
+int64_t Database::PagesVisited() const {
+  int64_t pages = 0;
+  for (int what : {SQLITE_DBSTATUS_CACHE_HIT, SQLITE_DBSTATUS_CACHE_MISS}) {
+    int count = 0;
+    int highest = 0;
+    sqlite3_db_status(handle_, what, &count, &highest, 0);
+    pages += count;
+  }
+  return pages;
 }
 
 void Database::SyncLog() {

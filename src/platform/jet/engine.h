@@ -131,8 +131,11 @@ class Database {
   // Rows written one by one; grows while a statement runs.
   int64_t RowsSeen() const { return rowsSeen_; }
 
-  // How many rows statements have given, and how many have ended: the work done so far.
+  // The work done so far: how many rows statements have given and how many have ended, how many
+  // pages of the file they looked at, and how many statements were prepared.
   int64_t StepsRun() const { return stepsRun_; }
+  int64_t PagesVisited() const;
+  int64_t StatementsPrepared() const { return statementsPrepared_; }
 
   // Called for each row of main that a statement writes, and after something was rolled back. Where
   // a statement empties a whole table, no row of it is told of.
@@ -156,6 +159,7 @@ class Database {
   int64_t rowsSeen_ = 0;
   WriteHooks writeHooks_;
   int64_t stepsRun_ = 0;
+  int64_t statementsPrepared_ = 0;
   friend class Statement;
 };
 

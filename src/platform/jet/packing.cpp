@@ -4,6 +4,7 @@
 
 #include <zstd.h>
 
+#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -22,8 +23,11 @@ constexpr int kLevel = 1;
 // Shorter ones gain nothing to speak of.
 constexpr size_t kShortestPacked = 64;
 constexpr size_t kLeastGain = 16;
-// A value of mostly one character may shrink this much; what claims more is stored plain.
+// What claims to be more than so many times its size is not believed. What shrinks more, a value
+// of mostly one character, is filled up: with a frame that readers skip, a mark and its length.
 constexpr size_t kMostExpansion = 1000;
+constexpr std::string_view kSkippedMark("\x50\x2A\x4D\x18", 4);
+constexpr size_t kSkippedHead = 8;
 
 // What a thread keeps for its next value.
 constexpr size_t kMostKept = 1024 * 1024;
@@ -117,6 +121,17 @@ char* RoomFor(std::string& scratch, size_t size) {
   return scratch.data();
 }
 
+// Makes a packed value honest; gives its size. There is room for a value that does not shrink.
+size_t FillUp(char* packed, size_t size, size_t plain) {
+  if (IsHonest(plain, size)) return size;
+  size_t whole = std::max(plain / kMostExpansion, size + kSkippedHead);
+  auto filling = static_cast<uint32_t>(whole - size - kSkippedHead);
+  std::copy(kSkippedMark.begin(), kSkippedMark.end(), packed + size);
+  for (size_t i = 0; i < 4; i++) packed[size + 4 + i] = static_cast<char>(filling >> 8 * i);
+  std::fill(packed + size + kSkippedHead, packed + whole, '\0');
+  return whole;
+}
+
 }  // namespace
 
 std::string_view Pack(std::string_view plain) {
@@ -127,9 +142,10 @@ std::string_view Pack(std::string_view plain) {
   packed[0] = kMark[0];
   size_t size =
       ZSTD_compress2(packer.packing.get(), packed + 1, room - 1, plain.data(), plain.size());
-  bool pays = ZSTD_isError(size) == 0 && size + 1 + kLeastGain <= plain.size() &&
-              IsHonest(plain.size(), size + 1);
-  return pays ? std::string_view(packed, size + 1) : std::string_view();
+  if (ZSTD_isError(size) != 0) return {};
+  size = FillUp(packed, size + 1, plain.size());
+  bool pays = size + kLeastGain <= plain.size();
+  return pays ? std::string_view(packed, size) : std::string_view();
 }
 
 bool IsPacked(std::string_view stored) {

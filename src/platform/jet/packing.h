@@ -5,9 +5,9 @@
 // database; statements and recordsets only ever see the plain value.
 //
 // A packed value is a format number (one byte, 1) and a zstd frame that tells its content's size,
-// made with the dictionary of packing_text.h. In a column of long texts it is of the engine's type
-// blob, in one of bytes it is of the type text: a type that no plain value of the column has. All
-// this is embedded in the files.
+// made with the dictionary of packing_text.h; skippable frames may follow it. In a column of long
+// texts it is of the engine's type blob, in one of bytes it is of the type text: a type that no
+// plain value of the column has. All this is embedded in the files.
 //
 // A file may be damaged or made to harm: a value tells its size before memory is taken for it, and
 // no size is believed beyond kLargestPacked, or beyond what so few bytes can honestly hold.

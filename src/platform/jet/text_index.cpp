@@ -48,15 +48,6 @@ constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
   throw Error(kDamaged, "The text index is damaged");
 }
 
-std::string Quoted(std::string_view name) {
-  std::string quoted = "\"";
-  for (char c : name) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + "\"";
-}
-
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
   auto end = std::set_intersection(documents.begin(), documents.end(), others.begin(), others.end(),
                                    documents.begin());
@@ -99,14 +90,14 @@ void TextIndex::MakeTables() {
   std::string watched;
   for (const std::string& column : columns_) {
     made += ":" + column;
-    watched += ", " + Quoted(column);
+    watched += ", " + QuotedName(column);
   }
   Statement same(engine, "SELECT count(*) FROM main.tw_search_state WHERE Made = ?1");
   same.BindText(1, made);
   Statement last(engine, "SELECT max(seq) FROM main.sqlite_sequence WHERE name = ?1");
   last.BindText(1, table_);
   bool isOfTheFile = isWhole && same.Step() && same.Int(0) == 1 && last.Step() && Done() >= 0 &&
-                     Done() <= last.Int(0) &&
+                     Done() <= std::max(last.Int(0), LastKey()) &&
                      Number("SELECT count(*) FROM main.tw_search_state") == 1;
   last.Reset();
   if (!isOfTheFile) {
@@ -121,7 +112,7 @@ void TextIndex::MakeTables() {
   same.Reset();
   // A trigger in the file would not run; one of the connection's own does.
   engine.Run(("CREATE TEMP TRIGGER tw_search_touch AFTER UPDATE OF ID" + watched + " ON main." +
-              Quoted(table_) +
+              QuotedName(table_) +
               " BEGIN INSERT OR IGNORE INTO tw_search_changed VALUES (OLD.ID);"
               " INSERT OR IGNORE INTO tw_search_changed VALUES (NEW.ID); END;"
               "RELEASE tw_search")
@@ -150,7 +141,7 @@ int64_t TextIndex::Done() {
 }
 
 int64_t TextIndex::LastKey() {
-  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + Quoted(table_)), 0);
+  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + QuotedName(table_)), 0);
 }
 
 // All of the work or nothing, within the transaction there is or as one of its own.
@@ -177,10 +168,12 @@ void TextIndex::Write(Work&& work) {
 }
 
 // What is damaged is made anew, once; after anything else the index is given up for this
-// connection, unless the person only wanted to stop.
+// connection, unless the person only wanted to stop. What the engine took back of others' writes is
+// no matter of the index alone.
 template <typename Work>
 void TextIndex::Attempt(Work&& work) {
   if (broken_) return;
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     work();
   } catch (const Error& error) {
@@ -189,6 +182,7 @@ void TextIndex::Attempt(Work&& work) {
     bool isHopeless = error.Number() != kDamaged || wasDamaged_;
     wasDamaged_ = true;
     broken_ = true;
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     try {
       if (!isHopeless) Empty();
       broken_ = isHopeless;
@@ -265,8 +259,8 @@ void TextIndex::TakeRow(Statement& row) {
 
 std::string TextIndex::RowQuery() const {
   std::string sql = "SELECT ID";
-  for (const std::string& column : columns_) sql += ", " + Quoted(column);
-  return sql + " FROM main." + Quoted(table_);
+  for (const std::string& column : columns_) sql += ", " + QuotedName(column);
+  return sql + " FROM main." + QuotedName(table_);
 }
 
 // Reads on into the writer; gives the number of rows.
@@ -361,6 +355,7 @@ int64_t TextIndex::Missing() {
 }
 
 void TextIndex::Follow(bool atEnd) {
+  bool holdsWrites = connection_.HoldsWrites();
   try {
     Attempt([&] {
       if (!followed_) {
@@ -381,6 +376,7 @@ void TextIndex::Follow(bool atEnd) {
       Forget();
     });
   } catch (const Error&) {
+    if (holdsWrites && !connection_.HoldsWrites()) throw;
     // Stopped; what comes next goes on from here.
   }
 }
@@ -406,8 +402,8 @@ bool TextIndex::CatchUp(const std::function<bool(int64_t, int64_t)>& look) {
 }
 
 std::vector<int64_t> TextIndex::KeysOf(std::string_view table, int64_t after, size_t most) {
-  std::shared_ptr<Statement> statement = connection_.Own("SELECT ID FROM main." + Quoted(table) +
-                                                         " WHERE ID > ?1 ORDER BY ID LIMIT ?2");
+  std::shared_ptr<Statement> statement = connection_.Own(
+      "SELECT ID FROM main." + QuotedName(table) + " WHERE ID > ?1 ORDER BY ID LIMIT ?2");
   StatementUse use(*statement);
   statement->Bind(1, after);
   statement->Bind(2, static_cast<int64_t>(most));

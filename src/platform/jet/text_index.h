@@ -15,7 +15,8 @@
 //
 // Rows are taken in behind a load, commit by commit, while the program has nothing else to do, and
 // before a search where few are missing. A failure in here costs the index, never a search or a
-// row: without it texts are read one by one.
+// row: without it texts are read one by one. Where the engine answers a failure by taking back what
+// a group has written so far, it is thrown on, so that nobody takes those writes for done.
 #pragma once
 
 #include <cstdint>
@@ -53,7 +54,8 @@ class TextIndex {
   void Show(const std::vector<int64_t>& keys);
 
   // During a load, before each commit: reads new rows into memory, some thousands at most, and
-  // writes a segment when one is full. At its end what was read is written. Throws nothing.
+  // writes a segment when one is full. At its end what was read is written. Throws only as said
+  // above.
   void Follow(bool atEnd);
   // Takes in what is missing. look is called with the rows done and those there are, and stops it
   // by returning false; the next call goes on where it was. True when nothing is missing that
