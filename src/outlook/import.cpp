@@ -212,6 +212,8 @@ class Import {
     Letter letter = ReadLetter(item);
     intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
     const std::string& file = core::State().TempMessageFile;
+    // Emptied instead, the last message's file would first be brought to the disk.
+    platform::RemoveFile(file);
     {
       platform::OutputFile output(file);
       WriteMime(item, letter, open.budget, [&](std::string_view bytes) { output.Write(bytes); });
