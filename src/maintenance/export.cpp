@@ -71,15 +71,15 @@ Result WriteExport(const std::string& file, const std::string& idList, Run& run,
                    int64_t& exported) {
   core::LogProgress("Export into " + file);
   RepositoryDb().FlushGroup();
-  // The rest is little beside these two.
-  const int64_t files = CountRows(RepositoryDb(), "FileRepository WHERE FileID IN " + idList);
-  const int64_t messages = std::count(idList.begin(), idList.end(), ',') + 1;
-  run.Begin(files + messages);
   return UntilStopped([&] {
     NewDatabaseFile target(file);
     std::vector<TableCount> copied;
     {
       WatchScope watch(run, RepositoryDb(), true);
+      // The rest is little beside these two.
+      const int64_t files = CountRows(RepositoryDb(), "FileRepository WHERE FileID IN " + idList);
+      const int64_t messages = std::count(idList.begin(), idList.end(), ',') + 1;
+      run.Begin(files + messages);
       for (const ExportedTable& table : kExportedTables) {
         int64_t rows = 0;
         Result result = CopyRowsTo(table.name, target.Path(), idList, table.keyColumn, &rows);

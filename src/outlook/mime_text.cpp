@@ -21,22 +21,21 @@ constexpr size_t kMaxPlainLine = 900;    // RFC 5322 allows 998
 constexpr size_t kQuotedLine = 75;
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
-std::string ToBase64(std::string_view bytes) {
+void AppendBase64(std::string_view bytes, std::string& text) {
   constexpr std::string_view kAlphabet =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    size_t count = std::min<size_t>(3, bytes.size() - i);
-    uint32_t group = 0;
-    for (size_t j = 0; j < 3; ++j) {
-      group = group << 8 | (j < count ? static_cast<unsigned char>(bytes[i + j]) : 0u);
-    }
-    for (size_t j = 0; j < 4; ++j) {
-      text.push_back(j <= count ? kAlphabet[group >> (18 - 6 * j) & 63] : '=');
-    }
-  }
-  return text;
+  size_t at = text.size();
+  text.resize(at + (bytes.size() + 2) / 3 * 4, '=');
+  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
+  auto put = [&](uint32_t group, int chars) {
+    for (int j = 0; j < chars; ++j)
+      text[at + static_cast<size_t>(j)] = kAlphabet[group >> (18 - 6 * j) & 63];
+    at += 4;
+  };
+  size_t i = 0;
+  for (; i + 3 <= bytes.size(); i += 3) put(byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2), 4);
+  if (bytes.size() - i == 2) put(byte(i) << 16 | byte(i + 1) << 8, 3);
+  if (bytes.size() - i == 1) put(byte(i) << 16, 2);
 }
 
 std::string OneLine(std::string_view text) {
@@ -59,7 +58,9 @@ std::string EncodedWords(std::string_view text) {
     // Cut between characters.
     while (count < text.size() && count > 1 && (text[count] & 0xC0) == 0x80) --count;
     if (!words.empty()) words += "\r\n ";
-    words += "=?utf-8?B?" + ToBase64(text.substr(0, count)) + "?=";
+    words += "=?utf-8?B?";
+    AppendBase64(text.substr(0, count), words);
+    words += "?=";
     text.remove_prefix(count);
   }
   return words;
@@ -188,7 +189,8 @@ std::string HeaderDate(int64_t unixSeconds) {
 }
 
 void Base64Lines::Encode(std::string_view bytes, std::string& text) {
-  text += ToBase64(bytes) + "\r\n";
+  AppendBase64(bytes, text);
+  text += "\r\n";
 }
 
 std::string Base64Lines::Add(std::string_view bytes) {

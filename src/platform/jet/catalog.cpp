@@ -6,6 +6,15 @@
 
 namespace tarnwick::jet {
 
+std::string QuotedName(std::string_view name) {
+  std::string quoted = "\"";
+  for (char c : name) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + "\"";
+}
+
 bool TableView::Has(std::string_view column) const {
   for (const std::string& name : columns) {
     if (SameWord(name, column)) return true;
@@ -31,12 +40,7 @@ const TableView* Catalog::Find(std::string_view table) {
   std::string name = LowerWord(table);
   auto found = tables_.find(name);
   if (found == tables_.end()) {
-    std::string quoted;
-    for (char c : name) {
-      if (c == '"') quoted += '"';
-      quoted += c;
-    }
-    Statement info(database_, "PRAGMA main.table_info(\"" + quoted + "\")");
+    Statement info(database_, "PRAGMA main.table_info(" + QuotedName(name) + ")");
     TableView view;
     int keys = 0;
     while (info.Step()) {

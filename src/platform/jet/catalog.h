@@ -13,6 +13,9 @@
 
 namespace tarnwick::jet {
 
+// The name as engine SQL has it, whatever it holds.
+std::string QuotedName(std::string_view name);
+
 struct TableView {
   std::vector<std::string> columns;
   std::vector<std::string> types;  // as declared

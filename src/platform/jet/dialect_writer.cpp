@@ -99,12 +99,7 @@ void SqlWriter::Packed(const Expression& value, ColumnKind into) {
 }
 
 void SqlWriter::Name(std::string_view name) {
-  sql_.text += '"';
-  for (char c : name) {
-    if (c == '"') sql_.text += '"';
-    sql_.text += c;
-  }
-  sql_.text += '"';
+  sql_.text += QuotedName(name);
 }
 
 void SqlWriter::Schema(bool other) {

@@ -22,12 +22,6 @@ constexpr int kDateColumn = 1;
 constexpr int kReferenceColumn = 2;
 constexpr int kFirstKind = 3;
 
-std::string Quoted(std::string_view name) {
-  SqlWriter writer;
-  writer.Name(name);
-  return writer.Take().text;
-}
-
 // A value in one word, never 0; 0 when it does not fit.
 uint64_t ShortWord(const Statement& statement, int column) {
   Statement::Type type = statement.TypeOf(column);
@@ -49,14 +43,14 @@ uint64_t ShortWord(const Statement& statement, int column) {
 
 Digest::Digest(Connection::Impl& connection, DigestDefinition definition)
     : connection_(connection), definition_(std::move(definition)) {
-  std::string table = "main." + Quoted(definition_.table);
+  std::string table = "main." + QuotedName(definition_.table);
   std::string columns =
-      "SELECT _rowid_, " + Quoted(definition_.date) + ", " + Quoted(definition_.reference);
-  for (const std::string& kind : definition_.kinds) columns += ", " + Quoted(kind);
-  readAll_ = columns + " FROM " + table + " ORDER BY " + Quoted(definition_.date);
+      "SELECT _rowid_, " + QuotedName(definition_.date) + ", " + QuotedName(definition_.reference);
+  for (const std::string& kind : definition_.kinds) columns += ", " + QuotedName(kind);
+  readAll_ = columns + " FROM " + table + " ORDER BY " + QuotedName(definition_.date);
   readOne_ = columns + " FROM " + table + " WHERE _rowid_ = ?1";
-  std::string owner = Quoted(definition_.detailKey);
-  readRepeats_ = "SELECT " + owner + ", count(*) FROM main." + Quoted(definition_.details) +
+  std::string owner = QuotedName(definition_.detailKey);
+  readRepeats_ = "SELECT " + owner + ", count(*) FROM main." + QuotedName(definition_.details) +
                  " GROUP BY " + owner + " HAVING count(*) > 1";
 }
 

@@ -28,6 +28,8 @@ FindCriteria ReadCriteria(std::string_view text, LiftedSql& scratch);
 // The test itself, for rows that are at hand.
 bool Holds(const Value& value, const FindCriteria& criteria);
 
+[[noreturn]] void NoCurrentRow();
+
 class Recordset::Impl final : public ConnectionUser {
  public:
   Impl() = default;

@@ -17,15 +17,6 @@ namespace {
 
 constexpr char kTemporarySuffix[] = ".making";
 
-std::string Quoted(std::string_view name) {
-  std::string quoted = "\"";
-  for (char c : name) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + "\"";
-}
-
 std::string DeclaredType(ColumnType type) {
   std::string collate = std::string(" COLLATE ") + kTextCollation;
   switch (type) {
@@ -50,20 +41,20 @@ std::string DeclaredType(ColumnType type) {
 }
 
 std::string MakeTable(const TableDefinition& table) {
-  std::string sql = "CREATE TABLE " + Quoted(table.name) + " (";
+  std::string sql = "CREATE TABLE " + QuotedName(table.name) + " (";
   for (size_t i = 0; i < table.columns.size(); i++) {
     if (i > 0) sql += ", ";
-    sql += Quoted(table.columns[i].name) + " " + DeclaredType(table.columns[i].type);
+    sql += QuotedName(table.columns[i].name) + " " + DeclaredType(table.columns[i].type);
   }
   return sql + ");\n";
 }
 
 std::string MakeIndex(const TableDefinition& table, const IndexDefinition& index) {
   std::string sql = index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
-  sql += Quoted(index.name) + " ON " + Quoted(table.name) + " (";
+  sql += QuotedName(index.name) + " ON " + QuotedName(table.name) + " (";
   for (size_t i = 0; i < index.columns.size(); i++) {
     if (i > 0) sql += ", ";
-    sql += Quoted(index.columns[i]);
+    sql += QuotedName(index.columns[i]);
   }
   return sql + ");\n";
 }
@@ -124,7 +115,7 @@ void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tabl
       if (!isThere && known.count(std::string(table.name)) != 0) sql += MakeIndex(table, index);
     }
   }
-  for (const std::string& name : unknown) sql += "DROP INDEX " + Quoted(name) + ";\n";
+  for (const std::string& name : unknown) sql += "DROP INDEX " + QuotedName(name) + ";\n";
   if (!sql.empty()) engine.Run(("BEGIN;\n" + sql + "COMMIT;").c_str());
 }
 

@@ -48,15 +48,6 @@ constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
   throw Error(kDamaged, "The text index is damaged");
 }
 
-std::string Quoted(std::string_view name) {
-  std::string quoted = "\"";
-  for (char c : name) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + "\"";
-}
-
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
   auto end = std::set_intersection(documents.begin(), documents.end(), others.begin(), others.end(),
                                    documents.begin());
@@ -99,7 +90,7 @@ void TextIndex::MakeTables() {
   std::string watched;
   for (const std::string& column : columns_) {
     made += ":" + column;
-    watched += ", " + Quoted(column);
+    watched += ", " + QuotedName(column);
   }
   Statement same(engine, "SELECT count(*) FROM main.tw_search_state WHERE Made = ?1");
   same.BindText(1, made);
@@ -121,7 +112,7 @@ void TextIndex::MakeTables() {
   same.Reset();
   // A trigger in the file would not run; one of the connection's own does.
   engine.Run(("CREATE TEMP TRIGGER tw_search_touch AFTER UPDATE OF ID" + watched + " ON main." +
-              Quoted(table_) +
+              QuotedName(table_) +
               " BEGIN INSERT OR IGNORE INTO tw_search_changed VALUES (OLD.ID);"
               " INSERT OR IGNORE INTO tw_search_changed VALUES (NEW.ID); END;"
               "RELEASE tw_search")
@@ -150,7 +141,7 @@ int64_t TextIndex::Done() {
 }
 
 int64_t TextIndex::LastKey() {
-  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + Quoted(table_)), 0);
+  return std::max<int64_t>(Number("SELECT max(ID) FROM main." + QuotedName(table_)), 0);
 }
 
 // All of the work or nothing, within the transaction there is or as one of its own.
@@ -269,8 +260,8 @@ void TextIndex::TakeRow(Statement& row) {
 
 std::string TextIndex::RowQuery() const {
   std::string sql = "SELECT ID";
-  for (const std::string& column : columns_) sql += ", " + Quoted(column);
-  return sql + " FROM main." + Quoted(table_);
+  for (const std::string& column : columns_) sql += ", " + QuotedName(column);
+  return sql + " FROM main." + QuotedName(table_);
 }
 
 // Reads on into the writer; gives the number of rows.
@@ -413,8 +404,8 @@ bool TextIndex::CatchUp(const std::function<bool(int64_t, int64_t)>& look) {
 }
 
 std::vector<int64_t> TextIndex::KeysOf(std::string_view table, int64_t after, size_t most) {
-  std::shared_ptr<Statement> statement = connection_.Own("SELECT ID FROM main." + Quoted(table) +
-                                                         " WHERE ID > ?1 ORDER BY ID LIMIT ?2");
+  std::shared_ptr<Statement> statement = connection_.Own(
+      "SELECT ID FROM main." + QuotedName(table) + " WHERE ID > ?1 ORDER BY ID LIMIT ?2");
   StatementUse use(*statement);
   statement->Bind(1, after);
   statement->Bind(2, static_cast<int64_t>(most));
