@@ -187,6 +187,7 @@ void TextIndex::Attempt(Work&& work) {
       if (!isHopeless) Empty();
       broken_ = isHopeless;
     } catch (const Error&) {
+      if (holdsWrites && !connection_.HoldsWrites()) throw;
       // Searched without.
     }
   }
@@ -351,7 +352,8 @@ int64_t TextIndex::Changed() {
 }
 
 int64_t TextIndex::Missing() {
-  return std::max<int64_t>(LastKey() - Done(), 0) + Changed();
+  // A file can hold any key.
+  return std::clamp<int64_t>(LastKey() - Done(), 0, INT64_MAX / 2) + Changed();
 }
 
 void TextIndex::Follow(bool atEnd) {
