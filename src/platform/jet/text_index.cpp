@@ -14,7 +14,7 @@ namespace tarnwick::jet {
 namespace {
 
 // Embedded in the files: another number has the index made anew.
-constexpr int kFormat = 1;
+constexpr int kFormat = 2;
 // Fewer rows than this are read one by one at each search sooner than a segment is written.
 constexpr int64_t kLeastSegment = 256;
 // What a search takes in before it runs, and a load behind each of its commits: some tenths of a
