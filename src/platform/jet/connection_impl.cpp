@@ -368,9 +368,9 @@ void Connection::Impl::EndUnit() {
   unitWrote_ = false;
   bool due =
       collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;
-  if (!due) return;
-  if (index_) index_->Follow(false);
-  if (collecting_) Commit();
+  bool followDue = collecting_ && index_ && index_->IsFollowDue();
+  if (index_ && (due || followDue)) index_->Follow(false);
+  if (due && collecting_) Commit();
 }
 
 void Connection::Impl::FlushGroup() {
