@@ -254,7 +254,9 @@ size_t TextIndex::ReadRows(size_t most) {
 
 // The last segment is filled up before a new one is begun.
 void TextIndex::Begin() {
-  Forget();
+  // Its memory serves one segment after the other.
+  writer_.Clear();
+  replaced_.reset();
   std::vector<Segment> segments = Segments();
   if (!segments.empty() && segments.back().documents + kLeastSegment <= kMostDocuments) {
     const Segment& last = segments.back();
