@@ -194,8 +194,8 @@ std::string RareText(int64_t id) {
   jet::Recordset message;
   message.Open("SELECT Body FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
   std::string body = message.Eof() ? "" : message.Field(0).AsText();
-  size_t line = body.find('\n', body.size() / 2);
-  return line == std::string::npos ? "nothing" : body.substr(line + 1, 40);
+  // Within the first line.
+  return body.size() < 60 ? "nothing" : body.substr(10, 40);
 }
 
 void TimeSearches(Bench& bench) {

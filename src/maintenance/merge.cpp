@@ -55,8 +55,9 @@ class Merge {
     merged.result = Result::kFailed;
     core::GuardedRun(kRoutine, [&] {
       jet::CommitGroup group(RepositoryDb());
-      merged.result = TakeAll(merged);
-      group.End();
+      Result result = TakeAll(merged);
+      group.End();  // what can't be flushed is not done
+      merged.result = result;
     });
     // What the engine had to take back (a full disk) was counted and is not there.
     merged.imported -= std::min(merged.imported, RepositoryDb().LostUnits() - lostBefore);

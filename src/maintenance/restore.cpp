@@ -90,12 +90,20 @@ Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
   return Result::kStopped;
 }
 
+// What the engine keeps beside an open file, and leaves there where it can't close it.
+std::vector<std::string> LogsOf(const std::string& file) {
+  return {file + "-wal", file + "-journal"};
+}
+
 // The repository's file gets a second name, or a copy where the file system has no second names,
 // and an empty one takes its place: there is no moment without a repository.
 Result SetRepositoryFileAside(const std::string& file, const std::string& copy, Run& run) {
-  // What the engine could not write back into the file would be missing from a copy of it.
-  if (platform::FileExists(file + "-wal")) {
-    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file + "-wal");
+  // What the engine could not write back into the file would be missing from a copy of it, and be
+  // taken for the empty one's.
+  for (const std::string& log : LogsOf(file)) {
+    if (platform::FileExists(log)) {
+      throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + log);
+    }
   }
   std::string empty = file + ".unfinished";
   Result result = Result::kFailed;
@@ -126,6 +134,10 @@ Result MakeSafetyCopy(const std::string& copy, Run& run) {
   if (repository::OpenRepository(false)) return result;
   if (result == Result::kDone) {
     core::GuardedRun("MakeSafetyCopy", [&] {
+      // The empty file's logs would be played into the former one.
+      for (const std::string& log : LogsOf(file)) {
+        if (platform::FileExists(log)) platform::RemoveFile(log);
+      }
       platform::RenameFile(copy, file);
       repository::OpenRepository(false);
     });

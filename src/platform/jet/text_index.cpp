@@ -14,7 +14,7 @@ namespace tarnwick::jet {
 namespace {
 
 // Embedded in the files: another number has the index made anew.
-constexpr int kFormat = 1;
+constexpr int kFormat = 2;
 // Fewer rows than this are read one by one at each search sooner than a segment is written.
 constexpr int64_t kLeastSegment = 256;
 // What a search takes in before it runs, and a load behind each of its commits: some tenths of a
@@ -187,6 +187,7 @@ void TextIndex::Attempt(Work&& work) {
       if (!isHopeless) Empty();
       broken_ = isHopeless;
     } catch (const Error&) {
+      if (holdsWrites && !connection_.HoldsWrites()) throw;
       // Searched without.
     }
   }
@@ -351,7 +352,8 @@ int64_t TextIndex::Changed() {
 }
 
 int64_t TextIndex::Missing() {
-  return std::max<int64_t>(LastKey() - Done(), 0) + Changed();
+  // A file can hold any key.
+  return std::clamp<int64_t>(LastKey() - Done(), 0, INT64_MAX / 2) + Changed();
 }
 
 void TextIndex::Follow(bool atEnd) {

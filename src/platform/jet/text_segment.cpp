@@ -15,8 +15,8 @@ namespace {
 constexpr size_t kMostPostings = 6'000'000;
 // Up to so many documents are written as they are.
 constexpr size_t kFixedList = 3;
-// What more than every fourth document holds tells a search nothing.
-constexpr size_t kTellingShare = 4;
+// What more than every second document holds tells a search next to nothing.
+constexpr size_t kTellingShare = 2;
 
 constexpr uint32_t kDocumentMask = (1u << kDocumentBits) - 1;
 
