@@ -22,18 +22,23 @@ bool TableView::Has(std::string_view column) const {
   return false;
 }
 
-bool TableView::IsText(std::string_view column) const {
+std::string_view TableView::DeclaredType(std::string_view column) const {
   for (size_t i = 0; i < columns.size(); i++) {
-    if (SameWord(columns[i], column)) return types[i] == "TEXT";
+    if (SameWord(columns[i], column)) return types[i];
   }
-  return false;
+  return {};
+}
+
+bool TableView::IsText(std::string_view column) const {
+  return DeclaredType(column) == "TEXT";
+}
+
+bool TableView::IsWholeNumber(std::string_view column) const {
+  return DeclaredType(column) == "INTEGER";
 }
 
 ColumnKind TableView::KindOf(std::string_view column) const {
-  for (size_t i = 0; i < columns.size(); i++) {
-    if (SameWord(columns[i], column)) return KindOfDeclared(types[i]);
-  }
-  return ColumnKind::kAny;
+  return KindOfDeclared(DeclaredType(column));
 }
 
 const TableView* Catalog::Find(std::string_view table) {

@@ -21,8 +21,10 @@ struct TableView {
   std::vector<std::string> types;  // as declared
   std::string key;                 // the column that is the row's key, "" when none is
   bool Has(std::string_view column) const;
+  std::string_view DeclaredType(std::string_view column) const;  // "": there is no such column
   // Declared as a text, not as a long one.
   bool IsText(std::string_view column) const;
+  bool IsWholeNumber(std::string_view column) const;
   // kAny for a column that there is not.
   ColumnKind KindOf(std::string_view column) const;
 };

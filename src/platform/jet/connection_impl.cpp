@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/clock.h"
+#include "platform/jet/key_table.h"
 #include "platform/jet/text_index.h"
 #include "platform/jet/text_order.h"
 
@@ -92,6 +93,7 @@ void Connection::Impl::Close() {
   users_.clear();
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
+  lastKeys_.reset();
   statements_.Clear();
   index_.reset();
   digest_.reset();
@@ -111,10 +113,27 @@ void Connection::Impl::Close() {
 std::shared_ptr<Program> Connection::Impl::Translate(std::string_view sql) {
   Engine();
   Lift(sql, lifted_);
-  if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
+  PlaceKeys();
+  bool hasKeys = !lifted_.keyTables.empty();
+  if (!hasKeys) {
+    if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
+  }
   std::shared_ptr<Program> program = MakeProgram(Parse(lifted_));
-  if (!lifted_.numbersInline && !program->file) programs_.Add(lifted_.shape, program);
+  lifted_.keyTables.clear();
+  if (!lifted_.numbersInline && !hasKeys && !program->file) programs_.Add(lifted_.shape, program);
   return program;
+}
+
+// An export copies table after table by one list: it is kept until a statement comes without.
+void Connection::Impl::PlaceKeys() {
+  if (lifted_.keyLists.empty()) return lastKeys_.reset();
+  for (KeyList& keys : lifted_.keyLists) {
+    if (!lastKeys_ || lastKeys_->Keys() != keys) {
+      lastKeys_ = std::make_shared<KeyTable>(*this, std::move(keys), ++keyTables_);
+    }
+    lifted_.keyTables.push_back(lastKeys_);
+  }
+  lifted_.keyLists.clear();
 }
 
 std::shared_ptr<Program> Connection::Impl::TranslateTable(std::string_view table) {
@@ -211,11 +230,14 @@ PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value
   return program.plan.keyed ? program.keys : program.all;
 }
 
+Statement& Connection::Impl::Prepared(PreparedSql& sql) {
+  for (const std::shared_ptr<KeyTable>& keys : sql.sql.keys) keys->Fill();
+  if (!sql.statement) sql.statement = std::make_unique<Statement>(Engine(), sql.sql.text);
+  return *sql.statement;
+}
+
 Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Value>& literals) {
-  if (!prepared.statement) {
-    prepared.statement = std::make_unique<Statement>(Engine(), prepared.sql.text);
-  }
-  Statement& statement = *prepared.statement;
+  Statement& statement = Prepared(prepared);
   for (size_t literal : prepared.sql.literals) {
     statement.BindValue(static_cast<int>(literal) + kFirstLiteral, literals[literal]);
   }
@@ -229,9 +251,7 @@ Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Valu
 const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
   if (!program.fields.empty()) return program.fields;
   PreparedSql& shown = program.plan.keyed ? program.row : program.all;
-  if (!shown.statement) {
-    shown.statement = std::make_unique<Statement>(Engine(), shown.sql.text);
-  }
+  Prepared(shown);
   const TableView* base = program.plan.base.empty() ? nullptr : schema_->Find(program.plan.base);
   for (int i = 0; i < shown.statement->ColumnCount(); i++) {
     FieldInfo field;
@@ -368,9 +388,9 @@ void Connection::Impl::EndUnit() {
   unitWrote_ = false;
   bool due =
       collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;
-  if (!due) return;
-  if (index_) index_->Follow(false);
-  if (collecting_) Commit();
+  bool followDue = collecting_ && index_ && index_->IsFollowDue();
+  if (index_ && (due || followDue)) index_->Follow(false);
+  if (due && collecting_) Commit();
 }
 
 void Connection::Impl::FlushGroup() {

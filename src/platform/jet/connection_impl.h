@@ -153,6 +153,8 @@ class Connection::Impl {
  private:
   void CheckReadable();
   void Configure();
+  void PlaceKeys();
+  Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
@@ -166,6 +168,8 @@ class Connection::Impl {
   TextCache<Program> programs_{200};
   TextCache<Statement> statements_{100};
   LiftedSql lifted_;
+  std::shared_ptr<KeyTable> lastKeys_;
+  int64_t keyTables_ = 0;
   std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
   uint64_t version_ = 1;

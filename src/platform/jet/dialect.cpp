@@ -104,6 +104,8 @@ class Lifter {
   void Run(bool numbersInline) {
     lifted_.tokens.clear();
     lifted_.literals.clear();
+    lifted_.keyLists.clear();
+    lifted_.keyTables.clear();
     lifted_.shape.clear();
     lifted_.numbersInline = numbersInline;
     while (true) {
@@ -119,7 +121,9 @@ class Lifter {
     if (IsNameStart(c)) {
       size_t start = position_;
       while (position_ < sql_.size() && IsNamePart(sql_[position_])) position_++;
-      Add(Token::Kind::kName, sql_.substr(start, position_ - start));
+      std::string_view name = sql_.substr(start, position_ - start);
+      Add(Token::Kind::kName, name);
+      if (SameWord(name, "in")) Keys();
     } else if (IsDigit(c) ||
                (c == '.' && position_ + 1 < sql_.size() && IsDigit(sql_[position_ + 1]))) {
       Number();
@@ -150,6 +154,40 @@ class Lifter {
     } else {
       lifted_.shape.append(text).append(" ");
     }
+  }
+
+  // Behind IN: the list in parentheses as one token, where it is long and all of whole numbers.
+  void Keys() {
+    size_t position = position_;
+    auto blanks = [&] {
+      while (position < sql_.size() && IsBlank(sql_[position])) position++;
+    };
+    auto symbol = [&](char c) {
+      blanks();
+      if (position == sql_.size() || sql_[position] != c) return false;
+      position++;
+      return true;
+    };
+    if (!symbol('(')) return;
+    KeyList keys;
+    do {
+      blanks();
+      int64_t key = 0;
+      const char* begin = sql_.data() + position;
+      auto [end, error] = std::from_chars(begin, sql_.data() + sql_.size(), key);
+      if (error != std::errc() || !IsDigit(*begin)) return;
+      position += static_cast<size_t>(end - begin);
+      keys.Add(key);
+    } while (symbol(','));
+    // What else stands in the list, a number's point or a sum, is no matter for here.
+    if (!symbol(')') || keys.Size() <= kMostLiftedNumbers) return;
+    position_ = position;
+    Token token;
+    token.kind = Token::Kind::kKeys;
+    token.literal = lifted_.keyLists.size();
+    lifted_.tokens.push_back(token);
+    lifted_.keyLists.push_back(std::move(keys));
+    lifted_.shape.append("keys ");
   }
 
   void AddLiteral(Value value, bool isText) {

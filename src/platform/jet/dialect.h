@@ -39,20 +39,24 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/jet/key_list.h"
 #include "platform/jet/value.h"
 
 namespace tarnwick::jet {
 
+class KeyTable;
+
 struct Token {
-  enum class Kind : uint8_t { kEnd, kName, kBracketed, kLiteral, kNumber, kSymbol };
+  enum class Kind : uint8_t { kEnd, kName, kBracketed, kLiteral, kNumber, kKeys, kSymbol };
   Kind kind = Kind::kEnd;
   // The name, the digits of a number that was not lifted, or the symbol; a view of the statement.
   std::string_view text;
-  size_t literal = 0;   // kLiteral: its place among the literals
+  size_t literal = 0;   // kLiteral: its place among the literals; kKeys: among the lists of keys
   bool isText = false;  // kLiteral: in quotation marks
 };
 
@@ -61,6 +65,10 @@ struct Token {
 struct LiftedSql {
   std::vector<Token> tokens;  // ends with kEnd
   std::vector<Value> literals;
+  // Lists of so many whole numbers behind IN that they would burden the parser and the engine.
+  std::vector<KeyList> keyLists;
+  // Where each of them lies for the engine to read; given by the connection before it is parsed.
+  std::vector<std::shared_ptr<KeyTable>> keyTables;
   std::string shape;
   // So many numbers that they stay in the text; such a statement is not worth keeping.
   bool numbersInline = false;

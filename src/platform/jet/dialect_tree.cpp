@@ -395,6 +395,10 @@ class Parser {
 
   Expression In(Expression left) {
     Expression in = Of(Kind::kIn, std::move(left));
+    if (Now().kind == Token::Kind::kKeys && Now().literal < lifted_.keyTables.size()) {
+      in.keys = lifted_.keyTables[lifted_.tokens[place_++].literal];
+      return in;
+    }
     NeedSymbol("(");
     if (IsWord("select")) {
       in.select = std::make_unique<Select>(SelectStatement());

@@ -30,7 +30,7 @@ struct Expression {
     kCompare,  // operands[0] text operands[1]
     kLike,     // operands[0] LIKE operands[1]
     kBetween,  // operands[0] BETWEEN operands[1] AND operands[2]
-    kIn,       // operands[0] IN (the others and the numbers in text, or select)
+    kIn,       // operands[0] IN (the others and the numbers in text, or keys, or select)
     kIsNull,   // operands[0]
     kCall,     // text(operands), text in lower case
     kDate,     // Date()
@@ -43,6 +43,7 @@ struct Expression {
   bool negated = false;  // kLike, kBetween, kIn, kIsNull
   std::vector<Expression> operands;
   std::unique_ptr<Select> select;
+  std::shared_ptr<KeyTable> keys;
 };
 
 struct TableName {

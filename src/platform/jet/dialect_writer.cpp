@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/jet/functions.h"
+#include "platform/jet/key_table.h"
 
 namespace tarnwick::jet {
 
@@ -59,17 +60,22 @@ void SqlWriter::EnterTable(std::string_view table) {
   scopes_.push_back({{std::string(table), ViewOf(table)}});
 }
 
-ColumnKind SqlWriter::KindOf(const Expression& expression) const {
-  if (expression.kind != Kind::kColumn) return ColumnKind::kAny;
+// What the table of a column has; nullptr: unknown.
+const TableView* SqlWriter::ViewWith(const Expression& column) const {
+  if (column.kind != Kind::kColumn) return nullptr;
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
     for (const Source& source : *scope) {
-      bool here = expression.table.empty()
-                      ? source.view != nullptr && source.view->Has(expression.text)
-                      : SameWord(source.shown, expression.table);
-      if (here && source.view != nullptr) return source.view->KindOf(expression.text);
+      bool here = column.table.empty() ? source.view != nullptr && source.view->Has(column.text)
+                                       : SameWord(source.shown, column.table);
+      if (here && source.view != nullptr) return source.view;
     }
   }
-  return ColumnKind::kAny;
+  return nullptr;
+}
+
+ColumnKind SqlWriter::KindOf(const Expression& expression) const {
+  const TableView* view = ViewWith(expression);
+  return view != nullptr ? view->KindOf(expression.text) : ColumnKind::kAny;
 }
 
 void SqlWriter::Column(const Expression& column) {
@@ -345,6 +351,15 @@ void SqlWriter::In(const Expression& in) {
   Text(in.negated ? " NOT IN (" : " IN (");
   if (in.select) {
     Write(*in.select);
+  } else if (in.keys) {
+    // A text compares with the numbers of a list otherwise than with those of a table.
+    const TableView* view = ViewWith(in.operands[0]);
+    if (view != nullptr && view->IsWholeNumber(in.operands[0].text)) {
+      Text("SELECT ID FROM temp." + in.keys->Name());
+      sql_.keys.push_back(in.keys);
+    } else {
+      Text(in.keys->AsText());
+    }
   } else {
     List(in.operands, 1, ", ");
     if (!in.text.empty() && in.operands.size() > 1) Text(", ");

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,7 @@ inline constexpr int kFirstLiteral = 4;
 struct EngineSql {
   std::string text;
   std::vector<size_t> literals;
+  std::vector<std::shared_ptr<KeyTable>> keys;  // that it reads
   bool usesDate = false;
   bool usesNow = false;
 };
@@ -73,6 +75,7 @@ class SqlWriter {
 
   const TableView* ViewOf(std::string_view table) const;
   void EnterTable(std::string_view table);
+  const TableView* ViewWith(const Expression& column) const;
   ColumnKind KindOf(const Expression& expression) const;
   void Column(const Expression& column);
   void PlainColumn(const Expression& column);

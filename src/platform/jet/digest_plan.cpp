@@ -16,7 +16,7 @@ using Kind = Expression::Kind;
 
 // A select inside stands for itself, and its names may be those of the tables out here.
 bool HasSelect(const Expression& expression) {
-  return expression.select != nullptr ||
+  return expression.select != nullptr || expression.keys != nullptr ||
          std::any_of(expression.operands.begin(), expression.operands.end(), HasSelect);
 }
 

@@ -364,6 +364,8 @@ void Database::HearOfWrites() {
 }
 
 void Database::RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept {
+  // What lies in temp is the database's own.
+  if (schema == "temp") return;
   rowsSeen_++;
   if (!writeHooks_.row || schema != "main") return;
   // An exception must not pass through the engine; a rollback says that all may be otherwise.

@@ -23,6 +23,8 @@ class KeyList {
   }
   int64_t Back() const { return (*this)[Size() - 1]; }
 
+  friend bool operator==(const KeyList&, const KeyList&) = default;
+
   void Clear() { *this = {}; }
   void Assign(std::vector<uint32_t> keys) {
     Clear();

@@ -3,6 +3,7 @@
 //
 // Adding, changing and deleting rows of a recordset.
 #include "platform/jet/recordset_impl.h"
+#include "platform/jet/text_index.h"
 
 namespace tarnwick::jet {
 
@@ -74,12 +75,30 @@ void Recordset::Impl::InsertRow() {
   std::vector<std::string> packed = BindEdited(*insert, 0);
   connection_->RunWrite(*insert);
   key_ = connection_->Engine().LastRowId();
+  HandToIndex();
   CancelUpdate();
   deleted_ = false;
   firstKey_.reset();
   place_ = Place::kKey;
   seenVersion_ = connection_->Version();
   if (fetched_) keys_.Add(key_);
+}
+
+// The texts of the row that was just added, while they are at hand.
+void Recordset::Impl::HandToIndex() {
+  TextIndex* index = connection_->Index();
+  if (index == nullptr || !index->IsNext(program_->plan.base, key_)) return;
+  const std::vector<FieldInfo>& fields = Fields();
+  std::vector<std::string_view> texts;
+  for (const std::string& column : index->Columns()) {
+    for (size_t i = 0; i < fields.size(); i++) {
+      if (!edited_[i] || !SameWord(fields[i].column, column)) continue;
+      if (const auto* text = std::get_if<std::string>(&edited_[i]->Data())) texts.push_back(*text);
+      break;
+    }
+  }
+  // What the file makes of no text, or of a number, only the file knows.
+  if (texts.size() == index->Columns().size()) index->HandOver(key_, texts);
 }
 
 void Recordset::Impl::ChangeRow() {

@@ -107,6 +107,7 @@ class Recordset::Impl final : public ConnectionUser {
   void RequireUpdatable();
   std::vector<std::string> BindEdited(Statement& statement, int parameter);
   void InsertRow();
+  void HandToIndex();
   void ChangeRow();
 
   Connection::Impl* connection_ = nullptr;

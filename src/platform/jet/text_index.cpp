@@ -3,10 +3,10 @@
 #include "platform/jet/text_index.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "platform/jet/packing.h"
+#include "platform/jet/text_fold.h"
 #include "platform/jet/text_order.h"
 
 namespace tarnwick::jet {
@@ -17,20 +17,9 @@ namespace {
 constexpr int kFormat = 2;
 // Fewer rows than this are read one by one at each search sooner than a segment is written.
 constexpr int64_t kLeastSegment = 256;
-// What a search takes in before it runs, and a load behind each of its commits: some tenths of a
-// second. The rest is taken in while the program has nothing else to do.
-constexpr int64_t kMostAtOnce = 2 * kMostDocuments;
 // Rows between two looks around.
 constexpr size_t kStep = 64;
-// With more rows than this share of all, reading them one by one costs as much as reading all.
-constexpr size_t kUsefulShare = 4;
-constexpr size_t kAlwaysUseful = 64;
-// What a file can make a search keep in memory, whatever its index says.
-constexpr size_t kMostProposed = 4'000'000;
 constexpr int64_t kMostSegments = int64_t{1} << 32;
-// A list costs a look into the file; the rarest few leave next to nothing for the others.
-constexpr size_t kMostLists = 12;
-constexpr size_t kFewDocuments = 2;
 
 constexpr std::pair<const char*, const char*> kTables[] = {
     {"tw_search_part", " (ID INTEGER PRIMARY KEY, Data BLOB)"},
@@ -40,24 +29,9 @@ constexpr std::pair<const char*, const char*> kTables[] = {
 // The engine's numbers.
 constexpr int kDamaged = 11;
 
-constexpr std::string_view kChanged = "tw_search_changed";
-constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
-
 [[noreturn]] void Damaged() {
   throw Error(kDamaged, "The text index is damaged");
 }
-
-void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
-  auto end = std::set_intersection(documents.begin(), documents.end(), others.begin(), others.end(),
-                                   documents.begin());
-  documents.erase(end, documents.end());
-}
-
-// How common a trigram has turned out to be, for the order of looking.
-struct Probe {
-  uint32_t trigram;
-  size_t documents = 0;
-};
 
 }  // namespace
 
@@ -144,8 +118,7 @@ int64_t TextIndex::LastKey() {
 }
 
 // All of the work or nothing, within the transaction there is or as one of its own.
-template <typename Work>
-void TextIndex::Write(Work&& work) {
+void TextIndex::Write(const std::function<void()>& work) {
   Database& engine = connection_.Engine();
   Database::Unwatched unwatched(engine);
   // The key that the last row got is that of a row of the program's.
@@ -169,8 +142,7 @@ void TextIndex::Write(Work&& work) {
 // What is damaged is made anew, once; after anything else the index is given up for this
 // connection, unless the person only wanted to stop. What the engine took back of others' writes is
 // no matter of the index alone.
-template <typename Work>
-void TextIndex::Attempt(Work&& work) {
+void TextIndex::Attempt(const std::function<void()>& work) {
   if (broken_) return;
   bool holdsWrites = connection_.HoldsWrites();
   try {
@@ -355,8 +327,33 @@ int64_t TextIndex::Missing() {
   return std::clamp<int64_t>(LastKey() - Done(), 0, INT64_MAX / 2) + Changed();
 }
 
+bool TextIndex::IsNext(std::string_view table, int64_t key) {
+  if (broken_ || !IsOf(table)) return false;
+  if (!followed_) unfollowed_++;
+  return followed_ && key > 0 && key - 1 == *followed_ && !writer_.IsFull();
+}
+
+bool TextIndex::IsFollowDue() const {
+  return !broken_ && (followed_ ? writer_.IsFull() : unfollowed_ >= kLeastSegment);
+}
+
+void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts) {
+  trigrams_.Clear();
+  for (size_t i = 0; i < columns_.size(); i++) {
+    // What is bound is mended likewise.
+    if (IsWellFormed(texts[i])) {
+      trigrams_.Add(texts[i], SaltOf(i));
+    } else {
+      trigrams_.Add(MendUtf8(texts[i]), SaltOf(i));
+    }
+  }
+  writer_.Add(key, trigrams_.Hashes());
+  followed_ = key;
+}
+
 void TextIndex::Follow(bool atEnd) {
   bool holdsWrites = connection_.HoldsWrites();
+  unfollowed_ = 0;
   try {
     Attempt([&] {
       if (!followed_) {
@@ -366,7 +363,7 @@ void TextIndex::Follow(bool atEnd) {
       size_t taken = 0;
       while (taken < kMostAtOnce) {
         size_t rows = ReadRows(kMostAtOnce - taken);
-        if (rows == 0) break;
+        if (rows == 0 && !writer_.IsFull()) break;
         taken += rows;
         if (!writer_.IsFull()) continue;
         WriteSegment();
@@ -415,86 +412,6 @@ std::vector<int64_t> TextIndex::KeysOf(std::string_view table, int64_t after, si
 
 uint32_t TextIndex::SaltOf(size_t column) {
   return static_cast<uint32_t>(column) * 0x1357Bu & ((1u << kTrigramBits) - 1);
-}
-
-std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Wanted>& wanted) {
-  std::vector<uint32_t> trigrams;
-  for (const Wanted& want : wanted) {
-    std::vector<uint32_t> found = TrigramsOf(want.text, want.isPattern, SaltOf(want.column));
-    trigrams.insert(trigrams.end(), found.begin(), found.end());
-  }
-  if (trigrams.empty()) return std::nullopt;
-  Database& engine = connection_.Engine();
-  std::optional<std::vector<int64_t>> keys;
-  Attempt([&] {
-    if (Missing() > kMostAtOnce) return;
-    CatchUp([&](int64_t, int64_t) {
-      if (engine.AsksToStop()) throw Error(kInterrupted, "interrupted");
-      return true;
-    });
-  });
-  Attempt([&] { keys = Propose(trigrams); });
-  return keys;
-}
-
-void TextIndex::Show(const std::vector<int64_t>& keys) {
-  Write([&] {
-    connection_.Own("DELETE FROM temp.tw_search_found")->Run();
-    std::shared_ptr<Statement> add =
-        connection_.Own("INSERT INTO temp.tw_search_found VALUES (?1)");
-    for (int64_t key : keys) {
-      add->Bind(1, key);
-      add->Run();
-    }
-  });
-}
-
-std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams) {
-  std::vector<Segment> segments = Segments();
-  size_t most = kAlwaysUseful;
-  for (const Segment& segment : segments) most += segment.documents / kUsefulShare;
-  most = std::min(most, kMostProposed);
-  std::vector<int64_t> keys = KeysOf(kChanged, kBeforeAll, most + 1);
-  std::vector<int64_t> behind = KeysOf(table_, Done(), most + 1);
-  keys.insert(keys.end(), behind.begin(), behind.end());
-  if (keys.size() > most) return std::nullopt;
-
-  std::vector<Probe> probes;
-  for (uint32_t trigram : trigrams) probes.push_back({trigram});
-  for (const Segment& segment : segments) {
-    // The order that the segments so far have taught.
-    std::stable_sort(probes.begin(), probes.end(),
-                     [](const Probe& a, const Probe& b) { return a.documents < b.documents; });
-    bool isFirst = &segment == &segments.front();
-    bool any = true;
-    std::vector<uint16_t> documents;
-    size_t lists = 0;
-    for (Probe& probe : probes) {
-      bool enough = !any && documents.size() <= kFewDocuments;
-      if (!isFirst && (enough || lists == kMostLists)) break;
-      if (isFirst && lists == 2 * kMostLists) break;
-      lists++;
-      Postings postings = ReadPostings(Part(segment.number, probe.trigram / kPartTrigrams),
-                                       probe.trigram, segment.documents);
-      probe.documents += postings.isAll ? segment.documents : postings.documents.size();
-      if (postings.isAll) continue;
-      if (any) {
-        documents = std::move(postings.documents);
-        any = false;
-      } else {
-        KeepCommon(documents, postings.documents);
-      }
-    }
-    if (!any && documents.empty()) continue;
-    std::vector<int64_t> segmentKeys = ReadSegmentKeys(segment.head);
-    if (any) keys.insert(keys.end(), segmentKeys.begin(), segmentKeys.end());
-    for (uint16_t document : documents) keys.push_back(segmentKeys[document]);
-    if (keys.size() > most) return std::nullopt;
-  }
-  if (keys.size() > most) return std::nullopt;
-  std::sort(keys.begin(), keys.end());
-  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
-  return keys;
 }
 
 }  // namespace tarnwick::jet

@@ -21,6 +21,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,6 +58,15 @@ class TextIndex {
   // writes a segment when one is full. At its end what was read is written. Throws only as said
   // above.
   void Follow(bool atEnd);
+  // A load's row can be handed over as it is written, which saves reading it back: true where
+  // the row that was just added is the next that Follow would read. What is not handed over is
+  // read by the next Follow.
+  bool IsNext(std::string_view table, int64_t key);
+  const std::vector<std::string>& Columns() const { return columns_; }
+  // texts: what was written into the columns. REQUIRES: IsNext(..., key).
+  void HandOver(int64_t key, const std::vector<std::string_view>& texts);
+  // Nothing more can be handed over before the next Follow, which need not wait for a commit.
+  bool IsFollowDue() const;
   // Takes in what is missing. look is called with the rows done and those there are, and stops it
   // by returning false; the next call goes on where it was. True when nothing is missing that
   // would be worth it.
@@ -69,6 +79,12 @@ class TextIndex {
   void Reset();
 
  private:
+  // What a search takes in before it runs, and a load behind each of its commits: some tenths of a
+  // second. The rest is taken in while the program has nothing else to do.
+  static constexpr int64_t kMostAtOnce = 2 * kMostDocuments;
+  static constexpr std::string_view kChanged = "tw_search_changed";
+  static constexpr int64_t kBeforeAll = std::numeric_limits<int64_t>::min();
+
   struct Segment {
     int64_t number;
     size_t documents;
@@ -76,10 +92,8 @@ class TextIndex {
   };
 
   void MakeTables();
-  template <typename Work>
-  void Write(Work&& work);
-  template <typename Work>
-  void Attempt(Work&& work);
+  void Write(const std::function<void()>& work);
+  void Attempt(const std::function<void()>& work);
   int64_t Number(std::string_view sql);
   int64_t Done();
   int64_t LastKey();
@@ -111,6 +125,7 @@ class TextIndex {
   SegmentWriter writer_;
   TrigramSet trigrams_;
   std::optional<int64_t> followed_;
+  int64_t unfollowed_ = 0;  // rows added while none are followed
   std::optional<int64_t> replaced_;
 };
 

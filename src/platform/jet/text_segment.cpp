@@ -209,9 +209,9 @@ void SegmentWriter::Add(int64_t key, const std::vector<uint32_t>& trigrams) {
   auto document = static_cast<uint32_t>(keys_.size());
   keys_.push_back(key);
   size_t before = postings_.size();
-  postings_.resize(before + trigrams.size());
-  for (size_t i = 0; i < trigrams.size(); i++) {
-    postings_[before + i] = trigrams[i] << kDocumentBits | document;
+  postings_.insert(postings_.end(), trigrams.begin(), trigrams.end());
+  for (size_t i = before; i < postings_.size(); i++) {
+    postings_[i] = postings_[i] << kDocumentBits | document;
   }
 }
 

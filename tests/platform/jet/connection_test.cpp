@@ -263,12 +263,14 @@ TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
   connection_.Execute("INSERT INTO ObjectList VALUES (4)");
   std::string list;
   for (int i = 1; i < 50000; i++) list += (i > 1 ? ", " : "") + std::to_string(i);
+  std::string sql = "UPDATE Attachment SET FileName='b' WHERE EmailID IN (" + list + ")";
+  // While the list is laid out, nothing of the commit's is lost yet.
   connection_.SetProgressHandler([] { return true; });
-  EXPECT_EQ(
-      ErrorOf([&] {
-        connection_.Execute("UPDATE Attachment SET FileName='b' WHERE EmailID IN (" + list + ")");
-      }),
-      9);
+  EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
+  EXPECT_EQ(connection_.LostUnits(), 0);
+  int calls = 0;
+  connection_.SetProgressHandler([&] { return ++calls > 20; });
+  EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
   connection_.SetProgressHandler({});
   EXPECT_EQ(connection_.LostUnits(), 2);
   // The rest of the unit whose beginning is lost is not written either.

@@ -6,6 +6,7 @@
 
 #include "mail_database.h"
 #include "platform/clock.h"
+#include "platform/jet/connection_impl.h"
 #include "platform/jet/dialect_tree.h"
 
 namespace tarnwick::jet {
@@ -210,6 +211,63 @@ TEST_F(Dialect, ListsOfManyThousandIds) {
   std::string texts;
   for (int i = 0; i < 5000; i++) texts += "'text " + std::to_string(i) + "', ";
   EXPECT_EQ(Column("SELECT ID FROM Email WHERE Subject IN (" + texts + "'budget')"), "1");
+}
+
+// A long list says what a short one says, in every place that it can stand in.
+TEST_F(Dialect, LongListsMeanWhatShortOnesMean) {
+  Run("UPDATE Email SET EntryID = '2' WHERE ID = 1");
+  Run("UPDATE Email SET EntryID = '02' WHERE ID = 2");
+  std::string others;
+  for (int i = 400; i > 10; i--) others += " ,\r\n" + std::to_string(i);
+  int64_t last = connection_.LastIdentity();
+  for (const char* sql :
+       {"SELECT ID FROM Email WHERE ID IN # ORDER BY ID", "SELECT ID FROM Email WHERE ID NOT IN #",
+        "SELECT ID FROM Email WHERE EntryID IN # ORDER BY ID",
+        "SELECT ID FROM Email WHERE ID + 1 IN # ORDER BY ID",
+        "SELECT ID FROM Email WHERE FromTo NOT IN #", "SELECT ID FROM Email WHERE Weight IN #",
+        "SELECT ID FROM Email WHERE ID IN # AND ID NOT IN (9, 9, 1)",
+        "SELECT Email.ID FROM Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID WHERE "
+        "MeContact.ID IN # OR Email.ID IN (1) ORDER BY Email.ID",
+        "SELECT Count(*) FROM Email WHERE ID IN #",
+        "SELECT ID FROM Email WHERE ID IN (SELECT ID FROM Email WHERE ID IN #)"}) {
+    std::string text(sql);
+    std::string shortOne = text;
+    shortOne.replace(text.find('#'), 1, "(3, 2, 3)");
+    text.replace(text.find('#'), 1, "(3, 2, 3" + others + ")");
+    EXPECT_EQ(Column(text), Column(shortOne)) << sql;
+  }
+  EXPECT_EQ(connection_.LastIdentity(), last);
+  for (const char* wrong : {"(1, 2, )", "(1, 2", "(1 2)"}) {
+    std::string list(wrong);
+    list.insert(2, others);
+    EXPECT_EQ(ErrorOf([&] { Column("SELECT ID FROM Email WHERE ID IN " + list); }), 1) << wrong;
+  }
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE ID IN (2.0, -1" + others + ")"), "2");
+
+  // What is open keeps its list, whatever else is run, and also when a rollback takes it away.
+  std::string sql = "SELECT ID FROM Email WHERE ID IN (3, 2" + others + ") ORDER BY ID";
+  Database& engine = connection_.GetImpl().Engine();
+  auto lists = [&] {
+    return engine.Number(
+        "SELECT count(*) FROM sqlite_temp_schema WHERE name LIKE 'tw!_keys%' "
+        "ESCAPE '!'");
+  };
+  {
+    engine.Run("BEGIN");
+    Recordset rows;
+    rows.Open(sql, connection_);
+    EXPECT_EQ(rows.RecordCount(), 2);
+    engine.Run("ROLLBACK");
+    EXPECT_EQ(lists(), 0);
+    EXPECT_EQ(Run("UPDATE Email SET Subject = 'listed' WHERE ID IN (3" + others + ")"), 1);
+    rows.Requery();
+    EXPECT_EQ(rows.RecordCount(), 2);
+    EXPECT_EQ(Run("DELETE FROM Email WHERE ID IN (2" + others + ")"), 1);
+    rows.Requery();
+    EXPECT_EQ(rows.RecordCount(), 1);
+  }
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Subject = 'listed'"), "3");
+  EXPECT_EQ(lists(), 0);
 }
 
 TEST_F(Dialect, LongChainsOfConditions) {

@@ -10,6 +10,7 @@
 #include "mail_database.h"
 #include "platform/jet/connection_impl.h"
 #include "platform/jet/packing.h"
+#include "platform/jet/text_index.h"
 #include "platform/jet/text_segment.h"
 
 namespace tarnwick::jet {
@@ -340,6 +341,68 @@ TEST_F(TextIndexTest, OfAnotherMakeOrDamagedIsMadeAnew) {
     ExpectExact(harm);
     Add(connection_, 300);
   }
+}
+
+// A load's rows are handed over as they are written, and what counts is what the file holds of
+// them.
+TEST_F(TextIndexTest, TakesRowsOfALoadWithoutReadingThemBack) {
+  Add(connection_, 2000);
+  TextIndex& index = *connection_.GetImpl().Index();
+  std::string filler(200, 'q');
+  Recordset rows;
+  auto write = [&](Value subject, Value body) {
+    rows.AddNew();
+    rows.SetField("Subject", std::move(subject));
+    if (!body.IsNull()) rows.SetField("Body", std::move(body));
+    rows.Update();
+    connection_.EndUnit();
+  };
+  auto begin = [&] {
+    connection_.BeginGroup();
+    rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic,
+              CommandType::kTable);
+    for (int i = 0; i < 300; i++) write(Text(1), Text(4));
+  };
+
+  begin();
+  uint64_t before = UnpackCount();
+  for (int i = 0; i < 1500; i++) write(Text(1), filler + Text(4));
+  write("Caf\xE9 zzzz", "a\xE9\xE8 [!x] 999 \x80" + filler);
+  write(std::string("a\0b zzzz 999", 12), filler + std::string("\0 999", 5));
+  EXPECT_FALSE(index.IsNext("MeContact", 3803));
+  EXPECT_TRUE(index.IsNext("Email", 3803));
+  Run("UPDATE Email SET Body = 'zzzz' WHERE ID = 3000");
+  Run("DELETE FROM Email WHERE ID = 3001");
+  EXPECT_EQ(UnpackCount(), before);
+  // A text that is none is read back, and so is what comes behind it.
+  write(999, "zzzz 999");
+  write("grüsse 999", Value());
+  for (int i = 0; i < 20; i++) write(Text(1), filler + Text(4));
+  EXPECT_FALSE(index.IsNext("Email", 3825));
+  rows.Close();
+  connection_.EndGroup();
+  EXPECT_EQ(UnpackCount(), before + 20);
+  EXPECT_EQ(Segments(), 1);
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Body Like '%éè [!X]%'"), "3801");
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Subject Like '%B ZZZZ 9%'"), "3802");
+  ExpectExact("handed over");
+
+  // What was taken back with its keys given anew is not what was handed over.
+  begin();
+  for (int i = 0; i < 300; i++) write("before", "zzzz before");
+  connection_.SetProgressHandler([] { return true; });
+  EXPECT_EQ(ErrorOf([&] { Run("UPDATE Email SET Active = 'x'"); }), 9);
+  connection_.SetProgressHandler({});
+  EXPECT_FALSE(connection_.GetImpl().HoldsWrites());
+  connection_.EndUnit();
+  rows.Close();
+  rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);
+  for (int i = 0; i < 900; i++) write(Text(1), Text(4));
+  rows.Close();
+  connection_.EndGroup();
+  EXPECT_EQ(Segments(), 2);
+  ExpectExact("after a rollback");
+  EXPECT_EQ(connection_.IntegrityCheck(), "");
 }
 
 // What the program sees as its last key is none of the index's own rows.
