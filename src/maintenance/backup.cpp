@@ -31,7 +31,7 @@ Result WriteBackup(const std::string& file) {
         Result copied = CopyTableTo(count.table, target.Path());
         if (copied != Result::kDone) return copied;
         run.Advance(count.rows);
-        platform::BeginFlush(target.Path());
+        platform::BeginFlush(target.Path(), [&] { run.Look(); });
         if (!run.Look()) return Result::kStopped;
       }
     }

@@ -87,7 +87,7 @@ Result WriteExport(const std::string& file, const std::string& idList, Run& run,
         copied.push_back({table.name, rows});
         bool counts = table.name == "FileRepository" || table.name == "Email";
         run.Advance(counts ? rows : 0);
-        platform::BeginFlush(target.Path());
+        platform::BeginFlush(target.Path(), [&] { run.Look(); });
         if (!run.Look()) return Result::kStopped;
       }
       int64_t projects = 0;

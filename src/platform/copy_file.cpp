@@ -177,14 +177,25 @@ bool LinkFile(const std::string& from, const std::string& to) {
   return !code;
 }
 
-void BeginFlush(const std::string& path) {
+void BeginFlush(const std::string& path, const std::function<void()>& look) {
 #ifdef __linux__
-  int handle = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (handle < 0) return;
-  ::sync_file_range(handle, 0, 0, SYNC_FILE_RANGE_WRITE);
-  ::close(handle);
+  // What goes wrong here is found by the flush.
+  struct File {
+    int handle;
+    ~File() {
+      if (handle >= 0) ::close(handle);
+    }
+  } file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+  struct stat status {};
+  if (file.handle < 0 || ::fstat(file.handle, &status) != 0) return;
+  constexpr auto kStep = static_cast<off_t>(kPiece);
+  for (off_t from = 0; from < status.st_size; from += kStep) {
+    ::sync_file_range(file.handle, from, kStep, SYNC_FILE_RANGE_WRITE);
+    if (look) look();
+  }
 #else
   (void)path;
+  (void)look;
 #endif
 }
 

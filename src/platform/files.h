@@ -64,8 +64,9 @@ bool SetFileModified(const std::string& path, DateTime local);
 // A second name for a file, made at no cost; false where that is not possible.
 bool LinkFile(const std::string& from, const std::string& to);
 
-// Has the system begin to write a file to disk, so that a later FlushToDisk finds less to do.
-void BeginFlush(const std::string& path);
+// Has the system begin to write a file to disk, so that a later FlushToDisk finds less to do. Of
+// gigabytes that takes its time, too: look is called between pieces.
+void BeginFlush(const std::string& path, const std::function<void()>& look = {});
 // Makes durable what was written to a file, or the names in a folder.
 void FlushToDisk(const std::string& path);
 // True when both names lead to one file or folder, by whatever way; never throws.
