@@ -13,7 +13,7 @@ mode="${1:-}"
 
 ./cmake/setup.sh deb
 [ -f "$build/CMakeCache.txt" ] || cmake --preset release -DTARNWICK_BENCH=OFF
-targets=(tarnwick-cli tarnwick_installed_databases tarnwick_help tarnwick_man)
+targets=(tarnwick-cli tarnwick_databases tarnwick_help tarnwick_man)
 if grep -q '^TARNWICK_WINDOWS:BOOL=ON' "$build/CMakeCache.txt"; then targets+=(tarnwick); fi
 cmake --build "$build" --target "${targets[@]}"
 

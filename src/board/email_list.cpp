@@ -5,6 +5,7 @@
 #include "board/list_query.h"
 #include "core/guard.h"
 #include "core/messages.h"
+#include "core/run_state.h"
 #include "core/user_interface.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -33,13 +34,17 @@ void BindEmailList(ListForm& form) {
   core::GuardedRun("BindEmailList", [&] {
     form.SetDataSource(Board().ListRecordset, Board().ListIsPlaceholder);
     int64_t total = CountListed();
-    SetPanel(core::StatusPanel::kCounts, CountsText(total, total == 0 ? 0 : CountIncoming()));
+    int64_t incoming = total == 0 ? 0 : CountIncoming();
+    SetPanel(core::StatusPanel::kCounts,
+             incoming < 0 ? std::to_string(total) : CountsText(total, incoming));
   });
 }
 
-void ShowRefresh(ListForm& form) {
-  OpenEmailList(BuildListWhere(Board().Filter));
+bool ShowRefresh(ListForm& form) {
+  bool isOpened = OpenEmailList(BuildListWhere(Board().Filter));
+  if (!isOpened && core::State().ImportCancelFlag) return false;
   BindEmailList(form);
+  return true;
 }
 
 bool RestoreFilterAndLoad(ListForm& form) {

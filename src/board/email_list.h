@@ -35,8 +35,9 @@ class ListForm {
 // Shows the list recordset in the form's grid, and the counts in the status bar.
 void BindEmailList(ListForm& form);
 
-// Builds and runs the query of the current filter and binds it.
-void ShowRefresh(ListForm& form);
+// Builds and runs the query of the current filter and binds it. False when the person stopped it;
+// the form shows what it did.
+bool ShowRefresh(ListForm& form);
 
 // At a start or after another repository was opened: restores the saved filter, lists and binds,
 // and shows when mail was last loaded.

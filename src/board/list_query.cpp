@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "board/search_watch.h"
 #include "core/guard.h"
 #include "core/text.h"
 #include "platform/locale.h"
@@ -128,8 +129,14 @@ bool OpenEmailList(const std::string& where) {
     BoardState& board = Board();
     // Opened aside, so that a query that fails leaves the grid what it shows.
     jet::Recordset list;
-    OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
-    bool placeholder = list.Eof();
+    bool placeholder = false;
+    try {
+      OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
+      placeholder = list.Eof();
+    } catch (const Error& error) {
+      if (!IsStop(error)) throw;
+      return false;
+    }
     if (placeholder) {
       list.Close();
       OpenList(list, PlaceholderQueryText());
@@ -161,8 +168,13 @@ int64_t CountListed() {
 int64_t CountIncoming() {
   return core::Guarded("CountIncoming", int64_t{0}, [] {
     jet::Recordset rows;
-    rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
-    return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
+    try {
+      rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
+      return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
+    } catch (const Error& error) {
+      if (!IsStop(error)) throw;
+      return int64_t{-1};
+    }
   });
 }
 

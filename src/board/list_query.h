@@ -52,7 +52,8 @@ std::string PlaceholderQueryText();
 std::string CountQueryText(const std::string& where);
 
 // Runs the list query with this WHERE clause, in the order of Board().Filter. When nothing matches
-// the list holds the placeholder row. On an error the list stays as it was; false, and reported.
+// the list holds the placeholder row. On an error the list stays as it was; false, and reported
+// unless the person stopped it (search_watch.h).
 bool OpenEmailList(const std::string& where);
 // Runs the same query again, after rows were changed or deleted.
 bool RequeryEmailList();

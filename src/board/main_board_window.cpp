@@ -16,6 +16,7 @@
 #include "board/message_commands.h"
 #include "board/message_viewer.h"
 #include "board/profile_summary.h"
+#include "board/search_watch.h"
 #include "board/window_place_view.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
@@ -243,20 +244,56 @@ void MainBoard::UpdateHint() {
 // Runs a command during which everything else waits; what can be stopped tests the cancel flag.
 void MainBoard::Run(const std::function<void()>& command) {
   if (busy_) return;
+  BeginWork();
+  command();
+  EndWork();
+}
+
+void MainBoard::BeginWork() {
   busy_ = true;
   actions_->SetBusy(true);
+  focusBefore_ = focusWidget();
   strip_->setEnabled(false);
   timeline_->setEnabled(false);
-  QWidget* focus = focusWidget();
-  command();
+}
+
+void MainBoard::EndWork() {
   status_->SetBusy(false);
   strip_->setEnabled(true);
   timeline_->setEnabled(true);
   actions_->SetBusy(false);
   busy_ = false;
   prepare_.start();
-  if (focus != nullptr && focus->isEnabled()) focus->setFocus();
+  if (focusBefore_ != nullptr && focusBefore_->isEnabled()) focusBefore_->setFocus();
   if (closeWhenDone_) QTimer::singleShot(0, this, &QWidget::close);
+}
+
+// Lists what the filter lets through. A query that takes long can be stopped; meanwhile the list
+// stands still, for the engine is at work on it.
+void MainBoard::List() {
+  auto freeze = [this](bool on) {
+    grid_->setUpdatesEnabled(!on);
+    grid_->setEnabled(!on);
+    if (text_ != nullptr) text_->setEnabled(!on);
+  };
+  bool isListed = false;
+  bool tookLong = false;
+  {
+    SearchWatch watch([&] {
+      BeginWork();
+      freeze(true);
+      status_->SetPanel(core::StatusPanel::kProgress, tr("Searching..."));
+      status_->SetBusy(true);
+    });
+    isListed = ShowRefresh(*this);
+    tookLong = watch.HasBegun();
+  }
+  if (!tookLong) return;
+  freeze(false);
+  EndWork();
+  follow_.start();
+  status_->SetPanel(core::StatusPanel::kProgress,
+                    isListed ? QString() : tr("The search was stopped; the list is the former."));
 }
 
 void MainBoard::PrepareSearch() {
@@ -274,7 +311,7 @@ void MainBoard::Refresh() {
   if (busy_) return;
   notice_->hide();
   strip_->ReadFilter(Board().Filter);
-  ShowRefresh(*this);
+  List();
 }
 
 // As if the person had changed the controls.
@@ -312,7 +349,7 @@ void MainBoard::ListEvery(const std::string& subject) {
   Board().Filter = every;
   notice_->hide();
   ShowFilter(every);
-  ShowRefresh(*this);
+  List();
 }
 
 void MainBoard::ShowEverything() {
@@ -442,7 +479,7 @@ void MainBoard::SetShowEmailText(bool on) {
 }
 
 void MainBoard::FollowSelection() {
-  if (!cbShowEmailText_->isChecked() || !isVisible()) return;
+  if (!cbShowEmailText_->isChecked() || !isVisible() || !grid_->isEnabled()) return;
   int64_t id = grid_->Current().id;
   if (id == 0) return;
   auto shown = ReadEmailText(id);

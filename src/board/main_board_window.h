@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 #include <cstdint>
 #include <functional>
@@ -61,6 +62,9 @@ class MainBoard : public QMainWindow, public ListForm {
   void Connect();
 
   void Run(const std::function<void()>& command);
+  void BeginWork();
+  void EndWork();
+  void List();
   void Refresh();
   void RefreshWith(const std::function<void(ListFilter&)>& change);
   void ListEvery(const std::string& subject);
@@ -102,6 +106,7 @@ class MainBoard : public QMainWindow, public ListForm {
   StatusPanelsView* status_ = nullptr;
   TakeoutView* takeout_ = nullptr;
   MaintenanceView* maintenance_ = nullptr;
+  QPointer<QWidget> focusBefore_;  // the work that runs
   bool busy_ = false;
   bool closeWhenDone_ = false;
   bool keepPlace_ = false;  // the next binding keeps the current row

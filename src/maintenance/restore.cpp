@@ -165,23 +165,6 @@ bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& r
   });
 }
 
-// The stop command ends it; the program goes on with it when it has nothing else to do.
-void PrepareSearch(Run& run) {
-  core::GuardedRun(
-      "PrepareSearch",
-      [&] {
-        run.Begin(0);
-        int64_t before = 0;
-        RepositoryDb().CatchUpTextIndex([&](int64_t done, int64_t total) {
-          if (before == 0) run.Begin(total);
-          run.Advance(done - before);
-          before = done;
-          return run.Look();
-        });
-      },
-      core::Report::kLog);
-}
-
 std::vector<TableCount> CountFile(const std::string& file) {
   jet::Connection connection;
   OpenFile(connection, file);
@@ -219,7 +202,6 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
     core::LogProgress("Safety copy: " + copy);
     filled = Fill(file, counts, run);
     repository::ReadOptions();
-    if (filled) PrepareSearch(run);
   }
   SetMarker({});
   if (refreshList) refreshList();

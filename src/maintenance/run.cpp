@@ -12,7 +12,6 @@ namespace tarnwick::maintenance {
 
 namespace {
 
-constexpr int kInterrupted = 9;  // the engine's number for a statement that was ended
 constexpr int64_t kLookMilliseconds = 30;
 
 }  // namespace
@@ -68,7 +67,7 @@ int64_t Run::RowsOfStatement() const {
 }
 
 bool IsStop(const Error& error) {
-  return error.Number() == kInterrupted && core::State().ImportCancelFlag;
+  return error.Number() == jet::kInterrupted && core::State().ImportCancelFlag;
 }
 
 Result UntilStopped(const std::function<Result()>& body) {

@@ -19,6 +19,7 @@
 #include "board/layout_store.h"
 #include "board_rows.h"
 #include "core/run_state.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "support/profile_builder.h"
@@ -125,6 +126,42 @@ TEST_F(Window, AFilterNarrowsAndShowAllListsEverythingAgain) {
   Click("ShowAll");
   EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "");
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 1 In; 1 Out");
+}
+
+// A clock that leaps makes any search a long one.
+TEST_F(Window, ALongSearchCanBeStoppedAndTheListStays) {
+  {
+    jet::CommitGroup group(repository::RepositoryDb());
+    for (int i = 0; i < 4000; ++i) AddListed({.subject = "many", .body = "a text of some words"});
+    group.End();
+  }
+  Start();
+  window_->Grid().selectRow(7);
+  platform::ClockOverride clock;
+  clock.tickStep = 1000;
+  platform::SetClockOverride(clock);
+  int turns = 0;
+  ui_.onYield = [&] {
+    ++turns;
+    EXPECT_TRUE(window_->IsBusy());
+    EXPECT_FALSE(window_->Grid().isEnabled());
+    EXPECT_FALSE(window_->Actions().deleteSelected->isEnabled());
+    window_->Actions().stop->trigger();
+  };
+  Filter("MailText", "no");
+  EXPECT_EQ(turns, 1);
+  EXPECT_FALSE(window_->IsBusy());
+  EXPECT_EQ(window_->Grid().Model().rowCount(), 4000);
+  EXPECT_EQ(window_->Grid().currentIndex().row(), 7);
+  EXPECT_TRUE(window_->Status().findChild<QLabel*>("Message")->text().contains("stopped"));
+  EXPECT_TRUE(ui_.Shown("error").empty());
+
+  ui_.onYield = [&] { ++turns; };
+  Filter("MailText", "no");
+  EXPECT_GT(turns, 1);
+  EXPECT_TRUE(window_->Grid().Model().IsPlaceholder());
+  EXPECT_TRUE(window_->Grid().isEnabled());
+  platform::SetClockOverride({});
 }
 
 TEST_F(Window, ShowRelatedListsTheSubjectBehindItsPrefix) {

@@ -52,6 +52,9 @@ struct DigestDefinition {
   std::string detailKey;           // its column that holds the key of the row it belongs to
 };
 
+// The number of the error that a statement stopped by a progress handler ends with.
+inline constexpr int kInterrupted = 9;
+
 class Connection {
  public:
   Connection();
@@ -103,7 +106,7 @@ class Connection {
   void KeepDigest(DigestDefinition definition);
 
   // Called every few milliseconds while a statement runs; returning true stops the statement (Error
-  // 9, "interrupted"). {} takes it out.
+  // kInterrupted). {} takes it out.
   void SetProgressHandler(std::function<bool()> handler);
   // Rows that statements have written, in every file of theirs; grows while a statement runs, so
   // that a progress handler can tell how far it is. A table emptied whole is not counted row by

@@ -27,7 +27,6 @@ constexpr std::pair<const char*, const char*> kTables[] = {
     {"tw_search_state", " (Made TEXT, Done INTEGER)"}};
 
 // The engine's numbers.
-constexpr int kInterrupted = 9;
 constexpr int kDamaged = 11;
 
 [[noreturn]] void Damaged() {
