@@ -9,7 +9,6 @@ namespace tarnwick::jet {
 namespace {
 
 constexpr size_t kKeysBetweenLooks = 4096;
-constexpr int kInterrupted = 9;  // the engine's number for a statement that was ended
 
 }  // namespace
 

@@ -20,9 +20,6 @@ constexpr size_t kMostProposed = 4'000'000;
 constexpr size_t kMostLists = 12;
 constexpr size_t kFewDocuments = 2;
 
-// The engine's number for a statement that was ended.
-constexpr int kInterrupted = 9;
-
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
   auto end = std::set_intersection(documents.begin(), documents.end(), others.begin(), others.end(),
                                    documents.begin());
