@@ -49,8 +49,10 @@ void SaveTimelineShown(bool shown) {
 
 std::optional<int> FittingEdge(int stored, int extent, int screen) {
   if (stored == 0 || stored + extent >= screen) return std::nullopt;
-  // A screen to the left that is no longer there leaves an edge far below 0.
-  if (stored <= -extent / 2) return std::nullopt;
+  // A screen to the left that is no longer there leaves an edge below 0; a maximized window's frame
+  // may stand out a little.
+  constexpr int kFrame = 16 * kTwipsPerPixel;
+  if (stored < -kFrame) return std::nullopt;
   return stored;
 }
 

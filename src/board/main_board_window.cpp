@@ -234,7 +234,7 @@ void MainBoard::UpdateHint() {
   if (repository::HasNoEmail()) {
     grid_->SetHint(tr("There is no mail in this repository yet."),
                    tr("Choose \"Load from Mailer\" to take it from an old Windows profile or a "
-                      "folder with *.dbx files."));
+                      "folder with *.dbx or *.pst files."));
   } else {
     grid_->SetHint(tr("No message matches the filter."),
                    tr("Change it above, or choose \"Show All\" to list every message."));
@@ -293,7 +293,7 @@ void MainBoard::List() {
   EndWork();
   follow_.start();
   status_->SetPanel(core::StatusPanel::kProgress,
-                    isListed ? QString() : tr("The search was stopped; the list is the former."));
+                    isListed ? QString() : tr("The search was stopped; the list is as it was."));
 }
 
 void MainBoard::PrepareSearch() {

@@ -52,7 +52,7 @@ TEST_F(LayoutStore, PlaceComesBackAndIsAppliedWhereItFits) {
   EXPECT_EQ(FittingEdge(1500, 15000, 19200), 1500);
   EXPECT_EQ(FittingEdge(0, 15000, 19200), std::nullopt) << "0 is what was never stored";
   EXPECT_EQ(FittingEdge(4200, 15000, 19200), std::nullopt) << "it would touch the far edge";
-  EXPECT_EQ(FittingEdge(-9000, 15000, 19200), std::nullopt) << "a screen that is gone";
+  EXPECT_EQ(FittingEdge(-3000, 15000, 19200), std::nullopt) << "a screen that is gone";
 }
 
 }  // namespace
