@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "board/search_watch.h"
 #include "core/guard.h"
+#include "core/steps.h"
 #include "core/text.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
@@ -134,7 +134,7 @@ bool OpenEmailList(const std::string& where) {
       OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
       placeholder = list.Eof();
     } catch (const Error& error) {
-      if (!IsStop(error)) throw;
+      if (!core::IsStop(error)) throw;
       return false;
     }
     if (placeholder) {
@@ -172,7 +172,7 @@ int64_t CountIncoming() {
       rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
       return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
     } catch (const Error& error) {
-      if (!IsStop(error)) throw;
+      if (!core::IsStop(error)) throw;
       return int64_t{-1};
     }
   });

@@ -274,7 +274,6 @@ void MainBoard::List() {
   auto freeze = [this](bool on) {
     grid_->setUpdatesEnabled(!on);
     grid_->setEnabled(!on);
-    if (text_ != nullptr) text_->setEnabled(!on);
   };
   bool isListed = false;
   bool tookLong = false;

@@ -38,8 +38,4 @@ bool SearchWatch::Look() {
   return core::State().ImportCancelFlag;
 }
 
-bool IsStop(const Error& error) {
-  return error.Number() == jet::kInterrupted && core::State().ImportCancelFlag;
-}
-
 }  // namespace tarnwick::board

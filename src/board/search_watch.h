@@ -8,8 +8,6 @@
 #include <cstdint>
 #include <functional>
 
-#include "platform/error.h"
-
 namespace tarnwick::board {
 
 class SearchWatch {
@@ -31,8 +29,5 @@ class SearchWatch {
   int64_t since_;
   bool begun_ = false;
 };
-
-// True when the error is nothing but the stop command ending a statement.
-bool IsStop(const Error& error);
 
 }  // namespace tarnwick::board

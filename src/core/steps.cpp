@@ -5,6 +5,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
+#include "platform/jet/connection.h"
 
 namespace tarnwick::core {
 
@@ -36,6 +37,10 @@ bool Steps::Next() {
   State().Ui->ShowProgress(done_, total_);
   YieldEvents();
   return !State().ImportCancelFlag;
+}
+
+bool IsStop(const Error& error) {
+  return error.Number() == jet::kInterrupted && State().ImportCancelFlag;
 }
 
 }  // namespace tarnwick::core

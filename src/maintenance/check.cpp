@@ -7,6 +7,7 @@
 
 #include "core/guard.h"
 #include "core/messages.h"
+#include "core/steps.h"
 #include "intake/store_message.h"
 #include "maintenance/database_file.h"
 #include "maintenance/export.h"
@@ -77,7 +78,7 @@ class Check {
       body();
       return true;
     } catch (const Error& error) {
-      if (IsStop(error)) throw;
+      if (core::IsStop(error)) throw;
       Add(id, what + " can't be read: " + Describe(error));
       return false;
     }

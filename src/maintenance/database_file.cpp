@@ -7,6 +7,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "maintenance/backup.h"
 #include "platform/files.h"
 #include "platform/jet/new_file.h"
@@ -93,7 +94,7 @@ Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows) 
     if (rows != nullptr) *rows = copied;
     return Result::kDone;
   } catch (const Error& error) {
-    if (IsStop(error)) return Result::kStopped;
+    if (core::IsStop(error)) return Result::kStopped;
     core::ReportCurrentException(routine, core::Report::kShow);
   } catch (...) {
     core::ReportCurrentException(routine, core::Report::kShow);

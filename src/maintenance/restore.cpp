@@ -10,6 +10,7 @@
 #include "maintenance/database_file.h"
 #include "maintenance/run.h"
 #include "platform/files.h"
+#include "platform/jet/new_file.h"
 #include "platform/locale.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -135,10 +136,7 @@ Result MakeSafetyCopy(const std::string& copy, Run& run) {
   if (result == Result::kDone) {
     core::GuardedRun("MakeSafetyCopy", [&] {
       // The empty file's logs would be played into the former one.
-      for (const std::string& log : LogsOf(file)) {
-        if (platform::FileExists(log)) platform::RemoveFile(log);
-      }
-      platform::RenameFile(copy, file);
+      jet::PutInPlace(copy, file);
       repository::OpenRepository(false);
     });
   }

@@ -6,6 +6,7 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/steps.h"
 #include "platform/clock.h"
 
 namespace tarnwick::maintenance {
@@ -66,15 +67,11 @@ int64_t Run::RowsOfStatement() const {
   return watched_ == nullptr ? 0 : watched_->RowsSeen() - rowsBefore_;
 }
 
-bool IsStop(const Error& error) {
-  return error.Number() == jet::kInterrupted && core::State().ImportCancelFlag;
-}
-
 Result UntilStopped(const std::function<Result()>& body) {
   try {
     return body();
   } catch (const Error& error) {
-    if (IsStop(error)) return Result::kStopped;
+    if (core::IsStop(error)) return Result::kStopped;
     throw;
   }
 }

@@ -60,9 +60,6 @@ class WatchScope {
   Run& run_;
 };
 
-// True when the error is nothing but the stop command ending a statement.
-bool IsStop(const Error& error);
-
 // Runs body; a statement ended by the stop command becomes kStopped.
 Result UntilStopped(const std::function<Result()>& body);
 
