@@ -29,17 +29,7 @@ unset TARNWICK_HOME TARNWICK_PROFILE
 count=$("$bin/tarnwick-make-store" "$mail" "$copies" "$work/maildir" "$work/profile")
 rm -rf "$work/maildir"
 
-timed() { # NAME COMMAND...
-  local name=$1
-  shift
-  sync
-  /usr/bin/time -o "$work/measured" -f '%e %U %S %M' "$@" >"$work/$name.out" 2>&1 ||
-    { cat "$work/$name.out" >&2; exit 1; }
-  read -r wall user system memory < <(tail -n 1 "$work/measured")
-  echo "$wall" >>"$work/$name.times"
-  echo "$user $system" | awk '{ print $1 + $2 }' >>"$work/$name.cpu"
-  echo "$memory" >>"$work/$name.memory"
-}
+. bench/timing.sh
 cli() { # HOME COMMAND...
   local home=$1
   shift
@@ -60,7 +50,6 @@ for ((run = 1; run <= runs; run++)); do
   timed merge $(cli other merge --accept all "$work/part.twb")
 done
 
-median() { sort -n "$1" | awk '{ v[NR] = $1 } END { print NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 slower=$(printf '%s\n' "$(median "$work/cp.times")" "$(median "$work/vacuum.times")" | sort -n | tail -n 1)
 load=$(median "$work/load.times")
 echo "$count messages, medians of $runs runs; repository: $(du -k "$work/home/Tarnwick.twr" | cut -f1) kB"

@@ -29,17 +29,7 @@ rm -rf "$work/maildir"
 "$bin/tarnwick-cli" --home "$work/home" --profile "$work/profile" load --accept all | tail -n 1
 count=$("$bin/tarnwick-cli" --home "$work/home" list | wc -l)
 
-timed() { # NAME COMMAND...
-  local name=$1
-  shift
-  sync
-  /usr/bin/time -o "$work/measured" -f '%e %U %S %M' "$@" >"$work/$name.out" 2>&1 ||
-    { cat "$work/$name.out" >&2; exit 1; }
-  read -r wall user system memory < <(tail -n 1 "$work/measured")
-  echo "$wall" >>"$work/$name.times"
-  echo "$user $system" | awk '{ print $1 + $2 }' >>"$work/$name.cpu"
-  echo "$memory" >>"$work/$name.memory"
-}
+. bench/timing.sh
 
 for ((run = 1; run <= runs; run++)); do
   rm -rf "$work"/saved-* "$work/copy"
@@ -51,7 +41,6 @@ done
 [ "$(find "$work/saved-eml" -type f | wc -l)" = "$count" ]
 [ "$(find "$work/saved-maildir/cur" -type f | wc -l)" = "$count" ]
 
-median() { sort -n "$1" | awk '{ v[NR] = $1 } END { print NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 base=$(median "$work/cp.times")
 echo "$count messages of $(du -k --apparent-size -s "$work/saved-eml" | cut -f1) kB, medians of $runs runs"
 printf '%-10s %10s %10s %12s %8s %12s\n' form seconds 'of cpu' messages/s ratio 'memory kB'
