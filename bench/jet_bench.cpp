@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/jet/connection.h"
-#include "platform/jet/recordset.h"
+#include "database/connection.h"
+#include "database/recordset.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
 

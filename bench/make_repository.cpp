@@ -18,10 +18,10 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/user_interface.h"
+#include "database/recordset.h"
 #include "intake/store_message.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "support/scripted_ui.h"
 

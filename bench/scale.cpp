@@ -26,12 +26,12 @@
 #include "board/message_commands.h"
 #include "contacts/contact_book.h"
 #include "core/startup.h"
+#include "database/connection_impl.h"
 #include "maintenance/backup.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/connection_impl.h"
 #include "repository/repository.h"
 #include "support/scripted_ui.h"
 

@@ -16,10 +16,10 @@
 #include <string>
 #include <vector>
 
+#include "database/packing.h"
+#include "database/recordset.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/packing.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 

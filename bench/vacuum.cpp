@@ -5,8 +5,8 @@
 // of maintenance.sh.
 #include <iostream>
 
+#include "database/engine.h"
 #include "platform/error.h"
-#include "platform/jet/engine.h"
 #include "repository/repository.h"
 
 int main(int argc, char** argv) {

@@ -12,10 +12,10 @@
 #include <string_view>
 
 #include "core/text.h"
+#include "database/connection_impl.h"
+#include "database/recordset.h"
 #include "platform/charset.h"
 #include "platform/error.h"
-#include "platform/jet/connection_impl.h"
-#include "platform/jet/recordset.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
 

@@ -11,12 +11,12 @@
 #include <string>
 #include <string_view>
 
+#include "database/connection_impl.h"
+#include "database/packing.h"
+#include "database/recordset.h"
+#include "database/text_index.h"
+#include "database/text_segment.h"
 #include "platform/error.h"
-#include "platform/jet/connection_impl.h"
-#include "platform/jet/packing.h"
-#include "platform/jet/recordset.h"
-#include "platform/jet/text_index.h"
-#include "platform/jet/text_segment.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
 

@@ -4,8 +4,8 @@
 
 #include <random>
 
-#include "platform/jet/packing.h"
-#include "platform/jet/text_segment.h"
+#include "database/packing.h"
+#include "database/text_segment.h"
 #include "support/sample_profile.h"
 
 namespace tarnwick::fuzz {

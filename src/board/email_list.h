@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "board/list_filter.h"
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 
 namespace tarnwick::board {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "core/guard.h"
+#include "database/recordset.h"
 #include "platform/clock.h"
-#include "platform/jet/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 

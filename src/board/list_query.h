@@ -9,7 +9,7 @@
 #include <string>
 
 #include "board/list_filter.h"
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 
 namespace tarnwick::board {
 

@@ -9,9 +9,9 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/steps.h"
+#include "database/recordset.h"
 #include "platform/files.h"
 #include "platform/html.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "takeout/stored_file.h"
 

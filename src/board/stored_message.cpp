@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/stored_message.h"
 
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 #include "repository/repository.h"
 
 namespace tarnwick::board {

@@ -15,7 +15,7 @@
 
 #include "board/list_filter.h"
 #include "board/timeline_counts.h"
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 
 namespace tarnwick::board {
 

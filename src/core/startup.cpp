@@ -6,10 +6,10 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "database/new_file.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/new_file.h"
 #include "platform/locale.h"
 
 namespace tarnwick::core {

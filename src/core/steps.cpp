@@ -4,8 +4,8 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "database/connection.h"
 #include "platform/clock.h"
-#include "platform/jet/connection.h"
 
 namespace tarnwick::core {
 

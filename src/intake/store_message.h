@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string>
 
+#include "database/recordset.h"
 #include "intake/mail_message.h"
-#include "platform/jet/recordset.h"
 
 namespace tarnwick::intake {
 

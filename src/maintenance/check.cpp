@@ -8,12 +8,12 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/steps.h"
+#include "database/recordset.h"
 #include "intake/store_message.h"
 #include "maintenance/database_file.h"
 #include "maintenance/export.h"
 #include "maintenance/run.h"
 #include "platform/files.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 
 namespace tarnwick::maintenance {

@@ -8,10 +8,10 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/steps.h"
+#include "database/new_file.h"
+#include "database/recordset.h"
 #include "maintenance/backup.h"
 #include "platform/files.h"
-#include "platform/jet/new_file.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 

@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include "database/connection.h"
 #include "maintenance/result.h"
 #include "maintenance/run.h"
-#include "platform/jet/connection.h"
 
 namespace tarnwick::maintenance {
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "database/recordset.h"
 #include "maintenance/result.h"
-#include "platform/jet/recordset.h"
 
 namespace tarnwick::maintenance {
 

@@ -10,9 +10,9 @@
 #include <optional>
 #include <string>
 
+#include "database/connection.h"
+#include "database/recordset.h"
 #include "intake/mail_message.h"
-#include "platform/jet/connection.h"
-#include "platform/jet/recordset.h"
 
 namespace tarnwick::maintenance {
 

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <functional>
 
+#include "database/connection.h"
 #include "maintenance/result.h"
 #include "platform/error.h"
-#include "platform/jet/connection.h"
 
 namespace tarnwick::maintenance {
 

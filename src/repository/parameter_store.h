@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "database/value.h"
 #include "platform/date_time.h"
-#include "platform/jet/value.h"
 
 namespace tarnwick::repository {
 

@@ -7,10 +7,10 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "database/new_file.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/new_file.h"
 #include "repository/parameter_store.h"
 #include "repository/schema.h"
 

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/jet/connection.h"
-#include "platform/jet/recordset.h"
+#include "database/connection.h"
+#include "database/recordset.h"
 
 namespace tarnwick::repository {
 

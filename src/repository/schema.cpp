@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/schema.h"
 
+#include "database/connection.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/jet/connection.h"
 #include "repository/repository.h"
 
 namespace tarnwick::repository {

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "platform/jet/table_definition.h"
+#include "database/table_definition.h"
 
 namespace tarnwick::repository {
 

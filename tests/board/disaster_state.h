@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 

@@ -9,11 +9,11 @@
 
 #include "board/stored_message.h"
 #include "core/run_state.h"
+#include "database/recordset.h"
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
 #include "platform/files.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "support/hostile_mail.h"
 #include "support/program_fixture.h"

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "support/program_fixture.h"

@@ -7,8 +7,8 @@
 #include <functional>
 
 #include "board_rows.h"
-#include "platform/jet/connection_impl.h"
-#include "platform/jet/packing.h"
+#include "database/connection_impl.h"
+#include "database/packing.h"
 #include "platform/locale.h"
 #include "support/program_fixture.h"
 

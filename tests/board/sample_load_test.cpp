@@ -9,7 +9,7 @@
 
 #include "board/load_command.h"
 #include "core/run_state.h"
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "support/program_fixture.h"

@@ -4,9 +4,9 @@
 // Every form of statement that the program issues, run on the real tables.
 #include <string>
 
+#include "database/connection.h"
+#include "database/recordset.h"
 #include "platform/error.h"
-#include "platform/jet/connection.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"

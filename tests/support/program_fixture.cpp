@@ -4,9 +4,9 @@
 
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "database/recordset.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/jet/recordset.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
 #include "repository/schema.h"

@@ -10,7 +10,7 @@
 
 #include <string>
 
-#include "platform/jet/value.h"
+#include "database/value.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
 

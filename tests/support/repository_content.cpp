@@ -5,10 +5,10 @@
 #include <algorithm>
 
 #include "core/run_state.h"
+#include "database/recordset.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "platform/files.h"
-#include "platform/jet/recordset.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 

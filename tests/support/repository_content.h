@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "database/connection.h"
 #include "intake/mail_message.h"
-#include "platform/jet/connection.h"
 
 namespace tarnwick::testing {
 

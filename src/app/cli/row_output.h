@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/jet/recordset.h"
+#include "database/recordset.h"
 
 namespace tarnwick::app {
 

@@ -5,7 +5,7 @@
 #include "board/load_command.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
-#include "platform/jet/connection.h"
+#include "database/connection.h"
 #include "repository/repository.h"
 
 namespace tarnwick::app {

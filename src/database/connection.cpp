@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/connection.h"
+
+#include "database/connection_impl.h"
+#include "database/dialect.h"
+#include "database/text_index.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// Engine steps between two calls of a progress handler: a few milliseconds.
+constexpr int kProgressSteps = 10000;
+
+}  // namespace
+
+Connection::Connection() : impl_(std::make_unique<Impl>()) {}
+
+Connection::~Connection() = default;
+
+void Connection::SetProvider(std::string_view provider) {
+  impl_->provider = provider;
+}
+
+void Connection::SetProperty(std::string_view name, std::string_view value) {
+  if (SameWord(name, kDataSourceProperty)) {
+    impl_->dataSource = value;
+  } else if (SameWord(name, kPasswordProperty)) {
+    impl_->password = value;
+  } else if (SameWord(name, kModeProperty)) {
+    impl_->readOnly = SameWord(value, kModeRead);
+  } else {
+    throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
+  }
+}
+
+const std::string& Connection::DataSource() const {
+  return impl_->dataSource;
+}
+
+void Connection::Open() {
+  impl_->Open();
+}
+
+void Connection::Close() {
+  impl_->Close();
+}
+
+bool Connection::IsOpen() const {
+  return impl_->IsOpen();
+}
+
+int64_t Connection::Execute(std::string_view sql) {
+  return impl_->Execute(sql);
+}
+
+int64_t Connection::LastIdentity() const {
+  return impl_->Engine().LastRowId();
+}
+
+void Connection::BeginGroup() {
+  impl_->BeginGroup();
+}
+
+void Connection::EndUnit() {
+  impl_->EndUnit();
+}
+
+void Connection::FlushGroup() {
+  impl_->FlushGroup();
+}
+
+void Connection::EndGroup() {
+  impl_->EndGroup();
+}
+
+bool Connection::InGroup() const {
+  return impl_->InGroup();
+}
+
+int64_t Connection::LostUnits() const {
+  return impl_->lostUnits;
+}
+
+void Connection::SetBulk(bool on) {
+  // Otherwise the engine overwrites what is deleted, page by page.
+  impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
+                         : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+}
+
+void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
+  impl_->KeepTextIndex(table, std::move(columns));
+}
+
+bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
+  if (impl_->Index() == nullptr) return true;
+  // Amid other work, which may be that of a statement, nothing is done.
+  if (InGroup() || impl_->Engine().IsWatched()) return false;
+  return impl_->Index()->CatchUp(look);
+}
+
+std::string Connection::IntegrityCheck() {
+  Statement check(impl_->Engine(), "PRAGMA integrity_check");
+  std::string found;
+  while (impl_->StepRead(check)) {
+    if (!found.empty()) found += "\n";
+    found += check.Text(0);
+  }
+  return found == "ok" ? "" : found;
+}
+
+void Connection::KeepDigest(DigestDefinition definition) {
+  impl_->KeepDigest(std::move(definition));
+}
+
+int64_t Connection::RowsSeen() const {
+  return impl_->Engine().RowsSeen();
+}
+
+void Connection::SetProgressHandler(std::function<bool()> handler) {
+  impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
+}
+
+BulkScope::~BulkScope() {
+  try {
+    connection_.SetBulk(false);
+  } catch (const std::exception&) {
+    // The journal that is in use instead does as well.
+  }
+}
+
+CommitGroup::~CommitGroup() {
+  try {
+    End();
+  } catch (const std::exception&) {
+    // End was the place to hear of it.
+  }
+}
+
+void CommitGroup::End() {
+  if (connection_ == nullptr) return;
+  Connection* connection = connection_;
+  connection_ = nullptr;
+  connection->EndGroup();
+}
+
+}  // namespace tarnwick::jet

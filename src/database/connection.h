@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// A connection to one database file, in the shape of ADO's. Statements are Jet SQL (dialect.h says
+// what of it); underneath works an encrypted SQLite (AEGIS-256, WAL). Any failure throws Error with
+// the engine's number and description: 26 for another password or another format, 5 for a file that
+// another process has open, 14 for a file that can't be opened (a missing file is never created).
+//
+// A connection holds its file for itself while it is open. It belongs to one thread and outlives
+// the recordsets opened on it.
+//
+// Commits. Each statement is committed by itself, flushed to disk (synchronous=FULL), until
+// BeginGroup. Between BeginGroup and EndGroup writes are collected into commits of at most 250
+// milliseconds, and a commit falls only where EndUnit or FlushGroup was called: what a unit wrote
+// is on disk whole or not at all after a crash. Where the engine itself has to roll a group back
+// (disk full), LostUnits counts the finished units that went with it.
+//
+// Other files. What a statement writes into another file (INSERT INTO table IN 'file') is taken
+// back when the statement fails, but is not flushed to disk: such a file is being made, and its
+// maker flushes it once when it is complete.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "database/value.h"
+
+namespace tarnwick::jet {
+
+inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
+inline constexpr std::string_view kDataSourceProperty = "Data Source";
+inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Password";
+// "Read" opens a file without ever changing it, wherever it lies. Otherwise it is opened for
+// writing where that is allowed.
+inline constexpr std::string_view kModeProperty = "Mode";
+inline constexpr std::string_view kModeRead = "Read";
+
+// A table of which a few columns are kept in memory, at twelve bytes a row, once a query can make
+// use of them: queries that narrow, sort or count its rows by these columns take milliseconds for a
+// million rows, and give what they would give without. What else a condition asks of the rows, of
+// the row that the reference names, or of the details, is looked up for itself.
+struct DigestDefinition {
+  std::string table;               // with a key
+  std::string date;                // its column that the rows are mostly narrowed and sorted by
+  std::string reference;           // its column that holds the key of a row of another table
+  std::vector<std::string> kinds;  // its columns of few different values
+  std::string details;             // a table whose rows belong to those of table
+  std::string detailKey;           // its column that holds the key of the row it belongs to
+};
+
+// The number of the error that a statement stopped by a progress handler ends with.
+inline constexpr int kInterrupted = 9;
+
+class Connection {
+ public:
+  Connection();
+  ~Connection();  // closes; an open group is committed
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  void SetProvider(std::string_view provider);
+  void SetProperty(std::string_view name, std::string_view value);
+  const std::string& DataSource() const;
+
+  // Opens the file named by the properties.
+  void Open();
+  void Close();  // an open group is committed; recordsets still open are closed. Closed: no error
+  bool IsOpen() const;
+
+  // Runs a statement that returns no rows; gives the number of rows it changed.
+  int64_t Execute(std::string_view sql);
+
+  // The key that the last AddNew or INSERT gave its row.
+  int64_t LastIdentity() const;
+
+  void BeginGroup();  // nests; the outermost EndGroup commits
+  void EndUnit();
+  void FlushGroup();  // commits what is collected; the group goes on
+  void EndGroup();
+  bool InGroup() const;
+  int64_t LostUnits() const;  // since the connection was opened
+
+  // While on, what is written goes straight into the file, with a rollback journal beside it, and
+  // not into the log first, and deleted rows are not overwritten: as safe, and a fraction of the
+  // writing where whole tables are replaced. REQUIRES: no group is open.
+  void SetBulk(bool on);
+
+  // From now until it is closed, texts in these columns of a table are looked for (InStr, Like)
+  // with the help of an index that the file then carries. It changes what a search costs, never
+  // what it finds; where it can't be had there is none.
+  void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
+  // Takes rows in that the index lacks; until then searches read texts one by one. look is called
+  // with the rows done and all there are; returning false ends it for now, and the next call goes
+  // on from there. True when nothing is missing.
+  bool CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
+
+  // The engine's own check of the whole file: "" when it is sound, else what is wrong.
+  std::string IntegrityCheck();
+
+  // Until the connection is closed. An index that begins with the date and holds the other columns
+  // lets the digest be read in one quick pass.
+  void KeepDigest(DigestDefinition definition);
+
+  // Called every few milliseconds while a statement runs; returning true stops the statement (Error
+  // kInterrupted). {} takes it out.
+  void SetProgressHandler(std::function<bool()> handler);
+  // Rows that statements have written, in every file of theirs; grows while a statement runs, so
+  // that a progress handler can tell how far it is. A table emptied whole is not counted row by
+  // row.
+  int64_t RowsSeen() const;
+
+  // Engine-side state shared with Recordset.
+  class Impl;
+  Impl& GetImpl() const { return *impl_; }
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+// Bulk for its lifetime.
+class BulkScope {
+ public:
+  explicit BulkScope(Connection& connection) : connection_(connection) {
+    connection_.SetBulk(true);
+  }
+  ~BulkScope();  // where the log can't be had again, the file goes on without
+  BulkScope(const BulkScope&) = delete;
+  BulkScope& operator=(const BulkScope&) = delete;
+
+ private:
+  Connection& connection_;
+};
+
+// Commits as a group for its lifetime; the destructor's commit failure is swallowed, so call End
+// where it matters.
+class CommitGroup {
+ public:
+  explicit CommitGroup(Connection& connection) : connection_(&connection) {
+    connection_->BeginGroup();
+  }
+  ~CommitGroup();
+  CommitGroup(const CommitGroup&) = delete;
+  CommitGroup& operator=(const CommitGroup&) = delete;
+  void End();
+
+ private:
+  Connection* connection_;
+};
+
+}  // namespace tarnwick::jet

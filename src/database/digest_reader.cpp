@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/digest_reader.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "database/recordset_impl.h"
+#include "database/text_order.h"
+#include "database/text_sort.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// A row looked up by its key costs what so many cost in a pass over an index.
+constexpr size_t kLookupCost = 40;
+
+// The condition with its literals, whatever their numbers in the statement are.
+std::string NameOf(const EngineSql& sql, const std::vector<Value>& literals) {
+  std::string name;
+  for (size_t i = 0; i < sql.text.size(); i++) {
+    name += sql.text[i];
+    if (sql.text[i] != '?') continue;
+    while (i + 1 < sql.text.size() && sql.text[i + 1] >= '0' && sql.text[i + 1] <= '9') i++;
+  }
+  for (size_t literal : sql.literals) {
+    std::string text = literals[literal].AsText();
+    name += '\n' + std::to_string(literals[literal].Data().index()) + ' ' +
+            std::to_string(text.size()) + ' ' + text;
+  }
+  return name;
+}
+
+// The order of the engine: Null, numbers, texts.
+int CompareValues(const Value& a, const Value& b) {
+  auto group = [](const Value& value) { return value.IsNull() ? 0 : value.IsText() ? 2 : 1; };
+  if (group(a) != group(b)) return group(a) - group(b);
+  if (a.IsText()) return CompareText(a.AsText(), b.AsText());
+  if (a.IsNull()) return 0;
+  int64_t numberA = a.AsInt();
+  int64_t numberB = b.AsInt();
+  return (numberA > numberB) - (numberA < numberB);
+}
+
+}  // namespace
+
+DigestReader::DigestReader(Connection::Impl& connection, Program& program,
+                           const std::vector<Value>& literals)
+    : connection_(connection),
+      program_(program),
+      plan_(*program.plan.digest),
+      literals_(literals),
+      digest_(*connection.GetDigest()) {}
+
+std::optional<std::vector<uint32_t>> DigestReader::Keys() {
+  if (!Begin()) return std::nullopt;
+  Places places = Matching();
+  std::optional<std::vector<uint32_t>> keys;
+  switch (plan_.orderBy) {
+    case DigestPlan::Order::kKey:
+      keys = ByRank(places, 1, [](const Digest::Row&) { return 0U; });
+      break;
+    case DigestPlan::Order::kDate:
+      keys = KeysOf(places);
+      break;
+    case DigestPlan::Order::kKind:
+      keys = ByKind(places);
+      break;
+    case DigestPlan::Order::kReference:
+      keys = ByReference(places);
+      break;
+    case DigestPlan::Order::kText:
+      keys = ByText(places);
+      break;
+  }
+  if (keys && plan_.descending) std::reverse(keys->begin(), keys->end());
+  return keys;
+}
+
+std::optional<int64_t> DigestReader::Count() {
+  if (!Begin()) return std::nullopt;
+  Places places = Matching();
+  auto count = static_cast<int64_t>(places.size());
+  if (!plan_.countsDetails) return count;
+  Marks matching = MatchingKeys(places);
+  if (plan_.details) {
+    return std::count_if(owners_.begin(), owners_.end(),
+                         [&](uint32_t key) { return matching[key]; });
+  }
+  for (const Digest::Repeat& repeat : digest_.Repeats()) {
+    if (repeat.key < matching.size() && matching[repeat.key]) count += int64_t{repeat.count} - 1;
+  }
+  return count;
+}
+
+bool DigestReader::Begin() {
+  if (!digest_.Refresh() || !TestKinds(kinds_)) return false;
+  from_ = 0;
+  to_ = digest_.Rows().size();
+  for (const DigestPlan::Span& span : plan_.spans) {
+    const auto* from = std::get_if<DateTime>(&literals_[span.from].Data());
+    const auto* to = std::get_if<DateTime>(&literals_[span.to].Data());
+    if (from == nullptr || to == nullptr) return false;
+    from_ = std::max(from_, digest_.From(from->Seconds()));
+    to_ = std::min(to_, digest_.From(to->Seconds() + 1));
+  }
+  to_ = std::max(from_, to_);
+  return true;
+}
+
+bool DigestReader::TestKinds(Marks& holds) const {
+  holds.assign(digest_.Kinds().size(), true);
+  for (const DigestPlan::KindTest& test : plan_.kindTests) {
+    if (test.op.empty()) {
+      for (size_t i = 0; i < holds.size(); i++) {
+        holds[i] = holds[i] && digest_.Kinds()[i][test.kind].IsNull() != test.negated;
+      }
+      continue;
+    }
+    FindCriteria criteria{{}, test.op, literals_[test.literal]};
+    if (criteria.value.IsDate() || criteria.value.IsBytes()) return false;
+    for (size_t i = 0; i < holds.size(); i++) {
+      const Value& value = digest_.Kinds()[i][test.kind];
+      // The engine would convert one to the other, as the column's type has it.
+      if (!value.IsNull() && value.IsText() != criteria.value.IsText()) return false;
+      holds[i] = holds[i] && !criteria.value.IsNull() && Holds(value, criteria);
+    }
+  }
+  return true;
+}
+
+DigestReader::Marks DigestReader::Marked(PreparedSql& sql, size_t size,
+                                         std::vector<uint32_t>* given) {
+  Marks marks(size);
+  Statement& statement = connection_.Ready(sql, literals_);
+  StatementUse use(statement);
+  while (connection_.StepRead(statement)) {
+    int64_t key = statement.Int(0);
+    if (statement.IsNull(0) || key < 0 || static_cast<size_t>(key) >= size) continue;
+    marks[static_cast<size_t>(key)] = true;
+    if (given != nullptr) given->push_back(static_cast<uint32_t>(key));
+  }
+  return marks;
+}
+
+DigestReader::Places DigestReader::Matching() {
+  const std::vector<Digest::Row>& rows = digest_.Rows();
+  Marks references;
+  // One more than there are, for the rows without one.
+  size_t highest = size_t{digest_.HighestReference()} + 1;
+  if (plan_.references) references = Marked(program_.digestReferences, highest + 1);
+  if (plan_.references) references[highest] = false;
+  Marks owners;
+  if (plan_.details) {
+    owners = Marked(program_.digestDetails, size_t{digest_.HighestKey()} + 1, &owners_);
+  }
+  Places places;
+  if (kinds_ == Marks(kinds_.size(), true) && references.empty() && owners.empty()) {
+    places.resize(to_ - from_);
+    std::iota(places.begin(), places.end(), static_cast<uint32_t>(from_));
+  } else {
+    for (size_t i = from_; i < to_; i++) {
+      const Digest::Row& row = rows[i];
+      if (kinds_[row.kind] &&
+          (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
+          (owners.empty() || owners[row.key])) {
+        places.push_back(static_cast<uint32_t>(i));
+      }
+    }
+  }
+  if (plan_.rows) KeepHolding(places);
+  return places;
+}
+
+bool DigestReader::IsCheapOneByOne(size_t rows) const {
+  return plan_.rowsAreLong ? rows < digest_.Rows().size()
+                           : rows < digest_.Rows().size() / kLookupCost;
+}
+
+// The rest of the condition: over all rows at once, or where few are left on each of them.
+void DigestReader::KeepHolding(Places& places) {
+  const std::vector<Digest::Row>& rows = digest_.Rows();
+  TestedRows& last = connection_.LastTested();
+  std::string condition = NameOf(*plan_.rows, literals_);
+  size_t size = size_t{digest_.HighestKey()} + 1;
+  bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
+  if (last.condition != condition || last.version != connection_.Version() || asksClock) {
+    last = {std::move(condition), connection_.Version(), false, Marks(size), Marks(size)};
+    // What a text index does not propose does not hold.
+    if (auto proposed = connection_.Proposed(program_.plan, literals_)) {
+      last.tested.assign(size, true);
+      for (int64_t key : *proposed) {
+        if (key >= 0 && static_cast<size_t>(key) < size)
+          last.tested[static_cast<size_t>(key)] = false;
+      }
+    }
+  }
+  auto isUnknown = [&](uint32_t place) { return !last.tested[rows[place].key]; };
+  if (!last.all) {
+    auto unknown = static_cast<size_t>(std::count_if(places.begin(), places.end(), isUnknown));
+    if (unknown > 0 && !IsCheapOneByOne(unknown)) {
+      last.hold = Marked(program_.digestRows, size);
+      last.all = true;
+    }
+  }
+  if (!last.all) {
+    Statement& statement = connection_.Ready(program_.digestRow, literals_);
+    for (uint32_t place : places) {
+      if (!isUnknown(place)) continue;
+      StatementUse use(statement);
+      statement.Bind(kKeyParameter, int64_t{rows[place].key});
+      last.hold[rows[place].key] = connection_.StepRead(statement);
+      last.tested[rows[place].key] = true;
+    }
+  }
+  std::erase_if(places, [&](uint32_t place) { return !last.hold[rows[place].key]; });
+}
+
+DigestReader::Marks DigestReader::MatchingKeys(const Places& places) const {
+  Marks marks(size_t{digest_.HighestKey()} + 1);
+  for (uint32_t place : places) marks[digest_.Rows()[place].key] = true;
+  return marks;
+}
+
+std::vector<uint32_t> DigestReader::KeysOf(const Places& places) const {
+  std::vector<uint32_t> keys(places.size());
+  std::transform(places.begin(), places.end(), keys.begin(),
+                 [&](uint32_t place) { return digest_.Rows()[place].key; });
+  return keys;
+}
+
+template <typename RankOf>
+std::vector<uint32_t> DigestReader::ByRank(const Places& places, uint32_t ranks,
+                                           const RankOf& rankOf) const {
+  // How many rows have a lower rank; then, the keys from below, where each has its place.
+  std::vector<uint32_t> next(size_t{ranks} + 1);
+  constexpr uint32_t kNone = UINT32_MAX;
+  std::vector<uint32_t> rankByKey(size_t{digest_.HighestKey()} + 1, kNone);
+  for (uint32_t place : places) {
+    const Digest::Row& row = digest_.Rows()[place];
+    uint32_t rank = rankOf(row);
+    rankByKey[row.key] = rank;
+    next[size_t{rank} + 1]++;
+  }
+  std::partial_sum(next.begin(), next.end(), next.begin());
+  std::vector<uint32_t> keys(places.size());
+  for (uint32_t key = 0; key < rankByKey.size(); key++) {
+    if (rankByKey[key] != kNone) keys[next[rankByKey[key]]++] = key;
+  }
+  return keys;
+}
+
+std::vector<uint32_t> DigestReader::ByKind(const Places& places) const {
+  const auto& kinds = digest_.Kinds();
+  auto compare = [&](uint32_t a, uint32_t b) {
+    return CompareValues(kinds[a][plan_.orderKind], kinds[b][plan_.orderKind]);
+  };
+  std::vector<uint32_t> order(kinds.size());
+  std::iota(order.begin(), order.end(), 0U);
+  std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return compare(a, b) < 0; });
+  std::vector<uint32_t> ranks(kinds.size());
+  uint32_t rank = 0;
+  for (size_t i = 1; i < order.size(); i++) {
+    if (compare(order[i - 1], order[i]) != 0) rank++;
+    ranks[order[i]] = rank;
+  }
+  return ByRank(places, rank + 1, [&](const Digest::Row& row) { return ranks[row.kind]; });
+}
+
+std::optional<std::vector<uint32_t>> DigestReader::ByReference(const Places& places) {
+  // 0: no text, or no row that is referenced.
+  size_t highest = size_t{digest_.HighestReference()} + 1;
+  std::vector<uint32_t> ranks(highest + 1);
+  uint32_t rank = 0;
+  std::string former;
+  Statement& statement = connection_.Ready(program_.digestOrder, literals_);
+  StatementUse use(statement);
+  while (connection_.StepRead(statement)) {
+    Statement::Type type = statement.TypeOf(1);
+    if (type == Statement::Type::kNull) continue;
+    if (type != Statement::Type::kText) return std::nullopt;
+    std::string_view text = statement.Text(1);
+    if (rank == 0 || CompareText(former, text) != 0) {
+      rank++;
+      former = text;
+    }
+    int64_t key = statement.Int(0);
+    if (key >= 0 && static_cast<size_t>(key) < highest) ranks[static_cast<size_t>(key)] = rank;
+  }
+  return ByRank(places, rank + 1, [&](const Digest::Row& row) {
+    return ranks[std::min<size_t>(row.reference, highest)];
+  });
+}
+
+std::vector<uint32_t> DigestReader::ByText(const Places& places) {
+  std::vector<uint32_t> keys;
+  keys.reserve(places.size());
+  if (places.size() < digest_.Rows().size() / kLookupCost) {
+    TextSorter sorter;
+    Statement& statement = connection_.Ready(program_.digestText, literals_);
+    for (uint32_t key : KeysOf(places)) {
+      StatementUse use(statement);
+      statement.Bind(kKeyParameter, int64_t{key});
+      if (!connection_.StepRead(statement)) continue;
+      std::optional<std::string_view> text;
+      if (!statement.IsNull(0)) text = statement.Text(0);
+      sorter.Add(key, text);
+    }
+    for (int64_t key : sorter.Sorted(false)) keys.push_back(static_cast<uint32_t>(key));
+    return keys;
+  }
+  Marks matching = MatchingKeys(places);
+  Statement& statement = connection_.Ready(program_.digestOrder, literals_);
+  StatementUse use(statement);
+  while (connection_.StepRead(statement)) {
+    int64_t key = statement.Int(0);
+    if (key >= 0 && static_cast<size_t>(key) < matching.size() &&
+        matching[static_cast<size_t>(key)]) {
+      keys.push_back(static_cast<uint32_t>(key));
+    }
+  }
+  return keys;
+}
+
+}  // namespace tarnwick::jet

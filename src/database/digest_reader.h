@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Answers a query out of a digest. Internal to the database.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "database/connection_impl.h"
+
+namespace tarnwick::jet {
+
+class DigestReader {
+ public:
+  // REQUIRES: program.plan.digest, and a connection with a digest.
+  DigestReader(Connection::Impl& connection, Program& program, const std::vector<Value>& literals);
+
+  // The keys of the rows in their order, or how many rows the query counts. nullopt when the table
+  // or a literal is unfit: the query's statement has the answer.
+  std::optional<std::vector<uint32_t>> Keys();
+  std::optional<int64_t> Count();
+
+ private:
+  using Places = std::vector<uint32_t>;  // of rows in the digest, ascending
+  using Marks = std::vector<bool>;
+
+  bool Begin();
+  // By the place in Kinds; false when a literal is unfit.
+  bool TestKinds(Marks& holds) const;
+  Places Matching();
+  // The keys that a statement gives, as marks; all of them one by one in given, if wanted.
+  Marks Marked(PreparedSql& statement, size_t size, std::vector<uint32_t>* given = nullptr);
+  void KeepHolding(Places& places);
+  bool IsCheapOneByOne(size_t rows) const;
+  Marks MatchingKeys(const Places& places) const;
+
+  std::vector<uint32_t> KeysOf(const Places& places) const;
+  // By rank, rows of one rank by their keys.
+  template <typename RankOf>
+  std::vector<uint32_t> ByRank(const Places& places, uint32_t ranks, const RankOf& rankOf) const;
+  std::vector<uint32_t> ByKind(const Places& places) const;
+  std::optional<std::vector<uint32_t>> ByReference(const Places& places);
+  std::vector<uint32_t> ByText(const Places& places);
+
+  Connection::Impl& connection_;
+  Program& program_;
+  const DigestPlan& plan_;
+  const std::vector<Value>& literals_;
+  Digest& digest_;
+  size_t from_ = 0;  // the rows within the spans
+  size_t to_ = 0;
+  Marks kinds_;
+  // With a condition on details: their owners' keys, one for each.
+  std::vector<uint32_t> owners_;
+};
+
+}  // namespace tarnwick::jet

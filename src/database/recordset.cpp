@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/recordset.h"
+
+#include "database/recordset_impl.h"
+
+namespace tarnwick::jet {
+
+Recordset::Recordset() : impl_(std::make_unique<Impl>()) {}
+
+Recordset::~Recordset() = default;
+Recordset::Recordset(Recordset&&) noexcept = default;
+Recordset& Recordset::operator=(Recordset&&) noexcept = default;
+
+void Recordset::Open(std::string_view source, Connection& connection, CursorType, LockType lock,
+                     CommandType command) {
+  impl_->Open(source, connection, lock, command);
+}
+
+void Recordset::Close() {
+  impl_->Close();
+}
+
+bool Recordset::IsOpen() const {
+  return impl_->IsOpen();
+}
+
+void Recordset::Requery() {
+  impl_->RequireOpen();
+  impl_->Requery();
+}
+
+bool Recordset::Eof() {
+  return impl_->Eof();
+}
+
+bool Recordset::Bof() {
+  return impl_->Bof();
+}
+
+int64_t Recordset::RecordCount() {
+  impl_->RequireOpen();
+  return impl_->Count();
+}
+
+void Recordset::MoveFirst() {
+  impl_->MoveFirst();
+}
+
+void Recordset::MoveLast() {
+  impl_->MoveLast();
+}
+
+void Recordset::MoveNext() {
+  impl_->MoveNext();
+}
+
+void Recordset::MovePrevious() {
+  impl_->MovePrevious();
+}
+
+int64_t Recordset::AbsolutePosition() {
+  return impl_->Position();
+}
+
+void Recordset::SetAbsolutePosition(int64_t position) {
+  impl_->SetPosition(position);
+}
+
+void Recordset::Find(std::string_view criteria) {
+  impl_->Find(criteria);
+}
+
+int Recordset::FieldCount() {
+  return impl_->FieldCount();
+}
+
+std::string Recordset::FieldName(int index) {
+  return impl_->FieldName(index);
+}
+
+Value Recordset::Field(std::string_view name) {
+  return impl_->Field(name);
+}
+
+Value Recordset::Field(int index) {
+  return impl_->Field(index);
+}
+
+void Recordset::AddNew() {
+  impl_->AddNew();
+}
+
+void Recordset::SetField(std::string_view name, Value value) {
+  impl_->SetField(name, std::move(value));
+}
+
+void Recordset::Update() {
+  impl_->Update();
+}
+
+void Recordset::CancelUpdate() {
+  impl_->CancelUpdate();
+}
+
+void Recordset::Delete() {
+  impl_->Delete();
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The rows of a table or a query, in the shape of ADO's Recordset. All failures throw Error.
+//
+// A keyset cursor keeps the keys of its rows in their order (8 bytes a row) and reads a row when a
+// field of it is asked for; keys are fetched when a move or a count first needs them, so opening a
+// table to add a row costs nothing however many it holds. A row deleted meanwhile reads as Null in
+// every field. Queries without a usable key (aggregates, DISTINCT over columns without a key) are
+// read once and kept. A dynamic cursor behaves as a keyset that is fetched anew by Requery.
+//
+// Moving off a row writes what was set in it, as Update does. With LockType::kReadOnly, and where
+// rows were read once and kept, nothing can be changed (Error 3251).
+//
+// Positions: after Open on the first row, or Eof and Bof both true when there is none.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "database/connection.h"
+#include "database/value.h"
+
+namespace tarnwick::jet {
+
+enum class CursorType { kForwardOnly = 0, kKeyset = 1, kDynamic = 2, kStatic = 3 };
+enum class LockType { kReadOnly = 1, kPessimistic = 2, kOptimistic = 3 };
+enum class CommandType { kText = 1, kTable = 2 };
+
+class Recordset {
+ public:
+  Recordset();
+  ~Recordset();  // closes; an unfinished AddNew is dropped
+  Recordset(const Recordset&) = delete;
+  Recordset& operator=(const Recordset&) = delete;
+  Recordset(Recordset&&) noexcept;
+  Recordset& operator=(Recordset&&) noexcept;
+
+  // source: the text of a SELECT, or a table's name with CommandType::kTable. The connection must
+  // outlive the recordset's use. Throws Error 3705 when it is open already.
+  void Open(std::string_view source, Connection& connection,
+            CursorType cursor = CursorType::kForwardOnly, LockType lock = LockType::kReadOnly,
+            CommandType command = CommandType::kText);
+  void Close();  // Error 3704 when it is not open
+  bool IsOpen() const;
+  void Requery();  // runs the query anew; the position becomes the first row
+
+  bool Eof();
+  bool Bof();
+  int64_t RecordCount();
+
+  void MoveFirst();
+  void MoveLast();
+  void MoveNext();
+  void MovePrevious();
+  // 1..RecordCount; 0 when at the end or the beginning.
+  int64_t AbsolutePosition();
+  void SetAbsolutePosition(int64_t position);
+
+  // Searches from the current row on for "column = literal" (also <>, <, >, <=, >=, Like), with
+  // the column plain or in [brackets]; moves to the first row that holds, or to the end. On an
+  // indexed column of a whole table it costs a lookup.
+  void Find(std::string_view criteria);
+
+  int FieldCount();
+  std::string FieldName(int index);  // from 0
+  // The current row's value, by name without regard to case, or by place from 0. Error 3021
+  // without a current row, 3265 for a name that is none. During AddNew the values set so far.
+  Value Field(std::string_view name);
+  Value Field(int index);
+
+  // AddNew begins a row, SetField fills it (or changes the current row), Update writes it and makes
+  // it the current row, its key readable at once. CancelUpdate drops what was set.
+  void AddNew();
+  void SetField(std::string_view name, Value value);
+  void Update();
+  void CancelUpdate();
+  void Delete();  // the current row
+
+  class Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tarnwick::jet

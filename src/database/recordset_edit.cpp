@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Adding, changing and deleting rows of a recordset.
+#include "database/recordset_impl.h"
+#include "database/text_index.h"
+
+namespace tarnwick::jet {
+
+void Recordset::Impl::RequireUpdatable() {
+  RequireOpen();
+  if (lock_ == LockType::kReadOnly || !IsKeyed()) {
+    throw Error(ErrorNumber::kNotUpdatable,
+                "Current Recordset does not support updating. This may be a limitation of the "
+                "provider, or of the selected locktype.");
+  }
+}
+
+void Recordset::Impl::AddNew() {
+  FinishEdit();
+  RequireUpdatable();
+  edited_.assign(Fields().size(), std::nullopt);
+  edit_ = Edit::kAdd;
+}
+
+void Recordset::Impl::SetField(std::string_view name, Value value) {
+  RequireUpdatable();
+  size_t field = FieldIndex(name);
+  if (Fields()[field].column.empty()) {
+    throw Error(ErrorNumber::kNotUpdatable, "Field cannot be updated: " + std::string(name));
+  }
+  if (edit_ == Edit::kNone) {
+    if (!CurrentKey()) NoCurrentRow();
+    edited_.assign(Fields().size(), std::nullopt);
+    edit_ = Edit::kChange;
+  }
+  edited_[field] = std::move(value);
+}
+
+void Recordset::Impl::Update() {
+  RequireOpen();
+  if (edit_ == Edit::kAdd) {
+    InsertRow();
+  } else if (edit_ == Edit::kChange) {
+    ChangeRow();
+  }
+}
+
+// Gives what must last until the statement has run.
+std::vector<std::string> Recordset::Impl::BindEdited(Statement& statement, int parameter) {
+  const std::vector<FieldInfo>& fields = Fields();
+  std::vector<std::string> packed(fields.size());
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (!edited_[i]) continue;
+    statement.BindStored(++parameter, *edited_[i], fields[i].kind, packed[i]);
+  }
+  return packed;
+}
+
+void Recordset::Impl::InsertRow() {
+  const std::vector<FieldInfo>& fields = Fields();
+  std::string columns;
+  std::string values;
+  int parameters = 0;
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (!edited_[i]) continue;
+    if (fields[i].isKey) connection_->BeforeRewriting(program_->plan.base);
+    columns += (parameters == 0 ? "" : ", ") + QuotedName(fields[i].column);
+    values += (parameters == 0 ? "?" : ", ?") + std::to_string(parameters + 1);
+    parameters++;
+  }
+  std::string sql = "INSERT INTO main." + QuotedName(program_->plan.base);
+  sql += parameters == 0 ? " DEFAULT VALUES" : " (" + columns + ") VALUES (" + values + ")";
+  std::shared_ptr<Statement> insert = connection_->Own(sql);
+  std::vector<std::string> packed = BindEdited(*insert, 0);
+  connection_->RunWrite(*insert);
+  key_ = connection_->Engine().LastRowId();
+  HandToIndex();
+  CancelUpdate();
+  deleted_ = false;
+  firstKey_.reset();
+  place_ = Place::kKey;
+  seenVersion_ = connection_->Version();
+  if (fetched_) keys_.Add(key_);
+}
+
+// The texts of the row that was just added, while they are at hand.
+void Recordset::Impl::HandToIndex() {
+  TextIndex* index = connection_->Index();
+  if (index == nullptr || !index->IsNext(program_->plan.base, key_)) return;
+  const std::vector<FieldInfo>& fields = Fields();
+  std::vector<std::string_view> texts;
+  for (const std::string& column : index->Columns()) {
+    for (size_t i = 0; i < fields.size(); i++) {
+      if (!edited_[i] || !SameWord(fields[i].column, column)) continue;
+      if (const auto* text = std::get_if<std::string>(&edited_[i]->Data())) texts.push_back(*text);
+      break;
+    }
+  }
+  // What the file makes of no text, or of a number, only the file knows.
+  if (texts.size() == index->Columns().size()) index->HandOver(key_, texts);
+}
+
+void Recordset::Impl::ChangeRow() {
+  std::optional<int64_t> key = CurrentKey();
+  if (!key) NoCurrentRow();
+  const std::vector<FieldInfo>& fields = Fields();
+  std::string sql = "UPDATE main." + QuotedName(program_->plan.base) + " SET ";
+  int parameter = 1;
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (!edited_[i]) continue;
+    if (parameter > 1) sql += ", ";
+    sql += QuotedName(fields[i].column) + " = ?" + std::to_string(++parameter);
+  }
+  sql += " WHERE _rowid_ = ?1";
+  std::shared_ptr<Statement> update = connection_->Own(sql);
+  update->Bind(1, *key);
+  std::vector<std::string> packed = BindEdited(*update, 1);
+  bool known = place_ == Place::kKey && seenVersion_ == connection_->Version();
+  if (connection_->RunWrite(*update) == 0) NoCurrentRow();
+  if (known) seenVersion_ = connection_->Version();
+  CancelUpdate();
+}
+
+void Recordset::Impl::CancelUpdate() {
+  RequireOpen();
+  edit_ = Edit::kNone;
+  edited_.clear();
+}
+
+void Recordset::Impl::Delete() {
+  RequireUpdatable();
+  CancelUpdate();
+  std::optional<int64_t> key = CurrentKey();
+  if (!key) NoCurrentRow();
+  int64_t index = Index();
+  std::shared_ptr<Statement> statement = connection_->Own(
+      "DELETE FROM main." + QuotedName(program_->plan.base) + " WHERE _rowid_ = ?1");
+  statement->Bind(1, *key);
+  connection_->RunWrite(*statement);
+  keys_.Erase(static_cast<size_t>(index));
+  place_ = Place::kIndex;
+  index_ = static_cast<size_t>(index);
+  deleted_ = true;
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,471 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/recordset_impl.h"
+
+#include <algorithm>
+
+#include "database/digest_reader.h"
+#include "database/functions.h"
+#include "database/group_count.h"
+#include "database/text_sort.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// Rows of at most this size are kept, so that a list painted row by row reads each one once.
+constexpr size_t kNarrowRow = 4096;
+constexpr size_t kNarrowRows = 64;
+
+size_t SizeOf(const Value& value) {
+  if (auto* text = std::get_if<std::string>(&value.Data())) return text->size();
+  if (auto* bytes = std::get_if<Bytes>(&value.Data())) return bytes->data.size();
+  return 0;
+}
+
+}  // namespace
+
+void NoCurrentRow() {
+  throw Error(ErrorNumber::kNoCurrentRow,
+              "Either BOF or EOF is True, or the current record has been deleted. Requested "
+              "operation requires a current record.");
+}
+
+Recordset::Impl::~Impl() {
+  if (connection_ != nullptr) connection_->RemoveUser(this);
+}
+
+void Recordset::Impl::RequireOpen() const {
+  if (connection_ == nullptr) {
+    throw Error(ErrorNumber::kObjectClosed, "Operation is not allowed when the object is closed.");
+  }
+}
+
+void Recordset::Impl::Open(std::string_view source, Connection& connection, LockType lock,
+                           CommandType command) {
+  if (connection_ != nullptr) {
+    throw Error(ErrorNumber::kObjectOpen, "Operation is not allowed when the object is open.");
+  }
+  Connection::Impl& opened = connection.GetImpl();
+  program_ =
+      command == CommandType::kTable ? opened.TranslateTable(source) : opened.Translate(source);
+  if (!program_->isRead) RefuseSql("a recordset needs a statement that gives rows");
+  literals_ = std::move(opened.Lifted().literals);
+  lock_ = lock;
+  connection_ = &opened;
+  try {
+    Requery();
+    if (!program_->file) Fields();
+  } catch (...) {
+    connection_ = nullptr;
+    program_.reset();
+    throw;
+  }
+  connection_->AddUser(this);
+}
+
+void Recordset::Impl::Close() {
+  RequireOpen();
+  connection_->RemoveUser(this);
+  ConnectionCloses();
+}
+
+void Recordset::Impl::ConnectionCloses() {
+  connection_ = nullptr;
+  program_.reset();
+  literals_.clear();
+  keys_.Clear();
+  rows_ = {};
+  wide_ = {};
+  narrow_ = {};
+  edit_ = Edit::kNone;
+  edited_.clear();
+}
+
+void Recordset::Impl::Requery() {
+  CancelUpdate();
+  fetched_ = false;
+  keys_.Clear();
+  rows_.clear();
+  firstKey_.reset();
+  place_ = Place::kFirst;
+  deleted_ = false;
+  wide_ = {};
+  narrow_.clear();
+  nextNarrow_ = 0;
+  // Rows that are kept are those of now, not of the first look at them.
+  if (!IsKeyed()) ReadAll();
+}
+
+void Recordset::Impl::ReadAll() {
+  if (CountFromDigest()) return;
+  std::optional<Connection::Impl::OtherFile> other;
+  if (program_->file) other.emplace(*connection_, literals_[*program_->file].AsText(), false);
+  struct Drop {
+    Program& program;
+    ~Drop() {
+      if (program.file) program.all.statement.reset();
+    }
+  } drop{*program_};
+  Fields();
+  if (!program_->plan.groupItems.empty()) return CountGroups();
+  Statement& all = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+  StatementUse use(all);
+  while (connection_->StepRead(all)) {
+    Row row;
+    row.reserve(static_cast<size_t>(all.ColumnCount()));
+    for (int i = 0; i < all.ColumnCount(); i++) row.push_back(all.ColumnValue(i));
+    rows_.push_back(std::move(row));
+  }
+  fetched_ = true;
+}
+
+void Recordset::Impl::CountGroups() {
+  Statement& groups = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+  StatementUse use(groups);
+  GroupCounter counter(static_cast<size_t>(groups.ColumnCount()));
+  while (connection_->StepRead(groups)) counter.Add(groups);
+  rows_ = counter.Rows(program_->plan.groupItems);
+  fetched_ = true;
+}
+
+void Recordset::Impl::FetchKeys() {
+  if (fetched_) return;
+  int64_t most = -1;
+  if (program_->plan.top) most = literals_[*program_->plan.top].AsInt();
+  keys_.Clear();
+  if (FetchFromDigest()) {
+    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
+  } else if (program_->plan.sortText != ReadPlan::SortText::kNone) {
+    FetchByText();
+    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
+  } else {
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+    StatementUse use(keys);
+    while (static_cast<int64_t>(keys_.Size()) != most && connection_->StepRead(keys)) {
+      AddKey(keys.Int(0));
+    }
+  }
+  fetched_ = true;
+  fetchedVersion_ = connection_->Version();
+}
+
+// The key is the last thing that is sorted by, so equal ones are neighbours.
+void Recordset::Impl::AddKey(int64_t key) {
+  bool again = program_->plan.repeatsKeys && !keys_.IsEmpty() && keys_.Back() == key;
+  if (!again) keys_.Add(key);
+}
+
+bool Recordset::Impl::FetchFromDigest() {
+  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
+  std::optional<std::vector<uint32_t>> keys =
+      DigestReader(*connection_, *program_, literals_).Keys();
+  if (keys) keys_.Assign(std::move(*keys));
+  return keys.has_value();
+}
+
+bool Recordset::Impl::CountFromDigest() {
+  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
+  std::optional<int64_t> count = DigestReader(*connection_, *program_, literals_).Count();
+  if (!count) return false;
+  rows_.push_back({Value(*count)});
+  fetched_ = true;
+  return true;
+}
+
+void Recordset::Impl::FetchByText() {
+  TextSorter sorter;
+  {
+    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
+    StatementUse use(keys);
+    while (connection_->StepRead(keys)) {
+      std::optional<std::string_view> text;
+      if (!keys.IsNull(1)) text = keys.Text(1);
+      sorter.Add(keys.Int(0), text);
+    }
+  }
+  bool descending = program_->plan.sortText == ReadPlan::SortText::kDescending;
+  for (int64_t key : sorter.Sorted(descending)) AddKey(key);
+}
+
+std::optional<int64_t> Recordset::Impl::FirstKey() {
+  if (!program_->plan.wholeTable) FetchKeys();
+  if (fetched_) return keys_.IsEmpty() ? std::nullopt : std::optional<int64_t>(keys_[0]);
+  if (!firstKey_) {
+    std::shared_ptr<Statement> first =
+        connection_->Own("SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) +
+                         " ORDER BY _rowid_ LIMIT 1");
+    StatementUse use(*first);
+    firstKey_.emplace();
+    if (connection_->StepRead(*first)) *firstKey_ = first->Int(0);
+  }
+  return *firstKey_;
+}
+
+bool Recordset::Impl::IsEmpty() {
+  if (!IsKeyed()) return rows_.empty();
+  return !FirstKey();
+}
+
+size_t Recordset::Impl::RowCount() {
+  if (IsKeyed()) FetchKeys();
+  return IsKeyed() ? keys_.Size() : rows_.size();
+}
+
+int64_t Recordset::Impl::Count() {
+  return static_cast<int64_t>(RowCount());
+}
+
+int64_t Recordset::Impl::Index() {
+  size_t count = RowCount();
+  switch (place_) {
+    case Place::kBefore:
+      return -1;
+    case Place::kFirst:
+      return 0;
+    case Place::kIndex:
+      return static_cast<int64_t>(index_);
+    case Place::kEnd:
+      return static_cast<int64_t>(count);
+    case Place::kKey:
+      break;
+  }
+  index_ = keys_.Find(key_, program_->plan.wholeTable);
+  // A row that came after the keys were fetched stands behind them.
+  if (index_ == keys_.Size()) keys_.Add(key_);
+  place_ = Place::kIndex;
+  return static_cast<int64_t>(index_);
+}
+
+void Recordset::Impl::PlaceAt(int64_t index) {
+  deleted_ = false;
+  if (index < 0) {
+    place_ = Place::kBefore;
+  } else if (static_cast<size_t>(index) >= RowCount()) {
+    place_ = Place::kEnd;
+  } else {
+    place_ = Place::kIndex;
+    index_ = static_cast<size_t>(index);
+    seenVersion_ = 0;
+  }
+}
+
+// Leaving a row writes what was set in it.
+void Recordset::Impl::FinishEdit() {
+  RequireOpen();
+  if (edit_ != Edit::kNone) Update();
+}
+
+bool Recordset::Impl::Eof() {
+  RequireOpen();
+  if (edit_ == Edit::kAdd) return false;
+  return place_ == Place::kEnd || (place_ <= Place::kFirst && IsEmpty());
+}
+
+bool Recordset::Impl::Bof() {
+  RequireOpen();
+  if (edit_ == Edit::kAdd) return false;
+  return place_ == Place::kBefore ||
+         ((place_ == Place::kFirst || place_ == Place::kEnd) && IsEmpty());
+}
+
+void Recordset::Impl::MoveFirst() {
+  FinishEdit();
+  place_ = Place::kFirst;
+  deleted_ = false;
+}
+
+void Recordset::Impl::MoveLast() {
+  FinishEdit();
+  int64_t count = Count();
+  if (count == 0) {
+    MoveFirst();
+  } else {
+    PlaceAt(count - 1);
+  }
+}
+
+void Recordset::Impl::MoveNext() {
+  FinishEdit();
+  int64_t index = Index();
+  if (index >= Count() && !deleted_) NoCurrentRow();
+  PlaceAt(deleted_ ? index : index + 1);
+}
+
+void Recordset::Impl::MovePrevious() {
+  FinishEdit();
+  int64_t index = Index();
+  if ((index < 0 || Count() == 0) && !deleted_) NoCurrentRow();
+  PlaceAt(index - 1);
+}
+
+int64_t Recordset::Impl::Position() {
+  RequireOpen();
+  int64_t index = Index();
+  return index < Count() && !deleted_ ? index + 1 : 0;
+}
+
+void Recordset::Impl::SetPosition(int64_t position) {
+  FinishEdit();
+  if (position < 1 || position > Count()) NoCurrentRow();
+  PlaceAt(position - 1);
+}
+
+void Recordset::Impl::Find(std::string_view text) {
+  FinishEdit();
+  FindCriteria criteria = ReadCriteria(text, connection_->Lifted());
+  if (place_ == Place::kEnd) return;
+  bool inTable = IsKeyed() && program_->plan.wholeTable;
+  const FieldInfo& field = Fields()[FieldIndex(criteria.field)];
+  if (inTable && !field.column.empty()) {
+    criteria.field = field.column;
+    FindInTable(criteria, field.kind);
+  } else {
+    FindInRows(criteria);
+  }
+}
+
+void Recordset::Impl::FindInTable(const FindCriteria& criteria, ColumnKind kind) {
+  std::optional<int64_t> from;
+  if (place_ == Place::kKey) from = key_;
+  if (place_ == Place::kIndex) {
+    if (index_ >= keys_.Size()) {
+      place_ = Place::kEnd;
+      return;
+    }
+    from = keys_[index_];
+  }
+  std::string column = QuotedName(criteria.field);
+  if (kind == ColumnKind::kLongText) {
+    column = "(tw_long_text(" + column + ") COLLATE " + kTextCollation + ")";
+  }
+  if (kind == ColumnKind::kBytes) column = "tw_bytes(" + column + ")";
+  std::string sql = "SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) + " WHERE ";
+  sql += criteria.op == "LIKE" ? "tw_like(" + column + ", ?1)" : column + " " + criteria.op + " ?1";
+  if (from) sql += " AND _rowid_ >= ?2";
+  sql += " ORDER BY _rowid_ LIMIT 1";
+  std::shared_ptr<Statement> find = connection_->Own(sql);
+  StatementUse use(*find);
+  find->BindValue(1, criteria.value);
+  if (from) find->Bind(2, *from);
+  deleted_ = false;
+  if (!connection_->StepRead(*find)) {
+    place_ = Place::kEnd;
+    return;
+  }
+  place_ = Place::kKey;
+  key_ = find->Int(0);
+  seenVersion_ = connection_->Version();
+}
+
+void Recordset::Impl::FindInRows(const FindCriteria& criteria) {
+  size_t field = FieldIndex(criteria.field);
+  for (int64_t index = std::max<int64_t>(Index(), 0); index < Count(); index++) {
+    PlaceAt(index);
+    if (Holds(CurrentRow()[field], criteria)) return;
+  }
+  PlaceAt(Count());
+}
+
+int Recordset::Impl::FieldCount() {
+  RequireOpen();
+  return static_cast<int>(Fields().size());
+}
+
+std::string Recordset::Impl::FieldName(int index) {
+  RequireOpen();
+  if (index < 0 || index >= FieldCount()) {
+    throw Error(ErrorNumber::kNoSuchItem, "No such field: " + std::to_string(index));
+  }
+  return Fields()[static_cast<size_t>(index)].name;
+}
+
+size_t Recordset::Impl::FieldIndex(std::string_view name) {
+  const std::vector<FieldInfo>& fields = Fields();
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (SameWord(fields[i].name, name)) return i;
+  }
+  throw Error(ErrorNumber::kNoSuchItem,
+              "Item cannot be found in the collection corresponding to the requested name: " +
+                  std::string(name));
+}
+
+Value Recordset::Impl::Field(std::string_view name) {
+  RequireOpen();
+  return Field(static_cast<int>(FieldIndex(name)));
+}
+
+Value Recordset::Impl::Field(int index) {
+  FieldName(index);
+  auto field = static_cast<size_t>(index);
+  if (edit_ != Edit::kNone && edited_[field]) return *edited_[field];
+  if (edit_ == Edit::kAdd) return {};
+  if (Fields()[field].isKey && !deleted_) {
+    // Nothing was written since: the row is there, whatever it holds.
+    if (place_ == Place::kKey && seenVersion_ == connection_->Version()) return key_;
+    if (place_ == Place::kIndex && index_ < keys_.Size() &&
+        fetchedVersion_ == connection_->Version()) {
+      return keys_[index_];
+    }
+  }
+  return CurrentRow()[field];
+}
+
+std::optional<int64_t> Recordset::Impl::CurrentKey() {
+  if (deleted_) return std::nullopt;
+  switch (place_) {
+    case Place::kFirst:
+      return FirstKey();
+    case Place::kIndex:
+      return keys_[index_];
+    case Place::kKey:
+      return key_;
+    default:
+      return std::nullopt;
+  }
+}
+
+const Recordset::Impl::Row& Recordset::Impl::CurrentRow() {
+  if (deleted_) {
+    wide_ = {};
+    wide_.values.resize(Fields().size());
+    return wide_.values;
+  }
+  if (!IsKeyed()) {
+    int64_t index = Index();
+    if (index < 0 || index >= Count()) NoCurrentRow();
+    return rows_[static_cast<size_t>(index)];
+  }
+  std::optional<int64_t> key = CurrentKey();
+  if (!key) NoCurrentRow();
+  return ReadRow(*key);
+}
+
+const Recordset::Impl::Row& Recordset::Impl::ReadRow(int64_t key) {
+  uint64_t version = connection_->Version();
+  if (wide_.version == version && wide_.key == key) return wide_.values;
+  for (const CachedRow& row : narrow_) {
+    if (row.version == version && row.key == key) return row.values;
+  }
+  Statement& statement = connection_->Ready(program_->row, literals_);
+  StatementUse use(statement);
+  statement.Bind(kKeyParameter, key);
+  Row values(Fields().size());
+  size_t size = 0;
+  if (connection_->StepRead(statement)) {
+    for (size_t i = 0; i < values.size(); i++) {
+      values[i] = statement.ColumnValue(static_cast<int>(i));
+      size += SizeOf(values[i]);
+    }
+  }
+  CachedRow* cached = &wide_;
+  if (size <= kNarrowRow) {
+    if (narrow_.size() < kNarrowRows) narrow_.emplace_back();
+    cached = &narrow_[nextNarrow_];
+    nextNarrow_ = (nextNarrow_ + 1) % kNarrowRows;
+  }
+  *cached = {key, version, std::move(values)};
+  return cached->values;
+}
+
+}  // namespace tarnwick::jet

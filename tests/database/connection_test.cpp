@@ -1,0 +1,402 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/connection.h"
+
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "database/engine.h"
+#include "database/text_order.h"
+#include "mail_database.h"
+#include "platform/files.h"
+
+namespace tarnwick::jet {
+namespace {
+
+class ConnectionTest : public MailDatabase {
+ protected:
+  // Runs body in a process of its own, which ends without any tidying up.
+  template <typename Body>
+  int InOtherProcess(Body&& body) {
+    pid_t child = fork();
+    if (child == 0) {
+      int result = 0;
+      try {
+        result = body();
+      } catch (const Error& error) {
+        result = error.Number();
+      } catch (...) {
+        result = 250;
+      }
+      _exit(result);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::string MakeFile(const std::string& name, const std::string& password = kPassword) {
+    std::string path = folder_.File(name);
+    CreateDatabaseFile(path, password, MailTables(), 1);
+    return path;
+  }
+};
+
+TEST_F(ConnectionTest, RefusesWhatIsNoDatabaseOfOurs) {
+  std::string plain = folder_.File("plain.twr");
+  platform::WriteFile(plain, "SQLite format 3" + std::string(1, '\0') + std::string(8000, 'x'));
+  std::string empty = folder_.File("empty.twr");
+  platform::WriteFile(empty, "");
+  std::string text = folder_.File("text.twr");
+  platform::WriteFile(text, std::string(10000, 'a'));
+  std::string damaged = MakeFile("damaged.twr");
+  std::string bytes = platform::ReadFile(damaged);
+  bytes[200] = static_cast<char>(bytes[200] ^ 1);
+  platform::WriteFile(damaged, bytes);
+  struct Case {
+    const char* what;
+    std::string path;
+    std::string password;
+    int number;
+    const char* description;
+  };
+  const Case kCases[] = {
+      {"another password", MakeFile("other.twr", "something"), kPassword, 26,
+       "file is not a database"},
+      {"no password", MakeFile("third.twr"), "", 26, "file is not a database"},
+      {"a plain database", plain, kPassword, 26, "file is not a database"},
+      {"an empty file", empty, kPassword, 26, "file is not a database"},
+      {"another kind of file", text, kPassword, 26, "file is not a database"},
+      {"a changed byte", damaged, kPassword, 26, "file is not a database"},
+      {"a missing file", folder_.File("none.twr"), kPassword, 14, "unable to open database file"},
+      {"a folder", folder_.Path(), kPassword, 14, "unable to open database file"},
+  };
+  for (const Case& test : kCases) {
+    Connection connection;
+    try {
+      OpenFile(connection, test.path, test.password);
+      ADD_FAILURE() << test.what << " was opened";
+    } catch (const Error& error) {
+      EXPECT_EQ(error.Number(), test.number) << test.what;
+      EXPECT_EQ(error.Description(), test.description) << test.what;
+    }
+    EXPECT_FALSE(connection.IsOpen());
+  }
+  EXPECT_FALSE(platform::FileExists(folder_.File("none.twr")));
+  EXPECT_EQ(platform::FileSize(empty), 0u);
+}
+
+TEST_F(ConnectionTest, HoldsItsFileForItself) {
+  auto open = [&] {
+    Connection second;
+    OpenFile(second, path_);
+    return 0;
+  };
+  EXPECT_EQ(InOtherProcess(open), 5);
+  EXPECT_EQ(ErrorOf(open), 5);
+  connection_.Close();
+  EXPECT_EQ(InOtherProcess(open), 0);
+}
+
+TEST_F(ConnectionTest, AtRestIsASingleFileThatCanBeCopied) {
+  Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+  connection_.Close();
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  std::string copy = folder_.File("copy.twr");
+  platform::CopyFile(path_, copy);
+  std::string bytes = platform::ReadFile(copy);
+  EXPECT_EQ(bytes.find("MeContact"), std::string::npos) << "something is stored in the clear";
+  Connection second;
+  OpenFile(second, copy);
+  Recordset rows;
+  rows.Open("SELECT Name FROM MeContact", second);
+  EXPECT_EQ(rows.Field("Name").AsText(), "Ann");
+}
+
+// As a file made with another version of the text order is.
+TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
+  for (const char* name : {"b", "A", "c"}) {
+    Run(std::string("INSERT INTO MeContact (Name) VALUES ('") + name + "')");
+  }
+  connection_.Close();
+  std::string other = MakeFile("other.twr");
+  for (const std::string& path : {path_, other}) {
+    Database file(path, kPassword, Database::Mode::kExisting);
+    file.Run("PRAGMA application_id = 1");
+  }
+  connection_.Open();
+  EXPECT_EQ(connection_.IntegrityCheck(), "");
+  EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY Name"), "A|b|c");
+  Run("INSERT INTO MeContact IN '" + other + "' SELECT * FROM MeContact");
+  connection_.Close();
+  for (const std::string& path : {path_, other}) {
+    Database file(path, kPassword, Database::Mode::kExisting);
+    EXPECT_EQ(file.Number("PRAGMA application_id"), TextOrderVersion());
+  }
+}
+
+TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
+  Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+  connection_.Close();
+  std::string bytes = platform::ReadFile(path_);
+  Connection reader;
+  reader.SetProperty(kModeProperty, kModeRead);
+  OpenFile(reader, path_);
+  EXPECT_EQ(reader.IntegrityCheck(), "");
+  EXPECT_EQ(ErrorOf([&] { reader.Execute("DELETE * FROM MeContact"); }), 8);
+  reader.Close();
+  EXPECT_TRUE(platform::ReadFile(path_) == bytes);
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+}
+
+TEST_F(ConnectionTest, InBulkNoLogIsWritten) {
+  {
+    BulkScope bulk(connection_);
+    Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+    EXPECT_FALSE(platform::FileExists(path_ + "-wal"));
+    EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
+  }
+  Run("INSERT INTO MeContact (Name) VALUES ('Bob')");
+  EXPECT_TRUE(platform::FileExists(path_ + "-wal"));
+  connection_.Close();
+  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  connection_.Open();
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob");
+}
+
+TEST_F(ConnectionTest, CloseEndsRecordsetsAndMayBeRepeated) {
+  Recordset rows;
+  rows.Open("SELECT * FROM MeContact", connection_);
+  connection_.Close();
+  EXPECT_FALSE(rows.IsOpen());
+  EXPECT_EQ(ErrorOf([&] { rows.Eof(); }), ErrorNumber::kObjectClosed);
+  EXPECT_EQ(ErrorOf([&] { Run("DELETE * FROM Email"); }), ErrorNumber::kObjectClosed);
+  connection_.Close();
+  connection_.Open();
+  EXPECT_EQ(ErrorOf([&] { connection_.Open(); }), ErrorNumber::kObjectOpen);
+  EXPECT_EQ(Column("SELECT Count(*) FROM MeContact"), "0");
+}
+
+TEST_F(ConnectionTest, KeysAreNeverGivenTwice) {
+  for (int i = 0; i < 3; i++) Run("INSERT INTO MeContact (Name) VALUES ('x')");
+  Run("DELETE * FROM MeContact WHERE ID=3");
+  Run("INSERT INTO MeContact (Name) VALUES ('y')");
+  EXPECT_EQ(connection_.LastIdentity(), 4);
+}
+
+// A unit writes a contact and two rows that belong to it.
+void WriteUnit(Connection& connection, int number) {
+  std::string id = std::to_string(number);
+  connection.Execute("INSERT INTO MeContact (ID, Name) VALUES (" + id + ", 'x')");
+  for (int i = 0; i < 2; i++) {
+    connection.Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (" + id + ", 'a')");
+  }
+}
+
+TEST_F(ConnectionTest, AKilledProcessLeavesWholeUnits) {
+  connection_.Close();
+  constexpr int kUnits = 400;
+  InOtherProcess([&] {
+    Connection connection;
+    OpenFile(connection, path_);
+    connection.BeginGroup();
+    for (int i = 1; i <= kUnits; i++) {
+      WriteUnit(connection, i);
+      connection.EndUnit();
+      if (i == 100) connection.FlushGroup();
+      if (i % 20 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    }
+    connection.Execute("INSERT INTO MeContact (ID, Name) VALUES (1000, 'half a unit')");
+    kill(getpid(), SIGKILL);
+    return 0;
+  });
+  connection_.Open();
+  EXPECT_EQ(connection_.IntegrityCheck(), "");
+  int64_t units = std::stoll(Column("SELECT Count(*) FROM MeContact"));
+  EXPECT_GE(units, 250) << "commits are further apart than they should be";
+  EXPECT_LE(units, kUnits);
+  EXPECT_EQ(std::stoll(Column("SELECT Count(*) FROM Attachment")), 2 * units);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact WHERE ID=1000"), "");
+}
+
+TEST_F(ConnectionTest, WithoutAGroupEachStatementStands) {
+  connection_.Close();
+  InOtherProcess([&] {
+    Connection connection;
+    OpenFile(connection, path_);
+    WriteUnit(connection, 1);
+    kill(getpid(), SIGKILL);
+    return 0;
+  });
+  connection_.Open();
+  EXPECT_EQ(Column("SELECT Count(*) FROM Attachment"), "2");
+}
+
+TEST_F(ConnectionTest, GroupsNest) {
+  {
+    CommitGroup outer(connection_);
+    {
+      CommitGroup inner(connection_);
+      WriteUnit(connection_, 1);
+      inner.End();
+    }
+    EXPECT_TRUE(connection_.InGroup());
+    outer.End();
+    EXPECT_FALSE(connection_.InGroup());
+  }
+  EXPECT_FALSE(connection_.InGroup());
+  EXPECT_EQ(Column("SELECT Count(*) FROM Attachment"), "2");
+}
+
+// Stopping a change within a commit makes the engine roll the whole commit back.
+TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
+  connection_.BeginGroup();
+  for (int i = 1; i <= 3; i++) {
+    WriteUnit(connection_, i);
+    connection_.EndUnit();
+    if (i == 1) connection_.FlushGroup();
+  }
+  connection_.Execute("INSERT INTO ObjectList VALUES (4)");
+  std::string list;
+  for (int i = 1; i < 50000; i++) list += (i > 1 ? ", " : "") + std::to_string(i);
+  std::string sql = "UPDATE Attachment SET FileName='b' WHERE EmailID IN (" + list + ")";
+  // While the list is laid out, nothing of the commit's is lost yet.
+  connection_.SetProgressHandler([] { return true; });
+  EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
+  EXPECT_EQ(connection_.LostUnits(), 0);
+  int calls = 0;
+  connection_.SetProgressHandler([&] { return ++calls > 20; });
+  EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
+  connection_.SetProgressHandler({});
+  EXPECT_EQ(connection_.LostUnits(), 2);
+  // The rest of the unit whose beginning is lost is not written either.
+  EXPECT_EQ(ErrorOf([&] { WriteUnit(connection_, 4); }), 9);
+  connection_.EndUnit();
+  WriteUnit(connection_, 5);
+  connection_.EndUnit();
+  connection_.EndGroup();
+  EXPECT_EQ(connection_.LostUnits(), 2);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|5");
+  EXPECT_EQ(Column("SELECT Count(*) FROM ObjectList"), "0");
+}
+
+TEST_F(ConnectionTest, AFailedStatementTakesNothingElseBack) {
+  connection_.BeginGroup();
+  WriteUnit(connection_, 1);
+  EXPECT_EQ(ErrorOf([&] { WriteUnit(connection_, 1); }), 19);
+  WriteUnit(connection_, 2);
+  connection_.EndUnit();
+  connection_.EndGroup();
+  EXPECT_EQ(connection_.LostUnits(), 0);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|2");
+}
+
+TEST_F(ConnectionTest, StopsALongStatement) {
+  connection_.BeginGroup();
+  for (int i = 1; i <= 3000; i++) WriteUnit(connection_, i);
+  connection_.EndGroup();
+  int calls = 0;
+  connection_.SetProgressHandler([&] { return ++calls == 3; });
+  Recordset rows;
+  EXPECT_EQ(ErrorOf([&] {
+              rows.Open("SELECT Count(*) FROM Attachment, MeContact WHERE FileName Like '%' & Name",
+                        connection_);
+            }),
+            9);
+  EXPECT_EQ(calls, 3);
+  connection_.SetProgressHandler({});
+  EXPECT_EQ(Column("SELECT Count(*) FROM MeContact"), "3000");
+}
+
+class OtherFile : public ConnectionTest {
+ protected:
+  OtherFile() {
+    for (const char* name : {"Ann", "Bob", "Cid"}) {
+      Run(std::string("INSERT INTO MeContact (Name) VALUES ('") + name + "')");
+    }
+    Run("DELETE * FROM MeContact WHERE ID=1");
+  }
+
+  static std::string Quoted(const std::string& path) {
+    std::string quoted;
+    for (char c : path) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    return "'" + quoted + "'";
+  }
+
+  std::string path2_ = MakeFile("Ann's backup [1].twb");
+};
+
+TEST_F(OtherFile, TablesGoThereAndComeBackWithTheirKeys) {
+  EXPECT_EQ(Run("INSERT INTO mecontact IN " + Quoted(path2_) + " SELECT * FROM  mecontact"), 2);
+  Run("DELETE * FROM MeContact");
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact IN " + Quoted(path2_)), 2);
+  EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY ID"), "Bob|Cid");
+  // The other file is let go and whole.
+  Connection other;
+  OpenFile(other, path2_);
+  EXPECT_EQ(other.IntegrityCheck(), "");
+  other.Close();
+  EXPECT_EQ(platform::ListFiles(folder_.Path(), ".twb").size(), 1u);
+}
+
+TEST_F(OtherFile, RowsAreSeenWhileTheyAreCopied) {
+  int64_t before = connection_.RowsSeen();
+  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM  MeContact"), 2);
+  EXPECT_EQ(connection_.RowsSeen(), before + 2);
+  Run("DELETE * FROM MeContact");
+  before = connection_.RowsSeen();
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact IN " + Quoted(path2_)), 2);
+  EXPECT_EQ(connection_.RowsSeen(), before + 2);
+}
+
+TEST_F(OtherFile, TakesRowsOfAListAndOfAJoin) {
+  Run("INSERT INTO Attachment (EmailID, FileName) VALUES (3, 'a')");
+  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +
+                " \r\nSELECT * FROM MeContact WHERE ID IN (3, 9)"),
+            1);
+  EXPECT_EQ(
+      Run("INSERT INTO MeContact IN " + Quoted(path2_) +
+          "\r\nSELECT  DISTINCT MeContact.Name, 20 + MeContact.ID AS ID FROM Attachment INNER "
+          "JOIN MeContact ON Attachment.EmailID = MeContact.ID\r\nWHERE EmailID In (3)"),
+      1);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3|23");
+}
+
+TEST_F(OtherFile, NamedItemsGoToTheColumnsOfTheirNames) {
+  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +
+                " SELECT  DISTINCT MeContact.Name, MeContact.ID FROM MeContact WHERE ID > 2"),
+            1);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3");
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT Name & '!' AS Name FROM MeContact"), 2);
+  EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY ID"), "Bob|Cid|Bob!|Cid!");
+}
+
+TEST_F(OtherFile, IsLetGoAfterAnError) {
+  std::string insert = "INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM MeContact";
+  Run(insert);
+  EXPECT_EQ(ErrorOf([&] { Run(insert); }), 19) << "the same keys again";
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT None FROM MeContact IN " + Quoted(path2_)); }), 1);
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN 'nowhere.twb'"); }), 14);
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(path_)); }), 5);
+  std::string foreign = MakeFile("foreign.twr", "another");
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(foreign)); }), 26);
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
+}
+
+TEST_F(OtherFile, WorksWithinAGroup) {
+  connection_.BeginGroup();
+  WriteUnit(connection_, 7);
+  Run("INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM MeContact");
+  WriteUnit(connection_, 8);
+  connection_.EndGroup();
+  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3|7");
+  EXPECT_EQ(Column("SELECT Count(*) FROM Attachment"), "4");
+}
+
+}  // namespace
+}  // namespace tarnwick::jet

@@ -1,0 +1,439 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/recordset.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "database/text_fold.h"
+#include "mail_database.h"
+
+namespace tarnwick::jet {
+namespace {
+
+constexpr char kListItems[] =
+    "SELECT DISTINCT Format$(Email.ReceivedTime, 'Short Date') & ' ' & "
+    "Format$(Email.ReceivedTime, 'hh:mm') As Received, Email.Subject, MeContact.Name AS FromTo, "
+    "Email.Direction, Email.Active, Email.ID, Email.ReceivedTime \r\n"
+    "FROM (Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID)\r\n"
+    "LEFT JOIN Attachment ON Email.ID = Attachment.EmailID\r\n";
+
+class RecordsetTest : public MailDatabase {
+ protected:
+  RecordsetTest() {
+    connection_.BeginGroup();
+    for (const char* name : {"Ann", "Bob", "Zoë"}) AddContact(name);
+    // ID 1..6, one a day; 4 has no contact; 2 and 5 have attachments.
+    for (int i = 1; i <= 6; i++) {
+      std::string contact = i == 4 ? "Null" : std::to_string(i % 3 + 1);
+      Run("INSERT INTO Email (Subject, Direction, ReceivedTime, FromTo) VALUES ('Subject " +
+          std::to_string(i % 2) + "', '" + (i % 3 == 0 ? "Out" : "In") + "', #03/0" +
+          std::to_string(i) + "/2005 10:00:00#, " + contact + ")");
+    }
+    for (const char* row : {"2, 'plan.doc'", "2, 'plan.xls'", "5, 'photo.jpg'"}) {
+      Run(std::string("INSERT INTO Attachment (EmailID, FileName) VALUES (") + row + ")");
+    }
+    connection_.EndGroup();
+  }
+
+  void AddContact(const std::string& name) {
+    Run("INSERT INTO MeContact (Name) VALUES ('" + name + "')");
+  }
+
+  static std::string Ids(Recordset& rows) {
+    std::string ids;
+    for (rows.MoveFirst(); !rows.Eof(); rows.MoveNext()) ids += rows.Field("ID").AsText() + " ";
+    return ids;
+  }
+
+  Recordset OpenTable(const std::string& name) {
+    Recordset rows;
+    rows.Open(name, connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);
+    return rows;
+  }
+  Recordset OpenText(const std::string& sql) {
+    Recordset rows;
+    rows.Open(sql, connection_, CursorType::kKeyset, LockType::kOptimistic);
+    return rows;
+  }
+};
+
+TEST_F(RecordsetTest, TheListShowsEachMessageOnceInOrder) {
+  struct Case {
+    const char* what;
+    const char* condition;
+    const char* order;
+    const char* ids;
+  };
+  const Case kCases[] = {
+      {"by date, newest first", "", "ORDER BY Email.ReceivedTime DESC", "6 5 4 3 2 1 "},
+      {"by subject, ties by key", "", "ORDER BY Email.Subject", "2 4 6 1 3 5 "},
+      {"by subject downwards", "", "ORDER BY Email.Subject DESC", "5 3 1 6 4 2 "},
+      {"by name, those without one first", "", "ORDER BY MeContact.Name", "4 3 6 1 2 5 "},
+      {"in no order", "", "", "1 2 3 4 5 6 "},
+      {"attachments", "AND Attachment.FileName Like '%PLAN%'", "ORDER BY Email.ReceivedTime", "2 "},
+      {"every attachment", "AND Attachment.FileName Like '%%'", "", "2 5 "},
+      {"no attachment", "AND Attachment.FileName Is Null", "", "1 3 4 6 "},
+      {"a name", "AND INSTR(MeContact.Name, 'zoË') <> 0 ", "ORDER BY Email.ReceivedTime", "2 5 "},
+      {"a name or none", "AND (MeContact.Name = 'Bob' OR MeContact.Name Is Null)", "", "1 4 "},
+      {"direction unqualified", "AND Direction = 'Out'", "", "3 6 "},
+      {"some days", "AND ReceivedTime BETWEEN #03/02/2005 00:00:00# AND #03/03/2005 23:59:59#", "",
+       "2 3 "},
+      {"nothing", "AND Email.Subject = 'none'", "ORDER BY Email.Direction", ""},
+  };
+  for (const Case& test : kCases) {
+    Recordset list = OpenText(std::string(kListItems) +
+                              "WHERE ReceivedTime BETWEEN #01/01/2005# AND #12/31/2005# " +
+                              test.condition + "\r\n" + test.order);
+    EXPECT_EQ(Ids(list), test.ids) << test.what;
+  }
+}
+
+TEST_F(RecordsetTest, TheListsFieldsHaveTheirNamesAndTypes) {
+  Recordset list = OpenText(std::string(kListItems) + "ORDER BY Email.ReceivedTime DESC");
+  std::vector<std::string> names;
+  for (int i = 0; i < list.FieldCount(); i++) names.push_back(list.FieldName(i));
+  EXPECT_EQ(names, (std::vector<std::string>{"Received", "Subject", "FromTo", "Direction", "Active",
+                                             "ID", "ReceivedTime"}));
+  list.SetAbsolutePosition(2);
+  EXPECT_EQ(list.Field("received").AsText(), "3/5/2005 10:00");
+  EXPECT_EQ(list.Field(2), Value("Zoë"));
+  EXPECT_TRUE(list.Field("Active").IsNull());
+  EXPECT_EQ(list.Field("ReceivedTime"), Value(DateTime::FromDate(2005, 3, 5).WithTime(10, 0, 0)));
+  EXPECT_EQ(ErrorOf([&] { list.Field("None"); }), ErrorNumber::kNoSuchItem);
+  EXPECT_EQ(ErrorOf([&] { list.Field(7); }), ErrorNumber::kNoSuchItem);
+}
+
+TEST_F(RecordsetTest, Moves) {
+  for (const char* sql :
+       {"SELECT ID FROM Email ORDER BY ID", "SELECT DISTINCT Subject & ID FROM Email"}) {
+    SCOPED_TRACE(sql);
+    Recordset rows = OpenText(sql);
+    EXPECT_FALSE(rows.Eof());
+    EXPECT_FALSE(rows.Bof());
+    EXPECT_EQ(rows.AbsolutePosition(), 1);
+    EXPECT_EQ(rows.RecordCount(), 6);
+    rows.MovePrevious();
+    EXPECT_TRUE(rows.Bof());
+    EXPECT_EQ(rows.AbsolutePosition(), 0);
+    EXPECT_EQ(ErrorOf([&] { rows.Field(0); }), ErrorNumber::kNoCurrentRow);
+    EXPECT_EQ(ErrorOf([&] { rows.MovePrevious(); }), ErrorNumber::kNoCurrentRow);
+    rows.MoveNext();
+    EXPECT_EQ(rows.AbsolutePosition(), 1);
+    rows.MoveLast();
+    EXPECT_EQ(rows.AbsolutePosition(), 6);
+    rows.MoveNext();
+    EXPECT_TRUE(rows.Eof());
+    EXPECT_EQ(ErrorOf([&] { rows.Field(0); }), ErrorNumber::kNoCurrentRow);
+    EXPECT_EQ(ErrorOf([&] { rows.MoveNext(); }), ErrorNumber::kNoCurrentRow);
+    rows.MovePrevious();
+    EXPECT_EQ(rows.AbsolutePosition(), 6);
+    EXPECT_EQ(ErrorOf([&] { rows.SetAbsolutePosition(7); }), ErrorNumber::kNoCurrentRow);
+    EXPECT_EQ(ErrorOf([&] { rows.SetAbsolutePosition(0); }), ErrorNumber::kNoCurrentRow);
+  }
+}
+
+TEST_F(RecordsetTest, WithoutRowsBothEndsAreTrue) {
+  for (const char* sql : {"SELECT * FROM ObjectList", "SELECT * FROM Email WHERE ID=99",
+                          "SELECT DISTINCT Name FROM MeContact WHERE ID=99"}) {
+    SCOPED_TRACE(sql);
+    Recordset rows = OpenText(sql);
+    EXPECT_TRUE(rows.Eof());
+    EXPECT_TRUE(rows.Bof());
+    rows.MoveFirst();
+    EXPECT_TRUE(rows.Eof() && rows.Bof());
+    rows.MoveLast();
+    EXPECT_EQ(rows.RecordCount(), 0);
+    EXPECT_EQ(rows.AbsolutePosition(), 0);
+    EXPECT_EQ(ErrorOf([&] { rows.MoveNext(); }), ErrorNumber::kNoCurrentRow);
+    EXPECT_EQ(ErrorOf([&] { rows.Field(0); }), ErrorNumber::kNoCurrentRow);
+  }
+}
+
+TEST_F(RecordsetTest, AddsRowsAndKnowsTheirKeys) {
+  Recordset contacts = OpenTable("MeContact");
+  contacts.AddNew();
+  contacts.SetField("name", "Dora");
+  EXPECT_EQ(contacts.Field("Name").AsText(), "Dora");
+  EXPECT_TRUE(contacts.Field("ID").IsNull());
+  contacts.Update();
+  EXPECT_EQ(contacts.Field("ID").AsInt(), 4);
+  EXPECT_EQ(contacts.Field("Name").AsText(), "Dora");
+  EXPECT_EQ(contacts.RecordCount(), 4);
+  EXPECT_EQ(contacts.AbsolutePosition(), 4);
+  contacts.AddNew();
+  contacts.Update();
+  EXPECT_EQ(contacts.Field("ID").AsInt(), 5) << "a row of nothing but its key";
+  contacts.AddNew();
+  contacts.SetField("Name", "never");
+  contacts.CancelUpdate();
+  contacts.MoveFirst();
+  EXPECT_EQ(contacts.Field("Name").AsText(), "Ann");
+  EXPECT_EQ(contacts.RecordCount(), 5);
+}
+
+TEST_F(RecordsetTest, KeepsEveryKindOfValue) {
+  Recordset email = OpenTable("Email");
+  std::string bytes("\0\xff'\x80", 4);
+  email.AddNew();
+  email.SetField("Subject",
+                 "Gr\xfc\xdf"
+                 "e");
+  email.SetField("ReceivedTime", DateTime::FromDate(102, 1, 2));
+  email.SetField("FilesNum", int64_t{1} << 40);
+  email.SetField("Weight", 2.5);
+  email.SetField("Body", std::string("a\0b", 3));
+  email.SetField("Active", Value());
+  email.Update();
+  Recordset file = OpenTable("FileRepository");
+  file.AddNew();
+  file.SetField("FileBody", Bytes{bytes});
+  file.Update();
+  Recordset read = OpenText("SELECT * FROM Email WHERE ID=" + email.Field("ID").AsText());
+  EXPECT_EQ(read.Field("Subject"), Value("Grüße"));
+  EXPECT_EQ(read.Field("ReceivedTime"), Value(DateTime::FromDate(102, 1, 2)));
+  EXPECT_EQ(read.Field("FilesNum"), Value(int64_t{1} << 40));
+  EXPECT_EQ(read.Field("Weight"), Value(2.5));
+  EXPECT_EQ(read.Field("Body"), Value(std::string("a\0b", 3)));
+  EXPECT_TRUE(read.Field("Active").IsNull());
+  EXPECT_EQ(OpenTable("FileRepository").Field("FileBody"), Value(Bytes{bytes}));
+}
+
+TEST_F(RecordsetTest, ChangesTheCurrentRow) {
+  Recordset hot = OpenText("SELECT Active FROM Email WHERE ID=5");
+  hot.SetField("Active", "+");
+  EXPECT_EQ(hot.Field("Active").AsText(), "+");
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Active='+'"), "") << "not before Update";
+  hot.Update();
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Active='+'"), "5");
+  hot.Requery();
+  hot.SetField("Active", Value());
+  hot.Update();
+  EXPECT_EQ(Column("SELECT ID FROM Email WHERE Active='+'"), "");
+
+  Recordset all = OpenText("SELECT * From Email ORDER BY ID DESC");
+  for (; !all.Eof(); all.MoveNext()) {
+    all.SetField("Body", "body of " + all.Field("ID").AsText());
+    if (all.Field("ID").AsInt() % 2 == 0) all.Update();  // the others by moving on
+  }
+  EXPECT_EQ(Column("SELECT Body FROM Email WHERE ID > 4"), "body of 5|body of 6");
+}
+
+TEST_F(RecordsetTest, ChangesOnlyWhatItMay) {
+  Recordset readOnly;
+  readOnly.Open("SELECT * FROM MeContact", connection_);
+  EXPECT_EQ(ErrorOf([&] { readOnly.AddNew(); }), ErrorNumber::kNotUpdatable);
+  EXPECT_EQ(ErrorOf([&] { readOnly.SetField("Name", "x"); }), ErrorNumber::kNotUpdatable);
+  EXPECT_EQ(ErrorOf([&] { readOnly.Delete(); }), ErrorNumber::kNotUpdatable);
+  Recordset kept = OpenText("SELECT Count(*) FROM MeContact");
+  EXPECT_EQ(ErrorOf([&] { kept.AddNew(); }), ErrorNumber::kNotUpdatable);
+  Recordset list = OpenText(std::string(kListItems) + "ORDER BY Email.ID");
+  EXPECT_EQ(ErrorOf([&] { list.SetField("FromTo", "x"); }), ErrorNumber::kNotUpdatable);
+  list.SetField("Subject", "changed");
+  list.Update();
+  EXPECT_EQ(Column("SELECT Subject FROM Email WHERE ID=1"), "changed");
+}
+
+TEST_F(RecordsetTest, DeletesTheCurrentRow) {
+  Recordset rows = OpenText("SELECT * FROM Email ORDER BY ID");
+  rows.SetAbsolutePosition(2);
+  rows.Delete();
+  EXPECT_TRUE(rows.Field("Subject").IsNull());
+  EXPECT_EQ(rows.RecordCount(), 5);
+  rows.MoveNext();
+  EXPECT_EQ(rows.Field("ID").AsInt(), 3);
+  rows.MoveLast();
+  rows.Delete();
+  rows.MoveNext();
+  EXPECT_TRUE(rows.Eof());
+  rows.MovePrevious();
+  EXPECT_EQ(rows.Field("ID").AsInt(), 5);
+  EXPECT_EQ(Column("SELECT ID FROM Email"), "1|3|4|5");
+}
+
+TEST_F(RecordsetTest, KeepsItsRowsWhileOthersChangeThem) {
+  Recordset rows = OpenText("SELECT * FROM Email ORDER BY ID");
+  EXPECT_EQ(rows.RecordCount(), 6);
+  Run("DELETE * FROM Email WHERE ID=2");
+  Run("UPDATE Email SET Subject='new' WHERE ID=1");
+  Run("INSERT INTO Email (Subject) VALUES ('seventh')");
+  EXPECT_EQ(rows.Field("Subject").AsText(), "new");
+  rows.MoveNext();
+  EXPECT_TRUE(rows.Field("ID").IsNull()) << "deleted meanwhile";
+  EXPECT_EQ(ErrorOf([&] {
+              rows.SetField("Subject", "x");
+              rows.Update();
+            }),
+            ErrorNumber::kNoCurrentRow);
+  rows.CancelUpdate();
+  EXPECT_EQ(rows.RecordCount(), 6);
+  rows.Requery();
+  EXPECT_EQ(Ids(rows), "1 3 4 5 6 7 ");
+}
+
+TEST_F(RecordsetTest, FindsFromTheCurrentRowOn) {
+  struct Case {
+    const char* what;
+    const char* sql;
+    const char* criteria;
+    int64_t from;
+    int64_t found;  // an ID; 0 none
+  };
+  const char* table = "SELECT * FROM Email ";
+  const char* sorted = "SELECT * FROM Email ORDER BY ID DESC";
+  const Case kCases[] = {
+      {"case is ignored", table, "Subject = 'SUBJECT 0'", 1, 2},
+      {"no blanks", table, "Subject='subject 0'", 3, 4},
+      {"the current row counts", table, "[Subject] = 'Subject 1'", 5, 5},
+      {"not found", table, "Subject = 'Subject 1'", 6, 0},
+      {"an accent counts", table, "Subject = 'Sübject 1'", 1, 0},
+      {"a number", table, "ID = 3", 1, 3},
+      {"a negative number", table, "ID > -5", 2, 2},
+      {"like", table, "Subject Like '%T 0%'", 1, 2},
+      {"not equal", table, "Direction <> 'In'", 4, 6},
+      {"a date", table, "ReceivedTime >= #03/04/2005#", 1, 4},
+      {"a sorted query", sorted, "Subject = 'subject 0'", 2, 4},
+      {"a sorted query, not found", sorted, "ID > 5", 2, 0},
+      {"a sorted query, like", sorted, "Direction like 'o%'", 2, 3},
+  };
+  for (const Case& test : kCases) {
+    SCOPED_TRACE(test.what);
+    Recordset rows = OpenText(test.sql);
+    rows.SetAbsolutePosition(test.from);
+    rows.Find(test.criteria);
+    EXPECT_EQ(rows.Eof() ? 0 : rows.Field("ID").AsInt(), test.found);
+  }
+  Recordset rows = OpenTable("Email");
+  for (const char* wrong : {"", "Subject", "Subject =", "Subject = x", "Subject = 'a' AND ID=1",
+                            "Subject & 'a'", "'a' = Subject"}) {
+    EXPECT_EQ(ErrorOf([&] { rows.Find(wrong); }), 1) << wrong;
+  }
+  EXPECT_EQ(ErrorOf([&] { rows.Find("None = 1"); }), ErrorNumber::kNoSuchItem);
+}
+
+TEST_F(RecordsetTest, LooksUpBeforeItAdds) {
+  // As contacts are kept: the recordset lives on, is queried anew, searched and added to.
+  Recordset contacts = OpenText("SELECT * FROM MeContact ");
+  auto idOf = [&](const std::string& name) {
+    contacts.Requery();
+    bool found = false;
+    std::string quoted;
+    for (char c : name) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    if (!(contacts.Eof() && contacts.Bof())) {
+      contacts.MoveFirst();
+      contacts.Find("Name = '" + quoted + "'");
+      found = !contacts.Eof();
+    }
+    if (!found) {
+      contacts.AddNew();
+      contacts.SetField("Name", name);
+      contacts.Update();
+    }
+    return contacts.Field("ID").AsInt();
+  };
+  EXPECT_EQ(idOf("bob"), 2);
+  EXPECT_EQ(idOf("O'Neil"), 4);
+  EXPECT_EQ(idOf("ZOË"), 3);
+  EXPECT_EQ(idOf("o'neil"), 4);
+  // Moving on from a row that was found goes to its neighbour.
+  contacts.Requery();
+  contacts.Find("ID = 2");
+  contacts.MoveNext();
+  EXPECT_EQ(contacts.Field("Name").AsText(), "Zoë");
+  contacts.Find("Name = 'Ann'");
+  EXPECT_TRUE(contacts.Eof());
+  Run("DELETE * FROM MeContact");
+  EXPECT_EQ(idOf("first of all"), 5);
+}
+
+TEST_F(RecordsetTest, AskingForTheEndFetchesNoKeys) {
+  // With a handler that stops any statement of more than a few thousand steps.
+  connection_.BeginGroup();
+  for (int i = 0; i < 20000; i++) Run("INSERT INTO ObjectList VALUES (" + std::to_string(i) + ")");
+  connection_.EndGroup();
+  connection_.SetProgressHandler([] { return true; });
+  Recordset list = OpenTable("ObjectList");
+  EXPECT_FALSE(list.Eof());
+  EXPECT_FALSE(list.Bof());
+  EXPECT_EQ(list.Field("ID").AsInt(), 0);
+  list.AddNew();
+  list.SetField("ID", 5);
+  list.Update();
+  EXPECT_EQ(list.Field("ID").AsInt(), 5);
+  EXPECT_EQ(ErrorOf([&] { list.MoveLast(); }), 9);
+  connection_.SetProgressHandler({});
+  list.MoveLast();
+  EXPECT_EQ(list.AbsolutePosition(), 20001);
+}
+
+TEST_F(RecordsetTest, OpenAndClosed) {
+  Recordset rows;
+  EXPECT_EQ(ErrorOf([&] { rows.Close(); }), ErrorNumber::kObjectClosed);
+  EXPECT_EQ(ErrorOf([&] { rows.MoveFirst(); }), ErrorNumber::kObjectClosed);
+  EXPECT_EQ(ErrorOf([&] { rows.RecordCount(); }), ErrorNumber::kObjectClosed);
+  rows.Open("SELECT * FROM Email", connection_);
+  EXPECT_EQ(ErrorOf([&] { rows.Open("Email", connection_); }), 3705);
+  rows.Close();
+  EXPECT_EQ(ErrorOf([&] { rows.Open("DELETE * FROM Email", connection_); }), 1);
+  EXPECT_EQ(ErrorOf([&] {
+              rows.Open("NoTable", connection_, CursorType::kKeyset, LockType::kReadOnly,
+                        CommandType::kTable);
+            }),
+            1);
+  EXPECT_FALSE(rows.IsOpen());
+  rows.Open("SELECT Count(*) AS N FROM Email", connection_);
+  EXPECT_EQ(rows.Field("N").AsInt(), 6);
+}
+
+TEST_F(RecordsetTest, MaySurviveTheConnection) {
+  Recordset rows;
+  {
+    testing::TempFolder folder;
+    CreateDatabaseFile(folder.File("a.twr"), kPassword, MailTables(), 1);
+    Connection connection;
+    OpenFile(connection, folder.File("a.twr"));
+    rows.Open("SELECT * FROM Email", connection);
+  }
+  EXPECT_FALSE(rows.IsOpen());
+}
+
+// The groups of a query whose first item is a number, with their text in one case.
+std::multiset<std::string> GroupsOf(const std::string& query, Connection& connection) {
+  std::multiset<std::string> groups;
+  Recordset rows;
+  for (rows.Open(query, connection); !rows.Eof(); rows.MoveNext()) {
+    groups.insert(rows.Field(0).AsText() + "|" + FoldText(rows.Field(1).AsText()));
+  }
+  return groups;
+}
+
+TEST_F(RecordsetTest, CountsOfGroupsAreTheEnginesOwn) {
+  Run("DELETE FROM Email");
+  for (const char* row :
+       {"'In', 'x', 7, 0.5, #03/07/2005 23:59:59#", "'in', 'X', 7, 0.5, #03/07/2005#",
+        "'Out', 'x', 7, -0.5, #12/31/1969 23:59:59#", "'OUT', '', Null, Null, #12/31/1969#",
+        "'Out', 'y', 7, 0, Null", "'', 'ÿ', 8, 0, #03/08/2005#", "Null, 'Ÿ', 8, 0.5, Null"}) {
+    Run("INSERT INTO Email (Direction, Subject, FromTo, Weight, ReceivedTime) VALUES (" +
+        std::string(row) + ")");
+  }
+  for (const std::string group :
+       {"Direction", "Subject", "FromTo", "Weight", "DateValue(ReceivedTime)",
+        "DateValue(ReceivedTime), Email.Direction", "Subject, Direction", "Direction, Active"}) {
+    std::string rest = ", " + group +
+                       " FROM Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID "
+                       "WHERE Email.ID > 0 GROUP BY " +
+                       group;
+    // A sum of ones is left to the engine.
+    EXPECT_EQ(GroupsOf("SELECT Count(*) AS Messages" + rest, connection_),
+              GroupsOf("SELECT Sum(1) AS Messages" + rest, connection_))
+        << group;
+  }
+  EXPECT_EQ(GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
+                     connection_),
+            (std::multiset<std::string>{"3|" + FoldText("x"), "1|", "1|" + FoldText("y"),
+                                        "2|" + FoldText("ÿ")}));
+}
+
+}  // namespace
+}  // namespace tarnwick::jet
