@@ -139,7 +139,8 @@ struct StoreContext {
     if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
     std::string all;
     for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
-    core::WriteLog("Outlook item damaged, not all of it is taken (" + all + "): " + subject);
+    core::WriteLog("Outlook item damaged, not all of it is taken (" + all +
+                   "): " + core::LoggedMailText(subject));
   }
 
   std::string EntryID(uint32_t node) const {
