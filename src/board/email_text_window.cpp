@@ -43,8 +43,8 @@ QString Shown(const std::string& text) {
   return shown;
 }
 
-// The subject as it is. A folded one is in one line again, and "[*]", by which a window marks what is
-// not saved yet, is written as the toolkit wants it for itself.
+// The subject as it is. A folded one is in one line again, and "[*]", by which a window marks what
+// is not saved yet, is written as the toolkit wants it for itself.
 QString Caption(const std::string& subject) {
   QString caption = QString::fromStdString(subject).remove(u'\r').remove(u'\n');
   for (QChar& c : caption) {

@@ -21,10 +21,16 @@ std::string Word(const std::string& typed) {
   return std::string(core::Trim(core::SanitizeFilterText(typed)));
 }
 
+// False when the person stopped the search for it; the list's own query is stopped next.
 bool HasRow(const std::string& query) {
-  jet::Recordset rows;
-  rows.Open(query, repository::RepositoryDb());
-  return !rows.Eof();
+  try {
+    jet::Recordset rows;
+    rows.Open(query, repository::RepositoryDb());
+    return !rows.Eof();
+  } catch (const Error& error) {
+    if (!core::IsStop(error)) throw;
+    return false;
+  }
 }
 
 bool IsListed(const std::string& name, const std::string& query) {
