@@ -72,7 +72,8 @@ class Recordset {
   Value Field(int index);
 
   // AddNew begins a row, SetField fills it (or changes the current row), Update writes it and makes
-  // it the current row, its key readable at once. CancelUpdate drops what was set.
+  // it the current row, its key readable at once. CancelUpdate drops what was set, and so does a
+  // SetField or Update that fails: the next row begins empty, and the current row is as before.
   void AddNew();
   void SetField(std::string_view name, Value value);
   void Update();
