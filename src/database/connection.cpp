@@ -83,6 +83,14 @@ int64_t Connection::LostUnits() const {
   return impl_->lostUnits;
 }
 
+void Connection::TakeBackGroup(const Error& reason) {
+  impl_->TakeBackGroup(reason);
+}
+
+bool Connection::HasTable(std::string_view table) const {
+  return impl_->HasTable(table);
+}
+
 void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
   impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"

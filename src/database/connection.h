@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "database/value.h"
+#include "platform/error.h"
 
 namespace tarnwick::jet {
 
@@ -83,6 +84,9 @@ class Connection {
   void EndGroup();
   bool InGroup() const;
   int64_t LostUnits() const;  // since the connection was opened
+  // Rolls back what is collected, as the engine does on a full disk: finished units count as lost,
+  // and what the present unit still writes is refused with the reason.
+  void TakeBackGroup(const Error& reason);
 
   // While on, what is written goes straight into the file, with a rollback journal beside it, and
   // not into the log first, and deleted rows are not overwritten: as safe, and a fraction of the
@@ -97,6 +101,8 @@ class Connection {
   // with the rows done and all there are; returning false ends it for now, and the next call goes
   // on from there. True when nothing is missing.
   bool CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
+
+  bool HasTable(std::string_view table) const;
 
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();

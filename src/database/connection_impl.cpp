@@ -174,7 +174,12 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->file = insert->file;
     program->writesFile = insert->file.has_value();
     if (insert->select && insert->select->file) program->file = insert->select->file;
-    writer.Write(*insert);
+    if (program->file && insert->IsCopyOfRows()) {
+      program->copy = std::make_shared<Insert>(std::move(*insert));
+      insert = program->copy.get();
+    } else {
+      writer.Write(*insert);
+    }
     const TableView* view = schema_->Find(insert->table);
     bool namesKey =
         view != nullptr &&
@@ -284,6 +289,28 @@ int64_t Connection::Impl::Execute(std::string_view sql) {
   return changed;
 }
 
+// Rows go by the names of their columns, for the files may be of different versions: what the
+// target has no column for stays behind, what the source has none for is Null.
+EngineSql Connection::Impl::CopyOf(Insert& copy) {
+  Catalog other(Engine(), kOtherSchema);
+  Catalog& from = copy.file ? *schema_ : other;
+  Catalog& to = copy.file ? other : *schema_;
+  const TableView* source = from.Find(copy.select->table.name);
+  const TableView* target = to.Find(copy.table);
+  if (source == nullptr || target == nullptr) throw Error(1, "no such table: " + copy.table);
+  copy.select->items.clear();
+  for (const std::string& column : target->columns) {
+    if (!source->Has(column)) continue;
+    copy.columns.push_back(column);
+    SelectItem& item = copy.select->items.emplace_back();
+    item.value.kind = Expression::Kind::kColumn;
+    item.value.text = column;
+  }
+  SqlWriter writer(*schema_, kOtherSchema);
+  writer.Write(copy);
+  return writer.Take();
+}
+
 int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Value>& literals) {
   OtherFile file(*this, literals[*program.file].AsText(), program.writesFile);
   // The statement must be gone before the file can be let go.
@@ -291,6 +318,7 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
     Program& program;
     ~Drop() { program.write.statement.reset(); }
   } drop{program};
+  if (program.copy) program.write.sql = CopyOf(*program.copy);
   version_++;
   return RunTold(Ready(program.write, literals));
 }
@@ -372,6 +400,22 @@ void Connection::Impl::Commit() {
   unsynced_ = true;
 }
 
+void Connection::Impl::TakeBackGroup(const Error& reason) {
+  if (!collecting_) return;
+  if (database_->InTransaction()) Own("ROLLBACK")->Run();
+  AfterFailure(reason);
+}
+
+bool Connection::Impl::HasTable(std::string_view table) {
+  Engine();
+  return schema_->Find(table) != nullptr;
+}
+
+void Connection::Impl::ForgetTables() {
+  programs_.Clear();
+  schema_ = std::make_unique<Catalog>(Engine());
+}
+
 void Connection::Impl::BeginGroup() {
   Engine();
   // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
@@ -395,7 +439,8 @@ void Connection::Impl::EndUnit() {
 
 void Connection::Impl::FlushGroup() {
   if (depth_ == 0 || !database_) return;
-  refusal_.reset();
+  // A refusal lasts until the unit's end: the rest of a unit whose beginning is gone would hang on
+  // a key that the next row is given.
   unitWrote_ = false;
   if (collecting_) Commit();
   if (unsynced_) database_->SyncLog();

@@ -46,6 +46,7 @@ struct Program {
   PreparedSql keys;
   PreparedSql row;
   PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
+  std::shared_ptr<Insert> copy;   // whole rows from file to file: written when both are open
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
   // plan.digest
@@ -112,6 +113,10 @@ class Connection::Impl {
   void EndUnit();
   void FlushGroup();
   void EndGroup();
+  void TakeBackGroup(const Error& reason);
+  bool HasTable(std::string_view table);
+  // After the tables were changed: what is known of them is read anew.
+  void ForgetTables();
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
 
@@ -156,6 +161,7 @@ class Connection::Impl {
   void PlaceKeys();
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
+  EngineSql CopyOf(Insert& copy);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
   void BeforeWrite();
   int64_t RunTold(Statement& statement);

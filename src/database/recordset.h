@@ -66,6 +66,7 @@ class Recordset {
 
   int FieldCount();
   std::string FieldName(int index);  // from 0
+  bool HasField(std::string_view name);
   // The current row's value, by name without regard to case, or by place from 0. Error 3021
   // without a current row, 3265 for a name that is none. During AddNew the values set so far.
   Value Field(std::string_view name);

@@ -57,6 +57,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   int FieldCount();
   std::string FieldName(int index);
+  bool HasField(std::string_view name);
   Value Field(std::string_view name);
   Value Field(int index);
 

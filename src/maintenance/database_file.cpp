@@ -25,6 +25,17 @@ using repository::RepositoryDb;
 // Behind the file's own name, so that no dialog lists it as a backup.
 constexpr const char* kUnfinished = ".unfinished";
 
+// The template may be of an older version, and would not hold all that is copied.
+void BringUpToDate(const std::string& file) {
+  jet::Connection connection;
+  connection.SetProvider(jet::kProvider);
+  connection.SetProperty(jet::kDataSourceProperty, file);
+  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.Open();
+  jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
+  connection.Close();
+}
+
 }  // namespace
 
 void OpenFile(jet::Connection& connection, const std::string& file) {
@@ -44,6 +55,16 @@ void RefuseProgramFile(const std::string& file) {
       throw Error(ErrorNumber::kPermissionDenied, "The program itself uses the file " + file);
     }
   }
+}
+
+void RefuseNewerFile(const std::string& file) {
+  jet::Connection connection;
+  try {
+    OpenFile(connection, file);
+  } catch (const Error&) {
+    return;  // IsItFullBackup tells what that is
+  }
+  jet::RequireVersion(connection, repository::kSchemaVersion);
 }
 
 bool MayReplace(const std::string& file) {
@@ -67,7 +88,7 @@ int64_t CountRows(jet::Connection& connection, std::string_view table) {
 std::vector<TableCount> CountBackupTables(jet::Connection& connection) {
   std::vector<TableCount> counts;
   for (std::string_view table : kBackupTables) {
-    counts.push_back({table, CountRows(connection, table)});
+    if (connection.HasTable(table)) counts.push_back({table, CountRows(connection, table)});
   }
   return counts;
 }
@@ -109,6 +130,7 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(f
   try {
     std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
     platform::CopyFile(emptyRepository, path_);
+    BringUpToDate(path_);
   } catch (...) {
     std::remove(path_.c_str());
     throw;

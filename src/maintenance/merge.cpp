@@ -129,6 +129,7 @@ bool IsMergeable(const std::string& file) {
     return false;
   }
   RefuseProgramFile(file);
+  RefuseNewerFile(file);
   switch (IsItFullBackup(file)) {
     case 1:
       return true;
