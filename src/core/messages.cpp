@@ -56,6 +56,7 @@ void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
+  State().LastReportedError = text;
   if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
   WriteLog(prefixed);
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "core/guard.h"
 #include "core/messages.h"
@@ -56,6 +57,7 @@ class Check {
       WatchScope watch(run_, RepositoryDb(), true);
       LookAtFile(RepositoryDb());
       LookAtFile(ParameterDb());
+      ReadUnfinished();
       std::vector<int64_t> ids = Identifiers();
       run_.Begin(static_cast<int64_t>(ids.size()));
       for (int64_t id : ids) {
@@ -93,6 +95,14 @@ class Check {
         Add(0, file.DataSource() + ": " + found.substr(begin, end - begin));
         begin = end + 1;
       }
+    });
+  }
+
+  void ReadUnfinished() {
+    Attempt(0, "Table Unfinished", [&] {
+      jet::Recordset rows;
+      rows.Open("SELECT EmailID FROM Unfinished", RepositoryDb());
+      for (; !rows.Eof(); rows.MoveNext()) unfinished_.insert(rows.Field("EmailID").AsInt());
     });
   }
 
@@ -142,6 +152,9 @@ class Check {
     });
     if (!exists) return false;
     ++report_.messages;
+    if (unfinished_.count(id) != 0) {
+      Add(id, "An error ended its storing half way; the next load of its store makes it whole");
+    }
     bool isRead = report_.damage.size() == before;
     for (size_t i = 0; i < kChildren.size(); ++i) {
       const ChildTable& child = kChildren[i];
@@ -207,6 +220,7 @@ class Check {
 
   CheckReport& report_;
   Run run_;
+  std::set<int64_t> unfinished_;  // the messages that are marked as left by half
   bool listIsTorn_ = false;
 };
 
