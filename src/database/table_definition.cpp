@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <set>
 
-#include "database/catalog.h"
 #include "database/connection_impl.h"
-#include "database/engine.h"
-#include "database/functions.h"
+#include "database/engine/catalog.h"
+#include "database/engine/engine.h"
+#include "database/engine/functions.h"
 #include "database/new_file.h"
-#include "database/text_order.h"
+#include "database/text/order.h"
 #include "platform/files.h"
 
 namespace tarnwick::jet {
@@ -126,7 +126,7 @@ int64_t VersionOf(Database& engine) {
 }  // namespace
 
 void RequireVersion(Connection& connection, int schemaVersion) {
-  if (VersionOf(connection.GetImpl().Engine()) <= schemaVersion) return;
+  if (VersionOf(connection.GetImpl().session.Engine()) <= schemaVersion) return;
   throw Error(ErrorNumber::kNewerFile, "The file " + connection.DataSource() +
                                            " was written by a newer version of Tarnwick; install "
                                            "that version to open it");
@@ -136,18 +136,18 @@ void ReserveKeys(Connection& connection, std::string_view table,
                  std::span<const Reference> references) {
   // No file has more rows; a damaged reference beyond would leave no keys to give.
   constexpr int64_t kHighestKey = int64_t{1} << 40;
-  Database& engine = connection.GetImpl().Engine();
+  Database& engine = connection.GetImpl().session.Engine();
   int64_t highest = 0;
   for (const Reference& reference : references) {
     std::string column = QuotedName(reference.column);
     Statement last(engine, "SELECT " + column + " FROM main." + QuotedName(reference.table) +
                                " WHERE " + column + " <= ?1 ORDER BY " + column + " DESC LIMIT 1");
     last.Bind(1, kHighestKey);
-    if (connection.GetImpl().StepRead(last)) highest = std::max(highest, last.Int(0));
+    if (connection.GetImpl().session.StepRead(last)) highest = std::max(highest, last.Int(0));
   }
   Statement given(engine, "SELECT seq FROM main.sqlite_sequence WHERE name = ?1");
   given.BindText(1, table);
-  bool isKnown = connection.GetImpl().StepRead(given);
+  bool isKnown = connection.GetImpl().session.StepRead(given);
   if (highest <= (isKnown ? given.Int(0) : 0)) return;
   Statement reserve(engine, isKnown
                                 ? "UPDATE main.sqlite_sequence SET seq = ?2 WHERE name = ?1"
@@ -155,13 +155,13 @@ void ReserveKeys(Connection& connection, std::string_view table,
   reserve.BindText(1, table);
   reserve.Bind(2, highest);
   given.Reset();
-  connection.GetImpl().RunWrite(reserve);
+  connection.GetImpl().session.RunWrite(reserve);
 }
 
 void UpdateTables(Connection& connection, std::span<const TableDefinition> tables,
                   int schemaVersion) {
   RequireVersion(connection, schemaVersion);
-  Database& engine = connection.GetImpl().Engine();
+  Database& engine = connection.GetImpl().session.Engine();
   std::set<std::string> unknown = IndexesOf(engine, tables);
   Catalog catalog(engine);
   std::string sql;
