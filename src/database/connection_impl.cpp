@@ -9,6 +9,12 @@
 
 namespace tarnwick::jet {
 
+namespace {
+
+constexpr size_t kMostLiterals = 300;
+
+}  // namespace
+
 Connection::Impl::~Impl() {
   try {
     Close();
@@ -29,7 +35,6 @@ void Connection::Impl::Close() {
   users_.clear();
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
-  lastKeys_.reset();
   index_.reset();
   digest_.reset();
   lastTested_ = {};
@@ -45,27 +50,15 @@ void Connection::Impl::Close() {
 std::shared_ptr<Program> Connection::Impl::Translate(std::string_view sql) {
   session.Engine();
   Lift(sql, lifted_);
-  PlaceKeys();
-  bool hasKeys = !lifted_.keyTables.empty();
-  if (!hasKeys) {
+  // A program holds its lists of keys; a list of thousands of texts is not worth keeping either.
+  bool isKept = lifted_.keyLists.empty() && lifted_.literals.size() <= kMostLiterals;
+  if (isKept) {
     if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
   }
   std::shared_ptr<Program> program = MakeProgram(Parse(lifted_));
-  lifted_.keyTables.clear();
-  if (!lifted_.numbersInline && !hasKeys && !program->file) programs_.Add(lifted_.shape, program);
-  return program;
-}
-
-// An export copies table after table by one list: it is kept until a statement comes without.
-void Connection::Impl::PlaceKeys() {
-  if (lifted_.keyLists.empty()) return lastKeys_.reset();
-  for (KeyList& keys : lifted_.keyLists) {
-    if (!lastKeys_ || lastKeys_->Keys() != keys) {
-      lastKeys_ = std::make_shared<KeyTable>(session, std::move(keys), ++keyTables_);
-    }
-    lifted_.keyTables.push_back(lastKeys_);
-  }
   lifted_.keyLists.clear();
+  if (isKept && !program->file) programs_.Add(lifted_.shape, program);
+  return program;
 }
 
 std::shared_ptr<Program> Connection::Impl::TranslateTable(std::string_view table) {
@@ -164,8 +157,10 @@ PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value
 }
 
 Statement& Connection::Impl::Prepared(PreparedSql& sql) {
-  for (const std::shared_ptr<KeyTable>& keys : sql.sql.keys) keys->Fill();
-  if (!sql.statement) sql.statement = std::make_unique<Statement>(session.Engine(), sql.sql.text);
+  if (!sql.statement) {
+    bool readsKeys = !sql.sql.keys.empty();
+    sql.statement = std::make_unique<Statement>(session.Engine(), sql.sql.text, readsKeys);
+  }
   return *sql.statement;
 }
 
@@ -174,10 +169,12 @@ Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Valu
   for (size_t literal : prepared.sql.literals) {
     statement.BindValue(static_cast<int>(literal) + kFirstLiteral, literals[literal]);
   }
+  for (const std::shared_ptr<const KeyList>& list : prepared.sql.keys) {
+    statement.BindKeys(static_cast<int>(list->literal) + kFirstLiteral, list->keys);
+  }
   if (prepared.sql.usesDate) {
     statement.Bind(kDateParameter, platform::Now().DatePart().Seconds());
   }
-  if (prepared.sql.usesNow) statement.Bind(kNowParameter, platform::Now().Seconds());
   return statement;
 }
 

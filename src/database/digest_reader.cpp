@@ -184,8 +184,8 @@ void DigestReader::KeepHolding(Places& places) {
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
   size_t size = size_t{digest_.HighestKey()} + 1;
-  bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
-  if (last.condition != condition || last.version != connection_.session.Version() || asksClock) {
+  if (last.condition != condition || last.version != connection_.session.Version() ||
+      plan_.rows->usesDate) {
     last = {std::move(condition), connection_.session.Version(), false, Marks(size), Marks(size)};
     // What a text index does not propose does not hold.
     if (auto proposed = connection_.Proposed(program_.plan, literals_)) {

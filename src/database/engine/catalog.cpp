@@ -33,10 +33,6 @@ bool TableView::IsText(std::string_view column) const {
   return DeclaredType(column) == "TEXT";
 }
 
-bool TableView::IsWholeNumber(std::string_view column) const {
-  return DeclaredType(column) == "INTEGER";
-}
-
 ColumnKind TableView::KindOf(std::string_view column) const {
   return KindOfDeclared(DeclaredType(column));
 }

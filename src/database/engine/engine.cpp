@@ -39,12 +39,13 @@ ColumnKind KindOfDeclared(std::string_view type) {
   return ColumnKind::kAny;
 }
 
-Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
-  // The library functions of the engine that make tables of themselves are of no use here.
+Statement::Statement(Database& database, std::string_view sql, bool readsKeys)
+    : database_(&database) {
+  // Of the engine's functions that make tables of themselves the one that lists keys is of use.
+  unsigned flags = SQLITE_PREPARE_PERSISTENT | (readsKeys ? 0U : SQLITE_PREPARE_NO_VTAB);
   const char* tail = nullptr;
   int code =
-      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql),
-                         SQLITE_PREPARE_PERSISTENT | SQLITE_PREPARE_NO_VTAB, &handle_, &tail);
+      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql), flags, &handle_, &tail);
   if (code != SQLITE_OK) database.Fail(code);
   if (handle_ == nullptr) throw Error(SQLITE_ERROR, "empty statement");
   database.statementsPrepared_++;
@@ -111,6 +112,13 @@ void Statement::BindValue(int index, const Value& value) {
         }
       },
       value.Data());
+}
+
+void Statement::BindKeys(int index, const std::vector<int64_t>& keys) {
+  if (keys.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
+  int code = sqlite3_carray_bind(handle_, index, const_cast<int64_t*>(keys.data()),
+                                 static_cast<int>(keys.size()), SQLITE_CARRAY_INT64, SQLITE_STATIC);
+  if (code != SQLITE_OK) database_->Fail(code);
 }
 
 void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {

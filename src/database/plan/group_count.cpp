@@ -37,8 +37,8 @@ bool IsCountOfRows(const Expression& value) {
 }  // namespace
 
 std::optional<std::vector<size_t>> PlanGroupCount(const Select& select) {
-  bool plain = !select.distinct && !select.top && !select.file && !select.having &&
-               select.orderBy.empty() && !select.groupBy.empty() &&
+  bool plain = !select.distinct && !select.top && !select.file && select.orderBy.empty() &&
+               !select.groupBy.empty() &&
                std::all_of(select.groupBy.begin(), select.groupBy.end(), IsColumnOrDay);
   if (!plain) return std::nullopt;
   std::vector<size_t> items;

@@ -27,7 +27,7 @@ class Planner {
       : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()) {}
 
   bool CanBeKeyed() {
-    if (select_.file || !select_.groupBy.empty() || select_.having) return false;
+    if (select_.file || !select_.groupBy.empty()) return false;
     if (std::any_of(tables_.begin(), tables_.end(),
                     [](const SelectShape::Source& s) { return !s.view; })) {
       return false;
@@ -37,7 +37,6 @@ class Planner {
       ItemPlaces(item);
     }
     for (size_t i = 0; i < select_.joins.size(); i++) {
-      if (select_.joins[i].kind == Join::Kind::kCross) return false;
       onKey_.push_back(JoinsByKey(i));
     }
     for (const OrderItem& item : select_.orderBy) shape_.Collect(item.value, orderPlaces_);
@@ -108,7 +107,7 @@ class Planner {
 
   // ON its key = a column of a table further left.
   bool JoinsByKey(size_t join) const {
-    const Expression& on = *select_.joins[join].on;
+    const Expression& on = select_.joins[join].on;
     if (on.kind != Kind::kCompare || on.text != "=") return false;
     for (size_t side = 0; side < 2; side++) {
       const Expression& key = on.operands[side];
@@ -146,7 +145,7 @@ class Planner {
       bool inner = asCondition && select_.joins[i].kind == Join::Kind::kInner;
       if (!inner && !needed.contains(i + 1)) continue;
       joins.insert(i);
-      shape_.Collect(*select_.joins[i].on, needed);
+      shape_.Collect(select_.joins[i].on, needed);
     }
     return joins;
   }
