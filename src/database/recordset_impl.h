@@ -89,7 +89,6 @@ class Recordset::Impl final : public ConnectionUser {
   void AddKey(int64_t key);
   bool FetchFromDigest();
   bool CountFromDigest();
-  void FetchByText();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();

@@ -36,10 +36,6 @@ class RowKeys {
       narrow_.push_back(static_cast<uint32_t>(key));
     }
   }
-  void Shorten(size_t size) {
-    if (size >= Size()) return;
-    isWide_ ? wide_.resize(size) : narrow_.resize(size);
-  }
   void Erase(size_t index) {
     auto offset = static_cast<std::ptrdiff_t>(index);
     if (isWide_) {

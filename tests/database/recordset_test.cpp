@@ -272,6 +272,22 @@ TEST_F(RecordsetTest, KeepsItsRowsWhileOthersChangeThem) {
   EXPECT_EQ(Ids(rows), "1 3 4 5 6 7 ");
 }
 
+TEST_F(RecordsetTest, ShowsWhatOthersHaveWrittenInARowThatItRead) {
+  for (size_t size : {10, 10000}) {
+    SCOPED_TRACE(size);
+    Recordset rows;
+    rows.Open("SELECT ID, Body FROM Email ORDER BY ID", connection_, CursorType::kKeyset);
+    for (char c : {'a', 'b', 'c'}) {
+      std::string body(size, c);
+      Run("UPDATE Email SET Body = '" + body + "' WHERE ID = 1");
+      EXPECT_TRUE(rows.Field("Body").AsText() == body) << c;
+    }
+    Run("DELETE * FROM Email WHERE ID = 1");
+    EXPECT_TRUE(rows.Field("Body").IsNull());
+    Run("INSERT INTO Email (ID) VALUES (1)");
+  }
+}
+
 TEST_F(RecordsetTest, FindsFromTheCurrentRowOn) {
   struct Case {
     const char* what;

@@ -8,7 +8,6 @@
 #include "database/text/fold.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
-#include "database/text/sort.h"
 
 #include <gtest/gtest.h>
 
@@ -67,32 +66,6 @@ TEST(TextOrder, IsTotalAndEqualsExactlyWhereFoldsDo) {
       ASSERT_EQ(order == 0, FoldText(texts[i]) == FoldText(texts[j]));
     }
   }
-}
-
-TEST(TextSorter, SortsAsTheComparisonDoes) {
-  std::mt19937 random(5);
-  std::vector<std::pair<std::string, int64_t>> rows;
-  TextSorter up;
-  TextSorter down;
-  for (int64_t key = 0; key < 5000; key++) {
-    std::string text = RandomText(random);
-    // Beyond what is compared without looking at the text, and around it.
-    if (random() % 2 == 0) text = std::string(random() % 24, 'x') + text;
-    up.Add(key, text);
-    down.Add(key, text);
-    rows.emplace_back(std::move(text), key);
-  }
-  up.Add(5000, std::nullopt);
-  down.Add(5000, std::nullopt);
-  std::sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) {
-    int order = CompareTextFully(a.first, b.first);
-    return order != 0 ? order < 0 : a.second < b.second;
-  });
-  std::vector<int64_t> keys = {5000};
-  for (const auto& row : rows) keys.push_back(row.second);
-  EXPECT_EQ(up.Sorted(false), keys);
-  std::reverse(keys.begin(), keys.end());
-  EXPECT_EQ(down.Sorted(true), keys);
 }
 
 TEST(TextOrder, OrdersAsPeopleDo) {

@@ -156,13 +156,6 @@ class Planner {
     for (size_t i : joins) writer.JoinClause(select_.joins[i], false);
   }
 
-  // The order is that of one text column, which TextSorter sorts faster than the engine.
-  bool SortsByText() const {
-    if (select_.orderBy.size() != 1) return false;
-    const Expression& value = select_.orderBy.front().value;
-    return value.kind == Kind::kColumn && tables_[shape_.PlaceOf(value)].view->IsText(value.text);
-  }
-
   void FindTerms(const Expression& condition, ReadPlan& plan, std::optional<size_t>& place) const {
     if (condition.kind == Kind::kChain && condition.text == "AND") {
       for (const Expression& part : condition.operands) FindTerms(part, plan, place);
@@ -202,17 +195,6 @@ class Planner {
     if (narrowed) writer.Narrow(narrow_);
     writer.Text("SELECT ");
     shape_.WriteKey(writer, 0);
-    if (SortsByText()) {
-      const OrderItem& item = select_.orderBy.front();
-      plan.sortText =
-          item.descending ? ReadPlan::SortText::kDescending : ReadPlan::SortText::kAscending;
-      writer.Text(", ");
-      writer.Value(item.value);
-      From(writer, joins);
-      writer.Where(select_.where);
-      plan.keys = writer.Take();
-      return;
-    }
     From(writer, joins);
     writer.Where(select_.where);
     writer.Text(" ORDER BY ");

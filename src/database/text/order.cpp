@@ -128,10 +128,6 @@ int CompareText(std::string_view a, std::string_view b) {
   return CompareTextFully(a, b);
 }
 
-uint8_t AsciiRank(char character) {
-  return TheCollator().Rank(character);
-}
-
 int32_t TextOrderVersion() {
   UVersionInfo collation;
   UVersionInfo unicode;
