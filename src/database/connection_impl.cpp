@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "database/text/fold.h"
 #include "platform/clock.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -101,11 +101,11 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     if (insert->select && insert->select->file) program->file = insert->select->file;
     writer.Write(*insert);
     const TableView* view = schema_->Find(insert->table);
-    bool namesKey =
-        view != nullptr &&
-        (insert->columns.empty() ||
-         std::any_of(insert->columns.begin(), insert->columns.end(),
-                     [&](const std::string& column) { return SameWord(column, view->key); }));
+    bool namesKey = view != nullptr && (insert->columns.empty() ||
+                                        std::any_of(insert->columns.begin(), insert->columns.end(),
+                                                    [&](const std::string& column) {
+                                                      return platform::SameWord(column, view->key);
+                                                    }));
     if (namesKey && !insert->file) program->rewrites = insert->table;
   } else if (auto* update = std::get_if<Update>(&parsed)) {
     writer.Write(*update);
@@ -186,10 +186,10 @@ const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
   for (int i = 0; i < shown.statement->ColumnCount(); i++) {
     FieldInfo field;
     field.name = shown.statement->ColumnName(i);
-    if (base != nullptr && SameWord(shown.statement->OriginTable(i), program.plan.base)) {
+    if (base != nullptr && platform::SameWord(shown.statement->OriginTable(i), program.plan.base)) {
       field.column = shown.statement->OriginColumn(i);
       field.kind = base->KindOf(field.column);
-      field.isKey = !base->key.empty() && SameWord(base->key, field.column);
+      field.isKey = !base->key.empty() && platform::SameWord(base->key, field.column);
     }
     program.fields.push_back(std::move(field));
   }

@@ -7,7 +7,7 @@
 #include "database/digest_reader.h"
 #include "database/engine/functions.h"
 #include "database/plan/group_count.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -364,7 +364,7 @@ std::string Recordset::Impl::FieldName(int index) {
 size_t Recordset::Impl::FieldIndex(std::string_view name) {
   const std::vector<FieldInfo>& fields = Fields();
   for (size_t i = 0; i < fields.size(); i++) {
-    if (SameWord(fields[i].name, name)) return i;
+    if (platform::SameWord(fields[i].name, name)) return i;
   }
   throw Error(ErrorNumber::kNoSuchItem,
               "Item cannot be found in the collection corresponding to the requested name: " +

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "database/text/fold.h"
 #include "mail_database.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -419,7 +419,7 @@ std::multiset<std::string> GroupsOf(const std::string& query, Connection& connec
   std::multiset<std::string> groups;
   Recordset rows;
   for (rows.Open(query, connection); !rows.Eof(); rows.MoveNext()) {
-    groups.insert(rows.Field(0).AsText() + "|" + FoldText(rows.Field(1).AsText()));
+    groups.insert(rows.Field(0).AsText() + "|" + platform::FoldCase(rows.Field(1).AsText()));
   }
   return groups;
 }
@@ -445,10 +445,11 @@ TEST_F(RecordsetTest, CountsOfGroupsAreTheEnginesOwn) {
               GroupsOf("SELECT Sum(1) AS Messages" + rest, connection_))
         << group;
   }
-  EXPECT_EQ(GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
-                     connection_),
-            (std::multiset<std::string>{"3|" + FoldText("x"), "1|", "1|" + FoldText("y"),
-                                        "2|" + FoldText("ÿ")}));
+  EXPECT_EQ(
+      GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
+               connection_),
+      (std::multiset<std::string>{"3|" + platform::FoldCase("x"), "1|",
+                                  "1|" + platform::FoldCase("y"), "2|" + platform::FoldCase("ÿ")}));
 }
 
 }  // namespace

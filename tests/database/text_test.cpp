@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "database/text/fold.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
+#include "platform/charset.h"
 
 #include <gtest/gtest.h>
 
@@ -63,7 +63,7 @@ TEST(TextOrder, IsTotalAndEqualsExactlyWhereFoldsDo) {
       int order = CompareText(texts[i], texts[j]);
       ASSERT_LE(order, 0) << texts[i] << " / " << texts[j];
       ASSERT_EQ(order, -CompareText(texts[j], texts[i]));
-      ASSERT_EQ(order == 0, FoldText(texts[i]) == FoldText(texts[j]));
+      ASSERT_EQ(order == 0, FoldText(texts[i]) == platform::FoldCase(texts[j]));
     }
   }
 }
@@ -86,8 +86,10 @@ TEST(TextOrder, OrdersAsPeopleDo) {
 size_t PlainFind(const std::string& text, const std::string& part, bool& found) {
   std::vector<int32_t> folded;
   std::vector<int32_t> wanted;
-  for (size_t i = 0; i < text.size();) folded.push_back(FoldChar(NextChar(text, i)));
-  for (size_t i = 0; i < part.size();) wanted.push_back(FoldChar(NextChar(part, i)));
+  for (size_t i = 0; i < text.size();)
+    folded.push_back(platform::FoldChar(platform::NextChar(text, i)));
+  for (size_t i = 0; i < part.size();)
+    wanted.push_back(platform::FoldChar(platform::NextChar(part, i)));
   auto place = std::search(folded.begin(), folded.end(), wanted.begin(), wanted.end());
   found = place != folded.end() || wanted.empty();
   return static_cast<size_t>(place - folded.begin());
@@ -101,16 +103,18 @@ TEST(TextSearch, FindsWhatThePlainWayFinds) {
     for (int piece = 0; piece < 8; piece++) text += RandomText(random);
     std::string part = RandomText(random);
     // Stray bytes may be split from their neighbours in another way when walked backwards.
-    text = MendUtf8(text);
-    part = MendUtf8(part);
+    text = platform::MendUtf8(text);
+    part = platform::MendUtf8(part);
     bool found = false;
     size_t place = PlainFind(text, part, found);
     Needle::Match match = Needle(part).Find(text);
     ASSERT_EQ(match.begin != Needle::kNone, found) << '"' << text << "\" \"" << part << '"';
     if (!found) continue;
     hits++;
-    ASSERT_EQ(CountChars(std::string_view(text).substr(0, match.begin)), place) << text << part;
-    ASSERT_EQ(CountChars(std::string_view(text).substr(0, match.end)), place + CountChars(part));
+    ASSERT_EQ(platform::CountChars(std::string_view(text).substr(0, match.begin)), place)
+        << text << part;
+    ASSERT_EQ(platform::CountChars(std::string_view(text).substr(0, match.end)),
+              place + platform::CountChars(part));
   }
   EXPECT_GT(hits, 10000);
 }
@@ -179,10 +183,10 @@ TEST(Like, Patterns) {
 }
 
 TEST(MendUtf8, KeepsWhatIsTextAndReadsTheRestAsWindows1252) {
-  EXPECT_EQ(MendUtf8("Gr\xfc\xdf Grüß \x80 \x81"), "Grüß Grüß € \u0081");
-  EXPECT_EQ(MendUtf8("\xed\xa0\x80"), "í\u00A0€");
-  EXPECT_TRUE(IsWellFormed("日本 \U0001F600"));
-  EXPECT_FALSE(IsWellFormed("0123456789\xc0\xaf"));
+  EXPECT_EQ(platform::MendUtf8("Gr\xfc\xdf Grüß \x80 \x81"), "Grüß Grüß € \u0081");
+  EXPECT_EQ(platform::MendUtf8("\xed\xa0\x80"), "í\u00A0€");
+  EXPECT_TRUE(platform::IsValidUtf8("日本 \U0001F600"));
+  EXPECT_FALSE(platform::IsValidUtf8("0123456789\xc0\xaf"));
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <optional>
 
-#include "database/text/fold.h"
 #include "platform/error.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -104,7 +104,7 @@ class Lifter {
       while (position_ < sql_.size() && IsNamePart(sql_[position_])) position_++;
       std::string_view name = sql_.substr(start, position_ - start);
       Add(Token::Kind::kName, name);
-      if (SameWord(name, "in")) Keys();
+      if (platform::SameWord(name, "in")) Keys();
     } else if (IsDigit(c) ||
                (c == '.' && position_ + 1 < sql_.size() && IsDigit(sql_[position_ + 1]))) {
       Number();

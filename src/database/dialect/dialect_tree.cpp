@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -30,7 +30,7 @@ constexpr std::array<FunctionRule, 8> kFunctions = {{{"count", 1, true},
 
 const FunctionRule* FindFunction(std::string_view name) {
   for (const FunctionRule& rule : kFunctions) {
-    if (SameWord(rule.name, name)) return &rule;
+    if (platform::SameWord(rule.name, name)) return &rule;
   }
   return nullptr;
 }
@@ -68,7 +68,7 @@ class Parser {
   }
 
   bool IsWord(std::string_view word) const {
-    return Now().kind == Token::Kind::kName && SameWord(Now().text, word);
+    return Now().kind == Token::Kind::kName && platform::SameWord(Now().text, word);
   }
   bool IsSymbol(std::string_view symbol) const {
     return Now().kind == Token::Kind::kSymbol && Now().text == symbol;
@@ -110,7 +110,7 @@ class Parser {
   std::string TableOf() {
     std::string name = Name();
     for (std::string_view own : {"sqlite_", "tw_"}) {
-      if (SameWord(std::string_view(name).substr(0, own.size()), own)) {
+      if (platform::SameWord(std::string_view(name).substr(0, own.size()), own)) {
         RefuseSql("no such table: " + name);
       }
     }
@@ -124,7 +124,7 @@ class Parser {
         "inner",  "left",    "outer", "join",   "on",     "as",       "insert",
         "into",   "update",  "set",   "delete", "values", "distinct", "union"};
     for (std::string_view reserved : kReserved) {
-      if (SameWord(word, reserved)) return true;
+      if (platform::SameWord(word, reserved)) return true;
     }
     return false;
   }
@@ -460,7 +460,7 @@ class Parser {
   Expression Call() {
     std::string name(Now().text);
     place_ += 2;
-    if (SameWord(name, "date")) {
+    if (platform::SameWord(name, "date")) {
       NeedSymbol(")");
       return Of(Kind::kDate);
     }

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "database/engine/functions.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -66,7 +66,7 @@ const TableView* SqlWriter::ViewWith(const Expression& column) const {
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
     for (const Source& source : *scope) {
       bool here = column.table.empty() ? source.view != nullptr && source.view->Has(column.text)
-                                       : SameWord(source.shown, column.table);
+                                       : platform::SameWord(source.shown, column.table);
       if (here && source.view != nullptr) return source.view;
     }
   }
@@ -178,7 +178,7 @@ std::vector<SelectItem> SqlWriter::Expanded(const std::vector<SelectItem>& items
       continue;
     }
     for (const Source& source : scopes_.back()) {
-      bool meant = item.starTable.empty() || SameWord(item.starTable, source.shown);
+      bool meant = item.starTable.empty() || platform::SameWord(item.starTable, source.shown);
       if (!meant || source.view == nullptr) continue;
       for (const std::string& column : source.view->columns) {
         SelectItem named;

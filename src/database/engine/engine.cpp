@@ -10,7 +10,7 @@
 
 #include "database/engine/functions.h"
 #include "database/engine/packing.h"
-#include "database/text/fold.h"
+#include "platform/charset.h"
 #include "platform/error.h"
 
 namespace tarnwick::jet {
@@ -78,11 +78,11 @@ void Statement::Bind(int index, double value) {
 
 void Statement::BindText(int index, std::string_view text) {
   int code;
-  if (IsWellFormed(text)) {
+  if (platform::IsValidUtf8(text)) {
     code = sqlite3_bind_text64(handle_, index, text.empty() ? "" : text.data(), text.size(),
                                SQLITE_STATIC, SQLITE_UTF8);
   } else {
-    std::string mended = MendUtf8(text);
+    std::string mended = platform::MendUtf8(text);
     code = sqlite3_bind_text64(handle_, index, mended.data(), mended.size(), SQLITE_TRANSIENT,
                                SQLITE_UTF8);
   }
@@ -128,8 +128,8 @@ void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::
   bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
   if (!isLong || plain.empty()) return BindValue(index, value);
   bool isText = kind == ColumnKind::kLongText;
-  if (isText && !IsWellFormed(plain)) {
-    keep = MendUtf8(plain);
+  if (isText && !platform::IsValidUtf8(plain)) {
+    keep = platform::MendUtf8(plain);
     plain = keep;
   }
   std::string_view packed = Pack(plain);

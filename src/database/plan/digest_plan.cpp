@@ -7,7 +7,7 @@
 
 #include "database/plan/read_plan.h"
 #include "database/plan/select_shape.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -28,7 +28,8 @@ class DigestPlanner {
 
   // nullopt: the digest is of no use.
   std::optional<DigestPlan> Plan() const {
-    if (!SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr) return {};
+    if (!platform::SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr)
+      return {};
     if (select_.file || select_.top || !select_.groupBy.empty()) return {};
     DigestPlan plan;
     DigestParts parts;
@@ -66,7 +67,7 @@ class DigestPlanner {
             shape_.IsColumn(other, 0, digest_.reference)) {
           parts.reference = i + 1;
           isKnown = true;
-        } else if (!parts.details && SameWord(join.table.name, digest_.details) &&
+        } else if (!parts.details && platform::SameWord(join.table.name, digest_.details) &&
                    shape_.IsColumn(own, i + 1, digest_.detailKey) && shape_.IsKeyOf(0, other)) {
           parts.details = i + 1;
           isKnown = true;

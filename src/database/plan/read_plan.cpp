@@ -8,7 +8,7 @@
 
 #include "database/plan/group_count.h"
 #include "database/plan/select_shape.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -99,7 +99,7 @@ class Planner {
   void ItemPlaces(const SelectItem& item) {
     if (!item.star) return shape_.Collect(item.value, itemPlaces_);
     for (size_t i = 0; i < tables_.size(); i++) {
-      if (item.starTable.empty() || SameWord(tables_[i].shown, item.starTable)) {
+      if (item.starTable.empty() || platform::SameWord(tables_[i].shown, item.starTable)) {
         itemPlaces_.insert(i);
       }
     }
@@ -122,7 +122,8 @@ class Planner {
 
   bool ShowsKey() const {
     return std::any_of(select_.items.begin(), select_.items.end(), [&](const SelectItem& item) {
-      if (item.star) return item.starTable.empty() || SameWord(item.starTable, tables_[0].shown);
+      if (item.star)
+        return item.starTable.empty() || platform::SameWord(item.starTable, tables_[0].shown);
       return shape_.IsKeyOf(0, item.value);
     });
   }

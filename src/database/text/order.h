@@ -4,9 +4,9 @@
 // The order of texts in the database: what its columns, indexes, ORDER BY and DISTINCT go by.
 // Internal to the database.
 //
-// Texts are compared by their folded forms (text_fold.h), first as the root collation of Unicode
-// orders them (accents count, case does not), then by code point. So two texts are equal exactly
-// when their folded code points are, and the order is a total one: indexes live on that.
+// Texts are compared by their folded forms (platform/utf8.h), first as the root collation of
+// Unicode orders them (accents count, case does not), then by code point. So two texts are equal
+// exactly when their folded code points are, and the order is a total one: indexes live on that.
 #pragma once
 
 #include <cstdint>
