@@ -103,7 +103,7 @@ class Charset {
   // nullptr when ICU knows no such charset.
   static std::unique_ptr<Charset> Open(const std::string& converterName) {
     std::unique_ptr<Charset> charset(new Charset);
-    if (converterName == "utf-8") {
+    if (converterName == "UTF-8") {
       charset->isUtf8_ = true;
       return charset;
     }
