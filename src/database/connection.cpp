@@ -3,7 +3,7 @@
 #include "database/connection.h"
 
 #include "database/connection_impl.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -25,12 +25,12 @@ void Connection::SetProvider(std::string_view provider) {
 }
 
 void Connection::SetProperty(std::string_view name, std::string_view value) {
-  if (SameWord(name, kDataSourceProperty)) {
+  if (platform::SameWord(name, kDataSourceProperty)) {
     impl_->dataSource = value;
-  } else if (SameWord(name, kPasswordProperty)) {
+  } else if (platform::SameWord(name, kPasswordProperty)) {
     impl_->password = value;
-  } else if (SameWord(name, kModeProperty)) {
-    impl_->readOnly = SameWord(value, kModeRead);
+  } else if (platform::SameWord(name, kModeProperty)) {
+    impl_->readOnly = platform::SameWord(value, kModeRead);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }

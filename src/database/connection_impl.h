@@ -13,7 +13,6 @@
 
 #include "database/connection.h"
 #include "database/engine/catalog.h"
-#include "database/engine/key_table.h"
 #include "database/engine/session.h"
 #include "database/engine/text_cache.h"
 #include "database/index/digest.h"
@@ -118,7 +117,6 @@ class Connection::Impl {
   Session session;
 
  private:
-  void PlaceKeys();
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
@@ -128,8 +126,6 @@ class Connection::Impl {
   TestedRows lastTested_;
   TextCache<Program> programs_{200};
   LiftedSql lifted_;
-  std::shared_ptr<KeyTable> lastKeys_;
-  int64_t keyTables_ = 0;
   std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
 };

@@ -14,6 +14,8 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
+#include "platform/utf8.h"
+
 namespace tarnwick::platform {
 
 namespace {
@@ -152,16 +154,6 @@ std::string WriteByIcuPattern(DateTime value, const std::string& pattern,
 std::string Padded(int value, size_t width) {
   std::string digits = std::to_string(value);
   return digits.size() < width ? std::string(width - digits.size(), '0') + digits : digits;
-}
-
-char LowerLetter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameWord(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return LowerLetter(x) == LowerLetter(y);
-         });
 }
 
 // One run of the same letter in a pattern.

@@ -264,12 +264,7 @@ TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
   std::string list;
   for (int i = 1; i < 50000; i++) list += (i > 1 ? ", " : "") + std::to_string(i);
   std::string sql = "UPDATE Attachment SET FileName='b' WHERE EmailID IN (" + list + ")";
-  // While the list is laid out, nothing of the commit's is lost yet.
   connection_.SetProgressHandler([] { return true; });
-  EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
-  EXPECT_EQ(connection_.LostUnits(), 0);
-  int calls = 0;
-  connection_.SetProgressHandler([&] { return ++calls > 20; });
   EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
   connection_.SetProgressHandler({});
   EXPECT_EQ(connection_.LostUnits(), 2);
@@ -302,11 +297,13 @@ TEST_F(ConnectionTest, StopsALongStatement) {
   int calls = 0;
   connection_.SetProgressHandler([&] { return ++calls == 3; });
   Recordset rows;
-  EXPECT_EQ(ErrorOf([&] {
-              rows.Open("SELECT Count(*) FROM Attachment, MeContact WHERE FileName Like '%' & Name",
-                        connection_);
-            }),
-            9);
+  EXPECT_EQ(
+      ErrorOf([&] {
+        rows.Open(
+            "SELECT Count(*) FROM Attachment INNER JOIN MeContact ON FileName Like '%' & Name",
+            connection_);
+      }),
+      9);
   EXPECT_EQ(calls, 3);
   connection_.SetProgressHandler({});
   EXPECT_EQ(Column("SELECT Count(*) FROM MeContact"), "3000");

@@ -10,7 +10,7 @@
 
 #include "database/engine/functions.h"
 #include "database/engine/packing.h"
-#include "database/text/fold.h"
+#include "platform/charset.h"
 #include "platform/error.h"
 
 namespace tarnwick::jet {
@@ -39,12 +39,13 @@ ColumnKind KindOfDeclared(std::string_view type) {
   return ColumnKind::kAny;
 }
 
-Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
-  // The library functions of the engine that make tables of themselves are of no use here.
+Statement::Statement(Database& database, std::string_view sql, bool readsKeys)
+    : database_(&database) {
+  // Of the engine's functions that make tables of themselves the one that lists keys is of use.
+  unsigned flags = SQLITE_PREPARE_PERSISTENT | (readsKeys ? 0U : SQLITE_PREPARE_NO_VTAB);
   const char* tail = nullptr;
   int code =
-      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql),
-                         SQLITE_PREPARE_PERSISTENT | SQLITE_PREPARE_NO_VTAB, &handle_, &tail);
+      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql), flags, &handle_, &tail);
   if (code != SQLITE_OK) database.Fail(code);
   if (handle_ == nullptr) throw Error(SQLITE_ERROR, "empty statement");
   database.statementsPrepared_++;
@@ -77,11 +78,11 @@ void Statement::Bind(int index, double value) {
 
 void Statement::BindText(int index, std::string_view text) {
   int code;
-  if (IsWellFormed(text)) {
+  if (platform::IsValidUtf8(text)) {
     code = sqlite3_bind_text64(handle_, index, text.empty() ? "" : text.data(), text.size(),
                                SQLITE_STATIC, SQLITE_UTF8);
   } else {
-    std::string mended = MendUtf8(text);
+    std::string mended = platform::MendUtf8(text);
     code = sqlite3_bind_text64(handle_, index, mended.data(), mended.size(), SQLITE_TRANSIENT,
                                SQLITE_UTF8);
   }
@@ -113,6 +114,13 @@ void Statement::BindValue(int index, const Value& value) {
       value.Data());
 }
 
+void Statement::BindKeys(int index, const std::vector<int64_t>& keys) {
+  if (keys.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
+  int code = sqlite3_carray_bind(handle_, index, const_cast<int64_t*>(keys.data()),
+                                 static_cast<int>(keys.size()), SQLITE_CARRAY_INT64, SQLITE_STATIC);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
 void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {
   std::string_view plain;
   if (auto* text = std::get_if<std::string>(&value.Data())) plain = *text;
@@ -120,8 +128,8 @@ void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::
   bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
   if (!isLong || plain.empty()) return BindValue(index, value);
   bool isText = kind == ColumnKind::kLongText;
-  if (isText && !IsWellFormed(plain)) {
-    keep = MendUtf8(plain);
+  if (isText && !platform::IsValidUtf8(plain)) {
+    keep = platform::MendUtf8(plain);
     plain = keep;
   }
   std::string_view packed = Pack(plain);

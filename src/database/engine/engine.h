@@ -33,7 +33,8 @@ class Database;
 // statement may serve several owners.
 class Statement {
  public:
-  Statement(Database& database, std::string_view sql);
+  // readsKeys: keys are to be bound.
+  Statement(Database& database, std::string_view sql, bool readsKeys = false);
   ~Statement();
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -47,6 +48,9 @@ class Statement {
   void BindText(int index, std::string_view text);
   void BindBytes(int index, std::string_view bytes);
   void BindValue(int index, const Value& value);
+  // For carray(?index), which gives each of them as a row. They must last as long as the statement,
+  // or until others are bound.
+  void BindKeys(int index, const std::vector<int64_t>& keys);
   // A value for a column that may pack it. What is packed lies in keep, which must last likewise.
   void BindStored(int index, const Value& value, ColumnKind kind, std::string& keep);
 
