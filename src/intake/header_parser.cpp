@@ -56,7 +56,8 @@ bool TakeBracketed(std::string_view text, AddressPair& pair) {
   bool isQuoted = false;
   bool hasAt = false;
   size_t open = kNone;
-  bool found = false;
+  size_t start = kNone;  // of the pair found so far, and where it ends
+  size_t end = kNone;
   for (size_t i = 0; i < text.size(); ++i) {
     char c = text[i];
     if (c == '\\' && isQuoted) {
@@ -71,15 +72,17 @@ bool TakeBracketed(std::string_view text, AddressPair& pair) {
     } else if (c == '@') {
       hasAt = true;
     } else if (c == '>' && open != kNone && hasAt) {
-      found = true;
-      pair.Name = text.substr(0, open);
-      pair.Address = text.substr(open + 1, i - open - 1);
+      start = open;
+      end = i;
       open = kNone;
-    } else if (c == ',' && found) {
+    } else if (c == ',' && start != kNone) {
       break;
     }
   }
-  return found;
+  if (start == kNone) return false;
+  pair.Name = text.substr(0, start);
+  pair.Address = text.substr(start + 1, end - start - 1);
+  return true;
 }
 
 // "ann@example.org (Ann @ home)": the "@" of the address, which a comment behind it may not hide.
