@@ -4,6 +4,7 @@
 
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -74,14 +75,18 @@ RepeatedAnswer AskYesNoAll(const std::string& text) {
 
 void ReportUnknownFormat(const std::string& fileName) {
   constexpr std::string_view kText = "Program can't recognize file format.";
-  ShowError(std::string(kText) + " " + fileName, false, kText);
+  ShowError(std::string(kText) + " " + OneLogLine(fileName), false, kText);
 }
 
 void WriteLog(std::string_view text) {
   std::string entry = platform::FormatDate(platform::Now(), "General Date");
   entry += "\r\n";
-  entry += text;
-  entry += "\r\n\r\n";
+  for (size_t end = 0; end != std::string_view::npos;) {
+    end = text.find("\r\n");
+    entry += OneLogLine(text.substr(0, end)) + "\r\n";
+    if (end != std::string_view::npos) text.remove_prefix(end + 2);
+  }
+  entry += "\r\n";
   platform::AppendToFile(State().LogFile, entry);
 }
 
@@ -113,7 +118,7 @@ void ReportCurrentException(std::string_view routine, Report report) {
   Error error = CurrentError();
   std::string number = std::to_string(error.Number());
   std::string name(routine);
-  ShowError(number + " " + error.Description() + " " + name, report == Report::kLog,
+  ShowError(number + " " + OneLogLine(error.Description()) + " " + name, report == Report::kLog,
             number + " " + name);
 }
 

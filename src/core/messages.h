@@ -44,7 +44,9 @@ RepeatedAnswer AskYesNoAll(const std::string& text);
 // "Program can't recognize file format." + blank + fileName, as an error.
 void ReportUnknownFormat(const std::string& fileName);
 
-// One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF.
+// One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF. The
+// text may have lines of its own, ended by CR LF; whatever comes from mail, a store or a file name
+// goes in through OneLogLine, or it could look like an entry.
 // The file is opened and closed for each, so an entry is with the system before the next
 // statement runs. A log that can't be written loses the entry.
 void WriteLog(std::string_view text);

@@ -8,6 +8,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/steps.h"
+#include "core/text.h"
 #include "database/recordset.h"
 #include "intake/store_message.h"
 #include "maintenance/database_file.h"
@@ -222,7 +223,7 @@ Result CheckRepository(CheckReport& report) {
                      [](const Finding& a, const Finding& b) { return a.id < b.id; });
     for (const Finding& finding : report.damage) {
       std::string message = finding.id == 0 ? "" : "Message " + std::to_string(finding.id) + ": ";
-      core::WriteLog("Check: " + message + finding.what);
+      core::WriteLog("Check: " + message + core::OneLogLine(finding.what));
     }
     core::LogProgress("Check: " + std::to_string(report.messages) + " messages, " +
                       std::to_string(report.DamagedMessages()) + " damaged");

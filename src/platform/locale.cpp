@@ -29,6 +29,7 @@ struct LocaleFacts {
   std::string longDate;   // ICU pattern
   std::string longTime;   // in FormatDate's letters, or "" where the locale wants more
   std::vector<std::string> months, shortMonths, days, shortDays;
+  DayHalves dayHalves;
 };
 
 std::string& OverrideName() {
@@ -96,6 +97,14 @@ std::string ToFormatLetters(const icu::UnicodeString& icuPattern) {
   return pattern;
 }
 
+// A text without points and blanks.
+std::string LettersOf(icu::UnicodeString text) {
+  for (char16_t mark : {u'.', u' ', u'\u00A0', u'\u202F'}) {
+    text.findAndReplace(icu::UnicodeString(mark), icu::UnicodeString());
+  }
+  return ToUtf8(text);
+}
+
 LocaleFacts MakeFacts(const std::string& name) {
   LocaleFacts facts;
   facts.name = name;
@@ -111,7 +120,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   if (facts.shortDate.empty()) facts.shortDate = "yyyy-mm-dd";
   facts.longDate = ToUtf8(PatternOf(longDate.get()));
   std::string time = ToFormatLetters(PatternOf(longTime.get()));
-  facts.longTime = facts.isPlain || time.find('a') != std::string::npos ? "" : time;
+  bool hasHalves = time.find_first_of("abB") != std::string::npos;
+  facts.longTime = facts.isPlain || hasHalves ? "" : time;
 
   UErrorCode status = U_ZERO_ERROR;
   icu::DateFormatSymbols symbols(facts.locale, status);
@@ -125,6 +135,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   facts.days = Names(texts, count, 1);
   texts = symbols.getShortWeekdays(count);
   facts.shortDays = Names(texts, count, 1);
+  texts = symbols.getAmPmStrings(count);
+  if (count >= 2) facts.dayHalves = {LettersOf(texts[0]), LettersOf(texts[1])};
   facts.months.resize(12);
   facts.shortMonths.resize(12);
   facts.days.resize(7);
@@ -306,6 +318,10 @@ std::array<std::string, 12> LongDateMonthNames() {
     if (name.empty()) name = "month" + std::to_string(month);
   }
   return names;
+}
+
+DayHalves LocalDayHalves() {
+  return Facts().dayHalves;
 }
 
 std::string SystemCodePage() {

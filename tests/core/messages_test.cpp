@@ -7,6 +7,7 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -57,6 +58,18 @@ TEST_F(Messages, AnErrorIsShownAndLoggedAndGivesTheFailureValue) {
   EXPECT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_NE(Log().find("Error: 51 odd quiet"), std::string::npos);
   EXPECT_EQ(Log().find("progress"), std::string::npos);
+}
+
+TEST_F(Messages, NoTextFromMailCanForgeALineOfTheLog) {
+  platform::RemoveFile(State().LogFile);
+  WriteLog("own\r\nlines \x1B[2J\u009B\u202E\u200F\u2028 \r \n " + OneLogLine("a\r\nError: 5\tb"));
+  GuardedRun("twRead", [] { throw Error(75, "no file a\r\nb"); });
+  WriteLog("");
+  EXPECT_EQ(Log(),
+            "3/7/2005 09:08:07\r\nown\r\n"
+            "lines \\u001b[2J\\u009b\\u202e\\u200f\\u2028 \\r \\n a\\r\\nError: 5\tb\r\n\r\n"
+            "3/7/2005 09:08:07\r\nError: 75 no file a\\r\\nb twRead\r\n\r\n"
+            "3/7/2005 09:08:07\r\n\r\n\r\n");
 }
 
 TEST_F(Messages, ARepeatedBoxCanBeSilencedForOneLoadAndIsAlwaysLogged) {

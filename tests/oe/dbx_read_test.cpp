@@ -245,6 +245,15 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   }
 }
 
+TEST_F(DbxRead, ASubjectIsOneLineOfTheLog) {
+  IndexedMessage message = Letter("a\r\n\r\n1/5/2004 10:00:00\r\nError: 61 Disk full");
+  MessageStoreBuilder store;
+  MessagePlaces places = store.AddMessage(message);
+  EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("forged.dbx", store.Bytes())));
+  EXPECT_THAT(Log(), HasSubstr(" a\\r\\n\\r\\n1/5/2004"));
+  EXPECT_THAT(Log(), Not(HasSubstr("\nError: 61")));
+}
+
 TEST_F(DbxRead, AnInfoObjectWithoutTextsHasNoSubject) {
   ParseMessageInfo("", DateTime::FromDate(2004, 1, 5));
   EXPECT_EQ(State().Info.subject, "no subject");
