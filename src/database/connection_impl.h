@@ -137,7 +137,8 @@ class Connection::Impl {
   bool readOnly = false;
   int64_t lostUnits = 0;
 
-  // Another file for the time of a scope. Statements on it must be gone at its end.
+  // Another file for the time of a scope. Statements on it must be gone at its end. One that is not
+  // written to is read as it lies.
   class OtherFile {
    public:
     OtherFile(Impl& connection, const std::string& path, bool isWritten);
@@ -146,6 +147,7 @@ class Connection::Impl {
     OtherFile& operator=(const OtherFile&) = delete;
 
    private:
+    void BeginMaking();
     Impl& connection_;
   };
   static constexpr char kOtherSchema[] = "other";

@@ -12,6 +12,10 @@ void RemoveLogs(const std::string& path) {
   for (const char* suffix : {"-wal", "-shm", "-journal"}) platform::RemoveFile(path + suffix);
 }
 
+bool HasLog(const std::string& path) {
+  return platform::FileExists(path + "-wal") || platform::FileExists(path + "-journal");
+}
+
 void PutInPlace(const std::string& made, const std::string& path) {
   RemoveLogs(path);
   platform::RenameFile(made, path);
