@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "database/engine/engine.h"
 #include "platform/files.h"
 
 namespace tarnwick::jet {
@@ -13,7 +14,7 @@ void RemoveLogs(const std::string& path) {
 }
 
 bool HasLog(const std::string& path) {
-  return platform::FileExists(path + "-wal") || platform::FileExists(path + "-journal");
+  return Database::HasLog(path);
 }
 
 void PutInPlace(const std::string& made, const std::string& path) {

@@ -207,12 +207,14 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
   const Former former = FormerIn(folder);
   Result result = Result::kFailed;
   std::string failure;
+  bool hasBegun = false;
   {
     // What fails for one reason at many steps (a full disk) is told once.
     core::ErrorsHeld errors;
     Run run(SumOf(counts));
     result = MakeSafetyCopy(former, run);
-    if (result == Result::kDone) {
+    hasBegun = result == Result::kDone;
+    if (hasBegun) {
       core::LogProgress("Safety copy: " + former.copy);
       result = Fill(file, counts, run) ? Result::kDone : Result::kFailed;
       repository::ReadOptions();
@@ -224,7 +226,7 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
     ForgetSafetyCopy(former.copy);
     core::LogProgress("Restore: " + std::to_string(SumOf(counts)) + " rows");
   } else if (result == Result::kFailed) {
-    if (!UnfinishedRestore().empty()) failure += NotComplete(former.copy);
+    if (hasBegun) failure += NotComplete(former.copy);
     core::ShowError(failure);
   }
   return result;

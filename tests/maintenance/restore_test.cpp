@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 
 #include "core/run_state.h"
-#include "database/engine.h"
+#include "database/engine/engine.h"
 #include "maintenance/backup.h"
 #include "maintenance/check.h"
 #include "maintenance/export.h"
