@@ -19,6 +19,11 @@ Hook& BeforeQuestion() {
   return hook;
 }
 
+ErrorsHeld*& Holder() {
+  static ErrorsHeld* holder = nullptr;
+  return holder;
+}
+
 void CommitFirst() {
   if (BeforeQuestion() != nullptr) BeforeQuestion()();
 }
@@ -57,8 +62,21 @@ void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
-  if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
+  ErrorsHeld* holder = Holder();
+  if (holder == nullptr) {
+    if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
+  } else if (!quiet && holder->first_.empty()) {
+    holder->first_ = text;
+  }
   WriteLog(prefixed);
+}
+
+ErrorsHeld::ErrorsHeld() : outer_(Holder()) {
+  Holder() = this;
+}
+
+ErrorsHeld::~ErrorsHeld() {
+  Holder() = outer_;
 }
 
 bool AskYesNo(const std::string& text) {

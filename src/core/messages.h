@@ -41,6 +41,24 @@ bool AskYesNo(const std::string& text);
 // caller keeps to itself from then on.
 RepeatedAnswer AskYesNoAll(const std::string& text);
 
+// While it lives, errors that are reported are logged and not shown: steps that fail one after the
+// other for one reason, such as a full disk, end in the one box of whoever ran them.
+class ErrorsHeld {
+ public:
+  ErrorsHeld();
+  ~ErrorsHeld();
+  ErrorsHeld(const ErrorsHeld&) = delete;
+  ErrorsHeld& operator=(const ErrorsHeld&) = delete;
+
+  // The text that the first of them would have been shown with, behind "Error: "; "" without one.
+  const std::string& First() const { return first_; }
+
+ private:
+  friend void ShowError(const std::string& text, bool quiet, std::string_view kind);
+  ErrorsHeld* outer_;
+  std::string first_;
+};
+
 // "Program can't recognize file format." + blank + fileName, as an error.
 void ReportUnknownFormat(const std::string& fileName);
 

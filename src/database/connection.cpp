@@ -13,6 +13,7 @@ static_assert(kInterrupted == kStopped);
 
 // Engine steps between two calls of a progress handler: a few milliseconds.
 constexpr int kProgressSteps = 10000;
+constexpr int kSchemaBits = 16;
 
 }  // namespace
 
@@ -99,6 +100,18 @@ bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& l
   // Amid other work, which may be that of a statement, nothing is done.
   if (InGroup() || impl_->session.Engine().IsWatched()) return false;
   return impl_->Index()->CatchUp(look);
+}
+
+// The file's version number: the schema's in its lower half, the mark above it.
+int64_t Connection::Mark() const {
+  return impl_->session.Engine().Number("PRAGMA user_version") >> kSchemaBits;
+}
+
+void Connection::SetMark(int64_t mark) {
+  constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
+  int64_t schema = impl_->session.Engine().Number("PRAGMA user_version") & kSchemaMask;
+  std::string number = std::to_string(mark << kSchemaBits | schema);
+  impl_->session.Engine().Run(("PRAGMA user_version = " + number).c_str());
 }
 
 std::string Connection::IntegrityCheck() {

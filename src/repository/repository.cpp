@@ -150,7 +150,9 @@ bool OpenRepository(bool clearAll) {
     core::SetBeforeQuestion(CommitBeforeQuestion);
     Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
     repository.RepositoryFolder = GetRepositoryFolder();
-    Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    std::string file = repository.RepositoryFolder + kRepositoryFile;
+    repository.WasNotClosed = jet::HasLog(file);
+    Connect(repository.RepositoryConnection, file);
     jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
     repository.RepositoryConnection.KeepDigest(ListDigest());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});

@@ -343,6 +343,21 @@ TEST_F(DbxRead, DamageCostsTheMessageOrTheNodeOnly) {
   }
 }
 
+TEST_F(DbxRead, ChainsThatReturnTakeNothingFromTheOtherMessages) {
+  MessageStoreBuilder store;
+  IndexedMessage circle = Letter("circle");
+  circle.blockSize = 32;
+  MessagePlaces places = store.AddMessage(circle);
+  store.Image().Put32(places.blocks.back() + 12, places.blocks[0]);
+  uint32_t sound = store.AddMessage(Letter("sound")).info;
+  std::vector<DbxImage::Entry> entries(20, {places.info, 0});
+  entries.push_back({sound, 0});
+  store.SetRoot(store.Image().AddNode(entries));
+  Read(store);
+  EXPECT_FALSE(WasCopied("circle"));
+  EXPECT_TRUE(WasCopied("sound"));
+}
+
 TEST_F(DbxRead, ATreeThatPointsToItselfEnds) {
   MessageStoreBuilder store;
   uint32_t info = store.AddMessage(Letter("once")).info;

@@ -28,6 +28,9 @@ void Print(const CheckReport& report) {
     if (finding.id != 0) std::cout << "message " << finding.id << ": ";
     std::cout << OneLine(finding.what) << "\n";
   }
+  for (const std::string& copy : report.formerCopies) {
+    std::cout << maintenance::CopyNote(copy) << "\n";
+  }
   std::cout << "messages " << report.messages << ", sound " << report.sound.size() << ", damaged "
             << report.DamagedMessages() << ", rows of deleted messages " << report.leftovers
             << std::endl;
