@@ -189,7 +189,11 @@ void MainBoard::Connect() {
   });
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
   connect(timeline_, &TimelineView::DatesAskedFor, this, [this](DateTime from, DateTime to) {
-    RefreshWith([&](ListFilter& filter) { filter.DateFrom = from, filter.DateTo = to; });
+    RefreshWith([&](ListFilter& filter) {
+      DateRange whole = WholeDateRange();
+      filter.DateFrom = from, filter.DateTo = to;
+      filter.DateFromGrows = from == whole.from, filter.DateToGrows = to == whole.to;
+    });
   });
   connect(timeline_, &TimelineView::NameAskedFor, this, [this](const QString& text) {
     RefreshWith([&](ListFilter& filter) { filter.FromTo = text.toStdString(); });
@@ -245,11 +249,30 @@ void MainBoard::ShowFilter(const ListFilter& filter) {
   strip_->ShowFilter(filter);
 }
 
+void MainBoard::DescribeCounts(int64_t received, int64_t sent) {
+  int64_t total = received + sent;
+  QString messages = total == 1 ? tr("1 message") : tr("%L1 messages").arg(qlonglong{total});
+  status_->ExplainPanel(
+      core::StatusPanel::kCounts,
+      tr("%1: %L2 received, %L3 sent").arg(messages).arg(qlonglong{received}).arg(qlonglong{sent}));
+}
+
 void MainBoard::UpdateHint() {
+  const ListFilter& filter = Board().Filter;
+  auto hasMark = [](const std::string& text) {
+    return text.find_first_of("'\"") != std::string::npos;
+  };
+  bool inSubject = hasMark(filter.Subject);
   if (repository::HasNoEmail()) {
     grid_->SetHint(tr("There is no mail in this repository yet."),
                    tr("Choose \"Load from Mailer\" to take it from an old Windows profile or a "
                       "folder with *.dbx or *.pst files."));
+  } else if (inSubject || (hasMark(filter.FromTo) && !filter.FromToIsListed)) {
+    grid_->SetHint(tr("No message matches the filter."),
+                   tr("The box \"%1\" holds an apostrophe or quotation mark. Such a mark is looked "
+                      "for as an underscore (_), so the message it was copied from is not found, "
+                      "either. Shorten the text to a part without it.")
+                       .arg(inSubject ? tr("Subject") : tr("From/To")));
   } else {
     grid_->SetHint(tr("No message matches the filter."),
                    tr("Change it above, or choose \"Show All\" to list every message."));
@@ -404,6 +427,7 @@ void MainBoard::LoadFromMailer() {
     if (auto latest = State().LatestReceivedTime) {
       // So that the list shows what was loaded.
       filter.DateFrom = latest->DatePart();
+      filter.DateFromGrows = false;
       filter.DateTo = std::max(filter.DateTo, filter.DateFrom);
     }
     ShowFilter(filter);

@@ -112,6 +112,10 @@ void LogProgress(std::string_view text) {
   if (State().LogEvents) WriteLog(text);
 }
 
+std::string LoggedMailText(const std::string& text) {
+  return State().LogMailTexts ? OneLogLine(text) : "(not logged)";
+}
+
 void SetStatus(int panel, const std::string& text) {
   if (State().Ui != nullptr) State().Ui->SetStatus(static_cast<StatusPanel>(panel), text);
 }

@@ -71,6 +71,10 @@ void WriteLog(std::string_view text);
 // The same when LogEvents is on.
 void LogProgress(std::string_view text);
 
+// A text of the mail itself, for an entry of the log: on one line, or "(not logged)" where the
+// person wants no such words in clear (RunState::LogMailTexts).
+std::string LoggedMailText(const std::string& text);
+
 void SetStatus(int panel, const std::string& text);  // the StatusPanel's number
 void YieldEvents();
 

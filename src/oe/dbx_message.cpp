@@ -110,7 +110,7 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
   size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
   ParseMessageInfo(file.Read(behind, count), info.date);
   core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    core::OneLogLine(state.Info.subject));
+                    core::LoggedMailText(state.Info.subject));
   return true;
 }
 

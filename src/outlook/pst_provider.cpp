@@ -140,7 +140,7 @@ struct StoreContext {
     std::string all;
     for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
     core::WriteLog("Outlook item damaged, not all of it is taken (" + all +
-                   "): " + core::OneLogLine(subject));
+                   "): " + core::LoggedMailText(subject));
   }
 
   std::string EntryID(uint32_t node) const {

@@ -14,6 +14,7 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
+#include "platform/locale_names.h"
 #include "platform/utf8.h"
 
 namespace tarnwick::platform {
@@ -195,16 +196,6 @@ std::string WriteField(char letter, size_t count, const CivilTime& c, DateTime v
   }
 }
 
-std::optional<int> ReadNumber(std::string_view part) {
-  if (part.empty() || part.size() > 4) return std::nullopt;
-  int value = 0;
-  for (char c : part) {
-    if (c < '0' || c > '9') return std::nullopt;
-    value = value * 10 + (c - '0');
-  }
-  return value;
-}
-
 std::vector<std::string_view> SplitAny(std::string_view text, std::string_view separators) {
   std::vector<std::string_view> parts;
   while (!text.empty()) {
@@ -215,20 +206,9 @@ std::vector<std::string_view> SplitAny(std::string_view text, std::string_view s
   return parts;
 }
 
-bool ReadTime(std::string_view text, CivilTime& civil) {
-  std::vector<std::string_view> parts = SplitAny(text, ":");
-  if (parts.empty() || parts.size() > 3) return false;
-  int* fields[] = {&civil.hour, &civil.minute, &civil.second};
-  for (size_t i = 0; i < parts.size(); ++i) {
-    auto number = ReadNumber(parts[i]);
-    if (!number) return false;
-    *fields[i] = *number;
-  }
-  return parts.size() > 1;
-}
+}  // namespace
 
-// Day, month and year in the order of the locale's short date.
-std::string FieldOrder() {
+std::string DateOrder() {
   std::string order;
   for (char c : Facts().shortDate) {
     if ((c == 'd' || c == 'm' || c == 'y') && order.find(c) == std::string::npos) order += c;
@@ -236,7 +216,9 @@ std::string FieldOrder() {
   return order.size() == 3 ? order : "ymd";
 }
 
-}  // namespace
+const icu::Locale& UserLocale() {
+  return Facts().locale;
+}
 
 void SetLocaleOverride(std::string name) {
   OverrideName() = std::move(name);
@@ -274,35 +256,6 @@ std::string FormatDate(DateTime value, std::string_view pattern) {
     i = end;
   }
   return result;
-}
-
-std::optional<DateTime> ParseDate(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  size_t blank = text.find(' ');
-  // A date may itself hold blanks ("5. 1. 2004"): the time is the last word, if it has a colon.
-  size_t lastBlank = text.rfind(' ');
-  CivilTime civil;
-  std::string_view date = text;
-  if (blank != std::string_view::npos &&
-      text.substr(lastBlank + 1).find(':') != std::string_view::npos) {
-    if (!ReadTime(text.substr(lastBlank + 1), civil)) return std::nullopt;
-    date = text.substr(0, lastBlank);
-  }
-  std::vector<std::string_view> parts = SplitAny(date, "./- ,");
-  if (parts.size() != 3) return std::nullopt;
-  std::string order = parts[0].size() == 4 ? "ymd" : FieldOrder();
-  for (size_t i = 0; i < 3; ++i) {
-    auto number = ReadNumber(parts[i]);
-    if (!number) return std::nullopt;
-    if (order[i] == 'y') {
-      bool isShort = parts[i].size() <= 2;
-      civil.year = isShort ? *number + (*number <= 29 ? 2000 : 1900) : *number;
-    } else {
-      (order[i] == 'm' ? civil.month : civil.day) = *number;
-    }
-  }
-  return DateTime::FromCivil(civil);
 }
 
 std::array<std::string, 12> LongDateMonthNames() {

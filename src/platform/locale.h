@@ -23,8 +23,9 @@ namespace tarnwick::platform {
 std::string FormatDate(DateTime value, std::string_view pattern);
 
 // Reads what a person types for a date: the locale's short date (two- or four-digit year, any of
-// "." "/" "-" between the parts) or yyyy-mm-dd, optionally followed by a time of day. nullopt when
-// it is no date.
+// "." "/" "-" between the parts), yyyy-mm-dd, or a date with its month in words, in English or as
+// the locale writes it ("March 7, 2005", "Montag, 7. März 2005", "2005年3月7日"); optionally
+// followed by a time of day. nullopt when it is no date.
 std::optional<DateTime> ParseDate(std::string_view text);
 
 // The second blank-separated word of the locale's long date of the first day of each month of

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
@@ -35,6 +39,44 @@ class Messages : public ::testing::Test {
   testing::TempFolder folder_;
   testing::ScriptedUi ui_;
 };
+
+// Puts the environment back as it was.
+class WithoutHome {
+ public:
+  WithoutHome() {
+    for (const char* name : kNames) {
+      const char* value = std::getenv(name);
+      former_.push_back(value == nullptr ? std::nullopt : std::optional<std::string>(value));
+      unsetenv(name);
+    }
+  }
+  ~WithoutHome() {
+    for (size_t i = 0; i < former_.size(); ++i) {
+      if (former_[i]) setenv(kNames[i], former_[i]->c_str(), 1);
+    }
+  }
+  WithoutHome(const WithoutHome&) = delete;
+  WithoutHome& operator=(const WithoutHome&) = delete;
+
+ private:
+  static constexpr const char* kNames[] = {"HOME", "XDG_DATA_HOME", "TARNWICK_HOME"};
+  std::vector<std::optional<std::string>> former_;
+};
+
+TEST(AppFolder, IsNeverTheCurrentFolderForWantOfAHome) {
+  WithoutHome environment;
+  platform::ClockOverride clock;
+  clock.passwordHome = "/home/ann";
+  platform::SetClockOverride(clock);
+  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
+  setenv("HOME", "somewhere", 1);
+  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
+  unsetenv("HOME");
+  clock.passwordHome = "";
+  platform::SetClockOverride(clock);
+  EXPECT_THROW(ChooseAppFolder("/opt/none/"), Error);
+  platform::SetClockOverride({});
+}
 
 TEST_F(Messages, ASecondStartLeavesOnlyItsOwnEntries) {
   WriteLog("of the first run");

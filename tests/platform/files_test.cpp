@@ -42,6 +42,8 @@ TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
       {"reversed text", "photo\u202Egpj.exe", "photo_gpj.exe"},
       {"cyrillic", "\u041F\u0440\u0438\u0432\u0435\u0442.txt",
        "\u041F\u0440\u0438\u0432\u0435\u0442.txt"},
+      {"an option to commands", "-rf", "_-rf"},
+      {"an option behind dots", ". --help.txt", "_--help.txt"},
       {"broken UTF-8", "a\xFFz\xC3.txt", "a_z_.txt"},
   };
   for (const auto& row : kRows) EXPECT_EQ(SafeFileName(row.name), row.safe) << row.what;

@@ -15,6 +15,7 @@
 #include "core/startup.h"
 #include "core/version.h"
 #include "maintenance/unfinished_restore.h"
+#include "options/options.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 
@@ -24,7 +25,7 @@ using tarnwick::app::UsageError;
 using Command = std::function<int(const std::vector<std::string>&)>;
 
 constexpr const char* kUsage =
-    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] COMMAND
+    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full]
   take   FILE...
@@ -74,6 +75,7 @@ struct Invocation {
   std::string home;
   std::string profile;
   bool alwaysYes = false;
+  std::string logSubjects;  // "yes", "no", or as it was set before
   bool help = false;
   bool version = false;
   std::string command;
@@ -92,6 +94,11 @@ Invocation ReadInvocation(std::vector<std::string> words) {
       invocation.home = value("--home");
     } else if (words[i] == "--profile") {
       invocation.profile = value("--profile");
+    } else if (words[i] == "--log-subjects") {
+      invocation.logSubjects = value("--log-subjects");
+      if (invocation.logSubjects != "yes" && invocation.logSubjects != "no") {
+        throw UsageError("option --log-subjects wants yes or no");
+      }
     } else if (words[i] == "--yes") {
       invocation.alwaysYes = true;
     } else if (words[i] == "--help" || words[i] == "-h") {
@@ -156,6 +163,9 @@ int Run(int argc, char** argv) {
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
   if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {
     std::cerr << kWasNotClosed << std::endl;
+  }
+  if (!invocation.logSubjects.empty()) {
+    tarnwick::options::SetLogMailTexts(invocation.logSubjects == "yes");
   }
   int status = tarnwick::app::kFailed;
   try {
