@@ -62,6 +62,7 @@ void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
+  State().LastReportedError = text;
   ErrorsHeld* holder = Holder();
   if (holder == nullptr) {
     if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);

@@ -13,7 +13,6 @@ static_assert(kInterrupted == kStopped);
 
 // Engine steps between two calls of a progress handler: a few milliseconds.
 constexpr int kProgressSteps = 10000;
-constexpr int kSchemaBits = 16;
 
 }  // namespace
 
@@ -85,6 +84,14 @@ int64_t Connection::LostUnits() const {
   return impl_->session.LostUnits();
 }
 
+void Connection::TakeBackGroup(const Error& reason) {
+  impl_->session.TakeBackGroup(reason);
+}
+
+bool Connection::HasTable(std::string_view table) const {
+  return impl_->HasTable(table);
+}
+
 void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
   impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
@@ -102,13 +109,11 @@ bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& l
   return impl_->Index()->CatchUp(look);
 }
 
-// The file's version number: the schema's in its lower half, the mark above it.
 int64_t Connection::Mark() const {
   return impl_->session.Engine().Number("PRAGMA user_version") >> kSchemaBits;
 }
 
 void Connection::SetMark(int64_t mark) {
-  constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
   int64_t schema = impl_->session.Engine().Number("PRAGMA user_version") & kSchemaMask;
   std::string number = std::to_string(mark << kSchemaBits | schema);
   impl_->session.Engine().Run(("PRAGMA user_version = " + number).c_str());

@@ -30,6 +30,7 @@
 #include <vector>
 
 #include "database/value.h"
+#include "platform/error.h"
 
 namespace tarnwick::jet {
 
@@ -74,6 +75,9 @@ class Connection {
   void EndGroup();
   bool InGroup() const;
   int64_t LostUnits() const;  // since the connection was opened
+  // Rolls back what is collected, as the engine does on a full disk: finished units count as lost,
+  // and what the present unit still writes is refused with the reason.
+  void TakeBackGroup(const Error& reason);
 
   // While on, what is written goes straight into the file, with a rollback journal beside it, and
   // not into the log first, and deleted rows are not overwritten: as safe, and a fraction of the
@@ -93,6 +97,8 @@ class Connection {
   // safely as a row.
   int64_t Mark() const;
   void SetMark(int64_t mark);
+
+  bool HasTable(std::string_view table) const;
 
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();

@@ -99,7 +99,12 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->file = insert->file;
     program->writesFile = insert->file.has_value();
     if (insert->select && insert->select->file) program->file = insert->select->file;
-    writer.Write(*insert);
+    if (program->file && insert->IsCopyOfRows()) {
+      program->copy = std::make_shared<Insert>(std::move(*insert));
+      insert = program->copy.get();
+    } else {
+      writer.Write(*insert);
+    }
     const TableView* view = schema_->Find(insert->table);
     bool namesKey = view != nullptr && (insert->columns.empty() ||
                                         std::any_of(insert->columns.begin(), insert->columns.end(),
@@ -207,6 +212,28 @@ int64_t Connection::Impl::Execute(std::string_view sql) {
   return changed;
 }
 
+// Rows go by the names of their columns, for the files may be of different versions: what the
+// target has no column for stays behind, what the source has none for is Null.
+EngineSql Connection::Impl::CopyOf(Insert& copy) {
+  Catalog other(session.Engine(), kOtherSchema);
+  Catalog& from = copy.file ? *schema_ : other;
+  Catalog& to = copy.file ? other : *schema_;
+  const TableView* source = from.Find(copy.select->table.name);
+  const TableView* target = to.Find(copy.table);
+  if (source == nullptr || target == nullptr) throw Error(1, "no such table: " + copy.table);
+  copy.select->items.clear();
+  for (const std::string& column : target->columns) {
+    if (!source->Has(column)) continue;
+    copy.columns.push_back(column);
+    SelectItem& item = copy.select->items.emplace_back();
+    item.value.kind = Expression::Kind::kColumn;
+    item.value.text = column;
+  }
+  SqlWriter writer(*schema_, kOtherSchema);
+  writer.Write(copy);
+  return writer.Take();
+}
+
 int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Value>& literals) {
   OtherFile file(session, literals[*program.file].AsText(), program.writesFile);
   // The statement must be gone before the file can be let go.
@@ -214,6 +241,7 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
     Program& program;
     ~Drop() { program.write.statement.reset(); }
   } drop{program};
+  if (program.copy) program.write.sql = CopyOf(*program.copy);
   session.CountVersion();
   return session.Engine().RunWrite(Ready(program.write, literals));
 }
@@ -228,6 +256,16 @@ void Connection::Impl::KeepDigest(DigestDefinition definition) {
                         [this] {
                           if (digest_) digest_->Forget();
                         }});
+}
+
+bool Connection::Impl::HasTable(std::string_view table) {
+  session.Engine();
+  return schema_->Find(table) != nullptr;
+}
+
+void Connection::Impl::ForgetTables() {
+  programs_.Clear();
+  schema_ = std::make_unique<Catalog>(session.Engine());
 }
 
 }  // namespace tarnwick::jet

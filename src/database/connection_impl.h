@@ -21,6 +21,10 @@
 
 namespace tarnwick::jet {
 
+// A file's version number holds two: the schema's in its lower half, the connection's mark above it.
+inline constexpr int kSchemaBits = 16;
+inline constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
+
 // A piece of engine SQL, prepared when it is first run.
 struct PreparedSql {
   EngineSql sql;
@@ -46,6 +50,7 @@ struct Program {
   PreparedSql keys;
   PreparedSql row;
   PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
+  std::shared_ptr<Insert> copy;   // whole rows from file to file: written when both are open
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
   // plan.digest
@@ -98,6 +103,10 @@ class Connection::Impl {
   const std::vector<FieldInfo>& Fields(Program& program);
   int64_t Execute(std::string_view sql);
 
+  bool HasTable(std::string_view table);
+  // After the tables were changed: what is known of them is read anew.
+  void ForgetTables();
+
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
   TextIndex* Index() { return index_.get(); }
   // Before rows of a table get keys that are not the engine's choice, or all of them go.
@@ -119,6 +128,7 @@ class Connection::Impl {
  private:
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
+  EngineSql CopyOf(Insert& copy);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
 
   std::unique_ptr<Catalog> schema_;

@@ -361,6 +361,13 @@ std::string Recordset::Impl::FieldName(int index) {
   return Fields()[static_cast<size_t>(index)].name;
 }
 
+bool Recordset::Impl::HasField(std::string_view name) {
+  RequireOpen();
+  const std::vector<FieldInfo>& fields = Fields();
+  return std::any_of(fields.begin(), fields.end(),
+                     [&](const FieldInfo& field) { return SameWord(field.name, name); });
+}
+
 size_t Recordset::Impl::FieldIndex(std::string_view name) {
   const std::vector<FieldInfo>& fields = Fields();
   for (size_t i = 0; i < fields.size(); i++) {

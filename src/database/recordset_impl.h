@@ -57,6 +57,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   int FieldCount();
   std::string FieldName(int index);
+  bool HasField(std::string_view name);
   Value Field(std::string_view name);
   Value Field(int index);
 
@@ -71,6 +72,7 @@ class Recordset::Impl final : public ConnectionUser {
   // need none, and a row that was found or added is known by its key.
   enum class Place { kBefore, kFirst, kIndex, kKey, kEnd };
   enum class Edit { kNone, kAdd, kChange };
+  class DropOnFailure;
 
   using Row = std::vector<Value>;
   struct CachedRow {
@@ -108,6 +110,7 @@ class Recordset::Impl final : public ConnectionUser {
   void InsertRow();
   void HandToIndex();
   void ChangeRow();
+  void DropEdit() noexcept;
 
   Connection::Impl* connection_ = nullptr;
   std::shared_ptr<Program> program_;

@@ -15,6 +15,7 @@
 #include "intake/mime_body.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
+#include "intake/stored_file.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -96,6 +97,20 @@ size_t AtBeforeComment(const std::string& text, size_t last) {
 void CleanPair(AddressPair& pair) {
   pair.Address = core::Unquote(core::Unquote(pair.Address));
   pair.Name = core::Unquote(core::Unquote(pair.Name));
+}
+
+std::string FormerKeyOfSubject(const MailMessage& message) {
+  return message.Subject + "_" + message.SentTime.ToKeyText();
+}
+
+// Of a subject so long that the date would be cut off when the key is stored, the beginning and the
+// length are taken.
+std::string KeyOfSubject(const MailMessage& message) {
+  constexpr size_t kMostOfSubject = 200;
+  std::string key = FormerKeyOfSubject(message);
+  if (platform::CountChars(key) <= kMostKeyText) return key;
+  return std::string(platform::FirstChars(message.Subject, kMostOfSubject)) + "_" +
+         std::to_string(message.Subject.size()) + "_" + message.SentTime.ToKeyText();
 }
 
 bool Stop(Outcome outcome) {
@@ -215,7 +230,7 @@ bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& so
       message.Subject.empty()) {
     message.Subject = kNoSubject;
   }
-  if (key.empty()) key = message.Subject + "_" + message.SentTime.ToKeyText();
+  if (key.empty()) key = KeyOfSubject(message);
   message.MessageKey = std::move(key);
   return !message.FromToAddress.empty() || !message.Subject.empty();
 }
@@ -237,8 +252,12 @@ bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& sou
     }
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
     core::YieldEvents();
-    if (entryKey.empty() && IsEmailExist(message.MessageKey)) {
-      return Stop(known(message.MessageKey));
+    if (entryKey.empty()) {
+      const std::string former = FormerKeyOfSubject(message);
+      if (IsEmailExist(message.MessageKey)) return Stop(known(message.MessageKey));
+      if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
+        return Stop(Outcome::kAlreadyStored);
+      }
     }
     if (message.Encoding.empty()) message.Encoding = "NOT";
     dbSaveMesage(messageFile, message, source.application, 0, identity);

@@ -27,7 +27,7 @@ enum class Outcome {
   kAlreadyStored,
   kRefused,     // by the sender rules
   kIgnored,     // the person chose never to take it
-  kUnreadable,  // no message, or an error on the way
+  kUnreadable,  // no message, or an error on the way: it is not stored, or only by half
   kStopped,     // the stop flag was set, or the person cancelled
 };
 Outcome LastOutcome();

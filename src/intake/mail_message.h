@@ -65,8 +65,9 @@ struct MailMessage {
   std::string HTMLCharset;
 
   // Set when a message comes from another repository.
-  std::string Notes;    // the user's note
-  std::string Project;  // its project's name; when empty the folder is the project
+  std::string Notes;          // the user's note
+  std::string Project;        // its project's name; when empty the folder is the project
+  bool IsUnfinished = false;  // an error left only a part of it there, and so it is here
 };
 
 // Fills FromToAddress and FromToName by the direction: whom the person corresponds with, the sender

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "core/guard.h"
 #include "core/messages.h"
@@ -60,6 +61,7 @@ class Check {
       LookAtFile(RepositoryDb());
       LookAtFile(ParameterDb());
       LookForCopies();
+      ReadUnfinished();
       std::vector<int64_t> ids = Identifiers();
       run_.Begin(static_cast<int64_t>(ids.size()));
       for (int64_t id : ids) {
@@ -110,6 +112,14 @@ class Check {
             where + copy);
   }
 
+  void ReadUnfinished() {
+    Attempt(0, "Table Unfinished", [&] {
+      jet::Recordset rows;
+      rows.Open("SELECT EmailID FROM Unfinished", RepositoryDb());
+      for (; !rows.Eof(); rows.MoveNext()) unfinished_.insert(rows.Field("EmailID").AsInt());
+    });
+  }
+
   // Of a list that is torn itself: every number that was ever given.
   std::vector<int64_t> Identifiers() {
     std::vector<int64_t> ids;
@@ -156,6 +166,9 @@ class Check {
     });
     if (!exists) return false;
     ++report_.messages;
+    if (unfinished_.count(id) != 0) {
+      Add(id, "An error ended its storing half way; the next load of its store makes it whole");
+    }
     bool isRead = report_.damage.size() == before;
     for (size_t i = 0; i < kChildren.size(); ++i) {
       const ChildTable& child = kChildren[i];
@@ -221,6 +234,7 @@ class Check {
 
   CheckReport& report_;
   Run run_;
+  std::set<int64_t> unfinished_;  // the messages that are marked as left by half
   bool listIsTorn_ = false;
 };
 

@@ -3,9 +3,9 @@
 //
 // A check of the open repository: the engine's own look at every page of both database files, then
 // each message by itself: its row can be read, its recipients are as many as it says, its
-// attachment names no more, its original is there in an unbroken run; and whether a restore was
-// left unfinished. Nothing is changed. A page that cannot be read costs the messages on it and not
-// the check. See backup.h for what is required while it runs.
+// attachment names no more, its original is there in an unbroken run, no error left it by half; and
+// whether a restore was left unfinished. Nothing is changed. A page that cannot be read costs the
+// messages on it and not the check. See backup.h for what is required while it runs.
 #pragma once
 
 #include <cstdint>

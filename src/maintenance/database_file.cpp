@@ -43,6 +43,17 @@ std::string WhatHappened(const Error& error, const std::string& written, std::st
   return what.append(" ").append(routine);
 }
 
+// The template may be of an older version, and would not hold all that is copied.
+void BringUpToDate(const std::string& file) {
+  jet::Connection connection;
+  connection.SetProvider(jet::kProvider);
+  connection.SetProperty(jet::kDataSourceProperty, file);
+  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.Open();
+  jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
+  connection.Close();
+}
+
 }  // namespace
 
 void OpenFile(jet::Connection& connection, const std::string& file, std::string_view mode) {
@@ -72,6 +83,16 @@ void RefuseOpenFile(const std::string& file) {
                   "beside it. Open it as a repository and close it again first.");
 }
 
+void RefuseNewerFile(const std::string& file) {
+  jet::Connection connection;
+  try {
+    OpenFile(connection, file);
+  } catch (const Error&) {
+    return;  // IsItFullBackup tells what that is
+  }
+  jet::RequireVersion(connection, repository::kSchemaVersion);
+}
+
 bool MayReplace(const std::string& file) {
   if (platform::FolderExists(file)) {
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file);
@@ -93,7 +114,7 @@ int64_t CountRows(jet::Connection& connection, std::string_view table) {
 std::vector<TableCount> CountBackupTables(jet::Connection& connection) {
   std::vector<TableCount> counts;
   for (std::string_view table : kBackupTables) {
-    counts.push_back({table, CountRows(connection, table)});
+    if (connection.HasTable(table)) counts.push_back({table, CountRows(connection, table)});
   }
   return counts;
 }
@@ -135,6 +156,7 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(f
   try {
     std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
     platform::CopyFile(emptyRepository, path_);
+    BringUpToDate(path_);
   } catch (...) {
     std::remove(path_.c_str());
     throw;

@@ -31,6 +31,9 @@ void RefuseProgramFile(const std::string& file);
 // Throws when another program has the database file open, or left it without closing it.
 void RefuseOpenFile(const std::string& file);
 
+// Throws when the file is of a later version of the program than this one.
+void RefuseNewerFile(const std::string& file);
+
 // Whether file may be made: it is not there, or the person lets it be deleted. Deleted it is when
 // its successor is complete; at once only where there is not room for both.
 bool MayReplace(const std::string& file);
@@ -42,6 +45,7 @@ struct TableCount {
   std::string_view table;
   int64_t rows = 0;
 };
+// Those of them that the file has.
 std::vector<TableCount> CountBackupTables(jet::Connection& connection);
 int64_t SumOf(std::span<const TableCount> counts);
 // Throws when the connection's file does not have these numbers of rows.

@@ -25,11 +25,12 @@ struct ExportedTable {
   std::string_view name;
   std::string_view keyColumn;  // holds Email.ID
 };
-constexpr std::array<ExportedTable, 5> kExportedTables = {{{"FileRepository", "FileID"},
+constexpr std::array<ExportedTable, 6> kExportedTables = {{{"FileRepository", "FileID"},
                                                            {"Email", "ID"},
                                                            {"Attachment", "EmailID"},
                                                            {"toRecipient", "EmailID"},
-                                                           {"ccRecipient", "EmailID"}}};
+                                                           {"ccRecipient", "EmailID"},
+                                                           {"Unfinished", "EmailID"}}};
 
 // Where nothing matches, the list holds a row that is no message; it alone has no received time.
 bool IsPlaceholder(jet::Recordset& list) {

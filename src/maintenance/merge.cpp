@@ -131,6 +131,7 @@ bool IsMergeable(const std::string& file) {
   }
   RefuseProgramFile(file);
   RefuseOpenFile(file);
+  RefuseNewerFile(file);
   if (RefuseUnfinished()) return false;
   switch (IsItFullBackup(file)) {
     case 1:

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/restore.h"
 
+#include <algorithm>
+
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -30,22 +32,28 @@ bool IsSameName(std::string_view a, std::string_view b) {
   return a.size() == b.size() && core::ContainsIgnoringCase(a, b);
 }
 
-// True when the file has the tables that a backup holds, column by column: rows are copied by
-// place.
+// Whether the file's table has this one's key and no column that this one has not.
+bool IsOfOurKind(jet::Connection& connection, const jet::TableDefinition& table) {
+  jet::Recordset rows;
+  rows.Open(table.name, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
+            jet::CommandType::kTable);
+  size_t known = 0;
+  for (const jet::ColumnDefinition& column : table.columns) {
+    bool isThere = rows.HasField(column.name);
+    if (!isThere && column.type == jet::ColumnType::kAutoNumber) return false;
+    known += isThere ? 1 : 0;
+  }
+  return known > 0 && rows.FieldCount() == static_cast<int>(known);
+}
+
+// True when the file has the tables that a backup holds. Columns that came later than the file may
+// be missing: rows are copied by the names of their columns.
 bool HasBackupTables(jet::Connection& connection) {
   for (const jet::TableDefinition& table : repository::RepositoryTables()) {
-    bool isCopied = false;
-    for (std::string_view name : kBackupTables) {
-      isCopied = isCopied || IsSameName(name, table.name);
-    }
-    if (!isCopied) continue;
-    jet::Recordset rows;
-    rows.Open(table.name, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
-              jet::CommandType::kTable);
-    if (rows.FieldCount() != static_cast<int>(table.columns.size())) return false;
-    for (size_t i = 0; i < table.columns.size(); ++i) {
-      if (rows.FieldName(static_cast<int>(i)) != table.columns[i].name) return false;
-    }
+    bool isCopied = std::any_of(kBackupTables.begin(), kBackupTables.end(),
+                                [&](auto name) { return IsSameName(name, table.name); });
+    bool isNew = table.name == "Unfinished" && !connection.HasTable(table.name);
+    if (isCopied && !isNew && !IsOfOurKind(connection, table)) return false;
   }
   return true;
 }
@@ -171,6 +179,7 @@ bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& r
       run.Advance(count.rows);
     }
     RequireCounts(RepositoryDb(), counts);
+    repository::ReserveKeys();
     RepositoryDb().SetMark(0);
     return true;
   });
@@ -263,6 +272,7 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
                         "Do you want to continue?")) {
       return Result::kDeclined;
     }
+    RefuseNewerFile(path);
     Result result = Result::kDeclined;
     std::string former = UnfinishedRestore();
     if (!former.empty() && platform::IsSameFile(path, former)) {

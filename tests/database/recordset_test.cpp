@@ -452,5 +452,29 @@ TEST_F(RecordsetTest, CountsOfGroupsAreTheEnginesOwn) {
                                   "1|" + platform::FoldCase("y"), "2|" + platform::FoldCase("ÿ")}));
 }
 
+TEST_F(RecordsetTest, AnEditThatFailsLeavesNothingForTheNextRow) {
+  Recordset rows = OpenTable("MeContact");
+  auto edit = [&](int64_t takenKey) {
+    rows.SetField("Name", "Half");
+    rows.SetField("ID", takenKey);
+  };
+  rows.AddNew();
+  edit(1);
+  EXPECT_NE(ErrorOf([&] { rows.Update(); }), 0);
+  rows.AddNew();
+  edit(1);
+  EXPECT_NE(ErrorOf([&] { rows.AddNew(); }), 0);
+  rows.AddNew();
+  rows.SetField("Name", "Half");
+  EXPECT_EQ(ErrorOf([&] { rows.SetField("NoSuchField", 1); }), ErrorNumber::kNoSuchItem);
+  rows.MoveFirst();
+  edit(2);
+  EXPECT_NE(ErrorOf([&] { rows.MoveNext(); }), 0);
+  EXPECT_EQ(rows.Field("Name").AsText(), "Ann");
+  rows.AddNew();
+  rows.Update();
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob|Zoë|Null");
+}
+
 }  // namespace
 }  // namespace tarnwick::jet

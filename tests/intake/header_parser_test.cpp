@@ -11,6 +11,7 @@
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {
@@ -273,6 +274,23 @@ TEST_F(HeaderParser, ATakenMessageIsStoredOnce) {
   core::State().StopFlag = true;
   EXPECT_FALSE(Take(text, "key three"));
   EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+}
+
+TEST_F(HeaderParser, LongSubjectsDoNotCutTheDateOffTheKey) {
+  core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+  const std::string subject = std::string(300, 'w');
+  auto letter = [&](const std::string& day) {
+    return "Subject: " + subject + "\r\nFrom: bob@example.org\r\nDate: Mon, " + day +
+           " Jan 2004 10:20:30 +0000\r\n\r\nBody\r\n";
+  };
+  EXPECT_TRUE(Take(letter("5")));
+  EXPECT_TRUE(Take(letter("12")));
+  EXPECT_FALSE(Take(letter("12")));
+  // Stored by a former version, whose key was cut.
+  repository::RepositoryDb().Execute("DELETE FROM Email WHERE ID = 2");
+  repository::RepositoryDb().Execute("UPDATE Email SET EntryID = '" + subject.substr(0, 255) + "'");
+  EXPECT_FALSE(Take(letter("5")));
+  EXPECT_TRUE(Take(letter("12")));
 }
 
 TEST_F(HeaderParser, AFileThatCannotBeReadIsReported) {

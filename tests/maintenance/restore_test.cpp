@@ -123,6 +123,35 @@ TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
   EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
 }
 
+TEST_F(Restore, ABackupOfAFormerVersionComesBackAndALaterOneIsRefused) {
+  testing::StoreVariedMessages(20);
+  testing::StoreRulesAndMarks();
+  RepositoryDb().Execute("UPDATE Email SET Notes = Null, EmailImportance = Null");
+  backup_ = Now();
+  testing::MakeFormerFile(file_, {"Notes", "EmailImportance"});
+  std::string bytes = platform::ReadFile(file_);
+  ASSERT_TRUE(repository::ClearRepository());
+  EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  EXPECT_TRUE(platform::ReadFile(file_) == bytes);
+  testing::MakeFormerFile(file_, {}, repository::kSchemaVersion + 1);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_THAT(ui_.Shown("error").back(), HasSubstr("newer version of Tarnwick"));
+  EXPECT_EQ(Now(), backup_);
+}
+
+// Its rows stay, and would be the next message's.
+TEST_F(Restore, TheKeyOfADeletedMessageIsNotGivenAgain) {
+  MakeBackupAndChange(3);
+  ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
+  RepositoryDb().Execute("DELETE FROM Email WHERE ID = 3");
+  ui_.yesNo = {true};
+  ASSERT_EQ(MakeBackup(file_), Result::kDone);
+  ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
+  testing::StoreVariedMessages(1, 1000);
+  EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 4);
+}
+
 TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {
   MakeBackupAndChange(20);
   WithoutSecondNames();
@@ -162,8 +191,8 @@ TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
   std::vector<jet::TableDefinition> tables(repository::RepositoryTables().begin(),
                                            repository::RepositoryTables().end());
   jet::CreateDatabaseFile(folder_.File("password.twb"), "another", tables, 1);
-  std::swap(tables[0].columns[1], tables[0].columns[2]);
-  jet::CreateDatabaseFile(folder_.File("order.twb"), repository::DatabasePassword(), tables, 1);
+  tables[0].columns[2].name = "Other";
+  jet::CreateDatabaseFile(folder_.File("column.twb"), repository::DatabasePassword(), tables, 1);
   tables.erase(tables.begin());
   jet::CreateDatabaseFile(folder_.File("table.twb"), repository::DatabasePassword(), tables, 1);
   std::string damaged = platform::ReadFile(file_);
@@ -181,7 +210,7 @@ TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
       {"text.twb", kFormat, 2},
       {"nothing.twb", kFormat, 2},
       {"password.twb", kFormat, 2},
-      {"order.twb", kFormat, 2},
+      {"column.twb", kFormat, 2},
       {"table.twb", kFormat, 2},
       {"first page.twb", kFormat, 2},
       {"short.twb", kFormat, 2},

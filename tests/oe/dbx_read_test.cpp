@@ -211,7 +211,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   };
   IndexedMessage received = Letter("received");
   received.messageId = "<1@example.org>";
-  EXPECT_EQ(keyOf(received), "<1@example.org>_20040105100000");
+  EXPECT_EQ(keyOf(received), "<1@example.org>_137_5ce9b481b2264acb_20040105100000");
   IndexedMessage copied = received;  // in another folder, by another program's index
   copied.flagsDirect = false;
   copied.blockSize = 64;

@@ -31,7 +31,8 @@
 // and Like; in a pattern of Like % and _ are special and everything else is not, brackets included.
 // There are no comments: "--" is two minus signs.
 //
-// Rows of an insert's select go into the columns that they are named after, when all have names.
+// Rows of an insert's select go into the columns that they are named after, when all have names; so
+// do those of a * between two files, as far as both have a column of the name.
 //
 // IN 'file' names another database file, opened with the password of the connection.
 #pragma once

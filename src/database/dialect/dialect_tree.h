@@ -87,6 +87,11 @@ struct Insert {
   std::vector<std::string> columns;
   std::vector<Expression> values;  // or
   std::unique_ptr<Select> select;
+  // SELECT * FROM one table, all its columns into those of their names.
+  bool IsCopyOfRows() const {
+    return columns.empty() && select && select->items.size() == 1 && select->items[0].star &&
+           select->joins.empty() && !select->distinct && select->groupBy.empty();
+  }
 };
 
 struct Update {

@@ -36,8 +36,8 @@ struct EngineSql {
 
 class SqlWriter {
  public:
-  // schema: what the tables have; that of the file of an IN clause, attached under the name
-  // otherSchema, has the same.
+  // schema: what the tables have; the columns that a statement names of a file of an IN clause,
+  // attached under the name otherSchema, are of the same kinds.
   SqlWriter() = default;
   explicit SqlWriter(Catalog& schema, std::string_view otherSchema = {})
       : schema_(&schema), otherSchema_(otherSchema) {}

@@ -41,7 +41,7 @@ const TableView* Catalog::Find(std::string_view table) {
   std::string name = platform::AsciiLower(table);
   auto found = tables_.find(name);
   if (found == tables_.end()) {
-    Statement info(database_, "PRAGMA main.table_info(" + QuotedName(name) + ")");
+    Statement info(database_, "PRAGMA " + schema_ + ".table_info(" + QuotedName(name) + ")");
     TableView view;
     int keys = 0;
     while (info.Step()) {

@@ -30,13 +30,15 @@ struct TableView {
 
 class Catalog {
  public:
-  explicit Catalog(Database& database) : database_(database) {}
+  explicit Catalog(Database& database, std::string_view schema = "main")
+      : database_(database), schema_(schema) {}
 
   // nullptr when there is no such table. Valid as long as the view.
   const TableView* Find(std::string_view table);
 
  private:
   Database& database_;
+  std::string schema_;
   std::map<std::string, TableView> tables_;  // by name in lower case
 };
 

@@ -154,6 +154,12 @@ void Session::Commit() {
   unsynced_ = true;
 }
 
+void Session::TakeBackGroup(const Error& reason) {
+  if (!collecting_) return;
+  if (database_->InTransaction()) Own("ROLLBACK")->Run();
+  AfterFailure(reason);
+}
+
 void Session::BeginGroup() {
   Engine();
   // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
@@ -177,7 +183,8 @@ void Session::EndUnit() {
 
 void Session::FlushGroup() {
   if (depth_ == 0 || !database_) return;
-  refusal_.reset();
+  // A refusal lasts until the unit's end: the rest of a unit whose beginning is gone would hang on
+  // a key that the next row is given.
   unitWrote_ = false;
   if (collecting_) Commit();
   if (unsynced_) database_->SyncLog();

@@ -56,6 +56,7 @@ class Session {
   void EndUnit();
   void FlushGroup();
   void EndGroup();
+  void TakeBackGroup(const Error& reason);
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
   int64_t LostUnits() const { return lostUnits_; }
