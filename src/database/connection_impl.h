@@ -21,7 +21,8 @@
 
 namespace tarnwick::jet {
 
-// A file's version number holds two: the schema's in its lower half, the connection's mark above it.
+// A file's version number holds two: the schema's in its lower half, the connection's mark above
+// it.
 inline constexpr int kSchemaBits = 16;
 inline constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
 

@@ -30,8 +30,8 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
                   const std::string& identity = {});
 
-// The key as it is stored in Email.EntryID, cut to so many characters: what tells two messages apart
-// has to stand before.
+// The key as it is stored in Email.EntryID, cut to so many characters: what tells two messages
+// apart has to stand before.
 inline constexpr size_t kMostKeyText = 255;
 std::string StoredKey(const std::string& messageKey);
 
