@@ -13,7 +13,6 @@
 
 #include "database/connection.h"
 #include "database/engine/catalog.h"
-#include "database/engine/key_table.h"
 #include "database/engine/session.h"
 #include "database/engine/text_cache.h"
 #include "database/index/digest.h"
@@ -21,6 +20,11 @@
 #include "database/plan/read_plan.h"
 
 namespace tarnwick::jet {
+
+// A file's version number holds two: the schema's in its lower half, the connection's mark above
+// it.
+inline constexpr int kSchemaBits = 16;
+inline constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
 
 // A piece of engine SQL, prepared when it is first run.
 struct PreparedSql {
@@ -123,7 +127,6 @@ class Connection::Impl {
   Session session;
 
  private:
-  void PlaceKeys();
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   EngineSql CopyOf(Insert& copy);
@@ -134,8 +137,6 @@ class Connection::Impl {
   TestedRows lastTested_;
   TextCache<Program> programs_{200};
   LiftedSql lifted_;
-  std::shared_ptr<KeyTable> lastKeys_;
-  int64_t keyTables_ = 0;
   std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
 };

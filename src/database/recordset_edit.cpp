@@ -3,7 +3,7 @@
 //
 // Adding, changing and deleting rows of a recordset.
 #include "database/recordset_impl.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -110,7 +110,7 @@ void Recordset::Impl::HandToIndex() {
   std::vector<std::string_view> texts;
   for (const std::string& column : index->Columns()) {
     for (size_t i = 0; i < fields.size(); i++) {
-      if (!edited_[i] || !SameWord(fields[i].column, column)) continue;
+      if (!edited_[i] || !platform::SameWord(fields[i].column, column)) continue;
       if (const auto* text = std::get_if<std::string>(&edited_[i]->Data())) texts.push_back(*text);
       break;
     }

@@ -120,7 +120,7 @@ std::set<std::string> IndexesOf(Database& engine, std::span<const TableDefinitio
 }
 
 int64_t VersionOf(Database& engine) {
-  return engine.Number("PRAGMA user_version");
+  return engine.Number("PRAGMA user_version") & kSchemaMask;
 }
 
 }  // namespace
@@ -174,7 +174,8 @@ void UpdateTables(Connection& connection, std::span<const TableDefinition> table
   }
   for (const std::string& name : unknown) sql += "DROP INDEX " + QuotedName(name) + ";\n";
   if (VersionOf(engine) != schemaVersion) {
-    sql += "PRAGMA user_version = " + std::to_string(schemaVersion) + ";\n";
+    int64_t mark = connection.Mark() << kSchemaBits;
+    sql += "PRAGMA user_version = " + std::to_string(mark | schemaVersion) + ";\n";
   }
   if (sql.empty()) return;
   try {

@@ -24,7 +24,6 @@ struct TableView {
   std::string_view DeclaredType(std::string_view column) const;  // "": there is no such column
   // Declared as a text, not as a long one.
   bool IsText(std::string_view column) const;
-  bool IsWholeNumber(std::string_view column) const;
   // kAny for a column that there is not.
   ColumnKind KindOf(std::string_view column) const;
 };

@@ -87,7 +87,8 @@ class Session {
   std::optional<Error> refusal_;
 };
 
-// Another file for the time of a scope. Statements on it must be gone at its end.
+// Another file for the time of a scope. Statements on it must be gone at its end. One that is not
+// written to is read as it lies.
 inline constexpr char kOtherSchema[] = "other";
 class OtherFile {
  public:
@@ -97,6 +98,8 @@ class OtherFile {
   OtherFile& operator=(const OtherFile&) = delete;
 
  private:
+  void BeginMaking();
+
   Session& session_;
 };
 
