@@ -8,10 +8,12 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "intake/sender_rules.h"
 #include "oe/state.h"
 #include "platform/files.h"
 #include "platform/registry.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::oe {
 
@@ -121,6 +123,7 @@ void ImportOutlookExpress() {
   LoadAccount& account = State().Account;
   core::GuardedRun("ImportOutlookExpress", [&] {
     if (!State().CanRead) return;
+    State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
     account.Open(State().MessageFiles);
     SetReasons();
     ReadFolders();

@@ -37,6 +37,8 @@ struct OeState {
   uint32_t LastChainEnd = 0;  // where the message before ended, also one of another file
   int IdStep = 0;
   MessageEnding Ending;  // of the message read last
+  // Keys of former versions are looked for as well; for nothing in a repository that was empty.
+  bool MayKnowFormerKeys = true;
 
   // One walk of a message tree.
   std::set<uint32_t> NodesRead;
