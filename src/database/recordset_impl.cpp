@@ -365,7 +365,7 @@ bool Recordset::Impl::HasField(std::string_view name) {
   RequireOpen();
   const std::vector<FieldInfo>& fields = Fields();
   return std::any_of(fields.begin(), fields.end(),
-                     [&](const FieldInfo& field) { return SameWord(field.name, name); });
+                     [&](const FieldInfo& field) { return platform::SameWord(field.name, name); });
 }
 
 size_t Recordset::Impl::FieldIndex(std::string_view name) {
