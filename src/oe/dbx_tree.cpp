@@ -156,6 +156,10 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
     core::LogProgress("Reads = " + folder.label + "\r\n" + fileName);
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
+    if (!platform::MayRead(fileName)) {
+      if (operation == kMsgToDb) State().Account.AddReason(fileName, kMayNotBeRead);
+      return;
+    }
     ReadDbxHeader(fileName);
     Walk walk{fileName, operation, folder};
     uint32_t root = State().Header.messageRoot;
