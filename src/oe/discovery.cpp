@@ -207,11 +207,17 @@ void CountStoresOf(platform::Registry& registry) {
   }
 }
 
-// Why the registry leads to no identity; "" when it does.
+constexpr const char* kNamesNoStore = "names no mail store of Outlook Express";
+
+// Why the registry leads to no store; "" when it does.
 std::string FaultOfRegistry() {
   try {
     auto keys = OwnersRegistry().SubKeys(kIdentitiesKey);
-    return keys && !keys->empty() ? "" : "knows no identity of Outlook Express";
+    if (!keys || keys->empty()) return "knows no identity of Outlook Express";
+    bool namesOne = std::any_of(keys->begin(), keys->end(), [](const std::string& identity) {
+      return OwnersRegistry().Value(StoreKeyOf(identity), kStoreRoot).has_value();
+    });
+    return namesOne ? "" : kNamesNoStore;
   } catch (const Error& error) {
     bool isForbidden = error.Number() == ErrorNumber::kPermissionDenied;
     return isForbidden ? "may not be read" : "is damaged";
@@ -237,7 +243,8 @@ void OfferStoresWithoutRegistry(platform::ProfileKind kind) {
     State().HasCopiedStores = true;
     return;
   }
-  EndWith(file + " " + fault);
+  // An identity without a store ends the run in its turn, under its own name.
+  if (fault != kNamesNoStore) EndWith(file + " " + fault);
   CountStoresOf(*stores);
 }
 

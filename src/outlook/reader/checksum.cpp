@@ -38,13 +38,16 @@ uint32_t Checksum(std::string_view bytes) {
   auto byteAt = [&](size_t i) {
     return static_cast<uint32_t>(static_cast<unsigned char>(bytes[i]));
   };
+  auto wordAt = [&](size_t i) {
+    return byteAt(i) | byteAt(i + 1) << 8 | byteAt(i + 2) << 16 | byteAt(i + 3) << 24;
+  };
   for (; bytes.size() >= kStep; bytes.remove_prefix(kStep)) {
-    uint32_t next = 0;
-    for (size_t i = 0; i < kStep; ++i) {
-      uint32_t mixed = i < 4 ? (sum >> (8 * i) & 0xFF) : 0;
-      next ^= kTables[kStep - 1 - i][byteAt(i) ^ mixed];
-    }
-    sum = next;
+    uint32_t first = sum ^ wordAt(0);
+    uint32_t second = wordAt(4);
+    sum = kTables[7][first & 0xFF] ^ kTables[6][first >> 8 & 0xFF] ^
+          kTables[5][first >> 16 & 0xFF] ^ kTables[4][first >> 24] ^ kTables[3][second & 0xFF] ^
+          kTables[2][second >> 8 & 0xFF] ^ kTables[1][second >> 16 & 0xFF] ^
+          kTables[0][second >> 24];
   }
   for (size_t i = 0; i < bytes.size(); ++i) sum = sum >> 8 ^ kTables[0][(sum ^ byteAt(i)) & 0xFF];
   return sum;
