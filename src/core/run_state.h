@@ -31,6 +31,8 @@ struct LoadCounts {
 struct RunState {
   // Progress entries in the event log; errors are always logged.
   bool LogEvents = true;
+  // Words of the mail itself (subjects, names of files) in the event log, which lies in clear.
+  bool LogMailTexts = true;
 
   // Absolute folder texts with their separator at the end.
   std::string AppFolder;

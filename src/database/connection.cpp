@@ -3,15 +3,17 @@
 #include "database/connection.h"
 
 #include "database/connection_impl.h"
-#include "database/dialect.h"
-#include "database/text_index.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
 namespace {
 
+static_assert(kInterrupted == kStopped);
+
 // Engine steps between two calls of a progress handler: a few milliseconds.
 constexpr int kProgressSteps = 10000;
+constexpr int kSchemaBits = 16;
 
 }  // namespace
 
@@ -24,12 +26,12 @@ void Connection::SetProvider(std::string_view provider) {
 }
 
 void Connection::SetProperty(std::string_view name, std::string_view value) {
-  if (SameWord(name, kDataSourceProperty)) {
+  if (platform::SameWord(name, kDataSourceProperty)) {
     impl_->dataSource = value;
-  } else if (SameWord(name, kPasswordProperty)) {
+  } else if (platform::SameWord(name, kPasswordProperty)) {
     impl_->password = value;
-  } else if (SameWord(name, kModeProperty)) {
-    impl_->readOnly = SameWord(value, kModeRead);
+  } else if (platform::SameWord(name, kModeProperty)) {
+    impl_->readOnly = platform::SameWord(value, kModeRead);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }
@@ -48,7 +50,7 @@ void Connection::Close() {
 }
 
 bool Connection::IsOpen() const {
-  return impl_->IsOpen();
+  return impl_->session.IsOpen();
 }
 
 int64_t Connection::Execute(std::string_view sql) {
@@ -56,37 +58,37 @@ int64_t Connection::Execute(std::string_view sql) {
 }
 
 int64_t Connection::LastIdentity() const {
-  return impl_->Engine().LastRowId();
+  return impl_->session.Engine().LastRowId();
 }
 
 void Connection::BeginGroup() {
-  impl_->BeginGroup();
+  impl_->session.BeginGroup();
 }
 
 void Connection::EndUnit() {
-  impl_->EndUnit();
+  impl_->session.EndUnit();
 }
 
 void Connection::FlushGroup() {
-  impl_->FlushGroup();
+  impl_->session.FlushGroup();
 }
 
 void Connection::EndGroup() {
-  impl_->EndGroup();
+  impl_->session.EndGroup();
 }
 
 bool Connection::InGroup() const {
-  return impl_->InGroup();
+  return impl_->session.InGroup();
 }
 
 int64_t Connection::LostUnits() const {
-  return impl_->lostUnits;
+  return impl_->session.LostUnits();
 }
 
 void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
-  impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
-                         : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+  impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
+                                 : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
 }
 
 void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
@@ -96,14 +98,26 @@ void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> 
 bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
   if (impl_->Index() == nullptr) return true;
   // Amid other work, which may be that of a statement, nothing is done.
-  if (InGroup() || impl_->Engine().IsWatched()) return false;
+  if (InGroup() || impl_->session.Engine().IsWatched()) return false;
   return impl_->Index()->CatchUp(look);
 }
 
+// The file's version number: the schema's in its lower half, the mark above it.
+int64_t Connection::Mark() const {
+  return impl_->session.Engine().Number("PRAGMA user_version") >> kSchemaBits;
+}
+
+void Connection::SetMark(int64_t mark) {
+  constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
+  int64_t schema = impl_->session.Engine().Number("PRAGMA user_version") & kSchemaMask;
+  std::string number = std::to_string(mark << kSchemaBits | schema);
+  impl_->session.Engine().Run(("PRAGMA user_version = " + number).c_str());
+}
+
 std::string Connection::IntegrityCheck() {
-  Statement check(impl_->Engine(), "PRAGMA integrity_check");
+  Statement check(impl_->session.Engine(), "PRAGMA integrity_check");
   std::string found;
-  while (impl_->StepRead(check)) {
+  while (impl_->session.StepRead(check)) {
     if (!found.empty()) found += "\n";
     found += check.Text(0);
   }
@@ -115,11 +129,11 @@ void Connection::KeepDigest(DigestDefinition definition) {
 }
 
 int64_t Connection::RowsSeen() const {
-  return impl_->Engine().RowsSeen();
+  return impl_->session.Engine().RowsSeen();
 }
 
 void Connection::SetProgressHandler(std::function<bool()> handler) {
-  impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
+  impl_->session.Engine().SetProgress(kProgressSteps, std::move(handler));
 }
 
 BulkScope::~BulkScope() {

@@ -15,9 +15,11 @@
 // is on disk whole or not at all after a crash. Where the engine itself has to roll a group back
 // (disk full), LostUnits counts the finished units that went with it.
 //
-// Other files. What a statement writes into another file (INSERT INTO table IN 'file') is taken
-// back when the statement fails, but is not flushed to disk: such a file is being made, and its
-// maker flushes it once when it is complete.
+// Other files. One that a statement reads (IN 'file' behind FROM) is opened for reading, and
+// neither it nor its folder is changed; where its indexes are of another text order they stay so,
+// and a condition on its texts may miss rows. What a statement writes into another file (INSERT
+// INTO table IN 'file') is taken back when the statement fails, but is not flushed to disk: such a
+// file is being made, and its maker flushes it once when it is complete.
 #pragma once
 
 #include <cstdint>
@@ -31,6 +33,8 @@
 
 namespace tarnwick::jet {
 
+struct DigestDefinition;
+
 inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
 inline constexpr std::string_view kDataSourceProperty = "Data Source";
 inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Password";
@@ -38,19 +42,6 @@ inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Passwo
 // writing where that is allowed.
 inline constexpr std::string_view kModeProperty = "Mode";
 inline constexpr std::string_view kModeRead = "Read";
-
-// A table of which a few columns are kept in memory, at twelve bytes a row, once a query can make
-// use of them: queries that narrow, sort or count its rows by these columns take milliseconds for a
-// million rows, and give what they would give without. What else a condition asks of the rows, of
-// the row that the reference names, or of the details, is looked up for itself.
-struct DigestDefinition {
-  std::string table;               // with a key
-  std::string date;                // its column that the rows are mostly narrowed and sorted by
-  std::string reference;           // its column that holds the key of a row of another table
-  std::vector<std::string> kinds;  // its columns of few different values
-  std::string details;             // a table whose rows belong to those of table
-  std::string detailKey;           // its column that holds the key of the row it belongs to
-};
 
 // The number of the error that a statement stopped by a progress handler ends with.
 inline constexpr int kInterrupted = 9;
@@ -98,11 +89,16 @@ class Connection {
   // on from there. True when nothing is missing.
   bool CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
 
+  // A number of the program's own in the file, from 0 (as the file is made) to 32767, written as
+  // safely as a row.
+  int64_t Mark() const;
+  void SetMark(int64_t mark);
+
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();
 
-  // Until the connection is closed. An index that begins with the date and holds the other columns
-  // lets the digest be read in one quick pass.
+  // Keeps a digest (table_definition.h) until the connection is closed. An index that begins with
+  // the date and holds the other columns lets the digest be read in one quick pass.
   void KeepDigest(DigestDefinition definition);
 
   // Called every few milliseconds while a statement runs; returning true stops the statement (Error

@@ -6,8 +6,7 @@
 #include <numeric>
 
 #include "database/recordset_impl.h"
-#include "database/text_order.h"
-#include "database/text_sort.h"
+#include "database/text/order.h"
 
 namespace tarnwick::jet {
 
@@ -135,7 +134,7 @@ DigestReader::Marks DigestReader::Marked(PreparedSql& sql, size_t size,
   Marks marks(size);
   Statement& statement = connection_.Ready(sql, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     int64_t key = statement.Int(0);
     if (statement.IsNull(0) || key < 0 || static_cast<size_t>(key) >= size) continue;
     marks[static_cast<size_t>(key)] = true;
@@ -184,9 +183,9 @@ void DigestReader::KeepHolding(Places& places) {
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
   size_t size = size_t{digest_.HighestKey()} + 1;
-  bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
-  if (last.condition != condition || last.version != connection_.Version() || asksClock) {
-    last = {std::move(condition), connection_.Version(), false, Marks(size), Marks(size)};
+  if (last.condition != condition || last.version != connection_.session.Version() ||
+      plan_.rows->usesDate) {
+    last = {std::move(condition), connection_.session.Version(), false, Marks(size), Marks(size)};
     // What a text index does not propose does not hold.
     if (auto proposed = connection_.Proposed(program_.plan, literals_)) {
       last.tested.assign(size, true);
@@ -210,7 +209,7 @@ void DigestReader::KeepHolding(Places& places) {
       if (!isUnknown(place)) continue;
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{rows[place].key});
-      last.hold[rows[place].key] = connection_.StepRead(statement);
+      last.hold[rows[place].key] = connection_.session.StepRead(statement);
       last.tested[rows[place].key] = true;
     }
   }
@@ -276,7 +275,7 @@ std::optional<std::vector<uint32_t>> DigestReader::ByReference(const Places& pla
   std::string former;
   Statement& statement = connection_.Ready(program_.digestOrder, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     Statement::Type type = statement.TypeOf(1);
     if (type == Statement::Type::kNull) continue;
     if (type != Statement::Type::kText) return std::nullopt;
@@ -297,23 +296,28 @@ std::vector<uint32_t> DigestReader::ByText(const Places& places) {
   std::vector<uint32_t> keys;
   keys.reserve(places.size());
   if (places.size() < digest_.Rows().size() / kLookupCost) {
-    TextSorter sorter;
+    // Null stands before every text.
+    std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
     Statement& statement = connection_.Ready(program_.digestText, literals_);
     for (uint32_t key : KeysOf(places)) {
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{key});
-      if (!connection_.StepRead(statement)) continue;
-      std::optional<std::string_view> text;
-      if (!statement.IsNull(0)) text = statement.Text(0);
-      sorter.Add(key, text);
+      if (!connection_.session.StepRead(statement)) continue;
+      texts.emplace_back(std::nullopt, key);
+      if (!statement.IsNull(0)) texts.back().first = statement.Text(0);
     }
-    for (int64_t key : sorter.Sorted(false)) keys.push_back(static_cast<uint32_t>(key));
+    std::sort(texts.begin(), texts.end(), [](const auto& a, const auto& b) {
+      int order = a.first && b.first ? CompareText(*a.first, *b.first)
+                                     : a.first.has_value() - b.first.has_value();
+      return order != 0 ? order < 0 : a.second < b.second;
+    });
+    for (const auto& [text, key] : texts) keys.push_back(key);
     return keys;
   }
   Marks matching = MatchingKeys(places);
   Statement& statement = connection_.Ready(program_.digestOrder, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     int64_t key = statement.Int(0);
     if (key >= 0 && static_cast<size_t>(key) < matching.size() &&
         matching[static_cast<size_t>(key)]) {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/dialect.h"
+#include "database/dialect/dialect.h"
 #include "database/recordset_impl.h"
-#include "database/text_order.h"
-#include "database/text_search.h"
+#include "database/text/order.h"
+#include "database/text/search.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -52,7 +53,7 @@ FindCriteria ReadCriteria(std::string_view text, LiftedSql& scratch) {
   for (std::string_view op : {"=", "<>", "<", ">", "<=", ">="}) {
     if (criteria.op == op) return criteria;
   }
-  if (!SameWord(criteria.op, "like")) RefuseCriteria(text);
+  if (!platform::SameWord(criteria.op, "like")) RefuseCriteria(text);
   criteria.op = "LIKE";
   return criteria;
 }

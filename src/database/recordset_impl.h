@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "database/connection_impl.h"
-#include "database/key_list.h"
 #include "database/recordset.h"
+#include "database/row_keys.h"
 
 namespace tarnwick::jet {
 
@@ -89,7 +89,6 @@ class Recordset::Impl final : public ConnectionUser {
   void AddKey(int64_t key);
   bool FetchFromDigest();
   bool CountFromDigest();
-  void FetchByText();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();
@@ -117,7 +116,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   bool fetched_ = false;
   uint64_t fetchedVersion_ = 0;                     // of the connection, when the keys were fetched
-  KeyList keys_;                                    // keyed
+  RowKeys keys_;                                    // keyed
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched
 

@@ -73,4 +73,8 @@ struct MailMessage {
 // or the first addressee.
 void SetCorrespondent(MailMessage& message);
 
+// Makes the text of a letter that has none but HTML: its plain part is missing, nothing but blanks
+// or markup itself. Body and HTMLBody stay as they are where a browser would show no text either.
+void SettleBody(MailMessage& message);
+
 }  // namespace tarnwick::intake

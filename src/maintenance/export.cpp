@@ -64,7 +64,7 @@ Result CopyProjects(const std::string& file, const std::string& idList, int64_t&
                      "tblProject.ID\r\n"
                      "WHERE Email.ID In " +
                      idList,
-                 &rows);
+                 file, &rows);
 }
 
 Result WriteExport(const std::string& file, const std::string& idList, Run& run,
@@ -144,7 +144,7 @@ Result CopyRowsTo(std::string_view table, const std::string& file, std::string_v
                      "' \r\n"
                      "SELECT * FROM " +
                      name + " WHERE " + std::string(keyColumn) + " IN " + std::string(idList),
-                 rows);
+                 file, rows);
 }
 
 }  // namespace tarnwick::maintenance

@@ -10,6 +10,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "intake/sender_rules.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
@@ -109,7 +110,7 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
   size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
   ParseMessageInfo(file.Read(behind, count), info.date);
   core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    state.Info.subject);
+                    core::LoggedMailText(state.Info.subject));
   return true;
 }
 
@@ -225,9 +226,9 @@ bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
   } catch (...) {
     constexpr std::string_view kRoutine = "dbxMessageToFile";
     Error error = core::CurrentError();
-    core::ShowError(std::to_string(error.Number()) + " " + error.Description() + " " +
-                        std::string(kRoutine) + " idStep = " + std::to_string(State().IdStep) +
-                        " " + std::to_string(infoOffset),
+    core::ShowError(std::to_string(error.Number()) + " " + core::OneLogLine(error.Description()) +
+                        " " + std::string(kRoutine) + " idStep = " +
+                        std::to_string(State().IdStep) + " " + std::to_string(infoOffset),
                     false, kRoutine);
     return false;
   }

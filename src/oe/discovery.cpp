@@ -64,7 +64,7 @@ bool EndWith(const std::string& reason, const std::string& identity = {}) {
   DiscoveryEnd& end = State().End;
   if (end.reason.empty()) {
     end = {identity, reason};
-    core::WriteLog("Outlook Express: " + reason);
+    core::WriteLog("Outlook Express: " + core::OneLogLine(reason));
   }
   return false;
 }
@@ -156,7 +156,7 @@ bool IsStoreThere(const std::string& storeFolder, const std::string& userName,
                   std::vector<std::string>& missing) {
   std::string folder = platform::FolderOf(storeFolder);
   if (!platform::MayRead(folder)) {
-    core::WriteLog(folder + ": " + kMayNotBeRead);
+    core::WriteLog(core::OneLogLine(folder + ": " + kMayNotBeRead));
     State().Forbidden.push_back(folder);
     return false;
   }
@@ -164,7 +164,7 @@ bool IsStoreThere(const std::string& storeFolder, const std::string& userName,
   std::string place = storeFolder;
   bool isWindowsPath = place.size() > 1 && place[1] == ':';
   if (isWindowsPath) std::replace(place.begin(), place.end(), '/', '\\');
-  core::WriteLog("Mail store of " + userName + " not found: " + place);
+  core::WriteLog("Mail store of " + core::OneLogLine(userName + " not found: " + place));
   missing.push_back(userName + ": " + place);
   return false;
 }
@@ -261,7 +261,7 @@ bool ReadIdentities() {
   bool isWhole = true;
   for (size_t i = 0; i < state.Identities.size(); ++i) {
     const std::string& key = state.Identities[i];
-    core::LogProgress("Identities = " + std::to_string(i + 1) + " " + key);
+    core::LogProgress("Identities = " + std::to_string(i + 1) + " " + core::OneLogLine(key));
     std::optional<std::string> store = GetStoreRoot(key);
     if (!store) {
       std::string name = NameOf(key);
@@ -306,9 +306,10 @@ std::string FullNameOf(const std::vector<FolderRow>& folders, const FolderRow& f
 void NameFolders(std::vector<FolderRow>& folders) {
   for (FolderRow& row : folders) {
     if (row.parent != 0) row.fullName = FullNameOf(folders, row);
-    core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " + row.fullName +
-                      "\r\nMe = " + std::to_string(row.number) + " " + row.displayName + "\r\n" +
-                      row.fileName);
+    core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " +
+                      core::OneLogLine(row.fullName) + "\r\nMe = " + std::to_string(row.number) +
+                      " " + core::OneLogLine(row.displayName) + "\r\n" +
+                      core::OneLogLine(row.fileName));
   }
 }
 
@@ -346,7 +347,8 @@ std::optional<std::string> GetKeyValue(Hive /*hive*/, const std::string& keyPath
     bool keyExists = false;
     std::optional<RegistryValue> value = OwnersRegistry().Value(keyPath, valueName, &keyExists);
     if (!keyExists) {
-      core::ShowError(std::string(kCannotOpen) + " GetKeyValue " + keyPath + " " + valueName);
+      core::ShowError(std::string(kCannotOpen) + " GetKeyValue " +
+                      core::OneLogLine(keyPath + " " + valueName));
       return std::nullopt;
     }
     if (!value || value->text.size() > kMaxValueLength) return std::nullopt;
@@ -397,20 +399,20 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
     for (const std::string& name : StoreFileNames(storeFolder)) {
       std::string path = platform::FolderOf(storeFolder) + name;
       if (!platform::MayRead(path)) {
-        core::WriteLog(path + ": " + kMayNotBeRead);
+        core::WriteLog(core::OneLogLine(path + ": " + kMayNotBeRead));
         state.Forbidden.push_back(path);
         state.MessageFiles.push_back(path);
         continue;
       }
       if (!IsFolderTreeFile(path)) {
-        core::LogProgress("EmailFile = " + name);
+        core::LogProgress("EmailFile = " + core::OneLogLine(name));
         state.MessageFiles.push_back(path);
         DbxContent content = platform::ReadDbxContent(path);
         if (content != DbxContent::kOther) unlisted.push_back(name);
         if (content == DbxContent::kMessages) ++messageFiles;
         continue;
       }
-      core::LogProgress("FolderFile = " + name);
+      core::LogProgress("FolderFile = " + core::OneLogLine(name));
       hasList = true;
       if (state.FolderFiles.size() == kMaxFolderFiles) {
         core::ShowMessage(TooMany("Folders"));

@@ -9,6 +9,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "intake/header_parser.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
@@ -138,7 +139,7 @@ class Import {
       open.folders = olWalkFolders(*store);
     } catch (...) {
       std::string reason = core::CurrentError().Description();
-      core::WriteLog("Outlook store skipped: " + location + ": " + reason);
+      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location + ": " + reason));
       refused_.push_back({location, reason});
       return;
     }
@@ -149,14 +150,16 @@ class Import {
     }
     Found(mail);
     if (!everyStore_ && !IsDefaultStoreName(name)) {
-      core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + location + "\r\nof \"" +
-                     name + "\": only the default store is read; \"Load from all folders\" in " +
+      core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + core::OneLogLine(location) +
+                     "\r\nof \"" + core::OneLogLine(name) +
+                     "\": only the default store is read; \"Load from all folders\" in " +
                      "the options reads every store");
       return;
     }
     if (store->HasPassword() && !IsOwnersStore(location)) {
       Count(core::State().Counts.unreadable, mail);
-      core::WriteLog("Outlook store skipped: " + location + ": it is guarded by a password");
+      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location) +
+                     ": it is guarded by a password");
       refused_.push_back({location, "It is guarded by a password."});
       return;
     }
@@ -175,7 +178,8 @@ class Import {
 
   void ReadFolder(OpenStore& open, WalkedFolder& folder) {
     std::string path = folder.place.parentPath + "\\" + folder.place.name;
-    core::LogProgress("Outlook folder = " + path + "\r\nItems = " + std::to_string(folder.items));
+    core::LogProgress("Outlook folder = " + core::OneLogLine(path) +
+                      "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
     for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
       core::YieldEvents();
@@ -216,8 +220,9 @@ class Import {
       Count(counts.unreadable, 1);
       if (++open.logged > kMaxLoggedItems) return;
       core::WriteLog("Outlook item " + std::to_string(entry.index + 1) + " of " +
-                     folder.place.parentPath + "\\" + folder.place.name + " in " +
-                     open.store->Location() + " skipped: " + core::CurrentError().Description());
+                     core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name + " in " +
+                                      open.store->Location() +
+                                      " skipped: " + core::CurrentError().Description()));
     }
   }
 
@@ -304,11 +309,12 @@ class Import {
       if (open.logged > kMaxLoggedItems) {
         core::WriteLog("Outlook items skipped without a line of their own = " +
                        std::to_string(open.logged - kMaxLoggedItems) + "\r\n" +
-                       open.store->Location());
+                       core::OneLogLine(open.store->Location()));
       }
       for (const auto& [type, count] : open.otherKinds) {
-        core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " + type +
-                          "\r\n" + open.store->Location());
+        core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " +
+                          core::OneLogLine(type) + "\r\n" +
+                          core::OneLogLine(open.store->Location()));
       }
     }
     platform::RemoveFile(core::State().TempMessageFile);

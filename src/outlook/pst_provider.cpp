@@ -148,7 +148,7 @@ struct StoreContext {
   void LogLost(const std::set<std::string>& lost, const std::string& subject) {
     if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
     core::WriteLog("Outlook item damaged, not all of it is taken as it was written (" +
-                   Listed(lost) + "): " + subject);
+                   Listed(lost) + "): " + core::LoggedMailText(subject));
   }
 
   std::string EntryID(uint32_t node) const {
@@ -422,7 +422,8 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
       if (error.Number() == ErrorNumber::kFileNotFound) throw;
       bool isForbidden = error.Number() == ErrorNumber::kPermissionDenied;
       refused_.push_back({file, isForbidden ? "It may not be read." : error.Description()});
-      core::WriteLog("Outlook store skipped: " + file + ": " + refused_.back().reason);
+      core::WriteLog("Outlook store skipped: " +
+                     core::OneLogLine(file + ": " + refused_.back().reason));
     }
   }
   return stores;

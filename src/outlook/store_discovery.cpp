@@ -69,7 +69,7 @@ class Finder {
     platform::FolderSearch search = platform::FindFolders(profile_);
     for (const std::string& folder : search.folders) ListIn(folder);
     for (const std::string& folder : search.forbidden) {
-      core::WriteLog("Folder may not be read: " + folder);
+      core::WriteLog("Folder may not be read: " + core::OneLogLine(folder));
     }
     return std::move(files_);
   }

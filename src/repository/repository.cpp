@@ -102,6 +102,18 @@ void Connect(jet::Connection& connection, const std::string& dataSource) {
   }
 }
 
+// What a killed run left in the scratch folder lies there in clear: it goes first, whether or not
+// anything can be opened. Only a program that is running keeps its own. Throws Error.
+void OpenParameters(jet::Connection& connection) {
+  try {
+    Connect(connection, State().AppFolder + kParameterFile);
+  } catch (const Error& error) {
+    if (error.Number() != kLocked) EmptyScratchFolder();
+    throw;
+  }
+  EmptyScratchFolder();
+}
+
 // The folder checks that both commands begin with; false when the command ends there.
 bool IsOtherFolder(std::string& folder) {
   if (folder.empty()) return false;
@@ -150,14 +162,15 @@ bool OpenRepository(bool clearAll) {
     OpenedRepository& repository = Repository();
     DisconnectRepository();
     core::SetBeforeQuestion(CommitBeforeQuestion);
-    Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
+    OpenParameters(repository.ParameterConnection);
     repository.RepositoryFolder = GetRepositoryFolder();
-    Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
+    std::string file = repository.RepositoryFolder + kRepositoryFile;
+    repository.WasNotClosed = jet::HasLog(file);
+    Connect(repository.RepositoryConnection, file);
     jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
     repository.RepositoryConnection.KeepDigest(ListDigest());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
     if (clearAll) ClearRepository();
-    EmptyScratchFolder();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
     OpenRecordsets();
     return true;
@@ -225,6 +238,7 @@ void ReadOptions() {
   state.UseOutlookExpress = GetOption("OutlookExpress");
   state.UseMSOutlook = GetOption("MSOutlook");
   state.ShowEmailText = GetOption("ShowEmailText");
+  state.LogMailTexts = GetOption("LogMailTexts", true);
 }
 
 bool SwitchRepository(const std::string& folder) {

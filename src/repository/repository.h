@@ -17,6 +17,7 @@ struct OpenedRepository {
   jet::Connection ParameterConnection;   // emlParameter.twr
   jet::Connection RepositoryConnection;  // Tarnwick.twr
   std::string RepositoryFolder;          // with its separator
+  bool WasNotClosed = false;             // by who had it open last: a crash, a kill, a power cut
 
   jet::Recordset EmailRecordset;
   jet::Recordset AttachmentRecordset;

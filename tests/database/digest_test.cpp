@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/digest.h"
+#include "database/index/digest.h"
 
 #include <functional>
 #include <random>
@@ -178,12 +178,36 @@ TEST_F(DigestTest, AnswersAsTheStatementsDoWhateverIsWritten) {
   }
 }
 
+// Rows that a condition was tested on are remembered, but no longer than they stay as they are.
+TEST_F(DigestTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
+  const std::string where =
+      std::string(kTables) +
+      "WHERE ReceivedTime BETWEEN #01/01/1000# AND #12/31/9000# AND Email.Body Like '%quetzal%'";
+  Recordset list;
+  list.Open("SELECT DISTINCT Email.ID " + where + " ORDER BY Email.Subject", connection_,
+            CursorType::kKeyset, LockType::kOptimistic);
+  EXPECT_EQ(list.RecordCount(), 0);
+  for (const char* change : {"UPDATE Email SET Body = 'quetzal', Subject = ID WHERE ID IN (7, 12)",
+                             "UPDATE Email SET Body = Null WHERE ID = 12",
+                             "UPDATE Email SET Body = 'quetzal', Subject = Null WHERE ID = 100",
+                             "DELETE * FROM Email WHERE ID = 7"}) {
+    Run(change);
+    list.Requery();
+    std::string found;
+    for (; !list.Eof(); list.MoveNext()) found += list.Field("ID").AsText() + "|";
+    if (!found.empty()) found.pop_back();
+    EXPECT_EQ(found, Column("SELECT DISTINCT Email.ID, Email.Subject " + where + kOnlyByStatement +
+                            " ORDER BY Email.Subject"))
+        << change;
+  }
+}
+
 TEST_F(DigestTest, WhatTheEngineRollsBackIsForgotten) {
   Compare("before");
   connection_.BeginGroup();
   Run("DELETE * FROM Email WHERE ID < 50");
   Compare("in between");
-  connection_.GetImpl().Engine().Run("ROLLBACK; BEGIN");
+  connection_.GetImpl().session.Engine().Run("ROLLBACK; BEGIN");
   Compare("after");
   connection_.EndGroup();
 }
@@ -196,7 +220,7 @@ TEST_F(DigestTest, ALookAtTheListCostsNoPassOverTheTable) {
   Recordset rows;
   rows.Open(list, connection_);
   EXPECT_GT(rows.RecordCount(), 0);
-  int64_t steps = connection_.GetImpl().Engine().StepsRun();
+  int64_t steps = connection_.GetImpl().session.Engine().StepsRun();
   for (const char* order : {"", " AND Active = '+'", " AND FilesNum <> 0"}) {
     Recordset again;
     again.Open(std::string("SELECT Count(Email.ID) AS N ") + kTables +
@@ -205,12 +229,12 @@ TEST_F(DigestTest, ALookAtTheListCostsNoPassOverTheTable) {
     EXPECT_FALSE(again.Eof());
   }
   // Which rows have several attachments, once.
-  EXPECT_LE(connection_.GetImpl().Engine().StepsRun() - steps, 120);
-  steps = connection_.GetImpl().Engine().StepsRun();
+  EXPECT_LE(connection_.GetImpl().session.Engine().StepsRun() - steps, 120);
+  steps = connection_.GetImpl().session.Engine().StepsRun();
   Run("UPDATE Email SET Active = '+' WHERE ID = 7");
   rows.Requery();
   EXPECT_GT(rows.RecordCount(), 0);
-  EXPECT_LE(connection_.GetImpl().Engine().StepsRun() - steps, 4);
+  EXPECT_LE(connection_.GetImpl().session.Engine().StepsRun() - steps, 4);
   EXPECT_EQ(Kept().RowsReadAgain(), 1);
 }
 

@@ -77,6 +77,14 @@ TEST(SplitAddress, NameAndAddressAreToldApart) {
       {"", "no name", "no address"},
       {"@", "@", "@"},
       {"a\tb@c", "a", "b@c"},
+      {"\"ann@home.org\" <ann@example.org>", "ann@home.org", "ann@example.org"},
+      {"'ann@home.org' <ann@example.org> (Lee)", "ann@home.org", "ann@example.org"},
+      {"Ann @ home ann@example.org", "Ann @ home", "ann@example.org"},
+      {"ann@home.org <ann@example.org", "ann@home.org", "ann@example.org"},
+      {"\"Lee <a@b>, Ann\" <ann@example.org>", "Lee <a@b>, Ann", "ann@example.org"},
+      {"Ann <ann@example.org>, Bo <bo@example.org>", "Ann", "ann@example.org"},
+      {"a@b <none> ann@example.org", "a@b <none", "ann@example.org"},
+      {"ann@example.org (Ann @ home)", "(Ann @ home)", "ann@example.org"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(SplitAddress(row.text), (AddressPair{row.name, row.address})) << row.text;
@@ -126,16 +134,31 @@ TEST_F(HeaderParser, EveryFieldOfAnOrdinaryLetterIsFound) {
 }
 
 TEST_F(HeaderParser, ListsAreSplitAtEveryCommaAndGoOnAfterOne) {
-  Parse(Lines({"To: \"Lee, Ann\" <ann@example.org>,", "berta@example.org, ", "Subject: no header",
-               "Cc: a@b,", "", "x"}));
-  ASSERT_EQ(message_.ToCount, 4);
+  Parse(Lines({"To: \"Lee, Ann\" <ann@example.org>,", "berta@example.org, ",
+               "\"Smith: Bob\" <bob@example.org>,", "Carl Holm: home <carl@example.org>,",
+               "mailto:dora@example.org", "Cc: a@b,", "", "x"}));
+  ASSERT_EQ(message_.ToCount, 6);
   EXPECT_EQ(message_.To[0], (AddressPair{"Lee", "no address"}));
   EXPECT_EQ(message_.To[1], (AddressPair{"Ann", "ann@example.org"}));
   EXPECT_EQ(message_.To[2].Address, "berta@example.org");
-  EXPECT_EQ(message_.To[3].Name, "Subject: no header");
-  EXPECT_EQ(message_.Subject, "");
+  EXPECT_EQ(message_.To[3], (AddressPair{"Smith: Bob", "bob@example.org"}));
+  EXPECT_EQ(message_.To[4], (AddressPair{"Carl Holm: home", "carl@example.org"}));
+  EXPECT_EQ(message_.To[5].Address, "mailto:dora@example.org");
   EXPECT_EQ(message_.CcCount, 1);
   EXPECT_EQ(message_.Body, "x\r\n");
+}
+
+TEST_F(HeaderParser, ALineOfAddressesNeverTakesTheNextHeader) {
+  for (const char* next : {"X-Mailer: by@x", "x-sender:by@x", "MIME-Version : 1.0", "Subject:s",
+                           "Received: by x", "Content-Type: text/plain", "--by@x"}) {
+    SCOPED_TRACE(next);
+    for (const char* list : {"To: a@b, ", "Cc: a@b,", "Bcc: a@b;"}) {
+      Parse(Lines({"From: c@d", list, next, "Date: 5 Jan 2004 10:00:00", "", "x"}));
+      EXPECT_EQ(message_.ToCount, *list == 'T' ? 1 : 0);
+      EXPECT_EQ(message_.CcCount, *list == 'C' ? 1 : 0);
+      EXPECT_EQ(message_.Subject, *next == 'S' ? "s" : "");
+    }
+  }
 }
 
 TEST_F(HeaderParser, AHeaderFoldedBeforeItsAddressKeepsIt) {

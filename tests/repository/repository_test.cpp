@@ -37,6 +37,28 @@ TEST_F(RepositoryTest, OpeningEmptiesTheScratchFolderAndTheObjectList) {
   EXPECT_EQ(CountRows("EmailOne"), 1);
 }
 
+TEST_F(RepositoryTest, WhatAKilledRunLeftGoesEvenWhenNothingCanBeOpened) {
+  const std::string left = State().EmailFileFolder + "oeTempMessage.msg";
+  for (const char* file : {kRepositoryFile, kParameterFile}) {
+    DisconnectRepository();
+    platform::WriteFile(State().AppFolder + file, Garbage());
+    platform::WriteFile(left, "From: ann@example.org");
+    EXPECT_FALSE(OpenRepository(false));
+    EXPECT_FALSE(platform::FileExists(left)) << file;
+  }
+}
+
+TEST_F(RepositoryTest, TheScratchFilesOfARunningProgramStay) {
+  DisconnectRepository();
+  jet::Connection running;
+  ASSERT_TRUE(twSetConnection(running, State().AppFolder + kParameterFile, ""));
+  running.Execute("DELETE * FROM Parameter");
+  const std::string scratch = State().EmailFileFolder + "oeTempMessage.msg";
+  platform::WriteFile(scratch, "From: ann@example.org");
+  EXPECT_FALSE(OpenRepository(false));
+  EXPECT_TRUE(platform::FileExists(scratch));
+}
+
 TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
   for (const jet::TableDefinition& table : RepositoryTables()) {
     std::string name(table.name);
