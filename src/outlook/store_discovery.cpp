@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/messages.h"
+#include "core/text.h"
 #include "outlook/mapi_text.h"
 #include "platform/charset.h"
 #include "platform/error.h"
