@@ -27,7 +27,10 @@ struct OeState {
   std::vector<std::string> MessageFiles;  // paths of the other *.dbx files of the stores
   std::unique_ptr<platform::Registry> OpenedRegistry;
   bool HasCopiedStores = false;  // *.dbx files without a registry, see platform/registry.h
-  bool CanRead = false;          // what the last oeInitialize gave
+  DiscoveryEnd End;
+  std::vector<std::string> Forbidden;  // store folders and files that may not be read
+  bool IsListDamaged = false;          // the folder list read last
+  bool CanRead = false;                // what the last oeInitialize gave
 
   // Reader (dbx_read.h).
   DbxHeader Header;
