@@ -12,7 +12,7 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
-#include "maintenance/restore.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "qt_user_interface.h"
 #include "repository/repository.h"
@@ -31,7 +31,7 @@ bool OpenAtStart() {
     core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
-    tarnwick::maintenance::ReportInterruptedRestore();
+    tarnwick::maintenance::AskAboutUnfinishedRestore();
     return true;
   });
 }

@@ -4,6 +4,7 @@
 
 #include "core/guard.h"
 #include "core/messages.h"
+#include "maintenance/unfinished_restore.h"
 #include "oe/import.h"
 #include "outlook/import.h"
 #include "outlook/store_discovery.h"
@@ -169,6 +170,8 @@ void StopLoad() {
 LoadResult LoadFromMailer(const LoadOptions& options) {
   LoadResult result;
   core::GuardedRun("LoadFromMailer", [&] {
+    result.failed = maintenance::RefuseUnfinished();
+    if (result.failed) return;
     if (options.full) State().RepositoryIsEmpty = true;
     bool first = State().RepositoryIsEmpty;
     if (!first && !options.everyMailer && !State().UseOutlookExpress && !State().UseMSOutlook) {
@@ -210,6 +213,7 @@ LoadResult LoadFromMailer(const LoadOptions& options) {
 intake::Outcome TakeTextFile(const std::string& path) {
   intake::SetLastOutcome(intake::Outcome::kUnreadable);
   core::GuardedRun("mnLoadTextFile", [&] {
+    if (maintenance::RefuseUnfinished()) return;
     // Asked for by name, the file is wanted whoever wrote it.
     LoadScope scope(SenderPolicy::kAcceptAll);
     if (!platform::FileExists(path)) {

@@ -21,6 +21,7 @@
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "maintenance/unfinished_restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "platform/files.h"
@@ -39,6 +40,8 @@ constexpr const char* kShowEmailText = "ShowEmailText";
 constexpr int kPrepareEveryMilliseconds = 50;
 constexpr int64_t kPrepareMilliseconds = 20;
 
+constexpr const char* kCheckLink = "check";
+
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent) : QMainWindow(parent), actions_(new BoardActionsView(this)) {
@@ -55,7 +58,8 @@ void MainBoard::BuildMenus() {
   file->addAction(actions_->openRepository);
   file->addAction(actions_->createRepository);
   file->addSeparator();
-  file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge});
+  file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge,
+                    actions_->check});
   file->addSeparator();
   file->addActions({actions_->loadTextFile, actions_->saveMessages});
   file->addSeparator();
@@ -179,7 +183,10 @@ void MainBoard::Connect() {
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
   connect(status_, &StatusPanelsView::StopAskedFor, this, &MainBoard::Stop);
-  connect(notice_, &QLabel::linkActivated, actions_->showAll, &QAction::trigger);
+  connect(notice_, &QLabel::linkActivated, this, [this](const QString& link) {
+    notice_->hide();
+    (link == kCheckLink ? actions_->check : actions_->showAll)->trigger();
+  });
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
   connect(timeline_, &TimelineView::DatesAskedFor, this, [this](DateTime from, DateTime to) {
     RefreshWith([&](ListFilter& filter) {
@@ -217,7 +224,15 @@ bool MainBoard::Load() {
   bool listed = RestoreFilterAndLoad(*this);
   grid_->setFocus();
   prepare_.start();
+  if (repository::Repository().WasNotClosed) OfferCheck();
   return listed;
+}
+
+void MainBoard::OfferCheck() {
+  notice_->setText(tr("The program did not come to its end the last time. <a href=\"%1\">Check "
+                      "whether every message is whole</a>")
+                       .arg(kCheckLink));
+  notice_->show();
 }
 
 void MainBoard::SetDataSource(jet::Recordset& list, bool placeholder) {
@@ -472,6 +487,7 @@ void MainBoard::SwitchRepository(bool create) {
     notice_->hide();
     if (text_ != nullptr) text_->hide();  // until a message of this repository is selected
     status_->SetPanel(core::StatusPanel::kProgress, {});
+    maintenance::AskAboutUnfinishedRestore();
     Load();
   } else if (!Board().ListRecordset.IsOpen()) {
     // The attempt closed the former repository for a while, and its list with it.

@@ -87,6 +87,7 @@ class MainBoard : public QMainWindow, public ListForm {
 
   void ListAnew(bool changed);
   void ShowNotice();
+  void OfferCheck();
   void SetShowEmailText(bool on);
   void FollowSelection();
   void FillChoices();

@@ -67,6 +67,7 @@ struct RunState {
   };
   bool LoadIsRunning = false;
   int64_t ReportedErrors = 0;  // in this run of the program, shown or only logged
+  std::string LastReportedError;
   std::map<std::string, RepeatedBox> RepeatedBoxes;
 
   UserInterface* Ui = nullptr;  // not owned; set before anything is shown

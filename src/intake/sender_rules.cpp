@@ -30,6 +30,13 @@ bool IsIgnoredKey(const std::string& storedKey) {
   return HasRows("SELECT ID FROM IgnoredEmail WHERE MessageID='" + QuoteSql(storedKey) + "'");
 }
 
+// A message that an error left by half is not there yet.
+const char* ExceptUnfinished() {
+  return repository::Repository().MayHoldUnfinished
+             ? " AND ID NOT IN (SELECT EmailID FROM Unfinished)"
+             : "";
+}
+
 SenderAnswer Ask(const MailMessage& message) {
   core::AskedEmail email;
   email.subject = message.Subject;
@@ -69,8 +76,8 @@ bool IsEmailExist(const std::string& key) {
       "IsEmailExist", false,
       [&] {
         std::string stored = StoredKey(key);
-        return IsIgnoredKey(stored) ||
-               HasRows("SELECT ID FROM Email WHERE EntryID='" + QuoteSql(stored) + "'");
+        return IsIgnoredKey(stored) || HasRows("SELECT ID FROM Email WHERE EntryID='" +
+                                               QuoteSql(stored) + "'" + ExceptUnfinished());
       },
       Report::kLog);
 }
@@ -113,6 +120,12 @@ void AddIgnoredMessage(const std::string& key) {
 bool IsMessageIgnored(const std::string& key) {
   return core::Guarded(
       "IsMessageIgnored", false, [&] { return IsIgnoredKey(StoredKey(key)); }, Report::kLog);
+}
+
+bool HoldsIgnoredMessages() {
+  return core::Guarded(
+      "HoldsIgnoredMessages", true, [] { return HasRows("SELECT ID FROM IgnoredEmail"); },
+      Report::kLog);
 }
 
 bool IsMessageAccepted(const MailMessage& message) {

@@ -54,6 +54,9 @@ struct MessageInfo {
   DateTime date;
   std::string subject;
   std::string keyText;  // with the date it tells the message from every other
+  // What former versions took for it, "" where that is the same.
+  std::string formerKeyText;
+  uint32_t length = 0;  // of the message in bytes, as far as the index knows; 0: it does not
 };
 
 // The index entries of the info object being read: what ParseMessageInfo knows beside the bytes.
@@ -97,7 +100,8 @@ DateTime FileTimeToDate(uint64_t fileTime, bool lenient);
 // Key text, "_" and the date as "yyyymmddhhmmss". Stored with every message: do not change.
 std::string MakeEntryKey(const std::string& keyText, DateTime date);
 
-// Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders.
+// Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders. What
+// of the list is damaged is passed over; State().IsListDamaged tells.
 void ReadFolderTree(int folderFileIndex);
 void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex);
 

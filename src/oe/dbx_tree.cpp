@@ -8,6 +8,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/import.h"
@@ -33,8 +34,8 @@ struct Walk {
 };
 
 void LogUnreadable(const Walk& walk, uint32_t value) {
-  core::LogProgress("Unreadable = " + walk.fileName + " " + std::to_string(value) + "\r\n" +
-                    State().Ending.reason);
+  core::LogProgress("Unreadable = " + core::OneLogLine(walk.fileName) + " " +
+                    std::to_string(value) + "\r\n" + core::OneLogLine(State().Ending.reason));
 }
 
 // One entry's message. False when the load was stopped.
@@ -153,9 +154,14 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
                      const FolderRecord& folder) {
   bool ended = core::GuardedRun("ReadMessageTree", [&] {
     if (IsStopped()) return;
-    core::LogProgress("Reads = " + folder.label + "\r\n" + fileName);
+    core::LogProgress("Reads = " + core::OneLogLine(folder.label) + "\r\n" +
+                      core::OneLogLine(fileName));
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
+    if (!platform::MayRead(fileName)) {
+      if (operation == kMsgToDb) State().Account.AddReason(fileName, kMayNotBeRead);
+      return;
+    }
     ReadDbxHeader(fileName);
     Walk walk{fileName, operation, folder};
     uint32_t root = State().Header.messageRoot;

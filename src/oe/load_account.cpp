@@ -6,6 +6,7 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "platform/error.h"
@@ -98,8 +99,8 @@ void LoadAccount::Close() {
     core::State().Counts.notReached += missing;
     std::string reasons;
     for (const std::string& text : file.reasons) reasons += (reasons.empty() ? "" : "; ") + text;
-    core::WriteLog("Not reached = " + std::to_string(missing) + "\r\n" + path + "\r\n" +
-                   (reasons.empty() ? reason::kFewer : reasons));
+    core::WriteLog("Not reached = " + std::to_string(missing) + "\r\n" + core::OneLogLine(path) +
+                   "\r\n" + (reasons.empty() ? reason::kFewer : core::OneLogLine(reasons)));
   }
   isOpen_ = false;
 }

@@ -15,6 +15,7 @@
 #include <unicode/timezone.h>
 
 #include "platform/locale_names.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::platform {
 
@@ -29,6 +30,7 @@ struct LocaleFacts {
   std::string longDate;   // ICU pattern
   std::string longTime;   // in FormatDate's letters, or "" where the locale wants more
   std::vector<std::string> months, shortMonths, days, shortDays;
+  DayHalves dayHalves;
 };
 
 std::string& OverrideName() {
@@ -96,6 +98,14 @@ std::string ToFormatLetters(const icu::UnicodeString& icuPattern) {
   return pattern;
 }
 
+// A text without points and blanks.
+std::string LettersOf(icu::UnicodeString text) {
+  for (char16_t mark : {u'.', u' ', u'\u00A0', u'\u202F'}) {
+    text.findAndReplace(icu::UnicodeString(mark), icu::UnicodeString());
+  }
+  return ToUtf8(text);
+}
+
 LocaleFacts MakeFacts(const std::string& name) {
   LocaleFacts facts;
   facts.name = name;
@@ -111,7 +121,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   if (facts.shortDate.empty()) facts.shortDate = "yyyy-mm-dd";
   facts.longDate = ToUtf8(PatternOf(longDate.get()));
   std::string time = ToFormatLetters(PatternOf(longTime.get()));
-  facts.longTime = facts.isPlain || time.find('a') != std::string::npos ? "" : time;
+  bool hasHalves = time.find_first_of("abB") != std::string::npos;
+  facts.longTime = facts.isPlain || hasHalves ? "" : time;
 
   UErrorCode status = U_ZERO_ERROR;
   icu::DateFormatSymbols symbols(facts.locale, status);
@@ -125,6 +136,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   facts.days = Names(texts, count, 1);
   texts = symbols.getShortWeekdays(count);
   facts.shortDays = Names(texts, count, 1);
+  texts = symbols.getAmPmStrings(count);
+  if (count >= 2) facts.dayHalves = {LettersOf(texts[0]), LettersOf(texts[1])};
   facts.months.resize(12);
   facts.shortMonths.resize(12);
   facts.days.resize(7);
@@ -154,16 +167,6 @@ std::string WriteByIcuPattern(DateTime value, const std::string& pattern,
 std::string Padded(int value, size_t width) {
   std::string digits = std::to_string(value);
   return digits.size() < width ? std::string(width - digits.size(), '0') + digits : digits;
-}
-
-char LowerLetter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameWord(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return LowerLetter(x) == LowerLetter(y);
-         });
 }
 
 // One run of the same letter in a pattern.
@@ -268,6 +271,10 @@ std::array<std::string, 12> LongDateMonthNames() {
     if (name.empty()) name = "month" + std::to_string(month);
   }
   return names;
+}
+
+DayHalves LocalDayHalves() {
+  return Facts().dayHalves;
 }
 
 std::string SystemCodePage() {

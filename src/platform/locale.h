@@ -33,6 +33,13 @@ std::optional<DateTime> ParseDate(std::string_view text);
 // name. No entry is empty.
 std::array<std::string, 12> LongDateMonthNames();
 
+// The words that the locale sets beside a time of twelve hours, without points and blanks ("am").
+struct DayHalves {
+  std::string morning;
+  std::string afternoon;
+};
+DayHalves LocalDayHalves();
+
 // The code page in which a Windows of the user's language keeps its texts, as a charset name:
 // "windows-1252" for western languages, "windows-1251" for Cyrillic ones, "shift_jis", ...
 std::string SystemCodePage();

@@ -77,11 +77,19 @@ void OpenRecordsets() {
   }
 }
 
+bool HasRows(std::string_view table) {
+  jet::Recordset rows;
+  rows.Open(table, RepositoryDb(), CursorType::kKeyset, LockType::kReadOnly, CommandType::kTable);
+  return !rows.Eof();
+}
+
 constexpr int kLocked = 5;  // the engine's number
 
 // What the engine's few words leave open, ": ..."; "" where nothing more is known.
 std::string WhyNotOpened(int number, const std::string& file) {
   if (number == kLocked) return ": another program has " + file + " open";
+  if (!platform::MayRead(file)) return ": " + file + " may not be read";
+  if (!platform::FileExists(file)) return ": " + file + " is missing";
   if (platform::FileExists(file) && !platform::IsFolderWritable(platform::FolderOf(file))) {
     return ": the folder of " + file + " can't be written to";
   }
@@ -161,14 +169,19 @@ bool OpenRepository(bool clearAll) {
     DisconnectRepository();
     core::SetBeforeQuestion(CommitBeforeQuestion);
     OpenParameters(repository.ParameterConnection);
+    jet::UpdateTables(repository.ParameterConnection, ParameterTables(), kSchemaVersion);
     repository.RepositoryFolder = GetRepositoryFolder();
-    Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
-    jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
+    std::string file = repository.RepositoryFolder + kRepositoryFile;
+    repository.WasNotClosed = jet::HasLog(file);
+    Connect(repository.RepositoryConnection, file);
+    jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
     repository.RepositoryConnection.KeepDigest(ListDigest());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
+    ReserveKeys();
     if (clearAll) ClearRepository();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
     OpenRecordsets();
+    repository.MayHoldUnfinished = HasRows("Unfinished");
     return true;
   } catch (...) {
     Error error = core::CurrentError();
@@ -214,10 +227,22 @@ bool ClearRepository() {
           "DELETE * FROM MeContact", "DELETE * FROM MeAddress", "DELETE * FROM RejectSender",
           "DELETE * FROM ccRecipient", "DELETE * FROM ToRecipient", "DELETE * FROM tblProject",
           "DELETE * FROM Email", "DELETE * FROM UserList", "DELETE * FROM ContactEmail",
-          "DELETE * FROM IgnoredEmail"}) {
+          "DELETE * FROM IgnoredEmail", "DELETE * FROM Unfinished"}) {
       RepositoryDb().Execute(statement);
     }
   });
+}
+
+void ReserveKeys() {
+  // Rows of a message that was deleted stay.
+  static constexpr std::array<jet::Reference, 5> kOfMessages = {{{"Attachment", "EmailID"},
+                                                                 {"FileRepository", "FileID"},
+                                                                 {"ToRecipient", "EmailID"},
+                                                                 {"ccRecipient", "EmailID"},
+                                                                 {"Unfinished", "EmailID"}}};
+  static constexpr std::array<jet::Reference, 1> kOfContacts = {{{"Email", "FromTo"}}};
+  jet::ReserveKeys(RepositoryDb(), "Email", kOfMessages);
+  jet::ReserveKeys(RepositoryDb(), "MeContact", kOfContacts);
 }
 
 bool HasNoEmail() {

@@ -66,6 +66,23 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   EXPECT_NE(run.errors, "");
 }
 
+// An empty repository in the place of a lost one would hide the loss.
+TEST_F(Cli, AStartWithoutARepositoryOrParametersFailsAndMakesNone) {
+  ASSERT_EQ(Run({"list"}).status, 0);
+  for (const char* name : {"Tarnwick.twr", "emlParameter.twr"}) {
+    std::string lost = home_.File("home/" + std::string(name));
+    platform::RenameFile(lost, lost + ".kept");
+    ProgramRun run = Run({"list"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.errors, ::testing::HasSubstr("Error: You should take the following actions"));
+    EXPECT_THAT(run.errors, ::testing::HasSubstr(lost + " is missing"));
+    EXPECT_FALSE(platform::FileExists(lost));
+    platform::RenameFile(lost + ".kept", lost);
+  }
+  platform::RemoveFile(home_.File("home/emlTemplate.twr"));
+  EXPECT_EQ(Run({"list"}).status, 0);
+}
+
 // Nobody else may read what is kept, whatever the system would allow; and what was written down on
 // the way does not stay, nor what a killed run has left.
 TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
@@ -96,19 +113,22 @@ TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
 TEST_F(Cli, WhatAMessageSaysIsShownAndNotObeyed) {
   std::string file = WriteMessage("evil.eml",
                                   "From: \"=?utf-8?Q?A=1B[2J=C2=9B=0D=0ATo:_x?=\" "
-                                  "<a@b.test>\r\nSubject: =?utf-8?Q?a=E2=80=AEb?="
-                                  "\x1B]0;x\x07\r\n\r\nt\x1B[31mred\r\n");
+                                  "<a@b.test>\r\nSubject: =?utf-8?Q?a=E2=80=AEb=E2=80=8F?="
+                                  "\x1B]0;x\x07\r\n\r\nt\x1B[31mred\rover\r\n");
   ASSERT_EQ(Run({"take", file}).status, 0);
   for (std::vector<std::string> words : {std::vector<std::string>{"list"},
+                                         {"list", "--json"},
+                                         {"contacts", "--json"},
                                          {"show", "1"},
                                          {"show", "1", "--text"},
                                          {"contacts"},
                                          {"delete", "1"}}) {
     ProgramRun run = Run(words, "n\n");
-    for (const char* obeyed : {"\x1B", "\x07", "\u009B", "\u202E", "\nTo:"}) {
+    for (const char* obeyed : {"\x1B", "\x07", "\u009B", "\u202E", "\u200F", "\rover", "\nTo:"}) {
       EXPECT_EQ((run.output + run.errors).find(obeyed), std::string::npos) << words[0] << obeyed;
     }
   }
+  EXPECT_NE(Run({"list", "--json"}).output.find(R"(a\u202eb\u200f\u001b]0;x)"), std::string::npos);
   EXPECT_NE(Run({"show", "1", "--raw"}).output.find("\x1B[31m"), std::string::npos);
 }
 

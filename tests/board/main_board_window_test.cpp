@@ -23,6 +23,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 #include "support/profile_builder.h"
 #include "support/program_fixture.h"
 
@@ -420,6 +421,23 @@ TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
   window_->Actions().openRepository->trigger();
   EXPECT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_THAT(ListedSubjects(), ElementsAre("in the other"));
+}
+
+TEST_F(Window, AfterACrashACheckIsOffered) {
+  board::TakeTextFile(WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000")));
+  repository::DisconnectRepository();
+  WriteTemp("Tarnwick.twr-wal", "");
+  ASSERT_TRUE(repository::OpenRepository(false));
+  Start();
+  auto* notice = window_->findChild<QLabel*>("Notice");
+  ASSERT_TRUE(notice->isVisible());
+  repository::RepositoryDb().Execute("DELETE * FROM FileRepository");
+  emit notice->linkActivated("check");
+  EXPECT_FALSE(notice->isVisible());
+  ASSERT_EQ(ui_.Shown("box").size(), 1U);
+  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("1 message(s), 1 damaged"));
+  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("Message 1: Its original is missing"));
+  EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
 }
 
 TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {

@@ -11,9 +11,12 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "core/text.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "support/faults.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
 
@@ -101,6 +104,18 @@ TEST_F(Messages, AnErrorIsShownAndLoggedAndGivesTheFailureValue) {
   EXPECT_EQ(Log().find("progress"), std::string::npos);
 }
 
+TEST_F(Messages, NoTextFromMailCanForgeALineOfTheLog) {
+  platform::RemoveFile(State().LogFile);
+  WriteLog("own\r\nlines \x1B[2J\u009B\u202E\u200F\u2028 \r \n " + OneLogLine("a\r\nError: 5\tb"));
+  GuardedRun("twRead", [] { throw Error(75, "no file a\r\nb"); });
+  WriteLog("");
+  EXPECT_EQ(Log(),
+            "3/7/2005 09:08:07\r\nown\r\n"
+            "lines \\u001b[2J\\u009b\\u202e\\u200f\\u2028 \\r \\n a\\r\\nError: 5\tb\r\n\r\n"
+            "3/7/2005 09:08:07\r\nError: 75 no file a\\r\\nb twRead\r\n\r\n"
+            "3/7/2005 09:08:07\r\n\r\n\r\n");
+}
+
 TEST_F(Messages, ARepeatedBoxCanBeSilencedForOneLoadAndIsAlwaysLogged) {
   ui_.silenceWhenOffered = true;
   for (int load = 0; load < 2; ++load) {
@@ -151,6 +166,35 @@ TEST(AppFolder, IsSeededOnceAndNeverOverwritten) {
   platform::WriteFile(app + "Tarnwick.twr", "mine");
   SeedAppFolder(app, program.Path());
   EXPECT_EQ(platform::ReadFile(app + "Tarnwick.twr"), "mine");
+  // A lost template comes back; the person's own files are not replaced by empty ones.
+  for (const char* lost : {"Tarnwick.twr", "emlParameter.twr", "emlTemplate.twr"}) {
+    platform::RemoveFile(app + lost);
+    SeedAppFolder(app, program.Path());
+    EXPECT_EQ(platform::FileExists(app + lost), lost == std::string("emlTemplate.twr")) << lost;
+  }
+}
+
+TEST(AppFolder, IsMadeFurtherWhereItsMakingWasInterrupted) {
+  testing::TempFolder program;
+  platform::WriteFile(program.File("emlTemplate.twr"), "template");
+  platform::WriteFile(program.File("emlParameter.twr"), "parameters");
+  for (int step = 0;; ++step) {
+    testing::TempFolder home;
+    bool happened = false;
+    {
+      testing::FailingFileStep fault(step);
+      try {
+        SeedAppFolder(home.Path(), program.Path());
+      } catch (const Error&) {
+      }
+      happened = fault.Happened();
+    }
+    SeedAppFolder(home.Path(), program.Path());
+    EXPECT_TRUE(platform::FileExists(home.File("Tarnwick.twr"))) << step;
+    EXPECT_TRUE(platform::FileExists(home.File("emlParameter.twr"))) << step;
+    EXPECT_EQ(platform::ListFiles(home.Path()).size(), 3U) << step;
+    if (!happened) break;
+  }
 }
 
 }  // namespace

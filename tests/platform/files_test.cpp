@@ -83,7 +83,8 @@ TEST(Files, WhatIsMadeIsTheOwnersOnly) {
   WriteFile(folder.File("a/b/c"), "text");
   CopyFile(folder.File("a/b/c"), folder.File("a/copy"));
   EXPECT_EQ(ReadFile(folder.File("a/copy")), "text");
-  for (const char* name : {"a", "a/b", "a/b/c", "a/copy"}) {
+  EXPECT_TRUE(AppendToFile(folder.File("a/log"), "text"));
+  for (const char* name : {"a", "a/b", "a/b/c", "a/copy", "a/log"}) {
     struct stat status {};
     ASSERT_EQ(::stat(folder.File(name).c_str(), &status), 0) << name;
     EXPECT_EQ(status.st_mode & 077U, 0U) << name;

@@ -14,7 +14,7 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
-#include "maintenance/restore.h"
+#include "maintenance/unfinished_restore.h"
 #include "options/options.h"
 #include "platform/files.h"
 #include "repository/repository.h"
@@ -45,6 +45,10 @@ constexpr const char* kUsage =
   check  [--export FILE]
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
+
+constexpr const char* kWasNotClosed =
+    "Tarnwick did not come to its end the last time. \"tarnwick-cli check\" tells whether every "
+    "message is whole.";
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
@@ -129,7 +133,7 @@ bool Start(const std::string& programFolder) {
     tarnwick::core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
-    tarnwick::maintenance::ReportInterruptedRestore();
+    tarnwick::maintenance::ReportUnfinishedRestore();
     return true;
   });
 }
@@ -157,6 +161,9 @@ int Run(int argc, char** argv) {
   tarnwick::core::State().Ui = &console;
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
+  if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {
+    std::cerr << kWasNotClosed << std::endl;
+  }
   if (!invocation.logSubjects.empty()) {
     tarnwick::options::SetLogMailTexts(invocation.logSubjects == "yes");
   }

@@ -6,6 +6,7 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "database/connection.h"
+#include "maintenance/unfinished_restore.h"
 #include "repository/repository.h"
 
 namespace tarnwick::app {
@@ -13,6 +14,7 @@ namespace tarnwick::app {
 int RunTake(const std::vector<std::string>& words) {
   Arguments arguments(words, {}, {});
   if (arguments.Operands().empty()) throw UsageError("take wants at least one file");
+  if (maintenance::RefuseUnfinished()) return kFailed;
   int64_t stored = 0;
   int64_t alreadyStored = 0;
   int64_t failed = 0;

@@ -56,6 +56,7 @@ class Session {
   void EndUnit();
   void FlushGroup();
   void EndGroup();
+  void TakeBackGroup(const Error& reason);
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
   int64_t LostUnits() const { return lostUnits_; }
@@ -86,7 +87,8 @@ class Session {
   std::optional<Error> refusal_;
 };
 
-// Another file for the time of a scope. Statements on it must be gone at its end.
+// Another file for the time of a scope. Statements on it must be gone at its end. One that is not
+// written to is read as it lies.
 inline constexpr char kOtherSchema[] = "other";
 class OtherFile {
  public:
@@ -96,6 +98,8 @@ class OtherFile {
   OtherFile& operator=(const OtherFile&) = delete;
 
  private:
+  void BeginMaking();
+
   Session& session_;
 };
 
