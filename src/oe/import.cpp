@@ -4,14 +4,17 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "intake/sender_rules.h"
 #include "oe/state.h"
 #include "platform/files.h"
 #include "platform/registry.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::oe {
 
@@ -68,16 +71,19 @@ void SetReasons() {
   });
 }
 
-// The files in the order of their first folder; a file that two folders name is listed once.
+// The files in the order of their first folder. A file that several folders name is read once: what
+// it holds is in the repository by then.
 void ReadFolders() {
   LoadAccount& account = State().Account;
+  std::set<std::string> filesRead;
   ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
     std::string path = PathOf(list, folder);
     bool exists = platform::FileExists(path);
     if (IsFolderToRead(folder)) {
+      if (!filesRead.insert(path).second) return true;
       if (exists) account.SetReason(path, "");
       ReadMessageTree(path, kMsgToDb, RecordOf(list, folder));
-    } else if (exists) {
+    } else if (exists && filesRead.count(path) == 0) {
       account.SetReason(path, reason::kFolderRule);
     }
     return !IsStopped();
@@ -108,9 +114,12 @@ bool IsFolderToRead(const FolderRow& folder) {
 void CollectMeAddresses() {
   core::GuardedRun("CollectMeAddresses", [&] {
     if (!State().CanRead) return;
+    std::set<std::string> filesRead;
     ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
       if (Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems) {
-        ReadMessageTree(PathOf(list, folder), kMeAddress, RecordOf(list, folder));
+        std::string path = PathOf(list, folder);
+        if (filesRead.insert(path).second)
+          ReadMessageTree(path, kMeAddress, RecordOf(list, folder));
       }
       return !IsStopped();
     });
@@ -120,8 +129,14 @@ void CollectMeAddresses() {
 void ImportOutlookExpress() {
   LoadAccount& account = State().Account;
   core::GuardedRun("ImportOutlookExpress", [&] {
-    if (!State().CanRead) return;
+    const std::string& end = State().End.reason;
+    if (!State().CanRead && end.empty()) return;
+    State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
     account.Open(State().MessageFiles);
+    if (!State().CanRead) {
+      for (const std::string& file : State().MessageFiles) account.SetReason(file, end);
+      return;
+    }
     SetReasons();
     ReadFolders();
   });

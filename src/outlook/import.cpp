@@ -114,6 +114,7 @@ class Import {
 
   void Run(Namespace& outlook) {
     for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store));
+    for (RefusedStore& store : outlook.Refused()) refused_.push_back(std::move(store));
     for (bool sentItems : {true, false}) {
       for (OpenStore& open : stores_) {
         for (WalkedFolder& folder : open.folders) {
@@ -125,6 +126,8 @@ class Import {
   }
 
   bool FoundMail() const { return found_ > 0; }
+  // Stores of which nothing was read.
+  const std::vector<RefusedStore>& Refused() const { return refused_; }
 
  private:
   // Decides whether the store is read, and announces what it holds.
@@ -135,21 +138,17 @@ class Import {
     try {
       open.folders = olWalkFolders(*store);
     } catch (...) {
-      core::WriteLog("Outlook store skipped: " +
-                     core::OneLogLine(location + ": " + core::CurrentError().Description()));
+      std::string reason = core::CurrentError().Description();
+      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location + ": " + reason));
+      refused_.push_back({location, reason});
       return;
     }
     int64_t mail = 0;
     for (const WalkedFolder& folder : open.folders) {
-      if (folder.isMailFolder) mail += folder.items;
+      if (!folder.isMailFolder) continue;
+      for (int64_t i = 0; i < folder.items; ++i) mail += folder.folder->IsOtherKind(i) ? 0 : 1;
     }
     Found(mail);
-    if (store->HasPassword()) {
-      Count(core::State().Counts.unreadable, mail);
-      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location) +
-                     ": it is guarded by a password");
-      return;
-    }
     if (!everyStore_ && !IsDefaultStoreName(name)) {
       core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + core::OneLogLine(location) +
                      "\r\nof \"" + core::OneLogLine(name) +
@@ -157,10 +156,24 @@ class Import {
                      "the options reads every store");
       return;
     }
+    if (store->HasPassword() && !IsOwnersStore(location)) {
+      Count(core::State().Counts.unreadable, mail);
+      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location) +
+                     ": it is guarded by a password");
+      refused_.push_back({location, "It is guarded by a password."});
+      return;
+    }
     for (const WalkedFolder& folder : open.folders) total_ += folder.items;
     open.budget = store->OutputBudget();
     open.store = std::move(store);
     stores_.push_back(std::move(open));
+  }
+
+  // The password is a mark in the store, which itself lies open: a store without it would be no
+  // safer. Whoever says that the mail is theirs reads it.
+  static bool IsOwnersStore(const std::string& location) {
+    return core::AskYesNo("The Outlook store " + location +
+                          " has a password. Is the mail in it yours, and shall it be read?");
   }
 
   void ReadFolder(OpenStore& open, WalkedFolder& folder) {
@@ -181,7 +194,7 @@ class Import {
   void ReadItem(OpenStore& open, WalkedFolder& folder, const ItemRun::Entry& entry) {
     core::LoadCounts& counts = core::State().Counts;
     // In a folder made for something else nothing was announced: what turns up is found now.
-    bool announced = folder.isMailFolder;
+    bool announced = folder.isMailFolder && !folder.folder->IsOtherKind(entry.index);
     auto announce = [&] {
       if (!announced) Found(1);
       announced = true;
@@ -226,6 +239,10 @@ class Import {
     }
     if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
       TakeBodiesOfRawText(file, folder.place, message);
+    }
+    if (std::string damage = item.Damage(); !damage.empty()) {
+      message.Notes = "This message is damaged in its Outlook store (" + damage +
+                      "). Parts of it may be missing or not as they were written.";
     }
     core::State().NewMessageFlag = true;
     if (folder.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
@@ -307,11 +324,26 @@ class Import {
 
   bool everyStore_;
   std::vector<OpenStore> stores_;
+  std::vector<RefusedStore> refused_;
   int64_t found_ = 0;
   int64_t accounted_ = 0;
   int64_t visited_ = 0;
   int64_t total_ = 0;
 };
+
+// One box for all of them, however many.
+void ShowRefused(const std::vector<RefusedStore>& stores) {
+  if (stores.empty()) return;
+  constexpr size_t kMostNamed = 10;
+  std::string text = "These Outlook stores were not read:";
+  for (size_t i = 0; i < std::min(stores.size(), kMostNamed); ++i) {
+    text += "\r\n" + stores[i].location + "\r\n    " + stores[i].reason;
+  }
+  if (stores.size() > kMostNamed) {
+    text += "\r\nand " + std::to_string(stores.size() - kMostNamed) + " more, named in the log";
+  }
+  core::ShowMessage(text);
+}
 
 }  // namespace
 
@@ -336,6 +368,7 @@ bool olImportFrom(Namespace& outlook, bool everyStore) {
     if (outlook.AsksForAccess()) core::ShowMessage(core::kAccessAdvice);
     Import import(everyStore);
     import.Run(outlook);
+    ShowRefused(import.Refused());
     if (!import.FoundMail()) {
       core::ShowMessage("Microsoft Outlook doesn't content an email.");
     }
