@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/connection.h"
 
+#include <algorithm>
+
 #include "database/connection_impl.h"
 #include "database/dialect.h"
 #include "database/text_index.h"
@@ -79,8 +81,16 @@ bool Connection::InGroup() const {
   return impl_->InGroup();
 }
 
-int64_t Connection::LostUnits() const {
-  return impl_->lostUnits;
+int64_t Connection::Batch() const {
+  return impl_->Batch();
+}
+
+bool Connection::IsTakenBack(int64_t batch) const {
+  return std::binary_search(impl_->takenBack.begin(), impl_->takenBack.end(), batch);
+}
+
+int64_t Connection::BatchesTakenBack() const {
+  return static_cast<int64_t>(impl_->takenBack.size());
 }
 
 void Connection::SetBulk(bool on) {

@@ -49,7 +49,7 @@ void Connection::Impl::Open() {
     database_.reset();
     throw;
   }
-  lostUnits = 0;
+  takenBack.clear();
 }
 
 void Connection::Impl::CheckReadable() {
@@ -343,7 +343,7 @@ void Connection::Impl::BeforeWrite() {
     Own("BEGIN")->Run();
     collecting_ = true;
     collectingSince_ = platform::TickMilliseconds();
-    finishedUnits_ = 0;
+    ++batch_;
   }
   unitWrote_ = true;
 }
@@ -352,8 +352,7 @@ void Connection::Impl::BeforeWrite() {
 void Connection::Impl::AfterFailure(const Error& error) {
   if (!collecting_ || database_->InTransaction()) return;
   collecting_ = false;
-  lostUnits += finishedUnits_;
-  finishedUnits_ = 0;
+  takenBack.push_back(batch_);
   version_++;
   if (index_) index_->Forget();
   if (unitWrote_) refusal_ = error;
@@ -368,7 +367,6 @@ void Connection::Impl::Commit() {
     throw;
   }
   collecting_ = false;
-  finishedUnits_ = 0;
   unsynced_ = true;
 }
 
@@ -382,9 +380,7 @@ void Connection::Impl::BeginGroup() {
 
 void Connection::Impl::EndUnit() {
   if (depth_ == 0) return;
-  bool refused = refusal_.has_value();
   refusal_.reset();
-  if (unitWrote_ && !refused) finishedUnits_++;
   unitWrote_ = false;
   bool due =
       collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;
@@ -395,7 +391,7 @@ void Connection::Impl::EndUnit() {
 
 void Connection::Impl::FlushGroup() {
   if (depth_ == 0 || !database_) return;
-  refusal_.reset();
+  // A unit that is refused stays so to its end: its beginning is gone.
   unitWrote_ = false;
   if (collecting_) Commit();
   if (unsynced_) database_->SyncLog();

@@ -114,6 +114,7 @@ class Connection::Impl {
   void EndGroup();
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
+  int64_t Batch() const { return collecting_ ? batch_ : 0; }
 
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
   TextIndex* Index() { return index_.get(); }
@@ -135,7 +136,7 @@ class Connection::Impl {
   std::string dataSource;
   std::string password;
   bool readOnly = false;
-  int64_t lostUnits = 0;
+  std::vector<int64_t> takenBack;  // batches, ascending
 
   // Another file for the time of a scope. Statements on it must be gone at its end.
   class OtherFile {
@@ -179,7 +180,7 @@ class Connection::Impl {
   bool collecting_ = false;
   bool unsynced_ = false;
   int64_t collectingSince_ = 0;
-  int64_t finishedUnits_ = 0;
+  int64_t batch_ = 0;
   bool unitWrote_ = false;
   // A unit whose beginning was rolled back by the engine gets no end: its other writes fail alike.
   std::optional<Error> refusal_;

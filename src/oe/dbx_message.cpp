@@ -37,7 +37,7 @@ enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 
 // False, with the reason for the account.
 bool GiveUp(const std::string& reason) {
-  State().Ending = {MessageEnd::kUnreadable, reason};
+  State().Ending = {intake::Outcome::kUnreadable, reason};
   return false;
 }
 
@@ -120,7 +120,7 @@ bool IsKnown() {
   state.EntryKey = MakeEntryKey(state.Info.keyText, state.Info.date);
   if (!intake::IsEmailExist(state.EntryKey)) return false;
   bool ignored = intake::IsMessageIgnored(state.EntryKey);
-  state.Ending = {ignored ? MessageEnd::kIgnored : MessageEnd::kAlreadyStored, {}};
+  state.Ending = {ignored ? intake::Outcome::kIgnored : intake::Outcome::kAlreadyStored, {}};
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
   return true;
 }
@@ -198,7 +198,6 @@ bool CopyChain(ByteReader& file, uint32_t offset) {
     offset = next;
   }
   scratch.Close();
-  state.Ending = {MessageEnd::kCopied, {}};
   return true;
 }
 
@@ -219,17 +218,14 @@ bool CopyMessage(uint32_t offset, const std::string& fileName) {
 }  // namespace
 
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
-  GiveUp("an error ended its reading");
+  State().Info = {};
   try {
     return CopyMessage(infoOffset, fileName);
   } catch (...) {
-    constexpr std::string_view kRoutine = "dbxMessageToFile";
-    Error error = core::CurrentError();
-    core::ShowError(std::to_string(error.Number()) + " " + error.Description() + " " +
-                        std::string(kRoutine) + " idStep = " + std::to_string(State().IdStep) +
-                        " " + std::to_string(infoOffset),
-                    false, kRoutine);
-    return false;
+    core::ReportCurrentException(
+        "dbxMessageToFile", core::Report::kShow,
+        " idStep = " + std::to_string(State().IdStep) + " " + std::to_string(infoOffset));
+    return GiveUp(core::State().LastError);
   }
 }
 

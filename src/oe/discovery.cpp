@@ -77,19 +77,24 @@ void ListFilesAsFolders(const std::string& storeFolder, const std::string& userN
   }
 }
 
-// Identities and their stores. False ends the run.
+// Identities and their stores. False ends the run: an identity has no store. The files of the
+// others are listed all the same, for the account of the load.
 bool ReadIdentities() {
   OeState& state = State();
   for (size_t i = 0; i < state.Identities.size(); ++i) {
     const std::string& key = state.Identities[i];
-    core::LogProgress("Identities = " + std::to_string(i + 1) + " " + key);
+    bool isEnded = !state.WhyEnded.empty();
+    if (!isEnded) core::LogProgress("Identities = " + std::to_string(i + 1) + " " + key);
     std::optional<std::string> store = GetStoreRoot(key);
-    if (!store) return false;
     std::string user = GetIdentityUserName(key);
-    AddUserToList(user);
-    CollectStoreFiles(*store, user);
+    if (store) {
+      if (!isEnded) AddUserToList(user);
+      CollectStoreFiles(*store, user);
+    } else if (!isEnded) {
+      state.WhyEnded = "no mail store known for identity " + (user.empty() ? key : user);
+    }
   }
-  return true;
+  return state.WhyEnded.empty();
 }
 
 // The display names from the top folder down to this one, with "." between.
@@ -224,7 +229,10 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
 
 bool DiscoverOutlookExpress() {
   return core::Guarded("DiscoverOutlookExpress", false, [&] {
-    if (platform::LogonName() != core::State().UserName) return false;
+    if (platform::LogonName() != core::State().UserName) {
+      State().WhyEnded = "the repository belongs to the user " + core::State().UserName;
+      return false;
+    }
     EmptyTables();
     OeState& state = State();
     platform::ProfileKind kind = platform::DetectProfile(repository::GetProfileFolder());
@@ -232,7 +240,7 @@ bool DiscoverOutlookExpress() {
                             kind == platform::ProfileKind::kDbxWithFolderList;
     if (!EnumIdentities()) return false;
     if (!ReadIdentities()) {
-      core::LogProgress("An identity has no store.");
+      core::WriteLog("Outlook Express is not read: " + state.WhyEnded);
       return false;
     }
     for (size_t j = 0; j < state.FolderFiles.size(); ++j) {

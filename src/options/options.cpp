@@ -21,7 +21,7 @@ void SetUseMSOutlook(bool on) {
 }
 
 void RequestFullLoad() {
-  core::State().RepositoryIsEmpty = true;
+  core::State().RepositoryIsEmpty = core::State().FullLoadAsked = true;
 }
 
 std::string ProfileFolder() {

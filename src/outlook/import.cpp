@@ -10,6 +10,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "intake/header_parser.h"
+#include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "outlook/folder_walk.h"
@@ -20,6 +21,7 @@
 #include "outlook/store_discovery.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/locale.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 
@@ -28,29 +30,19 @@ namespace tarnwick::outlook {
 namespace {
 
 constexpr const char* kMailItem = "MailItem";
-constexpr int kMaxLoggedItems = 200;  // of one store; the rest is only counted
-constexpr size_t kItemsAhead = 32;    // that a provider is told of
-
-struct OlState {
-  std::vector<std::string> StoreFiles;
-};
-
-OlState& State() {
-  static OlState state;
-  return state;
-}
-
-bool IsStopped() {
-  return core::State().ImportCancelFlag || core::State().StopFlag;
-}
+constexpr size_t kItemsAhead = 32;  // that a provider is told of
 
 // A store being read.
 struct OpenStore {
   std::unique_ptr<Store> store;
   std::vector<WalkedFolder> folders;
   uint64_t budget = 0;
-  int logged = 0;
   std::map<std::string, int64_t> otherKinds;
+
+  // A folder as the account of the load knows it.
+  std::string PlaceOf(const WalkedFolder& folder) const {
+    return store->Location() + ": " + folder.place.parentPath + "\\" + folder.place.name;
+  }
 };
 
 // The items of a folder in their order, each with whether it is known already. Knows the next few
@@ -107,110 +99,113 @@ class ItemRun {
   std::deque<Entry> entries_;
 };
 
+// What is being read: the stores, and their folders with what they announced.
 class Import {
  public:
-  explicit Import(bool everyStore) : everyStore_(everyStore) {}
+  void Announce(Namespace& outlook, bool everyStore) {
+    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store), everyStore);
+  }
 
-  void Run(Namespace& outlook) {
-    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store));
+  void Read() {
     for (bool sentItems : {true, false}) {
       for (OpenStore& open : stores_) {
         for (WalkedFolder& folder : open.folders) {
-          if (folder.place.inSentItems == sentItems && !IsStopped()) ReadFolder(open, folder);
+          if (folder.place.inSentItems == sentItems && !core::IsLoadStopped()) {
+            ReadFolder(open, folder);
+          }
         }
       }
     }
     Close();
   }
 
-  bool FoundMail() const { return found_ > 0; }
+  bool FoundMail() const { return foundMail_; }
 
  private:
-  // Decides whether the store is read, and announces what it holds.
-  void Open(std::unique_ptr<Store> store) {
-    std::string name = store->DisplayName();
-    std::string location = store->Location();
+  // Announces what a store holds, and decides whether it is read.
+  void Open(std::unique_ptr<Store> store, bool everyStore) {
     OpenStore open;
     try {
       open.folders = olWalkFolders(*store);
     } catch (...) {
-      core::WriteLog("Outlook store skipped: " + location + ": " +
-                     core::CurrentError().Description());
+      std::string text =
+          "Outlook store skipped: " + store->Location() + ": " + core::CurrentError().Description();
+      core::WriteLog(text);
+      intake::Account().Note(text);
       return;
     }
-    int64_t mail = 0;
-    for (const WalkedFolder& folder : open.folders) {
-      if (folder.isMailFolder) mail += folder.items;
-    }
-    Found(mail);
-    if (store->HasPassword()) {
-      Count(core::State().Counts.unreadable, mail);
-      core::WriteLog("Outlook store skipped: " + location + ": it is guarded by a password");
-      return;
-    }
-    if (!everyStore_ && !IsDefaultStoreName(name)) {
-      core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + location + "\r\nof \"" +
-                     name + "\": only the default store is read; \"Load from all folders\" in " +
-                     "the options reads every store");
-      return;
-    }
-    for (const WalkedFolder& folder : open.folders) total_ += folder.items;
-    open.budget = store->OutputBudget();
     open.store = std::move(store);
+    std::string reason = WhyLeftAlone(*open.store, everyStore);
+    for (const WalkedFolder& folder : open.folders) {
+      if (!folder.isMailFolder || folder.items == 0) continue;
+      foundMail_ = true;
+      intake::Account().Announce(open.PlaceOf(folder), folder.items);
+      intake::Account().SetReason(open.PlaceOf(folder), reason);
+    }
+    if (!reason.empty()) return;
+    open.budget = open.store->OutputBudget();
     stores_.push_back(std::move(open));
   }
 
-  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
-    std::string path = folder.place.parentPath + "\\" + folder.place.name;
-    core::LogProgress("Outlook folder = " + path + "\r\nItems = " + std::to_string(folder.items));
-    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
-      core::YieldEvents();
-      if (IsStopped()) return;
-      ReadItem(open, folder, run.Next());
-      repository::RepositoryDb().EndUnit();
-      ++visited_;
-      if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(visited_, total_);
-    }
+  // "" for a store that is read.
+  static std::string WhyLeftAlone(Store& store, bool everyStore) {
+    if (store.HasPassword()) return "the store is guarded by a password";
+    std::string name = store.DisplayName();
+    if (everyStore || IsDefaultStoreName(name)) return {};
+    return "of \"" + name + "\": only the default store is read; \"Load from all folders\" in " +
+           "the options reads every store";
   }
 
-  void ReadItem(OpenStore& open, WalkedFolder& folder, const ItemRun::Entry& entry) {
-    core::LoadCounts& counts = core::State().Counts;
-    // In a folder made for something else nothing was announced: what turns up is found now.
-    bool announced = folder.isMailFolder;
-    auto announce = [&] {
-      if (!announced) Found(1);
-      announced = true;
-    };
+  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
+    core::LogProgress("Outlook folder = " + folder.place.parentPath + "\\" + folder.place.name +
+                      "\r\nItems = " + std::to_string(folder.items));
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
+    std::string place = open.PlaceOf(folder);
+    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
+      core::YieldEvents();
+      if (core::IsLoadStopped()) return;
+      ReadItem(open, folder, place, run.Next());
+      if (core::State().Ui != nullptr) {
+        core::State().Ui->ShowProgress(intake::Account().Visited(), core::State().Counts.found);
+      }
+    }
+    intake::Account().Finish(place);
+  }
+
+  void ReadItem(OpenStore& open, WalkedFolder& folder, const std::string& place,
+                const ItemRun::Entry& entry) {
+    intake::LoadAccount& account = intake::Account();
+    using intake::Outcome;
+    std::string name = "item " + std::to_string(entry.index + 1);
     try {
       if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
       if (entry.isKnown) {
-        announce();
-        return Count(intake::IsMessageIgnored(entry.key) ? counts.ignored : counts.alreadyStored,
-                     1);
+        bool isIgnored = intake::IsMessageIgnored(entry.key);
+        return account.Count(place, isIgnored ? Outcome::kIgnored : Outcome::kAlreadyStored, {},
+                             name);
       }
       std::string type = entry.item->TypeName();
       if (type != kMailItem) {
         LeaveOut(open, *entry.item, type);
-        if (announced) Found(-1);
+        if (folder.isMailFolder) account.Withdraw(place, 1);
         return;
       }
-      announce();
-      TakeIn(open, folder, *entry.item);
+      TakeIn(open, folder, *entry.item, name);
+      account.Count(place, intake::LastOutcome(), {}, name);
     } catch (...) {
-      announce();
-      if (IsStopped()) return;  // not reached
-      Count(counts.unreadable, 1);
-      if (++open.logged > kMaxLoggedItems) return;
-      core::WriteLog("Outlook item " + std::to_string(entry.index + 1) + " of " +
-                     folder.place.parentPath + "\\" + folder.place.name + " in " +
-                     open.store->Location() + " skipped: " + core::CurrentError().Description());
+      if (core::IsLoadStopped()) return;  // not reached
+      Error error = core::CurrentError();
+      if (core::IsDiskFull(error))
+        core::ReportCurrentException("olImportOutlook", core::Report::kShow);
+      account.Count(place, Outcome::kUnreadable, error.Description(), name);
     }
   }
 
-  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item) {
+  // What became of it is the last outcome; name becomes what the person knows it by.
+  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item, std::string& name) {
     Letter letter = ReadLetter(item);
     intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
+    name = platform::FormatDate(message.SentTime, "General Date") + " " + message.Subject;
     const std::string& file = core::State().TempMessageFile;
     // Emptied instead, the last message's file would first be brought to the disk.
     platform::RemoveFile(file);
@@ -228,7 +223,7 @@ class Import {
     }
     intake::SetLastOutcome(intake::Outcome::kNone);
     intake::dbSaveMesage(file, message, kApplication, 0, open.store->DisplayName());
-    CountOutcome();
+    if (intake::LastOutcome() == intake::Outcome::kStored) ++core::State().OutlookMessages;
   }
 
   // The texts of a signed letter lie in what was signed.
@@ -243,26 +238,6 @@ class Import {
     message.AttachCount = parsed.AttachCount;
   }
 
-  void CountOutcome() {
-    core::LoadCounts& counts = core::State().Counts;
-    switch (intake::LastOutcome()) {
-      case intake::Outcome::kStored:
-        ++core::State().OutlookMessages;
-        return Count(counts.stored, 1);
-      case intake::Outcome::kAlreadyStored:
-        return Count(counts.alreadyStored, 1);
-      case intake::Outcome::kRefused:
-        return Count(counts.refused, 1);
-      case intake::Outcome::kIgnored:
-        return Count(counts.ignored, 1);
-      case intake::Outcome::kStopped:
-        return;  // not reached
-      case intake::Outcome::kNone:
-      case intake::Outcome::kUnreadable:
-        return Count(counts.unreadable, 1);
-    }
-  }
-
   // An item of another kind is no message.
   static void LeaveOut(OpenStore& open, Item& item, const std::string& type) {
     if (item.Properties().Text(Prop::kMessageClass).empty()) {
@@ -271,24 +246,8 @@ class Import {
     ++open.otherKinds[type];
   }
 
-  void Found(int64_t messages) {
-    core::State().Counts.found += messages;
-    found_ += messages;
-  }
-  void Count(int64_t& counter, int64_t messages) {
-    counter += messages;
-    accounted_ += messages;
-  }
-
   void Close() {
-    int64_t missing = found_ - accounted_;
-    core::State().Counts.notReached += missing;
     for (const OpenStore& open : stores_) {
-      if (open.logged > kMaxLoggedItems) {
-        core::WriteLog("Outlook items skipped without a line of their own = " +
-                       std::to_string(open.logged - kMaxLoggedItems) + "\r\n" +
-                       open.store->Location());
-      }
       for (const auto& [type, count] : open.otherKinds) {
         core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " + type +
                           "\r\n" + open.store->Location());
@@ -296,18 +255,41 @@ class Import {
     }
     platform::RemoveFile(core::State().TempMessageFile);
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
-    if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(total_, total_);
   }
 
-  bool everyStore_;
   std::vector<OpenStore> stores_;
-  int64_t found_ = 0;
-  int64_t accounted_ = 0;
-  int64_t visited_ = 0;
-  int64_t total_ = 0;
+  bool foundMail_ = false;
+};
+
+// Kept from olInitialize to the end of the import.
+struct OlState {
+  std::vector<std::string> StoreFiles;
+  std::unique_ptr<Namespace> Outlook;  // outlives what is read from it
+  std::unique_ptr<Import> Running;
+};
+
+OlState& State() {
+  static OlState state;
+  return state;
+}
+
+class Outlook : public intake::Source {
+ public:
+  ~Outlook() override { olReset(); }
+  std::string Name() const override { return kApplication; }
+  const char* Option() const override { return "MSOutlook"; }
+  bool& OptionFlag() const override { return core::State().UseMSOutlook; }
+  bool IsThere() override { return olInitialize(); }
+  // A first load takes every store.
+  bool Announce(bool whole) override { return olAnnounce(whole); }
+  bool Read(bool /*whole*/) override { return olImportOutlook(); }
 };
 
 }  // namespace
+
+std::unique_ptr<intake::Source> MakeSource() {
+  return std::make_unique<Outlook>();
+}
 
 bool olInitialize() {
   olReset();
@@ -322,24 +304,37 @@ const std::vector<std::string>& olStoreFiles() {
 }
 
 void olReset() {
-  State() = OlState();
+  // In this order: the items before what they are read from.
+  State().Running.reset();
+  State().Outlook.reset();
+  State().StoreFiles.clear();
 }
 
-bool olImportFrom(Namespace& outlook, bool everyStore) {
+bool olAnnounce(bool everyStore) {
+  State().Outlook = std::make_unique<PstNamespace>(State().StoreFiles);
+  return olAnnounceFrom(*State().Outlook, everyStore);
+}
+
+bool olAnnounceFrom(Namespace& outlook, bool everyStore) {
   return core::Guarded("olImportOutlook", false, [&] {
     if (outlook.AsksForAccess()) core::ShowMessage(core::kAccessAdvice);
-    Import import(everyStore);
-    import.Run(outlook);
-    if (!import.FoundMail()) {
-      core::ShowMessage("Microsoft Outlook doesn't content an email.");
-    }
+    State().Running = std::make_unique<Import>();
+    State().Running->Announce(outlook, everyStore);
     return true;
   });
 }
 
-bool olImportOutlook(bool everyStore) {
-  PstNamespace outlook(State().StoreFiles);
-  return olImportFrom(outlook, everyStore);
+bool olImportOutlook() {
+  bool done = core::Guarded("olImportOutlook", false, [&] {
+    if (State().Running == nullptr) return false;
+    State().Running->Read();
+    if (!State().Running->FoundMail()) {
+      core::ShowMessage("Microsoft Outlook doesn't content an email.");
+    }
+    return true;
+  });
+  olReset();
+  return done;
 }
 
 }  // namespace tarnwick::outlook

@@ -217,9 +217,13 @@ bool HasNoEmail() {
   });
 }
 
+void NoteWhetherEmpty() {
+  State().RepositoryIsEmpty = State().FullLoadAsked || HasNoEmail();
+}
+
 void ReadOptions() {
   core::RunState& state = State();
-  state.RepositoryIsEmpty = HasNoEmail();
+  NoteWhetherEmpty();
   state.UseOutlookExpress = GetOption("OutlookExpress");
   state.UseMSOutlook = GetOption("MSOutlook");
   state.ShowEmailText = GetOption("ShowEmailText");
@@ -231,6 +235,7 @@ bool SwitchRepository(const std::string& folder) {
   SetRepositoryFolder(folder);
   DisconnectRepository();
   if (OpenRepository(false)) {
+    State().FullLoadAsked = false;
     ReadOptions();
     return true;
   }

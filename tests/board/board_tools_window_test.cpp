@@ -261,6 +261,8 @@ TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
   ui_.yesNo = {true};
   window_->Actions().deleteSelected->trigger();
   EXPECT_EQ(CountRows("Email"), 1);
+  window_->Maintenance().Work(MaintenanceView::Command::kBackup,
+                              QString::fromStdString(folder_.File("saved.twb")));
   EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the full load is still asked for";
   InDialog<options::AboutDialog>(window_->Actions().about);
   // The help of the build lies beside its programs; what is opened depends on what was built.

@@ -39,7 +39,7 @@ class LoadOutlook : public testing::ProgramFixture {
 };
 
 TEST_F(LoadOutlook, IsAskedForByItselfAtAFirstLoad) {
-  ui_.yesNo = {false, true};
+  ui_.yesNo = {true};
   LoadOptions options;
   options.senders = SenderPolicy::kAcceptAll;
   LoadResult result = LoadFromMailer(options);
@@ -48,8 +48,7 @@ TEST_F(LoadOutlook, IsAskedForByItselfAtAFirstLoad) {
       "found 1, stored 1, already stored 0, refused 0, ignored 0, unreadable 0, not reached 0");
   EXPECT_FALSE(result.failed);
   EXPECT_THAT(ui_.Shown("question"),
-              ElementsAre("Would you like to load email from Outlook Express to Repository?",
-                          "Would you like to load email from Outlook to Repository?"));
+              ElementsAre("Would you like to load email from Outlook to Repository?"));
   EXPECT_TRUE(repository::GetOption("MSOutlook"));
   EXPECT_FALSE(repository::GetOption("OutlookExpress"));
   EXPECT_NE(repository::GetLastLoaded(), "");
@@ -70,7 +69,7 @@ TEST_F(LoadOutlook, IsTakenWholeAtFirstThenByItsDefaultStoreAndLeftAsItWas) {
   }
   LoadOptions options;
   options.senders = SenderPolicy::kAcceptAll;
-  ui_.yesNo = {false, true, false, true};
+  ui_.yesNo = {true, true};
   EXPECT_EQ(LoadFromMailer(options).counts.stored, 2);
   core::LoadCounts later = LoadFromMailer(options).counts;
   EXPECT_EQ(later.alreadyStored, 1);
@@ -94,7 +93,7 @@ TEST_F(LoadOutlook, IsTakenWithEveryMailer) {
 }
 
 TEST_F(LoadOutlook, IsNotReadWhereThePersonSaysNo) {
-  ui_.yesNo = {false, false};
+  ui_.yesNo = {false};
   EXPECT_FALSE(LoadFromMailer({}).ran);
   EXPECT_FALSE(repository::GetOption("MSOutlook"));
   EXPECT_EQ(CountRows("Email"), 0);

@@ -253,13 +253,16 @@ TEST_F(ConnectionTest, GroupsNest) {
 }
 
 // Stopping a change within a commit makes the engine roll the whole commit back.
-TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
+TEST_F(ConnectionTest, KnowsTheBatchesThatTheEngineTookBack) {
   connection_.BeginGroup();
+  int64_t batches[4] = {};
   for (int i = 1; i <= 3; i++) {
     WriteUnit(connection_, i);
+    batches[i] = connection_.Batch();
     connection_.EndUnit();
     if (i == 1) connection_.FlushGroup();
   }
+  EXPECT_EQ(batches[2], batches[3]);
   connection_.Execute("INSERT INTO ObjectList VALUES (4)");
   std::string list;
   for (int i = 1; i < 50000; i++) list += (i > 1 ? ", " : "") + std::to_string(i);
@@ -267,19 +270,21 @@ TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
   // While the list is laid out, nothing of the commit's is lost yet.
   connection_.SetProgressHandler([] { return true; });
   EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
-  EXPECT_EQ(connection_.LostUnits(), 0);
+  EXPECT_EQ(connection_.BatchesTakenBack(), 0);
   int calls = 0;
   connection_.SetProgressHandler([&] { return ++calls > 20; });
   EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
   connection_.SetProgressHandler({});
-  EXPECT_EQ(connection_.LostUnits(), 2);
-  // The rest of the unit whose beginning is lost is not written either.
+  EXPECT_FALSE(connection_.IsTakenBack(batches[1]));
+  EXPECT_TRUE(connection_.IsTakenBack(batches[2]));
+  // The rest of the unit whose beginning is lost is not written either, a question in it or not.
+  connection_.FlushGroup();
   EXPECT_EQ(ErrorOf([&] { WriteUnit(connection_, 4); }), 9);
   connection_.EndUnit();
   WriteUnit(connection_, 5);
   connection_.EndUnit();
   connection_.EndGroup();
-  EXPECT_EQ(connection_.LostUnits(), 2);
+  EXPECT_EQ(connection_.BatchesTakenBack(), 1);
   EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|5");
   EXPECT_EQ(Column("SELECT Count(*) FROM ObjectList"), "0");
 }
@@ -291,7 +296,7 @@ TEST_F(ConnectionTest, AFailedStatementTakesNothingElseBack) {
   WriteUnit(connection_, 2);
   connection_.EndUnit();
   connection_.EndGroup();
-  EXPECT_EQ(connection_.LostUnits(), 0);
+  EXPECT_EQ(connection_.BatchesTakenBack(), 0);
   EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|2");
 }
 

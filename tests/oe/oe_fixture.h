@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/run_state.h"
+#include "intake/load_account.h"
 #include "oe/import.h"
 #include "oe/state.h"
 #include "platform/files.h"
