@@ -101,7 +101,7 @@ class Bench {
 };
 
 jet::Database& Engine() {
-  return repository::RepositoryDb().GetImpl().Engine();
+  return repository::RepositoryDb().GetImpl().session.Engine();
 }
 
 void ScanIndex() {

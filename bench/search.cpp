@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "database/packing.h"
+#include "database/engine/packing.h"
 #include "database/recordset.h"
 #include "platform/error.h"
 #include "platform/files.h"

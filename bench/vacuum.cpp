@@ -5,7 +5,7 @@
 // of maintenance.sh.
 #include <iostream>
 
-#include "database/engine.h"
+#include "database/engine/engine.h"
 #include "platform/error.h"
 #include "repository/repository.h"
 

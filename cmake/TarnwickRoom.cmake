@@ -1,9 +1,10 @@
-# tarnwick_room(NAME [FOLDER folder] [USES targets...] [PRIVATE_USES targets...])
+# tarnwick_room(NAME [FOLDER folder] [SHOWS paths...] [USES targets...] [PRIVATE_USES targets...])
 #
 # A room is a static library tarnwick_NAME of the sources in src/NAME (or in FOLDER). Its headers
 # are reached as "NAME/header.h" through an include folder that holds this room and nothing else, so
 # a source file can include just its own room and the rooms that its target links: a wrong arrow
-# between rooms does not compile.
+# between rooms does not compile. SHOWS are the folders and headers below src that are reached, where
+# it is not the room's own folder whole.
 #
 # Files whose names end in _window, _dialog, _view or _model are the room's windows. They become a
 # library of their own, tarnwick_NAME_windows, made by tarnwick_windows(NAME [USES targets...]), so
@@ -11,22 +12,30 @@
 
 set(TARNWICK_WINDOW_FILES "_(window|dialog|view|model)\\.cpp$")
 
+# Makes the include folder of a target: links to paths below src, and nothing else.
+function(tarnwick_show target scope)
+  set(root ${CMAKE_BINARY_DIR}/rooms/${target})
+  file(REMOVE_RECURSE ${root})
+  foreach(path ${ARGN})
+    cmake_path(GET path PARENT_PATH folder)
+    file(MAKE_DIRECTORY ${root}/${folder})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${path} ${root}/${path} COPY_ON_ERROR SYMBOLIC)
+  endforeach()
+  target_include_directories(${target} ${scope} ${root})
+endfunction()
+
 function(tarnwick_room name)
-  cmake_parse_arguments(ARG "" "FOLDER" "USES;PRIVATE_USES" ${ARGN})
+  cmake_parse_arguments(ARG "" "FOLDER" "SHOWS;USES;PRIVATE_USES" ${ARGN})
   if(NOT ARG_FOLDER)
     set(ARG_FOLDER ${name})
+  endif()
+  if(NOT ARG_SHOWS)
+    set(ARG_SHOWS ${ARG_FOLDER})
   endif()
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${ARG_FOLDER}/*.cpp)
   list(FILTER sources EXCLUDE REGEX ${TARNWICK_WINDOW_FILES})
   add_library(tarnwick_${name} STATIC ${sources})
-  if(ARG_FOLDER STREQUAL name)
-    set(root ${CMAKE_BINARY_DIR}/rooms/${name})
-    file(MAKE_DIRECTORY ${root})
-    if(NOT EXISTS ${root}/${name})
-      file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${root}/${name} COPY_ON_ERROR SYMBOLIC)
-    endif()
-    target_include_directories(tarnwick_${name} PUBLIC ${root})
-  endif()
+  tarnwick_show(tarnwick_${name} PUBLIC ${ARG_SHOWS})
   target_link_libraries(tarnwick_${name} PUBLIC ${ARG_USES} PRIVATE tarnwick_settings
                                                                     ${ARG_PRIVATE_USES})
 endfunction()

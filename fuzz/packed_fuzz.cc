@@ -12,10 +12,10 @@
 #include <string_view>
 
 #include "database/connection_impl.h"
-#include "database/packing.h"
+#include "database/engine/packing.h"
+#include "database/index/text_index.h"
+#include "database/index/text_segment.h"
 #include "database/recordset.h"
-#include "database/text_index.h"
-#include "database/text_segment.h"
 #include "platform/error.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
@@ -176,11 +176,11 @@ void Change(jet::Database& engine, Input& input) {
 
 void TryFile(Input input) {
   Connection& connection = Opened();
-  jet::Database& engine = connection.GetImpl().Engine();
+  jet::Database& engine = connection.GetImpl().session.Engine();
   engine.Run("BEGIN");
   for (int i = 0; i < 20 && !input.IsEmpty(); ++i) Change(engine, input);
   {
-    TextIndex index(connection.GetImpl(), "Email", {"Body", "Subject"});
+    TextIndex index(connection.GetImpl().session, "Email", {"Body", "Subject"});
     for (const char* wanted : {"letter 9", "xxx", "961"}) {
       auto keys = index.Candidates({{0, wanted, false}, {1, "let%", true}});
       if (!keys) continue;

@@ -4,8 +4,8 @@
 
 #include <random>
 
-#include "database/packing.h"
-#include "database/text_segment.h"
+#include "database/engine/packing.h"
+#include "database/index/text_segment.h"
 #include "support/sample_profile.h"
 
 namespace tarnwick::fuzz {

@@ -65,7 +65,10 @@ bool EnsureProfile() {
   auto folder = State().Ui->ChooseFolder(
       "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with *.dbx or *.pst "
       "files");
-  if (!folder || folder->empty()) return false;
+  if (!folder || folder->empty()) {
+    core::ShowMessage("No folder was chosen: nothing is loaded.");
+    return false;
+  }
   bool hasRegistry = platform::DetectProfile(*folder) != platform::ProfileKind::kNone;
   if (!hasRegistry && !HasOutlookStores(*folder)) {
     core::ShowMessage("There is no NTUSER.DAT, user.reg, *.dbx or *.pst file in " + *folder);

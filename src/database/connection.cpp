@@ -5,12 +5,13 @@
 #include <algorithm>
 
 #include "database/connection_impl.h"
-#include "database/dialect.h"
-#include "database/text_index.h"
+#include "database/text/fold.h"
 
 namespace tarnwick::jet {
 
 namespace {
+
+static_assert(kInterrupted == kStopped);
 
 // Engine steps between two calls of a progress handler: a few milliseconds.
 constexpr int kProgressSteps = 10000;
@@ -50,7 +51,7 @@ void Connection::Close() {
 }
 
 bool Connection::IsOpen() const {
-  return impl_->IsOpen();
+  return impl_->session.IsOpen();
 }
 
 int64_t Connection::Execute(std::string_view sql) {
@@ -58,45 +59,46 @@ int64_t Connection::Execute(std::string_view sql) {
 }
 
 int64_t Connection::LastIdentity() const {
-  return impl_->Engine().LastRowId();
+  return impl_->session.Engine().LastRowId();
 }
 
 void Connection::BeginGroup() {
-  impl_->BeginGroup();
+  impl_->session.BeginGroup();
 }
 
 void Connection::EndUnit() {
-  impl_->EndUnit();
+  impl_->session.EndUnit();
 }
 
 void Connection::FlushGroup() {
-  impl_->FlushGroup();
+  impl_->session.FlushGroup();
 }
 
 void Connection::EndGroup() {
-  impl_->EndGroup();
+  impl_->session.EndGroup();
 }
 
 bool Connection::InGroup() const {
-  return impl_->InGroup();
+  return impl_->session.InGroup();
 }
 
 int64_t Connection::Batch() const {
-  return impl_->Batch();
+  return impl_->session.Batch();
 }
 
 bool Connection::IsTakenBack(int64_t batch) const {
-  return std::binary_search(impl_->takenBack.begin(), impl_->takenBack.end(), batch);
+  const std::vector<int64_t>& batches = impl_->session.TakenBack();
+  return std::binary_search(batches.begin(), batches.end(), batch);
 }
 
 int64_t Connection::BatchesTakenBack() const {
-  return static_cast<int64_t>(impl_->takenBack.size());
+  return static_cast<int64_t>(impl_->session.TakenBack().size());
 }
 
 void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
-  impl_->Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
-                         : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+  impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
+                                 : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
 }
 
 void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
@@ -106,14 +108,14 @@ void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> 
 bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {
   if (impl_->Index() == nullptr) return true;
   // Amid other work, which may be that of a statement, nothing is done.
-  if (InGroup() || impl_->Engine().IsWatched()) return false;
+  if (InGroup() || impl_->session.Engine().IsWatched()) return false;
   return impl_->Index()->CatchUp(look);
 }
 
 std::string Connection::IntegrityCheck() {
-  Statement check(impl_->Engine(), "PRAGMA integrity_check");
+  Statement check(impl_->session.Engine(), "PRAGMA integrity_check");
   std::string found;
-  while (impl_->StepRead(check)) {
+  while (impl_->session.StepRead(check)) {
     if (!found.empty()) found += "\n";
     found += check.Text(0);
   }
@@ -125,11 +127,11 @@ void Connection::KeepDigest(DigestDefinition definition) {
 }
 
 int64_t Connection::RowsSeen() const {
-  return impl_->Engine().RowsSeen();
+  return impl_->session.Engine().RowsSeen();
 }
 
 void Connection::SetProgressHandler(std::function<bool()> handler) {
-  impl_->Engine().SetProgress(kProgressSteps, std::move(handler));
+  impl_->session.Engine().SetProgress(kProgressSteps, std::move(handler));
 }
 
 BulkScope::~BulkScope() {

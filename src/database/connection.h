@@ -32,6 +32,8 @@
 
 namespace tarnwick::jet {
 
+struct DigestDefinition;
+
 inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
 inline constexpr std::string_view kDataSourceProperty = "Data Source";
 inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Password";
@@ -39,19 +41,6 @@ inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Passwo
 // writing where that is allowed.
 inline constexpr std::string_view kModeProperty = "Mode";
 inline constexpr std::string_view kModeRead = "Read";
-
-// A table of which a few columns are kept in memory, at twelve bytes a row, once a query can make
-// use of them: queries that narrow, sort or count its rows by these columns take milliseconds for a
-// million rows, and give what they would give without. What else a condition asks of the rows, of
-// the row that the reference names, or of the details, is looked up for itself.
-struct DigestDefinition {
-  std::string table;               // with a key
-  std::string date;                // its column that the rows are mostly narrowed and sorted by
-  std::string reference;           // its column that holds the key of a row of another table
-  std::vector<std::string> kinds;  // its columns of few different values
-  std::string details;             // a table whose rows belong to those of table
-  std::string detailKey;           // its column that holds the key of the row it belongs to
-};
 
 // The number of the error that a statement stopped by a progress handler ends with.
 inline constexpr int kInterrupted = 9;
@@ -105,8 +94,8 @@ class Connection {
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();
 
-  // Until the connection is closed. An index that begins with the date and holds the other columns
-  // lets the digest be read in one quick pass.
+  // Keeps a digest (table_definition.h) until the connection is closed. An index that begins with
+  // the date and holds the other columns lets the digest be read in one quick pass.
   void KeepDigest(DigestDefinition definition);
 
   // Called every few milliseconds while a statement runs; returning true stops the statement (Error

@@ -11,13 +11,14 @@
 #include <string_view>
 #include <vector>
 
-#include "database/catalog.h"
 #include "database/connection.h"
-#include "database/digest.h"
-#include "database/engine.h"
-#include "database/read_plan.h"
-#include "database/text_cache.h"
-#include "platform/error.h"
+#include "database/engine/catalog.h"
+#include "database/engine/key_table.h"
+#include "database/engine/session.h"
+#include "database/engine/text_cache.h"
+#include "database/index/digest.h"
+#include "database/index/text_index.h"
+#include "database/plan/read_plan.h"
 
 namespace tarnwick::jet {
 
@@ -74,16 +75,13 @@ class ConnectionUser {
   virtual void ConnectionCloses() = 0;
 };
 
-class TextIndex;
-
 class Connection::Impl {
  public:
-  Impl();
+  Impl() = default;
   ~Impl();
 
   void Open();
   void Close();
-  bool IsOpen() const { return database_ != nullptr; }
 
   // The text is lifted into Lifted(), valid until the next call.
   std::shared_ptr<Program> Translate(std::string_view sql);
@@ -99,35 +97,15 @@ class Connection::Impl {
                                                const std::vector<Value>& literals);
   // Fills in what the columns of a reading program are.
   const std::vector<FieldInfo>& Fields(Program& program);
-  // A statement of the database's own making, in engine SQL.
-  std::shared_ptr<Statement> Own(std::string_view sql);
-
   int64_t Execute(std::string_view sql);
-  // Runs a bound statement that changes something; gives the rows it changed.
-  int64_t RunWrite(Statement& statement);
-  // One step of a statement that reads.
-  bool StepRead(Statement& statement);
-
-  void BeginGroup();
-  void EndUnit();
-  void FlushGroup();
-  void EndGroup();
-  bool InGroup() const { return depth_ > 0; }
-  bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
-  int64_t Batch() const { return collecting_ ? batch_ : 0; }
 
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
   TextIndex* Index() { return index_.get(); }
   // Before rows of a table get keys that are not the engine's choice, or all of them go.
   void BeforeRewriting(std::string_view table);
-  void AfterFailure(const Error& error);
   void KeepDigest(DigestDefinition definition);
   Digest* GetDigest() { return digest_.get(); }  // nullptr: none is kept
   TestedRows& LastTested() { return lastTested_; }
-
-  Database& Engine();  // throws Error 3704 while closed
-  // Counts up with everything written; what was read under another number may be out of date.
-  uint64_t Version() const { return version_; }
 
   void AddUser(ConnectionUser* user) { users_.insert(user); }
   void RemoveUser(ConnectionUser* user) { users_.erase(user); }
@@ -136,54 +114,24 @@ class Connection::Impl {
   std::string dataSource;
   std::string password;
   bool readOnly = false;
-  std::vector<int64_t> takenBack;  // batches, ascending
 
-  // Another file for the time of a scope. Statements on it must be gone at its end.
-  class OtherFile {
-   public:
-    OtherFile(Impl& connection, const std::string& path, bool isWritten);
-    ~OtherFile();
-    OtherFile(const OtherFile&) = delete;
-    OtherFile& operator=(const OtherFile&) = delete;
-
-   private:
-    Impl& connection_;
-  };
-  static constexpr char kOtherSchema[] = "other";
+  Session session;
 
  private:
-  void CheckReadable();
-  void Configure();
   void PlaceKeys();
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
-  void BeforeWrite();
-  int64_t RunTold(Statement& statement);
-  void Commit();
 
-  std::unique_ptr<Database> database_;
   std::unique_ptr<Catalog> schema_;
   std::unique_ptr<Digest> digest_;
   TestedRows lastTested_;
   TextCache<Program> programs_{200};
-  TextCache<Statement> statements_{100};
   LiftedSql lifted_;
   std::shared_ptr<KeyTable> lastKeys_;
   int64_t keyTables_ = 0;
   std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
-  uint64_t version_ = 1;
-
-  // The group: how deep it is nested, whether a commit is collecting, since when, what it holds.
-  int depth_ = 0;
-  bool collecting_ = false;
-  bool unsynced_ = false;
-  int64_t collectingSince_ = 0;
-  int64_t batch_ = 0;
-  bool unitWrote_ = false;
-  // A unit whose beginning was rolled back by the engine gets no end: its other writes fail alike.
-  std::optional<Error> refusal_;
 };
 
 }  // namespace tarnwick::jet

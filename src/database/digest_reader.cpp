@@ -6,8 +6,8 @@
 #include <numeric>
 
 #include "database/recordset_impl.h"
-#include "database/text_order.h"
-#include "database/text_sort.h"
+#include "database/text/order.h"
+#include "database/text/sort.h"
 
 namespace tarnwick::jet {
 
@@ -135,7 +135,7 @@ DigestReader::Marks DigestReader::Marked(PreparedSql& sql, size_t size,
   Marks marks(size);
   Statement& statement = connection_.Ready(sql, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     int64_t key = statement.Int(0);
     if (statement.IsNull(0) || key < 0 || static_cast<size_t>(key) >= size) continue;
     marks[static_cast<size_t>(key)] = true;
@@ -185,8 +185,8 @@ void DigestReader::KeepHolding(Places& places) {
   std::string condition = NameOf(*plan_.rows, literals_);
   size_t size = size_t{digest_.HighestKey()} + 1;
   bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
-  if (last.condition != condition || last.version != connection_.Version() || asksClock) {
-    last = {std::move(condition), connection_.Version(), false, Marks(size), Marks(size)};
+  if (last.condition != condition || last.version != connection_.session.Version() || asksClock) {
+    last = {std::move(condition), connection_.session.Version(), false, Marks(size), Marks(size)};
     // What a text index does not propose does not hold.
     if (auto proposed = connection_.Proposed(program_.plan, literals_)) {
       last.tested.assign(size, true);
@@ -210,7 +210,7 @@ void DigestReader::KeepHolding(Places& places) {
       if (!isUnknown(place)) continue;
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{rows[place].key});
-      last.hold[rows[place].key] = connection_.StepRead(statement);
+      last.hold[rows[place].key] = connection_.session.StepRead(statement);
       last.tested[rows[place].key] = true;
     }
   }
@@ -276,7 +276,7 @@ std::optional<std::vector<uint32_t>> DigestReader::ByReference(const Places& pla
   std::string former;
   Statement& statement = connection_.Ready(program_.digestOrder, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     Statement::Type type = statement.TypeOf(1);
     if (type == Statement::Type::kNull) continue;
     if (type != Statement::Type::kText) return std::nullopt;
@@ -302,7 +302,7 @@ std::vector<uint32_t> DigestReader::ByText(const Places& places) {
     for (uint32_t key : KeysOf(places)) {
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{key});
-      if (!connection_.StepRead(statement)) continue;
+      if (!connection_.session.StepRead(statement)) continue;
       std::optional<std::string_view> text;
       if (!statement.IsNull(0)) text = statement.Text(0);
       sorter.Add(key, text);
@@ -313,7 +313,7 @@ std::vector<uint32_t> DigestReader::ByText(const Places& places) {
   Marks matching = MatchingKeys(places);
   Statement& statement = connection_.Ready(program_.digestOrder, literals_);
   StatementUse use(statement);
-  while (connection_.StepRead(statement)) {
+  while (connection_.session.StepRead(statement)) {
     int64_t key = statement.Int(0);
     if (key >= 0 && static_cast<size_t>(key) < matching.size() &&
         matching[static_cast<size_t>(key)]) {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/dialect.h"
+#include "database/dialect/dialect.h"
 #include "database/recordset_impl.h"
-#include "database/text_order.h"
-#include "database/text_search.h"
+#include "database/text/fold.h"
+#include "database/text/order.h"
+#include "database/text/search.h"
 
 namespace tarnwick::jet {
 

@@ -3,7 +3,7 @@
 //
 // Adding, changing and deleting rows of a recordset.
 #include "database/recordset_impl.h"
-#include "database/text_index.h"
+#include "database/text/fold.h"
 
 namespace tarnwick::jet {
 
@@ -71,16 +71,16 @@ void Recordset::Impl::InsertRow() {
   }
   std::string sql = "INSERT INTO main." + QuotedName(program_->plan.base);
   sql += parameters == 0 ? " DEFAULT VALUES" : " (" + columns + ") VALUES (" + values + ")";
-  std::shared_ptr<Statement> insert = connection_->Own(sql);
+  std::shared_ptr<Statement> insert = connection_->session.Own(sql);
   std::vector<std::string> packed = BindEdited(*insert, 0);
-  connection_->RunWrite(*insert);
-  key_ = connection_->Engine().LastRowId();
+  connection_->session.RunWrite(*insert);
+  key_ = connection_->session.Engine().LastRowId();
   HandToIndex();
   CancelUpdate();
   deleted_ = false;
   firstKey_.reset();
   place_ = Place::kKey;
-  seenVersion_ = connection_->Version();
+  seenVersion_ = connection_->session.Version();
   if (fetched_) keys_.Add(key_);
 }
 
@@ -113,12 +113,12 @@ void Recordset::Impl::ChangeRow() {
     sql += QuotedName(fields[i].column) + " = ?" + std::to_string(++parameter);
   }
   sql += " WHERE _rowid_ = ?1";
-  std::shared_ptr<Statement> update = connection_->Own(sql);
+  std::shared_ptr<Statement> update = connection_->session.Own(sql);
   update->Bind(1, *key);
   std::vector<std::string> packed = BindEdited(*update, 1);
-  bool known = place_ == Place::kKey && seenVersion_ == connection_->Version();
-  if (connection_->RunWrite(*update) == 0) NoCurrentRow();
-  if (known) seenVersion_ = connection_->Version();
+  bool known = place_ == Place::kKey && seenVersion_ == connection_->session.Version();
+  if (connection_->session.RunWrite(*update) == 0) NoCurrentRow();
+  if (known) seenVersion_ = connection_->session.Version();
   CancelUpdate();
 }
 
@@ -134,10 +134,10 @@ void Recordset::Impl::Delete() {
   std::optional<int64_t> key = CurrentKey();
   if (!key) NoCurrentRow();
   int64_t index = Index();
-  std::shared_ptr<Statement> statement = connection_->Own(
+  std::shared_ptr<Statement> statement = connection_->session.Own(
       "DELETE FROM main." + QuotedName(program_->plan.base) + " WHERE _rowid_ = ?1");
   statement->Bind(1, *key);
-  connection_->RunWrite(*statement);
+  connection_->session.RunWrite(*statement);
   keys_.Erase(static_cast<size_t>(index));
   place_ = Place::kIndex;
   index_ = static_cast<size_t>(index);

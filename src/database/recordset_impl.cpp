@@ -5,9 +5,10 @@
 #include <algorithm>
 
 #include "database/digest_reader.h"
-#include "database/functions.h"
-#include "database/group_count.h"
-#include "database/text_sort.h"
+#include "database/engine/functions.h"
+#include "database/plan/group_count.h"
+#include "database/text/fold.h"
+#include "database/text/sort.h"
 
 namespace tarnwick::jet {
 
@@ -99,8 +100,9 @@ void Recordset::Impl::Requery() {
 
 void Recordset::Impl::ReadAll() {
   if (CountFromDigest()) return;
-  std::optional<Connection::Impl::OtherFile> other;
-  if (program_->file) other.emplace(*connection_, literals_[*program_->file].AsText(), false);
+  std::optional<OtherFile> other;
+  if (program_->file)
+    other.emplace(connection_->session, literals_[*program_->file].AsText(), false);
   struct Drop {
     Program& program;
     ~Drop() {
@@ -111,7 +113,7 @@ void Recordset::Impl::ReadAll() {
   if (!program_->plan.groupItems.empty()) return CountGroups();
   Statement& all = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(all);
-  while (connection_->StepRead(all)) {
+  while (connection_->session.StepRead(all)) {
     Row row;
     row.reserve(static_cast<size_t>(all.ColumnCount()));
     for (int i = 0; i < all.ColumnCount(); i++) row.push_back(all.ColumnValue(i));
@@ -124,7 +126,7 @@ void Recordset::Impl::CountGroups() {
   Statement& groups = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(groups);
   GroupCounter counter(static_cast<size_t>(groups.ColumnCount()));
-  while (connection_->StepRead(groups)) counter.Add(groups);
+  while (connection_->session.StepRead(groups)) counter.Add(groups);
   rows_ = counter.Rows(program_->plan.groupItems);
   fetched_ = true;
 }
@@ -142,12 +144,12 @@ void Recordset::Impl::FetchKeys() {
   } else {
     Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
-    while (static_cast<int64_t>(keys_.Size()) != most && connection_->StepRead(keys)) {
+    while (static_cast<int64_t>(keys_.Size()) != most && connection_->session.StepRead(keys)) {
       AddKey(keys.Int(0));
     }
   }
   fetched_ = true;
-  fetchedVersion_ = connection_->Version();
+  fetchedVersion_ = connection_->session.Version();
 }
 
 // The key is the last thing that is sorted by, so equal ones are neighbours.
@@ -178,7 +180,7 @@ void Recordset::Impl::FetchByText() {
   {
     Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
-    while (connection_->StepRead(keys)) {
+    while (connection_->session.StepRead(keys)) {
       std::optional<std::string_view> text;
       if (!keys.IsNull(1)) text = keys.Text(1);
       sorter.Add(keys.Int(0), text);
@@ -193,11 +195,11 @@ std::optional<int64_t> Recordset::Impl::FirstKey() {
   if (fetched_) return keys_.IsEmpty() ? std::nullopt : std::optional<int64_t>(keys_[0]);
   if (!firstKey_) {
     std::shared_ptr<Statement> first =
-        connection_->Own("SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) +
-                         " ORDER BY _rowid_ LIMIT 1");
+        connection_->session.Own("SELECT _rowid_ FROM main." + QuotedName(program_->plan.base) +
+                                 " ORDER BY _rowid_ LIMIT 1");
     StatementUse use(*first);
     firstKey_.emplace();
-    if (connection_->StepRead(*first)) *firstKey_ = first->Int(0);
+    if (connection_->session.StepRead(*first)) *firstKey_ = first->Int(0);
   }
   return *firstKey_;
 }
@@ -344,18 +346,18 @@ void Recordset::Impl::FindInTable(const FindCriteria& criteria, ColumnKind kind)
   sql += criteria.op == "LIKE" ? "tw_like(" + column + ", ?1)" : column + " " + criteria.op + " ?1";
   if (from) sql += " AND _rowid_ >= ?2";
   sql += " ORDER BY _rowid_ LIMIT 1";
-  std::shared_ptr<Statement> find = connection_->Own(sql);
+  std::shared_ptr<Statement> find = connection_->session.Own(sql);
   StatementUse use(*find);
   find->BindValue(1, criteria.value);
   if (from) find->Bind(2, *from);
   deleted_ = false;
-  if (!connection_->StepRead(*find)) {
+  if (!connection_->session.StepRead(*find)) {
     place_ = Place::kEnd;
     return;
   }
   place_ = Place::kKey;
   key_ = find->Int(0);
-  seenVersion_ = connection_->Version();
+  seenVersion_ = connection_->session.Version();
 }
 
 void Recordset::Impl::FindInRows(const FindCriteria& criteria) {
@@ -402,9 +404,9 @@ Value Recordset::Impl::Field(int index) {
   if (edit_ == Edit::kAdd) return {};
   if (Fields()[field].isKey && !deleted_) {
     // Nothing was written since: the row is there, whatever it holds.
-    if (place_ == Place::kKey && seenVersion_ == connection_->Version()) return key_;
+    if (place_ == Place::kKey && seenVersion_ == connection_->session.Version()) return key_;
     if (place_ == Place::kIndex && index_ < keys_.Size() &&
-        fetchedVersion_ == connection_->Version()) {
+        fetchedVersion_ == connection_->session.Version()) {
       return keys_[index_];
     }
   }
@@ -442,7 +444,7 @@ const Recordset::Impl::Row& Recordset::Impl::CurrentRow() {
 }
 
 const Recordset::Impl::Row& Recordset::Impl::ReadRow(int64_t key) {
-  uint64_t version = connection_->Version();
+  uint64_t version = connection_->session.Version();
   if (wide_.version == version && wide_.key == key) return wide_.values;
   for (const CachedRow& row : narrow_) {
     if (row.version == version && row.key == key) return row.values;
@@ -452,7 +454,7 @@ const Recordset::Impl::Row& Recordset::Impl::ReadRow(int64_t key) {
   statement.Bind(kKeyParameter, key);
   Row values(Fields().size());
   size_t size = 0;
-  if (connection_->StepRead(statement)) {
+  if (connection_->session.StepRead(statement)) {
     for (size_t i = 0; i < values.size(); i++) {
       values[i] = statement.ColumnValue(static_cast<int>(i));
       size += SizeOf(values[i]);

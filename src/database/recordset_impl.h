@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "database/connection_impl.h"
-#include "database/key_list.h"
+#include "database/engine/key_list.h"
 #include "database/recordset.h"
 
 namespace tarnwick::jet {

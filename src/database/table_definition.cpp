@@ -5,10 +5,10 @@
 #include <set>
 
 #include "database/connection_impl.h"
-#include "database/engine.h"
-#include "database/functions.h"
+#include "database/engine/engine.h"
+#include "database/engine/functions.h"
 #include "database/new_file.h"
-#include "database/text_order.h"
+#include "database/text/order.h"
 #include "platform/files.h"
 
 namespace tarnwick::jet {
@@ -89,7 +89,7 @@ void CreateDatabaseFile(const std::string& path, const std::string& password,
 }
 
 void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tables) {
-  Database& engine = connection.GetImpl().Engine();
+  Database& engine = connection.GetImpl().session.Engine();
   std::set<std::string> known;
   std::set<std::string> unknown;
   for (const TableDefinition& table : tables) known.emplace(table.name);

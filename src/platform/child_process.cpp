@@ -51,10 +51,12 @@ namespace {
 
 constexpr rlim_t kMaxOpenFiles = 32;
 
-void SetLimit(int which, rlim_t soft) {
+// Lowers a limit; for good, unless it is to be raised again later.
+void SetLimit(int which, rlim_t value, bool forGood = true) {
   rlimit limit{};
   if (getrlimit(static_cast<__rlimit_resource>(which), &limit) != 0) return;
-  limit.rlim_cur = std::min(soft, limit.rlim_max);
+  limit.rlim_cur = std::min(value, limit.rlim_max);
+  if (forGood) limit.rlim_max = limit.rlim_cur;
   setrlimit(static_cast<__rlimit_resource>(which), &limit);
 }
 
@@ -160,7 +162,7 @@ void ConfineThisProcess(uint64_t maxMemory) {
 void LimitProcessorTime(int64_t seconds) {
   timespec used{};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-  SetLimit(RLIMIT_CPU, static_cast<rlim_t>(used.tv_sec + 1 + seconds));
+  SetLimit(RLIMIT_CPU, static_cast<rlim_t>(used.tv_sec + 1 + seconds), false);
 }
 
 }  // namespace tarnwick::platform

@@ -126,7 +126,7 @@ class Disaster : public testing::ProgramFixture {
     }
     beforeNames_ = platform::ListFiles(folder_.Path());
     EXPECT_TRUE(repository::OpenRepository(false));
-    RepositoryDb().GetImpl().Engine().Run(
+    RepositoryDb().GetImpl().session.Engine().Run(
         "DELETE FROM tw_search_part; UPDATE tw_search_state SET Done = 0");
     repository::DisconnectRepository();
     unindexed_ = platform::ReadFile(folder_.File(repository::kRepositoryFile));

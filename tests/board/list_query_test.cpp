@@ -8,7 +8,7 @@
 
 #include "board_rows.h"
 #include "database/connection_impl.h"
-#include "database/packing.h"
+#include "database/engine/packing.h"
 #include "platform/locale.h"
 #include "support/program_fixture.h"
 
@@ -194,7 +194,7 @@ struct Work {
 };
 
 Work WorkSince(const Work& before) {
-  const jet::Database& engine = repository::RepositoryDb().GetImpl().Engine();
+  const jet::Database& engine = repository::RepositoryDb().GetImpl().session.Engine();
   return {engine.StepsRun() - before.rows, engine.PagesVisited() - before.pages,
           engine.StatementsPrepared() - before.statements,
           static_cast<int64_t>(jet::UnpackCount()) - before.texts};

@@ -238,6 +238,23 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
   EXPECT_EQ(reader.Counts().Total().Total(), 7);
 }
 
+// The parts that the counting falls into leave no day out and count none twice.
+TEST_F(TimelineCounting, CountsEveryDayOnceAcrossItsParts) {
+  repository::RepositoryDb().Execute("DELETE * FROM Email");
+  constexpr int kDays = 400;
+  const int last = Day(2005, 12, 31);
+  for (int day = last - kDays + 1; day <= last; ++day) {
+    AddListed({.subject = "daily", .received = DayDate(day).WithTime(23, 59, 59)});
+  }
+  TimelineReader reader;
+  reader.Start(EveryMessage());
+  while (reader.Step()) {
+  }
+  for (int day = last - kDays + 1; day <= last; ++day) {
+    EXPECT_EQ(reader.Counts().Within({day, day}), (MessageCount{1, 0})) << DayDate(day).ToIso();
+  }
+}
+
 TEST_F(TimelineCounting, RanksCorrespondentsOfTheChosenDays) {
   ListFilter filter = EveryMessage();
   EXPECT_THAT(Top(filter), ElementsAre(Correspondent{"Ann", 3}, Correspondent{"Bob", 1},

@@ -9,8 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "database/engine.h"
-#include "database/text_order.h"
+#include "database/engine/engine.h"
+#include "database/text/order.h"
 #include "mail_database.h"
 #include "platform/files.h"
 

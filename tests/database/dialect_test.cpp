@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/dialect.h"
+#include "database/dialect/dialect.h"
 
 #include <string>
 
 #include "database/connection_impl.h"
-#include "database/dialect_tree.h"
+#include "database/dialect/dialect_tree.h"
 #include "mail_database.h"
 #include "platform/clock.h"
 
@@ -246,7 +246,7 @@ TEST_F(Dialect, LongListsMeanWhatShortOnesMean) {
 
   // What is open keeps its list, whatever else is run, and also when a rollback takes it away.
   std::string sql = "SELECT ID FROM Email WHERE ID IN (3, 2" + others + ") ORDER BY ID";
-  Database& engine = connection_.GetImpl().Engine();
+  Database& engine = connection_.GetImpl().session.Engine();
   auto lists = [&] {
     return engine.Number(
         "SELECT count(*) FROM sqlite_temp_schema WHERE name LIKE 'tw!_keys%' "

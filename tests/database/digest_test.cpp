@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/digest.h"
+#include "database/index/digest.h"
 
 #include <functional>
 #include <random>
@@ -183,7 +183,7 @@ TEST_F(DigestTest, WhatTheEngineRollsBackIsForgotten) {
   connection_.BeginGroup();
   Run("DELETE * FROM Email WHERE ID < 50");
   Compare("in between");
-  connection_.GetImpl().Engine().Run("ROLLBACK; BEGIN");
+  connection_.GetImpl().session.Engine().Run("ROLLBACK; BEGIN");
   Compare("after");
   connection_.EndGroup();
 }
@@ -196,7 +196,7 @@ TEST_F(DigestTest, ALookAtTheListCostsNoPassOverTheTable) {
   Recordset rows;
   rows.Open(list, connection_);
   EXPECT_GT(rows.RecordCount(), 0);
-  int64_t steps = connection_.GetImpl().Engine().StepsRun();
+  int64_t steps = connection_.GetImpl().session.Engine().StepsRun();
   for (const char* order : {"", " AND Active = '+'", " AND FilesNum <> 0"}) {
     Recordset again;
     again.Open(std::string("SELECT Count(Email.ID) AS N ") + kTables +
@@ -205,12 +205,12 @@ TEST_F(DigestTest, ALookAtTheListCostsNoPassOverTheTable) {
     EXPECT_FALSE(again.Eof());
   }
   // Which rows have several attachments, once.
-  EXPECT_LE(connection_.GetImpl().Engine().StepsRun() - steps, 120);
-  steps = connection_.GetImpl().Engine().StepsRun();
+  EXPECT_LE(connection_.GetImpl().session.Engine().StepsRun() - steps, 120);
+  steps = connection_.GetImpl().session.Engine().StepsRun();
   Run("UPDATE Email SET Active = '+' WHERE ID = 7");
   rows.Requery();
   EXPECT_GT(rows.RecordCount(), 0);
-  EXPECT_LE(connection_.GetImpl().Engine().StepsRun() - steps, 4);
+  EXPECT_LE(connection_.GetImpl().session.Engine().StepsRun() - steps, 4);
   EXPECT_EQ(Kept().RowsReadAgain(), 1);
 }
 

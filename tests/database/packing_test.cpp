@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/packing.h"
+#include "database/engine/packing.h"
 
 #include <random>
 
@@ -99,7 +99,7 @@ class PackedColumns : public MailDatabase {
 
   // How many values of a column lie packed in the file, past the dialect.
   int64_t PackedIn(const std::string& column, const char* type) {
-    Statement count(connection_.GetImpl().Engine(),
+    Statement count(connection_.GetImpl().session.Engine(),
                     "SELECT count(*) FROM " + column.substr(0, column.find('.')) +
                         " WHERE typeof(" + column + ") = '" + type + "'");
     return count.Step() ? count.Int(0) : -1;
@@ -179,7 +179,7 @@ TEST_F(PackedColumns, GoToAnotherFileAndBackAsTheyAre) {
 }
 
 TEST_F(PackedColumns, ADamagedValueCostsItselfAlone) {
-  connection_.GetImpl().Engine().Run(
+  connection_.GetImpl().session.Engine().Run(
       "UPDATE Email SET Body = cast(substr(Body, 1, 60) AS BLOB) WHERE ID = 1");
   EXPECT_EQ(ErrorOf([&] { Column("SELECT Body FROM Email WHERE ID = 1"); }), 11);
   EXPECT_EQ(Column("SELECT ID FROM Email WHERE Body Like '%e%'"), "3");

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "database/text_fold.h"
+#include "database/text/fold.h"
 #include "mail_database.h"
 
 namespace tarnwick::jet {

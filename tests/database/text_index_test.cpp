@@ -8,9 +8,9 @@
 #include <set>
 
 #include "database/connection_impl.h"
-#include "database/packing.h"
-#include "database/text_index.h"
-#include "database/text_segment.h"
+#include "database/engine/packing.h"
+#include "database/index/text_index.h"
+#include "database/index/text_segment.h"
 #include "mail_database.h"
 
 namespace tarnwick::jet {
@@ -151,7 +151,7 @@ class TextIndexTest : public MailDatabase {
     return found == wanted ? static_cast<int64_t>(UnpackCount() - before) : -1;
   }
 
-  Database& Engine() { return connection_.GetImpl().Engine(); }
+  Database& Engine() { return connection_.GetImpl().session.Engine(); }
   int64_t Segments() { return Engine().Number("SELECT count(*) FROM tw_search_part WHERE ID < 0"); }
 
   std::mt19937 random_{7};
@@ -393,7 +393,7 @@ TEST_F(TextIndexTest, TakesRowsOfALoadWithoutReadingThemBack) {
   connection_.SetProgressHandler([] { return true; });
   EXPECT_EQ(ErrorOf([&] { Run("UPDATE Email SET Active = 'x'"); }), 9);
   connection_.SetProgressHandler({});
-  EXPECT_FALSE(connection_.GetImpl().HoldsWrites());
+  EXPECT_FALSE(connection_.GetImpl().session.HoldsWrites());
   connection_.EndUnit();
   rows.Close();
   rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "database/text_fold.h"
-#include "database/text_order.h"
-#include "database/text_search.h"
-#include "database/text_sort.h"
+#include "database/text/fold.h"
+#include "database/text/order.h"
+#include "database/text/search.h"
+#include "database/text/sort.h"
 
 #include <gtest/gtest.h>
 

@@ -149,5 +149,9 @@ TEST(BodyDecoder, LinesBecomeTheBodyThatWasSent) {
   }
 }
 
+TEST(DecodeFile, LeavesOutWhatStandsBehindThePadding) {
+  EXPECT_EQ(DecodeFile("SGVsbG8=SGVs\r\nSGVsbG8=\r\na footer\r\n", "base64"), "HelloHello");
+}
+
 }  // namespace
 }  // namespace tarnwick::intake

@@ -3,6 +3,7 @@
 #include "outlook/pst_client.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <csignal>
 
@@ -109,6 +110,19 @@ TEST_F(PstClientTest, StopsWaitingWhenThePersonStops) {
   EXPECT_THROW(client.Ask(frame::kStore, {}), Error);
   EXPECT_LT(platform::TickMilliseconds() - began, 20'000);
   core::State().ImportCancelFlag = false;
+}
+
+// What takes it over could not fill the disk, nor leave its memory lying about.
+TEST_F(PstClientTest, TheReaderMayWriteNoFile) {
+  testing::PstBuilder store(true);
+  platform::WriteFile(folder_.File("a.pst"), store.Build());
+  PstClient client(folder_.File("a.pst"), kReader);
+  client.Ask(frame::kStore, {});
+  for (auto limit : {RLIMIT_FSIZE, RLIMIT_CORE}) {
+    rlimit allowed{1, 1};
+    ASSERT_EQ(prlimit(static_cast<pid_t>(client.ProcessId()), limit, nullptr, &allowed), 0);
+    EXPECT_EQ(allowed.rlim_max, 0U);
+  }
 }
 
 TEST_F(PstClientTest, AnswersOddRequestsWithAnError) {

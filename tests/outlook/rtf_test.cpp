@@ -98,6 +98,10 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"unicode_with_its_replacements",
             "{\\rtf1\\uc1 \\u1055?\\u-10179?\\u-8704?\\uc0\\u1056 x\\u0 y}", kRich,
             "\xD0\x9F\xF0\x9F\x98\x80\xD0\xA0xy"},
+        Row{"plain_goes_back_to_the_default_font",
+            "{\\rtf1\\ansi\\ansicpg1251\\deff0{\\fonttbl{\\f0 A;}{\\f1\\fcharset161 B;}}"
+            "\\f1 \\'e1\\plain \\'e1}",
+            kRich, "\xCE\xB1\xD0\xB1"},
         Row{"broken_off_anywhere", "{\\rtf1 a\\'4{\\u", kRich, "a4"},
         Row{"more_closed_than_opened", "}}}a\\", kRich, "a"}),
     [](const auto& row) { return std::string(row.param.name); });

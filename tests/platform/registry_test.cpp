@@ -172,6 +172,7 @@ TEST(Wine, ReadsTheTextsOfUserReg) {
             "\"Expand\"=str(2):\"%UserProfile%\\\\Mail\\\\\"\n"
             "\"Hex\"=hex(2):43,00,3a,00,\\\n  5c,00,4d,00,00,00\n"
             "\"Binary\"=hex:01,00,ff\n"
+            "\"Octal\"=\"a\\0011b\\351c\\12\"\n"
             "\"Broken\"=\"no end\n"
             "no value at all\n"
             "[Identities\\\\{B}\n");
@@ -188,6 +189,9 @@ TEST(Wine, ReadsTheTextsOfUserReg) {
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Expand"), "%UserProfile%\\Mail\\");
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Hex"), "C:\\M");
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Binary"), std::string("\x01\x00\xFF", 3));
+  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Octal"),
+            "a\x01"
+            "1b\u00E9c\n");
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Broken"), "(none)");
 }
 

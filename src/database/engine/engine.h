@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The engine's handles, owned. Internal to the database: the engine's own header is seen by the
+// sources beside this one and by nothing else.
+//
+// Every failure throws Error with the engine's primary result code and its message.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "database/value.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace tarnwick::jet {
+
+// The engine's number for a statement that was stopped.
+inline constexpr int kStopped = 9;
+
+// What a declared column type says about the values below it. Long texts and bytes may be packed.
+enum class ColumnKind { kAny, kDate, kLongText, kBytes };
+ColumnKind KindOfDeclared(std::string_view type);
+
+class Database;
+
+// A prepared statement. It is reset after each use, so that none is left half read: one prepared
+// statement may serve several owners.
+class Statement {
+ public:
+  Statement(Database& database, std::string_view sql);
+  ~Statement();
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  // Parameters count from 1. Text is bound with its length, NULs included; what is not valid UTF-8
+  // in it is read as windows-1252, byte by byte. Texts and bytes are not copied: they must last
+  // until the statement is reset.
+  void BindNull(int index);
+  void Bind(int index, int64_t value);
+  void Bind(int index, double value);
+  void BindText(int index, std::string_view text);
+  void BindBytes(int index, std::string_view bytes);
+  void BindValue(int index, const Value& value);
+  // A value for a column that may pack it. What is packed lies in keep, which must last likewise.
+  void BindStored(int index, const Value& value, ColumnKind kind, std::string& keep);
+
+  // True when there is a row; columns count from 0 and are valid until the next step.
+  bool Step();
+  void Reset() noexcept;
+  // Steps to the end and resets.
+  void Run();
+
+  int ColumnCount() const;
+  std::string ColumnName(int column) const;
+  ColumnKind Kind(int column) const { return kinds_[static_cast<size_t>(column)]; }
+  // The table and column that a result column is taken from; "" for an expression.
+  std::string OriginTable(int column) const;
+  std::string OriginColumn(int column) const;
+
+  enum class Type : char { kInteger = 1, kReal, kText, kBytes, kNull };
+  Type TypeOf(int column) const;
+  bool IsNull(int column) const { return TypeOf(column) == Type::kNull; }
+  int64_t Int(int column) const;
+  std::string_view Text(int column) const;
+  std::string_view Stored(int column) const;  // the bytes as they lie in the file
+  Value ColumnValue(int column) const;        // plain, where the column's kind is known
+
+ private:
+  Database* database_;
+  sqlite3_stmt* handle_ = nullptr;
+  std::vector<ColumnKind> kinds_;
+};
+
+// Resets a statement at the end of a scope.
+class StatementUse {
+ public:
+  explicit StatementUse(Statement& statement) : statement_(statement) {}
+  ~StatementUse() { statement_.Reset(); }
+  StatementUse(const StatementUse&) = delete;
+  StatementUse& operator=(const StatementUse&) = delete;
+
+ private:
+  Statement& statement_;
+};
+
+// An open file. REQUIRES for destruction: its statements are gone.
+class Database {
+ public:
+  enum class Mode { kExisting, kCreate, kReadOnly };
+
+  // Opens the file and gives it its key; whether the key fits shows with the first read.
+  Database(const std::string& path, const std::string& password, Mode mode);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  // Runs fixed SQL of the program's own, without parameters.
+  void Run(const char* sql);
+  int64_t Number(const char* sql);  // the first column of the first row; 0 without a row
+
+  void Attach(const std::string& path, const std::string& password, const std::string& alias);
+  void Detach(const std::string& alias);
+
+  bool IsReadOnly() const;
+  bool InTransaction() const;
+  // Runs a bound statement that changes something; gives the rows it changed.
+  int64_t RunWrite(Statement& statement);
+  int64_t LastRowId() const;
+  void SetLastRowId(int64_t key);  // after rows of the database's own
+  // Forces what has been committed to the disk.
+  void SyncLog();
+  // Called about every count engine steps; true stops the statement.
+  void SetProgress(int count, std::function<bool()> handler);
+  // For work outside of statements: whether there is a handler, and what it says now.
+  bool IsWatched() const { return progress_ != nullptr; }
+  bool AsksToStop() const { return progress_ && progress_(); }
+  // Without the handler for its lifetime: what is stopped within a transaction takes all of it
+  // back.
+  class Unwatched {
+   public:
+    explicit Unwatched(Database& database) : database_(database) { database_.Watch(false); }
+    ~Unwatched() { database_.Watch(true); }
+    Unwatched(const Unwatched&) = delete;
+    Unwatched& operator=(const Unwatched&) = delete;
+
+   private:
+    Database& database_;
+  };
+  // Rows written one by one; grows while a statement runs.
+  int64_t RowsSeen() const { return rowsSeen_; }
+
+  // The work done so far: how many rows statements have given and how many have ended, how many
+  // pages of the file they looked at, and how many statements were prepared.
+  int64_t StepsRun() const { return stepsRun_; }
+  int64_t PagesVisited() const;
+  int64_t StatementsPrepared() const { return statementsPrepared_; }
+
+  // Called for each row of main that a statement writes, and where any may have been written: when
+  // something was rolled back, or a statement that RunWrite ran has emptied a whole table.
+  struct WriteHooks {
+    std::function<void(std::string_view table, int64_t key)> row;
+    std::function<void()> any;
+  };
+  void SetWriteHooks(WriteHooks hooks) { writeHooks_ = std::move(hooks); }
+
+  [[noreturn]] void Fail(int code) const;
+  sqlite3* Handle() const { return handle_; }
+
+ private:
+  void Watch(bool on);
+  void HearOfWrites();
+  void RowWritten(std::string_view schema, std::string_view table, int64_t key) noexcept;
+
+  sqlite3* handle_ = nullptr;
+  std::function<bool()> progress_;
+  int progressSteps_ = 0;
+  int64_t rowsSeen_ = 0;
+  WriteHooks writeHooks_;
+  int64_t stepsRun_ = 0;
+  int64_t statementsPrepared_ = 0;
+  friend class Statement;
+};
+
+}  // namespace tarnwick::jet

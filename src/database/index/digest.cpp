@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/index/digest.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "database/engine/catalog.h"
+#include "database/text/fold.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// Reading a row singly costs what fifty do in a pass over all.
+constexpr size_t kSingleCost = 50;
+constexpr size_t kFewChanges = 200;
+// What is kept by key for the time of a query takes a few bytes for each number up to the highest.
+constexpr size_t kSpareKeys = 4000000;
+constexpr size_t kMostGaps = 16;
+constexpr int kKeyColumn = 0;
+constexpr int kDateColumn = 1;
+constexpr int kReferenceColumn = 2;
+constexpr int kFirstKind = 3;
+
+// A value in one word, never 0; 0 when it does not fit.
+uint64_t ShortWord(const Statement& statement, int column) {
+  Statement::Type type = statement.TypeOf(column);
+  auto mark = static_cast<uint64_t>(type);
+  if (type == Statement::Type::kNull) return mark;
+  if (type == Statement::Type::kInteger) {
+    int64_t number = statement.Int(column);
+    return number >= 0 && number < int64_t{1} << 32 ? static_cast<uint64_t>(number) << 8 | mark : 0;
+  }
+  if (type != Statement::Type::kText) return 0;
+  std::string_view text = statement.Text(column);
+  if (text.size() > 6) return 0;
+  uint64_t word = text.size();
+  for (char c : text) word = word << 8 | static_cast<unsigned char>(c);
+  return word << 8 | mark;
+}
+
+}  // namespace
+
+Digest::Digest(Session& session, DigestDefinition definition)
+    : session_(session), definition_(std::move(definition)) {
+  std::string table = "main." + QuotedName(definition_.table);
+  std::string columns =
+      "SELECT _rowid_, " + QuotedName(definition_.date) + ", " + QuotedName(definition_.reference);
+  for (const std::string& kind : definition_.kinds) columns += ", " + QuotedName(kind);
+  readAll_ = columns + " FROM " + table + " ORDER BY " + QuotedName(definition_.date);
+  readOne_ = columns + " FROM " + table + " WHERE _rowid_ = ?1";
+  std::string owner = QuotedName(definition_.detailKey);
+  readRepeats_ = "SELECT " + owner + ", count(*) FROM main." + QuotedName(definition_.details) +
+                 " GROUP BY " + owner + " HAVING count(*) > 1";
+}
+
+void Digest::RowChanged(std::string_view table, int64_t key) {
+  if (SameWord(table, definition_.details)) repeatsRead_ = false;
+  if (!isRead_ || !SameWord(table, definition_.table)) return;
+  if (changed_.size() > kFewChanges && changed_.size() > rows_.size() / kSingleCost) {
+    isRead_ = false;
+    changed_ = {};
+  } else if (changed_.empty() || changed_.back() != key) {
+    changed_.push_back(key);
+  }
+}
+
+void Digest::Forget() {
+  isRead_ = false;
+  repeatsRead_ = false;
+  changed_.clear();
+}
+
+bool Digest::Refresh() {
+  if (isRead_ && !changed_.empty()) {
+    if (isFit_) {
+      ReadChanged();
+    } else {
+      isRead_ = false;
+    }
+  }
+  if (!isRead_) ReadAll();
+  return isFit_;
+}
+
+void Digest::ReadAll() {
+  rows_.clear();
+  distant_.clear();
+  kinds_.clear();
+  kindPlaces_.clear();
+  seen_ = {};
+  changed_.clear();
+  highestKey_ = 0;
+  highestReference_ = 0;
+  isFit_ = true;
+  std::shared_ptr<Statement> all = session_.Own(readAll_);
+  StatementUse use(*all);
+  readings_++;
+  Row row = {};
+  while (isFit_ && session_.StepRead(*all)) {
+    isFit_ = Take(*all, row);
+    if (isFit_) rows_.push_back(row);
+  }
+  isFit_ = isFit_ && highestKey_ <= kSpareKeys + kMostGaps * rows_.size();
+  if (isFit_) {
+    SortTies();
+  } else {
+    rows_ = {};
+  }
+  // Doubling leaves up to half of it unused.
+  rows_.shrink_to_fit();
+  isRead_ = true;
+}
+
+bool Digest::Take(Statement& statement, Row& row) {
+  using Type = Statement::Type;
+  int64_t key = statement.Int(kKeyColumn);
+  if (key < 0 || key >= int64_t{std::numeric_limits<uint32_t>::max()}) return false;
+  row.key = static_cast<uint32_t>(key);
+  highestKey_ = std::max(highestKey_, row.key);
+
+  Type dateType = statement.TypeOf(kDateColumn);
+  if (dateType != Type::kInteger && dateType != Type::kNull) return false;
+  int64_t seconds = dateType == Type::kNull ? kNoDate : statement.Int(kDateColumn);
+  constexpr int64_t kLeast = std::numeric_limits<int32_t>::min();
+  constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
+  row.seconds = static_cast<int32_t>(std::clamp(seconds, kLeast, kMost));
+  if (seconds <= kLeast || seconds >= kMost) distant_[row.key] = seconds;
+
+  Type referenceType = statement.TypeOf(kReferenceColumn);
+  int64_t reference = kNoReference;
+  if (referenceType == Type::kInteger) {
+    reference = statement.Int(kReferenceColumn);
+    if (reference < 0 || reference >= int64_t{kNoReference}) return false;
+  } else if (referenceType != Type::kNull) {
+    return false;
+  }
+  row.reference = static_cast<uint32_t>(reference) & kNoReference;
+  if (row.reference != kNoReference) {
+    highestReference_ = std::max(highestReference_, uint32_t{row.reference});
+  }
+  return TakeKind(statement, row);
+}
+
+bool Digest::TakeKind(Statement& statement, Row& row) {
+  uint32_t kind = 0;
+  std::array<uint64_t, kShortKinds> words = {};
+  size_t count = definition_.kinds.size();
+  bool isShort = count <= kShortKinds;
+  uint64_t hash = 0;
+  for (size_t i = 0; isShort && i < count; i++) {
+    words[i] = ShortWord(statement, kFirstKind + static_cast<int>(i));
+    isShort = words[i] != 0;
+    hash = (hash ^ words[i]) * 0x9E3779B97F4A7C15ULL;
+  }
+  SeenKind& seen = seen_[hash >> 56];
+  if (isShort && seen.words == words) {
+    kind = seen.kind;
+  } else {
+    if (!FindKind(statement, kind)) return false;
+    if (isShort) seen = {words, kind};
+  }
+  row.kind = kind & (kMostKinds - 1);
+  return true;
+}
+
+bool Digest::FindKind(Statement& statement, uint32_t& kind) {
+  auto end = kFirstKind + static_cast<int>(definition_.kinds.size());
+  kindText_.clear();
+  for (int column = kFirstKind; column < end; column++) {
+    Statement::Type type = statement.TypeOf(column);
+    kindText_ += static_cast<char>(type);
+    if (type == Statement::Type::kInteger) {
+      int64_t number = statement.Int(column);
+      kindText_.append(reinterpret_cast<const char*>(&number), sizeof number);
+    } else if (type == Statement::Type::kText) {
+      std::string_view text = statement.Text(column);
+      kindText_.append(text);
+      kindText_ += '\0';
+      if (text.find('\0') != std::string_view::npos) return false;
+    } else if (type != Statement::Type::kNull) {
+      return false;
+    }
+  }
+  auto [place, isNew] = kindPlaces_.try_emplace(kindText_, static_cast<uint32_t>(kinds_.size()));
+  if (isNew) {
+    if (kinds_.size() == kMostKinds) return false;
+    std::vector<Value>& values = kinds_.emplace_back();
+    for (int column = kFirstKind; column < end; column++) {
+      values.push_back(statement.ColumnValue(column));
+    }
+  }
+  kind = place->second;
+  return true;
+}
+
+int64_t Digest::SecondsOf(const Row& row) const {
+  bool isDistant = row.seconds == std::numeric_limits<int32_t>::min() ||
+                   row.seconds == std::numeric_limits<int32_t>::max();
+  return isDistant ? distant_.at(row.key) : int64_t{row.seconds};
+}
+
+bool Digest::IsBefore(const Row& a, const Row& b) const {
+  int64_t secondsA = SecondsOf(a);
+  int64_t secondsB = SecondsOf(b);
+  return secondsA != secondsB ? secondsA < secondsB : a.key < b.key;
+}
+
+// The engine gave them in the order of their dates alone.
+void Digest::SortTies() {
+  auto before = [this](const Row& a, const Row& b) { return IsBefore(a, b); };
+  for (auto run = rows_.begin(); run != rows_.end();) {
+    auto end = run + 1;
+    bool isSorted = true;
+    for (; end != rows_.end() && end->seconds == run->seconds; ++end) {
+      isSorted = isSorted && IsBefore(*(end - 1), *end);
+    }
+    if (!isSorted) std::sort(run, end, before);
+    run = end;
+  }
+}
+
+void Digest::ReadChanged() {
+  std::sort(changed_.begin(), changed_.end());
+  changed_.erase(std::unique(changed_.begin(), changed_.end()), changed_.end());
+  std::vector<bool> isChanged(size_t{highestKey_} + 1);
+  for (int64_t key : changed_) {
+    if (key >= 0 && key <= highestKey_) isChanged[static_cast<size_t>(key)] = true;
+  }
+  // Left half done by an error, all is read anew.
+  isRead_ = false;
+  std::erase_if(rows_, [&](const Row& row) { return isChanged[row.key]; });
+  std::vector<Row> fresh;
+  std::shared_ptr<Statement> one = session_.Own(readOne_);
+  for (int64_t key : changed_) {
+    if (key >= 0 && key <= highestKey_) distant_.erase(static_cast<uint32_t>(key));
+    StatementUse use(*one);
+    one->Bind(1, key);
+    if (!session_.StepRead(*one)) continue;
+    rowsReadAgain_++;
+    if (!Take(*one, fresh.emplace_back())) return;
+  }
+  if (highestKey_ > kSpareKeys + kMostGaps * (rows_.size() + fresh.size())) return;
+  auto before = [this](const Row& a, const Row& b) { return IsBefore(a, b); };
+  std::sort(fresh.begin(), fresh.end(), before);
+  // Many come at once while mail is stored; a little room spares copying all for each.
+  size_t wanted = rows_.size() + fresh.size();
+  if (wanted > rows_.capacity()) rows_.reserve(wanted + wanted / 64);
+  auto middle = static_cast<std::ptrdiff_t>(rows_.size());
+  rows_.insert(rows_.end(), fresh.begin(), fresh.end());
+  std::inplace_merge(rows_.begin(), rows_.begin() + middle, rows_.end(), before);
+  changed_.clear();
+  isRead_ = true;
+}
+
+size_t Digest::From(int64_t seconds) const {
+  auto found = std::partition_point(rows_.begin(), rows_.end(),
+                                    [&](const Row& row) { return SecondsOf(row) < seconds; });
+  return static_cast<size_t>(found - rows_.begin());
+}
+
+const std::vector<Digest::Repeat>& Digest::Repeats() {
+  if (repeatsRead_) return repeats_;
+  repeats_.clear();
+  std::shared_ptr<Statement> statement = session_.Own(readRepeats_);
+  StatementUse use(*statement);
+  while (session_.StepRead(*statement)) {
+    int64_t key = statement->Int(0);
+    // Any other key is that of no row in the digest.
+    if (statement->TypeOf(0) == Statement::Type::kInteger && key >= 0 && key <= UINT32_MAX) {
+      repeats_.push_back({static_cast<uint32_t>(key), static_cast<uint32_t>(statement->Int(1))});
+    }
+  }
+  repeats_.shrink_to_fit();
+  repeatsRead_ = true;
+  return repeats_;
+}
+
+}  // namespace tarnwick::jet

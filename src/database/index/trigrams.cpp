@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "database/index/trigrams.h"
+
+#include <algorithm>
+
+#include "database/text/fold.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+// The last three characters; complete once there have been three.
+class Window {
+ public:
+  void Take(int32_t character) {
+    first_ = second_;
+    second_ = third_;
+    third_ = static_cast<uint32_t>(character);
+    count_++;
+  }
+  void Break() { count_ = 0; }
+  bool IsComplete() const { return count_ >= 3; }
+  uint32_t Hash(uint32_t salt) const {
+    uint32_t mixed = first_ * 0x9E3779B1u + second_ * 0x85EBCA77u + third_ * 0xC2B2AE3Du;
+    mixed = (mixed ^ (mixed >> 15)) * 0x27D4EB2Fu;
+    return (mixed >> (32 - kTrigramBits)) ^ salt;
+  }
+
+ private:
+  uint32_t first_ = 0;
+  uint32_t second_ = 0;
+  uint32_t third_ = 0;
+  uint64_t count_ = 0;
+};
+
+}  // namespace
+
+TrigramSet::TrigramSet() : seen_((size_t{1} << kTrigramBits) / 64) {}
+
+void TrigramSet::Put(uint32_t hash) {
+  uint64_t& word = seen_[hash / 64];
+  uint64_t bit = uint64_t{1} << (hash % 64);
+  if ((word & bit) != 0) return;
+  word |= bit;
+  hashes_.push_back(hash);
+}
+
+void TrigramSet::Add(std::string_view text, uint32_t salt) {
+  Window window;
+  for (size_t position = 0; position < text.size();) {
+    auto byte = static_cast<unsigned char>(text[position]);
+    if (byte < 0x80) {
+      position++;
+      window.Take(byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte);
+    } else {
+      window.Take(FoldChar(NextChar(text, position)));
+    }
+    if (window.IsComplete()) Put(window.Hash(salt));
+  }
+}
+
+void TrigramSet::Clear() {
+  for (uint32_t hash : hashes_) seen_[hash / 64] = 0;
+  hashes_.clear();
+}
+
+std::vector<uint32_t> TrigramsOf(std::string_view wanted, bool isPattern, uint32_t salt) {
+  std::vector<uint32_t> hashes;
+  Window window;
+  for (size_t position = 0; position < wanted.size();) {
+    int32_t character = NextChar(wanted, position);
+    if (isPattern && (character == '%' || character == '_')) {
+      window.Break();
+      continue;
+    }
+    window.Take(FoldChar(character));
+    if (window.IsComplete()) hashes.push_back(window.Hash(salt));
+  }
+  std::sort(hashes.begin(), hashes.end());
+  hashes.erase(std::unique(hashes.begin(), hashes.end()), hashes.end());
+  return hashes;
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "database/plan/read_plan.h"
+#include "database/plan/select_shape.h"
+#include "database/text/fold.h"
+
+namespace tarnwick::jet {
+
+namespace {
+
+using Kind = Expression::Kind;
+
+// A select inside stands for itself, and its names may be those of the tables out here.
+bool HasSelect(const Expression& expression) {
+  return expression.select != nullptr || expression.keys != nullptr ||
+         std::any_of(expression.operands.begin(), expression.operands.end(), HasSelect);
+}
+
+class DigestPlanner {
+ public:
+  DigestPlanner(const SelectShape& shape, const DigestDefinition& digest)
+      : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()), digest_(digest) {}
+
+  // nullopt: the digest is of no use.
+  std::optional<DigestPlan> Plan() const {
+    if (!SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr) return {};
+    if (select_.file || select_.top || !select_.groupBy.empty() || select_.having) return {};
+    DigestPlan plan;
+    DigestParts parts;
+    if (!FindJoins(parts)) return {};
+    if (select_.where && !SplitCondition(*select_.where, parts, plan)) return {};
+    // Without a stretch of time the query is no list's; one row by its key, say.
+    if (plan.spans.empty() || !OrderByDigest(parts, plan)) return {};
+    WriteParts(parts, plan);
+    plan.countsDetails = parts.details.has_value();
+    return plan;
+  }
+
+ private:
+  using Conditions = std::vector<const Expression*>;
+  // What a digest's plan is made of: the joins by their places, the condition by what it asks.
+  struct DigestParts {
+    std::optional<size_t> reference;
+    std::optional<size_t> details;
+    Conditions ofReference;
+    Conditions ofDetails;
+    Conditions ofRows;
+  };
+
+  // Each join is that of the reference or that of the details.
+  bool FindJoins(DigestParts& parts) const {
+    for (size_t i = 0; i < select_.joins.size(); i++) {
+      const Join& join = select_.joins[i];
+      if (!join.on || join.on->kind != Kind::kCompare || join.on->text != "=") return false;
+      if (tables_[i + 1].view == nullptr) return false;
+      bool isKnown = false;
+      for (size_t side = 0; side < 2; side++) {
+        const Expression& own = join.on->operands[side];
+        const Expression& other = join.on->operands[1 - side];
+        if (!parts.reference && shape_.IsKeyOf(i + 1, own) &&
+            shape_.IsColumn(other, 0, digest_.reference)) {
+          parts.reference = i + 1;
+          isKnown = true;
+        } else if (!parts.details && SameWord(join.table.name, digest_.details) &&
+                   shape_.IsColumn(own, i + 1, digest_.detailKey) && shape_.IsKeyOf(0, other)) {
+          parts.details = i + 1;
+          isKnown = true;
+        }
+      }
+      if (!isKnown) return false;
+    }
+    return true;
+  }
+
+  bool SplitCondition(const Expression& condition, DigestParts& parts, DigestPlan& plan) const {
+    if (condition.kind == Kind::kChain && condition.text == "AND") {
+      return std::all_of(condition.operands.begin(), condition.operands.end(),
+                         [&](const Expression& part) { return SplitCondition(part, parts, plan); });
+    }
+    SelectShape::Places places;
+    shape_.Collect(condition, places);
+    if (places.size() != 1 || HasSelect(condition)) return false;
+    size_t place = *places.begin();
+    if (place == 0) {
+      if (!AskDigest(condition, plan)) parts.ofRows.push_back(&condition);
+      return true;
+    }
+    // What may hold without a joined row can't be told from the rows that there are.
+    if (place == SelectShape::kUnknown || !shape_.ThrowsOutNull(condition, place)) return false;
+    (parts.reference == place ? parts.ofReference : parts.ofDetails).push_back(&condition);
+    return true;
+  }
+
+  // True when the digest itself knows the answer.
+  bool AskDigest(const Expression& condition, DigestPlan& plan) const {
+    const std::vector<Expression>& operands = condition.operands;
+    auto isLiteral = [&](size_t i) { return operands[i].kind == Kind::kLiteral; };
+    if (condition.kind == Kind::kBetween && !condition.negated &&
+        shape_.IsColumn(operands[0], 0, digest_.date) && isLiteral(1) && isLiteral(2)) {
+      plan.spans.push_back({operands[1].literal, operands[2].literal});
+      return true;
+    }
+    if (operands.empty()) return false;
+    auto kind = KindOf(operands[0]);
+    if (!kind) return false;
+    if (condition.kind == Kind::kIsNull) {
+      plan.kindTests.push_back({*kind, {}, {}, condition.negated});
+      return true;
+    }
+    if (condition.kind != Kind::kCompare || !isLiteral(1)) return false;
+    plan.kindTests.push_back({*kind, condition.text, operands[1].literal});
+    return true;
+  }
+
+  std::optional<size_t> KindOf(const Expression& value) const {
+    for (size_t i = 0; i < digest_.kinds.size(); i++) {
+      if (shape_.IsColumn(value, 0, digest_.kinds[i])) return i;
+    }
+    return std::nullopt;
+  }
+
+  bool OrderByDigest(const DigestParts& parts, DigestPlan& plan) const {
+    if (select_.orderBy.empty()) return true;
+    if (select_.orderBy.size() > 1) return false;
+    const Expression& value = select_.orderBy.front().value;
+    plan.descending = select_.orderBy.front().descending;
+    if (value.kind != Kind::kColumn) return false;
+    size_t place = shape_.PlaceOf(value);
+    if (shape_.IsKeyOf(0, value)) return true;
+    if (shape_.IsColumn(value, 0, digest_.date)) {
+      plan.orderBy = DigestPlan::Order::kDate;
+    } else if (auto kind = KindOf(value)) {
+      plan.orderBy = DigestPlan::Order::kKind;
+      plan.orderKind = *kind;
+    } else if (place != SelectShape::kUnknown && tables_[place].view->IsText(value.text) &&
+               (place == 0 || parts.reference == place)) {
+      WriteTextOrder(value, place, plan);
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  void WriteTextOrder(const Expression& value, size_t place, DigestPlan& plan) const {
+    plan.orderBy = place == 0 ? DigestPlan::Order::kText : DigestPlan::Order::kReference;
+    SqlWriter order = shape_.Writer();
+    order.Text("SELECT ");
+    shape_.WriteKey(order, place);
+    order.Text(", ");
+    if (place == 0) {
+      order.Text("NULL");
+    } else {
+      order.Value(value);
+    }
+    FromOne(order, place);
+    order.Text(" ORDER BY ");
+    order.Value(value);
+    order.Text(", ");
+    shape_.WriteKey(order, place);
+    plan.order = order.Take();
+    SqlWriter text = shape_.Writer();
+    text.Text("SELECT ");
+    text.Value(value);
+    FromOne(text, place);
+    text.Text(" WHERE ");
+    shape_.WriteKey(text, place);
+    text.Text(" = ?" + std::to_string(kKeyParameter));
+    plan.text = text.Take();
+  }
+
+  void WriteParts(const DigestParts& parts, DigestPlan& plan) const {
+    auto isInner = [&](std::optional<size_t> place) {
+      return place && select_.joins[*place - 1].kind == Join::Kind::kInner;
+    };
+    if (isInner(parts.reference)) {
+      plan.references = WriteOne(*parts.reference, "_rowid_", parts.ofReference);
+    }
+    if (isInner(parts.details)) {
+      plan.details = WriteOne(*parts.details, digest_.detailKey, parts.ofDetails);
+    }
+    if (parts.ofRows.empty()) return;
+    plan.rows = WriteOne(0, "_rowid_", parts.ofRows);
+    SqlWriter row = shape_.Writer();
+    row.Text("SELECT 1");
+    FromOne(row, 0);
+    row.Text(" WHERE ");
+    shape_.WriteKey(row, 0);
+    row.Text(" = ?" + std::to_string(kKeyParameter));
+    for (const Expression* part : parts.ofRows) {
+      row.Text(" AND ");
+      row.Value(*part);
+      plan.rowsAreLong = plan.rowsAreLong || AsksLongText(*part);
+    }
+    plan.row = row.Take();
+  }
+
+  bool AsksLongText(const Expression& value) const {
+    if (value.kind == Kind::kColumn)
+      return tables_[0].view->KindOf(value.text) == ColumnKind::kLongText;
+    return std::any_of(value.operands.begin(), value.operands.end(),
+                       [&](const Expression& part) { return AsksLongText(part); });
+  }
+
+  EngineSql WriteOne(size_t place, std::string_view column, const Conditions& conditions) const {
+    SqlWriter writer = shape_.Writer();
+    writer.Text("SELECT ");
+    writer.Name(tables_[place].shown);
+    writer.Text(".");
+    // The engine's own name for the key is no column's.
+    column == "_rowid_" ? writer.Text(column) : writer.Name(column);
+    FromOne(writer, place);
+    for (size_t i = 0; i < conditions.size(); i++) {
+      writer.Text(i == 0 ? " WHERE " : " AND ");
+      writer.Value(*conditions[i]);
+    }
+    return writer.Take();
+  }
+
+  void FromOne(SqlWriter& writer, size_t place) const {
+    writer.Text(" FROM ");
+    writer.Table(place == 0 ? select_.table : select_.joins[place - 1].table, false);
+  }
+
+  const SelectShape& shape_;
+  const Select& select_;
+  const std::vector<SelectShape::Source>& tables_;
+  const DigestDefinition& digest_;
+};
+
+}  // namespace
+
+std::optional<DigestPlan> PlanFromDigest(const SelectShape& shape, const DigestDefinition& digest) {
+  return DigestPlanner(shape, digest).Plan();
+}
+
+}  // namespace tarnwick::jet

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// How a SELECT is read by a recordset. Internal to the database.
+//
+// A keyed plan has two statements: one gives the keys of the rows in order, touching no more tables
+// than conditions and order need, the other gives one row by its key. That takes a base table (the
+// leftmost) each of whose rows stands for at most one row of the result: the other tables are
+// joined by their keys, or are joined in any way under a DISTINCT that covers the base's key and
+// nothing of theirs. Any other query is read whole.
+//
+// Where the base table has a digest (digest.h), and each part of the condition asks one table only,
+// the keys come from there, and so does the result of a query that counts the rows. The statements
+// stay for what turns out unfit.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "database/dialect/dialect_tree.h"
+#include "database/dialect/dialect_writer.h"
+#include "database/engine/catalog.h"
+#include "database/table_definition.h"
+
+namespace tarnwick::jet {
+
+// A condition that a row of the result must satisfy: a text that a column of its holds.
+struct SearchTerm {
+  std::string column;
+  size_t literal = 0;  // what is looked for, where that is a text
+  bool isPattern = false;
+  std::optional<size_t> nought;  // a literal that has to be 0 for the term to be one
+};
+
+// What a query asks of the digest. Numbers are those of literals.
+struct DigestPlan {
+  struct Span {
+    size_t from;
+    size_t to;
+  };
+  struct KindTest {
+    size_t kind;     // a place in the definition's kinds
+    std::string op;  // "": whether it is Null
+    size_t literal = 0;
+    bool negated = false;
+  };
+  std::vector<Span> spans;
+  std::vector<KindTest> kindTests;
+  // The keys of those referenced rows, of the owners of those details (once for each), and of those
+  // rows themselves on which the rest of the condition holds.
+  std::optional<EngineSql> references;
+  std::optional<EngineSql> details;
+  std::optional<EngineSql> rows;
+  EngineSql row;  // a row when it holds on the one of kKeyParameter
+  // Looking at a row by itself costs little more than in a pass over all.
+  bool rowsAreLong = false;
+
+  enum class Order { kKey, kDate, kKind, kReference, kText };
+  Order orderBy = Order::kKey;
+  bool descending = false;
+  size_t orderKind = 0;  // kKind
+  // kReference: keys and texts of the referenced rows by their texts. kText: keys of the rows by
+  // their texts.
+  EngineSql order;
+  EngineSql text;  // kText: of the row of kKeyParameter
+
+  bool counts = false;
+  bool countsDetails = false;  // a row counts once for each detail, at least once
+};
+
+struct ReadPlan {
+  bool keyed = false;
+  EngineSql all;  // not keyed
+  // Not keyed, and all asks only how many rows each group has: the group's values of each row, and
+  // what the items are made of (group_count.h).
+  EngineSql groups;
+  std::vector<size_t> groupItems;  // empty: not so
+  EngineSql keys;  // keyed: the key; with sortText also the text to sort by, unsorted
+  EngineSql row;   // keyed: the items, by kKeyParameter
+  enum class SortText { kNone, kAscending, kDescending };
+  SortText sortText = SortText::kNone;
+  bool repeatsKeys = false;   // a key may come more than once; only its first time counts
+  std::optional<size_t> top;  // a literal: the number of rows wanted
+  // What a text index can narrow all or keys to: the rows of searched that are listed in
+  // temp.tw_search_found. Empty where there is nothing to narrow by.
+  std::vector<SearchTerm> searches;
+  std::string searched;
+  EngineSql narrowed;
+  // The table that rows are added to, changed and deleted in; "" when there is none.
+  std::string base;
+  // The rows are those of the base table, all of them, in the order of their keys.
+  bool wholeTable = false;
+  std::optional<DigestPlan> digest;
+};
+
+// Changes the select only in ways that leave its result the same. digest: nullptr when none is
+// kept.
+ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema,
+                    const DigestDefinition* digest);
+
+// nullopt where the digest is of no use to the select.
+class SelectShape;
+std::optional<DigestPlan> PlanFromDigest(const SelectShape& shape, const DigestDefinition& digest);
+
+// A table opened as such.
+Select WholeTable(std::string_view table);
+
+}  // namespace tarnwick::jet
