@@ -161,7 +161,7 @@ for operation in load outlook merge restore backup export; do
       done_at=${done_at:-$room}
     else
       failed=$((failed + 1))
-      stored=$(number '\(, stored\|imported\)' "$said" || true)
+      stored=$(number ', stored' "$said")$(number imported "$said")
       least=${least:-$stored} most=$stored
       rm -f "$disk/made.twb"
       run_it "$operation" >/dev/null 2>"$work/errors" || wrong "again: $(cat "$work/errors")"
