@@ -65,7 +65,8 @@ class Mailbox {
         "INSERT INTO Email (EntryID, Application, Direction, ReceivedTime, Subject, FromTo, "
         "FilesNum, Active, Body) VALUES ('<" +
         std::to_string(id) + "@example.org>', 'Outlook Express', '" +
-        (Below(4) == 0 ? "Out" : "In") + "', #" + DateTime::FromSeconds(seconds).ToIso() + "#, '" +
+        (Below(4) == 0 ? "Out" : "In") + "', #" +
+        platform::FormatDate(DateTime::FromSeconds(seconds), "mm\\/dd\\/yyyy hh:nn:ss") + "#, '" +
         subject + "', " + std::to_string(contact) + ", " + (hasFiles ? "2" : "0") + ", " +
         (Below(50) == 0 ? "'+'" : "Null") + ", '" + subject + " " + std::string(400, '.') + "')");
     for (int file = 0; hasFiles && file < 2; file++) {

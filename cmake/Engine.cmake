@@ -102,7 +102,8 @@ target_compile_definitions(tarnwick_engine
     SQLITE_MAX_VARIABLE_NUMBER=250000
     SQLITE_MAX_SQL_LENGTH=64000000
     SQLITE_MAX_EXPR_DEPTH=2000
-    SQLITE_ENABLE_FTS5
+    # Lists of keys that a statement holds are read where they lie.
+    SQLITE_ENABLE_CARRAY
     HAVE_USLEEP=1
     $<$<CONFIG:Debug>:SQLITE_ENABLE_API_ARMOR>
     # The one cipher in use; AES instructions are used where the processor has them. (A part of the

@@ -3,18 +3,16 @@
 //
 // The graphical program.
 #include <QApplication>
-#include <QDir>
-#include <QIcon>
 #include <QPixmap>
 #include <QTimer>
 
+#include "application_setup.h"
 #include "board/list_query.h"
 #include "board/main_board_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
-#include "core/version.h"
-#include "maintenance/restore.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "qt_user_interface.h"
 #include "repository/repository.h"
@@ -22,18 +20,6 @@
 namespace {
 
 constexpr int kFailed = 1;
-
-// The desktop knows the program by this name: menu entry, catalogue entry and icons bear it.
-constexpr const char* kDesktopName = "org.tarnwick.Tarnwick";
-
-// A theme's drawing goes before our own, which is in the program.
-void SetDesktopIdentity() {
-  QIcon own;
-  const QDir drawings(":/icons");
-  for (const QString& file : drawings.entryList()) own.addFile(drawings.filePath(file));
-  QApplication::setDesktopFileName(kDesktopName);
-  QApplication::setWindowIcon(QIcon::fromTheme(kDesktopName, own));
-}
 
 // False when there is nothing to work on; the reason has been shown.
 bool OpenAtStart() {
@@ -45,7 +31,7 @@ bool OpenAtStart() {
     core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
-    tarnwick::maintenance::ReportInterruptedRestore();
+    tarnwick::maintenance::AskAboutUnfinishedRestore();
     return true;
   });
 }
@@ -73,11 +59,7 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
 
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
-  QApplication::setApplicationName("tarnwick");
-  QApplication::setApplicationDisplayName("Tarnwick");
-  QApplication::setApplicationVersion(
-      QString::fromStdString(std::string(tarnwick::core::Version())));
-  SetDesktopIdentity();
+  tarnwick::app::SetUpApplication(application);
 
   // A look at the program where there is no display: TARNWICK_PICTURE names the file.
   QString picture = qEnvironmentVariable("TARNWICK_PICTURE");

@@ -44,6 +44,12 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        {},
        nullptr,
        tr("Takes the messages of an export file in")},
+      {check,
+       "mnCheck",
+       tr("Chec&k"),
+       {},
+       nullptr,
+       tr("Looks whether every message of the repository is whole")},
       {loadTextFile,
        "mnLoadTextFile",
        tr("&Load Text File"),
@@ -140,7 +146,7 @@ void BoardActionsView::SetBusy(bool busy) {
         merge,          loadTextFile,     contacts,       options,        markAllNotHot,
         moveHtml,       helpTopics,       about,          showAll,        showEmail,
         showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy,
-        saveMessages,   attachments,      lastLoad}) {
+        saveMessages,   attachments,      check,          lastLoad}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

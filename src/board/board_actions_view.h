@@ -22,6 +22,7 @@ class BoardActionsView : public QObject {
   QAction* restore = nullptr;
   QAction* exportListed = nullptr;
   QAction* merge = nullptr;
+  QAction* check = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* saveMessages = nullptr;
   QAction* exit = nullptr;

@@ -13,7 +13,7 @@
 #include <algorithm>
 
 #include "board/timeline_plot_view.h"
-#include "core/text.h"
+#include "repository/plain_text_view.h"
 
 namespace tarnwick::board {
 
@@ -40,7 +40,7 @@ void CorrespondentsView::SetPeople(std::vector<Correspondent> people) {
 }
 
 void CorrespondentsView::SetFiltered(const std::string& text) {
-  filtered_ = core::Trim(text);
+  filtered_ = text;
   update();
 }
 
@@ -76,8 +76,7 @@ int CorrespondentsView::PersonAt(const QPoint& point) const {
 }
 
 bool CorrespondentsView::IsFiltered(int person) const {
-  return !filtered_.empty() &&
-         FilterTextFor(people_[static_cast<size_t>(person)].name) == filtered_;
+  return !filtered_.empty() && people_[static_cast<size_t>(person)].name == filtered_;
 }
 
 QString CorrespondentsView::TextOf(int person) const {
@@ -89,10 +88,9 @@ QString CorrespondentsView::TextOf(int person) const {
 
 void CorrespondentsView::Pick(int person) {
   current_ = person;
-  QString text =
-      IsFiltered(person)
-          ? QString()
-          : QString::fromStdString(FilterTextFor(people_[static_cast<size_t>(person)].name));
+  QString text = IsFiltered(person)
+                     ? QString()
+                     : QString::fromStdString(people_[static_cast<size_t>(person)].name);
   update();
   emit NameAskedFor(text);
 }
@@ -113,8 +111,7 @@ bool CorrespondentsView::event(QEvent* event) {
     if (person < 0) {
       QToolTip::hideText();
     } else {
-      // A name is never read as markup.
-      QToolTip::showText(help->globalPos(), TextOf(person).toHtmlEscaped().prepend("<qt>"), this,
+      QToolTip::showText(help->globalPos(), repository::TipText(TextOf(person)), this,
                          CellRect(person));
     }
     return true;

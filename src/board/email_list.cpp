@@ -37,10 +37,13 @@ void BindEmailList(ListForm& form) {
     int64_t incoming = total == 0 ? 0 : CountIncoming();
     SetPanel(core::StatusPanel::kCounts,
              incoming < 0 ? std::to_string(total) : CountsText(total, incoming));
+    int64_t received = total == 0 || incoming < 0 ? incoming : CountReceived();
+    if (received >= 0) form.DescribeCounts(received, total - received);
   });
 }
 
 bool ShowRefresh(ListForm& form) {
+  MarkListed(Board().Filter);
   bool isOpened = OpenEmailList(BuildListWhere(Board().Filter));
   if (!isOpened && core::State().ImportCancelFlag) return false;
   BindEmailList(form);
@@ -52,6 +55,7 @@ bool RestoreFilterAndLoad(ListForm& form) {
     BoardState& board = Board();
     board.Filter = ReadSavedFilter();
     form.ShowFilter(board.Filter);
+    MarkListed(board.Filter);
     if (!OpenEmailList(BuildListWhere(board.Filter))) return false;
     BindEmailList(form);
     ShowLastLoaded();

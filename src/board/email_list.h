@@ -30,6 +30,8 @@ class ListForm {
   virtual void SetDataSource(jet::Recordset& list, bool placeholder) = 0;
   // Puts a filter into the controls, without running it.
   virtual void ShowFilter(const ListFilter& filter) = 0;
+  // What the list holds, each message once; the counts of the status bar may take one for several.
+  virtual void DescribeCounts(int64_t received, int64_t sent) = 0;
 };
 
 // Shows the list recordset in the form's grid, and the counts in the status bar.

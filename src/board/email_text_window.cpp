@@ -43,6 +43,16 @@ QString Shown(const std::string& text) {
   return shown;
 }
 
+// The subject as it is. A folded one is in one line again, and "[*]", by which a window marks what
+// is not saved yet, is written as the toolkit wants it for itself.
+QString Caption(const std::string& subject) {
+  QString caption = QString::fromStdString(subject).remove(u'\r').remove(u'\n');
+  for (QChar& c : caption) {
+    if (c.category() == QChar::Other_Control) c = u' ';
+  }
+  return caption.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
+}
+
 }  // namespace
 
 frmEmailText::frmEmailText(QWidget* parent)
@@ -66,7 +76,7 @@ frmEmailText::frmEmailText(QWidget* parent)
 }
 
 void frmEmailText::ShowText(const EmailText& email) {
-  setWindowTitle(QString::fromStdString(email.subject).simplified());
+  setWindowTitle(Caption(email.subject));
   text_->setPlainText(Shown(email.text));
   attachments_->Show(email.id == 0 ? nullptr : takeout::OpenAttachments(email.id));
   show();

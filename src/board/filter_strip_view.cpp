@@ -49,9 +49,19 @@ void Choose(QButtonGroup* group, int id) {
 QStringList ToList(const std::vector<std::string>& texts) {
   QStringList list;
   list.reserve(static_cast<qsizetype>(texts.size()));
-  for (const std::string& text : texts) list << QString::fromStdString(text).simplified();
+  for (const std::string& text : texts) list << QString::fromStdString(text);
   return list;
 }
+
+// Shows each name in one line; what is chosen is the name as it is, whatever blanks it has.
+class NameModel : public QStringListModel {
+ public:
+  using QStringListModel::QStringListModel;
+  QVariant data(const QModelIndex& index, int role) const override {
+    QVariant value = QStringListModel::data(index, role);
+    return role == Qt::DisplayRole ? QVariant(value.toString().simplified()) : value;
+  }
+};
 
 }  // namespace
 
@@ -99,6 +109,17 @@ void FilterStripView::BuildBoxes(QGridLayout* grid) {
   for (QCheckBox* box : {active_, attached_}) {
     connect(box, &QCheckBox::clicked, this, &FilterStripView::FilterChanged);
   }
+  // The date that stands there already, typed once more, is chosen, too.
+  for (DateBox* box : {&dateFrom_, &dateTo_}) {
+    connect(box->edit, &QLineEdit::textEdited, this, [box] { box->grows = false; });
+  }
+  const QString marks = tr("an apostrophe or quotation mark");
+  subject_->setToolTip(tr("Part of the subject. Each character stands for itself, but %1 is looked "
+                          "for as an underscore (_).")
+                           .arg(marks));
+  mailText_->setToolTip(tr("Part of the message. Here % stands for any text, and _, %1 for any "
+                           "one character.")
+                            .arg(marks));
   boxes_ = {dateFrom_.edit, dateTo_.edit, fromTo_, subject_, file_, mailText_};
 
   const struct {
@@ -157,7 +178,7 @@ QComboBox* FilterStripView::MakeCombo(const char* name) {
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   combo->setMinimumContentsLength(4);
   combo->setMaxVisibleItems(16);
-  combo->setModel(new QStringListModel(combo));
+  combo->setModel(new NameModel(combo));
   auto* popup = new QListView(combo);
   popup->setUniformItemSizes(true);  // the list may hold thousands
   popup->setTextElideMode(Qt::ElideRight);
@@ -176,8 +197,9 @@ QLineEdit* FilterStripView::MakeEdit(const char* name) {
 }
 
 void FilterStripView::ShowFilter(const ListFilter& filter) {
-  ShowDate(dateFrom_, filter.DateFrom);
-  ShowDate(dateTo_, filter.DateTo);
+  ShowDate(dateFrom_, filter.DateFrom, filter.DateFromGrows);
+  ShowDate(dateTo_, filter.DateTo, filter.DateToGrows);
+  for (DateBox* box : {&dateFrom_, &dateTo_}) box->grewBefore = box->grows;
   fromTo_->setEditText(QString::fromStdString(filter.FromTo));
   subject_->setText(QString::fromStdString(filter.Subject));
   file_->setEditText(QString::fromStdString(filter.FileName));
@@ -195,6 +217,9 @@ void FilterStripView::ShowFilter(const ListFilter& filter) {
 void FilterStripView::ReadFilter(ListFilter& filter) const {
   filter.DateFrom = DateOf(dateFrom_);
   filter.DateTo = DateOf(dateTo_);
+  auto grows = [](const DateBox& box) { return box.grows && box.edit->text() == box.shown; };
+  filter.DateFromGrows = grows(dateFrom_);
+  filter.DateToGrows = grows(dateTo_);
   filter.FromTo = fromTo_->currentText().toStdString();
   filter.Subject = subject_->text().toStdString();
   filter.FileName = file_->currentText().toStdString();
@@ -279,6 +304,7 @@ bool FilterStripView::KeyPressed(QWidget* box, int key) {
       return true;
     case Qt::Key_Escape:
       SetBoxText(box, before_[box]);
+      if (DateBox* date = DateBoxOf(box)) date->grows = date->grewBefore;
       return true;
     case Qt::Key_Up:
     case Qt::Key_Down:
@@ -295,10 +321,13 @@ void FilterStripView::Remember(QWidget* box) {
   // A box to which the focus was brought back keeps the date that Escape returns to.
   if (DateBox* date = DateBoxOf(box); date != nullptr && !HoldsDate(*date)) return;
   before_[box] = BoxText(box);
+  if (DateBox* date = DateBoxOf(box)) date->grewBefore = date->grows;
 }
 
 void FilterStripView::Apply(QWidget* box) {
-  if (DateBox* date = DateBoxOf(box)) ShowDate(*date, DateOf(*date));
+  if (DateBox* date = DateBoxOf(box)) {
+    ShowDate(*date, DateOf(*date), date->grows && date->edit->text() == date->shown);
+  }
   if (BoxText(box) == before_[box]) return;
   before_[box] = BoxText(box);
   emit FilterChanged();
@@ -331,8 +360,9 @@ DateTime FilterStripView::DateOf(const DateBox& box) {
   return typed ? typed->DatePart() : box.date;
 }
 
-void FilterStripView::ShowDate(DateBox& box, DateTime date) {
+void FilterStripView::ShowDate(DateBox& box, DateTime date, bool grows) {
   box.date = date;
+  box.grows = grows;
   box.shown = QString::fromStdString(platform::FormatDate(date, "ddddd"));
   box.edit->setText(box.shown);
 }

@@ -54,7 +54,9 @@ class FilterStripView : public QWidget {
   struct DateBox {
     QLineEdit* edit = nullptr;
     DateTime date;
-    QString shown;  // the text that stands for date
+    QString shown;            // the text that stands for date
+    bool grows = false;       // nobody has typed here
+    bool grewBefore = false;  // when it was entered
   };
   void BuildBoxes(QGridLayout* grid);
   QGroupBox* BuildGroup(const char* name, const QString& title, QButtonGroup*& buttons,
@@ -70,7 +72,7 @@ class FilterStripView : public QWidget {
   DateBox* DateBoxOf(QWidget* box);
   static bool HoldsDate(const DateBox& box);
   static DateTime DateOf(const DateBox& box);
-  static void ShowDate(DateBox& box, DateTime date);
+  static void ShowDate(DateBox& box, DateTime date, bool grows);
   void Complain(QWidget* box);
   void CheckLeftDate(QWidget* box);
 

@@ -28,9 +28,10 @@ std::optional<DateTime> FirstDate(const std::string& query) {
   return rows.Eof() ? std::nullopt : rows.Field(0).AsDate();
 }
 
-void ReadDate(std::string_view key, DateTime& field) {
+void ReadDate(std::string_view key, DateTime& field, bool& grows) {
   if (auto stored = repository::GetParameter(kGroup, key, kDateColumn).AsDate()) {
     field = stored->DatePart();
+    grows = false;
   }
 }
 
@@ -77,13 +78,14 @@ ListFilter EveryMessage() {
   DateRange range = WholeDateRange();
   filter.DateFrom = range.from;
   filter.DateTo = range.to;
+  filter.DateFromGrows = filter.DateToGrows = true;
   return filter;
 }
 
 ListFilter ReadSavedFilter() {
   ListFilter filter = EveryMessage();
-  ReadDate("DateFrom", filter.DateFrom);
-  ReadDate("DateTo", filter.DateTo);
+  ReadDate("DateFrom", filter.DateFrom, filter.DateFromGrows);
+  ReadDate("DateTo", filter.DateTo, filter.DateToGrows);
   ReadFlag("Active", filter.Active);
   ReadFlag("AttachedFile", filter.AttachedFile);
   ReadText("FromTo", filter.FromTo);
@@ -99,11 +101,9 @@ ListFilter ReadSavedFilter() {
 
 void SaveFilter(const ListFilter& filter, int64_t listed) {
   using repository::SetParameter;
-  DateRange whole = WholeDateRange();
   SetParameter(kGroup, "DateFrom", kDateColumn,
-               filter.DateFrom == whole.from ? Value() : Value(filter.DateFrom));
-  SetParameter(kGroup, "DateTo", kDateColumn,
-               filter.DateTo == whole.to ? Value() : Value(filter.DateTo));
+               filter.DateFromGrows ? Value() : Value(filter.DateFrom));
+  SetParameter(kGroup, "DateTo", kDateColumn, filter.DateToGrows ? Value() : Value(filter.DateTo));
   SetParameter(kGroup, "Active", kAmountColumn, filter.Active ? 1 : 0);
   SetParameter(kGroup, "AttachedFile", kAmountColumn, filter.AttachedFile ? 1 : 0);
   SetParameter(kGroup, "FromTo", kTextColumn, filter.FromTo);

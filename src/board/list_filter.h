@@ -19,6 +19,9 @@ enum class ListOrder : uint8_t { kDescending = 1, kAscending = 2 };
 struct ListFilter {
   DateTime DateFrom;  // whole days, both included
   DateTime DateTo;
+  // An end that nobody has chosen: it goes with WholeDateRange when the filter is kept.
+  bool DateFromGrows = false;
+  bool DateToGrows = false;
   bool Active = false;  // only hot messages
   bool AttachedFile = false;
   // Parts of texts, as the person typed them; empty means any.
@@ -31,6 +34,10 @@ struct ListFilter {
   ListOrder SortOrder = ListOrder::kDescending;
   std::string UserName;  // one mailbox owner's messages; no control sets it
   std::string Project;   // kept between runs, narrows nothing
+  // Whole names that a part of them would not find, for it loses quotation marks and edges on its
+  // way into a query: these are looked for as they stand. MarkListed (list_query.h) sets both.
+  bool FromToIsListed = false;
+  bool FileNameIsListed = false;
 };
 
 // A range that leaves no message of the open repository out: from the day of the oldest one to
@@ -41,14 +48,15 @@ struct DateRange {
 };
 DateRange WholeDateRange();
 
-// Everything, newest first: what the list shows when nothing was ever chosen.
+// Everything, newest first: what the list shows when nothing was ever chosen. Both dates grow.
 ListFilter EveryMessage();
 
-// The filter as the last run left it; what was not stored is as in EveryMessage.
+// The filter as the last run left it; what was not stored is as in EveryMessage. MarkListed is
+// still to come.
 ListFilter ReadSavedFilter();
 
 // listed: how many messages the list holds, kept for information. An end of the date range that
-// still is WholeDateRange's is stored as Null, so that it grows with the repository.
+// grows is stored as Null.
 void SaveFilter(const ListFilter& filter, int64_t listed);
 
 }  // namespace tarnwick::board

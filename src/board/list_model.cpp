@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "core/guard.h"
+#include "repository/plain_text_view.h"
 
 namespace tarnwick::board {
 
@@ -132,7 +133,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       if (column == kMarkColumn || column == kHotColumn) {
         return data(index, Qt::AccessibleTextRole);
       }
-      return Text(RowAt(index.row()), column);
+      return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
       if (column == kMarkColumn) {
         return RowAt(index.row()).important ? tr("High importance") : QString();

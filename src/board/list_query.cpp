@@ -21,6 +21,27 @@ std::string Word(const std::string& typed) {
   return std::string(core::Trim(core::SanitizeFilterText(typed)));
 }
 
+// False when the person stopped the search for it; the list's own query is stopped next.
+bool HasRow(const std::string& query) {
+  try {
+    jet::Recordset rows;
+    rows.Open(query, repository::RepositoryDb());
+    return !rows.Eof();
+  } catch (const Error& error) {
+    if (!core::IsStop(error)) throw;
+    return false;
+  }
+}
+
+bool IsListed(const std::string& name, const std::string& query) {
+  return Word(name) != name && HasRow(query + core::QuoteSql(name) + "'");
+}
+
+// Whether a WHERE clause asks for files, whose join multiplies a message.
+bool AsksForFiles(const std::string& where) {
+  return where.find("Attachment.") != std::string::npos;
+}
+
 void OpenList(jet::Recordset& list, const std::string& query) {
   list.Open(query, repository::RepositoryDb(), CursorType::kKeyset, LockType::kOptimistic,
             jet::CommandType::kText);
@@ -40,6 +61,15 @@ void ResetBoard() {
 std::string FormatFilterDate(DateTime date, bool startOfDay) {
   return "#" + platform::FormatDate(date, "mm\\/dd\\/yyyy") +
          (startOfDay ? " 00:00:00#" : " 23:59:59#");
+}
+
+void MarkListed(ListFilter& filter) {
+  core::GuardedRun("MarkListed", [&] {
+    filter.FromToIsListed =
+        IsListed(filter.FromTo, "SELECT TOP 1 ID FROM MeContact WHERE Name = '");
+    filter.FileNameIsListed =
+        IsListed(filter.FileName, "SELECT TOP 1 EmailID FROM Attachment WHERE FileName = '");
+  });
 }
 
 std::string BuildListWhere(const ListFilter& filter) {
@@ -62,10 +92,14 @@ std::string BuildListWhere(const ListFilter& filter) {
 }
 
 std::string ContactCondition(const ListFilter& filter) {
-  return "INSTR(MeContact.Name, '" + Word(filter.FromTo) + "') <> 0 ";
+  std::string name = filter.FromToIsListed ? core::QuoteSql(filter.FromTo) : Word(filter.FromTo);
+  return "INSTR(MeContact.Name, '" + name + "') <> 0 ";
 }
 
 std::string AttachmentCondition(const ListFilter& filter) {
+  if (filter.FileNameIsListed) {
+    return "INSTR(Attachment.FileName, '" + core::QuoteSql(filter.FileName) + "') <> 0";
+  }
   return "Attachment.FileName Like '%" + Word(filter.FileName) + "%'";
 }
 
@@ -170,6 +204,29 @@ int64_t CountIncoming() {
     jet::Recordset rows;
     try {
       rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
+      return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
+    } catch (const Error& error) {
+      if (!core::IsStop(error)) throw;
+      return int64_t{-1};
+    }
+  });
+}
+
+int64_t CountReceived() {
+  return core::Guarded("CountReceived", int64_t{0}, [] {
+    std::string where = Board().LastWhere;
+    where += where.empty() ? "WHERE Direction='In'" : " AND Direction='In'";
+    jet::Recordset rows;
+    try {
+      if (AsksForFiles(where)) {
+        OpenList(rows, ListQueryText(where, ""));
+        return rows.RecordCount();
+      }
+      rows.Open(
+          "SELECT Count(Email.ID) AS CountOfIN FROM Email LEFT JOIN MeContact ON "
+          "Email.FromTo = MeContact.ID " +
+              where,
+          repository::RepositoryDb());
       return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
     } catch (const Error& error) {
       if (!core::IsStop(error)) throw;

@@ -41,6 +41,9 @@ void ResetBoard();  // closes the list
 
 // #mm/dd/yyyy 00:00:00# or #mm/dd/yyyy 23:59:59#, whatever the locale.
 std::string FormatFilterDate(DateTime date, bool startOfDay);
+// Finds out whether the texts for names are whole ones of the boxes' lists. To be done before a
+// WHERE clause is built of what a person chose or typed.
+void MarkListed(ListFilter& filter);
 std::string BuildListWhere(const ListFilter& filter);
 // Its conditions on the tables joined to Email. REQUIRES: the filter has a FromTo, a FileName.
 std::string ContactCondition(const ListFilter& filter);
@@ -62,6 +65,8 @@ bool RequeryEmailList();
 int64_t CountListed();
 // Incoming messages of the last WHERE clause. One with several attachments counts once for each.
 int64_t CountIncoming();
+// Incoming messages of the list, each once; -1 when the person stopped it.
+int64_t CountReceived();
 // "120; 75 In; 45 Out". More incoming than listed ones are taken as all that are listed.
 std::string CountsText(int64_t total, int64_t incoming);
 

@@ -10,6 +10,7 @@
 #include "core/messages.h"
 #include "intake/source.h"
 #include "intake/stored_units.h"
+#include "maintenance/unfinished_restore.h"
 #include "oe/import.h"
 #include "outlook/import.h"
 #include "outlook/store_discovery.h"
@@ -223,6 +224,8 @@ void StopLoad() {
 LoadResult LoadFromMailer(const LoadOptions& options) {
   LoadResult result;
   core::GuardedRun("LoadFromMailer", [&] {
+    result.failed = maintenance::RefuseUnfinished();
+    if (result.failed) return;
     if (options.full) State().RepositoryIsEmpty = State().FullLoadAsked = true;
     Sources sources = EverySource();
     if (!State().RepositoryIsEmpty && !options.everyMailer && !AnyIsChosen(sources)) {
@@ -246,6 +249,11 @@ LoadResult LoadFromMailer(const LoadOptions& options) {
 
 TakeResult TakeTextFiles(const std::vector<std::string>& paths) {
   TakeResult result;
+  if (maintenance::RefuseUnfinished()) {
+    result.notReached = static_cast<int64_t>(paths.size());
+    result.notTaken = paths;
+    return result;
+  }
   // Asked for by name, a file is wanted whoever wrote it.
   LoadScope scope(SenderPolicy::kAcceptAll);
   std::vector<bool> taken(paths.size());

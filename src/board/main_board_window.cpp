@@ -22,6 +22,7 @@
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "maintenance/unfinished_restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "platform/files.h"
@@ -40,6 +41,8 @@ constexpr const char* kShowEmailText = "ShowEmailText";
 constexpr int kPrepareEveryMilliseconds = 50;
 constexpr int64_t kPrepareMilliseconds = 20;
 
+constexpr const char* kCheckLink = "check";
+
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent) : QMainWindow(parent), actions_(new BoardActionsView(this)) {
@@ -56,7 +59,8 @@ void MainBoard::BuildMenus() {
   file->addAction(actions_->openRepository);
   file->addAction(actions_->createRepository);
   file->addSeparator();
-  file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge});
+  file->addActions({actions_->backup, actions_->restore, actions_->exportListed, actions_->merge,
+                    actions_->check});
   file->addSeparator();
   file->addActions({actions_->loadTextFile, actions_->saveMessages});
   file->addSeparator();
@@ -182,10 +186,17 @@ void MainBoard::Connect() {
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
   connect(status_, &StatusPanelsView::StopAskedFor, this, &MainBoard::Stop);
-  connect(notice_, &QLabel::linkActivated, actions_->showAll, &QAction::trigger);
+  connect(notice_, &QLabel::linkActivated, this, [this](const QString& link) {
+    notice_->hide();
+    (link == kCheckLink ? actions_->check : actions_->showAll)->trigger();
+  });
   connect(strip_, &FilterStripView::FilterChanged, this, &MainBoard::Refresh);
   connect(timeline_, &TimelineView::DatesAskedFor, this, [this](DateTime from, DateTime to) {
-    RefreshWith([&](ListFilter& filter) { filter.DateFrom = from, filter.DateTo = to; });
+    RefreshWith([&](ListFilter& filter) {
+      DateRange whole = WholeDateRange();
+      filter.DateFrom = from, filter.DateTo = to;
+      filter.DateFromGrows = from == whole.from, filter.DateToGrows = to == whole.to;
+    });
   });
   connect(timeline_, &TimelineView::NameAskedFor, this, [this](const QString& text) {
     RefreshWith([&](ListFilter& filter) { filter.FromTo = text.toStdString(); });
@@ -216,7 +227,15 @@ bool MainBoard::Load() {
   bool listed = RestoreFilterAndLoad(*this);
   grid_->setFocus();
   prepare_.start();
+  if (repository::Repository().WasNotClosed) OfferCheck();
   return listed;
+}
+
+void MainBoard::OfferCheck() {
+  notice_->setText(tr("The program did not come to its end the last time. <a href=\"%1\">Check "
+                      "whether every message is whole</a>")
+                       .arg(kCheckLink));
+  notice_->show();
 }
 
 void MainBoard::SetDataSource(jet::Recordset& list, bool placeholder) {
@@ -233,11 +252,30 @@ void MainBoard::ShowFilter(const ListFilter& filter) {
   strip_->ShowFilter(filter);
 }
 
+void MainBoard::DescribeCounts(int64_t received, int64_t sent) {
+  int64_t total = received + sent;
+  QString messages = total == 1 ? tr("1 message") : tr("%L1 messages").arg(qlonglong{total});
+  status_->ExplainPanel(
+      core::StatusPanel::kCounts,
+      tr("%1: %L2 received, %L3 sent").arg(messages).arg(qlonglong{received}).arg(qlonglong{sent}));
+}
+
 void MainBoard::UpdateHint() {
+  const ListFilter& filter = Board().Filter;
+  auto hasMark = [](const std::string& text) {
+    return text.find_first_of("'\"") != std::string::npos;
+  };
+  bool inSubject = hasMark(filter.Subject);
   if (repository::HasNoEmail()) {
     grid_->SetHint(tr("There is no mail in this repository yet."),
                    tr("Choose \"Load from Mailer\" to take it from an old Windows profile or a "
                       "folder with *.dbx or *.pst files."));
+  } else if (inSubject || (hasMark(filter.FromTo) && !filter.FromToIsListed)) {
+    grid_->SetHint(tr("No message matches the filter."),
+                   tr("The box \"%1\" holds an apostrophe or quotation mark. Such a mark is looked "
+                      "for as an underscore (_), so the message it was copied from is not found, "
+                      "either. Shorten the text to a part without it.")
+                       .arg(inSubject ? tr("Subject") : tr("From/To")));
   } else {
     grid_->SetHint(tr("No message matches the filter."),
                    tr("Change it above, or choose \"Show All\" to list every message."));
@@ -392,6 +430,7 @@ void MainBoard::LoadFromMailer() {
     if (auto latest = State().LatestReceivedTime) {
       // So that the list shows what was loaded.
       filter.DateFrom = latest->DatePart();
+      filter.DateFromGrows = false;
       filter.DateTo = std::max(filter.DateTo, filter.DateFrom);
     }
     ShowFilter(filter);
@@ -450,6 +489,7 @@ void MainBoard::SwitchRepository(bool create) {
     notice_->hide();
     if (text_ != nullptr) text_->hide();  // until a message of this repository is selected
     status_->SetPanel(core::StatusPanel::kProgress, {});
+    maintenance::AskAboutUnfinishedRestore();
     Load();
   } else if (!Board().ListRecordset.IsOpen()) {
     // The attempt closed the former repository for a while, and its list with it.

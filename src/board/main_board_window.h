@@ -49,6 +49,7 @@ class MainBoard : public QMainWindow, public ListForm {
 
   void SetDataSource(jet::Recordset& list, bool placeholder) override;
   void ShowFilter(const ListFilter& filter) override;
+  void DescribeCounts(int64_t received, int64_t sent) override;
 
   // Takes one message file in and lists it.
   void LoadTextFile(const QString& path);
@@ -87,6 +88,7 @@ class MainBoard : public QMainWindow, public ListForm {
 
   void ListAnew(bool changed);
   void ShowNotice();
+  void OfferCheck();
   void SetShowEmailText(bool on);
   void FollowSelection();
   void FillChoices();

@@ -8,6 +8,7 @@
 
 #include "board/list_query.h"
 #include "maintenance/backup.h"
+#include "maintenance/check.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "maintenance/restore.h"
@@ -23,7 +24,8 @@ MaintenanceView::MaintenanceView(BoardActionsView& actions, Runner run,
   } commands[] = {{actions.backup, Command::kBackup},
                   {actions.restore, Command::kRestore},
                   {actions.exportListed, Command::kExport},
-                  {actions.merge, Command::kMerge}};
+                  {actions.merge, Command::kMerge},
+                  {actions.check, Command::kCheck}};
   for (const auto& entry : commands) {
     connect(entry.action, &QAction::triggered, this,
             [this, command = entry.command] { AskAndWork(command); });
@@ -51,6 +53,8 @@ void MaintenanceView::AskAndWork(Command command) {
     case Command::kMerge:
       file = QFileDialog::getOpenFileName(window_, tr(maintenance::kMergeTitle), {}, filter);
       break;
+    case Command::kCheck:
+      return Work(command, {});
   }
   if (file.isEmpty()) return;
   bool isWritten = command == Command::kBackup || command == Command::kExport;
@@ -73,6 +77,9 @@ void MaintenanceView::Work(Command command, const QString& file) {
         break;
       case Command::kMerge:
         maintenance::twMakeMarge(path);
+        break;
+      case Command::kCheck:
+        maintenance::CheckAndTell();
         break;
     }
   });

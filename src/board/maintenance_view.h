@@ -24,8 +24,8 @@ class MaintenanceView : public QObject {
   MaintenanceView(BoardActionsView& actions, Runner run, std::function<void()> listAnew,
                   QWidget* window);
 
-  enum class Command { kBackup, kRestore, kExport, kMerge };
-  // Works on the file as the command does once it has been chosen.
+  enum class Command { kBackup, kRestore, kExport, kMerge, kCheck };
+  // Works on the file as the command does once it has been chosen; a check has none.
   void Work(Command command, const QString& file);
 
  private:

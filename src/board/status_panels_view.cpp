@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "repository/plain_text_view.h"
+
 namespace tarnwick::board {
 
 namespace {
@@ -29,12 +31,18 @@ ElidedLabel::ElidedLabel(Qt::TextElideMode mode, QWidget* parent) : QLabel(paren
 }
 
 void ElidedLabel::SetText(const QString& text) {
+  Explain({});
   if (text == text_) return;
   text_ = text;
   setText(text);  // for screen readers
-  setToolTip(text);
+  setToolTip(repository::TipText(text));
   updateGeometry();
   update();
+}
+
+void ElidedLabel::Explain(const QString& meaning) {
+  setToolTip(repository::TipText(meaning.isEmpty() ? text_ : meaning));
+  setAccessibleDescription(meaning);
 }
 
 QSize ElidedLabel::sizeHint() const {
@@ -97,6 +105,11 @@ void StatusPanelsView::SetPanel(core::StatusPanel panel, const QString& text) {
   panels_[index]->SetText(text);
   panels_[index]->setVisible(index == 0 || !text.isEmpty());
   ShareRoom();
+}
+
+void StatusPanelsView::ExplainPanel(core::StatusPanel panel, const QString& meaning) {
+  size_t index = IndexOf(panel);
+  if (index < panels_.size()) panels_[index]->Explain(meaning);
 }
 
 // A message has the room before the folder, which is known and is in its tool tip.

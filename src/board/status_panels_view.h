@@ -24,7 +24,10 @@ class ElidedLabel : public QLabel {
 
  public:
   ElidedLabel(Qt::TextElideMode mode, QWidget* parent = nullptr);
+  // The tool tip is the whole text, until another one is given.
   void SetText(const QString& text);
+  // What the text means in plain words: the tool tip, and what a screen reader says of it.
+  void Explain(const QString& meaning);
   const QString& WholeText() const { return text_; }
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
@@ -45,6 +48,9 @@ class StatusPanelsView : public QStatusBar {
 
   void SetPanel(core::StatusPanel panel, const QString& text);
   QString PanelText(core::StatusPanel panel) const;
+
+  // What a panel's text means, until the next text.
+  void ExplainPanel(core::StatusPanel panel, const QString& meaning);
 
   // Brings the Stop button and takes it away again.
   void SetBusy(bool busy);

@@ -216,17 +216,4 @@ std::vector<Correspondent> CorrespondentReader::Top(size_t most) const {
   return top;
 }
 
-std::string FilterTextFor(const std::string& name) {
-  std::string_view longest;
-  std::string_view rest = name;
-  while (true) {
-    size_t end = rest.find_first_of("'\"");
-    std::string_view part = core::Trim(rest.substr(0, end));
-    if (part.size() > longest.size()) longest = part;
-    if (end == std::string_view::npos) break;
-    rest.remove_prefix(end + 1);
-  }
-  return std::string(longest);
-}
-
 }  // namespace tarnwick::board

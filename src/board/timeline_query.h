@@ -93,8 +93,4 @@ class CorrespondentReader {
   std::map<int64_t, int64_t> messages_;
 };
 
-// What to put into the filter for the messages of a name: the filter can't look for quotation
-// marks, so of a name that has some it is the longest part without.
-std::string FilterTextFor(const std::string& name);
-
 }  // namespace tarnwick::board

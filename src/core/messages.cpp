@@ -4,6 +4,7 @@
 
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -16,6 +17,11 @@ using Hook = void (*)();
 Hook& BeforeQuestion() {
   static Hook hook = nullptr;
   return hook;
+}
+
+ErrorsHeld*& Holder() {
+  static ErrorsHeld* holder = nullptr;
+  return holder;
 }
 
 void CommitFirst() {
@@ -56,8 +62,22 @@ void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
-  if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
+  State().LastReportedError = text;
+  ErrorsHeld* holder = Holder();
+  if (holder == nullptr) {
+    if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
+  } else if (!quiet && holder->first_.empty()) {
+    holder->first_ = text;
+  }
   WriteLog(prefixed);
+}
+
+ErrorsHeld::ErrorsHeld() : outer_(Holder()) {
+  Holder() = this;
+}
+
+ErrorsHeld::~ErrorsHeld() {
+  Holder() = outer_;
 }
 
 bool AskYesNo(const std::string& text) {
@@ -74,19 +94,27 @@ RepeatedAnswer AskYesNoAll(const std::string& text) {
 
 void ReportUnknownFormat(const std::string& fileName) {
   constexpr std::string_view kText = "Program can't recognize file format.";
-  ShowError(std::string(kText) + " " + fileName, false, kText);
+  ShowError(std::string(kText) + " " + OneLogLine(fileName), false, kText);
 }
 
 void WriteLog(std::string_view text) {
   std::string entry = platform::FormatDate(platform::Now(), "General Date");
   entry += "\r\n";
-  entry += text;
-  entry += "\r\n\r\n";
+  for (size_t end = 0; end != std::string_view::npos;) {
+    end = text.find("\r\n");
+    entry += OneLogLine(text.substr(0, end)) + "\r\n";
+    if (end != std::string_view::npos) text.remove_prefix(end + 2);
+  }
+  entry += "\r\n";
   platform::AppendToFile(State().LogFile, entry);
 }
 
 void LogProgress(std::string_view text) {
   if (State().LogEvents) WriteLog(text);
+}
+
+std::string LoggedMailText(const std::string& text) {
+  return State().LogMailTexts ? OneLogLine(text) : "(not logged)";
 }
 
 void SetStatus(int panel, const std::string& text) {
@@ -125,9 +153,8 @@ void ReportCurrentException(std::string_view routine, Report report, std::string
   }
   std::string number = std::to_string(error.Number());
   std::string name(routine);
-  state.LastError = number + " " + error.Description();
-  ShowError(state.LastError + " " + name + std::string(detail), report == Report::kLog,
-            number + " " + name);
+  ShowError(number + " " + OneLogLine(error.Description()) + " " + name + std::string(detail),
+            report == Report::kLog, number + " " + name);
 }
 
 }  // namespace tarnwick::core

@@ -46,15 +46,39 @@ bool AskYesNo(const std::string& text);
 // caller keeps to itself from then on.
 RepeatedAnswer AskYesNoAll(const std::string& text);
 
+// While it lives, errors that are reported are logged and not shown: steps that fail one after the
+// other for one reason, such as a full disk, end in the one box of whoever ran them.
+class ErrorsHeld {
+ public:
+  ErrorsHeld();
+  ~ErrorsHeld();
+  ErrorsHeld(const ErrorsHeld&) = delete;
+  ErrorsHeld& operator=(const ErrorsHeld&) = delete;
+
+  // The text that the first of them would have been shown with, behind "Error: "; "" without one.
+  const std::string& First() const { return first_; }
+
+ private:
+  friend void ShowError(const std::string& text, bool quiet, std::string_view kind);
+  ErrorsHeld* outer_;
+  std::string first_;
+};
+
 // "Program can't recognize file format." + blank + fileName, as an error.
 void ReportUnknownFormat(const std::string& fileName);
 
-// One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF.
+// One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF. The
+// text may have lines of its own, ended by CR LF; whatever comes from mail, a store or a file name
+// goes in through OneLogLine, or it could look like an entry.
 // The file is opened and closed for each, so an entry is with the system before the next
 // statement runs. A log that can't be written loses the entry.
 void WriteLog(std::string_view text);
 // The same when LogEvents is on.
 void LogProgress(std::string_view text);
+
+// A text of the mail itself, for an entry of the log: on one line, or "(not logged)" where the
+// person wants no such words in clear (RunState::LogMailTexts).
+std::string LoggedMailText(const std::string& text);
 
 void SetStatus(int panel, const std::string& text);  // the StatusPanel's number
 void YieldEvents();

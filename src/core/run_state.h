@@ -31,6 +31,8 @@ struct LoadCounts {
 struct RunState {
   // Progress entries in the event log; errors are always logged.
   bool LogEvents = true;
+  // Words of the mail itself (subjects, names of files) in the event log, which lies in clear.
+  bool LogMailTexts = true;
 
   // Absolute folder texts with their separator at the end.
   std::string AppFolder;
@@ -68,7 +70,7 @@ struct RunState {
   bool DiskIsFull = false;          // met in this load; nothing more is tried
   bool EndTellsOfFullDisk = false;  // what runs tells of it in its last box: none before
   int64_t ReportedErrors = 0;       // in this run of the program, shown or only logged
-  std::string LastError;            // of those reported by Guarded: number and description
+  std::string LastReportedError;
   std::map<std::string, RepeatedBox> RepeatedBoxes;
 
   UserInterface* Ui = nullptr;  // not owned; set before anything is shown

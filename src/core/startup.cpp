@@ -32,8 +32,14 @@ std::string DataFolder() {
     return platform::WithSeparator(data);
   }
 #endif
-  const char* home = std::getenv("HOME");
-  return platform::WithSeparator(home != nullptr && *home != '\0' ? home : ".") + ".local/share/";
+  std::string home = platform::HomeFolder();
+  if (home.empty()) {
+    throw Error(
+        ErrorNumber::kPathAccess,
+        "There is no home folder to keep the mail in: HOME is not set, and the system knows "
+        "none for this user. Set HOME, or name a folder in TARNWICK_HOME.");
+  }
+  return platform::WithSeparator(home) + ".local/share/";
 }
 
 std::string InstalledFile(const std::string& programFolder, const std::string& name) {

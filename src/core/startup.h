@@ -10,7 +10,7 @@ namespace tarnwick::core {
 
 // Where AppFolder is: TARNWICK_HOME, else the program's own folder when it can be written and holds
 // the database files (a portable program), else "tarnwick" under the user's data folder
-// (XDG_DATA_HOME, ~/.local/share).
+// (XDG_DATA_HOME, ~/.local/share). Throws Error where the user has no home folder.
 std::string ChooseAppFolder(const std::string& programFolder);
 
 // Makes the folder and copies the template and parameter database into it where they are missing,

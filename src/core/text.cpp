@@ -3,6 +3,7 @@
 #include "core/text.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "platform/charset.h"
 
@@ -101,6 +102,49 @@ std::string QuoteSql(std::string_view text) {
     if (c == '\'') result += c;
   }
   return result;
+}
+
+size_t ObeyedLength(std::string_view text) {
+  auto at = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
+  if (at(0) == '\t' || at(0) == '\n') return 0;
+  if (at(0) == '\r') return at(1) == '\n' ? 0 : 1;
+  if (!text.empty() && (at(0) < 0x20 || at(0) == 0x7F)) return 1;
+  if (at(0) == 0xC2 && at(1) >= 0x80 && at(1) < 0xA0) return 2;
+  if (at(0) == 0xD8 && at(1) == 0x9C) return 2;
+  if (at(0) == 0xE2 && at(1) == 0x80) {
+    bool isMark = at(2) == 0x8E || at(2) == 0x8F || (at(2) >= 0xA8 && at(2) <= 0xAE);
+    return isMark ? 3 : 0;
+  }
+  return at(0) == 0xE2 && at(1) == 0x81 && at(2) >= 0xA6 && at(2) <= 0xA9 ? 3 : 0;
+}
+
+std::string EscapedCharacter(std::string_view character) {
+  auto byte = [&](size_t i) { return static_cast<unsigned>(character[i]) & 0x3F; };
+  unsigned code = static_cast<unsigned char>(character[0]);
+  if (character.size() == 2) code = (code & 0x1F) << 6 | byte(1);
+  if (character.size() == 3) code = (code & 0x0F) << 12 | byte(1) << 6 | byte(2);
+  char escaped[16];
+  std::snprintf(escaped, sizeof escaped, "\\u%04x", code);
+  return escaped;
+}
+
+std::string OneLogLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size());
+  while (!text.empty()) {
+    size_t length = ObeyedLength(text);
+    if (text[0] == '\r' || text[0] == '\n') {
+      line += text[0] == '\r' ? "\\r" : "\\n";
+      length = 1;
+    } else if (length > 0) {
+      line += EscapedCharacter(text.substr(0, length));
+    } else {
+      line += text[0];
+      length = 1;
+    }
+    text.remove_prefix(length);
+  }
+  return line;
 }
 
 bool BeginsWith(std::string_view text, std::string_view prefix) {

@@ -35,6 +35,16 @@ std::string SanitizeFilterText(std::string_view text);
 // Fit to stand inside a quoted literal: each ' doubled.
 std::string QuoteSql(std::string_view text);
 
+// How many bytes the character at the beginning of a text has if a terminal or an editor would obey
+// it instead of showing it: a control character, a mark that turns the direction of what follows, a
+// separator of lines or paragraphs. 0 for any other, and for TAB and the line end CR LF or LF.
+size_t ObeyedLength(std::string_view text);
+// Such a character as "\u202e".
+std::string EscapedCharacter(std::string_view character);
+// A text from mail, a store or a file name as part of one line of the log: what ObeyedLength finds
+// and line ends are written as \n, \r or \u and four digits.
+std::string OneLogLine(std::string_view text);
+
 bool BeginsWith(std::string_view text, std::string_view prefix);
 bool ContainsIgnoringCase(std::string_view text, std::string_view part);  // ASCII letters
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "database/connection_impl.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -27,12 +27,12 @@ void Connection::SetProvider(std::string_view provider) {
 }
 
 void Connection::SetProperty(std::string_view name, std::string_view value) {
-  if (SameWord(name, kDataSourceProperty)) {
+  if (platform::SameWord(name, kDataSourceProperty)) {
     impl_->dataSource = value;
-  } else if (SameWord(name, kPasswordProperty)) {
+  } else if (platform::SameWord(name, kPasswordProperty)) {
     impl_->password = value;
-  } else if (SameWord(name, kModeProperty)) {
-    impl_->readOnly = SameWord(value, kModeRead);
+  } else if (platform::SameWord(name, kModeProperty)) {
+    impl_->readOnly = platform::SameWord(value, kModeRead);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }
@@ -95,6 +95,14 @@ int64_t Connection::BatchesTakenBack() const {
   return static_cast<int64_t>(impl_->session.TakenBack().size());
 }
 
+void Connection::TakeBackGroup(const Error& reason) {
+  impl_->session.TakeBackGroup(reason);
+}
+
+bool Connection::HasTable(std::string_view table) const {
+  return impl_->HasTable(table);
+}
+
 void Connection::SetBulk(bool on) {
   // Otherwise the engine overwrites what is deleted, page by page.
   impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
@@ -110,6 +118,16 @@ bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& l
   // Amid other work, which may be that of a statement, nothing is done.
   if (InGroup() || impl_->session.Engine().IsWatched()) return false;
   return impl_->Index()->CatchUp(look);
+}
+
+int64_t Connection::Mark() const {
+  return impl_->session.Engine().Number("PRAGMA user_version") >> kSchemaBits;
+}
+
+void Connection::SetMark(int64_t mark) {
+  int64_t schema = impl_->session.Engine().Number("PRAGMA user_version") & kSchemaMask;
+  std::string number = std::to_string(mark << kSchemaBits | schema);
+  impl_->session.Engine().Run(("PRAGMA user_version = " + number).c_str());
 }
 
 std::string Connection::IntegrityCheck() {

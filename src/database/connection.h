@@ -16,9 +16,11 @@
 // the engine itself has to take a batch back (disk full), every unit in it is gone, and what the
 // unfinished unit still writes is refused.
 //
-// Other files. What a statement writes into another file (INSERT INTO table IN 'file') is taken
-// back when the statement fails, but is not flushed to disk: such a file is being made, and its
-// maker flushes it once when it is complete.
+// Other files. One that a statement reads (IN 'file' behind FROM) is opened for reading, and
+// neither it nor its folder is changed; where its indexes are of another text order they stay so,
+// and a condition on its texts may miss rows. What a statement writes into another file (INSERT
+// INTO table IN 'file') is taken back when the statement fails, but is not flushed to disk: such a
+// file is being made, and its maker flushes it once when it is complete.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +31,7 @@
 #include <vector>
 
 #include "database/value.h"
+#include "platform/error.h"
 
 namespace tarnwick::jet {
 
@@ -76,6 +79,9 @@ class Connection {
   int64_t Batch() const;
   bool IsTakenBack(int64_t batch) const;
   int64_t BatchesTakenBack() const;  // since the connection was opened
+  // Rolls back what is collected, as the engine does on a full disk; what the present unit still
+  // writes is refused with the reason.
+  void TakeBackGroup(const Error& reason);
 
   // While on, what is written goes straight into the file, with a rollback journal beside it, and
   // not into the log first, and deleted rows are not overwritten: as safe, and a fraction of the
@@ -90,6 +96,13 @@ class Connection {
   // with the rows done and all there are; returning false ends it for now, and the next call goes
   // on from there. True when nothing is missing.
   bool CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look);
+
+  // A number of the program's own in the file, from 0 (as the file is made) to 32767, written as
+  // safely as a row.
+  int64_t Mark() const;
+  void SetMark(int64_t mark);
+
+  bool HasTable(std::string_view table) const;
 
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();

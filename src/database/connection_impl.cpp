@@ -4,10 +4,16 @@
 
 #include <algorithm>
 
-#include "database/text/fold.h"
 #include "platform/clock.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
+
+namespace {
+
+constexpr size_t kMostLiterals = 300;
+
+}  // namespace
 
 Connection::Impl::~Impl() {
   try {
@@ -29,7 +35,6 @@ void Connection::Impl::Close() {
   users_.clear();
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
-  lastKeys_.reset();
   index_.reset();
   digest_.reset();
   lastTested_ = {};
@@ -45,27 +50,15 @@ void Connection::Impl::Close() {
 std::shared_ptr<Program> Connection::Impl::Translate(std::string_view sql) {
   session.Engine();
   Lift(sql, lifted_);
-  PlaceKeys();
-  bool hasKeys = !lifted_.keyTables.empty();
-  if (!hasKeys) {
+  // A program holds its lists of keys; a list of thousands of texts is not worth keeping either.
+  bool isKept = lifted_.keyLists.empty() && lifted_.literals.size() <= kMostLiterals;
+  if (isKept) {
     if (std::shared_ptr<Program> known = programs_.Find(lifted_.shape)) return known;
   }
   std::shared_ptr<Program> program = MakeProgram(Parse(lifted_));
-  lifted_.keyTables.clear();
-  if (!lifted_.numbersInline && !hasKeys && !program->file) programs_.Add(lifted_.shape, program);
-  return program;
-}
-
-// An export copies table after table by one list: it is kept until a statement comes without.
-void Connection::Impl::PlaceKeys() {
-  if (lifted_.keyLists.empty()) return lastKeys_.reset();
-  for (KeyList& keys : lifted_.keyLists) {
-    if (!lastKeys_ || lastKeys_->Keys() != keys) {
-      lastKeys_ = std::make_shared<KeyTable>(session, std::move(keys), ++keyTables_);
-    }
-    lifted_.keyTables.push_back(lastKeys_);
-  }
   lifted_.keyLists.clear();
+  if (isKept && !program->file) programs_.Add(lifted_.shape, program);
+  return program;
 }
 
 std::shared_ptr<Program> Connection::Impl::TranslateTable(std::string_view table) {
@@ -106,13 +99,18 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->file = insert->file;
     program->writesFile = insert->file.has_value();
     if (insert->select && insert->select->file) program->file = insert->select->file;
-    writer.Write(*insert);
+    if (program->file && insert->IsCopyOfRows()) {
+      program->copy = std::make_shared<Insert>(std::move(*insert));
+      insert = program->copy.get();
+    } else {
+      writer.Write(*insert);
+    }
     const TableView* view = schema_->Find(insert->table);
-    bool namesKey =
-        view != nullptr &&
-        (insert->columns.empty() ||
-         std::any_of(insert->columns.begin(), insert->columns.end(),
-                     [&](const std::string& column) { return SameWord(column, view->key); }));
+    bool namesKey = view != nullptr && (insert->columns.empty() ||
+                                        std::any_of(insert->columns.begin(), insert->columns.end(),
+                                                    [&](const std::string& column) {
+                                                      return platform::SameWord(column, view->key);
+                                                    }));
     if (namesKey && !insert->file) program->rewrites = insert->table;
   } else if (auto* update = std::get_if<Update>(&parsed)) {
     writer.Write(*update);
@@ -164,8 +162,10 @@ PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value
 }
 
 Statement& Connection::Impl::Prepared(PreparedSql& sql) {
-  for (const std::shared_ptr<KeyTable>& keys : sql.sql.keys) keys->Fill();
-  if (!sql.statement) sql.statement = std::make_unique<Statement>(session.Engine(), sql.sql.text);
+  if (!sql.statement) {
+    bool readsKeys = !sql.sql.keys.empty();
+    sql.statement = std::make_unique<Statement>(session.Engine(), sql.sql.text, readsKeys);
+  }
   return *sql.statement;
 }
 
@@ -174,10 +174,12 @@ Statement& Connection::Impl::Ready(PreparedSql& prepared, const std::vector<Valu
   for (size_t literal : prepared.sql.literals) {
     statement.BindValue(static_cast<int>(literal) + kFirstLiteral, literals[literal]);
   }
+  for (const std::shared_ptr<const KeyList>& list : prepared.sql.keys) {
+    statement.BindKeys(static_cast<int>(list->literal) + kFirstLiteral, list->keys);
+  }
   if (prepared.sql.usesDate) {
     statement.Bind(kDateParameter, platform::Now().DatePart().Seconds());
   }
-  if (prepared.sql.usesNow) statement.Bind(kNowParameter, platform::Now().Seconds());
   return statement;
 }
 
@@ -189,10 +191,10 @@ const std::vector<FieldInfo>& Connection::Impl::Fields(Program& program) {
   for (int i = 0; i < shown.statement->ColumnCount(); i++) {
     FieldInfo field;
     field.name = shown.statement->ColumnName(i);
-    if (base != nullptr && SameWord(shown.statement->OriginTable(i), program.plan.base)) {
+    if (base != nullptr && platform::SameWord(shown.statement->OriginTable(i), program.plan.base)) {
       field.column = shown.statement->OriginColumn(i);
       field.kind = base->KindOf(field.column);
-      field.isKey = !base->key.empty() && SameWord(base->key, field.column);
+      field.isKey = !base->key.empty() && platform::SameWord(base->key, field.column);
     }
     program.fields.push_back(std::move(field));
   }
@@ -210,6 +212,28 @@ int64_t Connection::Impl::Execute(std::string_view sql) {
   return changed;
 }
 
+// Rows go by the names of their columns, for the files may be of different versions: what the
+// target has no column for stays behind, what the source has none for is Null.
+EngineSql Connection::Impl::CopyOf(Insert& copy) {
+  Catalog other(session.Engine(), kOtherSchema);
+  Catalog& from = copy.file ? *schema_ : other;
+  Catalog& to = copy.file ? other : *schema_;
+  const TableView* source = from.Find(copy.select->table.name);
+  const TableView* target = to.Find(copy.table);
+  if (source == nullptr || target == nullptr) throw Error(1, "no such table: " + copy.table);
+  copy.select->items.clear();
+  for (const std::string& column : target->columns) {
+    if (!source->Has(column)) continue;
+    copy.columns.push_back(column);
+    SelectItem& item = copy.select->items.emplace_back();
+    item.value.kind = Expression::Kind::kColumn;
+    item.value.text = column;
+  }
+  SqlWriter writer(*schema_, kOtherSchema);
+  writer.Write(copy);
+  return writer.Take();
+}
+
 int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Value>& literals) {
   OtherFile file(session, literals[*program.file].AsText(), program.writesFile);
   // The statement must be gone before the file can be let go.
@@ -217,6 +241,7 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
     Program& program;
     ~Drop() { program.write.statement.reset(); }
   } drop{program};
+  if (program.copy) program.write.sql = CopyOf(*program.copy);
   session.CountVersion();
   return session.Engine().RunWrite(Ready(program.write, literals));
 }
@@ -231,6 +256,16 @@ void Connection::Impl::KeepDigest(DigestDefinition definition) {
                         [this] {
                           if (digest_) digest_->Forget();
                         }});
+}
+
+bool Connection::Impl::HasTable(std::string_view table) {
+  session.Engine();
+  return schema_->Find(table) != nullptr;
+}
+
+void Connection::Impl::ForgetTables() {
+  programs_.Clear();
+  schema_ = std::make_unique<Catalog>(session.Engine());
 }
 
 }  // namespace tarnwick::jet

@@ -13,7 +13,6 @@
 
 #include "database/connection.h"
 #include "database/engine/catalog.h"
-#include "database/engine/key_table.h"
 #include "database/engine/session.h"
 #include "database/engine/text_cache.h"
 #include "database/index/digest.h"
@@ -21,6 +20,11 @@
 #include "database/plan/read_plan.h"
 
 namespace tarnwick::jet {
+
+// A file's version number holds two: the schema's in its lower half, the connection's mark above
+// it.
+inline constexpr int kSchemaBits = 16;
+inline constexpr int64_t kSchemaMask = (1 << kSchemaBits) - 1;
 
 // A piece of engine SQL, prepared when it is first run.
 struct PreparedSql {
@@ -47,6 +51,7 @@ struct Program {
   PreparedSql keys;
   PreparedSql row;
   PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes
+  std::shared_ptr<Insert> copy;   // whole rows from file to file: written when both are open
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
   // plan.digest
@@ -99,6 +104,10 @@ class Connection::Impl {
   const std::vector<FieldInfo>& Fields(Program& program);
   int64_t Execute(std::string_view sql);
 
+  bool HasTable(std::string_view table);
+  // After the tables were changed: what is known of them is read anew.
+  void ForgetTables();
+
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
   TextIndex* Index() { return index_.get(); }
   // Before rows of a table get keys that are not the engine's choice, or all of them go.
@@ -118,9 +127,9 @@ class Connection::Impl {
   Session session;
 
  private:
-  void PlaceKeys();
   Statement& Prepared(PreparedSql& sql);
   std::shared_ptr<Program> MakeProgram(ParsedSql parsed);
+  EngineSql CopyOf(Insert& copy);
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
 
   std::unique_ptr<Catalog> schema_;
@@ -128,8 +137,6 @@ class Connection::Impl {
   TestedRows lastTested_;
   TextCache<Program> programs_{200};
   LiftedSql lifted_;
-  std::shared_ptr<KeyTable> lastKeys_;
-  int64_t keyTables_ = 0;
   std::unique_ptr<TextIndex> index_;
   std::set<ConnectionUser*> users_;
 };

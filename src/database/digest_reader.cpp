@@ -7,7 +7,6 @@
 
 #include "database/recordset_impl.h"
 #include "database/text/order.h"
-#include "database/text/sort.h"
 
 namespace tarnwick::jet {
 
@@ -184,8 +183,8 @@ void DigestReader::KeepHolding(Places& places) {
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
   size_t size = size_t{digest_.HighestKey()} + 1;
-  bool asksClock = plan_.rows->usesDate || plan_.rows->usesNow;
-  if (last.condition != condition || last.version != connection_.session.Version() || asksClock) {
+  if (last.condition != condition || last.version != connection_.session.Version() ||
+      plan_.rows->usesDate) {
     last = {std::move(condition), connection_.session.Version(), false, Marks(size), Marks(size)};
     // What a text index does not propose does not hold.
     if (auto proposed = connection_.Proposed(program_.plan, literals_)) {
@@ -297,17 +296,22 @@ std::vector<uint32_t> DigestReader::ByText(const Places& places) {
   std::vector<uint32_t> keys;
   keys.reserve(places.size());
   if (places.size() < digest_.Rows().size() / kLookupCost) {
-    TextSorter sorter;
+    // Null stands before every text.
+    std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
     Statement& statement = connection_.Ready(program_.digestText, literals_);
     for (uint32_t key : KeysOf(places)) {
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{key});
       if (!connection_.session.StepRead(statement)) continue;
-      std::optional<std::string_view> text;
-      if (!statement.IsNull(0)) text = statement.Text(0);
-      sorter.Add(key, text);
+      texts.emplace_back(std::nullopt, key);
+      if (!statement.IsNull(0)) texts.back().first = statement.Text(0);
     }
-    for (int64_t key : sorter.Sorted(false)) keys.push_back(static_cast<uint32_t>(key));
+    std::sort(texts.begin(), texts.end(), [](const auto& a, const auto& b) {
+      int order = a.first && b.first ? CompareText(*a.first, *b.first)
+                                     : a.first.has_value() - b.first.has_value();
+      return order != 0 ? order < 0 : a.second < b.second;
+    });
+    for (const auto& [text, key] : texts) keys.push_back(key);
     return keys;
   }
   Marks matching = MatchingKeys(places);

@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/dialect/dialect.h"
 #include "database/recordset_impl.h"
-#include "database/text/fold.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -53,7 +53,7 @@ FindCriteria ReadCriteria(std::string_view text, LiftedSql& scratch) {
   for (std::string_view op : {"=", "<>", "<", ">", "<=", ">="}) {
     if (criteria.op == op) return criteria;
   }
-  if (!SameWord(criteria.op, "like")) RefuseCriteria(text);
+  if (!platform::SameWord(criteria.op, "like")) RefuseCriteria(text);
   criteria.op = "LIKE";
   return criteria;
 }

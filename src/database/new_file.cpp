@@ -4,12 +4,17 @@
 
 #include <cstdio>
 
+#include "database/engine/engine.h"
 #include "platform/files.h"
 
 namespace tarnwick::jet {
 
 void RemoveLogs(const std::string& path) {
   for (const char* suffix : {"-wal", "-shm", "-journal"}) platform::RemoveFile(path + suffix);
+}
+
+bool HasLog(const std::string& path) {
+  return Database::HasLog(path);
 }
 
 void PutInPlace(const std::string& made, const std::string& path) {

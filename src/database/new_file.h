@@ -12,6 +12,10 @@ namespace tarnwick::jet {
 // would be taken for part of the next one.
 void RemoveLogs(const std::string& path);
 
+// True when such a log lies beside a file: a program has the file open, or ended without closing
+// it, and part of what the file holds may be in the log.
+bool HasLog(const std::string& path);
+
 // Gives a complete file, made beside it, its name; an older file of the name goes.
 void PutInPlace(const std::string& made, const std::string& path);
 

@@ -79,6 +79,10 @@ std::string Recordset::FieldName(int index) {
   return impl_->FieldName(index);
 }
 
+bool Recordset::HasField(std::string_view name) {
+  return impl_->HasField(name);
+}
+
 Value Recordset::Field(std::string_view name) {
   return impl_->Field(name);
 }

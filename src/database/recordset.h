@@ -66,13 +66,15 @@ class Recordset {
 
   int FieldCount();
   std::string FieldName(int index);  // from 0
+  bool HasField(std::string_view name);
   // The current row's value, by name without regard to case, or by place from 0. Error 3021
   // without a current row, 3265 for a name that is none. During AddNew the values set so far.
   Value Field(std::string_view name);
   Value Field(int index);
 
   // AddNew begins a row, SetField fills it (or changes the current row), Update writes it and makes
-  // it the current row, its key readable at once. CancelUpdate drops what was set.
+  // it the current row, its key readable at once. CancelUpdate drops what was set, and so does a
+  // SetField or Update that fails: the next row begins empty, and the current row is as before.
   void AddNew();
   void SetField(std::string_view name, Value value);
   void Update();

@@ -3,9 +3,25 @@
 //
 // Adding, changing and deleting rows of a recordset.
 #include "database/recordset_impl.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
+
+// Where a step of an edit fails, all of the edit goes: a recordset that lives on would write what
+// is left of it with its next row.
+class Recordset::Impl::DropOnFailure {
+ public:
+  explicit DropOnFailure(Impl& recordset) : recordset_(&recordset) {}
+  ~DropOnFailure() {
+    if (recordset_ != nullptr) recordset_->DropEdit();
+  }
+  DropOnFailure(const DropOnFailure&) = delete;
+  DropOnFailure& operator=(const DropOnFailure&) = delete;
+  void Keep() { recordset_ = nullptr; }
+
+ private:
+  Impl* recordset_;
+};
 
 void Recordset::Impl::RequireUpdatable() {
   RequireOpen();
@@ -25,6 +41,7 @@ void Recordset::Impl::AddNew() {
 
 void Recordset::Impl::SetField(std::string_view name, Value value) {
   RequireUpdatable();
+  DropOnFailure drop(*this);
   size_t field = FieldIndex(name);
   if (Fields()[field].column.empty()) {
     throw Error(ErrorNumber::kNotUpdatable, "Field cannot be updated: " + std::string(name));
@@ -35,10 +52,12 @@ void Recordset::Impl::SetField(std::string_view name, Value value) {
     edit_ = Edit::kChange;
   }
   edited_[field] = std::move(value);
+  drop.Keep();
 }
 
 void Recordset::Impl::Update() {
   RequireOpen();
+  DropOnFailure drop(*this);
   if (edit_ == Edit::kAdd) {
     InsertRow();
   } else if (edit_ == Edit::kChange) {
@@ -76,7 +95,6 @@ void Recordset::Impl::InsertRow() {
   connection_->session.RunWrite(*insert);
   key_ = connection_->session.Engine().LastRowId();
   HandToIndex();
-  CancelUpdate();
   deleted_ = false;
   firstKey_.reset();
   place_ = Place::kKey;
@@ -92,7 +110,7 @@ void Recordset::Impl::HandToIndex() {
   std::vector<std::string_view> texts;
   for (const std::string& column : index->Columns()) {
     for (size_t i = 0; i < fields.size(); i++) {
-      if (!edited_[i] || !SameWord(fields[i].column, column)) continue;
+      if (!edited_[i] || !platform::SameWord(fields[i].column, column)) continue;
       if (const auto* text = std::get_if<std::string>(&edited_[i]->Data())) texts.push_back(*text);
       break;
     }
@@ -119,11 +137,14 @@ void Recordset::Impl::ChangeRow() {
   bool known = place_ == Place::kKey && seenVersion_ == connection_->session.Version();
   if (connection_->session.RunWrite(*update) == 0) NoCurrentRow();
   if (known) seenVersion_ = connection_->session.Version();
-  CancelUpdate();
 }
 
 void Recordset::Impl::CancelUpdate() {
   RequireOpen();
+  DropEdit();
+}
+
+void Recordset::Impl::DropEdit() noexcept {
   edit_ = Edit::kNone;
   edited_.clear();
 }

@@ -7,8 +7,7 @@
 #include "database/digest_reader.h"
 #include "database/engine/functions.h"
 #include "database/plan/group_count.h"
-#include "database/text/fold.h"
-#include "database/text/sort.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -136,12 +135,7 @@ void Recordset::Impl::FetchKeys() {
   int64_t most = -1;
   if (program_->plan.top) most = literals_[*program_->plan.top].AsInt();
   keys_.Clear();
-  if (FetchFromDigest()) {
-    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
-  } else if (program_->plan.sortText != ReadPlan::SortText::kNone) {
-    FetchByText();
-    if (most >= 0) keys_.Shorten(static_cast<size_t>(most));
-  } else {
+  if (!FetchFromDigest()) {
     Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
     while (static_cast<int64_t>(keys_.Size()) != most && connection_->session.StepRead(keys)) {
@@ -173,21 +167,6 @@ bool Recordset::Impl::CountFromDigest() {
   rows_.push_back({Value(*count)});
   fetched_ = true;
   return true;
-}
-
-void Recordset::Impl::FetchByText() {
-  TextSorter sorter;
-  {
-    Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
-    StatementUse use(keys);
-    while (connection_->session.StepRead(keys)) {
-      std::optional<std::string_view> text;
-      if (!keys.IsNull(1)) text = keys.Text(1);
-      sorter.Add(keys.Int(0), text);
-    }
-  }
-  bool descending = program_->plan.sortText == ReadPlan::SortText::kDescending;
-  for (int64_t key : sorter.Sorted(descending)) AddKey(key);
 }
 
 std::optional<int64_t> Recordset::Impl::FirstKey() {
@@ -382,10 +361,17 @@ std::string Recordset::Impl::FieldName(int index) {
   return Fields()[static_cast<size_t>(index)].name;
 }
 
+bool Recordset::Impl::HasField(std::string_view name) {
+  RequireOpen();
+  const std::vector<FieldInfo>& fields = Fields();
+  return std::any_of(fields.begin(), fields.end(),
+                     [&](const FieldInfo& field) { return platform::SameWord(field.name, name); });
+}
+
 size_t Recordset::Impl::FieldIndex(std::string_view name) {
   const std::vector<FieldInfo>& fields = Fields();
   for (size_t i = 0; i < fields.size(); i++) {
-    if (SameWord(fields[i].name, name)) return i;
+    if (platform::SameWord(fields[i].name, name)) return i;
   }
   throw Error(ErrorNumber::kNoSuchItem,
               "Item cannot be found in the collection corresponding to the requested name: " +

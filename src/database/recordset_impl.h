@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "database/connection_impl.h"
-#include "database/engine/key_list.h"
 #include "database/recordset.h"
+#include "database/row_keys.h"
 
 namespace tarnwick::jet {
 
@@ -57,6 +57,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   int FieldCount();
   std::string FieldName(int index);
+  bool HasField(std::string_view name);
   Value Field(std::string_view name);
   Value Field(int index);
 
@@ -71,6 +72,7 @@ class Recordset::Impl final : public ConnectionUser {
   // need none, and a row that was found or added is known by its key.
   enum class Place { kBefore, kFirst, kIndex, kKey, kEnd };
   enum class Edit { kNone, kAdd, kChange };
+  class DropOnFailure;
 
   using Row = std::vector<Value>;
   struct CachedRow {
@@ -89,7 +91,6 @@ class Recordset::Impl final : public ConnectionUser {
   void AddKey(int64_t key);
   bool FetchFromDigest();
   bool CountFromDigest();
-  void FetchByText();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();
@@ -109,6 +110,7 @@ class Recordset::Impl final : public ConnectionUser {
   void InsertRow();
   void HandToIndex();
   void ChangeRow();
+  void DropEdit() noexcept;
 
   Connection::Impl* connection_ = nullptr;
   std::shared_ptr<Program> program_;
@@ -117,7 +119,7 @@ class Recordset::Impl final : public ConnectionUser {
 
   bool fetched_ = false;
   uint64_t fetchedVersion_ = 0;                     // of the connection, when the keys were fetched
-  KeyList keys_;                                    // keyed
+  RowKeys keys_;                                    // keyed
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched
 

@@ -16,6 +16,7 @@ class Connection;
 
 enum class ColumnType {
   kAutoNumber,  // 64-bit key given by the engine, one a table, its primary key
+  kKey,         // 64-bit primary key that the program gives
   kLong,        // whole number
   kDouble,
   kText,      // compares, sorts and is found without regard to case
@@ -59,8 +60,25 @@ struct DigestDefinition {
 void CreateDatabaseFile(const std::string& path, const std::string& password,
                         std::span<const TableDefinition> tables, int schemaVersion);
 
-// Gives the tables of an open file the indexes that they have here, and no others: how an older
-// file is brought up to date. Files that are so already cost a look at their schema. Throws Error.
-void UpdateIndexes(Connection& connection, std::span<const TableDefinition> tables);
+// Brings an older file, just opened, up to date: in one transaction it is given the tables, columns
+// and indexes that it lacks, loses indexes of these tables that are not here, and bears the version
+// from then on. No row is rewritten; a new column is Null in the rows that are there. A file that
+// is up to date costs a look at its schema. Throws Error, kNewerFile for a file of a later version,
+// which is left alone.
+void UpdateTables(Connection& connection, std::span<const TableDefinition> tables,
+                  int schemaVersion);
+
+// Rows of other tables that name a key of this one.
+struct Reference {
+  std::string_view table;
+  std::string_view column;  // indexed, or the look is long
+};
+// Keys that such rows name are not given again, though the row they named is gone and, copied from
+// file to file, has left no trace. Throws Error.
+void ReserveKeys(Connection& connection, std::string_view table,
+                 std::span<const Reference> references);
+
+// Throws Error kNewerFile when the open file is of a later version than this.
+void RequireVersion(Connection& connection, int schemaVersion);
 
 }  // namespace tarnwick::jet

@@ -199,7 +199,7 @@ void SetType(std::string_view type, PartDescription& part) {
   // In this order: the first word that occurs decides.
   static constexpr std::pair<std::string_view, PartKind> kWords[] = {
       {"plain", PartKind::kText},          {"application", PartKind::kAttachment},
-      {"multipart", PartKind::kContainer}, {"html", PartKind::kHtml},
+      {"multipart", PartKind::kContainer}, {"htm", PartKind::kHtml},
       {"image", PartKind::kAttachment},
   };
   std::string lower = platform::AsciiLower(type);
@@ -266,11 +266,26 @@ void ReadDisposition(std::string_view header, PartDescription& part) {
 }
 
 void ReadEncoding(std::string_view header, PartDescription& part) {
-  std::string_view value = TrimBlanks(header.substr(header.rfind(':') + 1));
-  part.encoding = std::string(value.substr(0, value.find_first_of(" \t;")));
+  std::string_view value = header.substr(header.rfind(':') + 1);
+  value.remove_prefix(std::min(value.find_first_not_of(" \t\"'"), value.size()));
+  part.encoding = std::string(value.substr(0, value.find_first_of(" \t;\"'")));
+}
+
+// The value of a type, from which an encoding that was folded into it is taken: its line stood
+// further in, as the parameters do.
+void ReadTypeWithFolded(std::string_view header, PartDescription& part) {
+  size_t folded = platform::AsciiLower(header).find("content-transfer-encoding:");
+  if (folded == std::string::npos) return ReadType(header, part);
+  ReadType(header.substr(0, folded), part);
+  ReadEncoding(header.substr(folded), part);
 }
 
 }  // namespace
+
+bool PartDescription::IsMedia() const {
+  return core::BeginsWith(mediaType, "image") || core::BeginsWith(mediaType, "audio") ||
+         core::BeginsWith(mediaType, "video");
+}
 
 PartKind PartDescription::Kind() const {
   if (type == PartKind::kContainer) return type;
@@ -288,7 +303,7 @@ bool ReadContentHeader(std::string_view line, PartDescription& part) {
     case ContentHeader::kNone:
       return false;
     case ContentHeader::kType:
-      ReadType(header, part);
+      ReadTypeWithFolded(header, part);
       break;
     case ContentHeader::kDisposition:
       ReadDisposition(header, part);
@@ -297,6 +312,16 @@ bool ReadContentHeader(std::string_view line, PartDescription& part) {
       ReadEncoding(header, part);
       break;
   }
+  return true;
+}
+
+bool ReadTypeWithoutColon(std::string_view line, PartDescription& part) {
+  if (!BeginsWithContentType(line)) return false;
+  std::string_view rest = TrimBlanks(line).substr(std::string_view("content-type").size());
+  rest.remove_prefix(std::min(rest.find_first_not_of(" \t="), rest.size()));
+  if (!BeginsIgnoringCase(rest, "text/") || Contains(rest, "<") || Contains(rest, ">"))
+    return false;
+  ReadTypeWithFolded(rest, part);
   return true;
 }
 

@@ -37,6 +37,9 @@ struct PartDescription {
   MixedText anyName;        // fileName, or the name that a part has which is not taken for a file
   std::string firstLine;    // text that was read in search of headers
 
+  // A picture, a sound or a film: no text, however it is encoded.
+  bool IsMedia() const;
+
   // With the disposition considered: a part with a file name that is no container is an attachment.
   PartKind Kind() const;
 
@@ -48,6 +51,9 @@ bool IsContentHeader(std::string_view line);
 
 // Takes in one header line, unfolded, if it is one of the three; false for any other line.
 bool ReadContentHeader(std::string_view line, PartDescription& part);
+
+// Takes in "Content-Type text/html", which lacks its colon; false for any other line.
+bool ReadTypeWithoutColon(std::string_view line, PartDescription& part);
 
 // "content-type" stands at the line's beginning, behind blanks at most; in any case.
 bool BeginsWithContentType(std::string_view line);

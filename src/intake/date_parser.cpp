@@ -15,11 +15,13 @@
 #include "platform/charset.h"
 #include "platform/clock.h"
 #include "platform/error.h"
+#include "platform/locale.h"
 
 namespace tarnwick::intake {
 
 namespace {
 
+constexpr std::string_view kLogName = "twParseDate; ";
 constexpr size_t kMaxTokens = 10;
 constexpr double kLargestShort = 32767;  // years and zones are 16-bit numbers
 
@@ -62,11 +64,36 @@ int RoundShort(double value) {
   return static_cast<int>(rounded);
 }
 
+enum class Half { kMorning, kAfternoon };
+
 struct Clock {
   int hour = 0;
   int minute = 0;
   int second = 0;
+
+  // REQUIRES: hour is one of twelve.
+  void SetHalf(Half half) { hour = hour % 12 + (half == Half::kAfternoon ? 12 : 0); }
 };
+
+// Which half of the day a word beside a time means, in English or in the user's language. Points
+// and hard blanks within it do not count ("p.m.").
+std::optional<Half> HalfOf(std::string_view word) {
+  // Most often it is a zone or a year.
+  if (word.empty() || static_cast<unsigned char>(word[0]) < 'A') return std::nullopt;
+  std::string letters = platform::EnsureUtf8(word);
+  for (std::string_view mark : {".", "\xC2\xA0", "\xE2\x80\xAF"}) {
+    for (size_t at = 0; (at = letters.find(mark, at)) != std::string::npos;) {
+      letters.erase(at, mark.size());
+    }
+  }
+  if (letters.empty()) return std::nullopt;
+  platform::DayHalves local = platform::LocalDayHalves();
+  for (const platform::DayHalves& names : {platform::DayHalves{"am", "pm"}, local}) {
+    if (platform::EqualIgnoringCase(letters, names.morning)) return Half::kMorning;
+    if (platform::EqualIgnoringCase(letters, names.afternoon)) return Half::kAfternoon;
+  }
+  return std::nullopt;
+}
 
 // One or two digits from position on.
 std::optional<int> ReadPart(std::string_view text, size_t& position) {
@@ -98,12 +125,10 @@ std::optional<Clock> ReadClock(std::string_view text) {
       }
     }
   }
-  std::string half = platform::AsciiUpper(text.substr(position));
-  if (half == "AM" || half == "PM") {
-    if (clock.hour < 1 || clock.hour > 12) return std::nullopt;
-    clock.hour = clock.hour % 12 + (half == "PM" ? 12 : 0);
-  } else if (!half.empty()) {
-    return std::nullopt;
+  if (position < text.size()) {
+    auto half = HalfOf(text.substr(position));
+    if (!half || clock.hour < 1 || clock.hour > 12) return std::nullopt;
+    clock.SetHalf(*half);
   }
   if (clock.hour > 23 || clock.minute > 59 || clock.second > 59) return std::nullopt;
   return clock;
@@ -113,6 +138,7 @@ class DateText {
  public:
   explicit DateText(std::string_view text) {
     SplitTokens(text);
+    half_ = FindHalf();
     if (time_ == kNone) {
       // No time: noon, and the place behind it says that there is no zone either.
       Add("12:00:00");
@@ -145,6 +171,8 @@ class DateText {
     return behindTime_ == kNone ? zoneBehindTime_ : tokens_[behindTime_];
   }
   std::string_view Time() const { return tokens_[time_]; }
+  // What a word behind the time, or before it, says of a time of twelve hours.
+  std::optional<Half> DayHalf() const { return half_; }
 
  private:
   static constexpr size_t kNone = kMaxTokens;
@@ -162,6 +190,17 @@ class DateText {
       Add(token);
       if (token.find(':') != std::string_view::npos) time_ = count_ - 1;
     }
+  }
+
+  std::optional<Half> FindHalf() const {
+    if (time_ == kNone) return std::nullopt;
+    std::optional<Half> half;
+    if (time_ + 1 < count_) half = HalfOf(tokens_[time_ + 1]);
+    if (!half && time_ + 2 < count_) {
+      half = HalfOf(std::string(tokens_[time_ + 1]) + std::string(tokens_[time_ + 2]));
+    }
+    if (!half && time_ > 0) half = HalfOf(tokens_[time_ - 1]);
+    return half;
   }
 
   int TakeYear(int thisYear) {
@@ -220,6 +259,7 @@ class DateText {
   size_t count_ = 0;
   size_t time_ = kNone;
   size_t behindTime_ = kNone;
+  std::optional<Half> half_;
   std::string_view zone_;
   std::string_view zoneBehindTime_;
 };
@@ -280,14 +320,15 @@ int MonthNumber(const std::string& token) {
 }
 
 bool NamesDate(const std::string& dateText) {
+  // Logged as twParseDate would, which is not called then.
   return core::Guarded(
-      "NamesDate", false, [&] { return DateText(dateText).NamesDate(); }, core::Report::kLog);
+      kLogName, false, [&] { return DateText(dateText).NamesDate(); }, core::Report::kLog);
 }
 
 void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneText,
                  std::string dateText, bool applyShift) {
   core::GuardedRun(
-      "twParseDate; ",
+      kLogName,
       [&] {
         zoneText.clear();
         std::replace(dateText.begin(), dateText.end(), '\t', ' ');
@@ -302,6 +343,8 @@ void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneT
             throw Error(ErrorNumber::kTypeMismatch,
                         "Type mismatch: " + platform::EnsureUtf8(timeText));
           }
+          auto half = text.DayHalf();
+          if (half && clock->hour >= 1 && clock->hour <= 12) clock->SetHalf(*half);
           resultDate = date.WithTime(clock->hour, clock->minute, clock->second);
         }
         zoneText = CleanZone(zoneText);

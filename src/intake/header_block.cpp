@@ -116,14 +116,15 @@ void HeaderBlock::ReadFrom(std::string_view value) {
   Decode(pair.Name, draft_.from.name);
 }
 
-// A list that ends with a comma goes on in the next line, however that line begins.
+// A list that ends with a comma goes on in the next line, with or without a blank before it, unless
+// that line is the next header.
 void HeaderBlock::ReadAddresses(std::string value, bool isCc) {
   AppendFolded(value);
   value = core::Unquote(value);
   for (;;) {
     TakeItems(value, isCc);
     if (value.empty() || value.back() != ',') return;
-    if (!cursor_.HasLine() || cursor_.Line().empty()) return;
+    if (!cursor_.HasLine() || EndsHeaders(cursor_.Line()) || BeginsHeader(cursor_.Line())) return;
     value = std::move(cursor_.Line());
     cursor_.Next();
     AppendFolded(value);
@@ -177,7 +178,7 @@ void HeaderBlock::ReadBcc(std::string_view value) {
   std::string collected = core::CleanTrim(value);
   while (!collected.empty() && collected.back() == ';' && cursor_.HasLine()) {
     std::string_view more = cursor_.Line();
-    if (more.empty() || collected.size() + more.size() >= kLongest) break;
+    if (more.empty() || BeginsHeader(more) || collected.size() + more.size() >= kLongest) break;
     collected += core::CleanTrim(more);
     cursor_.Next();
   }

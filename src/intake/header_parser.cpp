@@ -15,6 +15,7 @@
 #include "intake/mime_body.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
+#include "intake/stored_file.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -48,6 +49,69 @@ void SetDirection(bool (*isFromMe)(const std::string&), MailMessage& message) {
     bool isMine = isFromMe != nullptr && isFromMe(message.FromAddress);
     message.Direction = isMine ? "Out" : "In";
   }
+}
+
+// Finds the address between angle brackets where a text holds more than one "@": the last such pair
+// outside quotation marks, but of several mailboxes in a row the first. False when there is none.
+bool TakeBracketed(std::string_view text, AddressPair& pair) {
+  constexpr size_t kNone = std::string_view::npos;
+  bool isQuoted = false;
+  bool hasAt = false;
+  size_t open = kNone;
+  size_t start = kNone;  // of the pair found so far, and where it ends
+  size_t end = kNone;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == '\\' && isQuoted) {
+      ++i;
+    } else if (c == '"') {
+      isQuoted = !isQuoted;
+    } else if (isQuoted) {
+      continue;
+    } else if (c == '<') {
+      open = i;
+      hasAt = false;
+    } else if (c == '@') {
+      hasAt = true;
+    } else if (c == '>' && open != kNone && hasAt) {
+      start = open;
+      end = i;
+      open = kNone;
+    } else if (c == ',' && start != kNone) {
+      break;
+    }
+  }
+  if (start == kNone) return false;
+  pair.Name = text.substr(0, start);
+  pair.Address = text.substr(start + 1, end - start - 1);
+  return true;
+}
+
+// "ann@example.org (Ann @ home)": the "@" of the address, which a comment behind it may not hide.
+size_t AtBeforeComment(const std::string& text, size_t last) {
+  size_t comment = text.rfind('(', last);
+  if (text.back() != ')' || comment == std::string::npos || comment == 0) return last;
+  size_t before = text.rfind('@', comment - 1);
+  return before == std::string::npos ? last : before;
+}
+
+void CleanPair(AddressPair& pair) {
+  pair.Address = core::Unquote(core::Unquote(pair.Address));
+  pair.Name = core::Unquote(core::Unquote(pair.Name));
+}
+
+std::string FormerKeyOfSubject(const MailMessage& message) {
+  return message.Subject + "_" + message.SentTime.ToKeyText();
+}
+
+// Of a subject so long that the date would be cut off when the key is stored, the beginning and the
+// length are taken.
+std::string KeyOfSubject(const MailMessage& message) {
+  constexpr size_t kMostOfSubject = 200;
+  std::string key = FormerKeyOfSubject(message);
+  if (platform::CountChars(key) <= kMostKeyText) return key;
+  return std::string(platform::FirstChars(message.Subject, kMostOfSubject)) + "_" +
+         std::to_string(message.Subject.size()) + "_" + message.SentTime.ToKeyText();
 }
 
 bool Stop(Outcome outcome) {
@@ -107,14 +171,33 @@ HeaderCode ClassifyHeader(std::string& line) {
   return HeaderCode::kOther;
 }
 
+bool BeginsHeader(std::string_view line) {
+  auto isOfName = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || c == '.';
+  };
+  size_t end = 0;
+  while (end < line.size() && isOfName(line[end])) ++end;
+  if (end == 0) return false;
+  size_t colon = line.find_first_not_of(" \t", end);
+  if (colon == std::string_view::npos || line[colon] != ':') return false;
+  // Kinds of addresses, not names of headers.
+  std::string name = platform::AsciiLower(line.substr(0, end));
+  return name != "mailto" && name != "smtp";
+}
+
 AddressPair SplitAddress(std::string_view text) {
   AddressPair pair{kNoName, kNoAddress};
   if (text.empty()) return pair;
   std::string clean = core::CleanTrim(text);
-  size_t at = clean.find('@');
+  size_t at = clean.rfind('@');
+  bool hasSeveral = at != std::string::npos && clean.find('@') != at;
   if (at == std::string::npos) {
     pair.Name = clean;
+  } else if (hasSeveral && TakeBracketed(clean, pair)) {
+    CleanPair(pair);
   } else {
+    if (hasSeveral) at = AtBeforeComment(clean, at);
     size_t before = clean.find_last_of(" <", at);
     size_t after = clean.find_first_of(" <", at);
     if (before != std::string::npos) {
@@ -126,8 +209,7 @@ AddressPair SplitAddress(std::string_view text) {
     } else {
       pair.Address = pair.Name = clean;
     }
-    pair.Address = core::Unquote(core::Unquote(pair.Address));
-    pair.Name = core::Unquote(core::Unquote(pair.Name));
+    CleanPair(pair);
   }
   if (pair.Name.empty() || pair.Name == "-") pair.Name = pair.Address;
   if (pair.Name.empty()) pair.Name = kNoName;
@@ -158,7 +240,7 @@ bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& so
       message.Subject.empty()) {
     message.Subject = kNoSubject;
   }
-  if (key.empty()) key = message.Subject + "_" + message.SentTime.ToKeyText();
+  if (key.empty()) key = KeyOfSubject(message);
   message.MessageKey = std::move(key);
   return !message.FromToAddress.empty() || !message.Subject.empty();
 }
@@ -180,8 +262,12 @@ bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& sou
     }
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
     core::YieldEvents();
-    if (entryKey.empty() && IsEmailExist(message.MessageKey)) {
-      return Stop(known(message.MessageKey));
+    if (entryKey.empty()) {
+      const std::string former = FormerKeyOfSubject(message);
+      if (IsEmailExist(message.MessageKey)) return Stop(known(message.MessageKey));
+      if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
+        return Stop(Outcome::kAlreadyStored);
+      }
     }
     if (message.Encoding.empty()) message.Encoding = "NOT";
     dbSaveMesage(messageFile, message, source.application, 0, identity);

@@ -27,7 +27,7 @@ enum class Outcome {
   kAlreadyStored,
   kRefused,     // by the sender rules
   kIgnored,     // the person chose never to take it
-  kUnreadable,  // no message, or an error on the way
+  kUnreadable,  // no message, or an error on the way: it is not stored, or only by half
   kStopped,     // the stop flag was set, or the person cancelled
 };
 Outcome LastOutcome();
@@ -66,7 +66,13 @@ enum class HeaderCode {
 // The code of a header line; unless it is kOther the line is replaced by the header's value.
 HeaderCode ClassifyHeader(std::string& line);
 
-// "Name <address>", a bare address or a name alone.
+// True for a line that begins with a header's name and a colon, known here or not. A line of
+// addresses begins otherwise, even one whose display name holds a colon: names are in quotation
+// marks then, or go on behind a blank.
+bool BeginsHeader(std::string_view line);
+
+// "Name <address>", a bare address or a name alone. Of several "@" the one in angle brackets
+// counts, else the last: a display name may be an address itself.
 AddressPair SplitAddress(std::string_view text);
 
 }  // namespace tarnwick::intake

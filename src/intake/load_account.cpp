@@ -6,6 +6,7 @@
 #include <array>
 
 #include "core/guard.h"
+#include "core/text.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -51,27 +52,12 @@ std::string UsualReason(Outcome outcome, bool hasError) {
   if (!LastReason().empty()) return LastReason();
   if (outcome == Outcome::kIgnored) return "it was chosen to be ignored";
   if (outcome == Outcome::kRefused) return "its sender is refused";
-  return hasError ? State().LastError : "it has neither a sender nor a subject";
+  return hasError ? State().LastReportedError : "it has neither a sender nor a subject";
 }
 
 // Names of files and senders come from outside: one of them is one line, and commands nothing.
-std::string OneLine(std::string_view text) {
-  std::string line;
-  for (size_t i = 0; i < text.size(); ++i) {
-    auto at = [&](size_t k) { return k < text.size() ? static_cast<unsigned char>(text[k]) : 0; };
-    unsigned third = at(i + 2);
-    if (at(i) < 0x20 || at(i) == 0x7F) {
-      line += ' ';
-    } else if (at(i) == 0xC2 && at(i + 1) < 0xA0) {  // control characters
-      line += ' ', i += 1;
-    } else if (at(i) == 0xE2 && ((at(i + 1) == 0x80 && (third >= 0xA8 && third <= 0xAE)) ||
-                                 (at(i + 1) == 0x81 && (third >= 0xA6 && third <= 0xA9)))) {
-      line += ' ', i += 2;  // ends of lines, turns of direction
-    } else {
-      line += text[i];
-    }
-  }
-  return std::string(platform::FirstChars(platform::EnsureUtf8(line), kMostLineChars));
+std::string OneLine(const std::string& text) {
+  return core::OneLogLine(platform::FirstChars(platform::EnsureUtf8(text), kMostLineChars));
 }
 
 std::string Joined(const std::vector<std::string>& reasons) {
@@ -193,7 +179,7 @@ void LoadAccount::Close() {
     State().Counts.notReached += missing;
     bool isBroken = place.visited > 0 && !place.finished && core::IsLoadStopped();
     if (place.lost && !State().DiskIsFull) {
-      place.reasons.push_back("taken back: " + State().LastError);
+      place.reasons.push_back("taken back: " + State().LastReportedError);
     } else if (place.lost || isBroken || (place.reasons.empty() && !place.finished)) {
       place.reasons.push_back(WhyStopped());
     } else if (place.reasons.empty()) {

@@ -65,12 +65,17 @@ struct MailMessage {
   std::string HTMLCharset;
 
   // Set when a message comes from another repository.
-  std::string Notes;    // the user's note
-  std::string Project;  // its project's name; when empty the folder is the project
+  std::string Notes;          // the user's note
+  std::string Project;        // its project's name; when empty the folder is the project
+  bool IsUnfinished = false;  // an error left only a part of it there, and so it is here
 };
 
 // Fills FromToAddress and FromToName by the direction: whom the person corresponds with, the sender
 // or the first addressee.
 void SetCorrespondent(MailMessage& message);
+
+// Makes the text of a letter that has none but HTML: its plain part is missing, nothing but blanks
+// or markup itself. Body and HTMLBody stay as they are where a browser would show no text either.
+void SettleBody(MailMessage& message);
 
 }  // namespace tarnwick::intake

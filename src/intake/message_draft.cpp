@@ -27,21 +27,6 @@ void EndLinesWithCrLf(std::string& text) {
   text = std::move(result);
 }
 
-bool IsMarkup(const std::string& body) {
-  return core::BeginsWith(body, "<!DOCTYPE") || core::BeginsWith(body, "<html");
-}
-
-// The storing step takes the text of a message without a plain part from its HTML. That finds no
-// text where the HTML lies in Body alone, or is a fragment without a BODY of its own: no word of a
-// letter may be lost for that.
-void SettleHtml(MailMessage& message) {
-  bool isMarkup = IsMarkup(message.Body);
-  if (isMarkup && message.HTMLBody.empty()) message.HTMLBody = message.Body;
-  if (!message.Body.empty() && !isMarkup) return;
-  if (message.HTMLBody.empty() || core::ContainsIgnoringCase(message.HTMLBody, "<body")) return;
-  message.Body = platform::HtmlToPlainText("<body>" + message.HTMLBody);
-}
-
 template <typename List>
 int16_t FinishAddresses(const std::vector<DraftAddress>& draft, std::string_view charset,
                         List& list) {
@@ -109,7 +94,7 @@ void FinishDraft(const MessageDraft& draft, MailMessage& message) {
       draft.html.Finish(draft.htmlCharset.empty() ? draft.charset : draft.htmlCharset);
   EndLinesWithCrLf(message.Body);
   EndLinesWithCrLf(message.HTMLBody);
-  SettleHtml(message);
+  SettleBody(message);
 }
 
 }  // namespace tarnwick::intake

@@ -65,15 +65,25 @@ void ReadPartHeaders(LineCursor& cursor, const MessageDraft& draft, PartDescript
 }
 
 // Reads what follows a "content-type" line in the middle of things: only lines of its kind are
-// headers, whatever else comes is text already.
-void ReadContentLines(LineCursor& cursor, PartDescription& part) {
+// headers, whatever else comes is text already. One that only begins like a header goes on with
+// the part before it, which it has cut: "Content-Type" may stand first in a line of a META tag.
+void ReadContentLines(LineCursor& cursor, const PartDescription& before, PartDescription& part) {
   while (cursor.HasLine() && BeginsWithContent(cursor.Line())) {
-    std::string header = TakeFolded(cursor);
-    if (ReadContentHeader(header, part) || !BeginsWithContentType(header)) continue;
-    // It begins like a header and is none.
-    part.type = PartKind::kUndeclared;
-    part.firstLine = std::move(header);
-    return;
+    std::string& line = cursor.Line();
+    if (BeginsWithContentType(line) && !IsContentHeader(line)) {
+      if (ReadTypeWithoutColon(line, part)) {
+        cursor.Next();
+        continue;
+      }
+      bool isMarkup = core::ContainsIgnoringCase(line, "html");
+      part.type = isMarkup ? PartKind::kHtml : PartKind::kUndeclared;
+      part.charset = before.charset;
+      part.encoding = before.encoding;
+      part.firstLine = std::move(line);
+      cursor.Next();
+      return;
+    }
+    ReadContentHeader(TakeFolded(cursor), part);
   }
   if (cursor.HasLine() && IsBlankLine(cursor.Line())) cursor.Next();
 }
@@ -93,10 +103,25 @@ std::string CharsetOfHtml(std::string_view html) {
   return platform::IsKnownCharset(name) ? name : std::string();
 }
 
+// Decodes HTML whose base64 is not declared, or not so that it was understood: markup has
+// characters that base64 lacks.
+void UndoHiddenBase64(std::string& html) {
+  BodyDecoder decoder("base64");
+  for (std::string_view rest = html; !rest.empty();) {
+    std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (!IsBase64(line)) return;
+    decoder.Line(line);
+  }
+  std::string decoded = decoder.Take();
+  if (decoded.find('<') != std::string::npos) html = std::move(decoded);
+}
+
 // Puts a decoded text or HTML part where it belongs, and takes from its description what concerns
 // the whole message.
-void AddText(const std::string& bytes, bool isHtml, const PartDescription& part,
-             MessageDraft& draft) {
+void AddText(std::string bytes, bool isHtml, const PartDescription& part, MessageDraft& draft) {
+  if (isHtml) UndoHiddenBase64(bytes);
   std::string charset = part.charset;
   if (isHtml && !ClaimsBytes(charset)) {
     std::string own = CharsetOfHtml(bytes);
@@ -125,6 +150,7 @@ void TakeTextPart(LineCursor& cursor, const PartDescription& part, MessageDraft&
 
 void TakeHtmlPart(LineCursor& cursor, const PartDescription& part, MessageDraft& draft) {
   BodyDecoder decoder(part.encoding);
+  if (!part.firstLine.empty()) decoder.Line(part.firstLine);
   for (; cursor.HasLine(); cursor.Next()) {
     const std::string& line = cursor.Line();
     // A mailer that forgets the line end between the two must not lose the document's end.
@@ -172,6 +198,26 @@ void SkipToPart(LineCursor& cursor, const MessageDraft& draft, bool& inHeaders,
       encoding = header.encoding;
     }
   }
+}
+
+// A container that does not declare its boundary: by the first line of the body that looks like one
+// with headers of a part behind it. False when there is none; the current line stays.
+bool FindBoundary(LineCursor& cursor, MessageDraft& draft) {
+  constexpr size_t kMostLines = 100;
+  std::vector<std::string> lines;
+  std::string boundary;
+  while (cursor.HasLine() && lines.size() < kMostLines) {
+    bool isHeader = BeginsWithContent(cursor.Line());
+    if (isHeader && !lines.empty() && core::BeginsWith(lines.back(), "--")) {
+      boundary = lines.back().substr(2);
+      break;
+    }
+    lines.push_back(std::move(cursor.Line()));
+    cursor.Next();
+  }
+  cursor.GiveBack(std::move(lines));
+  draft.AddBoundary(boundary);
+  return !boundary.empty();
 }
 
 // The single body's text, with the files that stand in it.
@@ -222,6 +268,7 @@ bool HoldsBoundary(std::string_view line, const MessageDraft& draft) {
 
 void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft) {
   bool inHeaders = false;
+  PartDescription before;
   for (;;) {
     PartDescription part;
     SkipToPart(cursor, draft, inHeaders, part.encoding);
@@ -230,7 +277,7 @@ void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft) {
       if (inHeaders) {
         ReadPartHeaders(cursor, draft, part);
       } else {
-        ReadContentLines(cursor, part);
+        ReadContentLines(cursor, before, part);
       }
     } else {
       bool isClosing = IsClosing(cursor.Line(), draft);
@@ -241,6 +288,7 @@ void TakeMultipartBody(LineCursor& cursor, MessageDraft& draft) {
     }
     inHeaders = part.isMessage;
     TakePart(cursor, part, draft);
+    before = std::move(part);
   }
 }
 
@@ -248,12 +296,17 @@ void obxTakeBodyWithoutContent(LineCursor& cursor, const PartDescription& header
                                MessageDraft& draft) {
   if (header.Kind() == PartKind::kAttachment) {
     draft.AddAttachment(header.fileName);
-    bool isText = header.type == PartKind::kText || header.type == PartKind::kUndeclared;
-    char letter = header.encoding.empty() ? '7' : header.encoding[0];
     // An encoded file is no text; one that lies open may be.
-    if (!isText && (letter == 'b' || letter == 'B')) return;
+    if (header.type != PartKind::kText && header.type != PartKind::kUndeclared &&
+        header.type != PartKind::kHtml &&
+        TransferKindOf(header.encoding) == TransferKind::kBase64) {
+      return;
+    }
   }
-  if (header.type == PartKind::kHtml) {
+  if (header.IsMedia()) return;
+  if (header.type == PartKind::kContainer && FindBoundary(cursor, draft)) {
+    TakeMultipartBody(cursor, draft);
+  } else if (header.type == PartKind::kHtml) {
     TakeHtmlPart(cursor, header, draft);
   } else {
     TakeTextBody(cursor, header, draft);

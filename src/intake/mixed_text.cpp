@@ -2,6 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/mixed_text.h"
 
+#include <algorithm>
+#include <cstdint>
+
+#include "core/text.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -49,14 +53,27 @@ std::string Convert(std::string_view bytes, std::string_view charset) {
   return text ? *std::move(text) : platform::EnsureUtf8(bytes);
 }
 
-// Mailers that write headers in UTF-8 without saying so declare the body's charset, most often one
-// of these, in which a text that is valid UTF-8 beyond ASCII has never made sense.
-std::string ConvertUnclaimed(std::string_view bytes, std::string_view charset) {
+// How many characters beyond ASCII a valid UTF-8 text must hold to be none in a charset: in western
+// ones it never makes sense, in other alphabets one pair may be a word of two letters ("Ні"). In
+// Thai, and where characters have several bytes, it proves nothing.
+size_t ProofOfUtf8(std::string_view charset) {
+  std::string name = platform::AsciiLower(charset);
   for (std::string_view western : {"iso-8859-1", "iso-8859-15", "windows-1252"}) {
-    if (SameName(charset, western)) {
-      if (platform::IsValidUtf8(bytes)) return std::string(bytes);
-      break;
-    }
+    if (name == western) return 1;
+  }
+  for (std::string_view family : {"iso-8859-", "windows-125", "cp125", "koi8-", "ibm866"}) {
+    if (core::BeginsWith(name, family) && name != "iso-8859-11") return 2;
+  }
+  return SIZE_MAX;
+}
+
+// Mailers that write headers in UTF-8 without saying so declare the body's charset.
+std::string ConvertUnclaimed(std::string_view bytes, std::string_view charset) {
+  size_t proof = ProofOfUtf8(charset);
+  if (proof != SIZE_MAX && platform::IsValidUtf8(bytes)) {
+    auto leads = std::count_if(bytes.begin(), bytes.end(),
+                               [](char c) { return static_cast<unsigned char>(c) >= 0xC0; });
+    if (static_cast<size_t>(leads) >= proof) return std::string(bytes);
   }
   return Convert(bytes, charset);
 }

@@ -34,6 +34,13 @@ std::string SenderOf(const MailMessage& message) {
   return message.FromName + "  <" + message.FromAddress + ">";
 }
 
+// A message that an error left by half is not there yet.
+const char* ExceptUnfinished() {
+  return repository::Repository().MayHoldUnfinished
+             ? " AND ID NOT IN (SELECT EmailID FROM Unfinished)"
+             : "";
+}
+
 SenderAnswer Ask(const MailMessage& message) {
   core::AskedEmail email;
   email.subject = message.Subject;
@@ -46,7 +53,7 @@ SenderAnswer Ask(const MailMessage& message) {
 
 bool Refuse(const MailMessage& message) {
   SetLastOutcome(Outcome::kRefused);
-  SetLastReason("its sender is rejected: " + SenderOf(message));
+  SetLastReason("its sender is rejected: " + core::LoggedMailText(SenderOf(message)));
   return false;
 }
 
@@ -78,8 +85,8 @@ bool IsEmailExist(const std::string& key) {
       "IsEmailExist", false,
       [&] {
         std::string stored = StoredKey(key);
-        return IsIgnoredKey(stored) ||
-               HasRows("SELECT ID FROM Email WHERE EntryID='" + QuoteSql(stored) + "'");
+        return IsIgnoredKey(stored) || HasRows("SELECT ID FROM Email WHERE EntryID='" +
+                                               QuoteSql(stored) + "'" + ExceptUnfinished());
       },
       Report::kLog);
 }
@@ -132,7 +139,8 @@ bool IsMessageAccepted(const MailMessage& message) {
     if (IsSenderReject(message.FromAddress, message.FromName)) return Refuse(message);
     if (IsSenderAccepted(message.FromAddress, message.FromName)) return true;
     if (state.RefuseUnknownSenders) {
-      SetLastReason("its sender is not among the contacts: " + SenderOf(message));
+      SetLastReason("its sender is not among the contacts: " +
+                    core::LoggedMailText(SenderOf(message)));
       return false;
     }
     state.RunWideAnswer = SenderAnswer::kCancel;

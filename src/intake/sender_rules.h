@@ -11,7 +11,8 @@
 
 namespace tarnwick::intake {
 
-// True when a message with this key is stored or was ignored; an empty key gives false.
+// True when a message with this key is stored or was ignored; an empty key gives false, and so does
+// the key of a message of which an error left only a part.
 bool IsEmailExist(const std::string& key);
 
 // True when the message may be stored. May ask the person, and then obeys the answer: a rule for

@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "intake/header_parser.h"
 #include "intake/sender_rules.h"
+#include "intake/unfinished.h"
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
@@ -109,6 +110,25 @@ int64_t StoreRecipients(int64_t id, const MailMessage& message) {
   return correspondent;
 }
 
+// Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
+// by half is taken up again.
+int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
+                     const std::string& application, const std::string& identity) {
+  int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
+  if (unfinished == 0) {
+    email.AddNew();
+  } else {
+    RemoveChildRows(unfinished);
+    email.Find("ID = " + std::to_string(unfinished));
+  }
+  SetFirstFields(email, message, application, identity);
+  SetOtherFields(email, message);
+  email.Update();
+  int64_t id = email.Field("ID").AsInt();
+  if (unfinished == 0) EnterUnfinished(id);
+  return id;
+}
+
 }  // namespace
 
 std::string StoredKey(const std::string& messageKey) {
@@ -130,20 +150,24 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message)) return;
     SetLastOutcome(Outcome::kUnreadable);
     ++state.StoredMessages;
-    email.AddNew();
-    SetFirstFields(email, message, application, identity);
-    SetOtherFields(email, message);
-    email.Update();
-    int64_t id = email.Field("ID").AsInt();
-    // The row is there: whatever fails behind it, the message counts as stored.
-    SetLastOutcome(Outcome::kStored);
+    int64_t errorsBefore = state.ReportedErrors;
+    jet::CommitGroup group(RepositoryDb());
+    int64_t id = BeginMessage(email, message, application, identity);
     email.SetField("ProjectID",
                    dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
     email.SetField("FromTo", StoreRecipients(id, message));
     email.Update();
     FileToDB(messageFile, id, application);
+    // The routines called here report their errors themselves.
+    bool isWhole = state.ReportedErrors == errorsBefore;
+    if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
+    group.End();
+    if (isWhole) SetLastOutcome(Outcome::kStored);
   });
+  if (LastOutcome() != Outcome::kStored || message.IsUnfinished) {
+    repository::Repository().MayHoldUnfinished = true;
+  }
 }
 
 int64_t GetContactId(const std::string& name, const std::string& address) {

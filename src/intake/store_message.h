@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Turns a finished MailMessage into the rows of the repository. Each routine traps its errors, logs
-// them under its own name and returns; rows already written stay.
+// them under its own name and returns; rows already written stay. A message that an error left by
+// half is known as such (unfinished.h), counts as not stored, and is made whole when it is stored
+// again.
 #pragma once
 
 #include <cstdint>
@@ -21,13 +23,16 @@ inline constexpr size_t kFileRecordLength = 32767;
 inline constexpr size_t kMostShortText = 32767;
 
 // messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
-// bypasses the sender rules. What became of it is in LastOutcome (header_parser.h). identity: the
-// Outlook Express identity or Outlook profile.
+// bypasses the sender rules. What became of it is in LastOutcome (header_parser.h): kStored when
+// all of it is there, kUnreadable when an error, core::State().LastReportedError, left none of it
+// or a part. identity: the Outlook Express identity or Outlook profile.
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
                   const std::string& identity = {});
 
-// The key as it is stored in Email.EntryID.
+// The key as it is stored in Email.EntryID, cut to so many characters: what tells two messages
+// apart has to stand before.
+inline constexpr size_t kMostKeyText = 255;
 std::string StoredKey(const std::string& messageKey);
 
 // MeContact.ID of a name, added with its address when new; 0 for an empty name.

@@ -140,6 +140,13 @@ TransferKind TransferKindOf(std::string_view encoding) {
   return letter == 'q' || letter == 'Q' ? TransferKind::kQuotedPrintable : TransferKind::kPlain;
 }
 
+bool IsBase64(std::string_view line) {
+  line = TrimEnd(line);
+  return std::all_of(line.begin(), line.end(), [](char c) {
+    return c == '=' || kBase64[static_cast<unsigned char>(c)] != kNoDigit;
+  });
+}
+
 BodyDecoder::BodyDecoder(std::string_view encoding) : kind_(TransferKindOf(encoding)) {}
 
 void BodyDecoder::Line(std::string_view line) {

@@ -25,6 +25,9 @@ std::string DecodeByLetter(std::string_view text, char letter);
 enum class TransferKind { kPlain, kBase64, kQuotedPrintable };
 TransferKind TransferKindOf(std::string_view encoding);
 
+// True for a line of base64 without a strange character in it; blank ends do not count.
+bool IsBase64(std::string_view line);
+
 // A body, line by line.
 class BodyDecoder {
  public:

@@ -7,6 +7,7 @@
 #include "core/text.h"
 #include "maintenance/database_file.h"
 #include "maintenance/run.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -52,6 +53,7 @@ Result MakeBackup(const std::string& file) {
   return core::Guarded("MakeBackup", Result::kFailed, [&] {
     std::string path = platform::AbsolutePath(file);
     RefuseProgramFile(path);
+    if (RefuseUnfinished()) return Result::kDeclined;
     if (!MayReplace(file)) return Result::kDeclined;
     Result result = WriteBackup(path);
     if (result == Result::kDone) core::ShowMessage("Backup is done.");
@@ -65,8 +67,10 @@ Result MakeBackup(const std::string& file) {
 
 Result CopyTableTo(std::string_view table, const std::string& file) {
   std::string name(table);
-  return RunCopy("CopyTableTo", "INSERT INTO " + name + " IN '" + core::QuoteSql(file) + "' " +
-                                    "SELECT * FROM  " + name);
+  return RunCopy(
+      "CopyTableTo",
+      "INSERT INTO " + name + " IN '" + core::QuoteSql(file) + "' " + "SELECT * FROM  " + name,
+      file);
 }
 
 }  // namespace tarnwick::maintenance

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// A backup: the twelve tables of the open repository, every row and column with its identifiers, in
-// a new database file. The engine copies from file to file.
+// A backup: the tables of the open repository, every row and column with its identifiers, in a new
+// database file. The engine copies from file to file, column by column by name.
 //
 // While the engine works, events are let run (UserInterface::YieldEvents) and the stop command is
 // obeyed. REQUIRES: nothing that runs then uses the repository; a window takes its list off the
@@ -26,11 +26,12 @@ inline constexpr const char* kMergeTitle = "Select backup file";
 // "Email_yyyymmdd.twb", of today.
 std::string ProposedBackupName();
 
-// What a backup holds, in the order in which it is copied. A table's name is read without regard to
-// case.
-inline constexpr std::array<std::string_view, 12> kBackupTables = {
-    "MeAddress", "MeContact",      "RejectSender", "UserList",    "Attachment",   "ccRecipient",
-    "Email",     "FileRepository", "tblProject",   "toRecipient", "IgnoredEmail", "ContactEmail"};
+// What a backup holds, in the order in which it is copied; files of version 1 lack the last one. A
+// table's name is read without regard to case.
+inline constexpr std::array<std::string_view, 13> kBackupTables = {
+    "MeAddress",    "MeContact",    "RejectSender",   "UserList",   "Attachment",
+    "ccRecipient",  "Email",        "FileRepository", "tblProject", "toRecipient",
+    "IgnoredEmail", "ContactEmail", "Unfinished"};
 
 // Makes a full backup in file, asking before an existing one is replaced. The backup is written
 // under a temporary name, its rows are counted and the engine checks it; then it takes its name,

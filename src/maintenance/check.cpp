@@ -4,15 +4,19 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "core/guard.h"
 #include "core/messages.h"
+#include "core/run_state.h"
 #include "core/steps.h"
+#include "core/text.h"
 #include "database/recordset.h"
 #include "intake/store_message.h"
 #include "maintenance/database_file.h"
 #include "maintenance/export.h"
 #include "maintenance/run.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 
@@ -56,6 +60,8 @@ class Check {
       WatchScope watch(run_, RepositoryDb(), true);
       LookAtFile(RepositoryDb());
       LookAtFile(ParameterDb());
+      LookForCopies();
+      ReadUnfinished();
       std::vector<int64_t> ids = Identifiers();
       run_.Begin(static_cast<int64_t>(ids.size()));
       for (int64_t id : ids) {
@@ -93,6 +99,24 @@ class Check {
         Add(0, file.DataSource() + ": " + found.substr(begin, end - begin));
         begin = end + 1;
       }
+    });
+  }
+
+  void LookForCopies() {
+    report_.formerCopies = FormerCopies();
+    std::string copy = UnfinishedRestore();
+    if (copy.empty()) return;
+    const char* where = platform::FileExists(copy) ? " is kept in " : " was kept in ";
+    Add(0,
+        std::string("The last restore did not come to its end; the repository as it was before") +
+            where + copy);
+  }
+
+  void ReadUnfinished() {
+    Attempt(0, "Table Unfinished", [&] {
+      jet::Recordset rows;
+      rows.Open("SELECT EmailID FROM Unfinished", RepositoryDb());
+      for (; !rows.Eof(); rows.MoveNext()) unfinished_.insert(rows.Field("EmailID").AsInt());
     });
   }
 
@@ -142,6 +166,9 @@ class Check {
     });
     if (!exists) return false;
     ++report_.messages;
+    if (unfinished_.count(id) != 0) {
+      Add(id, "An error ended its storing half way; the next load of its store makes it whole");
+    }
     bool isRead = report_.damage.size() == before;
     for (size_t i = 0; i < kChildren.size(); ++i) {
       const ChildTable& child = kChildren[i];
@@ -207,6 +234,7 @@ class Check {
 
   CheckReport& report_;
   Run run_;
+  std::set<int64_t> unfinished_;  // the messages that are marked as left by half
   bool listIsTorn_ = false;
 };
 
@@ -221,13 +249,47 @@ Result CheckRepository(CheckReport& report) {
     std::stable_sort(report.damage.begin(), report.damage.end(),
                      [](const Finding& a, const Finding& b) { return a.id < b.id; });
     for (const Finding& finding : report.damage) {
-      std::string message = finding.id == 0 ? "" : "Message " + std::to_string(finding.id) + ": ";
-      core::WriteLog("Check: " + message + finding.what);
+      core::WriteLog("Check: " + core::OneLogLine(TextOf(finding)));
     }
     core::LogProgress("Check: " + std::to_string(report.messages) + " messages, " +
                       std::to_string(report.DamagedMessages()) + " damaged");
     return result;
   });
+}
+
+std::string TextOf(const Finding& finding) {
+  std::string message = finding.id == 0 ? "" : "Message " + std::to_string(finding.id) + ": ";
+  return message + finding.what;
+}
+
+Result CheckAndTell() {
+  constexpr size_t kMostShown = 8;
+  CheckReport report;
+  Result result = CheckRepository(report);
+  if (result == Result::kFailed) return result;
+  bool isDone = result == Result::kDone;
+  std::string text = isDone ? "Check is done. " : "Check is stopped. ";
+  text += std::to_string(report.messages) + " message(s), " +
+          std::to_string(report.DamagedMessages()) + " damaged.";
+  size_t shown = std::min(report.damage.size(), kMostShown);
+  for (size_t i = 0; i < shown; ++i) text += "\r\n" + TextOf(report.damage[i]);
+  if (shown < report.damage.size()) {
+    text += "\r\n" + std::to_string(report.damage.size() - shown) + " more are in the log, " +
+            core::State().LogFile;
+  }
+  for (const std::string& copy : report.formerCopies) text += "\r\n" + CopyNote(copy);
+  if (!report.IsSound()) {
+    text +=
+        "\r\nRestore a backup from before the damage. How to save the messages that are whole "
+        "where there is none is told in the help.";
+  }
+  core::ShowMessage(text);
+  return result;
+}
+
+std::string CopyNote(const std::string& copy) {
+  return "The repository as it was before an earlier restore is still kept in " + copy +
+         "; delete that file if you do not need it.";
 }
 
 Result ExportSound(const CheckReport& report, const std::string& file) {

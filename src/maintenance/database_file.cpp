@@ -22,16 +22,45 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
-// Behind the file's own name, so that no dialog lists it as a backup.
-constexpr const char* kUnfinished = ".unfinished";
+// The engine's numbers for a write that found no room, and for one that failed.
+constexpr int kEngineFull = 13;
+constexpr int kEngineWriteFailed = 10;
+constexpr uint64_t kNoRoom = 64 * 1024;
 
-}  // namespace
+bool IsDiskFull(const Error& error, const std::string& written) {
+  if (error.Number() == kEngineFull || error.Number() == ErrorNumber::kDiskFull) return true;
+  return error.Number() == kEngineWriteFailed &&
+         platform::FreeSpace(platform::FolderOf(written)) < kNoRoom;
+}
 
-void OpenFile(jet::Connection& connection, const std::string& file) {
+// "number description routine", for the person.
+std::string WhatHappened(const Error& error, const std::string& written, std::string_view routine) {
+  std::string what = std::to_string(error.Number()) + " " + error.Description();
+  if (IsDiskFull(error, written)) {
+    what = std::to_string(ErrorNumber::kDiskFull) + " The disk is full: there is no room left in " +
+           platform::FolderOf(written);
+  }
+  return what.append(" ").append(routine);
+}
+
+// The template may be of an older version, and would not hold all that is copied.
+void BringUpToDate(const std::string& file) {
+  jet::Connection connection;
   connection.SetProvider(jet::kProvider);
   connection.SetProperty(jet::kDataSourceProperty, file);
   connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
-  connection.SetProperty(jet::kModeProperty, jet::kModeRead);
+  connection.Open();
+  jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
+  connection.Close();
+}
+
+}  // namespace
+
+void OpenFile(jet::Connection& connection, const std::string& file, std::string_view mode) {
+  connection.SetProvider(jet::kProvider);
+  connection.SetProperty(jet::kDataSourceProperty, file);
+  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetProperty(jet::kModeProperty, mode);
   connection.Open();
 }
 
@@ -44,6 +73,24 @@ void RefuseProgramFile(const std::string& file) {
       throw Error(ErrorNumber::kPermissionDenied, "The program itself uses the file " + file);
     }
   }
+}
+
+void RefuseOpenFile(const std::string& file) {
+  if (!jet::HasLog(file)) return;
+  throw Error(ErrorNumber::kPathAccess,
+              "The file " + file +
+                  " is in use, or the program that had it open did not close it: its log lies "
+                  "beside it. Open it as a repository and close it again first.");
+}
+
+void RefuseNewerFile(const std::string& file) {
+  jet::Connection connection;
+  try {
+    OpenFile(connection, file);
+  } catch (const Error&) {
+    return;  // IsItFullBackup tells what that is
+  }
+  jet::RequireVersion(connection, repository::kSchemaVersion);
 }
 
 bool MayReplace(const std::string& file) {
@@ -67,7 +114,7 @@ int64_t CountRows(jet::Connection& connection, std::string_view table) {
 std::vector<TableCount> CountBackupTables(jet::Connection& connection) {
   std::vector<TableCount> counts;
   for (std::string_view table : kBackupTables) {
-    counts.push_back({table, CountRows(connection, table)});
+    if (connection.HasTable(table)) counts.push_back({table, CountRows(connection, table)});
   }
   return counts;
 }
@@ -88,16 +135,16 @@ void RequireCounts(jet::Connection& connection, std::span<const TableCount> coun
   }
 }
 
-Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows) {
+Result RunCopy(std::string_view routine, const std::string& sql, const std::string& written,
+               int64_t* rows) {
   try {
     int64_t copied = RepositoryDb().Execute(sql);
     if (rows != nullptr) *rows = copied;
     return Result::kDone;
-  } catch (const Error& error) {
-    if (core::IsStop(error)) return Result::kStopped;
-    core::ReportCurrentException(routine, core::Report::kShow);
   } catch (...) {
-    core::ReportCurrentException(routine, core::Report::kShow);
+    Error error = core::CurrentError();
+    if (core::IsStop(error)) return Result::kStopped;
+    core::ShowError(WhatHappened(error, written, routine));
   }
   return Result::kFailed;
 }
@@ -109,6 +156,7 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(f
   try {
     std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
     platform::CopyFile(emptyRepository, path_);
+    BringUpToDate(path_);
   } catch (...) {
     std::remove(path_.c_str());
     throw;

@@ -17,11 +17,22 @@
 
 namespace tarnwick::maintenance {
 
-// Opens a file with the program's password, for reading: its date stays that of its making.
-void OpenFile(jet::Connection& connection, const std::string& file);
+// Behind a file's own name while it is being made, so that no dialog lists it as a backup.
+inline constexpr const char* kUnfinished = ".unfinished";
+
+// Opens a file with the program's password, for reading unless another mode is given: its date
+// stays that of its making.
+void OpenFile(jet::Connection& connection, const std::string& file,
+              std::string_view mode = jet::kModeRead);
 
 // Throws when the file is one that the program itself has open or needs.
 void RefuseProgramFile(const std::string& file);
+
+// Throws when another program has the database file open, or left it without closing it.
+void RefuseOpenFile(const std::string& file);
+
+// Throws when the file is of a later version of the program than this one.
+void RefuseNewerFile(const std::string& file);
 
 // Whether file may be made: it is not there, or the person lets it be deleted. Deleted it is when
 // its successor is complete; at once only where there is not room for both.
@@ -34,14 +45,16 @@ struct TableCount {
   std::string_view table;
   int64_t rows = 0;
 };
+// Those of them that the file has.
 std::vector<TableCount> CountBackupTables(jet::Connection& connection);
 int64_t SumOf(std::span<const TableCount> counts);
 // Throws when the connection's file does not have these numbers of rows.
 void RequireCounts(jet::Connection& connection, std::span<const TableCount> counts);
 
-// Runs a copying statement on the repository; reports a failure under routine's name. rows: the
-// number copied.
-Result RunCopy(std::string_view routine, const std::string& sql, int64_t* rows = nullptr);
+// Runs a statement on the repository that copies rows into written, a file; reports a failure under
+// routine's name, one for want of room on the disk in plain words. rows: the number copied.
+Result RunCopy(std::string_view routine, const std::string& sql, const std::string& written,
+               int64_t* rows = nullptr);
 
 // A database file on its way: made from the template, under a temporary name beside its own. What
 // is not finished is removed.

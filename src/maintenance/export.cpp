@@ -25,11 +25,12 @@ struct ExportedTable {
   std::string_view name;
   std::string_view keyColumn;  // holds Email.ID
 };
-constexpr std::array<ExportedTable, 5> kExportedTables = {{{"FileRepository", "FileID"},
+constexpr std::array<ExportedTable, 6> kExportedTables = {{{"FileRepository", "FileID"},
                                                            {"Email", "ID"},
                                                            {"Attachment", "EmailID"},
                                                            {"toRecipient", "EmailID"},
-                                                           {"ccRecipient", "EmailID"}}};
+                                                           {"ccRecipient", "EmailID"},
+                                                           {"Unfinished", "EmailID"}}};
 
 // Where nothing matches, the list holds a row that is no message; it alone has no received time.
 bool IsPlaceholder(jet::Recordset& list) {
@@ -64,7 +65,7 @@ Result CopyProjects(const std::string& file, const std::string& idList, int64_t&
                      "tblProject.ID\r\n"
                      "WHERE Email.ID In " +
                      idList,
-                 &rows);
+                 file, &rows);
 }
 
 Result WriteExport(const std::string& file, const std::string& idList, Run& run,
@@ -144,7 +145,7 @@ Result CopyRowsTo(std::string_view table, const std::string& file, std::string_v
                      "' \r\n"
                      "SELECT * FROM " +
                      name + " WHERE " + std::string(keyColumn) + " IN " + std::string(idList),
-                 rows);
+                 file, rows);
 }
 
 }  // namespace tarnwick::maintenance

@@ -42,6 +42,11 @@ int16_t CountOf(const jet::Value& stored, int rows, int capacity) {
   return static_cast<int16_t>(std::clamp<int64_t>(stored.AsInt(), rows, capacity));
 }
 
+// Null for a column that the file is too old to have.
+jet::Value FieldOf(jet::Recordset& rows, std::string_view column) {
+  return rows.HasField(column) ? rows.Field(column) : jet::Value();
+}
+
 std::string Where(const char* start, int64_t id) {
   return start + std::to_string(id);
 }
@@ -50,6 +55,7 @@ std::string Where(const char* start, int64_t id) {
 
 ExportReader::ExportReader(const std::string& file) {
   OpenFile(connection_, file);
+  hasUnfinished_ = connection_.HasTable("Unfinished") && CountRows(connection_, "Unfinished") > 0;
 }
 
 int64_t ExportReader::Count() {
@@ -72,27 +78,30 @@ std::optional<ExportedMessage> ExportReader::Next() {
 void ExportReader::ReadColumns(ExportedMessage& exported) {
   MailMessage& message = exported.message;
   exported.id = emails_.Field("ID").AsInt();
-  exported.identity = emails_.Field("Identity").AsText();
-  for (const auto& text : kTextColumns) message.*text.member = emails_.Field(text.column).AsText();
-  message.SentTime = emails_.Field("CreationTime").AsDate().value_or(DateTime());
-  message.ReceivedTime = emails_.Field("ReceivedTime").AsDate().value_or(message.SentTime);
-  if (jet::Value project = emails_.Field("ProjectID"); !project.IsNull()) {
+  exported.identity = FieldOf(emails_, "Identity").AsText();
+  for (const auto& text : kTextColumns)
+    message.*text.member = FieldOf(emails_, text.column).AsText();
+  message.SentTime = FieldOf(emails_, "CreationTime").AsDate().value_or(DateTime());
+  message.ReceivedTime = FieldOf(emails_, "ReceivedTime").AsDate().value_or(message.SentTime);
+  if (jet::Value project = FieldOf(emails_, "ProjectID"); !project.IsNull()) {
     message.Project = ReadProject(project.AsInt());
   }
+  message.IsUnfinished =
+      hasUnfinished_ && CountRows(connection_, Where("Unfinished WHERE EmailID=", exported.id)) > 0;
   ReadAttachments(exported);
   int to = ReadRecipients("ToRecipient", exported.id, message.To);
   int cc = ReadRecipients("ccRecipient", exported.id, message.Cc);
   // Of a message that is neither sent nor received no recipients are kept, only their numbers.
   bool hasRows = message.Direction == "In" || message.Direction == "Out";
   message.ToCount =
-      CountOf(emails_.Field("CountMailTo"), to, hasRows ? to : intake::kMaxRecipients);
-  message.CcCount = CountOf(emails_.Field("CountCC"), cc, hasRows ? cc : intake::kMaxRecipients);
+      CountOf(FieldOf(emails_, "CountMailTo"), to, hasRows ? to : intake::kMaxRecipients);
+  message.CcCount = CountOf(FieldOf(emails_, "CountCC"), cc, hasRows ? cc : intake::kMaxRecipients);
 }
 
 std::string ExportReader::ReadProject(int64_t id) {
   jet::Recordset project;
   project.Open(Where("SELECT * From tblProject WHERE ID=", id), connection_);
-  return project.Eof() ? std::string() : project.Field("ProjectName").AsText();
+  return project.Eof() ? std::string() : FieldOf(project, "ProjectName").AsText();
 }
 
 void ExportReader::ReadAttachments(ExportedMessage& exported) {
@@ -101,9 +110,9 @@ void ExportReader::ReadAttachments(ExportedMessage& exported) {
   rows.Open(Where("SELECT * From Attachment WHERE EmailID=", exported.id), connection_);
   int count = 0;
   for (; !rows.Eof() && count < intake::kMaxAttachments; rows.MoveNext()) {
-    message.Attachments[static_cast<size_t>(count++)] = rows.Field("FileName").AsText();
+    message.Attachments[static_cast<size_t>(count++)] = FieldOf(rows, "FileName").AsText();
   }
-  message.AttachCount = CountOf(emails_.Field("FilesNum"), count, intake::kMaxAttachments);
+  message.AttachCount = CountOf(FieldOf(emails_, "FilesNum"), count, intake::kMaxAttachments);
 }
 
 template <typename Pairs>
@@ -113,8 +122,8 @@ int16_t ExportReader::ReadRecipients(const char* table, int64_t id, Pairs& pairs
             connection_);
   int16_t count = 0;
   for (; !rows.Eof() && count < intake::kMaxRecipients; rows.MoveNext()) {
-    pairs[static_cast<size_t>(count++)] = {rows.Field("Name").AsText(),
-                                           rows.Field("Address").AsText()};
+    pairs[static_cast<size_t>(count++)] = {FieldOf(rows, "Name").AsText(),
+                                           FieldOf(rows, "Address").AsText()};
   }
   return count;
 }

@@ -42,6 +42,7 @@ class ExportReader {
   jet::Connection connection_;
   jet::Recordset emails_;
   bool first_ = true;
+  bool hasUnfinished_ = false;
 };
 
 }  // namespace tarnwick::maintenance

@@ -16,6 +16,7 @@
 #include "maintenance/export_reader.h"
 #include "maintenance/restore.h"
 #include "maintenance/run.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
@@ -133,6 +134,9 @@ bool IsMergeable(const std::string& file) {
     return false;
   }
   RefuseProgramFile(file);
+  RefuseOpenFile(file);
+  RefuseNewerFile(file);
+  if (RefuseUnfinished()) return false;
   switch (IsItFullBackup(file)) {
     case 1:
       return true;

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/restore.h"
 
+#include <algorithm>
+
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -10,9 +12,9 @@
 #include "maintenance/backup.h"
 #include "maintenance/database_file.h"
 #include "maintenance/run.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/locale.h"
-#include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -23,12 +25,6 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
-// Parameter group, one row a user: the copy of a restore that is under way.
-constexpr const char* kRestoreGroup = "Restore";
-
-// A name that the restore dialog lists.
-constexpr const char* kSafetyCopy = "Tarnwick_before_restore.twb";
-
 constexpr uint64_t kMegabyte = 1024 * 1024;
 constexpr uint64_t kSpareSpace = 16 * kMegabyte;
 
@@ -36,22 +32,28 @@ bool IsSameName(std::string_view a, std::string_view b) {
   return a.size() == b.size() && core::ContainsIgnoringCase(a, b);
 }
 
-// True when the file has the tables that a backup holds, column by column: rows are copied by
-// place.
+// Whether the file's table has this one's key and no column that this one has not.
+bool IsOfOurKind(jet::Connection& connection, const jet::TableDefinition& table) {
+  jet::Recordset rows;
+  rows.Open(table.name, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
+            jet::CommandType::kTable);
+  size_t known = 0;
+  for (const jet::ColumnDefinition& column : table.columns) {
+    bool isThere = rows.HasField(column.name);
+    if (!isThere && column.type == jet::ColumnType::kAutoNumber) return false;
+    known += isThere ? 1 : 0;
+  }
+  return known > 0 && rows.FieldCount() == static_cast<int>(known);
+}
+
+// True when the file has the tables that a backup holds. Columns that came later than the file may
+// be missing: rows are copied by the names of their columns.
 bool HasBackupTables(jet::Connection& connection) {
   for (const jet::TableDefinition& table : repository::RepositoryTables()) {
-    bool isCopied = false;
-    for (std::string_view name : kBackupTables) {
-      isCopied = isCopied || IsSameName(name, table.name);
-    }
-    if (!isCopied) continue;
-    jet::Recordset rows;
-    rows.Open(table.name, connection, jet::CursorType::kForwardOnly, jet::LockType::kReadOnly,
-              jet::CommandType::kTable);
-    if (rows.FieldCount() != static_cast<int>(table.columns.size())) return false;
-    for (size_t i = 0; i < table.columns.size(); ++i) {
-      if (rows.FieldName(static_cast<int>(i)) != table.columns[i].name) return false;
-    }
+    bool isCopied = std::any_of(kBackupTables.begin(), kBackupTables.end(),
+                                [&](auto name) { return IsSameName(name, table.name); });
+    bool isNew = table.name == "Unfinished" && !connection.HasTable(table.name);
+    if (isCopied && !isNew && !IsOfOurKind(connection, table)) return false;
   }
   return true;
 }
@@ -76,7 +78,7 @@ void RequireSpace(const std::string& folder, uint64_t needed) {
 // Makes a copy that takes its name only when it is complete.
 Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
   std::string folder = platform::FolderOf(to);
-  std::string unfinished = folder + kSafetyCopy + ".unfinished";
+  std::string unfinished = to + kUnfinished;
   RequireSpace(folder, platform::FileSize(from));
   try {
     if (platform::CopyFile(from, unfinished, [&] { return run.Look(); })) {
@@ -91,33 +93,54 @@ Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
   return Result::kStopped;
 }
 
-// What the engine keeps beside an open file, and leaves there where it can't close it.
-std::vector<std::string> LogsOf(const std::string& file) {
-  return {file + "-wal", file + "-journal"};
+// Where the former repository is kept while a restore is under way.
+struct Former {
+  int64_t number;
+  std::string copy;
+  bool isKept;  // by an unfinished restore before this one
+};
+
+Former FormerIn(const std::string& folder) {
+  Former former{RepositoryDb().Mark(), {}, false};
+  former.copy = SafetyCopy(folder, former.number);
+  former.isKept = former.number != 0 && platform::FileExists(former.copy);
+  if (former.isKept) return former;
+  former.number = FreeCopyNumber(folder);
+  former.copy = SafetyCopy(folder, former.number);
+  return former;
+}
+
+// An empty repository that knows where the former one is kept.
+void MakeEmpty(const std::string& file, int64_t number) {
+  jet::RemoveLogs(file);
+  platform::CopyFile(State().AppFolder + repository::kTemplateFile, file);
+  jet::Connection connection;
+  OpenFile(connection, file, {});
+  connection.SetMark(number);
+  connection.Close();
 }
 
 // The repository's file gets a second name, or a copy where the file system has no second names,
 // and an empty one takes its place: there is no moment without a repository.
-Result SetRepositoryFileAside(const std::string& file, const std::string& copy, Run& run) {
+Result SetRepositoryFileAside(const std::string& file, const Former& former, Run& run) {
   // What the engine could not write back into the file would be missing from a copy of it, and be
   // taken for the empty one's.
-  for (const std::string& log : LogsOf(file)) {
-    if (platform::FileExists(log)) {
-      throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + log);
-    }
+  if (jet::HasLog(file)) {
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: the log of " + file);
   }
-  std::string empty = file + ".unfinished";
-  Result result = Result::kFailed;
+  std::string empty = file + kUnfinished;
+  const std::string& copy = former.copy;
+  Result result = Result::kDone;
   try {
-    platform::CopyFile(State().AppFolder + repository::kTemplateFile, empty);
-    result = platform::LinkFile(file, copy) ? Result::kDone : CopyWhole(file, copy, run);
+    MakeEmpty(empty, former.number);
+    if (!former.isKept && !platform::LinkFile(file, copy)) result = CopyWhole(file, copy, run);
     if (result == Result::kDone) {
       platform::FlushToDisk(platform::FolderOf(copy));
       platform::RenameFile(empty, file);
     }
   } catch (...) {
     std::remove(empty.c_str());
-    std::remove(copy.c_str());
+    if (!former.isKept) std::remove(copy.c_str());
     throw;
   }
   // From here on the copy is all that is left of the former repository.
@@ -127,26 +150,23 @@ Result SetRepositoryFileAside(const std::string& file, const std::string& copy, 
 
 // Makes the safety copy and leaves an empty repository open. The repository is closed for that: the
 // system takes the locks off an open file when this process closes another handle on it.
-Result MakeSafetyCopy(const std::string& copy, Run& run) {
+Result MakeSafetyCopy(const Former& former, Run& run) {
   std::string file = RepositoryDb().DataSource();
   repository::DisconnectRepository();
   Result result = core::Guarded("MakeSafetyCopy", Result::kFailed,
-                                [&] { return SetRepositoryFileAside(file, copy, run); });
+                                [&] { return SetRepositoryFileAside(file, former, run); });
   if (repository::OpenRepository(false)) return result;
   if (result == Result::kDone) {
     core::GuardedRun("MakeSafetyCopy", [&] {
       // The empty file's logs would be played into the former one.
-      jet::PutInPlace(copy, file);
+      jet::PutInPlace(former.copy, file);
       repository::OpenRepository(false);
     });
   }
   return Result::kFailed;
 }
 
-void SetMarker(const jet::Value& copy) {
-  repository::SetParameter(kRestoreGroup, State().UserName, repository::kTextColumn, copy);
-}
-
+// Brings the backup's rows into the empty repository, which then is complete.
 bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& run) {
   return core::Guarded("RestoreBackup", false, [&] {
     WatchScope watch(run, RepositoryDb(), false);
@@ -159,6 +179,8 @@ bool Fill(const std::string& file, const std::vector<TableCount>& counts, Run& r
       run.Advance(count.rows);
     }
     RequireCounts(RepositoryDb(), counts);
+    repository::ReserveKeys();
+    RepositoryDb().SetMark(0);
     return true;
   });
 }
@@ -179,6 +201,11 @@ void ForgetSafetyCopy(const std::string& copy) {
       core::Report::kLog);
 }
 
+std::string NotComplete(const std::string& copy) {
+  return "\r\nRestore is not complete. The repository as it was before is kept in the file " +
+         copy + ".\r\nRestore that file to have it back.";
+}
+
 // The questions have been answered and the file is a full backup.
 Result ReplaceData(const std::string& file, const std::function<void()>& refreshList) {
   core::LogProgress("Restore from " + file);
@@ -186,34 +213,42 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
   std::vector<TableCount> counts = CountFile(file);
   RepositoryDb().FlushGroup();
   RequireSpace(folder, platform::FileSize(file));
-  std::string copy = platform::UniquePath(folder, kSafetyCopy);
-  bool filled = false;
+  const Former former = FormerIn(folder);
+  Result result = Result::kFailed;
+  std::string failure;
+  bool hasBegun = false;
   {
+    // What fails for one reason at many steps (a full disk) is told once.
+    core::ErrorsHeld errors;
     Run run(SumOf(counts));
-    SetMarker(copy);
-    Result copied = MakeSafetyCopy(copy, run);
-    if (copied != Result::kDone) {
-      SetMarker({});
-      if (refreshList) refreshList();
-      return copied;
+    result = MakeSafetyCopy(former, run);
+    hasBegun = result == Result::kDone;
+    if (hasBegun) {
+      core::LogProgress("Safety copy: " + former.copy);
+      result = Fill(file, counts, run) ? Result::kDone : Result::kFailed;
+      repository::ReadOptions();
     }
-    core::LogProgress("Safety copy: " + copy);
-    filled = Fill(file, counts, run);
-    repository::ReadOptions();
+    failure = errors.First();
   }
-  SetMarker({});
   if (refreshList) refreshList();
-  if (filled) {
-    ForgetSafetyCopy(copy);
+  if (result == Result::kDone) {
+    ForgetSafetyCopy(former.copy);
     core::LogProgress("Restore: " + std::to_string(SumOf(counts)) + " rows");
-    return Result::kDone;
+  } else if (result == Result::kFailed) {
+    if (hasBegun) failure += NotComplete(former.copy);
+    core::ShowError(failure);
   }
-  core::LogProgress("Restore failed; the former repository is in " + copy);
-  core::ShowMessage(
-      "Restore is not complete. The repository as it was before is kept in the "
-      "file " +
-      copy + ".\r\nRestore that file to have it back.");
-  return Result::kFailed;
+  return result;
+}
+
+// False when the file is no full backup; the person has been told. A copy that a restore made may
+// lack contacts like an export, if the repository had none.
+bool IsRestorable(const std::string& file) {
+  int kind = IsItFullBackup(file);
+  if (kind == 0 || (kind == 1 && IsSafetyCopy(file))) return true;
+  core::ShowError(kind == 1 ? "You should use full backup file in this function."
+                            : "Invalid file format.");
+  return false;
 }
 
 }  // namespace
@@ -226,6 +261,7 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
       return Result::kDeclined;
     }
     RefuseProgramFile(path);
+    RefuseOpenFile(path);
     if (!core::AskYesNo("Current information will be deleted. "
                         "Do you want to continue?")) {
       return Result::kDeclined;
@@ -236,13 +272,16 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
                         "Do you want to continue?")) {
       return Result::kDeclined;
     }
-    int kind = IsItFullBackup(path);
-    if (kind != 0) {
-      core::ShowError(kind == 1 ? "You should use full backup file in this function."
-                                : "Invalid file format.");
-      return Result::kDeclined;
+    RefuseNewerFile(path);
+    Result result = Result::kDeclined;
+    std::string former = UnfinishedRestore();
+    if (!former.empty() && platform::IsSameFile(path, former)) {
+      result = HaveFormerBack(path, refreshList);
+    } else if (IsRestorable(path)) {
+      result = ReplaceData(path, refreshList);
+    } else {
+      return result;
     }
-    Result result = ReplaceData(path, refreshList);
     if (result == Result::kDone) core::ShowMessage("Restore is done.");
     if (result == Result::kStopped) {
       core::LogProgress("Restore stopped before the repository was changed");
@@ -254,8 +293,10 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
 
 Result CopyTableFrom(std::string_view table, const std::string& file) {
   std::string name(table);
-  return RunCopy("CopyTableFrom", "INSERT INTO " + name + " SELECT * FROM  " + name + " IN '" +
-                                      core::QuoteSql(file) + "'");
+  return RunCopy(
+      "CopyTableFrom",
+      "INSERT INTO " + name + " SELECT * FROM  " + name + " IN '" + core::QuoteSql(file) + "'",
+      RepositoryDb().DataSource());
 }
 
 int IsItFullBackup(const std::string& file) {
@@ -271,26 +312,6 @@ int IsItFullBackup(const std::string& file) {
         return isExport ? 1 : 0;
       },
       core::Report::kLog);
-}
-
-void ReportInterruptedRestore() {
-  core::GuardedRun("ReportInterruptedRestore", [] {
-    std::string copy =
-        repository::GetParameter(kRestoreGroup, State().UserName, repository::kTextColumn).AsText();
-    if (copy.empty()) return;
-    SetMarker({});
-    if (!platform::FileExists(copy)) return;
-    if (platform::IsSameFile(copy, RepositoryDb().DataSource())) {
-      // Killed before anything was changed: the copy is the repository's own file.
-      platform::RemoveFile(copy);
-      return;
-    }
-    core::LogProgress("A restore was interrupted; the former repository is in " + copy);
-    core::ShowMessage(
-        "The last restore was interrupted. The repository as it was before is kept "
-        "in the file " +
-        copy + ".\r\nRestore that file to have it back.");
-  });
 }
 
 }  // namespace tarnwick::maintenance

@@ -20,8 +20,9 @@ namespace tarnwick::maintenance {
 // repository holds its new data, or what a stop or a failure has left; it opens the list anew.
 //
 // kDone: the copy is gone again. kStopped (possible only while a copy is made): nothing was
-// changed. kFailed: either nothing was changed, or a message has named the copy, which is kept and
-// can itself be restored.
+// changed. kFailed: either nothing was changed, or a message has named the copy, which is kept
+// (unfinished_restore.h). That copy as file takes its place again as it is; another file, the same
+// backup perhaps, is restored anew, and the copy is kept until that has succeeded.
 Result RestoreBackup(const std::string& file, const std::function<void()>& refreshList = {});
 
 // Copies a table of a database file into the same table of the open repository.
@@ -30,9 +31,5 @@ Result CopyTableFrom(std::string_view table, const std::string& file);
 // 2: not a repository database (another format or password, or a table or column is missing). 1: an
 // export file, with stored files and no contact. 0: a full backup, also an empty one.
 int IsItFullBackup(const std::string& file);
-
-// For a start: when a restore was killed on its way, says once where the copy of the former
-// repository lies.
-void ReportInterruptedRestore();
 
 }  // namespace tarnwick::maintenance

@@ -10,7 +10,9 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "intake/sender_rules.h"
+#include "intake/stored_file.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/state.h"
@@ -109,20 +111,36 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
   size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
   ParseMessageInfo(file.Read(behind, count), info.date);
   core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    state.Info.subject);
+                    core::LoggedMailText(state.Info.subject));
   return true;
 }
 
-// Whether the repository has the message already, stored or ignored for good.
-bool IsKnown() {
+// False, for a message that is stored or ignored for good under this key.
+bool GiveUpKnown(const std::string& key) {
   OeState& state = State();
-  state.IdStep = kDuplicate;
-  state.EntryKey = MakeEntryKey(state.Info.keyText, state.Info.date);
-  if (!intake::IsEmailExist(state.EntryKey)) return false;
-  bool ignored = intake::IsMessageIgnored(state.EntryKey);
+  bool ignored = intake::IsMessageIgnored(key);
   state.Ending = {ignored ? intake::Outcome::kIgnored : intake::Outcome::kAlreadyStored, {}};
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
-  return true;
+  return false;
+}
+
+// A key of former versions stood for every letter of one Message-ID and second. What is stored
+// under it is this letter when its text is.
+struct FormerKey {
+  std::string key;  // "" when nothing is stored under one
+  bool isThisLetter = false;
+};
+
+FormerKey FindFormerKey() {
+  const MessageInfo& info = State().Info;
+  if (info.formerKeyText.empty()) return {};
+  std::string key = MakeEntryKey(info.formerKeyText, info.date);
+  if (!intake::IsEmailExist(key)) return {};
+  // An ignored one left nothing to tell it by. Of two letters of one length the texts would have to
+  // be compared at every load.
+  bool isThisLetter = intake::IsMessageIgnored(key) || info.length == 0 ||
+                      intake::StoredFileLength(key) == info.length;
+  return {std::move(key), isThisLetter};
 }
 
 bool IsBlock(ByteReader& file, uint32_t offset) {
@@ -210,9 +228,18 @@ bool CopyMessage(uint32_t offset, const std::string& fileName) {
   std::optional<Info> info = ReadInfoHead(file, offset, fileName);
   if (!info) return GiveUp("its info object is damaged");
   if (!ReadInfo(file, offset, *info)) return false;
-  if (IsKnown()) return false;
+  state.IdStep = kDuplicate;
+  state.EntryKey = MakeEntryKey(state.Info.keyText, state.Info.date);
+  if (intake::IsEmailExist(state.EntryKey)) return GiveUpKnown(state.EntryKey);
+  FormerKey former = FindFormerKey();
+  if (former.isThisLetter) return GiveUpKnown(former.key);
+  if (former.key.empty()) core::State().NewMessageFlag = true;
+  if (!CopyChain(file, FirstBlock(file, *info))) return false;
+  if (!former.key.empty() && intake::IsStoredFile(former.key, core::State().TempMessageFile)) {
+    return GiveUpKnown(former.key);
+  }
   core::State().NewMessageFlag = true;
-  return CopyChain(file, FirstBlock(file, *info));
+  return true;
 }
 
 }  // namespace
@@ -225,7 +252,7 @@ bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
     core::ReportCurrentException(
         "dbxMessageToFile", core::Report::kShow,
         " idStep = " + std::to_string(State().IdStep) + " " + std::to_string(infoOffset));
-    return GiveUp(core::State().LastError);
+    return GiveUp(core::State().LastReportedError);
   }
 }
 

@@ -105,21 +105,31 @@ std::string KeyOfMessageId(const std::string& id) {
   return std::string(platform::FirstChars(id, kKeySubject)) + "_" + HexText(Hash(id));
 }
 
-// For mail without a Message-ID: what a person would tell it by, and a hash of all that the object
-// says about it, fractions of a second included. Left out is what changes when a message is moved.
-std::string KeyOfContent(const InfoTexts& texts, const std::string& subject, uint64_t fileTime) {
-  uint64_t hash = Hash(std::to_string(fileTime));
+// Of what the object says about the letter, but for what changes when it is moved.
+uint64_t HashOfContent(const InfoTexts& texts, uint64_t hash) {
   for (IndexNumber number :
        {kSubject, kSenderName, kSenderAddress, kReceiverName, kReceiverAddress}) {
     hash = Hash(texts.Raw(number), hash);
     hash = Hash(std::string_view("\0", 1), hash);
   }
-  uint32_t length = texts.Number(kMessageLength);
-  hash = Hash(std::to_string(length), hash);
+  return Hash(std::to_string(texts.Number(kMessageLength)), hash);
+}
+
+// Letters of one Message-ID may differ: what a mailing list makes of one, a copy without its
+// attachments.
+std::string KeyOfLetter(const InfoTexts& texts, const std::string& id) {
+  return KeyOfMessageId(id) + "_" + std::to_string(texts.Number(kMessageLength)) + "_" +
+         HexText(HashOfContent(texts, Hash("")));
+}
+
+// For mail without a Message-ID: what a person would tell it by, and a hash that fractions of a
+// second go into as well.
+std::string KeyOfContent(const InfoTexts& texts, const std::string& subject, uint64_t fileTime) {
+  uint64_t hash = HashOfContent(texts, Hash(std::to_string(fileTime)));
   std::string address = texts.Text(kSenderAddress);
   return std::string(platform::FirstChars(subject, kKeySubject)) + "_" +
-         std::string(platform::FirstChars(address, kKeyAddress)) + "_" + std::to_string(length) +
-         "_" + HexText(hash);
+         std::string(platform::FirstChars(address, kKeyAddress)) + "_" +
+         std::to_string(texts.Number(kMessageLength)) + "_" + HexText(hash);
 }
 
 }  // namespace
@@ -182,7 +192,7 @@ DateTime FileTimeToDate(uint64_t fileTime, bool lenient) {
 
 void ParseMessageInfo(std::string_view infoBytes, DateTime date) {
   MessageInfo& info = State().Info;
-  info = {date, kNoSubject, kNoSubject};
+  info = {date, kNoSubject, kNoSubject, "", 0};
   core::GuardedRun("ParseMessageInfo", [&] {
     const InfoIndex& index = State().Index;
     InfoTexts texts(index, infoBytes);
@@ -194,7 +204,10 @@ void ParseMessageInfo(std::string_view infoBytes, DateTime date) {
       if (subject.empty()) return;
     }
     std::string id = texts.Text(kMessageId);
-    info.keyText = id.empty() ? KeyOfContent(texts, subject, index.fileTime) : KeyOfMessageId(id);
+    info.keyText =
+        id.empty() ? KeyOfContent(texts, subject, index.fileTime) : KeyOfLetter(texts, id);
+    if (!id.empty()) info.formerKeyText = KeyOfMessageId(id);
+    info.length = texts.Number(kMessageLength);
     if (!subject.empty()) info.subject = subject;
   });
 }

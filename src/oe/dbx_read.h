@@ -54,6 +54,9 @@ struct MessageInfo {
   DateTime date;
   std::string subject;
   std::string keyText;  // with the date it tells the message from every other
+  // What former versions took for it, "" where that is the same.
+  std::string formerKeyText;
+  uint32_t length = 0;  // of the message in bytes, as far as the index knows; 0: it does not
 };
 
 // The index entries of the info object being read: what ParseMessageInfo knows beside the bytes.

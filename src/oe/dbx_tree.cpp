@@ -8,6 +8,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "intake/load_account.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
@@ -37,7 +38,7 @@ struct Walk {
 std::string NameOfMessage(uint32_t value) {
   const MessageInfo& info = State().Info;
   if (info.subject.empty()) return "at " + std::to_string(value);
-  return platform::FormatDate(info.date, "General Date") + " " + info.subject;
+  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
 }
 
 void CountMessage(const Walk& walk, uint32_t value) {
@@ -58,8 +59,8 @@ bool TakeEntry(const Walk& walk, uint32_t value) {
     State().Ending = {PerformOperation(walk.operation, walk.folder), {}};
   }
   if (State().Ending.outcome == intake::Outcome::kUnreadable) {
-    core::LogProgress("Unreadable = " + walk.fileName + " " + std::to_string(value) + "\r\n" +
-                      State().Ending.reason);
+    core::LogProgress("Unreadable = " + core::OneLogLine(walk.fileName) + " " +
+                      std::to_string(value) + "\r\n" + core::OneLogLine(State().Ending.reason));
   }
   if (walk.IsCounted()) CountMessage(walk, value);
   core::YieldEvents();
@@ -159,7 +160,8 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
                      const FolderRecord& folder) {
   bool ended = core::GuardedRun("ReadMessageTree", [&] {
     if (IsStopped()) return;
-    core::LogProgress("Reads = " + folder.label + "\r\n" + fileName);
+    core::LogProgress("Reads = " + core::OneLogLine(folder.label) + "\r\n" +
+                      core::OneLogLine(fileName));
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
     ReadDbxHeader(fileName);

@@ -84,7 +84,9 @@ bool ReadIdentities() {
   for (size_t i = 0; i < state.Identities.size(); ++i) {
     const std::string& key = state.Identities[i];
     bool isEnded = !state.WhyEnded.empty();
-    if (!isEnded) core::LogProgress("Identities = " + std::to_string(i + 1) + " " + key);
+    if (!isEnded) {
+      core::LogProgress("Identities = " + std::to_string(i + 1) + " " + core::OneLogLine(key));
+    }
     std::optional<std::string> store = GetStoreRoot(key);
     std::string user = GetIdentityUserName(key);
     if (store) {
@@ -117,9 +119,10 @@ std::string FullNameOf(const std::vector<FolderRow>& folders, const FolderRow& f
 void NameFolders(std::vector<FolderRow>& folders) {
   for (FolderRow& row : folders) {
     if (row.parent != 0) row.fullName = FullNameOf(folders, row);
-    core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " + row.fullName +
-                      "\r\nMe = " + std::to_string(row.number) + " " + row.displayName + "\r\n" +
-                      row.fileName);
+    core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " +
+                      core::OneLogLine(row.fullName) + "\r\nMe = " + std::to_string(row.number) +
+                      " " + core::OneLogLine(row.displayName) + "\r\n" +
+                      core::OneLogLine(row.fileName));
   }
 }
 
@@ -157,7 +160,8 @@ std::optional<std::string> GetKeyValue(Hive /*hive*/, const std::string& keyPath
     bool keyExists = false;
     std::optional<RegistryValue> value = OwnersRegistry().Value(keyPath, valueName, &keyExists);
     if (!keyExists) {
-      core::ShowError(std::string(kCannotOpen) + " GetKeyValue " + keyPath + " " + valueName);
+      core::ShowError(std::string(kCannotOpen) + " GetKeyValue " +
+                      core::OneLogLine(keyPath + " " + valueName));
       return std::nullopt;
     }
     if (!value || value->text.size() > kMaxValueLength) return std::nullopt;
@@ -210,12 +214,12 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
       if (!platform::AsciiLower(name).starts_with(platform::AsciiLower(prefix))) continue;
       std::string path = platform::FolderOf(storeFolder) + name;
       if (!IsFolderTreeFile(path)) {
-        core::LogProgress("EmailFile = " + name);
+        core::LogProgress("EmailFile = " + core::OneLogLine(name));
         state.MessageFiles.push_back(path);
         if (platform::ReadDbxContent(path) != DbxContent::kOther) unlisted.push_back(name);
         continue;
       }
-      core::LogProgress("FolderFile = " + name);
+      core::LogProgress("FolderFile = " + core::OneLogLine(name));
       hasList = true;
       if (state.FolderFiles.size() == kMaxFolderFiles) {
         core::ShowMessage(TooMany("Folders"));

@@ -20,6 +20,11 @@ void SetUseMSOutlook(bool on) {
   core::State().UseMSOutlook = on;
 }
 
+void SetLogMailTexts(bool on) {
+  repository::SetOption("LogMailTexts", on);
+  core::State().LogMailTexts = on;
+}
+
 void RequestFullLoad() {
   core::State().RepositoryIsEmpty = core::State().FullLoadAsked = true;
 }

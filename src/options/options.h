@@ -16,6 +16,9 @@ namespace tarnwick::options {
 void SetUseOutlookExpress(bool on);
 void SetUseMSOutlook(bool on);
 
+// Whether the event log tells subjects and names of attached files.
+void SetLogMailTexts(bool on);
+
 // The next load behaves as a first one: it asks before each mailer and reads every folder again.
 // There is no way back.
 void RequestFullLoad();

@@ -15,6 +15,7 @@
 #include <algorithm>
 
 #include "core/run_state.h"
+#include "repository/plain_text_view.h"
 
 namespace tarnwick::options {
 
@@ -71,6 +72,7 @@ frmOptions::frmOptions(ProfileReader readProfile, QWidget* parent)
   connect(cmdOK_, &QPushButton::clicked, this, &frmOptions::cmdOK_Click);
   connect(MSOutlook_, &QCheckBox::clicked, this, &frmOptions::MSOutlook_Click);
   connect(OutlookExpress_, &QCheckBox::clicked, this, &frmOptions::OutlookExpress_Click);
+  connect(LogMailTexts_, &QCheckBox::clicked, this, &frmOptions::LogMailTexts_Click);
 }
 
 void frmOptions::MakeControls() {
@@ -94,6 +96,12 @@ void frmOptions::MakeControls() {
   auto* label = new QLabel(tr("Active mailers:"), this);
   label->setObjectName("Label1");
 
+  LogMailTexts_ = box("LogMailTexts", tr("Write &subjects into the event log"),
+                      tr("The log lies unencrypted beside the repository. Without subjects and "
+                         "names of files it tells less about what a load left out."));
+  auto* ownLine = new QFrame(this);
+  ownLine->setFrameStyle(QFrame::HLine | QFrame::Sunken);
+
   auto* column = new QVBoxLayout(this);
   column->addWidget(LoadAllFolders_);
   column->addWidget(line);
@@ -103,6 +111,8 @@ void frmOptions::MakeControls() {
   mailers->addWidget(MSOutlook_);
   mailers->addWidget(OutlookExpress_);
   column->addLayout(mailers);
+  column->addWidget(ownLine);
+  column->addWidget(LogMailTexts_);
   if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
   column->addStretch(1);
   auto* buttons = new QHBoxLayout;
@@ -112,12 +122,13 @@ void frmOptions::MakeControls() {
 
   setTabOrder(LoadAllFolders_, MSOutlook_);
   setTabOrder(MSOutlook_, OutlookExpress_);
+  setTabOrder(OutlookExpress_, LogMailTexts_);
   if (browse_ != nullptr) {
-    setTabOrder(OutlookExpress_, profileFolder_);
+    setTabOrder(LogMailTexts_, profileFolder_);
     setTabOrder(profileFolder_, browse_);
     setTabOrder(browse_, cmdOK_);
   } else {
-    setTabOrder(OutlookExpress_, cmdOK_);
+    setTabOrder(LogMailTexts_, cmdOK_);
   }
 }
 
@@ -165,6 +176,7 @@ QWidget* frmOptions::MakeProfile() {
 void frmOptions::Form_Load() {
   OutlookExpress_->setChecked(core::State().UseOutlookExpress);
   MSOutlook_->setChecked(core::State().UseMSOutlook);
+  LogMailTexts_->setChecked(core::State().LogMailTexts);
 }
 
 void frmOptions::MSOutlook_Click() {
@@ -173,6 +185,10 @@ void frmOptions::MSOutlook_Click() {
 
 void frmOptions::OutlookExpress_Click() {
   SetUseOutlookExpress(OutlookExpress_->isChecked());
+}
+
+void frmOptions::LogMailTexts_Click() {
+  SetLogMailTexts(LogMailTexts_->isChecked());
 }
 
 void frmOptions::LoadAllFolders_Click() {
@@ -200,7 +216,7 @@ void frmOptions::ShowProfile() {
   if (profileFolder_ == nullptr) return;
   std::string folder = ProfileFolder();
   profileFolder_->setText(QString::fromStdString(folder));
-  profileFolder_->setToolTip(profileFolder_->text());
+  profileFolder_->setToolTip(repository::TipText(profileFolder_->text()));
   if (folder.empty()) {
     ShowFound(
         tr("Choose the folder of a Windows user, on an old disk say, or one with copied *.dbx or "
@@ -224,7 +240,7 @@ void frmOptions::Browse() {
   ProfileSummary found = Read(*folder);
   if (!ChooseProfile(*folder, found)) return;
   profileFolder_->setText(QString::fromStdString(ProfileFolder()));
-  profileFolder_->setToolTip(profileFolder_->text());
+  profileFolder_->setToolTip(repository::TipText(profileFolder_->text()));
   ShowFound(Describe(found));
 }
 

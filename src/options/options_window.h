@@ -36,6 +36,7 @@ class frmOptions : public QDialog {
   void MSOutlook_Click();
   void OutlookExpress_Click();
   void LoadAllFolders_Click();
+  void LogMailTexts_Click();
   void cmdOK_Click();
   void Browse();
   void ShowProfile();
@@ -49,6 +50,7 @@ class frmOptions : public QDialog {
   QPushButton* cmdOK_ = nullptr;
   QCheckBox* MSOutlook_ = nullptr;
   QCheckBox* OutlookExpress_ = nullptr;
+  QCheckBox* LogMailTexts_ = nullptr;
   QLineEdit* profileFolder_ = nullptr;
   QPushButton* browse_ = nullptr;
   QLabel* profileFound_ = nullptr;

@@ -74,7 +74,7 @@ std::vector<WalkedFolder> olWalkFolders(Store& store) {
     stack.pop_back();
     if (!seen.insert(next.folder->EntryID()).second) {
       core::WriteLog("Outlook folder met again and not entered twice, below " +
-                     next.place.parentPath);
+                     core::OneLogLine(next.place.parentPath));
       continue;
     }
     try {
@@ -86,8 +86,9 @@ std::vector<WalkedFolder> olWalkFolders(Store& store) {
       entry.folder = std::move(next.folder);
       walked.push_back(std::move(entry));
     } catch (...) {
-      core::WriteLog("Outlook folder skipped, below " + next.place.parentPath + ": " +
-                     core::CurrentError().Description());
+      core::WriteLog(
+          "Outlook folder skipped, below " +
+          core::OneLogLine(next.place.parentPath + ": " + core::CurrentError().Description()));
     }
   }
   return walked;

@@ -9,6 +9,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "intake/header_parser.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
@@ -130,7 +131,7 @@ class Import {
     } catch (...) {
       std::string text =
           "Outlook store skipped: " + store->Location() + ": " + core::CurrentError().Description();
-      core::WriteLog(text);
+      core::WriteLog(core::OneLogLine(text));
       intake::Account().Note(text);
       return;
     }
@@ -157,8 +158,9 @@ class Import {
   }
 
   void ReadFolder(OpenStore& open, WalkedFolder& folder) {
-    core::LogProgress("Outlook folder = " + folder.place.parentPath + "\\" + folder.place.name +
-                      "\r\nItems = " + std::to_string(folder.items));
+    core::LogProgress(
+        "Outlook folder = " + core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name) +
+        "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
     std::string place = open.PlaceOf(folder);
     for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
@@ -205,7 +207,8 @@ class Import {
   void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item, std::string& name) {
     Letter letter = ReadLetter(item);
     intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
-    name = platform::FormatDate(message.SentTime, "General Date") + " " + message.Subject;
+    name = platform::FormatDate(message.SentTime, "General Date") + " " +
+           core::LoggedMailText(message.Subject);
     const std::string& file = core::State().TempMessageFile;
     // Emptied instead, the last message's file would first be brought to the disk.
     platform::RemoveFile(file);
@@ -249,8 +252,9 @@ class Import {
   void Close() {
     for (const OpenStore& open : stores_) {
       for (const auto& [type, count] : open.otherKinds) {
-        core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " + type +
-                          "\r\n" + open.store->Location());
+        core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " +
+                          core::OneLogLine(type) + "\r\n" +
+                          core::OneLogLine(open.store->Location()));
       }
     }
     platform::RemoveFile(core::State().TempMessageFile);

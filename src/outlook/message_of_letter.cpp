@@ -79,6 +79,7 @@ MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place
   message.Importance = letter.importance;
   message.Body = letter.plainBody;
   message.HTMLBody = letter.htmlBody;
+  intake::SettleBody(message);
   message.Charset = letter.charset;
   message.HTMLCharset = letter.charset;
   message.Encoding = kNoEncoding;

@@ -204,8 +204,9 @@ class Writer {
       }
     } catch (const Error& error) {
       if (failed_) throw;
-      core::WriteLog("Attachment lost: " + name + " of \"" + letter.subject +
-                     "\": " + error.Description());
+      core::WriteLog("Attachment lost: " + core::LoggedMailText(name) + " of \"" +
+                     core::LoggedMailText(letter.subject) +
+                     "\": " + core::OneLogLine(error.Description()));
       ++result.attachmentsLost;
       if (!headersOut) Text("plain", "The attachment \"" + name + "\" could not be read.");
     }

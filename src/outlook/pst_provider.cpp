@@ -139,7 +139,8 @@ struct StoreContext {
     if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
     std::string all;
     for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
-    core::WriteLog("Outlook item damaged, not all of it is taken (" + all + "): " + subject);
+    core::WriteLog("Outlook item damaged, not all of it is taken (" + all +
+                   "): " + core::LoggedMailText(subject));
   }
 
   std::string EntryID(uint32_t node) const {
@@ -372,7 +373,8 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
       stores.push_back(std::make_unique<PstStore>(context, file));
     } catch (const Error& error) {
       if (error.Number() == ErrorNumber::kFileNotFound) throw;
-      core::WriteLog("Outlook store skipped: " + file + ": " + error.Description());
+      core::WriteLog("Outlook store skipped: " +
+                     core::OneLogLine(file + ": " + error.Description()));
     }
   }
   return stores;

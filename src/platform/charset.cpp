@@ -2,10 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/charset.h"
 
-#include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -23,43 +21,8 @@ namespace {
 
 constexpr int32_t kReplacement = 0xFFFD;
 
-void AppendChar(std::string& text, int32_t character) {
-  char buffer[U8_MAX_LENGTH];
-  int32_t length = 0;
-  U8_APPEND_UNSAFE(buffer, length, character);
-  text.append(buffer, static_cast<size_t>(length));
-}
-
-// The end of the ASCII run that begins at position.
-size_t SkipAscii(std::string_view text, size_t position) {
-  while (text.size() - position >= 8) {
-    uint64_t word;
-    std::memcpy(&word, text.data() + position, 8);
-    if ((word & 0x8080808080808080u) != 0) break;
-    position += 8;
-  }
-  while (position < text.size() && static_cast<unsigned char>(text[position]) < 0x80) ++position;
-  return position;
-}
-
-// The code point at position, which moves behind it; negative for what is no UTF-8.
-int32_t NextChar(std::string_view text, size_t& position) {
-  auto lead = static_cast<unsigned char>(text[position]);
-  if (lead < 0x80) {
-    ++position;
-    return lead;
-  }
-  // The macro counts in 32 bits: show it no more than one character.
-  const char* at = text.data() + position;
-  auto length = static_cast<int32_t>(std::min<size_t>(text.size() - position, U8_MAX_LENGTH));
-  int32_t used = 0;
-  UChar32 character;
-  U8_NEXT(at, used, length, character);
-  position += static_cast<size_t>(used);
-  return character;
-}
-
-std::string MendUtf8(std::string_view bytes) {
+// Each sequence that is no UTF-8 as one replacement character.
+std::string ReplaceIllFormed(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());
   for (size_t position = 0; position < bytes.size();) {
@@ -68,7 +31,7 @@ std::string MendUtf8(std::string_view bytes) {
     position = end;
     if (position == bytes.size()) break;
     size_t start = position;
-    if (NextChar(bytes, position) < 0) {
+    if (NextSequence(bytes, position) < 0) {
       AppendChar(text, kReplacement);
     } else {
       text.append(bytes, start, position - start);
@@ -140,7 +103,7 @@ class Charset {
   // nullptr when ICU knows no such charset.
   static std::unique_ptr<Charset> Open(const std::string& converterName) {
     std::unique_ptr<Charset> charset(new Charset);
-    if (converterName == "utf-8") {
+    if (converterName == "UTF-8") {
       charset->isUtf8_ = true;
       return charset;
     }
@@ -158,7 +121,7 @@ class Charset {
   bool HoldsAscii() const { return holdsAscii_; }
 
   std::string Convert(std::string_view bytes) {
-    if (isUtf8_) return IsValidUtf8(bytes) ? std::string(bytes) : MendUtf8(bytes);
+    if (isUtf8_) return IsValidUtf8(bytes) ? std::string(bytes) : ReplaceIllFormed(bytes);
     if (isTable_) return ConvertByTable(bytes);
     return isEscaped_ ? ConvertByIcu(WithoutEmptyRuns(bytes)) : ConvertByIcu(bytes);
   }
@@ -287,79 +250,33 @@ std::string BytesToUtf8(std::string_view bytes, std::string_view charset) {
   if (auto text = CharsetToUtf8(bytes, charset)) return *std::move(text);
   if (IsAscii(bytes)) return std::string(bytes);
   if (auto text = CharsetToUtf8(bytes, SystemCodePage())) return *std::move(text);
-  return MendUtf8(bytes);
-}
-
-bool IsAscii(std::string_view text) {
-  return SkipAscii(text, 0) == text.size();
-}
-
-bool IsValidUtf8(std::string_view text) {
-  for (size_t position = 0; (position = SkipAscii(text, position)) < text.size();) {
-    if (NextChar(text, position) < 0) return false;
-  }
-  return true;
+  return ReplaceIllFormed(bytes);
 }
 
 std::string EnsureUtf8(std::string_view text) {
   return IsValidUtf8(text) ? std::string(text) : BytesToUtf8(text, {});
 }
 
-size_t CountChars(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
-}
-
-std::string_view FirstChars(std::string_view text, size_t count) {
-  if (text.size() <= count) return text;
-  size_t position = 0;
-  for (; position < text.size(); ++position) {
-    if ((static_cast<unsigned char>(text[position]) & 0xC0) == 0x80) continue;
-    if (count-- == 0) break;
-  }
-  return text.substr(0, position);
-}
-
-std::string FoldCase(std::string_view text) {
-  std::string folded;
-  folded.reserve(text.size());
+std::string MendUtf8(std::string_view text) {
+  std::string mended;
+  mended.reserve(text.size() + text.size() / 4);
+  size_t stray = 0;  // bytes before position that are no UTF-8
+  auto mend = [&](size_t position) {
+    if (stray == 0) return;
+    mended += *CharsetToUtf8(text.substr(position - stray, stray), "windows-1252");
+    stray = 0;
+  };
   for (size_t position = 0; position < text.size();) {
     size_t start = position;
-    int32_t character = NextChar(text, position);
-    if (character < 0) {
-      folded.append(text, start, position - start);
-    } else if (character < 0x80) {
-      bool isUpper = character >= 'A' && character <= 'Z';
-      folded += static_cast<char>(isUpper ? character - 'A' + 'a' : character);
-    } else {
-      AppendChar(folded, u_foldCase(character, U_FOLD_CASE_DEFAULT));
+    if (NextChar(text, position) >= kNoChar) {
+      stray++;
+      continue;
     }
+    mend(start);
+    mended.append(text, start, position - start);
   }
-  return folded;
-}
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  if (a == b) return true;
-  // Folding may change a character's length in bytes, but never the number of characters.
-  if (CountChars(a) != CountChars(b)) return false;
-  return FoldCase(a) == FoldCase(b);
-}
-
-std::string AsciiLower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
-
-std::string AsciiUpper(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
+  mend(text.size());
+  return mended;
 }
 
 std::string Utf16ToUtf8(std::string_view bytes) {

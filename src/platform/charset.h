@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/utf8.h"
+
 namespace tarnwick::platform {
 
 bool IsKnownCharset(std::string_view name);
@@ -26,25 +28,12 @@ std::optional<std::string> CharsetToUtf8(std::string_view bytes, std::string_vie
 // (Charsets that are not supersets of ASCII, such as iso-2022-jp or utf-7, are honoured.)
 std::string BytesToUtf8(std::string_view bytes, std::string_view charset);
 
-bool IsAscii(std::string_view text);
-bool IsValidUtf8(std::string_view text);
-
 // The text itself when it is valid UTF-8, else its bytes read in the system code page.
 std::string EnsureUtf8(std::string_view text);
 
-// Number of characters (code points). REQUIRES: valid UTF-8.
-size_t CountChars(std::string_view text);
-// At most count characters from the start, cut between characters.
-std::string_view FirstChars(std::string_view text, size_t count);
-
-// Simple case folding, code point by code point, for every script: equal folds are what the
-// database calls equal. CountChars is unchanged.
-std::string FoldCase(std::string_view text);
-bool EqualIgnoringCase(std::string_view a, std::string_view b);
-
-// ASCII only, for protocol words; other bytes are untouched.
-std::string AsciiLower(std::string_view text);
-std::string AsciiUpper(std::string_view text);
+// Valid UTF-8 made of any bytes: what is none is read as windows-1252, byte by byte. The last
+// resort for text that nobody has converted before.
+std::string MendUtf8(std::string_view text);
 
 // UTF-16LE bytes, as registries and stores keep texts, up to the first NUL or the end.
 std::string Utf16ToUtf8(std::string_view bytes);

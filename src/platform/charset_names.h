@@ -13,8 +13,8 @@ namespace tarnwick::platform {
 // no part of a name; "" when nothing is left or the name is too long to be one.
 std::string NormalCharsetName(std::string_view name);
 
-// The converter for a normal name: widened (iso-8859-1 becomes windows-1252) or translated from an
-// old name, else the name itself; "" for names that are known to say nothing ("x-unknown").
+// ICU's converter for a normal name, which may be an old one that ICU does not know; widened where
+// mail means more than it says (iso-8859-1 becomes windows-1252). "" for what is no charset's name.
 std::string ConverterName(const std::string& normalName);
 
 }  // namespace tarnwick::platform

@@ -111,4 +111,17 @@ std::string LogonName() {
   return "user";
 }
 
+std::string HomeFolder() {
+#ifdef _WIN32
+  const char* home = std::getenv("USERPROFILE");
+  return home != nullptr ? home : "";
+#else
+  if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') return home;
+  if (Override().passwordHome) return *Override().passwordHome;
+  const passwd* entry = getpwuid(geteuid());
+  bool isFolder = entry != nullptr && entry->pw_dir != nullptr && entry->pw_dir[0] == '/';
+  return isFolder ? entry->pw_dir : "";
+#endif
+}
+
 }  // namespace tarnwick::platform

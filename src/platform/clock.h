@@ -35,12 +35,17 @@ int64_t UnixFromLocal(DateTime local);
 // Log-on name of the current user, UTF-8; "user" when the machine knows none.
 std::string LogonName();
 
+// The folder of the user who runs the program: HOME where that is an absolute path, else what the
+// password database says; "" where neither names one.
+std::string HomeFolder();
+
 // For tests: each value stands in for the machine's until it is reset with {}.
 struct ClockOverride {
   std::optional<DateTime> now;
   std::optional<int> zoneBiasMinutes;
   std::optional<std::string> logonName;
-  std::optional<int64_t> tickStep = {};  // TickMilliseconds goes on by so much at each call
+  std::optional<std::string> passwordHome = {};  // the password database's word
+  std::optional<int64_t> tickStep = {};          // TickMilliseconds goes on by so much at each call
 };
 void SetClockOverride(ClockOverride values);
 

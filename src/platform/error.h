@@ -25,6 +25,7 @@ inline constexpr int kSystemCode = 200;     // a timestamp that the system refus
 inline constexpr int kUnexpected = 51;      // an internal error: a bug, out of memory
 inline constexpr int kObjectClosed = 3704;  // a recordset or connection used while closed
 inline constexpr int kObjectOpen = 3705;    // opened while open
+inline constexpr int kNewerFile = 3343;     // a database of a later version of the program
 inline constexpr int kNotUpdatable = 3251;  // a change where rows can only be read
 inline constexpr int kNoCurrentRow = 3021;  // a row was asked for at the end or the beginning
 inline constexpr int kNoSuchItem = 3265;    // a field name that the recordset does not have

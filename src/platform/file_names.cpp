@@ -105,7 +105,9 @@ std::string SafeFileName(std::string_view name, size_t maxChars) {
   while (extension.empty() && !stem.empty() && (stem.back() == '.' || stem.back() == ' ')) {
     stem.pop_back();
   }
-  if (IsDeviceName(stem)) stem.insert(0, "_");
+  // A command to which the name is given would take "-rf" for an option of its own.
+  bool isOption = !stem.empty() && stem[0] == '-';
+  if (isOption || IsDeviceName(stem)) stem.insert(0, "_");
   return stem + extension;
 }
 

@@ -84,9 +84,10 @@ std::vector<std::string> ListFolders(const std::string& folder);
 std::optional<std::string> FindIgnoringCase(const std::string& folder, std::string_view relative);
 
 // A name from a message or a person made fit to be a file's name anywhere: no separators, control
-// or reserved characters, no leading dot, no trailing dot or blank, no device name, at most
-// maxChars characters (the extension is kept), "_" for each character that is replaced. May be
-// empty when nothing is left. The text need not be valid UTF-8.
+// or reserved characters, no leading dot, no trailing dot or blank, at most maxChars characters
+// (the extension is kept), "_" for each character that is replaced. A device name, and a name that
+// begins with "-" as an option does, get a "_" in front. May be empty when nothing is left. The
+// text need not be valid UTF-8.
 std::string SafeFileName(std::string_view name, size_t maxChars = 100);
 // folder + name, or folder + "name (2).ext" and so on: a path that nothing has yet. The number is
 // searched by halves, so that the ten thousandth file of a name costs a dozen looks; where some

@@ -68,15 +68,22 @@ size_t CopyTag(std::string_view html, size_t position, std::string& out) {
 }
 
 // Copies a comment or document type and drops any other "<!": word processors write <![if ...]>,
-// which the parser would take for text.
-size_t PassDeclaration(std::string_view html, size_t position, std::string& out) {
+// which the parser would take for text. lastClose: where the last ">" of the document stands, so
+// that many declarations without an end are not each searched for one.
+size_t PassDeclaration(std::string_view html, size_t position, size_t lastClose, std::string& out) {
   bool isComment = html.substr(position, 4) == "<!--";
-  size_t end = isComment ? html.find("-->", position + 2) : html.find('>', position);
-  end = end == std::string_view::npos ? html.size() : end + (isComment ? 3 : 1);
+  bool hasEnd = lastClose != std::string_view::npos && lastClose > position;
+  size_t end = html.size();
+  if (isComment) {
+    size_t close = html.find("-->", position + 2);
+    if (close != std::string_view::npos) end = close + 3;
+  } else if (hasEnd) {
+    end = html.find('>', position) + 1;
+  }
   constexpr size_t kTypeLength = 9;
   if (isComment || AsciiUpper(html.substr(position, kTypeLength)) == "<!DOCTYPE") {
     out.append(html, position, end - position);
-  } else if (end == html.size() && html.back() != '>') {
+  } else if (!hasEnd) {
     out += "&lt;";
     return position + 1;
   }
@@ -88,6 +95,7 @@ size_t PassDeclaration(std::string_view html, size_t position, std::string& out)
 std::string Tame(std::string_view html) {
   std::string out;
   out.reserve(html.size());
+  const size_t lastClose = html.rfind('>');
   for (size_t position = 0; position < html.size();) {
     if (html[position] == '<' && position + 1 < html.size() && IsLetter(html[position + 1])) {
       size_t next = CopyTag(html, position, out);
@@ -99,7 +107,7 @@ std::string Tame(std::string_view html) {
       break;
     }
     if (html.substr(position, 2) == "<!") {
-      position = PassDeclaration(html, position, out);
+      position = PassDeclaration(html, position, lastClose, out);
       continue;
     }
     size_t end = html.find('<', position + 1);
@@ -187,13 +195,11 @@ struct FreeParser {
   void operator()(htmlParserCtxtPtr parser) const { htmlFreeParserCtxt(parser); }
 };
 
-}  // namespace
-
-std::string HtmlToPlainText(std::string_view html) {
-  if (std::all_of(html.begin(), html.end(), IsBlank)) return "";
+HtmlText ReadHtml(std::string_view html) {
+  if (std::all_of(html.begin(), html.end(), IsBlank)) return {};
   std::string tame = Tame(html.substr(0, kLongest));
   std::unique_ptr<htmlParserCtxt, FreeParser> parser(htmlNewParserCtxt());
-  if (!parser) return "";
+  if (!parser) return {};
   static htmlSAXHandler handler = MakeHandler();
   *parser->sax = handler;
   Reader reader;
@@ -203,7 +209,18 @@ std::string HtmlToPlainText(std::string_view html) {
                      HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
                          HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED | HTML_PARSE_IGNORE_ENC |
                          XML_PARSE_HUGE);
-  return reader.text.HasBody() ? reader.text.Take() : std::string();
+  return std::move(reader.text);
+}
+
+}  // namespace
+
+std::string HtmlToPlainText(std::string_view html) {
+  HtmlText text = ReadHtml(html);
+  return text.HasBody() ? text.Take() : std::string();
+}
+
+std::string ShownText(std::string_view html) {
+  return ReadHtml(html).Take();
 }
 
 }  // namespace tarnwick::platform

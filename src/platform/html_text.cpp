@@ -25,6 +25,10 @@ constexpr std::array<std::string_view, 4> kMoreBlocks = {"summary", "table", "ul
 constexpr std::array<std::string_view, 12> kSkipped = {"applet", "audio",    "canvas", "frameset",
                                                        "head",   "iframe",   "object", "script",
                                                        "style",  "template", "title",  "video"};
+constexpr std::array<std::string_view, 13> kOfHead = {
+    "base", "basefont", "bgsound",  "head",   "html",  "isindex", "link",
+    "meta", "noframes", "noscript", "script", "style", "title"};
+static_assert(std::is_sorted(kOfHead.begin(), kOfHead.end()));
 static_assert(std::is_sorted(kBlocks.begin(), kBlocks.end()));
 static_assert(std::is_sorted(kMoreBlocks.begin(), kMoreBlocks.end()));
 static_assert(std::is_sorted(kSkipped.begin(), kSkipped.end()));
@@ -83,11 +87,22 @@ void HtmlText::BeginText() {
   }
 }
 
+// What does not belong into a head ends it, closed or not; "" stands for text.
+void HtmlText::EndHeadBefore(std::string_view name) {
+  if (open_.empty() || !open_.back().isHead || Holds(kOfHead, name)) return;
+  open_.back().isHead = false;
+  if (!open_.back().skips) return;
+  open_.back().skips = false;
+  --skipping_;
+}
+
 void HtmlText::Open(std::string_view name, Look look) {
+  EndHeadBefore(name);
   Element element;
   element.shape = ShapeOf(name);
   element.skips = look.hidden || IsSkipped(name);
   element.keepsBlanks = look.keepsBlanks || name == "pre" || name == "textarea" || name == "xmp";
+  element.isHead = name == "head";
   if (name == "body") hasBody_ = true;
   if (element.skips) ++skipping_;
   if (element.keepsBlanks) ++keeping_;
@@ -141,6 +156,7 @@ void HtmlText::PutPlain(std::string_view text) {
 }
 
 void HtmlText::Characters(std::string_view text) {
+  if (!std::all_of(text.begin(), text.end(), IsBlank)) EndHeadBefore({});
   if (skipping_ > 0 || text.empty()) return;
   if (keeping_ == 0) {
     PutPlain(text);

@@ -41,11 +41,13 @@ class HtmlText {
     bool skips = false;
     bool keepsBlanks = false;
     bool hasCell = false;  // a row that has begun a cell
+    bool isHead = false;   // a HEAD that has not ended
   };
 
   static Shape ShapeOf(std::string_view name);
   static bool IsSkipped(std::string_view name);
 
+  void EndHeadBefore(std::string_view name);
   void AskForBreak(int lines);
   void BreakLine();
   void TrimLine();

@@ -14,6 +14,9 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
+#include "platform/locale_names.h"
+#include "platform/utf8.h"
+
 namespace tarnwick::platform {
 
 namespace {
@@ -27,6 +30,7 @@ struct LocaleFacts {
   std::string longDate;   // ICU pattern
   std::string longTime;   // in FormatDate's letters, or "" where the locale wants more
   std::vector<std::string> months, shortMonths, days, shortDays;
+  DayHalves dayHalves;
 };
 
 std::string& OverrideName() {
@@ -94,6 +98,14 @@ std::string ToFormatLetters(const icu::UnicodeString& icuPattern) {
   return pattern;
 }
 
+// A text without points and blanks.
+std::string LettersOf(icu::UnicodeString text) {
+  for (char16_t mark : {u'.', u' ', u'\u00A0', u'\u202F'}) {
+    text.findAndReplace(icu::UnicodeString(mark), icu::UnicodeString());
+  }
+  return ToUtf8(text);
+}
+
 LocaleFacts MakeFacts(const std::string& name) {
   LocaleFacts facts;
   facts.name = name;
@@ -109,7 +121,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   if (facts.shortDate.empty()) facts.shortDate = "yyyy-mm-dd";
   facts.longDate = ToUtf8(PatternOf(longDate.get()));
   std::string time = ToFormatLetters(PatternOf(longTime.get()));
-  facts.longTime = facts.isPlain || time.find('a') != std::string::npos ? "" : time;
+  bool hasHalves = time.find_first_of("abB") != std::string::npos;
+  facts.longTime = facts.isPlain || hasHalves ? "" : time;
 
   UErrorCode status = U_ZERO_ERROR;
   icu::DateFormatSymbols symbols(facts.locale, status);
@@ -123,6 +136,8 @@ LocaleFacts MakeFacts(const std::string& name) {
   facts.days = Names(texts, count, 1);
   texts = symbols.getShortWeekdays(count);
   facts.shortDays = Names(texts, count, 1);
+  texts = symbols.getAmPmStrings(count);
+  if (count >= 2) facts.dayHalves = {LettersOf(texts[0]), LettersOf(texts[1])};
   facts.months.resize(12);
   facts.shortMonths.resize(12);
   facts.days.resize(7);
@@ -154,16 +169,6 @@ std::string Padded(int value, size_t width) {
   return digits.size() < width ? std::string(width - digits.size(), '0') + digits : digits;
 }
 
-char LowerLetter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameWord(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return LowerLetter(x) == LowerLetter(y);
-         });
-}
-
 // One run of the same letter in a pattern.
 std::string WriteField(char letter, size_t count, const CivilTime& c, DateTime value,
                        bool minutes) {
@@ -191,16 +196,6 @@ std::string WriteField(char letter, size_t count, const CivilTime& c, DateTime v
   }
 }
 
-std::optional<int> ReadNumber(std::string_view part) {
-  if (part.empty() || part.size() > 4) return std::nullopt;
-  int value = 0;
-  for (char c : part) {
-    if (c < '0' || c > '9') return std::nullopt;
-    value = value * 10 + (c - '0');
-  }
-  return value;
-}
-
 std::vector<std::string_view> SplitAny(std::string_view text, std::string_view separators) {
   std::vector<std::string_view> parts;
   while (!text.empty()) {
@@ -211,20 +206,9 @@ std::vector<std::string_view> SplitAny(std::string_view text, std::string_view s
   return parts;
 }
 
-bool ReadTime(std::string_view text, CivilTime& civil) {
-  std::vector<std::string_view> parts = SplitAny(text, ":");
-  if (parts.empty() || parts.size() > 3) return false;
-  int* fields[] = {&civil.hour, &civil.minute, &civil.second};
-  for (size_t i = 0; i < parts.size(); ++i) {
-    auto number = ReadNumber(parts[i]);
-    if (!number) return false;
-    *fields[i] = *number;
-  }
-  return parts.size() > 1;
-}
+}  // namespace
 
-// Day, month and year in the order of the locale's short date.
-std::string FieldOrder() {
+std::string DateOrder() {
   std::string order;
   for (char c : Facts().shortDate) {
     if ((c == 'd' || c == 'm' || c == 'y') && order.find(c) == std::string::npos) order += c;
@@ -232,7 +216,9 @@ std::string FieldOrder() {
   return order.size() == 3 ? order : "ymd";
 }
 
-}  // namespace
+const icu::Locale& UserLocale() {
+  return Facts().locale;
+}
 
 void SetLocaleOverride(std::string name) {
   OverrideName() = std::move(name);
@@ -272,35 +258,6 @@ std::string FormatDate(DateTime value, std::string_view pattern) {
   return result;
 }
 
-std::optional<DateTime> ParseDate(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  size_t blank = text.find(' ');
-  // A date may itself hold blanks ("5. 1. 2004"): the time is the last word, if it has a colon.
-  size_t lastBlank = text.rfind(' ');
-  CivilTime civil;
-  std::string_view date = text;
-  if (blank != std::string_view::npos &&
-      text.substr(lastBlank + 1).find(':') != std::string_view::npos) {
-    if (!ReadTime(text.substr(lastBlank + 1), civil)) return std::nullopt;
-    date = text.substr(0, lastBlank);
-  }
-  std::vector<std::string_view> parts = SplitAny(date, "./- ,");
-  if (parts.size() != 3) return std::nullopt;
-  std::string order = parts[0].size() == 4 ? "ymd" : FieldOrder();
-  for (size_t i = 0; i < 3; ++i) {
-    auto number = ReadNumber(parts[i]);
-    if (!number) return std::nullopt;
-    if (order[i] == 'y') {
-      bool isShort = parts[i].size() <= 2;
-      civil.year = isShort ? *number + (*number <= 29 ? 2000 : 1900) : *number;
-    } else {
-      (order[i] == 'm' ? civil.month : civil.day) = *number;
-    }
-  }
-  return DateTime::FromCivil(civil);
-}
-
 std::array<std::string, 12> LongDateMonthNames() {
   std::array<std::string, 12> names;
   for (int month = 1; month <= 12; ++month) {
@@ -314,6 +271,10 @@ std::array<std::string, 12> LongDateMonthNames() {
     if (name.empty()) name = "month" + std::to_string(month);
   }
   return names;
+}
+
+DayHalves LocalDayHalves() {
+  return Facts().dayHalves;
 }
 
 std::string SystemCodePage() {

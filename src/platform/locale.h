@@ -23,14 +23,22 @@ namespace tarnwick::platform {
 std::string FormatDate(DateTime value, std::string_view pattern);
 
 // Reads what a person types for a date: the locale's short date (two- or four-digit year, any of
-// "." "/" "-" between the parts) or yyyy-mm-dd, optionally followed by a time of day. nullopt when
-// it is no date.
+// "." "/" "-" between the parts), yyyy-mm-dd, or a date with its month in words, in English or as
+// the locale writes it ("March 7, 2005", "Montag, 7. März 2005", "2005年3月7日"); optionally
+// followed by a time of day. nullopt when it is no date.
 std::optional<DateTime> ParseDate(std::string_view text);
 
 // The second blank-separated word of the locale's long date of the first day of each month of
 // 2004 (January first); where the locale's long date has no such word, the month's stand-alone
 // name. No entry is empty.
 std::array<std::string, 12> LongDateMonthNames();
+
+// The words that the locale sets beside a time of twelve hours, without points and blanks ("am").
+struct DayHalves {
+  std::string morning;
+  std::string afternoon;
+};
+DayHalves LocalDayHalves();
 
 // The code page in which a Windows of the user's language keeps its texts, as a charset name:
 // "windows-1252" for western languages, "windows-1251" for Cyrillic ones, "shift_jis", ...

@@ -79,8 +79,9 @@ std::string GetLastLoaded() {
   });
 }
 
-bool GetOption(std::string_view name) {
-  return GetParameter(name, "1", kAmountColumn).AsDouble() == 1;
+bool GetOption(std::string_view name, bool unset) {
+  jet::Value stored = GetParameter(name, "1", kAmountColumn);
+  return stored.IsNull() ? unset : stored.AsDouble() == 1;
 }
 
 void SetOption(std::string_view name, bool on) {

@@ -31,8 +31,9 @@ void SetLastLoaded(DateTime when);
 // In the locale's short date, a blank, hours and minutes; "" when nothing was loaded yet.
 std::string GetLastLoaded();
 
-// Options, 1 on and 0 off: "OutlookExpress", "MSOutlook", "ShowEmailText".
-bool GetOption(std::string_view name);
+// Options, 1 on and 0 off: "OutlookExpress", "MSOutlook", "ShowEmailText", "LogMailTexts". One that
+// was never set is off, or as unset says.
+bool GetOption(std::string_view name, bool unset = false);
 void SetOption(std::string_view name, bool on);
 
 // The folder of the mail owner's Windows profile: TARNWICK_PROFILE, else the stored one, else "".

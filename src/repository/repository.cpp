@@ -77,6 +77,12 @@ void OpenRecordsets() {
   }
 }
 
+bool HasRows(std::string_view table) {
+  jet::Recordset rows;
+  rows.Open(table, RepositoryDb(), CursorType::kKeyset, LockType::kReadOnly, CommandType::kTable);
+  return !rows.Eof();
+}
+
 constexpr int kLocked = 5;  // the engine's number
 
 // What the engine's few words leave open, ": ..."; "" where nothing more is known.
@@ -98,6 +104,18 @@ void Connect(jet::Connection& connection, const std::string& dataSource) {
   } catch (const Error& error) {
     throw Error(error.Number(), error.Description() + WhyNotOpened(error.Number(), dataSource));
   }
+}
+
+// What a killed run left in the scratch folder lies there in clear: it goes first, whether or not
+// anything can be opened. Only a program that is running keeps its own. Throws Error.
+void OpenParameters(jet::Connection& connection) {
+  try {
+    Connect(connection, State().AppFolder + kParameterFile);
+  } catch (const Error& error) {
+    if (error.Number() != kLocked) EmptyScratchFolder();
+    throw;
+  }
+  EmptyScratchFolder();
 }
 
 // The folder checks that both commands begin with; false when the command ends there.
@@ -148,16 +166,20 @@ bool OpenRepository(bool clearAll) {
     OpenedRepository& repository = Repository();
     DisconnectRepository();
     core::SetBeforeQuestion(CommitBeforeQuestion);
-    Connect(repository.ParameterConnection, State().AppFolder + kParameterFile);
+    OpenParameters(repository.ParameterConnection);
+    jet::UpdateTables(repository.ParameterConnection, ParameterTables(), kSchemaVersion);
     repository.RepositoryFolder = GetRepositoryFolder();
-    Connect(repository.RepositoryConnection, repository.RepositoryFolder + kRepositoryFile);
-    jet::UpdateIndexes(repository.RepositoryConnection, RepositoryTables());
+    std::string file = repository.RepositoryFolder + kRepositoryFile;
+    repository.WasNotClosed = jet::HasLog(file);
+    Connect(repository.RepositoryConnection, file);
+    jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
     repository.RepositoryConnection.KeepDigest(ListDigest());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
+    ReserveKeys();
     if (clearAll) ClearRepository();
-    EmptyScratchFolder();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
     OpenRecordsets();
+    repository.MayHoldUnfinished = HasRows("Unfinished");
     return true;
   } catch (...) {
     Error error = core::CurrentError();
@@ -203,10 +225,22 @@ bool ClearRepository() {
           "DELETE * FROM MeContact", "DELETE * FROM MeAddress", "DELETE * FROM RejectSender",
           "DELETE * FROM ccRecipient", "DELETE * FROM ToRecipient", "DELETE * FROM tblProject",
           "DELETE * FROM Email", "DELETE * FROM UserList", "DELETE * FROM ContactEmail",
-          "DELETE * FROM IgnoredEmail"}) {
+          "DELETE * FROM IgnoredEmail", "DELETE * FROM Unfinished"}) {
       RepositoryDb().Execute(statement);
     }
   });
+}
+
+void ReserveKeys() {
+  // Rows of a message that was deleted stay.
+  static constexpr std::array<jet::Reference, 5> kOfMessages = {{{"Attachment", "EmailID"},
+                                                                 {"FileRepository", "FileID"},
+                                                                 {"ToRecipient", "EmailID"},
+                                                                 {"ccRecipient", "EmailID"},
+                                                                 {"Unfinished", "EmailID"}}};
+  static constexpr std::array<jet::Reference, 1> kOfContacts = {{{"Email", "FromTo"}}};
+  jet::ReserveKeys(RepositoryDb(), "Email", kOfMessages);
+  jet::ReserveKeys(RepositoryDb(), "MeContact", kOfContacts);
 }
 
 bool HasNoEmail() {
@@ -227,6 +261,7 @@ void ReadOptions() {
   state.UseOutlookExpress = GetOption("OutlookExpress");
   state.UseMSOutlook = GetOption("MSOutlook");
   state.ShowEmailText = GetOption("ShowEmailText");
+  state.LogMailTexts = GetOption("LogMailTexts", true);
 }
 
 bool SwitchRepository(const std::string& folder) {

@@ -17,6 +17,9 @@ struct OpenedRepository {
   jet::Connection ParameterConnection;   // emlParameter.twr
   jet::Connection RepositoryConnection;  // Tarnwick.twr
   std::string RepositoryFolder;          // with its separator
+  bool WasNotClosed = false;             // by who had it open last: a crash, a kill, a power cut
+  // Some message of it may be left by half (table Unfinished): spares the look where none is.
+  bool MayHoldUnfinished = false;
 
   jet::Recordset EmailRecordset;
   jet::Recordset AttachmentRecordset;
@@ -47,6 +50,9 @@ bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
 bool OpenRepository(bool clearAll);
 void DisconnectRepository();
 bool ClearRepository();
+// After rows were copied in from another file: no message or contact gets a key that rows left of a
+// deleted one still name. Opening does it as well. Throws Error.
+void ReserveKeys();
 
 // Spends some milliseconds on what searches for texts need to be quick; true when nothing is left
 // to do. For a program that has nothing else to do just now.

@@ -117,6 +117,9 @@ std::vector<TableDefinition> MakeRepositoryTables() {
   tables.push_back({"IgnoredEmail",
                     {{"ID", ColumnType::kAutoNumber}, {"MessageID", ColumnType::kText}},
                     {{"IgnoredEmailMessageID", {"MessageID"}}}});
+  // Messages of which an error left only a part. One that is being stored is entered in the commit
+  // that holds its first row.
+  tables.push_back({"Unfinished", {{"EmailID", ColumnType::kKey}}, {}});
   tables.push_back({"ObjectList", {{"ID", ColumnType::kLong}}, {{"ObjectListID", {"ID"}}}});
   return tables;
 }

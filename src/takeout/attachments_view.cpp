@@ -21,6 +21,7 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "repository/plain_text_view.h"
 #include "takeout/file_kinds.h"
 
 namespace tarnwick::takeout {
@@ -129,7 +130,7 @@ class AttachmentsView::List : public QListWidget {
     if (attachments_ == nullptr) return;
     for (const Attachment& attachment : attachments_->List()) {
       auto* item = new QListWidgetItem(IconOf(attachment, *this), Caption(attachment), this);
-      item->setToolTip(Qt::convertFromPlainText(
+      item->setToolTip(repository::TipText(
           attachment.isProgram ? QString::fromStdString(ProgramWarning(attachment.name))
                                : Caption(attachment)));
     }

@@ -150,7 +150,7 @@ class Saving {
     if (!letter || !file) {
       ++counts_.withoutFile;
       core::WriteLog("Not saved, no stored file: message " + std::to_string(id) +
-                     (letter ? ", " + letter->subject : std::string()));
+                     (letter ? ", " + core::LoggedMailText(letter->subject) : std::string()));
       return true;
     }
     try {
@@ -159,7 +159,8 @@ class Saving {
       return true;
     } catch (const Error& error) {
       ++failuresInARow_;
-      core::WriteLog("Not saved: message " + std::to_string(id) + ", " + letter->subject);
+      core::WriteLog("Not saved: message " + std::to_string(id) + ", " +
+                     core::LoggedMailText(letter->subject));
       // A mailbox file ends where writing fails.
       bool isLast = error.Number() == ErrorNumber::kDiskFull ||
                     order_.format == SaveFormat::kMbox || failuresInARow_ >= kMostFailuresInARow;

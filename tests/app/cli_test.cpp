@@ -98,19 +98,22 @@ TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
 TEST_F(Cli, WhatAMessageSaysIsShownAndNotObeyed) {
   std::string file = WriteMessage("evil.eml",
                                   "From: \"=?utf-8?Q?A=1B[2J=C2=9B=0D=0ATo:_x?=\" "
-                                  "<a@b.test>\r\nSubject: =?utf-8?Q?a=E2=80=AEb?="
-                                  "\x1B]0;x\x07\r\n\r\nt\x1B[31mred\r\n");
+                                  "<a@b.test>\r\nSubject: =?utf-8?Q?a=E2=80=AEb=E2=80=8F?="
+                                  "\x1B]0;x\x07\r\n\r\nt\x1B[31mred\rover\r\n");
   ASSERT_EQ(Run({"take", file}).status, 0);
   for (std::vector<std::string> words : {std::vector<std::string>{"list"},
+                                         {"list", "--json"},
+                                         {"contacts", "--json"},
                                          {"show", "1"},
                                          {"show", "1", "--text"},
                                          {"contacts"},
                                          {"delete", "1"}}) {
     ProgramRun run = Run(words, "n\n");
-    for (const char* obeyed : {"\x1B", "\x07", "\u009B", "\u202E", "\nTo:"}) {
+    for (const char* obeyed : {"\x1B", "\x07", "\u009B", "\u202E", "\u200F", "\rover", "\nTo:"}) {
       EXPECT_EQ((run.output + run.errors).find(obeyed), std::string::npos) << words[0] << obeyed;
     }
   }
+  EXPECT_NE(Run({"list", "--json"}).output.find(R"(a\u202eb\u200f\u001b]0;x)"), std::string::npos);
   EXPECT_NE(Run({"show", "1", "--raw"}).output.find("\x1B[31m"), std::string::npos);
 }
 

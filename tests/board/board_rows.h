@@ -86,10 +86,13 @@ class RememberingForm : public board::ListForm {
     placeholder = isPlaceholder;
   }
   void ShowFilter(const board::ListFilter& shown) override { filter = shown; }
+  void DescribeCounts(int64_t in, int64_t out) override { received = in, sent = out; }
 
   int bindings = 0;
   bool placeholder = false;
   board::ListFilter filter;
+  int64_t received = 0;
+  int64_t sent = 0;
 };
 
 }  // namespace tarnwick::testing

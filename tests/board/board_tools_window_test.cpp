@@ -13,6 +13,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
 #include <memory>
 
 #include "board/email_text_window.h"
@@ -163,6 +164,16 @@ TEST_F(BoardTools, TheTextWindowFollowsTheSelectionWhileTheBoxIsOn) {
   EXPECT_TRUE(Box()->isChecked());
   Select(0);
   EXPECT_EQ(TextWindow()->size(), QSize(456, 345));
+}
+
+TEST_F(BoardTools, TheTextWindowsCaptionIsTheSubject) {
+  frmEmailText window;
+  for (const char* subject : {"Two  blanks [*] and [*][*] marks", "<b>bold</b>"}) {
+    window.ShowText({subject, "text"});
+    EXPECT_EQ(window.windowHandle()->title().toStdString(), subject);
+  }
+  window.ShowText({"folded\r\n\tline", "text"});
+  EXPECT_EQ(window.windowHandle()->title(), "folded line");
 }
 
 TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Mail that means ill, taken from its file to its rows. Whatever a kind holds, it is stored byte
+// Malicious mail, taken from its file to its rows. Whatever a kind holds, it is stored byte
 // for byte or refused, its texts are UTF-8, its rows are as many as it counts, its neighbours in
 // the repository stay, and nothing is written outside the scratch folder. What else must come of it
 // stands beside it.
@@ -77,6 +77,9 @@ class HostileMail : public testing::ProgramFixture {
 TEST_F(HostileMail, BecomesWhatItIsAndNothingElse) {
   std::vector<std::string> outside = platform::ListFiles(folder_.Path());
   std::vector<HostileKind> kinds = testing::HostileKinds(4000);
+  for (size_t i = 0; i < testing::RepeatedWordCount(); ++i) {
+    kinds.push_back(testing::RepeatedWord(i, 400));
+  }
   EXPECT_GE(kinds.size(), 60U);
   int64_t last = 2;
   int number = 0;

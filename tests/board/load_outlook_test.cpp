@@ -10,6 +10,7 @@
 #include "board/load_command.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/pst_builder.h"
 
@@ -96,6 +97,19 @@ TEST_F(LoadOutlook, IsNotReadWhereThePersonSaysNo) {
   ui_.yesNo = {false};
   EXPECT_FALSE(LoadFromMailer({}).ran);
   EXPECT_FALSE(repository::GetOption("MSOutlook"));
+  EXPECT_EQ(CountRows("Email"), 0);
+}
+
+TEST_F(LoadOutlook, NothingIsTakenIntoARepositoryThatIsLeftUnfinished) {
+  repository::RepositoryDb().SetMark(1);
+  LoadOptions options;
+  options.everyMailer = true;
+  LoadResult result = LoadFromMailer(options);
+  EXPECT_TRUE(result.failed);
+  EXPECT_FALSE(result.ran);
+  EXPECT_EQ(TakeTextFiles({WriteTemp("one.txt", "From: a@b.test\r\n\r\nx")}).notReached, 1);
+  EXPECT_EQ(ui_.shown.size(), 2U);
+  EXPECT_EQ(ui_.Shown("error").size(), 2U);
   EXPECT_EQ(CountRows("Email"), 0);
 }
 

@@ -13,6 +13,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTest>
 #include <memory>
 #include <set>
 
@@ -22,6 +23,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 #include "support/profile_builder.h"
 #include "support/program_fixture.h"
 
@@ -230,6 +232,73 @@ TEST_F(Window, LayoutAndFilterComeBack) {
   EXPECT_TRUE(window_->Grid().isColumnHidden(6));
 }
 
+TEST_F(Window, DatesThatWereTypedStayAndOthersGrow) {
+  AddListed({.subject = "Budget"});
+  Start();
+  auto* to = window_->findChild<QLineEdit*>("DateTo");
+  ASSERT_EQ(to->text(), "6/15/2020");
+  to->setFocus();
+  to->selectAll();
+  QTest::keyClicks(to, "6/15/2020");
+  QTest::keyClick(to, Qt::Key_Return);
+  EXPECT_TRUE(window_->close());
+  AddListed({.subject = "Older", .received = DateTime::FromDate(2001, 1, 2)});
+  platform::ClockOverride clock;
+  clock.now = DateTime::FromDate(2020, 6, 18);
+  platform::SetClockOverride(clock);
+  Start();
+  EXPECT_EQ(window_->findChild<QLineEdit*>("DateTo")->text(), "6/15/2020");
+  EXPECT_EQ(window_->findChild<QLineEdit*>("DateFrom")->text(), "1/2/2001");
+}
+
+TEST_F(Window, AnEntryOfABoxsOwnListFindsItsMessages) {
+  const char* names[] = {"Ann  Lee", "Ann\u3000Lee", "Ann\u00A0Lee",
+                         "Ann\tLee", "Pat O'Brien",  "\"Bob\" the builder",
+                         "'",        " Edge ",       "100% 'sure' [_] "};
+  for (const char* name : names) AddListed({.subject = name, .name = name, .files = {name}});
+  Start();
+  for (const char* box : {"cmbFromTo", "cmbFile"}) {
+    auto* combo = window_->findChild<QComboBox*>(box);
+    ASSERT_EQ(combo->count(), static_cast<int>(std::size(names))) << box;
+    for (int i = 0; i < combo->count(); ++i) {
+      combo->setCurrentIndex(i);
+      std::string chosen = combo->currentText().toStdString();
+      emit combo->activated(i);
+      EXPECT_THAT(ListedSubjects(), ::testing::Contains(chosen)) << box;
+    }
+    // It is as it was when the window opens again.
+    auto listed = ListedSubjects();
+    EXPECT_TRUE(window_->close());
+    Start();
+    EXPECT_EQ(ListedSubjects(), listed) << box;
+    Click("ShowAll");
+  }
+}
+
+TEST_F(Window, TheCountsAreExplainedInPlainNumbers) {
+  AddListed({.subject = "a", .files = {"1.txt", "2.txt", "3.txt"}});
+  AddListed({.subject = "b", .direction = "Out"});
+  Start();
+  auto* counts = window_->findChild<QLabel*>("Counts");
+  EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 2 In; 0 Out") << "files count, as ever";
+  EXPECT_EQ(counts->toolTip(), "2 messages: 1 received, 1 sent");
+  EXPECT_EQ(counts->accessibleDescription(), counts->toolTip());
+  window_->findChild<QComboBox*>("cmbFile")->setEditText(".txt");
+  emit window_->Filter().FilterChanged();
+  EXPECT_EQ(counts->toolTip(), "1 message: 1 received, 0 sent");
+}
+
+TEST_F(Window, AnEmptyListOfRelatedMessagesSaysWhy) {
+  AddListed({.subject = "Re: Ann's \"plan\""});
+  Start();
+  window_->Grid().selectRow(0);
+  Click("cmRelated");
+  EXPECT_EQ(CountListed(), 0);
+  EXPECT_TRUE(window_->Grid().accessibleDescription().contains("apostrophe"));
+  Filter("Subject", "nothing like it");
+  EXPECT_FALSE(window_->Grid().accessibleDescription().contains("apostrophe"));
+}
+
 class LoadingWindow : public Window {
  protected:
   LoadingWindow() : profile_(folder_.File("Ann/")) {
@@ -280,6 +349,21 @@ TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
   emit notice->linkActivated("all");
   EXPECT_EQ(CountListed(), 3);
   EXPECT_FALSE(notice->isVisible());
+}
+
+TEST_F(LoadingWindow, WithoutMailTextsTheLogTellsNoSubject) {
+  Start();
+  for (bool logged : {true, false}) {
+    core::State().LogMailTexts = logged;
+    core::State().RepositoryIsEmpty = true;
+    ui_.yesNo = {true};
+    if (logged) ui_.folders = {profile_.Folder()};
+    if (logged) ui_.senders = {core::SenderAnswer::kAcceptAll};
+    platform::RemoveFile(core::State().LogFile);
+    Click("LoadMailler");
+    EXPECT_NE(Log().find("*****Email = "), std::string::npos);
+    EXPECT_EQ(Log().find("latest") != std::string::npos, logged);
+  }
 }
 
 TEST_F(LoadingWindow, OnlyStopCanBeGivenWhileALoadRunsAndClosingWaitsForIt) {
@@ -337,6 +421,23 @@ TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
   window_->Actions().openRepository->trigger();
   EXPECT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_THAT(ListedSubjects(), ElementsAre("in the other"));
+}
+
+TEST_F(Window, AfterACrashACheckIsOffered) {
+  board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
+  repository::DisconnectRepository();
+  WriteTemp("Tarnwick.twr-wal", "");
+  ASSERT_TRUE(repository::OpenRepository(false));
+  Start();
+  auto* notice = window_->findChild<QLabel*>("Notice");
+  ASSERT_TRUE(notice->isVisible());
+  repository::RepositoryDb().Execute("DELETE * FROM FileRepository");
+  emit notice->linkActivated("check");
+  EXPECT_FALSE(notice->isVisible());
+  ASSERT_EQ(ui_.Shown("box").size(), 1U);
+  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("1 message(s), 1 damaged"));
+  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("Message 1: Its original is missing"));
+  EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
 }
 
 TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {

@@ -180,7 +180,7 @@ TEST_F(Timeline, ACorrespondentIsFilteredByAndLetGoAgain) {
   auto* fromTo = window_->findChild<QComboBox*>("cmbFromTo");
   QTest::mouseClick(&people, Qt::LeftButton, {}, people.CellRect(1).center());
   Settle();
-  EXPECT_EQ(fromTo->currentText(), "Bob O");  // the filter takes no quotation marks
+  EXPECT_EQ(fromTo->currentText(), "Bob O'Neil");
   EXPECT_THAT(ListedSubjects(), ElementsAre("may"));
   EXPECT_EQ(people.People().size(), 2U);
   people.setFocus();

@@ -4,9 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -35,6 +40,44 @@ class Messages : public ::testing::Test {
   testing::ScriptedUi ui_;
 };
 
+// Puts the environment back as it was.
+class WithoutHome {
+ public:
+  WithoutHome() {
+    for (const char* name : kNames) {
+      const char* value = std::getenv(name);
+      former_.push_back(value == nullptr ? std::nullopt : std::optional<std::string>(value));
+      unsetenv(name);
+    }
+  }
+  ~WithoutHome() {
+    for (size_t i = 0; i < former_.size(); ++i) {
+      if (former_[i]) setenv(kNames[i], former_[i]->c_str(), 1);
+    }
+  }
+  WithoutHome(const WithoutHome&) = delete;
+  WithoutHome& operator=(const WithoutHome&) = delete;
+
+ private:
+  static constexpr const char* kNames[] = {"HOME", "XDG_DATA_HOME", "TARNWICK_HOME"};
+  std::vector<std::optional<std::string>> former_;
+};
+
+TEST(AppFolder, IsNeverTheCurrentFolderForWantOfAHome) {
+  WithoutHome environment;
+  platform::ClockOverride clock;
+  clock.passwordHome = "/home/ann";
+  platform::SetClockOverride(clock);
+  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
+  setenv("HOME", "somewhere", 1);
+  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
+  unsetenv("HOME");
+  clock.passwordHome = "";
+  platform::SetClockOverride(clock);
+  EXPECT_THROW(ChooseAppFolder("/opt/none/"), Error);
+  platform::SetClockOverride({});
+}
+
 TEST_F(Messages, ASecondStartLeavesOnlyItsOwnEntries) {
   WriteLog("of the first run");
   PrepareRun(folder_.Path());
@@ -57,6 +100,18 @@ TEST_F(Messages, AnErrorIsShownAndLoggedAndGivesTheFailureValue) {
   EXPECT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_NE(Log().find("Error: 51 odd quiet"), std::string::npos);
   EXPECT_EQ(Log().find("progress"), std::string::npos);
+}
+
+TEST_F(Messages, NoTextFromMailCanForgeALineOfTheLog) {
+  platform::RemoveFile(State().LogFile);
+  WriteLog("own\r\nlines \x1B[2J\u009B\u202E\u200F\u2028 \r \n " + OneLogLine("a\r\nError: 5\tb"));
+  GuardedRun("twRead", [] { throw Error(75, "no file a\r\nb"); });
+  WriteLog("");
+  EXPECT_EQ(Log(),
+            "3/7/2005 09:08:07\r\nown\r\n"
+            "lines \\u001b[2J\\u009b\\u202e\\u200f\\u2028 \\r \\n a\\r\\nError: 5\tb\r\n\r\n"
+            "3/7/2005 09:08:07\r\nError: 75 no file a\\r\\nb twRead\r\n\r\n"
+            "3/7/2005 09:08:07\r\n\r\n\r\n");
 }
 
 TEST_F(Messages, ARepeatedBoxCanBeSilencedForOneLoadAndIsAlwaysLogged) {

@@ -178,6 +178,30 @@ TEST_F(DigestTest, AnswersAsTheStatementsDoWhateverIsWritten) {
   }
 }
 
+// Rows that a condition was tested on are remembered, but no longer than they stay as they are.
+TEST_F(DigestTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
+  const std::string where =
+      std::string(kTables) +
+      "WHERE ReceivedTime BETWEEN #01/01/1000# AND #12/31/9000# AND Email.Body Like '%quetzal%'";
+  Recordset list;
+  list.Open("SELECT DISTINCT Email.ID " + where + " ORDER BY Email.Subject", connection_,
+            CursorType::kKeyset, LockType::kOptimistic);
+  EXPECT_EQ(list.RecordCount(), 0);
+  for (const char* change : {"UPDATE Email SET Body = 'quetzal', Subject = ID WHERE ID IN (7, 12)",
+                             "UPDATE Email SET Body = Null WHERE ID = 12",
+                             "UPDATE Email SET Body = 'quetzal', Subject = Null WHERE ID = 100",
+                             "DELETE * FROM Email WHERE ID = 7"}) {
+    Run(change);
+    list.Requery();
+    std::string found;
+    for (; !list.Eof(); list.MoveNext()) found += list.Field("ID").AsText() + "|";
+    if (!found.empty()) found.pop_back();
+    EXPECT_EQ(found, Column("SELECT DISTINCT Email.ID, Email.Subject " + where + kOnlyByStatement +
+                            " ORDER BY Email.Subject"))
+        << change;
+  }
+}
+
 TEST_F(DigestTest, WhatTheEngineRollsBackIsForgotten) {
   Compare("before");
   connection_.BeginGroup();

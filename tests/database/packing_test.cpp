@@ -70,6 +70,10 @@ TEST(Packing, DamageGivesAnErrorAndNoHugeMemory) {
     int error = ErrorOf([&] { EXPECT_LE(Unpack(damaged).size(), damaged.size() * 1000 + 1000); });
     EXPECT_TRUE(error == 0 || error == 11) << error;
   }
+  // A whole and sound value of a million characters in sixty bytes is not believed either.
+  std::string same(2'000'000, 'x');
+  std::string filled(Pack(same));
+  EXPECT_EQ(ErrorOf([&] { Unpack(filled.substr(0, filled.find("\x50\x2A\x4D\x18"))); }), 11);
   // Four gigabytes are told of.
   EXPECT_EQ(
       ErrorOf([] { Unpack(std::string("\x01\x28\xB5\x2F\xFD\xA0\xFF\xFF\xFF\xFF\x01", 11)); }), 11);

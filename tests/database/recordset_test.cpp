@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "database/text/fold.h"
 #include "mail_database.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -272,6 +272,22 @@ TEST_F(RecordsetTest, KeepsItsRowsWhileOthersChangeThem) {
   EXPECT_EQ(Ids(rows), "1 3 4 5 6 7 ");
 }
 
+TEST_F(RecordsetTest, ShowsWhatOthersHaveWrittenInARowThatItRead) {
+  for (size_t size : {10, 10000}) {
+    SCOPED_TRACE(size);
+    Recordset rows;
+    rows.Open("SELECT ID, Body FROM Email ORDER BY ID", connection_, CursorType::kKeyset);
+    for (char c : {'a', 'b', 'c'}) {
+      std::string body(size, c);
+      Run("UPDATE Email SET Body = '" + body + "' WHERE ID = 1");
+      EXPECT_TRUE(rows.Field("Body").AsText() == body) << c;
+    }
+    Run("DELETE * FROM Email WHERE ID = 1");
+    EXPECT_TRUE(rows.Field("Body").IsNull());
+    Run("INSERT INTO Email (ID) VALUES (1)");
+  }
+}
+
 TEST_F(RecordsetTest, FindsFromTheCurrentRowOn) {
   struct Case {
     const char* what;
@@ -403,7 +419,7 @@ std::multiset<std::string> GroupsOf(const std::string& query, Connection& connec
   std::multiset<std::string> groups;
   Recordset rows;
   for (rows.Open(query, connection); !rows.Eof(); rows.MoveNext()) {
-    groups.insert(rows.Field(0).AsText() + "|" + FoldText(rows.Field(1).AsText()));
+    groups.insert(rows.Field(0).AsText() + "|" + platform::FoldCase(rows.Field(1).AsText()));
   }
   return groups;
 }
@@ -429,10 +445,35 @@ TEST_F(RecordsetTest, CountsOfGroupsAreTheEnginesOwn) {
               GroupsOf("SELECT Sum(1) AS Messages" + rest, connection_))
         << group;
   }
-  EXPECT_EQ(GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
-                     connection_),
-            (std::multiset<std::string>{"3|" + FoldText("x"), "1|", "1|" + FoldText("y"),
-                                        "2|" + FoldText("ÿ")}));
+  EXPECT_EQ(
+      GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
+               connection_),
+      (std::multiset<std::string>{"3|" + platform::FoldCase("x"), "1|",
+                                  "1|" + platform::FoldCase("y"), "2|" + platform::FoldCase("ÿ")}));
+}
+
+TEST_F(RecordsetTest, AnEditThatFailsLeavesNothingForTheNextRow) {
+  Recordset rows = OpenTable("MeContact");
+  auto edit = [&](int64_t takenKey) {
+    rows.SetField("Name", "Half");
+    rows.SetField("ID", takenKey);
+  };
+  rows.AddNew();
+  edit(1);
+  EXPECT_NE(ErrorOf([&] { rows.Update(); }), 0);
+  rows.AddNew();
+  edit(1);
+  EXPECT_NE(ErrorOf([&] { rows.AddNew(); }), 0);
+  rows.AddNew();
+  rows.SetField("Name", "Half");
+  EXPECT_EQ(ErrorOf([&] { rows.SetField("NoSuchField", 1); }), ErrorNumber::kNoSuchItem);
+  rows.MoveFirst();
+  edit(2);
+  EXPECT_NE(ErrorOf([&] { rows.MoveNext(); }), 0);
+  EXPECT_EQ(rows.Field("Name").AsText(), "Ann");
+  rows.AddNew();
+  rows.Update();
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob|Zoë|Null");
 }
 
 }  // namespace

@@ -5,10 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "database/text/fold.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
-#include "database/text/sort.h"
+#include "platform/charset.h"
 
 #include <gtest/gtest.h>
 
@@ -64,35 +63,9 @@ TEST(TextOrder, IsTotalAndEqualsExactlyWhereFoldsDo) {
       int order = CompareText(texts[i], texts[j]);
       ASSERT_LE(order, 0) << texts[i] << " / " << texts[j];
       ASSERT_EQ(order, -CompareText(texts[j], texts[i]));
-      ASSERT_EQ(order == 0, FoldText(texts[i]) == FoldText(texts[j]));
+      ASSERT_EQ(order == 0, platform::FoldCase(texts[i]) == platform::FoldCase(texts[j]));
     }
   }
-}
-
-TEST(TextSorter, SortsAsTheComparisonDoes) {
-  std::mt19937 random(5);
-  std::vector<std::pair<std::string, int64_t>> rows;
-  TextSorter up;
-  TextSorter down;
-  for (int64_t key = 0; key < 5000; key++) {
-    std::string text = RandomText(random);
-    // Beyond what is compared without looking at the text, and around it.
-    if (random() % 2 == 0) text = std::string(random() % 24, 'x') + text;
-    up.Add(key, text);
-    down.Add(key, text);
-    rows.emplace_back(std::move(text), key);
-  }
-  up.Add(5000, std::nullopt);
-  down.Add(5000, std::nullopt);
-  std::sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) {
-    int order = CompareTextFully(a.first, b.first);
-    return order != 0 ? order < 0 : a.second < b.second;
-  });
-  std::vector<int64_t> keys = {5000};
-  for (const auto& row : rows) keys.push_back(row.second);
-  EXPECT_EQ(up.Sorted(false), keys);
-  std::reverse(keys.begin(), keys.end());
-  EXPECT_EQ(down.Sorted(true), keys);
 }
 
 TEST(TextOrder, OrdersAsPeopleDo) {
@@ -113,8 +86,10 @@ TEST(TextOrder, OrdersAsPeopleDo) {
 size_t PlainFind(const std::string& text, const std::string& part, bool& found) {
   std::vector<int32_t> folded;
   std::vector<int32_t> wanted;
-  for (size_t i = 0; i < text.size();) folded.push_back(FoldChar(NextChar(text, i)));
-  for (size_t i = 0; i < part.size();) wanted.push_back(FoldChar(NextChar(part, i)));
+  for (size_t i = 0; i < text.size();)
+    folded.push_back(platform::FoldChar(platform::NextChar(text, i)));
+  for (size_t i = 0; i < part.size();)
+    wanted.push_back(platform::FoldChar(platform::NextChar(part, i)));
   auto place = std::search(folded.begin(), folded.end(), wanted.begin(), wanted.end());
   found = place != folded.end() || wanted.empty();
   return static_cast<size_t>(place - folded.begin());
@@ -128,16 +103,18 @@ TEST(TextSearch, FindsWhatThePlainWayFinds) {
     for (int piece = 0; piece < 8; piece++) text += RandomText(random);
     std::string part = RandomText(random);
     // Stray bytes may be split from their neighbours in another way when walked backwards.
-    text = MendUtf8(text);
-    part = MendUtf8(part);
+    text = platform::MendUtf8(text);
+    part = platform::MendUtf8(part);
     bool found = false;
     size_t place = PlainFind(text, part, found);
     Needle::Match match = Needle(part).Find(text);
     ASSERT_EQ(match.begin != Needle::kNone, found) << '"' << text << "\" \"" << part << '"';
     if (!found) continue;
     hits++;
-    ASSERT_EQ(CountChars(std::string_view(text).substr(0, match.begin)), place) << text << part;
-    ASSERT_EQ(CountChars(std::string_view(text).substr(0, match.end)), place + CountChars(part));
+    ASSERT_EQ(platform::CountChars(std::string_view(text).substr(0, match.begin)), place)
+        << text << part;
+    ASSERT_EQ(platform::CountChars(std::string_view(text).substr(0, match.end)),
+              place + platform::CountChars(part));
   }
   EXPECT_GT(hits, 10000);
 }
@@ -206,10 +183,10 @@ TEST(Like, Patterns) {
 }
 
 TEST(MendUtf8, KeepsWhatIsTextAndReadsTheRestAsWindows1252) {
-  EXPECT_EQ(MendUtf8("Gr\xfc\xdf Grüß \x80 \x81"), "Grüß Grüß € \u0081");
-  EXPECT_EQ(MendUtf8("\xed\xa0\x80"), "í\u00A0€");
-  EXPECT_TRUE(IsWellFormed("日本 \U0001F600"));
-  EXPECT_FALSE(IsWellFormed("0123456789\xc0\xaf"));
+  EXPECT_EQ(platform::MendUtf8("Gr\xfc\xdf Grüß \x80 \x81"), "Grüß Grüß € \u0081");
+  EXPECT_EQ(platform::MendUtf8("\xed\xa0\x80"), "í\u00A0€");
+  EXPECT_TRUE(platform::IsValidUtf8("日本 \U0001F600"));
+  EXPECT_FALSE(platform::IsValidUtf8("0123456789\xc0\xaf"));
 }
 
 }  // namespace

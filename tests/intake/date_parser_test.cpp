@@ -6,6 +6,9 @@
 
 #include "core/run_state.h"
 #include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+#include "support/temp_folder.h"
 
 namespace tarnwick::intake {
 namespace {
@@ -20,6 +23,7 @@ class DateParser : public ::testing::Test {
   }
   ~DateParser() override {
     platform::SetClockOverride({});
+    platform::SetLocaleOverride("");
     core::ResetState();
   }
 };
@@ -78,6 +82,33 @@ TEST_F(DateParser, DatesAreMovedFromTheSendersZone) {
   }
 }
 
+TEST_F(DateParser, TimesOfTwelveHoursAreReadInTheUsersLanguage) {
+  const struct {
+    const char* locale;
+    const char* text;
+    const char* date;
+  } rows[] = {
+      {"C", "Monday, January 5, 2004 10:20 PM", "2004-01-05 22:20:00"},
+      {"en_US", "Monday, January 05, 2004 12:20 AM", "2004-01-05 00:20:00"},
+      {"en_US", "5 Jan 2004 7:05:00 p.m. +0300", "2004-01-05 19:05:00"},
+      {"en_US", "5 Jan 2004 7:05:00\u202FPM", "2004-01-05 19:05:00"},
+      {"es_MX", "5 Jan 2004 7:05:00 p. m.", "2004-01-05 19:05:00"},
+      {"el_GR", "5 Jan 2004 7:05:00 μ.μ.", "2004-01-05 19:05:00"},
+      {"ko_KR", "5 Jan 2004 오후 7:05:00", "2004-01-05 19:05:00"},
+      {"en_US", "5 Jan 2004 22:05 PM", "2004-01-05 22:05:00"},
+      {"en_US", "5 Jan 2004 7:05 PDT", "2004-01-05 07:05:00"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    platform::SetLocaleOverride(row.locale);
+    DateTime date;
+    std::string time;
+    std::string zone;
+    twParseDate(date, time, zone, row.text, false);
+    EXPECT_EQ(date.ToIso(), row.date);
+  }
+}
+
 TEST_F(DateParser, ReceivedDatesStayWhereTheyAre) {
   DateTime date;
   std::string time;
@@ -111,6 +142,14 @@ TEST_F(DateParser, AnErrorKeepsWhatWasSet) {
     EXPECT_EQ(time, row.time);
     EXPECT_EQ(zone, row.zone);
   }
+}
+
+TEST_F(DateParser, AnOverlongDateIsLoggedUnderOneName) {
+  testing::TempFolder folder;
+  core::State().LogFile = folder.File("log");
+  EXPECT_FALSE(NamesDate("1 2 3 4 5 6 7 8 9 10 11"));
+  EXPECT_NE(platform::ReadFile(core::State().LogFile).find("out of range twParseDate; \r\n"),
+            std::string::npos);
 }
 
 TEST_F(DateParser, MonthsAreKnownInEnglishAndInTheUsersLanguage) {

@@ -76,6 +76,9 @@ TEST(MixedText, UnclaimedBytesFindTheirCharset) {
       {"undeclared UTF-8", "", "Да", "Да"},
       {"unknown", "x-unknown", "\xC4\xE0", "Да"},
       {"us-ascii can't be", "us-ascii", "\xC4\xE0", "Да"},
+      {"says Cyrillic, is UTF-8", "windows-1251", "план", "план"},
+      {"says Cyrillic, is it", "windows-1251", "\xCD\xB3", "Ні"},
+      {"says Thai, is it", "windows-874", "\xC2\xA1\xC2\xA1", "ยกยก"},
       {"says latin-1, is UTF-8", "iso-8859-1", "Grüße", "Grüße"},
       {"says latin-1, is it", "iso-8859-1",
        "Gr\xFC\xDF"

@@ -11,6 +11,7 @@
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {
@@ -77,6 +78,14 @@ TEST(SplitAddress, NameAndAddressAreToldApart) {
       {"", "no name", "no address"},
       {"@", "@", "@"},
       {"a\tb@c", "a", "b@c"},
+      {"\"ann@home.org\" <ann@example.org>", "ann@home.org", "ann@example.org"},
+      {"'ann@home.org' <ann@example.org> (Lee)", "ann@home.org", "ann@example.org"},
+      {"Ann @ home ann@example.org", "Ann @ home", "ann@example.org"},
+      {"ann@home.org <ann@example.org", "ann@home.org", "ann@example.org"},
+      {"\"Lee <a@b>, Ann\" <ann@example.org>", "Lee <a@b>, Ann", "ann@example.org"},
+      {"Ann <ann@example.org>, Bo <bo@example.org>", "Ann", "ann@example.org"},
+      {"a@b <none> ann@example.org", "a@b <none", "ann@example.org"},
+      {"ann@example.org (Ann @ home)", "(Ann @ home)", "ann@example.org"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(SplitAddress(row.text), (AddressPair{row.name, row.address})) << row.text;
@@ -126,16 +135,31 @@ TEST_F(HeaderParser, EveryFieldOfAnOrdinaryLetterIsFound) {
 }
 
 TEST_F(HeaderParser, ListsAreSplitAtEveryCommaAndGoOnAfterOne) {
-  Parse(Lines({"To: \"Lee, Ann\" <ann@example.org>,", "berta@example.org, ", "Subject: no header",
-               "Cc: a@b,", "", "x"}));
-  ASSERT_EQ(message_.ToCount, 4);
+  Parse(Lines({"To: \"Lee, Ann\" <ann@example.org>,", "berta@example.org, ",
+               "\"Smith: Bob\" <bob@example.org>,", "Carl Holm: home <carl@example.org>,",
+               "mailto:dora@example.org", "Cc: a@b,", "", "x"}));
+  ASSERT_EQ(message_.ToCount, 6);
   EXPECT_EQ(message_.To[0], (AddressPair{"Lee", "no address"}));
   EXPECT_EQ(message_.To[1], (AddressPair{"Ann", "ann@example.org"}));
   EXPECT_EQ(message_.To[2].Address, "berta@example.org");
-  EXPECT_EQ(message_.To[3].Name, "Subject: no header");
-  EXPECT_EQ(message_.Subject, "");
+  EXPECT_EQ(message_.To[3], (AddressPair{"Smith: Bob", "bob@example.org"}));
+  EXPECT_EQ(message_.To[4], (AddressPair{"Carl Holm: home", "carl@example.org"}));
+  EXPECT_EQ(message_.To[5].Address, "mailto:dora@example.org");
   EXPECT_EQ(message_.CcCount, 1);
   EXPECT_EQ(message_.Body, "x\r\n");
+}
+
+TEST_F(HeaderParser, ALineOfAddressesNeverTakesTheNextHeader) {
+  for (const char* next : {"X-Mailer: by@x", "x-sender:by@x", "MIME-Version : 1.0", "Subject:s",
+                           "Received: by x", "Content-Type: text/plain", "--by@x"}) {
+    SCOPED_TRACE(next);
+    for (const char* list : {"To: a@b, ", "Cc: a@b,", "Bcc: a@b;"}) {
+      Parse(Lines({"From: c@d", list, next, "Date: 5 Jan 2004 10:00:00", "", "x"}));
+      EXPECT_EQ(message_.ToCount, *list == 'T' ? 1 : 0);
+      EXPECT_EQ(message_.CcCount, *list == 'C' ? 1 : 0);
+      EXPECT_EQ(message_.Subject, *next == 'S' ? "s" : "");
+    }
+  }
 }
 
 TEST_F(HeaderParser, AHeaderFoldedBeforeItsAddressKeepsIt) {
@@ -250,6 +274,23 @@ TEST_F(HeaderParser, ATakenMessageIsStoredOnce) {
   core::State().StopFlag = true;
   EXPECT_FALSE(Take(text, "key three"));
   EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+}
+
+TEST_F(HeaderParser, LongSubjectsDoNotCutTheDateOffTheKey) {
+  core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
+  const std::string subject = std::string(300, 'w');
+  auto letter = [&](const std::string& day) {
+    return "Subject: " + subject + "\r\nFrom: bob@example.org\r\nDate: Mon, " + day +
+           " Jan 2004 10:20:30 +0000\r\n\r\nBody\r\n";
+  };
+  EXPECT_TRUE(Take(letter("5")));
+  EXPECT_TRUE(Take(letter("12")));
+  EXPECT_FALSE(Take(letter("12")));
+  // Stored by a former version, whose key was cut.
+  repository::RepositoryDb().Execute("DELETE FROM Email WHERE ID = 2");
+  repository::RepositoryDb().Execute("UPDATE Email SET EntryID = '" + subject.substr(0, 255) + "'");
+  EXPECT_FALSE(Take(letter("5")));
+  EXPECT_TRUE(Take(letter("12")));
 }
 
 TEST_F(HeaderParser, AFileThatCannotBeReadIsReported) {

@@ -252,19 +252,74 @@ TEST_F(MimeBody, HtmlWithoutAPlainPartLeavesReadableText) {
       "Content-Type: text/html; charset=windows-1251\r\nSubject: s\r\n\r\n"
       "<html><body>\xC4\xE0</body></html>\r\n");
   EXPECT_EQ(message_.HTMLBody, "<html><body>Да</body></html>\r\n");
-  EXPECT_EQ(message_.Body, "");  // the storing step makes it
+  EXPECT_EQ(message_.Body, "Да");
   Parse(
       "Content-Type: text/html\r\nSubject: s\r\n\r\n"
       "<meta http-equiv=Content-Type content=\"text/html; charset=koi8-r\"><p>\xC4\xC1");
   EXPECT_EQ(message_.HTMLCharset, "koi8-r");
   EXPECT_EQ(message_.Body, "да");  // no BODY of its own
   Parse("Subject: s\r\n\r\n<html><body>undeclared</body></html>");
-  EXPECT_EQ(message_.HTMLBody, message_.Body);
+  EXPECT_EQ(message_.Body, "undeclared");
+  ParseParts({"--b=_1", "Content-Type: text/plain", "", " ", "\xC2\xA0\t", "--b=_1",
+              "Content-Type: text/html", "", "<html><head><title>t</title><font>words</font>"});
+  EXPECT_EQ(message_.Body, "words");  // the plain part is nothing but blanks, the head is open
   Parse(
       "Subject: s\r\nContent-Type: application/pdf; name=a.pdf\r\n"
       "Content-Transfer-Encoding: base64\r\n\r\nAAAA");
   EXPECT_EQ(message_.Body, "");
   EXPECT_EQ(Attachments(), Names{"a.pdf"});
+}
+
+// "PGI+ZGE8L2I+" is "<b>da</b>".
+TEST_F(MimeBody, HtmlIsKnownByItsTypeInWhateverShapeThatComes) {
+  const struct {
+    const char* what;
+    const char* part;
+    const char* html;
+  } rows[] = {
+      {"encoding folded into the type",
+       "Content-Type: text/html; charset=utf-8\r\n Content-Transfer-Encoding: base64\r\n\r\n"
+       "PGI+ZGE8L2I+",
+       "<b>da</b>"},
+      {"encoding in quotes",
+       "Content-Type: text/html\r\nContent-Transfer-Encoding: \"base64\"\r\n\r\nPGI+ZGE8L2I+",
+       "<b>da</b>"},
+      {"encoding not declared", "Content-Type: text/html\r\n\r\nPGI+\r\nZGE8L2I+\r\n", "<b>da</b>"},
+      {"encoding declared in vain",
+       "Content-Type: text/html\r\nContent-Transfer-Encoding: 7bit\r\n\r\nPGI+ZGE8L2I+",
+       "<b>da</b>"},
+      {"no colon",
+       "Content-Type text/html\r\nContent-Transfer-Encoding: base64\r\n\r\nPGI+ZGE8L2I+",
+       "<b>da</b>"},
+      {"type of an old mailer", "Content-Type: text/htm\r\n\r\n<b>da</b>", "<b>da</b>\r\n"},
+      {"a tag that begins like a header",
+       "Content-Type: text/html\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
+       "<meta http-equiv=3D=\r\nContent-Type content=3D\"text/html\">=\r\n<b>d=61</b>",
+       "<meta http-equiv=\r\nContent-Type content=\"text/html\"><b>da</b>\r\n"},
+      {"letters that could be base64", "Content-Type: text/html\r\n\r\nwords", "words\r\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    ParseParts({"--b=_1", row.part, "--b=_1--"});
+    EXPECT_EQ(message_.HTMLBody, row.html);
+    EXPECT_EQ(message_.Body, std::string(row.html) == "words\r\n" ? "words" : "da");
+  }
+}
+
+TEST_F(MimeBody, APictureIsNoText) {
+  for (const char* headers :
+       {"Content-Type: image/gif", "Content-Type: image/gif; name=a.gif\r\nX: y",
+        "Content-Type: audio/wav\r\nContent-Transfer-Encoding: base64",
+        "Content-Type: video/mpeg; name=a.mpg\r\nContent-Transfer-Encoding: x-uuencode"}) {
+    SCOPED_TRACE(headers);
+    Parse("Subject: s\r\n" + std::string(headers) + "\r\n\r\nR0lGODdhAQABAIAAAP\r\n");
+    EXPECT_EQ(message_.Body, "");
+  }
+  Parse(
+      "Subject: s\r\nContent-Type: multipart/related\r\n\r\npreamble\r\n--x\r\n"
+      "Content-Type: image/gif; name=a.gif\r\n\r\nR0lGODdh\r\n--x--\r\n");
+  EXPECT_EQ(message_.Body, "");  // its container does not declare its boundary
+  EXPECT_EQ(Attachments(), Names{"a.gif"});
 }
 
 TEST_F(MimeBody, AnInlineFileLeavesTheTextAndIsWrittenOut) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/guard.h"
 #include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "intake/sender_rules.h"
@@ -11,6 +12,7 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "repository/repository.h"
+#include "support/faulty_disk.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {
@@ -180,6 +182,32 @@ TEST_F(StoreMessage, AnErrorKeepsWhatWasWrittenAndIsReported) {
   EXPECT_NE(ui_.Shown("error")[0].find(" FileToDB"), std::string::npos);
 }
 
+TEST_F(StoreMessage, AMessageLeftByHalfIsNoStoredOneAndIsMadeWholeByTheNextLoad) {
+  const std::string whole = file_;
+  file_ = folder_.File("gone.eml");
+  message_.Attachments[0] = "plan.doc";
+  message_.AttachCount = 1;
+  Store();
+  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  EXPECT_NE(State().LastReportedError.find("FileToDB"), std::string::npos);
+  EXPECT_FALSE(IsEmailExist("key one"));
+  RepositoryDb().Execute("UPDATE Email SET Active='+', Notes='mine'");
+  repository::DisconnectRepository();
+  ASSERT_TRUE(repository::OpenRepository(false));
+  EXPECT_FALSE(IsEmailExist("key one"));
+  file_ = whole;
+  Store();
+  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_TRUE(IsEmailExist("key one"));
+  for (const char* table : {"Email", "Attachment", "ToRecipient", "FileRepository"}) {
+    EXPECT_EQ(CountRows(table), 1) << table;
+  }
+  EXPECT_EQ(CountRows("Unfinished"), 0);
+  EXPECT_EQ(StoredFile(1), platform::ReadFile(whole));
+  EXPECT_EQ(Query("SELECT Active FROM Email").AsText(), "+");
+  EXPECT_EQ(Query("SELECT Notes FROM Email").AsText(), "mine");
+}
+
 TEST_F(StoreMessage, TheStopFlagStoresNothing) {
   State().StopFlag = true;
   Store();
@@ -253,6 +281,62 @@ TEST_F(StoreMessage, OwnAddressesAreKeptOnceAndKnownInAnyCase) {
   EXPECT_TRUE(IsFromMe("o'hara@example.org"));
   EXPECT_FALSE(IsFromMe("ann@example.or"));
   EXPECT_FALSE(IsEmailExist(""));
+}
+
+class StoreMessageOnABadDisk : public StoreMessage {
+ protected:
+  static void SetUpTestSuite() { testing::FaultyDisk::Install(); }
+
+  // What a load does with these files, whatever the disk answers.
+  void Load(const std::vector<std::string>& files, const std::string& keys) {
+    core::BeginLoadState();
+    core::GuardedRun("Load", [&] {
+      jet::CommitGroup group(RepositoryDb());
+      for (const std::string& file : files) {
+        file_ = file;
+        message_.MessageKey = keys + file;
+        message_.Folder = message_.FromName = keys;
+        core::GuardedRun("Load", [&] {
+          if (!IsEmailExist(message_.MessageKey)) Store();
+          RepositoryDb().EndUnit();
+        });
+      }
+      group.End();
+    });
+    core::EndLoadState();
+  }
+
+  void ExpectWhole(const std::string& file, const std::string& keys) {
+    jet::Value id = Query("SELECT ID FROM Email WHERE EntryID='" + StoredKey(keys + file) + "'");
+    ASSERT_FALSE(id.IsNull()) << keys << file;
+    EXPECT_EQ(StoredFile(id.AsInt()), platform::ReadFile(file)) << keys << file;
+    EXPECT_EQ(CountRows("ToRecipient WHERE EmailID=" + id.AsText()), 1) << keys << file;
+  }
+};
+
+TEST_F(StoreMessageOnABadDisk, NoMessageIsMixedWithAnotherAndTheNextLoadMakesAllWhole) {
+  // More than the engine keeps in memory: it writes in the middle of the message, too.
+  std::string bytes(18'000'000, ' ');
+  uint64_t number = 1;
+  for (char& byte : bytes)
+    byte = static_cast<char>((number = number * 6364136223846793005 + 1) >> 56);
+  const std::vector<std::string> files = {WriteTemp("first.eml", "Subject: first\r\n\r\n1"),
+                                          WriteTemp("long.eml", bytes),
+                                          WriteTemp("last.eml", "Subject: last\r\n\r\n2")};
+  for (testing::DiskFault fault : {testing::DiskFault::kFull, testing::DiskFault::kShortWrite}) {
+    for (int64_t at : {0, 3, 40, 301, 1200, 2300}) {
+      const std::string keys = std::to_string(static_cast<int>(fault)) + "-" + std::to_string(at);
+      {
+        testing::FaultyDisk disk(fault, at);
+        Load(files, keys);
+        EXPECT_TRUE(disk.Happened()) << keys;
+      }
+      Load(files, keys);
+      for (const std::string& file : files) ExpectWhole(file, keys);
+      EXPECT_EQ(CountRows("Unfinished"), 0) << keys;
+      EXPECT_EQ(CountRows("FileRepository WHERE FileID NOT IN (SELECT ID FROM Email)"), 0) << keys;
+    }
+  }
 }
 
 }  // namespace

@@ -4,10 +4,15 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "core/run_state.h"
+#include "database/engine/engine.h"
 #include "maintenance/backup.h"
+#include "maintenance/check.h"
 #include "maintenance/export.h"
+#include "maintenance/merge.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -16,6 +21,7 @@
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/faults.h"
+#include "support/faulty_disk.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
@@ -66,7 +72,19 @@ class Restore : public testing::ProgramFixture {
     EXPECT_EQ(testing::DumpFile(copy_), changed_);
     EXPECT_EQ(RestoreWithYes(copy_), Result::kDone);
     EXPECT_EQ(Now(), changed_);
-    platform::RemoveFile(copy_);
+    EXPECT_FALSE(FileExists(copy_));
+    EXPECT_EQ(UnfinishedRestore(), "");
+  }
+
+  // A restore that finds something wrong only when it has begun.
+  void FailToRestore() {
+    std::string damaged = platform::ReadFile(file_);
+    for (size_t at = damaged.size() / 2; at < damaged.size() / 2 + 64; ++at) damaged[at] = 'x';
+    std::string bad = WriteTemp("damaged.twb", damaged);
+    ui_.yesNo = {true, true};
+    EXPECT_EQ(RestoreBackup(bad), Result::kFailed);
+    EXPECT_EQ(UnfinishedRestore(), copy_);
+    ui_.shown.clear();
   }
 
   std::string file_;
@@ -103,6 +121,35 @@ TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
   testing::StoreVariedMessages(1, 2000);
   EXPECT_GT(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 60);
   EXPECT_EQ(RepositoryDb().IntegrityCheck(), "");
+}
+
+TEST_F(Restore, ABackupOfAFormerVersionComesBackAndALaterOneIsRefused) {
+  testing::StoreVariedMessages(20);
+  testing::StoreRulesAndMarks();
+  RepositoryDb().Execute("UPDATE Email SET Notes = Null, EmailImportance = Null");
+  backup_ = Now();
+  testing::MakeFormerFile(file_, {"Notes", "EmailImportance"});
+  std::string bytes = platform::ReadFile(file_);
+  ASSERT_TRUE(repository::ClearRepository());
+  EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  EXPECT_TRUE(platform::ReadFile(file_) == bytes);
+  testing::MakeFormerFile(file_, {}, repository::kSchemaVersion + 1);
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_THAT(ui_.Shown("error").back(), HasSubstr("newer version of Tarnwick"));
+  EXPECT_EQ(Now(), backup_);
+}
+
+// Its rows stay, and would be the next message's.
+TEST_F(Restore, TheKeyOfADeletedMessageIsNotGivenAgain) {
+  MakeBackupAndChange(3);
+  ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
+  RepositoryDb().Execute("DELETE FROM Email WHERE ID = 3");
+  ui_.yesNo = {true};
+  ASSERT_EQ(MakeBackup(file_), Result::kDone);
+  ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
+  testing::StoreVariedMessages(1, 1000);
+  EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 4);
 }
 
 TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {
@@ -144,8 +191,8 @@ TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
   std::vector<jet::TableDefinition> tables(repository::RepositoryTables().begin(),
                                            repository::RepositoryTables().end());
   jet::CreateDatabaseFile(folder_.File("password.twb"), "another", tables, 1);
-  std::swap(tables[0].columns[1], tables[0].columns[2]);
-  jet::CreateDatabaseFile(folder_.File("order.twb"), repository::DatabasePassword(), tables, 1);
+  tables[0].columns[2].name = "Other";
+  jet::CreateDatabaseFile(folder_.File("column.twb"), repository::DatabasePassword(), tables, 1);
   tables.erase(tables.begin());
   jet::CreateDatabaseFile(folder_.File("table.twb"), repository::DatabasePassword(), tables, 1);
   std::string damaged = platform::ReadFile(file_);
@@ -163,7 +210,7 @@ TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
       {"text.twb", kFormat, 2},
       {"nothing.twb", kFormat, 2},
       {"password.twb", kFormat, 2},
-      {"order.twb", kFormat, 2},
+      {"column.twb", kFormat, 2},
       {"table.twb", kFormat, 2},
       {"first page.twb", kFormat, 2},
       {"short.twb", kFormat, 2},
@@ -213,11 +260,11 @@ TEST_F(Restore, ABackupDamagedInsideLeavesTheFormerRepositoryInTheCopy) {
   ui_.yesNo = {true, true};
   EXPECT_EQ(RestoreBackup(bad, [&] { ++refreshed; }), Result::kFailed);
   EXPECT_EQ(refreshed, 1);
+  EXPECT_EQ(ui_.Shown("box"), Texts{});
   ASSERT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" CopyTableFrom"));
-  ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr(copy_));
-  EXPECT_NE(Log().find("Restore failed"), std::string::npos);
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(copy_));
+  EXPECT_NE(Log().find("Restore is not complete"), std::string::npos);
   ExpectCopyHoldsTheFormerRepository();
 }
 
@@ -238,7 +285,9 @@ TEST_F(Restore, AFullDiskOnTheWayLeavesTheFormerRepository) {
       testing::FileSizeLimit limit(size * part / 8);
       EXPECT_EQ(RestoreWithYes(file_), Result::kFailed) << part;
     }
-    EXPECT_FALSE(ui_.Shown("error").empty()) << part;
+    EXPECT_EQ(ui_.shown.size(), 3U) << part;  // the questions and one box
+    ASSERT_EQ(ui_.Shown("error").size(), 1U) << part;
+    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(copy_));
     ExpectCopyHoldsTheFormerRepository();
   }
 }
@@ -302,22 +351,190 @@ TEST_F(Restore, KilledAtAnyTimeTheFormerRepositoryIsSaidToBeThere) {
     ui_.yesNo.clear();
     ui_.shown.clear();
     ASSERT_TRUE(repository::OpenRepository(false)) << kill;
-    ReportInterruptedRestore();
+    ReportUnfinishedRestore();
     if (Texts boxes = ui_.Shown("box"); !boxes.empty()) {
       ++told;
       EXPECT_THAT(boxes[0], HasSubstr(copy_));
-      ExpectCopyHoldsTheFormerRepository();
+      ASSERT_TRUE(repository::OpenRepository(false)) << kill;
+      ReportUnfinishedRestore();
+      EXPECT_EQ(ui_.Shown("box").size(), 2U);
+      // Either choice ends it.
+      if (told % 2 == 1) {
+        ExpectCopyHoldsTheFormerRepository();
+      } else {
+        EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
+        EXPECT_EQ(Now(), backup_);
+      }
       ui_.shown.clear();
-      ReportInterruptedRestore();
+      ReportUnfinishedRestore();
       EXPECT_EQ(ui_.Shown("box"), Texts{});
     } else {
       EXPECT_TRUE(Now() == changed_ || Now() == backup_) << kill;
     }
+    EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{}) << kill;
     repository::DisconnectRepository();
     platform::RemoveFile(copy_);
   }
   EXPECT_GE(told, 1);
   ASSERT_TRUE(repository::OpenRepository(false));
+}
+
+TEST_F(Restore, UnfinishedItIsKnownWhereverTheRepositoryGoes) {
+  MakeBackupAndChange(60);
+  FailToRestore();
+  const Texts refusals = {"merge", "backup"};
+  for (const std::string& what : refusals) {
+    ui_.shown.clear();
+    std::string other = WriteTemp("other.twb", "x");
+    EXPECT_EQ(what == "merge" ? twMakeMarge(other).result : MakeBackup(other), Result::kDeclined);
+    ASSERT_EQ(ui_.shown.size(), 1U) << what;
+    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(copy_)) << what;
+  }
+  CheckReport report;
+  EXPECT_EQ(CheckRepository(report), Result::kDone);
+  ASSERT_FALSE(report.IsSound());
+  EXPECT_THAT(report.damage[0].what, HasSubstr(copy_));
+  EXPECT_EQ(report.formerCopies, Texts{});
+
+  std::string moved = folder_.File("moved/");
+  platform::MakeFolder(moved);
+  repository::DisconnectRepository();
+  for (const char* name : {repository::kRepositoryFile, "Tarnwick_before_restore.twb"}) {
+    platform::CopyFile(folder_.File(name), moved + name);
+  }
+  ASSERT_TRUE(repository::OpenRepository(false));
+  ASSERT_TRUE(repository::SwitchRepository(moved));
+  copy_ = moved + "Tarnwick_before_restore.twb";
+  EXPECT_EQ(UnfinishedRestore(), copy_);
+  ui_.shown.clear();
+  ui_.yesNo = {false};
+  AskAboutUnfinishedRestore();
+  ui_.yesNo = {true};
+  AskAboutUnfinishedRestore();
+  ASSERT_EQ(ui_.Shown("question").size(), 2U);
+  EXPECT_THAT(ui_.Shown("question")[1], HasSubstr(copy_));
+  EXPECT_EQ(Now(), changed_);
+  AskAboutUnfinishedRestore();
+  EXPECT_EQ(ui_.shown.size(), 2U);
+}
+
+// Like an export it has messages and no contact.
+TEST_F(Restore, TheCopyOfARepositoryWithoutContactsComesBack) {
+  MakeBackupAndChange(60);
+  RepositoryDb().Execute("DELETE * FROM MeContact");
+  changed_ = Now();
+  FailToRestore();
+  EXPECT_EQ(IsItFullBackup(copy_), 1);
+  std::string apart = folder_.File("apart/Tarnwick_before_restore.twb");
+  platform::MakeFolder(folder_.File("apart"));
+  platform::CopyFile(copy_, apart);
+  ExpectCopyHoldsTheFormerRepository();
+  ASSERT_TRUE(repository::ClearRepository());
+  EXPECT_EQ(RestoreWithYes(apart), Result::kDone);
+  EXPECT_EQ(Now(), changed_);
+}
+
+// On a disk without room that gave the program nothing but the engine's word for it.
+TEST_F(Restore, AFullDiskIsToldInOneBox) {
+  MakeBackupAndChange(60);
+  repository::DisconnectRepository();
+  testing::FaultyDisk::Install();
+  ASSERT_TRUE(repository::OpenRepository(false));
+  int64_t failed = 0;
+  for (int64_t at = 0; at < 100; at += 5) {
+    ui_.shown.clear();
+    Result result = Result::kDone;
+    {
+      testing::FaultyDisk disk(testing::DiskFault::kFull, at, true);
+      result = RestoreWithYes(file_);
+    }
+    if (result == Result::kDone) break;
+    ASSERT_EQ(ui_.Shown("error").size() + ui_.Shown("box").size(), 1U) << at;
+    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("full")) << at;
+    ++failed;
+    repository::DisconnectRepository();
+    ASSERT_TRUE(repository::OpenRepository(false));
+    if (UnfinishedRestore().empty()) {
+      EXPECT_EQ(Now(), changed_) << at;
+    } else {
+      ExpectCopyHoldsTheFormerRepository();
+    }
+  }
+  EXPECT_GT(failed, 2);
+}
+
+TEST_F(Restore, ASourceIsNeverWrittenTo) {
+  MakeBackupAndChange(20);
+  jet::Recordset list;
+  list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
+  std::string folder = folder_.File("disc/");
+  platform::MakeFolder(folder);
+  ASSERT_EQ(ExportEmails(folder + "export.twb", list), Result::kDone);
+  list.Close();
+  platform::CopyFile(file_, folder + "backup.twb");
+  const Texts names = platform::ListFiles(folder);
+  std::map<std::string, std::string> bytes;
+  for (const std::string& name : names) {
+    {
+      jet::Database file(folder + name, repository::DatabasePassword(),
+                         jet::Database::Mode::kExisting);
+      file.Run("PRAGMA application_id = 1");  // another order of texts
+    }
+    bytes[name] = platform::ReadFile(folder + name);
+    platform::SetFileModified(folder + name, DateTime::FromDate(2010, 1, 1));
+    chmod((folder + name).c_str(), 0400);
+  }
+  chmod(folder.c_str(), 0500);
+  EXPECT_EQ(RestoreWithYes(folder + "backup.twb"), Result::kDone);
+  EXPECT_EQ(Now(), backup_);
+  MergeOptions options{Duplicates::kSkip, UnknownSenders::kAccept};
+  EXPECT_EQ(twMakeMarge(folder + "export.twb", options).result, Result::kDone);
+  EXPECT_EQ(platform::ListFiles(folder), names);
+  for (const std::string& name : names) {
+    EXPECT_TRUE(platform::ReadFile(folder + name) == bytes[name]) << name;
+    EXPECT_EQ(platform::FileModified(folder + name), DateTime::FromDate(2010, 1, 1)) << name;
+  }
+  chmod(folder.c_str(), 0700);
+  // One that another program has open is refused for what it is.
+  ui_.shown.clear();
+  platform::WriteFile(file_ + "-wal", "");
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("is in use"));
+  ui_.yesNo.clear();
+}
+
+TEST_F(Restore, RowsThatAreNotTheBackupsAreNotTakenForIt) {
+  MakeBackupAndChange(20);
+  bool added = false;
+  ui_.onYield = [&] {
+    if (added) return;
+    added = true;
+    RepositoryDb().Execute("INSERT INTO IgnoredEmail (ID, MessageID) VALUES (5000, 'x')");
+  };
+  EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  EXPECT_TRUE(added);
+  ASSERT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("Table IgnoredEmail has "));
+  ui_.onYield = {};
+  ExpectCopyHoldsTheFormerRepository();
+}
+
+TEST_F(Restore, BesideALogThatIsLeftOverNothingBegins) {
+  MakeBackupAndChange(3);
+  repository::DisconnectRepository();
+  testing::FaultyDisk::Install();
+  ASSERT_TRUE(repository::OpenRepository(false));
+  testing::StoreVariedMessages(1, 1100);
+  changed_ = Now();
+  {
+    // The log can't be written back when the file is closed.
+    testing::FaultyDisk disk(testing::DiskFault::kFull, 0);
+    EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
+  }
+  EXPECT_EQ(ui_.Shown("error").size(), 1U);
+  EXPECT_THAT(Log(), HasSubstr("Path/File access error: the log of "));
+  EXPECT_EQ(Now(), changed_);
+  EXPECT_FALSE(FileExists(copy_));
 }
 
 }  // namespace

@@ -211,7 +211,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   };
   IndexedMessage received = Letter("received");
   received.messageId = "<1@example.org>";
-  EXPECT_EQ(keyOf(received), "<1@example.org>_20040105100000");
+  EXPECT_EQ(keyOf(received), "<1@example.org>_137_5ce9b481b2264acb_20040105100000");
   IndexedMessage copied = received;  // in another folder, by another program's index
   copied.flagsDirect = false;
   copied.blockSize = 64;
@@ -243,6 +243,15 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
     EXPECT_LE(key.size(), 255U);
     EXPECT_TRUE(keys.insert(key).second);
   }
+}
+
+TEST_F(DbxRead, ASubjectIsOneLineOfTheLog) {
+  IndexedMessage message = Letter("a\r\n\r\n1/5/2004 10:00:00\r\nError: 61 Disk full");
+  MessageStoreBuilder store;
+  MessagePlaces places = store.AddMessage(message);
+  EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("forged.dbx", store.Bytes())));
+  EXPECT_THAT(Log(), HasSubstr(" a\\r\\n\\r\\n1/5/2004"));
+  EXPECT_THAT(Log(), Not(HasSubstr("\nError: 61")));
 }
 
 TEST_F(DbxRead, AnInfoObjectWithoutTextsHasNoSubject) {
@@ -332,6 +341,21 @@ TEST_F(DbxRead, DamageCostsTheMessageOrTheNodeOnly) {
     platform::RemoveFile(core::State().EmailFileFolder + "second.eml");
     platform::RemoveFile(core::State().LogFile);
   }
+}
+
+TEST_F(DbxRead, ChainsThatReturnTakeNothingFromTheOtherMessages) {
+  MessageStoreBuilder store;
+  IndexedMessage circle = Letter("circle");
+  circle.blockSize = 32;
+  MessagePlaces places = store.AddMessage(circle);
+  store.Image().Put32(places.blocks.back() + 12, places.blocks[0]);
+  uint32_t sound = store.AddMessage(Letter("sound")).info;
+  std::vector<DbxImage::Entry> entries(20, {places.info, 0});
+  entries.push_back({sound, 0});
+  store.SetRoot(store.Image().AddNode(entries));
+  Read(store);
+  EXPECT_FALSE(WasCopied("circle"));
+  EXPECT_TRUE(WasCopied("sound"));
 }
 
 TEST_F(DbxRead, ATreeThatPointsToItselfEnds) {

@@ -15,12 +15,14 @@
 namespace tarnwick::oe {
 namespace {
 
+using repository::RepositoryDb;
 using ::testing::AllOf;
 using testing::DbxImage;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using testing::IndexedMessage;
 using ::testing::IsEmpty;
+using testing::MessagePlaces;
 using testing::MessageStoreBuilder;
 using testing::ProfileBuilder;
 using testing::StandardFolders;
@@ -91,6 +93,49 @@ TEST_F(Import, TakesEveryFolderButDraftsDeletedItemsAndOutbox) {
   Load();
   EXPECT_EQ(Summary(), "found 10, already 5, not reached 5, ");
   EXPECT_FALSE(core::State().NewMessageFlag);
+}
+
+TEST_F(Import, LettersOfOneMessageIdAndSecondAreToldApart) {
+  IndexedMessage direct = Letter("direct");
+  direct.messageId = "<1@example.org>";
+  IndexedMessage fromList = direct;
+  fromList.text += "-- \r\nTo leave the list ...\r\n";
+  MessageStoreBuilder in;
+  in.AddMessage(direct);
+  in.AddMessage(fromList);
+  in.Finish();
+  MessageStoreBuilder kept;  // a copy, of which the index has the length wrong
+  MessagePlaces copy = kept.AddMessage(direct);
+  for (uint32_t entry = copy.info + 12; entry < copy.date; entry += 4) {
+    uint32_t value = kept.Image().Get32(entry);
+    if ((value & 0xFF) == 0x91) kept.Image().Put32(entry, value + 256);
+  }
+  kept.Finish();
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(store, StandardFolders(in.Bytes(), ""));
+  Load();
+  EXPECT_EQ(Summary(), "found 2, stored 2, ");
+  Load();
+  EXPECT_EQ(Summary(), "found 2, already 2, ");
+
+  // As former versions left it: the first letter under a key that stands for both.
+  RepositoryDb().Execute("DELETE FROM Email WHERE ID = 2");
+  RepositoryDb().Execute("UPDATE Email SET EntryID = '<1@example.org>_20040105100000'");
+  auto folders = StandardFolders(in.Bytes(), "");
+  folders.push_back({{4, 1, "Kept", "kept.dbx"}, kept.Bytes()});
+  ProfileBuilder::WriteStore(store, folders);
+  Load();
+  EXPECT_EQ(Summary(), "found 3, stored 1, already 2, ");
+  EXPECT_EQ(RawOf("direct"), direct.text);
+  EXPECT_EQ(Query("SELECT FileBody FROM FileRepository WHERE FileID = 3").AsText(), fromList.text);
+  Load();
+  EXPECT_EQ(Summary(), "found 3, already 3, ");
+  EXPECT_FALSE(core::State().NewMessageFlag);
+  // Ignored for good, a former key says nothing about the letter's text.
+  RepositoryDb().Execute("DELETE FROM Email");
+  intake::AddIgnoredMessage("<1@example.org>_20040105100000");
+  Load();
+  EXPECT_EQ(Summary(), "found 3, ignored 3, ");
 }
 
 TEST_F(Import, LabelsNameTheIdentityAndHotmail) {
@@ -279,7 +324,7 @@ TEST_F(Import, RealStoresGiveTheirMessages) {
   EXPECT_EQ(Summary(), "found 1, stored 1, ");
   EXPECT_EQ(Query("SELECT AddressFrom FROM Email").AsText(), "noreply@freshmeat.net");
   EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(),
-            "<20020617194207.DF10883011@mail.freshmeat.net>_20020617194207");
+            "<20020617194207.DF10883011@mail.freshmeat.net>_2710_04a0dba67b44c101_20020617194207");
 
   // The same files without their profile: one of 2021 is beyond the reader's years.
   core::BeginLoadState();

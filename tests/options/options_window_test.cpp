@@ -71,6 +71,17 @@ TEST_F(OptionsWindowTest, AMailerCountsAtOnce) {
   EXPECT_FALSE(core::State().UseOutlookExpress);
 }
 
+TEST_F(OptionsWindowTest, SubjectsAreLoggedUntilThePersonSaysNo) {
+  frmOptions window(nullptr);
+  auto* box = window.findChild<QCheckBox*>("LogMailTexts");
+  EXPECT_TRUE(box->isChecked());
+  box->click();
+  EXPECT_FALSE(core::State().LogMailTexts);
+  core::State().LogMailTexts = true;
+  repository::ReadOptions();
+  EXPECT_FALSE(core::State().LogMailTexts) << "it is kept";
+}
+
 TEST_F(OptionsWindowTest, AFullLoadIsAskedForOneWay) {
   core::State().RepositoryIsEmpty = false;
   frmOptions window(nullptr);

@@ -98,6 +98,34 @@ TEST_F(Locale, WhatIsShownIsReadBack) {
   }
 }
 
+TEST_F(Locale, DatesAreReadAsPeopleWriteThem) {
+  platform::SetLocaleOverride("en_US");
+  for (const char* text : {"March 7, 2005", "mar 7 05", "7 MARCH 2005", "7-Mar-2005",
+                           "Mon, 7th of March, 2005", "Monday, March 7, 2005", "2005 March 7"}) {
+    EXPECT_EQ(platform::ParseDate(text).value_or(DateTime()), moment_.DatePart()) << text;
+  }
+  EXPECT_EQ(platform::ParseDate("March 7, 2005 14:05"), moment_.WithTime(14, 5, 0));
+  for (const char* text : {"Ma 7 2005", "March 7 lunch 2005", "March April 2005", "7 March", "x",
+                           "March 32, 2005", "1 2 March 2005", "3:7:2005"}) {
+    EXPECT_FALSE(platform::ParseDate(text)) << text;
+  }
+  // Each with the weekday, as the locale's own long date.
+  for (const char* locale :
+       {"ar_EG", "bg_BG", "cs_CZ", "da_DK", "de_DE", "el_GR", "en_GB", "es_ES", "et_EE", "eu_ES",
+        "fi_FI", "fr_FR", "he_IL", "hi_IN", "hr_HR", "hu_HU", "is_IS", "it_IT", "ja_JP", "ko_KR",
+        "lt_LT", "lv_LV", "mk_MK", "nb_NO", "nl_NL", "pl_PL", "pt_BR", "ro_RO", "ru_RU", "sk_SK",
+        "sl_SI", "sr_RS", "sv_SE", "tr_TR", "uk_UA", "vi_VN", "zh_CN", "zh_TW"}) {
+    platform::SetLocaleOverride(locale);
+    for (int month = 1; month <= 12; ++month) {
+      DateTime date = DateTime::FromDate(2005, month, 17 - month);
+      for (const char* form : {"Long Date", "Short Date"}) {
+        std::string text = platform::FormatDate(date, form);
+        EXPECT_EQ(platform::ParseDate(text).value_or(DateTime()), date) << locale << ": " << text;
+      }
+    }
+  }
+}
+
 TEST_F(Locale, MonthNamesAreNamesAndNeverEmpty) {
   platform::SetLocaleOverride("en_US");
   EXPECT_EQ(platform::LongDateMonthNames()[4], "May");

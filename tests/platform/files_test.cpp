@@ -42,6 +42,8 @@ TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
       {"reversed text", "photo\u202Egpj.exe", "photo_gpj.exe"},
       {"cyrillic", "\u041F\u0440\u0438\u0432\u0435\u0442.txt",
        "\u041F\u0440\u0438\u0432\u0435\u0442.txt"},
+      {"an option to commands", "-rf", "_-rf"},
+      {"an option behind dots", ". --help.txt", "_--help.txt"},
       {"broken UTF-8", "a\xFFz\xC3.txt", "a_z_.txt"},
   };
   for (const auto& row : kRows) EXPECT_EQ(SafeFileName(row.name), row.safe) << row.what;
@@ -81,7 +83,8 @@ TEST(Files, WhatIsMadeIsTheOwnersOnly) {
   WriteFile(folder.File("a/b/c"), "text");
   CopyFile(folder.File("a/b/c"), folder.File("a/copy"));
   EXPECT_EQ(ReadFile(folder.File("a/copy")), "text");
-  for (const char* name : {"a", "a/b", "a/b/c", "a/copy"}) {
+  EXPECT_TRUE(AppendToFile(folder.File("a/log"), "text"));
+  for (const char* name : {"a", "a/b", "a/b/c", "a/copy", "a/log"}) {
     struct stat status {};
     ASSERT_EQ(::stat(folder.File(name).c_str(), &status), 0) << name;
     EXPECT_EQ(status.st_mode & 077U, 0U) << name;

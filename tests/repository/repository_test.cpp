@@ -13,6 +13,7 @@
 #include "repository/parameter_store.h"
 #include "repository/schema.h"
 #include "support/program_fixture.h"
+#include "support/repository_content.h"
 
 namespace tarnwick::repository {
 namespace {
@@ -37,6 +38,28 @@ TEST_F(RepositoryTest, OpeningEmptiesTheScratchFolderAndTheObjectList) {
   EXPECT_EQ(CountRows("EmailOne"), 1);
 }
 
+TEST_F(RepositoryTest, WhatAKilledRunLeftGoesEvenWhenNothingCanBeOpened) {
+  const std::string left = State().EmailFileFolder + "oeTempMessage.msg";
+  for (const char* file : {kRepositoryFile, kParameterFile}) {
+    DisconnectRepository();
+    platform::WriteFile(State().AppFolder + file, Garbage());
+    platform::WriteFile(left, "From: ann@example.org");
+    EXPECT_FALSE(OpenRepository(false));
+    EXPECT_FALSE(platform::FileExists(left)) << file;
+  }
+}
+
+TEST_F(RepositoryTest, TheScratchFilesOfARunningProgramStay) {
+  DisconnectRepository();
+  jet::Connection running;
+  ASSERT_TRUE(twSetConnection(running, State().AppFolder + kParameterFile, ""));
+  running.Execute("DELETE * FROM Parameter");
+  const std::string scratch = State().EmailFileFolder + "oeTempMessage.msg";
+  platform::WriteFile(scratch, "From: ann@example.org");
+  EXPECT_FALSE(OpenRepository(false));
+  EXPECT_TRUE(platform::FileExists(scratch));
+}
+
 TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
   for (const jet::TableDefinition& table : RepositoryTables()) {
     std::string name(table.name);
@@ -56,6 +79,32 @@ TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
   }
   EXPECT_TRUE(GetOption("MSOutlook"));
   EXPECT_TRUE(HasNoEmail());
+}
+
+TEST_F(RepositoryTest, AFormerRepositoryGrowsAndALaterOneIsLeftAlone) {
+  testing::StoreVariedMessages(3);
+  RepositoryDb().Execute("UPDATE Email SET Notes = Null, Charset = Null");
+  const std::vector<std::string> kLater = {"Notes", "Charset"};
+  auto before = testing::DumpTable(RepositoryDb(), "Email", kLater);
+  std::string former = folder_.File("former.twr");
+  std::string later = folder_.File("later.twr");
+  testing::MakeFormerFile(former, kLater);
+  testing::MakeFormerFile(later, {}, kSchemaVersion + 1);
+  std::string file = RepositoryDb().DataSource();
+  auto openInstead = [&](const std::string& other) {
+    DisconnectRepository();
+    platform::CopyFile(other, file);
+    return OpenRepository(false);
+  };
+  ASSERT_TRUE(openInstead(former));
+  EXPECT_EQ(testing::DumpTable(RepositoryDb(), "Email", kLater), before);
+  testing::StoreVariedMessages(3, 10);
+  EXPECT_EQ(CountRows("Email"), 6);
+  EXPECT_EQ(CountRows("Unfinished"), 0);
+  EXPECT_TRUE(ui_.Shown("error").empty());
+  ASSERT_TRUE(OpenRepository(false));
+  EXPECT_FALSE(openInstead(later));
+  EXPECT_NE(ui_.Shown("error").back().find("newer version of Tarnwick"), std::string::npos);
 }
 
 TEST_F(RepositoryTest, AFileThatIsNoRepositoryIsRefusedWithTheAdviceInOneBox) {

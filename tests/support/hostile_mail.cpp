@@ -247,7 +247,184 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
   add("a charset with states", Charset("iso-2022-jp", Filled("\x1B$B\x1B(B", size)));
 }
 
+// Where the words of a grammar stand in a letter.
+struct Grammar {
+  const char* name;
+  std::string before;
+  std::string after;
+  std::vector<const char*> words;
+};
+
+Grammar InHeader(const char* name, std::vector<const char*> words) {
+  return {name, "From: a@b.test\r\nSubject: s\r\n" + std::string(name) + ": ", "\r\n\r\ntext\r\n",
+          std::move(words)};
+}
+Grammar InBody(const char* name, const std::string& headers, std::vector<const char*> words) {
+  return {name, Letter("Subject: s\r\n" + headers, ""), "\r\n", std::move(words)};
+}
+
+const std::vector<Grammar>& Grammars() {
+  const std::vector<const char*> markup = {"<",
+                                           "<!",
+                                           "<!x",
+                                           "<!-",
+                                           "<!--",
+                                           "<!-->",
+                                           "-->",
+                                           "<![",
+                                           "<![if",
+                                           "<![CDATA[",
+                                           "<!DOCTYPE ",
+                                           "<?",
+                                           "<?x",
+                                           "</",
+                                           "</x",
+                                           "</x>",
+                                           "<x",
+                                           "<x ",
+                                           "<x>",
+                                           "<x/>",
+                                           "<x y=",
+                                           "<x y='",
+                                           "<x y='>",
+                                           "\"",
+                                           "'",
+                                           "=",
+                                           ">",
+                                           "&",
+                                           "&#",
+                                           "&#x",
+                                           "&#1;",
+                                           "&amp",
+                                           "&x;",
+                                           "<p>",
+                                           "</p>",
+                                           "<br>",
+                                           "<b>",
+                                           "<b><i></b>",
+                                           "<a>",
+                                           "<td>",
+                                           "<table>",
+                                           "<li>",
+                                           "<pre>\n",
+                                           "<option>",
+                                           "<script>",
+                                           "<style>",
+                                           "<title>",
+                                           "<textarea>",
+                                           "<head>",
+                                           "<body>",
+                                           "</body>",
+                                           "<html>",
+                                           "</html>",
+                                           "<o:p>",
+                                           "<div hidden>",
+                                           "<form><b>",
+                                           "<font style=display:none>",
+                                           "\xC2\xA0",
+                                           " ",
+                                           "\n",
+                                           "\t"};
+  const std::vector<const char*> parts = {"--b\r\n",
+                                          "--b--\r\n",
+                                          "--b ",
+                                          "b",
+                                          "Content-Type\r\n",
+                                          "Content-Type:\r\n",
+                                          "Content-Type: text/html\r\n",
+                                          "Content-Type text/html\r\n",
+                                          "Content-Type=html\r\n",
+                                          "Content-Type: multipart/x; boundary=b\r\n\r\n",
+                                          "--b\r\nContent-Type: message/rfc822\r\n\r\n",
+                                          "--b\r\nX: y\r\n",
+                                          "--b\r\n x\r\n",
+                                          "--b\r\n\r\n",
+                                          "Content-",
+                                          "\r\n",
+                                          " \r\n",
+                                          "x: y\r\n",
+                                          "begin 644 a\r\n",
+                                          "begin\r\n",
+                                          "end\r\n",
+                                          "`\r\n",
+                                          "--b\r\nContent-Disposition: inline\r\n"};
+  const std::vector<const char*> parameters = {";",
+                                               "=",
+                                               "\"",
+                                               "\\",
+                                               "\\\"",
+                                               "'",
+                                               "*",
+                                               "; a",
+                                               "; a=",
+                                               "; a=\"",
+                                               "; name*=",
+                                               "; name*0=x",
+                                               "; name*9*=''%41",
+                                               "; charset=",
+                                               "; boundary=",
+                                               "charset",
+                                               "boundary",
+                                               " ",
+                                               "\r\n ",
+                                               "%",
+                                               "=?",
+                                               "?=",
+                                               "=?a?q?b?=",
+                                               "plain",
+                                               "html",
+                                               "content-transfer-encoding:"};
+  const std::vector<const char*> addresses = {
+      "<",  ">",     "@",      ",",       ";",    ":",   "\"", "'",  "\\",        "(",
+      ")",  "<@",    "@>",     "<@>",     "<@>,", "\"<", "(@", "@(", "a@b ",      "a@b,",
+      ", ", ",\r\n", ",\r\n ", ",\r\na:", " <",   "\t",  "=?", "?=", "=?a?b?c?=", "\xE9"};
+  const std::vector<const char*> dates = {
+      "1",  "1 ",   ":",   ": ",     "-",     "- ", "+", "+1 ", ",",     ", ",       ";",
+      "; ", "Jan ", "am ", "1:1:1 ", "1:1:1", "\t", ".", "(",   "\r\n ", "\xC3\xA9 "};
+  static const std::vector<Grammar> grammars = {
+      InBody("markup", "Content-Type: text/html\r\n", markup),
+      InBody("markup in a body", "Content-Type: text/html\r\n\r\n<body>", markup),
+      InBody("parts", "Content-Type: multipart/mixed; boundary=b\r\n", parts),
+      InBody("parts in a single body", "", parts),
+      InBody("undeclared parts", "Content-Type: multipart/mixed\r\n", parts),
+      InBody("base64", "Content-Transfer-Encoding: base64\r\n",
+             {"A", "=", "A=", "A\r\n", "=\r\n", "-", " ", "A A\r\n", "\r\n"}),
+      InBody("quoted-printable", "Content-Transfer-Encoding: quoted-printable\r\n",
+             {"=", "=\r\n", "=4", "=41", " ", " \r\n", "= ", "A=\r\n"}),
+      InHeader("Content-Type", parameters),
+      InHeader("Content-Disposition", parameters),
+      InHeader("To", addresses),
+      InHeader("Cc", addresses),
+      InHeader("Bcc", addresses),
+      {"From", "Subject: s\r\nFrom: ", "\r\n\r\ntext\r\n", addresses},
+      {"Subject", "From: a@b.test\r\nSubject: ", "\r\n\r\ntext\r\n", addresses},
+      InHeader("Date", dates),
+      InHeader("Received", dates),
+  };
+  return grammars;
+}
+
 }  // namespace
+
+size_t RepeatedWordCount() {
+  size_t count = 0;
+  for (const Grammar& grammar : Grammars()) count += grammar.words.size();
+  return count;
+}
+
+HostileKind RepeatedWord(size_t number, size_t size) {
+  auto grammar = Grammars().begin();
+  for (; number >= grammar->words.size(); ++grammar) number -= grammar->words.size();
+  std::string word = grammar->words[number];
+  std::string shown;
+  for (char c : word) {
+    shown += c == '\r' ? "\\r" : c == '\n' ? "\\n" : c == '\t' ? "\\t" : std::string(1, c);
+  }
+  HostileKind kind{grammar->name + (" " + shown),
+                   grammar->before + Filled(word, size) + grammar->after};
+  kind.isSized = true;
+  return kind;
+}
 
 std::vector<HostileKind> HostileKinds(size_t size) {
   std::vector<HostileKind> kinds;

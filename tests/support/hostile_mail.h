@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Kinds of mail that mean ill, for tests and benches. Those that work by their size hold about size
+// Kinds of malicious mail, for tests and benches. Those that work by their size hold about size
 // bytes.
 #pragma once
 
@@ -12,7 +12,7 @@
 namespace tarnwick::testing {
 
 struct HostileKind {
-  const char* name;
+  std::string name;
   std::string raw;
   // Columns of the stored message, or "body", "body length", "to" (three at most), "to count",
   // "cc count", "files", and what they hold.
@@ -22,5 +22,10 @@ struct HostileKind {
 };
 
 std::vector<HostileKind> HostileKinds(size_t size);
+
+// Letters that say one short word of a grammar (of markup, parts, addresses, dates) again and
+// again: what is searched to its end, once for each beginning, shows here. Numbered from 0.
+size_t RepeatedWordCount();
+HostileKind RepeatedWord(size_t number, size_t size);
 
 }  // namespace tarnwick::testing

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/run_state.h"
+#include "core/text.h"
 #include "database/recordset.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
@@ -157,6 +158,21 @@ std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file
   jet::Connection connection;
   OpenWithPassword(connection, file);
   return DumpRepository(connection);
+}
+
+void MakeFormerFile(const std::string& file, const std::vector<std::string>& without, int version) {
+  std::vector<jet::TableDefinition> tables(repository::RepositoryTables().begin(),
+                                           repository::RepositoryTables().end());
+  std::erase_if(tables, [](const auto& table) { return table.name == "Unfinished"; });
+  std::erase_if(tables[0].columns, [&](const auto& column) {
+    return std::find(without.begin(), without.end(), column.name) != without.end();
+  });
+  jet::CreateDatabaseFile(file, repository::DatabasePassword(), tables, version);
+  for (const jet::TableDefinition& table : tables) {
+    std::string name(table.name);
+    RepositoryDb().Execute("INSERT INTO " + name + " IN '" + core::QuoteSql(file) +
+                           "' SELECT * FROM " + name);
+  }
 }
 
 std::vector<WholeMessage> AllMessages() {

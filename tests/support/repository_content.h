@@ -35,6 +35,11 @@ std::map<std::string, std::vector<std::string>> DumpRepository(jet::Connection& 
 // The same of a file.
 std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file);
 
+// The rows of the open repository in a file as former versions made them: without these columns of
+// Email and the tables that came later.
+void MakeFormerFile(const std::string& file, const std::vector<std::string>& without,
+                    int version = 1);
+
 // A message with everything that hangs on it, without what belongs to its repository: identifiers
 // and the hot mark.
 struct WholeMessage {

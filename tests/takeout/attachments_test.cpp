@@ -82,6 +82,12 @@ TEST(Attachments, NamesAreSafeAndProgramsAreKnown) {
       {"device of a Windows", "COM\u00B9", "_COM\u00B9", false},
       {"script of a Unix", "run.sh", "run.sh", true},
       {"a word like one", "executive.summary", "executive.summary", false},
+      {"query of a spreadsheet", "rates.IQY", "rates.IQY", true},
+      {"image of a disk", "invoice.iso", "invoice.iso", true},
+      {"settings that start a program", "a.settingcontent-ms", "a.settingcontent-ms", true},
+      {"add-in", "sums.xll", "sums.xll", true},
+      {"package of a desktop", "game.flatpakref", "game.flatpakref", true},
+      {"like an option of a command", "-delete", "_-delete", false},
       {"nothing left", "...", "attachment.bin", false},
   };
   for (const auto& row : kRows) {

@@ -6,6 +6,7 @@
 
 #include "cli/command_line.h"
 #include "cli/commands.h"
+#include "cli/row_output.h"
 
 namespace tarnwick::app {
 
@@ -25,7 +26,10 @@ constexpr const char* kAdvice =
 void Print(const CheckReport& report) {
   for (const Finding& finding : report.damage) {
     if (finding.id != 0) std::cout << "message " << finding.id << ": ";
-    std::cout << finding.what << "\n";
+    std::cout << OneLine(finding.what) << "\n";
+  }
+  for (const std::string& copy : report.formerCopies) {
+    std::cout << maintenance::CopyNote(copy) << "\n";
   }
   std::cout << "messages " << report.messages << ", sound " << report.sound.size() << ", damaged "
             << report.DamagedMessages() << ", rows of deleted messages " << report.leftovers

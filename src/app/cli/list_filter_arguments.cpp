@@ -59,7 +59,8 @@ board::ListFilter ReadListFilter(const Arguments& arguments) {
 
 bool OpenFilteredList(const board::ListFilter& filter) {
   board::Board().Filter = filter;
-  return board::OpenEmailList(board::BuildListWhere(filter));
+  board::MarkListed(board::Board().Filter);
+  return board::OpenEmailList(board::BuildListWhere(board::Board().Filter));
 }
 
 }  // namespace tarnwick::app

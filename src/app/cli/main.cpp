@@ -14,7 +14,8 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
-#include "maintenance/restore.h"
+#include "maintenance/unfinished_restore.h"
+#include "options/options.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 
@@ -24,7 +25,7 @@ using tarnwick::app::UsageError;
 using Command = std::function<int(const std::vector<std::string>&)>;
 
 constexpr const char* kUsage =
-    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] COMMAND
+    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full]
   take   FILE...
@@ -44,6 +45,10 @@ constexpr const char* kUsage =
   check  [--export FILE]
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
+
+constexpr const char* kWasNotClosed =
+    "Tarnwick did not come to its end the last time. \"tarnwick-cli check\" tells whether every "
+    "message is whole.";
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
@@ -70,6 +75,7 @@ struct Invocation {
   std::string home;
   std::string profile;
   bool alwaysYes = false;
+  std::string logSubjects;  // "yes", "no", or as it was set before
   bool help = false;
   bool version = false;
   std::string command;
@@ -88,6 +94,11 @@ Invocation ReadInvocation(std::vector<std::string> words) {
       invocation.home = value("--home");
     } else if (words[i] == "--profile") {
       invocation.profile = value("--profile");
+    } else if (words[i] == "--log-subjects") {
+      invocation.logSubjects = value("--log-subjects");
+      if (invocation.logSubjects != "yes" && invocation.logSubjects != "no") {
+        throw UsageError("option --log-subjects wants yes or no");
+      }
     } else if (words[i] == "--yes") {
       invocation.alwaysYes = true;
     } else if (words[i] == "--help" || words[i] == "-h") {
@@ -122,7 +133,7 @@ bool Start(const std::string& programFolder) {
     tarnwick::core::PrepareRun(appFolder);
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
-    tarnwick::maintenance::ReportInterruptedRestore();
+    tarnwick::maintenance::ReportUnfinishedRestore();
     return true;
   });
 }
@@ -150,6 +161,12 @@ int Run(int argc, char** argv) {
   tarnwick::core::State().Ui = &console;
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
+  if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {
+    std::cerr << kWasNotClosed << std::endl;
+  }
+  if (!invocation.logSubjects.empty()) {
+    tarnwick::options::SetLogMailTexts(invocation.logSubjects == "yes");
+  }
   int status = tarnwick::app::kFailed;
   try {
     status = command->second(invocation.words);

@@ -2,41 +2,29 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "cli/row_output.h"
 
-#include <cstdio>
 #include <iostream>
+
+#include "core/text.h"
 
 namespace tarnwick::app {
 
 namespace {
 
-std::string JsonText(const std::string& text) {
+std::string JsonText(std::string_view text) {
   std::string result = "\"";
-  for (char c : text) {
-    auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      result += '\\';
-      result += c;
-    } else if (byte < 0x20 || byte == 0x7F) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
-      result += escaped;
+  while (!text.empty()) {
+    bool isLineEnd = text[0] == '\t' || text[0] == '\r' || text[0] == '\n';
+    size_t length = isLineEnd ? 1 : core::ObeyedLength(text);
+    if (length > 0) {
+      result += core::EscapedCharacter(text.substr(0, length));
     } else {
-      result += c;
+      length = 1;
+      if (text[0] == '"' || text[0] == '\\') result += '\\';
+      result += text[0];
     }
+    text.remove_prefix(length);
   }
   return result + '"';
-}
-
-// How many bytes the character at the beginning of a text has that a terminal would obey instead of
-// showing it: a control character or one that turns the direction of what follows. 0 for any other.
-size_t UnshownLength(std::string_view text) {
-  auto at = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-  if (at(0) == '\t' || at(0) == '\r' || at(0) == '\n') return 0;
-  if (at(0) < 0x20 || at(0) == 0x7F) return 1;
-  if (at(0) == 0xC2 && at(1) >= 0x80 && at(1) < 0xA0) return 2;
-  if (at(0) == 0xE2 && at(1) == 0x80 && at(2) >= 0xAA && at(2) <= 0xAE) return 3;
-  if (at(0) == 0xE2 && at(1) == 0x81 && at(2) >= 0xA6 && at(2) <= 0xA9) return 3;
-  return 0;
 }
 
 std::string JsonValue(const jet::Value& value) {
@@ -66,7 +54,7 @@ std::string Harmless(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   while (!text.empty()) {
-    size_t length = UnshownLength(text);
+    size_t length = core::ObeyedLength(text);
     if (length > 0) {
       result += ' ';
     } else {

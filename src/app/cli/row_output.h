@@ -13,13 +13,13 @@
 namespace tarnwick::app {
 
 // A text for a terminal: characters that it would obey (control characters but TAB and line ends,
-// those that turn the direction of what follows) become blanks.
+// marks that turn the direction of what follows) become blanks.
 std::string Harmless(std::string_view text);
 // The same for a column of a row: a row is a line, and a TAB ends a column.
 std::string OneLine(const std::string& text);
 
 // Prints the current row as one JSON object and a line end: its columns by name, dates as
-// "yyyy-mm-dd hh:mm:ss".
+// "yyyy-mm-dd hh:mm:ss", characters that a terminal would obey as "\u" and four digits.
 void PrintJson(jet::Recordset& rows);
 // With one member more, an array of texts.
 void PrintJson(jet::Recordset& rows, const std::string& name,

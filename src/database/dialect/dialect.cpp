@@ -5,14 +5,14 @@
 #include <charconv>
 #include <optional>
 
-#include "database/text/fold.h"
 #include "platform/error.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
 namespace {
 
-// Beyond this many literals the numbers stay where they are: a list of ids is no parameter list.
+// A longer list of whole numbers is one of keys.
 constexpr size_t kMostLiftedNumbers = 300;
 
 constexpr int kSyntaxError = 1;  // the engine's number for a statement that it can't read
@@ -68,31 +68,13 @@ class DateReader {
   }
 
   bool Date(CivilTime& civil) {
-    int first = 0;
-    if (!Number(first, 4)) return false;
-    if (Sign('/')) {
-      civil.month = first;
-      if (!Number(civil.day, 2) || !Sign('/')) return false;
-      size_t before = text_.size();
-      if (!Number(civil.year, 4)) return false;
-      if (before - text_.size() <= 2) civil.year += civil.year < 30 ? 2000 : 1900;
-      return true;
-    }
-    civil.year = first;
-    return Sign('-') && Number(civil.month, 2) && Sign('-') && Number(civil.day, 2);
+    return Number(civil.month, 2) && Sign('/') && Number(civil.day, 2) && Sign('/') &&
+           Number(civil.year, 4);
   }
 
   bool Time(CivilTime& civil) {
     if (!Number(civil.hour, 2) || !Sign(':') || !Number(civil.minute, 2)) return false;
-    if (Sign(':') && !Number(civil.second, 2)) return false;
-    Blanks();
-    bool afternoon = SameWord(text_, "pm");
-    if (afternoon || SameWord(text_, "am")) {
-      if (civil.hour < 1 || civil.hour > 12) return false;
-      civil.hour = civil.hour % 12 + (afternoon ? 12 : 0);
-      text_ = {};
-    }
-    return true;
+    return !Sign(':') || Number(civil.second, 2);
   }
 
   std::string_view text_;
@@ -102,13 +84,11 @@ class Lifter {
  public:
   Lifter(std::string_view sql, LiftedSql& lifted) : sql_(sql), lifted_(lifted) {}
 
-  void Run(bool numbersInline) {
+  void Run() {
     lifted_.tokens.clear();
     lifted_.literals.clear();
     lifted_.keyLists.clear();
-    lifted_.keyTables.clear();
     lifted_.shape.clear();
-    lifted_.numbersInline = numbersInline;
     while (true) {
       while (position_ < sql_.size() && IsBlank(sql_[position_])) position_++;
       if (position_ == sql_.size()) break;
@@ -124,7 +104,7 @@ class Lifter {
       while (position_ < sql_.size() && IsNamePart(sql_[position_])) position_++;
       std::string_view name = sql_.substr(start, position_ - start);
       Add(Token::Kind::kName, name);
-      if (SameWord(name, "in")) Keys();
+      if (platform::SameWord(name, "in")) Keys();
     } else if (IsDigit(c) ||
                (c == '.' && position_ + 1 < sql_.size() && IsDigit(sql_[position_ + 1]))) {
       Number();
@@ -170,7 +150,8 @@ class Lifter {
       return true;
     };
     if (!symbol('(')) return;
-    KeyList keys;
+    auto list = std::make_shared<KeyList>();
+    std::vector<int64_t>& keys = list->keys;
     do {
       blanks();
       int64_t key = 0;
@@ -178,16 +159,17 @@ class Lifter {
       auto [end, error] = std::from_chars(begin, sql_.data() + sql_.size(), key);
       if (error != std::errc() || !IsDigit(*begin)) return;
       position += static_cast<size_t>(end - begin);
-      keys.Add(key);
+      keys.push_back(key);
     } while (symbol(','));
     // What else stands in the list, a number's point or a sum, is no matter for here.
-    if (!symbol(')') || keys.Size() <= kMostLiftedNumbers) return;
+    if (!symbol(')') || keys.size() <= kMostLiftedNumbers) return;
     position_ = position;
     Token token;
     token.kind = Token::Kind::kKeys;
-    token.literal = lifted_.keyLists.size();
+    token.literal = list->literal = lifted_.literals.size();
     lifted_.tokens.push_back(token);
-    lifted_.keyLists.push_back(std::move(keys));
+    lifted_.literals.emplace_back();
+    lifted_.keyLists.push_back(std::move(list));
     lifted_.shape.append("keys ");
   }
 
@@ -213,21 +195,7 @@ class Lifter {
       position_++;
       digits();
     }
-    // An exponent needs its digits: the E of "12ELSE" belongs to the word.
-    if (position_ < sql_.size() && (sql_[position_] | 0x20) == 'e') {
-      size_t exponent = position_ + 1;
-      if (exponent < sql_.size() && (sql_[exponent] == '+' || sql_[exponent] == '-')) exponent++;
-      if (exponent < sql_.size() && IsDigit(sql_[exponent])) {
-        whole = false;
-        position_ = exponent;
-        digits();
-      }
-    }
     std::string_view text = sql_.substr(start, position_ - start);
-    if (lifted_.numbersInline) {
-      Add(Token::Kind::kNumber, text);
-      return;
-    }
     const char* end = text.data() + text.size();
     int64_t integer = 0;
     if (whole && std::from_chars(text.data(), end, integer).ec == std::errc()) {
@@ -271,7 +239,7 @@ class Lifter {
 
   void Symbol() {
     constexpr std::string_view kSymbols[] = {"<>", "<=", ">=", "<", ">", "=", "(", ")",
-                                             ",",  ".",  "*",  "+", "-", "/", "&", ";"};
+                                             ",",  ".",  "*",  "+", "-", "&", ";"};
     for (std::string_view symbol : kSymbols) {
       if (sql_.substr(position_, symbol.size()) == symbol) {
         Add(Token::Kind::kSymbol, sql_.substr(position_, symbol.size()));
@@ -290,8 +258,7 @@ class Lifter {
 }  // namespace
 
 void Lift(std::string_view sql, LiftedSql& lifted) {
-  Lifter(sql, lifted).Run(false);
-  if (lifted.literals.size() > kMostLiftedNumbers) Lifter(sql, lifted).Run(true);
+  Lifter(sql, lifted).Run();
 }
 
 void RefuseSql(const std::string& why) {

@@ -7,25 +7,23 @@
 //
 //   statement  = select | insert | update | delete, at most one ";" at its end
 //   select     = SELECT [DISTINCT] [TOP number] items FROM tables [IN 'file']
-//                [WHERE condition] [GROUP BY values [HAVING condition]]
+//                [WHERE condition] [GROUP BY values]
 //                [ORDER BY value [ASC | DESC], ...]
 //   items      = * | table.* | value [AS name], ...
-//   tables     = table [AS name], joined by "," or by [INNER | LEFT [OUTER]] JOIN table ON
-//   condition,
-//                with parentheses around what stands to the left of a join
+//   tables     = table [AS name], joined by (INNER | LEFT) JOIN table ON condition, with
+//                parentheses around what stands to the left of a join
 //   insert     = INSERT INTO table [IN 'file'] [(columns)] (VALUES (values) | select)
 //                Without (columns) a select's named items go to the columns of their names, and
 //                those of * to the columns by place.
 //   update     = UPDATE table SET column = value, ... [WHERE condition]
-//   delete     = DELETE [* | table.*] FROM table [WHERE condition]
+//   delete     = DELETE [*] FROM table [WHERE condition]
 //   condition  = AND, OR, NOT over: = <> < > <= >= between values, [NOT] LIKE, [NOT] IN (values or
-//   a
-//                select), [NOT] BETWEEN value AND value, IS [NOT] NULL
-//   value      = literal, name, table.name, + - * /, & (texts side by side, Null as nothing),
-//                Count Sum Avg Min Max, Format or Format$ (a date, a pattern), InStr(text, part),
-//                Len, DateValue (a date's day, at midnight), Date(), Now()
-//   literal    = 'text' or "text" with the quotation mark doubled inside, #mm/dd/yyyy [hh:mm[:ss]]#
-//                or #yyyy-mm-dd ...#, a number, NULL, TRUE (-1), FALSE (0)
+//                a select), [NOT] BETWEEN value AND value, IS [NOT] NULL
+//   value      = literal, name, table.name, + -, & (texts side by side, Null as nothing),
+//                Count Sum Max, Format or Format$ (a date, a pattern), InStr(text, part), Len,
+//                DateValue (a date's day, at midnight), Date()
+//   literal    = 'text' or "text" with the quotation mark doubled inside,
+//                #mm/dd/yyyy [hh:mm[:ss]]#, a number without an exponent, NULL
 //   name       = letters, digits, _ and $; or any characters in [brackets]
 //
 // Names and words are read without regard to case. A number ends where its digits do, so that
@@ -33,7 +31,8 @@
 // and Like; in a pattern of Like % and _ are special and everything else is not, brackets included.
 // There are no comments: "--" is two minus signs.
 //
-// Rows of an insert's select go into the columns that they are named after, when all have names.
+// Rows of an insert's select go into the columns that they are named after, when all have names; so
+// do those of a * between two files, as far as both have a column of the name.
 //
 // IN 'file' names another database file, opened with the password of the connection.
 #pragma once
@@ -44,20 +43,22 @@
 #include <string_view>
 #include <vector>
 
-#include "database/engine/key_list.h"
 #include "database/value.h"
 
 namespace tarnwick::jet {
 
-class KeyTable;
-
 struct Token {
-  enum class Kind : uint8_t { kEnd, kName, kBracketed, kLiteral, kNumber, kKeys, kSymbol };
+  enum class Kind : uint8_t { kEnd, kName, kBracketed, kLiteral, kKeys, kSymbol };
   Kind kind = Kind::kEnd;
-  // The name, the digits of a number that was not lifted, or the symbol; a view of the statement.
-  std::string_view text;
-  size_t literal = 0;   // kLiteral: its place among the literals; kKeys: among the lists of keys
-  bool isText = false;  // kLiteral: in quotation marks
+  std::string_view text;  // the name or the symbol; a view of the statement
+  size_t literal = 0;     // kLiteral, kKeys: its place among the literals
+  bool isText = false;    // kLiteral: in quotation marks
+};
+
+// So many whole numbers behind IN that they would burden the parser and the engine.
+struct KeyList {
+  size_t literal = 0;  // Null stands in its place among the literals
+  std::vector<int64_t> keys;
 };
 
 // A statement with its literals taken out. Two statements of one shape differ in their literals
@@ -65,13 +66,8 @@ struct Token {
 struct LiftedSql {
   std::vector<Token> tokens;  // ends with kEnd
   std::vector<Value> literals;
-  // Lists of so many whole numbers behind IN that they would burden the parser and the engine.
-  std::vector<KeyList> keyLists;
-  // Where each of them lies for the engine to read; given by the connection before it is parsed.
-  std::vector<std::shared_ptr<KeyTable>> keyTables;
+  std::vector<std::shared_ptr<const KeyList>> keyLists;  // by their literals
   std::string shape;
-  // So many numbers that they stay in the text; such a statement is not worth keeping.
-  bool numbersInline = false;
 };
 
 // Reads sql into lifted, whose memory is used again. The tokens are views of sql. Throws Error for

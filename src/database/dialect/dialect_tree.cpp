@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -19,20 +19,18 @@ struct FunctionRule {
   size_t arguments;
   bool aggregate;
 };
-constexpr std::array<FunctionRule, 10> kFunctions = {{{"count", 1, true},
-                                                      {"sum", 1, true},
-                                                      {"avg", 1, true},
-                                                      {"min", 1, true},
-                                                      {"max", 1, true},
-                                                      {"format", 2, false},
-                                                      {"format$", 2, false},
-                                                      {"instr", 2, false},
-                                                      {"len", 1, false},
-                                                      {"datevalue", 1, false}}};
+constexpr std::array<FunctionRule, 8> kFunctions = {{{"count", 1, true},
+                                                     {"sum", 1, true},
+                                                     {"max", 1, true},
+                                                     {"format", 2, false},
+                                                     {"format$", 2, false},
+                                                     {"instr", 2, false},
+                                                     {"len", 1, false},
+                                                     {"datevalue", 1, false}}};
 
 const FunctionRule* FindFunction(std::string_view name) {
   for (const FunctionRule& rule : kFunctions) {
-    if (SameWord(rule.name, name)) return &rule;
+    if (platform::SameWord(rule.name, name)) return &rule;
   }
   return nullptr;
 }
@@ -70,7 +68,7 @@ class Parser {
   }
 
   bool IsWord(std::string_view word) const {
-    return Now().kind == Token::Kind::kName && SameWord(Now().text, word);
+    return Now().kind == Token::Kind::kName && platform::SameWord(Now().text, word);
   }
   bool IsSymbol(std::string_view symbol) const {
     return Now().kind == Token::Kind::kSymbol && Now().text == symbol;
@@ -112,7 +110,7 @@ class Parser {
   std::string TableOf() {
     std::string name = Name();
     for (std::string_view own : {"sqlite_", "tw_"}) {
-      if (SameWord(std::string_view(name).substr(0, own.size()), own)) {
+      if (platform::SameWord(std::string_view(name).substr(0, own.size()), own)) {
         RefuseSql("no such table: " + name);
       }
     }
@@ -121,12 +119,12 @@ class Parser {
 
   static bool IsReserved(std::string_view word) {
     constexpr std::string_view kReserved[] = {
-        "select",  "from",   "where",    "and",    "or",     "not",   "in",     "like",
-        "between", "is",     "null",     "order",  "by",     "group", "inner",  "left",
-        "outer",   "join",   "on",       "as",     "insert", "into",  "update", "set",
-        "delete",  "values", "distinct", "having", "union"};
+        "select", "from",    "where", "and",    "or",     "not",      "in",
+        "like",   "between", "is",    "null",   "order",  "by",       "group",
+        "inner",  "left",    "outer", "join",   "on",     "as",       "insert",
+        "into",   "update",  "set",   "delete", "values", "distinct", "union"};
     for (std::string_view reserved : kReserved) {
-      if (SameWord(word, reserved)) return true;
+      if (platform::SameWord(word, reserved)) return true;
     }
     return false;
   }
@@ -161,7 +159,6 @@ class Parser {
       do {
         select.groupBy.push_back(Sum());
       } while (TakeSymbol(","));
-      if (TakeWord("having")) select.having = Condition();
     }
     if (TakeWord("order")) {
       NeedWord("by");
@@ -192,7 +189,7 @@ class Parser {
 
   OrderItem Ordering() {
     // A column's number would be taken for a value here; nothing is sorted by a constant.
-    if (Now().kind == Token::Kind::kLiteral || Now().kind == Token::Kind::kNumber) Unexpected();
+    if (Now().kind == Token::Kind::kLiteral) Unexpected();
     OrderItem item;
     item.value = Sum();
     if (TakeWord("desc")) {
@@ -221,22 +218,17 @@ class Parser {
         continue;
       }
       Join join;
-      if (TakeSymbol(",")) {
-        join.kind = Join::Kind::kCross;
-      } else if (TakeWord("left")) {
-        TakeWord("outer");
+      if (TakeWord("left")) {
         NeedWord("join");
         join.kind = Join::Kind::kLeft;
       } else if (TakeWord("inner")) {
         NeedWord("join");
-      } else if (!TakeWord("join")) {
+      } else {
         break;
       }
       join.table = Table();
-      if (join.kind != Join::Kind::kCross) {
-        NeedWord("on");
-        join.on = Condition();
-      }
+      NeedWord("on");
+      join.on = Condition();
       select.joins.push_back(std::move(join));
     }
     if (open > 0) Unexpected();
@@ -305,11 +297,7 @@ class Parser {
   Delete DeleteStatement() {
     Delete statement;
     NeedWord("delete");
-    if (!TakeSymbol("*") && !IsWord("from")) {
-      Name();
-      NeedSymbol(".");
-      NeedSymbol("*");
-    }
+    TakeSymbol("*");
     NeedWord("from");
     statement.table = TableOf();
     if (TakeWord("where")) statement.where = Condition();
@@ -397,8 +385,10 @@ class Parser {
 
   Expression In(Expression left) {
     Expression in = Of(Kind::kIn, std::move(left));
-    if (Now().kind == Token::Kind::kKeys && Now().literal < lifted_.keyTables.size()) {
-      in.keys = lifted_.keyTables[lifted_.tokens[place_++].literal];
+    for (const std::shared_ptr<const KeyList>& keys : lifted_.keyLists) {
+      if (Now().kind != Token::Kind::kKeys || keys->literal != Now().literal) continue;
+      in.keys = keys;
+      place_++;
       return in;
     }
     NeedSymbol("(");
@@ -407,24 +397,11 @@ class Parser {
       if (in.select->file || in.select->top) Unexpected();
     } else {
       do {
-        InElement(in);
+        in.operands.push_back(Sum());
       } while (TakeSymbol(","));
     }
     NeedSymbol(")");
     return in;
-  }
-
-  // Numbers left in the text come in lists of many thousands: they go over as they stand.
-  void InElement(Expression& in) {
-    const Token& ahead = Ahead();
-    bool single = ahead.kind == Token::Kind::kSymbol && (ahead.text == "," || ahead.text == ")");
-    if (Now().kind == Token::Kind::kNumber && single) {
-      if (!in.text.empty()) in.text += ',';
-      in.text += Now().text;
-      place_++;
-    } else {
-      in.operands.push_back(Sum());
-    }
   }
 
   std::string_view TakeOneOf(std::initializer_list<std::string_view> symbols) {
@@ -440,16 +417,12 @@ class Parser {
     return Chain([&] { return Addition(); }, [&] { return TakeOneOf({"&"}); });
   }
   Expression Addition() {
-    return Chain([&] { return Product(); }, [&] { return TakeOneOf({"+", "-"}); });
-  }
-  Expression Product() {
-    return Chain([&] { return Signed(); }, [&] { return TakeOneOf({"*", "/"}); });
+    return Chain([&] { return Signed(); }, [&] { return TakeOneOf({"+", "-"}); });
   }
 
   Expression Signed() {
     Deeper deeper(depth_);
     if (TakeSymbol("-")) return Of(Kind::kMinus, Signed());
-    if (TakeSymbol("+")) return Signed();
     return Primary();
   }
 
@@ -462,12 +435,6 @@ class Parser {
         place_++;
         return literal;
       }
-      case Token::Kind::kNumber: {
-        Expression number = Of(Kind::kNumber);
-        number.text = token.text;
-        place_++;
-        return number;
-      }
       case Token::Kind::kSymbol: {
         NeedSymbol("(");
         Expression inner = Condition();
@@ -477,12 +444,6 @@ class Parser {
       case Token::Kind::kName:
         if (Ahead().kind == Token::Kind::kSymbol && Ahead().text == "(") return Call();
         if (TakeWord("null")) return Of(Kind::kNull);
-        if (IsWord("true") || IsWord("false")) {
-          Expression number = Of(Kind::kNumber);
-          number.text = IsWord("true") ? "-1" : "0";
-          place_++;
-          return number;
-        }
         break;
       default:
         break;
@@ -499,9 +460,9 @@ class Parser {
   Expression Call() {
     std::string name(Now().text);
     place_ += 2;
-    if (SameWord(name, "date") || SameWord(name, "now")) {
+    if (platform::SameWord(name, "date")) {
       NeedSymbol(")");
-      return Of(SameWord(name, "date") ? Kind::kDate : Kind::kNow);
+      return Of(Kind::kDate);
     }
     const FunctionRule* rule = FindFunction(name);
     if (rule == nullptr) RefuseSql("no such function: " + name);

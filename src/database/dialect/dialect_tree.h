@@ -20,21 +20,19 @@ struct Select;
 struct Expression {
   enum class Kind {
     kLiteral,  // literal
-    kNumber,   // text: digits as written
     kNull,
     kColumn,   // table (may be empty), text
     kStar,     // the * of Count(*)
     kMinus,    // operands[0]
     kNot,      // operands[0]
-    kChain,    // operands joined by the operator in text: AND OR & + - * /
+    kChain,    // operands joined by the operator in text: AND OR & + -
     kCompare,  // operands[0] text operands[1]
     kLike,     // operands[0] LIKE operands[1]
     kBetween,  // operands[0] BETWEEN operands[1] AND operands[2]
-    kIn,       // operands[0] IN (the others and the numbers in text, or keys, or select)
+    kIn,       // operands[0] IN (the others, or keys, or select)
     kIsNull,   // operands[0]
     kCall,     // text(operands), text in lower case
     kDate,     // Date()
-    kNow,      // Now()
   };
   Kind kind = Kind::kNull;
   std::string text;
@@ -43,7 +41,7 @@ struct Expression {
   bool negated = false;  // kLike, kBetween, kIn, kIsNull
   std::vector<Expression> operands;
   std::unique_ptr<Select> select;
-  std::shared_ptr<KeyTable> keys;
+  std::shared_ptr<const KeyList> keys;
 };
 
 struct TableName {
@@ -53,10 +51,10 @@ struct TableName {
 };
 
 struct Join {
-  enum class Kind { kCross, kInner, kLeft };
+  enum class Kind { kInner, kLeft };
   Kind kind = Kind::kInner;
   TableName table;
-  std::optional<Expression> on;
+  Expression on;
 };
 
 struct SelectItem {
@@ -80,7 +78,6 @@ struct Select {
   std::optional<size_t> file;  // a literal: IN 'file'
   std::optional<Expression> where;
   std::vector<Expression> groupBy;
-  std::optional<Expression> having;
   std::vector<OrderItem> orderBy;
 };
 
@@ -90,6 +87,11 @@ struct Insert {
   std::vector<std::string> columns;
   std::vector<Expression> values;  // or
   std::unique_ptr<Select> select;
+  // SELECT * FROM one table, all its columns into those of their names.
+  bool IsCopyOfRows() const {
+    return columns.empty() && select && select->items.size() == 1 && select->items[0].star &&
+           select->joins.empty() && !select->distinct && select->groupBy.empty();
+  }
 };
 
 struct Update {

@@ -6,8 +6,7 @@
 #include <utility>
 
 #include "database/engine/functions.h"
-#include "database/engine/key_table.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -67,7 +66,7 @@ const TableView* SqlWriter::ViewWith(const Expression& column) const {
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
     for (const Source& source : *scope) {
       bool here = column.table.empty() ? source.view != nullptr && source.view->Has(column.text)
-                                       : SameWord(source.shown, column.table);
+                                       : platform::SameWord(source.shown, column.table);
       if (here && source.view != nullptr) return source.view;
     }
   }
@@ -128,22 +127,10 @@ void SqlWriter::Table(const TableName& table, bool other) {
 }
 
 void SqlWriter::JoinClause(const Join& join, bool other) {
-  switch (join.kind) {
-    case Join::Kind::kCross:
-      Text(", ");
-      break;
-    case Join::Kind::kInner:
-      Text(" JOIN ");
-      break;
-    case Join::Kind::kLeft:
-      Text(" LEFT JOIN ");
-      break;
-  }
+  Text(join.kind == Join::Kind::kLeft ? " LEFT JOIN " : " JOIN ");
   Table(join.table, other);
-  if (join.on) {
-    Text(" ON ");
-    Value(*join.on);
-  }
+  Text(" ON ");
+  Value(join.on);
 }
 
 void SqlWriter::Item(const SelectItem& item, ColumnKind into, int& unnamed) {
@@ -191,7 +178,7 @@ std::vector<SelectItem> SqlWriter::Expanded(const std::vector<SelectItem>& items
       continue;
     }
     for (const Source& source : scopes_.back()) {
-      bool meant = item.starTable.empty() || SameWord(item.starTable, source.shown);
+      bool meant = item.starTable.empty() || platform::SameWord(item.starTable, source.shown);
       if (!meant || source.view == nullptr) continue;
       for (const std::string& column : source.view->columns) {
         SelectItem named;
@@ -245,10 +232,6 @@ void SqlWriter::Rows(const Select& select, const std::vector<ColumnKind>& into, 
   if (!select.groupBy.empty()) {
     Text(" GROUP BY ");
     List(select.groupBy, 0, ", ");
-  }
-  if (select.having) {
-    Text(" HAVING ");
-    Value(*select.having);
   }
   for (size_t i = 0; i < select.orderBy.size(); i++) {
     Text(i == 0 ? " ORDER BY " : ", ");
@@ -353,18 +336,11 @@ void SqlWriter::In(const Expression& in) {
   if (in.select) {
     Write(*in.select);
   } else if (in.keys) {
-    // A text compares with the numbers of a list otherwise than with those of a table.
-    const TableView* view = ViewWith(in.operands[0]);
-    if (view != nullptr && view->IsWholeNumber(in.operands[0].text)) {
-      Text("SELECT ID FROM temp." + in.keys->Name());
-      sql_.keys.push_back(in.keys);
-    } else {
-      Text(in.keys->AsText());
-    }
+    // With the sign they compare as numbers written out do: with texts as texts.
+    Text("SELECT +value FROM carray(?" + std::to_string(in.keys->literal + kFirstLiteral) + ")");
+    sql_.keys.push_back(in.keys);
   } else {
     List(in.operands, 1, ", ");
-    if (!in.text.empty() && in.operands.size() > 1) Text(", ");
-    Text(in.text);
   }
   Text(")");
 }
@@ -412,8 +388,6 @@ void SqlWriter::Value(const Expression& expression) {
   switch (expression.kind) {
     case Kind::kLiteral:
       return Literal(expression.literal);
-    case Kind::kNumber:
-      return Text(expression.text);
     case Kind::kNull:
       return Text("NULL");
     case Kind::kStar:
@@ -423,9 +397,6 @@ void SqlWriter::Value(const Expression& expression) {
     case Kind::kDate:
       sql_.usesDate = true;
       return Text("?" + std::to_string(kDateParameter));
-    case Kind::kNow:
-      sql_.usesNow = true;
-      return Text("?" + std::to_string(kNowParameter));
     case Kind::kColumn:
       return PlainColumn(expression);
     default:
@@ -454,8 +425,7 @@ void SqlWriter::Compound(const Expression& expression) {
           Text(", '')");
         }
       } else {
-        // Division is never that of whole numbers.
-        List(operands, 0, expression.text == "/" ? " * 1.0 / " : " " + expression.text + " ");
+        List(operands, 0, " " + expression.text + " ");
       }
       break;
     case Kind::kCompare:

@@ -3,8 +3,8 @@
 //
 // Writes a tree of the dialect as SQL of the engine. Internal to the database.
 //
-// Parameters of what is written: kKeyParameter a row's key, kDateParameter and kNowParameter the
-// clock, kFirstLiteral and on the literals of the statement in their order.
+// Parameters of what is written: kKeyParameter a row's key, kDateParameter today,
+// kFirstLiteral and on the literals of the statement in their order.
 //
 // Columns that may be packed (packing.h) are written so that the engine meets their plain values,
 // except where a column is itself an item of a plain SELECT: Statement unpacks that when it is
@@ -24,22 +24,20 @@ namespace tarnwick::jet {
 
 inline constexpr int kKeyParameter = 1;
 inline constexpr int kDateParameter = 2;
-inline constexpr int kNowParameter = 3;
-inline constexpr int kFirstLiteral = 4;
+inline constexpr int kFirstLiteral = 3;
 
 // SQL of the engine and which parameters it wants.
 struct EngineSql {
   std::string text;
   std::vector<size_t> literals;
-  std::vector<std::shared_ptr<KeyTable>> keys;  // that it reads
+  std::vector<std::shared_ptr<const KeyList>> keys;  // likewise
   bool usesDate = false;
-  bool usesNow = false;
 };
 
 class SqlWriter {
  public:
-  // schema: what the tables have; that of the file of an IN clause, attached under the name
-  // otherSchema, has the same.
+  // schema: what the tables have; the columns that a statement names of a file of an IN clause,
+  // attached under the name otherSchema, are of the same kinds.
   SqlWriter() = default;
   explicit SqlWriter(Catalog& schema, std::string_view otherSchema = {})
       : schema_(&schema), otherSchema_(otherSchema) {}

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/engine/catalog.h"
 
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -17,14 +17,14 @@ std::string QuotedName(std::string_view name) {
 
 bool TableView::Has(std::string_view column) const {
   for (const std::string& name : columns) {
-    if (SameWord(name, column)) return true;
+    if (platform::SameWord(name, column)) return true;
   }
   return false;
 }
 
 std::string_view TableView::DeclaredType(std::string_view column) const {
   for (size_t i = 0; i < columns.size(); i++) {
-    if (SameWord(columns[i], column)) return types[i];
+    if (platform::SameWord(columns[i], column)) return types[i];
   }
   return {};
 }
@@ -33,19 +33,15 @@ bool TableView::IsText(std::string_view column) const {
   return DeclaredType(column) == "TEXT";
 }
 
-bool TableView::IsWholeNumber(std::string_view column) const {
-  return DeclaredType(column) == "INTEGER";
-}
-
 ColumnKind TableView::KindOf(std::string_view column) const {
   return KindOfDeclared(DeclaredType(column));
 }
 
 const TableView* Catalog::Find(std::string_view table) {
-  std::string name = LowerWord(table);
+  std::string name = platform::AsciiLower(table);
   auto found = tables_.find(name);
   if (found == tables_.end()) {
-    Statement info(database_, "PRAGMA main.table_info(" + QuotedName(name) + ")");
+    Statement info(database_, "PRAGMA " + schema_ + ".table_info(" + QuotedName(name) + ")");
     TableView view;
     int keys = 0;
     while (info.Step()) {
@@ -53,7 +49,7 @@ const TableView* Catalog::Find(std::string_view table) {
       view.types.emplace_back(info.Text(2));
       if (info.Int(5) > 0) {
         keys++;
-        if (SameWord(info.Text(2), "INTEGER")) view.key = view.columns.back();
+        if (platform::SameWord(info.Text(2), "INTEGER")) view.key = view.columns.back();
       }
     }
     if (keys != 1) view.key.clear();

@@ -24,20 +24,21 @@ struct TableView {
   std::string_view DeclaredType(std::string_view column) const;  // "": there is no such column
   // Declared as a text, not as a long one.
   bool IsText(std::string_view column) const;
-  bool IsWholeNumber(std::string_view column) const;
   // kAny for a column that there is not.
   ColumnKind KindOf(std::string_view column) const;
 };
 
 class Catalog {
  public:
-  explicit Catalog(Database& database) : database_(database) {}
+  explicit Catalog(Database& database, std::string_view schema = "main")
+      : database_(database), schema_(schema) {}
 
   // nullptr when there is no such table. Valid as long as the view.
   const TableView* Find(std::string_view table);
 
  private:
   Database& database_;
+  std::string schema_;
   std::map<std::string, TableView> tables_;  // by name in lower case
 };
 

@@ -4,15 +4,19 @@
 
 #include <sqlite3.h>
 
+#include <cctype>
 #include <cerrno>
 #include <climits>
+#include <filesystem>
+#include <fstream>
 #include <type_traits>
 #include <utility>
 
 #include "database/engine/functions.h"
 #include "database/engine/packing.h"
-#include "database/text/fold.h"
+#include "platform/charset.h"
 #include "platform/error.h"
+#include "platform/files.h"
 
 namespace tarnwick::jet {
 
@@ -31,6 +35,44 @@ int LengthOf(std::string_view data) {
   return static_cast<int>(data.size());
 }
 
+// A path in the form that lets options follow it, whatever characters it holds.
+std::string UriOf(const std::string& path, std::string_view options) {
+  constexpr char kHexDigits[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+#ifdef _WIN32
+  if (path.size() > 1 && path[1] == ':') uri += "///";
+#endif
+  for (char character : path) {
+    auto byte = static_cast<unsigned char>(character);
+    if (character == '\\' && platform::kSeparator == '\\') {
+      uri += '/';
+    } else if (std::isalnum(byte) != 0 ||
+               std::string_view("/-._~").find(character) != std::string_view::npos) {
+      uri += character;
+    } else {
+      uri += {'%', kHexDigits[byte >> 4], kHexDigits[byte & 15]};
+    }
+  }
+  return uri.append(options);
+}
+
+// The options that keep a file, and the folder it lies in, as they are.
+std::string_view ForReading(const std::string& path) {
+  constexpr size_t kWriteVersion = 18;
+  constexpr char kLogged = 2;
+  if (Database::HasLog(path)) {
+    throw Error(ErrorNumber::kPathAccess,
+                "The file " + path + " is in use, or was not closed: its log lies beside it");
+  }
+  // A file that was copied while it was open wants a log made beside it, unless it is said to be on
+  // a medium that nothing is written to.
+  char head[kWriteVersion + 1] = {};
+  std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                     std::ios::binary);
+  file.read(head, sizeof(head));
+  return head[kWriteVersion] == kLogged ? "?mode=ro&immutable=1" : "?mode=ro";
+}
+
 }  // namespace
 
 ColumnKind KindOfDeclared(std::string_view type) {
@@ -40,12 +82,13 @@ ColumnKind KindOfDeclared(std::string_view type) {
   return ColumnKind::kAny;
 }
 
-Statement::Statement(Database& database, std::string_view sql) : database_(&database) {
-  // The library functions of the engine that make tables of themselves are of no use here.
+Statement::Statement(Database& database, std::string_view sql, bool readsKeys)
+    : database_(&database) {
+  // Of the engine's functions that make tables of themselves the one that lists keys is of use.
+  unsigned flags = SQLITE_PREPARE_PERSISTENT | (readsKeys ? 0U : SQLITE_PREPARE_NO_VTAB);
   const char* tail = nullptr;
   int code =
-      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql),
-                         SQLITE_PREPARE_PERSISTENT | SQLITE_PREPARE_NO_VTAB, &handle_, &tail);
+      sqlite3_prepare_v3(database.Handle(), sql.data(), LengthOf(sql), flags, &handle_, &tail);
   if (code != SQLITE_OK) database.Fail(code);
   if (handle_ == nullptr) throw Error(SQLITE_ERROR, "empty statement");
   database.statementsPrepared_++;
@@ -78,11 +121,11 @@ void Statement::Bind(int index, double value) {
 
 void Statement::BindText(int index, std::string_view text) {
   int code;
-  if (IsWellFormed(text)) {
+  if (platform::IsValidUtf8(text)) {
     code = sqlite3_bind_text64(handle_, index, text.empty() ? "" : text.data(), text.size(),
                                SQLITE_STATIC, SQLITE_UTF8);
   } else {
-    std::string mended = MendUtf8(text);
+    std::string mended = platform::MendUtf8(text);
     code = sqlite3_bind_text64(handle_, index, mended.data(), mended.size(), SQLITE_TRANSIENT,
                                SQLITE_UTF8);
   }
@@ -114,6 +157,13 @@ void Statement::BindValue(int index, const Value& value) {
       value.Data());
 }
 
+void Statement::BindKeys(int index, const std::vector<int64_t>& keys) {
+  if (keys.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
+  int code = sqlite3_carray_bind(handle_, index, const_cast<int64_t*>(keys.data()),
+                                 static_cast<int>(keys.size()), SQLITE_CARRAY_INT64, SQLITE_STATIC);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
 void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {
   std::string_view plain;
   if (auto* text = std::get_if<std::string>(&value.Data())) plain = *text;
@@ -121,8 +171,8 @@ void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::
   bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
   if (!isLong || plain.empty()) return BindValue(index, value);
   bool isText = kind == ColumnKind::kLongText;
-  if (isText && !IsWellFormed(plain)) {
-    keep = MendUtf8(plain);
+  if (isText && !platform::IsValidUtf8(plain)) {
+    keep = platform::MendUtf8(plain);
     plain = keep;
   }
   std::string_view packed = Pack(plain);
@@ -225,10 +275,11 @@ Value Statement::ColumnValue(int column) const {
 }
 
 Database::Database(const std::string& path, const std::string& password, Mode mode) {
-  int flags = SQLITE_OPEN_EXRESCODE;
+  int flags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI;
   flags |= mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
-  int code = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  std::string uri = UriOf(path, mode == Mode::kReadOnly ? ForReading(path) : "");
+  int code = sqlite3_open_v2(uri.c_str(), &handle_, flags, nullptr);
   try {
     if (code != SQLITE_OK) Fail(code);
     sqlite3_busy_timeout(handle_, kBusyMilliseconds);
@@ -256,6 +307,10 @@ Database::Database(const std::string& path, const std::string& password, Mode mo
   }
 }
 
+bool Database::HasLog(const std::string& path) {
+  return platform::FileExists(path + "-wal") || platform::FileExists(path + "-journal");
+}
+
 Database::~Database() {
   sqlite3_close_v2(handle_);
 }
@@ -271,9 +326,10 @@ int64_t Database::Number(const char* sql) {
 }
 
 void Database::Attach(const std::string& path, const std::string& password,
-                      const std::string& alias) {
+                      const std::string& alias, bool isWritten) {
+  std::string uri = UriOf(path, isWritten ? "" : ForReading(path));
   Statement statement(*this, "ATTACH ?1 AS ?2 KEY ?3");
-  statement.BindText(1, path);
+  statement.BindText(1, uri);
   statement.BindText(2, alias);
   statement.BindText(3, password);
   statement.Run();

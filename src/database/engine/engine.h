@@ -33,7 +33,8 @@ class Database;
 // statement may serve several owners.
 class Statement {
  public:
-  Statement(Database& database, std::string_view sql);
+  // readsKeys: keys are to be bound.
+  Statement(Database& database, std::string_view sql, bool readsKeys = false);
   ~Statement();
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -47,6 +48,9 @@ class Statement {
   void BindText(int index, std::string_view text);
   void BindBytes(int index, std::string_view bytes);
   void BindValue(int index, const Value& value);
+  // For carray(?index), which gives each of them as a row. They must last as long as the statement,
+  // or until others are bound.
+  void BindKeys(int index, const std::vector<int64_t>& keys);
   // A value for a column that may pack it. What is packed lies in keep, which must last likewise.
   void BindStored(int index, const Value& value, ColumnKind kind, std::string& keep);
 
@@ -94,17 +98,23 @@ class Database {
  public:
   enum class Mode { kExisting, kCreate, kReadOnly };
 
-  // Opens the file and gives it its key; whether the key fits shows with the first read.
+  // Opens the file and gives it its key; whether the key fits shows with the first read. With
+  // kReadOnly the file stays as it is and nothing is put beside it; one with a log is refused.
   Database(const std::string& path, const std::string& password, Mode mode);
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
+  // True when a log of the engine lies beside a file.
+  static bool HasLog(const std::string& path);
+
   // Runs fixed SQL of the program's own, without parameters.
   void Run(const char* sql);
   int64_t Number(const char* sql);  // the first column of the first row; 0 without a row
 
-  void Attach(const std::string& path, const std::string& password, const std::string& alias);
+  // A file that is not written to stays as it is, and nothing is put beside it.
+  void Attach(const std::string& path, const std::string& password, const std::string& alias,
+              bool isWritten);
   void Detach(const std::string& alias);
 
   bool IsReadOnly() const;

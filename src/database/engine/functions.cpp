@@ -12,11 +12,11 @@
 #include <string_view>
 
 #include "database/engine/packing.h"
-#include "database/text/fold.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
 #include "platform/error.h"
 #include "platform/locale.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -112,7 +112,8 @@ void InStr(sqlite3_context* context, int, sqlite3_value** arguments) {
     std::string_view text = *searched;
     WithPrepared<Needle>(context, arguments[1], [&](const Needle& needle) {
       Needle::Match match = needle.Find(text);
-      size_t place = match.begin == Needle::kNone ? 0 : CountChars(text.substr(0, match.begin)) + 1;
+      size_t place =
+          match.begin == Needle::kNone ? 0 : platform::CountChars(text.substr(0, match.begin)) + 1;
       sqlite3_result_int64(context, static_cast<sqlite3_int64>(place));
     });
   });

@@ -152,6 +152,12 @@ void Session::Commit() {
   unsynced_ = true;
 }
 
+void Session::TakeBackGroup(const Error& reason) {
+  if (!collecting_) return;
+  if (database_->InTransaction()) Own("ROLLBACK")->Run();
+  AfterFailure(reason);
+}
+
 void Session::BeginGroup() {
   Engine();
   // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
@@ -173,7 +179,8 @@ void Session::EndUnit() {
 
 void Session::FlushGroup() {
   if (depth_ == 0 || !database_) return;
-  // A unit that is refused stays so to its end: its beginning is gone.
+  // A refusal lasts until the unit's end: the rest of a unit whose beginning is gone would hang on
+  // a key that the next row is given.
   unitWrote_ = false;
   if (collecting_) Commit();
   if (unsynced_) database_->SyncLog();
@@ -202,25 +209,33 @@ OtherFile::OtherFile(Session& session, const std::string& path, bool isWritten)
   // A file can't be attached within a commit.
   session.FlushGroup();
   Database& engine = session.Engine();
-  engine.Attach(path, session.Password(), kOtherSchema);
+  engine.Attach(path, session.Password(), kOtherSchema, isWritten);
   try {
     if (engine.Number("PRAGMA other.page_count") == 0) {
       throw Error(kNotADatabase, "file is not a database");
     }
-    if (isWritten) {
-      // A file that is being made is of no use before all of it is there, and is flushed then.
-      engine.Run(
-          "PRAGMA other.synchronous = OFF; PRAGMA other.journal_mode = MEMORY;"
-          "PRAGMA other.cache_size = -16000;");
-    }
-    if (engine.Number("PRAGMA other.application_id") != TextOrderVersion()) {
-      engine.Run("REINDEX");
-      engine.Run(("PRAGMA other.application_id = " + std::to_string(TextOrderVersion())).c_str());
-    }
+    if (isWritten) BeginMaking();
   } catch (...) {
     engine.Detach(kOtherSchema);
     throw;
   }
+}
+
+// A file that is being made is of no use before all of it is there, and is flushed then. Its
+// indexes are those of the template: of another text order, perhaps, and nearly empty.
+void OtherFile::BeginMaking() {
+  Database& engine = session_.Engine();
+  engine.Run(
+      "PRAGMA other.synchronous = OFF; PRAGMA other.journal_mode = MEMORY;"
+      "PRAGMA other.cache_size = -16000;");
+  if (engine.Number("PRAGMA other.application_id") == TextOrderVersion()) return;
+  std::string sql;
+  {
+    Statement tables(engine, "SELECT quote(name) FROM other.sqlite_schema WHERE type = 'table'");
+    while (tables.Step()) sql += "REINDEX other." + std::string(tables.Text(0)) + ";";
+  }
+  sql += "PRAGMA other.application_id = " + std::to_string(TextOrderVersion());
+  engine.Run(sql.c_str());
 }
 
 OtherFile::~OtherFile() {

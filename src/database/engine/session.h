@@ -57,6 +57,7 @@ class Session {
   void EndUnit();
   void FlushGroup();
   void EndGroup();
+  void TakeBackGroup(const Error& reason);
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
   int64_t Batch() const { return collecting_ ? batch_ : 0; }
@@ -88,7 +89,8 @@ class Session {
   std::optional<Error> refusal_;
 };
 
-// Another file for the time of a scope. Statements on it must be gone at its end.
+// Another file for the time of a scope. Statements on it must be gone at its end. One that is not
+// written to is read as it lies.
 inline constexpr char kOtherSchema[] = "other";
 class OtherFile {
  public:
@@ -98,6 +100,8 @@ class OtherFile {
   OtherFile& operator=(const OtherFile&) = delete;
 
  private:
+  void BeginMaking();
+
   Session& session_;
 };
 

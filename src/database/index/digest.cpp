@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "database/engine/catalog.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -56,8 +56,8 @@ Digest::Digest(Session& session, DigestDefinition definition)
 }
 
 void Digest::RowChanged(std::string_view table, int64_t key) {
-  if (SameWord(table, definition_.details)) repeatsRead_ = false;
-  if (!isRead_ || !SameWord(table, definition_.table)) return;
+  if (platform::SameWord(table, definition_.details)) repeatsRead_ = false;
+  if (!isRead_ || !platform::SameWord(table, definition_.table)) return;
   if (changed_.size() > kFewChanges && changed_.size() > rows_.size() / kSingleCost) {
     isRead_ = false;
     changed_ = {};

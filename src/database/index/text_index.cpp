@@ -7,8 +7,8 @@
 
 #include "database/engine/catalog.h"
 #include "database/engine/packing.h"
-#include "database/text/fold.h"
 #include "database/text/order.h"
+#include "platform/charset.h"
 
 namespace tarnwick::jet {
 
@@ -94,12 +94,12 @@ void TextIndex::MakeTables() {
 }
 
 bool TextIndex::IsOf(std::string_view table) const {
-  return SameWord(table, table_);
+  return platform::SameWord(table, table_);
 }
 
 std::optional<size_t> TextIndex::Find(std::string_view column) const {
   for (size_t i = 0; i < columns_.size(); i++) {
-    if (SameWord(columns_[i], column)) return i;
+    if (platform::SameWord(columns_[i], column)) return i;
   }
   return std::nullopt;
 }
@@ -344,10 +344,10 @@ void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts
   trigrams_.Clear();
   for (size_t i = 0; i < columns_.size(); i++) {
     // What is bound is mended likewise.
-    if (IsWellFormed(texts[i])) {
+    if (platform::IsValidUtf8(texts[i])) {
       trigrams_.Add(texts[i], SaltOf(i));
     } else {
-      trigrams_.Add(MendUtf8(texts[i]), SaltOf(i));
+      trigrams_.Add(platform::MendUtf8(texts[i]), SaltOf(i));
     }
   }
   writer_.Add(key, trigrams_.Hashes());

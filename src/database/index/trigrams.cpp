@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -54,7 +54,7 @@ void TrigramSet::Add(std::string_view text, uint32_t salt) {
       position++;
       window.Take(byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte);
     } else {
-      window.Take(FoldChar(NextChar(text, position)));
+      window.Take(platform::FoldChar(platform::NextChar(text, position)));
     }
     if (window.IsComplete()) Put(window.Hash(salt));
   }
@@ -69,12 +69,12 @@ std::vector<uint32_t> TrigramsOf(std::string_view wanted, bool isPattern, uint32
   std::vector<uint32_t> hashes;
   Window window;
   for (size_t position = 0; position < wanted.size();) {
-    int32_t character = NextChar(wanted, position);
+    int32_t character = platform::NextChar(wanted, position);
     if (isPattern && (character == '%' || character == '_')) {
       window.Break();
       continue;
     }
-    window.Take(FoldChar(character));
+    window.Take(platform::FoldChar(character));
     if (window.IsComplete()) hashes.push_back(window.Hash(salt));
   }
   std::sort(hashes.begin(), hashes.end());

@@ -7,7 +7,7 @@
 
 #include "database/plan/read_plan.h"
 #include "database/plan/select_shape.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -28,8 +28,9 @@ class DigestPlanner {
 
   // nullopt: the digest is of no use.
   std::optional<DigestPlan> Plan() const {
-    if (!SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr) return {};
-    if (select_.file || select_.top || !select_.groupBy.empty() || select_.having) return {};
+    if (!platform::SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr)
+      return {};
+    if (select_.file || select_.top || !select_.groupBy.empty()) return {};
     DigestPlan plan;
     DigestParts parts;
     if (!FindJoins(parts)) return {};
@@ -56,17 +57,17 @@ class DigestPlanner {
   bool FindJoins(DigestParts& parts) const {
     for (size_t i = 0; i < select_.joins.size(); i++) {
       const Join& join = select_.joins[i];
-      if (!join.on || join.on->kind != Kind::kCompare || join.on->text != "=") return false;
+      if (join.on.kind != Kind::kCompare || join.on.text != "=") return false;
       if (tables_[i + 1].view == nullptr) return false;
       bool isKnown = false;
       for (size_t side = 0; side < 2; side++) {
-        const Expression& own = join.on->operands[side];
-        const Expression& other = join.on->operands[1 - side];
+        const Expression& own = join.on.operands[side];
+        const Expression& other = join.on.operands[1 - side];
         if (!parts.reference && shape_.IsKeyOf(i + 1, own) &&
             shape_.IsColumn(other, 0, digest_.reference)) {
           parts.reference = i + 1;
           isKnown = true;
-        } else if (!parts.details && SameWord(join.table.name, digest_.details) &&
+        } else if (!parts.details && platform::SameWord(join.table.name, digest_.details) &&
                    shape_.IsColumn(own, i + 1, digest_.detailKey) && shape_.IsKeyOf(0, other)) {
           parts.details = i + 1;
           isKnown = true;

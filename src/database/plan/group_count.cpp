@@ -6,8 +6,8 @@
 #include <bit>
 #include <cmath>
 
-#include "database/text/fold.h"
 #include "database/text/order.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -26,7 +26,7 @@ bool IsColumnOrDay(const Expression& value) {
 bool IsSame(const Expression& a, const Expression& b) {
   if (a.kind != b.kind) return false;
   if (a.kind == Kind::kCall) return IsSame(a.operands[0], b.operands[0]);
-  return SameWord(a.text, b.text) && SameWord(a.table, b.table);
+  return platform::SameWord(a.text, b.text) && platform::SameWord(a.table, b.table);
 }
 
 bool IsCountOfRows(const Expression& value) {
@@ -37,8 +37,8 @@ bool IsCountOfRows(const Expression& value) {
 }  // namespace
 
 std::optional<std::vector<size_t>> PlanGroupCount(const Select& select) {
-  bool plain = !select.distinct && !select.top && !select.file && !select.having &&
-               select.orderBy.empty() && !select.groupBy.empty() &&
+  bool plain = !select.distinct && !select.top && !select.file && select.orderBy.empty() &&
+               !select.groupBy.empty() &&
                std::all_of(select.groupBy.begin(), select.groupBy.end(), IsColumnOrDay);
   if (!plain) return std::nullopt;
   std::vector<size_t> items;

@@ -8,7 +8,7 @@
 
 #include "database/plan/group_count.h"
 #include "database/plan/select_shape.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -27,7 +27,7 @@ class Planner {
       : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()) {}
 
   bool CanBeKeyed() {
-    if (select_.file || !select_.groupBy.empty() || select_.having) return false;
+    if (select_.file || !select_.groupBy.empty()) return false;
     if (std::any_of(tables_.begin(), tables_.end(),
                     [](const SelectShape::Source& s) { return !s.view; })) {
       return false;
@@ -37,7 +37,6 @@ class Planner {
       ItemPlaces(item);
     }
     for (size_t i = 0; i < select_.joins.size(); i++) {
-      if (select_.joins[i].kind == Join::Kind::kCross) return false;
       onKey_.push_back(JoinsByKey(i));
     }
     for (const OrderItem& item : select_.orderBy) shape_.Collect(item.value, orderPlaces_);
@@ -100,7 +99,7 @@ class Planner {
   void ItemPlaces(const SelectItem& item) {
     if (!item.star) return shape_.Collect(item.value, itemPlaces_);
     for (size_t i = 0; i < tables_.size(); i++) {
-      if (item.starTable.empty() || SameWord(tables_[i].shown, item.starTable)) {
+      if (item.starTable.empty() || platform::SameWord(tables_[i].shown, item.starTable)) {
         itemPlaces_.insert(i);
       }
     }
@@ -108,7 +107,7 @@ class Planner {
 
   // ON its key = a column of a table further left.
   bool JoinsByKey(size_t join) const {
-    const Expression& on = *select_.joins[join].on;
+    const Expression& on = select_.joins[join].on;
     if (on.kind != Kind::kCompare || on.text != "=") return false;
     for (size_t side = 0; side < 2; side++) {
       const Expression& key = on.operands[side];
@@ -123,7 +122,8 @@ class Planner {
 
   bool ShowsKey() const {
     return std::any_of(select_.items.begin(), select_.items.end(), [&](const SelectItem& item) {
-      if (item.star) return item.starTable.empty() || SameWord(item.starTable, tables_[0].shown);
+      if (item.star)
+        return item.starTable.empty() || platform::SameWord(item.starTable, tables_[0].shown);
       return shape_.IsKeyOf(0, item.value);
     });
   }
@@ -146,7 +146,7 @@ class Planner {
       bool inner = asCondition && select_.joins[i].kind == Join::Kind::kInner;
       if (!inner && !needed.contains(i + 1)) continue;
       joins.insert(i);
-      shape_.Collect(*select_.joins[i].on, needed);
+      shape_.Collect(select_.joins[i].on, needed);
     }
     return joins;
   }
@@ -155,13 +155,6 @@ class Planner {
     writer.Text(" FROM ");
     writer.Table(select_.table, false);
     for (size_t i : joins) writer.JoinClause(select_.joins[i], false);
-  }
-
-  // The order is that of one text column, which TextSorter sorts faster than the engine.
-  bool SortsByText() const {
-    if (select_.orderBy.size() != 1) return false;
-    const Expression& value = select_.orderBy.front().value;
-    return value.kind == Kind::kColumn && tables_[shape_.PlaceOf(value)].view->IsText(value.text);
   }
 
   void FindTerms(const Expression& condition, ReadPlan& plan, std::optional<size_t>& place) const {
@@ -203,17 +196,6 @@ class Planner {
     if (narrowed) writer.Narrow(narrow_);
     writer.Text("SELECT ");
     shape_.WriteKey(writer, 0);
-    if (SortsByText()) {
-      const OrderItem& item = select_.orderBy.front();
-      plan.sortText =
-          item.descending ? ReadPlan::SortText::kDescending : ReadPlan::SortText::kAscending;
-      writer.Text(", ");
-      writer.Value(item.value);
-      From(writer, joins);
-      writer.Where(select_.where);
-      plan.keys = writer.Take();
-      return;
-    }
     From(writer, joins);
     writer.Where(select_.where);
     writer.Text(" ORDER BY ");

@@ -77,12 +77,10 @@ struct ReadPlan {
   // what the items are made of (group_count.h).
   EngineSql groups;
   std::vector<size_t> groupItems;  // empty: not so
-  EngineSql keys;  // keyed: the key; with sortText also the text to sort by, unsorted
-  EngineSql row;   // keyed: the items, by kKeyParameter
-  enum class SortText { kNone, kAscending, kDescending };
-  SortText sortText = SortText::kNone;
-  bool repeatsKeys = false;   // a key may come more than once; only its first time counts
-  std::optional<size_t> top;  // a literal: the number of rows wanted
+  EngineSql keys;                  // keyed: the key
+  EngineSql row;                   // keyed: the items, by kKeyParameter
+  bool repeatsKeys = false;        // a key may come more than once; only its first time counts
+  std::optional<size_t> top;       // a literal: the number of rows wanted
   // What a text index can narrow all or keys to: the rows of searched that are listed in
   // temp.tw_search_found. Empty where there is nothing to narrow by.
   std::vector<SearchTerm> searches;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/plan/select_shape.h"
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ size_t SelectShape::PlaceOf(const Expression& column) const {
   for (size_t i = 0; i < tables_.size(); i++) {
     bool here = column.table.empty()
                     ? tables_[i].view != nullptr && tables_[i].view->Has(column.text)
-                    : SameWord(tables_[i].shown, column.table);
+                    : platform::SameWord(tables_[i].shown, column.table);
     if (!here) continue;
     if (found != kUnknown) return kUnknown;
     found = i;
@@ -42,12 +42,14 @@ void SelectShape::Collect(const Expression& expression, Places& places) const {
 }
 
 bool SelectShape::IsColumn(const Expression& value, size_t place, std::string_view name) const {
-  return value.kind == Kind::kColumn && SameWord(value.text, name) && PlaceOf(value) == place;
+  return value.kind == Kind::kColumn && platform::SameWord(value.text, name) &&
+         PlaceOf(value) == place;
 }
 
 bool SelectShape::IsKeyOf(size_t place, const Expression& column) const {
   return column.kind == Kind::kColumn && PlaceOf(column) == place &&
-         !tables_[place].view->key.empty() && SameWord(tables_[place].view->key, column.text);
+         !tables_[place].view->key.empty() &&
+         platform::SameWord(tables_[place].view->key, column.text);
 }
 
 bool SelectShape::ThrowsOutNull(const Expression& condition, size_t place) const {

@@ -10,8 +10,8 @@
 #include <climits>
 #include <cstring>
 
-#include "database/text/fold.h"
 #include "platform/error.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -93,8 +93,8 @@ int Sign(int value) {
 }  // namespace
 
 int CompareTextFully(std::string_view a, std::string_view b) {
-  std::string foldedA = FoldText(a);
-  std::string foldedB = FoldText(b);
+  std::string foldedA = platform::FoldCase(a);
+  std::string foldedB = platform::FoldCase(b);
   int result = TheCollator().Compare(foldedA, foldedB);
   // Bytes of UTF-8 stand in the order of their code points.
   return result != 0 ? result : Sign(foldedA.compare(foldedB));
@@ -126,10 +126,6 @@ int CompareText(std::string_view a, std::string_view b) {
   }
   if (a == b) return 0;
   return CompareTextFully(a, b);
-}
-
-uint8_t AsciiRank(char character) {
-  return TheCollator().Rank(character);
 }
 
 int32_t TextOrderVersion() {

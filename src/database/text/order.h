@@ -4,9 +4,9 @@
 // The order of texts in the database: what its columns, indexes, ORDER BY and DISTINCT go by.
 // Internal to the database.
 //
-// Texts are compared by their folded forms (text_fold.h), first as the root collation of Unicode
-// orders them (accents count, case does not), then by code point. So two texts are equal exactly
-// when their folded code points are, and the order is a total one: indexes live on that.
+// Texts are compared by their folded forms (platform/utf8.h), first as the root collation of
+// Unicode orders them (accents count, case does not), then by code point. So two texts are equal
+// exactly when their folded code points are, and the order is a total one: indexes live on that.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +19,6 @@ int CompareText(std::string_view a, std::string_view b);
 
 // The same without the short cut for plain ASCII, for tests.
 int CompareTextFully(std::string_view a, std::string_view b);
-
-// The place of an ASCII character in the alphabet, from 1 to 127, a letter's the same in both
-// cases: strings of such characters are in the order of their places. 0 for a character that can't
-// be placed by itself, and for all that is no ASCII: such a one may change the place of the
-// character before it.
-uint8_t AsciiRank(char character);
 
 // Changes when the order does (another ICU, another rule of ours): indexes made under another
 // version must be built anew. Kept in the files.

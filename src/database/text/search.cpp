@@ -13,7 +13,7 @@
 #include <emmintrin.h>
 #endif
 
-#include "database/text/fold.h"
+#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 
@@ -35,7 +35,7 @@ std::vector<std::string> FormsOf(int32_t folded) {
     // Items that are strings (a full folding such as ss) are none of ours.
     if (uset_getItem(set, i, &start, &end, nullptr, 0, &status) != 0 || U_FAILURE(status)) continue;
     for (UChar32 c = start; c <= end; c++) {
-      if (FoldChar(c) != folded) continue;
+      if (platform::FoldChar(c) != folded) continue;
       char buffer[U8_MAX_LENGTH];
       int32_t length = 0;
       U8_APPEND_UNSAFE(buffer, length, c);
@@ -73,7 +73,7 @@ size_t PreviousChar(std::string_view text, size_t position) {
     start--;
   }
   size_t end = start;
-  NextChar(text, end);
+  platform::NextChar(text, end);
   return end == position ? start : position - 1;
 }
 
@@ -113,7 +113,7 @@ Needle::Needle(std::vector<int32_t> characters) : characters_(std::move(characte
 
 Needle::Needle(std::string_view text) {
   for (size_t position = 0; position < text.size();) {
-    characters_.push_back(FoldChar(NextChar(text, position)));
+    characters_.push_back(platform::FoldChar(platform::NextChar(text, position)));
   }
   ChooseAnchor();
 }
@@ -179,8 +179,8 @@ size_t Needle::NextAnchor(std::string_view text, size_t position) const {
 size_t Needle::MatchAt(std::string_view text, size_t position) const {
   for (int32_t wanted : characters_) {
     if (position >= text.size()) return kNone;
-    int32_t character = NextChar(text, position);
-    if (wanted != kAnyChar && FoldChar(character) != wanted) return kNone;
+    int32_t character = platform::NextChar(text, position);
+    if (wanted != kAnyChar && platform::FoldChar(character) != wanted) return kNone;
   }
   return position;
 }
@@ -208,7 +208,7 @@ Needle::Match Needle::MatchAround(std::string_view text, size_t anchorEnd, size_
 Needle::Match Needle::Find(std::string_view text, size_t from) const {
   if (characters_.empty()) return {from, from};
   if (anchor_ == kNone) {
-    for (size_t position = from; position < text.size(); NextChar(text, position)) {
+    for (size_t position = from; position < text.size(); platform::NextChar(text, position)) {
       size_t end = MatchAt(text, position);
       if (end != kNone) return {position, end};
     }
@@ -224,12 +224,12 @@ Needle::Match Needle::Find(std::string_view text, size_t from) const {
 LikePattern::LikePattern(std::string_view pattern) {
   std::vector<int32_t> stretch;
   for (size_t position = 0; position < pattern.size();) {
-    int32_t character = NextChar(pattern, position);
+    int32_t character = platform::NextChar(pattern, position);
     if (character == '%') {
       stretches_.emplace_back(std::move(stretch));
       stretch = {};
     } else {
-      stretch.push_back(character == '_' ? Needle::kAnyChar : FoldChar(character));
+      stretch.push_back(character == '_' ? Needle::kAnyChar : platform::FoldChar(character));
     }
   }
   stretches_.emplace_back(std::move(stretch));

@@ -14,7 +14,7 @@
 
 namespace tarnwick::jet {
 
-class KeyList {
+class RowKeys {
  public:
   size_t Size() const { return isWide_ ? wide_.size() : narrow_.size(); }
   bool IsEmpty() const { return Size() == 0; }
@@ -22,8 +22,6 @@ class KeyList {
     return isWide_ ? wide_[index] : int64_t{narrow_[index]};
   }
   int64_t Back() const { return (*this)[Size() - 1]; }
-
-  friend bool operator==(const KeyList&, const KeyList&) = default;
 
   void Clear() { *this = {}; }
   void Assign(std::vector<uint32_t> keys) {
@@ -37,10 +35,6 @@ class KeyList {
     } else {
       narrow_.push_back(static_cast<uint32_t>(key));
     }
-  }
-  void Shorten(size_t size) {
-    if (size >= Size()) return;
-    isWide_ ? wide_.resize(size) : narrow_.resize(size);
   }
   void Erase(size_t index) {
     auto offset = static_cast<std::ptrdiff_t>(index);

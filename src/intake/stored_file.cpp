@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/stored_file.h"
+
+#include "core/text.h"
+#include "database/recordset.h"
+#include "intake/store_message.h"
+#include "platform/files.h"
+#include "repository/repository.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+void OpenPieces(jet::Recordset& pieces, const std::string& key) {
+  jet::Recordset email;
+  email.Open("SELECT ID FROM Email WHERE EntryID='" + core::QuoteSql(StoredKey(key)) + "'",
+             repository::RepositoryDb());
+  std::string id = email.Eof() ? "0" : email.Field("ID").AsText();
+  pieces.Open("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
+              repository::RepositoryDb(), jet::CursorType::kKeyset);
+}
+
+}  // namespace
+
+int64_t StoredFileLength(const std::string& key) {
+  jet::Recordset pieces;
+  OpenPieces(pieces, key);
+  if (pieces.Eof()) return -1;
+  // All but the last are full.
+  int64_t full = pieces.RecordCount() - 1;
+  pieces.MoveLast();
+  auto last = static_cast<int64_t>(pieces.Field("FileBody").AsText().size());
+  return full * static_cast<int64_t>(kFileRecordLength) + last;
+}
+
+bool IsStoredFile(const std::string& key, const std::string& messageFile) {
+  jet::Recordset pieces;
+  OpenPieces(pieces, key);
+  platform::InputFile file(messageFile);
+  uint64_t offset = 0;
+  for (; !pieces.Eof(); pieces.MoveNext()) {
+    std::string stored = pieces.Field("FileBody").AsText();
+    std::string there(stored.size(), '\0');
+    there.resize(file.ReadAt(offset, there.data(), there.size()));
+    if (there != stored) return false;
+    offset += stored.size();
+  }
+  return offset == file.Size() && offset > 0;
+}
+
+}  // namespace tarnwick::intake

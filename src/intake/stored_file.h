@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What a key has been stored for, told by the stored file. A key by which nothing is stored is
+// answered with no. Failures throw Error.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tarnwick::intake {
+
+// The length of the file of the message with this key, in bytes; -1 for none.
+int64_t StoredFileLength(const std::string& key);
+
+// Whether a message with this key was stored from a file of just these bytes.
+bool IsStoredFile(const std::string& key, const std::string& messageFile);
+
+}  // namespace tarnwick::intake

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// What this room's own files need of the user's locale; nobody else includes it.
+#pragma once
+
+#include <string>
+
+#include <unicode/locid.h>
+
+namespace tarnwick::platform {
+
+// Valid until the locale changes.
+const icu::Locale& UserLocale();
+
+// Day, month and year ("dmy", ...) in the order of the locale's short date.
+std::string DateOrder();
+
+}  // namespace tarnwick::platform
