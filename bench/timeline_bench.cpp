@@ -17,6 +17,7 @@
 #include "board/list_query.h"
 #include "board/timeline_query.h"
 #include "core/startup.h"
+#include "platform/locale.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"

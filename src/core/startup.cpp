@@ -3,6 +3,7 @@
 #include "core/startup.h"
 
 #include <cstdlib>
+#include <string_view>
 
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -22,6 +23,8 @@ namespace {
 constexpr const char* kParameterFile = "emlParameter.twr";
 constexpr const char* kTemplateFile = "emlTemplate.twr";
 constexpr const char* kRepositoryFile = "Tarnwick.twr";
+// Stands in a home that is being made, so that one whose making was interrupted is made further.
+constexpr const char* kUnfinishedMark = "unfinished.new";
 
 std::string DataFolder() {
   if (const char* data = std::getenv("XDG_DATA_HOME"); data != nullptr && data[0] == '/') {
@@ -49,6 +52,12 @@ std::string InstalledFile(const std::string& programFolder, const std::string& n
   throw Error(ErrorNumber::kFileNotFound, "File not found: " + name);
 }
 
+bool HoldsNoDatabase(const std::string& folder) {
+  return !platform::FileExists(folder + kTemplateFile) &&
+         !platform::FileExists(folder + kParameterFile) &&
+         !platform::FileExists(folder + kRepositoryFile);
+}
+
 }  // namespace
 
 std::string ChooseAppFolder(const std::string& programFolder) {
@@ -56,21 +65,31 @@ std::string ChooseAppFolder(const std::string& programFolder) {
     return platform::WithSeparator(platform::AbsolutePath(home));
   }
   std::string own = platform::WithSeparator(programFolder);
-  if (platform::FileExists(own + kParameterFile) && platform::IsFolderWritable(own)) return own;
+  bool isHome =
+      platform::FileExists(own + kParameterFile) || platform::FileExists(own + kRepositoryFile);
+  if (isHome && platform::IsFolderWritable(own)) return own;
   return DataFolder() + "tarnwick" + platform::kSeparator;
 }
 
 void SeedAppFolder(const std::string& appFolder, const std::string& programFolder) {
   platform::MakeFolder(appFolder);
-  for (const char* name : {kTemplateFile, kParameterFile}) {
-    if (!platform::FileExists(appFolder + name)) {
-      jet::CopyIntoPlace(InstalledFile(platform::WithSeparator(programFolder), name),
-                         appFolder + name);
-    }
+  bool isNew = platform::FileExists(appFolder + kUnfinishedMark);
+  if (!isNew && HoldsNoDatabase(appFolder)) {
+    platform::WriteFile(appFolder + kUnfinishedMark, "");
+    isNew = true;
   }
-  if (!platform::FileExists(appFolder + kRepositoryFile)) {
-    jet::CopyIntoPlace(appFolder + kTemplateFile, appFolder + kRepositoryFile);
-  }
+  auto put = [&](const char* name) {
+    if (platform::FileExists(appFolder + name)) return;
+    bool isRepository = std::string_view(name) == kRepositoryFile;
+    jet::CopyIntoPlace(isRepository ? appFolder + kTemplateFile
+                                    : InstalledFile(platform::WithSeparator(programFolder), name),
+                       appFolder + name);
+  };
+  put(kTemplateFile);
+  if (!isNew) return;
+  put(kParameterFile);
+  put(kRepositoryFile);
+  platform::RemoveFile(appFolder + kUnfinishedMark);
 }
 
 int ZoneHours(int biasMinutes) {

@@ -91,9 +91,7 @@ LoadAccount::Place& LoadAccount::PlaceOf(const std::string& place) {
 
 void LoadAccount::Announce(const std::string& place, int64_t messages) {
   if (!IsOpen()) return;
-  Place& entry = PlaceOf(place);
-  if (entry.announced > 0) return;
-  entry.announced = messages;
+  PlaceOf(place).announced += messages;
   State().Counts.found += messages;
 }
 

@@ -34,7 +34,7 @@ class LoadAccount {
   void Close();
   bool IsOpen() const { return units_.has_value(); }
 
-  // A place holds so many messages. A place is announced once; again, nothing is added.
+  // A place holds so many messages, beside those that it has announced before.
   void Announce(const std::string& place, int64_t messages);
   // So many of those announced turned out to be no messages.
   void Withdraw(const std::string& place, int64_t messages);

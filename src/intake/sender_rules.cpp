@@ -131,6 +131,12 @@ bool IsMessageIgnored(const std::string& key) {
       "IsMessageIgnored", false, [&] { return IsIgnoredKey(StoredKey(key)); }, Report::kLog);
 }
 
+bool HoldsIgnoredMessages() {
+  return core::Guarded(
+      "HoldsIgnoredMessages", true, [] { return HasRows("SELECT ID FROM IgnoredEmail"); },
+      Report::kLog);
+}
+
 bool IsMessageAccepted(const MailMessage& message) {
   SetLastOutcome(Outcome::kRefused);
   return core::Guarded("IsMessageAccepted", false, [&] {

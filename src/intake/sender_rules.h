@@ -26,5 +26,6 @@ void SetAddresseeReject(const std::string& name, const std::string& address);
 
 void AddIgnoredMessage(const std::string& key);
 bool IsMessageIgnored(const std::string& key);
+bool HoldsIgnoredMessages();  // any at all
 
 }  // namespace tarnwick::intake

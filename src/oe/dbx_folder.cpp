@@ -40,12 +40,13 @@ size_t FindTexts(std::string_view text, uint8_t lastEntry) {
 }  // namespace
 
 void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex) {
-  core::GuardedRun("ReadFolderInfo", [&] {
+  bool ended = core::GuardedRun("ReadFolderInfo", [&] {
     const FolderFile& list = State().FolderFiles.at(static_cast<size_t>(folderFileIndex));
     ByteReader file(list.path);
     std::string bytes(file.Read(infoOffset, kFolderInfoSize));
     if (bytes.size() <= kTextPlace || Get32(bytes, 0) != infoOffset) {
       core::ReportUnknownFormat(list.path);
+      State().IsListDamaged = true;
       return;
     }
     if (Get8(bytes, kLastValuePlace) == kNoEntry) return;
@@ -64,20 +65,28 @@ void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex) {
     auto& folders = State().Folders.at(static_cast<size_t>(folderFileIndex));
     if (folders.size() < kMaxFolders) folders.push_back(std::move(row));
   });
+  if (!ended) State().IsListDamaged = true;
 }
 
 void ReadFolderTree(int folderFileIndex) {
-  core::GuardedRun("ReadFolderTree", [&] {
+  State().IsListDamaged = false;
+  bool ended = core::GuardedRun("ReadFolderTree", [&] {
     const std::string& path = State().FolderFiles.at(static_cast<size_t>(folderFileIndex)).path;
     ReadDbxHeader(path);
     ByteReader file(path);
     std::optional<TreeNode> root = ReadNode(file, State().Header.folderRoot);
     if (!root) {
       core::ReportUnknownFormat(path);
+      State().IsListDamaged = true;
       return;
     }
+    bool hasChildren = root->leftChild != 0;
+    for (const TreeEntry& entry : root->entries) hasChildren = hasChildren || entry.child != 0;
+    bool lacksEntries = !hasChildren && root->entries.size() < State().Header.itemCount;
+    if (root->isCut || lacksEntries) State().IsListDamaged = true;
     for (const TreeEntry& entry : root->entries) ReadFolderInfo(entry.value, folderFileIndex);
   });
+  if (!ended) State().IsListDamaged = true;
 }
 
 }  // namespace tarnwick::oe

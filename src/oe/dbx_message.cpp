@@ -133,7 +133,7 @@ struct FormerKey {
 
 FormerKey FindFormerKey() {
   const MessageInfo& info = State().Info;
-  if (info.formerKeyText.empty()) return {};
+  if (info.formerKeyText.empty() || !State().MayKnowFormerKeys) return {};
   std::string key = MakeEntryKey(info.formerKeyText, info.date);
   if (!intake::IsEmailExist(key)) return {};
   // An ignored one left nothing to tell it by. Of two letters of one length the texts would have to

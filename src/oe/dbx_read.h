@@ -100,7 +100,8 @@ DateTime FileTimeToDate(uint64_t fileTime, bool lenient);
 // Key text, "_" and the date as "yyyymmddhhmmss". Stored with every message: do not change.
 std::string MakeEntryKey(const std::string& keyText, DateTime date);
 
-// Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders.
+// Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders. What
+// of the list is damaged is passed over; State().IsListDamaged tells.
 void ReadFolderTree(int folderFileIndex);
 void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex);
 

@@ -164,6 +164,10 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
                       core::OneLogLine(fileName));
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
+    if (!platform::MayRead(fileName)) {
+      if (operation == kMsgToDb) intake::Account().AddReason(fileName, kMayNotBeRead);
+      return;
+    }
     ReadDbxHeader(fileName);
     Walk walk{fileName, operation, folder};
     uint32_t root = State().Header.messageRoot;

@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "oe/discovery.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <set>
 
 #include "core/guard.h"
@@ -13,6 +15,7 @@
 #include "oe/state.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -26,7 +29,13 @@ using platform::RegistryValue;
 
 constexpr const char* kIdentitiesKey = "Identities";
 constexpr const char* kCannotOpen = "Could not open Registry Key.";
+constexpr const char* kStoreRoot = "Store Root";
 constexpr size_t kMaxValueLength = 1024;
+
+std::string StoreKeyOf(const std::string& identity) {
+  return std::string(kIdentitiesKey) + "\\" + identity +
+         "\\Software\\Microsoft\\Outlook Express\\5.0";
+}
 
 // The registry of the mail's owner, opened at its first use in a run.
 platform::Registry& OwnersRegistry() {
@@ -46,6 +55,36 @@ void EmptyTables() {
   for (auto& folders : state.Folders) folders.clear();
   state.MessageFiles.clear();
   state.OpenedRegistry.reset();
+  state.End = {};
+  state.Forbidden.clear();
+}
+
+// Ends the run, once.
+bool EndWith(const std::string& reason, const std::string& identity = {}) {
+  DiscoveryEnd& end = State().End;
+  if (end.reason.empty()) {
+    end = {identity, reason};
+    core::WriteLog("Outlook Express: " + core::OneLogLine(reason));
+  }
+  return false;
+}
+
+std::string Lines(const std::vector<std::string>& texts) {
+  constexpr size_t kMost = 10;
+  std::string lines;
+  for (size_t i = 0; i < std::min(texts.size(), kMost); ++i) lines += "\r\n" + texts[i];
+  if (texts.size() > kMost) lines += "\r\nand " + std::to_string(texts.size() - kMost) + " more";
+  return lines;
+}
+
+// The *.dbx files behind the prefix that a store folder is.
+std::vector<std::string> StoreFileNames(const std::string& storeFolder) {
+  std::vector<std::string> names;
+  std::string prefix = platform::AsciiLower(platform::FileNameOf(storeFolder));
+  for (const std::string& name : platform::ListFiles(platform::FolderOf(storeFolder), ".dbx")) {
+    if (platform::AsciiLower(name).starts_with(prefix)) names.push_back(name);
+  }
+  return names;
 }
 
 // The repository's list of the users whose mail it holds.
@@ -59,17 +98,13 @@ void AddUserToList(const std::string& user) {
   users.Update();
 }
 
-// A store without a folder list: each message file is a folder of its name.
-void ListFilesAsFolders(const std::string& storeFolder, const std::string& userName,
-                        const std::vector<std::string>& names) {
-  OeState& state = State();
-  if (names.empty() || state.FolderFiles.size() == kMaxFolderFiles) return;
-  std::vector<FolderRow>& folders = state.Folders[state.FolderFiles.size()];
-  state.FolderFiles.push_back({"", userName, storeFolder});
+// Each message file becomes a folder of its name.
+void AddFilesAsFolders(size_t list, const std::vector<std::string>& names) {
+  std::vector<FolderRow>& folders = State().Folders[list];
   for (const std::string& name : names) {
     if (folders.size() == kMaxFolders) break;
     FolderRow row;
-    row.userName = userName;
+    row.userName = State().FolderFiles[list].userName;
     row.displayName = platform::EnsureUtf8(name.substr(0, name.rfind('.')));
     row.fileName = name;
     row.number = static_cast<int16_t>(folders.size() + 1);
@@ -77,26 +112,178 @@ void ListFilesAsFolders(const std::string& storeFolder, const std::string& userN
   }
 }
 
-// Identities and their stores. False ends the run: an identity has no store. The files of the
-// others are listed all the same, for the account of the load.
-bool ReadIdentities() {
+// A store without a folder list.
+void ListFilesAsFolders(const std::string& storeFolder, const std::string& userName,
+                        const std::vector<std::string>& names) {
   OeState& state = State();
-  for (size_t i = 0; i < state.Identities.size(); ++i) {
-    const std::string& key = state.Identities[i];
-    bool isEnded = !state.WhyEnded.empty();
-    if (!isEnded) {
-      core::LogProgress("Identities = " + std::to_string(i + 1) + " " + core::OneLogLine(key));
-    }
-    std::optional<std::string> store = GetStoreRoot(key);
-    std::string user = GetIdentityUserName(key);
-    if (store) {
-      if (!isEnded) AddUserToList(user);
-      CollectStoreFiles(*store, user);
-    } else if (!isEnded) {
-      state.WhyEnded = "no mail store known for identity " + (user.empty() ? key : user);
+  if (names.empty() || state.FolderFiles.size() == kMaxFolderFiles) return;
+  state.FolderFiles.push_back({"", userName, storeFolder});
+  AddFilesAsFolders(state.FolderFiles.size() - 1, names);
+}
+
+bool AskToReadByThemselves(const std::string& what, size_t files) {
+  return core::AskYesNo(what + "\r\n" + std::to_string(files) +
+                        (files == 1 ? " mail file" : " mail files") +
+                        " of its folder would not be read.\r\n\r\nRead such files by themselves, "
+                        "each as a folder of its own name?");
+}
+
+// Offers to read what a damaged list does not name.
+void MendFolderList(size_t list) {
+  OeState& state = State();
+  const FolderFile& file = state.FolderFiles[list];
+  std::set<std::string> named;
+  for (size_t j = 0; j < state.FolderFiles.size(); ++j) {
+    if (state.FolderFiles[j].storeFolder != file.storeFolder) continue;
+    for (const FolderRow& row : state.Folders[j]) named.insert(platform::AsciiLower(row.fileName));
+  }
+  std::vector<std::string> unnamed;
+  bool namesOne = false;
+  for (const std::string& name : StoreFileNames(file.storeFolder)) {
+    std::string path = platform::FolderOf(file.storeFolder) + name;
+    if (platform::ReadDbxContent(path) != DbxContent::kMessages) continue;
+    bool isNamed = named.count(platform::AsciiLower(name)) > 0;
+    namesOne = namesOne || isNamed;
+    if (!isNamed) unnamed.push_back(name);
+  }
+  if (unnamed.empty() || (!state.IsListDamaged && namesOne)) return;
+  if (!AskToReadByThemselves("The folder list is damaged: " + file.path, unnamed.size())) return;
+  AddFilesAsFolders(list, unnamed);
+}
+
+// Says of a store folder that it is not there, or that it may not be read; true when it is sound.
+bool IsStoreThere(const std::string& storeFolder, const std::string& userName,
+                  std::vector<std::string>& missing) {
+  std::string folder = platform::FolderOf(storeFolder);
+  if (!platform::MayRead(folder)) {
+    core::WriteLog(core::OneLogLine(folder + ": " + kMayNotBeRead));
+    State().Forbidden.push_back(folder);
+    return false;
+  }
+  if (platform::FolderExists(folder)) return true;
+  std::string place = storeFolder;
+  bool isWindowsPath = place.size() > 1 && place[1] == ':';
+  if (isWindowsPath) std::replace(place.begin(), place.end(), '/', '\\');
+  core::WriteLog("Mail store of " + core::OneLogLine(userName + " not found: " + place));
+  missing.push_back(userName + ": " + place);
+  return false;
+}
+
+void TellWhatIsNotThere(const std::vector<std::string>& missing) {
+  if (!missing.empty()) {
+    core::ShowMessage("The mail store can't be found here of" + Lines(missing) +
+                      "\r\n\r\nIt lay on another drive or has been moved. If you have a copy of "
+                      "that drive, choose the folder where the *.dbx files lie in it under "
+                      "Tools!Options.");
+  }
+  const std::vector<std::string>& forbidden = State().Forbidden;
+  if (!forbidden.empty()) core::ShowMessage("These may not be read:" + Lines(forbidden));
+}
+
+// Notes the files of a store that is not read, so that they are counted.
+void CountFilesOf(const std::string& storeFolder) {
+  std::vector<std::string>& files = State().MessageFiles;
+  for (const std::string& name : StoreFileNames(storeFolder)) {
+    std::string path = platform::FolderOf(storeFolder) + name;
+    bool isKnown = std::find(files.begin(), files.end(), path) != files.end();
+    if (!isKnown && platform::ReadDbxContent(path) != DbxContent::kFolderList) {
+      files.push_back(path);
     }
   }
-  return state.WhyEnded.empty();
+}
+
+// The stores of all identities of a registry, without a word about what is wrong with them.
+void CountStoresOf(platform::Registry& registry) {
+  try {
+    for (const std::string& identity :
+         registry.SubKeys(kIdentitiesKey).value_or(std::vector<std::string>())) {
+      auto root = registry.Value(StoreKeyOf(identity), kStoreRoot);
+      if (!root || root->text.size() > kMaxValueLength) continue;
+      bool expands = root->type == RegistryValue::Type::kExpandableText;
+      CountFilesOf(registry.MapPath(expands ? registry.Expand(root->text) : root->text));
+    }
+  } catch (const Error& error) {
+    core::WriteLog(error.Description());
+  }
+}
+
+constexpr const char* kNamesNoStore = "names no mail store of Outlook Express";
+
+// Why the registry leads to no store; "" when it does.
+std::string FaultOfRegistry() {
+  try {
+    auto keys = OwnersRegistry().SubKeys(kIdentitiesKey);
+    if (!keys || keys->empty()) return "knows no identity of Outlook Express";
+    bool namesOne = std::any_of(keys->begin(), keys->end(), [](const std::string& identity) {
+      return OwnersRegistry().Value(StoreKeyOf(identity), kStoreRoot).has_value();
+    });
+    return namesOne ? "" : kNamesNoStore;
+  } catch (const Error& error) {
+    bool isForbidden = error.Number() == ErrorNumber::kPermissionDenied;
+    return isForbidden ? "may not be read" : "is damaged";
+  }
+}
+
+// Where the registry leads nowhere but there are mail files, they are offered as they would be read
+// without one.
+void OfferStoresWithoutRegistry(platform::ProfileKind kind) {
+  if (kind != platform::ProfileKind::kHive && kind != platform::ProfileKind::kWine) return;
+  std::string fault = FaultOfRegistry();
+  if (fault.empty()) return;
+  std::string folder = repository::GetProfileFolder();
+  std::unique_ptr<platform::Registry> stores = platform::OpenStoresBelow(folder);
+  if (!stores) return;
+  std::string file = kind == platform::ProfileKind::kHive ? "NTUSER.DAT" : "user.reg";
+  std::string what =
+      "The file " + file + ", in which Windows keeps the settings of this user, " + fault + ".";
+  core::WriteLog(what);
+  if (core::AskYesNo(what + "\r\nBut there are mail files (*.dbx) in or below " + folder +
+                     "\r\n\r\nRead them without it, each folder of files as a store?")) {
+    State().OpenedRegistry = std::move(stores);
+    State().HasCopiedStores = true;
+    return;
+  }
+  // An identity without a store ends the run in its turn, under its own name.
+  if (fault != kNamesNoStore) EndWith(file + " " + fault);
+  CountStoresOf(*stores);
+}
+
+// What a person calls an identity.
+std::string NameOf(const std::string& identity) {
+  auto name = OwnersRegistry().Value(std::string(kIdentitiesKey) + "\\" + identity, "UserName");
+  return name && !name->text.empty() ? name->text : identity;
+}
+
+// Identities and their stores. False ends the run.
+bool ReadIdentities() {
+  OeState& state = State();
+  std::vector<std::string> missing;
+  bool isWhole = true;
+  for (size_t i = 0; i < state.Identities.size(); ++i) {
+    const std::string& key = state.Identities[i];
+    core::LogProgress("Identities = " + std::to_string(i + 1) + " " + core::OneLogLine(key));
+    std::optional<std::string> store = GetStoreRoot(key);
+    if (!store) {
+      std::string name = NameOf(key);
+      isWhole = EndWith("no mail store known for identity " + name, name);
+      break;
+    }
+    std::string user = GetIdentityUserName(key);
+    AddUserToList(user);
+    if (IsStoreThere(*store, user, missing)) CollectStoreFiles(*store, user);
+  }
+  TellWhatIsNotThere(missing);
+  return isWhole;
+}
+
+// For a run that ends: what lies behind is counted all the same.
+bool EndAfterIdentities() {
+  bool isOpen = State().OpenedRegistry != nullptr;
+  EndWith(isOpen
+              ? "its identities can't be listed, or are more than " + std::to_string(kMaxIdentities)
+              : "the registry of the mail's owner can't be read");
+  if (isOpen) CountStoresOf(*State().OpenedRegistry);
+  return false;
 }
 
 // The display names from the top folder down to this one, with "." between.
@@ -183,9 +370,8 @@ std::optional<std::string> GetKeyValue(Hive /*hive*/, const std::string& keyPath
 }
 
 std::optional<std::string> GetStoreRoot(const std::string& identityKey) {
-  std::string key = std::string(kIdentitiesKey) + "\\" + identityKey +
-                    "\\Software\\Microsoft\\Outlook Express\\5.0";
-  std::optional<std::string> root = GetKeyValue(Hive::kCurrentUser, key, "Store Root");
+  std::optional<std::string> root =
+      GetKeyValue(Hive::kCurrentUser, StoreKeyOf(identityKey), kStoreRoot);
   if (!root) return std::nullopt;
   return core::Guarded("GetStoreRoot", std::optional<std::string>(),
                        [&] { return std::optional(OwnersRegistry().MapPath(*root)); });
@@ -208,15 +394,22 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
   core::GuardedRun("CollectStoreFiles", [&] {
     OeState& state = State();
     std::vector<std::string> unlisted;
+    size_t messageFiles = 0;
     bool hasList = false;
-    std::string prefix = platform::FileNameOf(storeFolder);
-    for (const std::string& name : platform::ListFiles(platform::FolderOf(storeFolder), ".dbx")) {
-      if (!platform::AsciiLower(name).starts_with(platform::AsciiLower(prefix))) continue;
+    for (const std::string& name : StoreFileNames(storeFolder)) {
       std::string path = platform::FolderOf(storeFolder) + name;
+      if (!platform::MayRead(path)) {
+        core::WriteLog(core::OneLogLine(path + ": " + kMayNotBeRead));
+        state.Forbidden.push_back(path);
+        state.MessageFiles.push_back(path);
+        continue;
+      }
       if (!IsFolderTreeFile(path)) {
         core::LogProgress("EmailFile = " + core::OneLogLine(name));
         state.MessageFiles.push_back(path);
-        if (platform::ReadDbxContent(path) != DbxContent::kOther) unlisted.push_back(name);
+        DbxContent content = platform::ReadDbxContent(path);
+        if (content != DbxContent::kOther) unlisted.push_back(name);
+        if (content == DbxContent::kMessages) ++messageFiles;
         continue;
       }
       core::LogProgress("FolderFile = " + core::OneLogLine(name));
@@ -227,28 +420,33 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
       }
       state.FolderFiles.push_back({storeFolder + name, userName, storeFolder});
     }
-    if (!hasList && state.HasCopiedStores) ListFilesAsFolders(storeFolder, userName, unlisted);
+    if (hasList) return;
+    if (state.HasCopiedStores ||
+        (messageFiles > 0 &&
+         AskToReadByThemselves("There is no sound folder list in " + storeFolder, messageFiles))) {
+      ListFilesAsFolders(storeFolder, userName, unlisted);
+    }
   });
 }
 
 bool DiscoverOutlookExpress() {
   return core::Guarded("DiscoverOutlookExpress", false, [&] {
+    State().End = {};
     if (platform::LogonName() != core::State().UserName) {
-      State().WhyEnded = "the repository belongs to the user " + core::State().UserName;
-      return false;
+      return EndWith("the repository belongs to another user");
     }
     EmptyTables();
     OeState& state = State();
     platform::ProfileKind kind = platform::DetectProfile(repository::GetProfileFolder());
     state.HasCopiedStores = kind == platform::ProfileKind::kDbxFiles ||
                             kind == platform::ProfileKind::kDbxWithFolderList;
-    if (!EnumIdentities()) return false;
-    if (!ReadIdentities()) {
-      core::WriteLog("Outlook Express is not read: " + state.WhyEnded);
-      return false;
-    }
+    OfferStoresWithoutRegistry(kind);
+    if (!EnumIdentities()) return EndAfterIdentities();
+    if (!ReadIdentities()) return EndAfterIdentities();
     for (size_t j = 0; j < state.FolderFiles.size(); ++j) {
-      if (!state.FolderFiles[j].path.empty()) ReadFolderTree(static_cast<int>(j));
+      if (state.FolderFiles[j].path.empty()) continue;
+      ReadFolderTree(static_cast<int>(j));
+      MendFolderList(j);
     }
     for (size_t j = 0; j < state.Identities.size() && j < state.FolderFiles.size(); ++j) {
       NameFolders(state.Folders[j]);

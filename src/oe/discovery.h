@@ -36,6 +36,16 @@ struct FolderRow {
   std::string fullName;  // "" for a top folder
 };
 
+// Why a discovery ended before its end, for the log and the account; empty when it did not. It is
+// no failure of a load: what was found until then, and where the stores behind it can be found,
+// stands in State().MessageFiles, to be counted and not read.
+struct DiscoveryEnd {
+  std::string identity;  // the name of the one whose store is not known, where that is why
+  std::string reason;
+};
+
+inline constexpr const char* kMayNotBeRead = "it may not be read";
+
 enum class Hive { kCurrentUser };
 
 // Fills the identity list. False after an error box: no key, or more identities than
@@ -53,11 +63,16 @@ std::string GetIdentityUserName(const std::string& identityKey);
 std::optional<std::string> GetKeyValue(Hive hive, const std::string& keyPath,
                                        const std::string& valueName);
 
-// Lists the *.dbx files behind the prefix into the table of folder lists.
+// Lists the *.dbx files behind the prefix into the table of folder lists. Where there is no list
+// the person is asked whether the files are to be read by themselves.
 void CollectStoreFiles(const std::string& storeFolder, const std::string& userName);
 
 // The whole run. False when the repository belongs to another user than the one logged on, or when
-// identities or a store folder could not be found.
+// identities or a store folder could not be found; State().End then says which.
+//
+// The person is told of stores that are not there and of what may not be read, and is asked whether
+// the mail files are to be read as they are where the registry does not lead to them, and by
+// themselves where a folder list is damaged.
 bool DiscoverOutlookExpress();
 
 // The path of a file of a store, its name found without regard to case; nullopt when there is none

@@ -4,15 +4,18 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "intake/load_account.h"
+#include "intake/sender_rules.h"
 #include "oe/state.h"
 #include "platform/files.h"
 #include "platform/registry.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::oe {
 
@@ -51,10 +54,16 @@ FolderRecord RecordOf(const FolderFile& list, const FolderRow& folder) {
   return {label, folder.fullName, list.userName};
 }
 
+// The files in the order of their first folder. A file that several folders name is read once: what
+// it holds is in the repository by then.
 void ReadFolders() {
+  std::set<std::string> filesRead;
   ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
     if (IsFolderToRead(folder)) {
-      ReadMessageTree(PathOf(list, folder), kMsgToDb, RecordOf(list, folder));
+      std::string path = PathOf(list, folder);
+      if (filesRead.insert(path).second) {
+        ReadMessageTree(path, kMsgToDb, RecordOf(list, folder));
+      }
     }
     return !IsStopped();
   });
@@ -75,7 +84,7 @@ class OutlookExpress : public intake::Source {
 
   // A discovery that ended as it is meant to is no failure; the account says how.
   bool Announce(bool /*whole*/) override {
-    bool done = oeInitialize() || !State().WhyEnded.empty();
+    bool done = oeInitialize() || !State().End.reason.empty();
     AnnounceMessages();
     return done;
   }
@@ -100,7 +109,6 @@ bool ProfileKnown() {
 bool oeInitialize() {
   OeState& state = State();
   state.CanRead = false;
-  state.WhyEnded.clear();
   state.CanRead = core::Guarded("oeInitialize", false,
                                 [&] { return ProfileKnown() && DiscoverOutlookExpress(); });
   state.OpenedRegistry.reset();
@@ -116,9 +124,12 @@ bool IsFolderToRead(const FolderRow& folder) {
 void CollectMeAddresses() {
   core::GuardedRun("CollectMeAddresses", [&] {
     if (!State().CanRead) return;
+    std::set<std::string> filesRead;
     ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
       if (Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems) {
-        ReadMessageTree(PathOf(list, folder), kMeAddress, RecordOf(list, folder));
+        std::string path = PathOf(list, folder);
+        if (filesRead.insert(path).second)
+          ReadMessageTree(path, kMeAddress, RecordOf(list, folder));
       }
       return !IsStopped();
     });
@@ -128,11 +139,16 @@ void CollectMeAddresses() {
 void AnnounceMessages() {
   core::GuardedRun("AnnounceMessages", [&] {
     OeState& state = State();
-    for (const std::string& path : state.MessageFiles) {
+    // Two identities may have one store.
+    for (const std::string& path :
+         std::set<std::string>(state.MessageFiles.begin(), state.MessageFiles.end())) {
       intake::Account().Announce(path, AnnouncedMessages(path));
-      intake::Account().SetReason(path, state.CanRead ? reason::kNotListed : state.WhyEnded);
+      intake::Account().SetReason(path, state.CanRead ? reason::kNotListed : state.End.reason);
     }
-    if (!state.WhyEnded.empty()) intake::Account().Note("Outlook Express: " + state.WhyEnded);
+    if (!state.End.reason.empty()) intake::Account().Note("Outlook Express: " + state.End.reason);
+    for (const std::string& path : state.Forbidden) {
+      intake::Account().Note(path + ": " + kMayNotBeRead);
+    }
     if (!state.CanRead) return;
     for (size_t j = state.Identities.size(); j < state.FolderFiles.size(); ++j) {
       for (const FolderRow& folder : state.Folders[j]) {
@@ -153,7 +169,9 @@ void AnnounceMessages() {
 
 void ImportOutlookExpress() {
   core::GuardedRun("ImportOutlookExpress", [&] {
-    if (State().CanRead) ReadFolders();
+    if (!State().CanRead) return;
+    State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
+    ReadFolders();
   });
   core::GuardedRun("ImportOutlookExpress", [&] {
     platform::RemoveFile(core::State().TempMessageFile);

@@ -33,8 +33,10 @@ struct OeState {
   std::vector<std::string> MessageFiles;  // paths of the other *.dbx files of the stores
   std::unique_ptr<platform::Registry> OpenedRegistry;
   bool HasCopiedStores = false;  // *.dbx files without a registry, see platform/registry.h
-  bool CanRead = false;          // what the last oeInitialize gave
-  std::string WhyEnded;          // why a discovery ended early; "" where that was reported
+  DiscoveryEnd End;
+  std::vector<std::string> Forbidden;  // store folders and files that may not be read
+  bool IsListDamaged = false;          // the folder list read last
+  bool CanRead = false;                // what the last oeInitialize gave
 
   // Reader (dbx_read.h).
   DbxHeader Header;
@@ -44,6 +46,8 @@ struct OeState {
   uint32_t LastChainEnd = 0;  // where the message before ended, also one of another file
   int IdStep = 0;
   MessageEnding Ending;  // of the message read last
+  // Keys of former versions are looked for as well; for nothing in a repository that was empty.
+  bool MayKnowFormerKeys = true;
 
   // One walk of a message tree.
   std::set<uint32_t> NodesRead;

@@ -105,6 +105,10 @@ class Import {
  public:
   void Announce(Namespace& outlook, bool everyStore) {
     for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store), everyStore);
+    for (const RefusedStore& store : outlook.Refused()) {
+      intake::Account().Note(store.location + ": " + store.reason);
+      refused_.push_back(store);
+    }
   }
 
   void Read() {
@@ -121,6 +125,8 @@ class Import {
   }
 
   bool FoundMail() const { return foundMail_; }
+  // Stores of which nothing was read.
+  const std::vector<RefusedStore>& Refused() const { return refused_; }
 
  private:
   // Announces what a store holds, and decides whether it is read.
@@ -129,18 +135,16 @@ class Import {
     try {
       open.folders = olWalkFolders(*store);
     } catch (...) {
-      std::string text =
-          "Outlook store skipped: " + store->Location() + ": " + core::CurrentError().Description();
-      core::WriteLog(core::OneLogLine(text));
-      intake::Account().Note(text);
+      Refuse({store->Location(), core::CurrentError().Description()});
       return;
     }
     open.store = std::move(store);
     std::string reason = WhyLeftAlone(*open.store, everyStore);
     for (const WalkedFolder& folder : open.folders) {
-      if (!folder.isMailFolder || folder.items == 0) continue;
+      int64_t mail = MailIn(folder);
+      if (mail == 0) continue;
       foundMail_ = true;
-      intake::Account().Announce(open.PlaceOf(folder), folder.items);
+      intake::Account().Announce(open.PlaceOf(folder), mail);
       intake::Account().SetReason(open.PlaceOf(folder), reason);
     }
     if (!reason.empty()) return;
@@ -148,13 +152,39 @@ class Import {
     stores_.push_back(std::move(open));
   }
 
+  void Refuse(const RefusedStore& store) {
+    core::WriteLog("Outlook store skipped: " +
+                   core::OneLogLine(store.location + ": " + store.reason));
+    intake::Account().Note(store.location + ": " + store.reason);
+    refused_.push_back(store);
+  }
+
   // "" for a store that is read.
-  static std::string WhyLeftAlone(Store& store, bool everyStore) {
-    if (store.HasPassword()) return "the store is guarded by a password";
+  std::string WhyLeftAlone(Store& store, bool everyStore) {
     std::string name = store.DisplayName();
-    if (everyStore || IsDefaultStoreName(name)) return {};
-    return "of \"" + name + "\": only the default store is read; \"Load from all folders\" in " +
-           "the options reads every store";
+    if (!everyStore && !IsDefaultStoreName(name)) {
+      return "of \"" + name + "\": only the default store is read; \"Load from all folders\" in " +
+             "the options reads every store";
+    }
+    if (!store.HasPassword() || IsOwnersStore(store.Location())) return {};
+    Refuse({store.Location(), "It is guarded by a password."});
+    return "the store is guarded by a password";
+  }
+
+  // The password is a mark in the store, which itself lies open: a store without it would be no
+  // safer. Whoever says that the mail is theirs reads it.
+  static bool IsOwnersStore(const std::string& location) {
+    return core::AskYesNo("The Outlook store " + location +
+                          " has a password. Is the mail in it yours, and shall it be read?");
+  }
+
+  // What a folder says that it holds of mail.
+  static int64_t MailIn(const WalkedFolder& folder) {
+    int64_t mail = 0;
+    for (int64_t i = 0; folder.isMailFolder && i < folder.items; ++i) {
+      if (!folder.folder->IsOtherKind(i)) ++mail;
+    }
+    return mail;
   }
 
   void ReadFolder(OpenStore& open, WalkedFolder& folder) {
@@ -179,6 +209,7 @@ class Import {
     intake::LoadAccount& account = intake::Account();
     using intake::Outcome;
     std::string name = "item " + std::to_string(entry.index + 1);
+    bool announced = folder.isMailFolder && !folder.folder->IsOtherKind(entry.index);
     try {
       if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
       if (entry.isKnown) {
@@ -189,7 +220,7 @@ class Import {
       std::string type = entry.item->TypeName();
       if (type != kMailItem) {
         LeaveOut(open, *entry.item, type);
-        if (folder.isMailFolder) account.Withdraw(place, 1);
+        if (announced) account.Withdraw(place, 1);
         return;
       }
       TakeIn(open, folder, *entry.item, name);
@@ -219,6 +250,10 @@ class Import {
     }
     if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
       TakeBodiesOfRawText(file, folder.place, message);
+    }
+    if (std::string damage = item.Damage(); !damage.empty()) {
+      message.Notes = "This message is damaged in its Outlook store (" + damage +
+                      "). Parts of it may be missing or not as they were written.";
     }
     core::State().NewMessageFlag = true;
     if (folder.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
@@ -262,6 +297,7 @@ class Import {
   }
 
   std::vector<OpenStore> stores_;
+  std::vector<RefusedStore> refused_;
   bool foundMail_ = false;
 };
 
@@ -288,6 +324,20 @@ class Outlook : public intake::Source {
   bool Announce(bool whole) override { return olAnnounce(whole); }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
 };
+
+// One box for all of them, however many.
+void ShowRefused(const std::vector<RefusedStore>& stores) {
+  if (stores.empty()) return;
+  constexpr size_t kMostNamed = 10;
+  std::string text = "These Outlook stores were not read:";
+  for (size_t i = 0; i < std::min(stores.size(), kMostNamed); ++i) {
+    text += "\r\n" + stores[i].location + "\r\n    " + stores[i].reason;
+  }
+  if (stores.size() > kMostNamed) {
+    text += "\r\nand " + std::to_string(stores.size() - kMostNamed) + " more, named in the log";
+  }
+  core::ShowMessage(text);
+}
 
 }  // namespace
 
@@ -332,6 +382,7 @@ bool olImportOutlook() {
   bool done = core::Guarded("olImportOutlook", false, [&] {
     if (State().Running == nullptr) return false;
     State().Running->Read();
+    ShowRefused(State().Running->Refused());
     if (!State().Running->FoundMail()) {
       core::ShowMessage("Microsoft Outlook doesn't content an email.");
     }

@@ -38,6 +38,11 @@ class Item {
   virtual void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) = 0;
   // The message that an attachment is.
   virtual std::unique_ptr<Item> EmbeddedItem(size_t index) = 0;
+
+  // What of everything read so far of the item, and of what is embedded in it, is left out or not
+  // as it was written, because the store is damaged there. In words, for the person; "" when all
+  // is sound.
+  virtual std::string Damage() { return {}; }
 };
 
 enum class FolderRole { kOther, kInbox, kSentItems, kOutbox, kDeletedItems };
@@ -57,6 +62,12 @@ class Folder {
   virtual int64_t ItemCount() = 0;
   // REQUIRES: 0 <= index < ItemCount().
   virtual std::unique_ptr<Item> ItemAt(int64_t index) = 0;
+  // Whether the item is known to be no mail without reading it; false where that can't be told.
+  // REQUIRES: 0 <= index < ItemCount().
+  virtual bool IsOtherKind(int64_t index) {
+    (void)index;
+    return false;
+  }
   // Says which items will be read next, in this order, so that a provider may begin with them.
   virtual void ReadAhead(const std::vector<int64_t>& indices) { (void)indices; }
 };
@@ -76,12 +87,20 @@ class Store {
   virtual uint64_t OutputBudget() = 0;
 };
 
+// A store that can't be opened, and why.
+struct RefusedStore {
+  std::string location;
+  std::string reason;
+};
+
 class Namespace {
  public:
   virtual ~Namespace() = default;
 
-  // The stores that can be opened; one that can't is logged and left out.
+  // The stores that can be opened; one that can't is logged, left out and among the Refused.
   virtual std::vector<std::unique_ptr<Store>> Stores() = 0;
+  // Those that the last Stores left out.
+  virtual std::vector<RefusedStore> Refused() { return {}; }
   // Whether Outlook will ask its user to allow the access.
   virtual bool AsksForAccess() = 0;
 };

@@ -41,6 +41,10 @@ std::string RequestFor(char kind, const std::vector<uint32_t>& numbers) {
   return MakeFrame(kind, payload);
 }
 
+void AddLost(std::set<std::string>& lost, std::string_view what) {
+  if (lost.size() < kMaxLost) lost.emplace(what.substr(0, kMaxLostText));
+}
+
 // Puts an answer together from its frames.
 class AnswerReader {
  public:
@@ -55,14 +59,16 @@ class AnswerReader {
       BeginRow(answer_.recipients);
     } else if (kind == frame::kAttachmentRow) {
       BeginRow(answer_.attachments);
-    } else if (kind == frame::kFolders || kind == frame::kItems) {
+    } else if (kind == frame::kFolders || kind == frame::kItems || kind == frame::kOtherItems) {
       std::vector<uint32_t> nodes = TakeNodes(payload);
-      auto& list = kind == frame::kFolders ? answer_.folders : answer_.items;
+      auto& list = kind == frame::kFolders ? answer_.folders
+                   : kind == frame::kItems ? answer_.items
+                                           : answer_.otherItems;
       list.insert(list.end(), nodes.begin(), nodes.end());
     } else if (kind == frame::kBytes && !answer_.attachments.empty()) {
       answer_.attachmentBytes[answer_.attachments.size() - 1] += payload;
     } else if (kind == frame::kLost) {
-      if (answer_.lost.size() < kMaxLost) answer_.lost.emplace(payload.substr(0, kMaxLostText));
+      AddLost(answer_.lost, payload);
     } else {
       throw Damaged("unknown answer");
     }
@@ -256,9 +262,10 @@ RawAnswer PstClient::Ask(char kind, const Numbers& numbers) {
   return answer;
 }
 
-void PstClient::AskBytes(const Numbers& numbers,
-                         const std::function<void(std::string_view)>& sink) {
+void PstClient::AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,
+                         std::set<std::string>& lost) {
   Request(frame::kAttachment, numbers, [&](char answered, std::string_view payload) {
+    if (answered == frame::kLost) return AddLost(lost, payload);
     if (answered != frame::kBytes) throw Damaged("unknown answer");
     sink(payload);
   });

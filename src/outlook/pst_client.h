@@ -53,7 +53,8 @@ struct RawAnswer {
   std::map<size_t, std::string> attachmentBytes;  // by row, of items that came ahead
   std::vector<uint32_t> folders;
   std::vector<uint32_t> items;
-  std::set<std::string> lost;  // what is damaged and left out; a few of many
+  std::vector<uint32_t> otherItems;  // of the items, those known to be no mail
+  std::set<std::string> lost;        // what of it is damaged; a few of many
 };
 
 inline constexpr size_t kMaxItemsAhead = 32;
@@ -68,8 +69,9 @@ class PstClient {
   // read when it is asked for. At most kMaxItemsAhead lie ready.
   void ReadAhead(const std::vector<Numbers>& items);
   RawAnswer Ask(char kind, const Numbers& numbers);
-  // The pieces of an answer of bytes go to sink.
-  void AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink);
+  // The pieces of an answer of bytes go to sink. What of it is damaged is added to lost.
+  void AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,
+                std::set<std::string>& lost);
 
   bool GivenUp() const { return givenUp_; }
   uint64_t StoreSize() const { return storeSize_; }

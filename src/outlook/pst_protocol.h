@@ -30,8 +30,10 @@
 //                                               behind it are its own
 //   'D' node...                                 folders in this folder
 //   'L' node...                                 items in this folder
+//   'O' node...                                 those of them that the folder says are no mail
 //   'B' bytes                                   a piece of an attachment
-//   'X' text                                    what of it is damaged and left out
+//   'X' text                                    what of it is damaged: left out, or not as it was
+//                                               written
 //
 // Requests may be sent before the answers to earlier ones have come; answers keep their order.
 #pragma once
@@ -56,6 +58,7 @@ inline constexpr char kRecipientRow = 'R';
 inline constexpr char kAttachmentRow = 'T';
 inline constexpr char kFolders = 'D';
 inline constexpr char kItems = 'L';
+inline constexpr char kOtherItems = 'O';
 inline constexpr char kBytes = 'B';
 inline constexpr char kLost = 'X';
 inline constexpr char kDone = 'Z';

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
+#include <unordered_set>
 
 #include "core/messages.h"
 #include "core/text.h"
@@ -12,6 +14,7 @@
 #include "outlook/pst_protocol.h"
 #include "platform/charset.h"
 #include "platform/error.h"
+#include "platform/files.h"
 
 namespace tarnwick::outlook {
 
@@ -24,6 +27,7 @@ constexpr int64_t kTicksPerSecond = 10'000'000;
 constexpr uint64_t kOutputFactor = 8;  // the raw text in base64, and both bodies again
 constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
 constexpr int kMaxLoggedItems = 200;  // of one store
+constexpr const char* kUnknownType = "Object";
 
 int64_t Signed(const std::string& bytes) {
   uint64_t value = 0;
@@ -113,6 +117,12 @@ std::string CharsetOfWriter(const RawRow& properties) {
   return CharsetOfCodepage(CodepageOfLocale(NumberIn(properties, Prop::kMessageLocale)));
 }
 
+std::string Listed(const std::set<std::string>& texts) {
+  std::string all;
+  for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;
+  return all;
+}
+
 // What all objects of one store share.
 struct StoreContext {
   explicit StoreContext(PstClient reader) : client(std::move(reader)) {}
@@ -137,10 +147,8 @@ struct StoreContext {
   // A damaged message is taken as far as it goes; its owner can see that it was more.
   void LogLost(const std::set<std::string>& lost, const std::string& subject) {
     if (lost.empty() || ++damagedItems_ > kMaxLoggedItems) return;
-    std::string all;
-    for (const std::string& what : lost) all += (all.empty() ? "" : ", ") + what;
-    core::WriteLog("Outlook item damaged, not all of it is taken (" + all +
-                   "): " + core::LoggedMailText(subject));
+    core::WriteLog("Outlook item damaged, not all of it is taken as it was written (" +
+                   Listed(lost) + "): " + core::LoggedMailText(subject));
   }
 
   std::string EntryID(uint32_t node) const {
@@ -178,14 +186,25 @@ using Context = std::shared_ptr<StoreContext>;
 
 class PstItem : public Item {
  public:
-  PstItem(Context context, std::vector<uint32_t> place, std::vector<uint32_t> path)
-      : context_(std::move(context)), place_(std::move(place)), path_(std::move(path)) {}
+  using Lost = std::shared_ptr<std::set<std::string>>;
+
+  // lost: what was lost so far, shared with the item that this one is embedded in.
+  PstItem(Context context, std::vector<uint32_t> place, std::vector<uint32_t> path, Lost lost)
+      : context_(std::move(context)),
+        place_(std::move(place)),
+        path_(std::move(path)),
+        lost_(std::move(lost)) {}
 
   std::string EntryID() override { return path_.empty() ? context_->EntryID(place_[2]) : ""; }
   std::string TypeName() override {
     // Whatever is embedded is shown as a message.
     if (!path_.empty()) return "MailItem";
-    return TypeNameOf(Read().Text(Prop::kMessageClass));
+    std::string type = TypeNameOf(Read().Text(Prop::kMessageClass));
+    // Of a damaged item a class that nobody knows may have been that of mail.
+    if (type == kUnknownType && !lost_->empty()) {
+      throw Error(ErrorNumber::kPathAccess, "its message class is damaged");
+    }
+    return type;
   }
   const PropertySet& Properties() override { return Read(); }
   const std::vector<PropertySet>& Recipients() override {
@@ -199,16 +218,29 @@ class PstItem : public Item {
   void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) override {
     auto came = attachmentBytes_.find(index);
     if (came != attachmentBytes_.end()) return sink(came->second);
-    context_->client.AskBytes(Numbers(Below(index)), sink);
+    std::set<std::string> lost;
+    try {
+      context_->client.AskBytes(Numbers(Below(index)), sink, lost);
+    } catch (const Error&) {
+      lost.insert("an attachment");
+      Lose(lost);
+      throw;
+    }
+    Lose(lost);
   }
   std::unique_ptr<Item> EmbeddedItem(size_t index) override {
     if (path_.size() >= kMaxEmbedding) {
       throw Error(ErrorNumber::kSubscript, "Messages are embedded too deep");
     }
-    return std::make_unique<PstItem>(context_, place_, Below(index));
+    return std::make_unique<PstItem>(context_, place_, Below(index), lost_);
   }
+  std::string Damage() override { return Listed(*lost_); }
 
  private:
+  void Lose(const std::set<std::string>& lost) {
+    context_->LogLost(lost, properties_.Text(Prop::kSubject));
+    lost_->insert(lost.begin(), lost.end());
+  }
   std::vector<uint32_t> Below(size_t index) const {
     std::vector<uint32_t> path = path_;
     path.push_back(static_cast<uint32_t>(index));
@@ -230,7 +262,7 @@ class PstItem : public Item {
     for (const RawRow& row : answer.recipients) recipients_.push_back(Decode(row, charset));
     for (const RawRow& row : answer.attachments) attachments_.push_back(Decode(row, charset));
     attachmentBytes_ = std::move(answer.attachmentBytes);
-    context_->LogLost(answer.lost, properties_.Text(Prop::kSubject));
+    Lose(answer.lost);
     isRead_ = true;
     return properties_;
   }
@@ -238,6 +270,7 @@ class PstItem : public Item {
   Context context_;
   std::vector<uint32_t> place_;  // folder, index, node
   std::vector<uint32_t> path_;   // attachments down to this message
+  Lost lost_;
   bool isRead_ = false;
   PropertySet properties_;
   std::vector<PropertySet> recipients_;
@@ -276,7 +309,12 @@ class PstFolder : public Folder {
     return static_cast<int64_t>(items_.size());
   }
   std::unique_ptr<Item> ItemAt(int64_t index) override {
-    return std::make_unique<PstItem>(context_, PlaceOf(index), std::vector<uint32_t>{});
+    return std::make_unique<PstItem>(context_, PlaceOf(index), std::vector<uint32_t>{},
+                                     std::make_shared<std::set<std::string>>(lost_));
+  }
+  bool IsOtherKind(int64_t index) override {
+    Read();
+    return otherItems_.count(items_.at(static_cast<size_t>(index))) > 0;
   }
   void ReadAhead(const std::vector<int64_t>& indices) override {
     std::vector<PstClient::Numbers> places;
@@ -295,6 +333,9 @@ class PstFolder : public Folder {
     properties_ = context_->Decoded(answer.properties);
     folders_ = std::move(answer.folders);
     items_ = std::move(answer.items);
+    otherItems_ = {answer.otherItems.begin(), answer.otherItems.end()};
+    for (const std::string& what : answer.lost) lost_.insert("of its folder " + what);
+    context_->LogLost(lost_, properties_.Text(Prop::kDisplayName));
     isRead_ = true;
     return properties_;
   }
@@ -305,6 +346,8 @@ class PstFolder : public Folder {
   PropertySet properties_;
   std::vector<uint32_t> folders_;
   std::vector<uint32_t> items_;
+  std::unordered_set<uint32_t> otherItems_;
+  std::set<std::string> lost_;
 };
 
 class PstStore : public Store {
@@ -358,12 +401,16 @@ PropertySet Decode(const RawRow& row, const std::string& charset) {
 
 std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
   std::vector<std::unique_ptr<Store>> stores;
+  refused_.clear();
   for (const std::string& file : files_) {
     try {
+      // One that may not be read is told as that.
+      platform::InputFile readable(file);
       auto context = std::make_shared<StoreContext>(PstClient(file, program_, limits_));
       RawAnswer answer = context->client.Ask(frame::kStore, {});
       context->root = answer.folders.empty() ? 0 : answer.folders[0];
       context->properties = context->Decoded(answer.properties);
+      context->LogLost(answer.lost, file);
       context->key = context->properties.Bytes(Prop::kRecordKey);
       if (context->key.size() != kStoreKeySize) {
         // A store that lost its own key is known by where it lies.
@@ -373,8 +420,10 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
       stores.push_back(std::make_unique<PstStore>(context, file));
     } catch (const Error& error) {
       if (error.Number() == ErrorNumber::kFileNotFound) throw;
+      bool isForbidden = error.Number() == ErrorNumber::kPermissionDenied;
+      refused_.push_back({file, isForbidden ? "It may not be read." : error.Description()});
       core::WriteLog("Outlook store skipped: " +
-                     core::OneLogLine(file + ": " + error.Description()));
+                     core::OneLogLine(file + ": " + refused_.back().reason));
     }
   }
   return stores;
@@ -404,7 +453,7 @@ std::string TypeNameOf(std::string_view messageClass) {
       return known.typeName;
     }
   }
-  return "Object";
+  return kUnknownType;
 }
 
 }  // namespace tarnwick::outlook

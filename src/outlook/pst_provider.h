@@ -23,12 +23,14 @@ class PstNamespace : public Namespace {
       : files_(std::move(files)), program_(std::move(program)), limits_(limits) {}
 
   std::vector<std::unique_ptr<Store>> Stores() override;
+  std::vector<RefusedStore> Refused() override { return refused_; }
   bool AsksForAccess() override { return false; }
 
  private:
   std::vector<std::string> files_;
   std::string program_;
   ReaderLimits limits_;
+  std::vector<RefusedStore> refused_;
 };
 
 // The properties of a raw row, with its texts made UTF-8 by the code page that the row names, or

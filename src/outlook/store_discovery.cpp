@@ -5,17 +5,20 @@
 #include <algorithm>
 
 #include "core/messages.h"
+#include "core/text.h"
 #include "outlook/mapi_text.h"
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/folder_search.h"
 #include "platform/registry.h"
 
 namespace tarnwick::outlook {
 
 namespace {
 
-constexpr std::string_view kStoreExtension = ".pst";
+// Outlook's own files, and the copies of a server's mailbox, which are built alike.
+constexpr std::string_view kStoreExtensions[] = {".pst", ".ost"};
 constexpr size_t kMaxRegistryKeys = 10'000;
 
 // Below the profile folder, newest Outlook last.
@@ -64,6 +67,11 @@ class Finder {
         core::WriteLog("Outlook's registry keys can't be read: " + error.Description());
       }
     }
+    platform::FolderSearch search = platform::FindFolders(profile_);
+    for (const std::string& folder : search.folders) ListIn(folder);
+    for (const std::string& folder : search.forbidden) {
+      core::WriteLog("Folder may not be read: " + core::OneLogLine(folder));
+    }
     return std::move(files_);
   }
 
@@ -84,7 +92,13 @@ class Finder {
       if (!below) return;
       found = platform::WithSeparator(*below);
     }
-    for (const std::string& name : platform::ListFiles(found, kStoreExtension)) Add(found + name);
+    ListIn(found);
+  }
+
+  void ListIn(const std::string& folder) {
+    for (std::string_view extension : kStoreExtensions) {
+      for (const std::string& name : platform::ListFiles(folder, extension)) Add(folder + name);
+    }
   }
 
   std::vector<std::string> SubKeys(const std::string& key) {
@@ -126,8 +140,9 @@ class Finder {
       std::string path = isWide ? TextFromUtf16(value->text) : TextFromBytes(value->text, "");
       path = registry_->MapPath(path);
       std::string lower = platform::AsciiLower(path);
-      bool isStore = lower.size() > kStoreExtension.size() &&
-                     lower.substr(lower.size() - kStoreExtension.size()) == kStoreExtension;
+      bool isStore =
+          std::any_of(std::begin(kStoreExtensions), std::end(kStoreExtensions),
+                      [&](std::string_view extension) { return lower.ends_with(extension); });
       if (isStore) Add(path);
     }
   }

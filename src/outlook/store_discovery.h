@@ -10,9 +10,10 @@
 
 namespace tarnwick::outlook {
 
-// The .pst files of a profile folder: those in the usual places of Outlook 97 to 2010 and those
-// that the profile's registry names, each once, in this order. Nothing is opened. A profile that
-// can't be read gives what its folders hold.
+// The .pst and .ost files of a profile folder, each once: those in the usual places of Outlook 97
+// to 2010, then those that the profile's registry names, then whatever else lies in or below the
+// folder. Nothing is opened. A profile that can't be read gives what its folders hold; folders that
+// may not be read are logged.
 std::vector<std::string> FindStores(const std::string& profileFolder);
 
 // "Personal Folders", or what a later or a translated Outlook calls it.

@@ -176,6 +176,21 @@ bool FolderExists(const std::string& path) {
   return fs::is_directory(ToPath(path), code);
 }
 
+bool MayRead(const std::string& path) {
+  try {
+    Pass(FileOperation::kOpen, path);
+  } catch (const Error& error) {
+    return error.Number() != ErrorNumber::kPermissionDenied;
+  }
+#ifdef _WIN32
+  return ::_waccess(ToPath(path).c_str(), 4) == 0 || errno != EACCES;
+#else
+  // Without the right to enter a folder its files can be listed, but not read.
+  int wanted = FolderExists(path) ? R_OK | X_OK : R_OK;
+  return ::access(path.c_str(), wanted) == 0 || (errno != EACCES && errno != EPERM);
+#endif
+}
+
 bool IsFolderWritable(const std::string& folder) {
   try {
     std::string probe = UniquePath(WithSeparator(folder), ".tarnwick-probe");

@@ -39,8 +39,11 @@ std::string ProgramPath();
 // An absolute form of the path, with "." and ".." resolved as text.
 std::string AbsolutePath(const std::string& path);
 
-bool FileExists(const std::string& path);          // a regular file (links followed); never throws
-bool FolderExists(const std::string& path);        // never throws
+bool FileExists(const std::string& path);    // a regular file (links followed); never throws
+bool FolderExists(const std::string& path);  // never throws
+// Whether the system lets this user read the file or folder; true for one that is missing. Never
+// throws.
+bool MayRead(const std::string& path);
 bool IsFolderWritable(const std::string& folder);  // tried by making a file; never throws
 uint64_t FileSize(const std::string& path);
 DateTime FileModified(const std::string& path);  // local civil time

@@ -60,4 +60,9 @@ std::unique_ptr<Registry> OpenProfile(const std::string& folder) {
   throw Error(ErrorNumber::kFileNotFound, "File not found: " + folder + "NTUSER.DAT");
 }
 
+std::unique_ptr<Registry> OpenStoresBelow(const std::string& folder) {
+  std::string absolute = WithSeparator(AbsolutePath(folder));
+  return FindDbxStores(absolute).empty() ? nullptr : OpenDbxFolder(absolute);
+}
+
 }  // namespace tarnwick::platform

@@ -57,6 +57,10 @@ ProfileKind DetectProfile(const std::string& folder);
 // REQUIRES: DetectProfile(folder) is not kNone; throws Error 53 otherwise.
 std::unique_ptr<Registry> OpenProfile(const std::string& folder);
 
+// The *.dbx files in or below a folder as OpenProfile presents those of a folder without a
+// registry, whether it has one or not; none when there are no such files.
+std::unique_ptr<Registry> OpenStoresBelow(const std::string& folder);
+
 // What a *.dbx file says that it holds; its first twenty bytes are a mark that the files of Outlook
 // Express share but for one byte.
 enum class DbxContent { kMessages, kFolderList, kOther, kUnmarked };

@@ -4,21 +4,17 @@
 // The registry view of *.dbx files that were copied without the rest of their owner's profile: one
 // identity for each folder that holds some.
 #include <array>
-#include <deque>
 #include <set>
 
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/folder_search.h"
 #include "platform/registry_tree.h"
 
 namespace tarnwick::platform {
 
 namespace {
-
-// "Local Settings\Application Data\Identities\{...}\Microsoft\Outlook Express" is six deep.
-constexpr int kMaxDepth = 8;
-constexpr int kMaxFolders = 5000;
 
 std::string LastName(const std::string& folder) {
   return FileNameOf(folder.substr(0, folder.empty() ? 0 : folder.size() - 1));
@@ -74,10 +70,8 @@ DbxContent ReadDbxContent(const std::string& path) {
 
 std::vector<DbxStore> FindDbxStores(const std::string& folder) {
   std::vector<DbxStore> found;
-  std::deque<std::pair<std::string, int>> pending = {{WithSeparator(folder), 0}};
-  for (int seen = 0; !pending.empty() && seen < kMaxFolders; ++seen) {
-    auto [path, depth] = pending.front();
-    pending.pop_front();
+  FolderSearch search = FindFolders(folder);
+  for (const std::string& path : search.folders) {
     DbxStore store{path, false};
     bool holdsMessages = false;
     for (const std::string& name : ListFiles(path, ".dbx")) {
@@ -85,13 +79,9 @@ std::vector<DbxStore> FindDbxStores(const std::string& folder) {
       store.hasFolderList = store.hasFolderList || content == DbxContent::kFolderList;
       // In the folder that the person chose, a file with a damaged mark is worth a try.
       holdsMessages = holdsMessages || content == DbxContent::kMessages ||
-                      (depth == 0 && content == DbxContent::kUnmarked);
+                      (path == search.folders.front() && content == DbxContent::kUnmarked);
     }
     if (store.hasFolderList || holdsMessages) found.push_back(store);
-    if (depth == kMaxDepth) continue;
-    for (const std::string& name : ListFolders(path)) {
-      pending.emplace_back(WithSeparator(path + name), depth + 1);
-    }
   }
   return found;
 }

@@ -88,6 +88,8 @@ constexpr int kLocked = 5;  // the engine's number
 // What the engine's few words leave open, ": ..."; "" where nothing more is known.
 std::string WhyNotOpened(int number, const std::string& file) {
   if (number == kLocked) return ": another program has " + file + " open";
+  if (!platform::MayRead(file)) return ": " + file + " may not be read";
+  if (!platform::FileExists(file)) return ": " + file + " is missing";
   if (platform::FileExists(file) && !platform::IsFolderWritable(platform::FolderOf(file))) {
     return ": the folder of " + file + " can't be written to";
   }

@@ -68,6 +68,23 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   EXPECT_NE(run.errors, "");
 }
 
+// An empty repository in the place of a lost one would hide the loss.
+TEST_F(Cli, AStartWithoutARepositoryOrParametersFailsAndMakesNone) {
+  ASSERT_EQ(Run({"list"}).status, 0);
+  for (const char* name : {"Tarnwick.twr", "emlParameter.twr"}) {
+    std::string lost = home_.File("home/" + std::string(name));
+    platform::RenameFile(lost, lost + ".kept");
+    ProgramRun run = Run({"list"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.errors, ::testing::HasSubstr("Error: You should take the following actions"));
+    EXPECT_THAT(run.errors, ::testing::HasSubstr(lost + " is missing"));
+    EXPECT_FALSE(platform::FileExists(lost));
+    platform::RenameFile(lost + ".kept", lost);
+  }
+  platform::RemoveFile(home_.File("home/emlTemplate.twr"));
+  EXPECT_EQ(Run({"list"}).status, 0);
+}
+
 // Nobody else may read what is kept, whatever the system would allow; and what was written down on
 // the way does not stay, nor what a killed run has left.
 TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {

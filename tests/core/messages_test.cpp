@@ -13,8 +13,10 @@
 #include "core/startup.h"
 #include "core/text.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "support/faults.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
 
@@ -164,6 +166,35 @@ TEST(AppFolder, IsSeededOnceAndNeverOverwritten) {
   platform::WriteFile(app + "Tarnwick.twr", "mine");
   SeedAppFolder(app, program.Path());
   EXPECT_EQ(platform::ReadFile(app + "Tarnwick.twr"), "mine");
+  // A lost template comes back; the person's own files are not replaced by empty ones.
+  for (const char* lost : {"Tarnwick.twr", "emlParameter.twr", "emlTemplate.twr"}) {
+    platform::RemoveFile(app + lost);
+    SeedAppFolder(app, program.Path());
+    EXPECT_EQ(platform::FileExists(app + lost), lost == std::string("emlTemplate.twr")) << lost;
+  }
+}
+
+TEST(AppFolder, IsMadeFurtherWhereItsMakingWasInterrupted) {
+  testing::TempFolder program;
+  platform::WriteFile(program.File("emlTemplate.twr"), "template");
+  platform::WriteFile(program.File("emlParameter.twr"), "parameters");
+  for (int step = 0;; ++step) {
+    testing::TempFolder home;
+    bool happened = false;
+    {
+      testing::FailingFileStep fault(step);
+      try {
+        SeedAppFolder(home.Path(), program.Path());
+      } catch (const Error&) {
+      }
+      happened = fault.Happened();
+    }
+    SeedAppFolder(home.Path(), program.Path());
+    EXPECT_TRUE(platform::FileExists(home.File("Tarnwick.twr"))) << step;
+    EXPECT_TRUE(platform::FileExists(home.File("emlParameter.twr"))) << step;
+    EXPECT_EQ(platform::ListFiles(home.Path()).size(), 3U) << step;
+    if (!happened) break;
+  }
 }
 
 }  // namespace

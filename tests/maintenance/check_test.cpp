@@ -68,7 +68,8 @@ TEST_F(Check, NamesTheMessageAndWhatItLacks) {
        {"DELETE * FROM FileRepository WHERE ID=2", "DELETE * FROM FileRepository WHERE FileID=2",
         "DELETE * FROM ToRecipient WHERE EmailID=4", "UPDATE Email SET FilesNum=0 WHERE ID=5",
         "INSERT INTO ccRecipient (EmailID, Address) VALUES (7, 'x')",
-        "UPDATE FileRepository SET FileBody='' WHERE FileID=8"}) {
+        "UPDATE FileRepository SET FileBody='' WHERE FileID=8",
+        "INSERT INTO Unfinished (EmailID) VALUES (9)"}) {
     RepositoryDb().Execute(damage);
   }
   CheckReport report;
@@ -77,15 +78,16 @@ TEST_F(Check, NamesTheMessageAndWhatItLacks) {
       Damage(report),
       ElementsAre("1 Its original is not whole", "2 Its original is missing",
                   "4 0 To recipients instead of 4", HasSubstr("attachment names instead of 0"),
-                  HasSubstr("Cc recipients instead of"), "8 Its original is not whole"));
-  EXPECT_EQ(report.DamagedMessages(), 6);
+                  HasSubstr("Cc recipients instead of"), "8 Its original is not whole",
+                  HasSubstr("9 An error ended its storing half way")));
+  EXPECT_EQ(report.DamagedMessages(), 7);
   EXPECT_THAT(Log(), HasSubstr("Check: Message 2: Its original is missing"));
 
   std::string saved = folder_.File("sound.twb");
   EXPECT_EQ(ExportSound(report, saved), Result::kDone);
   std::map<int64_t, std::string> before = Originals();
   ASSERT_TRUE(repository::ClearRepository());
-  EXPECT_EQ(twMakeMarge(saved, {Duplicates::kKeep, UnknownSenders::kAccept}).imported, 6);
+  EXPECT_EQ(twMakeMarge(saved, {Duplicates::kKeep, UnknownSenders::kAccept}).imported, 5);
   EXPECT_EQ(CheckRepository(report), Result::kDone);
   EXPECT_THAT(Damage(report), IsEmpty());
 }

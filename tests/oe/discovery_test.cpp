@@ -6,6 +6,7 @@
 
 #include "oe_fixture.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "support/real_data.h"
 
 namespace tarnwick::oe {
@@ -233,6 +234,101 @@ TEST_F(Discovery, CopiedFilesWithoutAListAreFoldersOfTheirNames) {
   ASSERT_EQ(State().FolderFiles.size(), 1U);
   EXPECT_EQ(State().FolderFiles[0].userName, "Ann's old mail");
   EXPECT_THAT(FullNames(0), ElementsAre("/Inbox", "/Sent Items"));
+}
+
+TEST_F(Discovery, NamesAStoreOnADriveThatIsNotThere) {
+  profile_.Hive().AddText("Identities\\{1}", "Username", "Ann");
+  profile_.Hive().AddText("Identities\\{1}\\Software\\Microsoft\\Outlook Express\\5.0",
+                          "Store Root", "D:\\Mail\\");
+  EXPECT_TRUE(Discover());
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("Ann: D:\\Mail\\\r\n")));
+  EXPECT_THAT(Log(), HasSubstr("Mail store of Ann not found: D:\\Mail\\"));
+}
+
+TEST_F(Discovery, WhatMayNotBeReadIsNotCalledMissing) {
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(store, StandardFolders(StoreOf({"a"}), StoreOf({"b"})));
+  std::string forbidden = store + "Inbox.dbx";
+  platform::SetFileFault([&](platform::FileOperation, const std::string& path) {
+    if (path == forbidden) {
+      throw Error(ErrorNumber::kPermissionDenied, "Permission denied: " + path);
+    }
+  });
+  EXPECT_TRUE(Discover());
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("These may not be read:\r\n" + forbidden));
+  EXPECT_THAT(State().Forbidden, ElementsAre(forbidden));
+  State().CanRead = true;
+  ReadAll();
+  EXPECT_EQ(core::State().Counts.stored, 1);
+  EXPECT_THAT(ui_.Shown("error"), IsEmpty());
+
+  ui_.shown.clear();
+  forbidden = store;
+  EXPECT_TRUE(Discover());
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("These may not be read:\r\n" + forbidden));
+}
+
+TEST_F(Discovery, StoresBelowAHiveThatLeadsNowhereAreOffered) {
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(store, StandardFolders(StoreOf({"a"}), StoreOf({"b"})));
+  testing::HiveBuilder withoutIdentities;
+  withoutIdentities.AddKey("Identities");
+  testing::HiveBuilder withoutStores;
+  withoutStores.AddText("Identities\\{1}\\Software\\Microsoft\\Outlook Express\\5.0", "x", "y");
+  UseProfile(profile_.Folder());
+  for (const std::string& hive :
+       {std::string("no hive"), testing::HiveBuilder().Build(), withoutIdentities.Build(),
+        withoutStores.Build(), std::string()}) {
+    platform::WriteFile(profile_.Folder() + "NTUSER.DAT", hive);
+    ui_.shown.clear();
+    ui_.yesNo = {true};
+    EXPECT_TRUE(DiscoverOutlookExpress());
+    EXPECT_THAT(ui_.Shown("error"), IsEmpty());
+    EXPECT_THAT(FullNames(0), ::testing::Contains("Local Folders.Inbox"));
+    ui_.yesNo = {false};
+    DiscoverOutlookExpress();
+    EXPECT_EQ(State().MessageFiles.size(), 2U);
+    EXPECT_THAT(State().End.reason, ::testing::AnyOf(HasSubstr("NTUSER.DAT "), HasSubstr("{1}")));
+  }
+}
+
+// However the list was damaged, the sound files beside it are not lost with it.
+TEST_F(Discovery, FilesOfADamagedFolderListAreOffered) {
+  std::string store = profile_.AddIdentity("Ann");
+  profile_.WriteHive();
+  UseProfile(profile_.Folder());
+  ProfileBuilder::WriteStore(store, StandardFolders(StoreOf({"a"}), StoreOf({"b"})));
+  const std::string sound = platform::ReadFile(store + "Folders.dbx");
+  auto numberAt = [&](size_t at) {
+    return static_cast<unsigned char>(sound[at]) | static_cast<unsigned char>(sound[at + 1]) << 8;
+  };
+  size_t root = static_cast<size_t>(numberAt(0x30));
+  size_t inbox = static_cast<size_t>(numberAt(root + 24 + 2 * 12));
+  const struct {
+    const char* what;
+    size_t place;
+    int32_t value;  // -1: the file is gone
+  } kRows[] = {
+      {"its mark", 4, 0xC2},     {"its root", 0x31, 0x70},    {"a node's own place", root, 1},
+      {"a count", root + 17, 2}, {"no folder", root + 17, 0}, {"a folder's own place", inbox, 1},
+      {"all of it", 0, -1}};
+  for (const auto& row : kRows) {
+    std::string damaged = sound;
+    if (row.value >= 0) damaged[row.place] = static_cast<char>(row.value);
+    platform::WriteFile(store + "Folders.dbx", damaged);
+    if (row.value < 0) platform::RemoveFile(store + "Folders.dbx");
+    for (bool yes : {false, true}) {
+      core::State().Counts = {};
+      repository::RepositoryDb().Execute("DELETE * FROM Email");
+      ui_.yesNo = {yes};
+      ASSERT_TRUE(oeInitialize()) << row.what;
+      ReadAll();
+      EXPECT_EQ(core::State().Counts.found, 2) << row.what;
+      EXPECT_EQ(core::State().Counts.stored == 2, yes) << row.what;
+      EXPECT_THAT(ui_.yesNo, IsEmpty()) << row.what;
+      ui_.yesNo.clear();
+    }
+  }
 }
 
 TEST_F(Discovery, ReadsARealProfile) {

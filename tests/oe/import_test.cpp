@@ -288,13 +288,36 @@ TEST_F(Import, AStopLeavesTheRestNotReached) {
   EXPECT_EQ(Summary(), "found 5, already 1, not reached 4, ");
 }
 
-TEST_F(Import, AFileNamedByTwoFoldersIsCountedOnce) {
+TEST_F(Import, AFileNamedByManyFoldersIsReadAndCountedOnce) {
   std::string store = profile_.AddIdentity("Ann");
-  auto folders = StandardFolders(StoreOf({"a", "b"}), "");
-  folders.push_back({{4, 1, "Twin", "INBOX.DBX"}, ""});
+  auto folders = StandardFolders(StoreOf({"a", "b"}), StoreOf({"c"}));
+  for (uint8_t i = 4; i < 200; ++i) {
+    folders.push_back({{i, 1, "Twin", i % 2 == 0 ? "INBOX.DBX" : "Sent Items.dbx"}, ""});
+  }
   ProfileBuilder::WriteStore(store, folders);
   Load();
-  EXPECT_EQ(Summary(), "found 4, stored 2, already 2, ");
+  EXPECT_EQ(Summary(), "found 3, stored 3, ");
+}
+
+// The run ends there as if by design, but what lies behind is counted, and somebody is named.
+TEST_F(Import, AnIdentityWithoutAStoreEndsTheRunWithAReason) {
+  std::string before = profile_.AddIdentity("Ann");
+  profile_.Hive().AddText("Identities\\{6}\\Software\\Microsoft\\Outlook Express\\5.0", "x", "y");
+  profile_.Hive().AddText("Identities\\{6}", "Username", "Bob");
+  profile_.Hive().AddText("Identities\\{7}\\Software\\Microsoft\\Outlook Express\\5.0",
+                          "Store Root", "%UserProfile%\\behind\\", true);
+  ProfileBuilder::WriteStore(before, StandardFolders(StoreOf({"a", "b"}), ""));
+  std::string behind = profile_.Folder() + "behind/";
+  platform::MakeFolder(behind);
+  ProfileBuilder::WriteStore(behind, StandardFolders(StoreOf({"c"}), ""));
+  profile_.WriteHive();
+  UseProfile(profile_.Folder());
+  EXPECT_FALSE(oeInitialize());
+  ReadAll();
+  EXPECT_EQ(State().End.identity, "Bob");
+  EXPECT_EQ(Summary(), "found 3, not reached 3, ");
+  EXPECT_THAT(Reasons(), HasSubstr("Inbox.dbx\r\nno mail store known for identity Bob"));
+  EXPECT_THAT(ui_.shown, ::testing::IsEmpty());
 }
 
 TEST_F(Import, StoresOfSeveralShapesKeepEveryLetter) {

@@ -32,6 +32,15 @@ class OeFixture : public testing::ProgramFixture {
     core::EndLoadState();
   }
 
+  // Reads what was discovered, with the account of a load.
+  static void ReadAll() {
+    intake::LoadAccount& account = intake::Account();
+    account.Open();
+    AnnounceMessages();
+    ImportOutlookExpress();
+    account.Close();
+  }
+
   // A plain letter; its text and its index entries name the subject.
   static testing::IndexedMessage Letter(const std::string& subject, int minute = 0) {
     testing::IndexedMessage letter;

@@ -131,11 +131,16 @@ TEST_F(OutlookImport, CountsWhatIsNoMailOrCannotBeRead) {
   EXPECT_THAT(Log(), HasSubstr("1 ContactItem"));
 }
 
-TEST_F(OutlookImport, LeavesAStoreWithAPasswordAlone) {
+TEST_F(OutlookImport, ReadsAStoreWithAPasswordForWhoSaysThatItIsTheirs) {
   store_.hasPassword = true;
   inbox_.items = {MailNamed("01", "secret")};
+  ui_.yesNo = {false};
   EXPECT_THAT(Load(), ElementsAre(1, 0, 0, 0, 0, 0, 1));
   EXPECT_THAT(intake::Account().Text(), HasSubstr("guarded by a password"));
+  EXPECT_THAT(ui_.Shown("box"),
+              ElementsAre(HasSubstr("memory\r\n    It is guarded by a password")));
+  ui_.yesNo = {true};
+  EXPECT_THAT(Load(), ElementsAre(1, 1, 0, 0, 0, 0, 0));
 }
 
 TEST_F(OutlookImport, StopsBetweenItemsAndCountsTheRest) {

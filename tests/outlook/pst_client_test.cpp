@@ -97,7 +97,9 @@ TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
       PstClient::Numbers path = items[i];
       path.push_back(0);
       std::string bytes;
-      client.AskBytes(path, [&](std::string_view piece) { bytes += piece; });
+      std::set<std::string> lost;
+      client.AskBytes(
+          path, [&](std::string_view piece) { bytes += piece; }, lost);
       EXPECT_EQ(bytes.size(), i + 1);
     }
   }

@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <map>
+#include <random>
+#include <set>
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/library_store.h"
@@ -27,7 +30,9 @@ struct Said {
   std::vector<std::string> properties;
   std::vector<uint32_t> folders;
   std::vector<uint32_t> items;
+  std::vector<uint32_t> otherItems;
   std::string bytes;
+  bool isMarked = false;  // as damaged
   bool failed = false;
   bool operator==(const Said&) const = default;
 };
@@ -47,7 +52,9 @@ Said Ask(const std::function<void(Answer&)>& request) {
     char kind = frames[at];
     std::string payload = frames.substr(at + kFrameHeader, TakeNumber(frames, at + 1));
     at += kFrameHeader + payload.size();
-    auto& nodes = kind == frame::kFolders ? said.folders : said.items;
+    auto& nodes = kind == frame::kFolders ? said.folders
+                  : kind == frame::kItems ? said.items
+                                          : said.otherItems;
     switch (kind) {
       case frame::kProperty:
         said.properties.push_back(payload);
@@ -57,10 +64,14 @@ Said Ask(const std::function<void(Answer&)>& request) {
         break;
       case frame::kFolders:
       case frame::kItems:
+      case frame::kOtherItems:
         for (size_t i = 0; i < payload.size(); i += 4) nodes.push_back(TakeNumber(payload, i));
         break;
       case frame::kBytes:
         said.bytes += payload;
+        break;
+      case frame::kLost:
+        said.isMarked = true;
         break;
       default:
         std::sort(said.properties.begin() + static_cast<std::ptrdiff_t>(row),
@@ -204,6 +215,114 @@ TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
     Said said = Ask([&](Answer& answer) { reader.SendAttachment({inbox, 0, node}, {0}, answer); });
     EXPECT_FALSE(said.failed);
     EXPECT_TRUE(said.bytes == mail.attachments[0].data) << said.bytes.size();
+  }
+}
+
+// Everything that a store says of each of its items, by node.
+struct WholeItem {
+  std::string content;
+  bool isMarked = false;
+  bool failed = false;
+};
+
+void AddAll(StoreFile& store, const ItemPlace& place, AttachmentPath path, const Said& said,
+            WholeItem& item) {
+  item.isMarked = item.isMarked || said.isMarked;
+  for (const std::string& property : said.properties) item.content += property + "|";
+  path.push_back(0);
+  for (const std::string& row : said.properties) {
+    if (row != std::string(1, frame::kAttachmentRow)) continue;
+    Said bytes = Ask([&](Answer& answer) { store.SendAttachment(place, path, answer); });
+    item.isMarked = item.isMarked || bytes.isMarked;
+    item.content += bytes.bytes;
+    if (bytes.failed && path.size() < kMaxEmbedding) {
+      Said inner = Ask([&](Answer& answer) { store.DescribeEmbedded(place, path, answer); });
+      item.failed = item.failed || inner.failed;
+      if (!inner.failed) AddAll(store, place, path, inner, item);
+    }
+    ++path.back();
+  }
+}
+
+// listed: how many the folders name, SIZE_MAX when a folder is marked itself.
+std::map<uint32_t, WholeItem> ReadAll(const std::string& path, size_t& listed) {
+  std::map<uint32_t, WholeItem> items;
+  bool isMarked = false;
+  listed = 0;
+  std::unique_ptr<StoreFile> store = OpenStore(path);
+  std::vector<uint32_t> waiting = {0x122};
+  std::set<uint32_t> seen;
+  while (!waiting.empty()) {
+    uint32_t folder = waiting.back();
+    waiting.pop_back();
+    if (!seen.insert(folder).second) continue;
+    Said said = Ask([&](Answer& answer) { store->DescribeFolder(folder, answer); });
+    waiting.insert(waiting.end(), said.folders.begin(), said.folders.end());
+    listed += said.items.size();
+    isMarked = isMarked || said.isMarked;
+    for (uint32_t i = 0; i < said.items.size(); ++i) {
+      ItemPlace place{folder, i, said.items[i]};
+      Said head = Ask([&](Answer& answer) { store->DescribeItem(place, false, answer); });
+      WholeItem& item = items[place.node];
+      item.failed = head.failed;
+      AddAll(*store, place, {}, head, item);
+    }
+  }
+  if (isMarked) listed = SIZE_MAX;
+  return items;
+}
+
+// Of 200 bits turned over behind the file's head, none may change an item that is not marked, or
+// take one away without a word.
+void ExpectDamageIsTold(const std::string& sound, const std::string& scratch, uint32_t seed) {
+  size_t announced = 0;
+  std::map<uint32_t, WholeItem> before = ReadAll(sound, announced);
+  std::string bytes = platform::ReadFile(sound);
+  std::mt19937 random(seed);
+  for (int i = 0; i < 200; ++i) {
+    size_t at = 564 + random() % (bytes.size() - 564);
+    bytes[at] = static_cast<char>(bytes[at] ^ 1 << random() % 8);
+  }
+  platform::WriteFile(scratch, bytes);
+  std::map<uint32_t, WholeItem> after;
+  size_t listed = 0;
+  try {
+    after = ReadAll(scratch, listed);
+  } catch (const ReadError&) {
+    return;  // nothing of it is taken
+  }
+  int silent = 0;
+  int marked = 0;
+  int failed = 0;
+  for (const auto& [node, item] : before) {
+    EXPECT_FALSE(item.isMarked) << sound << " " << node;
+  }
+  for (const auto& [node, item] : after) {
+    failed += item.failed ? 1 : 0;
+    marked += item.isMarked && !item.failed ? 1 : 0;
+    bool isChanged = before.count(node) == 0 || before[node].content != item.content;
+    silent += isChanged && !item.isMarked && !item.failed ? 1 : 0;
+  }
+  EXPECT_GE(listed, announced) << sound << " " << seed;
+  EXPECT_EQ(silent, 0) << sound << " " << seed << ": of " << after.size() << " items " << marked
+                       << " marked, " << failed << " failed";
+}
+
+TEST_F(ReaderTest, ABitThatTurnedOverIsToldOfTheItem) {
+  for (bool isUnicode : {true, false}) {
+    PstBuilder store(isUnicode);
+    store.SetCipher(1);
+    uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+    for (size_t i = 0; i < 150; ++i) store.AddMessage(inbox, Mail(i, false));
+    store.AddMessage(store.AddFolder(inbox, "Deep"), Mail(1, true));
+    platform::WriteFile(folder_.File("sound.pst"), store.Build());
+    for (uint32_t seed = 1; seed <= 5; ++seed) {
+      ExpectDamageIsTold(folder_.File("sound.pst"), folder_.File("a.pst"), seed);
+    }
+  }
+  for (const char* file : {"testPST.pst", "test_ansi.pst"}) {
+    std::string path = testing::RealData("pst/" + std::string(file));
+    if (!path.empty()) ExpectDamageIsTold(path, folder_.File("a.pst"), 1);
   }
 }
 

@@ -29,8 +29,10 @@ TEST_F(StoreDiscovery, LooksInTheUsualPlacesWithoutRegardToCase) {
   std::string seven = Put("Documents/Outlook Files/me@firm.test.pst");
   std::string copied = Put("old mail.pst");
   Put("Documents/letter.doc");
-  Put("Desktop/elsewhere.pst");
-  EXPECT_THAT(FindStores(folder_.Path()), ElementsAre(copied, xp, seven));
+  std::string server = Put("AppData/Local/Microsoft/Outlook/me.ost");
+  std::string elsewhere = Put("Desktop/old disk/2003/archive.pst");
+  Put("1/2/3/4/5/6/7/8/9/too deep.pst");
+  EXPECT_THAT(FindStores(folder_.Path()), ElementsAre(copied, xp, server, seven, elsewhere));
 }
 
 TEST_F(StoreDiscovery, FollowsTheRegistry) {

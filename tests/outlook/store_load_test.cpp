@@ -13,6 +13,7 @@
 #include "outlook/import.h"
 #include "outlook/pst_provider.h"
 #include "platform/clock.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 #include "support/program_fixture.h"
@@ -48,6 +49,16 @@ PstMessage Mail(const std::string& subject) {
   return mail;
 }
 
+std::string BuiltStore(bool isUnicode) {
+  PstBuilder store(isUnicode);
+  uint32_t folder = PstBuilder::kTop;
+  for (int i = 0; i < 30; ++i) {
+    if (i % 5 == 0) folder = store.AddFolder(folder, "Folder");
+    store.AddMessage(folder, Mail("mail " + std::to_string(i)));
+  }
+  return store.Build();
+}
+
 class StoreLoad : public testing::ProgramFixture {
  protected:
   StoreLoad() {
@@ -63,11 +74,13 @@ class StoreLoad : public testing::ProgramFixture {
     limits.wastedMilliseconds = 20'000;
     PstNamespace outlook({path}, TARNWICK_BIN "/tarnwick-pst-reader", limits);
     core::State().Counts = {};
+    ui_.yesNo = {true};  // for a store with a password
     intake::LoadAccount& account = intake::Account();
     account.Open();
     EXPECT_TRUE(olAnnounceFrom(outlook, everyStore));
     EXPECT_TRUE(olImportOutlook());
     account.Close();
+    ui_.yesNo.clear();
     const core::LoadCounts& c = core::State().Counts;
     EXPECT_EQ(c.found,
               c.stored + c.alreadyStored + c.refused + c.ignored + c.unreadable + c.notReached)
@@ -165,7 +178,76 @@ TEST_F(StoreLoad, TakesOfADamagedMessageWhatThereIsAndSaysSo) {
   bytes.replace(second + kBlock, 12, 12, '\0');
   EXPECT_EQ(Load(bytes).stored, 1);
   EXPECT_EQ(Query("SELECT Body FROM Email").AsText(), std::string(kBlock, 'x'));
-  EXPECT_THAT(Log(), HasSubstr("not all of it is taken (body): long"));
+  EXPECT_THAT(Log(), HasSubstr("not all of it is taken as it was written (body): long"));
+  EXPECT_THAT(Query("SELECT Notes FROM Email").AsText(), HasSubstr("damaged"));
+}
+
+// The text of a block is taken as it is where its checksum does not match, and marked; so is what
+// an attachment holds, read ahead or in its time.
+TEST_F(StoreLoad, MarksAMessageThatIsNotAsItWasWritten) {
+  PstBuilder store(true);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  for (size_t size : {0, 100, 600'000}) {
+    PstMessage mail = Mail("mail " + std::to_string(size));
+    if (size > 0) mail.attachments.resize(1);
+    if (size > 0) mail.attachments[0].data = std::string(size, 'y') + "END";
+    store.AddMessage(inbox, mail);
+  }
+  store.AddMessage(inbox, Mail("sound"));
+  std::string bytes = store.Build();
+  for (size_t at = 0; (at = bytes.find("yEND", at)) != std::string::npos; ++at) bytes[at] = 'z';
+  size_t body = bytes.find(std::string("m\0a\0i\0l\0 \0"
+                                       "0",
+                                       11),
+                           0);
+  ASSERT_NE(body, std::string::npos);
+  bytes[body] = 'n';
+  EXPECT_EQ(Load(bytes).stored, 4);
+  EXPECT_EQ(Query("SELECT Count(*) FROM Email WHERE Notes Like '%checksum%'").AsInt(), 3);
+  EXPECT_TRUE(Query("SELECT Notes FROM Email WHERE Subject = 'sound'").IsNull());
+}
+
+// Neither stopped nor left aside, a load finds mail only where there is mail.
+TEST_F(StoreLoad, FindsNoMailInWhatIsNone) {
+  PstBuilder store(true, "Archive");
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  for (const char* itsClass : {"IPM.Note", "REPORT.IPM.Note.NDR", "IPM.Schedule.Meeting.Request"}) {
+    PstMessage item = Mail(itsClass);
+    item.properties.texts[Tag(Prop::kMessageClass)] = itsClass;
+    store.AddMessage(inbox, item);
+  }
+  core::LoadCounts counts = Load(store.Build(), false);
+  EXPECT_EQ(counts.found, 1);
+  EXPECT_EQ(counts.notReached, 1);
+  EXPECT_EQ(Load(store.Build()).found, 1);
+}
+
+// What the table of a folder names and the nodes do not, or lists twice, is left for the nodes.
+TEST_F(StoreLoad, LeavesATableThatLiesForTheNodes) {
+  PstBuilder store(true);
+  uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
+  uint32_t other = store.AddFolder(PstBuilder::kTop, "Other");
+  for (int i = 0; i < 3; ++i) store.AddMessage(inbox, Mail("mail " + std::to_string(i)));
+  store.ListMessage(inbox, store.AddMessage(other, Mail("elsewhere")));
+  store.ListMessage(inbox, inbox);
+  EXPECT_EQ(Load(store.Build()).found, 4);
+  EXPECT_EQ(core::State().Counts.stored, 4);
+  EXPECT_EQ(Query("SELECT Folder FROM Email WHERE Subject = 'elsewhere'").AsText(), "Other");
+}
+
+TEST_F(StoreLoad, NamesAStoreThatCannotBeRead) {
+  std::string path = WriteTemp("secret.pst", BuiltStore(true));
+  platform::SetFileFault([&](platform::FileOperation, const std::string& file) {
+    if (file == path) throw Error(ErrorNumber::kPermissionDenied, "Permission denied: " + file);
+  });
+  EXPECT_EQ(LoadFile(path).found, 0);
+  platform::SetFileFault(nullptr);
+  std::string newer = BuiltStore(true);
+  newer[10] = 36;
+  EXPECT_EQ(Load(newer).found, 0);
+  EXPECT_THAT(ui_.Shown("box"),
+              ::testing::IsSupersetOf({HasSubstr("secret.pst\r\n    It may not be read."),
+                                       HasSubstr("made by a newer Outlook")}));
 }
 
 TEST_F(StoreLoad, SkipsAMessageWithoutPropertiesAndOneThatIsNoMail) {
@@ -190,8 +272,8 @@ struct RealStore {
 constexpr RealStore kRealStores[] = {{"sample1.pst", 1, 0},
                                      {"testPST.pst", 7, 0},
                                      {"testPST_variousBodyTypes.pst", 4, 0},
-                                     {"test_ansi.pst", 0, 0},      // guarded by a password
-                                     {"test_unicode.pst", 0, 0}};  // likewise
+                                     {"test_ansi.pst", 0, 0},      // nothing but posts,
+                                     {"test_unicode.pst", 0, 0}};  // behind a password
 
 TEST_F(StoreLoad, TakesEveryMailOfRealStoresOnce) {
   for (const RealStore& real : kRealStores) {
@@ -208,16 +290,6 @@ TEST_F(StoreLoad, TakesEveryMailOfRealStoresOnce) {
                   "es Outlook'")
                 .AsInt(),
             7);
-}
-
-std::string BuiltStore(bool isUnicode) {
-  PstBuilder store(isUnicode);
-  uint32_t folder = PstBuilder::kTop;
-  for (int i = 0; i < 30; ++i) {
-    if (i % 5 == 0) folder = store.AddFolder(folder, "Folder");
-    store.AddMessage(folder, Mail("mail " + std::to_string(i)));
-  }
-  return store.Build();
 }
 
 // Any place may be wrong, or all be gone behind one; no outcome is wrong but a load that ends,

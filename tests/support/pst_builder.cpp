@@ -19,6 +19,7 @@ constexpr uint32_t kRootNode = 0x122;
 constexpr uint32_t kRecipientsNode = 0x692;
 constexpr uint32_t kAttachmentsNode = 0x671;
 constexpr uint32_t kFirstAttachmentNode = 0x8025;
+constexpr uint16_t kClass = 0x001A;
 constexpr uint32_t kEmbeddedNode = 0x4000024;
 constexpr uint32_t kFirstValueNode = 0x1007F;  // of the kind for values too large for the heap
 constexpr size_t kPageSize = 512;
@@ -475,6 +476,8 @@ uint32_t PstBuilder::AddMessage(uint32_t folder, const PstMessage& message) {
   SubNode written = WriteMessage(message);
   nodes_[node] = {written.data, written.sub, folder};
   folders_[folder].messages.push_back(node);
+  auto itsClass = message.properties.texts.find(kClass);
+  if (itsClass != message.properties.texts.end()) classes_[node] = itsClass->second;
   return node;
 }
 
@@ -488,7 +491,10 @@ void PstBuilder::WriteFolder(uint32_t node, const FolderContent& folder) {
   std::vector<Row> folders;
   for (uint32_t below : folder.folders) folders.push_back({below, {}});
   std::vector<Row> messages;
-  for (uint32_t message : folder.messages) messages.push_back({message, {}});
+  for (uint32_t message : folder.messages) {
+    messages.push_back({message, {}});
+    if (classes_.count(message) > 0) messages.back().values.texts[kClass] = classes_[message];
+  }
   // Folders in it, its messages, and messages of the folder's own.
   constexpr std::array<uint32_t, 3> kTables = {0x0B, 0x0C, 0x0D};
   const std::array<std::vector<Row>, 3> kRows = {folders, messages, {}};

@@ -46,6 +46,8 @@ class PstBuilder {
   uint32_t AddFolder(uint32_t parent, const std::string& name);
   // Gives the message's node.
   uint32_t AddMessage(uint32_t folder, const PstMessage& message);
+  // Lists a message in a folder that it does not lie in, or another node where a message should be.
+  void ListMessage(uint32_t folder, uint32_t node) { folders_[folder].messages.push_back(node); }
   void SetStoreNumber(uint16_t property, int32_t number);
   // How blocks are made unreadable to a casual eye: 0 not at all, 1 or 2. REQUIRES: nothing was
   // added yet.
@@ -104,7 +106,8 @@ class PstBuilder {
   std::map<uint64_t, Block> blocks_;
   std::map<uint32_t, Node> nodes_;
   std::map<uint32_t, FolderContent> folders_;
-  std::map<uint64_t, uint64_t> pageIds_;  // by offset
+  std::map<uint32_t, std::string> classes_;  // of the messages
+  std::map<uint64_t, uint64_t> pageIds_;     // by offset
   uint64_t nextBlock_ = 4;
   uint64_t nextPage_ = 0x1001;
   uint32_t nextFolder_ = 0x8042;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/dialect/dialect.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 
@@ -163,6 +164,9 @@ class Lifter {
     } while (symbol(','));
     // What else stands in the list, a number's point or a sum, is no matter for here.
     if (!symbol(')') || keys.size() <= kMostLiftedNumbers) return;
+    // The engine makes an index of them for each statement: in order that takes a fifth of the
+    // time.
+    std::sort(keys.begin(), keys.end());
     position_ = position;
     Token token;
     token.kind = Token::Kind::kKeys;

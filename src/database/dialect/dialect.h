@@ -20,7 +20,7 @@
 //   condition  = AND, OR, NOT over: = <> < > <= >= between values, [NOT] LIKE, [NOT] IN (values or
 //                a select), [NOT] BETWEEN value AND value, IS [NOT] NULL
 //   value      = literal, name, table.name, + -, & (texts side by side, Null as nothing),
-//                Count Sum Max, Format or Format$ (a date, a pattern), InStr(text, part), Len,
+//                Count Sum Min Max, Format or Format$ (a date, a pattern), InStr(text, part), Len,
 //                DateValue (a date's day, at midnight), Date()
 //   literal    = 'text' or "text" with the quotation mark doubled inside,
 //                #mm/dd/yyyy [hh:mm[:ss]]#, a number without an exponent, NULL

@@ -19,8 +19,9 @@ struct FunctionRule {
   size_t arguments;
   bool aggregate;
 };
-constexpr std::array<FunctionRule, 8> kFunctions = {{{"count", 1, true},
+constexpr std::array<FunctionRule, 9> kFunctions = {{{"count", 1, true},
                                                      {"sum", 1, true},
+                                                     {"min", 1, true},
                                                      {"max", 1, true},
                                                      {"format", 2, false},
                                                      {"format$", 2, false},

@@ -215,16 +215,27 @@ std::string_view Table::RowAt(size_t row) {
   return std::string_view(rowBlock_).substr(offset, rowSize_);
 }
 
+std::optional<Field> Table::CellOf(std::string_view row, const Column& column) const {
+  auto bits = static_cast<unsigned char>(row[bitsOffset_ + column.bit / 8]);
+  if ((bits & (0x80 >> (column.bit % 8))) == 0) return std::nullopt;
+  size_t wanted = IsEightBytes(column.type) ? 8 : InlineSize(column.type);
+  if (wanted == 0) wanted = 4;
+  if (column.size < wanted) return std::nullopt;
+  return Field{column.number, column.type, row.substr(column.offset, wanted)};
+}
+
 void Table::ForEachCell(size_t row, const std::function<void(const Field&)>& visit) {
   std::string_view bytes = RowAt(row);
   for (const Column& column : columns_) {
-    auto bits = static_cast<unsigned char>(bytes[bitsOffset_ + column.bit / 8]);
-    if ((bits & (0x80 >> (column.bit % 8))) == 0) continue;
-    size_t wanted = IsEightBytes(column.type) ? 8 : InlineSize(column.type);
-    if (wanted == 0) wanted = 4;
-    if (column.size < wanted) continue;
-    visit({column.number, column.type, bytes.substr(column.offset, wanted)});
+    if (auto cell = CellOf(bytes, column)) visit(*cell);
   }
+}
+
+std::optional<Field> Table::FindCell(size_t row, uint16_t number) {
+  for (const Column& column : columns_) {
+    if (column.number == number) return CellOf(RowAt(row), column);
+  }
+  return std::nullopt;
 }
 
 }  // namespace tarnwick::outlook::reader

@@ -82,6 +82,8 @@ class Table {
   const std::vector<uint32_t>& RowIds() const { return rowIds_; }
   // The cells that the row has; the views last as long as visit runs.
   void ForEachCell(size_t row, const std::function<void(const Field& field)>& visit);
+  // The row's cell of that number, valid until the next row is asked for.
+  std::optional<Field> FindCell(size_t row, uint16_t number);
 
  private:
   struct Column {
@@ -92,6 +94,7 @@ class Table {
     size_t bit = 0;
   };
   std::string_view RowAt(size_t row);
+  std::optional<Field> CellOf(std::string_view row, const Column& column) const;
 
   Heap heap_;
   std::vector<Column> columns_;

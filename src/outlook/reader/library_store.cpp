@@ -72,24 +72,35 @@ void SendProperties(const char* what, libpff_item_t* item, const std::vector<Pro
   if (set) SendSet(set.get(), wanted, answer);
 }
 
-// The nodes that a table's rows name.
-std::vector<uint32_t> NodesOf(libpff_item_t* table) {
+// The nodes that a table's rows name, and those of them whose class is another than mail.
+struct Listing {
   std::vector<uint32_t> nodes;
+  std::vector<uint32_t> otherItems;
+};
+
+Listing ListOf(libpff_item_t* table) {
+  Listing listing;
   int rows = 0;
-  if (libpff_item_get_number_of_record_sets(table, &rows, nullptr) != 1) return nodes;
+  if (libpff_item_get_number_of_record_sets(table, &rows, nullptr) != 1) return listing;
   for (int row = 0; row < rows; ++row) {
     uint32_t node = 0;
+    bool isOther = false;
     auto set = Get<RecordSetHandle>("contents", libpff_item_get_record_set_by_index, table, row);
     if (set) {
-      ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t) {
-        if (number != kRowNode) return;
+      ForEachEntry(set.get(), [&](libpff_record_entry_t* entry, uint32_t number, uint32_t type) {
+        if (number != kRowNode && number != static_cast<uint32_t>(Prop::kMessageClass)) return;
         auto bytes = ValueOf(entry);
-        if (bytes && bytes->size() >= 4) node = TakeNumber(*bytes, 0);
+        if (number != kRowNode) {
+          isOther = bytes && !bytes->empty() && !IsMailClass(*bytes, type);
+        } else if (bytes && bytes->size() >= 4) {
+          node = TakeNumber(*bytes, 0);
+        }
       });
     }
-    nodes.push_back(node);
+    listing.nodes.push_back(node);
+    if (isOther) listing.otherItems.push_back(node);
   }
-  return nodes;
+  return listing;
 }
 
 std::vector<uint32_t> SubFolders(libpff_item_t* folder) {
@@ -146,7 +157,7 @@ void SendBytes(libpff_item_t* attachment, Answer& answer) {
 
 }  // namespace
 
-LibraryStore::LibraryStore(const std::string& path) {
+LibraryStore::LibraryStore(const std::string& path, bool isDamaged) : isDamaged_(isDamaged) {
   libpff_file_t* raw = nullptr;
   if (libpff_file_initialize(&raw, nullptr) != 1) throw ReadError("store");
   file_.reset(raw);
@@ -183,7 +194,14 @@ void LibraryStore::DescribeFolder(uint32_t node, Answer& answer) {
   libpff_item_t* raw = nullptr;
   int result = libpff_folder_get_sub_messages(folder, &raw, nullptr);
   ItemHandle table(raw);
-  answer.Nodes(frame::kItems, result == 1 && table ? NodesOf(table.get()) : MessagesByTree(folder));
+  Listing items;
+  if (result == 1 && table) {
+    items = ListOf(table.get());
+  } else {
+    items.nodes = MessagesByTree(folder);
+  }
+  answer.Nodes(frame::kItems, items.nodes);
+  answer.Nodes(frame::kOtherItems, items.otherItems);
 }
 
 libpff_item_t* LibraryStore::OpenItem(const ItemPlace& place) {
@@ -224,6 +242,7 @@ void LibraryStore::DescribeItem(const ItemPlace& place, bool withAttachments, An
 
 void LibraryStore::DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer) {
   SendProperties("item", message, kMessageProperties, answer);
+  if (isDamaged_) answer.Frame(frame::kLost, "the store's index");
   libpff_item_t* raw = nullptr;
   if (libpff_message_get_recipients(message, &raw, nullptr) == 1 && raw != nullptr) {
     ItemHandle recipients(raw);

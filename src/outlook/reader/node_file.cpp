@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
+#include "outlook/reader/checksum.h"
 #include "outlook/reader/cipher.h"
 #include "outlook/reader/store_file.h"
 
@@ -38,12 +40,20 @@ struct Layout {
   size_t blockEntry;
   size_t trailer;
   size_t trailerId;
+  size_t trailerChecksum;
 };
-constexpr Layout kUnicodeLayout = {224, 240, 513, 488, 32, 24, 16, 8};
-constexpr Layout kAnsiLayout = {188, 196, 461, 496, 16, 12, 12, 4};
+// The roots are given by the number of their page, with its place behind.
+constexpr Layout kUnicodeLayout = {216, 232, 513, 488, 32, 24, 16, 8, 4};
+constexpr Layout kAnsiLayout = {184, 192, 461, 496, 16, 12, 12, 4, 8};
 
 const Layout& LayoutOf(bool isUnicode) {
   return isUnicode ? kUnicodeLayout : kAnsiLayout;
+}
+
+// What a block's trailer says, made of where it lies and which it is.
+uint64_t SignatureOf(const NodeFile::Block& block) {
+  uint64_t mixed = (block.offset ^ block.id) & 0xFFFFFFFF;
+  return (mixed >> 16 ^ mixed) & 0xFFFF;
 }
 
 }  // namespace
@@ -59,24 +69,31 @@ uint64_t NumberAt(std::string_view bytes, size_t offset, size_t count) {
 
 NodeFile::NodeFile(const std::string& path) : pages_(kPages), pieces_(kPieces) {
   file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file_ < 0) throw ReadError("store");
+  if (file_ < 0) {
+    throw ReadError(errno == EACCES || errno == EPERM ? "it may not be read" : "store");
+  }
   try {
     struct stat info {};
     if (fstat(file_, &info) != 0 || info.st_size < 0) throw ReadError("store");
     size_ = static_cast<uint64_t>(info.st_size);
+    if (size_ < kHeaderSize) throw ReadError("it is no Outlook store");
     std::string header = ReadAt(0, kHeaderSize);
-    if (header.compare(0, 4, "!BDN") != 0) throw ReadError("store");
+    if (header.compare(0, 4, "!BDN") != 0) throw ReadError("it is no Outlook store");
     uint64_t version = NumberAt(header, 10, 2);
     isUnicode_ = version == 21 || version == 23;
-    if (!isUnicode_ && version != 14 && version != 15) throw ReadError("store");
+    if (!isUnicode_ && version != 14 && version != 15) throw OtherVariant("variant");
     idSize_ = isUnicode_ ? 8 : 4;
     const Layout& layout = LayoutOf(isUnicode_);
-    nodeRoot_ = NumberAt(header, layout.nodeRoot, idSize_);
-    blockRoot_ = NumberAt(header, layout.blockRoot, idSize_);
+    nodeRoot_ = PageRefIn(header, layout.nodeRoot);
+    blockRoot_ = PageRefIn(header, layout.blockRoot);
     cipher_ = static_cast<uint8_t>(header[layout.cipher]);
-    if (!IsKnownCipher(cipher_)) throw ReadError("store");
-    ReadPage(nodeRoot_, kNodePages, -1);
-    ReadPage(blockRoot_, kBlockPages, -1);
+    if (!IsKnownCipher(cipher_)) throw OtherVariant("cipher");
+    try {
+      ReadPage(nodeRoot_, kNodePages, -1);
+      ReadPage(blockRoot_, kBlockPages, -1);
+    } catch (const ReadError&) {
+      throw ReadError("its index is damaged");
+    }
   } catch (...) {
     close(file_);
     throw;
@@ -116,38 +133,51 @@ std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
   return bytes;
 }
 
+NodeFile::PageRef NodeFile::PageRefIn(std::string_view bytes, size_t offset) const {
+  return {NumberAt(bytes, offset, idSize_), NumberAt(bytes, offset + idSize_, idSize_)};
+}
+
+// Fills all of page but its offset. REQUIRES: page.type is set.
+void NodeFile::TakePage(Page& page, std::string bytes) const {
+  const Layout& layout = LayoutOf(isUnicode_);
+  size_t trailer = kPageSize - layout.trailer;
+  bool isOfType =
+      static_cast<uint8_t>(bytes[trailer]) == page.type && bytes[trailer] == bytes[trailer + 1];
+  bool isWhole = Checksum(std::string_view(bytes).substr(0, trailer)) ==
+                 NumberAt(bytes, trailer + layout.trailerChecksum, 4);
+  if (!isOfType && !isWhole) throw ReadError("page");
+  page.isSound = isOfType && isWhole;
+  page.id = NumberAt(bytes, trailer + layout.trailerId, idSize_);
+  page.count = NumberAt(bytes, layout.pageInfo, 1);
+  page.entrySize = NumberAt(bytes, layout.pageInfo + 2, 1);
+  page.level = static_cast<int>(NumberAt(bytes, layout.pageInfo + 3, 1));
+  size_t least = 3 * idSize_;
+  if (page.level == 0) least = page.type == kNodePages ? layout.nodeEntry : layout.blockEntry;
+  if (page.level > kMaxLevel || page.entrySize < least ||
+      page.count * page.entrySize > layout.pageInfo) {
+    throw ReadError("page");
+  }
+  bytes.resize(page.count * page.entrySize);
+  page.entries = std::move(bytes);
+}
+
 // level: the one that the page above asks for, -1 for a root.
-const NodeFile::Page& NodeFile::ReadPage(uint64_t offset, uint8_t type, int level) {
-  Page& page = pages_[(offset / kPageSize) % kPages];
-  if (page.offset != offset || page.type != type) {
+const NodeFile::Page& NodeFile::ReadPage(const PageRef& ref, uint8_t type, int level) {
+  Page& page = pages_[(ref.offset / kPageSize) % kPages];
+  if (page.offset != ref.offset || page.type != type) {
     page.offset = UINT64_MAX;
-    const Layout& layout = LayoutOf(isUnicode_);
-    std::string bytes = ReadAt(offset, kPageSize);
-    size_t trailer = kPageSize - layout.trailer;
-    if (static_cast<uint8_t>(bytes[trailer]) != type || bytes[trailer] != bytes[trailer + 1]) {
-      throw ReadError("page");
-    }
-    page.count = NumberAt(bytes, layout.pageInfo, 1);
-    page.entrySize = NumberAt(bytes, layout.pageInfo + 2, 1);
-    page.level = static_cast<int>(NumberAt(bytes, layout.pageInfo + 3, 1));
-    size_t least = 3 * idSize_;
-    if (page.level == 0) least = type == kNodePages ? layout.nodeEntry : layout.blockEntry;
-    if (page.level > kMaxLevel || page.entrySize < least ||
-        page.count * page.entrySize > layout.pageInfo) {
-      throw ReadError("page");
-    }
-    bytes.resize(page.count * page.entrySize);
-    page.entries = std::move(bytes);
     page.type = type;
-    page.offset = offset;
+    TakePage(page, ReadAt(ref.offset, kPageSize));
+    page.offset = ref.offset;
   }
   if (level >= 0 && page.level != level) throw ReadError("page");
   return page;
 }
 
-// The entry of the lowest level with that key; "" when there is none.
-std::string_view NodeFile::FindEntry(uint64_t root, uint8_t type, uint64_t key) {
+// Damage above the lowest level may hide an entry, but gives no wrong one.
+NodeFile::Entry NodeFile::FindEntry(const PageRef& root, uint8_t type, uint64_t key) {
   const Page* page = &ReadPage(root, type, -1);
+  uint64_t id = root.id;
   // Block numbers bear a mark that is not theirs; of node numbers only 32 bits count.
   uint64_t mask = type == kBlockPages ? ~uint64_t{1} : 0xFFFFFFFF;
   while (true) {
@@ -163,8 +193,13 @@ std::string_view NodeFile::FindEntry(uint64_t root, uint8_t type, uint64_t key) 
     }
     if (low == 0) return {};
     auto entry = std::string_view(page->entries).substr((low - 1) * page->entrySize);
-    if (page->level == 0) return (NumberAt(entry, 0, idSize_) & mask) == key ? entry : "";
-    page = &ReadPage(NumberAt(entry, 2 * idSize_, idSize_), type, page->level - 1);
+    if (page->level == 0) {
+      if ((NumberAt(entry, 0, idSize_) & mask) != key) return {};
+      return {entry, page->isSound && page->id == id};
+    }
+    PageRef below = PageRefIn(entry, idSize_);
+    id = below.id;
+    page = &ReadPage(below, type, page->level - 1);
   }
 }
 
@@ -174,9 +209,12 @@ NodeFile::Node NodeFile::NodeOf(std::string_view entry) const {
 }
 
 std::optional<NodeFile::Node> NodeFile::FindNode(uint32_t number) {
-  std::string_view entry = FindEntry(nodeRoot_, kNodePages, number);
-  if (entry.empty()) return std::nullopt;
-  return NodeOf(entry);
+  Entry entry = FindEntry(nodeRoot_, kNodePages, number);
+  if (entry.bytes.empty()) return std::nullopt;
+  Node node = NodeOf(entry.bytes);
+  node.isSound = entry.isSound;
+  isDamaged_ = isDamaged_ || !entry.isSound;
+  return node;
 }
 
 void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& visit) {
@@ -184,11 +222,11 @@ void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& vis
   VisitPages(nodeRoot_, -1, left, visit);
 }
 
-void NodeFile::VisitPages(uint64_t offset, int level, uint64_t& left,
+void NodeFile::VisitPages(const PageRef& ref, int level, uint64_t& left,
                           const std::function<void(uint32_t, const Node&)>& visit) {
   if (left == 0) return;
   --left;
-  Page page = ReadPage(offset, kNodePages, level);
+  Page page = ReadPage(ref, kNodePages, level);
   for (size_t i = 0; i < page.count; ++i) {
     auto entry = std::string_view(page.entries).substr(i * page.entrySize);
     if (page.level == 0) {
@@ -196,15 +234,19 @@ void NodeFile::VisitPages(uint64_t offset, int level, uint64_t& left,
       continue;
     }
     try {
-      VisitPages(NumberAt(entry, 2 * idSize_, idSize_), page.level - 1, left, visit);
+      VisitPages(PageRefIn(entry, idSize_), page.level - 1, left, visit);
     } catch (const ReadError&) {
       // What lies below is lost, the rest is not.
     }
   }
 }
 
+bool NodeFile::TakeDamage() {
+  return std::exchange(isDamaged_, false);
+}
+
 NodeFile::Block NodeFile::FindBlock(uint64_t id) {
-  std::string_view entry = FindEntry(blockRoot_, kBlockPages, id & ~uint64_t{1});
+  std::string_view entry = FindEntry(blockRoot_, kBlockPages, id & ~uint64_t{1}).bytes;
   if (entry.empty()) throw ReadError("block");
   Block block{NumberAt(entry, 0, idSize_), NumberAt(entry, idSize_, idSize_),
               NumberAt(entry, 2 * idSize_, 2)};
@@ -212,15 +254,21 @@ NodeFile::Block NodeFile::FindBlock(uint64_t id) {
   return block;
 }
 
-// Behind a block's bytes, at the end of its 64-byte units, stands its own number: one that is not
-// there has been overwritten by another.
+// Behind a block's bytes, at the end of its 64-byte units, stand their number, their checksum, a
+// signature of its place and its own number. A block that bears neither its number nor its
+// signature has been overwritten by another.
 std::string NodeFile::ReadRaw(const Block& block) {
   const Layout& layout = LayoutOf(isUnicode_);
   size_t whole = (block.size + layout.trailer + kBlockUnit - 1) / kBlockUnit * kBlockUnit;
   std::string bytes = ReadAt(block.offset, whole);
-  uint64_t id = NumberAt(bytes, whole - layout.trailer + layout.trailerId, idSize_);
-  if (((id ^ block.id) & ~uint64_t{1}) != 0) throw ReadError("block");
+  size_t trailer = whole - layout.trailer;
+  size_t size = NumberAt(bytes, trailer, 2);
+  uint64_t checksum = NumberAt(bytes, trailer + layout.trailerChecksum, 4);
+  uint64_t id = NumberAt(bytes, trailer + layout.trailerId, idSize_);
+  bool isOther = ((id ^ block.id) & ~uint64_t{1}) != 0;
+  if (isOther && NumberAt(bytes, trailer + 2, 2) != SignatureOf(block)) throw ReadError("block");
   bytes.resize(block.size);
+  if (size != block.size || Checksum(bytes) != checksum) isDamaged_ = true;
   return bytes;
 }
 

@@ -8,6 +8,9 @@
 // Nothing in the file is trusted: every place, size and count is checked against the file before it
 // is followed, trees must lose a level with each step, and no list is longer than the file has
 // bytes for. ReadError is thrown for what can't be read; everything else stays usable.
+//
+// Pages and blocks bear a checksum. One whose checksum does not match is still read, since most of
+// it is what was written, but TakeDamage tells of it.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +32,7 @@ class NodeFile {
     uint64_t data = 0;
     uint64_t sub = 0;
     uint32_t parent = 0;
+    bool isSound = true;  // its entry lies in a page that is as it was written
   };
   struct SubNode {
     uint32_t number = 0;
@@ -41,7 +45,7 @@ class NodeFile {
     size_t size = 0;
   };
 
-  // Throws ReadError for a file that is no store, or of a variant not read here.
+  // Throws ReadError for a file that is no store, OtherVariant for one of a variant not read here.
   explicit NodeFile(const std::string& path);
   ~NodeFile();
   NodeFile(const NodeFile&) = delete;
@@ -61,9 +65,19 @@ class NodeFile {
   // Sorted by number.
   std::vector<SubNode> SubNodesOf(uint64_t sub);
 
+  // Whether anything read since the last call is not as it was written.
+  bool TakeDamage();
+
  private:
+  // What leads to a page: its number and its place.
+  struct PageRef {
+    uint64_t id = 0;
+    uint64_t offset = 0;
+  };
   struct Page {
     uint64_t offset = UINT64_MAX;
+    uint64_t id = 0;
+    bool isSound = false;
     uint8_t type = 0;
     int level = 0;
     size_t count = 0;
@@ -75,11 +89,19 @@ class NodeFile {
     std::string bytes;
   };
 
+  // An entry of the lowest level of a tree; empty when there is none with the key.
+  struct Entry {
+    std::string_view bytes;
+    bool isSound = true;
+  };
+
   std::string ReadAt(uint64_t offset, size_t count);
-  const Page& ReadPage(uint64_t offset, uint8_t type, int level);
-  std::string_view FindEntry(uint64_t root, uint8_t type, uint64_t key);
-  void VisitPages(uint64_t offset, int level, uint64_t& left,
+  const Page& ReadPage(const PageRef& ref, uint8_t type, int level);
+  void TakePage(Page& page, std::string bytes) const;
+  Entry FindEntry(const PageRef& root, uint8_t type, uint64_t key);
+  void VisitPages(const PageRef& ref, int level, uint64_t& left,
                   const std::function<void(uint32_t, const Node&)>& visit);
+  PageRef PageRefIn(std::string_view bytes, size_t offset) const;
   Node NodeOf(std::string_view entry) const;
   Block FindBlock(uint64_t id);
   std::string ReadRaw(const Block& block);
@@ -95,8 +117,9 @@ class NodeFile {
   bool isUnicode_ = true;
   size_t idSize_ = 8;
   uint8_t cipher_ = 0;
-  uint64_t nodeRoot_ = 0;
-  uint64_t blockRoot_ = 0;
+  bool isDamaged_ = false;  // since the last TakeDamage
+  PageRef nodeRoot_;
+  PageRef blockRoot_;
   std::vector<Page> pages_;
   std::vector<Piece> pieces_;
 };

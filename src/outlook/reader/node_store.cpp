@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 
 #include "outlook/mapi.h"
 #include "outlook/pst_protocol.h"
@@ -23,6 +24,9 @@ constexpr uint32_t kMessageKind = 0x04;
 constexpr uint32_t kAttachmentKind = 0x05;
 constexpr uint32_t kFoldersTable = 0x0D;   // a folder's list of the folders in it,
 constexpr uint32_t kContentsTable = 0x0E;  // and of its items
+
+constexpr uint32_t kNoNode = 0;
+constexpr size_t kLeastItem = 64;  // bytes of a file that an item takes
 
 constexpr uint16_t kObject = 0x000D;  // a value that is a node of its own
 constexpr uint64_t kMaxValue = 256u << 20;
@@ -83,22 +87,89 @@ std::string ShortValue(Heap& heap, const Field& field) {
 
 NodeStore::NodeStore(const std::string& path) : file_(path) {
   auto root = file_.FindNode(kRootNode);
-  if (!root || !file_.FindNode(kStoreNode)) throw ReadError("store");
+  if (!root || !file_.FindNode(kStoreNode)) throw ReadError("its index is damaged");
 }
 
 void NodeStore::DescribeStore(Answer& answer) {
   // Where the store does not say which folder is its top, everything below the root is shown.
   answer.Nodes(frame::kFolders, {kRootNode});
+  file_.TakeDamage();
   auto node = file_.FindNode(kStoreNode);
   if (!node) throw ReadError("store");
   Heap properties(file_, node->data, node->sub, kPropertiesHeap);
   SendProperties(properties, kStoreProperties, answer);
+  TellDamage(answer);
 }
 
-std::vector<uint32_t> NodeStore::RowsOf(uint32_t tableNode) {
-  auto node = file_.FindNode(tableNode);
-  if (!node) throw ReadError("table");
-  return Table(file_, node->data, node->sub).RowIds();
+// Not as it was written is what can't be told in parts.
+void NodeStore::TellDamage(Answer& answer) {
+  if (file_.TakeDamage()) answer.Frame(frame::kLost, "a checksum does not match");
+}
+
+NodeStore::Listing NodeStore::ReadListing(uint32_t tableNode) {
+  Listing listing;
+  file_.TakeDamage();
+  try {
+    auto node = file_.FindNode(tableNode);
+    if (!node) return listing;
+    Table table(file_, node->data, node->sub);
+    listing.rows = table.RowIds();
+    for (size_t row = 0; row < listing.rows.size(); ++row) {
+      auto cell = table.FindCell(row, static_cast<uint16_t>(Prop::kMessageClass));
+      if (!cell) continue;
+      std::string itsClass = ShortValue(table.Values(), *cell);
+      if (!itsClass.empty() && !IsMailClass(itsClass, cell->type)) {
+        listing.otherItems.push_back(listing.rows[row]);
+      }
+    }
+    listing.isWhole = !file_.TakeDamage();
+  } catch (const ReadError&) {
+    // It is left for the nodes.
+  }
+  return listing;
+}
+
+// False also for a node that is not there.
+bool NodeStore::IsBelow(uint32_t node, uint32_t folder, uint32_t kind) {
+  if ((node & kKindMask) != kind) return false;
+  try {
+    auto found = file_.FindNode(node);
+    return found && found->parent == folder;
+  } catch (const ReadError&) {
+    return false;
+  }
+}
+
+// count: how many the folder says it has. A table that is damaged, or that the nodes contradict, is
+// left for the nodes; beside them stay those rows of a sound one whose node is gone or damaged, so
+// that they are not lost without a word.
+NodeStore::Listing NodeStore::ListOf(uint32_t folder, uint32_t tableKind, uint32_t kind,
+                                     std::optional<int64_t> count) {
+  Listing listing = ReadListing((folder & ~kKindMask) | tableKind);
+  // Searches stand among the folders; what they list lies elsewhere.
+  if (kind == kFolderKind) {
+    std::erase_if(listing.rows, [](uint32_t id) { return (id & kKindMask) != kFolderKind; });
+  }
+  bool agrees = !count || *count == static_cast<int64_t>(listing.rows.size());
+  agrees = agrees && std::all_of(listing.rows.begin(), listing.rows.end(),
+                                 [&](uint32_t id) { return IsBelow(id, folder, kind); });
+  if (listing.isWhole && agrees) return listing;
+  Listing nodes{Below(folder, kind), {}, listing.isWhole};
+  std::set<uint32_t> known(nodes.rows.begin(), nodes.rows.end());
+  if (listing.isWhole) {
+    for (uint32_t id : listing.rows) {
+      bool isLost = true;
+      try {
+        auto found = file_.FindNode(id);
+        isLost = !found || !found->isSound;
+      } catch (const ReadError&) {
+      }
+      if (isLost && (id & kKindMask) == kind && known.insert(id).second) nodes.rows.push_back(id);
+    }
+    nodes.otherItems = std::move(listing.otherItems);
+    std::erase_if(nodes.otherItems, [&](uint32_t id) { return known.count(id) == 0; });
+  }
+  return nodes;
 }
 
 // The nodes of a kind whose parent is the folder.
@@ -120,32 +191,37 @@ std::vector<uint32_t> NodeStore::Below(uint32_t folder, uint32_t kind) {
   return nodes;
 }
 
+// A folder whose own node is gone still has what lies below it.
 void NodeStore::DescribeFolder(uint32_t node, Answer& answer) {
-  auto found = file_.FindNode(node);
-  if (!found || (node & kKindMask) != kFolderKind) throw ReadError("folder");
+  file_.TakeDamage();
+  if ((node & kKindMask) != kFolderKind) throw ReadError("folder");
+  std::optional<int64_t> count;
+  bool hasName = false;
   try {
+    auto found = file_.FindNode(node);
+    if (!found) throw ReadError("folder");
     Heap properties(file_, found->data, found->sub, kPropertiesHeap);
     SendProperties(properties, kFolderProperties, answer);
+    auto field = FindProperty(properties, Prop::kContentCount);
+    if (field && field->type == PropType::kInt32) {
+      count = static_cast<int64_t>(NumberAt(field->value, 0, 4));
+    }
+    hasName = true;
   } catch (const ReadError&) {
-    // A folder without a name still has its items.
+    if (Below(node, kFolderKind).empty() && Below(node, kMessageKind).empty()) throw;
   }
-  uint32_t base = node & ~kKindMask;
-  std::vector<uint32_t> folders;
-  try {
-    folders = RowsOf(base | kFoldersTable);
-  } catch (const ReadError&) {
-    folders = Below(node, kFolderKind);
+  bool isSound = !file_.TakeDamage() && hasName;
+  if (!isSound) answer.Frame(frame::kLost, "its name");
+  answer.Nodes(frame::kFolders, ListOf(node, kFoldersTable, kFolderKind, std::nullopt).rows);
+  Listing items = ListOf(node, kContentsTable, kMessageKind, count);
+  // What the folder says it has and nothing leads to any more.
+  if (isSound && count && !items.isWhole) {
+    auto most = static_cast<int64_t>(file_.Size() / kLeastItem);
+    auto listed = static_cast<int64_t>(items.rows.size());
+    for (int64_t i = listed; i < std::min(*count, most); ++i) items.rows.push_back(kNoNode);
   }
-  // Searches stand among the folders; what they list lies elsewhere.
-  std::erase_if(folders, [](uint32_t id) { return (id & kKindMask) != kFolderKind; });
-  answer.Nodes(frame::kFolders, folders);
-  std::vector<uint32_t> items;
-  try {
-    items = RowsOf(base | kContentsTable);
-  } catch (const ReadError&) {
-    items = Below(node, kMessageKind);
-  }
-  answer.Nodes(frame::kItems, items);
+  answer.Nodes(frame::kItems, items.rows);
+  answer.Nodes(frame::kOtherItems, items.otherItems);
 }
 
 NodeStore::Message NodeStore::OpenMessage(uint64_t data, uint64_t sub) {
@@ -170,6 +246,7 @@ NodeStore::Message NodeStore::OpenMessage(uint64_t data, uint64_t sub) {
   return message;
 }
 
+// An item that stays open does not tell its damage again.
 NodeStore::Message& NodeStore::OpenItem(uint32_t node) {
   if (item_.properties && itemNode_ == node) return item_;
   embedded_ = {};
@@ -211,12 +288,15 @@ NodeStore::Message& NodeStore::OpenEmbedded(uint32_t node, const AttachmentPath&
 }
 
 void NodeStore::DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) {
+  file_.TakeDamage();
+  item_ = {};
   Message& item = OpenItem(place.node);
-  auto messageClass = FindProperty(*item.properties, Prop::kMessageClass);
-  if (!messageClass) return;
-  std::string bytes = ShortValue(*item.properties, *messageClass);
-  answer.Property(messageClass->number, messageClass->type, bytes);
-  if (IsMailClass(bytes, messageClass->type)) DescribeMessage(item, withAttachments, answer);
+  if (auto messageClass = FindProperty(*item.properties, Prop::kMessageClass)) {
+    std::string bytes = ShortValue(*item.properties, *messageClass);
+    answer.Property(messageClass->number, messageClass->type, bytes);
+    if (IsMailClass(bytes, messageClass->type)) DescribeMessage(item, withAttachments, answer);
+  }
+  TellDamage(answer);
 }
 
 void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& answer) {
@@ -253,13 +333,18 @@ void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& 
 
 void NodeStore::DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
                                  Answer& answer) {
+  file_.TakeDamage();
+  embedded_ = {};
   DescribeMessage(OpenEmbedded(place.node, path), false, answer);
+  TellDamage(answer);
 }
 
 void NodeStore::SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) {
   if (path.empty()) throw ReadError("attachment");
+  file_.TakeDamage();
   Message& message = OpenEmbedded(place.node, {path.begin(), path.end() - 1});
   SendBytes(*OpenAttachment(message, path.back()), answer);
+  TellDamage(answer);
 }
 
 void NodeStore::SendBytes(Heap& attachment, Answer& answer) {

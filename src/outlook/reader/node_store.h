@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,8 +43,18 @@ class NodeStore : public StoreFile {
   std::unique_ptr<Heap> OpenAttachment(Message& message, uint32_t number);
   void DescribeMessage(Message& message, bool withAttachments, Answer& answer);
   void SendBytes(Heap& attachment, Answer& answer);
-  std::vector<uint32_t> RowsOf(uint32_t tableNode);
+  // What a folder's table lists.
+  struct Listing {
+    std::vector<uint32_t> rows;
+    std::vector<uint32_t> otherItems;  // of the rows, those that are no mail
+    bool isWhole = false;              // the table is as it was written
+  };
+
+  Listing ReadListing(uint32_t tableNode);
+  Listing ListOf(uint32_t folder, uint32_t tableKind, uint32_t kind, std::optional<int64_t> count);
+  bool IsBelow(uint32_t node, uint32_t folder, uint32_t kind);
   std::vector<uint32_t> Below(uint32_t folder, uint32_t kind);
+  void TellDamage(Answer& answer);
 
   NodeFile file_;
   Message item_;

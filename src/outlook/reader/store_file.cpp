@@ -68,10 +68,20 @@ bool IsMailClass(std::string_view bytes, uint32_t type) {
 }
 
 std::unique_ptr<StoreFile> OpenStore(const std::string& path) {
+  bool isDamaged = true;
+  std::string why;
   try {
     return std::make_unique<NodeStore>(path);
+  } catch (const OtherVariant&) {
+    isDamaged = false;
+    why = "it was made by a newer Outlook than this program knows, or its beginning is damaged";
+  } catch (const ReadError& error) {
+    why = error.what();
+  }
+  try {
+    return std::make_unique<LibraryStore>(path, isDamaged);
   } catch (const ReadError&) {
-    return std::make_unique<LibraryStore>(path);
+    throw ReadError(why);
   }
 }
 

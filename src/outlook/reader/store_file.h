@@ -19,6 +19,10 @@ namespace tarnwick::outlook::reader {
 struct ReadError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+// The file is not damaged, but of a variant that is read in another way or not at all.
+struct OtherVariant : ReadError {
+  using ReadError::ReadError;
+};
 
 // Where an item lies, as a request names it.
 struct ItemPlace {

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "outlook/reader/checksum.h"
+
+#include <array>
+#include <cstddef>
+
+namespace tarnwick::outlook::reader {
+
+namespace {
+
+// Every byte of a store passes here, so eight bytes are taken at a step: table n tells what a byte
+// comes to with n bytes behind it.
+constexpr size_t kStep = 8;
+using Tables = std::array<std::array<uint32_t, 256>, kStep>;
+
+constexpr Tables MakeTables() {
+  Tables tables{};
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    uint32_t rest = byte;
+    for (int bit = 0; bit < 8; ++bit) rest = (rest & 1) != 0 ? rest >> 1 ^ 0xEDB88320 : rest >> 1;
+    tables[0][byte] = rest;
+  }
+  for (size_t n = 1; n < kStep; ++n) {
+    for (size_t byte = 0; byte < 256; ++byte) {
+      uint32_t before = tables[n - 1][byte];
+      tables[n][byte] = before >> 8 ^ tables[0][before & 0xFF];
+    }
+  }
+  return tables;
+}
+constexpr Tables kTables = MakeTables();
+
+}  // namespace
+
+uint32_t Checksum(std::string_view bytes) {
+  uint32_t sum = 0;
+  auto byteAt = [&](size_t i) {
+    return static_cast<uint32_t>(static_cast<unsigned char>(bytes[i]));
+  };
+  auto wordAt = [&](size_t i) {
+    return byteAt(i) | byteAt(i + 1) << 8 | byteAt(i + 2) << 16 | byteAt(i + 3) << 24;
+  };
+  for (; bytes.size() >= kStep; bytes.remove_prefix(kStep)) {
+    uint32_t first = sum ^ wordAt(0);
+    uint32_t second = wordAt(4);
+    sum = kTables[7][first & 0xFF] ^ kTables[6][first >> 8 & 0xFF] ^
+          kTables[5][first >> 16 & 0xFF] ^ kTables[4][first >> 24] ^ kTables[3][second & 0xFF] ^
+          kTables[2][second >> 8 & 0xFF] ^ kTables[1][second >> 16 & 0xFF] ^
+          kTables[0][second >> 24];
+  }
+  for (size_t i = 0; i < bytes.size(); ++i) sum = sum >> 8 ^ kTables[0][(sum ^ byteAt(i)) & 0xFF];
+  return sum;
+}
+
+}  // namespace tarnwick::outlook::reader
