@@ -46,7 +46,8 @@ QString Shown(const std::string& text) {
 // The subject as it is. A folded one is in one line again, and "[*]", by which a window marks what
 // is not saved yet, is written as the toolkit wants it for itself.
 QString Caption(const std::string& subject) {
-  QString caption = QString::fromStdString(subject).remove(u'\r').remove(u'\n');
+  QString caption = QString::fromStdString(subject);
+  caption.remove(u'\r').replace("\n\t", " ").replace("\n ", " ");
   for (QChar& c : caption) {
     if (c.category() == QChar::Other_Control) c = u' ';
   }

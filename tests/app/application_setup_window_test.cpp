@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTextEdit>
 #include <QTimer>
 #include <QToolTip>
@@ -94,18 +95,22 @@ class Everywhere : public testing::ProgramFixture {
   }
 
   void CheckEveryWidget() {
-    for (QWidget* widget : QApplication::allWidgets()) {
+    // A tip that is shown ends the one before.
+    QList<QPointer<QWidget>> widgets;
+    for (QWidget* widget : QApplication::allWidgets()) widgets << widget;
+    for (const QPointer<QWidget>& widget : widgets) {
+      if (widget == nullptr) continue;
       std::string name =
           std::string(widget->metaObject()->className()) + widget->objectName().toStdString();
       CheckTip(widget->toolTip(), name);
       for (QAction* action : widget->actions()) CheckTip(action->toolTip(), name);
-      if (auto* label = qobject_cast<QLabel*>(widget)) {
+      if (auto* label = qobject_cast<QLabel*>(widget.data())) {
         if (IsMarked(label->text())) ++marked_;
         bool isOwn = label->textFormat() == Qt::RichText && !IsMarked(label->text());
         EXPECT_TRUE(isOwn || label->textFormat() == Qt::PlainText) << name;
-      } else if (auto* view = qobject_cast<QAbstractItemView*>(widget)) {
+      } else if (auto* view = qobject_cast<QAbstractItemView*>(widget.data())) {
         CheckItems(*view);
-      } else if (auto* text = qobject_cast<QTextEdit*>(widget)) {
+      } else if (auto* text = qobject_cast<QTextEdit*>(widget.data())) {
         EXPECT_FALSE(IsMarked(text->toPlainText())) << name;
       }
     }

@@ -37,6 +37,7 @@ TEST_F(EmailList, AFirstStartListsEverythingThereIs) {
 TEST_F(EmailList, TheFilterComesBackAsItWasLeft) {
   ListFilter filter = EveryMessage();
   filter.DateFrom = DateTime::FromDate(2001, 5, 6);
+  filter.DateFromGrows = filter.DateToGrows = false;
   filter.Active = true;
   filter.FromTo = "O'Neill";
   filter.Subject = "100% \u20AC";

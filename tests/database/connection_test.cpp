@@ -412,7 +412,7 @@ TEST_F(OtherFile, IsLetGoAfterAnError) {
   EXPECT_EQ(ErrorOf([&] { Run(insert); }), 19) << "the same keys again";
   EXPECT_EQ(ErrorOf([&] { Column("SELECT None FROM MeContact IN " + Quoted(path2_)); }), 1);
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN 'nowhere.twb'"); }), 14);
-  EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(path_)); }), 5);
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(path_)); }), 75);
   std::string foreign = MakeFile("foreign.twr", "another");
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(foreign)); }), 26);
   EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
