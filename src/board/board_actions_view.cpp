@@ -74,6 +74,12 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
        tr("Opens the people in the messages and their addresses")},
       {options, "mnuOptions", tr("&Options"), QKeySequence::Preferences, "configure",
        tr("Chooses the mailers that are loaded, and the old Windows profile")},
+      {lastLoad,
+       "mnLastLoad",
+       tr("Last &Load Account"),
+       {},
+       nullptr,
+       tr("Opens the list of what the last loads left out, with the reasons")},
       {markAllNotHot,
        "mnMarkAllNotHot",
        tr("Mark all &not hot"),
@@ -140,7 +146,7 @@ void BoardActionsView::SetBusy(bool busy) {
         merge,          loadTextFile,     contacts,       options,        markAllNotHot,
         moveHtml,       helpTopics,       about,          showAll,        showEmail,
         showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy,
-        saveMessages,   attachments,      check}) {
+        saveMessages,   attachments,      check,          lastLoad}) {
     action->setEnabled(!busy);
   }
   stop->setEnabled(busy);

@@ -29,6 +29,7 @@ class BoardActionsView : public QObject {
   QAction* timeline = nullptr;  // checked: shown
   QAction* contacts = nullptr;
   QAction* options = nullptr;
+  QAction* lastLoad = nullptr;
   QAction* markAllNotHot = nullptr;
   QAction* moveHtml = nullptr;
   QAction* helpTopics = nullptr;

@@ -2,8 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/load_command.h"
 
+#include <algorithm>
+#include <memory>
+
+#include "board/load_log.h"
 #include "core/guard.h"
 #include "core/messages.h"
+#include "intake/source.h"
+#include "intake/stored_units.h"
 #include "maintenance/unfinished_restore.h"
 #include "oe/import.h"
 #include "outlook/import.h"
@@ -20,20 +26,22 @@ namespace {
 
 using core::State;
 
-constexpr const char* kOutlookExpress = "OutlookExpress";
-constexpr const char* kOutlook = "MSOutlook";
+using Sources = std::vector<std::unique_ptr<intake::Source>>;
 
-// Which mailers a load reads.
-struct Mailers {
-  bool outlookExpress = false;
-  bool outlook = false;
-};
+// All there are, in the order in which they are read.
+Sources EverySource() {
+  Sources sources;
+  sources.push_back(oe::MakeSource());
+  sources.push_back(outlook::MakeSource());
+  return sources;
+}
 
 // A load's flags and silenced boxes, for as long as it lasts.
 class LoadScope {
  public:
   explicit LoadScope(SenderPolicy senders) {
     core::BeginLoadState();
+    State().EndTellsOfFullDisk = true;
     if (senders == SenderPolicy::kAcceptAll) {
       State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
     }
@@ -58,7 +66,10 @@ bool EnsureProfile() {
   auto folder = State().Ui->ChooseFolder(
       "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with *.dbx or *.pst "
       "files");
-  if (!folder || folder->empty()) return false;
+  if (!folder || folder->empty()) {
+    core::ShowMessage("No folder was chosen: nothing is loaded.");
+    return false;
+  }
   bool hasRegistry = platform::DetectProfile(*folder) != platform::ProfileKind::kNone;
   if (!hasRegistry && !HasOutlookStores(*folder)) {
     core::ShowMessage("There is no NTUSER.DAT, user.reg, *.dbx or *.pst file in " + *folder);
@@ -68,58 +79,28 @@ bool EnsureProfile() {
   return true;
 }
 
-// Asks whether a mailer is to be read at a first load; a no is kept as the option.
-bool AskForMailer(const std::string& name, const char* option, bool& flag) {
-  if (core::AskYesNo("Would you like to load email from " + name + " to Repository?")) return true;
-  repository::SetOption(option, false);
-  flag = false;
+// Asks whether a mailer is to be read at a first load, and keeps a no as the option.
+bool AskForMailer(intake::Source& source) {
+  if (core::AskYesNo("Would you like to load email from " + source.Name() + " to Repository?")) {
+    return true;
+  }
+  repository::SetOption(source.Option(), false);
+  source.OptionFlag() = false;
   return false;
 }
 
-// Whether Outlook Express is to be read, asking where it has to.
-bool WantsOutlookExpress(const LoadOptions& options) {
-  if (options.everyMailer) return true;
-  if (!State().RepositoryIsEmpty) return State().UseOutlookExpress;
-  return AskForMailer("Outlook Express", kOutlookExpress, State().UseOutlookExpress);
-}
-
-// Whether Outlook is to be read. REQUIRES: the profile is known. A first load asks only where the
-// profile holds a store of Outlook's.
-bool WantsOutlook(const LoadOptions& options) {
-  bool hasStores = outlook::olInitialize();
-  if (options.everyMailer) return hasStores;
-  if (!State().RepositoryIsEmpty) return State().UseMSOutlook;
-  return hasStores && AskForMailer("Outlook", kOutlook, State().UseMSOutlook);
-}
-
-// Reads a mailer with its messages committed in groups; true when it could be read.
-template <typename Body>
-bool ReadInGroups(Body read) {
-  jet::CommitGroup group(repository::RepositoryDb());
-  int64_t lostBefore = repository::RepositoryDb().LostUnits();
-  if (!read()) return false;
-  group.End();
-  // What the engine had to take back (a full disk) was counted as stored and is not.
-  int64_t lost = repository::RepositoryDb().LostUnits() - lostBefore;
-  core::LoadCounts& counts = State().Counts;
-  lost = lost < counts.stored ? lost : counts.stored;
-  counts.stored -= lost;
-  counts.unreadable += lost;
-  return true;
-}
-
-bool ReadOutlookExpress() {
-  return ReadInGroups([] {
-    if (!oe::oeInitialize()) return false;
-    if (State().RepositoryIsEmpty) oe::CollectMeAddresses();
-    oe::ImportOutlookExpress();
-    return true;
+// Leaves those that are to be read. REQUIRES: the profile is known.
+void Choose(Sources& sources, const LoadOptions& options) {
+  bool asks = State().RepositoryIsEmpty && !options.everyMailer;
+  std::erase_if(sources, [&](const std::unique_ptr<intake::Source>& source) {
+    if (!options.everyMailer && !asks && !source->OptionFlag()) return true;
+    return !source->IsThere() || (asks && !AskForMailer(*source));
   });
 }
 
-// A first load takes every store, as "Load from all folders" does.
-bool ReadOutlook() {
-  return ReadInGroups([] { return outlook::olImportOutlook(State().RepositoryIsEmpty); });
+bool AnyIsChosen(const Sources& sources) {
+  return std::any_of(sources.begin(), sources.end(),
+                     [](const auto& source) { return source->OptionFlag(); });
 }
 
 // A disk that was pulled out meanwhile: what its missing files hold was neither found nor counted.
@@ -133,35 +114,108 @@ bool ProfileStands() {
   });
 }
 
-// Reads them in turn; true when each could be read. Neither keeps the other from being read.
-bool ReadMailers(const Mailers& mailers) {
+// Has every source announce what it holds, then reads them; true when each could be read. None
+// keeps another from being read.
+bool ReadEach(const Sources& sources, bool whole) {
   bool done = true;
-  if (mailers.outlookExpress) done = ReadOutlookExpress();
-  bool stopped = State().ImportCancelFlag || State().StopFlag;
-  if (mailers.outlook && !stopped) done = ReadOutlook() && done;
-  return ProfileStands() && done;
+  std::vector<intake::Source*> announced;
+  for (const auto& source : sources) {
+    bool isThere = source->Announce(whole);
+    if (isThere) announced.push_back(source.get());
+    done = done && isThere;
+  }
+  for (intake::Source* source : announced) {
+    if (core::IsLoadStopped()) break;
+    done = source->Read(whole) && done;
+  }
+  return done;
 }
 
-void KeepMailer(const char* option, bool& flag) {
-  repository::SetOption(option, true);
-  flag = true;
+// The same with the messages committed in groups and accounted for; false also where the load could
+// not go on.
+bool ReadSources(const Sources& sources) {
+  // A repository without a message is read into as at a first load, whatever was asked.
+  bool whole = State().RepositoryIsEmpty || repository::HasNoEmail();
+  intake::LoadAccount& account = intake::Account();
+  account.Open();
+  bool done = core::Guarded("LoadFromMailer", false, [&] {
+    jet::CommitGroup group(repository::RepositoryDb());
+    bool isRead = ReadEach(sources, whole);
+    group.End();
+    return isRead;
+  });
+  account.Close();
+  return ProfileStands() && done && !account.HasLost() && !State().DiskIsFull;
 }
 
+void KeepOptions(const Sources& sources) {
+  for (const auto& source : sources) {
+    repository::SetOption(source->Option(), true);
+    source->OptionFlag() = true;
+  }
+}
+
+// However the load ended, and whatever was answered.
+void ClearFullLoad() {
+  State().RepositoryIsEmpty = State().FullLoadAsked = false;
+}
+
+// The account of the load: at the end of the log, in front of the accounts of the last loads.
 void Summarise(const LoadResult& result) {
   std::string summary = CountsSummary(result.counts);
-  core::WriteLog((result.stopped ? "Load stopped: " : "Load: ") + summary);
+  std::string text = result.stopped       ? "Load stopped: "
+                     : State().DiskIsFull ? "Load ended by a full disk: "
+                     : result.failed      ? "Load failed: "
+                                          : "Load: ";
+  text += summary + "\r\nFrom = " + repository::GetProfileFolder();
+  std::string reasons = intake::Account().Text();
+  if (!reasons.empty()) text += "\r\n" + reasons;
+  core::WriteLog(text);
+  KeepInLoadLog(text);
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), summary);
 }
 
-}  // namespace
-
-std::string CountsSummary(const core::LoadCounts& counts) {
-  return "found " + std::to_string(counts.found) + ", stored " + std::to_string(counts.stored) +
-         ", already stored " + std::to_string(counts.alreadyStored) + ", refused " +
-         std::to_string(counts.refused) + ", ignored " + std::to_string(counts.ignored) +
-         ", unreadable " + std::to_string(counts.unreadable) + ", not reached " +
-         std::to_string(counts.notReached);
+// What the person has to be told at the end.
+void TellEnd() {
+  if (State().DiskIsFull) {
+    core::ShowMessage(core::kDiskIsFull);
+  } else if (!State().NewMessageFlag) {
+    core::ShowMessage("There isn't new message.");
+  }
 }
+
+void RunLoad(Sources& sources, const LoadOptions& options, LoadResult& result) {
+  bool first = State().RepositoryIsEmpty;
+  LoadScope scope(options.senders);
+  ReserveLoadLog();
+  result.ran = true;
+  result.failed = !ReadSources(sources);
+  result.stopped = State().ImportCancelFlag || State().StopFlag;
+  result.counts = State().Counts;
+  core::GuardedRun("LoadFromMailer", [&] {
+    if (first && !options.everyMailer) KeepOptions(sources);
+    if (!result.failed) repository::SetLastLoaded(platform::Now());
+  });
+  Summarise(result);
+}
+
+// One message file, within a load's scope.
+intake::Outcome TakeFile(const std::string& path) {
+  using intake::Outcome;
+  intake::SetLastOutcome(Outcome::kUnreadable);
+  core::GuardedRun("mnLoadTextFile", [&] {
+    if (!platform::FileExists(path)) {
+      throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
+    }
+    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "");
+  });
+  if (intake::LastOutcome() == Outcome::kAlreadyStored) {
+    core::ShowMessage("This email is in the repository.");
+  }
+  return intake::LastOutcome();
+}
+
+}  // namespace
 
 void StopLoad() {
   State().ImportCancelFlag = true;
@@ -172,63 +226,70 @@ LoadResult LoadFromMailer(const LoadOptions& options) {
   core::GuardedRun("LoadFromMailer", [&] {
     result.failed = maintenance::RefuseUnfinished();
     if (result.failed) return;
-    if (options.full) State().RepositoryIsEmpty = true;
-    bool first = State().RepositoryIsEmpty;
-    if (!first && !options.everyMailer && !State().UseOutlookExpress && !State().UseMSOutlook) {
+    if (options.full) State().RepositoryIsEmpty = State().FullLoadAsked = true;
+    Sources sources = EverySource();
+    if (!State().RepositoryIsEmpty && !options.everyMailer && !AnyIsChosen(sources)) {
       core::ShowMessage("There isn't selected a mailer. Please, use menu bar\r\nTools!Options");
       return;
     }
-    Mailers mailers;
-    mailers.outlookExpress = WantsOutlookExpress(options);
-    bool mayReadOutlook = options.everyMailer || State().UseMSOutlook || (first && ProfileKnown());
-    if (!mailers.outlookExpress && !mayReadOutlook) return;
-    if (!EnsureProfile()) {
-      result.failed = true;
-      return;
+    result.failed = true;  // until the sources have been read
+    if (!EnsureProfile()) return;
+    State().NewMessageFlag = State().DiskIsFull = false;
+    Choose(sources, options);
+    if (sources.empty()) {
+      result.failed = false;
+    } else {
+      RunLoad(sources, options, result);
     }
-    mailers.outlook = WantsOutlook(options);
-    // A folder of Outlook's stores alone has nothing for Outlook Express.
-    if (mailers.outlook && !oe::ProfileKnown()) mailers.outlookExpress = false;
-    if (!mailers.outlookExpress && !mailers.outlook) return;
-    {
-      LoadScope scope(options.senders);
-      result.failed = true;  // until the mailers have been read
-      result.ran = true;
-      result.failed = !ReadMailers(mailers);
-      result.stopped = State().ImportCancelFlag || State().StopFlag;
-      result.counts = State().Counts;
-    }
-    if (first && !options.everyMailer) {
-      if (mailers.outlookExpress) KeepMailer(kOutlookExpress, State().UseOutlookExpress);
-      if (mailers.outlook) KeepMailer(kOutlook, State().UseMSOutlook);
-    }
-    if (!result.failed) repository::SetLastLoaded(platform::Now());
-    State().RepositoryIsEmpty = repository::HasNoEmail();
-    if (!State().NewMessageFlag && !result.failed) core::ShowMessage("There isn't new message.");
-    Summarise(result);
+    ClearFullLoad();
+    TellEnd();
   });
   return result;
 }
 
-intake::Outcome TakeTextFile(const std::string& path) {
-  intake::SetLastOutcome(intake::Outcome::kUnreadable);
-  core::GuardedRun("mnLoadTextFile", [&] {
-    if (maintenance::RefuseUnfinished()) return;
-    // Asked for by name, the file is wanted whoever wrote it.
-    LoadScope scope(SenderPolicy::kAcceptAll);
-    if (!platform::FileExists(path)) {
-      throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
-    }
-    intake::SourceDescriptor source{"Text File", "", "Text"};
-    // A full load that the options asked for stays asked for.
-    bool wasEmpty = repository::HasNoEmail();
-    intake::dbxParseMessage(path, source, "", "");
-    if (wasEmpty) State().RepositoryIsEmpty = repository::HasNoEmail();
-  });
-  if (intake::LastOutcome() == intake::Outcome::kAlreadyStored) {
-    core::ShowMessage("This email is in the repository.");
+TakeResult TakeTextFiles(const std::vector<std::string>& paths) {
+  TakeResult result;
+  if (maintenance::RefuseUnfinished()) {
+    result.notReached = static_cast<int64_t>(paths.size());
+    result.notTaken = paths;
+    return result;
   }
-  return intake::LastOutcome();
+  // Asked for by name, a file is wanted whoever wrote it.
+  LoadScope scope(SenderPolicy::kAcceptAll);
+  std::vector<bool> taken(paths.size());
+  intake::StoredUnits units;
+  core::GuardedRun("mnLoadTextFile", [&] {
+    jet::CommitGroup group(repository::RepositoryDb());
+    for (size_t i = 0; i < paths.size() && !State().DiskIsFull; ++i) {
+      intake::Outcome outcome = TakeFile(paths[i]);
+      taken[i] = outcome == intake::Outcome::kStored || outcome == intake::Outcome::kAlreadyStored;
+      if (outcome == intake::Outcome::kStored) {
+        ++result.stored;
+        units.EndStored(static_cast<int64_t>(i));
+        continue;
+      }
+      if (taken[i]) {
+        ++result.alreadyStored;
+      } else if (!State().DiskIsFull) {
+        ++result.unreadable;
+      }
+      units.EndOther();
+    }
+    group.End();
+  });
+  for (int64_t i : units.TakeLost()) {
+    taken[static_cast<size_t>(i)] = false;
+    --result.stored;
+  }
+  result.notReached =
+      static_cast<int64_t>(paths.size()) - result.stored - result.alreadyStored - result.unreadable;
+  for (size_t i = 0; i < paths.size(); ++i) {
+    if (!taken[i]) result.notTaken.push_back(paths[i]);
+  }
+  // A full load that the options asked for stays asked for.
+  repository::NoteWhetherEmpty();
+  if (State().DiskIsFull) core::ShowMessage(core::kDiskIsFull);
+  return result;
 }
 
 }  // namespace tarnwick::board

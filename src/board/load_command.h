@@ -6,9 +6,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "core/run_state.h"
-#include "intake/header_parser.h"
+#include "intake/load_account.h"
 
 namespace tarnwick::board {
 
@@ -25,26 +26,33 @@ struct LoadOptions {
 };
 
 struct LoadResult {
-  bool ran = false;     // a mailer was read, however far
-  bool failed = false;  // a mailer could not be read; the reason has been shown
+  bool ran = false;     // the sources were asked, however far it came
+  bool failed = false;  // a source could not be read, or the load could not go on; it was shown why
   bool stopped = false;
   core::LoadCounts counts;
 };
 
-// One load run: asks before each mailer of a first load, finds the profile (or has it chosen),
-// reads the mailers, and leaves the summary in the log and the status bar. The list is the caller's
-// to bind anew.
+// One load run: finds the profile (or has it chosen), asks before each mailer of a first load that
+// the profile holds, reads them, and leaves the account in the log, in the accounts of the last
+// loads (load_log.h) and, in one line, in the status bar, however it ended. The list is the
+// caller's to bind anew.
 LoadResult LoadFromMailer(const LoadOptions& options);
 
 // The stop command: the run ends at the next message.
 void StopLoad();
 
-// "found N, stored N, already stored N, refused N, ignored N, unreadable N, not reached N"; scripts
-// read it.
-std::string CountsSummary(const core::LoadCounts& counts);
+using intake::CountsSummary;
 
-// Takes one message file in, whoever sent it: the person chose it. Shows "This email is in the
-// repository." when it is there already.
-intake::Outcome TakeTextFile(const std::string& path);
+struct TakeResult {
+  int64_t stored = 0;
+  int64_t alreadyStored = 0;
+  int64_t unreadable = 0;
+  int64_t notReached = 0;             // a full disk ended it before, or took them back
+  std::vector<std::string> notTaken;  // the files that are not in the repository
+};
+
+// Takes message files in, whoever sent them: the person chose them. Shows "This email is in the
+// repository." for one that is there already.
+TakeResult TakeTextFiles(const std::vector<std::string>& paths);
 
 }  // namespace tarnwick::board

@@ -13,6 +13,7 @@
 
 #include "board/help_topics.h"
 #include "board/layout_store.h"
+#include "board/load_log.h"
 #include "board/message_commands.h"
 #include "board/message_viewer.h"
 #include "board/profile_summary.h"
@@ -70,6 +71,7 @@ void MainBoard::BuildMenus() {
   QMenu* tools = menuBar()->addMenu(tr("&Tools"));
   tools->setObjectName("mnuTools");
   tools->addActions({actions_->contacts, actions_->options});
+  tools->addAction(actions_->lastLoad);
   tools->addSeparator();
   tools->addActions({actions_->markAllNotHot, actions_->moveHtml});
   QMenu* help = menuBar()->addMenu(tr("&Help"));
@@ -149,6 +151,7 @@ void MainBoard::Connect() {
   on(actions_->moveHtml, &MainBoard::MoveHtml);
   on(actions_->contacts, &MainBoard::OpenContacts);
   on(actions_->options, &MainBoard::OpenOptions);
+  on(actions_->lastLoad, &MainBoard::ShowLastLoad);
   on(actions_->helpTopics, &MainBoard::OpenHelp);
   on(actions_->about, &MainBoard::ShowAbout);
   on(actions_->stop, &MainBoard::Stop);
@@ -164,7 +167,7 @@ void MainBoard::Connect() {
   };
   takeout_ = new TakeoutView(*actions_, *grid_, whileStoppable, this);
   auto listAnew = [this] {
-    State().RepositoryIsEmpty = repository::HasNoEmail();
+    repository::NoteWhetherEmpty();
     FillChoices();
     ShowRefresh(*this);
   };
@@ -461,8 +464,7 @@ void MainBoard::ChooseTextFile() {
 void MainBoard::LoadTextFile(const QString& path) {
   Run([&] {
     status_->SetPanel(core::StatusPanel::kProgress, {});
-    intake::Outcome outcome = TakeTextFile(path.toStdString());
-    if (outcome != intake::Outcome::kStored) return;
+    if (TakeTextFiles({path.toStdString()}).stored == 0) return;
     ListFilter& filter = Board().Filter;
     strip_->ReadFilter(filter);
     if (auto latest = State().LatestReceivedTime) {
@@ -551,6 +553,10 @@ void MainBoard::OpenContacts() {
 
 void MainBoard::OpenOptions() {
   options::frmOptions(ReadProfile, this).exec();
+}
+
+void MainBoard::ShowLastLoad() {
+  Run([] { ShowLoadLog(); });
 }
 
 void MainBoard::OpenHelp() {

@@ -81,6 +81,7 @@ class MainBoard : public QMainWindow, public ListForm {
   void MoveHtml();
   void OpenContacts();
   void OpenOptions();
+  void ShowLastLoad();
   void OpenHelp();
   void ShowAbout();
   void Stop();

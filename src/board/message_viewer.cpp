@@ -10,6 +10,7 @@
 #include "core/run_state.h"
 #include "core/steps.h"
 #include "database/recordset.h"
+#include "intake/stored_units.h"
 #include "platform/files.h"
 #include "platform/html.h"
 #include "repository/repository.h"
@@ -53,12 +54,16 @@ Moved MoveInEveryRow() {
   emails.Open("SELECT * From Email", RepositoryDb(), jet::CursorType::kKeyset,
               jet::LockType::kOptimistic);
   moved.total = emails.RecordCount();
-  int64_t lostBefore = RepositoryDb().LostUnits();
   core::Steps steps(moved.total);
+  intake::StoredUnits units;
   jet::CommitGroup group(RepositoryDb());
   for (; !emails.Eof(); emails.MoveNext()) {
-    if (MoveInRow(emails)) ++moved.changed;
-    RepositoryDb().EndUnit();
+    if (MoveInRow(emails)) {
+      ++moved.changed;
+      units.EndStored(0);
+    } else {
+      units.EndOther();
+    }
     if (!steps.Next()) {
       moved.stopped = true;
       break;
@@ -67,8 +72,7 @@ Moved MoveInEveryRow() {
   moved.seen = steps.Done();
   group.End();
   // What a full disk made the engine take back was not moved.
-  int64_t lost = RepositoryDb().LostUnits() - lostBefore;
-  moved.changed = std::max<int64_t>(moved.changed - lost, 0);
+  moved.changed -= static_cast<int64_t>(units.TakeLost().size());
   return moved;
 }
 

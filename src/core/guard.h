@@ -22,8 +22,11 @@ enum class Report {
   kLog,   // log only
 };
 
-// Reports the exception being handled. REQUIRES: called from a catch block.
-void ReportCurrentException(std::string_view routine, Report report);
+// Reports the exception being handled; detail is added to the entry. A full disk is told once, at
+// the end, by what runs (run_state.h). REQUIRES: called from a catch block.
+void ReportCurrentException(std::string_view routine, Report report, std::string_view detail = {});
+// No room on the disk, whoever says so: the system or the engine.
+bool IsDiskFull(const Error& error);
 // The same exception as an Error (anything that is none becomes ErrorNumber::kUnexpected).
 Error CurrentError();
 

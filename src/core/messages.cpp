@@ -137,12 +137,24 @@ Error CurrentError() {
   }
 }
 
-void ReportCurrentException(std::string_view routine, Report report) {
+bool IsDiskFull(const Error& error) {
+  constexpr int kEngineFull = 13;  // also the number of what is no date or number
+  constexpr std::string_view kEngineText = "database or disk is full";
+  return error.Number() == ErrorNumber::kDiskFull ||
+         (error.Number() == kEngineFull && error.Description().starts_with(kEngineText));
+}
+
+void ReportCurrentException(std::string_view routine, Report report, std::string_view detail) {
   Error error = CurrentError();
+  RunState& state = State();
+  if (state.LoadIsRunning && IsDiskFull(error)) {
+    state.DiskIsFull = true;
+    if (state.EndTellsOfFullDisk) report = Report::kLog;
+  }
   std::string number = std::to_string(error.Number());
   std::string name(routine);
-  ShowError(number + " " + OneLogLine(error.Description()) + " " + name, report == Report::kLog,
-            number + " " + name);
+  ShowError(number + " " + OneLogLine(error.Description()) + " " + name + std::string(detail),
+            report == Report::kLog, number + " " + name);
 }
 
 }  // namespace tarnwick::core

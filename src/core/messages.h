@@ -21,6 +21,11 @@ inline constexpr const char* kAccessAdvice =
     "    2. Select 10 minutes (to the right of box Allow access for)\r\n"
     "    3. Click YES";
 
+// For the last box of what a full disk has ended.
+inline constexpr const char* kDiskIsFull =
+    "The disk is full. What was taken in until then is kept. Make room and do it again: it goes on "
+    "with what is missing.";
+
 // Information icon, OK, title "Tarnwick".
 void ShowMessage(const std::string& text);
 

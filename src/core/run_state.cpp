@@ -24,6 +24,8 @@ void BeginLoadState() {
   state.LatestReceivedTime.reset();
   state.Counts = LoadCounts();
   state.RepeatedBoxes.clear();
+  state.DiskIsFull = false;
+  state.EndTellsOfFullDisk = false;
   state.LoadIsRunning = true;
 }
 
@@ -35,6 +37,12 @@ void EndLoadState() {
   state.StopFlag = false;
   state.RunWideAnswer = SenderAnswer::kCancel;
   state.RefuseUnknownSenders = false;
+  state.EndTellsOfFullDisk = false;
+}
+
+bool IsLoadStopped() {
+  const RunState& state = State();
+  return state.StopFlag || state.ImportCancelFlag || state.DiskIsFull;
 }
 
 }  // namespace tarnwick::core

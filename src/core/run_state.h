@@ -44,7 +44,8 @@ struct RunState {
   int32_t LocalZoneHours = 0;  // never negative, see startup.h
   std::array<std::string, 12> LocalMonthNames;
   std::string UserName;
-  bool RepositoryIsEmpty = true;  // set by the options window to ask for a full load
+  bool RepositoryIsEmpty = true;  // also while FullLoadAsked
+  bool FullLoadAsked = false;     // by the options window, until the next load
   bool UseOutlookExpress = false;
   bool UseMSOutlook = false;
   bool ShowEmailText = false;
@@ -66,7 +67,9 @@ struct RunState {
     bool silenced = false;
   };
   bool LoadIsRunning = false;
-  int64_t ReportedErrors = 0;  // in this run of the program, shown or only logged
+  bool DiskIsFull = false;          // met in this load; nothing more is tried
+  bool EndTellsOfFullDisk = false;  // what runs tells of it in its last box: none before
+  int64_t ReportedErrors = 0;       // in this run of the program, shown or only logged
   std::string LastReportedError;
   std::map<std::string, RepeatedBox> RepeatedBoxes;
 
@@ -79,5 +82,8 @@ void ResetState();  // keeps Ui
 // Clears what belongs to one load: flags, counts, answers, silenced boxes.
 void BeginLoadState();
 void EndLoadState();
+
+// True once nothing more is to be read: the stop command, the ask dialog's Cancel, a full disk.
+bool IsLoadStopped();
 
 }  // namespace tarnwick::core

@@ -10,6 +10,7 @@
 #include "database/new_file.h"
 #include "platform/clock.h"
 #include "platform/error.h"
+#include "platform/file_lock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 
@@ -117,7 +118,10 @@ void PrepareRun(const std::string& appFolder) {
   state.TempMessageFile = state.EmailFileFolder + "oeTempMessage.msg";
   state.LocalZoneHours = ZoneHours(platform::ZoneBiasMinutes().value_or(0));
   try {
-    platform::RemoveFile(state.LogFile);
+    // A program that runs already goes on writing its own.
+    if (!platform::IsOpenElsewhere(state.AppFolder + kParameterFile)) {
+      platform::RemoveFile(state.LogFile);
+    }
   } catch (const Error&) {
     // The log goes on behind the old one.
   }

@@ -21,8 +21,9 @@ std::string ChooseAppFolder(const std::string& programFolder);
 void SeedAppFolder(const std::string& appFolder, const std::string& programFolder);
 
 // Fixes the folders under appFolder (created as needed, failures ignored), resets the counters,
-// computes LocalZoneHours, removes the old log, fills the month names and the user's name, and logs
-// the start. REQUIRES: State().Ui is set.
+// computes LocalZoneHours, removes the old log (unless it is that of a program that runs on the
+// same folder), fills the month names and the user's name, and logs the start. REQUIRES: State().Ui
+// is set.
 void PrepareRun(const std::string& appFolder);
 
 // |bias| / 60 to the nearest whole hour, halves to even.

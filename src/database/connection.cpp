@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/connection.h"
 
+#include <algorithm>
+
 #include "database/connection_impl.h"
 #include "platform/utf8.h"
 
@@ -80,8 +82,17 @@ bool Connection::InGroup() const {
   return impl_->session.InGroup();
 }
 
-int64_t Connection::LostUnits() const {
-  return impl_->session.LostUnits();
+int64_t Connection::Batch() const {
+  return impl_->session.Batch();
+}
+
+bool Connection::IsTakenBack(int64_t batch) const {
+  const std::vector<int64_t>& batches = impl_->session.TakenBack();
+  return std::binary_search(batches.begin(), batches.end(), batch);
+}
+
+int64_t Connection::BatchesTakenBack() const {
+  return static_cast<int64_t>(impl_->session.TakenBack().size());
 }
 
 void Connection::TakeBackGroup(const Error& reason) {

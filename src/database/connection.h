@@ -12,8 +12,9 @@
 // Commits. Each statement is committed by itself, flushed to disk (synchronous=FULL), until
 // BeginGroup. Between BeginGroup and EndGroup writes are collected into commits of at most 250
 // milliseconds, and a commit falls only where EndUnit or FlushGroup was called: what a unit wrote
-// is on disk whole or not at all after a crash. Where the engine itself has to roll a group back
-// (disk full), LostUnits counts the finished units that went with it.
+// is on disk whole or not at all after a crash. What is collected for one commit is a batch. Where
+// the engine itself has to take a batch back (disk full), every unit in it is gone, and what the
+// unfinished unit still writes is refused.
 //
 // Other files. One that a statement reads (IN 'file' behind FROM) is opened for reading, and
 // neither it nor its folder is changed; where its indexes are of another text order they stay so,
@@ -74,9 +75,12 @@ class Connection {
   void FlushGroup();  // commits what is collected; the group goes on
   void EndGroup();
   bool InGroup() const;
-  int64_t LostUnits() const;  // since the connection was opened
-  // Rolls back what is collected, as the engine does on a full disk: finished units count as lost,
-  // and what the present unit still writes is refused with the reason.
+  // The number of the batch that is being collected; 0 while there is none.
+  int64_t Batch() const;
+  bool IsTakenBack(int64_t batch) const;
+  int64_t BatchesTakenBack() const;  // since the connection was opened
+  // Rolls back what is collected, as the engine does on a full disk; what the present unit still
+  // writes is refused with the reason.
   void TakeBackGroup(const Error& reason);
 
   // While on, what is written goes straight into the file, with a rollback journal beside it, and

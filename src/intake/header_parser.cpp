@@ -24,6 +24,7 @@ namespace {
 
 struct IntakeState {
   Outcome lastOutcome = Outcome::kNone;
+  std::string lastReason;
 };
 
 IntakeState& State() {
@@ -126,6 +127,15 @@ Outcome LastOutcome() {
 
 void SetLastOutcome(Outcome outcome) {
   State().lastOutcome = outcome;
+  State().lastReason.clear();
+}
+
+const std::string& LastReason() {
+  return State().lastReason;
+}
+
+void SetLastReason(std::string reason) {
+  State().lastReason = std::move(reason);
 }
 
 HeaderCode ClassifyHeader(std::string& line) {

@@ -32,6 +32,10 @@ enum class Outcome {
 };
 Outcome LastOutcome();
 void SetLastOutcome(Outcome outcome);
+// Why, in words for the account of a load; "" where the outcome says it all. Setting an outcome
+// clears it.
+const std::string& LastReason();
+void SetLastReason(std::string reason);
 
 // True when the message was handed to the storing step; false when it was skipped as already
 // stored, was no message, or failed (LastOutcome tells). entryKey: the caller's unique key, or "".

@@ -30,6 +30,10 @@ bool IsIgnoredKey(const std::string& storedKey) {
   return HasRows("SELECT ID FROM IgnoredEmail WHERE MessageID='" + QuoteSql(storedKey) + "'");
 }
 
+std::string SenderOf(const MailMessage& message) {
+  return message.FromName + "  <" + message.FromAddress + ">";
+}
+
 // A message that an error left by half is not there yet.
 const char* ExceptUnfinished() {
   return repository::Repository().MayHoldUnfinished
@@ -40,11 +44,17 @@ const char* ExceptUnfinished() {
 SenderAnswer Ask(const MailMessage& message) {
   core::AskedEmail email;
   email.subject = message.Subject;
-  email.from = message.FromName + "  <" + message.FromAddress + ">";
+  email.from = SenderOf(message);
   email.date = platform::FormatDate(message.SentTime, "General Date");
   email.body = message.Body;
   RepositoryDb().FlushGroup();
   return core::State().Ui->AskAboutEmail(email);
+}
+
+bool Refuse(const MailMessage& message) {
+  SetLastOutcome(Outcome::kRefused);
+  SetLastReason("its sender is rejected: " + core::LoggedMailText(SenderOf(message)));
+  return false;
 }
 
 bool ActOnAnswer(SenderAnswer answer, const MailMessage& message) {
@@ -58,8 +68,7 @@ bool ActOnAnswer(SenderAnswer answer, const MailMessage& message) {
       return false;
     case SenderAnswer::kReject:
       SetAddresseeReject(message.FromName, message.FromAddress);
-      SetLastOutcome(Outcome::kRefused);
-      return false;
+      return Refuse(message);
     case SenderAnswer::kCancel:
       break;
   }
@@ -133,9 +142,13 @@ bool IsMessageAccepted(const MailMessage& message) {
   return core::Guarded("IsMessageAccepted", false, [&] {
     core::RunState& state = core::State();
     if (state.RunWideAnswer == SenderAnswer::kAcceptAll) return true;
-    if (IsSenderReject(message.FromAddress, message.FromName)) return false;
+    if (IsSenderReject(message.FromAddress, message.FromName)) return Refuse(message);
     if (IsSenderAccepted(message.FromAddress, message.FromName)) return true;
-    if (state.RefuseUnknownSenders) return false;
+    if (state.RefuseUnknownSenders) {
+      SetLastReason("its sender is not among the contacts: " +
+                    core::LoggedMailText(SenderOf(message)));
+      return false;
+    }
     state.RunWideAnswer = SenderAnswer::kCancel;
     state.RunWideAnswer = Ask(message);
     core::YieldEvents();

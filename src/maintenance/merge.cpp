@@ -11,6 +11,7 @@
 #include "intake/header_parser.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
+#include "intake/stored_units.h"
 #include "maintenance/database_file.h"
 #include "maintenance/export_reader.h"
 #include "maintenance/restore.h"
@@ -42,6 +43,7 @@ class Merge {
       State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
     }
     State().RefuseUnknownSenders = options.senders == UnknownSenders::kRefuse;
+    State().EndTellsOfFullDisk = true;
   }
 
   ~Merge() { std::remove(scratch_.c_str()); }
@@ -52,7 +54,6 @@ class Merge {
     MergeResult merged;
     int64_t total = reader_.Count();
     run_.Begin(total);
-    int64_t lostBefore = RepositoryDb().LostUnits();
     merged.result = Result::kFailed;
     core::GuardedRun(kRoutine, [&] {
       jet::CommitGroup group(RepositoryDb());
@@ -61,7 +62,8 @@ class Merge {
       merged.result = result;
     });
     // What the engine had to take back (a full disk) was counted and is not there.
-    merged.imported -= std::min(merged.imported, RepositoryDb().LostUnits() - lostBefore);
+    merged.imported -= static_cast<int64_t>(units_.TakeLost().size());
+    merged.diskIsFull = State().DiskIsFull;
     merged.notReached = std::max<int64_t>(0, total - merged.imported - merged.ignored);
     if (merged.result == Result::kDone && merged.notReached > 0) merged.result = Result::kFailed;
     return merged;
@@ -73,15 +75,16 @@ class Merge {
       if (!run_.Look()) return Result::kStopped;
       int64_t errorsBefore = State().ReportedErrors;
       Outcome outcome = Take(*message);
-      RepositoryDb().EndUnit();
       switch (outcome) {
         case Outcome::kStored:
           ++merged.imported;
+          units_.EndStored(0);
           break;
         case Outcome::kAlreadyStored:
         case Outcome::kRefused:
         case Outcome::kIgnored:
           ++merged.ignored;
+          units_.EndOther();
           break;
         case Outcome::kStopped:
           return Result::kStopped;
@@ -120,6 +123,7 @@ class Merge {
   std::string scratch_;
   Duplicates duplicates_;
   Run run_;
+  intake::StoredUnits units_;
   ExportReader reader_;
 };
 
@@ -152,6 +156,7 @@ void ShowSummary(const MergeResult& merged) {
   text += "\r\n" + std::to_string(merged.ignored) + " email(s) is ignored.";
   text += "\r\n" + std::to_string(merged.imported) + " email(s) is imported.";
   if (!done) text += "\r\n" + std::to_string(merged.notReached) + " email(s) is not reached.";
+  if (merged.diskIsFull) text += std::string("\r\n") + core::kDiskIsFull;
   core::LogProgress(text);
   core::ShowMessage(text);
 }
@@ -167,7 +172,7 @@ MergeResult twMakeMarge(const std::string& file, const MergeOptions& options) {
     merged.result = Result::kFailed;
     core::LogProgress("Merge of " + path);
     merged = Merge(path, options).Work();
-    State().RepositoryIsEmpty = repository::HasNoEmail();
+    repository::NoteWhetherEmpty();
     ShowSummary(merged);
   });
   return merged;

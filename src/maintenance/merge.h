@@ -27,7 +27,8 @@ struct MergeResult {
   Result result = Result::kFailed;
   int64_t imported = 0;
   int64_t ignored = 0;     // duplicates left out, and what the sender rules refused
-  int64_t notReached = 0;  // behind the place where it was stopped or failed
+  int64_t notReached = 0;  // behind the place where it was stopped or failed, or taken back
+  bool diskIsFull = false;
 };
 
 // What was merged before a stop or a failure stays, and the message at the end says how much that

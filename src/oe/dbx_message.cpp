@@ -39,7 +39,7 @@ enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 
 // False, with the reason for the account.
 bool GiveUp(const std::string& reason) {
-  State().Ending = {MessageEnd::kUnreadable, reason};
+  State().Ending = {intake::Outcome::kUnreadable, reason};
   return false;
 }
 
@@ -119,7 +119,7 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
 bool GiveUpKnown(const std::string& key) {
   OeState& state = State();
   bool ignored = intake::IsMessageIgnored(key);
-  state.Ending = {ignored ? MessageEnd::kIgnored : MessageEnd::kAlreadyStored, {}};
+  state.Ending = {ignored ? intake::Outcome::kIgnored : intake::Outcome::kAlreadyStored, {}};
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
   return false;
 }
@@ -216,7 +216,6 @@ bool CopyChain(ByteReader& file, uint32_t offset) {
     offset = next;
   }
   scratch.Close();
-  state.Ending = {MessageEnd::kCopied, {}};
   return true;
 }
 
@@ -246,17 +245,14 @@ bool CopyMessage(uint32_t offset, const std::string& fileName) {
 }  // namespace
 
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
-  GiveUp("an error ended its reading");
+  State().Info = {};
   try {
     return CopyMessage(infoOffset, fileName);
   } catch (...) {
-    constexpr std::string_view kRoutine = "dbxMessageToFile";
-    Error error = core::CurrentError();
-    core::ShowError(std::to_string(error.Number()) + " " + core::OneLogLine(error.Description()) +
-                        " " + std::string(kRoutine) + " idStep = " +
-                        std::to_string(State().IdStep) + " " + std::to_string(infoOffset),
-                    false, kRoutine);
-    return false;
+    core::ReportCurrentException(
+        "dbxMessageToFile", core::Report::kShow,
+        " idStep = " + std::to_string(State().IdStep) + " " + std::to_string(infoOffset));
+    return GiveUp(core::State().LastReportedError);
   }
 }
 

@@ -9,13 +9,14 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/load_account.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/import.h"
 #include "oe/state.h"
 #include "oe/tree_node.h"
 #include "platform/files.h"
-#include "repository/repository.h"
+#include "platform/locale.h"
 
 namespace tarnwick::oe {
 
@@ -29,35 +30,40 @@ struct Walk {
 
   bool IsCounted() const { return operation == kMsgToDb; }
   void Note(const char* reason) const {
-    if (IsCounted()) State().Account.AddReason(fileName, reason);
+    if (IsCounted()) intake::Account().AddReason(fileName, reason);
   }
 };
 
-void LogUnreadable(const Walk& walk, uint32_t value) {
-  core::LogProgress("Unreadable = " + core::OneLogLine(walk.fileName) + " " +
-                    std::to_string(value) + "\r\n" + core::OneLogLine(State().Ending.reason));
+// How the person knows the message read last.
+std::string NameOfMessage(uint32_t value) {
+  const MessageInfo& info = State().Info;
+  if (info.subject.empty()) return "at " + std::to_string(value);
+  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+}
+
+void CountMessage(const Walk& walk, uint32_t value) {
+  using intake::Outcome;
+  const MessageEnding& ending = State().Ending;
+  bool isNamed = ending.outcome != Outcome::kStored && ending.outcome != Outcome::kAlreadyStored;
+  intake::LoadAccount& account = intake::Account();
+  account.Count(walk.fileName, ending.outcome, ending.reason,
+                isNamed ? NameOfMessage(value) : std::string());
+  if (core::State().Ui != nullptr) {
+    core::State().Ui->ShowProgress(account.Visited(), core::State().Counts.found);
+  }
 }
 
 // One entry's message. False when the load was stopped.
 bool TakeEntry(const Walk& walk, uint32_t value) {
-  OeState& state = State();
-  MessageEnd end = MessageEnd::kUnreadable;
   if (dbxMessageToFile(value, walk.fileName)) {
-    end = PerformOperation(walk.operation, walk.folder);
-    if (end == MessageEnd::kUnreadable) state.Ending = {end, "its text can't be taken in"};
-  } else {
-    end = state.Ending.end;
+    State().Ending = {PerformOperation(walk.operation, walk.folder), {}};
   }
-  if (end == MessageEnd::kUnreadable) LogUnreadable(walk, value);
-  if (walk.IsCounted()) {
-    state.Account.Count(walk.fileName, end);
-    repository::RepositoryDb().EndUnit();
-    if (core::State().Ui != nullptr) {
-      core::State().Ui->ShowProgress(state.Account.Visited(), core::State().Counts.found);
-    }
+  if (State().Ending.outcome == intake::Outcome::kUnreadable) {
+    core::LogProgress("Unreadable = " + core::OneLogLine(walk.fileName) + " " +
+                      std::to_string(value) + "\r\n" + core::OneLogLine(State().Ending.reason));
   }
+  if (walk.IsCounted()) CountMessage(walk, value);
   core::YieldEvents();
-  if (IsStopped()) walk.Note(reason::kStopped);
   return !IsStopped();
 }
 
@@ -159,7 +165,7 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
     if (!platform::MayRead(fileName)) {
-      if (operation == kMsgToDb) State().Account.AddReason(fileName, kMayNotBeRead);
+      if (operation == kMsgToDb) intake::Account().AddReason(fileName, kMayNotBeRead);
       return;
     }
     ReadDbxHeader(fileName);
@@ -173,7 +179,9 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
     WalkScope scope(fileName);
     TakeRoot(walk, root);
   });
-  if (!ended && operation == kMsgToDb) State().Account.AddReason(fileName, reason::kCannotRead);
+  if (operation != kMsgToDb) return;
+  if (!ended) intake::Account().AddReason(fileName, reason::kCannotRead);
+  if (!IsStopped()) intake::Account().Finish(fileName);
 }
 
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
@@ -181,7 +189,9 @@ void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_
   bool ended = core::GuardedRun("ReadTreeNode", [&] {
     TakeSecondLevel(Walk{fileName, operation, folder}, nodeOffset);
   });
-  if (!ended && operation == kMsgToDb) State().Account.AddReason(fileName, reason::kCannotRead);
+  if (!ended && operation == kMsgToDb) {
+    intake::Account().AddReason(fileName, reason::kCannotRead);
+  }
 }
 
 }  // namespace tarnwick::oe

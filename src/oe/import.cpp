@@ -9,6 +9,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "oe/state.h"
 #include "platform/files.h"
@@ -53,44 +54,53 @@ FolderRecord RecordOf(const FolderFile& list, const FolderRow& folder) {
   return {label, folder.fullName, list.userName};
 }
 
-// Says beforehand why a file's messages may stay unread; what is read drops its reason.
-void SetReasons() {
-  OeState& state = State();
-  for (size_t j = state.Identities.size(); j < state.FolderFiles.size(); ++j) {
-    for (const FolderRow& folder : state.Folders[j]) {
-      if (auto path = FindStoreFile(state.FolderFiles[j].storeFolder, folder.fileName)) {
-        state.Account.SetReason(*path, reason::kBeyondIdentities);
-      }
-    }
-  }
-  ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
-    if (auto path = FindStoreFile(list.storeFolder, folder.fileName)) {
-      state.Account.SetReason(*path, reason::kStopped);
-    }
-    return true;
-  });
-}
-
 // The files in the order of their first folder. A file that several folders name is read once: what
 // it holds is in the repository by then.
 void ReadFolders() {
-  LoadAccount& account = State().Account;
   std::set<std::string> filesRead;
   ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
-    std::string path = PathOf(list, folder);
-    bool exists = platform::FileExists(path);
     if (IsFolderToRead(folder)) {
-      if (!filesRead.insert(path).second) return true;
-      if (exists) account.SetReason(path, "");
-      ReadMessageTree(path, kMsgToDb, RecordOf(list, folder));
-    } else if (exists && filesRead.count(path) == 0) {
-      account.SetReason(path, reason::kFolderRule);
+      std::string path = PathOf(list, folder);
+      if (filesRead.insert(path).second) {
+        ReadMessageTree(path, kMsgToDb, RecordOf(list, folder));
+      }
     }
     return !IsStopped();
   });
 }
 
+// Says why the files of a folder list are not read; "" that they are.
+void SetReason(const FolderFile& list, const FolderRow& folder, const std::string& reason) {
+  auto path = FindStoreFile(list.storeFolder, folder.fileName);
+  if (path) intake::Account().SetReason(*path, reason);
+}
+
+class OutlookExpress : public intake::Source {
+ public:
+  std::string Name() const override { return kApplication; }
+  const char* Option() const override { return "OutlookExpress"; }
+  bool& OptionFlag() const override { return core::State().UseOutlookExpress; }
+  bool IsThere() override { return ProfileKnown(); }
+
+  // A discovery that ended as it is meant to is no failure; the account says how.
+  bool Announce(bool /*whole*/) override {
+    bool done = oeInitialize() || !State().End.reason.empty();
+    AnnounceMessages();
+    return done;
+  }
+
+  bool Read(bool whole) override {
+    if (whole) CollectMeAddresses();
+    ImportOutlookExpress();
+    return true;
+  }
+};
+
 }  // namespace
+
+std::unique_ptr<intake::Source> MakeSource() {
+  return std::make_unique<OutlookExpress>();
+}
 
 bool ProfileKnown() {
   return platform::DetectProfile(repository::GetProfileFolder()) != platform::ProfileKind::kNone;
@@ -126,26 +136,46 @@ void CollectMeAddresses() {
   });
 }
 
-void ImportOutlookExpress() {
-  LoadAccount& account = State().Account;
-  core::GuardedRun("ImportOutlookExpress", [&] {
-    const std::string& end = State().End.reason;
-    if (!State().CanRead && end.empty()) return;
-    State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
-    account.Open(State().MessageFiles);
-    if (!State().CanRead) {
-      for (const std::string& file : State().MessageFiles) account.SetReason(file, end);
-      return;
+void AnnounceMessages() {
+  core::GuardedRun("AnnounceMessages", [&] {
+    OeState& state = State();
+    // Two identities may have one store.
+    for (const std::string& path :
+         std::set<std::string>(state.MessageFiles.begin(), state.MessageFiles.end())) {
+      intake::Account().Announce(path, AnnouncedMessages(path));
+      intake::Account().SetReason(path, state.CanRead ? reason::kNotListed : state.End.reason);
     }
-    SetReasons();
+    if (!state.End.reason.empty()) intake::Account().Note("Outlook Express: " + state.End.reason);
+    for (const std::string& path : state.Forbidden) {
+      intake::Account().Note(path + ": " + kMayNotBeRead);
+    }
+    if (!state.CanRead) return;
+    for (size_t j = state.Identities.size(); j < state.FolderFiles.size(); ++j) {
+      for (const FolderRow& folder : state.Folders[j]) {
+        SetReason(state.FolderFiles[j], folder, reason::kBeyondIdentities);
+      }
+    }
+    // A file that two folders name is read if one of them is.
+    for (bool toRead : {false, true}) {
+      ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
+        if (IsFolderToRead(folder) == toRead) {
+          SetReason(list, folder, toRead ? "" : reason::kFolderRule);
+        }
+        return true;
+      });
+    }
+  });
+}
+
+void ImportOutlookExpress() {
+  core::GuardedRun("ImportOutlookExpress", [&] {
+    if (!State().CanRead) return;
+    State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
     ReadFolders();
   });
   core::GuardedRun("ImportOutlookExpress", [&] {
-    account.Close();
     platform::RemoveFile(core::State().TempMessageFile);
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
-    core::RunState& run = core::State();
-    if (run.Ui != nullptr) run.Ui->ShowProgress(run.Counts.found, run.Counts.found);
   });
 }
 

@@ -4,21 +4,27 @@
 // One import from Outlook Express: discovery, a first pass over sent mail that learns the user's
 // own addresses, and the main pass, which hands every message of every folder to the parser.
 //
-// The load command clears the flags and counts before a run and the cancel flag after it, and keeps
-// the commit group in which the messages are written.
+// The load command clears the flags before a run and the cancel flag after it, keeps the account of
+// the load and the commit group in which the messages are written.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "intake/header_parser.h"
+#include "intake/source.h"
+#include "oe/announced.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery.h"
-#include "oe/load_account.h"
 
 namespace tarnwick::oe {
 
 // The source label of everything taken in here.
 inline constexpr const char* kApplication = "Outlook Express";
+
+// Outlook Express as a source of a load: the routines below, in their order.
+std::unique_ptr<intake::Source> MakeSource();
 
 // False where it is not known yet whose mail to read: no profile folder is chosen, or the chosen
 // one holds no profile.
@@ -28,6 +34,10 @@ bool ProfileKnown();
 // without a box when ProfileKnown is false.
 bool oeInitialize();
 
+// Tells the account of the load what the stores hold that the discovery found, and what of it will
+// not be read, also after a discovery that ended early.
+void AnnounceMessages();
+
 void CollectMeAddresses();
 void ImportOutlookExpress();
 
@@ -35,7 +45,7 @@ void ImportOutlookExpress();
 bool IsFolderToRead(const FolderRow& folder);
 
 // Performs an operation on the message in TempMessageFile, with the key of the message read last.
-MessageEnd PerformOperation(std::string_view operation, const FolderRecord& folder);
+intake::Outcome PerformOperation(std::string_view operation, const FolderRecord& folder);
 
 // Keeps the sender of the message in TempMessageFile as one of the user's own addresses.
 void dbxFileMeAddress();

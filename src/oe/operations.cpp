@@ -47,40 +47,21 @@ FirstLines ReadFirstLines(const std::string& path) {
   return lines;
 }
 
-MessageEnd EndOf(intake::Outcome outcome) {
-  switch (outcome) {
-    case intake::Outcome::kStored:
-      return MessageEnd::kStored;
-    case intake::Outcome::kAlreadyStored:
-      return MessageEnd::kAlreadyStored;
-    case intake::Outcome::kRefused:
-      return MessageEnd::kRefused;
-    case intake::Outcome::kIgnored:
-      return MessageEnd::kIgnored;
-    case intake::Outcome::kStopped:
-      return MessageEnd::kStopped;
-    case intake::Outcome::kNone:
-    case intake::Outcome::kUnreadable:
-      break;
-  }
-  return MessageEnd::kUnreadable;
-}
-
-MessageEnd MsgToDb(const FolderRecord& folder) {
+intake::Outcome MsgToDb(const FolderRecord& folder) {
   intake::SetLastOutcome(intake::Outcome::kNone);
   intake::dbxParseMessage(core::State().TempMessageFile,
                           {folder.label, folder.fullName, kApplication}, folder.userName,
                           State().EntryKey);
-  return EndOf(intake::LastOutcome());
+  return intake::LastOutcome();
 }
 
 }  // namespace
 
-MessageEnd PerformOperation(std::string_view operation, const FolderRecord& folder) {
+intake::Outcome PerformOperation(std::string_view operation, const FolderRecord& folder) {
   if (operation == kMsgToDb) return MsgToDb(folder);
   if (operation == kMeAddress) dbxFileMeAddress();
   if (operation == kMsgToFiles) MsgToFiles();
-  return MessageEnd::kStored;
+  return intake::Outcome::kStored;
 }
 
 void dbxFileMeAddress() {

@@ -16,7 +16,7 @@ void ResetState() {
 }
 
 bool IsStopped() {
-  return core::State().ImportCancelFlag || core::State().StopFlag;
+  return core::IsLoadStopped();
 }
 
 }  // namespace tarnwick::oe

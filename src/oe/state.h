@@ -12,12 +12,18 @@
 #include <string>
 #include <vector>
 
+#include "intake/header_parser.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery.h"
-#include "oe/load_account.h"
 #include "platform/registry.h"
 
 namespace tarnwick::oe {
+
+// How the message read last ended that was not copied, and for an unreadable one why.
+struct MessageEnding {
+  intake::Outcome outcome = intake::Outcome::kUnreadable;
+  std::string reason;
+};
 
 struct OeState {
   // Discovery (discovery.h).
@@ -47,8 +53,6 @@ struct OeState {
   std::set<uint32_t> NodesRead;
   uint64_t ChainBudget = 0;  // bytes of blocks that this walk may still follow
   bool IsWalking = false;
-
-  LoadAccount Account;
 };
 
 OeState& State();

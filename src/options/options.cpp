@@ -26,7 +26,7 @@ void SetLogMailTexts(bool on) {
 }
 
 void RequestFullLoad() {
-  core::State().RepositoryIsEmpty = true;
+  core::State().RepositoryIsEmpty = core::State().FullLoadAsked = true;
 }
 
 std::string ProfileFolder() {

@@ -11,6 +11,7 @@
 #include "core/run_state.h"
 #include "core/text.h"
 #include "intake/header_parser.h"
+#include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "outlook/folder_walk.h"
@@ -21,6 +22,7 @@
 #include "outlook/store_discovery.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/locale.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 
@@ -29,29 +31,19 @@ namespace tarnwick::outlook {
 namespace {
 
 constexpr const char* kMailItem = "MailItem";
-constexpr int kMaxLoggedItems = 200;  // of one store; the rest is only counted
-constexpr size_t kItemsAhead = 32;    // that a provider is told of
-
-struct OlState {
-  std::vector<std::string> StoreFiles;
-};
-
-OlState& State() {
-  static OlState state;
-  return state;
-}
-
-bool IsStopped() {
-  return core::State().ImportCancelFlag || core::State().StopFlag;
-}
+constexpr size_t kItemsAhead = 32;  // that a provider is told of
 
 // A store being read.
 struct OpenStore {
   std::unique_ptr<Store> store;
   std::vector<WalkedFolder> folders;
   uint64_t budget = 0;
-  int logged = 0;
   std::map<std::string, int64_t> otherKinds;
+
+  // A folder as the account of the load knows it.
+  std::string PlaceOf(const WalkedFolder& folder) const {
+    return store->Location() + ": " + folder.place.parentPath + "\\" + folder.place.name;
+  }
 };
 
 // The items of a folder in their order, each with whether it is known already. Knows the next few
@@ -108,65 +100,75 @@ class ItemRun {
   std::deque<Entry> entries_;
 };
 
+// What is being read: the stores, and their folders with what they announced.
 class Import {
  public:
-  explicit Import(bool everyStore) : everyStore_(everyStore) {}
+  void Announce(Namespace& outlook, bool everyStore) {
+    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store), everyStore);
+    for (const RefusedStore& store : outlook.Refused()) {
+      intake::Account().Note(store.location + ": " + store.reason);
+      refused_.push_back(store);
+    }
+  }
 
-  void Run(Namespace& outlook) {
-    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store));
-    for (RefusedStore& store : outlook.Refused()) refused_.push_back(std::move(store));
+  void Read() {
     for (bool sentItems : {true, false}) {
       for (OpenStore& open : stores_) {
         for (WalkedFolder& folder : open.folders) {
-          if (folder.place.inSentItems == sentItems && !IsStopped()) ReadFolder(open, folder);
+          if (folder.place.inSentItems == sentItems && !core::IsLoadStopped()) {
+            ReadFolder(open, folder);
+          }
         }
       }
     }
     Close();
   }
 
-  bool FoundMail() const { return found_ > 0; }
+  bool FoundMail() const { return foundMail_; }
   // Stores of which nothing was read.
   const std::vector<RefusedStore>& Refused() const { return refused_; }
 
  private:
-  // Decides whether the store is read, and announces what it holds.
-  void Open(std::unique_ptr<Store> store) {
-    std::string name = store->DisplayName();
-    std::string location = store->Location();
+  // Announces what a store holds, and decides whether it is read.
+  void Open(std::unique_ptr<Store> store, bool everyStore) {
     OpenStore open;
     try {
       open.folders = olWalkFolders(*store);
     } catch (...) {
-      std::string reason = core::CurrentError().Description();
-      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location + ": " + reason));
-      refused_.push_back({location, reason});
+      Refuse({store->Location(), core::CurrentError().Description()});
       return;
     }
-    int64_t mail = 0;
-    for (const WalkedFolder& folder : open.folders) {
-      if (!folder.isMailFolder) continue;
-      for (int64_t i = 0; i < folder.items; ++i) mail += folder.folder->IsOtherKind(i) ? 0 : 1;
-    }
-    Found(mail);
-    if (!everyStore_ && !IsDefaultStoreName(name)) {
-      core::WriteLog("Not reached = " + std::to_string(mail) + "\r\n" + core::OneLogLine(location) +
-                     "\r\nof \"" + core::OneLogLine(name) +
-                     "\": only the default store is read; \"Load from all folders\" in " +
-                     "the options reads every store");
-      return;
-    }
-    if (store->HasPassword() && !IsOwnersStore(location)) {
-      Count(core::State().Counts.unreadable, mail);
-      core::WriteLog("Outlook store skipped: " + core::OneLogLine(location) +
-                     ": it is guarded by a password");
-      refused_.push_back({location, "It is guarded by a password."});
-      return;
-    }
-    for (const WalkedFolder& folder : open.folders) total_ += folder.items;
-    open.budget = store->OutputBudget();
     open.store = std::move(store);
+    std::string reason = WhyLeftAlone(*open.store, everyStore);
+    for (const WalkedFolder& folder : open.folders) {
+      int64_t mail = MailIn(folder);
+      if (mail == 0) continue;
+      foundMail_ = true;
+      intake::Account().Announce(open.PlaceOf(folder), mail);
+      intake::Account().SetReason(open.PlaceOf(folder), reason);
+    }
+    if (!reason.empty()) return;
+    open.budget = open.store->OutputBudget();
     stores_.push_back(std::move(open));
+  }
+
+  void Refuse(const RefusedStore& store) {
+    core::WriteLog("Outlook store skipped: " +
+                   core::OneLogLine(store.location + ": " + store.reason));
+    intake::Account().Note(store.location + ": " + store.reason);
+    refused_.push_back(store);
+  }
+
+  // "" for a store that is read.
+  std::string WhyLeftAlone(Store& store, bool everyStore) {
+    std::string name = store.DisplayName();
+    if (!everyStore && !IsDefaultStoreName(name)) {
+      return "of \"" + name + "\": only the default store is read; \"Load from all folders\" in " +
+             "the options reads every store";
+    }
+    if (!store.HasPassword() || IsOwnersStore(store.Location())) return {};
+    Refuse({store.Location(), "It is guarded by a password."});
+    return "the store is guarded by a password";
   }
 
   // The password is a mark in the store, which itself lies open: a store without it would be no
@@ -176,59 +178,68 @@ class Import {
                           " has a password. Is the mail in it yours, and shall it be read?");
   }
 
-  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
-    std::string path = folder.place.parentPath + "\\" + folder.place.name;
-    core::LogProgress("Outlook folder = " + core::OneLogLine(path) +
-                      "\r\nItems = " + std::to_string(folder.items));
-    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
-      core::YieldEvents();
-      if (IsStopped()) return;
-      ReadItem(open, folder, run.Next());
-      repository::RepositoryDb().EndUnit();
-      ++visited_;
-      if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(visited_, total_);
+  // What a folder says that it holds of mail.
+  static int64_t MailIn(const WalkedFolder& folder) {
+    int64_t mail = 0;
+    for (int64_t i = 0; folder.isMailFolder && i < folder.items; ++i) {
+      if (!folder.folder->IsOtherKind(i)) ++mail;
     }
+    return mail;
   }
 
-  void ReadItem(OpenStore& open, WalkedFolder& folder, const ItemRun::Entry& entry) {
-    core::LoadCounts& counts = core::State().Counts;
-    // In a folder made for something else nothing was announced: what turns up is found now.
+  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
+    core::LogProgress(
+        "Outlook folder = " + core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name) +
+        "\r\nItems = " + std::to_string(folder.items));
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
+    std::string place = open.PlaceOf(folder);
+    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
+      core::YieldEvents();
+      if (core::IsLoadStopped()) return;
+      ReadItem(open, folder, place, run.Next());
+      if (core::State().Ui != nullptr) {
+        core::State().Ui->ShowProgress(intake::Account().Visited(), core::State().Counts.found);
+      }
+    }
+    intake::Account().Finish(place);
+  }
+
+  void ReadItem(OpenStore& open, WalkedFolder& folder, const std::string& place,
+                const ItemRun::Entry& entry) {
+    intake::LoadAccount& account = intake::Account();
+    using intake::Outcome;
+    std::string name = "item " + std::to_string(entry.index + 1);
     bool announced = folder.isMailFolder && !folder.folder->IsOtherKind(entry.index);
-    auto announce = [&] {
-      if (!announced) Found(1);
-      announced = true;
-    };
     try {
       if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
       if (entry.isKnown) {
-        announce();
-        return Count(intake::IsMessageIgnored(entry.key) ? counts.ignored : counts.alreadyStored,
-                     1);
+        bool isIgnored = intake::IsMessageIgnored(entry.key);
+        return account.Count(place, isIgnored ? Outcome::kIgnored : Outcome::kAlreadyStored, {},
+                             name);
       }
       std::string type = entry.item->TypeName();
       if (type != kMailItem) {
         LeaveOut(open, *entry.item, type);
-        if (announced) Found(-1);
+        if (announced) account.Withdraw(place, 1);
         return;
       }
-      announce();
-      TakeIn(open, folder, *entry.item);
+      TakeIn(open, folder, *entry.item, name);
+      account.Count(place, intake::LastOutcome(), {}, name);
     } catch (...) {
-      announce();
-      if (IsStopped()) return;  // not reached
-      Count(counts.unreadable, 1);
-      if (++open.logged > kMaxLoggedItems) return;
-      core::WriteLog("Outlook item " + std::to_string(entry.index + 1) + " of " +
-                     core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name + " in " +
-                                      open.store->Location() +
-                                      " skipped: " + core::CurrentError().Description()));
+      if (core::IsLoadStopped()) return;  // not reached
+      Error error = core::CurrentError();
+      if (core::IsDiskFull(error))
+        core::ReportCurrentException("olImportOutlook", core::Report::kShow);
+      account.Count(place, Outcome::kUnreadable, error.Description(), name);
     }
   }
 
-  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item) {
+  // What became of it is the last outcome; name becomes what the person knows it by.
+  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item, std::string& name) {
     Letter letter = ReadLetter(item);
     intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
+    name = platform::FormatDate(message.SentTime, "General Date") + " " +
+           core::LoggedMailText(message.Subject);
     const std::string& file = core::State().TempMessageFile;
     // Emptied instead, the last message's file would first be brought to the disk.
     platform::RemoveFile(file);
@@ -250,7 +261,7 @@ class Import {
     }
     intake::SetLastOutcome(intake::Outcome::kNone);
     intake::dbSaveMesage(file, message, kApplication, 0, open.store->DisplayName());
-    CountOutcome();
+    if (intake::LastOutcome() == intake::Outcome::kStored) ++core::State().OutlookMessages;
   }
 
   // The texts of a signed letter lie in what was signed.
@@ -265,26 +276,6 @@ class Import {
     message.AttachCount = parsed.AttachCount;
   }
 
-  void CountOutcome() {
-    core::LoadCounts& counts = core::State().Counts;
-    switch (intake::LastOutcome()) {
-      case intake::Outcome::kStored:
-        ++core::State().OutlookMessages;
-        return Count(counts.stored, 1);
-      case intake::Outcome::kAlreadyStored:
-        return Count(counts.alreadyStored, 1);
-      case intake::Outcome::kRefused:
-        return Count(counts.refused, 1);
-      case intake::Outcome::kIgnored:
-        return Count(counts.ignored, 1);
-      case intake::Outcome::kStopped:
-        return;  // not reached
-      case intake::Outcome::kNone:
-      case intake::Outcome::kUnreadable:
-        return Count(counts.unreadable, 1);
-    }
-  }
-
   // An item of another kind is no message.
   static void LeaveOut(OpenStore& open, Item& item, const std::string& type) {
     if (item.Properties().Text(Prop::kMessageClass).empty()) {
@@ -293,24 +284,8 @@ class Import {
     ++open.otherKinds[type];
   }
 
-  void Found(int64_t messages) {
-    core::State().Counts.found += messages;
-    found_ += messages;
-  }
-  void Count(int64_t& counter, int64_t messages) {
-    counter += messages;
-    accounted_ += messages;
-  }
-
   void Close() {
-    int64_t missing = found_ - accounted_;
-    core::State().Counts.notReached += missing;
     for (const OpenStore& open : stores_) {
-      if (open.logged > kMaxLoggedItems) {
-        core::WriteLog("Outlook items skipped without a line of their own = " +
-                       std::to_string(open.logged - kMaxLoggedItems) + "\r\n" +
-                       core::OneLogLine(open.store->Location()));
-      }
       for (const auto& [type, count] : open.otherKinds) {
         core::LogProgress("Outlook items that are no mail = " + std::to_string(count) + " " +
                           core::OneLogLine(type) + "\r\n" +
@@ -319,16 +294,35 @@ class Import {
     }
     platform::RemoveFile(core::State().TempMessageFile);
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
-    if (core::State().Ui != nullptr) core::State().Ui->ShowProgress(total_, total_);
   }
 
-  bool everyStore_;
   std::vector<OpenStore> stores_;
   std::vector<RefusedStore> refused_;
-  int64_t found_ = 0;
-  int64_t accounted_ = 0;
-  int64_t visited_ = 0;
-  int64_t total_ = 0;
+  bool foundMail_ = false;
+};
+
+// Kept from olInitialize to the end of the import.
+struct OlState {
+  std::vector<std::string> StoreFiles;
+  std::unique_ptr<Namespace> Outlook;  // outlives what is read from it
+  std::unique_ptr<Import> Running;
+};
+
+OlState& State() {
+  static OlState state;
+  return state;
+}
+
+class Outlook : public intake::Source {
+ public:
+  ~Outlook() override { olReset(); }
+  std::string Name() const override { return kApplication; }
+  const char* Option() const override { return "MSOutlook"; }
+  bool& OptionFlag() const override { return core::State().UseMSOutlook; }
+  bool IsThere() override { return olInitialize(); }
+  // A first load takes every store.
+  bool Announce(bool whole) override { return olAnnounce(whole); }
+  bool Read(bool /*whole*/) override { return olImportOutlook(); }
 };
 
 // One box for all of them, however many.
@@ -347,6 +341,10 @@ void ShowRefused(const std::vector<RefusedStore>& stores) {
 
 }  // namespace
 
+std::unique_ptr<intake::Source> MakeSource() {
+  return std::make_unique<Outlook>();
+}
+
 bool olInitialize() {
   olReset();
   return core::Guarded("olInitialize", false, [] {
@@ -360,25 +358,38 @@ const std::vector<std::string>& olStoreFiles() {
 }
 
 void olReset() {
-  State() = OlState();
+  // In this order: the items before what they are read from.
+  State().Running.reset();
+  State().Outlook.reset();
+  State().StoreFiles.clear();
 }
 
-bool olImportFrom(Namespace& outlook, bool everyStore) {
+bool olAnnounce(bool everyStore) {
+  State().Outlook = std::make_unique<PstNamespace>(State().StoreFiles);
+  return olAnnounceFrom(*State().Outlook, everyStore);
+}
+
+bool olAnnounceFrom(Namespace& outlook, bool everyStore) {
   return core::Guarded("olImportOutlook", false, [&] {
     if (outlook.AsksForAccess()) core::ShowMessage(core::kAccessAdvice);
-    Import import(everyStore);
-    import.Run(outlook);
-    ShowRefused(import.Refused());
-    if (!import.FoundMail()) {
-      core::ShowMessage("Microsoft Outlook doesn't content an email.");
-    }
+    State().Running = std::make_unique<Import>();
+    State().Running->Announce(outlook, everyStore);
     return true;
   });
 }
 
-bool olImportOutlook(bool everyStore) {
-  PstNamespace outlook(State().StoreFiles);
-  return olImportFrom(outlook, everyStore);
+bool olImportOutlook() {
+  bool done = core::Guarded("olImportOutlook", false, [&] {
+    if (State().Running == nullptr) return false;
+    State().Running->Read();
+    ShowRefused(State().Running->Refused());
+    if (!State().Running->FoundMail()) {
+      core::ShowMessage("Microsoft Outlook doesn't content an email.");
+    }
+    return true;
+  });
+  olReset();
+  return done;
 }
 
 }  // namespace tarnwick::outlook

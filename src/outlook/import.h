@@ -5,20 +5,25 @@
 // stored yet. Sent mail is read first, so that the user's own addresses are known when the rest is
 // judged.
 //
-// The load command clears the flags and counts before a run and the cancel flag after it, and keeps
-// the commit group in which the messages are written. Every mail item ends in one of the counts of
-// core::LoadCounts; items of other kinds (contacts, appointments, reports) are only logged.
+// The load command clears the flags before a run and the cancel flag after it, keeps the account of
+// the load and the commit group in which the messages are written. Every mail item is in the
+// account; items of other kinds (contacts, appointments, reports) are only logged.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "intake/source.h"
 #include "outlook/object_model.h"
 
 namespace tarnwick::outlook {
 
 // The source label of everything taken in here.
 inline constexpr const char* kApplication = "Outlook";
+
+// Outlook as a source of a load: the routines below, in their order.
+std::unique_ptr<intake::Source> MakeSource();
 
 // Finds the stores of the mail owner's profile; what it finds is kept for olImportOutlook. False
 // when there is none.
@@ -28,11 +33,14 @@ const std::vector<std::string>& olStoreFiles();
 // Forgets it.
 void olReset();
 
-// Reads the default store, or every store; true when they could be read. Says "Microsoft Outlook
-// doesn't content an email." when it finds no mail. REQUIRES: olInitialize has run.
-bool olImportOutlook(bool everyStore);
+// Opens the default store, or every store, and tells the account of the load what they hold. False
+// when they could not be opened. REQUIRES: olInitialize has run.
+bool olAnnounce(bool everyStore);
+// The same over any provider, which must last until olImportOutlook is done.
+bool olAnnounceFrom(Namespace& outlook, bool everyStore);
 
-// The same over any provider.
-bool olImportFrom(Namespace& outlook, bool everyStore);
+// Reads what was announced; true when it could be read. Says "Microsoft Outlook doesn't content an
+// email." where there was no mail. What olInitialize found is forgotten.
+bool olImportOutlook();
 
 }  // namespace tarnwick::outlook

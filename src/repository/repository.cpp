@@ -253,9 +253,13 @@ bool HasNoEmail() {
   });
 }
 
+void NoteWhetherEmpty() {
+  State().RepositoryIsEmpty = State().FullLoadAsked || HasNoEmail();
+}
+
 void ReadOptions() {
   core::RunState& state = State();
-  state.RepositoryIsEmpty = HasNoEmail();
+  NoteWhetherEmpty();
   state.UseOutlookExpress = GetOption("OutlookExpress");
   state.UseMSOutlook = GetOption("MSOutlook");
   state.ShowEmailText = GetOption("ShowEmailText");
@@ -268,6 +272,7 @@ bool SwitchRepository(const std::string& folder) {
   SetRepositoryFolder(folder);
   DisconnectRepository();
   if (OpenRepository(false)) {
+    State().FullLoadAsked = false;
     ReadOptions();
     return true;
   }

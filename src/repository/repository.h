@@ -60,6 +60,9 @@ bool PrepareSearch(int64_t milliseconds);
 
 // True when the repository holds no message.
 bool HasNoEmail();
+// Sets RepositoryIsEmpty anew after messages have come or gone; a full load that the options asked
+// for stays asked for.
+void NoteWhetherEmpty();
 // Reads the mailer options and RepositoryIsEmpty of the repository just opened.
 void ReadOptions();
 

@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The contract of tarnwick-cli, as scripts see it.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -248,6 +250,36 @@ TEST_F(Cli, MessagesAreSavedInEachFormat) {
   EXPECT_EQ(Run({"save", "--format", "eml", "/proc/none"}).status, 1);
   EXPECT_EQ(Run({"save", home_.File("eml")}).status, 2);
   EXPECT_EQ(Run({"save", "--format", "pdf", home_.File("eml")}).status, 2);
+}
+
+// Another program's lock on the databases of a home, as long as it lives.
+class HeldHome {
+ public:
+  explicit HeldHome(const std::string& file) : handle_(::open(file.c_str(), O_RDWR)) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = 0x40000000;
+    lock.l_len = 512;
+    EXPECT_EQ(::fcntl(handle_, F_SETLK, &lock), 0);
+  }
+  ~HeldHome() { ::close(handle_); }
+
+ private:
+  int handle_;
+};
+
+TEST_F(Cli, AStartThatFindsTheProgramRunningLeavesItsLogAlone) {
+  EXPECT_EQ(Run({"list"}).status, 0);
+  std::string log = home_.File("home/LogEvent/Tarnwick.log");
+  platform::WriteFile(log, "of the program that runs\r\n");
+  {
+    HeldHome other(home_.File("home/emlParameter.twr"));
+    EXPECT_EQ(Run({"list"}).status, 1);
+    EXPECT_EQ(platform::ReadFile(log).find("of the program that runs"), 0U);
+  }
+  EXPECT_EQ(Run({"list"}).status, 0);
+  EXPECT_EQ(platform::ReadFile(log).find("of the program"), std::string::npos);
 }
 
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {

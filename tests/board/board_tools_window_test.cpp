@@ -101,7 +101,8 @@ TEST_F(BoardTools, MenusHoldTheCommandsWithMnemonicsOfTheirOwn) {
     const char* menu;
     QStringList commands;
   } kRows[] = {
-      {"mnuTools", {"mnuContacts", "mnuOptions", "mnMarkAllNotHot", "mnMoveHtmlToBody"}},
+      {"mnuTools",
+       {"mnuContacts", "mnuOptions", "mnLastLoad", "mnMarkAllNotHot", "mnMoveHtmlToBody"}},
       {"mnuHelp", {"mnReadMe", "mnuHelpAbout"}},
   };
   for (const auto& row : kRows) {
@@ -272,7 +273,10 @@ TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
   ui_.yesNo = {true};
   window_->Actions().deleteSelected->trigger();
   EXPECT_EQ(CountRows("Email"), 1);
+  window_->Maintenance().Work(MaintenanceView::Command::kBackup,
+                              QString::fromStdString(folder_.File("saved.twb")));
   EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the full load is still asked for";
+  ui_.shown.clear();
   InDialog<options::AboutDialog>(window_->Actions().about);
   // The help of the build lies beside its programs; what is opened depends on what was built.
   window_->Actions().helpTopics->trigger();

@@ -424,7 +424,7 @@ TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
 }
 
 TEST_F(Window, AfterACrashACheckIsOffered) {
-  board::TakeTextFile(WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000")));
+  board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
   repository::DisconnectRepository();
   WriteTemp("Tarnwick.twr-wal", "");
   ASSERT_TRUE(repository::OpenRepository(false));
@@ -441,8 +441,8 @@ TEST_F(Window, AfterACrashACheckIsOffered) {
 }
 
 TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
-  board::TakeTextFile(WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000")));
-  board::TakeTextFile(WriteTemp("two.txt", Letter("two", "Tue, 6 Jan 2004 10:20:30 +0000")));
+  board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
+  board::TakeTextFiles({WriteTemp("two.txt", Letter("two", "Tue, 6 Jan 2004 10:20:30 +0000"))});
   Start();
   auto* grid = window_->findChild<QTableView*>("EmailGrid");
   QString backup = QString::fromStdString(folder_.File("all.twb"));

@@ -30,7 +30,7 @@ class RealMailRoundTrip : public testing::ProgramFixture {
   // Message files by hand, stores by the load command.
   static void TakeEverything(const std::string& mail) {
     std::vector<std::string> files = platform::ListFiles(mail);
-    for (size_t i = 0; i < files.size(); i += 5) TakeTextFile(mail + "/" + files[i]);
+    for (size_t i = 0; i < files.size(); i += 5) TakeTextFiles({mail + "/" + files[i]});
     for (const char* store : {"pst", "profile-ann"}) {
       repository::SetProfileFolder(testing::RealData(store));
       LoadFromMailer({.everyMailer = true, .full = true, .senders = SenderPolicy::kAcceptAll});

@@ -280,13 +280,16 @@ TEST_F(ConnectionTest, GroupsNest) {
 }
 
 // Stopping a change within a commit makes the engine roll the whole commit back.
-TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
+TEST_F(ConnectionTest, KnowsTheBatchesThatTheEngineTookBack) {
   connection_.BeginGroup();
+  int64_t batches[4] = {};
   for (int i = 1; i <= 3; i++) {
     WriteUnit(connection_, i);
+    batches[i] = connection_.Batch();
     connection_.EndUnit();
     if (i == 1) connection_.FlushGroup();
   }
+  EXPECT_EQ(batches[2], batches[3]);
   connection_.Execute("INSERT INTO ObjectList VALUES (4)");
   std::string list;
   for (int i = 1; i < 50000; i++) list += (i > 1 ? ", " : "") + std::to_string(i);
@@ -294,7 +297,8 @@ TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
   connection_.SetProgressHandler([] { return true; });
   EXPECT_EQ(ErrorOf([&] { connection_.Execute(sql); }), 9);
   connection_.SetProgressHandler({});
-  EXPECT_EQ(connection_.LostUnits(), 2);
+  EXPECT_FALSE(connection_.IsTakenBack(batches[1]));
+  EXPECT_TRUE(connection_.IsTakenBack(batches[2]));
   // The rest of the unit whose beginning is lost is not written either, whatever a message box that
   // comes in between commits.
   connection_.FlushGroup();
@@ -303,7 +307,7 @@ TEST_F(ConnectionTest, CountsUnitsThatTheEngineTookBack) {
   WriteUnit(connection_, 5);
   connection_.EndUnit();
   connection_.EndGroup();
-  EXPECT_EQ(connection_.LostUnits(), 2);
+  EXPECT_EQ(connection_.BatchesTakenBack(), 1);
   EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|5");
   EXPECT_EQ(Column("SELECT Count(*) FROM ObjectList"), "0");
 }
@@ -315,7 +319,7 @@ TEST_F(ConnectionTest, AFailedStatementTakesNothingElseBack) {
   WriteUnit(connection_, 2);
   connection_.EndUnit();
   connection_.EndGroup();
-  EXPECT_EQ(connection_.LostUnits(), 0);
+  EXPECT_EQ(connection_.BatchesTakenBack(), 0);
   EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|2");
 }
 

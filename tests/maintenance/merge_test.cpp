@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/messages.h"
 #include "core/run_state.h"
 #include "intake/sender_rules.h"
 #include "maintenance/backup.h"
@@ -214,8 +215,9 @@ TEST_F(MergeTest, ItStopsAtAMessageThatFailsAndKeepsTheOthers) {
     EXPECT_EQ(CountRows("Email") - CountRows("Unfinished"), merged.imported) << step;
     EXPECT_EQ(merged.imported + merged.notReached, 5) << step;
     if (happened) {
-      EXPECT_FALSE(ui_.Shown("error").empty()) << step;
+      EXPECT_TRUE(ui_.Shown("error").empty()) << step;
       EXPECT_THAT(ui_.Shown("box").back(), HasSubstr("Import is stopped. ")) << step;
+      EXPECT_THAT(ui_.Shown("box").back(), HasSubstr(core::kDiskIsFull)) << step;
       // What was imported is whole, and the next merge makes the one whole that failed.
       std::vector<WholeMessage> there = AllMessages();
       auto whole = std::count_if(there.begin(), there.end(), [&](const WholeMessage& message) {
@@ -245,6 +247,7 @@ TEST_F(MergeTest, AFullDiskStopsItWithATrueCount) {
     merged = twMakeMarge(file_, kEverybody);
   }
   EXPECT_EQ(merged.result, Result::kFailed);
+  EXPECT_TRUE(merged.diskIsFull) << "a file that may not grow is one without room";
   EXPECT_EQ(merged.imported + merged.notReached, 200);
   repository::DisconnectRepository();
   ASSERT_TRUE(repository::OpenRepository(false));

@@ -258,7 +258,7 @@ TEST_F(Discovery, WhatMayNotBeReadIsNotCalledMissing) {
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("These may not be read:\r\n" + forbidden));
   EXPECT_THAT(State().Forbidden, ElementsAre(forbidden));
   State().CanRead = true;
-  ImportOutlookExpress();
+  ReadAll();
   EXPECT_EQ(core::State().Counts.stored, 1);
   EXPECT_THAT(ui_.Shown("error"), IsEmpty());
 
@@ -322,7 +322,7 @@ TEST_F(Discovery, FilesOfADamagedFolderListAreOffered) {
       repository::RepositoryDb().Execute("DELETE * FROM Email");
       ui_.yesNo = {yes};
       ASSERT_TRUE(oeInitialize()) << row.what;
-      ImportOutlookExpress();
+      ReadAll();
       EXPECT_EQ(core::State().Counts.found, 2) << row.what;
       EXPECT_EQ(core::State().Counts.stored == 2, yes) << row.what;
       EXPECT_THAT(ui_.yesNo, IsEmpty()) << row.what;

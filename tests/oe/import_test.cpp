@@ -36,11 +36,23 @@ class Import : public OeFixture {
     profile_.WriteHive();
     core::BeginLoadState();
     core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
-    jet::CommitGroup group(repository::RepositoryDb());
-    ASSERT_TRUE(oeInitialize());
-    if (core::State().RepositoryIsEmpty) CollectMeAddresses();
-    ImportOutlookExpress();
+    Read(core::State().RepositoryIsEmpty);
   }
+
+  static void Read(bool whole) {
+    jet::CommitGroup group(repository::RepositoryDb());
+    intake::LoadAccount& account = intake::Account();
+    account.Open();
+    ASSERT_TRUE(oeInitialize());
+    AnnounceMessages();
+    if (whole) CollectMeAddresses();
+    ImportOutlookExpress();
+    group.End();
+    account.Close();
+  }
+
+  // What is in the account but the numbers.
+  static std::string Reasons() { return intake::Account().Text(); }
 
   static std::string FolderOf(const std::string& subject) {
     return Query("SELECT Folder FROM Email WHERE Subject='" + subject + "'").AsText();
@@ -70,8 +82,9 @@ TEST_F(Import, TakesEveryFolderButDraftsDeletedItemsAndOutbox) {
   EXPECT_EQ(FolderOf("lower case"), "drafts");
   EXPECT_EQ(FolderOf("ours"), "It's 100% \"us\"");
   EXPECT_EQ(RawOf("inbox 1"), Letter("inbox 1", 0).text);
-  EXPECT_THAT(Log(), HasSubstr("Not reached = 2\r\n" + store +
-                               "Deleted.dbx\r\ndrafts, deleted items and the outbox are not read"));
+  EXPECT_THAT(Reasons(),
+              HasSubstr("Not reached = 2\r\n" + store +
+                        "Deleted.dbx\r\ndrafts, deleted items and the outbox are not read"));
   EXPECT_TRUE(core::State().NewMessageFlag);
   EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
   EXPECT_FALSE(platform::FileExists(core::State().TempMessageFile));
@@ -215,14 +228,14 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   EXPECT_EQ(counts.stored, 3 + 1 + 1);
   EXPECT_EQ(counts.unreadable, 1);
   EXPECT_EQ(counts.notReached, counts.found - counts.stored - counts.unreadable);
-  EXPECT_THAT(Log(), AllOf(HasSubstr("Not reached = 2\r\n" + store +
-                                     "Inbox.dbx\r\nmessages below the second level"),
-                           HasSubstr("Not reached = 1\r\n" + store +
-                                     "Sent Items.dbx\r\nmessages behind the root's entries"),
-                           HasSubstr("t.dbx\r\nthe file has no message tree"),
-                           HasSubstr("unlisted.dbx\r\nno folder of the folder list"),
-                           HasSubstr("z.dbx\r\nits folder list has no identity of its own"),
-                           HasSubstr("its date is missing, before 1990 or after 2009")));
+  EXPECT_THAT(Reasons(), AllOf(HasSubstr("Not reached = 2\r\n" + store +
+                                         "Inbox.dbx\r\nmessages below the second level"),
+                               HasSubstr("Not reached = 1\r\n" + store +
+                                         "Sent Items.dbx\r\nmessages behind the root's entries"),
+                               HasSubstr("t.dbx\r\nthe file has no message tree"),
+                               HasSubstr("unlisted.dbx\r\nno folder of the folder list"),
+                               HasSubstr("z.dbx\r\nits folder list has no identity of its own"),
+                               HasSubstr("its date is missing, before 1990 or after 2009")));
 }
 
 TEST_F(Import, EndsOfMessagesAreCountedApart) {
@@ -247,8 +260,7 @@ TEST_F(Import, EndsOfMessagesAreCountedApart) {
   core::BeginLoadState();
   intake::SetAddresseeReject("bad", "bad@example.org");
   ui_.senders = {core::SenderAnswer::kAccept, core::SenderAnswer::kIgnore};
-  ASSERT_TRUE(oeInitialize());
-  ImportOutlookExpress();
+  Read(false);
   EXPECT_EQ(Summary(), "found 4, stored 1, refused 1, ignored 1, unreadable 1, ");
 
   Load();
@@ -265,15 +277,14 @@ TEST_F(Import, AStopLeavesTheRestNotReached) {
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   Load();
   EXPECT_EQ(Summary(), "found 5, stored 1, not reached 4, ");
-  EXPECT_THAT(Log(), HasSubstr("Sent Items.dbx\r\nthe load was stopped"));
+  EXPECT_THAT(Reasons(), HasSubstr("Sent Items.dbx\r\nthe load was stopped"));
 
   // Cancel in the ask dialog stops the same way, over the message that was asked about.
   ui_.onYield = nullptr;
   core::BeginLoadState();
   ui_.senders = {core::SenderAnswer::kCancel};
   repository::RepositoryDb().Execute("DELETE * FROM MeContact");
-  ASSERT_TRUE(oeInitialize());
-  ImportOutlookExpress();
+  Read(false);
   EXPECT_EQ(Summary(), "found 5, already 1, not reached 4, ");
 }
 
@@ -302,10 +313,10 @@ TEST_F(Import, AnIdentityWithoutAStoreEndsTheRunWithAReason) {
   profile_.WriteHive();
   UseProfile(profile_.Folder());
   EXPECT_FALSE(oeInitialize());
-  ImportOutlookExpress();
+  ReadAll();
   EXPECT_EQ(State().End.identity, "Bob");
   EXPECT_EQ(Summary(), "found 3, not reached 3, ");
-  EXPECT_THAT(Log(), HasSubstr("Inbox.dbx\r\nno mail store known for identity Bob"));
+  EXPECT_THAT(Reasons(), HasSubstr("Inbox.dbx\r\nno mail store known for identity Bob"));
   EXPECT_THAT(ui_.shown, ::testing::IsEmpty());
 }
 
@@ -332,8 +343,7 @@ TEST_F(Import, RealStoresGiveTheirMessages) {
   std::string data = testing::RealData("profile-ann/");
   if (data.empty()) GTEST_SKIP() << "no real data here";
   UseProfile(data);
-  ASSERT_TRUE(oeInitialize());
-  ImportOutlookExpress();
+  Read(false);
   EXPECT_EQ(Summary(), "found 1, stored 1, ");
   EXPECT_EQ(Query("SELECT AddressFrom FROM Email").AsText(), "noreply@freshmeat.net");
   EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(),
@@ -343,8 +353,7 @@ TEST_F(Import, RealStoresGiveTheirMessages) {
   core::BeginLoadState();
   core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
   UseProfile(testing::RealData("dbx/"));
-  ASSERT_TRUE(oeInitialize());
-  ImportOutlookExpress();
+  Read(false);
   EXPECT_EQ(core::State().Counts.unreadable, 1);
   EXPECT_EQ(core::State().Counts.notReached, 2);  // no folder of the real list names these files
   EXPECT_THAT(ui_.Shown("error"), IsEmpty());
@@ -357,8 +366,7 @@ TEST_F(Import, ReadsOneStoreFileAsASeparateFolder) {
   platform::MakeFolder(folder);
   platform::CopyFile(data, folder + "Inbox.dbx");
   UseProfile(folder);
-  ASSERT_TRUE(oeInitialize());
-  ImportOutlookExpress();
+  Read(false);
   EXPECT_EQ(Summary(), "found 1, stored 1, ");
   EXPECT_EQ(Query("SELECT Folder FROM Email").AsText(), "Inbox");
 }

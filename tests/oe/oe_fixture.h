@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/run_state.h"
+#include "intake/load_account.h"
 #include "oe/import.h"
 #include "oe/state.h"
 #include "platform/files.h"
@@ -29,6 +30,15 @@ class OeFixture : public testing::ProgramFixture {
   ~OeFixture() override {
     ResetState();
     core::EndLoadState();
+  }
+
+  // Reads what was discovered, with the account of a load.
+  static void ReadAll() {
+    intake::LoadAccount& account = intake::Account();
+    account.Open();
+    AnnounceMessages();
+    ImportOutlookExpress();
+    account.Close();
   }
 
   // A plain letter; its text and its index entries name the subject.

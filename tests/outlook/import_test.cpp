@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "core/run_state.h"
+#include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "support/memory_outlook.h"
@@ -34,7 +35,11 @@ class OutlookImport : public testing::ProgramFixture {
   // found, stored, already stored, refused, ignored, unreadable, not reached
   std::vector<int64_t> Load(bool everyStore = true) {
     core::State().Counts = {};
-    EXPECT_TRUE(olImportFrom(outlook_, everyStore));
+    intake::LoadAccount& account = intake::Account();
+    account.Open();
+    EXPECT_TRUE(olAnnounceFrom(outlook_, everyStore));
+    EXPECT_TRUE(olImportOutlook());
+    account.Close();
     const core::LoadCounts& c = core::State().Counts;
     EXPECT_EQ(c.found,
               c.stored + c.alreadyStored + c.refused + c.ignored + c.unreadable + c.notReached);
@@ -103,7 +108,7 @@ TEST_F(OutlookImport, ReadsTheDefaultStoreOnlyUnlessAllAreAskedFor) {
   outlook_.stores = {&archive, &store_};
   inbox_.items = {MailNamed("01", "new")};
   EXPECT_THAT(Load(false), ElementsAre(2, 1, 0, 0, 0, 0, 1));
-  EXPECT_THAT(Log(), HasSubstr("Archive 2003"));
+  EXPECT_THAT(intake::Account().Text(), HasSubstr("Archive 2003"));
   EXPECT_THAT(Load(true), ElementsAre(2, 1, 1, 0, 0, 0, 0));
   EXPECT_EQ(TextOf("old", "Identity"), "Archive 2003");
 }
@@ -120,7 +125,8 @@ TEST_F(OutlookImport, CountsWhatIsNoMailOrCannotBeRead) {
   contacts.items = {MailNamed("06", "person"), MailNamed("07", "misplaced")};
   contacts.items[0].Text(Prop::kMessageClass, "IPM.Contact");
   EXPECT_THAT(Load(), ElementsAre(5, 3, 0, 0, 0, 2, 0));
-  EXPECT_THAT(Log(), HasSubstr("Outlook item 2 of \\\\Personal Folders\\Inbox"));
+  EXPECT_THAT(intake::Account().Text(),
+              HasSubstr("\\\\Personal Folders\\Inbox\r\ndamaged\r\n  item 2"));
   EXPECT_THAT(Log(), HasSubstr("1 ReportItem"));
   EXPECT_THAT(Log(), HasSubstr("1 ContactItem"));
 }
@@ -129,8 +135,8 @@ TEST_F(OutlookImport, ReadsAStoreWithAPasswordForWhoSaysThatItIsTheirs) {
   store_.hasPassword = true;
   inbox_.items = {MailNamed("01", "secret")};
   ui_.yesNo = {false};
-  EXPECT_THAT(Load(), ElementsAre(1, 0, 0, 0, 0, 1, 0));
-  EXPECT_THAT(Log(), HasSubstr("guarded by a password"));
+  EXPECT_THAT(Load(), ElementsAre(1, 0, 0, 0, 0, 0, 1));
+  EXPECT_THAT(intake::Account().Text(), HasSubstr("guarded by a password"));
   EXPECT_THAT(ui_.Shown("box"),
               ElementsAre(HasSubstr("memory\r\n    It is guarded by a password")));
   ui_.yesNo = {true};
@@ -190,7 +196,7 @@ TEST_F(OutlookImport, GivesUpAMailThatOutgrowsTheStoresBudget) {
   inbox_.items = {MailNamed("01", "huge"), MailNamed("02", "small")};
   inbox_.items[0].Attachment("file.bin", std::string(5000, 'x'));
   EXPECT_THAT(Load(), ElementsAre(2, 1, 0, 0, 0, 1, 0));
-  EXPECT_THAT(Log(), HasSubstr("more room"));
+  EXPECT_THAT(intake::Account().Text(), HasSubstr("more room"));
 }
 
 TEST_F(OutlookImport, ListsMoreRecipientsThanTheRecordHolds) {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "core/run_state.h"
+#include "intake/load_account.h"
 #include "outlook/import.h"
 #include "outlook/pst_provider.h"
 #include "platform/clock.h"
@@ -74,7 +75,11 @@ class StoreLoad : public testing::ProgramFixture {
     PstNamespace outlook({path}, TARNWICK_BIN "/tarnwick-pst-reader", limits);
     core::State().Counts = {};
     ui_.yesNo = {true};  // for a store with a password
-    EXPECT_TRUE(olImportFrom(outlook, everyStore));
+    intake::LoadAccount& account = intake::Account();
+    account.Open();
+    EXPECT_TRUE(olAnnounceFrom(outlook, everyStore));
+    EXPECT_TRUE(olImportOutlook());
+    account.Close();
     ui_.yesNo.clear();
     const core::LoadCounts& c = core::State().Counts;
     EXPECT_EQ(c.found,

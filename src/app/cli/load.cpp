@@ -20,9 +20,8 @@ int RunLoad(const std::vector<std::string>& words) {
                     : accept == "known" ? board::SenderPolicy::kKnownOnly
                                         : board::SenderPolicy::kAsk;
   board::LoadResult result = board::LoadFromMailer(options);
-  if (result.failed || !result.ran) return kFailed;
   std::cout << board::CountsSummary(result.counts) << std::endl;
-  return kDone;
+  return result.failed || !result.ran ? kFailed : kDone;
 }
 
 }  // namespace tarnwick::app

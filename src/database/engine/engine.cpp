@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <cctype>
+#include <cerrno>
 #include <climits>
 #include <filesystem>
 #include <fstream>
@@ -439,6 +440,11 @@ void Database::RowWritten(std::string_view schema, std::string_view table, int64
 
 void Database::Fail(int code) const {
   int primary = code & 0xff;
+  // Not every way to run out of room is told apart by the engine's number.
+  if (primary == SQLITE_IOERR && handle_ != nullptr) {
+    int why = sqlite3_system_errno(handle_);
+    if (why == ENOSPC || why == EDQUOT || why == EFBIG) code = primary = SQLITE_FULL;
+  }
   // The handle's message belongs to its last call; for another code the general text is right.
   bool own = handle_ != nullptr && (sqlite3_errcode(handle_) & 0xff) == primary;
   throw Error(primary, own ? sqlite3_errmsg(handle_) : sqlite3_errstr(code));

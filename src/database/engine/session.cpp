@@ -35,7 +35,7 @@ void Session::Open(const std::string& path, const std::string& password, bool re
     throw;
   }
   password_ = password;
-  lostUnits_ = 0;
+  takenBack_.clear();
 }
 
 void Session::CheckReadable() {
@@ -125,7 +125,7 @@ void Session::BeforeWrite() {
     Own("BEGIN")->Run();
     collecting_ = true;
     collectingSince_ = platform::TickMilliseconds();
-    finishedUnits_ = 0;
+    ++batch_;
   }
   unitWrote_ = true;
 }
@@ -134,8 +134,7 @@ void Session::BeforeWrite() {
 void Session::AfterFailure(const Error& error) {
   if (!collecting_ || database_->InTransaction()) return;
   collecting_ = false;
-  lostUnits_ += finishedUnits_;
-  finishedUnits_ = 0;
+  takenBack_.push_back(batch_);
   version_++;
   if (follower_ != nullptr) follower_->Forget();
   if (unitWrote_) refusal_ = error;
@@ -150,7 +149,6 @@ void Session::Commit() {
     throw;
   }
   collecting_ = false;
-  finishedUnits_ = 0;
   unsynced_ = true;
 }
 
@@ -170,9 +168,7 @@ void Session::BeginGroup() {
 
 void Session::EndUnit() {
   if (depth_ == 0) return;
-  bool refused = refusal_.has_value();
   refusal_.reset();
-  if (unitWrote_ && !refused) finishedUnits_++;
   unitWrote_ = false;
   bool due =
       collecting_ && platform::TickMilliseconds() - collectingSince_ >= kLongestCommitMilliseconds;

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "database/engine/engine.h"
 #include "database/engine/text_cache.h"
@@ -59,7 +60,8 @@ class Session {
   void TakeBackGroup(const Error& reason);
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
-  int64_t LostUnits() const { return lostUnits_; }
+  int64_t Batch() const { return collecting_ ? batch_ : 0; }
+  const std::vector<int64_t>& TakenBack() const { return takenBack_; }  // batches, ascending
 
   void SetFollower(Follower* follower) { follower_ = follower; }  // nullptr: none
 
@@ -80,8 +82,8 @@ class Session {
   bool collecting_ = false;
   bool unsynced_ = false;
   int64_t collectingSince_ = 0;
-  int64_t finishedUnits_ = 0;
-  int64_t lostUnits_ = 0;
+  int64_t batch_ = 0;
+  std::vector<int64_t> takenBack_;
   bool unitWrote_ = false;
   // A unit whose beginning was rolled back by the engine gets no end: its other writes fail alike.
   std::optional<Error> refusal_;
