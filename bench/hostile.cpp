@@ -33,7 +33,7 @@
 #include "platform/files.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
-#include "support/hostile_mail.h"
+#include "samples/hostile_mail.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
 #include "takeout/attachments.h"
@@ -169,7 +169,7 @@ class Table {
   Table(std::string folder, const Cost& letter) : folder_(std::move(folder)), letter_(letter) {}
 
   template <typename MakeRaw>
-  void Add(const testing::HostileKind& small, size_t times, MakeRaw makeRaw) {
+  void Add(const samples::HostileKind& small, size_t times, MakeRaw makeRaw) {
     Cost one = Median(folder_, small.raw, 3);
     std::string raw = makeRaw(times * kMegabyte);
     Cost many = Measure(folder_, raw);
@@ -216,16 +216,16 @@ int Run(std::string_view wanted) {
               "disk/n");
   std::printf("%-40s %9.1f\n", "an ordinary letter", letter.milliseconds);
   Table table(folder, letter);
-  for (size_t i = 0; i < testing::HostileKinds(1).size(); ++i) {
-    testing::HostileKind small = std::move(testing::HostileKinds(kMegabyte)[i]);
+  for (size_t i = 0; i < samples::HostileKinds(1).size(); ++i) {
+    samples::HostileKind small = std::move(samples::HostileKinds(kMegabyte)[i]);
     if (!small.isSized || small.name.find(wanted) == std::string::npos) continue;
     table.Add(small, 16,
-              [i](size_t size) { return std::move(testing::HostileKinds(size)[i].raw); });
+              [i](size_t size) { return std::move(samples::HostileKinds(size)[i].raw); });
   }
-  for (size_t i = 0; i < testing::RepeatedWordCount(); ++i) {
-    testing::HostileKind small = testing::RepeatedWord(i, kMegabyte);
+  for (size_t i = 0; i < samples::RepeatedWordCount(); ++i) {
+    samples::HostileKind small = samples::RepeatedWord(i, kMegabyte);
     if (small.name.find(wanted) == std::string::npos) continue;
-    table.Add(small, 8, [i](size_t size) { return testing::RepeatedWord(i, size).raw; });
+    table.Add(small, 8, [i](size_t size) { return samples::RepeatedWord(i, size).raw; });
   }
   return table.Finish();
 }

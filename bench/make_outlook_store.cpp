@@ -14,13 +14,13 @@
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using tarnwick::testing::PstBuilder;
-using tarnwick::testing::PstMessage;
+using tarnwick::samples::PstBuilder;
+using tarnwick::samples::PstMessage;
 
 constexpr int64_t kFirstTime = 126'600'000'000'000'000;  // in 2002, as Outlook counts
 constexpr size_t kFolderSize = 5000;
@@ -61,7 +61,7 @@ PstMessage MessageOf(const std::string& bytes, size_t number, bool isUnicode) {
                               {0x1000, kept(bytes.substr(end))}};
   message.properties.times = {{0x0039, time}, {0x0E06, time}};
   message.properties.numbers = {{0x0E07, 1}, {0x0017, 1}};
-  tarnwick::testing::PstProperties recipient;
+  tarnwick::samples::PstProperties recipient;
   recipient.texts = {{0x3001, to.Name}, {0x3002, "SMTP"}, {0x3003, to.Address}};
   recipient.numbers = {{0x0C15, 1}};
   message.recipients = {recipient};

@@ -13,7 +13,7 @@
 #include "intake/header_parser.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/profile_builder.h"
+#include "samples/profile_builder.h"
 
 namespace {
 
@@ -86,7 +86,7 @@ int Run(const std::string& source, int copies, const std::string& maildir,
   }
   std::sort(files.begin(), files.end());
 
-  tarnwick::testing::MessageStoreBuilder store;
+  tarnwick::samples::MessageStoreBuilder store;
   size_t count = 0;
   // What a tree of two levels holds.
   constexpr size_t kMost = 50000;
@@ -97,7 +97,7 @@ int Run(const std::string& source, int copies, const std::string& maildir,
       Headers headers = ReadHeaders(message);
       std::string mark = copy == 0 ? "" : "." + std::to_string(copy);
       if (headers.messageIdEnd != 0) message.insert(headers.messageIdEnd, mark);
-      tarnwick::testing::IndexedMessage indexed;
+      tarnwick::samples::IndexedMessage indexed;
       indexed.text = message;
       indexed.date = headers.date;
       indexed.fraction = static_cast<uint32_t>(count);
@@ -112,12 +112,12 @@ int Run(const std::string& source, int copies, const std::string& maildir,
     }
   }
   store.Finish(200, true);
-  tarnwick::testing::MessageStoreBuilder sent;
+  tarnwick::samples::MessageStoreBuilder sent;
   sent.Finish();
-  tarnwick::testing::ProfileBuilder builder(tarnwick::platform::WithSeparator(profile));
+  tarnwick::samples::ProfileBuilder builder(tarnwick::platform::WithSeparator(profile));
   std::string folder = builder.AddIdentity("bench");
-  tarnwick::testing::ProfileBuilder::WriteStore(
-      folder, tarnwick::testing::StandardFolders(store.Bytes(), sent.Bytes()));
+  tarnwick::samples::ProfileBuilder::WriteStore(
+      folder, tarnwick::samples::StandardFolders(store.Bytes(), sent.Bytes()));
   builder.WriteHive();
   std::cout << count << std::endl;
   return 0;

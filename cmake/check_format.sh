@@ -3,5 +3,5 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 shopt -s nullglob
-find src tests bench* fuzz* \( -name '*.cpp' -o -name '*.cc' -o -name '*.h' \) -print0 |
+find src samples tests bench* fuzz* \( -name '*.cpp' -o -name '*.cc' -o -name '*.h' \) -print0 |
   xargs -0 -r "$1" --dry-run --Werror

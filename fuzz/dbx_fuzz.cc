@@ -14,12 +14,12 @@
 #include "oe/dbx_read.h"
 #include "oe/state.h"
 #include "platform/files.h"
-#include "support/dbx_builder.h"
+#include "samples/dbx_builder.h"
 #include "support/temp_folder.h"
 
 namespace {
 
-using tarnwick::testing::DbxImage;
+using tarnwick::samples::DbxImage;
 
 struct Base {
   std::string bytes;
@@ -27,15 +27,15 @@ struct Base {
 };
 
 Base MessageFile() {
-  tarnwick::testing::MessageStoreBuilder store;
+  tarnwick::samples::MessageStoreBuilder store;
   Base base;
   for (int i = 0; i < 8; ++i) {
-    tarnwick::testing::IndexedMessage message;
+    tarnwick::samples::IndexedMessage message;
     message.subject = "letter " + std::to_string(i);
     message.text = "From: ann@example.org\r\nSubject: letter\r\n\r\nHello.\r\n";
     message.blockSize = 24;
     message.flagsDirect = i % 2 == 0;
-    tarnwick::testing::MessagePlaces places = store.AddMessage(message);
+    tarnwick::samples::MessagePlaces places = store.AddMessage(message);
     base.objects.push_back(places.info);
     base.objects.push_back(places.date);
     base.objects.insert(base.objects.end(), places.blocks.begin(), places.blocks.end());
@@ -51,10 +51,10 @@ Base MessageFile() {
 }
 
 Base FolderList() {
-  tarnwick::testing::FolderListBuilder list;
+  tarnwick::samples::FolderListBuilder list;
   for (uint8_t i = 1; i < 6; ++i) {
     list.Add({i, static_cast<uint8_t>(i - 1), "folder", "folder.dbx"},
-             static_cast<tarnwick::testing::FolderForm>(i - 1));
+             static_cast<tarnwick::samples::FolderForm>(i - 1));
   }
   list.Finish();
   Base base{list.Bytes(), {0x30}};

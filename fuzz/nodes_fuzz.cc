@@ -16,7 +16,7 @@
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/node_store.h"
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 
 namespace {
 
@@ -26,16 +26,16 @@ namespace reader = tarnwick::outlook::reader;
 
 const std::string& Sound(bool isUnicode) {
   auto build = [](bool wide) {
-    tarnwick::testing::PstBuilder store(wide);
-    tarnwick::testing::PstMessage mail;
+    tarnwick::samples::PstBuilder store(wide);
+    tarnwick::samples::PstMessage mail;
     mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "s"}, {0x1000, std::string(500, 'b')}};
     mail.recipients.resize(2);
-    tarnwick::testing::PstAttachment file;
+    tarnwick::samples::PstAttachment file;
     file.data = std::string(9000, 'f');
-    tarnwick::testing::PstAttachment letter;
+    tarnwick::samples::PstAttachment letter;
     letter.embedded = {mail};
     mail.attachments = {file, letter};
-    uint32_t inbox = store.AddFolder(tarnwick::testing::PstBuilder::kTop, "Inbox");
+    uint32_t inbox = store.AddFolder(tarnwick::samples::PstBuilder::kTop, "Inbox");
     for (int i = 0; i < 3; ++i) store.AddMessage(inbox, mail);
     return store.Build();
   };

@@ -15,7 +15,7 @@
 #include "outlook/pst_provider.h"
 #include "outlook/rtf.h"
 #include "platform/error.h"
-#include "support/memory_outlook.h"
+#include "samples/memory_outlook.h"
 
 namespace {
 
@@ -55,18 +55,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (auto rtf = outlook::UnpackRtf(input)) outlook::ReadRtf(*rtf);
 
   RawRow row = ReadRow(input);
-  tarnwick::testing::MemoryItem item;
+  tarnwick::samples::MemoryItem item;
   item.properties = outlook::Decode(row, outlook::CharsetOfMessage(row));
   item.recipients = {item.properties, item.properties};
   item.Text(Prop::kMessageClass, size % 2 == 0 ? "IPM.Note" : "IPM.Note.SMIME.MultipartSigned");
   item.attachments = {item.properties};
   item.attachments[0].SetNumber(Prop::kAttachMethod, outlook::AttachMethod::kByValue);
   item.attachmentBytes[0] = std::string(input);
-  tarnwick::testing::MemoryItem outer = item;
+  tarnwick::samples::MemoryItem outer = item;
   outer.Text(Prop::kMessageClass, "IPM.Note");
   outer.Embed("inner", item);
 
-  tarnwick::testing::MemoryOutlook::ItemView view(outer);
+  tarnwick::samples::MemoryOutlook::ItemView view(outer);
   uint64_t budget = 16 * size + 20000;
   uint64_t written = 0;
   try {

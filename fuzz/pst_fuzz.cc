@@ -13,7 +13,7 @@
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 #include "support/temp_folder.h"
 
 namespace {
@@ -26,20 +26,20 @@ uint16_t Tag(Prop property) {
 }
 
 std::string SoundStore(bool isUnicode) {
-  tarnwick::testing::PstBuilder store(isUnicode);
-  uint32_t inbox = store.AddFolder(tarnwick::testing::PstBuilder::kTop, "Inbox");
+  tarnwick::samples::PstBuilder store(isUnicode);
+  uint32_t inbox = store.AddFolder(tarnwick::samples::PstBuilder::kTop, "Inbox");
   uint32_t deep = store.AddFolder(inbox, "Deep");
   for (int i = 0; i < 4; ++i) {
-    tarnwick::testing::PstMessage mail;
+    tarnwick::samples::PstMessage mail;
     mail.properties.texts[Tag(Prop::kMessageClass)] = "IPM.Note";
     mail.properties.texts[Tag(Prop::kSubject)] = "letter " + std::to_string(i);
     mail.properties.texts[Tag(Prop::kBody)] = std::string(i == 3 ? 20'000 : 20, 'x');
     mail.properties.times[Tag(Prop::kClientSubmitTime)] = 126'598'072'200'000'000;
-    tarnwick::testing::PstProperties bob;
+    tarnwick::samples::PstProperties bob;
     bob.numbers[Tag(Prop::kRecipientType)] = 1;
     bob.texts[Tag(Prop::kDisplayName)] = "Bob";
     mail.recipients = {bob, bob};
-    tarnwick::testing::PstAttachment file;
+    tarnwick::samples::PstAttachment file;
     file.properties.texts[Tag(Prop::kAttachLongName)] = "table.xls";
     file.data = std::string(i == 2 ? 12'000 : 100, 'y');
     mail.attachments = {file};

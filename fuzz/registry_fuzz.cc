@@ -10,7 +10,7 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/registry.h"
-#include "support/hive_builder.h"
+#include "samples/hive_builder.h"
 #include "support/temp_folder.h"
 
 namespace {
@@ -18,7 +18,7 @@ namespace {
 namespace platform = tarnwick::platform;
 
 std::string SoundHive() {
-  tarnwick::testing::HiveBuilder hive;
+  tarnwick::samples::HiveBuilder hive;
   hive.AddText("Identities\\{A}", "Username", "Ann");
   hive.AddText("Identities\\{A}\\Software", "Store Root", "%UserProfile%\\Mail\\", true);
   hive.AddNumber("Identities\\{B}", "Directory Name", 7);

@@ -6,7 +6,7 @@
 
 #include "database/engine/packing.h"
 #include "database/index/text_segment.h"
-#include "support/sample_profile.h"
+#include "samples/sample_profile.h"
 
 namespace tarnwick::fuzz {
 
@@ -129,7 +129,7 @@ Texts PackedSeeds(const Texts& letters) {
 
 std::map<std::string, std::vector<std::string>> Seeds() {
   Texts letters = kMessages;
-  for (const testing::SampleMessage& message : testing::SampleMessages()) {
+  for (const samples::SampleMessage& message : samples::SampleMessages()) {
     letters.push_back(message.raw);
   }
   return {{"message", letters},

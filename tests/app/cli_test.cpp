@@ -12,8 +12,8 @@
 
 #include "cli/command_line.h"
 #include "platform/files.h"
+#include "samples/sample_profile.h"
 #include "support/run_program.h"
-#include "support/sample_profile.h"
 #include "support/temp_folder.h"
 
 namespace tarnwick::app {
@@ -91,7 +91,7 @@ TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
   mode_t former = umask(0);
   std::string file = WriteMessage(
       "inline.eml", "From: a@b.test\r\nSubject: s\r\n\r\nbegin 644 a.txt\r\n#0V%T\r\n`\r\nend\r\n");
-  testing::WriteSampleProfile(home_.File("profile/"));
+  samples::WriteSampleProfile(home_.File("profile/"));
   EXPECT_EQ(Run({"--profile", home_.File("profile/"), "load", "--accept", "all"}).status, 0);
   EXPECT_EQ(Run({"take", file}).status, 0);
   EXPECT_EQ(Run({"backup", home_.File("home/all.twb")}).status, 0);

@@ -32,9 +32,9 @@
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
+#include "samples/profile_builder.h"
 #include "support/faults.h"
 #include "support/faulty_disk.h"
-#include "support/profile_builder.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
@@ -99,10 +99,10 @@ class Disaster : public testing::ProgramFixture {
     for (; !first.Eof(); first.MoveNext()) selected_.push_back({first.Field(0).AsInt(), "a"});
     first.Close();
 
-    testing::MessageStoreBuilder inbox;
-    testing::MessageStoreBuilder sent;
+    samples::MessageStoreBuilder inbox;
+    samples::MessageStoreBuilder sent;
     for (int i = 0; i < 25; ++i) {
-      testing::IndexedMessage message;
+      samples::IndexedMessage message;
       message.date = message.date.AddSeconds(i * 1000);
       message.messageId = "<load" + std::to_string(i) + "@example.org>";
       message.text = "From: ann" + std::to_string(i % 5) +
@@ -115,9 +115,9 @@ class Disaster : public testing::ProgramFixture {
     }
     inbox.Finish();
     sent.Finish();
-    testing::ProfileBuilder profile(folder_.File("profile/"));
-    testing::ProfileBuilder::WriteStore(profile.AddIdentity("ann"),
-                                        testing::StandardFolders(inbox.Bytes(), sent.Bytes()));
+    samples::ProfileBuilder profile(folder_.File("profile/"));
+    samples::ProfileBuilder::WriteStore(profile.AddIdentity("ann"),
+                                        samples::StandardFolders(inbox.Bytes(), sent.Bytes()));
     profile.WriteHive();
     repository::SetProfileFolder(folder_.File("profile/"));
     repository::DisconnectRepository();

@@ -15,7 +15,7 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "repository/repository.h"
-#include "support/hostile_mail.h"
+#include "samples/hostile_mail.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 #include "takeout/stored_file.h"
@@ -24,7 +24,7 @@ namespace tarnwick::board {
 namespace {
 
 using repository::RepositoryDb;
-using testing::HostileKind;
+using samples::HostileKind;
 
 class HostileMail : public testing::ProgramFixture {
  protected:
@@ -76,9 +76,9 @@ class HostileMail : public testing::ProgramFixture {
 
 TEST_F(HostileMail, BecomesWhatItIsAndNothingElse) {
   std::vector<std::string> outside = platform::ListFiles(folder_.Path());
-  std::vector<HostileKind> kinds = testing::HostileKinds(4000);
-  for (size_t i = 0; i < testing::RepeatedWordCount(); ++i) {
-    kinds.push_back(testing::RepeatedWord(i, 400));
+  std::vector<HostileKind> kinds = samples::HostileKinds(4000);
+  for (size_t i = 0; i < samples::RepeatedWordCount(); ++i) {
+    kinds.push_back(samples::RepeatedWord(i, 400));
   }
   EXPECT_GE(kinds.size(), 60U);
   int64_t last = 2;

@@ -17,10 +17,10 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
+#include "samples/profile_builder.h"
+#include "samples/pst_builder.h"
 #include "support/faulty_disk.h"
-#include "support/profile_builder.h"
 #include "support/program_fixture.h"
-#include "support/pst_builder.h"
 
 namespace tarnwick::board {
 namespace {
@@ -61,9 +61,9 @@ class LoadEnd : public testing::ProgramFixture {
   }
 
   static void WriteStoreTo(const std::string& folder) {
-    testing::MessageStoreBuilder inbox;
+    samples::MessageStoreBuilder inbox;
     for (int i = 0; i < kLetters; ++i) {
-      testing::IndexedMessage message;
+      samples::IndexedMessage message;
       message.date = message.date.AddSeconds(i * 1000);
       message.messageId = "<" + std::to_string(i) + "@example.org>";
       message.text = LetterText(i);
@@ -71,15 +71,15 @@ class LoadEnd : public testing::ProgramFixture {
       inbox.AddMessage(message);
     }
     inbox.Finish();
-    testing::ProfileBuilder::WriteStore(folder, testing::StandardFolders(inbox.Bytes(), ""));
+    samples::ProfileBuilder::WriteStore(folder, samples::StandardFolders(inbox.Bytes(), ""));
   }
 
   void AddOutlookStore() {
     setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
-    testing::PstBuilder store(true, "Personal Folders");
-    testing::PstMessage mail;
+    samples::PstBuilder store(true, "Personal Folders");
+    samples::PstMessage mail;
     mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "of Outlook"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(testing::PstBuilder::kTop, "Inbox"), mail);
+    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"), mail);
     platform::WriteFile(profile_.Folder() + "Outlook.pst", store.Build());
   }
 
@@ -113,7 +113,7 @@ class LoadEnd : public testing::ProgramFixture {
     }
   }
 
-  testing::ProfileBuilder profile_;
+  samples::ProfileBuilder profile_;
 };
 
 TEST_F(LoadEnd, AFullDiskEndsALoadAtOnceAndTheCountsAreWhatIsInTheFile) {

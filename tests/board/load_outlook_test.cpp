@@ -11,8 +11,8 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
+#include "samples/pst_builder.h"
 #include "support/program_fixture.h"
-#include "support/pst_builder.h"
 
 namespace tarnwick::board {
 namespace {
@@ -31,10 +31,10 @@ class LoadOutlook : public testing::ProgramFixture {
 
   // A store of one mail.
   void AddStore(const std::string& file, const std::string& name) {
-    testing::PstBuilder store(true, name);
-    testing::PstMessage mail;
+    samples::PstBuilder store(true, name);
+    samples::PstMessage mail;
     mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "hello"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(testing::PstBuilder::kTop, "Inbox"), mail);
+    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"), mail);
     platform::WriteFile(folder_.File("profile/" + file), store.Build());
   }
 };

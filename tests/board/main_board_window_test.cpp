@@ -24,7 +24,7 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
-#include "support/profile_builder.h"
+#include "samples/profile_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -302,7 +302,7 @@ TEST_F(Window, AnEmptyListOfRelatedMessagesSaysWhy) {
 class LoadingWindow : public Window {
  protected:
   LoadingWindow() : profile_(folder_.File("Ann/")) {
-    testing::MessageStoreBuilder inbox;
+    samples::MessageStoreBuilder inbox;
     const struct {
       const char* subject;
       DateTime date;
@@ -316,7 +316,7 @@ class LoadingWindow : public Window {
          "Tue, 6 Jan 2004 11:20:30 +0000"},
     };
     for (const auto& letter : letters) {
-      testing::IndexedMessage message;
+      samples::IndexedMessage message;
       message.subject = letter.subject;
       message.date = letter.date;
       message.text = Letter(letter.subject, letter.text);
@@ -324,11 +324,11 @@ class LoadingWindow : public Window {
     }
     inbox.Finish();
     std::string store = profile_.AddIdentity("Main Identity");
-    profile_.WriteStore(store, testing::StandardFolders(inbox.Bytes(), ""));
+    profile_.WriteStore(store, samples::StandardFolders(inbox.Bytes(), ""));
     profile_.WriteHive();
   }
 
-  testing::ProfileBuilder profile_;
+  samples::ProfileBuilder profile_;
 };
 
 TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/files.h"
-#include "support/profile_builder.h"
+#include "samples/profile_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -16,12 +16,12 @@ using ::testing::ElementsAre;
 using ProfileSummaryTest = testing::ProgramFixture;
 
 TEST_F(ProfileSummaryTest, CountsIdentitiesAndTheirFolders) {
-  testing::MessageStoreBuilder empty;
+  samples::MessageStoreBuilder empty;
   empty.Finish();
-  testing::ProfileBuilder profile(folder_.File("Ann/"));
+  samples::ProfileBuilder profile(folder_.File("Ann/"));
   for (const char* name : {"Main Identity", "Work"}) {
     std::string store = profile.AddIdentity(name);
-    profile.WriteStore(store, testing::StandardFolders(empty.Bytes(), empty.Bytes()));
+    profile.WriteStore(store, samples::StandardFolders(empty.Bytes(), empty.Bytes()));
   }
   profile.WriteHive();
   options::ProfileSummary found = ReadProfile(profile.Folder());
@@ -31,7 +31,7 @@ TEST_F(ProfileSummaryTest, CountsIdentitiesAndTheirFolders) {
 
 TEST_F(ProfileSummaryTest, NamesOutlooksStoresWithAndWithoutARegistry) {
   for (const char* kind : {"Bob/", "plain/"}) {
-    testing::ProfileBuilder profile(folder_.File(kind));
+    samples::ProfileBuilder profile(folder_.File(kind));
     if (std::string(kind) == "Bob/") profile.WriteHive();
     platform::WriteFile(profile.Folder() + "Archive.PST", "x");
     platform::MakeFolder(profile.Folder() + "AppData/Local/Microsoft/Outlook");

@@ -12,20 +12,20 @@
 #include "database/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
+#include "samples/sample_profile.h"
 #include "support/program_fixture.h"
-#include "support/sample_profile.h"
 
 namespace tarnwick::board {
 namespace {
 
+using samples::SampleMessage;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::SampleMessage;
 
 class SampleLoad : public testing::ProgramFixture {
  protected:
   SampleLoad() {
-    testing::WriteSampleProfile(folder_.File("profile/"));
+    samples::WriteSampleProfile(folder_.File("profile/"));
     repository::SetProfileFolder(folder_.File("profile/"));
   }
 
@@ -63,7 +63,7 @@ TEST_F(SampleLoad, EveryMessageIsStoredAsItWasWritten) {
   LoadResult result = Load();
   ASSERT_TRUE(result.ran);
   EXPECT_FALSE(result.failed);
-  auto all = static_cast<int64_t>(testing::SampleMessages().size());
+  auto all = static_cast<int64_t>(samples::SampleMessages().size());
   EXPECT_EQ(result.counts.found, all);
   EXPECT_EQ(result.counts.stored, all - 1);
   EXPECT_EQ(result.counts.notReached, 1);  // the draft
@@ -71,7 +71,7 @@ TEST_F(SampleLoad, EveryMessageIsStoredAsItWasWritten) {
 
   std::map<std::string, std::string> ids = IdsByRaw();
   EXPECT_EQ(ids.size(), static_cast<size_t>(all - 1));
-  for (const SampleMessage& message : testing::SampleMessages()) {
+  for (const SampleMessage& message : samples::SampleMessages()) {
     SCOPED_TRACE(message.subject + " of " + message.date.ToIso());
     auto id = ids.find(message.raw);
     if (!message.isTaken) {
@@ -106,7 +106,7 @@ TEST_F(SampleLoad, ASecondLoadFindsEverythingStored) {
   int64_t rows = CountRows("FileRepository");
   LoadResult again = Load();
   EXPECT_EQ(again.counts.stored, 0);
-  EXPECT_EQ(again.counts.alreadyStored, static_cast<int64_t>(testing::SampleMessages().size()) - 1);
+  EXPECT_EQ(again.counts.alreadyStored, static_cast<int64_t>(samples::SampleMessages().size()) - 1);
   EXPECT_EQ(CountRows("FileRepository"), rows);
   EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("There isn't new message."));
 }

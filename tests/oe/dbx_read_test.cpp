@@ -16,13 +16,13 @@
 namespace tarnwick::oe {
 namespace {
 
-using testing::DbxImage;
+using samples::DbxImage;
+using samples::IndexedMessage;
+using samples::MessagePlaces;
+using samples::MessageStoreBuilder;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using testing::IndexedMessage;
 using ::testing::IsEmpty;
-using testing::MessagePlaces;
-using testing::MessageStoreBuilder;
 
 class DbxRead : public OeFixture {
  protected:
@@ -148,7 +148,7 @@ TEST_F(DbxRead, ATimestampFoundInTheWrongPlaceDoesNotLoseTheText) {
   store.Image().PadTo(1U << 24);
   IndexedMessage message = Letter("misdated");
   // The low half of this time, behind the last index entry, is the high half of a time of 2004.
-  uint64_t time = testing::ToFileTime(message.date) >> 32 << 32 | 0x01C4D400;
+  uint64_t time = samples::ToFileTime(message.date) >> 32 << 32 | 0x01C4D400;
   message.date = DateTime::FromSeconds(static_cast<int64_t>(time / 10'000'000) - 11'644'473'600);
   message.fraction = static_cast<uint32_t>(time % 10'000'000);
   MessagePlaces places = store.AddMessage(message);
@@ -186,12 +186,12 @@ TEST_F(DbxRead, DatesOutside1990To2009AreNotFound) {
 }
 
 TEST_F(DbxRead, FileTimesBecomeDates) {
-  uint64_t known = testing::ToFileTime(DateTime::FromDate(2002, 6, 17).WithTime(19, 42, 7));
+  uint64_t known = samples::ToFileTime(DateTime::FromDate(2002, 6, 17).WithTime(19, 42, 7));
   EXPECT_EQ(known, 0x01C21637102A1180U);
   EXPECT_EQ(FileTimeToDate(known + 9'999'999, false).ToIso(), "2002-06-17 19:42:07");
   const DateTime none = DateTime::FromDate(1900, 1, 1);
-  EXPECT_EQ(FileTimeToDate(testing::ToFileTime(DateTime::FromDate(1900, 12, 31)), false), none);
-  EXPECT_EQ(FileTimeToDate(testing::ToFileTime(DateTime::FromDate(2050, 1, 1)), false), none);
+  EXPECT_EQ(FileTimeToDate(samples::ToFileTime(DateTime::FromDate(1900, 12, 31)), false), none);
+  EXPECT_EQ(FileTimeToDate(samples::ToFileTime(DateTime::FromDate(2050, 1, 1)), false), none);
   EXPECT_EQ(FileTimeToDate(0x8000000000000000U, true), none);
   try {
     FileTimeToDate(0x8000000000000000U, false);

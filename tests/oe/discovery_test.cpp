@@ -12,15 +12,15 @@
 namespace tarnwick::oe {
 namespace {
 
+using samples::FolderForm;
+using samples::FolderListBuilder;
+using samples::ProfileBuilder;
+using samples::StandardFolders;
+using samples::StoredFolder;
 using ::testing::ElementsAre;
-using testing::FolderForm;
-using testing::FolderListBuilder;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using testing::ProfileBuilder;
-using testing::StandardFolders;
-using testing::StoredFolder;
 
 class Discovery : public OeFixture {
  protected:
@@ -136,7 +136,7 @@ TEST_F(Discovery, RegistryFailuresEndTheRun) {
               ElementsAre("Error: Could not open Registry Key. RegQueryInfoKey"));
   ui_.shown.clear();
 
-  platform::WriteFile(profile_.Folder() + "NTUSER.DAT", testing::HiveBuilder().Build());
+  platform::WriteFile(profile_.Folder() + "NTUSER.DAT", samples::HiveBuilder().Build());
   EXPECT_FALSE(oeInitialize());
   EXPECT_THAT(ui_.Shown("error"), ElementsAre("Error: Could not open Registry Key. RegOpenKeyEx"));
   ui_.shown.clear();
@@ -271,13 +271,13 @@ TEST_F(Discovery, WhatMayNotBeReadIsNotCalledMissing) {
 TEST_F(Discovery, StoresBelowAHiveThatLeadsNowhereAreOffered) {
   std::string store = profile_.AddIdentity("Ann");
   ProfileBuilder::WriteStore(store, StandardFolders(StoreOf({"a"}), StoreOf({"b"})));
-  testing::HiveBuilder withoutIdentities;
+  samples::HiveBuilder withoutIdentities;
   withoutIdentities.AddKey("Identities");
-  testing::HiveBuilder withoutStores;
+  samples::HiveBuilder withoutStores;
   withoutStores.AddText("Identities\\{1}\\Software\\Microsoft\\Outlook Express\\5.0", "x", "y");
   UseProfile(profile_.Folder());
   for (const std::string& hive :
-       {std::string("no hive"), testing::HiveBuilder().Build(), withoutIdentities.Build(),
+       {std::string("no hive"), samples::HiveBuilder().Build(), withoutIdentities.Build(),
         withoutStores.Build(), std::string()}) {
     platform::WriteFile(profile_.Folder() + "NTUSER.DAT", hive);
     ui_.shown.clear();

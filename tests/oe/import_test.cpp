@@ -16,17 +16,17 @@ namespace tarnwick::oe {
 namespace {
 
 using repository::RepositoryDb;
+using samples::DbxImage;
+using samples::IndexedMessage;
+using samples::MessagePlaces;
+using samples::MessageStoreBuilder;
+using samples::ProfileBuilder;
+using samples::StandardFolders;
+using samples::StoredFolder;
 using ::testing::AllOf;
-using testing::DbxImage;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using testing::IndexedMessage;
 using ::testing::IsEmpty;
-using testing::MessagePlaces;
-using testing::MessageStoreBuilder;
-using testing::ProfileBuilder;
-using testing::StandardFolders;
-using testing::StoredFolder;
 
 class Import : public OeFixture {
  protected:

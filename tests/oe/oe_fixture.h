@@ -14,8 +14,8 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
-#include "support/dbx_builder.h"
-#include "support/profile_builder.h"
+#include "samples/dbx_builder.h"
+#include "samples/profile_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::oe {
@@ -42,8 +42,8 @@ class OeFixture : public testing::ProgramFixture {
   }
 
   // A plain letter; its text and its index entries name the subject.
-  static testing::IndexedMessage Letter(const std::string& subject, int minute = 0) {
-    testing::IndexedMessage letter;
+  static samples::IndexedMessage Letter(const std::string& subject, int minute = 0) {
+    samples::IndexedMessage letter;
     letter.subject = subject;
     letter.date = DateTime::FromDate(2004, 1, 5).WithTime(10, minute, 0);
     letter.senderName = "Bob Kern";
@@ -57,7 +57,7 @@ class OeFixture : public testing::ProgramFixture {
 
   // A store file of such letters in one node.
   static std::string StoreOf(const std::vector<std::string>& subjects) {
-    testing::MessageStoreBuilder store;
+    samples::MessageStoreBuilder store;
     int minute = 0;
     for (const std::string& subject : subjects) store.AddMessage(Letter(subject, minute++));
     store.Finish();

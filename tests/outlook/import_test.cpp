@@ -8,19 +8,19 @@
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
-#include "support/memory_outlook.h"
+#include "samples/memory_outlook.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::outlook {
 namespace {
 
+using samples::MailNamed;
+using samples::MemoryFolder;
+using samples::MemoryItem;
+using samples::MemoryOutlook;
+using samples::MemoryStore;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using testing::MailNamed;
-using testing::MemoryFolder;
-using testing::MemoryItem;
-using testing::MemoryOutlook;
-using testing::MemoryStore;
 
 class OutlookImport : public testing::ProgramFixture {
  protected:

@@ -8,15 +8,15 @@
 #include "outlook/pst_provider.h"
 #include "platform/clock.h"
 #include "platform/locale.h"
-#include "support/memory_outlook.h"
+#include "samples/memory_outlook.h"
 #include "support/scripted_ui.h"
 
 namespace tarnwick::outlook {
 namespace {
 
-using testing::MailNamed;
-using testing::MemoryItem;
-using testing::MemoryOutlook;
+using samples::MailNamed;
+using samples::MemoryItem;
+using samples::MemoryOutlook;
 
 constexpr const char* kEntry = "/O=FIRM/OU=SITE/CN=RECIPIENTS/CN=BOB";
 

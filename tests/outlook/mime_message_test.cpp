@@ -7,16 +7,16 @@
 #include "intake/header_parser.h"
 #include "outlook/mime_text.h"
 #include "platform/error.h"
-#include "support/memory_outlook.h"
+#include "samples/memory_outlook.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::outlook {
 namespace {
 
+using samples::MailNamed;
+using samples::MemoryItem;
+using samples::MemoryOutlook;
 using ::testing::HasSubstr;
-using testing::MailNamed;
-using testing::MemoryItem;
-using testing::MemoryOutlook;
 using ::testing::Not;
 
 class MimeMessage : public testing::ProgramFixture {

@@ -12,7 +12,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 #include "support/real_data.h"
 #include "support/temp_folder.h"
 
@@ -72,11 +72,11 @@ TEST_F(PstClientTest, GoesOnBehindTheRequestThatKilledTheReader) {
 
 // Whatever becomes of what was asked for ahead, each item comes in its time, and is the right one.
 TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
-  testing::PstBuilder store(true);
-  uint32_t inbox = store.AddFolder(testing::PstBuilder::kTop, "Inbox");
+  samples::PstBuilder store(true);
+  uint32_t inbox = store.AddFolder(samples::PstBuilder::kTop, "Inbox");
   std::vector<PstClient::Numbers> items;
   for (uint32_t i = 0; i < 6; ++i) {
-    testing::PstMessage mail;
+    samples::PstMessage mail;
     mail.properties.texts = {{0x001A, "IPM.Note"},
                              {0x1000, std::string(i == 1 ? 400'000 : 10, 'a')}};
     mail.attachments.resize(1);
@@ -116,7 +116,7 @@ TEST_F(PstClientTest, StopsWaitingWhenThePersonStops) {
 
 // What takes it over could not fill the disk, nor leave its memory lying about.
 TEST_F(PstClientTest, TheReaderMayWriteNoFile) {
-  testing::PstBuilder store(true);
+  samples::PstBuilder store(true);
   platform::WriteFile(folder_.File("a.pst"), store.Build());
   PstClient client(folder_.File("a.pst"), kReader);
   client.Ask(frame::kStore, {});

@@ -13,17 +13,17 @@
 #include "outlook/reader/library_store.h"
 #include "outlook/reader/node_store.h"
 #include "platform/files.h"
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 #include "support/real_data.h"
 #include "support/temp_folder.h"
 
 namespace tarnwick::outlook::reader {
 namespace {
 
-using testing::PstAttachment;
-using testing::PstBuilder;
-using testing::PstMessage;
-using testing::PstProperties;
+using samples::PstAttachment;
+using samples::PstBuilder;
+using samples::PstMessage;
+using samples::PstProperties;
 
 // An answer, with the pieces of each value put together; the properties of a row in order.
 struct Said {

@@ -16,18 +16,18 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "repository/repository.h"
+#include "samples/pst_builder.h"
 #include "support/program_fixture.h"
-#include "support/pst_builder.h"
 #include "support/real_data.h"
 
 namespace tarnwick::outlook {
 namespace {
 
+using samples::PstAttachment;
+using samples::PstBuilder;
+using samples::PstMessage;
+using samples::PstProperties;
 using ::testing::HasSubstr;
-using testing::PstAttachment;
-using testing::PstBuilder;
-using testing::PstMessage;
-using testing::PstProperties;
 
 uint16_t Tag(Prop property) {
   return static_cast<uint16_t>(property);

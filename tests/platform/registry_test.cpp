@@ -11,18 +11,18 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/dbx_builder.h"
-#include "support/hive_builder.h"
-#include "support/profile_builder.h"
+#include "samples/dbx_builder.h"
+#include "samples/hive_builder.h"
+#include "samples/profile_builder.h"
 #include "support/real_data.h"
 #include "support/temp_folder.h"
 
 namespace tarnwick::platform {
 namespace {
 
-using testing::DbxImage;
+using samples::DbxImage;
+using samples::HiveBuilder;
 using ::testing::ElementsAre;
-using testing::HiveBuilder;
 using testing::TempFolder;
 using ::testing::UnorderedElementsAre;
 

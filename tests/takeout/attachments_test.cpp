@@ -8,7 +8,7 @@
 #include <filesystem>
 
 #include "platform/files.h"
-#include "support/mail_encoding.h"
+#include "samples/mail_encoding.h"
 #include "support/real_data.h"
 #include "support/run_program.h"
 #include "support/temp_folder.h"
@@ -40,18 +40,18 @@ const std::string kBytes("\x00\x01 a\n\xFF=z", 8);
 TEST(Attachments, EveryWayInWhichFilesAreSentGivesTheirBytesBack) {
   std::string message = "From: a@example.org\r\nSubject: =?utf-8?Q?Gr=C3=BC=C3=9Fe?=\r\n\r\nHi\r\n";
   MessageAttachments attachments(Multipart({
-      "Content-Type: text/plain\r\n\r\nLetter.\r\n" + testing::Uuencode("plan.xls", kBytes),
+      "Content-Type: text/plain\r\n\r\nLetter.\r\n" + samples::Uuencode("plan.xls", kBytes),
       "Content-Type: image/png; name=\"=?iso-8859-1?Q?=FCber.png?=\"\r\n"
       "Content-Transfer-Encoding: base64\r\n\r\n" +
-          testing::Base64Lines(kBytes) + "____________\r\nA list of lists\r\n",
+          samples::Base64Lines(kBytes) + "____________\r\nA list of lists\r\n",
       "Content-Disposition: attachment; filename*0*=utf-8''na%C3%AFve;\r\n filename*1=.txt\r\n"
       "Content-Transfer-Encoding: quoted-printable\r\n\r\na=3Db =\r\nc\nd\r\n",
       "Content-Type: message/rfc822\r\n\r\n" + message,
       "Content-Type: message/rfc822\r\nContent-Transfer-Encoding: base64\r\n\r\n" +
-          testing::Base64Lines(Multipart({"Content-Type: audio/midi\r\n\r\nMThd"})),
+          samples::Base64Lines(Multipart({"Content-Type: audio/midi\r\n\r\nMThd"})),
       "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: "
       "quoted-printable\r\n\r\n" +
-          testing::QuotedPrintable(testing::Uuencode("PLAN.XLS", "x")),
+          samples::QuotedPrintable(samples::Uuencode("PLAN.XLS", "x")),
   }));
   EXPECT_THAT(Listed(attachments),
               ElementsAre("plan.xls application/octet-stream 8", "\u00FCber.png image/png 8",

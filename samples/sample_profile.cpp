@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/sample_profile.h"
+#include "samples/sample_profile.h"
 
 #include <stdexcept>
 
-#include "support/dbx_builder.h"
-#include "support/mail_encoding.h"
-#include "support/profile_builder.h"
-#include "support/sample_letters.h"
+#include "samples/dbx_builder.h"
+#include "samples/mail_encoding.h"
+#include "samples/profile_builder.h"
+#include "samples/sample_letters.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -113,4 +113,4 @@ void WriteSampleProfile(const std::string& folder) {
   profile.WriteHive();
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

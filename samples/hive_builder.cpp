@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/hive_builder.h"
+#include "samples/hive_builder.h"
 
 #include <algorithm>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -201,4 +201,4 @@ std::string HiveBuilder::Build() const {
   return writer.Finish(root);
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/profile_builder.h"
+#include "samples/profile_builder.h"
 
 #include <algorithm>
 #include <cstdio>
 
 #include "platform/files.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 ProfileBuilder::ProfileBuilder(std::string folder) : folder_(std::move(folder)) {
   platform::MakeFolder(folder_);
@@ -55,4 +55,4 @@ std::vector<StoredFolder> StandardFolders(const std::string& inbox, const std::s
           {{3, 1, "Sent Items", "Sent Items.dbx"}, sentItems}};
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/sample_letters.h"
+#include "samples/sample_letters.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -58,4 +58,4 @@ void AddOddLetters(std::vector<SampleMessage>& messages) {
   messages.push_back(quoted);
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 struct HostileKind {
   std::string name;
@@ -28,4 +28,4 @@ std::vector<HostileKind> HostileKinds(size_t size);
 size_t RepeatedWordCount();
 HostileKind RepeatedWord(size_t number, size_t size);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

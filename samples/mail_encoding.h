@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 // Russian texts (ASCII, the Russian alphabet) as bytes of the charset. Other characters become "?".
 std::string ToKoi8(std::string_view utf8);
@@ -29,4 +29,4 @@ std::string EncodedWordQ(std::string_view charset, std::string_view bytes);
 // "begin 644 name" to "end", each line ended by CR LF.
 std::string Uuencode(std::string_view name, std::string_view bytes);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -6,7 +6,7 @@
 
 #include "platform/error.h"
 #include "platform/files.h"
-#include "support/sample_profile.h"
+#include "samples/sample_profile.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {
@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    tarnwick::testing::WriteSampleProfile(tarnwick::platform::WithSeparator(argv[1]));
+    tarnwick::samples::WriteSampleProfile(tarnwick::platform::WithSeparator(argv[1]));
   } catch (const tarnwick::Error& error) {
     std::fprintf(stderr, "tarnwick-make-sample: %s\n", error.what());
     return 1;

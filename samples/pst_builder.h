@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 // Values by property number: a text, a number, a FILETIME or bytes.
 struct PstProperties {
@@ -114,4 +114,4 @@ class PstBuilder {
   uint32_t nextMessage_ = 0x200024;
 };
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

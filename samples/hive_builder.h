@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 class HiveBuilder {
  public:
@@ -41,4 +41,4 @@ class HiveBuilder {
 // UTF-16LE bytes of a UTF-8 text.
 std::string ToUtf16(const std::string& text);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/mail_encoding.h"
+#include "samples/mail_encoding.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -168,4 +168,4 @@ std::string Uuencode(std::string_view name, std::string_view bytes) {
   return text + "`\r\nend\r\n";
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/dbx_builder.h"
+#include "samples/dbx_builder.h"
 
 #include <algorithm>
 #include <stdexcept>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -253,4 +253,4 @@ void FolderListBuilder::Finish() {
   image_.Put32(0xC4, static_cast<uint32_t>(entries_.size()));
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

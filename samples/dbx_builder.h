@@ -12,7 +12,7 @@
 
 #include "platform/date_time.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 // The bytes of a store file with its header; objects are appended, each at its own offset.
 class DbxImage {
@@ -122,4 +122,4 @@ class FolderListBuilder {
 // The FILETIME of a civil UTC time.
 uint64_t ToFileTime(DateTime date, uint32_t fraction = 0);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

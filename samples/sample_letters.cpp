@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/sample_letters.h"
+#include "samples/sample_letters.h"
 
 #include <array>
 #include <cstdio>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -128,4 +128,4 @@ void AddPlainLetters(std::vector<SampleMessage>& m) {
             "Dinner's on me.", "", "J."});
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

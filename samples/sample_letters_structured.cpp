@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/mail_encoding.h"
-#include "support/sample_letters.h"
+#include "samples/mail_encoding.h"
+#include "samples/sample_letters.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -142,4 +142,4 @@ void AddStructuredLetters(std::vector<SampleMessage>& messages) {
   AddInline(messages);
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

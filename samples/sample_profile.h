@@ -12,7 +12,7 @@
 
 #include "platform/date_time.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 struct SampleMessage {
   std::string folder;   // display name, the stored Folder
@@ -38,4 +38,4 @@ const std::vector<SampleMessage>& SampleMessages();
 // Writes an NTUSER.DAT and one store below it. The folder is made when it is missing.
 void WriteSampleProfile(const std::string& folder);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

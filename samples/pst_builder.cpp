@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/pst_builder.h"
+#include "samples/pst_builder.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
 #include "outlook/reader/cipher.h"
-#include "support/hive_builder.h"
+#include "samples/hive_builder.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -642,4 +642,4 @@ std::string PstBuilder::Build() {
   return file_;
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

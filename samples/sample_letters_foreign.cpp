@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/mail_encoding.h"
-#include "support/sample_letters.h"
+#include "samples/mail_encoding.h"
+#include "samples/sample_letters.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -105,4 +105,4 @@ void AddForeignLetters(std::vector<SampleMessage>& messages) {
   AddJapanese(messages);
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

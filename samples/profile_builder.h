@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "support/dbx_builder.h"
-#include "support/hive_builder.h"
+#include "samples/dbx_builder.h"
+#include "samples/hive_builder.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 // A folder of a store; without a file of its own when bytes is empty.
 struct StoredFolder {
@@ -45,4 +45,4 @@ class ProfileBuilder {
 // "Sent Items" (3, Sent Items.dbx) of these bytes below it.
 std::vector<StoredFolder> StandardFolders(const std::string& inbox, const std::string& sentItems);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -13,7 +13,7 @@
 #include "outlook/object_model.h"
 #include "platform/error.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 struct MemoryItem {
   std::string entryId;
@@ -179,4 +179,4 @@ class MemoryOutlook : public outlook::Namespace {
   };
 };
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "support/hostile_mail.h"
+#include "samples/hostile_mail.h"
 
 #include <array>
 #include <random>
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 namespace {
 
@@ -435,4 +435,4 @@ std::vector<HostileKind> HostileKinds(size_t size) {
   return kinds;
 }
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "support/sample_profile.h"
+#include "samples/sample_profile.h"
 
-namespace tarnwick::testing {
+namespace tarnwick::samples {
 
 // Plain English letters, most of the sample.
 void AddPlainLetters(std::vector<SampleMessage>& messages);
@@ -55,4 +55,4 @@ std::string PlainContent(const std::string& charset, const std::string& encoding
 // Lines joined, each ended by CR LF.
 std::string Lines(const std::vector<std::string>& lines);
 
-}  // namespace tarnwick::testing
+}  // namespace tarnwick::samples
