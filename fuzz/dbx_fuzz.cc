@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/run_state.h"
+#include "oe/announced.h"
 #include "oe/dbx_read.h"
 #include "oe/state.h"
 #include "platform/files.h"

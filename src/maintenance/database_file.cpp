@@ -158,13 +158,16 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(f
     platform::CopyFile(emptyRepository, path_);
     BringUpToDate(path_);
   } catch (...) {
-    std::remove(path_.c_str());
+    Discard();
     throw;
   }
 }
 
 NewDatabaseFile::~NewDatabaseFile() {
-  if (finished_) return;
+  if (!finished_) Discard();
+}
+
+void NewDatabaseFile::Discard() noexcept {
   try {
     platform::RemoveFile(path_);
     jet::RemoveLogs(path_);

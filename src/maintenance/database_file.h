@@ -74,6 +74,8 @@ class NewDatabaseFile {
   void Finish();
 
  private:
+  void Discard() noexcept;
+
   std::string file_;
   std::string path_;
   bool finished_ = false;

@@ -226,6 +226,7 @@ class Disaster : public testing::ProgramFixture {
     bool replaces = platform::FileExists(folder_.File("new.twb"));
     ui_.yesNo.assign(static_cast<size_t>(operation.questions) + (replaces ? 1 : 0), true);
     ui_.folders = {std::nullopt};  // asked where the setting can't be read
+    ui_.declinesOthers = true;     // what is asked where a store looks damaged
     ui_.shown.clear();
   }
 

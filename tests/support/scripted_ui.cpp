@@ -52,6 +52,7 @@ bool ScriptedUi::ShowBox(core::BoxIcon icon, const std::string& text, bool offer
 
 bool ScriptedUi::AskYesNo(const std::string& text) {
   shown.emplace_back("question", text);
+  if (yesNo.empty() && declinesOthers) return false;
   return Take(yesNo, false, text);
 }
 

@@ -25,6 +25,8 @@ class ScriptedUi : public core::UserInterface {
   std::vector<std::pair<std::string, std::string>> shown;
   // Boxes may appear without being expected; set to false to fail on any.
   bool allowBoxes = true;
+  // Set to true to have questions for which no answer was prepared answered with no.
+  bool declinesOthers = false;
 
   std::deque<bool> yesNo;
   std::deque<core::RepeatedAnswer> yesNoAll;
