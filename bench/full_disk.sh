@@ -88,7 +88,7 @@ wrong() {
 
 # What must hold of a run that ended with $status and printed $said.
 judge() { # OPERATION TOTAL FORMER
-  local now stored=0
+  local now stored
   now=$(rows "$disk/home") || wrong "it can't be listed"
   if [ -z "$said" ] && [ "$status" = 1 ] && [ "$now" = "$3" ]; then
     # No room to begin with: the start says so.
@@ -162,7 +162,8 @@ for operation in load outlook merge restore backup export; do
     else
       failed=$((failed + 1))
       stored=$(number ', stored' "$said")$(number imported "$said")
-      least=${least:-$stored} most=$stored
+      [ -z "$stored" ] || { [ -n "$least" ] && [ "$stored" -ge "$least" ]; } || least=$stored
+      [ -z "$stored" ] || { [ -n "$most" ] && [ "$stored" -le "$most" ]; } || most=$stored
       rm -f "$disk/made.twb"
       run_it "$operation" >/dev/null 2>"$work/errors" || wrong "again: $(cat "$work/errors")"
       [ "$(rows "$disk/home")" = "$total" ] || wrong "again: listed $(rows "$disk/home")"

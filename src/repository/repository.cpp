@@ -120,6 +120,17 @@ void OpenParameters(jet::Connection& connection) {
   EmptyScratchFolder();
 }
 
+// Where there is no room to bring the log into the file nothing is lost: the log stays beside it,
+// and the next opening goes on from there. Whoever filled the disk has been told.
+void CloseConnection(jet::Connection& connection) {
+  try {
+    connection.Close();
+  } catch (const Error& error) {
+    core::ReportCurrentException(
+        "DisconnectRepository", core::IsDiskFull(error) ? core::Report::kLog : core::Report::kShow);
+  }
+}
+
 // The folder checks that both commands begin with; false when the command ends there.
 bool IsOtherFolder(std::string& folder) {
   if (folder.empty()) return false;
@@ -201,9 +212,9 @@ void DisconnectRepository() {
       jet::Recordset& recordset = repository.*entry.recordset;
       if (recordset.IsOpen()) recordset.Close();
     }
-    repository.RepositoryConnection.Close();
-    repository.ParameterConnection.Close();
   });
+  CloseConnection(Repository().RepositoryConnection);
+  CloseConnection(Repository().ParameterConnection);
 }
 
 bool PrepareSearch(int64_t milliseconds) {
