@@ -47,7 +47,8 @@ inline void CheckControls(const QWidget& window) {
     if (inner || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
     std::string name = widget->objectName().toStdString();
     EXPECT_FALSE(name.empty()) << widget->metaObject()->className();
-    bool captioned = button != nullptr && !button->text().isEmpty();
+    // A label that takes the keyboard for its links is called by its text.
+    bool captioned = label != nullptr || (button != nullptr && !button->text().isEmpty());
     EXPECT_TRUE(captioned || !widget->accessibleName().isEmpty()) << name;
     EXPECT_TRUE(inTabOrder.contains(widget)) << name;
   }
