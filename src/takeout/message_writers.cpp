@@ -81,18 +81,12 @@ class MaildirWriter : public MessageWriter {
     const std::string& box = MakeBox(letter);
     int64_t arrived = letter.time ? std::max<int64_t>(platform::UnixFromLocal(*letter.time), 0) : 0;
     std::string stem = std::to_string(arrived) + "." + std::to_string(letter.id) + "_";
-    std::string scratch = platform::UniquePath(box + "tmp/", stem + "new");
-    try {
-      platform::WriteFile(scratch, file);
-      if (letter.time) platform::SetFileModified(scratch, *letter.time);
-      // A message saved once more gets a name of its own. Seen, as all mail here has been.
-      for (int number = 0;; ++number) {
-        std::string name = box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S";
-        if (platform::RenameNew(scratch, name)) break;
-      }
-    } catch (...) {
-      RemoveQuietly(scratch);
-      throw;
+    platform::StagedFile made(platform::UniquePath(box + "tmp/", stem + "new"));
+    platform::WriteFile(made.Path(), file);
+    if (letter.time) platform::SetFileModified(made.Path(), *letter.time);
+    // A message saved once more gets a name of its own. Seen, as all mail here has been.
+    for (int number = 0; !made.IsInPlace(); ++number) {
+      made.TakeName(box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S");
     }
     ++saved_;
   }
@@ -175,7 +169,7 @@ class MboxWriter : public MessageWriter {
     constexpr uint64_t kFlushed = 64 << 20;
     if (size_ - begun_ > kFlushed) {
       begun_ = size_;
-      platform::BeginFlush(path_);
+      platform::BeginFlush(made_->Path());
     }
   }
 
@@ -190,17 +184,17 @@ class MboxWriter : public MessageWriter {
     }
     output_.reset();
     // Whatever failed, the messages that came whole to the disk are kept.
-    uint64_t onDisk = platform::FileSize(path_);
+    const std::string path = made_->Path();
+    uint64_t onDisk = platform::FileSize(path);
     while (!ends_.empty() && ends_.back() > onDisk) ends_.pop_back();
     whole = ends_.empty() ? 0 : ends_.back();
-    if (whole == 0) {
-      platform::RemoveFile(path_);
-    } else {
-      if (whole != onDisk) platform::CutFile(path_, whole);
-      platform::FlushToDisk(path_);
-      files_->Place(path_, stem_, ".mbox");
+    if (whole != 0) {
+      if (whole != onDisk) platform::CutFile(path, whole);
+      platform::FlushToDisk(path);
+      files_->Place(*made_, stem_, ".mbox");
       saved_ += static_cast<int64_t>(ends_.size());
     }
+    made_.reset();
     ends_.clear();
     if (failure) std::rethrow_exception(failure);
   }
@@ -217,8 +211,8 @@ class MboxWriter : public MessageWriter {
     place.pop_back();
     std::string path = Joined(folder_, place);
     if (files_ == nullptr || files_->Folder() != path) files_ = std::make_unique<NewFiles>(path);
-    path_ = files_->UnfinishedPath(stem_, ".mbox");
-    output_ = std::make_unique<platform::OutputFile>(path_);
+    made_.emplace(files_->UnfinishedPath(stem_, ".mbox"));
+    output_ = std::make_unique<platform::OutputFile>(made_->Path());
     size_ = 0;
     begun_ = 0;
   }
@@ -235,7 +229,7 @@ class MboxWriter : public MessageWriter {
   std::vector<std::string> place_;
   std::unique_ptr<NewFiles> files_;
   std::string stem_;
-  std::string path_;  // while it is unfinished
+  std::optional<platform::StagedFile> made_;
   std::unique_ptr<platform::OutputFile> output_;
   uint64_t size_ = 0;
   uint64_t begun_ = 0;          // so much is on its way to the disk

@@ -78,15 +78,10 @@ bool CheckSpace(const SaveOrder& order) {
   uint64_t overhead = order.ids.size() * kFileOverhead;
   uint64_t all = platform::FileSize(repository::Repository().RepositoryFolder +
                                     std::string(repository::kRepositoryFile));
-  try {
-    RequireSpace(order.folder, overhead + 4 * all);
-    return true;
-  } catch (const Error&) {
-    // Looked at closely below.
-  }
+  if (platform::FreeSpace(order.folder) >= overhead + 4 * all) return true;
   std::optional<uint64_t> size = SizeOf(order.ids);
   if (!size) return false;
-  RequireSpace(order.folder, overhead + *size);
+  platform::RequireSpace(order.folder, overhead + *size);
   return true;
 }
 

@@ -148,7 +148,7 @@ TEST_F(SaveMessagesTest, AFullDiskKeepsWhatWasSavedWholeAndCountsTheRest) {
       int64_t whole = 0;
       for (const std::string& path : Files(name)) {
         std::string text = platform::ReadFile(path);
-        EXPECT_EQ(path.find(kUnfinished), std::string::npos) << path;
+        EXPECT_EQ(path.find(platform::kUnfinished), std::string::npos) << path;
         if (format != SaveFormat::kMbox) {
           EXPECT_EQ(stored.count(text), 1U) << path;
           ++whole;
@@ -199,7 +199,7 @@ TEST_F(SaveMessagesTest, AStopAndTooLittleRoomAreAccountedFor) {
   platform::SetFreeSpaceOverride(100 * 1000);
   EXPECT_EQ(Save(SaveFormat::kEml, "none"), "nothing");
   EXPECT_FALSE(platform::FolderExists(folder_.File("none")));
-  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("Disk full")));
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("There is not enough free space in ")));
   platform::SetFreeSpaceOverride(600 * 1000);
   EXPECT_EQ(Save(SaveFormat::kEml, "fits").substr(0, 23), "selected 100, saved 100");
   platform::SetFreeSpaceOverride({});
