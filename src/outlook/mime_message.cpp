@@ -8,9 +8,11 @@
 
 #include "core/messages.h"
 #include "core/text.h"
+#include "intake/header_writer.h"
 #include "outlook/header_block.h"
 #include "outlook/mime_text.h"
 #include "platform/charset.h"
+#include "platform/date_time.h"
 #include "platform/error.h"
 
 namespace tarnwick::outlook {
@@ -108,12 +110,13 @@ class Writer {
     if (isMissing("to")) PutPeople("To", Recipients(letter, RecipientType::kTo));
     if (isMissing("cc")) PutPeople("Cc", Recipients(letter, RecipientType::kCc));
     if (isMissing("bcc")) PutPeople("Bcc", Recipients(letter, RecipientType::kBcc));
-    if (isMissing("subject")) PutField("Subject", HeaderText(letter.subject));
+    if (isMissing("subject")) PutField("Subject", intake::HeaderText(letter.subject));
     auto sent = letter.sent ? letter.sent : letter.received ? letter.received : letter.created;
-    if (isMissing("date") && sent) PutField("Date", HeaderDate(*sent));
-    if (isMissing("message-id")) PutField("Message-ID", HeaderText(letter.messageId));
-    if (isMissing("in-reply-to")) PutField("In-Reply-To", HeaderText(letter.inReplyTo));
-    if (isMissing("references")) PutField("References", HeaderText(letter.references));
+    if (isMissing("date") && sent)
+      PutField("Date", intake::InternetDate(DateTime::FromSeconds(*sent), 0));
+    if (isMissing("message-id")) PutField("Message-ID", intake::HeaderText(letter.messageId));
+    if (isMissing("in-reply-to")) PutField("In-Reply-To", intake::HeaderText(letter.inReplyTo));
+    if (isMissing("references")) PutField("References", intake::HeaderText(letter.references));
     if (isMissing("importance")) PutField("Importance", letter.importance);
     if (letter.isDraft) PutField("X-Unsent", "1");
   }
@@ -221,8 +224,9 @@ class Writer {
     outlook::Letter letter = ReadLetter(*inner);
     // Its name is a subject; what is saved of it is Internet text.
     std::string file = name + ".eml";
-    Put("Content-Type: message/rfc822" + HeaderParameter("name", file) +
-        "\r\nContent-Disposition: attachment" + HeaderParameter("filename", file) + "\r\n\r\n");
+    Put("Content-Type: message/rfc822" + intake::HeaderParameter("name", file) +
+        "\r\nContent-Disposition: attachment" + intake::HeaderParameter("filename", file) +
+        "\r\n\r\n");
     Letter(*inner, letter);
   }
 
@@ -232,12 +236,12 @@ class Writer {
     if (!HasType(type) || core::BeginsWith(platform::AsciiLower(type), "multipart/")) {
       type = kDefaultType;
     }
-    std::string headers = "Content-Type: " + type + HeaderParameter("name", name) +
+    std::string headers = "Content-Type: " + type + intake::HeaderParameter("name", name) +
                           "\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: " +
-                          (inlined ? "inline" : "attachment") + HeaderParameter("filename", name) +
-                          "\r\n";
+                          (inlined ? "inline" : "attachment") +
+                          intake::HeaderParameter("filename", name) + "\r\n";
     const std::string& id = attachment.Text(Prop::kAttachContentId);
-    if (!id.empty()) headers += "Content-ID: <" + HeaderText(id) + ">\r\n";
+    if (!id.empty()) headers += "Content-ID: <" + intake::HeaderText(id) + ">\r\n";
     headers += "\r\n";
     Base64Lines lines;
     item.ReadAttachment(index, [&](std::string_view piece) {
@@ -268,7 +272,7 @@ class Writer {
       });
       return;
     }
-    std::string type = "application/pkcs7-mime" + HeaderParameter("name", "smime.p7m");
+    std::string type = "application/pkcs7-mime" + intake::HeaderParameter("name", "smime.p7m");
     for (const HeaderField& field : ReadHeaderBlock(letter.transportHeaders)) {
       if (field.lowerName == "content-type" &&
           core::ContainsIgnoringCase(field.text, "pkcs7-mime")) {
@@ -277,7 +281,7 @@ class Writer {
     }
     Put("MIME-Version: 1.0\r\nContent-Type: " + type +
         "\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment" +
-        HeaderParameter("filename", "smime.p7m") + "\r\n\r\n");
+        intake::HeaderParameter("filename", "smime.p7m") + "\r\n\r\n");
     Base64Lines lines;
     item.ReadAttachment(0, [&](std::string_view piece) { Put(lines.Add(piece)); });
     Put(lines.End());
