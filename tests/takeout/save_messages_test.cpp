@@ -243,10 +243,10 @@ TEST(FolderPath, ComesFromWhateverTheMailerWrote) {
   EXPECT_THAT(FolderPath("Outlook Express", "", "Inbox"), ElementsAre("Inbox"));
   EXPECT_THAT(FolderPath("Outlook", "\\\\Personal Folders\\Inbox", "v1.0"),
               ElementsAre("Personal Folders", "Inbox", "v1.0"));
-  Letter letter;
-  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("Mail"));
-  letter.folder = {"..", "a/b", "CON"};
-  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("a_b", "_CON"));
+  MessageLabel label;
+  EXPECT_THAT(SafeFolderPath(label), ElementsAre("Mail"));
+  label.folder = {"..", "a/b", "CON"};
+  EXPECT_THAT(SafeFolderPath(label), ElementsAre("a_b", "_CON"));
 }
 
 }  // namespace
