@@ -186,7 +186,7 @@ bool OpenRepository(bool clearAll) {
     repository.WasNotClosed = jet::HasLog(file);
     Connect(repository.RepositoryConnection, file);
     jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
-    repository.RepositoryConnection.KeepDigest(ListDigest());
+    repository.RepositoryConnection.KeepColumnCache(ListColumnCache());
     repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
     ReserveKeys();
     if (clearAll) ClearRepository();

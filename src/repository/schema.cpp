@@ -151,7 +151,7 @@ std::span<const TableDefinition> RepositoryTables() {
   return tables;
 }
 
-jet::DigestDefinition ListDigest() {
+jet::ColumnCacheDefinition ListColumnCache() {
   return {"Email",      "ReceivedTime", "FromTo", {"Direction", "Active", "FilesNum"},
           "Attachment", "EmailID"};
 }

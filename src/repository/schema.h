@@ -23,7 +23,7 @@ inline constexpr const char* kTemplateFile = "emlTemplate.twr";
 std::span<const jet::TableDefinition> RepositoryTables();
 std::span<const jet::TableDefinition> ParameterTables();
 // What the list filters and sorts by; its columns are those of the index EmailList.
-jet::DigestDefinition ListDigest();
+jet::ColumnCacheDefinition ListColumnCache();
 
 // Makes the template, the parameter database and a first repository in a folder. Throws Error.
 void CreateDatabaseFiles(const std::string& folder);
