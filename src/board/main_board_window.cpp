@@ -217,7 +217,7 @@ void MainBoard::Connect() {
 
 bool MainBoard::Load() {
   bool sameWidth = RestorePlace(*this);
-  grid_->ApplyWidths(repository::ReadGridLayout(kGridGroup, kGridColumns), sameWidth);
+  grid_->ApplyWidths(repository::ReadNamedLayout(kGridGroup, kGridNames), sameWidth);
   ShowRepositoryFolder();
   actions_->timeline->setChecked(ReadTimelineShown());
   timeline_->setVisible(actions_->timeline->isChecked());
@@ -574,7 +574,7 @@ void MainBoard::FillChoices() {
 void MainBoard::SaveLayout() {
   core::GuardedRun("Form_Unload", [this] {
     jet::CommitGroup group(repository::ParameterDb());
-    repository::SaveGridLayout(kGridGroup, grid_->Widths());
+    repository::SaveNamedLayout(kGridGroup, kGridNames, grid_->Widths());
     ListFilter filter = Board().Filter;
     strip_->ReadFilter(filter);
     SaveFilter(filter, CountListed());

@@ -23,9 +23,10 @@ inline constexpr size_t kFileRecordLength = 32767;
 inline constexpr size_t kMostShortText = 32767;
 
 // messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
-// bypasses the sender rules. What became of it is in LastOutcome (header_parser.h): kStored when
-// all of it is there, kUnreadable when an error, core::State().LastReportedError, left none of it
-// or a part. identity: the Outlook Express identity or Outlook profile.
+// bypasses the sender rules. Both labels stand in the message from then on. What became of it is in
+// LastOutcome (header_parser.h): kStored when all of it is there, kUnreadable when an error,
+// core::State().LastReportedError, left none of it or a part. identity: the Outlook Express
+// identity or Outlook profile.
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
                   const std::string& identity = {});

@@ -104,7 +104,7 @@ class Merge {
       return Outcome::kAlreadyStored;
     }
     reader_.WriteFile(exported.id, scratch_);
-    intake::dbSaveMesage(scratch_, message, message.Application, 0, exported.identity);
+    intake::dbSaveMesage(scratch_, message, message.Application, 0, message.Identity);
     return intake::LastOutcome();
   }
 

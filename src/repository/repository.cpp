@@ -187,7 +187,7 @@ bool OpenRepository(bool clearAll) {
     Connect(repository.RepositoryConnection, file);
     jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
     repository.RepositoryConnection.KeepColumnCache(ListColumnCache());
-    repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
+    repository.RepositoryConnection.KeepTextIndex("Email", SearchedColumns());
     ReserveKeys();
     if (clearAll) ClearRepository();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
