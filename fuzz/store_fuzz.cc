@@ -18,6 +18,7 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
@@ -53,7 +54,7 @@ const core::RunState& Started() {
     testing::TempFolder databases;
     repository::CreateDatabaseFiles(databases.Path());
     core::State().Ui = &nobody;
-    core::SeedAppFolder(folder.Path(), databases.Path());
+    repository::SeedAppFolder(folder.Path(), databases.Path());
     core::PrepareRun(folder.Path());
     Demand(repository::OpenRepository(false));
     core::State().LogEvents = false;
