@@ -85,10 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static int64_t lastId = 0;
   const std::string original(reinterpret_cast<const char*>(data), size);
   platform::WriteFile(core::State().TempMessageFile, original);
-  bool isMessage = intake::dbxParseMessage(core::State().TempMessageFile,
-                                           {"Inbox", "Local Folders", "Fuzz"}, "somebody", "");
+  intake::Ending ending;
+  bool isMessage = intake::dbxParseMessage(
+      core::State().TempMessageFile, {"Inbox", "Local Folders", "Fuzz"}, "somebody", "", &ending);
   RepositoryDb().EndUnit();
-  bool isStored = intake::LastOutcome() == intake::Outcome::kStored;
+  bool isStored = ending.outcome == intake::Outcome::kStored;
   Demand(isStored == isMessage);
   jet::Recordset rows;
   rows.Open("SELECT Max(ID) AS Last FROM Email", RepositoryDb());
