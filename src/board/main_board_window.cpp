@@ -18,6 +18,7 @@
 #include "board/message_viewer.h"
 #include "board/profile_summary.h"
 #include "board/search_watch.h"
+#include "board/sources.h"
 #include "board/window_place.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
@@ -509,7 +510,6 @@ void MainBoard::ShowEmail() {
 
 void MainBoard::SetShowEmailText(bool on) {
   if (State().ShowEmailText != on) {
-    State().ShowEmailText = on;
     repository::SetOption(kShowEmailText, on);
   }
   if (on) {
@@ -552,7 +552,7 @@ void MainBoard::OpenContacts() {
 }
 
 void MainBoard::OpenOptions() {
-  options::frmOptions(ReadProfile, this).exec();
+  options::frmOptions(ReadProfile, Mailers(), this).exec();
 }
 
 void MainBoard::ShowLastLoad() {

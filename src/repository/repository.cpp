@@ -269,12 +269,8 @@ void NoteWhetherEmpty() {
 }
 
 void ReadOptions() {
-  core::RunState& state = State();
   NoteWhetherEmpty();
-  state.UseOutlookExpress = GetOption("OutlookExpress");
-  state.UseMSOutlook = GetOption("MSOutlook");
-  state.ShowEmailText = GetOption("ShowEmailText");
-  state.LogMailTexts = GetOption("LogMailTexts", true);
+  ReadOptionFlags();
 }
 
 bool SwitchRepository(const std::string& folder) {
