@@ -24,9 +24,10 @@ inline constexpr size_t kFileRecordLength = 32767;
 inline constexpr size_t kMostShortText = 32767;
 
 // messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
-// bypasses the sender rules. identity: the Outlook Express identity or Outlook profile. ending,
-// where it is given, tells what became of the message: kStored when all of it is there, kUnreadable
-// when an error, core::State().LastReportedError, left none of it or a part.
+// bypasses the sender rules. identity: the Outlook Express identity or Outlook profile. Both labels
+// stand in the message from then on. ending, where it is given, tells what became of the message:
+// kStored when all of it is there, kUnreadable when an error, core::State().LastReportedError, left
+// none of it or a part.
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
                   const std::string& identity = {}, Ending* ending = nullptr);

@@ -105,7 +105,7 @@ class Merge {
     }
     reader_.WriteFile(exported.id, scratch_);
     intake::Ending ending;
-    intake::dbSaveMesage(scratch_, message, message.Application, 0, exported.identity, &ending);
+    intake::dbSaveMesage(scratch_, message, message.Application, 0, message.Identity, &ending);
     return ending.outcome;
   }
 
