@@ -128,7 +128,7 @@ TEST_F(Everywhere, TextsOfMailAreNeverMarkup) {
   contacts::frmContacts contacts;
   contacts::frmContact contact(contact_);
   options::frmOptions options([](const std::string&) {
-    return options::ProfileSummary{{kMarkup}, 1, {kMarkup}};
+    return options::ProfileSummary{{kMarkup}, 1, {kMarkup}, {}};
   });
   options::AboutDialog about;
   takeout::SaveMessagesDialog save(1, 1);
