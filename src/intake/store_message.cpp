@@ -8,7 +8,6 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "intake/header_parser.h"
 #include "intake/message_fields.h"
 #include "intake/sender_rules.h"
 #include "intake/unfinished.h"
@@ -124,18 +123,20 @@ std::string StoredKey(const std::string& messageKey) {
 
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
-                  const std::string& identity) {
+                  const std::string& identity, Ending* ending) {
   core::RunState& state = core::State();
-  SetLastOutcome(Outcome::kStopped);
+  Ending own;
+  Ending& told = ending != nullptr ? *ending : own;
+  told = {state.StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
   if (state.StopFlag) return;
-  SetLastOutcome(Outcome::kUnreadable);
   core::GuardedRun("dbSaveMesage", [&] {
     jet::Recordset email;
     email.Open("Email", RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kPessimistic,
                jet::CommandType::kTable);
     TakeBodyFromHtml(message);
-    if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message)) return;
-    SetLastOutcome(Outcome::kUnreadable);
+    if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message, told)) {
+      return;
+    }
     ++state.StoredMessages;
     int64_t errorsBefore = state.ReportedErrors;
     message.Application = application;
@@ -152,9 +153,9 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
     group.End();
-    if (isWhole) SetLastOutcome(Outcome::kStored);
+    if (isWhole) told.outcome = Outcome::kStored;
   });
-  if (LastOutcome() != Outcome::kStored || message.IsUnfinished) {
+  if (told.outcome != Outcome::kStored || message.IsUnfinished) {
     repository::Repository().MayHoldUnfinished = true;
   }
 }

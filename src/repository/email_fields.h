@@ -54,7 +54,7 @@ struct ListColumn {
 };
 
 // What the list narrows by without a look at the message (database/table_definition.h).
-enum class DigestUse : uint8_t { kNone, kDate, kKind, kReference };
+enum class CacheUse : uint8_t { kNone, kDate, kKind, kReference };
 
 struct EmailField {
   std::string_view name;
@@ -64,7 +64,7 @@ struct EmailField {
   bool isOfMessage = false;
   // Its place in the index by which the list is filtered; 0 for none.
   int filtered = 0;
-  DigestUse digest = DigestUse::kNone;
+  CacheUse cache = CacheUse::kNone;
   // Its place among the columns that the text index covers; 0 for none.
   int searched = 0;
   ListColumn list = {};
@@ -85,7 +85,7 @@ inline constexpr EmailField kEmailFields[] = {
      .type = jet::ColumnType::kText,
      .isOfMessage = true,
      .filtered = 2,
-     .digest = DigestUse::kKind,
+     .cache = CacheUse::kKind,
      .list = {.place = 4,
               .caption = "Direction",
               .width = ListWidth::kSortedCaption,
@@ -96,7 +96,7 @@ inline constexpr EmailField kEmailFields[] = {
      .type = jet::ColumnType::kDateTime,
      .isOfMessage = true,
      .filtered = 1,
-     .digest = DigestUse::kDate,
+     .cache = CacheUse::kDate,
      .list = {.place = 9, .isInPlaceholder = false, .printed = 2}},
     {.name = "gwTimeShift", .type = jet::ColumnType::kText, .isOfMessage = true},
     {.name = "Subject",
@@ -123,7 +123,7 @@ inline constexpr EmailField kEmailFields[] = {
     {.name = "FromTo",
      .type = jet::ColumnType::kLong,
      .filtered = 5,
-     .digest = DigestUse::kReference,
+     .cache = CacheUse::kReference,
      .list = {.place = 3,
               .caption = "From/To",
               .width = ListWidth::kCharacters,
@@ -140,13 +140,13 @@ inline constexpr EmailField kEmailFields[] = {
      .type = jet::ColumnType::kLong,
      .isOfMessage = true,
      .filtered = 4,
-     .digest = DigestUse::kKind},
+     .cache = CacheUse::kKind},
     {.name = "UserName", .type = jet::ColumnType::kText},
     {.name = "ProjectID", .type = jet::ColumnType::kLong},
     {.name = "Active",
      .type = jet::ColumnType::kText,
      .filtered = 3,
-     .digest = DigestUse::kKind,
+     .cache = CacheUse::kKind,
      .list = {.place = 5, .caption = "Hot", .width = ListWidth::kCaption, .printed = 4}},
     {.name = "Notes", .type = jet::ColumnType::kMemo, .isOfMessage = true},
     // The long ones last, so that reading a row for the list stops before them.
@@ -229,16 +229,16 @@ static_assert([] {
   for (const EmailField& field : kEmailFields) {
     bool isLong = field.type == jet::ColumnType::kMemo;
     // The list reads neither long texts nor bytes; what is not listed can be neither shown nor
-    // printed; the digest is of what the index has.
+    // printed; the column cache is of what the index has.
     if (field.name.empty() || std::ranges::count(kEmailFields, field.name, &EmailField::name) != 1)
       return false;
     if (field.list.place != 0 && isLong) return false;
     if (field.list.place == 0 && (field.list.caption || field.list.sort || field.list.printed))
       return false;
-    if (field.digest != DigestUse::kNone && field.filtered == 0) return false;
+    if (field.cache != CacheUse::kNone && field.filtered == 0) return false;
   }
-  return std::ranges::count(kEmailFields, DigestUse::kDate, &EmailField::digest) == 1 &&
-         std::ranges::count(kEmailFields, DigestUse::kReference, &EmailField::digest) == 1;
+  return std::ranges::count(kEmailFields, CacheUse::kDate, &EmailField::cache) == 1 &&
+         std::ranges::count(kEmailFields, CacheUse::kReference, &EmailField::cache) == 1;
 }());
 static_assert(std::ranges::all_of(kListColumns, [](const ListColumn& column) {
   return !column.name.empty() &&

@@ -186,7 +186,7 @@ bool OpenRepository(bool clearAll) {
     repository.WasNotClosed = jet::HasLog(file);
     Connect(repository.RepositoryConnection, file);
     jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
-    repository.RepositoryConnection.KeepDigest(ListDigest());
+    repository.RepositoryConnection.KeepColumnCache(ListColumnCache());
     repository.RepositoryConnection.KeepTextIndex("Email", SearchedColumns());
     ReserveKeys();
     if (clearAll) ClearRepository();
@@ -269,12 +269,8 @@ void NoteWhetherEmpty() {
 }
 
 void ReadOptions() {
-  core::RunState& state = State();
   NoteWhetherEmpty();
-  state.UseOutlookExpress = GetOption("OutlookExpress");
-  state.UseMSOutlook = GetOption("MSOutlook");
-  state.ShowEmailText = GetOption("ShowEmailText");
-  state.LogMailTexts = GetOption("LogMailTexts", true);
+  ReadOptionFlags();
 }
 
 bool SwitchRepository(const std::string& folder) {

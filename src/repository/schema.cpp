@@ -129,14 +129,14 @@ std::span<const TableDefinition> RepositoryTables() {
   return tables;
 }
 
-jet::DigestDefinition ListDigest() {
-  jet::DigestDefinition digest{"Email", {}, {}, {}, "Attachment", "EmailID"};
+jet::ColumnCacheDefinition ListColumnCache() {
+  jet::ColumnCacheDefinition cache{"Email", {}, {}, {}, "Attachment", "EmailID"};
   for (const EmailField& field : kFilteredFields) {
-    if (field.digest == DigestUse::kDate) digest.date = field.name;
-    if (field.digest == DigestUse::kReference) digest.reference = field.name;
-    if (field.digest == DigestUse::kKind) digest.kinds.emplace_back(field.name);
+    if (field.cache == CacheUse::kDate) cache.date = field.name;
+    if (field.cache == CacheUse::kReference) cache.reference = field.name;
+    if (field.cache == CacheUse::kKind) cache.kinds.emplace_back(field.name);
   }
-  return digest;
+  return cache;
 }
 
 std::vector<std::string> SearchedColumns() {

@@ -24,7 +24,7 @@ inline constexpr const char* kTemplateFile = "emlTemplate.twr";
 std::span<const jet::TableDefinition> RepositoryTables();
 std::span<const jet::TableDefinition> ParameterTables();
 // What the list filters and sorts by; its columns are those of the index EmailList.
-jet::DigestDefinition ListDigest();
+jet::ColumnCacheDefinition ListColumnCache();
 // The columns of Email that the text index covers.
 std::vector<std::string> SearchedColumns();
 

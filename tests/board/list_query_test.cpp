@@ -264,7 +264,7 @@ TEST_F(ListWork, DoesNotGrowWithTheRepository) {
   }
   AddMany(2000, 8000);
   Work first = Look([](ListFilter&) {});
-  // The digest is brought up to date by a pass over the list's index, or message by message.
+  // The column cache is brought up to date by a pass over the list's index, or message by message.
   EXPECT_LT(first.rows, 14000);
   EXPECT_LT(first.pages, 330);
   for (size_t i = 0; i < std::size(kLooks); i++) {
