@@ -16,6 +16,7 @@
 #include <QTimer>
 #include <QToolTip>
 
+#include "board/board_rows.h"
 #include "board/email_text_window.h"
 #include "board/help_topics.h"
 #include "board/main_board_window.h"
@@ -43,26 +44,13 @@ class Everywhere : public testing::ProgramFixture {
  protected:
   Everywhere() {
     SetUpApplication(*qApp);
-    jet::Recordset& contacts = repository::Repository().ContactRecordset;
-    contacts.AddNew();
-    contacts.SetField("Name", kMarkup);
-    contacts.SetField("Remark", kMarkup);
-    contacts.Update();
-    contact_ = contacts.Field("ID").AsInt();
+    testing::AddListed({.subject = kMarkup, .name = kMarkup, .body = kMarkup, .files = {kMarkup}});
+    contact_ = testing::ContactId(kMarkup);
+    std::string id = std::to_string(contact_);
+    repository::RepositoryDb().Execute(std::string("UPDATE MeContact SET Remark = '") + kMarkup +
+                                       "' WHERE ID = " + id);
     repository::RepositoryDb().Execute("INSERT INTO ContactEmail (ContactID, Address) VALUES (" +
-                                       std::to_string(contact_) + ", '" + kMarkup + "')");
-    jet::Recordset& emails = repository::Repository().EmailRecordset;
-    emails.AddNew();
-    emails.SetField("Subject", kMarkup);
-    emails.SetField("Body", kMarkup);
-    emails.SetField("FromTo", contact_);
-    emails.SetField("Direction", "In");
-    emails.SetField("ReceivedTime", DateTime::FromDate(2004, 3, 7));
-    emails.SetField("FilesNum", 1);
-    emails.Update();
-    email_ = emails.Field("ID").AsInt();
-    repository::RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (" +
-                                       std::to_string(email_) + ", '" + kMarkup + "')");
+                                       id + ", '" + kMarkup + "')");
   }
   ~Everywhere() override {
     board::ResetBoard();
@@ -117,7 +105,6 @@ class Everywhere : public testing::ProgramFixture {
   }
 
   int64_t contact_ = 0;
-  int64_t email_ = 0;
   int marked_ = 0;  // texts from mail that were come across
 };
 

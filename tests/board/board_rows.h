@@ -62,6 +62,15 @@ inline int64_t AddListed(const ListedEmail& email) {
   return id;
 }
 
+// Stores many such messages in one commit and returns their IDs.
+inline std::vector<int64_t> AddMany(int count, const ListedEmail& email) {
+  std::vector<int64_t> ids;
+  jet::CommitGroup group(repository::RepositoryDb());
+  for (int i = 0; i < count; ++i) ids.push_back(AddListed(email));
+  group.End();
+  return ids;
+}
+
 // Runs the current filter after change, without a window.
 inline bool ListEvery() {
   board::Board().Filter = board::EveryMessage();

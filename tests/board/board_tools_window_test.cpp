@@ -2,23 +2,17 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The main window's commands that look at a message or open another window.
-#include <gmock/gmock.h>
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QTest>
 #include <QWindow>
-#include <memory>
 
 #include "board/email_text_window.h"
-#include "board/main_board_window.h"
-#include "board_rows.h"
+#include "board_window.h"
 #include "contacts/contacts_window.h"
 #include "core/run_state.h"
 #include "options/about_dialog.h"
@@ -26,7 +20,6 @@
 #include "platform/files.h"
 #include "platform/shell.h"
 #include "repository/parameter_store.h"
-#include "support/program_fixture.h"
 #include "support/window_checks.h"
 #include "takeout/save_messages_dialog.h"
 
@@ -37,7 +30,7 @@ using testing::AddListed;
 using ::testing::ElementsAre;
 using testing::ListedSubjects;
 
-class BoardTools : public testing::ProgramFixture {
+class BoardTools : public BoardWindow {
  protected:
   BoardTools() {
     platform::SetShellHook([this](const std::string& path) {
@@ -45,18 +38,8 @@ class BoardTools : public testing::ProgramFixture {
       return platform::ShellResult::kOpened;
     });
   }
-  ~BoardTools() override {
-    platform::SetShellHook({});
-    window_.reset();
-    ResetBoard();
-  }
+  ~BoardTools() override { platform::SetShellHook({}); }
 
-  void Start() {
-    window_ = std::make_unique<MainBoard>();
-    ASSERT_TRUE(window_->Load());
-    window_->show();
-    QApplication::processEvents();
-  }
   // A message with a stored file, later than the ones before.
   int64_t AddWithFile(const std::string& subject, const std::string& body) {
     int64_t id = AddListed(
@@ -65,15 +48,11 @@ class BoardTools : public testing::ProgramFixture {
                     "ID");
     return id;
   }
-  void Select(int row) {
-    window_->Grid().selectRow(row);
-    QApplication::processEvents();
-  }
   frmEmailText* TextWindow() { return window_->findChild<frmEmailText*>(); }
   QString ShownText() {
     return TextWindow()->findChild<QPlainTextEdit*>("EmailText")->toPlainText();
   }
-  QCheckBox* Box() { return window_->findChild<QCheckBox*>("cbShowEmailText"); }
+  QCheckBox* Box() { return Find<QCheckBox>("cbShowEmailText"); }
 
   // Triggers a command that opens a modal window, works in it and closes it.
   template <typename Dialog>
@@ -92,29 +71,23 @@ class BoardTools : public testing::ProgramFixture {
 
   int day_ = 0;
   std::vector<std::string> opened_;
-  std::unique_ptr<MainBoard> window_;
 };
 
 TEST_F(BoardTools, MenusHoldTheCommandsWithMnemonicsOfTheirOwn) {
   Start();
-  const struct {
-    const char* menu;
-    QStringList commands;
-  } kRows[] = {
-      {"mnuTools",
-       {"mnuContacts", "mnuOptions", "mnLastLoad", "mnMarkAllNotHot", "mnMoveHtmlToBody"}},
-      {"mnuHelp", {"mnReadMe", "mnuHelpAbout"}},
-  };
-  for (const auto& row : kRows) {
+  const std::pair<const char*, const char*> kMenus[] = {
+      {"mnuTools", "mnuContacts mnuOptions mnLastLoad mnMarkAllNotHot mnMoveHtmlToBody"},
+      {"mnuHelp", "mnReadMe mnuHelpAbout"}};
+  for (const auto& [menu, commands] : kMenus) {
     QStringList names;
     QStringList keys;
-    for (QAction* action : window_->findChild<QMenu*>(row.menu)->actions()) {
+    for (QAction* action : Find<QMenu>(menu)->actions()) {
       if (action->isSeparator()) continue;
       names << action->objectName();
       keys << QKeySequence::mnemonic(action->text()).toString();
     }
-    EXPECT_EQ(names, row.commands);
-    EXPECT_EQ(keys.removeDuplicates(), 0) << row.menu;
+    EXPECT_EQ(names.join(' ').toStdString(), commands);
+    EXPECT_EQ(keys.removeDuplicates(), 0) << menu;
   }
 }
 
@@ -123,7 +96,7 @@ TEST_F(BoardTools, ButtonEnterAndDoubleClickShowTheSelectedEmail) {
   Start();
   EmailGridView& grid = window_->Grid();
   Select(0);
-  QTest::mouseClick(window_->findChild<QPushButton*>("ShowEmail"), Qt::LeftButton);
+  QTest::mouseClick(Find<QPushButton>("ShowEmail"), Qt::LeftButton);
   EXPECT_EQ(opened_.size(), 1U);
   grid.setFocus();
   QTest::keyClick(&grid, Qt::Key_Return);
@@ -166,16 +139,6 @@ TEST_F(BoardTools, TheTextWindowFollowsTheSelectionWhileTheBoxIsOn) {
   EXPECT_EQ(TextWindow()->size(), QSize(456, 345));
 }
 
-TEST_F(BoardTools, TheTextWindowsCaptionIsTheSubject) {
-  frmEmailText window;
-  for (const char* subject : {"Two  blanks [*] and [*][*] marks", "<b>bold</b>"}) {
-    window.ShowText({subject, "text"});
-    EXPECT_EQ(window.windowHandle()->title().toStdString(), subject);
-  }
-  window.ShowText({"folded\r\n\tline", "text"});
-  EXPECT_EQ(window.windowHandle()->title(), "folded line");
-}
-
 TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {
   frmEmailText window;
   window.ShowText({"huge", std::string(3000000, 'x')});
@@ -183,8 +146,12 @@ TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {
   EXPECT_GT(text->document()->blockCount(), 100);
   EXPECT_LT(text->document()->characterCount(), 2100000);
   EXPECT_TRUE(text->toPlainText().endsWith("Show Email shows the whole message."));
-  window.ShowText({"a\r\nb", "short\r\n"});
-  EXPECT_EQ(window.windowTitle(), "a b");
+  for (const char* subject : {"Two  blanks [*] and [*][*] marks", "<b>bold</b>"}) {
+    window.ShowText({subject, "text"});
+    EXPECT_EQ(window.windowHandle()->title().toStdString(), subject);
+  }
+  window.ShowText({"folded\r\n\tline", "short\r\n"});
+  EXPECT_EQ(window.windowHandle()->title(), "folded line");
   EXPECT_EQ(text->toPlainText(), "short\n");
 }
 
@@ -246,7 +213,7 @@ TEST_F(BoardTools, AContactDeletedLeavesTheListAndTheComboBox) {
   AddListed({.subject = "hers", .name = "Ann"});
   AddListed({.subject = "his", .name = "Bob"});
   Start();
-  auto* names = window_->findChild<QComboBox*>("cmbFromTo");
+  auto* names = Find<QComboBox>("cmbFromTo");
   EXPECT_EQ(names->count(), 2);
   ui_.yesNo = {true};
   InDialog<contacts::frmContacts>(window_->Actions().contacts, [](contacts::frmContacts& dialog) {

@@ -27,7 +27,7 @@
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "maintenance/restore.h"
-#include "platform/clock.h"
+#include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -63,17 +63,8 @@ struct Tally {
 
 class Disaster : public testing::ProgramFixture {
  protected:
-  static void SetUpTestSuite() { FaultyDisk::Install(); }
-
   Disaster() {
-    repository::DisconnectRepository();  // opened before the disk was there
-    platform::ClockOverride clock;
-    clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0);
-    clock.zoneBiasMinutes = -180;
-    clock.logonName = "ann";
-    clock.tickStep = 40;  // so that there is a commit every few messages
-    platform::SetClockOverride(clock);
-    EXPECT_TRUE(repository::OpenRepository(false));
+    testing::StartOnFaultyDisk();
     MakeFiles();
   }
 
@@ -376,14 +367,12 @@ TEST_F(Disaster, KilledAtAnyWriteEverythingIsAsBeforeOrAsAfter) {
     for (int64_t at : Places(run.calls[DiskFault::kKill] + 4, Trials(5), 7)) {
       SCOPED_TRACE(at);
       Begin(operation);
-      bool done = testing::RunInChild(
-          [&] {
-            if (!repository::OpenRepository(false)) throw 1;
-            FaultyDisk disk(DiskFault::kKill, at);
-            operation.run();
-            repository::DisconnectRepository();
-          },
-          0);
+      bool done = testing::RunInChild([&] {
+        if (!repository::OpenRepository(false)) throw 1;
+        FaultyDisk disk(DiskFault::kKill, at);
+        operation.run();
+        repository::DisconnectRepository();
+      });
       ++(done ? ended : kills);
       Again(operation);
       ASSERT_TRUE(repository::OpenRepository(false));
@@ -395,6 +384,10 @@ TEST_F(Disaster, KilledAtAnyWriteEverythingIsAsBeforeOrAsAfter) {
       State now = ReadOpenRepository();
       ExpectExactSearch();
       if (isRestore) {
+        ui_.shown.clear();
+        maintenance::ReportUnfinishedRestore();
+        EXPECT_EQ(ui_.Shown("box").empty(), maintenance::UnfinishedRestore().empty());
+        EXPECT_THAT(platform::ListFiles(folder_.Path(), ".unfinished"), ::testing::IsEmpty());
         ExpectRestoredOrKept(now, run);
       } else {
         EXPECT_THAT(Odd(now, run.before, run.after), ::testing::IsEmpty());

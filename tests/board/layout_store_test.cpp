@@ -5,9 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "board/list_query.h"
-#include "database/recordset.h"
 #include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -17,21 +15,18 @@ using LayoutStore = testing::ProgramFixture;
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
-int64_t StoredRows() {
-  jet::Recordset rows;
-  rows.Open("SELECT * FROM Parameter WHERE ParameterGroup = 'EmailGrid'", repository::ParameterDb(),
-            jet::CursorType::kKeyset);
-  return rows.RecordCount();
-}
-
-TEST_F(LayoutStore, WidthsSurviveAndAreReplacedWhole) {
+TEST_F(LayoutStore, WidthsOfAGroupSurviveAreReplacedWholeAndHaveLimits) {
   EXPECT_TRUE(repository::ReadGridLayout(kGridGroup, 3).empty());
+  repository::SaveGridLayout("Other's", {15});
   repository::SaveGridLayout(kGridGroup, {300, 1500, 0});
   EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3),
               ElementsAre(Pair(0, 300), Pair(1, 1500), Pair(2, 0)));
   repository::SaveGridLayout(kGridGroup, {450});
-  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3), ElementsAre(Pair(0, 450)));
-  EXPECT_EQ(StoredRows(), 1);
+  for (const auto& [key, width] : {std::pair{"1", -5}, {"2", 2000000000}, {"12", 300}, {"3", 30}}) {
+    repository::SetParameter(kGridGroup, key, repository::kAmountColumn, width);
+  }
+  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 4), ElementsAre(Pair(0, 450), Pair(3, 30)));
+  EXPECT_THAT(repository::ReadGridLayout("Other's", 7), ElementsAre(Pair(0, 15)));
 }
 
 TEST_F(LayoutStore, WidthsGoByTheNamesOfTheColumns) {
@@ -83,21 +78,11 @@ TEST(StoredNumbers, MeanWhatTheyMeant) {
   }
 }
 
-TEST_F(LayoutStore, WidthsThatNoScreenHasAreLeftOut) {
-  for (const auto& [key, width] : {std::pair{"0", -5}, {"1", 2000000000}, {"12", 300}, {"2", 30}}) {
-    repository::SetParameter("EmailGrid", key, repository::kAmountColumn, width);
-  }
-  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3), ElementsAre(Pair(2, 30)));
-}
-
 TEST_F(LayoutStore, PlaceComesBackAndIsAppliedWhereItFits) {
   EXPECT_EQ(ReadWindowPlace().left, 0);
   SaveWindowPlace({1500, 750, 15000, 9000});
-  WindowPlace place = ReadWindowPlace();
-  EXPECT_EQ(place.left, 1500);
-  EXPECT_EQ(place.top, 750);
-  EXPECT_EQ(place.width, 15000);
-  EXPECT_EQ(place.height, 9000);
+  auto [left, top, width, height] = ReadWindowPlace();
+  EXPECT_THAT((std::vector{left, top, width, height}), ElementsAre(1500, 750, 15000, 9000));
 
   EXPECT_EQ(FittingEdge(1500, 15000, 19200), 1500);
   EXPECT_EQ(FittingEdge(0, 15000, 19200), std::nullopt) << "0 is what was never stored";

@@ -13,7 +13,6 @@
 #include "database/recordset.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
-#include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -44,17 +43,8 @@ std::string LetterText(int number) {
 
 class LoadEnd : public testing::ProgramFixture {
  protected:
-  static void SetUpTestSuite() { FaultyDisk::Install(); }
-
   LoadEnd() : profile_(folder_.File("profile/")) {
-    repository::DisconnectRepository();  // opened before the disk was there
-    platform::ClockOverride clock;
-    clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0);
-    clock.zoneBiasMinutes = -180;
-    clock.logonName = "ann";
-    clock.tickStep = 40;  // so that there is a commit every few messages
-    platform::SetClockOverride(clock);
-    EXPECT_TRUE(repository::OpenRepository(false));
+    testing::StartOnFaultyDisk();
     repository::SetProfileFolder(profile_.Folder());
     WriteStoreTo(profile_.AddIdentity("ann"));
     profile_.WriteHive();

@@ -84,22 +84,6 @@ TEST_F(LoadOutlook, IsTakenWholeAtFirstThenByItsDefaultStoreAndLeftAsItWas) {
   }
 }
 
-TEST_F(LoadOutlook, IsTakenWithEveryMailer) {
-  LoadOptions options;
-  options.everyMailer = true;
-  options.senders = SenderPolicy::kAcceptAll;
-  LoadResult result = LoadFromMailer(options);
-  EXPECT_FALSE(result.failed);
-  EXPECT_EQ(result.counts.stored, 1);
-}
-
-TEST_F(LoadOutlook, IsNotReadWhereThePersonSaysNo) {
-  ui_.yesNo = {false};
-  EXPECT_FALSE(LoadFromMailer({}).ran);
-  EXPECT_FALSE(repository::GetOption("MSOutlook"));
-  EXPECT_EQ(CountRows("Email"), 0);
-}
-
 TEST_F(LoadOutlook, NothingIsTakenIntoARepositoryThatIsLeftUnfinished) {
   repository::RepositoryDb().SetMark(1);
   LoadOptions options;

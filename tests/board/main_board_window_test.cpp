@@ -1,31 +1,19 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/main_board_window.h"
 
-#include <gmock/gmock.h>
-
-#include <QAbstractButton>
-#include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
-#include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
-#include <QPushButton>
 #include <QTest>
-#include <memory>
-#include <set>
 
-#include "board/layout_store.h"
-#include "board_rows.h"
+#include "board_window.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "samples/profile_builder.h"
-#include "support/program_fixture.h"
+#include "support/window_checks.h"
 
 namespace tarnwick::board {
 namespace {
@@ -36,38 +24,16 @@ using ::testing::ElementsAre;
 using testing::ListedSubjects;
 using ::testing::UnorderedElementsAre;
 
-class Window : public testing::ProgramFixture {
+class Window : public BoardWindow {
  protected:
-  ~Window() override {
-    window_.reset();
-    ResetBoard();
-  }
-
-  void Start() {
-    window_ = std::make_unique<MainBoard>();
-    ASSERT_TRUE(window_->Load());
-    window_->show();
-    QApplication::processEvents();
-  }
-  void Click(const char* name) {
-    auto* button = window_->findChild<QPushButton*>(name);
-    ASSERT_NE(button, nullptr) << name;
-    button->click();
-  }
-  void Filter(const char* name, const QString& text) {
-    window_->findChild<QLineEdit*>(name)->setText(text);
-    emit window_->Filter().FilterChanged();
-  }
   // A message as a store holds it.
   static std::string Letter(const std::string& subject, const std::string& date) {
     return "From: Ann Lee <ann@example.org>\r\nTo: bob@example.org\r\nSubject: " + subject +
            "\r\nDate: " + date + "\r\n\r\nText.\r\n";
   }
-
-  std::unique_ptr<MainBoard> window_;
 };
 
-TEST_F(Window, EveryControlBearsItsNameAndIsNamedForScreenReaders) {
+TEST_F(Window, EveryControlBearsItsNameAndCanBeReached) {
   Start();
   EXPECT_EQ(window_->windowTitle(), "Email List");
   for (const char* name :
@@ -76,33 +42,9 @@ TEST_F(Window, EveryControlBearsItsNameAndIsNamedForScreenReaders) {
         "oSubject",   "oFromTo",      "oDirection",     "odAscending", "odDescending", "EmailGrid",
         "ShowAll",    "cmRelated",    "DeleteCurent",   "MarkActive",  "LoadMailler",  "Quite",
         "StatusBar1", "ShowEmail",    "cbShowEmailText"}) {
-    auto* widget = window_->findChild<QWidget*>(name);
-    ASSERT_NE(widget, nullptr) << name;
-    auto* button = qobject_cast<QAbstractButton*>(widget);
-    auto* group = qobject_cast<QGroupBox*>(widget);
-    bool captioned = (button != nullptr && !button->text().isEmpty()) ||
-                     (group != nullptr && !group->title().isEmpty());
-    if (widget->focusPolicy() != Qt::NoFocus) {
-      EXPECT_TRUE(captioned || !widget->accessibleName().isEmpty()) << name;
-    }
+    Find<QWidget>(name);
   }
-}
-
-TEST_F(Window, MnemonicsAreUnique) {
-  Start();
-  std::set<QString> keys;
-  auto take = [&](const QString& text) {
-    QKeySequence key = QKeySequence::mnemonic(text);
-    if (!key.isEmpty()) {
-      EXPECT_TRUE(keys.insert(key.toString()).second) << text.toStdString();
-    }
-  };
-  for (QAction* menu : window_->menuBar()->actions()) take(menu->text());
-  for (auto* button : window_->findChildren<QAbstractButton*>()) take(button->text());
-  for (auto* label : window_->findChildren<QLabel*>()) {
-    if (label->buddy() != nullptr) take(label->text());
-  }
-  EXPECT_GE(keys.size(), 15U);
+  testing::CheckControls(*window_);
 }
 
 TEST_F(Window, AnEmptyRepositorySaysWhatToDoNext) {
@@ -126,17 +68,13 @@ TEST_F(Window, AFilterNarrowsAndShowAllListsEverythingAgain) {
   Filter("Subject", "nothing");
   EXPECT_TRUE(window_->Grid().accessibleDescription().contains("Show All"));
   Click("ShowAll");
-  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "");
+  EXPECT_EQ(Find<QLineEdit>("Subject")->text(), "");
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 1 In; 1 Out");
 }
 
 // A clock that leaps makes any search a long one.
 TEST_F(Window, ALongSearchCanBeStoppedAndTheListStays) {
-  {
-    jet::CommitGroup group(repository::RepositoryDb());
-    for (int i = 0; i < 4000; ++i) AddListed({.subject = "many", .body = "a text of some words"});
-    group.End();
-  }
+  testing::AddMany(4000, {.subject = "many", .body = "a text of some words"});
   Start();
   window_->Grid().selectRow(7);
   platform::ClockOverride clock;
@@ -173,7 +111,7 @@ TEST_F(Window, ShowRelatedListsTheSubjectBehindItsPrefix) {
   Start();
   window_->Grid().selectRow(0);
   Click("cmRelated");
-  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "Budget");
+  EXPECT_EQ(Find<QLineEdit>("Subject")->text(), "Budget");
   EXPECT_THAT(ListedSubjects(), UnorderedElementsAre("Re: Budget", "Fw: Re: Budget"));
 }
 
@@ -198,24 +136,18 @@ TEST_F(Window, HotAndDeleteKeepThePlaceAndDeletingTheLastLeavesThePlaceholder) {
   EXPECT_EQ(CountRows("Email"), 0);
 }
 
-TEST_F(Window, SelectedRowsAreCopiedAsText) {
-  AddListed({.subject = "a"});
-  AddListed({.subject = "b", .received = DateTime::FromDate(2005, 1, 1)});
-  Start();
-  window_->Grid().selectAll();
-  window_->Actions().copy->trigger();
-  EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
-            "1/1/2005 00:00\tb\tAnn\tIn\t\n3/7/2004 14:07\ta\tAnn\tIn\t\n");
-}
-
-TEST_F(Window, TypingFindsTheRowThatBeginsSo) {
+TEST_F(Window, RowsAreFoundByTypingAndCopiedAsText) {
   AddListed({.subject = "Apples", .received = DateTime::FromDate(2005, 1, 2)});
-  AddListed({.subject = "Bananas", .received = DateTime::FromDate(2005, 1, 1)});
+  AddListed({.subject = "Bananas"});
   Start();
   EmailGridView& grid = window_->Grid();
   grid.setCurrentIndex(grid.Model().index(0, 2));
   grid.keyboardSearch("b");
   EXPECT_EQ(grid.Current().subject, "Bananas");
+  grid.selectAll();
+  window_->Actions().copy->trigger();
+  EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+            "1/2/2005 00:00\tApples\tAnn\tIn\t\n3/7/2004 14:07\tBananas\tAnn\tIn\t\n");
 }
 
 TEST_F(Window, LayoutAndFilterComeBack) {
@@ -228,14 +160,14 @@ TEST_F(Window, LayoutAndFilterComeBack) {
   Start();
   EXPECT_EQ(window_->Grid().columnWidth(3), 333);
   EXPECT_EQ(window_->height(), 555);
-  EXPECT_EQ(window_->findChild<QLineEdit*>("Subject")->text(), "budg");
+  EXPECT_EQ(Find<QLineEdit>("Subject")->text(), "budg");
   EXPECT_TRUE(window_->Grid().isColumnHidden(6));
 }
 
 TEST_F(Window, DatesThatWereTypedStayAndOthersGrow) {
   AddListed({.subject = "Budget"});
   Start();
-  auto* to = window_->findChild<QLineEdit*>("DateTo");
+  auto* to = Find<QLineEdit>("DateTo");
   ASSERT_EQ(to->text(), "6/15/2020");
   to->setFocus();
   to->selectAll();
@@ -247,8 +179,8 @@ TEST_F(Window, DatesThatWereTypedStayAndOthersGrow) {
   clock.now = DateTime::FromDate(2020, 6, 18);
   platform::SetClockOverride(clock);
   Start();
-  EXPECT_EQ(window_->findChild<QLineEdit*>("DateTo")->text(), "6/15/2020");
-  EXPECT_EQ(window_->findChild<QLineEdit*>("DateFrom")->text(), "1/2/2001");
+  EXPECT_EQ(Find<QLineEdit>("DateTo")->text(), "6/15/2020");
+  EXPECT_EQ(Find<QLineEdit>("DateFrom")->text(), "1/2/2001");
 }
 
 TEST_F(Window, AnEntryOfABoxsOwnListFindsItsMessages) {
@@ -258,7 +190,7 @@ TEST_F(Window, AnEntryOfABoxsOwnListFindsItsMessages) {
   for (const char* name : names) AddListed({.subject = name, .name = name, .files = {name}});
   Start();
   for (const char* box : {"cmbFromTo", "cmbFile"}) {
-    auto* combo = window_->findChild<QComboBox*>(box);
+    auto* combo = Find<QComboBox>(box);
     ASSERT_EQ(combo->count(), static_cast<int>(std::size(names))) << box;
     for (int i = 0; i < combo->count(); ++i) {
       combo->setCurrentIndex(i);
@@ -279,11 +211,11 @@ TEST_F(Window, TheCountsAreExplainedInPlainNumbers) {
   AddListed({.subject = "a", .files = {"1.txt", "2.txt", "3.txt"}});
   AddListed({.subject = "b", .direction = "Out"});
   Start();
-  auto* counts = window_->findChild<QLabel*>("Counts");
+  auto* counts = Find<QLabel>("Counts");
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 2 In; 0 Out") << "files count, as ever";
   EXPECT_EQ(counts->toolTip(), "2 messages: 1 received, 1 sent");
   EXPECT_EQ(counts->accessibleDescription(), counts->toolTip());
-  window_->findChild<QComboBox*>("cmbFile")->setEditText(".txt");
+  Find<QComboBox>("cmbFile")->setEditText(".txt");
   emit window_->Filter().FilterChanged();
   EXPECT_EQ(counts->toolTip(), "1 message: 1 received, 0 sent");
 }
@@ -303,25 +235,17 @@ class LoadingWindow : public Window {
  protected:
   LoadingWindow() : profile_(folder_.File("Ann/")) {
     samples::MessageStoreBuilder inbox;
-    const struct {
-      const char* subject;
-      DateTime date;
-      const char* text;
-    } letters[] = {
-        {"old", DateTime::FromDate(2004, 1, 5).WithTime(10, 20, 30),
-         "Mon, 5 Jan 2004 10:20:30 +0000"},
-        {"late", DateTime::FromDate(2004, 1, 6).WithTime(10, 20, 30),
-         "Tue, 6 Jan 2004 10:20:30 +0000"},
-        {"latest", DateTime::FromDate(2004, 1, 6).WithTime(11, 20, 30),
-         "Tue, 6 Jan 2004 11:20:30 +0000"},
-    };
-    for (const auto& letter : letters) {
+    auto add = [&](const char* subject, int day, int hour) {
       samples::IndexedMessage message;
-      message.subject = letter.subject;
-      message.date = letter.date;
-      message.text = Letter(letter.subject, letter.text);
+      message.subject = subject;
+      message.date = DateTime::FromDate(2004, 1, day).WithTime(hour, 20, 30);
+      message.text = Letter(
+          subject, std::to_string(day) + " Jan 2004 " + std::to_string(hour) + ":20:30 +0000");
       inbox.AddMessage(message);
-    }
+    };
+    add("old", 5, 10);
+    add("late", 6, 10);
+    add("latest", 6, 11);
     inbox.Finish();
     std::string store = profile_.AddIdentity("Main Identity");
     profile_.WriteStore(store, samples::StandardFolders(inbox.Bytes(), ""));
@@ -338,13 +262,13 @@ TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
   ui_.senders = {core::SenderAnswer::kAcceptAll};
   Click("LoadMailler");
   EXPECT_EQ(CountRows("Email"), 3);
-  EXPECT_EQ(window_->findChild<QLineEdit*>("DateFrom")->text(), "1/6/2004");
+  EXPECT_EQ(Find<QLineEdit>("DateFrom")->text(), "1/6/2004");
   EXPECT_THAT(ListedSubjects(), ElementsAre("latest", "late"));
   EXPECT_EQ(ui_.status[StatusPanel::kLastLoaded], "Last loaded on 6/15/2020 12:00");
   EXPECT_TRUE(ui_.status[StatusPanel::kProgress].starts_with("found 3, stored 3,"));
-  EXPECT_EQ(window_->findChild<QComboBox*>("cmbFromTo")->count(), 1);
+  EXPECT_EQ(Find<QComboBox>("cmbFromTo")->count(), 1);
 
-  auto* notice = window_->findChild<QLabel*>("Notice");
+  auto* notice = Find<QLabel>("Notice");
   EXPECT_TRUE(notice->isVisible()) << "there is more than is listed";
   emit notice->linkActivated("all");
   EXPECT_EQ(CountListed(), 3);
@@ -377,10 +301,10 @@ TEST_F(LoadingWindow, OnlyStopCanBeGivenWhileALoadRunsAndClosingWaitsForIt) {
     seen = true;
     EXPECT_TRUE(window_->IsBusy());
     for (const char* name : {"LoadMailler", "DeleteCurent", "MarkActive", "ShowAll"}) {
-      EXPECT_FALSE(window_->findChild<QPushButton*>(name)->isEnabled()) << name;
+      EXPECT_FALSE(Find<QPushButton>(name)->isEnabled()) << name;
     }
     EXPECT_FALSE(window_->Filter().isEnabled());
-    EXPECT_TRUE(window_->findChild<QPushButton*>("Stop")->isVisible());
+    EXPECT_TRUE(Find<QPushButton>("Stop")->isVisible());
     EXPECT_FALSE(window_->close());
     EXPECT_TRUE(core::State().ImportCancelFlag);
   };
@@ -429,7 +353,7 @@ TEST_F(Window, AfterACrashACheckIsOffered) {
   WriteTemp("Tarnwick.twr-wal", "");
   ASSERT_TRUE(repository::OpenRepository(false));
   Start();
-  auto* notice = window_->findChild<QLabel*>("Notice");
+  auto* notice = Find<QLabel>("Notice");
   ASSERT_TRUE(notice->isVisible());
   repository::RepositoryDb().Execute("DELETE * FROM FileRepository");
   emit notice->linkActivated("check");
@@ -444,14 +368,14 @@ TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
   board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
   board::TakeTextFiles({WriteTemp("two.txt", Letter("two", "Tue, 6 Jan 2004 10:20:30 +0000"))});
   Start();
-  auto* grid = window_->findChild<QTableView*>("EmailGrid");
+  const ListModel& model = window_->Grid().Model();
   QString backup = QString::fromStdString(folder_.File("all.twb"));
   QString exported = QString::fromStdString(folder_.File("listed.twb"));
   window_->Maintenance().Work(MaintenanceActions::Command::kBackup, backup);
   EXPECT_EQ(ui_.Shown("box").back(), "Backup is done.");
   Filter("Subject", "two");
   window_->Maintenance().Work(MaintenanceActions::Command::kExport, exported);
-  EXPECT_EQ(grid->model()->rowCount(), 1);
+  EXPECT_EQ(model.rowCount(), 1);
 
   repository::ClearRepository();
   ui_.senders = {core::SenderAnswer::kAccept};
@@ -461,8 +385,8 @@ TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
   window_->Maintenance().Work(MaintenanceActions::Command::kRestore, backup);
   EXPECT_EQ(ui_.Shown("box").back(), "Restore is done.");
   Click("ShowAll");
-  EXPECT_EQ(grid->model()->rowCount(), 2);
-  EXPECT_TRUE(window_->findChild<QAction*>("mnuFileSaveAs")->isEnabled());
+  EXPECT_EQ(model.rowCount(), 2);
+  EXPECT_TRUE(Find<QAction>("mnuFileSaveAs")->isEnabled());
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ TEST_F(MessageCommands, DeletingAsksFirst) {
 
 TEST_F(MessageCommands, StopEndsALongDeletionBetweenTwoMessages) {
   std::vector<SelectedMessage> messages;
-  for (int i = 0; i < 300; ++i) messages.push_back({AddListed({.subject = "many"}), "many"});
+  for (int64_t id : testing::AddMany(300, {.subject = "many"})) messages.push_back({id, "many"});
   ui_.yesNo = {true};
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   EXPECT_TRUE(DeleteMessages(messages));
@@ -99,7 +99,7 @@ TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
 }
 
 TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
-  for (int i = 0; i < 1200; ++i) AddListed({.subject = "many", .hot = true});
+  testing::AddMany(1200, {.subject = "many", .hot = true});
   ASSERT_TRUE(ListEvery());
   auto hot = [&] { return Query("SELECT Count(*) AS N FROM Email WHERE Active = '+'").AsInt(); };
   ui_.yesNo = {true, true};

@@ -44,7 +44,7 @@ TEST_F(RealMailRoundTrip, BackupRestoreExportAndMergeKeepEveryMessage) {
   TakeEverything(mail);
   testing::StoreRulesAndMarks();
   const auto rows = testing::DumpRepository(RepositoryDb());
-  const auto messages = testing::AllMessages();
+  const auto messages = testing::AllMessages(RepositoryDb());
   ASSERT_GT(messages.size(), 400U);
   ui_.shown.clear();
 
@@ -66,7 +66,7 @@ TEST_F(RealMailRoundTrip, BackupRestoreExportAndMergeKeepEveryMessage) {
       exported, {maintenance::Duplicates::kKeep, maintenance::UnknownSenders::kAccept});
   EXPECT_EQ(merged.result, Result::kDone);
   EXPECT_EQ(merged.imported, static_cast<int64_t>(messages.size()));
-  EXPECT_EQ(testing::AllMessages(), messages);
+  EXPECT_EQ(testing::AllMessages(RepositoryDb()), messages);
 
   ui_.yesNo = {true, true};
   EXPECT_EQ(maintenance::RestoreBackup(backup), Result::kDone);

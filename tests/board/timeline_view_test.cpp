@@ -2,19 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/timeline_view.h"
 
-#include <gmock/gmock.h>
-
-#include <QApplication>
 #include <QComboBox>
-#include <QLineEdit>
 #include <QTest>
 #include <QToolButton>
 #include <memory>
 
-#include "board/main_board_window.h"
-#include "board_rows.h"
-#include "platform/locale.h"
-#include "support/program_fixture.h"
+#include "board_window.h"
 
 namespace tarnwick::board {
 namespace {
@@ -26,10 +19,9 @@ using testing::ListedSubjects;
 
 // Two messages in March 2003, one in May 2003 (of Bob, outgoing), one each year from 2001 to 2004
 // besides, and one of 1970.
-class Timeline : public testing::ProgramFixture {
+class Timeline : public BoardWindow {
  protected:
   Timeline() {
-    platform::SetLocaleOverride("en_US");
     auto on = [](int year, int month, int day) { return DateTime::FromDate(year, month, day); };
     AddListed({.subject = "first", .received = on(2003, 3, 4)});
     AddListed({.subject = "last", .received = on(2003, 3, 31).WithTime(23, 59, 59)});
@@ -41,15 +33,8 @@ class Timeline : public testing::ProgramFixture {
       }
     }
     AddListed({.subject = "stray", .received = on(1970, 1, 1)});
-    window_ = std::make_unique<MainBoard>();
-    EXPECT_TRUE(window_->Load());
-    window_->show();
+    Start();
     Settle();
-  }
-  ~Timeline() override {
-    window_.reset();
-    ResetBoard();
-    platform::SetLocaleOverride("");
   }
 
   void Settle() {
@@ -72,12 +57,8 @@ class Timeline : public testing::ProgramFixture {
     QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
     Settle();
   }
-  std::string Box(const char* name) {
-    return window_->findChild<QLineEdit*>(name)->text().toStdString();
-  }
+  std::string Box(const char* name) { return Find<QLineEdit>(name)->text().toStdString(); }
   std::string Dates() { return Box("DateFrom") + "-" + Box("DateTo"); }
-
-  std::unique_ptr<MainBoard> window_;
 };
 
 TEST_F(Timeline, ADragChoosesTheDatesOfTheListAndEscapeTakesThemBack) {
@@ -90,11 +71,11 @@ TEST_F(Timeline, ADragChoosesTheDatesOfTheListAndEscapeTakesThemBack) {
   Settle();
   EXPECT_EQ(Dates(), "3/1/2003-5/31/2003");
   EXPECT_THAT(ListedSubjects(), ElementsAre("may", "last", "first"));
-  EXPECT_EQ(window_->findChild<ElidedLabel*>("TimelineText")->WholeText(),
+  EXPECT_EQ(Find<ElidedLabel>("TimelineText")->WholeText(),
             "March 2003 – May 2003: 3 messages (2 in, 1 out)");
   // The bars are those of all dates still.
   EXPECT_EQ(State().Counts().Total().Total(), 84);
-  EXPECT_TRUE(window_->findChild<QToolButton*>("AllDates")->isVisible());
+  EXPECT_TRUE(Find<QToolButton>("AllDates")->isVisible());
 
   // A drag that is broken off changes nothing.
   QTest::mousePress(&Plot(), Qt::LeftButton, {}, At(BarOf(2001, 7)));
@@ -151,13 +132,10 @@ TEST_F(Timeline, TheKeyboardDoesWhatTheMouseDoes) {
 }
 
 TEST_F(Timeline, FollowsTheFilterAndWhatChanges) {
-  auto* subject = window_->findChild<QLineEdit*>("Subject");
-  subject->setText("July");
-  emit window_->Filter().FilterChanged();
+  Filter("Subject", "July");
   Settle();
   EXPECT_EQ(State().Counts().Total().Total(), 80);
-  subject->setText("absent");
-  emit window_->Filter().FilterChanged();
+  Filter("Subject", "absent");
   Settle();
   EXPECT_TRUE(State().Bars().empty());
   window_->Actions().showAll->trigger();
@@ -172,12 +150,12 @@ TEST_F(Timeline, FollowsTheFilterAndWhatChanges) {
 }
 
 TEST_F(Timeline, ACorrespondentIsFilteredByAndLetGoAgain) {
-  window_->findChild<QToolButton*>("ShowCorrespondents")->click();
+  Find<QToolButton>("ShowCorrespondents")->click();
   Settle();
   CorrespondentsView& people = window_->Timeline().Correspondents();
   ASSERT_THAT(people.People(),
               ElementsAre(Correspondent{"Ann", 83}, Correspondent{"Bob O'Neil", 1}));
-  auto* fromTo = window_->findChild<QComboBox*>("cmbFromTo");
+  auto* fromTo = Find<QComboBox>("cmbFromTo");
   QTest::mouseClick(&people, Qt::LeftButton, {}, people.CellRect(1).center());
   Settle();
   EXPECT_EQ(fromTo->currentText(), "Bob O'Neil");
@@ -195,9 +173,7 @@ TEST_F(Timeline, HiddenItStaysHiddenAndCountsNothing) {
   shown->trigger();
   EXPECT_FALSE(window_->Timeline().isVisible());
   window_->close();
-  window_ = std::make_unique<MainBoard>();
-  window_->Load();
-  window_->show();
+  Start();
   EXPECT_FALSE(window_->Timeline().isVisible());
   EXPECT_FALSE(window_->Timeline().IsCounting());
   EXPECT_THAT(State().Bars(), IsEmpty());

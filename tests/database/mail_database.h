@@ -57,6 +57,13 @@ inline void OpenFile(Connection& connection, const std::string& path,
   connection.Open();
 }
 
+// A text as a statement holds it.
+inline std::string Quoted(const std::string& text) {
+  std::string quoted;
+  for (char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+  return "'" + quoted + "'";
+}
+
 // The number of the Error that body throws; 0 when it throws none.
 template <typename Body>
 int ErrorOf(Body&& body) {

@@ -7,7 +7,6 @@
 #include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "intake/message_text.h"
-#include "platform/charset.h"
 #include "platform/files.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
@@ -378,44 +377,6 @@ TEST_F(MimeBody, FullListsSaySoAndDropTheRest) {
   EXPECT_EQ(ui_.Shown("box"),
             (Names{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
                    "Attachment is great than 20", "Attachment is great than 20"}));
-}
-
-// Each would be slow, or lose everything, in a parser that is careless with it.
-TEST_F(MimeBody, HostileMessagesTakeLinearTime) {
-  auto repeated = [](const std::string& piece, size_t count) {
-    std::string text;
-    for (size_t i = 0; i < count; ++i) text += piece;
-    return text;
-  };
-  constexpr size_t kMany = 30000;
-  const std::string multipart = "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
-  const std::string messages[] = {
-      repeated("X-Header: x\r\n", kMany) + "\r\nx",
-      "Subject: s\r\n" + repeated(" folded\r\n", kMany) + "\r\n",
-      "Subject: " + repeated("=?utf-8?Q?", kMany) + "\r\n\r\n",
-      "Subject: " + repeated("=?utf-8?Q?a?=", kMany) + "\r\n\r\n",
-      "Subject: " + repeated("?=", kMany) + repeated("=?", kMany) + "\r\n\r\n",
-      "Subject: =?utf-8?B?" + std::string(10 * kMany, 'A') + "?=\r\n\r\n",
-      "To: " + repeated("a@b,", kMany) + "\r\n\r\n",
-      "To: " + repeated("a@b,\r\n", kMany) + "\r\n\r\n",
-      "Content-Type: text/plain" + repeated("; a=b", kMany) + repeated("; name*1=x", kMany) +
-          "\r\nSubject: s\r\n\r\n",
-      multipart + repeated("--b\r\n", kMany),
-      multipart + repeated("--b\r\nA: b\r\n", kMany),
-      multipart + repeated("content-type: text/plain\r\n", kMany),
-      multipart + "--b\r\n" + repeated("A: b\r\n", kMany),
-      "Subject: s\r\n\r\n" + repeated("BEGIN 644 A\r\n", kMany),
-      "Subject: s\r\n\r\n" + repeated("begin 644 a\r\n#0V%T\r\n", kMany),
-      "Subject: s\r\n\r\n" + repeated("#BEGIN\r\n", kMany),
-      "Subject: s\r\n\r\n" + std::string(50 * kMany, '\0'),
-      "Received: " + std::string(50 * kMany, 'x') + "\r\nSubject: s\r\n",
-  };
-  for (const std::string& text : messages) {
-    SCOPED_TRACE(text.substr(0, 40));
-    Parse(text);
-    EXPECT_TRUE(platform::IsValidUtf8(message_.Subject));
-    EXPECT_TRUE(platform::IsValidUtf8(message_.Body));
-  }
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include "oe_fixture.h"
 #include "platform/clock.h"
 #include "platform/error.h"
-#include "support/real_data.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -329,15 +328,6 @@ TEST_F(Discovery, FilesOfADamagedFolderListAreOffered) {
       ui_.yesNo.clear();
     }
   }
-}
-
-TEST_F(Discovery, ReadsARealProfile) {
-  std::string data = testing::RealData("profile-ann/");
-  if (data.empty()) GTEST_SKIP() << "no real data here";
-  UseProfile(data);
-  ASSERT_TRUE(oeInitialize());
-  EXPECT_THAT(FullNames(0), ElementsAre("/Local Folders", "Local Folders.Inbox",
-                                        "Local Folders.Outbox", "/Hotmail"));
 }
 
 }  // namespace

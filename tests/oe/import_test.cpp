@@ -299,46 +299,6 @@ TEST_F(Import, AFileNamedByManyFoldersIsReadAndCountedOnce) {
   EXPECT_EQ(Summary(), "found 3, stored 3, ");
 }
 
-// The run ends there as if by design, but what lies behind is counted, and somebody is named.
-TEST_F(Import, AnIdentityWithoutAStoreEndsTheRunWithAReason) {
-  std::string before = profile_.AddIdentity("Ann");
-  profile_.Hive().AddText("Identities\\{6}\\Software\\Microsoft\\Outlook Express\\5.0", "x", "y");
-  profile_.Hive().AddText("Identities\\{6}", "Username", "Bob");
-  profile_.Hive().AddText("Identities\\{7}\\Software\\Microsoft\\Outlook Express\\5.0",
-                          "Store Root", "%UserProfile%\\behind\\", true);
-  ProfileBuilder::WriteStore(before, StandardFolders(StoreOf({"a", "b"}), ""));
-  std::string behind = profile_.Folder() + "behind/";
-  platform::MakeFolder(behind);
-  ProfileBuilder::WriteStore(behind, StandardFolders(StoreOf({"c"}), ""));
-  profile_.WriteHive();
-  UseProfile(profile_.Folder());
-  EXPECT_FALSE(oeInitialize());
-  ReadAll();
-  EXPECT_EQ(State().End.identity, "Bob");
-  EXPECT_EQ(Summary(), "found 3, not reached 3, ");
-  EXPECT_THAT(Reasons(), HasSubstr("Inbox.dbx\r\nno mail store known for identity Bob"));
-  EXPECT_THAT(ui_.shown, ::testing::IsEmpty());
-}
-
-TEST_F(Import, StoresOfSeveralShapesKeepEveryLetter) {
-  std::string store = profile_.AddIdentity("Ann");
-  MessageStoreBuilder inbox;
-  for (int i = 0; i < 300; ++i) {
-    IndexedMessage letter = Letter("letter " + std::to_string(i), i % 60);
-    letter.flagsDirect = i % 2 == 0;
-    letter.blockSize = static_cast<size_t>(20 + i);
-    inbox.AddMessage(letter);
-  }
-  inbox.Finish();
-  ProfileBuilder::WriteStore(store, StandardFolders(inbox.Bytes(), ""));
-  Load();
-  EXPECT_EQ(Summary(), "found 300, stored 300, ");
-  for (int i = 0; i < 300; i += 37) {
-    std::string subject = "letter " + std::to_string(i);
-    EXPECT_EQ(RawOf(subject), Letter(subject, i % 60).text);
-  }
-}
-
 TEST_F(Import, RealStoresGiveTheirMessages) {
   std::string data = testing::RealData("profile-ann/");
   if (data.empty()) GTEST_SKIP() << "no real data here";
@@ -357,18 +317,6 @@ TEST_F(Import, RealStoresGiveTheirMessages) {
   EXPECT_EQ(core::State().Counts.unreadable, 1);
   EXPECT_EQ(core::State().Counts.notReached, 2);  // no folder of the real list names these files
   EXPECT_THAT(ui_.Shown("error"), IsEmpty());
-}
-
-TEST_F(Import, ReadsOneStoreFileAsASeparateFolder) {
-  std::string data = testing::RealData("dbx/Inbox-dated-2004.dbx");
-  if (data.empty()) GTEST_SKIP() << "no real data here";
-  std::string folder = folder_.File("copied/");
-  platform::MakeFolder(folder);
-  platform::CopyFile(data, folder + "Inbox.dbx");
-  UseProfile(folder);
-  Read(false);
-  EXPECT_EQ(Summary(), "found 1, stored 1, ");
-  EXPECT_EQ(Query("SELECT Folder FROM Email").AsText(), "Inbox");
 }
 
 }  // namespace

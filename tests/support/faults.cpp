@@ -7,7 +7,6 @@
 #include <utility>
 
 #include <sys/resource.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,17 +45,10 @@ FileSizeLimit::~FileSizeLimit() {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-bool RunInChild(const std::function<void()>& body, int64_t killAfter) {
+bool RunInChild(const std::function<void()>& body) {
   pid_t child = fork();
   if (child < 0) throw std::runtime_error("no child process");
   if (child == 0) {
-    if (killAfter > 0) {
-      // The alarm's default action ends the process on the spot.
-      itimerval timer{};
-      timer.it_value.tv_sec = killAfter / 1000000;
-      timer.it_value.tv_usec = killAfter % 1000000;
-      setitimer(ITIMER_REAL, &timer, nullptr);
-    }
     try {
       body();
     } catch (...) {

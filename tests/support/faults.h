@@ -38,8 +38,7 @@ class FileSizeLimit {
   uint64_t former_;
 };
 
-// Runs body in a child process that is killed after so many microseconds (0: never). True when it
-// came to its end. REQUIRES: no repository is open.
-bool RunInChild(const std::function<void()>& body, int64_t killAfter);
+// Runs body in a child process. True when it came to its end. REQUIRES: no repository is open.
+bool RunInChild(const std::function<void()>& body);
 
 }  // namespace tarnwick::testing

@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "platform/clock.h"
+#include "repository/repository.h"
+
 namespace tarnwick::testing {
 
 namespace {
@@ -76,64 +79,34 @@ int Sync(sqlite3_file*, int) {
   return SQLITE_OK;
 }
 
-int Close(sqlite3_file* file) {
-  return Real(file)->pMethods->xClose(Real(file));
-}
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {
   if (Fails(DiskFault::kShortWrite)) return SQLITE_IOERR_TRUNCATE;
   return Real(file)->pMethods->xTruncate(Real(file), size);
 }
-int FileSize(sqlite3_file* file, sqlite3_int64* size) {
-  return Real(file)->pMethods->xFileSize(Real(file), size);
-}
-int Lock(sqlite3_file* file, int level) {
-  return Real(file)->pMethods->xLock(Real(file), level);
-}
-int Unlock(sqlite3_file* file, int level) {
-  return Real(file)->pMethods->xUnlock(Real(file), level);
-}
-int CheckReservedLock(sqlite3_file* file, int* result) {
-  return Real(file)->pMethods->xCheckReservedLock(Real(file), result);
-}
-int FileControl(sqlite3_file* file, int operation, void* argument) {
-  return Real(file)->pMethods->xFileControl(Real(file), operation, argument);
-}
-int SectorSize(sqlite3_file* file) {
-  return Real(file)->pMethods->xSectorSize(Real(file));
-}
-int DeviceCharacteristics(sqlite3_file* file) {
-  return Real(file)->pMethods->xDeviceCharacteristics(Real(file));
-}
-int ShmMap(sqlite3_file* file, int page, int size, int extend, void volatile** place) {
-  return Real(file)->pMethods->xShmMap(Real(file), page, size, extend, place);
-}
-int ShmLock(sqlite3_file* file, int offset, int count, int flags) {
-  return Real(file)->pMethods->xShmLock(Real(file), offset, count, flags);
-}
-void ShmBarrier(sqlite3_file* file) {
-  Real(file)->pMethods->xShmBarrier(Real(file));
-}
-int ShmUnmap(sqlite3_file* file, int deleteIt) {
-  return Real(file)->pMethods->xShmUnmap(Real(file), deleteIt);
+// What is passed on as it comes.
+template <auto kMethod, typename Result, typename... Arguments>
+Result Pass(sqlite3_file* file, Arguments... arguments) {
+  return (Real(file)->pMethods->*kMethod)(Real(file), arguments...);
 }
 
+using Io = sqlite3_io_methods;
 constexpr sqlite3_io_methods kMethods = {2,
-                                         Close,
+                                         Pass<&Io::xClose>,
                                          Read,
                                          Write,
                                          Truncate,
                                          Sync,
-                                         FileSize,
-                                         Lock,
-                                         Unlock,
-                                         CheckReservedLock,
-                                         FileControl,
-                                         SectorSize,
-                                         DeviceCharacteristics,
-                                         ShmMap,
-                                         ShmLock,
-                                         ShmBarrier,
-                                         ShmUnmap,
+                                         Pass<&Io::xFileSize>,
+                                         Pass<&Io::xLock>,
+                                         Pass<&Io::xUnlock>,
+                                         Pass<&Io::xCheckReservedLock>,
+                                         Pass<&Io::xFileControl>,
+                                         Pass<&Io::xSectorSize>,
+                                         Pass<&Io::xDeviceCharacteristics>,
+                                         Pass<&Io::xShmMap>,
+                                         Pass<&Io::xShmLock>,
+                                         Pass<&Io::xShmBarrier>,
+                                         Pass<&Io::xShmUnmap>,
                                          nullptr,
                                          nullptr};
 
@@ -179,6 +152,18 @@ bool FaultyDisk::Happened() const {
 
 int64_t FaultyDisk::Calls() const {
   return CurrentPlan().calls;
+}
+
+void StartOnFaultyDisk() {
+  repository::DisconnectRepository();  // opened before the disk was there
+  FaultyDisk::Install();
+  platform::ClockOverride clock;
+  clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0);
+  clock.zoneBiasMinutes = -180;
+  clock.logonName = "ann";
+  clock.tickStep = 40;
+  platform::SetClockOverride(clock);
+  if (!repository::OpenRepository(false)) throw std::runtime_error("no repository");
 }
 
 }  // namespace tarnwick::testing

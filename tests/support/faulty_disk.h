@@ -33,4 +33,8 @@ class FaultyDisk {
   int64_t Calls() const;  // of the fault's kind so far
 };
 
+// Opens the program's repository anew on the faulty disk, with the fixture's clock going on by 40
+// ms at each look, so that there is a commit every few messages.
+void StartOnFaultyDisk();
+
 }  // namespace tarnwick::testing

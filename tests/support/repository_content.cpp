@@ -33,14 +33,6 @@ void OpenWithPassword(jet::Connection& connection, const std::string& file) {
   connection.Open();
 }
 
-std::string Column(const std::string& query, const char* column) {
-  std::string text;
-  jet::Recordset rows;
-  rows.Open(query, RepositoryDb());
-  for (; !rows.Eof(); rows.MoveNext()) text += rows.Field(column).AsText() + "\n";
-  return text;
-}
-
 }  // namespace
 
 intake::MailMessage VariedMessage(int number) {
@@ -175,26 +167,38 @@ void MakeFormerFile(const std::string& file, const std::vector<std::string>& wit
   }
 }
 
-std::vector<WholeMessage> AllMessages() {
-  std::vector<WholeMessage> messages;
-  std::vector<std::string> columns =
-      DumpTable(RepositoryDb(), "Email", {"ID", "FromTo", "ProjectID", "Active"});
-  jet::Recordset rows;
-  rows.Open("SELECT * FROM Email", RepositoryDb());
-  for (size_t i = 0; !rows.Eof(); rows.MoveNext(), ++i) {
-    std::string id = std::to_string(rows.Field("ID").AsInt());
-    std::string owned = " WHERE EmailID=" + id + " ORDER BY ID";
-    messages.push_back(
-        {columns[i], Column("SELECT * FROM Attachment" + owned, "FileName"),
-         Column("SELECT * FROM ToRecipient" + owned, "Name") +
-             Column("SELECT * FROM ToRecipient" + owned, "Address"),
-         Column("SELECT * FROM ccRecipient" + owned, "Address"),
-         Column("SELECT * FROM tblProject WHERE ID=" + rows.Field("ProjectID").AsText(),
-                "ProjectName"),
-         Column("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
-                "FileBody")});
+std::map<std::string, std::string> AllMessages(jet::Connection& connection, bool withMarks) {
+  std::map<std::string, std::string> hanging;  // by the message's ID
+  for (const std::string table : {"ToRecipient", "ccRecipient", "Attachment", "FileRepository"}) {
+    jet::Recordset rows;
+    rows.Open("SELECT * FROM " + table + " ORDER BY ID", connection);
+    for (; !rows.Eof(); rows.MoveNext()) {
+      std::string& text = hanging[rows.Field(table[0] == 'F' ? "FileID" : "EmailID").AsText()];
+      for (const char* name : {"Name", "Address", "FileName", "FileBody"}) {
+        bool isThere = false;
+        for (int i = 0; i < rows.FieldCount(); ++i) isThere |= rows.FieldName(i) == name;
+        if (isThere) text += table + rows.Field(name).AsText() + "\n";
+      }
+    }
   }
-  std::sort(messages.begin(), messages.end());
+  std::map<std::string, std::string> projects;
+  jet::Recordset rows;
+  for (rows.Open("SELECT * FROM tblProject", connection); !rows.Eof(); rows.MoveNext()) {
+    projects[rows.Field("ID").AsText()] = rows.Field("ProjectName").AsText();
+  }
+  rows.Close();
+  std::vector<std::string> columns =
+      DumpTable(connection, "Email ORDER BY ID", {"ID", "FromTo", "ProjectID", "Active"});
+  std::map<std::string, std::string> messages;
+  rows.Open("SELECT * FROM Email ORDER BY ID", connection);
+  for (size_t i = 0; !rows.Eof(); rows.MoveNext(), ++i) {
+    std::string& message = messages[rows.Field("EntryID").AsText()];
+    message += columns[i] + projects[rows.Field("ProjectID").AsText()] + "\n" +
+               hanging[rows.Field("ID").AsText()];
+    if (withMarks)
+      message += rows.Field("Active").AsText() +
+                 (rows.Field("FromTo").AsInt() != 0 ? "correspondent" : "");
+  }
   return messages;
 }
 

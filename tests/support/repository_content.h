@@ -40,14 +40,8 @@ std::map<std::string, std::vector<std::string>> DumpFile(const std::string& file
 void MakeFormerFile(const std::string& file, const std::vector<std::string>& without,
                     int version = 1);
 
-// A message with everything that hangs on it, without what belongs to its repository: identifiers
-// and the hot mark.
-struct WholeMessage {
-  std::string columns, attachments, to, cc, project, file;
-  auto operator<=>(const WholeMessage&) const = default;
-};
-
-// Every message of the open repository, in an order that does not depend on identifiers.
-std::vector<WholeMessage> AllMessages();
+// Every message of a repository by its entry identifier, with everything that hangs on it. What
+// belongs to the repository is left out, identifiers and marks; withMarks adds the latter.
+std::map<std::string, std::string> AllMessages(jet::Connection& connection, bool withMarks = false);
 
 }  // namespace tarnwick::testing

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QComboBox>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMap>
@@ -36,13 +37,18 @@ inline void CheckControls(const QWidget& window) {
     const auto* label = qobject_cast<const QLabel*>(widget);
     if (button != nullptr) checkMnemonic(button->text());
     if (label != nullptr && label->buddy() != nullptr) checkMnemonic(label->text());
+    const QWidget* combo = widget->parentWidget();
+    while (combo != nullptr && qobject_cast<const QComboBox*>(combo) == nullptr) {
+      combo = combo->parentWidget();
+    }
     bool inner =
-        widget->objectName().startsWith("qt_") ||
+        combo != nullptr || widget->objectName().startsWith("qt_") ||
         (widget->parentWidget() != nullptr && widget->parentWidget()->focusProxy() == widget);
     if (inner || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
     std::string name = widget->objectName().toStdString();
     EXPECT_FALSE(name.empty()) << widget->metaObject()->className();
-    bool captioned = button != nullptr && !button->text().isEmpty();
+    // A label that takes the keyboard for its links is called by its text.
+    bool captioned = label != nullptr || (button != nullptr && !button->text().isEmpty());
     EXPECT_TRUE(captioned || !widget->accessibleName().isEmpty()) << name;
     EXPECT_TRUE(inTabOrder.contains(widget)) << name;
   }

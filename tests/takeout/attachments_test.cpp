@@ -5,18 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "platform/files.h"
 #include "samples/mail_encoding.h"
-#include "support/real_data.h"
-#include "support/run_program.h"
-#include "support/temp_folder.h"
 
 namespace tarnwick::takeout {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 
 std::string Multipart(const std::vector<std::string>& parts) {
@@ -138,36 +131,6 @@ TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMiss
   MessageAttachments attachments(Multipart(many));
   EXPECT_EQ(attachments.List().size(), 1001U);
   EXPECT_EQ(attachments.List().back().name, "whole message.eml");
-}
-
-// Every real message there is, beside another decoder of long standing.
-TEST(RealAttachments, AreThoseOfPythonsEmailPackage) {
-  std::string mail = testing::RealData("eml");
-  if (mail.empty()) GTEST_SKIP() << "no real mail here";
-  if (testing::RunProgram({"/usr/bin/env", "python3", "--version"}).status != 0) {
-    GTEST_SKIP() << "no python3 here";
-  }
-  testing::TempFolder folder;
-  std::string list;
-  int files = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(mail)) {
-    if (!entry.is_regular_file()) continue;
-    MessageAttachments attachments(platform::ReadFile(entry.path().string()));
-    list += "M\t" + entry.path().string() + "\n";
-    for (size_t i = 0; i < attachments.List().size(); ++i) {
-      std::string name = std::to_string(files++);
-      platform::WriteFile(folder.File(name), attachments.Bytes(i));
-      EXPECT_EQ(attachments.Bytes(i).size(), attachments.List()[i].size);
-      list += "A\t" + name + "\t" + attachments.List()[i].name + "\t" + attachments.List()[i].type +
-              "\n";
-    }
-  }
-  platform::WriteFile(folder.File("list"), list);
-  testing::ProgramRun run = testing::RunProgram(
-      {"/usr/bin/env", "python3",
-       std::string(TARNWICK_SOURCE) + "/tests/takeout/attachments_reference.py", folder.Path()});
-  EXPECT_EQ(run.status, 0) << run.output << run.errors;
-  RecordProperty("figures", run.output.substr(run.output.rfind("messages ")));
 }
 
 }  // namespace
