@@ -19,8 +19,10 @@ export LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen TARNWICK_ENGINE_CACHE="$PWD/buil
 mkdir -p "$copy/source"
 git ls-files -z | tar --null --ignore-failed-read -T - -cf - | tar -C "$copy/source" -xf -
 rm -rf "$copy/shared" && ln -s "$PWD/../shared" "$copy/shared"
+quick=""  # each fault links its test program anew
+if command -v ld.lld >/dev/null; then quick="-fuse-ld=lld"; fi
 cmake -S "$copy/source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-      -DCMAKE_CXX_FLAGS_DEBUG=-g0 >/dev/null
+      -DCMAKE_CXX_FLAGS_DEBUG=-g0 -DCMAKE_EXE_LINKER_FLAGS="$quick" >/dev/null
 ninja -C "$build" >/dev/null
 
 # run_tests PROGRAM FILTER: whether they pass. A fault may make a test grow without end.
@@ -28,7 +30,7 @@ run_tests() {
   (ulimit -v 8000000; timeout 120 "$build/tests/$1" --gtest_filter="$2" >"$copy/log" 2>&1)
 }
 
-# place_fault NUMBER: puts fault NUMBER in.
+# place_fault NUMBER: puts fault NUMBER in; prints the line that it changes.
 place_fault() {
   python3 - "$list" "$copy/source" "$1" <<'PY'
 import sys
@@ -39,6 +41,7 @@ file = lines[0].split("|")[0].strip()
 sound = "\n".join(l[2:] for l in lines[1:] if l.startswith("- "))
 fault = "\n".join(l[2:] for l in lines[1:] if l.startswith("+ "))
 text = open(f"{source}/{file}", encoding="utf-8").read()
+print("       ", sound.split("\n")[0].strip())
 if text.count(sound) != 1:
     sys.exit(1)
 open(f"{source}/{file}", "w", encoding="utf-8").write(text.replace(sound, fault))
@@ -71,14 +74,14 @@ for ((i = 0; i < total; i++)); do
     continue
   fi
   placed="$file"
-  if ! place_fault "$i"; then
-    echo "stale   $head (the sound text is not there once)"
+  if ! changed=$(place_fault "$i"); then
+    echo "stale   $head (the sound text is not there once)"$'\n'"$changed"
     stale=$((stale + 1))
   elif ! ninja -C "$build" "tests/$program" >"$copy/log" 2>&1; then
-    echo "stale   $head (does not compile)"
+    echo "stale   $head (does not compile)"$'\n'"$changed"
     stale=$((stale + 1))
   elif run_tests "$program" "$filter"; then
-    echo "MISSED  $head"
+    echo "MISSED  $head"$'\n'"$changed"
     missed=$((missed + 1))
   else
     echo "caught  $head"
