@@ -101,6 +101,7 @@ TEST_F(MimeBody, NestedContainersAndAttachedMessagesAreWalkedFlat) {
               "",
               "<body>html</body>",
               "--b=_1inner--",
+              "no part",
               "--b=_1",
               "Content-Type: message/rfc822",
               "",
