@@ -22,6 +22,7 @@
 #include "intake/store_message.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "support/scripted_ui.h"
 
@@ -185,7 +186,7 @@ int Run(const std::string& home, int64_t messages, int64_t contacts) {
   std::string program = platform::FolderOf(platform::ProgramPath());
   std::string folder = platform::WithSeparator(home);
   platform::MakeFolder(folder);
-  core::SeedAppFolder(folder, program);
+  repository::SeedAppFolder(folder, program);
   if (!platform::FileExists(folder + "Tarnwick.twr")) {
     platform::CopyFile(folder + "emlTemplate.twr", folder + "Tarnwick.twr");
   }

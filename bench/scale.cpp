@@ -32,6 +32,7 @@
 #include "maintenance/merge.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "support/scripted_ui.h"
 
@@ -140,7 +141,7 @@ void Anew() {
 
 void OpenHome(const std::string& home) {
   std::string folder = platform::WithSeparator(home);
-  core::SeedAppFolder(folder, platform::FolderOf(platform::ProgramPath()));
+  repository::SeedAppFolder(folder, platform::FolderOf(platform::ProgramPath()));
   core::PrepareRun(folder);
   if (!repository::OpenRepository(false)) std::exit(1);
   repository::ReadOptions();

@@ -6,11 +6,12 @@
 # between rooms does not compile. SHOWS are the folders and headers below src that are reached, where
 # it is not the room's own folder whole.
 #
-# Files whose names end in _window, _dialog, _view or _model are the room's windows. They become a
-# library of their own, tarnwick_NAME_windows, made by tarnwick_windows(NAME [USES targets...]), so
-# that the room itself never sees the window toolkit.
+# Files whose names end in _window, _dialog, _view, _model, _actions (commands of a window) or _place
+# (where it stands on the screen) are the room's windows. They become a library of their own,
+# tarnwick_NAME_windows, made by tarnwick_windows(NAME [USES targets...]), so that the room itself
+# never sees the window toolkit.
 
-set(TARNWICK_WINDOW_FILES "_(window|dialog|view|model)\\.cpp$")
+set(TARNWICK_WINDOW_FILES "_(window|dialog|view|model|actions|place)\\.(cpp|h)$")
 
 # Makes the include folder of a target: links to paths below src, and nothing else.
 function(tarnwick_show target scope)
@@ -47,7 +48,7 @@ function(tarnwick_windows name)
   endif()
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp
        ${CMAKE_SOURCE_DIR}/src/${name}/*.h)
-  list(FILTER sources INCLUDE REGEX "_(window|dialog|view|model)\\.(cpp|h)$")
+  list(FILTER sources INCLUDE REGEX ${TARNWICK_WINDOW_FILES})
   add_library(tarnwick_${name}_windows STATIC ${sources})
   set_target_properties(tarnwick_${name}_windows PROPERTIES AUTOMOC ON)
   target_link_libraries(tarnwick_${name}_windows PUBLIC tarnwick_${name} ${ARG_USES} Qt6::Widgets

@@ -19,8 +19,6 @@
 
 namespace {
 
-using tarnwick::samples::DbxImage;
-
 struct Base {
   std::string bytes;
   std::vector<uint32_t> objects;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// A repository whose owner means ill: packed values, segments of the text index, and rows of both
+// A malicious repository: packed values, segments of the text index, and rows of both
 // within a file. All of it is read, or refused as damaged, and gives no more than its bytes can
 // hold. The first byte chooses.
 #include <algorithm>

@@ -35,7 +35,9 @@ void Walk(platform::Registry& registry, const std::string& path, int depth) {
   size_t looked = 0;
   for (const std::string& key : *keys) {
     if (++looked > 8) return;
-    Walk(registry, path.empty() ? key : path + "\\" + key, depth - 1);
+    std::string below = path;
+    if (!below.empty()) below += '\\';
+    Walk(registry, below.append(key), depth - 1);
   }
 }
 

@@ -110,7 +110,7 @@ Texts PackedSeeds(const Texts& letters) {
     for (uint32_t trigram = random() % 4; trigram < 300; trigram += 1 + random() % 40) {
       trigrams.push_back(trigram);
     }
-    writer.Add(document * document, trigrams);
+    writer.Add(int64_t{document} * document, trigrams);
   }
   std::string head = writer.Head();
   writer.Finish([&](size_t part, std::string_view data) {

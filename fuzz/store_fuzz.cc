@@ -18,6 +18,7 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
@@ -53,7 +54,7 @@ const core::RunState& Started() {
     testing::TempFolder databases;
     repository::CreateDatabaseFiles(databases.Path());
     core::State().Ui = &nobody;
-    core::SeedAppFolder(folder.Path(), databases.Path());
+    repository::SeedAppFolder(folder.Path(), databases.Path());
     core::PrepareRun(folder.Path());
     Demand(repository::OpenRepository(false));
     core::State().LogEvents = false;
@@ -84,10 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static int64_t lastId = 0;
   const std::string original(reinterpret_cast<const char*>(data), size);
   platform::WriteFile(core::State().TempMessageFile, original);
-  bool isMessage = intake::dbxParseMessage(core::State().TempMessageFile,
-                                           {"Inbox", "Local Folders", "Fuzz"}, "somebody", "");
+  intake::Ending ending;
+  bool isMessage = intake::dbxParseMessage(
+      core::State().TempMessageFile, {"Inbox", "Local Folders", "Fuzz"}, "somebody", "", &ending);
   RepositoryDb().EndUnit();
-  bool isStored = intake::LastOutcome() == intake::Outcome::kStored;
+  bool isStored = ending.outcome == intake::Outcome::kStored;
   Demand(isStored == isMessage);
   jet::Recordset rows;
   rows.Open("SELECT Max(ID) AS Last FROM Email", RepositoryDb());

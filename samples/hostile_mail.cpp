@@ -14,26 +14,26 @@ using namespace std::string_literals;
 constexpr const char* kInjection = "x'); DELETE * FROM Email; -- \" # [a] %_";
 
 // A letter whose headers are these, each ended.
-std::string Letter(const std::string& headers, const std::string& body = "text\r\n") {
+std::string RawMail(const std::string& headers, const std::string& body = "text\r\n") {
   return "From: a@b.test\r\n" + headers + "\r\n" + body;
 }
 std::string Subject(const std::string& value) {
-  return Letter("Subject: " + value + "\r\n");
+  return RawMail("Subject: " + value + "\r\n");
 }
 std::string Dated(const std::string& value) {
-  return Letter("Subject: s\r\nDate: " + value + "\r\n");
+  return RawMail("Subject: s\r\nDate: " + value + "\r\n");
 }
 std::string Encoded(const std::string& encoding, const std::string& body) {
-  return Letter("Subject: s\r\nContent-Transfer-Encoding: " + encoding + "\r\n", body);
+  return RawMail("Subject: s\r\nContent-Transfer-Encoding: " + encoding + "\r\n", body);
 }
 std::string Charset(const std::string& name, const std::string& body) {
-  return Letter("Subject: s\r\nContent-Type: text/plain; charset=" + name + "\r\n", body);
+  return RawMail("Subject: s\r\nContent-Type: text/plain; charset=" + name + "\r\n", body);
 }
 std::string Html(const std::string& html) {
-  return Letter("Subject: s\r\nContent-Type: text/html\r\n", html);
+  return RawMail("Subject: s\r\nContent-Type: text/html\r\n", html);
 }
 std::string Parts(const std::string& parts) {
-  return Letter("Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n", parts);
+  return RawMail("Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n", parts);
 }
 std::string Attached(const std::string& name) {
   return Parts(
@@ -42,7 +42,7 @@ std::string Attached(const std::string& name) {
       name + "\"\r\n\r\nAAAA\r\n--b--\r\n");
 }
 std::string Inline(const std::string& name) {
-  return Letter("Subject: s\r\n", "begin 644 " + name + "\r\n#0V%T\r\n`\r\nend\r\n");
+  return RawMail("Subject: s\r\n", "begin 644 " + name + "\r\n#0V%T\r\n`\r\nend\r\n");
 }
 
 // As often as fits size bytes.
@@ -72,7 +72,7 @@ void AddTexts(std::vector<HostileKind>& kinds) {
                    "From: \"" + injection + "\" <'@x';--@b>\r\nSubject: s\r\n\r\nt\r\n",
                    {{"Subject", "s"}}});
   kinds.push_back({"statement in a recipient",
-                   Letter("Subject: s\r\nTo: x'); DROP <a'b@c>\r\n"),
+                   RawMail("Subject: s\r\nTo: x'); DROP <a'b@c>\r\n"),
                    {{"to", "x'); DROP<a'b@c>"}}});
   kinds.push_back({"statement in an attachment's name",
                    Attached("a'); DELETE * FROM Email;.txt"),
@@ -86,7 +86,7 @@ void AddTexts(std::vector<HostileKind>& kinds) {
                    Subject("=?utf-8?Q?=27)=3B_DELETE_*?="),
                    {{"Subject", "'); DELETE *"}}});
   kinds.push_back({"statement in the importance",
-                   Letter("Subject: s\r\nImportance: '\"--\r\n"),
+                   RawMail("Subject: s\r\nImportance: '\"--\r\n"),
                    {{"EmailImportance", "'\"--"}}});
   kinds.push_back({"header in an encoded word",
                    Subject("=?utf-8?Q?a=0D=0ATo:_evil=40x?="),
@@ -94,10 +94,10 @@ void AddTexts(std::vector<HostileKind>& kinds) {
   kinds.push_back(
       {"header behind a lone carriage return", Subject("a\rTo: evil@x"), {{"to count", "0"}}});
   kinds.push_back({"zero bytes in headers",
-                   Letter("Subject: a\0b\r\nTo: c\0d@x\r\n"s),
+                   RawMail("Subject: a\0b\r\nTo: c\0d@x\r\n"s),
                    {{"Subject", "a\0b"s}, {"to count", "1"}}});
   kinds.push_back(
-      {"zero bytes in the body", Letter("Subject: s\r\n", "a\0b\r\n"s), {{"body", "a\0b\r\n"s}}});
+      {"zero bytes in the body", RawMail("Subject: s\r\n", "a\0b\r\n"s), {{"body", "a\0b\r\n"s}}});
   kinds.push_back({"nothing but zero bytes", std::string(500, '\0'), {}, true});
   kinds.push_back({"control characters",
                    Subject("a\x1B]0;title\x07\x7F"),
@@ -121,7 +121,7 @@ void AddTexts(std::vector<HostileKind>& kinds) {
 void AddHeaders(std::vector<HostileKind>& kinds) {
   kinds.push_back(
       {"every header twice",
-       Letter("Subject: first\r\nSubject: second\r\nTo: a@b\r\nTo: c@d\r\nFrom: x@y\r\n"),
+       RawMail("Subject: first\r\nSubject: second\r\nTo: a@b\r\nTo: c@d\r\nFrom: x@y\r\n"),
        {{"Subject", "first"}, {"to", "a@b<a@b>"}, {"AddressFrom", "a@b.test"}}});
   kinds.push_back({"no header at all", "just text\r\n", {}, true});
   kinds.push_back({"no end of the headers", "Subject: s\r\nFrom: a@b", {{"Subject", "s"}}});
@@ -129,7 +129,8 @@ void AddHeaders(std::vector<HostileKind>& kinds) {
                    "From: a@b\nSubject: s\n\nx\n",
                    {{"Subject", "s"}, {"body", "x\r\n"}}});
   kinds.push_back({"an empty sender", "From: <>\r\nSubject: s\r\n\r\nx\r\n", {{"Subject", "s"}}});
-  kinds.push_back({"addresses without an end", Letter("Subject: s\r\nTo: <<<<@@@@,,,,\"\"\"\r\n")});
+  kinds.push_back(
+      {"addresses without an end", RawMail("Subject: s\r\nTo: <<<<@@@@,,,,\"\"\"\r\n")});
   kinds.push_back({"an encoded word in an encoded word",
                    Subject("=?utf-8?Q?=3D=3Futf-8=3FQ=3Fa=3F=3D?="),
                    {{"Subject", "=?utf-8?Q?a?="}}});
@@ -165,10 +166,10 @@ void AddFiles(std::vector<HostileKind>& kinds) {
   kinds.push_back(
       {"broken quoted-printable", Encoded("quoted-printable", "a=ZZ=\r\n=4=\r\nb=\r\n")});
   kinds.push_back(
-      {"an inline file without an end", Letter("Subject: s\r\n", "begin 644 a.txt\r\n#0V%T\r\n")});
+      {"an inline file without an end", RawMail("Subject: s\r\n", "begin 644 a.txt\r\n#0V%T\r\n")});
   kinds.push_back({"a boundary that is everywhere",
-                   Letter("Subject: s\r\nContent-Type: multipart/mixed; boundary=\"\"\r\n",
-                          "--\r\ntext\r\n----\r\n")});
+                   RawMail("Subject: s\r\nContent-Type: multipart/mixed; boundary=\"\"\r\n",
+                           "--\r\ntext\r\n----\r\n")});
   kinds.push_back(
       {"a container that holds itself",
        Parts("--b\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nt\r\n")});
@@ -195,21 +196,21 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
   const std::string multipart =
       "From: a@b\r\nSubject: s\r\nContent-Type: multipart/mixed; "
       "boundary=b\r\n\r\n";
-  add("headers without end", Letter("Subject: s\r\n" + Filled("X-Header: x\r\n", size)),
+  add("headers without end", RawMail("Subject: s\r\n" + Filled("X-Header: x\r\n", size)),
       {{"Subject", "s"}, {"body", "text\r\n"}});
-  add("a folded subject", Letter("Subject: s\r\n" + Filled(" f\r\n", size)));
+  add("a folded subject", RawMail("Subject: s\r\n" + Filled(" f\r\n", size)));
   add("a long subject", Subject(std::string(size, 's')), {{"Subject", std::string(size, 's')}});
-  add("a long line", Letter("Subject: s\r\n", std::string(size, 'x') + "\r\n"),
+  add("a long line", RawMail("Subject: s\r\n", std::string(size, 'x') + "\r\n"),
       {{"body length", std::to_string(size + 2)}});
-  add("empty lines", Letter("Subject: s\r\n", Filled("\r\n", size) + "x\r\n"));
-  add("recipients", Letter("Subject: s\r\nTo: " + Filled("a@b, ", size) + "c@d\r\n"),
+  add("empty lines", RawMail("Subject: s\r\n", Filled("\r\n", size) + "x\r\n"));
+  add("recipients", RawMail("Subject: s\r\nTo: " + Filled("a@b, ", size) + "c@d\r\n"),
       {{"to count", "100"}});
-  add("copies", Letter("Subject: s\r\nCc: " + Filled("a@b, ", size) + "c@d\r\n"),
+  add("copies", RawMail("Subject: s\r\nCc: " + Filled("a@b, ", size) + "c@d\r\n"),
       {{"cc count", "100"}});
   add("recipients, a line each",
-      Letter("Subject: s\r\nTo: " + Filled("a@b,\r\n", size) + "c@d\r\n"), {{"to count", "100"}});
+      RawMail("Subject: s\r\nTo: " + Filled("a@b,\r\n", size) + "c@d\r\n"), {{"to count", "100"}});
   add("stations on its way",
-      Letter("Subject: s\r\n" + Filled("Received: by x; 5 Jan 2004 10:00:00\r\n", size)),
+      RawMail("Subject: s\r\n" + Filled("Received: by x; 5 Jan 2004 10:00:00\r\n", size)),
       {{"ReceivedTime", "2004-01-05 10:00:00"}});
   add("encoded words", Subject(Filled("=?utf-8?Q?a?= ", size)));
   add("beginnings of encoded words", Subject(Filled("=?utf-8?Q?", size)));
@@ -217,9 +218,9 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
       Subject(Filled("?=", size / 2) + Filled("=?", size / 2)));
   add("one encoded word", Subject("=?utf-8?B?" + std::string(size, 'A') + "?="));
   add("parameters",
-      Letter("Subject: s\r\nContent-Type: text/plain" + Filled("; a=b", size) + "\r\n"));
+      RawMail("Subject: s\r\nContent-Type: text/plain" + Filled("; a=b", size) + "\r\n"));
   add("pieces of a name",
-      Letter("Subject: s\r\nContent-Type: application/x" + Filled("; name*1=x", size) + "\r\n"));
+      RawMail("Subject: s\r\nContent-Type: application/x" + Filled("; name*1=x", size) + "\r\n"));
   add("boundaries", multipart + Filled("--b\r\n", size));
   add("parts", multipart + Filled("--b\r\nContent-Type: text/plain\r\n\r\nx\r\n", size));
   add("containers in containers",
@@ -229,9 +230,9 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
   add("attachments",
       multipart + Filled("--b\r\nContent-Type: image/gif; name=a\r\n\r\nAAAA\r\n", size));
   add("inline files",
-      Letter("Subject: s\r\n", Filled("begin 644 a\r\n#0V%T\r\n`\r\nend\r\n", size)));
+      RawMail("Subject: s\r\n", Filled("begin 644 a\r\n#0V%T\r\n`\r\nend\r\n", size)));
   add("beginnings of inline files",
-      Letter("Subject: s\r\n", Filled("begin 644 a\r\n#0V%T\r\n", size)));
+      RawMail("Subject: s\r\n", Filled("begin 644 a\r\n#0V%T\r\n", size)));
   add("base64", Encoded("base64", Filled("SGVsbG8gd29ybGQhISEh\r\n", size)));
   add("quoted-printable", Encoded("quoted-printable", Filled("=3D=\r\n", size)));
   add("depth of markup", Html("<body>" + Filled("<div>", size) + "x"));
@@ -240,9 +241,9 @@ void AddSized(std::vector<HostileKind>& kinds, size_t size) {
   add("entities", Html("<body>" + Filled("&amp;&#8364;&none;", size)));
   add("open comments", Html("<body>x" + Filled("<!--", size)), {{"body", "x"}});
   add("open tags", Html("<body>x" + Filled("<a b='", size)));
-  add("line ends of one kind", Letter("Subject: s\r\n", Filled("x\r", size)));
-  add("text that never repeats", Letter("Subject: s\r\n", Scribbled(size)));
-  add("zero bytes", Letter("Subject: s\r\n", std::string(size, '\0')));
+  add("line ends of one kind", RawMail("Subject: s\r\n", Filled("x\r", size)));
+  add("text that never repeats", RawMail("Subject: s\r\n", Scribbled(size)));
+  add("zero bytes", RawMail("Subject: s\r\n", std::string(size, '\0')));
   add("bytes of no charset", Charset("utf-8", Filled("\xFF\xFE\x80", size)));
   add("a charset with states", Charset("iso-2022-jp", Filled("\x1B$B\x1B(B", size)));
 }
@@ -260,7 +261,7 @@ Grammar InHeader(const char* name, std::vector<const char*> words) {
           std::move(words)};
 }
 Grammar InBody(const char* name, const std::string& headers, std::vector<const char*> words) {
-  return {name, Letter("Subject: s\r\n" + headers, ""), "\r\n", std::move(words)};
+  return {name, RawMail("Subject: s\r\n" + headers, ""), "\r\n", std::move(words)};
 }
 
 const std::vector<Grammar>& Grammars() {

@@ -15,6 +15,7 @@
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "qt_user_interface.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 
 namespace {
@@ -26,9 +27,9 @@ bool OpenAtStart() {
   namespace core = tarnwick::core;
   return core::Guarded("Main", false, [] {
     std::string program = tarnwick::platform::FolderOf(tarnwick::platform::ProgramPath());
-    std::string appFolder = core::ChooseAppFolder(program);
-    core::SeedAppFolder(appFolder, program);
-    core::PrepareRun(appFolder);
+    std::string appFolder = tarnwick::repository::ChooseAppFolder(program);
+    tarnwick::repository::SeedAppFolder(appFolder, program);
+    core::PrepareRun(appFolder, tarnwick::repository::IsInUse(appFolder));
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
     tarnwick::maintenance::AskAboutUnfinishedRestore();

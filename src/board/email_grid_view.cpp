@@ -15,17 +15,31 @@ namespace tarnwick::board {
 
 namespace {
 
-constexpr int kDateColumn = 1;
-constexpr int kSubjectColumn = 2;
-constexpr int kFirstHidden = 6;
+using repository::ListColumn;
+using repository::ListWidth;
+
+constexpr int kFirstColumn = GridColumn(0);  // behind the mark
+constexpr int kSubjectColumn = GridColumn(kSubject);
 constexpr int kNarrowestSubject = 120;
 
-const std::map<int, ListSort>& SortColumns() {
-  static const std::map<int, ListSort> columns = {{kDateColumn, ListSort::kDate},
-                                                  {kSubjectColumn, ListSort::kSubject},
-                                                  {3, ListSort::kFromTo},
-                                                  {4, ListSort::kDirection}};
-  return columns;
+int WidthInPixels(const ListColumn& column, const QFontMetrics& metrics) {
+  auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
+  DateTime wideDate = DateTime::FromDate(2008, 12, 28).WithTime(20, 58, 58);
+  switch (column.width) {
+    case ListWidth::kCaption:
+      return wide(ListModel::tr(column.caption));
+    case ListWidth::kSortedCaption:
+      return wide(ListModel::tr(column.caption)) + 16;
+    case ListWidth::kDate:
+      return wide(QString::fromStdString(platform::FormatDate(wideDate, "ddddd hh:mm")));
+    case ListWidth::kCharacters:
+      return metrics.averageCharWidth() * column.amount;
+    case ListWidth::kPixels:
+      return column.amount;
+    case ListWidth::kHidden:
+      break;
+  }
+  return 0;
 }
 
 }  // namespace
@@ -40,24 +54,21 @@ EmailGridView::EmailGridView(QWidget* parent) : GridView(parent), model_(new Lis
   header->setSectionsClickable(true);
   header->setSortIndicatorShown(true);
   connect(header, &QHeaderView::sectionClicked, this, [this](int column) {
-    auto sort = SortColumns().find(column);
-    if (sort != SortColumns().end()) emit SortAskedFor(sort->second);
+    if (column == kMarkColumn) return;
+    int sort = repository::kListColumns[static_cast<size_t>(column - 1)].sort;
+    if (sort != 0) emit SortAskedFor(static_cast<ListSort>(sort));
   });
   SetDefaultWidths();
 }
 
 void EmailGridView::SetDefaultWidths() {
-  const QFontMetrics metrics = fontMetrics();
-  auto wide = [&](const QString& text) { return metrics.horizontalAdvance(text) + 24; };
-  DateTime wideDate = DateTime::FromDate(2008, 12, 28).WithTime(20, 58, 58);
-  setColumnWidth(0, wide("!"));
-  setColumnWidth(kDateColumn,
-                 wide(QString::fromStdString(platform::FormatDate(wideDate, "ddddd hh:mm"))));
-  setColumnWidth(kSubjectColumn, 420);
-  setColumnWidth(3, metrics.averageCharWidth() * 28);
-  setColumnWidth(4, wide(tr("Direction")) + 16);  // room for the sort indicator
-  setColumnWidth(5, wide(tr("Hot")));
-  for (int column = kFirstHidden; column < kGridColumns; ++column) setColumnHidden(column, true);
+  setColumnWidth(kMarkColumn,
+                 WidthInPixels({.caption = "!", .width = ListWidth::kCaption}, fontMetrics()));
+  for (const ListColumn& column : repository::kListColumns) {
+    int width = WidthInPixels(column, fontMetrics());
+    setColumnHidden(column.place, width == 0);
+    if (width != 0) setColumnWidth(column.place, width);
+  }
 }
 
 void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace) {
@@ -137,22 +148,22 @@ void EmailGridView::SetHint(const QString& title, const QString& advice) {
 }
 
 void EmailGridView::ShowSort(ListSort sort, ListOrder order) {
-  for (const auto& [column, columnSort] : SortColumns()) {
-    if (columnSort != sort) continue;
+  for (const ListColumn& column : repository::kSortColumns) {
+    if (static_cast<ListSort>(column.sort) != sort) continue;
     horizontalHeader()->setSortIndicator(
-        column, order == ListOrder::kAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
+        column.place, order == ListOrder::kAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
   }
 }
 
 void EmailGridView::CopySelected() const {
-  GridView::CopySelected(kDateColumn);
+  GridView::CopySelected(kFirstColumn);
 }
 
 void EmailGridView::keyboardSearch(const QString& search) {
   auto [word, goesOn] = TypeOn(search);
   int rows = model_->rowCount();
   if (word.isEmpty() || rows == 0 || model_->IsPlaceholder()) return;
-  int column = std::max(currentIndex().column(), kDateColumn);
+  int column = std::max(currentIndex().column(), kFirstColumn);
   // A first letter moves on from the current row, a longer word may stay on it.
   int row = std::max(currentIndex().row(), 0) + (goesOn ? 0 : 1);
   QElapsedTimer timer;

@@ -5,7 +5,6 @@
 // tested without one. Errors are reported; the window then keeps what it shows.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -14,14 +13,6 @@
 #include "database/recordset.h"
 
 namespace tarnwick::board {
-
-// The grid's columns. Column 0 is the fixed one with the importance mark; the rest are the fields
-// of the list query in their order. Captions of the last four are field names: they are hidden
-// unless a stored layout gives them a width.
-inline constexpr int kGridColumns = 10;
-inline constexpr std::array<const char*, kGridColumns> kGridHeaders = {
-    "",    "Date", "Subject",         "From/To",     "Direction",
-    "Hot", "ID",   "EmailImportance", "Application", "ReceivedTime"};
 
 class ListForm {
  public:

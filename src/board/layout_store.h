@@ -5,8 +5,12 @@
 // Errors are reported.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <optional>
+#include <string_view>
 
+#include "repository/email_fields.h"
 #include "repository/grid_layout.h"
 
 namespace tarnwick::board {
@@ -15,6 +19,15 @@ using repository::kTwipsPerPixel;
 
 // The group under which repository/grid_layout.h keeps the column widths.
 inline constexpr const char* kGridGroup = "EmailGrid";
+
+// The grid's columns as their widths are stored: the mark of important messages, then the columns
+// of the list.
+inline constexpr auto kGridNames = [] {
+  std::array<std::string_view, 1 + repository::kListColumnCount> names = {"Mark"};
+  std::ranges::transform(repository::kListColumns, names.begin() + 1,
+                         &repository::ListColumn::name);
+  return names;
+}();
 
 struct WindowPlace {
   int left = 0;

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // What the message list is narrowed to and how it is ordered, and how that is kept between runs.
-// Fields bear their known names; the numbers of the enumerations are stored.
+// Fields bear their known names.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 namespace tarnwick::board {
 
+// The numbers of these three are stored: do not reorder.
 enum class ListDirection : uint8_t { kBoth = 1, kIn = 2, kOut = 3 };
 enum class ListSort : uint8_t { kNone = 0, kDate = 1, kSubject = 2, kFromTo = 3, kDirection = 4 };
 enum class ListOrder : uint8_t { kDescending = 1, kAscending = 2 };

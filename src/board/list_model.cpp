@@ -16,8 +16,7 @@ namespace tarnwick::board {
 
 namespace {
 
-constexpr int kMarkColumn = 0;
-constexpr int kHotColumn = kActive + 1;
+constexpr int kHotColumn = GridColumn(kActive);
 // Some screens full; a row is a few hundred bytes.
 constexpr size_t kCachedRows = 1024;
 
@@ -56,9 +55,10 @@ void ListModel::Unbind() {
 ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
   Row result;
   list.SetAbsolutePosition(int64_t{row} + 1);
-  int fields = std::min(list.FieldCount(), static_cast<int>(kListFieldCount));
-  for (int field = 0; field < fields; ++field) {
-    result.fields[static_cast<size_t>(field)] = list.Field(field).AsText();
+  int place = 0;
+  for (size_t field = 0; field < result.fields.size() && place < list.FieldCount(); ++field) {
+    if (placeholder && !repository::kListColumns[field].isInPlaceholder) continue;
+    result.fields[field] = list.Field(place++).AsText();
   }
   // The placeholder's own key is no message's.
   if (!placeholder) result.id = list.Field(kId).AsInt();
@@ -160,7 +160,10 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
 
 QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || section < 0 || section >= kGridColumns) return {};
-  if (role == Qt::DisplayRole) return tr(kGridHeaders[static_cast<size_t>(section)]);
+  if (role == Qt::DisplayRole) {
+    if (section == kMarkColumn) return QString();
+    return tr(repository::kListColumns[static_cast<size_t>(section - 1)].caption);
+  }
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) {
     if (section == kMarkColumn) return tr("Importance");
   }

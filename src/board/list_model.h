@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The message list as the grid sees it: a recordset's rows, each read when it is first shown and
-// kept in a small cache. Nothing here walks the list. Rows count from 0; columns are those of
-// kGridHeaders, column 0 being the mark of important messages.
+// kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 is the mark of
+// important messages, the rest are repository::kListColumns in their order.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -16,6 +16,13 @@
 #include "board/list_query.h"
 
 namespace tarnwick::board {
+
+inline constexpr int kMarkColumn = 0;
+inline constexpr int kGridColumns = 1 + static_cast<int>(repository::kListColumnCount);
+// The grid's column for one of the list query.
+constexpr int GridColumn(int field) {
+  return field + 1;
+}
 
 class ListModel : public QAbstractTableModel {
   Q_OBJECT
@@ -46,7 +53,7 @@ class ListModel : public QAbstractTableModel {
 
  private:
   struct Row {
-    std::array<std::string, kListFieldCount> fields;
+    std::array<std::string, repository::kListColumnCount> fields;
     int64_t id = 0;
     bool important = false;
     bool hot = false;

@@ -16,6 +16,9 @@ namespace {
 
 using jet::CursorType;
 using jet::LockType;
+using repository::ListColumn;
+
+static_assert(repository::kSortColumns.size() == static_cast<size_t>(ListSort::kDirection));
 
 std::string Word(const std::string& typed) {
   return std::string(core::Trim(core::SanitizeFilterText(typed)));
@@ -40,6 +43,16 @@ bool IsListed(const std::string& name, const std::string& query) {
 // Whether a WHERE clause asks for files, whose join multiplies a message.
 bool AsksForFiles(const std::string& where) {
   return where.find("Attachment.") != std::string::npos;
+}
+
+// SQL of a list column, or that of the column of Email which it is.
+std::string OrOfEmail(std::string_view sql, const ListColumn& column) {
+  return sql.empty() ? "Email." + std::string(column.name) : std::string(sql);
+}
+
+void Append(std::string& list, const std::string& item) {
+  if (!list.empty()) list += ", ";
+  list += item;
 }
 
 void OpenList(jet::Recordset& list, const std::string& query) {
@@ -105,33 +118,21 @@ std::string AttachmentCondition(const ListFilter& filter) {
 
 std::string ListSortClause(const ListFilter& filter) {
   std::string sort;
-  switch (filter.SortBy) {
-    case ListSort::kDate:
-      sort = "ORDER BY Email.ReceivedTime";
-      break;
-    case ListSort::kSubject:
-      sort = "ORDER BY Email.Subject";
-      break;
-    case ListSort::kFromTo:
-      sort = "ORDER BY MeContact.Name";
-      break;
-    case ListSort::kDirection:
-      sort = "ORDER BY Email.Direction";
-      break;
-    default:
-      break;
+  for (const ListColumn& column : repository::kSortColumns) {
+    if (static_cast<ListSort>(column.sort) != filter.SortBy) continue;
+    sort = "ORDER BY " + OrOfEmail(column.sortedBy, column);
   }
   if (filter.SortOrder == ListOrder::kDescending) sort += " DESC";
   return sort;
 }
 
 std::string ListQueryText(const std::string& where, const std::string& sort) {
-  return "SELECT DISTINCT "
-         "Format$(Email.ReceivedTime, 'Short Date') & ' ' & Format$(Email.ReceivedTime, 'hh:mm')"
-         " As Received, "
-         "Email.Subject, MeContact.Name AS FromTo, Email.Direction, Email.Active, "
-         "Email.ID, Email.EmailImportance, Email.Application, Email.ReceivedTime "
-         "\r\n"
+  std::string columns;
+  for (const ListColumn& column : repository::kListColumns) {
+    Append(columns, OrOfEmail(column.expression, column));
+  }
+  return "SELECT DISTINCT " + columns +
+         " \r\n"
          "FROM (Email "
          "LEFT JOIN MeContact ON Email.FromTo = MeContact.ID)"
          "\r\n"
@@ -141,10 +142,14 @@ std::string ListQueryText(const std::string& where, const std::string& sort) {
 }
 
 std::string PlaceholderQueryText() {
-  return "SELECT Format(Date(), 'ddddd hh:mm') As Sent, "
-         "Email.Subject, ' ' AS FromTo, Email.Direction, Email.Active, "
-         "Email.ID, Email.EmailImportance, Email.Application "
-         "\r\n"
+  std::string columns;
+  for (const ListColumn& column : repository::kListColumns) {
+    if (!column.isInPlaceholder) continue;
+    bool isOther = !column.placeholder.empty();
+    Append(columns, OrOfEmail(isOther ? column.placeholder : column.expression, column));
+  }
+  return "SELECT " + columns +
+         " \r\n"
          "FROM EmailOne AS Email ";
 }
 

@@ -10,22 +10,17 @@
 
 #include "board/list_filter.h"
 #include "database/recordset.h"
+#include "repository/email_fields.h"
 
 namespace tarnwick::board {
 
-// Columns of the list query, from 0. The placeholder row lacks the last.
-enum ListField {
-  kReceived = 0,
-  kSubject,
-  kFromTo,
-  kDirection,
-  kActive,
-  kId,
-  kImportance,
-  kApplication,
-  kReceivedTime,
-  kListFieldCount,
-};
+// Columns of the list query that the program itself looks at, from 0. All of them, and what the
+// placeholder row lacks of them, are told in repository/email_fields.h.
+inline constexpr int kSubject = repository::ListIndex("Subject");
+inline constexpr int kActive = repository::ListIndex("Active");
+inline constexpr int kId = repository::ListIndex("ID");
+inline constexpr int kImportance = repository::ListIndex("EmailImportance");
+inline constexpr int kApplication = repository::ListIndex("Application");
 
 struct BoardState {
   ListFilter Filter;

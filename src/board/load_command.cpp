@@ -3,20 +3,14 @@
 #include "board/load_command.h"
 
 #include <algorithm>
-#include <memory>
 
 #include "board/load_log.h"
 #include "core/guard.h"
 #include "core/messages.h"
-#include "intake/source.h"
 #include "intake/stored_units.h"
 #include "maintenance/unfinished_restore.h"
-#include "oe/import.h"
-#include "outlook/import.h"
-#include "outlook/store_discovery.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/registry.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 
@@ -26,15 +20,7 @@ namespace {
 
 using core::State;
 
-using Sources = std::vector<std::unique_ptr<intake::Source>>;
-
-// All there are, in the order in which they are read.
-Sources EverySource() {
-  Sources sources;
-  sources.push_back(oe::MakeSource());
-  sources.push_back(outlook::MakeSource());
-  return sources;
-}
+using Chosen = std::vector<intake::Source*>;
 
 // A load's flags and silenced boxes, for as long as it lasts.
 class LoadScope {
@@ -52,27 +38,34 @@ class LoadScope {
   LoadScope& operator=(const LoadScope&) = delete;
 };
 
-bool HasOutlookStores(const std::string& folder) {
-  return !outlook::FindStores(folder).empty();
+bool IsProfile(const Sources& sources, const std::string& folder) {
+  return std::any_of(sources.begin(), sources.end(),
+                     [&](const auto& source) { return source->IsIn(folder); });
 }
 
-bool ProfileKnown() {
-  return oe::ProfileKnown() || HasOutlookStores(repository::GetProfileFolder());
+// "*.dbx or *.pst"
+std::string FilesOf(const Sources& sources) {
+  std::string text;
+  for (const auto& source : sources) {
+    if (!text.empty()) text += &source == &sources.back() ? " or " : ", ";
+    text += source->Files();
+  }
+  return text;
 }
 
 // Where no profile is known yet the person chooses one.
-bool EnsureProfile() {
-  if (ProfileKnown()) return true;
+bool EnsureProfile(const Sources& sources) {
+  if (IsProfile(sources, repository::GetProfileFolder())) return true;
   auto folder = State().Ui->ChooseFolder(
-      "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with *.dbx or *.pst "
-      "files");
+      "Select the folder of the old Windows user (with NTUSER.DAT) or a folder with " +
+      FilesOf(sources) + " files");
   if (!folder || folder->empty()) {
     core::ShowMessage("No folder was chosen: nothing is loaded.");
     return false;
   }
-  bool hasRegistry = platform::DetectProfile(*folder) != platform::ProfileKind::kNone;
-  if (!hasRegistry && !HasOutlookStores(*folder)) {
-    core::ShowMessage("There is no NTUSER.DAT, user.reg, *.dbx or *.pst file in " + *folder);
+  if (!IsProfile(sources, *folder)) {
+    core::ShowMessage("There is no NTUSER.DAT, user.reg, " + FilesOf(sources) + " file in " +
+                      *folder);
     return false;
   }
   repository::SetProfileFolder(*folder);
@@ -80,48 +73,52 @@ bool EnsureProfile() {
 }
 
 // Asks whether a mailer is to be read at a first load, and keeps a no as the option.
-bool AskForMailer(intake::Source& source) {
+bool AskForMailer(const intake::Source& source) {
   if (core::AskYesNo("Would you like to load email from " + source.Name() + " to Repository?")) {
     return true;
   }
   repository::SetOption(source.Option(), false);
-  source.OptionFlag() = false;
   return false;
 }
 
-// Leaves those that are to be read. REQUIRES: the profile is known.
-void Choose(Sources& sources, const LoadOptions& options) {
+// Those that are to be read. REQUIRES: the profile is known.
+Chosen Choose(const Sources& sources, const LoadOptions& options) {
   bool asks = State().RepositoryIsEmpty && !options.everyMailer;
-  std::erase_if(sources, [&](const std::unique_ptr<intake::Source>& source) {
-    if (!options.everyMailer && !asks && !source->OptionFlag()) return true;
-    return !source->IsThere() || (asks && !AskForMailer(*source));
-  });
+  const std::string profile = repository::GetProfileFolder();
+  Chosen chosen;
+  for (const auto& source : sources) {
+    if (!options.everyMailer && !asks && !repository::GetOption(source->Option())) continue;
+    if (!source->IsIn(profile) || (asks && !AskForMailer(*source))) continue;
+    chosen.push_back(source.get());
+  }
+  return chosen;
 }
 
-bool AnyIsChosen(const Sources& sources) {
+bool AnyIsUsed(const Sources& sources) {
   return std::any_of(sources.begin(), sources.end(),
-                     [](const auto& source) { return source->OptionFlag(); });
+                     [](const auto& source) { return repository::GetOption(source->Option()); });
 }
 
 // A disk that was pulled out meanwhile: what its missing files hold was neither found nor counted.
-bool ProfileStands() {
-  return core::GuardedRun("LoadFromMailer", [] {
-    if (ProfileKnown()) return;
+bool ProfileStands(const Sources& sources) {
+  return core::GuardedRun("LoadFromMailer", [&] {
+    const std::string profile = repository::GetProfileFolder();
+    if (IsProfile(sources, profile)) return;
     throw Error(
         ErrorNumber::kFileNotFound,
-        "File not found: " + repository::GetProfileFolder() +
+        "File not found: " + profile +
             "\r\nMessages may be missing. What was read is kept; a further load takes the rest.");
   });
 }
 
 // Has every source announce what it holds, then reads them; true when each could be read. None
 // keeps another from being read.
-bool ReadEach(const Sources& sources, bool whole) {
+bool ReadEach(const Chosen& chosen, bool whole) {
   bool done = true;
-  std::vector<intake::Source*> announced;
-  for (const auto& source : sources) {
+  Chosen announced;
+  for (intake::Source* source : chosen) {
     bool isThere = source->Announce(whole);
-    if (isThere) announced.push_back(source.get());
+    if (isThere) announced.push_back(source);
     done = done && isThere;
   }
   for (intake::Source* source : announced) {
@@ -133,26 +130,23 @@ bool ReadEach(const Sources& sources, bool whole) {
 
 // The same with the messages committed in groups and accounted for; false also where the load could
 // not go on.
-bool ReadSources(const Sources& sources) {
+bool ReadChosen(const Chosen& chosen) {
   // A repository without a message is read into as at a first load, whatever was asked.
   bool whole = State().RepositoryIsEmpty || repository::HasNoEmail();
   intake::LoadAccount& account = intake::Account();
   account.Open();
   bool done = core::Guarded("LoadFromMailer", false, [&] {
     jet::CommitGroup group(repository::RepositoryDb());
-    bool isRead = ReadEach(sources, whole);
+    bool isRead = ReadEach(chosen, whole);
     group.End();
     return isRead;
   });
   account.Close();
-  return ProfileStands() && done && !account.HasLost() && !State().DiskIsFull;
+  return done && !account.HasLost() && !State().DiskIsFull;
 }
 
-void KeepOptions(const Sources& sources) {
-  for (const auto& source : sources) {
-    repository::SetOption(source->Option(), true);
-    source->OptionFlag() = true;
-  }
+void KeepOptions(const Chosen& chosen) {
+  for (const intake::Source* source : chosen) repository::SetOption(source->Option(), true);
 }
 
 // However the load ended, and whatever was answered.
@@ -184,16 +178,18 @@ void TellEnd() {
   }
 }
 
-void RunLoad(Sources& sources, const LoadOptions& options, LoadResult& result) {
+void RunLoad(const Sources& sources, const Chosen& chosen, const LoadOptions& options,
+             LoadResult& result) {
   bool first = State().RepositoryIsEmpty;
   LoadScope scope(options.senders);
   ReserveLoadLog();
   result.ran = true;
-  result.failed = !ReadSources(sources);
+  bool done = ReadChosen(chosen);
+  result.failed = !ProfileStands(sources) || !done;
   result.stopped = State().ImportCancelFlag || State().StopFlag;
   result.counts = State().Counts;
   core::GuardedRun("LoadFromMailer", [&] {
-    if (first && !options.everyMailer) KeepOptions(sources);
+    if (first && !options.everyMailer) KeepOptions(chosen);
     if (!result.failed) repository::SetLastLoaded(platform::Now());
   });
   Summarise(result);
@@ -202,17 +198,17 @@ void RunLoad(Sources& sources, const LoadOptions& options, LoadResult& result) {
 // One message file, within a load's scope.
 intake::Outcome TakeFile(const std::string& path) {
   using intake::Outcome;
-  intake::SetLastOutcome(Outcome::kUnreadable);
+  intake::Ending ending{Outcome::kUnreadable, {}};
   core::GuardedRun("mnLoadTextFile", [&] {
     if (!platform::FileExists(path)) {
       throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
     }
-    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "");
+    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending);
   });
-  if (intake::LastOutcome() == Outcome::kAlreadyStored) {
+  if (ending.outcome == Outcome::kAlreadyStored) {
     core::ShowMessage("This email is in the repository.");
   }
-  return intake::LastOutcome();
+  return ending.outcome;
 }
 
 }  // namespace
@@ -222,24 +218,27 @@ void StopLoad() {
 }
 
 LoadResult LoadFromMailer(const LoadOptions& options) {
+  return LoadFromMailer(options, EverySource());
+}
+
+LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources) {
   LoadResult result;
   core::GuardedRun("LoadFromMailer", [&] {
     result.failed = maintenance::RefuseUnfinished();
     if (result.failed) return;
     if (options.full) State().RepositoryIsEmpty = State().FullLoadAsked = true;
-    Sources sources = EverySource();
-    if (!State().RepositoryIsEmpty && !options.everyMailer && !AnyIsChosen(sources)) {
+    if (!State().RepositoryIsEmpty && !options.everyMailer && !AnyIsUsed(sources)) {
       core::ShowMessage("There isn't selected a mailer. Please, use menu bar\r\nTools!Options");
       return;
     }
     result.failed = true;  // until the sources have been read
-    if (!EnsureProfile()) return;
+    if (!EnsureProfile(sources)) return;
     State().NewMessageFlag = State().DiskIsFull = false;
-    Choose(sources, options);
-    if (sources.empty()) {
+    Chosen chosen = Choose(sources, options);
+    if (chosen.empty()) {
       result.failed = false;
     } else {
-      RunLoad(sources, options, result);
+      RunLoad(sources, chosen, options, result);
     }
     ClearFullLoad();
     TellEnd();

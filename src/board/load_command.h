@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "board/sources.h"
 #include "core/run_state.h"
 #include "intake/load_account.h"
 
@@ -37,6 +38,8 @@ struct LoadResult {
 // loads (load_log.h) and, in one line, in the status bar, however it ended. The list is the
 // caller's to bind anew.
 LoadResult LoadFromMailer(const LoadOptions& options);
+// The same from these sources.
+LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources);
 
 // The stop command: the run ends at the next message.
 void StopLoad();

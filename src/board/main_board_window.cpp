@@ -18,7 +18,8 @@
 #include "board/message_viewer.h"
 #include "board/profile_summary.h"
 #include "board/search_watch.h"
-#include "board/window_place_view.h"
+#include "board/sources.h"
+#include "board/window_place.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
@@ -45,7 +46,7 @@ constexpr const char* kCheckLink = "check";
 
 }  // namespace
 
-MainBoard::MainBoard(QWidget* parent) : QMainWindow(parent), actions_(new BoardActionsView(this)) {
+MainBoard::MainBoard(QWidget* parent) : QMainWindow(parent), actions_(new BoardActions(this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));
   BuildBody();
@@ -108,7 +109,7 @@ void MainBoard::BuildBody() {
               {actions_->deleteSelected, "DeleteCurent"}},
     right[] = {{actions_->loadFromMailer, "LoadMailler"}, {actions_->quit, "Quite"}};
   for (const auto& entry : left) {
-    buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
+    buttons->addWidget(BoardActions::MakeButton(entry.action, entry.name, body));
   }
   cbShowEmailText_ = new QCheckBox(tr("Show email text"), body);
   cbShowEmailText_->setObjectName("cbShowEmailText");
@@ -121,7 +122,7 @@ void MainBoard::BuildBody() {
   buttons->addWidget(cbShowEmailText_);
   buttons->addStretch(1);
   for (const auto& entry : right) {
-    buttons->addWidget(BoardActionsView::MakeButton(entry.action, entry.name, body));
+    buttons->addWidget(BoardActions::MakeButton(entry.action, entry.name, body));
   }
   column->addLayout(buttons);
   setCentralWidget(body);
@@ -165,7 +166,7 @@ void MainBoard::Connect() {
       command();
     });
   };
-  takeout_ = new TakeoutView(*actions_, *grid_, whileStoppable, this);
+  takeout_ = new TakeoutActions(*actions_, *grid_, whileStoppable, this);
   auto listAnew = [this] {
     repository::NoteWhetherEmpty();
     FillChoices();
@@ -181,7 +182,7 @@ void MainBoard::Connect() {
       UpdateHint();
     });
   };
-  maintenance_ = new MaintenanceView(*actions_, withListClosed, listAnew, this);
+  maintenance_ = new MaintenanceActions(*actions_, withListClosed, listAnew, this);
   connect(actions_->exit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->quit, &QAction::triggered, this, &QWidget::close);
   connect(actions_->copy, &QAction::triggered, grid_, &EmailGridView::CopySelected);
@@ -217,7 +218,7 @@ void MainBoard::Connect() {
 
 bool MainBoard::Load() {
   bool sameWidth = RestorePlace(*this);
-  grid_->ApplyWidths(repository::ReadGridLayout(kGridGroup, kGridColumns), sameWidth);
+  grid_->ApplyWidths(repository::ReadNamedLayout(kGridGroup, kGridNames), sameWidth);
   ShowRepositoryFolder();
   actions_->timeline->setChecked(ReadTimelineShown());
   timeline_->setVisible(actions_->timeline->isChecked());
@@ -509,7 +510,6 @@ void MainBoard::ShowEmail() {
 
 void MainBoard::SetShowEmailText(bool on) {
   if (State().ShowEmailText != on) {
-    State().ShowEmailText = on;
     repository::SetOption(kShowEmailText, on);
   }
   if (on) {
@@ -552,7 +552,7 @@ void MainBoard::OpenContacts() {
 }
 
 void MainBoard::OpenOptions() {
-  options::frmOptions(ReadProfile, this).exec();
+  options::frmOptions(ReadProfile, Mailers(), this).exec();
 }
 
 void MainBoard::ShowLastLoad() {
@@ -574,7 +574,7 @@ void MainBoard::FillChoices() {
 void MainBoard::SaveLayout() {
   core::GuardedRun("Form_Unload", [this] {
     jet::CommitGroup group(repository::ParameterDb());
-    repository::SaveGridLayout(kGridGroup, grid_->Widths());
+    repository::SaveNamedLayout(kGridGroup, kGridNames, grid_->Widths());
     ListFilter filter = Board().Filter;
     strip_->ReadFilter(filter);
     SaveFilter(filter, CountListed());

@@ -13,15 +13,15 @@
 #include <cstdint>
 #include <functional>
 
-#include "board/board_actions_view.h"
+#include "board/board_actions.h"
 #include "board/email_grid_view.h"
 #include "board/email_list.h"
 #include "board/email_text_window.h"
 #include "board/filter_strip_view.h"
 #include "board/load_command.h"
-#include "board/maintenance_view.h"
+#include "board/maintenance_actions.h"
 #include "board/status_panels_view.h"
-#include "board/takeout_view.h"
+#include "board/takeout_actions.h"
 #include "board/timeline_view.h"
 
 namespace tarnwick::board {
@@ -39,9 +39,9 @@ class MainBoard : public QMainWindow, public ListForm {
   StatusPanelsView& Status() { return *status_; }
   FilterStripView& Filter() { return *strip_; }
   EmailGridView& Grid() { return *grid_; }
-  BoardActionsView& Actions() { return *actions_; }
-  TakeoutView& Takeout() { return *takeout_; }
-  MaintenanceView& Maintenance() { return *maintenance_; }
+  BoardActions& Actions() { return *actions_; }
+  TakeoutActions& Takeout() { return *takeout_; }
+  MaintenanceActions& Maintenance() { return *maintenance_; }
   TimelineView& Timeline() { return *timeline_; }
 
   // True while a command runs that can be stopped.
@@ -97,7 +97,7 @@ class MainBoard : public QMainWindow, public ListForm {
   void PrepareSearch();
   void SaveLayout();
 
-  BoardActionsView* actions_;
+  BoardActions* actions_;
   FilterStripView* strip_ = nullptr;
   TimelineView* timeline_ = nullptr;
   EmailGridView* grid_ = nullptr;
@@ -107,8 +107,8 @@ class MainBoard : public QMainWindow, public ListForm {
   QTimer follow_;                 // so that many changes of the selection at once are one
   QTimer prepare_;                // while there is nothing else to do
   StatusPanelsView* status_ = nullptr;
-  TakeoutView* takeout_ = nullptr;
-  MaintenanceView* maintenance_ = nullptr;
+  TakeoutActions* takeout_ = nullptr;
+  MaintenanceActions* maintenance_ = nullptr;
   QPointer<QWidget> focusBefore_;  // the work that runs
   bool busy_ = false;
   bool closeWhenDone_ = false;

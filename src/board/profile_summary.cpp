@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <memory>
 
+#include "board/sources.h"
 #include "core/guard.h"
 #include "core/messages.h"
 #include "oe/discovery.h"
+#include "oe/import.h"
+#include "outlook/import.h"
 #include "outlook/store_discovery.h"
 #include "platform/files.h"
 #include "platform/registry.h"
@@ -53,6 +56,11 @@ options::ProfileSummary ReadProfile(const std::string& folder) {
       [&] {
         for (const std::string& store : outlook::FindStores(folder)) {
           found.outlookStores.push_back(platform::FileNameOf(store));
+        }
+        for (const auto& source : EverySource()) {
+          const std::string name = source->Name();
+          bool isTold = name == oe::kApplication || name == outlook::kApplication;  // in detail
+          if (!isTold && source->IsIn(folder)) found.otherMailers.push_back(name);
         }
         if (platform::DetectProfile(folder) == platform::ProfileKind::kNone) return;
         std::unique_ptr<platform::Registry> registry = platform::OpenProfile(folder);

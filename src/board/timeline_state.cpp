@@ -32,7 +32,6 @@ int Periods(DaySpan span, PeriodUnit unit) {
 
 void TimelineState::SetCounts(DayCounts counts, int today) {
   counts_ = std::move(counts);
-  today_ = today;
   main_ = counts_.Main(today);
   if (main_) main_ = WholePeriods(*main_, PeriodUnit::kMonth);
   if (!main_) zoomed_.reset();

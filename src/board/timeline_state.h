@@ -71,7 +71,6 @@ class TimelineState {
   std::optional<int> BarOf(int day) const;
 
   DayCounts counts_;
-  int today_ = 0;
   int room_ = 100;
   std::optional<DaySpan> main_;
   std::optional<DaySpan> zoomed_;

@@ -2,14 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/unsent_message.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-
 #include "core/documents.h"
 #include "core/guard.h"
 #include "core/text.h"
+#include "intake/header_writer.h"
 #include "intake/mail_message.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
@@ -23,72 +19,18 @@ namespace {
 constexpr std::string_view kFold = "\r\n        ";
 // A line of a message holds at most 998 bytes; a mailbox also has its address and the header's
 // name.
-constexpr size_t kLongestQuoted = 500;
-// An encoded word has at most 75 characters: 12 of frame and 60 that stand for 45 bytes.
-constexpr size_t kEncodedBytes = 45;
-
-bool IsControl(char c) {
-  return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-}
-
-std::string CleanName(std::string_view name) {
-  std::string clean;
-  bool afterControl = false;
-  for (char c : platform::EnsureUtf8(name)) {
-    bool control = IsControl(c);
-    if (!control) clean += c;
-    if (control && !afterControl) clean += ' ';
-    afterControl = control;
-  }
-  return std::string(core::Trim(clean));
-}
-
-std::string Base64(std::string_view bytes) {
-  constexpr std::string_view kDigits =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (size_t i = 0; i < bytes.size(); i += 3) {
-    size_t count = std::min<size_t>(3, bytes.size() - i);
-    uint32_t group = 0;
-    for (size_t j = 0; j < 3; ++j) {
-      group = group << 8 | (j < count ? static_cast<unsigned char>(bytes[i + j]) : 0U);
-    }
-    for (size_t j = 0; j < 4; ++j) {
-      text += j <= count ? kDigits[group >> (18 - 6 * j) & 63] : '=';
-    }
-  }
-  return text;
-}
-
-// REQUIRES: valid UTF-8. No character is divided between two words.
-std::string EncodedWords(std::string_view text) {
-  std::string words;
-  while (!text.empty()) {
-    size_t length = std::min(text.size(), kEncodedBytes);
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
-      --length;
-    }
-    if (!words.empty()) words += kFold;
-    words += "=?UTF-8?B?" + Base64(text.substr(0, length)) + "?=";
-    text.remove_prefix(length);
-  }
-  return words;
-}
-
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (char c : text) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
-  }
-  return quoted + '"';
-}
+constexpr intake::HeaderForm kForm = {.charset = "UTF-8",
+                                      .bytesPerWord = 45,
+                                      .fold = kFold,
+                                      .longestPlain = 500,
+                                      .mergesControls = true};
 
 std::string CleanAddress(std::string_view address) {
   constexpr std::string_view kNotInAddress = " <>()\",;\\";
   std::string clean = platform::EnsureUtf8(core::Trim(address));
   for (char& c : clean) {
-    if (IsControl(c) || kNotInAddress.find(c) != std::string_view::npos) c = '_';
+    bool isControl = static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+    if (isControl || kNotInAddress.find(c) != std::string_view::npos) c = '_';
   }
   // Line ends outside ASCII, for readers that know them: U+0085, U+2028, U+2029.
   for (std::string_view lineEnd : {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
@@ -100,7 +42,7 @@ std::string CleanAddress(std::string_view address) {
 }
 
 bool WriteAndOpen(const std::string& recipients) {
-  std::string date = InternetDate(platform::Now(), platform::UtcOffsetMinutes());
+  std::string date = intake::InternetDate(platform::Now(), platform::UtcOffsetMinutes());
   std::string text = UnsentMessage(LatestSender(), recipients, date);
   std::string path = core::NewDocumentPath(".eml");
   platform::WriteFile(path, text);
@@ -112,9 +54,10 @@ bool WriteAndOpen(const std::string& recipients) {
 std::string MailboxText(std::string_view name, std::string_view address) {
   std::string mailbox = '<' + CleanAddress(address) + '>';
   if (name == intake::kNoName) return mailbox;
-  std::string clean = CleanName(name);
-  bool plain = platform::IsAscii(clean) && clean.size() <= kLongestQuoted;
-  return (plain ? Quoted(clean) : EncodedWords(clean)) + ' ' + mailbox;
+  std::string clean = intake::OneLine(name, kForm);
+  bool isPlain = platform::IsAscii(clean) && clean.size() <= kForm.longestPlain;
+  return (isPlain ? intake::QuotedString(clean) : intake::EncodedWords(clean, kForm)) + ' ' +
+         mailbox;
 }
 
 std::string GetAllEmailAddress(std::string_view name,
@@ -140,20 +83,6 @@ std::string LatestSender() {
     if (address.empty() || address == intake::kNoAddress) return std::string();
     return MailboxText(sent.Field("NameFrom").AsText(), address);
   });
-}
-
-std::string InternetDate(DateTime local, int utcOffsetMinutes) {
-  constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  CivilTime civil = local.ToCivil();
-  int offset = std::abs(utcOffsetMinutes);
-  char text[64];
-  std::snprintf(text, sizeof text, "%s, %d %s %04d %02d:%02d:%02d %c%02d%02d",
-                kDays[local.Weekday()], civil.day, kMonths[civil.month - 1], civil.year, civil.hour,
-                civil.minute, civil.second, utcOffsetMinutes < 0 ? '-' : '+', offset / 60 % 100,
-                offset % 60);
-  return text;
 }
 
 std::string UnsentMessage(const std::string& sender, const std::string& recipients,

@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "contacts/contact_book.h"
-#include "platform/date_time.h"
 
 namespace tarnwick::contacts {
 
@@ -30,9 +29,6 @@ std::string GetAllEmailAddress(std::string_view name, const std::vector<ContactA
 
 // The mailbox of the latest message that the user sent; "" when there is none.
 std::string LatestSender();
-
-// "Mon, 15 Jun 2020 12:00:00 +0300"; the offset in minutes that local time is ahead of UTC.
-std::string InternetDate(DateTime local, int utcOffsetMinutes);
 
 // The lines of the file, each ended by CR LF.
 std::string UnsentMessage(const std::string& sender, const std::string& recipients,

@@ -132,6 +132,12 @@ std::string OneLogLine(std::string_view text) {
   std::string line;
   line.reserve(text.size());
   while (!text.empty()) {
+    // Nearly every text is plain from its beginning to its end.
+    auto isPlain = [](char c) { return c >= ' ' && c < '\x7F'; };
+    auto plain = std::find_if_not(text.begin(), text.end(), isPlain);
+    line.append(text.begin(), plain);
+    text.remove_prefix(static_cast<size_t>(plain - text.begin()));
+    if (text.empty()) break;
     size_t length = ObeyedLength(text);
     if (text[0] == '\r' || text[0] == '\n') {
       line += text[0] == '\r' ? "\\r" : "\\n";

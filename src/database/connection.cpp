@@ -140,8 +140,8 @@ std::string Connection::IntegrityCheck() {
   return found == "ok" ? "" : found;
 }
 
-void Connection::KeepDigest(DigestDefinition definition) {
-  impl_->KeepDigest(std::move(definition));
+void Connection::KeepColumnCache(ColumnCacheDefinition definition) {
+  impl_->KeepColumnCache(std::move(definition));
 }
 
 int64_t Connection::RowsSeen() const {

@@ -35,7 +35,7 @@
 
 namespace tarnwick::jet {
 
-struct DigestDefinition;
+struct ColumnCacheDefinition;
 
 inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
 inline constexpr std::string_view kDataSourceProperty = "Data Source";
@@ -107,9 +107,9 @@ class Connection {
   // The engine's own check of the whole file: "" when it is sound, else what is wrong.
   std::string IntegrityCheck();
 
-  // Keeps a digest (table_definition.h) until the connection is closed. An index that begins with
-  // the date and holds the other columns lets the digest be read in one quick pass.
-  void KeepDigest(DigestDefinition definition);
+  // Keeps a column cache (table_definition.h) until the connection is closed. An index that begins
+  // with the date and holds the other columns lets the column cache be read in one quick pass.
+  void KeepColumnCache(ColumnCacheDefinition definition);
 
   // Called every few milliseconds while a statement runs; returning true stops the statement (Error
   // kInterrupted). {} takes it out.

@@ -36,7 +36,7 @@ void Connection::Impl::Close() {
   for (ConnectionUser* user : users) user->ConnectionCloses();
   programs_.Clear();
   index_.reset();
-  digest_.reset();
+  columnCache_.reset();
   lastTested_ = {};
   schema_.reset();
   try {
@@ -77,20 +77,20 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
   if (auto* select = std::get_if<Select>(&parsed)) {
     program->isRead = true;
     program->file = select->file;
-    program->plan =
-        PlanSelect(*select, *schema_, kOtherSchema, digest_ ? &digest_->Definition() : nullptr);
+    program->plan = PlanSelect(*select, *schema_, kOtherSchema,
+                               columnCache_ ? &columnCache_->Definition() : nullptr);
     program->all.sql = program->plan.all;
     program->groups.sql = program->plan.groups;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
     program->narrowed.sql = program->plan.narrowed;
-    if (const std::optional<DigestPlan>& digest = program->plan.digest) {
-      program->digestReferences.sql = digest->references.value_or(EngineSql());
-      program->digestDetails.sql = digest->details.value_or(EngineSql());
-      program->digestRows.sql = digest->rows.value_or(EngineSql());
-      program->digestRow.sql = digest->row;
-      program->digestOrder.sql = digest->order;
-      program->digestText.sql = digest->text;
+    if (const std::optional<ColumnCachePlan>& cache = program->plan.columnCache) {
+      program->cacheReferences.sql = cache->references.value_or(EngineSql());
+      program->cacheDetails.sql = cache->details.value_or(EngineSql());
+      program->cacheRows.sql = cache->rows.value_or(EngineSql());
+      program->cacheRow.sql = cache->row;
+      program->cacheOrder.sql = cache->order;
+      program->cacheText.sql = cache->text;
     }
     return program;
   }
@@ -145,7 +145,8 @@ std::optional<std::vector<int64_t>> Connection::Impl::Proposed(const ReadPlan& p
   for (const SearchTerm& term : plan.searches) {
     std::optional<size_t> column = index_->Find(term.column);
     const Value& text = literals[term.literal];
-    bool applies = column && text.IsText() && (!term.nought || literals[*term.nought] == Value(0));
+    bool applies =
+        column && text.IsText() && (!term.mustBeZero || literals[*term.mustBeZero] == Value(0));
     if (applies) wanted.push_back({*column, text.AsText(), term.isPattern});
   }
   if (wanted.empty()) return std::nullopt;
@@ -246,15 +247,15 @@ int64_t Connection::Impl::ExecuteOnOther(Program& program, const std::vector<Val
   return session.Engine().RunWrite(Ready(program.write, literals));
 }
 
-void Connection::Impl::KeepDigest(DigestDefinition definition) {
+void Connection::Impl::KeepColumnCache(ColumnCacheDefinition definition) {
   Database& engine = session.Engine();
   programs_.Clear();
-  digest_ = std::make_unique<Digest>(session, std::move(definition));
+  columnCache_ = std::make_unique<ColumnCache>(session, std::move(definition));
   engine.SetWriteHooks({[this](std::string_view table, int64_t key) {
-                          if (digest_) digest_->RowChanged(table, key);
+                          if (columnCache_) columnCache_->RowChanged(table, key);
                         },
                         [this] {
-                          if (digest_) digest_->Forget();
+                          if (columnCache_) columnCache_->Forget();
                         }});
 }
 

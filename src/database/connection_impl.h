@@ -15,7 +15,7 @@
 #include "database/engine/catalog.h"
 #include "database/engine/session.h"
 #include "database/engine/text_cache.h"
-#include "database/index/digest.h"
+#include "database/index/column_cache.h"
 #include "database/index/text_index.h"
 #include "database/plan/read_plan.h"
 
@@ -54,13 +54,13 @@ struct Program {
   std::shared_ptr<Insert> copy;   // whole rows from file to file: written when both are open
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
-  // plan.digest
-  PreparedSql digestReferences;
-  PreparedSql digestDetails;
-  PreparedSql digestRows;
-  PreparedSql digestRow;
-  PreparedSql digestOrder;
-  PreparedSql digestText;
+  // plan.columnCache
+  PreparedSql cacheReferences;
+  PreparedSql cacheDetails;
+  PreparedSql cacheRows;
+  PreparedSql cacheRow;
+  PreparedSql cacheOrder;
+  PreparedSql cacheText;
 };
 
 // Which rows a condition was tested on, and on which it holds, both by key; kept because the list
@@ -112,8 +112,8 @@ class Connection::Impl {
   TextIndex* Index() { return index_.get(); }
   // Before rows of a table get keys that are not the engine's choice, or all of them go.
   void BeforeRewriting(std::string_view table);
-  void KeepDigest(DigestDefinition definition);
-  Digest* GetDigest() { return digest_.get(); }  // nullptr: none is kept
+  void KeepColumnCache(ColumnCacheDefinition definition);
+  ColumnCache* GetColumnCache() { return columnCache_.get(); }  // nullptr: none is kept
   TestedRows& LastTested() { return lastTested_; }
 
   void AddUser(ConnectionUser* user) { users_.insert(user); }
@@ -133,7 +133,7 @@ class Connection::Impl {
   int64_t ExecuteOnOther(Program& program, const std::vector<Value>& literals);
 
   std::unique_ptr<Catalog> schema_;
-  std::unique_ptr<Digest> digest_;
+  std::unique_ptr<ColumnCache> columnCache_;
   TestedRows lastTested_;
   TextCache<Program> programs_{200};
   LiftedSql lifted_;

@@ -2,10 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/new_file.h"
 
-#include <cstdio>
-
 #include "database/engine/engine.h"
 #include "platform/files.h"
+#include "platform/staged_file.h"
 
 namespace tarnwick::jet {
 
@@ -17,20 +16,21 @@ bool HasLog(const std::string& path) {
   return Database::HasLog(path);
 }
 
-void PutInPlace(const std::string& made, const std::string& path) {
+void PutInPlace(platform::StagedFile& made, const std::string& path) {
   RemoveLogs(path);
-  platform::RenameFile(made, path);
+  made.Replace(path);
+}
+
+void MoveIntoPlace(const std::string& kept, const std::string& path) {
+  RemoveLogs(path);
+  platform::RenameFile(kept, path);
+  platform::FlushToDisk(platform::FolderOf(path));
 }
 
 void CopyIntoPlace(const std::string& from, const std::string& path) {
-  std::string made = path + ".new";
-  try {
-    platform::CopyFile(from, made);
-    PutInPlace(made, path);
-  } catch (...) {
-    std::remove(made.c_str());
-    throw;
-  }
+  platform::StagedFile made(path + std::string(platform::kUnfinished));
+  platform::CopyFile(from, made.Path());
+  PutInPlace(made, path);
 }
 
 }  // namespace tarnwick::jet

@@ -6,6 +6,10 @@
 
 #include <string>
 
+namespace tarnwick::platform {
+class StagedFile;
+}
+
 namespace tarnwick::jet {
 
 // Removes what the engine may have left beside a database file: a log of an older file of the name
@@ -16,8 +20,10 @@ void RemoveLogs(const std::string& path);
 // it, and part of what the file holds may be in the log.
 bool HasLog(const std::string& path);
 
-// Gives a complete file, made beside it, its name; an older file of the name goes.
-void PutInPlace(const std::string& made, const std::string& path);
+// Gives a complete file, made beside it, its name; an older file of the name goes, with its logs.
+void PutInPlace(platform::StagedFile& made, const std::string& path);
+// The same of a file that is kept where it is if that fails.
+void MoveIntoPlace(const std::string& kept, const std::string& path);
 
 // Copies a closed database file to a place that it is given only when it is complete.
 void CopyIntoPlace(const std::string& from, const std::string& path);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "database/digest_reader.h"
+#include "database/column_cache_reader.h"
 #include "database/engine/functions.h"
 #include "database/plan/group_count.h"
 #include "platform/utf8.h"
@@ -98,7 +98,7 @@ void Recordset::Impl::Requery() {
 }
 
 void Recordset::Impl::ReadAll() {
-  if (CountFromDigest()) return;
+  if (CountFromColumnCache()) return;
   std::optional<OtherFile> other;
   if (program_->file)
     other.emplace(connection_->session, literals_[*program_->file].AsText(), false);
@@ -135,7 +135,7 @@ void Recordset::Impl::FetchKeys() {
   int64_t most = -1;
   if (program_->plan.top) most = literals_[*program_->plan.top].AsInt();
   keys_.Clear();
-  if (!FetchFromDigest()) {
+  if (!FetchFromColumnCache()) {
     Statement& keys = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
     StatementUse use(keys);
     while (static_cast<int64_t>(keys_.Size()) != most && connection_->session.StepRead(keys)) {
@@ -152,17 +152,17 @@ void Recordset::Impl::AddKey(int64_t key) {
   if (!again) keys_.Add(key);
 }
 
-bool Recordset::Impl::FetchFromDigest() {
-  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
+bool Recordset::Impl::FetchFromColumnCache() {
+  if (!program_->plan.columnCache || connection_->GetColumnCache() == nullptr) return false;
   std::optional<std::vector<uint32_t>> keys =
-      DigestReader(*connection_, *program_, literals_).Keys();
+      ColumnCacheReader(*connection_, *program_, literals_).Keys();
   if (keys) keys_.Assign(std::move(*keys));
   return keys.has_value();
 }
 
-bool Recordset::Impl::CountFromDigest() {
-  if (!program_->plan.digest || connection_->GetDigest() == nullptr) return false;
-  std::optional<int64_t> count = DigestReader(*connection_, *program_, literals_).Count();
+bool Recordset::Impl::CountFromColumnCache() {
+  if (!program_->plan.columnCache || connection_->GetColumnCache() == nullptr) return false;
+  std::optional<int64_t> count = ColumnCacheReader(*connection_, *program_, literals_).Count();
   if (!count) return false;
   rows_.push_back({Value(*count)});
   fetched_ = true;

@@ -89,8 +89,8 @@ class Recordset::Impl final : public ConnectionUser {
   void CountGroups();
   void FetchKeys();
   void AddKey(int64_t key);
-  bool FetchFromDigest();
-  bool CountFromDigest();
+  bool FetchFromColumnCache();
+  bool CountFromColumnCache();
   bool IsEmpty();
   std::optional<int64_t> FirstKey();
   size_t RowCount();

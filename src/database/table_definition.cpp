@@ -12,12 +12,11 @@
 #include "database/new_file.h"
 #include "database/text/order.h"
 #include "platform/files.h"
+#include "platform/staged_file.h"
 
 namespace tarnwick::jet {
 
 namespace {
-
-constexpr char kTemporarySuffix[] = ".making";
 
 std::string DeclaredType(ColumnType type) {
   std::string collate = std::string(" COLLATE ") + kTextCollation;
@@ -75,21 +74,16 @@ void CreateDatabaseFile(const std::string& path, const std::string& password,
   sql += "PRAGMA user_version = " + std::to_string(schemaVersion) + ";\n";
   sql += "PRAGMA application_id = " + std::to_string(TextOrderVersion()) + ";\n";
   sql += "COMMIT;";
-  // Made beside its place and moved there: the file is whole or not there.
-  std::string making = path + kTemporarySuffix;
-  platform::RemoveFile(making);
-  try {
-    Database database(making, password, Database::Mode::kCreate);
+  platform::StagedFile made(path + std::string(platform::kUnfinished));
+  {
+    Database database(made.Path(), password, Database::Mode::kCreate);
     // Messages are long: pages of 16 KB cost a quarter less time than those of 4 KB when they are
     // stored, and take no more room.
     database.Run(
         "PRAGMA page_size = 16384; PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = FULL;");
     database.Run(sql.c_str());
-  } catch (...) {
-    platform::RemoveFile(making);
-    throw;
   }
-  PutInPlace(making, path);
+  PutInPlace(made, path);
 }
 
 namespace {

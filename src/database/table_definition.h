@@ -46,7 +46,7 @@ struct TableDefinition {
 // use of them: queries that narrow, sort or count its rows by these columns take milliseconds for a
 // million rows, and give what they would give without. What else a condition asks of the rows, of
 // the row that the reference names, or of the details, is looked up for itself.
-struct DigestDefinition {
+struct ColumnCacheDefinition {
   std::string table;               // with a key
   std::string date;                // its column that the rows are mostly narrowed and sorted by
   std::string reference;           // its column that holds the key of a row of another table

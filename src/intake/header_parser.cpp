@@ -22,16 +22,6 @@ namespace tarnwick::intake {
 
 namespace {
 
-struct IntakeState {
-  Outcome lastOutcome = Outcome::kNone;
-  std::string lastReason;
-};
-
-IntakeState& State() {
-  static IntakeState state;
-  return state;
-}
-
 constexpr const char* kSentItems = "Sent Items";
 constexpr const char* kInbox = "Inbox";
 
@@ -114,29 +104,35 @@ std::string KeyOfSubject(const MailMessage& message) {
          std::to_string(message.Subject.size()) + "_" + message.SentTime.ToKeyText();
 }
 
-bool Stop(Outcome outcome) {
-  SetLastOutcome(outcome);
-  return false;
+// dbxParseMessage without what guards it.
+bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& source,
+                   const std::string& identity, const std::string& entryKey, Ending& ending) {
+  auto skip = [&](Outcome outcome) {
+    ending.outcome = outcome;
+    return false;
+  };
+  if (IsEmailExist(entryKey)) return skip(OutcomeOfKnown(entryKey));
+  MailMessage message;
+  message.MessageKey = entryKey;
+  if (!ParseMessageFile(messageFile, source, IsFromMe, message)) {
+    core::ShowRepeatedMessage("Invalid message", "Message format is invalid.");
+    return false;
+  }
+  core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
+  core::YieldEvents();
+  if (entryKey.empty()) {
+    const std::string former = FormerKeyOfSubject(message);
+    if (IsEmailExist(message.MessageKey)) return skip(OutcomeOfKnown(message.MessageKey));
+    if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
+      return skip(Outcome::kAlreadyStored);
+    }
+  }
+  if (message.Encoding.empty()) message.Encoding = "NOT";
+  dbSaveMesage(messageFile, message, source.application, 0, identity, &ending);
+  return true;
 }
 
 }  // namespace
-
-Outcome LastOutcome() {
-  return State().lastOutcome;
-}
-
-void SetLastOutcome(Outcome outcome) {
-  State().lastOutcome = outcome;
-  State().lastReason.clear();
-}
-
-const std::string& LastReason() {
-  return State().lastReason;
-}
-
-void SetLastReason(std::string reason) {
-  State().lastReason = std::move(reason);
-}
 
 HeaderCode ClassifyHeader(std::string& line) {
   static constexpr std::array<std::pair<std::string_view, HeaderCode>, 16> kKeys = {{
@@ -246,32 +242,13 @@ bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& so
 }
 
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
-                     const std::string& identity, const std::string& entryKey) {
-  if (core::State().StopFlag) return Stop(Outcome::kStopped);
-  SetLastOutcome(Outcome::kUnreadable);
-  auto known = [](const std::string& key) {
-    return IsMessageIgnored(key) ? Outcome::kIgnored : Outcome::kAlreadyStored;
-  };
+                     const std::string& identity, const std::string& entryKey, Ending* ending) {
+  Ending own;
+  Ending& told = ending != nullptr ? *ending : own;
+  told = {core::State().StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
+  if (core::State().StopFlag) return false;
   return core::Guarded("dbxParseMessage", false, [&] {
-    if (IsEmailExist(entryKey)) return Stop(known(entryKey));
-    MailMessage message;
-    message.MessageKey = entryKey;
-    if (!ParseMessageFile(messageFile, source, IsFromMe, message)) {
-      core::ShowRepeatedMessage("Invalid message", "Message format is invalid.");
-      return Stop(Outcome::kUnreadable);
-    }
-    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
-    core::YieldEvents();
-    if (entryKey.empty()) {
-      const std::string former = FormerKeyOfSubject(message);
-      if (IsEmailExist(message.MessageKey)) return Stop(known(message.MessageKey));
-      if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
-        return Stop(Outcome::kAlreadyStored);
-      }
-    }
-    if (message.Encoding.empty()) message.Encoding = "NOT";
-    dbSaveMesage(messageFile, message, source.application, 0, identity);
-    return true;
+    return ParseAndStore(messageFile, source, identity, entryKey, told);
   });
 }
 

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "intake/mail_message.h"
+#include "intake/outcome.h"
 
 namespace tarnwick::intake {
 
@@ -20,27 +21,12 @@ struct SourceDescriptor {
   std::string application;
 };
 
-// What became of the last message given to dbxParseMessage or dbSaveMesage (LastOutcome).
-enum class Outcome {
-  kNone,
-  kStored,
-  kAlreadyStored,
-  kRefused,     // by the sender rules
-  kIgnored,     // the person chose never to take it
-  kUnreadable,  // no message, or an error on the way: it is not stored, or only by half
-  kStopped,     // the stop flag was set, or the person cancelled
-};
-Outcome LastOutcome();
-void SetLastOutcome(Outcome outcome);
-// Why, in words for the account of a load; "" where the outcome says it all. Setting an outcome
-// clears it.
-const std::string& LastReason();
-void SetLastReason(std::string reason);
-
 // True when the message was handed to the storing step; false when it was skipped as already
-// stored, was no message, or failed (LastOutcome tells). entryKey: the caller's unique key, or "".
+// stored, was no message, or failed. entryKey: the caller's unique key, or "". ending, where it is
+// given, tells what became of the message.
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
-                     const std::string& identity, const std::string& entryKey);
+                     const std::string& identity, const std::string& entryKey,
+                     Ending* ending = nullptr);
 
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
 // False when the message has neither a correspondent nor a subject. Throws Error for a file that

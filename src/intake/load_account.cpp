@@ -49,7 +49,6 @@ std::string WhyStopped() {
 }
 
 std::string UsualReason(Outcome outcome, bool hasError) {
-  if (!LastReason().empty()) return LastReason();
   if (outcome == Outcome::kIgnored) return "it was chosen to be ignored";
   if (outcome == Outcome::kRefused) return "its sender is refused";
   return hasError ? State().LastReportedError : "it has neither a sender nor a subject";
@@ -101,6 +100,7 @@ void LoadAccount::Withdraw(const std::string& place, int64_t messages) {
   messages = std::min(messages, entry.announced - entry.visited);
   entry.announced -= messages;
   State().Counts.found -= messages;
+  ShowProgress();
 }
 
 void LoadAccount::SetReason(const std::string& place, const std::string& reason) {
@@ -145,6 +145,11 @@ void LoadAccount::Count(const std::string& place, Outcome outcome, const std::st
   });
   TakeOffLost();
   errorsBefore_ = State().ReportedErrors;
+  ShowProgress();
+}
+
+void LoadAccount::ShowProgress() const {
+  if (State().Ui != nullptr) State().Ui->ShowProgress(visited_, State().Counts.found);
 }
 
 void LoadAccount::Keep(Place& place, Outcome outcome, std::string reason, const std::string& name) {

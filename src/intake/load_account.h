@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "core/run_state.h"
-#include "intake/header_parser.h"
+#include "intake/outcome.h"
 #include "intake/stored_units.h"
 
 namespace tarnwick::intake {
@@ -75,6 +75,7 @@ class LoadAccount {
     std::vector<std::string> reasons;
     std::map<std::pair<Outcome, std::string>, Group> left;
   };
+  void ShowProgress() const;
   int64_t IndexOf(const std::string& place);
   Place& PlaceOf(const std::string& place);
   void Keep(Place& place, Outcome outcome, std::string reason, const std::string& name);

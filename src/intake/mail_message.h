@@ -57,6 +57,7 @@ struct MailMessage {
   std::string Folder;
   std::string Parent;
   std::string Application;
+  std::string Identity;  // of Outlook Express, or the profile of Outlook
   std::string Encoding;
   std::array<std::string, kMaxBoundaries> Boundaries;
   int16_t BoundaryCount = 0;

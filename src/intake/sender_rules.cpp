@@ -2,11 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/sender_rules.h"
 
+#include <optional>
+
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "intake/header_parser.h"
 #include "intake/store_message.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
@@ -51,30 +52,43 @@ SenderAnswer Ask(const MailMessage& message) {
   return core::State().Ui->AskAboutEmail(email);
 }
 
-bool Refuse(const MailMessage& message) {
-  SetLastOutcome(Outcome::kRefused);
-  SetLastReason("its sender is rejected: " + core::LoggedMailText(SenderOf(message)));
-  return false;
+Ending RejectedSender(const MailMessage& message) {
+  return {Outcome::kRefused, "its sender is rejected: " + core::LoggedMailText(SenderOf(message))};
 }
 
-bool ActOnAnswer(SenderAnswer answer, const MailMessage& message) {
+// The ending of a message that the person does not want; nullopt for one that they do.
+std::optional<Ending> ActOnAnswer(SenderAnswer answer, const MailMessage& message) {
   switch (answer) {
     case SenderAnswer::kAccept:
     case SenderAnswer::kAcceptAll:
-      return true;
+      return std::nullopt;
     case SenderAnswer::kIgnore:
       AddIgnoredMessage(message.MessageKey);
-      SetLastOutcome(Outcome::kIgnored);
-      return false;
+      return Ending{Outcome::kIgnored, {}};
     case SenderAnswer::kReject:
       SetAddresseeReject(message.FromName, message.FromAddress);
-      return Refuse(message);
+      return RejectedSender(message);
     case SenderAnswer::kCancel:
       break;
   }
   core::State().StopFlag = true;
-  SetLastOutcome(Outcome::kStopped);
-  return false;
+  return Ending{Outcome::kStopped, {}};
+}
+
+// Why the message may not be stored; nullopt when it may.
+std::optional<Ending> Judge(const MailMessage& message) {
+  core::RunState& state = core::State();
+  if (state.RunWideAnswer == SenderAnswer::kAcceptAll) return std::nullopt;
+  if (IsSenderReject(message.FromAddress, message.FromName)) return RejectedSender(message);
+  if (IsSenderAccepted(message.FromAddress, message.FromName)) return std::nullopt;
+  if (state.RefuseUnknownSenders) {
+    return Ending{Outcome::kRefused, "its sender is not among the contacts: " +
+                                         core::LoggedMailText(SenderOf(message))};
+  }
+  state.RunWideAnswer = SenderAnswer::kCancel;
+  state.RunWideAnswer = Ask(message);
+  core::YieldEvents();
+  return ActOnAnswer(state.RunWideAnswer, message);
 }
 
 }  // namespace
@@ -137,23 +151,15 @@ bool HoldsIgnoredMessages() {
       Report::kLog);
 }
 
-bool IsMessageAccepted(const MailMessage& message) {
-  SetLastOutcome(Outcome::kRefused);
-  return core::Guarded("IsMessageAccepted", false, [&] {
-    core::RunState& state = core::State();
-    if (state.RunWideAnswer == SenderAnswer::kAcceptAll) return true;
-    if (IsSenderReject(message.FromAddress, message.FromName)) return Refuse(message);
-    if (IsSenderAccepted(message.FromAddress, message.FromName)) return true;
-    if (state.RefuseUnknownSenders) {
-      SetLastReason("its sender is not among the contacts: " +
-                    core::LoggedMailText(SenderOf(message)));
-      return false;
-    }
-    state.RunWideAnswer = SenderAnswer::kCancel;
-    state.RunWideAnswer = Ask(message);
-    core::YieldEvents();
-    return ActOnAnswer(state.RunWideAnswer, message);
-  });
+Outcome OutcomeOfKnown(const std::string& key) {
+  return IsMessageIgnored(key) ? Outcome::kIgnored : Outcome::kAlreadyStored;
+}
+
+bool IsMessageAccepted(const MailMessage& message, Ending& ending) {
+  std::optional<Ending> refusal = Ending{Outcome::kRefused, {}};  // where judging fails
+  core::GuardedRun("IsMessageAccepted", [&] { refusal = Judge(message); });
+  if (refusal) ending = *refusal;
+  return !refusal;
 }
 
 }  // namespace tarnwick::intake

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "intake/mail_message.h"
+#include "intake/outcome.h"
 
 namespace tarnwick::intake {
 
@@ -15,10 +16,13 @@ namespace tarnwick::intake {
 // the key of a message of which an error left only a part.
 bool IsEmailExist(const std::string& key);
 
-// True when the message may be stored. May ask the person, and then obeys the answer: a rule for
-// the sender, the message ignored for good, everything accepted for the rest of the run, or the run
-// stopped.
-bool IsMessageAccepted(const MailMessage& message);
+// How a message ended for which IsEmailExist is true: kAlreadyStored or kIgnored.
+Outcome OutcomeOfKnown(const std::string& key);
+
+// True when the message may be stored; ending is untouched then and else tells why not. May ask the
+// person, and then obeys the answer: a rule for the sender, the message ignored for good,
+// everything accepted for the rest of the run, or the run stopped.
+bool IsMessageAccepted(const MailMessage& message, Ending& ending);
 
 bool IsSenderReject(const std::string& address, const std::string& name);
 bool IsSenderAccepted(const std::string& address, const std::string& name);

@@ -8,7 +8,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "intake/header_parser.h"
+#include "intake/message_fields.h"
 #include "intake/sender_rules.h"
 #include "intake/unfinished.h"
 #include "platform/charset.h"
@@ -43,39 +43,25 @@ void TakeBodyFromHtml(MailMessage& message) {
   }
 }
 
-void SetFirstFields(jet::Recordset& email, const MailMessage& message,
-                    const std::string& application, const std::string& identity) {
-  email.SetField("Application", Short(application));
-  email.SetField("Identity", Short(identity));
-  email.SetField("Folder", Short(message.Folder));
-  email.SetField("Parent", Short(message.Parent));
-  email.SetField("gwTimeShift", Short(message.TimeShift));
-  email.SetField("Body", Clean(message.Body));
-  email.SetField("CountCC", message.CcCount);
-  email.SetField("Direction", message.Direction);
-  email.SetField("CreationTime", message.SentTime);
-  auto& latest = core::State().LatestReceivedTime;
-  if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
-  email.SetField("ReceivedTime", message.ReceivedTime);
-  email.SetField("EntryID", StoredKey(message.MessageKey));
-  email.SetField("HTMLBody", Clean(message.HTMLBody));
+std::string WrittenText(const MessageField& field, const std::string& text) {
+  if (field.writing == Writing::kKey) return StoredKey(text);
+  if (IsLongText(field.column)) return Clean(text);
+  std::string written = Short(text);
+  bool isHigh = field.writing == Writing::kImportance && platform::AsciiUpper(written) == "HIGH";
+  return isHigh ? "HIGH" : written;
 }
 
-void SetOtherFields(jet::Recordset& email, const MailMessage& message) {
-  std::string importance = Short(message.Importance);
-  bool isHigh = platform::AsciiUpper(importance) == "HIGH";
-  email.SetField("EmailImportance", isHigh ? std::string("HIGH") : importance);
-  email.SetField("NameFrom", Short(message.FromName));
-  email.SetField("AddressFrom", Short(message.FromAddress));
-  email.SetField("CountMailTo", message.ToCount);
-  email.SetField("FromToAddress", Short(message.FromToAddress));
-  email.SetField("FromToName", Short(message.FromToName));
-  email.SetField("Subject", Short(message.Subject));
-  email.SetField("UserName", core::State().UserName);
-  email.SetField("FilesNum", message.AttachCount);
-  if (!message.Notes.empty()) email.SetField("Notes", Clean(message.Notes));
-  email.SetField("Charset", Short(message.Charset));
-  email.SetField("Encoding", Short(message.Encoding));
+void SetField(jet::Recordset& email, const MessageField& field, const MailMessage& message) {
+  if (field.writing == Writing::kUserOfThisRun) {
+    email.SetField(field.column, core::State().UserName);
+  } else if (auto* text = std::get_if<std::string MailMessage::*>(&field.member)) {
+    if (field.writing == Writing::kUnlessEmpty && (message.**text).empty()) return;
+    email.SetField(field.column, WrittenText(field, message.**text));
+  } else if (auto* date = std::get_if<DateTime MailMessage::*>(&field.member)) {
+    email.SetField(field.column, message.**date);
+  } else if (auto* count = std::get_if<int16_t MailMessage::*>(&field.member)) {
+    email.SetField(field.column, message.**count);
+  }
 }
 
 void StoreAttachmentNames(int64_t id, const MailMessage& message) {
@@ -112,8 +98,7 @@ int64_t StoreRecipients(int64_t id, const MailMessage& message) {
 
 // Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
 // by half is taken up again.
-int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
-                     const std::string& application, const std::string& identity) {
+int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
   int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
   if (unfinished == 0) {
     email.AddNew();
@@ -121,8 +106,9 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
     RemoveChildRows(unfinished);
     email.Find("ID = " + std::to_string(unfinished));
   }
-  SetFirstFields(email, message, application, identity);
-  SetOtherFields(email, message);
+  auto& latest = core::State().LatestReceivedTime;
+  if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
+  for (const MessageField& field : kMessageFields) SetField(email, field, message);
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -137,22 +123,26 @@ std::string StoredKey(const std::string& messageKey) {
 
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
-                  const std::string& identity) {
+                  const std::string& identity, Ending* ending) {
   core::RunState& state = core::State();
-  SetLastOutcome(Outcome::kStopped);
+  Ending own;
+  Ending& told = ending != nullptr ? *ending : own;
+  told = {state.StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
   if (state.StopFlag) return;
-  SetLastOutcome(Outcome::kUnreadable);
   core::GuardedRun("dbSaveMesage", [&] {
     jet::Recordset email;
     email.Open("Email", RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kPessimistic,
                jet::CommandType::kTable);
     TakeBodyFromHtml(message);
-    if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message)) return;
-    SetLastOutcome(Outcome::kUnreadable);
+    if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message, told)) {
+      return;
+    }
     ++state.StoredMessages;
     int64_t errorsBefore = state.ReportedErrors;
+    message.Application = application;
+    message.Identity = identity;
     jet::CommitGroup group(RepositoryDb());
-    int64_t id = BeginMessage(email, message, application, identity);
+    int64_t id = BeginMessage(email, message);
     email.SetField("ProjectID",
                    dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
@@ -163,9 +153,9 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
     group.End();
-    if (isWhole) SetLastOutcome(Outcome::kStored);
+    if (isWhole) told.outcome = Outcome::kStored;
   });
-  if (LastOutcome() != Outcome::kStored || message.IsUnfinished) {
+  if (told.outcome != Outcome::kStored || message.IsUnfinished) {
     repository::Repository().MayHoldUnfinished = true;
   }
 }

@@ -12,6 +12,7 @@
 
 #include "database/recordset.h"
 #include "intake/mail_message.h"
+#include "intake/outcome.h"
 
 namespace tarnwick::intake {
 
@@ -23,12 +24,13 @@ inline constexpr size_t kFileRecordLength = 32767;
 inline constexpr size_t kMostShortText = 32767;
 
 // messageFile: path of the raw text. application: the source label stored. skipAcceptance != 0
-// bypasses the sender rules. What became of it is in LastOutcome (header_parser.h): kStored when
-// all of it is there, kUnreadable when an error, core::State().LastReportedError, left none of it
-// or a part. identity: the Outlook Express identity or Outlook profile.
+// bypasses the sender rules. identity: the Outlook Express identity or Outlook profile. Both labels
+// stand in the message from then on. ending, where it is given, tells what became of the message:
+// kStored when all of it is there, kUnreadable when an error, core::State().LastReportedError, left
+// none of it or a part.
 void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                   const std::string& application, int16_t skipAcceptance,
-                  const std::string& identity = {});
+                  const std::string& identity = {}, Ending* ending = nullptr);
 
 // The key as it is stored in Email.EntryID, cut to so many characters: what tells two messages
 // apart has to stand before.

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/database_file.h"
 
-#include <cstdio>
-
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -149,28 +147,17 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
   return Result::kFailed;
 }
 
-NewDatabaseFile::NewDatabaseFile(const std::string& file) : file_(file), path_(file + kUnfinished) {
-  // What a killed run has left makes room for this one.
-  platform::RemoveFile(path_);
-  jet::RemoveLogs(path_);
-  try {
-    std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
-    platform::CopyFile(emptyRepository, path_);
-    BringUpToDate(path_);
-  } catch (...) {
-    Discard();
-    throw;
-  }
+NewDatabaseFile::NewDatabaseFile(const std::string& file)
+    : file_(file), logs_{file + std::string(platform::kUnfinished)}, made_(logs_.path) {
+  jet::RemoveLogs(Path());  // of a run that was killed
+  std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
+  platform::CopyFile(emptyRepository, Path());
+  BringUpToDate(Path());
 }
 
-NewDatabaseFile::~NewDatabaseFile() {
-  if (!finished_) Discard();
-}
-
-void NewDatabaseFile::Discard() noexcept {
+NewDatabaseFile::LogRemover::~LogRemover() {
   try {
-    platform::RemoveFile(path_);
-    jet::RemoveLogs(path_);
+    jet::RemoveLogs(path);
   } catch (const Error&) {
     core::ReportCurrentException("NewDatabaseFile", core::Report::kLog);
   }
@@ -178,7 +165,7 @@ void NewDatabaseFile::Discard() noexcept {
 
 void NewDatabaseFile::Check(std::span<const TableCount> counts, Run& run) const {
   jet::Connection connection;
-  OpenFile(connection, path_);
+  OpenFile(connection, Path());
   WatchScope watch(run, connection, true);
   RequireCounts(connection, counts);
   std::string damage = connection.IntegrityCheck();
@@ -188,10 +175,7 @@ void NewDatabaseFile::Check(std::span<const TableCount> counts, Run& run) const 
 }
 
 void NewDatabaseFile::Finish() {
-  platform::FlushToDisk(path_);
-  jet::PutInPlace(path_, file_);
-  finished_ = true;
-  platform::FlushToDisk(platform::FolderOf(file_));
+  jet::PutInPlace(made_, file_);
 }
 
 }  // namespace tarnwick::maintenance

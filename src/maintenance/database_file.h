@@ -14,11 +14,9 @@
 #include "database/connection.h"
 #include "maintenance/result.h"
 #include "maintenance/run.h"
+#include "platform/staged_file.h"
 
 namespace tarnwick::maintenance {
-
-// Behind a file's own name while it is being made, so that no dialog lists it as a backup.
-inline constexpr const char* kUnfinished = ".unfinished";
 
 // Opens a file with the program's password, for reading unless another mode is given: its date
 // stays that of its making.
@@ -57,16 +55,15 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
                int64_t* rows = nullptr);
 
 // A database file on its way: made from the template, under a temporary name beside its own. What
-// is not finished is removed.
+// is not finished is removed, with the logs beside it.
 class NewDatabaseFile {
  public:
   explicit NewDatabaseFile(const std::string& file);
-  ~NewDatabaseFile();
   NewDatabaseFile(const NewDatabaseFile&) = delete;
   NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
 
   // The temporary name.
-  const std::string& Path() const { return path_; }
+  const std::string& Path() const { return made_.Path(); }
 
   // Opens the file and throws unless it has these rows and the engine finds it sound.
   void Check(std::span<const TableCount> counts, Run& run) const;
@@ -74,11 +71,15 @@ class NewDatabaseFile {
   void Finish();
 
  private:
-  void Discard() noexcept;
+  // Removes the engine's logs of the file that is being made; runs after the file itself is gone.
+  struct LogRemover {
+    ~LogRemover();
+    std::string path;
+  };
 
   std::string file_;
-  std::string path_;
-  bool finished_ = false;
+  LogRemover logs_;
+  platform::StagedFile made_;
 };
 
 }  // namespace tarnwick::maintenance

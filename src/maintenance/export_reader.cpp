@@ -3,7 +3,10 @@
 #include "maintenance/export_reader.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <variant>
 
+#include "intake/message_fields.h"
 #include "maintenance/database_file.h"
 #include "platform/files.h"
 
@@ -13,38 +16,25 @@ namespace {
 
 using intake::MailMessage;
 
-// Every text column and where it goes.
-constexpr struct {
-  const char* column;
-  std::string MailMessage::*member;
-} kTextColumns[] = {
-    {"Application", &MailMessage::Application},
-    {"Folder", &MailMessage::Folder},
-    {"Parent", &MailMessage::Parent},
-    {"gwTimeShift", &MailMessage::TimeShift},
-    {"Body", &MailMessage::Body},
-    {"Direction", &MailMessage::Direction},
-    {"EntryID", &MailMessage::MessageKey},
-    {"HTMLBody", &MailMessage::HTMLBody},
-    {"EmailImportance", &MailMessage::Importance},
-    {"NameFrom", &MailMessage::FromName},
-    {"AddressFrom", &MailMessage::FromAddress},
-    {"FromToAddress", &MailMessage::FromToAddress},
-    {"FromToName", &MailMessage::FromToName},
-    {"Subject", &MailMessage::Subject},
-    {"Notes", &MailMessage::Notes},
-    {"Charset", &MailMessage::Charset},
-    {"Encoding", &MailMessage::Encoding},
-};
-
 // A count as the message had it: at least the rows that were found, at most what a record can hold.
-int16_t CountOf(const jet::Value& stored, int rows, int capacity) {
-  return static_cast<int16_t>(std::clamp<int64_t>(stored.AsInt(), rows, capacity));
+int16_t CountOf(int16_t stored, int rows, int capacity) {
+  return static_cast<int16_t>(std::clamp<int>(stored, rows, capacity));
 }
 
 // Null for a column that the file is too old to have.
 jet::Value FieldOf(jet::Recordset& rows, std::string_view column) {
   return rows.HasField(column) ? rows.Field(column) : jet::Value();
+}
+
+void ReadField(jet::Recordset& rows, const intake::MessageField& field, MailMessage& message) {
+  if (auto* text = std::get_if<std::string MailMessage::*>(&field.member)) {
+    message.** text = FieldOf(rows, field.column).AsText();
+  } else if (auto* date = std::get_if<DateTime MailMessage::*>(&field.member)) {
+    message.** date = FieldOf(rows, field.column).AsDate().value_or(DateTime());
+  } else if (auto* count = std::get_if<int16_t MailMessage::*>(&field.member)) {
+    int64_t stored = FieldOf(rows, field.column).AsInt();
+    message.** count = static_cast<int16_t>(std::clamp<int64_t>(stored, 0, INT16_MAX));
+  }
 }
 
 std::string Where(const char* start, int64_t id) {
@@ -78,11 +68,10 @@ std::optional<ExportedMessage> ExportReader::Next() {
 void ExportReader::ReadColumns(ExportedMessage& exported) {
   MailMessage& message = exported.message;
   exported.id = emails_.Field("ID").AsInt();
-  exported.identity = FieldOf(emails_, "Identity").AsText();
-  for (const auto& text : kTextColumns)
-    message.*text.member = FieldOf(emails_, text.column).AsText();
-  message.SentTime = FieldOf(emails_, "CreationTime").AsDate().value_or(DateTime());
-  message.ReceivedTime = FieldOf(emails_, "ReceivedTime").AsDate().value_or(message.SentTime);
+  for (const intake::MessageField& field : intake::kMessageFields) {
+    ReadField(emails_, field, message);
+  }
+  if (!FieldOf(emails_, "ReceivedTime").AsDate()) message.ReceivedTime = message.SentTime;
   if (jet::Value project = FieldOf(emails_, "ProjectID"); !project.IsNull()) {
     message.Project = ReadProject(project.AsInt());
   }
@@ -93,9 +82,8 @@ void ExportReader::ReadColumns(ExportedMessage& exported) {
   int cc = ReadRecipients("ccRecipient", exported.id, message.Cc);
   // Of a message that is neither sent nor received no recipients are kept, only their numbers.
   bool hasRows = message.Direction == "In" || message.Direction == "Out";
-  message.ToCount =
-      CountOf(FieldOf(emails_, "CountMailTo"), to, hasRows ? to : intake::kMaxRecipients);
-  message.CcCount = CountOf(FieldOf(emails_, "CountCC"), cc, hasRows ? cc : intake::kMaxRecipients);
+  message.ToCount = CountOf(message.ToCount, to, hasRows ? to : intake::kMaxRecipients);
+  message.CcCount = CountOf(message.CcCount, cc, hasRows ? cc : intake::kMaxRecipients);
 }
 
 std::string ExportReader::ReadProject(int64_t id) {
@@ -112,7 +100,7 @@ void ExportReader::ReadAttachments(ExportedMessage& exported) {
   for (; !rows.Eof() && count < intake::kMaxAttachments; rows.MoveNext()) {
     message.Attachments[static_cast<size_t>(count++)] = FieldOf(rows, "FileName").AsText();
   }
-  message.AttachCount = CountOf(FieldOf(emails_, "FilesNum"), count, intake::kMaxAttachments);
+  message.AttachCount = CountOf(message.AttachCount, count, intake::kMaxAttachments);
 }
 
 template <typename Pairs>

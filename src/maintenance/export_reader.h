@@ -18,7 +18,6 @@ namespace tarnwick::maintenance {
 
 struct ExportedMessage {
   int64_t id = 0;  // in the file
-  std::string identity;
   intake::MailMessage message;
 };
 

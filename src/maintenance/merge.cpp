@@ -104,8 +104,9 @@ class Merge {
       return Outcome::kAlreadyStored;
     }
     reader_.WriteFile(exported.id, scratch_);
-    intake::dbSaveMesage(scratch_, message, message.Application, 0, exported.identity);
-    return intake::LastOutcome();
+    intake::Ending ending;
+    intake::dbSaveMesage(scratch_, message, message.Application, 0, message.Identity, &ending);
+    return ending.outcome;
   }
 
   bool KeepsDuplicate(const intake::MailMessage& message) {

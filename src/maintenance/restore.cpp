@@ -3,6 +3,7 @@
 #include "maintenance/restore.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "core/guard.h"
 #include "core/messages.h"
@@ -25,8 +26,8 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
-constexpr uint64_t kMegabyte = 1024 * 1024;
-constexpr uint64_t kSpareSpace = 16 * kMegabyte;
+// What is left free beside the new data, and beside the copy where it has to be one.
+constexpr uint64_t kSpareSpace = uint64_t{16} * 1024 * 1024;
 
 bool IsSameName(std::string_view a, std::string_view b) {
   return a.size() == b.size() && core::ContainsIgnoringCase(a, b);
@@ -65,32 +66,13 @@ bool HasRows(jet::Connection& connection, std::string_view table) {
   return !rows.Eof();
 }
 
-// What the new data take, and the copy where it has to be one.
-void RequireSpace(const std::string& folder, uint64_t needed) {
-  needed += kSpareSpace;
-  uint64_t available = platform::FreeSpace(folder);
-  if (available >= needed) return;
-  throw Error(ErrorNumber::kDiskFull, "There is not enough free space in " + folder + ": " +
-                                          std::to_string(needed / kMegabyte) + " MB are needed, " +
-                                          std::to_string(available / kMegabyte) + " MB are free");
-}
-
 // Makes a copy that takes its name only when it is complete.
 Result CopyWhole(const std::string& from, const std::string& to, Run& run) {
-  std::string folder = platform::FolderOf(to);
-  std::string unfinished = to + kUnfinished;
-  RequireSpace(folder, platform::FileSize(from));
-  try {
-    if (platform::CopyFile(from, unfinished, [&] { return run.Look(); })) {
-      platform::RenameFile(unfinished, to);
-      return Result::kDone;
-    }
-  } catch (...) {
-    std::remove(unfinished.c_str());
-    throw;
-  }
-  std::remove(unfinished.c_str());
-  return Result::kStopped;
+  platform::RequireSpace(platform::FolderOf(to), platform::FileSize(from) + kSpareSpace);
+  platform::StagedFile made(to + std::string(platform::kUnfinished));
+  if (!platform::CopyFile(from, made.Path(), [&] { return run.Look(); })) return Result::kStopped;
+  made.Replace(to);
+  return Result::kDone;
 }
 
 // Where the former repository is kept while a restore is under way.
@@ -128,23 +110,24 @@ Result SetRepositoryFileAside(const std::string& file, const Former& former, Run
   if (jet::HasLog(file)) {
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: the log of " + file);
   }
-  std::string empty = file + kUnfinished;
+  platform::StagedFile empty(file + std::string(platform::kUnfinished));
   const std::string& copy = former.copy;
   Result result = Result::kDone;
   try {
-    MakeEmpty(empty, former.number);
+    MakeEmpty(empty.Path(), former.number);
     if (!former.isKept && !platform::LinkFile(file, copy)) result = CopyWhole(file, copy, run);
     if (result == Result::kDone) {
       platform::FlushToDisk(platform::FolderOf(copy));
-      platform::RenameFile(empty, file);
+      empty.Replace(file);
     }
   } catch (...) {
-    std::remove(empty.c_str());
-    if (!former.isKept) std::remove(copy.c_str());
-    throw;
+    if (!empty.IsInPlace()) {
+      if (!former.isKept) std::remove(copy.c_str());
+      throw;
+    }
+    // The copy is all that is left of the former repository: there is no way back, only on.
+    core::ReportCurrentException("MakeSafetyCopy", core::Report::kLog);
   }
-  // From here on the copy is all that is left of the former repository.
-  if (result != Result::kDone) std::remove(empty.c_str());
   return result;
 }
 
@@ -159,7 +142,7 @@ Result MakeSafetyCopy(const Former& former, Run& run) {
   if (result == Result::kDone) {
     core::GuardedRun("MakeSafetyCopy", [&] {
       // The empty file's logs would be played into the former one.
-      jet::PutInPlace(former.copy, file);
+      jet::MoveIntoPlace(former.copy, file);
       repository::OpenRepository(false);
     });
   }
@@ -212,7 +195,7 @@ Result ReplaceData(const std::string& file, const std::function<void()>& refresh
   const std::string folder = repository::Repository().RepositoryFolder;
   std::vector<TableCount> counts = CountFile(file);
   RepositoryDb().FlushGroup();
-  RequireSpace(folder, platform::FileSize(file));
+  platform::RequireSpace(folder, platform::FileSize(file) + kSpareSpace);
   const Former former = FormerIn(folder);
   Result result = Result::kFailed;
   std::string failure;

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/unfinished_restore.h"
 
-#include <cstdio>
-
 #include "core/guard.h"
 #include "core/messages.h"
 #include "database/new_file.h"
@@ -30,8 +28,7 @@ const std::string& Folder() {
 std::string WhatIsKept(const std::string& copy) {
   std::string text =
       "The last restore did not come to its end; this repository is not complete. The repository "
-      "as "
-      "it was before ";
+      "as it was before ";
   if (platform::FileExists(copy)) return text + "is kept in the file " + copy + ".";
   return text + "was kept in the file " + copy + ", which is not there any more.";
 }
@@ -50,11 +47,12 @@ void ClearAway() {
   for (const std::string& copy : FormerCopies()) {
     if (platform::IsSameFile(copy, file)) platform::RemoveFile(copy);
   }
-  for (const std::string& name : platform::ListFiles(Folder(), kUnfinished)) {
+  for (const std::string& name : platform::ListFiles(Folder(), platform::kUnfinished)) {
     if (name.starts_with(kCopyName)) platform::RemoveFile(Folder() + name);
   }
-  platform::RemoveFile(file + kUnfinished);
-  jet::RemoveLogs(file + kUnfinished);
+  std::string unfinished = file + std::string(platform::kUnfinished);
+  platform::RemoveFile(unfinished);
+  jet::RemoveLogs(unfinished);
 }
 
 }  // namespace
@@ -130,8 +128,7 @@ Result HaveFormerBack(const std::string& copy, const std::function<void()>& refr
   std::string file = RepositoryDb().DataSource();
   repository::DisconnectRepository();
   bool isBack = core::GuardedRun("HaveFormerBack", [&] {
-    jet::PutInPlace(copy, file);
-    platform::FlushToDisk(platform::FolderOf(file));
+    jet::MoveIntoPlace(copy, file);
     core::LogProgress("The former repository is back from " + copy);
   });
   bool isOpen = repository::OpenRepository(false);

@@ -37,11 +37,17 @@ constexpr size_t kBlockHead = 16;
 // Steps named in the log when one fails.
 enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 
-// False, with the reason for the account.
-bool GiveUp(const std::string& reason) {
-  State().Ending = {intake::Outcome::kUnreadable, reason};
-  return false;
-}
+// The message being read, and how far it has come.
+struct Reading {
+  ReadMessage& message;
+  Step step = kOpening;
+
+  // False, with the reason for the account.
+  bool GiveUp(const std::string& reason) const {
+    message.ending = {intake::Outcome::kUnreadable, reason};
+    return false;
+  }
+};
 
 struct Info {
   uint32_t bodyLength = 0;
@@ -51,7 +57,7 @@ struct Info {
   DateTime date;
 };
 
-// The object's head and the bytes of its index, which becomes State().Index.
+// The object's head.
 std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::string& fileName) {
   std::string_view head = file.Read(offset, kMinInfoSize);
   if (head.size() < kMinInfoSize || Get32(head, 0) != offset) {
@@ -70,29 +76,28 @@ std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::s
   return info;
 }
 
-void ReadIndex(ByteReader& file, uint32_t offset, const Info& info) {
-  InfoIndex& index = State().Index;
-  index.entries.clear();
+InfoIndex ReadIndex(ByteReader& file, uint32_t offset, const Info& info) {
+  InfoIndex index;
   size_t size = 4 * static_cast<size_t>(info.entryCount);
   std::string_view bytes = file.Read(uint64_t{offset} + kInfoHead, size);
   for (size_t place = 0; place + 4 <= bytes.size(); place += 4) {
     index.entries.emplace_back(Get8(bytes, place), Get24(bytes, place + 1));
   }
   index.dataSize = info.bodyLength > size ? info.bodyLength - size : 0;
+  return index;
 }
 
 // Reads what the object tells: date, texts, first block. False when it has no date.
-bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
-  OeState& state = State();
-  state.IdStep = kDate;
+bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
+  reading.step = kDate;
   size_t place = FindInfoDate(file, offset, info.entryCount);
-  if (place == 0) return GiveUp("its date is missing, before 1990 or after 2009");
+  if (place == 0) return reading.GiveUp("its date is missing, before 1990 or after 2009");
   uint64_t behind = uint64_t{offset} + kInfoHead + place;
-  state.Index.fileTime = Get64(file.Read(behind, kTimeSize), 0);
-  info.date = FileTimeToDate(state.Index.fileTime, false);
+  uint64_t fileTime = Get64(file.Read(behind, kTimeSize), 0);
+  info.date = FileTimeToDate(fileTime, false);
   behind += kTimeSize;
 
-  state.IdStep = kTexts;
+  reading.step = kTexts;
   if (uint64_t{info.firstBlock} + 1 < kFirstOffset) {
     std::string_view word = file.Read(behind, 4);
     if (word.size() < 4) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
@@ -103,24 +108,23 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info) {
     std::string_view indexed = file.Read(indexedPlace, 4);
     if (indexed.size() == 4) info.indexedBlock = Get32(indexed, 0);
   }
-  ReadIndex(file, offset, info);
+  InfoIndex index = ReadIndex(file, offset, info);
+  index.fileTime = fileTime;
   uint64_t dataStart = uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount);
   // The timestamp may be found in the index itself; then the texts are those of the data area.
   behind = std::max(behind, dataStart);
-  state.Index.firstByte = static_cast<size_t>(behind - dataStart);
+  index.firstByte = static_cast<size_t>(behind - dataStart);
   size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
-  ParseMessageInfo(file.Read(behind, count), info.date);
+  reading.message.info = ParseMessageInfo(file.Read(behind, count), info.date, index);
   core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    core::LoggedMailText(state.Info.subject));
+                    core::LoggedMailText(reading.message.info.subject));
   return true;
 }
 
 // False, for a message that is stored or ignored for good under this key.
-bool GiveUpKnown(const std::string& key) {
-  OeState& state = State();
-  bool ignored = intake::IsMessageIgnored(key);
-  state.Ending = {ignored ? intake::Outcome::kIgnored : intake::Outcome::kAlreadyStored, {}};
-  core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), state.Info.subject);
+bool GiveUpKnown(const std::string& key, ReadMessage& message) {
+  message.ending = {intake::OutcomeOfKnown(key), {}};
+  core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.info.subject);
   return false;
 }
 
@@ -131,8 +135,7 @@ struct FormerKey {
   bool isThisLetter = false;
 };
 
-FormerKey FindFormerKey() {
-  const MessageInfo& info = State().Info;
+FormerKey FindFormerKey(const MessageInfo& info) {
   if (info.formerKeyText.empty() || !State().MayKnowFormerKeys) return {};
   std::string key = MakeEntryKey(info.formerKeyText, info.date);
   if (!intake::IsEmailExist(key)) return {};
@@ -182,33 +185,34 @@ class ChainGuard {
 };
 
 // Copies the chain that begins at offset.
-bool CopyChain(ByteReader& file, uint32_t offset) {
-  OeState& state = State();
-  state.IdStep = kScratch;
+bool CopyChain(ByteReader& file, uint32_t offset, Reading& reading) {
+  reading.step = kScratch;
   // Not emptied first: a file system that has to keep a replaced file's bytes safe (ext4) would
   // write each message to the disk before the next one.
   platform::OutputFile scratch(core::State().TempMessageFile,
                                platform::OutputFile::Replace::kInPlace);
-  state.IdStep = kBlocks;
+  reading.step = kBlocks;
   ChainGuard guard(file.Size());
   for (;;) {
     std::string_view head = file.Read(offset, kBlockHead);
     if (head.size() < kBlockHead || Get32(head, 0) != offset) {
-      return GiveUp("a block of its text is damaged");
+      return reading.GiveUp("a block of its text is damaged");
     }
     uint32_t bodySize = Get32(head, 4);
     uint64_t length = Get32(head, 8);
     uint32_t next = Get32(head, 12);
-    state.LastChainEnd = next != 0 ? next : offset + bodySize + uint32_t{kBlockHead};
+    State().LastChainEnd = next != 0 ? next : offset + bodySize + uint32_t{kBlockHead};
     uint64_t place = uint64_t{offset} + kBlockHead;
-    if (place + length > file.Size()) return GiveUp("a block of its text passes the file's end");
+    if (place + length > file.Size()) {
+      return reading.GiveUp("a block of its text passes the file's end");
+    }
     if (!guard.MayVisit(offset, kBlockHead + length)) {
-      return GiveUp("the blocks of its text return to themselves");
+      return reading.GiveUp("the blocks of its text return to themselves");
     }
     for (uint64_t end = place + length; place < end;) {
       size_t piece = static_cast<size_t>(std::min<uint64_t>(end - place, ByteReader::kMaxPiece));
       std::string_view text = file.Read(place, piece);
-      if (text.empty()) return GiveUp("the file became shorter");
+      if (text.empty()) return reading.GiveUp("the file became shorter");
       scratch.Write(text);
       place += text.size();
     }
@@ -219,24 +223,23 @@ bool CopyChain(ByteReader& file, uint32_t offset) {
   return true;
 }
 
-bool CopyMessage(uint32_t offset, const std::string& fileName) {
-  OeState& state = State();
-  state.IdStep = kOpening;
+bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading) {
+  ReadMessage& message = reading.message;
   ByteReader file(fileName);
-  if (file.Size() == 0) return GiveUp("the file is empty");
-  state.IdStep = kInfo;
+  if (file.Size() == 0) return reading.GiveUp("the file is empty");
+  reading.step = kInfo;
   std::optional<Info> info = ReadInfoHead(file, offset, fileName);
-  if (!info) return GiveUp("its info object is damaged");
-  if (!ReadInfo(file, offset, *info)) return false;
-  state.IdStep = kDuplicate;
-  state.EntryKey = MakeEntryKey(state.Info.keyText, state.Info.date);
-  if (intake::IsEmailExist(state.EntryKey)) return GiveUpKnown(state.EntryKey);
-  FormerKey former = FindFormerKey();
-  if (former.isThisLetter) return GiveUpKnown(former.key);
+  if (!info) return reading.GiveUp("its info object is damaged");
+  if (!ReadInfo(file, offset, *info, reading)) return false;
+  reading.step = kDuplicate;
+  message.entryKey = MakeEntryKey(message.info.keyText, message.info.date);
+  if (intake::IsEmailExist(message.entryKey)) return GiveUpKnown(message.entryKey, message);
+  FormerKey former = FindFormerKey(message.info);
+  if (former.isThisLetter) return GiveUpKnown(former.key, message);
   if (former.key.empty()) core::State().NewMessageFlag = true;
-  if (!CopyChain(file, FirstBlock(file, *info))) return false;
+  if (!CopyChain(file, FirstBlock(file, *info), reading)) return false;
   if (!former.key.empty() && intake::IsStoredFile(former.key, core::State().TempMessageFile)) {
-    return GiveUpKnown(former.key);
+    return GiveUpKnown(former.key, message);
   }
   core::State().NewMessageFlag = true;
   return true;
@@ -244,15 +247,16 @@ bool CopyMessage(uint32_t offset, const std::string& fileName) {
 
 }  // namespace
 
-bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName) {
-  State().Info = {};
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message) {
+  message = {};
+  Reading reading{message};
   try {
-    return CopyMessage(infoOffset, fileName);
+    return CopyMessage(infoOffset, fileName, reading);
   } catch (...) {
     core::ReportCurrentException(
         "dbxMessageToFile", core::Report::kShow,
-        " idStep = " + std::to_string(State().IdStep) + " " + std::to_string(infoOffset));
-    return GiveUp(core::State().LastReportedError);
+        " idStep = " + std::to_string(reading.step) + " " + std::to_string(infoOffset));
+    return reading.GiveUp(core::State().LastReportedError);
   }
 }
 

@@ -190,11 +190,9 @@ DateTime FileTimeToDate(uint64_t fileTime, bool lenient) {
   return date;
 }
 
-void ParseMessageInfo(std::string_view infoBytes, DateTime date) {
-  MessageInfo& info = State().Info;
-  info = {date, kNoSubject, kNoSubject, "", 0};
+MessageInfo ParseMessageInfo(std::string_view infoBytes, DateTime date, const InfoIndex& index) {
+  MessageInfo info = {date, kNoSubject, kNoSubject, "", 0};
   core::GuardedRun("ParseMessageInfo", [&] {
-    const InfoIndex& index = State().Index;
     InfoTexts texts(index, infoBytes);
     std::string subject = texts.Text(kSubject);
     if (subject.empty()) subject = texts.Text(kPlainSubject);
@@ -210,6 +208,7 @@ void ParseMessageInfo(std::string_view infoBytes, DateTime date) {
     info.length = texts.Number(kMessageLength);
     if (!subject.empty()) info.subject = subject;
   });
+  return info;
 }
 
 std::string MakeEntryKey(const std::string& keyText, DateTime date) {

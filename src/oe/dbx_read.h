@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "intake/outcome.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::oe {
@@ -82,15 +83,21 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
                   const FolderRecord& folder);
 
-// True when a message that the repository does not hold stands whole in TempMessageFile; its key is
-// State().EntryKey. State().Ending tells how it ended otherwise.
-bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName);
+// What was read of one message.
+struct ReadMessage {
+  MessageInfo info;
+  std::string entryKey;
+  intake::Ending ending;  // of one that was not copied
+};
+
+// True when a message that the repository does not hold stands whole in TempMessageFile.
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message);
 
 // Place of the timestamp behind the 12-byte head of an info object; 0 when there is none.
 size_t FindInfoDate(ByteReader& file, uint32_t infoOffset, int entryCount);
 
-// Fills State().Info from the bytes behind the timestamp, with the help of State().Index.
-void ParseMessageInfo(std::string_view infoBytes, DateTime date);
+// What the bytes behind the timestamp and the index tell.
+MessageInfo ParseMessageInfo(std::string_view infoBytes, DateTime date, const InfoIndex& index);
 
 // A FILETIME (tenths of microseconds since 1601, UTC) as civil time, without a zone. Years before
 // 1901 and from 2050 on give 1 January 1900. One that the system refuses gives that too when

@@ -4,12 +4,16 @@
 // The walk of a message tree. Section "Tree node".
 #include <algorithm>
 #include <optional>
+#include <set>
+#include <utility>
+#include <vector>
 
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
 #include "intake/load_account.h"
+#include "intake/source.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/import.h"
@@ -22,102 +26,9 @@ namespace tarnwick::oe {
 
 namespace {
 
-// What a walk is given and every entry of it needs.
-struct Walk {
-  const std::string& fileName;
-  std::string_view operation;
-  const FolderRecord& folder;
-
-  bool IsCounted() const { return operation == kMsgToDb; }
-  void Note(const char* reason) const {
-    if (IsCounted()) intake::Account().AddReason(fileName, reason);
-  }
-};
-
-// How the person knows the message read last.
-std::string NameOfMessage(uint32_t value) {
-  const MessageInfo& info = State().Info;
-  if (info.subject.empty()) return "at " + std::to_string(value);
-  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
-}
-
-void CountMessage(const Walk& walk, uint32_t value) {
-  using intake::Outcome;
-  const MessageEnding& ending = State().Ending;
-  bool isNamed = ending.outcome != Outcome::kStored && ending.outcome != Outcome::kAlreadyStored;
-  intake::LoadAccount& account = intake::Account();
-  account.Count(walk.fileName, ending.outcome, ending.reason,
-                isNamed ? NameOfMessage(value) : std::string());
-  if (core::State().Ui != nullptr) {
-    core::State().Ui->ShowProgress(account.Visited(), core::State().Counts.found);
-  }
-}
-
-// One entry's message. False when the load was stopped.
-bool TakeEntry(const Walk& walk, uint32_t value) {
-  if (dbxMessageToFile(value, walk.fileName)) {
-    State().Ending = {PerformOperation(walk.operation, walk.folder), {}};
-  }
-  if (State().Ending.outcome == intake::Outcome::kUnreadable) {
-    core::LogProgress("Unreadable = " + core::OneLogLine(walk.fileName) + " " +
-                      std::to_string(value) + "\r\n" + core::OneLogLine(State().Ending.reason));
-  }
-  if (walk.IsCounted()) CountMessage(walk, value);
-  core::YieldEvents();
-  return !IsStopped();
-}
-
-// The node, or nullopt after a report. Each is read once in a walk, so that a tree that leads back
-// to itself ends.
-std::optional<TreeNode> Enter(const Walk& walk, uint32_t offset) {
-  ByteReader file(walk.fileName);
-  std::optional<TreeNode> node = ReadNode(file, offset);
-  if (!node || !State().NodesRead.insert(offset).second) {
-    core::ReportUnknownFormat(walk.fileName);
-    walk.Note(reason::kBadNode);
-    return std::nullopt;
-  }
-  if (node->isCut) walk.Note(reason::kBadNode);
-  return node;
-}
-
-bool HasChildren(const TreeNode& node) {
-  return std::any_of(node.entries.begin(), node.entries.end(),
-                     [](const TreeEntry& entry) { return entry.child != 0; });
-}
-
-// False when the load was stopped.
-bool TakeSecondLevel(const Walk& walk, uint32_t offset) {
-  std::optional<TreeNode> node = Enter(walk, offset);
-  if (!node) return true;
-  if (node->leftChild != 0 || HasChildren(*node)) walk.Note(reason::kThirdLevel);
-  for (const TreeEntry& entry : node->entries) {
-    if (!TakeEntry(walk, entry.value)) return false;
-  }
-  return true;
-}
-
-void TakeRoot(const Walk& walk, uint32_t offset) {
-  std::optional<TreeNode> root = Enter(walk, offset);
-  if (!root) return;
-  if (root->leftChild == 0) {
-    if (HasChildren(*root)) walk.Note(reason::kRootChildren);
-    for (const TreeEntry& entry : root->entries) {
-      if (!TakeEntry(walk, entry.value)) return;
-    }
-    return;
-  }
-  ReadTreeNode(walk.fileName, root->leftChild, walk.operation, walk.folder);
-  for (const TreeEntry& entry : root->entries) {
-    if (IsStopped()) return;
-    ReadTreeNode(walk.fileName, entry.child, walk.operation, walk.folder);
-    if (IsStopped()) return;
-    if (entry.value == 0) {
-      walk.Note(reason::kEmptyEntry);
-    } else if (!TakeEntry(walk, entry.value)) {
-      return;
-    }
-  }
+// What the account tells of a file that is not read whole; only a load asks for it.
+void Note(const std::string& fileName, std::string_view operation, const std::string& reason) {
+  if (operation == kMsgToDb) intake::Account().AddReason(fileName, reason);
 }
 
 // The bounds of one walk, taken down however it ends.
@@ -127,13 +38,154 @@ class WalkScope {
     // No block belongs to two messages; twice the file leaves room for a store that is a little
     // out of order.
     State().ChainBudget = 2 * platform::FileSize(fileName);
-    State().NodesRead.clear();
     State().IsWalking = true;
   }
   ~WalkScope() { State().IsWalking = false; }
   WalkScope(const WalkScope&) = delete;
   WalkScope& operator=(const WalkScope&) = delete;
 };
+
+// The messages of a file, in the order in which its tree is walked.
+class MessageFile : public intake::SourceFolder {
+ public:
+  MessageFile(const std::string& fileName, std::string_view operation, const FolderRecord& folder)
+      : fileName_(fileName), operation_(operation), folder_(folder) {}
+
+  // Begin a walk: of the two upper levels, or of one node alone.
+  void EnterRoot(uint32_t offset);
+  void EnterNode(uint32_t offset) { steps_ = {{.offset = offset, .isNode = true}}; }
+
+  std::string Place() const override { return fileName_; }
+  intake::SourceDescriptor Descriptor() const override {
+    return {folder_.label, folder_.fullName, kApplication};
+  }
+  std::string Identity() const override { return folder_.userName; }
+  bool Next(intake::SourceMessage& message) override;
+  void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
+
+ private:
+  // A step of the walk: a message, or a node of the second level.
+  struct Step {
+    uint32_t offset = 0;
+    bool isNode = false;
+    bool isEmpty = false;  // an entry that has no message
+  };
+  std::optional<uint32_t> NextOffset();
+  std::optional<TreeNode> ReadNodeOnce(uint32_t offset);
+  void EnterSecondLevel(uint32_t offset);
+  std::string NameOf(const MessageInfo& info) const;
+  void Note(const char* reason) const { oe::Note(fileName_, operation_, reason); }
+
+  const std::string& fileName_;
+  std::string_view operation_;
+  const FolderRecord& folder_;
+  std::set<uint32_t> nodesRead_;
+  std::vector<Step> steps_;
+  size_t stepsDone_ = 0;
+  std::vector<TreeEntry> entries_;  // of the node of the second level that is being read
+  size_t entriesDone_ = 0;
+  uint32_t offset_ = 0;  // of the message come to
+};
+
+bool HasChildren(const TreeNode& node) {
+  return std::any_of(node.entries.begin(), node.entries.end(),
+                     [](const TreeEntry& entry) { return entry.child != 0; });
+}
+
+void MessageFile::EnterRoot(uint32_t offset) {
+  std::optional<TreeNode> root = ReadNodeOnce(offset);
+  if (!root) return;
+  if (root->leftChild == 0) {
+    if (HasChildren(*root)) Note(reason::kRootChildren);
+    for (const TreeEntry& entry : root->entries) steps_.push_back({.offset = entry.value});
+    return;
+  }
+  steps_.push_back({.offset = root->leftChild, .isNode = true});
+  for (const TreeEntry& entry : root->entries) {
+    steps_.push_back({.offset = entry.child, .isNode = true});
+    steps_.push_back({.offset = entry.value, .isEmpty = entry.value == 0});
+  }
+}
+
+// nullopt after a report. Each is read once in a walk, so that a tree that leads back to itself
+// ends.
+std::optional<TreeNode> MessageFile::ReadNodeOnce(uint32_t offset) {
+  ByteReader file(fileName_);
+  std::optional<TreeNode> node = ReadNode(file, offset);
+  if (!node || !nodesRead_.insert(offset).second) {
+    core::ReportUnknownFormat(fileName_);
+    Note(reason::kBadNode);
+    return std::nullopt;
+  }
+  if (node->isCut) Note(reason::kBadNode);
+  return node;
+}
+
+void MessageFile::EnterSecondLevel(uint32_t offset) {
+  bool isRead = core::GuardedRun("ReadTreeNode", [&] {
+    std::optional<TreeNode> node = ReadNodeOnce(offset);
+    if (!node) return;
+    if (node->leftChild != 0 || HasChildren(*node)) Note(reason::kThirdLevel);
+    entries_ = std::move(node->entries);
+    entriesDone_ = 0;
+  });
+  if (!isRead) Note(reason::kCannotRead);
+}
+
+std::optional<uint32_t> MessageFile::NextOffset() {
+  for (;;) {
+    if (entriesDone_ < entries_.size()) return entries_[entriesDone_++].value;
+    if (stepsDone_ == steps_.size() || IsStopped()) return std::nullopt;
+    const Step& step = steps_[stepsDone_++];
+    if (step.isNode) {
+      EnterSecondLevel(step.offset);
+    } else if (step.isEmpty) {
+      Note(reason::kEmptyEntry);
+    } else {
+      return step.offset;
+    }
+  }
+}
+
+std::string MessageFile::NameOf(const MessageInfo& info) const {
+  if (info.subject.empty()) return "at " + std::to_string(offset_);
+  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+}
+
+bool MessageFile::Next(intake::SourceMessage& message) {
+  std::optional<uint32_t> offset = NextOffset();
+  if (!offset) return false;
+  offset_ = *offset;
+  ReadMessage read;
+  if (dbxMessageToFile(offset_, fileName_, read)) {
+    message.key = read.entryKey;
+  } else {
+    message.ending = read.ending;
+  }
+  if (message.ending.outcome != intake::Outcome::kAlreadyStored) message.name = NameOf(read.info);
+  return true;
+}
+
+void MessageFile::Ended(const intake::SourceMessage& /*message*/, const intake::Ending& ending) {
+  if (ending.outcome != intake::Outcome::kUnreadable) return;
+  core::LogProgress("Unreadable = " + core::OneLogLine(fileName_) + " " + std::to_string(offset_) +
+                    "\r\n" + core::OneLogLine(ending.reason));
+}
+
+// Performs the operation on every message that the walk comes to.
+void Perform(MessageFile& file, std::string_view operation) {
+  if (operation == kMsgToDb) return intake::ReadFolder(file);
+  for (intake::SourceMessage message; !IsStopped() && file.Next(message); message = {}) {
+    if (message.ending.outcome != intake::Outcome::kNone) {
+      file.Ended(message, message.ending);
+    } else if (operation == kMeAddress) {
+      dbxFileMeAddress();
+    } else if (operation == kMsgToFiles) {
+      MsgToFiles();
+    }
+    core::YieldEvents();
+  }
+}
 
 }  // namespace
 
@@ -165,19 +217,17 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
     // A folder that was never opened has no file.
     if (!platform::FileExists(fileName)) return;
     if (!platform::MayRead(fileName)) {
-      if (operation == kMsgToDb) intake::Account().AddReason(fileName, kMayNotBeRead);
+      Note(fileName, operation, kMayNotBeRead);
       return;
     }
     ReadDbxHeader(fileName);
-    Walk walk{fileName, operation, folder};
     uint32_t root = State().Header.messageRoot;
-    if (root == 0) {
-      walk.Note(reason::kNoTree);
-      return;
-    }
+    if (root == 0) return Note(fileName, operation, reason::kNoTree);
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.label);
     WalkScope scope(fileName);
-    TakeRoot(walk, root);
+    MessageFile file(fileName, operation, folder);
+    file.EnterRoot(root);
+    Perform(file, operation);
   });
   if (operation != kMsgToDb) return;
   if (!ended) intake::Account().AddReason(fileName, reason::kCannotRead);
@@ -186,12 +236,11 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
 
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
                   const FolderRecord& folder) {
-  bool ended = core::GuardedRun("ReadTreeNode", [&] {
-    TakeSecondLevel(Walk{fileName, operation, folder}, nodeOffset);
+  core::GuardedRun("ReadTreeNode", [&] {
+    MessageFile file(fileName, operation, folder);
+    file.EnterNode(nodeOffset);
+    Perform(file, operation);
   });
-  if (!ended && operation == kMsgToDb) {
-    intake::Account().AddReason(fileName, reason::kCannotRead);
-  }
 }
 
 }  // namespace tarnwick::oe

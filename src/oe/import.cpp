@@ -75,12 +75,16 @@ void SetReason(const FolderFile& list, const FolderRow& folder, const std::strin
   if (path) intake::Account().SetReason(*path, reason);
 }
 
+bool IsProfile(const std::string& folder) {
+  return platform::DetectProfile(folder) != platform::ProfileKind::kNone;
+}
+
 class OutlookExpress : public intake::Source {
  public:
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "OutlookExpress"; }
-  bool& OptionFlag() const override { return core::State().UseOutlookExpress; }
-  bool IsThere() override { return ProfileKnown(); }
+  std::string Files() const override { return "*.dbx"; }
+  bool IsIn(const std::string& folder) override { return IsProfile(folder); }
 
   // A discovery that ended as it is meant to is no failure; the account says how.
   bool Announce(bool /*whole*/) override {
@@ -103,7 +107,7 @@ std::unique_ptr<intake::Source> MakeSource() {
 }
 
 bool ProfileKnown() {
-  return platform::DetectProfile(repository::GetProfileFolder()) != platform::ProfileKind::kNone;
+  return IsProfile(repository::GetProfileFolder());
 }
 
 bool oeInitialize() {

@@ -10,9 +10,7 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
-#include "intake/header_parser.h"
 #include "intake/source.h"
 #include "oe/announced.h"
 #include "oe/dbx_read.h"
@@ -43,9 +41,6 @@ void ImportOutlookExpress();
 
 // Every folder but drafts, deleted items and the outbox.
 bool IsFolderToRead(const FolderRow& folder);
-
-// Performs an operation on the message in TempMessageFile, with the key of the message read last.
-intake::Outcome PerformOperation(std::string_view operation, const FolderRecord& folder);
 
 // Keeps the sender of the message in TempMessageFile as one of the user's own addresses.
 void dbxFileMeAddress();

@@ -10,7 +10,6 @@
 #include "intake/header_parser.h"
 #include "intake/store_message.h"
 #include "oe/import.h"
-#include "oe/state.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -47,22 +46,7 @@ FirstLines ReadFirstLines(const std::string& path) {
   return lines;
 }
 
-intake::Outcome MsgToDb(const FolderRecord& folder) {
-  intake::SetLastOutcome(intake::Outcome::kNone);
-  intake::dbxParseMessage(core::State().TempMessageFile,
-                          {folder.label, folder.fullName, kApplication}, folder.userName,
-                          State().EntryKey);
-  return intake::LastOutcome();
-}
-
 }  // namespace
-
-intake::Outcome PerformOperation(std::string_view operation, const FolderRecord& folder) {
-  if (operation == kMsgToDb) return MsgToDb(folder);
-  if (operation == kMeAddress) dbxFileMeAddress();
-  if (operation == kMsgToFiles) MsgToFiles();
-  return intake::Outcome::kStored;
-}
 
 void dbxFileMeAddress() {
   core::GuardedRun("dbxFileMeAddress", [&] {

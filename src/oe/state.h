@@ -8,22 +8,14 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "intake/header_parser.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery.h"
 #include "platform/registry.h"
 
 namespace tarnwick::oe {
-
-// How the message read last ended that was not copied, and for an unreadable one why.
-struct MessageEnding {
-  intake::Outcome outcome = intake::Outcome::kUnreadable;
-  std::string reason;
-};
 
 struct OeState {
   // Discovery (discovery.h).
@@ -40,17 +32,11 @@ struct OeState {
 
   // Reader (dbx_read.h).
   DbxHeader Header;
-  MessageInfo Info;
-  InfoIndex Index;
-  std::string EntryKey;       // of the message read last
   uint32_t LastChainEnd = 0;  // where the message before ended, also one of another file
-  int IdStep = 0;
-  MessageEnding Ending;  // of the message read last
   // Keys of former versions are looked for as well; for nothing in a repository that was empty.
   bool MayKnowFormerKeys = true;
 
-  // One walk of a message tree.
-  std::set<uint32_t> NodesRead;
+  // One walk of a message tree (dbx_message.cpp).
   uint64_t ChainBudget = 0;  // bytes of blocks that this walk may still follow
   bool IsWalking = false;
 };

@@ -10,19 +10,16 @@
 
 namespace tarnwick::options {
 
-void SetUseOutlookExpress(bool on) {
-  repository::SetOption("OutlookExpress", on);
-  core::State().UseOutlookExpress = on;
+bool IsUsed(const std::string& option) {
+  return repository::GetOption(option);
 }
 
-void SetUseMSOutlook(bool on) {
-  repository::SetOption("MSOutlook", on);
-  core::State().UseMSOutlook = on;
+void SetUsed(const std::string& option, bool on) {
+  repository::SetOption(option, on);
 }
 
 void SetLogMailTexts(bool on) {
   repository::SetOption("LogMailTexts", on);
-  core::State().LogMailTexts = on;
 }
 
 void RequestFullLoad() {

@@ -12,9 +12,14 @@
 
 namespace tarnwick::options {
 
-// Whether the load command reads this mailer.
-void SetUseOutlookExpress(bool on);
-void SetUseMSOutlook(bool on);
+// A mailer that the load command can read, by the name that people know it by, and its option.
+struct Mailer {
+  std::string name;
+  std::string option;
+};
+// Whether the load command reads the mailer of this option.
+bool IsUsed(const std::string& option);
+void SetUsed(const std::string& option, bool on);
 
 // Whether the event log tells subjects and names of attached files.
 void SetLogMailTexts(bool on);
@@ -28,7 +33,10 @@ struct ProfileSummary {
   std::vector<std::string> identities;     // of Outlook Express, as their owner named them
   int64_t folders = 0;                     // of all identities
   std::vector<std::string> outlookStores;  // file names
-  bool IsEmpty() const { return identities.empty() && folders == 0 && outlookStores.empty(); }
+  std::vector<std::string> otherMailers;   // names
+  bool IsEmpty() const {
+    return identities.empty() && folders == 0 && outlookStores.empty() && otherMailers.empty();
+  }
 };
 
 // Looks into a folder; knows the importers, which this room does not. Must not throw. May take a

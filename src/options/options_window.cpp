@@ -57,16 +57,18 @@ QString Describe(const ProfileSummary& found) {
                          : frmOptions::tr("%L1 stores").arg(found.outlookStores.size());
     lines << frmOptions::tr("Outlook: %1 (%2)").arg(stores, Names(found.outlookStores));
   }
+  if (!found.otherMailers.empty()) lines << Names(found.otherMailers);
   return lines.join('\n');
 }
 
 }  // namespace
 
-frmOptions::frmOptions(ProfileReader readProfile, QWidget* parent)
+frmOptions::frmOptions(ProfileReader readProfile, const std::vector<Mailer>& mailers,
+                       QWidget* parent)
     : QDialog(parent), readProfile_(std::move(readProfile)) {
   setObjectName("frmOptions");
   setWindowTitle(tr("Options"));
-  MakeControls();
+  MakeControls(mailers);
   Form_Load();
   connect(LoadAllFolders_, &QCheckBox::clicked, this, &frmOptions::LoadAllFolders_Click);
   connect(cmdOK_, &QPushButton::clicked, this, &frmOptions::cmdOK_Click);
@@ -75,30 +77,49 @@ frmOptions::frmOptions(ProfileReader readProfile, QWidget* parent)
   connect(LogMailTexts_, &QCheckBox::clicked, this, &frmOptions::LogMailTexts_Click);
 }
 
-void frmOptions::MakeControls() {
-  auto box = [this](const char* name, const QString& caption, const QString& tip) {
-    auto* made = new QCheckBox(caption, this);
-    made->setObjectName(name);
-    made->setToolTip(tip);
-    return made;
-  };
-  LoadAllFolders_ = box("LoadAllFolders", tr("&Load from all folders"),
-                        tr("The next load asks before each mailer and reads every folder again"));
+QCheckBox* frmOptions::MakeBox(const QString& name, const QString& caption, const QString& tip) {
+  auto* box = new QCheckBox(caption, this);
+  box->setObjectName(name);
+  box->setToolTip(tip);
+  return box;
+}
+
+// The designed boxes first, in their designed order.
+std::vector<QCheckBox*> frmOptions::MakeMailers(const std::vector<Mailer>& mailers) {
+  MSOutlook_ = MakeBox("MSOutlook", tr("O&utlook"), tr("The load command reads Outlook's stores"));
+  OutlookExpress_ = MakeBox("OutlookExpress", tr("Outlook E&xpress"),
+                            tr("The load command reads Outlook Express folders"));
+  std::vector<QCheckBox*> boxes = {MSOutlook_, OutlookExpress_};
+  for (const Mailer& mailer : mailers) {
+    QString option = QString::fromStdString(mailer.option);
+    if (option == MSOutlook_->objectName() || option == OutlookExpress_->objectName()) continue;
+    QString name = QString::fromStdString(mailer.name);
+    QCheckBox* box = MakeBox(option, name, tr("The load command reads %1").arg(name));
+    box->setChecked(IsUsed(mailer.option));
+    connect(box, &QCheckBox::clicked, this,
+            [option = mailer.option](bool on) { SetUsed(option, on); });
+    boxes.push_back(box);
+  }
+  return boxes;
+}
+
+void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
+  LoadAllFolders_ =
+      MakeBox("LoadAllFolders", tr("&Load from all folders"),
+              tr("The next load asks before each mailer and reads every folder again"));
   cmdOK_ = new QPushButton(tr("OK"), this);
   cmdOK_->setObjectName("cmdOK");
   cmdOK_->setDefault(true);
-  MSOutlook_ = box("MSOutlook", tr("O&utlook"), tr("The load command reads Outlook's stores"));
-  OutlookExpress_ = box("OutlookExpress", tr("Outlook E&xpress"),
-                        tr("The load command reads Outlook Express folders"));
+  std::vector<QCheckBox*> boxes = MakeMailers(mailers);
   auto* line = new QFrame(this);
   line->setObjectName("Line1");
   line->setFrameStyle(QFrame::HLine | QFrame::Sunken);
   auto* label = new QLabel(tr("Active mailers:"), this);
   label->setObjectName("Label1");
 
-  LogMailTexts_ = box("LogMailTexts", tr("Write &subjects into the event log"),
-                      tr("The log lies unencrypted beside the repository. Without subjects and "
-                         "names of files it tells less about what a load left out."));
+  LogMailTexts_ = MakeBox("LogMailTexts", tr("Write &subjects into the event log"),
+                          tr("The log lies unencrypted beside the repository. Without subjects and "
+                             "names of files it tells less about what a load left out."));
   auto* ownLine = new QFrame(this);
   ownLine->setFrameStyle(QFrame::HLine | QFrame::Sunken);
 
@@ -106,11 +127,10 @@ void frmOptions::MakeControls() {
   column->addWidget(LoadAllFolders_);
   column->addWidget(line);
   column->addWidget(label);
-  auto* mailers = new QVBoxLayout;
-  mailers->setContentsMargins(fontMetrics().averageCharWidth() * 2, 0, 0, 0);
-  mailers->addWidget(MSOutlook_);
-  mailers->addWidget(OutlookExpress_);
-  column->addLayout(mailers);
+  auto* active = new QVBoxLayout;
+  active->setContentsMargins(fontMetrics().averageCharWidth() * 2, 0, 0, 0);
+  for (QCheckBox* box : boxes) active->addWidget(box);
+  column->addLayout(active);
   column->addWidget(ownLine);
   column->addWidget(LogMailTexts_);
   if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
@@ -120,16 +140,17 @@ void frmOptions::MakeControls() {
   buttons->addWidget(cmdOK_);
   column->addLayout(buttons);
 
-  setTabOrder(LoadAllFolders_, MSOutlook_);
-  setTabOrder(MSOutlook_, OutlookExpress_);
-  setTabOrder(OutlookExpress_, LogMailTexts_);
-  if (browse_ != nullptr) {
-    setTabOrder(LogMailTexts_, profileFolder_);
-    setTabOrder(profileFolder_, browse_);
-    setTabOrder(browse_, cmdOK_);
-  } else {
-    setTabOrder(LogMailTexts_, cmdOK_);
-  }
+  QWidget* former = LoadAllFolders_;
+  auto goOnTo = [&former](QWidget* next) {
+    if (next == nullptr) return;
+    setTabOrder(former, next);
+    former = next;
+  };
+  for (QCheckBox* box : boxes) goOnTo(box);
+  goOnTo(LogMailTexts_);
+  goOnTo(profileFolder_);
+  goOnTo(browse_);
+  goOnTo(cmdOK_);
 }
 
 QWidget* frmOptions::MakeProfile() {
@@ -180,11 +201,11 @@ void frmOptions::Form_Load() {
 }
 
 void frmOptions::MSOutlook_Click() {
-  SetUseMSOutlook(MSOutlook_->isChecked());
+  SetUsed("MSOutlook", MSOutlook_->isChecked());
 }
 
 void frmOptions::OutlookExpress_Click() {
-  SetUseOutlookExpress(OutlookExpress_->isChecked());
+  SetUsed("OutlookExpress", OutlookExpress_->isChecked());
 }
 
 void frmOptions::LogMailTexts_Click() {

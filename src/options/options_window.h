@@ -6,6 +6,7 @@
 #pragma once
 
 #include <QDialog>
+#include <vector>
 
 #include "options/options.h"
 
@@ -21,8 +22,10 @@ class frmOptions : public QDialog {
 
  public:
   // REQUIRES: a repository is open; State().Ui can choose a folder. Without a reader, and on
-  // Windows, there is no line for the profile.
-  explicit frmOptions(ProfileReader readProfile, QWidget* parent = nullptr);
+  // Windows, there is no line for the profile. mailers: those that can be read; Outlook Express and
+  // Outlook always have their boxes.
+  explicit frmOptions(ProfileReader readProfile, const std::vector<Mailer>& mailers = {},
+                      QWidget* parent = nullptr);
 
   void reject() override;
 
@@ -30,7 +33,9 @@ class frmOptions : public QDialog {
   void showEvent(QShowEvent* event) override;
 
  private:
-  void MakeControls();
+  void MakeControls(const std::vector<Mailer>& mailers);
+  QCheckBox* MakeBox(const QString& name, const QString& caption, const QString& tip);
+  std::vector<QCheckBox*> MakeMailers(const std::vector<Mailer>& mailers);
   QWidget* MakeProfile();
   void Form_Load();
   void MSOutlook_Click();

@@ -4,7 +4,7 @@
 
 #include "core/text.h"
 #include "intake/encoded_word.h"
-#include "outlook/header_block.h"
+#include "outlook/transport_headers.h"
 #include "platform/charset.h"
 
 namespace tarnwick::outlook {
@@ -55,7 +55,7 @@ void AddressResolver::Learn(const std::string& entry, const std::string& smtpAdd
 }
 
 void AddressResolver::LearnHeaders(std::string_view headers) {
-  for (const HeaderField& field : ReadHeaderBlock(headers)) {
+  for (const HeaderField& field : ReadTransportHeaders(headers)) {
     bool holdsAddresses = false;
     for (std::string_view name : kAddressHeaders) holdsAddresses |= field.lowerName == name;
     if (!holdsAddresses) continue;

@@ -13,6 +13,7 @@
 #include "intake/header_parser.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
+#include "intake/source.h"
 #include "intake/store_message.h"
 #include "outlook/folder_walk.h"
 #include "outlook/letter.h"
@@ -23,8 +24,6 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 
 namespace tarnwick::outlook {
 
@@ -100,6 +99,104 @@ class ItemRun {
   std::deque<Entry> entries_;
 };
 
+// The mail of a folder of an open store.
+class ItemFolder : public intake::SourceFolder {
+ public:
+  ItemFolder(OpenStore& open, WalkedFolder& folder)
+      : open_(open), folder_(folder), run_(*folder.folder, folder.items) {}
+
+  std::string Place() const override { return open_.PlaceOf(folder_); }
+  intake::SourceDescriptor Descriptor() const override {
+    return {folder_.place.name, folder_.place.parentPath, kApplication};
+  }
+  std::string Identity() const override { return open_.store->DisplayName(); }
+
+  bool Next(intake::SourceMessage& message) override {
+    for (; !core::IsLoadStopped() && !run_.AtEnd(); core::YieldEvents()) {
+      ItemRun::Entry entry = run_.Next();
+      message.name = "item " + std::to_string(entry.index + 1);
+      try {
+        if (IsMail(entry, message)) return true;
+      } catch (...) {
+        if (core::IsLoadStopped()) return false;  // not reached
+        Error error = core::CurrentError();
+        if (core::IsDiskFull(error)) {
+          core::ReportCurrentException("olImportOutlook", core::Report::kShow);
+        }
+        message.ending = {intake::Outcome::kUnreadable, error.Description()};
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void Ended(const intake::SourceMessage& /*message*/, const intake::Ending& ending) override {
+    if (ending.outcome == intake::Outcome::kStored) ++core::State().OutlookMessages;
+  }
+
+ private:
+  // Reads the item. False for one of another kind, which is only noted.
+  bool IsMail(const ItemRun::Entry& entry, intake::SourceMessage& message) {
+    if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
+    if (entry.isKnown) {
+      message.ending.outcome = intake::OutcomeOfKnown(entry.key);
+      return true;
+    }
+    std::string type = entry.item->TypeName();
+    if (type == kMailItem) {
+      ReadMail(*entry.item, message);
+      return true;
+    }
+    if (entry.item->Properties().Text(Prop::kMessageClass).empty()) {
+      throw Error(ErrorNumber::kPathAccess, "it has no message class");
+    }
+    ++open_.otherKinds[type];
+    bool isAnnounced = folder_.isMailFolder && !folder_.folder->IsOtherKind(entry.index);
+    if (isAnnounced) intake::Account().Withdraw(Place(), 1);
+    return false;
+  }
+
+  void ReadMail(Item& item, intake::SourceMessage& taken) {
+    Letter letter = ReadLetter(item);
+    intake::MailMessage message = MessageOf(letter, item, folder_.place, intake::IsFromMe);
+    taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
+                 core::LoggedMailText(message.Subject);
+    const std::string& file = core::State().TempMessageFile;
+    // Emptied instead, the last message's file would first be brought to the disk.
+    platform::RemoveFile(file);
+    {
+      platform::OutputFile output(file);
+      WriteMime(item, letter, open_.budget, [&](std::string_view bytes) { output.Write(bytes); });
+      output.Close();
+    }
+    if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
+      TakeBodiesOfRawText(file, message);
+    }
+    if (std::string damage = item.Damage(); !damage.empty()) {
+      message.Notes = "This message is damaged in its Outlook store (" + damage +
+                      "). Parts of it may be missing or not as they were written.";
+    }
+    if (folder_.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
+      intake::dbSaveMeAddress(letter.ownAddress, letter.from.Name, kApplication);
+    }
+    taken.message = std::move(message);
+  }
+
+  // The texts of a signed letter lie in what was signed.
+  void TakeBodiesOfRawText(const std::string& file, intake::MailMessage& message) const {
+    intake::MailMessage parsed;
+    if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, parsed)) return;
+    message.Body = parsed.Body;
+    message.HTMLBody = parsed.HTMLBody;
+    message.Attachments = parsed.Attachments;
+    message.AttachCount = parsed.AttachCount;
+  }
+
+  OpenStore& open_;
+  WalkedFolder& folder_;
+  ItemRun run_;
+};
+
 // What is being read: the stores, and their folders with what they announced.
 class Import {
  public:
@@ -116,7 +213,7 @@ class Import {
       for (OpenStore& open : stores_) {
         for (WalkedFolder& folder : open.folders) {
           if (folder.place.inSentItems == sentItems && !core::IsLoadStopped()) {
-            ReadFolder(open, folder);
+            Read(open, folder);
           }
         }
       }
@@ -187,101 +284,13 @@ class Import {
     return mail;
   }
 
-  void ReadFolder(OpenStore& open, WalkedFolder& folder) {
+  void Read(OpenStore& open, WalkedFolder& folder) {
     core::LogProgress(
         "Outlook folder = " + core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name) +
         "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    std::string place = open.PlaceOf(folder);
-    for (ItemRun run(*folder.folder, folder.items); !run.AtEnd();) {
-      core::YieldEvents();
-      if (core::IsLoadStopped()) return;
-      ReadItem(open, folder, place, run.Next());
-      if (core::State().Ui != nullptr) {
-        core::State().Ui->ShowProgress(intake::Account().Visited(), core::State().Counts.found);
-      }
-    }
-    intake::Account().Finish(place);
-  }
-
-  void ReadItem(OpenStore& open, WalkedFolder& folder, const std::string& place,
-                const ItemRun::Entry& entry) {
-    intake::LoadAccount& account = intake::Account();
-    using intake::Outcome;
-    std::string name = "item " + std::to_string(entry.index + 1);
-    bool announced = folder.isMailFolder && !folder.folder->IsOtherKind(entry.index);
-    try {
-      if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
-      if (entry.isKnown) {
-        bool isIgnored = intake::IsMessageIgnored(entry.key);
-        return account.Count(place, isIgnored ? Outcome::kIgnored : Outcome::kAlreadyStored, {},
-                             name);
-      }
-      std::string type = entry.item->TypeName();
-      if (type != kMailItem) {
-        LeaveOut(open, *entry.item, type);
-        if (announced) account.Withdraw(place, 1);
-        return;
-      }
-      TakeIn(open, folder, *entry.item, name);
-      account.Count(place, intake::LastOutcome(), {}, name);
-    } catch (...) {
-      if (core::IsLoadStopped()) return;  // not reached
-      Error error = core::CurrentError();
-      if (core::IsDiskFull(error))
-        core::ReportCurrentException("olImportOutlook", core::Report::kShow);
-      account.Count(place, Outcome::kUnreadable, error.Description(), name);
-    }
-  }
-
-  // What became of it is the last outcome; name becomes what the person knows it by.
-  void TakeIn(OpenStore& open, WalkedFolder& folder, Item& item, std::string& name) {
-    Letter letter = ReadLetter(item);
-    intake::MailMessage message = MessageOf(letter, item, folder.place, intake::IsFromMe);
-    name = platform::FormatDate(message.SentTime, "General Date") + " " +
-           core::LoggedMailText(message.Subject);
-    const std::string& file = core::State().TempMessageFile;
-    // Emptied instead, the last message's file would first be brought to the disk.
-    platform::RemoveFile(file);
-    {
-      platform::OutputFile output(file);
-      WriteMime(item, letter, open.budget, [&](std::string_view bytes) { output.Write(bytes); });
-      output.Close();
-    }
-    if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
-      TakeBodiesOfRawText(file, folder.place, message);
-    }
-    if (std::string damage = item.Damage(); !damage.empty()) {
-      message.Notes = "This message is damaged in its Outlook store (" + damage +
-                      "). Parts of it may be missing or not as they were written.";
-    }
-    core::State().NewMessageFlag = true;
-    if (folder.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
-      intake::dbSaveMeAddress(letter.ownAddress, letter.from.Name, kApplication);
-    }
-    intake::SetLastOutcome(intake::Outcome::kNone);
-    intake::dbSaveMesage(file, message, kApplication, 0, open.store->DisplayName());
-    if (intake::LastOutcome() == intake::Outcome::kStored) ++core::State().OutlookMessages;
-  }
-
-  // The texts of a signed letter lie in what was signed.
-  static void TakeBodiesOfRawText(const std::string& file, const FolderPlace& place,
-                                  intake::MailMessage& message) {
-    intake::MailMessage parsed;
-    intake::SourceDescriptor source{place.name, place.parentPath, kApplication};
-    if (!intake::ParseMessageFile(file, source, intake::IsFromMe, parsed)) return;
-    message.Body = parsed.Body;
-    message.HTMLBody = parsed.HTMLBody;
-    message.Attachments = parsed.Attachments;
-    message.AttachCount = parsed.AttachCount;
-  }
-
-  // An item of another kind is no message.
-  static void LeaveOut(OpenStore& open, Item& item, const std::string& type) {
-    if (item.Properties().Text(Prop::kMessageClass).empty()) {
-      throw Error(ErrorNumber::kPathAccess, "it has no message class");
-    }
-    ++open.otherKinds[type];
+    ItemFolder items(open, folder);
+    intake::ReadFolder(items);
   }
 
   void Close() {
@@ -315,14 +324,22 @@ OlState& State() {
 
 class Outlook : public intake::Source {
  public:
-  ~Outlook() override { olReset(); }
+  ~Outlook() override {
+    if (hasLooked_) olReset();
+  }
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "MSOutlook"; }
-  bool& OptionFlag() const override { return core::State().UseMSOutlook; }
-  bool IsThere() override { return olInitialize(); }
+  std::string Files() const override { return "*.pst"; }
+  bool IsIn(const std::string& folder) override {
+    hasLooked_ = true;
+    return olInitialize(folder);
+  }
   // A first load takes every store.
   bool Announce(bool whole) override { return olAnnounce(whole); }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
+
+ private:
+  bool hasLooked_ = false;
 };
 
 // One box for all of them, however many.
@@ -345,16 +362,12 @@ std::unique_ptr<intake::Source> MakeSource() {
   return std::make_unique<Outlook>();
 }
 
-bool olInitialize() {
+bool olInitialize(const std::string& profileFolder) {
   olReset();
-  return core::Guarded("olInitialize", false, [] {
-    State().StoreFiles = FindStores(repository::GetProfileFolder());
+  return core::Guarded("olInitialize", false, [&] {
+    State().StoreFiles = FindStores(profileFolder);
     return !State().StoreFiles.empty();
   });
-}
-
-const std::vector<std::string>& olStoreFiles() {
-  return State().StoreFiles;
 }
 
 void olReset() {

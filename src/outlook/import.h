@@ -25,11 +25,9 @@ inline constexpr const char* kApplication = "Outlook";
 // Outlook as a source of a load: the routines below, in their order.
 std::unique_ptr<intake::Source> MakeSource();
 
-// Finds the stores of the mail owner's profile; what it finds is kept for olImportOutlook. False
-// when there is none.
-bool olInitialize();
-// What olInitialize found.
-const std::vector<std::string>& olStoreFiles();
+// Finds the stores of a profile folder; what it finds is kept for olImportOutlook. False when there
+// is none.
+bool olInitialize(const std::string& profileFolder);
 // Forgets it.
 void olReset();
 

@@ -8,9 +8,11 @@
 
 #include "core/messages.h"
 #include "core/text.h"
-#include "outlook/header_block.h"
+#include "intake/header_writer.h"
 #include "outlook/mime_text.h"
+#include "outlook/transport_headers.h"
 #include "platform/charset.h"
+#include "platform/date_time.h"
 #include "platform/error.h"
 
 namespace tarnwick::outlook {
@@ -47,7 +49,7 @@ class Writer {
 
   MimeResult result;
 
-  void Letter(Item& item, const outlook::Letter& letter) {
+  void Message(Item& item, const Letter& letter) {
     Headers(letter);
     if (IsSecured(letter, item)) {
       Secured(item, letter);
@@ -92,9 +94,9 @@ class Writer {
     if (!value.empty()) Put(std::string(name) + ": " + value + "\r\n");
   }
 
-  void Headers(const outlook::Letter& letter) {
+  void Headers(const Letter& letter) {
     std::vector<std::string> seen;
-    for (const HeaderField& field : ReadHeaderBlock(letter.transportHeaders)) {
+    for (const HeaderField& field : ReadTransportHeaders(letter.transportHeaders)) {
       bool isForm = std::find(kFormHeaders.begin(), kFormHeaders.end(), field.lowerName) !=
                     kFormHeaders.end();
       if (isForm) continue;
@@ -108,17 +110,18 @@ class Writer {
     if (isMissing("to")) PutPeople("To", Recipients(letter, RecipientType::kTo));
     if (isMissing("cc")) PutPeople("Cc", Recipients(letter, RecipientType::kCc));
     if (isMissing("bcc")) PutPeople("Bcc", Recipients(letter, RecipientType::kBcc));
-    if (isMissing("subject")) PutField("Subject", HeaderText(letter.subject));
+    if (isMissing("subject")) PutField("Subject", intake::HeaderText(letter.subject));
     auto sent = letter.sent ? letter.sent : letter.received ? letter.received : letter.created;
-    if (isMissing("date") && sent) PutField("Date", HeaderDate(*sent));
-    if (isMissing("message-id")) PutField("Message-ID", HeaderText(letter.messageId));
-    if (isMissing("in-reply-to")) PutField("In-Reply-To", HeaderText(letter.inReplyTo));
-    if (isMissing("references")) PutField("References", HeaderText(letter.references));
+    if (isMissing("date") && sent)
+      PutField("Date", intake::InternetDate(DateTime::FromSeconds(*sent), 0));
+    if (isMissing("message-id")) PutField("Message-ID", intake::HeaderText(letter.messageId));
+    if (isMissing("in-reply-to")) PutField("In-Reply-To", intake::HeaderText(letter.inReplyTo));
+    if (isMissing("references")) PutField("References", intake::HeaderText(letter.references));
     if (isMissing("importance")) PutField("Importance", letter.importance);
     if (letter.isDraft) PutField("X-Unsent", "1");
   }
 
-  static std::vector<intake::AddressPair> Recipients(const outlook::Letter& letter, int64_t type) {
+  static std::vector<intake::AddressPair> Recipients(const Letter& letter, int64_t type) {
     std::vector<intake::AddressPair> pairs;
     for (const LetterRecipient& recipient : letter.recipients) {
       if (recipient.type == type) pairs.push_back(recipient.pair);
@@ -139,7 +142,7 @@ class Writer {
 
   // Everything behind the headers: mixed(related(alternative(plain, html), images), attachments),
   // each level only where it is needed.
-  void Content(Item& item, const outlook::Letter& letter) {
+  void Content(Item& item, const Letter& letter) {
     std::vector<size_t> shown;
     std::vector<size_t> attached;
     for (size_t i = 0; i < item.Attachments().size(); ++i) {
@@ -156,13 +159,13 @@ class Writer {
     mixed.End();
   }
 
-  static bool IsShownInHtml(const PropertySet& attachment, const outlook::Letter& letter) {
+  static bool IsShownInHtml(const PropertySet& attachment, const Letter& letter) {
     const std::string& id = attachment.Text(Prop::kAttachContentId);
     bool isMessage = attachment.Number(Prop::kAttachMethod) == AttachMethod::kEmbeddedMessage;
     return !id.empty() && !isMessage && letter.htmlBody.find("cid:" + id) != std::string::npos;
   }
 
-  void Related(Item& item, const outlook::Letter& letter, const std::vector<size_t>& shown) {
+  void Related(Item& item, const Letter& letter, const std::vector<size_t>& shown) {
     if (shown.empty()) return Bodies(letter);
     Multipart related(*this, "related");
     related.Next();
@@ -174,7 +177,7 @@ class Writer {
     related.End();
   }
 
-  void Bodies(const outlook::Letter& letter) {
+  void Bodies(const Letter& letter) {
     if (letter.htmlBody.empty()) return Text("plain", letter.plainBody);
     if (letter.plainBody.empty()) return Text("html", letter.htmlBody);
     Multipart alternative(*this, "alternative");
@@ -192,7 +195,7 @@ class Writer {
     Put(body.text);
   }
 
-  void Attachment(Item& item, size_t index, const outlook::Letter& letter, bool inlined) {
+  void Attachment(Item& item, size_t index, const Letter& letter, bool inlined) {
     const PropertySet& attachment = item.Attachments()[index];
     std::string name = AttachmentName(attachment);
     bool headersOut = false;
@@ -218,12 +221,13 @@ class Writer {
     }
     // Read before anything is written of it, so that a note can still take its place.
     std::unique_ptr<Item> inner = item.EmbeddedItem(index);
-    outlook::Letter letter = ReadLetter(*inner);
+    Letter letter = ReadLetter(*inner);
     // Its name is a subject; what is saved of it is Internet text.
     std::string file = name + ".eml";
-    Put("Content-Type: message/rfc822" + HeaderParameter("name", file) +
-        "\r\nContent-Disposition: attachment" + HeaderParameter("filename", file) + "\r\n\r\n");
-    Letter(*inner, letter);
+    Put("Content-Type: message/rfc822" + intake::HeaderParameter("name", file) +
+        "\r\nContent-Disposition: attachment" + intake::HeaderParameter("filename", file) +
+        "\r\n\r\n");
+    Message(*inner, letter);
   }
 
   void Data(Item& item, size_t index, const std::string& name, bool inlined, bool& headersOut) {
@@ -232,12 +236,12 @@ class Writer {
     if (!HasType(type) || core::BeginsWith(platform::AsciiLower(type), "multipart/")) {
       type = kDefaultType;
     }
-    std::string headers = "Content-Type: " + type + HeaderParameter("name", name) +
+    std::string headers = "Content-Type: " + type + intake::HeaderParameter("name", name) +
                           "\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: " +
-                          (inlined ? "inline" : "attachment") + HeaderParameter("filename", name) +
-                          "\r\n";
+                          (inlined ? "inline" : "attachment") +
+                          intake::HeaderParameter("filename", name) + "\r\n";
     const std::string& id = attachment.Text(Prop::kAttachContentId);
-    if (!id.empty()) headers += "Content-ID: <" + HeaderText(id) + ">\r\n";
+    if (!id.empty()) headers += "Content-ID: <" + intake::HeaderText(id) + ">\r\n";
     headers += "\r\n";
     Base64Lines lines;
     item.ReadAttachment(index, [&](std::string_view piece) {
@@ -251,14 +255,14 @@ class Writer {
   }
 
   // The one attachment is the letter's whole content.
-  void Secured(Item& item, const outlook::Letter& letter) {
+  void Secured(Item& item, const Letter& letter) {
     if (IsSignedClass(letter)) {
       Put("MIME-Version: 1.0\r\n");
       bool begun = false;
       item.ReadAttachment(0, [&](std::string_view piece) {
         // It begins with headers of its own, or else the letter's still tell its type.
         if (!begun && !core::ContainsIgnoringCase(piece.substr(0, kHeaderReach), "content-type:")) {
-          for (const HeaderField& field : ReadHeaderBlock(letter.transportHeaders)) {
+          for (const HeaderField& field : ReadTransportHeaders(letter.transportHeaders)) {
             if (field.lowerName == "content-type") Put(field.text);
           }
           Put("\r\n");
@@ -268,8 +272,8 @@ class Writer {
       });
       return;
     }
-    std::string type = "application/pkcs7-mime" + HeaderParameter("name", "smime.p7m");
-    for (const HeaderField& field : ReadHeaderBlock(letter.transportHeaders)) {
+    std::string type = "application/pkcs7-mime" + intake::HeaderParameter("name", "smime.p7m");
+    for (const HeaderField& field : ReadTransportHeaders(letter.transportHeaders)) {
       if (field.lowerName == "content-type" &&
           core::ContainsIgnoringCase(field.text, "pkcs7-mime")) {
         type = field.Value();
@@ -277,7 +281,7 @@ class Writer {
     }
     Put("MIME-Version: 1.0\r\nContent-Type: " + type +
         "\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment" +
-        HeaderParameter("filename", "smime.p7m") + "\r\n\r\n");
+        intake::HeaderParameter("filename", "smime.p7m") + "\r\n\r\n");
     Base64Lines lines;
     item.ReadAttachment(0, [&](std::string_view piece) { Put(lines.Add(piece)); });
     Put(lines.End());
@@ -306,7 +310,7 @@ bool IsSecured(const Letter& letter, Item& item) {
 MimeResult WriteMime(Item& item, const Letter& letter, uint64_t& budget,
                      const std::function<void(std::string_view)>& sink) {
   Writer writer(budget, sink);
-  writer.Letter(item, letter);
+  writer.Message(item, letter);
   return writer.result;
 }
 

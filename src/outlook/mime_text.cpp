@@ -3,83 +3,23 @@
 #include "outlook/mime_text.h"
 
 #include <algorithm>
-#include <array>
 
-#include "core/text.h"
+#include "intake/header_writer.h"
 #include "outlook/address_resolver.h"
 #include "platform/charset.h"
-#include "platform/date_time.h"
 
 namespace tarnwick::outlook {
 
 namespace {
 
-constexpr size_t kBytesPerLine = 57;     // 76 characters of base64
-constexpr size_t kBytesPerWord = 42;     // an encoded word stays under 75 characters
-constexpr size_t kMaxPlainHeader = 200;  // a longer text is encoded, which folds it
-constexpr size_t kMaxPlainLine = 900;    // RFC 5322 allows 998
+using intake::EncodedWords;
+using intake::IsPlainHeader;
+using intake::OneLine;
+using intake::QuotedString;
+
+constexpr size_t kBytesPerLine = 57;   // 76 characters of base64
+constexpr size_t kMaxPlainLine = 900;  // RFC 5322 allows 998
 constexpr size_t kQuotedLine = 75;
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
-
-void AppendBase64(std::string_view bytes, std::string& text) {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  size_t at = text.size();
-  text.resize(at + (bytes.size() + 2) / 3 * 4, '=');
-  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
-  auto put = [&](uint32_t group, int chars) {
-    for (int j = 0; j < chars; ++j)
-      text[at + static_cast<size_t>(j)] = kAlphabet[group >> (18 - 6 * j) & 63];
-    at += 4;
-  };
-  size_t i = 0;
-  for (; i + 3 <= bytes.size(); i += 3) put(byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2), 4);
-  if (bytes.size() - i == 2) put(byte(i) << 16 | byte(i + 1) << 8, 3);
-  if (bytes.size() - i == 1) put(byte(i) << 16, 2);
-}
-
-std::string OneLine(std::string_view text) {
-  std::string line = platform::EnsureUtf8(text);
-  std::replace_if(
-      line.begin(), line.end(),
-      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 127; }, ' ');
-  return std::string(core::Trim(line));
-}
-
-bool IsPlain(const std::string& line) {
-  return platform::IsAscii(line) && line.find("=?") == std::string::npos &&
-         line.size() <= kMaxPlainHeader;
-}
-
-std::string EncodedWords(std::string_view text) {
-  std::string words;
-  while (!text.empty()) {
-    size_t count = std::min(kBytesPerWord, text.size());
-    // Cut between characters.
-    while (count < text.size() && count > 1 && (text[count] & 0xC0) == 0x80) --count;
-    if (!words.empty()) words += "\r\n ";
-    words += "=?utf-8?B?";
-    AppendBase64(text.substr(0, count), words);
-    words += "?=";
-    text.remove_prefix(count);
-  }
-  return words;
-}
-
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (char c : text) {
-    if (c == '"' || c == '\\') quoted.push_back('\\');
-    quoted.push_back(c);
-  }
-  return quoted + "\"";
-}
-
-void AppendEscaped(std::string& text, char c, char mark) {
-  text.push_back(mark);
-  text.push_back(kHexDigits[static_cast<unsigned char>(c) >> 4]);
-  text.push_back(kHexDigits[static_cast<unsigned char>(c) & 15]);
-}
 
 // Line ends of any kind as CR LF, and one at the end.
 std::string WithLineEnds(std::string_view text) {
@@ -131,7 +71,7 @@ std::string QuotedPrintable(std::string_view lines) {
     if (isPlain) {
       text.push_back(c);
     } else {
-      AppendEscaped(text, c, '=');
+      intake::AppendEscaped(c, '=', text);
     }
     width += needed;
   }
@@ -140,56 +80,22 @@ std::string QuotedPrintable(std::string_view lines) {
 
 }  // namespace
 
-std::string HeaderText(std::string_view text) {
-  std::string line = OneLine(text);
-  return IsPlain(line) ? line : EncodedWords(line);
-}
-
 std::string HeaderAddress(const std::string& name, const std::string& address) {
   std::string plainName = OneLine(name);
   if (plainName == address) plainName.clear();
-  std::string shown = plainName.empty()    ? ""
-                      : IsPlain(plainName) ? Quoted(plainName)
-                                           : EncodedWords(plainName);
+  std::string shown = plainName.empty()          ? ""
+                      : IsPlainHeader(plainName) ? QuotedString(plainName)
+                                                 : EncodedWords(plainName);
   if (IsInternetAddress(address) && platform::IsAscii(address)) {
     return shown.empty() ? address : shown + " <" + address + ">";
   }
   if (!shown.empty()) return shown;
   std::string plainAddress = OneLine(address);
-  return IsPlain(plainAddress) ? Quoted(plainAddress) : EncodedWords(plainAddress);
-}
-
-std::string HeaderParameter(std::string_view name, std::string_view value) {
-  std::string line = OneLine(value);
-  std::string parameter = ";\r\n\t" + std::string(name);
-  if (IsPlain(line)) return parameter + "=" + Quoted(line);
-  parameter += "*=utf-8''";
-  for (char c : line) {
-    bool isPlain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                   c == '.' || c == '-' || c == '_';
-    if (isPlain) {
-      parameter.push_back(c);
-    } else {
-      AppendEscaped(parameter, c, '%');
-    }
-  }
-  return parameter;
-}
-
-std::string HeaderDate(int64_t unixSeconds) {
-  constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  DateTime time = DateTime::FromSeconds(unixSeconds);
-  CivilTime civil = time.ToCivil();
-  std::string iso = time.ToIso();
-  return std::string(kDays[static_cast<size_t>(time.Weekday())]) + ", " +
-         std::to_string(civil.day) + " " + kMonths[static_cast<size_t>(civil.month - 1)] + " " +
-         iso.substr(0, 4) + " " + iso.substr(11) + " +0000";
+  return IsPlainHeader(plainAddress) ? QuotedString(plainAddress) : EncodedWords(plainAddress);
 }
 
 void Base64Lines::Encode(std::string_view bytes, std::string& text) {
-  AppendBase64(bytes, text);
+  intake::AppendBase64(bytes, text);
   text += "\r\n";
 }
 

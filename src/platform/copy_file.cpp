@@ -31,7 +31,7 @@ constexpr int kOpenFlags = _O_BINARY;
 constexpr int kOpenFlags = O_CLOEXEC;
 #endif
 
-// Large enough for the kernel to work in peace, small enough to look up between two pieces.
+// Large enough for the kernel to copy at full speed, small enough to react between two pieces.
 constexpr size_t kPiece = 16 * 1024 * 1024;
 constexpr size_t kBuffer = 1024 * 1024;
 

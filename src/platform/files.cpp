@@ -222,10 +222,22 @@ void SetFreeSpaceOverride(std::optional<uint64_t> bytes) {
 
 uint64_t FreeSpace(const std::string& folder) {
   if (FreeSpaceOverride()) return *FreeSpaceOverride();
+  fs::path there = ToPath(AbsolutePath(folder.empty() ? "." : folder));
   std::error_code code;
-  fs::space_info space = fs::space(ToPath(folder), code);
+  while (!fs::is_directory(there, code) && there.has_relative_path()) there = there.parent_path();
+  fs::space_info space = fs::space(there, code);
   ThrowIf(code, folder);
   return space.available;
+}
+
+void RequireSpace(const std::string& folder, uint64_t bytes) {
+  constexpr uint64_t kMegabyte = 1000 * 1000;
+  uint64_t available = FreeSpace(folder);
+  if (available >= bytes) return;
+  throw Error(ErrorNumber::kDiskFull, "There is not enough free space in " + folder + ": " +
+                                          std::to_string((bytes + kMegabyte - 1) / kMegabyte) +
+                                          " MB are needed, " +
+                                          std::to_string(available / kMegabyte) + " MB are free");
 }
 
 void MakeFolder(const std::string& folder) {

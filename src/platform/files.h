@@ -47,7 +47,10 @@ bool MayRead(const std::string& path);
 bool IsFolderWritable(const std::string& folder);  // tried by making a file; never throws
 uint64_t FileSize(const std::string& path);
 DateTime FileModified(const std::string& path);  // local civil time
-uint64_t FreeSpace(const std::string& folder);   // bytes available to this user
+// The bytes available to this user in the folder, or where it would be made if it is missing.
+uint64_t FreeSpace(const std::string& folder);
+// Throws Error 61 when the folder has less room than that.
+void RequireSpace(const std::string& folder, uint64_t bytes);
 
 void MakeFolder(const std::string& folder);  // with its parents; an existing one is left as it is
 void RemoveFile(const std::string& path);    // a missing file is no error

@@ -18,6 +18,18 @@ namespace {
 
 using core::State;
 
+struct OptionFlag {
+  std::string_view option;
+  bool core::RunState::*flag;
+  bool unset;
+};
+constexpr OptionFlag kOptionFlags[] = {
+    {"OutlookExpress", &core::RunState::UseOutlookExpress, false},
+    {"MSOutlook", &core::RunState::UseMSOutlook, false},
+    {"ShowEmailText", &core::RunState::ShowEmailText, false},
+    {"LogMailTexts", &core::RunState::LogMailTexts, true},
+};
+
 std::string RowQuery(std::string_view group, std::string_view key) {
   return "SELECT * FROM Parameter WHERE ParameterGroup = '" + core::QuoteSql(group) + "' AND " +
          "ParameterID = '" + core::QuoteSql(key) + "'";
@@ -86,6 +98,15 @@ bool GetOption(std::string_view name, bool unset) {
 
 void SetOption(std::string_view name, bool on) {
   SetParameter(name, "1", kAmountColumn, on ? 1 : 0);
+  for (const OptionFlag& known : kOptionFlags) {
+    if (known.option == name) State().*known.flag = on;
+  }
+}
+
+void ReadOptionFlags() {
+  for (const OptionFlag& known : kOptionFlags) {
+    State().*known.flag = GetOption(known.option, known.unset);
+  }
 }
 
 std::string GetProfileFolder() {

@@ -32,9 +32,11 @@ void SetLastLoaded(DateTime when);
 std::string GetLastLoaded();
 
 // Options, 1 on and 0 off: "OutlookExpress", "MSOutlook", "ShowEmailText", "LogMailTexts". One that
-// was never set is off, or as unset says.
+// was never set is off, or as unset says. The run state's flag of an option follows it.
 bool GetOption(std::string_view name, bool unset = false);
 void SetOption(std::string_view name, bool on);
+// Reads the flags of the run state.
+void ReadOptionFlags();
 
 // The folder of the mail owner's Windows profile: TARNWICK_PROFILE, else the stored one, else "".
 std::string GetProfileFolder();

@@ -186,8 +186,8 @@ bool OpenRepository(bool clearAll) {
     repository.WasNotClosed = jet::HasLog(file);
     Connect(repository.RepositoryConnection, file);
     jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
-    repository.RepositoryConnection.KeepDigest(ListDigest());
-    repository.RepositoryConnection.KeepTextIndex("Email", {"Body", "Subject"});
+    repository.RepositoryConnection.KeepColumnCache(ListColumnCache());
+    repository.RepositoryConnection.KeepTextIndex("Email", SearchedColumns());
     ReserveKeys();
     if (clearAll) ClearRepository();
     repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
@@ -269,12 +269,8 @@ void NoteWhetherEmpty() {
 }
 
 void ReadOptions() {
-  core::RunState& state = State();
   NoteWhetherEmpty();
-  state.UseOutlookExpress = GetOption("OutlookExpress");
-  state.UseMSOutlook = GetOption("MSOutlook");
-  state.ShowEmailText = GetOption("ShowEmailText");
-  state.LogMailTexts = GetOption("LogMailTexts", true);
+  ReadOptionFlags();
 }
 
 bool SwitchRepository(const std::string& folder) {

@@ -5,6 +5,7 @@
 #include "database/connection.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/email_fields.h"
 #include "repository/repository.h"
 
 namespace tarnwick::repository {
@@ -14,39 +15,18 @@ namespace {
 using jet::ColumnType;
 using jet::TableDefinition;
 
-// The columns of a message. EmailOne has the same ones, so that a query can take either.
+// EmailOne has the columns of Email, so that a query can take either.
 std::vector<jet::ColumnDefinition> EmailColumns() {
-  return {
-      {"ID", ColumnType::kAutoNumber},
-      {"EntryID", ColumnType::kText},
-      {"Application", ColumnType::kText},
-      {"Identity", ColumnType::kText},
-      {"Folder", ColumnType::kText},
-      {"Parent", ColumnType::kText},
-      {"Direction", ColumnType::kText},
-      {"CreationTime", ColumnType::kDateTime},
-      {"ReceivedTime", ColumnType::kDateTime},
-      {"gwTimeShift", ColumnType::kText},
-      {"Subject", ColumnType::kText},
-      {"Charset", ColumnType::kText},
-      {"Encoding", ColumnType::kText},
-      {"EmailImportance", ColumnType::kText},
-      {"NameFrom", ColumnType::kText},
-      {"AddressFrom", ColumnType::kText},
-      {"FromToName", ColumnType::kText},
-      {"FromToAddress", ColumnType::kText},
-      {"FromTo", ColumnType::kLong},
-      {"CountMailTo", ColumnType::kLong},
-      {"CountCC", ColumnType::kLong},
-      {"FilesNum", ColumnType::kLong},
-      {"UserName", ColumnType::kText},
-      {"ProjectID", ColumnType::kLong},
-      {"Active", ColumnType::kText},
-      {"Notes", ColumnType::kMemo},
-      // The long ones last, so that reading a row for the list stops before them.
-      {"Body", ColumnType::kMemo},
-      {"HTMLBody", ColumnType::kMemo},
-  };
+  std::vector<jet::ColumnDefinition> columns;
+  for (const EmailField& field : kEmailFields) columns.push_back({field.name, field.type});
+  return columns;
+}
+
+// What the list filters, sorts and counts by, so that it touches no message.
+jet::IndexDefinition ListIndexDefinition() {
+  jet::IndexDefinition index{"EmailList", {}};
+  for (const EmailField& field : kFilteredFields) index.columns.push_back(field.name);
+  return index;
 }
 
 TableDefinition RecipientTable(std::string_view name, std::string_view index) {
@@ -60,15 +40,13 @@ TableDefinition RecipientTable(std::string_view name, std::string_view index) {
 
 std::vector<TableDefinition> MakeRepositoryTables() {
   std::vector<TableDefinition> tables;
-  tables.push_back(
-      {"Email",
-       EmailColumns(),
-       {{"EmailEntryID", {"EntryID"}},
-        // What the list filters, sorts and counts by, so that it touches no message.
-        {"EmailList", {"ReceivedTime", "Direction", "Active", "FilesNum", "FromTo", "Subject"}},
-        // Sorts the list by subject.
-        {"EmailSubject", {"Subject"}},
-        {"EmailFromTo", {"FromTo"}}}});
+  tables.push_back({"Email",
+                    EmailColumns(),
+                    {{"EmailEntryID", {"EntryID"}},
+                     ListIndexDefinition(),
+                     // Sorts the list by subject.
+                     {"EmailSubject", {"Subject"}},
+                     {"EmailFromTo", {"FromTo"}}}});
   tables.push_back({"EmailOne", EmailColumns(), {}});
   tables.push_back({"Attachment",
                     {{"ID", ColumnType::kAutoNumber},
@@ -151,9 +129,20 @@ std::span<const TableDefinition> RepositoryTables() {
   return tables;
 }
 
-jet::DigestDefinition ListDigest() {
-  return {"Email",      "ReceivedTime", "FromTo", {"Direction", "Active", "FilesNum"},
-          "Attachment", "EmailID"};
+jet::ColumnCacheDefinition ListColumnCache() {
+  jet::ColumnCacheDefinition cache{"Email", {}, {}, {}, "Attachment", "EmailID"};
+  for (const EmailField& field : kFilteredFields) {
+    if (field.cache == CacheUse::kDate) cache.date = field.name;
+    if (field.cache == CacheUse::kReference) cache.reference = field.name;
+    if (field.cache == CacheUse::kKind) cache.kinds.emplace_back(field.name);
+  }
+  return cache;
+}
+
+std::vector<std::string> SearchedColumns() {
+  std::vector<std::string> columns;
+  for (const EmailField& field : kSearchedFields) columns.emplace_back(field.name);
+  return columns;
 }
 
 std::span<const TableDefinition> ParameterTables() {

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Every table and column of the databases, in one place: files are made, checked and copied from
-// it.
+// Every table and column of the databases: files are made, checked and copied from it. The columns
+// of Email are those of email_fields.h.
 #pragma once
 
 #include <span>
 #include <string>
+#include <vector>
 
 #include "database/table_definition.h"
 
@@ -23,7 +24,9 @@ inline constexpr const char* kTemplateFile = "emlTemplate.twr";
 std::span<const jet::TableDefinition> RepositoryTables();
 std::span<const jet::TableDefinition> ParameterTables();
 // What the list filters and sorts by; its columns are those of the index EmailList.
-jet::DigestDefinition ListDigest();
+jet::ColumnCacheDefinition ListColumnCache();
+// The columns of Email that the text index covers.
+std::vector<std::string> SearchedColumns();
 
 // Makes the template, the parameter database and a first repository in a folder. Throws Error.
 void CreateDatabaseFiles(const std::string& folder);

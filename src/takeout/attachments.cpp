@@ -179,7 +179,7 @@ std::vector<std::string> SaveAttachments(const MessageAttachments& attachments,
   core::GuardedRun("SaveAttachments", [&] {
     uint64_t size = 0;
     for (size_t index : which) size += attachments.List()[index].size;
-    RequireSpace(folder, size);
+    platform::RequireSpace(folder, size);
     NewFiles files(folder);
     for (size_t index : which) {
       const std::string& name = attachments.List()[index].name;
@@ -197,16 +197,10 @@ std::vector<std::string> SaveAttachments(const MessageAttachments& attachments,
 bool SaveAttachmentAs(const MessageAttachments& attachments, size_t which,
                       const std::string& path) {
   bool saved = core::GuardedRun("SaveAttachmentAs", [&] {
-    RequireSpace(platform::FolderOf(path), attachments.List()[which].size);
-    // The older file goes when the new one is whole.
-    std::string scratch = platform::UniquePath(path, std::string(kUnfinished));
-    try {
-      platform::WriteFile(scratch, attachments.Bytes(which));
-      platform::RenameFile(scratch, path);
-    } catch (...) {
-      RemoveQuietly(scratch);
-      throw;
-    }
+    platform::RequireSpace(platform::FolderOf(path), attachments.List()[which].size);
+    platform::StagedFile file(platform::UniquePath(path, std::string(platform::kUnfinished)));
+    platform::WriteFile(file.Path(), attachments.Bytes(which));
+    file.Replace(path);
   });
   std::string name = platform::FileNameOf(path);
   if (saved && IsProgramName(name)) Warn({name});

@@ -26,18 +26,18 @@ std::string Joined(const std::string& folder, const std::vector<std::string>& na
 }
 
 // "2003-05-02 1432 Ann Lee - Budget"; without a name or a subject what there is.
-std::string StemOf(const Letter& letter) {
+std::string StemOf(const MessageLabel& label) {
   constexpr size_t kMostCorrespondent = 40;
   std::string stem;
-  if (letter.time) {
-    stem = letter.time->ToIso().substr(0, 16);
+  if (label.time) {
+    stem = label.time->ToIso().substr(0, 16);
     std::erase(stem, ':');
   }
   auto add = [&stem](std::string_view text, const char* between) {
     if (!text.empty()) stem.append(stem.empty() ? "" : between).append(text);
   };
-  add(platform::FirstChars(letter.correspondent, kMostCorrespondent), " ");
-  add(letter.subject, letter.correspondent.empty() ? " " : " - ");
+  add(platform::FirstChars(label.correspondent, kMostCorrespondent), " ");
+  add(label.subject, label.correspondent.empty() ? " " : " - ");
   return stem.empty() ? "message" : stem;
 }
 
@@ -45,10 +45,10 @@ class EmlWriter : public MessageWriter {
  public:
   EmlWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
 
-  void Save(const Letter& letter, std::string_view file) override {
+  void Save(const MessageLabel& label, std::string_view file) override {
     std::string path =
-        folders_ ? Joined(folder_, SafeFolderPath(letter)) : platform::WithSeparator(folder_);
-    files_.try_emplace(path, path).first->second.Add(StemOf(letter), ".eml", file, letter.time);
+        folders_ ? Joined(folder_, SafeFolderPath(label)) : platform::WithSeparator(folder_);
+    files_.try_emplace(path, path).first->second.Add(StemOf(label), ".eml", file, label.time);
     ++saved_;
   }
 
@@ -77,33 +77,27 @@ class MaildirWriter : public MessageWriter {
     platform::RemoveFile(probe);
   }
 
-  void Save(const Letter& letter, std::string_view file) override {
-    const std::string& box = MakeBox(letter);
-    int64_t arrived = letter.time ? std::max<int64_t>(platform::UnixFromLocal(*letter.time), 0) : 0;
-    std::string stem = std::to_string(arrived) + "." + std::to_string(letter.id) + "_";
-    std::string scratch = platform::UniquePath(box + "tmp/", stem + "new");
-    try {
-      platform::WriteFile(scratch, file);
-      if (letter.time) platform::SetFileModified(scratch, *letter.time);
-      // A message saved once more gets a name of its own. Seen, as all mail here has been.
-      for (int number = 0;; ++number) {
-        std::string name = box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S";
-        if (platform::RenameNew(scratch, name)) break;
-      }
-    } catch (...) {
-      RemoveQuietly(scratch);
-      throw;
+  void Save(const MessageLabel& label, std::string_view file) override {
+    const std::string& box = MakeBox(label);
+    int64_t arrived = label.time ? std::max<int64_t>(platform::UnixFromLocal(*label.time), 0) : 0;
+    std::string stem = std::to_string(arrived) + "." + std::to_string(label.id) + "_";
+    platform::StagedFile made(platform::UniquePath(box + "tmp/", stem + "new"));
+    platform::WriteFile(made.Path(), file);
+    if (label.time) platform::SetFileModified(made.Path(), *label.time);
+    // A message saved once more gets a name of its own. Seen, as all mail here has been.
+    for (int number = 0; !made.IsInPlace(); ++number) {
+      made.TakeName(box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S");
     }
     ++saved_;
   }
 
  private:
-  // The mailbox of a letter, with its folders; a folder's own mailbox is one of the dotted ones
+  // The mailbox of a message, with its folders; a folder's own mailbox is one of the dotted ones
   // inside the first.
-  const std::string& MakeBox(const Letter& letter) {
+  const std::string& MakeBox(const MessageLabel& label) {
     std::string name;
     if (folders_) {
-      for (std::string part : SafeFolderPath(letter)) {
+      for (std::string part : SafeFolderPath(label)) {
         std::replace(part.begin(), part.end(), '.', '_');
         name += "." + part;
       }
@@ -132,21 +126,21 @@ class MaildirWriter : public MessageWriter {
 };
 
 // The line before a message: its sender and when it came, UTC.
-std::string FromLine(const Letter& letter) {
+std::string FromLine(const MessageLabel& label) {
   constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
   constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  bool isAddress = letter.sender.size() <= 200 && letter.sender.find('@') != std::string::npos &&
-                   std::all_of(letter.sender.begin(), letter.sender.end(),
+  bool isAddress = label.sender.size() <= 200 && label.sender.find('@') != std::string::npos &&
+                   std::all_of(label.sender.begin(), label.sender.end(),
                                [](char c) { return c > ' ' && c < 0x7F; });
   DateTime utc =
-      DateTime::FromSeconds(letter.time ? platform::UnixFromLocal(*letter.time) : int64_t{0});
+      DateTime::FromSeconds(label.time ? platform::UnixFromLocal(*label.time) : int64_t{0});
   CivilTime civil = utc.ToCivil();
   char when[64];
   std::snprintf(when, sizeof when, " %s %s %2d %02d:%02d:%02d %04d\n", kDays[utc.Weekday()],
                 kMonths[civil.month - 1], civil.day, civil.hour, civil.minute, civil.second,
                 civil.year);
-  return "From " + (isAddress ? letter.sender : "MAILER-DAEMON") + when;
+  return "From " + (isAddress ? label.sender : "MAILER-DAEMON") + when;
 }
 
 // One mailbox file after the other. A line of a message that could be taken for the beginning of
@@ -156,9 +150,9 @@ class MboxWriter : public MessageWriter {
  public:
   MboxWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
 
-  void Save(const Letter& letter, std::string_view file) override {
-    Begin(letter);
-    Write(FromLine(letter));
+  void Save(const MessageLabel& label, std::string_view file) override {
+    Begin(label);
+    Write(FromLine(label));
     size_t written = 0;
     for (size_t at = file.find(kFrom); at != std::string_view::npos;
          at = file.find(kFrom, at + 1)) {
@@ -175,7 +169,7 @@ class MboxWriter : public MessageWriter {
     constexpr uint64_t kFlushed = 64 << 20;
     if (size_ - begun_ > kFlushed) {
       begun_ = size_;
-      platform::BeginFlush(path_);
+      platform::BeginFlush(made_->Path());
     }
   }
 
@@ -190,17 +184,17 @@ class MboxWriter : public MessageWriter {
     }
     output_.reset();
     // Whatever failed, the messages that came whole to the disk are kept.
-    uint64_t onDisk = platform::FileSize(path_);
+    const std::string path = made_->Path();
+    uint64_t onDisk = platform::FileSize(path);
     while (!ends_.empty() && ends_.back() > onDisk) ends_.pop_back();
     whole = ends_.empty() ? 0 : ends_.back();
-    if (whole == 0) {
-      platform::RemoveFile(path_);
-    } else {
-      if (whole != onDisk) platform::CutFile(path_, whole);
-      platform::FlushToDisk(path_);
-      files_->Place(path_, stem_, ".mbox");
+    if (whole != 0) {
+      if (whole != onDisk) platform::CutFile(path, whole);
+      platform::FlushToDisk(path);
+      files_->Place(*made_, stem_, ".mbox");
       saved_ += static_cast<int64_t>(ends_.size());
     }
+    made_.reset();
     ends_.clear();
     if (failure) std::rethrow_exception(failure);
   }
@@ -208,8 +202,8 @@ class MboxWriter : public MessageWriter {
  private:
   static constexpr std::string_view kFrom = "From ";
 
-  void Begin(const Letter& letter) {
-    std::vector<std::string> place = folders_ ? SafeFolderPath(letter) : std::vector{Mailbox()};
+  void Begin(const MessageLabel& label) {
+    std::vector<std::string> place = folders_ ? SafeFolderPath(label) : std::vector{Mailbox()};
     if (output_ != nullptr && place == place_) return;
     Finish();
     place_ = place;
@@ -217,8 +211,8 @@ class MboxWriter : public MessageWriter {
     place.pop_back();
     std::string path = Joined(folder_, place);
     if (files_ == nullptr || files_->Folder() != path) files_ = std::make_unique<NewFiles>(path);
-    path_ = files_->UnfinishedPath(stem_, ".mbox");
-    output_ = std::make_unique<platform::OutputFile>(path_);
+    made_.emplace(files_->UnfinishedPath(stem_, ".mbox"));
+    output_ = std::make_unique<platform::OutputFile>(made_->Path());
     size_ = 0;
     begun_ = 0;
   }
@@ -235,7 +229,7 @@ class MboxWriter : public MessageWriter {
   std::vector<std::string> place_;
   std::unique_ptr<NewFiles> files_;
   std::string stem_;
-  std::string path_;  // while it is unfinished
+  std::optional<platform::StagedFile> made_;
   std::unique_ptr<platform::OutputFile> output_;
   uint64_t size_ = 0;
   uint64_t begun_ = 0;          // so much is on its way to the disk
@@ -257,10 +251,10 @@ std::unique_ptr<MessageWriter> MakeWriter(SaveFormat format, const std::string& 
   return std::make_unique<EmlWriter>(folder, folders);
 }
 
-std::vector<std::string> SafeFolderPath(const Letter& letter) {
+std::vector<std::string> SafeFolderPath(const MessageLabel& label) {
   constexpr size_t kDeepest = 16;
   std::vector<std::string> path;
-  for (const std::string& name : letter.folder) {
+  for (const std::string& name : label.folder) {
     std::string safe = platform::SafeFileName(name, kMostFolderChars);
     if (!safe.empty() && path.size() < kDeepest) path.push_back(std::move(safe));
   }

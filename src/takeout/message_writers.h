@@ -20,7 +20,7 @@ namespace tarnwick::takeout {
 enum class SaveFormat { kEml, kMbox, kMaildir };
 
 // What a message's place and name are made of.
-struct Letter {
+struct MessageLabel {
   int64_t id = 0;
   std::optional<DateTime> time;  // received, local
   std::string correspondent;
@@ -33,7 +33,7 @@ class MessageWriter {
  public:
   virtual ~MessageWriter() = default;
 
-  virtual void Save(const Letter& letter, std::string_view file) = 0;
+  virtual void Save(const MessageLabel& label, std::string_view file) = 0;
   // Completes what is not complete yet, as far as it is whole. REQUIRES: called once, at the end,
   // also after a Save that failed.
   virtual void Finish() {}
@@ -45,12 +45,12 @@ class MessageWriter {
   int64_t saved_ = 0;
 };
 
-// folders: a folder or mailbox for each of the letters' folders, in place of one for all. Of
-// mailbox files only one is written at a time: the letters should come folder by folder.
+// folders: a folder or mailbox for each of the messages' folders, in place of one for all. Of
+// mailbox files only one is written at a time: the messages should come folder by folder.
 std::unique_ptr<MessageWriter> MakeWriter(SaveFormat format, const std::string& folder,
                                           bool folders);
 
-// The names of a letter's folders as names of real ones; "Mail" where it has none.
-std::vector<std::string> SafeFolderPath(const Letter& letter);
+// The names of a message's folders as names of real ones; "Mail" where it has none.
+std::vector<std::string> SafeFolderPath(const MessageLabel& label);
 
 }  // namespace tarnwick::takeout

@@ -37,10 +37,6 @@ size_t ExtensionPlace(std::string_view name) {
   return isOne ? dot : name.size();
 }
 
-std::string MegaBytes(uint64_t bytes) {
-  return std::to_string(bytes / 1000000 + 1) + " MB";
-}
-
 size_t HashOf(std::string_view name) {
   return std::hash<std::string>()(platform::FoldCase(platform::EnsureUtf8(name)));
 }
@@ -85,51 +81,26 @@ NewFiles::NewFiles(const std::string& folder)
 std::string NewFiles::Add(std::string_view stem, std::string_view extension, std::string_view bytes,
                           std::optional<DateTime> modified) {
   if (scratch_.empty()) scratch_ = UnfinishedPath("message", "");
-  try {
-    platform::WriteFile(scratch_, bytes);
-    if (modified) platform::SetFileModified(scratch_, *modified);
-    return Place(scratch_, stem, extension);
-  } catch (...) {
-    RemoveQuietly(scratch_);
-    throw;
-  }
+  platform::StagedFile file(scratch_);
+  platform::WriteFile(scratch_, bytes);
+  if (modified) platform::SetFileModified(scratch_, *modified);
+  return Place(file, stem, extension);
 }
 
 std::string NewFiles::UnfinishedPath(std::string_view stem, std::string_view extension) {
   std::string name = platform::SafeFileName(std::string(stem) + std::string(extension));
-  return platform::UniquePath(folder_, name + std::string(kUnfinished));
+  return platform::UniquePath(folder_, name + std::string(platform::kUnfinished));
 }
 
-std::string NewFiles::Place(const std::string& path, std::string_view stem,
+std::string NewFiles::Place(platform::StagedFile& file, std::string_view stem,
                             std::string_view extension) {
   constexpr int kMostTries = 1000;
   for (int i = 0; i < kMostTries; ++i) {
     std::string name = folder_ + names_.Take(stem, extension);
     // Something may have come in meanwhile, or the file system takes more names for one.
-    if (platform::RenameNew(path, name)) return name;
+    if (file.TakeName(name)) return name;
   }
   throw Error(ErrorNumber::kPathAccess, "No free name: " + folder_ + std::string(stem));
-}
-
-void RemoveQuietly(const std::string& path) {
-  try {
-    platform::RemoveFile(path);
-  } catch (const Error&) {
-    // What went wrong before it is the failure to tell of.
-  }
-}
-
-void RequireSpace(const std::string& folder, uint64_t bytes) {
-  std::string there = platform::AbsolutePath(folder);
-  while (!platform::FolderExists(there)) {
-    while (!there.empty() && there.back() == platform::kSeparator) there.pop_back();
-    if (there.empty()) return;
-    there = platform::FolderOf(there);
-  }
-  uint64_t free = platform::FreeSpace(there);
-  if (free >= bytes) return;
-  throw Error(ErrorNumber::kDiskFull, "Disk full: " + folder + " has " + MegaBytes(free) +
-                                          " left, and " + MegaBytes(bytes) + " are needed");
 }
 
 }  // namespace tarnwick::takeout

@@ -14,11 +14,9 @@
 #include <unordered_set>
 
 #include "platform/date_time.h"
+#include "platform/staged_file.h"
 
 namespace tarnwick::takeout {
-
-// What a file is called until it is whole.
-inline constexpr std::string_view kUnfinished = ".unfinished";
 
 // Names for new files of one folder.
 class FreeNames {
@@ -55,20 +53,13 @@ class NewFiles {
 
   // A path in the folder to write at until Place.
   std::string UnfinishedPath(std::string_view stem, std::string_view extension);
-  // Gives what was written at path its name; gives the new path.
-  std::string Place(const std::string& path, std::string_view stem, std::string_view extension);
+  // Gives what was written its name; gives the new path.
+  std::string Place(platform::StagedFile& file, std::string_view stem, std::string_view extension);
 
  private:
   std::string folder_;
   FreeNames names_;
   std::string scratch_;  // where Add writes
 };
-
-// Removes a file if it can.
-void RemoveQuietly(const std::string& path);
-
-// Throws Error 61 when the folder, or the nearest above it that is there, has not so many bytes
-// left.
-void RequireSpace(const std::string& folder, uint64_t bytes);
 
 }  // namespace tarnwick::takeout

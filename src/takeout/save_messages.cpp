@@ -35,7 +35,7 @@ std::string Known(const std::string& text, std::string_view unknown) {
   return text == unknown ? std::string() : text;
 }
 
-std::optional<Letter> ReadLetter(int64_t id) {
+std::optional<MessageLabel> ReadLabel(int64_t id) {
   jet::Recordset row;
   row.Open(
       "SELECT ReceivedTime, CreationTime, Subject, FromToName, FromToAddress, AddressFrom, "
@@ -43,18 +43,18 @@ std::optional<Letter> ReadLetter(int64_t id) {
           std::to_string(id),
       RepositoryDb());
   if (row.Eof()) return std::nullopt;
-  Letter letter;
-  letter.id = id;
-  letter.time = row.Field(0).AsDate();
-  if (!letter.time) letter.time = row.Field(1).AsDate();
-  letter.subject = row.Field(2).AsText();
-  letter.correspondent = Known(row.Field(3).AsText(), intake::kNoName);
-  if (letter.correspondent.empty()) {
-    letter.correspondent = Known(row.Field(4).AsText(), intake::kNoAddress);
+  MessageLabel label;
+  label.id = id;
+  label.time = row.Field(0).AsDate();
+  if (!label.time) label.time = row.Field(1).AsDate();
+  label.subject = row.Field(2).AsText();
+  label.correspondent = Known(row.Field(3).AsText(), intake::kNoName);
+  if (label.correspondent.empty()) {
+    label.correspondent = Known(row.Field(4).AsText(), intake::kNoAddress);
   }
-  letter.sender = row.Field(5).AsText();
-  letter.folder = FolderPath(row.Field(6).AsText(), row.Field(8).AsText(), row.Field(7).AsText());
-  return letter;
+  label.sender = row.Field(5).AsText();
+  label.folder = FolderPath(row.Field(6).AsText(), row.Field(8).AsText(), row.Field(7).AsText());
+  return label;
 }
 
 // The bytes of all stored files; nullopt when the person stopped it.
@@ -78,15 +78,10 @@ bool CheckSpace(const SaveOrder& order) {
   uint64_t overhead = order.ids.size() * kFileOverhead;
   uint64_t all = platform::FileSize(repository::Repository().RepositoryFolder +
                                     std::string(repository::kRepositoryFile));
-  try {
-    RequireSpace(order.folder, overhead + 4 * all);
-    return true;
-  } catch (const Error&) {
-    // Looked at closely below.
-  }
+  if (platform::FreeSpace(order.folder) >= overhead + 4 * all) return true;
   std::optional<uint64_t> size = SizeOf(order.ids);
   if (!size) return false;
-  RequireSpace(order.folder, overhead + *size);
+  platform::RequireSpace(order.folder, overhead + *size);
   return true;
 }
 
@@ -96,8 +91,8 @@ bool SortByFolder(std::vector<int64_t>& ids) {
   std::vector<std::pair<std::string, int64_t>> keyed;
   for (int64_t id : ids) {
     std::string key;
-    if (std::optional<Letter> letter = ReadLetter(id)) {
-      for (const std::string& name : SafeFolderPath(*letter)) {
+    if (std::optional<MessageLabel> label = ReadLabel(id)) {
+      for (const std::string& name : SafeFolderPath(*label)) {
         key += platform::FoldCase(name) + '\n';
       }
     }
@@ -137,30 +132,30 @@ class Saving {
  private:
   // False when there is no point in going on, which has been shown.
   bool SaveOne(int64_t id) {
-    std::optional<Letter> letter;
+    std::optional<MessageLabel> label;
     std::optional<std::string> file;
     bool isRead = core::GuardedRun(
         "SaveMessages",
         [&] {
-          letter = ReadLetter(id);
+          label = ReadLabel(id);
           file = ReadStoredFile(id);
         },
         core::Report::kLog);
     if (!isRead) return true;
-    if (!letter || !file) {
+    if (!label || !file) {
       ++counts_.withoutFile;
       core::WriteLog("Not saved, no stored file: message " + std::to_string(id) +
-                     (letter ? ", " + core::LoggedMailText(letter->subject) : std::string()));
+                     (label ? ", " + core::LoggedMailText(label->subject) : std::string()));
       return true;
     }
     try {
-      writer_.Save(*letter, *file);
+      writer_.Save(*label, *file);
       failuresInARow_ = 0;
       return true;
     } catch (const Error& error) {
       ++failuresInARow_;
       core::WriteLog("Not saved: message " + std::to_string(id) + ", " +
-                     core::LoggedMailText(letter->subject));
+                     core::LoggedMailText(label->subject));
       // A mailbox file ends where writing fails.
       bool isLast = error.Number() == ErrorNumber::kDiskFull ||
                     order_.format == SaveFormat::kMbox || failuresInARow_ >= kMostFailuresInARow;

@@ -273,7 +273,7 @@ TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
   ui_.yesNo = {true};
   window_->Actions().deleteSelected->trigger();
   EXPECT_EQ(CountRows("Email"), 1);
-  window_->Maintenance().Work(MaintenanceView::Command::kBackup,
+  window_->Maintenance().Work(MaintenanceActions::Command::kBackup,
                               QString::fromStdString(folder_.File("saved.twb")));
   EXPECT_TRUE(core::State().RepositoryIsEmpty) << "the full load is still asked for";
   ui_.shown.clear();

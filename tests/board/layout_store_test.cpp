@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "board/list_query.h"
 #include "database/recordset.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -31,6 +32,55 @@ TEST_F(LayoutStore, WidthsSurviveAndAreReplacedWhole) {
   repository::SaveGridLayout(kGridGroup, {450});
   EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3), ElementsAre(Pair(0, 450)));
   EXPECT_EQ(StoredRows(), 1);
+}
+
+TEST_F(LayoutStore, WidthsGoByTheNamesOfTheColumns) {
+  const std::vector<std::string_view> kFormer = {"Mark", "Subject", "ID"};
+  const std::vector<std::string_view> kMoved = {"Mark", "ID", "Replied", "Subject"};
+  repository::SaveGridLayout(kGridGroup, {300, 1500, 0});
+  EXPECT_THAT(repository::ReadNamedLayout(kGridGroup, kFormer),
+              ElementsAre(Pair(0, 300), Pair(1, 1500), Pair(2, 0)))
+      << "a program that knew numbers alone stored these";
+  repository::SaveNamedLayout(kGridGroup, kFormer, {300, 1500, 0});
+  EXPECT_THAT(repository::ReadNamedLayout(kGridGroup, kMoved),
+              ElementsAre(Pair(0, 300), Pair(1, 0), Pair(3, 1500)))
+      << "a new column keeps its designed width";
+  EXPECT_THAT(repository::ReadGridLayout(kGridGroup, 3),
+              ElementsAre(Pair(0, 300), Pair(1, 1500), Pair(2, 0)));
+  repository::SetParameter("EmailGrid", "1", repository::kAmountColumn, 1800);
+  EXPECT_EQ(repository::ReadNamedLayout(kGridGroup, kMoved).at(3), 1800);
+}
+
+// What lies in people's settings as numbers and in their scripts as columns.
+TEST(StoredNumbers, MeanWhatTheyMeant) {
+  std::string columns;
+  for (std::string_view name : kGridNames) columns += std::string(name) + " ";
+  EXPECT_THAT(columns, ::testing::StartsWith(
+                           "Mark Received Subject FromTo Direction Active ID EmailImportance "
+                           "Application ReceivedTime "));
+  std::string printed;
+  for (const auto& column : repository::kPrintedColumns) printed += std::string(column.name) + " ";
+  EXPECT_THAT(printed, ::testing::StartsWith("ID ReceivedTime Direction Active FromTo Subject "));
+  const std::pair<ListSort, const char*> kSorts[] = {{ListSort{1}, "ORDER BY Email.ReceivedTime"},
+                                                     {ListSort{2}, "ORDER BY Email.Subject"},
+                                                     {ListSort{3}, "ORDER BY MeContact.Name"},
+                                                     {ListSort{4}, "ORDER BY Email.Direction"},
+                                                     {ListSort{0}, ""}};
+  for (const auto& [sort, clause] : kSorts) {
+    ListFilter filter;
+    filter.SortBy = sort;
+    filter.SortOrder = ListOrder{2};
+    EXPECT_EQ(ListSortClause(filter), clause);
+    filter.SortOrder = ListOrder{1};
+    EXPECT_EQ(ListSortClause(filter), std::string(clause) + " DESC");
+  }
+  const std::pair<ListDirection, const char*> kDirections[] = {{ListDirection{2}, "'In'"},
+                                                               {ListDirection{3}, "'Out'"}};
+  for (const auto& [direction, word] : kDirections) {
+    ListFilter filter;
+    filter.Direction = direction;
+    EXPECT_TRUE(BuildListWhere(filter).ends_with(word)) << word;
+  }
 }
 
 TEST_F(LayoutStore, WidthsThatNoScreenHasAreLeftOut) {

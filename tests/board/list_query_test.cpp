@@ -161,7 +161,7 @@ TEST_F(ListQuery, NothingFoundListsThePlaceholderOfToday) {
   jet::Recordset& list = Board().ListRecordset;
   EXPECT_EQ(list.RecordCount(), 1);
   EXPECT_EQ(list.FieldName(0), "Sent");
-  EXPECT_EQ(list.FieldCount(), kReceivedTime);
+  EXPECT_EQ(list.FieldCount(), repository::ListIndex("ReceivedTime"));
   EXPECT_TRUE(list.Field("Sent").AsText().starts_with("6/15/2020")) << list.Field(0).AsText();
   EXPECT_EQ(CountsText(CountListed(), CountIncoming()), "0; 0 In; 0 Out");
 }
@@ -231,7 +231,8 @@ class ListWork : public testing::ProgramFixture {
     for (int64_t first : {int64_t{1}, std::max<int64_t>(total / 2, 1)}) {
       for (int64_t row = first; row < first + 30 && row <= total; row++) {
         list.SetAbsolutePosition(row);
-        for (int field = 0; field < kListFieldCount; field++) list.Field(field).AsText();
+        for (int field = 0; field < static_cast<int>(repository::kListColumnCount); field++)
+          list.Field(field).AsText();
       }
     }
     return WorkSince(before);
@@ -263,7 +264,7 @@ TEST_F(ListWork, DoesNotGrowWithTheRepository) {
   }
   AddMany(2000, 8000);
   Work first = Look([](ListFilter&) {});
-  // The digest is brought up to date by a pass over the list's index, or message by message.
+  // The column cache is brought up to date by a pass over the list's index, or message by message.
   EXPECT_LT(first.rows, 14000);
   EXPECT_LT(first.pages, 330);
   for (size_t i = 0; i < std::size(kLooks); i++) {

@@ -447,18 +447,18 @@ TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
   auto* grid = window_->findChild<QTableView*>("EmailGrid");
   QString backup = QString::fromStdString(folder_.File("all.twb"));
   QString exported = QString::fromStdString(folder_.File("listed.twb"));
-  window_->Maintenance().Work(MaintenanceView::Command::kBackup, backup);
+  window_->Maintenance().Work(MaintenanceActions::Command::kBackup, backup);
   EXPECT_EQ(ui_.Shown("box").back(), "Backup is done.");
   Filter("Subject", "two");
-  window_->Maintenance().Work(MaintenanceView::Command::kExport, exported);
+  window_->Maintenance().Work(MaintenanceActions::Command::kExport, exported);
   EXPECT_EQ(grid->model()->rowCount(), 1);
 
   repository::ClearRepository();
   ui_.senders = {core::SenderAnswer::kAccept};
-  window_->Maintenance().Work(MaintenanceView::Command::kMerge, exported);
+  window_->Maintenance().Work(MaintenanceActions::Command::kMerge, exported);
   EXPECT_EQ(CountRows("Email"), 1);
   ui_.yesNo = {true, true};
-  window_->Maintenance().Work(MaintenanceView::Command::kRestore, backup);
+  window_->Maintenance().Work(MaintenanceActions::Command::kRestore, backup);
   EXPECT_EQ(ui_.Shown("box").back(), "Restore is done.");
   Click("ShowAll");
   EXPECT_EQ(grid->model()->rowCount(), 2);

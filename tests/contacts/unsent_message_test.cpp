@@ -62,13 +62,6 @@ TEST(MailboxTextTest, LongNamesAreFoldedBetweenCharacters) {
       HasSubstr("=?UTF-8?B?4oKsZeKCrGXigqxl4oKsZeKCrGXigqxl4oKsZeKCrGXigqxl4oKsZeKCrGU=?="));
 }
 
-TEST(InternetDateTest, HasTheZoneWithItsSign) {
-  DateTime day = DateTime::FromDate(2020, 6, 5).WithTime(7, 8, 9);
-  EXPECT_EQ(InternetDate(day, 180), "Fri, 5 Jun 2020 07:08:09 +0300");
-  EXPECT_EQ(InternetDate(day, -210), "Fri, 5 Jun 2020 07:08:09 -0330");
-  EXPECT_EQ(InternetDate(DateTime::FromDate(2017, 12, 31), 0), "Sun, 31 Dec 2017 00:00:00 +0000");
-}
-
 class SendTest : public testing::ProgramFixture {
  protected:
   SendTest() {

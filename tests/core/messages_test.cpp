@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
 #include <vector>
 
 #include "core/guard.h"
@@ -16,7 +14,6 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
-#include "support/faults.h"
 #include "support/scripted_ui.h"
 #include "support/temp_folder.h"
 
@@ -41,46 +38,6 @@ class Messages : public ::testing::Test {
   testing::TempFolder folder_;
   testing::ScriptedUi ui_;
 };
-
-// Puts the environment back as it was.
-class WithoutHome {
- public:
-  WithoutHome() {
-    for (const char* name : kNames) {
-      const char* value = std::getenv(name);
-      former_.push_back(value == nullptr ? std::nullopt : std::optional<std::string>(value));
-      unsetenv(name);
-    }
-  }
-  ~WithoutHome() {
-    for (size_t i = 0; i < former_.size(); ++i) {
-      if (former_[i]) setenv(kNames[i], former_[i]->c_str(), 1);
-    }
-  }
-  WithoutHome(const WithoutHome&) = delete;
-  WithoutHome& operator=(const WithoutHome&) = delete;
-
- private:
-  static constexpr const char* kNames[] = {"HOME", "XDG_DATA_HOME", "TARNWICK_HOME"};
-  std::vector<std::optional<std::string>> former_;
-};
-
-TEST(AppFolder, IsNeverTheCurrentFolderForWantOfAHome) {
-  WithoutHome environment;
-  platform::ClockOverride clock;
-  clock.passwordHome = "/home/ann";
-  platform::SetClockOverride(clock);
-  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
-  setenv("HOME", "somewhere", 1);
-  setenv("XDG_DATA_HOME", "somewhere", 1);
-  EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
-  unsetenv("HOME");
-  unsetenv("XDG_DATA_HOME");
-  clock.passwordHome = "";
-  platform::SetClockOverride(clock);
-  EXPECT_THROW(ChooseAppFolder("/opt/none/"), Error);
-  platform::SetClockOverride({});
-}
 
 TEST_F(Messages, ASecondStartLeavesOnlyItsOwnEntries) {
   WriteLog("of the first run");
@@ -151,52 +108,6 @@ TEST(ZoneHours, AreWholePositiveAndRoundedHalfToEven) {
     int bias, hours;
   } kRows[] = {{300, 5}, {-300, 5}, {-330, 6}, {-270, 4}, {210, 4}, {-345, 6}, {0, 0}, {-60, 1}};
   for (const auto& row : kRows) EXPECT_EQ(ZoneHours(row.bias), row.hours) << row.bias;
-}
-
-TEST(AppFolder, IsSeededOnceAndNeverOverwritten) {
-  testing::TempFolder program;
-  testing::TempFolder home;
-  platform::WriteFile(program.File("emlTemplate.twr"), "template");
-  platform::WriteFile(program.File("emlParameter.twr"), "parameters");
-  platform::WriteFile(program.File("Tarnwick.twr"), "somebody's mail");
-  std::string app = home.File("data/tarnwick/");
-  platform::MakeFolder(app);
-  platform::WriteFile(app + "Tarnwick.twr-wal", "of a file that was deleted after a crash");
-  SeedAppFolder(app, program.Path());
-  EXPECT_FALSE(platform::FileExists(app + "Tarnwick.twr-wal"));
-  EXPECT_EQ(platform::ReadFile(app + "Tarnwick.twr"), "template");
-  platform::WriteFile(app + "Tarnwick.twr", "mine");
-  SeedAppFolder(app, program.Path());
-  EXPECT_EQ(platform::ReadFile(app + "Tarnwick.twr"), "mine");
-  // A lost template comes back; the person's own files are not replaced by empty ones.
-  for (const char* lost : {"Tarnwick.twr", "emlParameter.twr", "emlTemplate.twr"}) {
-    platform::RemoveFile(app + lost);
-    SeedAppFolder(app, program.Path());
-    EXPECT_EQ(platform::FileExists(app + lost), lost == std::string("emlTemplate.twr")) << lost;
-  }
-}
-
-TEST(AppFolder, IsMadeFurtherWhereItsMakingWasInterrupted) {
-  testing::TempFolder program;
-  platform::WriteFile(program.File("emlTemplate.twr"), "template");
-  platform::WriteFile(program.File("emlParameter.twr"), "parameters");
-  for (int step = 0;; ++step) {
-    testing::TempFolder home;
-    bool happened = false;
-    {
-      testing::FailingFileStep fault(step);
-      try {
-        SeedAppFolder(home.Path(), program.Path());
-      } catch (const Error&) {
-      }
-      happened = fault.Happened();
-    }
-    SeedAppFolder(home.Path(), program.Path());
-    EXPECT_TRUE(platform::FileExists(home.File("Tarnwick.twr"))) << step;
-    EXPECT_TRUE(platform::FileExists(home.File("emlParameter.twr"))) << step;
-    EXPECT_EQ(platform::ListFiles(home.Path()).size(), 3U) << step;
-    if (!happened) break;
-  }
 }
 
 }  // namespace

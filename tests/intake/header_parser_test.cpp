@@ -27,11 +27,12 @@ class HeaderParser : public testing::ProgramFixture {
     return ParseMessageFile(WriteTemp("message.eml", text), source_, IsFromMe, message_);
   }
   bool Take(const std::string& text, const std::string& key = "") {
-    return dbxParseMessage(WriteTemp("message.eml", text), source_, "Main", key);
+    return dbxParseMessage(WriteTemp("message.eml", text), source_, "Main", key, &ending_);
   }
 
   SourceDescriptor source_{"Inbox", "", "Outlook Express"};
   MailMessage message_;
+  Ending ending_;
 };
 
 TEST(ClassifyHeader, KeysAreComparedWhole) {
@@ -239,7 +240,7 @@ TEST_F(HeaderParser, WithoutSubjectAndCorrespondentItIsNoMessage) {
   EXPECT_EQ(message_.Subject, "no subject");
 
   EXPECT_FALSE(Take("no message at all"));
-  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  EXPECT_EQ(ending_.outcome, Outcome::kUnreadable);
   EXPECT_EQ(ui_.Shown("box"), std::vector<std::string>{"Message format is invalid."});
 }
 
@@ -257,23 +258,23 @@ TEST_F(HeaderParser, ATakenMessageIsStoredOnce) {
   core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
   std::string text = Lines({"From: a@b", "Subject: s", "Date: 5 Jan 2004 10:00:00", "", "x"});
   EXPECT_TRUE(Take(text, "key one"));
-  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kStored);
   EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(), "key one");
   EXPECT_EQ(Query("SELECT Encoding FROM Email").AsText(), "NOT");
   EXPECT_EQ(Query("SELECT Identity FROM Email").AsText(), "Main");
   EXPECT_FALSE(Take("not even read", "key one"));
-  EXPECT_EQ(LastOutcome(), Outcome::kAlreadyStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kAlreadyStored);
   EXPECT_TRUE(Take(text));  // without the caller's key it has one of its own
   EXPECT_FALSE(Take(text));
-  EXPECT_EQ(LastOutcome(), Outcome::kAlreadyStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kAlreadyStored);
   AddIgnoredMessage("key two");
   EXPECT_FALSE(Take(text, "key two"));
-  EXPECT_EQ(LastOutcome(), Outcome::kIgnored);
+  EXPECT_EQ(ending_.outcome, Outcome::kIgnored);
   EXPECT_EQ(CountRows("Email"), 2);
   EXPECT_EQ(ui_.status[core::StatusPanel::kProgress], "s");
   core::State().StopFlag = true;
   EXPECT_FALSE(Take(text, "key three"));
-  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+  EXPECT_EQ(ending_.outcome, Outcome::kStopped);
 }
 
 TEST_F(HeaderParser, LongSubjectsDoNotCutTheDateOffTheKey) {
@@ -294,8 +295,8 @@ TEST_F(HeaderParser, LongSubjectsDoNotCutTheDateOffTheKey) {
 }
 
 TEST_F(HeaderParser, AFileThatCannotBeReadIsReported) {
-  EXPECT_FALSE(dbxParseMessage(folder_.File("none.eml"), source_, "", ""));
-  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  EXPECT_FALSE(dbxParseMessage(folder_.File("none.eml"), source_, "", "", &ending_));
+  EXPECT_EQ(ending_.outcome, Outcome::kUnreadable);
   ASSERT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_NE(ui_.Shown("error")[0].find("Error: 53 "), std::string::npos);
   EXPECT_NE(ui_.Shown("error")[0].find(" dbxParseMessage"), std::string::npos);

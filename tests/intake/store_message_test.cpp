@@ -42,7 +42,7 @@ class StoreMessage : public testing::ProgramFixture {
   }
 
   void Store(int16_t skipAcceptance = 1) {
-    dbSaveMesage(file_, message_, "Outlook Express", skipAcceptance, "Main");
+    dbSaveMesage(file_, message_, "Outlook Express", skipAcceptance, "Main", &ending_);
   }
 
   std::string StoredFile(int64_t id) {
@@ -58,6 +58,7 @@ class StoreMessage : public testing::ProgramFixture {
   }
 
   MailMessage message_;
+  Ending ending_;
   std::string file_;
 };
 
@@ -69,7 +70,7 @@ TEST_F(StoreMessage, EveryRowOfAMessageIsWritten) {
   message_.CcCount = 1;
   message_.Importance = "High";
   Store();
-  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kStored);
   EXPECT_EQ(State().StoredMessages, 1);
   EXPECT_EQ(State().LatestReceivedTime, message_.ReceivedTime);
   jet::Recordset email;
@@ -188,7 +189,7 @@ TEST_F(StoreMessage, AMessageLeftByHalfIsNoStoredOneAndIsMadeWholeByTheNextLoad)
   message_.Attachments[0] = "plan.doc";
   message_.AttachCount = 1;
   Store();
-  EXPECT_EQ(LastOutcome(), Outcome::kUnreadable);
+  EXPECT_EQ(ending_.outcome, Outcome::kUnreadable);
   EXPECT_NE(State().LastReportedError.find("FileToDB"), std::string::npos);
   EXPECT_FALSE(IsEmailExist("key one"));
   RepositoryDb().Execute("UPDATE Email SET Active='+', Notes='mine'");
@@ -197,7 +198,7 @@ TEST_F(StoreMessage, AMessageLeftByHalfIsNoStoredOneAndIsMadeWholeByTheNextLoad)
   EXPECT_FALSE(IsEmailExist("key one"));
   file_ = whole;
   Store();
-  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kStored);
   EXPECT_TRUE(IsEmailExist("key one"));
   for (const char* table : {"Email", "Attachment", "ToRecipient", "FileRepository"}) {
     EXPECT_EQ(CountRows(table), 1) << table;
@@ -212,13 +213,13 @@ TEST_F(StoreMessage, TheStopFlagStoresNothing) {
   State().StopFlag = true;
   Store();
   EXPECT_EQ(CountRows("Email"), 0);
-  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+  EXPECT_EQ(ending_.outcome, Outcome::kStopped);
 }
 
 TEST_F(StoreMessage, AnUnknownSenderIsAskedAboutAndTheAnswerObeyed) {
   ui_.senders = {SenderAnswer::kIgnore, SenderAnswer::kReject, SenderAnswer::kAccept};
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kIgnored);
+  EXPECT_EQ(ending_.outcome, Outcome::kIgnored);
   EXPECT_TRUE(IsEmailExist("key one"));
   ASSERT_EQ(ui_.asked.size(), 1U);
   EXPECT_EQ(ui_.asked[0].from, "Berta Holm  <berta@example.org>");
@@ -227,19 +228,19 @@ TEST_F(StoreMessage, AnUnknownSenderIsAskedAboutAndTheAnswerObeyed) {
   message_.FromAddress = "spam@example.org";
   message_.MessageKey = "key two";
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(ending_.outcome, Outcome::kRefused);
   Store(0);  // now by the rule, unasked
-  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(ending_.outcome, Outcome::kRefused);
   message_.FromAddress = "another@example.org";  // by name
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(ending_.outcome, Outcome::kRefused);
   EXPECT_EQ(State().StoredMessages, 0);
   EXPECT_EQ(CountRows("Email"), 0);
 
   message_.FromName = "Emil";
   message_.FromAddress = "emil@example.org";
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kStored);
   Store(0);  // a contact now
   EXPECT_EQ(ui_.asked.size(), 3U);
 }
@@ -248,19 +249,19 @@ TEST_F(StoreMessage, ARejectedAddressBeatsAKnownNameAndAcceptAllBeatsBoth) {
   GetContactId("Berta Holm", "berta@example.org");
   SetAddresseeReject("Somebody", "berta@example.org");
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(ending_.outcome, Outcome::kRefused);
   SetAddresseeReject("Nobody", "nobody@example.org");
   message_.FromName = "Nobody";
   ui_.senders = {};
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kRefused);
+  EXPECT_EQ(ending_.outcome, Outcome::kRefused);
   message_.FromName = "Unknown";
   message_.FromAddress = "unknown@example.org";
   ui_.senders = {SenderAnswer::kAcceptAll};
   Store(0);
   message_.FromAddress = "berta@example.org";
   Store(0);
-  EXPECT_EQ(LastOutcome(), Outcome::kStored);
+  EXPECT_EQ(ending_.outcome, Outcome::kStored);
   EXPECT_EQ(CountRows("Email"), 2);
 }
 
@@ -268,7 +269,7 @@ TEST_F(StoreMessage, CancelEndsTheRunWithTheMessageUnstored) {
   ui_.senders = {SenderAnswer::kCancel};
   Store(0);
   EXPECT_TRUE(State().StopFlag);
-  EXPECT_EQ(LastOutcome(), Outcome::kStopped);
+  EXPECT_EQ(ending_.outcome, Outcome::kStopped);
   EXPECT_EQ(CountRows("Email"), 0);
 }
 

@@ -206,8 +206,9 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   auto keyOf = [&](const IndexedMessage& message) {
     MessageStoreBuilder store;
     MessagePlaces places = store.AddMessage(message);
-    EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("key.dbx", store.Bytes())));
-    return State().EntryKey;
+    ReadMessage read;
+    EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("key.dbx", store.Bytes()), read));
+    return read.entryKey;
   };
   IndexedMessage received = Letter("received");
   received.messageId = "<1@example.org>";
@@ -227,7 +228,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   others[5].date = written.date.AddSeconds(1);
   std::set<std::string> keys = {keyOf(written)};
   for (const IndexedMessage& other : others) {
-    EXPECT_TRUE(keys.insert(keyOf(other)).second) << State().EntryKey;
+    EXPECT_TRUE(keys.insert(keyOf(other)).second) << keyOf(other);
   }
   EXPECT_EQ(keyOf(written), keyOf(written));
 
@@ -249,23 +250,24 @@ TEST_F(DbxRead, ASubjectIsOneLineOfTheLog) {
   IndexedMessage message = Letter("a\r\n\r\n1/5/2004 10:00:00\r\nError: 61 Disk full");
   MessageStoreBuilder store;
   MessagePlaces places = store.AddMessage(message);
-  EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("forged.dbx", store.Bytes())));
+  ReadMessage read;
+  EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("forged.dbx", store.Bytes()), read));
   EXPECT_THAT(Log(), HasSubstr(" a\\r\\n\\r\\n1/5/2004"));
   EXPECT_THAT(Log(), Not(HasSubstr("\nError: 61")));
 }
 
 TEST_F(DbxRead, AnInfoObjectWithoutTextsHasNoSubject) {
-  ParseMessageInfo("", DateTime::FromDate(2004, 1, 5));
-  EXPECT_EQ(State().Info.subject, "no subject");
-  EXPECT_EQ(State().Info.keyText, "no subject");
-  ParseMessageInfo(std::string("Only bytes\0more", 15), DateTime::FromDate(2004, 1, 5));
-  EXPECT_EQ(State().Info.subject, "Only bytes");
+  const DateTime date = DateTime::FromDate(2004, 1, 5);
+  MessageInfo info = ParseMessageInfo("", date, {});
+  EXPECT_EQ(info.subject, "no subject");
+  EXPECT_EQ(info.keyText, "no subject");
+  EXPECT_EQ(ParseMessageInfo(std::string("Only bytes\0more", 15), date, {}).subject, "Only bytes");
   // A text that a hostile index puts outside the object is none.
-  State().Index.entries = {{0x08, 0xFFFFFF}, {0x0E, 3}};
-  State().Index.firstByte = 4;
-  State().Index.dataSize = 10;
-  ParseMessageInfo("abcdef", DateTime::FromDate(2004, 1, 5));
-  EXPECT_EQ(State().Info.subject, "no subject");
+  InfoIndex index;
+  index.entries = {{0x08, 0xFFFFFF}, {0x0E, 3}};
+  index.firstByte = 4;
+  index.dataSize = 10;
+  EXPECT_EQ(ParseMessageInfo("abcdef", date, index).subject, "no subject");
 }
 
 // One change to a sound store of two letters, and what is still read of it.

@@ -172,15 +172,21 @@ TEST_F(Import, SentMailTeachesTheUsersAddresses) {
   friends.AddMessage(mine);
   friends.Finish();
   folders.push_back({{4, 1, "Friends", "friends.dbx"}, friends.Bytes()});
+  MessageStoreBuilder below;  // Sent Items
+  mine.text = "From: ann@old.example.org\r\nTo: carl@example.org\r\nSubject: old\r\n\r\nx\r\n";
+  mine.messageId = "<old@example.org>";
+  below.AddMessage(mine);
+  below.Finish();
+  folders.push_back({{5, 3, "2003", "2003.dbx"}, below.Bytes()});
   ProfileBuilder::WriteStore(store, folders);
   Load();
-  EXPECT_EQ(CountRows("MeAddress"), 1);
+  EXPECT_EQ(CountRows("MeAddress"), 2);
   EXPECT_EQ(Query("SELECT Address FROM MeAddress").AsText(), "ann@example.org");
   EXPECT_EQ(Query("SELECT FromName FROM MeAddress").AsText(), "Ann O'Néil");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='reply'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='mine'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='in'").AsText(), "In");
-  EXPECT_EQ(Summary(), "found 3, stored 3, ");
+  EXPECT_EQ(Summary(), "found 4, stored 4, ");
 }
 
 TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {

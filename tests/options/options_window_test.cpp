@@ -31,7 +31,7 @@ class OptionsWindowTest : public testing::ProgramFixture {
   // A disk with one profile on it.
   static ProfileSummary Disk(const std::string& folder) {
     if (folder != "/old/Ann/") return {};
-    return {{"Ann's Mail", "Work"}, 14, {"archive.pst"}};
+    return {{"Ann's Mail", "Work"}, 14, {"archive.pst"}, {}};
   }
   static QString Text(const QWidget& window, const char* name) {
     if (auto* label = window.findChild<QLabel*>(name)) return label->text();
@@ -69,6 +69,17 @@ TEST_F(OptionsWindowTest, AMailerCountsAtOnce) {
   // Closing by the frame keeps what was clicked.
   window.close();
   EXPECT_FALSE(core::State().UseOutlookExpress);
+}
+
+TEST_F(OptionsWindowTest, EveryMailerHasABox) {
+  frmOptions window(nullptr, {{"Outlook Express", "OutlookExpress"}, {"mbox files", "Mbox"}});
+  EXPECT_EQ(window.findChildren<QCheckBox*>("OutlookExpress").size(), 1);
+  auto* box = window.findChild<QCheckBox*>("Mbox");
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(box->text(), "mbox files");
+  EXPECT_FALSE(box->isChecked());
+  box->click();
+  EXPECT_EQ(Stored("Mbox"), 1);
 }
 
 TEST_F(OptionsWindowTest, SubjectsAreLoggedUntilThePersonSaysNo) {

@@ -152,7 +152,7 @@ TEST_F(OutlookImport, StopsBetweenItemsAndCountsTheRest) {
   }
   int64_t yields = 0;
   ui_.onYield = [&] {
-    if (++yields != 3) return;
+    if (++yields != 2) return;
     EXPECT_EQ(ui_.progressDone, 2);
     EXPECT_EQ(ui_.progressTotal, 5);
     core::State().ImportCancelFlag = true;

@@ -7,6 +7,7 @@
 
 #include "platform/charset.h"
 #include "platform/error.h"
+#include "platform/staged_file.h"
 #include "support/temp_folder.h"
 
 namespace tarnwick::platform {
@@ -74,6 +75,47 @@ TEST(Files, FailuresCarryTheirNumbers) {
   });
   EXPECT_EQ(NumberOf([&] { WriteFile(folder.File("full"), "x"); }), ErrorNumber::kDiskFull);
   SetFileFault(nullptr);
+}
+
+// What a stop at any step leaves: the older file as it was, and nothing beside it.
+TEST(StagedFile, IsThereWholeOrNotAtAll) {
+  TempFolder folder;
+  std::string place = folder.File("letter");
+  auto replace = [&] {
+    StagedFile file(place + std::string(kUnfinished));
+    WriteFile(file.Path(), "new");
+    file.Replace(place);
+    EXPECT_TRUE(file.IsInPlace());
+  };
+  WriteFile(place, "old");
+  WriteFile(place + std::string(kUnfinished), "of a run that was killed");
+  for (FileOperation failing :
+       {FileOperation::kOpen, FileOperation::kWrite, FileOperation::kRename}) {
+    SetFileFault([&](FileOperation operation, const std::string& path) {
+      if (operation == failing) throw Error(ErrorNumber::kDiskFull, path);
+    });
+    EXPECT_EQ(NumberOf(replace), ErrorNumber::kDiskFull);
+    SetFileFault(nullptr);
+    EXPECT_EQ(ReadFile(place), "old");
+    EXPECT_EQ(ListFiles(folder.Path()), std::vector<std::string>{"letter"});
+  }
+  replace();
+  EXPECT_EQ(ReadFile(place), "new");
+  {
+    StagedFile file(folder.File("other"));
+    WriteFile(file.Path(), "other");
+    EXPECT_FALSE(file.TakeName(place)) << "something has the name";
+    EXPECT_TRUE(file.TakeName(folder.File("free")));
+  }
+  EXPECT_EQ(ReadFile(place), "new");
+  EXPECT_EQ(ListFiles(folder.Path()), (std::vector<std::string>{"free", "letter"}));
+}
+
+TEST(Files, RoomIsThatOfTheNearestFolderThere) {
+  TempFolder folder;
+  EXPECT_NO_THROW(RequireSpace(folder.File("to/be/made/"), 1));
+  EXPECT_EQ(NumberOf([&] { RequireSpace(folder.File("to/be/made"), UINT64_MAX / 2); }),
+            ErrorNumber::kDiskFull);
 }
 
 TEST(Files, WhatIsMadeIsTheOwnersOnly) {

@@ -8,6 +8,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -35,7 +36,7 @@ ProgramFixture::ProgramFixture() {
   clock.logonName = "ann";
   platform::SetClockOverride(clock);
   platform::SetLocaleOverride("en_US");
-  core::SeedAppFolder(folder_.Path(), EmptyDatabases());
+  repository::SeedAppFolder(folder_.Path(), EmptyDatabases());
   core::PrepareRun(folder_.Path());
   EXPECT_TRUE(repository::OpenRepository(false));
   repository::ReadOptions();

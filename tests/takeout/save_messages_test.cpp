@@ -148,7 +148,7 @@ TEST_F(SaveMessagesTest, AFullDiskKeepsWhatWasSavedWholeAndCountsTheRest) {
       int64_t whole = 0;
       for (const std::string& path : Files(name)) {
         std::string text = platform::ReadFile(path);
-        EXPECT_EQ(path.find(kUnfinished), std::string::npos) << path;
+        EXPECT_EQ(path.find(platform::kUnfinished), std::string::npos) << path;
         if (format != SaveFormat::kMbox) {
           EXPECT_EQ(stored.count(text), 1U) << path;
           ++whole;
@@ -199,7 +199,7 @@ TEST_F(SaveMessagesTest, AStopAndTooLittleRoomAreAccountedFor) {
   platform::SetFreeSpaceOverride(100 * 1000);
   EXPECT_EQ(Save(SaveFormat::kEml, "none"), "nothing");
   EXPECT_FALSE(platform::FolderExists(folder_.File("none")));
-  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("Disk full")));
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("There is not enough free space in ")));
   platform::SetFreeSpaceOverride(600 * 1000);
   EXPECT_EQ(Save(SaveFormat::kEml, "fits").substr(0, 23), "selected 100, saved 100");
   platform::SetFreeSpaceOverride({});
@@ -243,10 +243,10 @@ TEST(FolderPath, ComesFromWhateverTheMailerWrote) {
   EXPECT_THAT(FolderPath("Outlook Express", "", "Inbox"), ElementsAre("Inbox"));
   EXPECT_THAT(FolderPath("Outlook", "\\\\Personal Folders\\Inbox", "v1.0"),
               ElementsAre("Personal Folders", "Inbox", "v1.0"));
-  Letter letter;
-  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("Mail"));
-  letter.folder = {"..", "a/b", "CON"};
-  EXPECT_THAT(SafeFolderPath(letter), ElementsAre("a_b", "_CON"));
+  MessageLabel label;
+  EXPECT_THAT(SafeFolderPath(label), ElementsAre("Mail"));
+  label.folder = {"..", "a/b", "CON"};
+  EXPECT_THAT(SafeFolderPath(label), ElementsAre("a_b", "_CON"));
 }
 
 }  // namespace

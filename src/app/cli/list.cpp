@@ -12,13 +12,27 @@ namespace tarnwick::app {
 
 namespace {
 
+std::string Printed(const jet::Value& value, jet::ColumnType type) {
+  switch (type) {
+    case jet::ColumnType::kAutoNumber:
+    case jet::ColumnType::kLong:
+      return std::to_string(value.AsInt());
+    case jet::ColumnType::kDateTime: {
+      auto date = value.AsDate();
+      return date ? date->ToIso() : "";
+    }
+    default:
+      return OneLine(value.AsText());
+  }
+}
+
 void PrintLine(jet::Recordset& list) {
-  auto received = list.Field(board::kReceivedTime).AsDate();
-  std::cout << list.Field(board::kId).AsInt() << '\t' << (received ? received->ToIso() : "") << '\t'
-            << OneLine(list.Field(board::kDirection).AsText()) << '\t'
-            << OneLine(list.Field(board::kActive).AsText()) << '\t'
-            << OneLine(list.Field(board::kFromTo).AsText()) << '\t'
-            << OneLine(list.Field(board::kSubject).AsText()) << '\n';
+  const char* separator = "";
+  for (const repository::ListColumn& column : repository::kPrintedColumns) {
+    std::cout << separator << Printed(list.Field(column.place - 1), column.type);
+    separator = "\t";
+  }
+  std::cout << '\n';
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
 #include "platform/files.h"
+#include "repository/app_folder.h"
 #include "repository/repository.h"
 
 namespace {
@@ -128,9 +129,9 @@ void SetEnvironment(const char* name, const std::string& value) {
 // Opens the repository as every start does. False when it can't; the reason has been shown.
 bool Start(const std::string& programFolder) {
   return tarnwick::core::Guarded("Main", false, [&] {
-    std::string appFolder = tarnwick::core::ChooseAppFolder(programFolder);
-    tarnwick::core::SeedAppFolder(appFolder, programFolder);
-    tarnwick::core::PrepareRun(appFolder);
+    std::string appFolder = tarnwick::repository::ChooseAppFolder(programFolder);
+    tarnwick::repository::SeedAppFolder(appFolder, programFolder);
+    tarnwick::core::PrepareRun(appFolder, tarnwick::repository::IsInUse(appFolder));
     if (!tarnwick::repository::OpenRepository(false)) return false;
     tarnwick::repository::ReadOptions();
     tarnwick::maintenance::ReportUnfinishedRestore();

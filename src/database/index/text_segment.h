@@ -13,9 +13,9 @@
 //         and it is to be taken for held by all, else gamma(the list's length + 1) and, for lists
 //         longer than kFixedList, gamma(the list's size in bits + 1); gamma(distance behind the
 //         part's last trigram) ends it. Then the lists: document numbers of kDocumentBits each, or
-//         Rice codes of their distances less 1 (the quotient as ones ended by a nought, then the
+//         Rice codes of their distances less 1 (the quotient as ones ended by a zero, then the
 //         remainder) with the parameter that the list's length and the segment's give.
-//   gamma(n): as many noughts as n has bits behind its highest, a one, those bits from the lowest.
+//   gamma(n): as many zeros as n has bits behind its highest, a one, those bits from the lowest.
 //
 // All readers throw Error 11 for what is damaged, and read nothing beyond their data.
 #pragma once

@@ -170,7 +170,7 @@ class Planner {
                      condition.operands[1].kind == Kind::kLiteral;
       search = &condition.operands[0];
       if (!isFound || search->kind != Kind::kCall || search->text != "instr") return;
-      term.nought = condition.operands[1].literal;
+      term.mustBeZero = condition.operands[1].literal;
     } else if (condition.kind != Kind::kLike || condition.negated) {
       return;
     }
@@ -233,17 +233,17 @@ class Planner {
 }  // namespace
 
 ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema,
-                    const DigestDefinition* digest) {
+                    const ColumnCacheDefinition* cache) {
   SelectShape shape(select, schema);
   Planner planner(shape);
   ReadPlan plan;
   if (planner.CanBeKeyed()) {
     plan = planner.Keyed();
-    if (digest != nullptr && !plan.wholeTable) plan.digest = PlanFromDigest(shape, *digest);
+    if (cache != nullptr && !plan.wholeTable) plan.columnCache = PlanFromColumnCache(shape, *cache);
   } else {
-    if (digest != nullptr && planner.CountsRows()) {
-      plan.digest = PlanFromDigest(shape, *digest);
-      if (plan.digest) plan.digest->counts = true;
+    if (cache != nullptr && planner.CountsRows()) {
+      plan.columnCache = PlanFromColumnCache(shape, *cache);
+      if (plan.columnCache) plan.columnCache->counts = true;
     }
     SqlWriter writer(schema, otherSchema);
     writer.Write(select);

@@ -9,9 +9,9 @@
 // joined by their keys, or are joined in any way under a DISTINCT that covers the base's key and
 // nothing of theirs. Any other query is read whole.
 //
-// Where the base table has a digest (digest.h), and each part of the condition asks one table only,
-// the keys come from there, and so does the result of a query that counts the rows. The statements
-// stay for what turns out unfit.
+// Where the base table has a column cache (column_cache.h), and each part of the condition asks one
+// table only, the keys come from there, and so does the result of a query that counts the rows. The
+// statements stay for what turns out unfit.
 #pragma once
 
 #include <optional>
@@ -31,11 +31,11 @@ struct SearchTerm {
   std::string column;
   size_t literal = 0;  // what is looked for, where that is a text
   bool isPattern = false;
-  std::optional<size_t> nought;  // a literal that has to be 0 for the term to be one
+  std::optional<size_t> mustBeZero;  // a literal that has to be 0 for the term to be one
 };
 
-// What a query asks of the digest. Numbers are those of literals.
-struct DigestPlan {
+// What a query asks of the column cache. Numbers are those of literals.
+struct ColumnCachePlan {
   struct Span {
     size_t from;
     size_t to;
@@ -90,17 +90,18 @@ struct ReadPlan {
   std::string base;
   // The rows are those of the base table, all of them, in the order of their keys.
   bool wholeTable = false;
-  std::optional<DigestPlan> digest;
+  std::optional<ColumnCachePlan> columnCache;
 };
 
-// Changes the select only in ways that leave its result the same. digest: nullptr when none is
+// Changes the select only in ways that leave its result the same. cache: nullptr when none is
 // kept.
 ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchema,
-                    const DigestDefinition* digest);
+                    const ColumnCacheDefinition* cache);
 
-// nullopt where the digest is of no use to the select.
+// nullopt where the column cache is of no use to the select.
 class SelectShape;
-std::optional<DigestPlan> PlanFromDigest(const SelectShape& shape, const DigestDefinition& digest);
+std::optional<ColumnCachePlan> PlanFromColumnCache(const SelectShape& shape,
+                                                   const ColumnCacheDefinition& cache);
 
 // A table opened as such.
 Select WholeTable(std::string_view table);

@@ -21,22 +21,22 @@ bool HasSelect(const Expression& expression) {
          std::any_of(expression.operands.begin(), expression.operands.end(), HasSelect);
 }
 
-class DigestPlanner {
+class ColumnCachePlanner {
  public:
-  DigestPlanner(const SelectShape& shape, const DigestDefinition& digest)
-      : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()), digest_(digest) {}
+  ColumnCachePlanner(const SelectShape& shape, const ColumnCacheDefinition& cache)
+      : shape_(shape), select_(shape.Shaped()), tables_(shape.Tables()), cache_(cache) {}
 
-  // nullopt: the digest is of no use.
-  std::optional<DigestPlan> Plan() const {
-    if (!platform::SameWord(select_.table.name, digest_.table) || tables_[0].view == nullptr)
+  // nullopt: the column cache is of no use.
+  std::optional<ColumnCachePlan> Plan() const {
+    if (!platform::SameWord(select_.table.name, cache_.table) || tables_[0].view == nullptr)
       return {};
     if (select_.file || select_.top || !select_.groupBy.empty()) return {};
-    DigestPlan plan;
-    DigestParts parts;
+    ColumnCachePlan plan;
+    ColumnCacheParts parts;
     if (!FindJoins(parts)) return {};
     if (select_.where && !SplitCondition(*select_.where, parts, plan)) return {};
     // Without a stretch of time the query is no list's; one row by its key, say.
-    if (plan.spans.empty() || !OrderByDigest(parts, plan)) return {};
+    if (plan.spans.empty() || !OrderByColumnCache(parts, plan)) return {};
     WriteParts(parts, plan);
     plan.countsDetails = parts.details.has_value();
     return plan;
@@ -44,8 +44,9 @@ class DigestPlanner {
 
  private:
   using Conditions = std::vector<const Expression*>;
-  // What a digest's plan is made of: the joins by their places, the condition by what it asks.
-  struct DigestParts {
+  // What a column cache's plan is made of: the joins by their places, the condition by what it
+  // asks.
+  struct ColumnCacheParts {
     std::optional<size_t> reference;
     std::optional<size_t> details;
     Conditions ofReference;
@@ -54,7 +55,7 @@ class DigestPlanner {
   };
 
   // Each join is that of the reference or that of the details.
-  bool FindJoins(DigestParts& parts) const {
+  bool FindJoins(ColumnCacheParts& parts) const {
     for (size_t i = 0; i < select_.joins.size(); i++) {
       const Join& join = select_.joins[i];
       if (join.on.kind != Kind::kCompare || join.on.text != "=") return false;
@@ -64,11 +65,11 @@ class DigestPlanner {
         const Expression& own = join.on.operands[side];
         const Expression& other = join.on.operands[1 - side];
         if (!parts.reference && shape_.IsKeyOf(i + 1, own) &&
-            shape_.IsColumn(other, 0, digest_.reference)) {
+            shape_.IsColumn(other, 0, cache_.reference)) {
           parts.reference = i + 1;
           isKnown = true;
-        } else if (!parts.details && platform::SameWord(join.table.name, digest_.details) &&
-                   shape_.IsColumn(own, i + 1, digest_.detailKey) && shape_.IsKeyOf(0, other)) {
+        } else if (!parts.details && platform::SameWord(join.table.name, cache_.details) &&
+                   shape_.IsColumn(own, i + 1, cache_.detailKey) && shape_.IsKeyOf(0, other)) {
           parts.details = i + 1;
           isKnown = true;
         }
@@ -78,7 +79,8 @@ class DigestPlanner {
     return true;
   }
 
-  bool SplitCondition(const Expression& condition, DigestParts& parts, DigestPlan& plan) const {
+  bool SplitCondition(const Expression& condition, ColumnCacheParts& parts,
+                      ColumnCachePlan& plan) const {
     if (condition.kind == Kind::kChain && condition.text == "AND") {
       return std::all_of(condition.operands.begin(), condition.operands.end(),
                          [&](const Expression& part) { return SplitCondition(part, parts, plan); });
@@ -88,7 +90,7 @@ class DigestPlanner {
     if (places.size() != 1 || HasSelect(condition)) return false;
     size_t place = *places.begin();
     if (place == 0) {
-      if (!AskDigest(condition, plan)) parts.ofRows.push_back(&condition);
+      if (!AskColumnCache(condition, plan)) parts.ofRows.push_back(&condition);
       return true;
     }
     // What may hold without a joined row can't be told from the rows that there are.
@@ -97,12 +99,12 @@ class DigestPlanner {
     return true;
   }
 
-  // True when the digest itself knows the answer.
-  bool AskDigest(const Expression& condition, DigestPlan& plan) const {
+  // True when the column cache itself knows the answer.
+  bool AskColumnCache(const Expression& condition, ColumnCachePlan& plan) const {
     const std::vector<Expression>& operands = condition.operands;
     auto isLiteral = [&](size_t i) { return operands[i].kind == Kind::kLiteral; };
     if (condition.kind == Kind::kBetween && !condition.negated &&
-        shape_.IsColumn(operands[0], 0, digest_.date) && isLiteral(1) && isLiteral(2)) {
+        shape_.IsColumn(operands[0], 0, cache_.date) && isLiteral(1) && isLiteral(2)) {
       plan.spans.push_back({operands[1].literal, operands[2].literal});
       return true;
     }
@@ -119,13 +121,13 @@ class DigestPlanner {
   }
 
   std::optional<size_t> KindOf(const Expression& value) const {
-    for (size_t i = 0; i < digest_.kinds.size(); i++) {
-      if (shape_.IsColumn(value, 0, digest_.kinds[i])) return i;
+    for (size_t i = 0; i < cache_.kinds.size(); i++) {
+      if (shape_.IsColumn(value, 0, cache_.kinds[i])) return i;
     }
     return std::nullopt;
   }
 
-  bool OrderByDigest(const DigestParts& parts, DigestPlan& plan) const {
+  bool OrderByColumnCache(const ColumnCacheParts& parts, ColumnCachePlan& plan) const {
     if (select_.orderBy.empty()) return true;
     if (select_.orderBy.size() > 1) return false;
     const Expression& value = select_.orderBy.front().value;
@@ -133,10 +135,10 @@ class DigestPlanner {
     if (value.kind != Kind::kColumn) return false;
     size_t place = shape_.PlaceOf(value);
     if (shape_.IsKeyOf(0, value)) return true;
-    if (shape_.IsColumn(value, 0, digest_.date)) {
-      plan.orderBy = DigestPlan::Order::kDate;
+    if (shape_.IsColumn(value, 0, cache_.date)) {
+      plan.orderBy = ColumnCachePlan::Order::kDate;
     } else if (auto kind = KindOf(value)) {
-      plan.orderBy = DigestPlan::Order::kKind;
+      plan.orderBy = ColumnCachePlan::Order::kKind;
       plan.orderKind = *kind;
     } else if (place != SelectShape::kUnknown && tables_[place].view->IsText(value.text) &&
                (place == 0 || parts.reference == place)) {
@@ -147,8 +149,8 @@ class DigestPlanner {
     return true;
   }
 
-  void WriteTextOrder(const Expression& value, size_t place, DigestPlan& plan) const {
-    plan.orderBy = place == 0 ? DigestPlan::Order::kText : DigestPlan::Order::kReference;
+  void WriteTextOrder(const Expression& value, size_t place, ColumnCachePlan& plan) const {
+    plan.orderBy = place == 0 ? ColumnCachePlan::Order::kText : ColumnCachePlan::Order::kReference;
     SqlWriter order = shape_.Writer();
     order.Text("SELECT ");
     shape_.WriteKey(order, place);
@@ -174,7 +176,7 @@ class DigestPlanner {
     plan.text = text.Take();
   }
 
-  void WriteParts(const DigestParts& parts, DigestPlan& plan) const {
+  void WriteParts(const ColumnCacheParts& parts, ColumnCachePlan& plan) const {
     auto isInner = [&](std::optional<size_t> place) {
       return place && select_.joins[*place - 1].kind == Join::Kind::kInner;
     };
@@ -182,7 +184,7 @@ class DigestPlanner {
       plan.references = WriteOne(*parts.reference, "_rowid_", parts.ofReference);
     }
     if (isInner(parts.details)) {
-      plan.details = WriteOne(*parts.details, digest_.detailKey, parts.ofDetails);
+      plan.details = WriteOne(*parts.details, cache_.detailKey, parts.ofDetails);
     }
     if (parts.ofRows.empty()) return;
     plan.rows = WriteOne(0, "_rowid_", parts.ofRows);
@@ -230,13 +232,14 @@ class DigestPlanner {
   const SelectShape& shape_;
   const Select& select_;
   const std::vector<SelectShape::Source>& tables_;
-  const DigestDefinition& digest_;
+  const ColumnCacheDefinition& cache_;
 };
 
 }  // namespace
 
-std::optional<DigestPlan> PlanFromDigest(const SelectShape& shape, const DigestDefinition& digest) {
-  return DigestPlanner(shape, digest).Plan();
+std::optional<ColumnCachePlan> PlanFromColumnCache(const SelectShape& shape,
+                                                   const ColumnCacheDefinition& cache) {
+  return ColumnCachePlanner(shape, cache).Plan();
 }
 
 }  // namespace tarnwick::jet

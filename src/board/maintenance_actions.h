@@ -8,11 +8,11 @@
 #include <QObject>
 #include <functional>
 
-#include "board/board_actions_view.h"
+#include "board/board_actions.h"
 
 namespace tarnwick::board {
 
-class MaintenanceView : public QObject {
+class MaintenanceActions : public QObject {
   Q_OBJECT
 
  public:
@@ -21,8 +21,8 @@ class MaintenanceView : public QObject {
   using Runner = std::function<void(const std::function<void()>&)>;
 
   // listAnew shows the repository as it is now, for a command that needs it before its end.
-  MaintenanceView(BoardActionsView& actions, Runner run, std::function<void()> listAnew,
-                  QWidget* window);
+  MaintenanceActions(BoardActions& actions, Runner run, std::function<void()> listAnew,
+                     QWidget* window);
 
   enum class Command { kBackup, kRestore, kExport, kMerge, kCheck };
   // Works on the file as the command does once it has been chosen; a check has none.

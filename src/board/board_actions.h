@@ -10,11 +10,11 @@
 
 namespace tarnwick::board {
 
-class BoardActionsView : public QObject {
+class BoardActions : public QObject {
   Q_OBJECT
 
  public:
-  explicit BoardActionsView(QWidget* parent);
+  explicit BoardActions(QWidget* parent);
 
   QAction* openRepository = nullptr;
   QAction* createRepository = nullptr;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/maintenance_view.h"
+#include "board/maintenance_actions.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -15,8 +15,8 @@
 
 namespace tarnwick::board {
 
-MaintenanceView::MaintenanceView(BoardActionsView& actions, Runner run,
-                                 std::function<void()> listAnew, QWidget* window)
+MaintenanceActions::MaintenanceActions(BoardActions& actions, Runner run,
+                                       std::function<void()> listAnew, QWidget* window)
     : QObject(window), run_(std::move(run)), listAnew_(std::move(listAnew)), window_(window) {
   const struct {
     QAction* action;
@@ -32,7 +32,7 @@ MaintenanceView::MaintenanceView(BoardActionsView& actions, Runner run,
   }
 }
 
-void MaintenanceView::AskAndWork(Command command) {
+void MaintenanceActions::AskAndWork(Command command) {
   // The routines ask themselves about a file that exists.
   constexpr auto kOptions = QFileDialog::DontConfirmOverwrite;
   QString filter = QString(maintenance::kFileFilter).section('|', 0, 0);
@@ -62,7 +62,7 @@ void MaintenanceView::AskAndWork(Command command) {
   Work(command, file);
 }
 
-void MaintenanceView::Work(Command command, const QString& file) {
+void MaintenanceActions::Work(Command command, const QString& file) {
   run_([&] {
     std::string path = QDir::toNativeSeparators(file).toStdString();
     switch (command) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Answers a query out of a digest. Internal to the database.
+// Answers a query out of a column cache. Internal to the database.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,11 @@
 
 namespace tarnwick::jet {
 
-class DigestReader {
+class ColumnCacheReader {
  public:
-  // REQUIRES: program.plan.digest, and a connection with a digest.
-  DigestReader(Connection::Impl& connection, Program& program, const std::vector<Value>& literals);
+  // REQUIRES: program.plan.columnCache, and a connection with a column cache.
+  ColumnCacheReader(Connection::Impl& connection, Program& program,
+                    const std::vector<Value>& literals);
 
   // The keys of the rows in their order, or how many rows the query counts. nullopt when the table
   // or a literal is unfit: the query's statement has the answer.
@@ -23,7 +24,7 @@ class DigestReader {
   std::optional<int64_t> Count();
 
  private:
-  using Places = std::vector<uint32_t>;  // of rows in the digest, ascending
+  using Places = std::vector<uint32_t>;  // of rows in the column cache, ascending
   using Marks = std::vector<bool>;
 
   bool Begin();
@@ -46,9 +47,9 @@ class DigestReader {
 
   Connection::Impl& connection_;
   Program& program_;
-  const DigestPlan& plan_;
+  const ColumnCachePlan& plan_;
   const std::vector<Value>& literals_;
-  Digest& digest_;
+  ColumnCache& cache_;
   size_t from_ = 0;  // the rows within the spans
   size_t to_ = 0;
   Marks kinds_;

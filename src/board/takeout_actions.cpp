@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/takeout_view.h"
+#include "board/takeout_actions.h"
 
 #include "board/message_commands.h"
 #include "core/messages.h"
@@ -9,15 +9,15 @@
 
 namespace tarnwick::board {
 
-TakeoutView::TakeoutView(BoardActionsView& actions, EmailGridView& grid, Runner run,
-                         QWidget* window)
+TakeoutActions::TakeoutActions(BoardActions& actions, EmailGridView& grid, Runner run,
+                               QWidget* window)
     : QObject(window), grid_(grid), run_(std::move(run)), window_(window) {
-  connect(actions.saveMessages, &QAction::triggered, this, &TakeoutView::AskAndSave);
+  connect(actions.saveMessages, &QAction::triggered, this, &TakeoutActions::AskAndSave);
   actions.attachments->setMenu(
       new takeout::AttachmentsMenuView([this] { return grid_.Current().id; }, window));
 }
 
-void TakeoutView::AskAndSave() {
+void TakeoutActions::AskAndSave() {
   int64_t listed = CountListed();
   if (listed == 0) {
     ShowNothingSelected();
@@ -27,7 +27,7 @@ void TakeoutView::AskAndSave() {
   if (dialog.exec() == QDialog::Accepted) Save(dialog.Order(), dialog.WantsSelected());
 }
 
-void TakeoutView::Save(takeout::SaveOrder order, bool onlySelected) {
+void TakeoutActions::Save(takeout::SaveOrder order, bool onlySelected) {
   run_([&] {
     // All of them are walked with events running, some are at hand.
     if (onlySelected && grid_.SelectedCount() < CountListed()) {

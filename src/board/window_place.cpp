@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/window_place_view.h"
+#include "board/window_place.h"
 
 #include <QApplication>
 #include <QScreen>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// A table's digest (connection.h) in memory: twelve bytes a row, in the order of the date and then
-// of the key. Internal to the database.
+// A table's column cache (connection.h) in memory: twelve bytes a row, in the order of the date and
+// then of the key. Internal to the database.
 //
 // It is read when it is first asked for, in one pass over an index that holds its columns, and
 // brought up to date when it is asked for again: the rows that were written meanwhile, whatever
@@ -24,7 +24,7 @@
 
 namespace tarnwick::jet {
 
-class Digest {
+class ColumnCache {
  public:
   static constexpr size_t kMostKinds = 1024;
   static constexpr uint32_t kNoReference = (1U << 22) - 1;
@@ -41,9 +41,9 @@ class Digest {
     uint32_t count;
   };
 
-  Digest(Session& session, DigestDefinition definition);
+  ColumnCache(Session& session, ColumnCacheDefinition definition);
 
-  const DigestDefinition& Definition() const { return definition_; }
+  const ColumnCacheDefinition& Definition() const { return definition_; }
 
   // Makes it current; false when the table is unfit. The rest is valid after a true, until
   // something is written.
@@ -81,7 +81,7 @@ class Digest {
   void SortTies();
 
   Session& session_;
-  DigestDefinition definition_;
+  ColumnCacheDefinition definition_;
   std::string readAll_;
   std::string readOne_;
   std::string readRepeats_;

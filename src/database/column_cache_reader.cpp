@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/digest_reader.h"
+#include "database/column_cache_reader.h"
 
 #include <algorithm>
 #include <numeric>
@@ -44,32 +44,32 @@ int CompareValues(const Value& a, const Value& b) {
 
 }  // namespace
 
-DigestReader::DigestReader(Connection::Impl& connection, Program& program,
-                           const std::vector<Value>& literals)
+ColumnCacheReader::ColumnCacheReader(Connection::Impl& connection, Program& program,
+                                     const std::vector<Value>& literals)
     : connection_(connection),
       program_(program),
-      plan_(*program.plan.digest),
+      plan_(*program.plan.columnCache),
       literals_(literals),
-      digest_(*connection.GetDigest()) {}
+      cache_(*connection.GetColumnCache()) {}
 
-std::optional<std::vector<uint32_t>> DigestReader::Keys() {
+std::optional<std::vector<uint32_t>> ColumnCacheReader::Keys() {
   if (!Begin()) return std::nullopt;
   Places places = Matching();
   std::optional<std::vector<uint32_t>> keys;
   switch (plan_.orderBy) {
-    case DigestPlan::Order::kKey:
-      keys = ByRank(places, 1, [](const Digest::Row&) { return 0U; });
+    case ColumnCachePlan::Order::kKey:
+      keys = ByRank(places, 1, [](const ColumnCache::Row&) { return 0U; });
       break;
-    case DigestPlan::Order::kDate:
+    case ColumnCachePlan::Order::kDate:
       keys = KeysOf(places);
       break;
-    case DigestPlan::Order::kKind:
+    case ColumnCachePlan::Order::kKind:
       keys = ByKind(places);
       break;
-    case DigestPlan::Order::kReference:
+    case ColumnCachePlan::Order::kReference:
       keys = ByReference(places);
       break;
-    case DigestPlan::Order::kText:
+    case ColumnCachePlan::Order::kText:
       keys = ByText(places);
       break;
   }
@@ -77,7 +77,7 @@ std::optional<std::vector<uint32_t>> DigestReader::Keys() {
   return keys;
 }
 
-std::optional<int64_t> DigestReader::Count() {
+std::optional<int64_t> ColumnCacheReader::Count() {
   if (!Begin()) return std::nullopt;
   Places places = Matching();
   auto count = static_cast<int64_t>(places.size());
@@ -87,40 +87,40 @@ std::optional<int64_t> DigestReader::Count() {
     return std::count_if(owners_.begin(), owners_.end(),
                          [&](uint32_t key) { return matching[key]; });
   }
-  for (const Digest::Repeat& repeat : digest_.Repeats()) {
+  for (const ColumnCache::Repeat& repeat : cache_.Repeats()) {
     if (repeat.key < matching.size() && matching[repeat.key]) count += int64_t{repeat.count} - 1;
   }
   return count;
 }
 
-bool DigestReader::Begin() {
-  if (!digest_.Refresh() || !TestKinds(kinds_)) return false;
+bool ColumnCacheReader::Begin() {
+  if (!cache_.Refresh() || !TestKinds(kinds_)) return false;
   from_ = 0;
-  to_ = digest_.Rows().size();
-  for (const DigestPlan::Span& span : plan_.spans) {
+  to_ = cache_.Rows().size();
+  for (const ColumnCachePlan::Span& span : plan_.spans) {
     const auto* from = std::get_if<DateTime>(&literals_[span.from].Data());
     const auto* to = std::get_if<DateTime>(&literals_[span.to].Data());
     if (from == nullptr || to == nullptr) return false;
-    from_ = std::max(from_, digest_.From(from->Seconds()));
-    to_ = std::min(to_, digest_.From(to->Seconds() + 1));
+    from_ = std::max(from_, cache_.From(from->Seconds()));
+    to_ = std::min(to_, cache_.From(to->Seconds() + 1));
   }
   to_ = std::max(from_, to_);
   return true;
 }
 
-bool DigestReader::TestKinds(Marks& holds) const {
-  holds.assign(digest_.Kinds().size(), true);
-  for (const DigestPlan::KindTest& test : plan_.kindTests) {
+bool ColumnCacheReader::TestKinds(Marks& holds) const {
+  holds.assign(cache_.Kinds().size(), true);
+  for (const ColumnCachePlan::KindTest& test : plan_.kindTests) {
     if (test.op.empty()) {
       for (size_t i = 0; i < holds.size(); i++) {
-        holds[i] = holds[i] && digest_.Kinds()[i][test.kind].IsNull() != test.negated;
+        holds[i] = holds[i] && cache_.Kinds()[i][test.kind].IsNull() != test.negated;
       }
       continue;
     }
     FindCriteria criteria{{}, test.op, literals_[test.literal]};
     if (criteria.value.IsDate() || criteria.value.IsBytes()) return false;
     for (size_t i = 0; i < holds.size(); i++) {
-      const Value& value = digest_.Kinds()[i][test.kind];
+      const Value& value = cache_.Kinds()[i][test.kind];
       // The engine would convert one to the other, as the column's type has it.
       if (!value.IsNull() && value.IsText() != criteria.value.IsText()) return false;
       holds[i] = holds[i] && !criteria.value.IsNull() && Holds(value, criteria);
@@ -129,8 +129,8 @@ bool DigestReader::TestKinds(Marks& holds) const {
   return true;
 }
 
-DigestReader::Marks DigestReader::Marked(PreparedSql& sql, size_t size,
-                                         std::vector<uint32_t>* given) {
+ColumnCacheReader::Marks ColumnCacheReader::Marked(PreparedSql& sql, size_t size,
+                                                   std::vector<uint32_t>* given) {
   Marks marks(size);
   Statement& statement = connection_.Ready(sql, literals_);
   StatementUse use(statement);
@@ -143,16 +143,16 @@ DigestReader::Marks DigestReader::Marked(PreparedSql& sql, size_t size,
   return marks;
 }
 
-DigestReader::Places DigestReader::Matching() {
-  const std::vector<Digest::Row>& rows = digest_.Rows();
+ColumnCacheReader::Places ColumnCacheReader::Matching() {
+  const std::vector<ColumnCache::Row>& rows = cache_.Rows();
   Marks references;
   // One more than there are, for the rows without one.
-  size_t highest = size_t{digest_.HighestReference()} + 1;
-  if (plan_.references) references = Marked(program_.digestReferences, highest + 1);
+  size_t highest = size_t{cache_.HighestReference()} + 1;
+  if (plan_.references) references = Marked(program_.cacheReferences, highest + 1);
   if (plan_.references) references[highest] = false;
   Marks owners;
   if (plan_.details) {
-    owners = Marked(program_.digestDetails, size_t{digest_.HighestKey()} + 1, &owners_);
+    owners = Marked(program_.cacheDetails, size_t{cache_.HighestKey()} + 1, &owners_);
   }
   Places places;
   if (kinds_ == Marks(kinds_.size(), true) && references.empty() && owners.empty()) {
@@ -160,7 +160,7 @@ DigestReader::Places DigestReader::Matching() {
     std::iota(places.begin(), places.end(), static_cast<uint32_t>(from_));
   } else {
     for (size_t i = from_; i < to_; i++) {
-      const Digest::Row& row = rows[i];
+      const ColumnCache::Row& row = rows[i];
       if (kinds_[row.kind] &&
           (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
           (owners.empty() || owners[row.key])) {
@@ -172,17 +172,17 @@ DigestReader::Places DigestReader::Matching() {
   return places;
 }
 
-bool DigestReader::IsCheapOneByOne(size_t rows) const {
-  return plan_.rowsAreLong ? rows < digest_.Rows().size()
-                           : rows < digest_.Rows().size() / kLookupCost;
+bool ColumnCacheReader::IsCheapOneByOne(size_t rows) const {
+  return plan_.rowsAreLong ? rows < cache_.Rows().size()
+                           : rows < cache_.Rows().size() / kLookupCost;
 }
 
 // The rest of the condition: over all rows at once, or where few are left on each of them.
-void DigestReader::KeepHolding(Places& places) {
-  const std::vector<Digest::Row>& rows = digest_.Rows();
+void ColumnCacheReader::KeepHolding(Places& places) {
+  const std::vector<ColumnCache::Row>& rows = cache_.Rows();
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
-  size_t size = size_t{digest_.HighestKey()} + 1;
+  size_t size = size_t{cache_.HighestKey()} + 1;
   if (last.condition != condition || last.version != connection_.session.Version() ||
       plan_.rows->usesDate) {
     last = {std::move(condition), connection_.session.Version(), false, Marks(size), Marks(size)};
@@ -199,12 +199,12 @@ void DigestReader::KeepHolding(Places& places) {
   if (!last.all) {
     auto unknown = static_cast<size_t>(std::count_if(places.begin(), places.end(), isUnknown));
     if (unknown > 0 && !IsCheapOneByOne(unknown)) {
-      last.hold = Marked(program_.digestRows, size);
+      last.hold = Marked(program_.cacheRows, size);
       last.all = true;
     }
   }
   if (!last.all) {
-    Statement& statement = connection_.Ready(program_.digestRow, literals_);
+    Statement& statement = connection_.Ready(program_.cacheRow, literals_);
     for (uint32_t place : places) {
       if (!isUnknown(place)) continue;
       StatementUse use(statement);
@@ -216,28 +216,28 @@ void DigestReader::KeepHolding(Places& places) {
   std::erase_if(places, [&](uint32_t place) { return !last.hold[rows[place].key]; });
 }
 
-DigestReader::Marks DigestReader::MatchingKeys(const Places& places) const {
-  Marks marks(size_t{digest_.HighestKey()} + 1);
-  for (uint32_t place : places) marks[digest_.Rows()[place].key] = true;
+ColumnCacheReader::Marks ColumnCacheReader::MatchingKeys(const Places& places) const {
+  Marks marks(size_t{cache_.HighestKey()} + 1);
+  for (uint32_t place : places) marks[cache_.Rows()[place].key] = true;
   return marks;
 }
 
-std::vector<uint32_t> DigestReader::KeysOf(const Places& places) const {
+std::vector<uint32_t> ColumnCacheReader::KeysOf(const Places& places) const {
   std::vector<uint32_t> keys(places.size());
   std::transform(places.begin(), places.end(), keys.begin(),
-                 [&](uint32_t place) { return digest_.Rows()[place].key; });
+                 [&](uint32_t place) { return cache_.Rows()[place].key; });
   return keys;
 }
 
 template <typename RankOf>
-std::vector<uint32_t> DigestReader::ByRank(const Places& places, uint32_t ranks,
-                                           const RankOf& rankOf) const {
+std::vector<uint32_t> ColumnCacheReader::ByRank(const Places& places, uint32_t ranks,
+                                                const RankOf& rankOf) const {
   // How many rows have a lower rank; then, the keys from below, where each has its place.
   std::vector<uint32_t> next(size_t{ranks} + 1);
   constexpr uint32_t kNone = UINT32_MAX;
-  std::vector<uint32_t> rankByKey(size_t{digest_.HighestKey()} + 1, kNone);
+  std::vector<uint32_t> rankByKey(size_t{cache_.HighestKey()} + 1, kNone);
   for (uint32_t place : places) {
-    const Digest::Row& row = digest_.Rows()[place];
+    const ColumnCache::Row& row = cache_.Rows()[place];
     uint32_t rank = rankOf(row);
     rankByKey[row.key] = rank;
     next[size_t{rank} + 1]++;
@@ -250,8 +250,8 @@ std::vector<uint32_t> DigestReader::ByRank(const Places& places, uint32_t ranks,
   return keys;
 }
 
-std::vector<uint32_t> DigestReader::ByKind(const Places& places) const {
-  const auto& kinds = digest_.Kinds();
+std::vector<uint32_t> ColumnCacheReader::ByKind(const Places& places) const {
+  const auto& kinds = cache_.Kinds();
   auto compare = [&](uint32_t a, uint32_t b) {
     return CompareValues(kinds[a][plan_.orderKind], kinds[b][plan_.orderKind]);
   };
@@ -264,16 +264,16 @@ std::vector<uint32_t> DigestReader::ByKind(const Places& places) const {
     if (compare(order[i - 1], order[i]) != 0) rank++;
     ranks[order[i]] = rank;
   }
-  return ByRank(places, rank + 1, [&](const Digest::Row& row) { return ranks[row.kind]; });
+  return ByRank(places, rank + 1, [&](const ColumnCache::Row& row) { return ranks[row.kind]; });
 }
 
-std::optional<std::vector<uint32_t>> DigestReader::ByReference(const Places& places) {
+std::optional<std::vector<uint32_t>> ColumnCacheReader::ByReference(const Places& places) {
   // 0: no text, or no row that is referenced.
-  size_t highest = size_t{digest_.HighestReference()} + 1;
+  size_t highest = size_t{cache_.HighestReference()} + 1;
   std::vector<uint32_t> ranks(highest + 1);
   uint32_t rank = 0;
   std::string former;
-  Statement& statement = connection_.Ready(program_.digestOrder, literals_);
+  Statement& statement = connection_.Ready(program_.cacheOrder, literals_);
   StatementUse use(statement);
   while (connection_.session.StepRead(statement)) {
     Statement::Type type = statement.TypeOf(1);
@@ -287,18 +287,18 @@ std::optional<std::vector<uint32_t>> DigestReader::ByReference(const Places& pla
     int64_t key = statement.Int(0);
     if (key >= 0 && static_cast<size_t>(key) < highest) ranks[static_cast<size_t>(key)] = rank;
   }
-  return ByRank(places, rank + 1, [&](const Digest::Row& row) {
+  return ByRank(places, rank + 1, [&](const ColumnCache::Row& row) {
     return ranks[std::min<size_t>(row.reference, highest)];
   });
 }
 
-std::vector<uint32_t> DigestReader::ByText(const Places& places) {
+std::vector<uint32_t> ColumnCacheReader::ByText(const Places& places) {
   std::vector<uint32_t> keys;
   keys.reserve(places.size());
-  if (places.size() < digest_.Rows().size() / kLookupCost) {
+  if (places.size() < cache_.Rows().size() / kLookupCost) {
     // Null stands before every text.
     std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
-    Statement& statement = connection_.Ready(program_.digestText, literals_);
+    Statement& statement = connection_.Ready(program_.cacheText, literals_);
     for (uint32_t key : KeysOf(places)) {
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{key});
@@ -315,7 +315,7 @@ std::vector<uint32_t> DigestReader::ByText(const Places& places) {
     return keys;
   }
   Marks matching = MatchingKeys(places);
-  Statement& statement = connection_.Ready(program_.digestOrder, literals_);
+  Statement& statement = connection_.Ready(program_.cacheOrder, literals_);
   StatementUse use(statement);
   while (connection_.session.StepRead(statement)) {
     int64_t key = statement.Int(0);

@@ -19,6 +19,6 @@ struct HeaderField {
 };
 
 // The fields up to the first empty line; lines that belong to no field are left out.
-std::vector<HeaderField> ReadHeaderBlock(std::string_view headers);
+std::vector<HeaderField> ReadTransportHeaders(std::string_view headers);
 
 }  // namespace tarnwick::outlook

@@ -8,20 +8,20 @@
 #include <QObject>
 #include <functional>
 
-#include "board/board_actions_view.h"
+#include "board/board_actions.h"
 #include "board/email_grid_view.h"
 #include "takeout/save_messages.h"
 
 namespace tarnwick::board {
 
-class TakeoutView : public QObject {
+class TakeoutActions : public QObject {
   Q_OBJECT
 
  public:
   // Runs a command during which everything else of the window waits.
   using Runner = std::function<void(const std::function<void()>&)>;
 
-  TakeoutView(BoardActionsView& actions, EmailGridView& grid, Runner run, QWidget* window);
+  TakeoutActions(BoardActions& actions, EmailGridView& grid, Runner run, QWidget* window);
 
   // Saves as the command does once it has been chosen how; order's ids are filled in here.
   void Save(takeout::SaveOrder order, bool onlySelected);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "outlook/header_block.h"
+#include "outlook/transport_headers.h"
 
 #include <algorithm>
 
@@ -35,7 +35,7 @@ std::string HeaderField::Value() const {
   return core::CleanTrim(value);
 }
 
-std::vector<HeaderField> ReadHeaderBlock(std::string_view headers) {
+std::vector<HeaderField> ReadTransportHeaders(std::string_view headers) {
   std::vector<HeaderField> fields;
   bool inField = false;
   while (!headers.empty()) {

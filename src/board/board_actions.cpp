@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/board_actions_view.h"
+#include "board/board_actions.h"
 
 #include <QIcon>
 #include <QWidget>
 
 namespace tarnwick::board {
 
-BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
+BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
   const struct {
     QAction*& action;
     const char* name;
@@ -140,7 +140,7 @@ BoardActionsView::BoardActionsView(QWidget* parent) : QObject(parent) {
   SetBusy(false);
 }
 
-void BoardActionsView::SetBusy(bool busy) {
+void BoardActions::SetBusy(bool busy) {
   for (QAction* action :
        {openRepository, createRepository, backup,         restore,        exportListed,
         merge,          loadTextFile,     contacts,       options,        markAllNotHot,
@@ -152,8 +152,7 @@ void BoardActionsView::SetBusy(bool busy) {
   stop->setEnabled(busy);
 }
 
-QPushButton* BoardActionsView::MakeButton(QAction* action, const char* objectName,
-                                          QWidget* parent) {
+QPushButton* BoardActions::MakeButton(QAction* action, const char* objectName, QWidget* parent) {
   auto* button = new QPushButton(action->text(), parent);
   button->setObjectName(objectName);
   button->setAutoDefault(false);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/index/digest.h"
+#include "database/index/column_cache.h"
 
 #include <algorithm>
 #include <iterator>
@@ -42,7 +42,7 @@ uint64_t ShortWord(const Statement& statement, int column) {
 
 }  // namespace
 
-Digest::Digest(Session& session, DigestDefinition definition)
+ColumnCache::ColumnCache(Session& session, ColumnCacheDefinition definition)
     : session_(session), definition_(std::move(definition)) {
   std::string table = "main." + QuotedName(definition_.table);
   std::string columns =
@@ -55,7 +55,7 @@ Digest::Digest(Session& session, DigestDefinition definition)
                  " GROUP BY " + owner + " HAVING count(*) > 1";
 }
 
-void Digest::RowChanged(std::string_view table, int64_t key) {
+void ColumnCache::RowChanged(std::string_view table, int64_t key) {
   if (platform::SameWord(table, definition_.details)) repeatsRead_ = false;
   if (!isRead_ || !platform::SameWord(table, definition_.table)) return;
   if (changed_.size() > kFewChanges && changed_.size() > rows_.size() / kSingleCost) {
@@ -66,13 +66,13 @@ void Digest::RowChanged(std::string_view table, int64_t key) {
   }
 }
 
-void Digest::Forget() {
+void ColumnCache::Forget() {
   isRead_ = false;
   repeatsRead_ = false;
   changed_.clear();
 }
 
-bool Digest::Refresh() {
+bool ColumnCache::Refresh() {
   if (isRead_ && !changed_.empty()) {
     if (isFit_) {
       ReadChanged();
@@ -84,7 +84,7 @@ bool Digest::Refresh() {
   return isFit_;
 }
 
-void Digest::ReadAll() {
+void ColumnCache::ReadAll() {
   rows_.clear();
   distant_.clear();
   kinds_.clear();
@@ -113,7 +113,7 @@ void Digest::ReadAll() {
   isRead_ = true;
 }
 
-bool Digest::Take(Statement& statement, Row& row) {
+bool ColumnCache::Take(Statement& statement, Row& row) {
   using Type = Statement::Type;
   int64_t key = statement.Int(kKeyColumn);
   if (key < 0 || key >= int64_t{std::numeric_limits<uint32_t>::max()}) return false;
@@ -143,7 +143,7 @@ bool Digest::Take(Statement& statement, Row& row) {
   return TakeKind(statement, row);
 }
 
-bool Digest::TakeKind(Statement& statement, Row& row) {
+bool ColumnCache::TakeKind(Statement& statement, Row& row) {
   uint32_t kind = 0;
   std::array<uint64_t, kShortKinds> words = {};
   size_t count = definition_.kinds.size();
@@ -165,7 +165,7 @@ bool Digest::TakeKind(Statement& statement, Row& row) {
   return true;
 }
 
-bool Digest::FindKind(Statement& statement, uint32_t& kind) {
+bool ColumnCache::FindKind(Statement& statement, uint32_t& kind) {
   auto end = kFirstKind + static_cast<int>(definition_.kinds.size());
   kindText_.clear();
   for (int column = kFirstKind; column < end; column++) {
@@ -195,20 +195,20 @@ bool Digest::FindKind(Statement& statement, uint32_t& kind) {
   return true;
 }
 
-int64_t Digest::SecondsOf(const Row& row) const {
+int64_t ColumnCache::SecondsOf(const Row& row) const {
   bool isDistant = row.seconds == std::numeric_limits<int32_t>::min() ||
                    row.seconds == std::numeric_limits<int32_t>::max();
   return isDistant ? distant_.at(row.key) : int64_t{row.seconds};
 }
 
-bool Digest::IsBefore(const Row& a, const Row& b) const {
+bool ColumnCache::IsBefore(const Row& a, const Row& b) const {
   int64_t secondsA = SecondsOf(a);
   int64_t secondsB = SecondsOf(b);
   return secondsA != secondsB ? secondsA < secondsB : a.key < b.key;
 }
 
 // The engine gave them in the order of their dates alone.
-void Digest::SortTies() {
+void ColumnCache::SortTies() {
   auto before = [this](const Row& a, const Row& b) { return IsBefore(a, b); };
   for (auto run = rows_.begin(); run != rows_.end();) {
     auto end = run + 1;
@@ -221,7 +221,7 @@ void Digest::SortTies() {
   }
 }
 
-void Digest::ReadChanged() {
+void ColumnCache::ReadChanged() {
   std::sort(changed_.begin(), changed_.end());
   changed_.erase(std::unique(changed_.begin(), changed_.end()), changed_.end());
   std::vector<bool> isChanged(size_t{highestKey_} + 1);
@@ -254,20 +254,20 @@ void Digest::ReadChanged() {
   isRead_ = true;
 }
 
-size_t Digest::From(int64_t seconds) const {
+size_t ColumnCache::From(int64_t seconds) const {
   auto found = std::partition_point(rows_.begin(), rows_.end(),
                                     [&](const Row& row) { return SecondsOf(row) < seconds; });
   return static_cast<size_t>(found - rows_.begin());
 }
 
-const std::vector<Digest::Repeat>& Digest::Repeats() {
+const std::vector<ColumnCache::Repeat>& ColumnCache::Repeats() {
   if (repeatsRead_) return repeats_;
   repeats_.clear();
   std::shared_ptr<Statement> statement = session_.Own(readRepeats_);
   StatementUse use(*statement);
   while (session_.StepRead(*statement)) {
     int64_t key = statement->Int(0);
-    // Any other key is that of no row in the digest.
+    // Any other key is that of no row in the column cache.
     if (statement->TypeOf(0) == Statement::Type::kInteger && key >= 0 && key <= UINT32_MAX) {
       repeats_.push_back({static_cast<uint32_t>(key), static_cast<uint32_t>(statement->Int(1))});
     }

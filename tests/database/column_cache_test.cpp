@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "database/index/digest.h"
+#include "database/index/column_cache.h"
 
 #include <functional>
 #include <random>
@@ -16,7 +16,7 @@ namespace {
 constexpr char kTables[] =
     "FROM (Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID)\r\n"
     "LEFT JOIN Attachment ON Email.ID = Attachment.EmailID\r\n";
-// True of every row, and of two tables at once: no digest answers a condition with it.
+// True of every row, and of two tables at once: no column cache answers a condition with it.
 constexpr char kOnlyByStatement[] = " AND (Email.ID > 0 OR MeContact.Name = 'nobody')";
 
 const std::vector<std::string> kConditions = {
@@ -48,15 +48,15 @@ const std::vector<std::string> kOrders = {
     "ORDER BY Email.FilesNum",
 };
 
-class DigestTest : public MailDatabase {
+class ColumnCacheTest : public MailDatabase {
  protected:
-  DigestTest() {
-    connection_.KeepDigest({"Email",
-                            "ReceivedTime",
-                            "FromTo",
-                            {"Direction", "Active", "FilesNum"},
-                            "Attachment",
-                            "EmailID"});
+  ColumnCacheTest() {
+    connection_.KeepColumnCache({"Email",
+                                 "ReceivedTime",
+                                 "FromTo",
+                                 {"Direction", "Active", "FilesNum"},
+                                 "Attachment",
+                                 "EmailID"});
     connection_.BeginGroup();
     // Two of one name, one of none, and a gap in the keys.
     for (const char* name : {"'Ann'", "'ann'", "'Zoë'", "Null", "'Bob'"}) {
@@ -105,12 +105,12 @@ class DigestTest : public MailDatabase {
     }
   }
 
-  Digest& Kept() { return *connection_.GetImpl().GetDigest(); }
+  ColumnCache& Kept() { return *connection_.GetImpl().GetColumnCache(); }
 
   std::mt19937 random_{11};
 };
 
-TEST_F(DigestTest, AnswersAsTheStatementsDoWhateverIsWritten) {
+TEST_F(ColumnCacheTest, AnswersAsTheStatementsDoWhateverIsWritten) {
   Compare("at first");
   struct Case {
     const char* what;
@@ -179,7 +179,7 @@ TEST_F(DigestTest, AnswersAsTheStatementsDoWhateverIsWritten) {
 }
 
 // Rows that a condition was tested on are remembered, but no longer than they stay as they are.
-TEST_F(DigestTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
+TEST_F(ColumnCacheTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
   const std::string where =
       std::string(kTables) +
       "WHERE ReceivedTime BETWEEN #01/01/1000# AND #12/31/9000# AND Email.Body Like '%quetzal%'";
@@ -202,7 +202,7 @@ TEST_F(DigestTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
   }
 }
 
-TEST_F(DigestTest, WhatTheEngineRollsBackIsForgotten) {
+TEST_F(ColumnCacheTest, WhatTheEngineRollsBackIsForgotten) {
   Compare("before");
   connection_.BeginGroup();
   Run("DELETE * FROM Email WHERE ID < 50");
@@ -213,7 +213,7 @@ TEST_F(DigestTest, WhatTheEngineRollsBackIsForgotten) {
 }
 
 // The work of a filter's change, of a mark and of the counts, as the engine counts it.
-TEST_F(DigestTest, ALookAtTheListCostsNoPassOverTheTable) {
+TEST_F(ColumnCacheTest, ALookAtTheListCostsNoPassOverTheTable) {
   std::string list = std::string("SELECT DISTINCT Email.ID, Email.Subject ") + kTables +
                      "WHERE ReceivedTime BETWEEN #01/01/1990# AND #12/31/2030# AND "
                      "Direction = 'In' ORDER BY Email.ReceivedTime DESC";

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "board/sources.h"
+
+#include "oe/import.h"
+#include "outlook/import.h"
+
+namespace tarnwick::board {
+
+Sources EverySource() {
+  Sources sources;
+  sources.push_back(oe::MakeSource());
+  sources.push_back(outlook::MakeSource());
+  return sources;
+}
+
+std::vector<options::Mailer> Mailers() {
+  std::vector<options::Mailer> mailers;
+  for (const auto& source : EverySource()) mailers.push_back({source->Name(), source->Option()});
+  return mailers;
+}
+
+}  // namespace tarnwick::board

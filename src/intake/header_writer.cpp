@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/header_writer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/text.h"
+#include "platform/charset.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+bool IsControl(char c) {
+  return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+}
+
+bool IsContinuation(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+}  // namespace
+
+std::string OneLine(std::string_view text, const HeaderForm& form) {
+  std::string line;
+  bool afterControl = false;
+  for (char c : platform::EnsureUtf8(text)) {
+    bool isControl = IsControl(c);
+    if (!(isControl && afterControl && form.mergesControls)) line += isControl ? ' ' : c;
+    afterControl = isControl;
+  }
+  return std::string(core::Trim(line));
+}
+
+std::string QuotedString(std::string_view text) {
+  std::string quoted = "\"";
+  for (char c : text) {
+    if (c == '"' || c == '\\') quoted += '\\';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
+std::string EncodedWords(std::string_view text, const HeaderForm& form) {
+  std::string words;
+  while (!text.empty()) {
+    size_t count = std::min(form.bytesPerWord, text.size());
+    while (count < text.size() && count > 1 && IsContinuation(text[count])) --count;
+    if (!words.empty()) words += form.fold;
+    words.append("=?").append(form.charset).append("?B?");
+    AppendBase64(text.substr(0, count), words);
+    words += "?=";
+    text.remove_prefix(count);
+  }
+  return words;
+}
+
+bool IsPlainHeader(std::string_view line, const HeaderForm& form) {
+  return platform::IsAscii(line) && line.find("=?") == std::string_view::npos &&
+         line.size() <= form.longestPlain;
+}
+
+std::string HeaderText(std::string_view text) {
+  std::string line = OneLine(text);
+  return IsPlainHeader(line) ? line : EncodedWords(line);
+}
+
+std::string HeaderParameter(std::string_view name, std::string_view value) {
+  std::string line = OneLine(value);
+  std::string parameter = ";\r\n\t" + std::string(name);
+  if (IsPlainHeader(line)) return parameter + "=" + QuotedString(line);
+  parameter += "*=utf-8''";
+  for (char c : line) {
+    bool isPlain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                   c == '.' || c == '-' || c == '_';
+    if (isPlain) {
+      parameter += c;
+    } else {
+      AppendEscaped(c, '%', parameter);
+    }
+  }
+  return parameter;
+}
+
+std::string InternetDate(DateTime local, int utcOffsetMinutes) {
+  constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  CivilTime civil = local.ToCivil();
+  int offset = std::abs(utcOffsetMinutes);
+  char text[64];
+  std::snprintf(text, sizeof text, "%s, %d %s %04d %02d:%02d:%02d %c%02d%02d",
+                kDays[local.Weekday()], civil.day, kMonths[civil.month - 1], civil.year, civil.hour,
+                civil.minute, civil.second, utcOffsetMinutes < 0 ? '-' : '+', offset / 60 % 100,
+                offset % 60);
+  return text;
+}
+
+void AppendBase64(std::string_view bytes, std::string& text) {
+  constexpr std::string_view kAlphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  size_t at = text.size();
+  text.resize(at + (bytes.size() + 2) / 3 * 4, '=');
+  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
+  auto put = [&](uint32_t group, int chars) {
+    for (int j = 0; j < chars; ++j) {
+      text[at + static_cast<size_t>(j)] = kAlphabet[group >> (18 - 6 * j) & 63];
+    }
+    at += 4;
+  };
+  size_t i = 0;
+  for (; i + 3 <= bytes.size(); i += 3) put(byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2), 4);
+  if (bytes.size() - i == 2) put(byte(i) << 16 | byte(i + 1) << 8, 3);
+  if (bytes.size() - i == 1) put(byte(i) << 16, 2);
+}
+
+void AppendEscaped(char c, char mark, std::string& text) {
+  constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+  text += mark;
+  text += kHexDigits[static_cast<unsigned char>(c) >> 4];
+  text += kHexDigits[static_cast<unsigned char>(c) & 15];
+}
+
+}  // namespace tarnwick::intake
