@@ -58,10 +58,9 @@ options::ProfileSummary ReadProfile(const std::string& folder) {
           found.outlookStores.push_back(platform::FileNameOf(store));
         }
         for (const auto& source : EverySource()) {
-          // These two are told of in detail.
-          if (source->Name() == oe::kApplication || source->Name() == outlook::kApplication)
-            continue;
-          if (source->IsIn(folder)) found.otherMailers.push_back(source->Name());
+          const std::string name = source->Name();
+          bool isTold = name == oe::kApplication || name == outlook::kApplication;  // in detail
+          if (!isTold && source->IsIn(folder)) found.otherMailers.push_back(name);
         }
         if (platform::DetectProfile(folder) == platform::ProfileKind::kNone) return;
         std::unique_ptr<platform::Registry> registry = platform::OpenProfile(folder);

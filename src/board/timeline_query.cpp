@@ -22,10 +22,11 @@ constexpr int64_t kMostStepMilliseconds = 50;  // then it is broken off
 constexpr int kFirstPartDays = 120;
 constexpr size_t kKeptCounts = 8;
 
-// The conditions of the list, without its joins, so that a message stays one row. "FromTo + 0" keeps
-// the engine from using the index of FromTo: it would look up every message of a correspondent for
-// each part of the range, where the dates alone should select the messages. The files of a message
-// are asked for one by one, as a list of all that match would have to be made for each part.
+// The conditions of the list, without its joins, so that a message stays one row. "FromTo + 0"
+// keeps the engine from using the index of FromTo: it would look up every message of a
+// correspondent for each part of the range, where the dates alone should select the messages. The
+// files of a message are asked for one by one, as a list of all that match would have to be made
+// for each part.
 std::string CountWhere(const ListFilter& filter) {
   ListFilter own = filter;
   own.FromTo.clear();

@@ -324,14 +324,22 @@ OlState& State() {
 
 class Outlook : public intake::Source {
  public:
-  ~Outlook() override { olReset(); }
+  ~Outlook() override {
+    if (hasLooked_) olReset();
+  }
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "MSOutlook"; }
   std::string Files() const override { return "*.pst"; }
-  bool IsIn(const std::string& folder) override { return olInitialize(folder); }
+  bool IsIn(const std::string& folder) override {
+    hasLooked_ = true;
+    return olInitialize(folder);
+  }
   // A first load takes every store.
   bool Announce(bool whole) override { return olAnnounce(whole); }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
+
+ private:
+  bool hasLooked_ = false;
 };
 
 // One box for all of them, however many.

@@ -70,6 +70,7 @@ TEST(Packing, DamageGivesAnErrorAndNoHugeMemory) {
     int error = ErrorOf([&] { EXPECT_LE(Unpack(damaged).size(), damaged.size() * 1000 + 1000); });
     EXPECT_TRUE(error == 0 || error == 11) << error;
   }
+  EXPECT_EQ(ErrorOf([&] { Unpack(packed.substr(0, packed.size() - 1)); }), 11);
   // A whole and sound value of a million characters in sixty bytes is not believed either.
   std::string same(2'000'000, 'x');
   std::string filled(Pack(same));

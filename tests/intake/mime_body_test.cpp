@@ -100,6 +100,7 @@ TEST_F(MimeBody, NestedContainersAndAttachedMessagesAreWalkedFlat) {
               "",
               "<body>html</body>",
               "--b=_1inner--",
+              "no part",
               "--b=_1",
               "Content-Type: message/rfc822",
               "",

@@ -172,15 +172,21 @@ TEST_F(Import, SentMailTeachesTheUsersAddresses) {
   friends.AddMessage(mine);
   friends.Finish();
   folders.push_back({{4, 1, "Friends", "friends.dbx"}, friends.Bytes()});
+  MessageStoreBuilder below;  // Sent Items
+  mine.text = "From: ann@old.example.org\r\nTo: carl@example.org\r\nSubject: old\r\n\r\nx\r\n";
+  mine.messageId = "<old@example.org>";
+  below.AddMessage(mine);
+  below.Finish();
+  folders.push_back({{5, 3, "2003", "2003.dbx"}, below.Bytes()});
   ProfileBuilder::WriteStore(store, folders);
   Load();
-  EXPECT_EQ(CountRows("MeAddress"), 1);
+  EXPECT_EQ(CountRows("MeAddress"), 2);
   EXPECT_EQ(Query("SELECT Address FROM MeAddress").AsText(), "ann@example.org");
   EXPECT_EQ(Query("SELECT FromName FROM MeAddress").AsText(), "Ann O'Néil");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='reply'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='mine'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='in'").AsText(), "In");
-  EXPECT_EQ(Summary(), "found 3, stored 3, ");
+  EXPECT_EQ(Summary(), "found 4, stored 4, ");
 }
 
 TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
@@ -192,6 +198,12 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   uint32_t right = deep.Image().AddNode({{info("right"), 0}});
   deep.SetRoot(deep.Image().AddNode({{info("root"), right}}, left));
   deep.SetItemCount(5);
+
+  MessageStoreBuilder deepLeft;  // a third level by a left child alone
+  uint32_t low = deepLeft.Image().AddNode({{deepLeft.AddMessage(Letter("low")).info, 0}});
+  uint32_t middle = deepLeft.Image().AddNode({}, low);
+  deepLeft.SetRoot(deepLeft.Image().AddNode({}, middle));
+  deepLeft.SetItemCount(1);
 
   MessageStoreBuilder lopsided;
   uint32_t child = lopsided.Image().AddNode({{lopsided.AddMessage(Letter("child")).info, 0}});
@@ -213,6 +225,7 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   auto folders = StandardFolders(deep.Bytes(), lopsided.Bytes());
   folders.push_back({{4, 1, "Treeless", "t.dbx"}, treeless.Bytes()});
   folders.push_back({{5, 1, "Odd", "odd.dbx"}, odd.Bytes()});
+  folders.push_back({{6, 1, "Left", "left.dbx"}, deepLeft.Bytes()});
   ProfileBuilder::WriteStore(store, folders);
   platform::WriteFile(store + "unlisted.dbx", StoreOf({"unlisted"}));
   std::string liar = StoreOf({});
@@ -224,7 +237,7 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   Load();
 
   const core::LoadCounts& counts = core::State().Counts;
-  EXPECT_EQ(counts.found, 5 + 2 + 1 + 2 + 1 + most + 1);
+  EXPECT_EQ(counts.found, 5 + 2 + 1 + 2 + 1 + 1 + most + 1);
   EXPECT_EQ(counts.stored, 3 + 1 + 1);
   EXPECT_EQ(counts.unreadable, 1);
   EXPECT_EQ(counts.notReached, counts.found - counts.stored - counts.unreadable);
@@ -232,6 +245,7 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
                                          "Inbox.dbx\r\nmessages below the second level"),
                                HasSubstr("Not reached = 1\r\n" + store +
                                          "Sent Items.dbx\r\nmessages behind the root's entries"),
+                               HasSubstr("left.dbx\r\nmessages below the second level"),
                                HasSubstr("t.dbx\r\nthe file has no message tree"),
                                HasSubstr("unlisted.dbx\r\nno folder of the folder list"),
                                HasSubstr("z.dbx\r\nits folder list has no identity of its own"),

@@ -88,10 +88,13 @@ TEST_F(OutlookImport, WalksEveryFolderAndKeepsItsPath) {
 
 TEST_F(OutlookImport, LearnsOwnAddressesFromSentMailBeforeItJudgesTheRest) {
   MemoryFolder other{"Projects", "f3", FolderRole::kOther, true, false, {}, {}};
+  MemoryFolder ofOneYear{"2003", "f4", FolderRole::kOther, true, false, {}, {}};
   store_.root.folders = {&other, &sent_};
+  sent_.folders = {&ofOneYear};
   other.items = {MailNamed("01", "mine"), MailNamed("02", "hers")};
   other.items[1].Text(Prop::kSenderAddress, "eve@else.test");
-  sent_.items = {MailNamed("03", "sent").Recipient(RecipientType::kTo, "Bob", "SMTP", "b@x.test")};
+  ofOneYear.items = {
+      MailNamed("03", "sent").Recipient(RecipientType::kTo, "Bob", "SMTP", "b@x.test")};
   Load();
   EXPECT_EQ(TextOf("sent", "Direction"), "Out");
   EXPECT_EQ(TextOf("sent", "FromToAddress"), "b@x.test");

@@ -31,7 +31,7 @@ TEST(Charset, BytesBecomeText) {
       {"Korean with code page 949, by its older name", "x-euc-kr", "\xC7\xD1\x8C\x63", "한똠"},
       {"us-ascii with eight bits", "us-ascii", "caf\xE9", "café"},
       {"undefined byte keeps its value", "windows-1252", "\x81", "\xC2\x81"},
-      {"undefined byte of a Cyrillic page", "windows-1251", "\x98", "\xC2\x98"},
+      {"undefined byte of a Greek page", "windows-1253", "\xD2", "\xC3\x92"},
       {"old Japanese name", "x-sjis", "\x93\xFA\x96\x7B", "日本"},
       {"shift_jis is code page 932", "shift_jis", "\x87\x40", "①"},
       {"iso-2022-jp", "ISO-2022-JP", "\x1B$BF|K\\\x1B(B!", "日本!"},
@@ -39,6 +39,10 @@ TEST(Charset, BytesBecomeText) {
        "\x1B$)C\x0E"
        "GQ\x0F!",
        "한!"},
+      {"two sets announced, one behind the other", "iso-2022-cn",
+       "\x1B$)A\x1B$*H\x0E"
+       "VP\x0F!",
+       "中!"},
       {"iso-2022-jp with an empty run", "iso-2022-jp", "\x1B$BF|\x1B(B\x1B$BK\\\x1B(J\x1B(B!",
        "日本!"},
       {"euc-jp", "x-euc-jp", "\xC6\xFC\xCB\xDC", "日本"},

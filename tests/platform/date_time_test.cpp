@@ -92,6 +92,7 @@ TEST_F(Locale, WhatIsShownIsReadBack) {
   platform::SetLocaleOverride("en_US");
   EXPECT_EQ(platform::ParseDate("2005-03-07"), moment_.DatePart());
   EXPECT_EQ(platform::ParseDate(" 3.7.05 "), moment_.DatePart());
+  EXPECT_EQ(platform::ParseDate("3/7/30"), DateTime::FromDate(1930, 3, 7));
   for (const char* text :
        {"", "March", "13/13/2005", "2/30/2005", "1/2", "1/2/3/4", "1/2/2005 25:00"}) {
     EXPECT_FALSE(platform::ParseDate(text)) << text;

@@ -41,6 +41,7 @@ TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
       {"control characters", "a\tb\nc\x7F.txt", "a_b_c_.txt"},
       {"NUL inside", std::string("a\0b.exe", 7), "a_b.exe"},
       {"reversed text", "photo\u202Egpj.exe", "photo_gpj.exe"},
+      {"a hidden mark of direction", "a\u061Cb", "a_b"},
       {"cyrillic", "\u041F\u0440\u0438\u0432\u0435\u0442.txt",
        "\u041F\u0440\u0438\u0432\u0435\u0442.txt"},
       {"an option to commands", "-rf", "_-rf"},

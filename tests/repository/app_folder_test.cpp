@@ -47,8 +47,10 @@ TEST(AppFolder, IsNeverTheCurrentFolderForWantOfAHome) {
   platform::SetClockOverride(clock);
   EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
   setenv("HOME", "somewhere", 1);
+  setenv("XDG_DATA_HOME", "somewhere", 1);
   EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
   unsetenv("HOME");
+  unsetenv("XDG_DATA_HOME");
   clock.passwordHome = "";
   platform::SetClockOverride(clock);
   EXPECT_THROW(ChooseAppFolder("/opt/none/"), Error);
