@@ -176,7 +176,6 @@ class MboxWriter : public MessageWriter {
   void Finish() override {
     if (output_ == nullptr) return;
     std::exception_ptr failure;
-    uint64_t whole = size_;
     try {
       output_->Close();
     } catch (...) {
@@ -187,7 +186,7 @@ class MboxWriter : public MessageWriter {
     const std::string path = made_->Path();
     uint64_t onDisk = platform::FileSize(path);
     while (!ends_.empty() && ends_.back() > onDisk) ends_.pop_back();
-    whole = ends_.empty() ? 0 : ends_.back();
+    const uint64_t whole = ends_.empty() ? 0 : ends_.back();
     if (whole != 0) {
       if (whole != onDisk) platform::CutFile(path, whole);
       platform::FlushToDisk(path);

@@ -26,10 +26,11 @@ struct ListedEmail {
   bool hot = false;
 };
 
-inline int64_t AddRow(jet::Recordset& table, std::vector<std::pair<const char*, jet::Value>> fields,
+inline int64_t AddRow(jet::Recordset& table,
+                      const std::vector<std::pair<const char*, jet::Value>>& fields,
                       const char* key) {
   table.AddNew();
-  for (auto& [name, value] : fields) table.SetField(name, std::move(value));
+  for (const auto& [name, value] : fields) table.SetField(name, value);
   table.Update();
   return table.Field(key).AsInt();
 }
@@ -64,9 +65,9 @@ inline int64_t AddListed(const ListedEmail& email) {
 
 // Stores many such messages in one commit and returns their IDs.
 inline std::vector<int64_t> AddMany(int count, const ListedEmail& email) {
-  std::vector<int64_t> ids;
+  std::vector<int64_t> ids(static_cast<size_t>(count));
   jet::CommitGroup group(repository::RepositoryDb());
-  for (int i = 0; i < count; ++i) ids.push_back(AddListed(email));
+  for (int64_t& id : ids) id = AddListed(email);
   group.End();
   return ids;
 }

@@ -29,8 +29,9 @@ class ContactBookTest : public testing::ProgramFixture {
     return names;
   }
   static std::vector<std::string> AddressesOf(int64_t contact) {
-    std::vector<std::string> texts;
-    for (const ContactAddress& address : ReadAddresses(contact)) texts.push_back(address.Address);
+    std::vector<ContactAddress> addresses = ReadAddresses(contact);
+    std::vector<std::string> texts(addresses.size());
+    for (size_t i = 0; i < texts.size(); ++i) texts[i] = addresses[i].Address;
     return texts;
   }
   static void AddMessage(const std::string& subject, int64_t contact) {

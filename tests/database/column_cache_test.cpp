@@ -98,8 +98,10 @@ class ColumnCacheTest : public MailDatabase {
           << when << ": " << condition;
       for (const std::string& order : kOrders) {
         std::string sql = "SELECT DISTINCT Email.ID, Email.Subject, MeContact.Name ";
-        EXPECT_EQ(Column(sql + where + "\r\n" + order),
-                  Column(sql + where + kOnlyByStatement + "\r\n" + order))
+        std::string from = sql + where;
+        std::string end = "\r\n";
+        end += order;
+        EXPECT_EQ(Column(from + end), Column(from + kOnlyByStatement + end))
             << when << ": " << condition << " " << order;
       }
     }

@@ -10,7 +10,7 @@
 namespace tarnwick::intake {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 std::string Decoded(std::string_view text, std::string_view charset = {}) {
   MixedText out;

@@ -53,7 +53,7 @@ TEST_F(DbxRead, CopiesEveryByteOfATextWhateverItsBlocks) {
     store.AddMessage(message);
   }
   message.fraction = 1;
-  message.text.resize(512 * 2);  // ends with a full block
+  message.text.resize(size_t{512} * 2);  // ends with a full block
   message.blockSize = 512;
   store.AddMessage(message);
   store.Finish();

@@ -19,7 +19,6 @@ using samples::StoredFolder;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 class Discovery : public OeFixture {
  protected:

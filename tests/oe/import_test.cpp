@@ -24,7 +24,6 @@ using samples::ProfileBuilder;
 using samples::StandardFolders;
 using samples::StoredFolder;
 using ::testing::AllOf;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 

@@ -150,7 +150,7 @@ TEST_F(MessageOfLetter, FallsBackToTheTimesThereAre) {
   MemoryItem item = MailNamed("1", "s");
   EXPECT_EQ(Message(item).SentTime, platform::LocalFromUnix(kSubmit));
   EXPECT_EQ(Message(item).ReceivedTime, platform::LocalFromUnix(kSubmit + 60));
-  item.properties.SetTime(Prop::kDeliveryTime, kSubmit + 400 * 86400);
+  item.properties.SetTime(Prop::kDeliveryTime, kSubmit + int64_t{400} * 86400);
   EXPECT_EQ(Message(item).ReceivedTime, platform::LocalFromUnix(kSubmit)) << "not yet possible";
   item.properties.SetTime(Prop::kDeliveryTime, kSubmit + 5);
   item.properties.SetTime(Prop::kClientSubmitTime, 79'870'000'000);

@@ -298,7 +298,8 @@ TEST_F(StoreLoad, SurvivesDamage) {
       if (round % 4 == 0) bytes.resize(used + random() % (bytes.size() - used));
       constexpr int kBits[] = {0, 3, 60, 4000};
       for (int i = 0; i < kBits[round % 4]; ++i) {
-        bytes[used + random() % (bytes.size() - used)] ^= static_cast<char>(1u << random() % 8);
+        char& byte = bytes[used + random() % (bytes.size() - used)];
+        byte = static_cast<char>(byte ^ static_cast<char>(1U << random() % 8));
       }
       repository::RepositoryDb().Execute("DELETE * FROM Email");
       stored += Load(bytes).stored;

@@ -9,7 +9,7 @@
 namespace tarnwick::platform {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 struct Conversion {
   const char* what;

@@ -124,7 +124,9 @@ void Walk(Registry& registry, const std::string& path, int depth) {
   registry.Value(path, "Username");
   if (!keys || depth == 0) return;
   for (const std::string& key : *keys) {
-    Walk(registry, path.empty() ? key : path + "\\" + key, depth - 1);
+    std::string below = path;
+    if (!below.empty()) below += '\\';
+    Walk(registry, below.append(key), depth - 1);
   }
 }
 

@@ -74,7 +74,7 @@ class Collator {
       if (single) ranks_[static_cast<unsigned char>(order[i])] = static_cast<uint8_t>(i + 1);
     }
     for (int c = 'A'; c <= 'Z'; c++)
-      ranks_[static_cast<size_t>(c)] = ranks_[static_cast<size_t>(c + 32)];
+      ranks_[static_cast<size_t>(c)] = ranks_[static_cast<size_t>(c) + 32];
   }
 
   UCollator* handle_ = nullptr;

@@ -28,7 +28,7 @@ constexpr uint64_t kInternal = 2;  // of a block number: it holds a list, not da
 constexpr int kMaxLevel = 8;       // of a tree of pages; 20 entries a page make 10^10
 constexpr size_t kPages = 4096;    // kept, 2 MB
 constexpr size_t kPieces = 32;
-constexpr size_t kPieceSize = 64 * 1024;
+constexpr size_t kPieceSize = size_t{64} * 1024;
 
 // Where things stand in the Unicode and in the older, narrower ANSI files.
 struct Layout {
