@@ -138,8 +138,10 @@ Connection& Opened() {
     connection.BeginGroup();
     for (int i = 0; i < 300; ++i) {
       std::string text = "letter " + std::to_string(i * i);
-      connection.Execute("INSERT INTO Email (Subject, Body) VALUES ('" + text + "', '" + text +
-                         std::string(100, 'x') + "')");
+      std::string body = text;
+      body.append(100, 'x');
+      connection.Execute("INSERT INTO Email (Subject, Body) VALUES ('" + text + "', '" + body +
+                         "')");
       connection.Execute("INSERT INTO FileRepository (FileID, FileBody) VALUES (1, '" + text +
                          "')");
     }

@@ -32,8 +32,8 @@ constexpr int kOpenFlags = O_CLOEXEC;
 #endif
 
 // Large enough for the kernel to copy at full speed, small enough to react between two pieces.
-constexpr size_t kPiece = 16 * 1024 * 1024;
-constexpr size_t kBuffer = 1024 * 1024;
+constexpr size_t kPiece = size_t{16} * 1024 * 1024;
+constexpr size_t kBuffer = size_t{1024} * 1024;
 
 class Handle {
  public:

@@ -86,7 +86,9 @@ class MaildirWriter : public MessageWriter {
     if (label.time) platform::SetFileModified(made.Path(), *label.time);
     // A message saved once more gets a name of its own. Seen, as all mail here has been.
     for (int number = 0; !made.IsInPlace(); ++number) {
-      made.TakeName(box + "cur/" + stem + std::to_string(number) + ".tarnwick:2,S");
+      std::string name = stem;
+      name.append(std::to_string(number)).append(".tarnwick:2,S");
+      made.TakeName(std::string(box).append("cur/").append(name));
     }
     ++saved_;
   }

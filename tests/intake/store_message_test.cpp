@@ -316,7 +316,8 @@ class StoreMessageOnABadDisk : public StoreMessage {
 
 TEST_F(StoreMessageOnABadDisk, NoMessageIsMixedWithAnotherAndTheNextLoadMakesAllWhole) {
   // More than the engine keeps in memory: it writes in the middle of the message, too.
-  std::string bytes(18'000'000, ' ');
+  std::string bytes;
+  bytes.resize(18'000'000, ' ');
   uint64_t number = 1;
   for (char& byte : bytes)
     byte = static_cast<char>((number = number * 6364136223846793005 + 1) >> 56);

@@ -301,7 +301,7 @@ TEST_F(Discovery, FilesOfADamagedFolderListAreOffered) {
     return static_cast<unsigned char>(sound[at]) | static_cast<unsigned char>(sound[at + 1]) << 8;
   };
   size_t root = static_cast<size_t>(numberAt(0x30));
-  size_t inbox = static_cast<size_t>(numberAt(root + 24 + 2 * 12));
+  size_t inbox = static_cast<size_t>(numberAt(root + 24 + size_t{2} * 12));
   const struct {
     const char* what;
     size_t place;

@@ -97,8 +97,9 @@ TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMiss
   std::string deep = "Content-Type: image/gif\r\n\r\nGIF";
   for (int i = 0; i < 3000; ++i) {
     std::string boundary = "b" + std::to_string(i);
-    deep = "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n\r\n--" + boundary +
-           "\r\n" + deep;
+    std::string container = "Content-Type: multipart/mixed; boundary=";
+    container.append(boundary).append("\r\n\r\n--").append(boundary).append("\r\n");
+    deep.insert(0, container);
   }
   const struct {
     const char* what;
