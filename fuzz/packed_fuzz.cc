@@ -140,8 +140,9 @@ Connection& Opened() {
       std::string text = "letter " + std::to_string(i * i);
       std::string body = text;
       body.append(100, 'x');
-      connection.Execute("INSERT INTO Email (Subject, Body) VALUES ('" + text + "', '" + body +
-                         "')");
+      std::string values = "('";
+      values.append(text).append("', '").append(body).append("')");
+      connection.Execute("INSERT INTO Email (Subject, Body) VALUES " + values);
       connection.Execute("INSERT INTO FileRepository (FileID, FileBody) VALUES (1, '" + text +
                          "')");
     }
