@@ -97,11 +97,11 @@ class ColumnCacheTest : public MailDatabase {
                 Column("SELECT Count(Email.ID) AS N " + where + kOnlyByStatement))
           << when << ": " << condition;
       for (const std::string& order : kOrders) {
-        std::string sql = "SELECT DISTINCT Email.ID, Email.Subject, MeContact.Name ";
-        std::string from = sql + where;
-        std::string end = "\r\n";
-        end += order;
-        EXPECT_EQ(Column(from + end), Column(from + kOnlyByStatement + end))
+        auto listed = [&](const char* more) {
+          std::string sql = "SELECT DISTINCT Email.ID, Email.Subject, MeContact.Name ";
+          return Column(sql.append(where).append(more).append("\r\n").append(order));
+        };
+        EXPECT_EQ(listed(""), listed(kOnlyByStatement))
             << when << ": " << condition << " " << order;
       }
     }

@@ -16,13 +16,11 @@ namespace tarnwick::oe {
 namespace {
 
 using repository::RepositoryDb;
-using samples::DbxImage;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
 using samples::ProfileBuilder;
 using samples::StandardFolders;
-using samples::StoredFolder;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
