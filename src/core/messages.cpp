@@ -66,7 +66,7 @@ void ShowError(const std::string& text, bool quiet, std::string_view kind) {
   ErrorsHeld* holder = Holder();
   if (holder == nullptr) {
     if (!quiet) ShowBox(BoxIcon::kCritical, kind, prefixed);
-  } else if (!quiet && holder->first_.empty()) {
+  } else if (holder->first_.empty()) {
     holder->first_ = text;
   }
   WriteLog(prefixed);

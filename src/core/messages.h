@@ -55,7 +55,8 @@ class ErrorsHeld {
   ErrorsHeld(const ErrorsHeld&) = delete;
   ErrorsHeld& operator=(const ErrorsHeld&) = delete;
 
-  // The text that the first of them would have been shown with, behind "Error: "; "" without one.
+  // The text of the first of them, behind "Error: ", also of one that is only logged otherwise:
+  // what failed first is the reason for the rest. "" without one.
   const std::string& First() const { return first_; }
 
  private:

@@ -20,34 +20,10 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
-// The engine's numbers for a write that found no room, and for one that failed.
-constexpr int kEngineFull = 13;
-constexpr int kEngineWriteFailed = 10;
-constexpr uint64_t kNoRoom = 64 * 1024;
-
-bool IsDiskFull(const Error& error, const std::string& written) {
-  if (error.Number() == kEngineFull || error.Number() == ErrorNumber::kDiskFull) return true;
-  return error.Number() == kEngineWriteFailed &&
-         platform::FreeSpace(platform::FolderOf(written)) < kNoRoom;
-}
-
-// "number description routine", for the person.
-std::string WhatHappened(const Error& error, const std::string& written, std::string_view routine) {
-  std::string what = std::to_string(error.Number()) + " " + error.Description();
-  if (IsDiskFull(error, written)) {
-    what = std::to_string(ErrorNumber::kDiskFull) + " The disk is full: there is no room left in " +
-           platform::FolderOf(written);
-  }
-  return what.append(" ").append(routine);
-}
-
 // The template may be of an older version, and would not hold all that is copied.
 void BringUpToDate(const std::string& file) {
   jet::Connection connection;
-  connection.SetProvider(jet::kProvider);
-  connection.SetProperty(jet::kDataSourceProperty, file);
-  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
-  connection.Open();
+  OpenFile(connection, file, {});
   jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
   connection.Close();
 }
@@ -142,7 +118,13 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
   } catch (...) {
     Error error = core::CurrentError();
     if (core::IsStop(error)) return Result::kStopped;
-    core::ShowError(WhatHappened(error, written, routine));
+    if (core::IsDiskFull(error)) {
+      core::ShowError(std::to_string(ErrorNumber::kDiskFull) +
+                      " The disk is full: there is no room left in " +
+                      platform::FolderOf(written).append(" ").append(routine));
+    } else {
+      core::ReportCurrentException(routine, core::Report::kShow);
+    }
   }
   return Result::kFailed;
 }

@@ -157,8 +157,8 @@ class Saving {
       core::WriteLog("Not saved: message " + std::to_string(id) + ", " +
                      core::LoggedMailText(label->subject));
       // A mailbox file ends where writing fails.
-      bool isLast = error.Number() == ErrorNumber::kDiskFull ||
-                    order_.format == SaveFormat::kMbox || failuresInARow_ >= kMostFailuresInARow;
+      bool isLast = core::IsDiskFull(error) || order_.format == SaveFormat::kMbox ||
+                    failuresInARow_ >= kMostFailuresInARow;
       core::ReportCurrentException("SaveMessages",
                                    isLast ? core::Report::kShow : core::Report::kLog);
       return !isLast;
