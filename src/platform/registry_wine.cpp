@@ -50,6 +50,12 @@ std::optional<std::string> TakeEscaped(std::string_view& text, char terminator) 
     if (!units.empty()) result += Utf16ToUtf8(units);
     units.clear();
   };
+  auto append = [&](uint32_t unit) {
+    AppendUnit(units, unit);
+    if (unit != 0) return;
+    flush();  // which ends at a zero; whether the text does is for its type to say
+    result += '\0';
+  };
   for (size_t i = 0; i < text.size();) {
     char c = text[i];
     if (c == terminator) {
@@ -69,7 +75,7 @@ std::optional<std::string> TakeEscaped(std::string_view& text, char terminator) 
       for (int digits = 0; digits < 4 && i < text.size() && HexDigit(text[i]) >= 0; ++digits) {
         unit = unit * 16 + static_cast<uint32_t>(HexDigit(text[i++]));
       }
-      AppendUnit(units, unit);
+      append(unit);
       continue;
     }
     if (escape >= '0' && escape <= '7') {
@@ -78,7 +84,7 @@ std::optional<std::string> TakeEscaped(std::string_view& text, char terminator) 
            ++digits) {
         unit = unit * 8 + static_cast<uint32_t>(text[i++] - '0');
       }
-      AppendUnit(units, unit);
+      append(unit);
       continue;
     }
     flush();

@@ -173,6 +173,7 @@ TEST(Wine, ReadsTheTextsOfUserReg) {
             "\"Hex\"=hex(2):43,00,3a,00,\\\n  5c,00,4d,00,00,00\n"
             "\"Binary\"=hex:01,00,ff\n"
             "\"Octal\"=\"a\\0011b\\351c\\12\"\n"
+            "\"Zero\"=\"kept\\0 and \\x0000lost\"\n"
             "\"Broken\"=\"no end\n"
             "no value at all\n"
             "[Identities\\\\{B}\n");
@@ -192,6 +193,7 @@ TEST(Wine, ReadsTheTextsOfUserReg) {
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Octal"),
             "a\x01"
             "1b\u00E9c\n");
+  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Zero"), "kept");
   EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Broken"), "(none)");
 }
 
