@@ -19,14 +19,10 @@ void StoredUnits::EndStored(int64_t mark) {
   } else if (repository.Batch() != 0) {
     waiting_.push_back({repository.Batch(), mark});
   }
-  EndUnit();
+  EndOther();
 }
 
 void StoredUnits::EndOther() {
-  EndUnit();
-}
-
-void StoredUnits::EndUnit() {
   try {
     RepositoryDb().EndUnit();
   } catch (...) {

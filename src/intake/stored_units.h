@@ -30,7 +30,6 @@ class StoredUnits {
     int64_t batch;
     int64_t mark;
   };
-  void EndUnit();
   void Settle();
 
   std::vector<Waiting> waiting_;  // in batches that are not committed yet

@@ -54,19 +54,21 @@ FolderRecord RecordOf(const FolderFile& list, const FolderRow& folder) {
   return {label, folder.fullName, list.userName};
 }
 
-// The files in the order of their first folder. A file that several folders name is read once: what
-// it holds is in the repository by then.
-void ReadFolders() {
+// Reads the files of the folders that are wanted, in the order of their first folder. A file that
+// several folders name is read once.
+void ReadFolders(bool (*isWanted)(const FolderRow&), std::string_view operation) {
   std::set<std::string> filesRead;
   ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
-    if (IsFolderToRead(folder)) {
+    if (isWanted(folder)) {
       std::string path = PathOf(list, folder);
-      if (filesRead.insert(path).second) {
-        ReadMessageTree(path, kMsgToDb, RecordOf(list, folder));
-      }
+      if (filesRead.insert(path).second) ReadMessageTree(path, operation, RecordOf(list, folder));
     }
     return !IsStopped();
   });
+}
+
+bool IsSentItems(const FolderRow& folder) {
+  return Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems;
 }
 
 // Says why the files of a folder list are not read; "" that they are.
@@ -127,16 +129,7 @@ bool IsFolderToRead(const FolderRow& folder) {
 
 void CollectMeAddresses() {
   core::GuardedRun("CollectMeAddresses", [&] {
-    if (!State().CanRead) return;
-    std::set<std::string> filesRead;
-    ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
-      if (Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems) {
-        std::string path = PathOf(list, folder);
-        if (filesRead.insert(path).second)
-          ReadMessageTree(path, kMeAddress, RecordOf(list, folder));
-      }
-      return !IsStopped();
-    });
+    if (State().CanRead) ReadFolders(IsSentItems, kMeAddress);
   });
 }
 
@@ -175,7 +168,7 @@ void ImportOutlookExpress() {
   core::GuardedRun("ImportOutlookExpress", [&] {
     if (!State().CanRead) return;
     State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
-    ReadFolders();
+    ReadFolders(IsFolderToRead, kMsgToDb);
   });
   core::GuardedRun("ImportOutlookExpress", [&] {
     platform::RemoveFile(core::State().TempMessageFile);
