@@ -65,7 +65,7 @@ class Source {
   // The files that it reads: "*.dbx".
   virtual std::string Files() const = 0;
 
-  // Whether a folder, chosen as a profile, holds anything of it.
+  // Whether a folder, chosen as a profile, holds anything of it. Changes nothing.
   virtual bool IsIn(const std::string& folder) = 0;
   // Finds what there is in the profile. whole: as at a first load. False when it could not be
   // looked at; that is no end of the load.

@@ -24,6 +24,7 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "repository/parameter_store.h"
 
 namespace tarnwick::outlook {
 
@@ -325,21 +326,21 @@ OlState& State() {
 class Outlook : public intake::Source {
  public:
   ~Outlook() override {
-    if (hasLooked_) olReset();
+    if (hasAnnounced_) olReset();
   }
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "MSOutlook"; }
   std::string Files() const override { return "*.pst"; }
-  bool IsIn(const std::string& folder) override {
-    hasLooked_ = true;
-    return olInitialize(folder);
-  }
+  bool IsIn(const std::string& folder) override { return !FindStores(folder).empty(); }
   // A first load takes every store.
-  bool Announce(bool whole) override { return olAnnounce(whole); }
+  bool Announce(bool whole) override {
+    hasAnnounced_ = true;
+    return olInitialize() && olAnnounce(whole);
+  }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
 
  private:
-  bool hasLooked_ = false;
+  bool hasAnnounced_ = false;
 };
 
 // One box for all of them, however many.
@@ -362,10 +363,10 @@ std::unique_ptr<intake::Source> MakeSource() {
   return std::make_unique<Outlook>();
 }
 
-bool olInitialize(const std::string& profileFolder) {
+bool olInitialize() {
   olReset();
   return core::Guarded("olInitialize", false, [&] {
-    State().StoreFiles = FindStores(profileFolder);
+    State().StoreFiles = FindStores(repository::GetProfileFolder());
     return !State().StoreFiles.empty();
   });
 }

@@ -25,9 +25,9 @@ inline constexpr const char* kApplication = "Outlook";
 // Outlook as a source of a load: the routines below, in their order.
 std::unique_ptr<intake::Source> MakeSource();
 
-// Finds the stores of a profile folder; what it finds is kept for olImportOutlook. False when there
-// is none.
-bool olInitialize(const std::string& profileFolder);
+// Finds the stores of the profile; what it finds is kept for olImportOutlook. False when there is
+// none.
+bool olInitialize();
 // Forgets it.
 void olReset();
 
