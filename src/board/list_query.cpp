@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "core/guard.h"
-#include "core/steps.h"
 #include "core/text.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
@@ -31,7 +30,7 @@ bool HasRow(const std::string& query) {
     rows.Open(query, repository::RepositoryDb());
     return !rows.Eof();
   } catch (const Error& error) {
-    if (!core::IsStop(error)) throw;
+    if (!repository::IsStop(error)) throw;
     return false;
   }
 }
@@ -173,7 +172,7 @@ bool OpenEmailList(const std::string& where) {
       OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
       placeholder = list.Eof();
     } catch (const Error& error) {
-      if (!core::IsStop(error)) throw;
+      if (!repository::IsStop(error)) throw;
       return false;
     }
     if (placeholder) {
@@ -211,7 +210,7 @@ int64_t CountIncoming() {
       rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
       return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
     } catch (const Error& error) {
-      if (!core::IsStop(error)) throw;
+      if (!repository::IsStop(error)) throw;
       return int64_t{-1};
     }
   });
@@ -234,7 +233,7 @@ int64_t CountReceived() {
           repository::RepositoryDb());
       return rows.Eof() ? 0 : rows.Field("CountOfIN").AsInt();
     } catch (const Error& error) {
-      if (!core::IsStop(error)) throw;
+      if (!repository::IsStop(error)) throw;
       return int64_t{-1};
     }
   });

@@ -4,7 +4,6 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "database/connection.h"
 #include "platform/clock.h"
 
 namespace tarnwick::core {
@@ -37,10 +36,6 @@ bool Steps::Next() {
   State().Ui->ShowProgress(done_, total_);
   YieldEvents();
   return !State().ImportCancelFlag;
-}
-
-bool IsStop(const Error& error) {
-  return error.Number() == jet::kInterrupted && State().ImportCancelFlag;
 }
 
 }  // namespace tarnwick::core

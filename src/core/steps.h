@@ -7,8 +7,6 @@
 
 #include <cstdint>
 
-#include "platform/error.h"
-
 namespace tarnwick::core {
 
 class Steps {
@@ -28,8 +26,5 @@ class Steps {
   int64_t turnedAt_;
   bool shown_ = false;
 };
-
-// True when the error is nothing but the stop command ending a statement.
-bool IsStop(const Error& error);
 
 }  // namespace tarnwick::core

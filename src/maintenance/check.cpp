@@ -9,7 +9,6 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "core/steps.h"
 #include "core/text.h"
 #include "database/recordset.h"
 #include "intake/store_message.h"
@@ -84,7 +83,7 @@ class Check {
       body();
       return true;
     } catch (const Error& error) {
-      if (core::IsStop(error)) throw;
+      if (repository::IsStop(error)) throw;
       Add(id, what + " can't be read: " + Describe(error));
       return false;
     }

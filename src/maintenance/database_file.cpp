@@ -5,7 +5,6 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "core/steps.h"
 #include "database/new_file.h"
 #include "database/recordset.h"
 #include "maintenance/backup.h"
@@ -117,7 +116,7 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
     return Result::kDone;
   } catch (...) {
     Error error = core::CurrentError();
-    if (core::IsStop(error)) return Result::kStopped;
+    if (repository::IsStop(error)) return Result::kStopped;
     if (core::IsDiskFull(error)) {
       core::ShowError(std::to_string(ErrorNumber::kDiskFull) +
                       " The disk is full: there is no room left in " +

@@ -6,8 +6,8 @@
 
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "core/steps.h"
 #include "platform/clock.h"
+#include "repository/repository.h"
 
 namespace tarnwick::maintenance {
 
@@ -71,7 +71,7 @@ Result UntilStopped(const std::function<Result()>& body) {
   try {
     return body();
   } catch (const Error& error) {
-    if (core::IsStop(error)) return Result::kStopped;
+    if (repository::IsStop(error)) return Result::kStopped;
     throw;
   }
 }

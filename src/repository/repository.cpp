@@ -256,6 +256,10 @@ void ReserveKeys() {
   jet::ReserveKeys(RepositoryDb(), "MeContact", kOfContacts);
 }
 
+bool IsStop(const Error& error) {
+  return error.Number() == jet::kInterrupted && State().ImportCancelFlag;
+}
+
 bool HasNoEmail() {
   return core::Guarded("HasNoEmail", true, [] {
     jet::Recordset recordset;

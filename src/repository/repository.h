@@ -58,6 +58,9 @@ void ReserveKeys();
 // to do. For a program that has nothing else to do just now.
 bool PrepareSearch(int64_t milliseconds);
 
+// True when the error is nothing but the stop command ending a statement.
+bool IsStop(const Error& error);
+
 // True when the repository holds no message.
 bool HasNoEmail();
 // Sets RepositoryIsEmpty anew after messages have come or gone; a full load that the options asked
