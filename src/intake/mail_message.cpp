@@ -9,10 +9,6 @@ namespace tarnwick::intake {
 
 namespace {
 
-bool IsMarkup(const std::string& body) {
-  return core::BeginsWith(body, "<!DOCTYPE") || core::BeginsWith(body, "<html");
-}
-
 // Mailers put hard blanks, marks of the byte order and blanks of no width into empty parts.
 bool IsBlank(std::string_view text) {
   while (!text.empty()) {
@@ -37,6 +33,10 @@ void SetCorrespondent(MailMessage& message) {
     message.FromToAddress = message.To[0].Address;
     message.FromToName = message.To[0].Name;
   }
+}
+
+bool IsMarkup(const std::string& body) {
+  return core::BeginsWith(body, "<!DOCTYPE") || core::BeginsWith(body, "<html");
 }
 
 void SettleBody(MailMessage& message) {

@@ -75,6 +75,9 @@ struct MailMessage {
 // or the first addressee.
 void SetCorrespondent(MailMessage& message);
 
+// A plain body that is HTML all the same.
+bool IsMarkup(const std::string& body);
+
 // Makes the text of a letter that has none but HTML: its plain part is missing, nothing but blanks
 // or markup itself. Body and HTMLBody stay as they are where a browser would show no text either.
 void SettleBody(MailMessage& message);

@@ -37,8 +37,7 @@ std::string Short(const std::string& text) {
 }
 
 void TakeBodyFromHtml(MailMessage& message) {
-  if (message.Body.empty() || core::BeginsWith(message.Body, "<!DOCTYPE") ||
-      core::BeginsWith(message.Body, "<html")) {
+  if (message.Body.empty() || IsMarkup(message.Body)) {
     message.Body = platform::HtmlToPlainText(Clean(message.HTMLBody));
   }
 }
