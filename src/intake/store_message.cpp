@@ -21,7 +21,6 @@ namespace tarnwick::intake {
 namespace {
 
 using core::QuoteSql;
-using core::Report;
 using repository::Repository;
 using repository::RepositoryDb;
 

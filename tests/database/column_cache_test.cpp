@@ -171,7 +171,12 @@ TEST_F(ColumnCacheTest, AnswersAsTheStatementsDoWhateverIsWritten) {
          for (int i = 0; i < 50; i++) AddRow();
        },
        5},
-      {"a key far away", [&] { Run("INSERT INTO Email (ID) VALUES (99999999999)"); }, 6},
+      {"a key and a contact far away",
+       [&] {
+         Run("INSERT INTO Email (ID, FromTo, Direction, FilesNum, ReceivedTime) "
+             "VALUES (99999999999, 99999999999, 'In', 1, #03/03/2005#)");
+       },
+       6},
   };
   for (const Case& test : kCases) {
     test.write();

@@ -165,6 +165,14 @@ TEST_F(RecordsetTest, AddsRowsAndKnowsTheirKeys) {
   contacts.Update();
   EXPECT_EQ(contacts.Field("ID").AsInt(), 5) << "a row of nothing but its key";
   contacts.AddNew();
+  contacts.SetField("ID", int64_t{1} << 40);
+  contacts.Update();
+  EXPECT_EQ(contacts.RecordCount(), 6);
+  contacts.Requery();
+  contacts.MoveLast();
+  EXPECT_EQ(contacts.Field("ID").AsInt(), int64_t{1} << 40);
+  contacts.Delete();
+  contacts.AddNew();
   contacts.SetField("Name", "never");
   contacts.CancelUpdate();
   contacts.MoveFirst();

@@ -146,11 +146,19 @@ TEST_F(StoreMessage, HostileTextsAreStoredAsTheyStand) {
   Store();
   message_.MessageKey = "other";
   Store();
+  message_.MessageKey = "long";
+  message_.Subject = std::string(40'000, 's');
+  message_.AttachCount = INT16_MAX;  // as a damaged export may have it
+  message_.Attachments[0].clear();
+  Store();
+  EXPECT_EQ(Query("SELECT Subject FROM Email WHERE EntryID='long'").AsText().size(), 32767U);
+  RepositoryDb().Execute("DELETE FROM Email WHERE EntryID='long'");
+  EXPECT_EQ(CountRows("Attachment"), 2);
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), nasty);
   EXPECT_EQ(CountRows("Email"), 2);
   EXPECT_EQ(CountRows("MeContact"), 1);
   EXPECT_EQ(CountRows("tblProject"), 1);
-  EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), message_.Attachments[0]);
+  EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), nasty + std::string("\0tail", 5));
   EXPECT_TRUE(platform::IsValidUtf8(Query("SELECT Body FROM Email").AsText()));
   EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(), std::string(255, 'k'));
 }
@@ -187,6 +195,8 @@ TEST_F(StoreMessage, AMessageLeftByHalfIsNoStoredOneAndIsMadeWholeByTheNextLoad)
   file_ = folder_.File("gone.eml");
   message_.Attachments[0] = "plan.doc";
   message_.AttachCount = 1;
+  message_.Cc[0] = {"Carl", "carl@example.org"};
+  message_.CcCount = 1;
   Store();
   EXPECT_EQ(ending_.outcome, Outcome::kUnreadable);
   EXPECT_NE(State().LastReportedError.find("FileToDB"), std::string::npos);
@@ -199,7 +209,8 @@ TEST_F(StoreMessage, AMessageLeftByHalfIsNoStoredOneAndIsMadeWholeByTheNextLoad)
   Store();
   EXPECT_EQ(ending_.outcome, Outcome::kStored);
   EXPECT_TRUE(IsEmailExist("key one"));
-  for (const char* table : {"Email", "Attachment", "ToRecipient", "FileRepository"}) {
+  for (const char* table :
+       {"Email", "Attachment", "ToRecipient", "ccRecipient", "FileRepository"}) {
     EXPECT_EQ(CountRows(table), 1) << table;
   }
   EXPECT_EQ(CountRows("Unfinished"), 0);

@@ -153,6 +153,12 @@ TEST_F(Restore, TheKeyOfADeletedMessageIsNotGivenAgain) {
   ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
   testing::StoreVariedMessages(1, 1000);
   EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 4);
+  // A damaged row that names the last key there can be leaves keys to give.
+  RepositoryDb().Execute("INSERT INTO Attachment (EmailID) VALUES (9223372036854775807)");
+  repository::DisconnectRepository();
+  ASSERT_TRUE(repository::OpenRepository(false));
+  testing::StoreVariedMessages(1, 1001);
+  EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 5);
 }
 
 TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {

@@ -186,6 +186,7 @@ TEST_F(DbxRead, DatesOutside1990To2009AreNotFound) {
 }
 
 TEST_F(DbxRead, FileTimesBecomeDates) {
+  EXPECT_THROW(Get32("abcdef", 3), Error) << "a number that passes the end of its bytes";
   uint64_t known = samples::ToFileTime(DateTime::FromDate(2002, 6, 17).WithTime(19, 42, 7));
   EXPECT_EQ(known, 0x01C21637102A1180U);
   EXPECT_EQ(FileTimeToDate(known + 9'999'999, false).ToIso(), "2002-06-17 19:42:07");

@@ -77,6 +77,14 @@ TEST_F(Discovery, FillsTheTables) {
   EXPECT_EQ(CountRows("UserList"), 1);
 }
 
+TEST_F(Discovery, FoldersThatAreEachOthersParentsGetANameAllTheSame) {
+  std::string store = profile_.AddIdentity("Ann");
+  ProfileBuilder::WriteStore(
+      store, {{{1, 2, "A", "a.dbx"}, StoreOf({})}, {{2, 1, "B", "b.dbx"}, StoreOf({})}});
+  ASSERT_TRUE(Discover());
+  EXPECT_THAT(FullNames(0), ElementsAre("B.A", "A.B"));
+}
+
 TEST_F(Discovery, IdentitiesKeepTheirNamesAndStores) {
   std::string first = profile_.AddIdentity("Ann O'Neil");
   std::string second = profile_.AddIdentity("Анна");
@@ -199,6 +207,7 @@ TEST_F(Discovery, ADamagedFolderListGivesTheFoldersThatCanBeRead) {
   list.Add({2, 0, "Two", "Two.dbx"});
   list.Add({3, 3, "Circle", "Two.dbx"});
   list.Finish();
+  EXPECT_FALSE(FindStoreFile(folder_.Path() + "Mail/", "../Two.dbx"));
   list.Image().Put32(second, 1);
   platform::WriteFile(folder_.File("Two.dbx"), StoreOf({}));
   State().FolderFiles = {{WriteTemp("Folders.dbx", list.Bytes()), "ann", folder_.Path()}};
