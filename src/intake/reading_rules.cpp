@@ -7,8 +7,12 @@
 
 namespace tarnwick::intake {
 
-ReadingRules StoredRules() {
-  if (!repository::GetOption(kCompleteReadingOption)) return kDesigned;
+bool IsCompleteStored() {
+  return repository::GetOption(repository::kCompleteReadingOption);
+}
+
+ReadingRules StoredRules(bool isComplete) {
+  if (!isComplete) return kDesigned;
   ReadingRules rules = kComplete;
   rules.drafts = repository::GetOption(kDraftsOption);
   rules.deletedItems = repository::GetOption(kDeletedItemsOption);

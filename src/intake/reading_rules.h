@@ -69,15 +69,14 @@ inline constexpr ReadingRules kComplete{.everyStore = true,
                                         .bareAddresses = true,
                                         .mostRecipients = INT16_MAX};
 
-// The options: "CompleteReading" and, for complete reading, the folders that are left out
-// otherwise.
-inline constexpr const char* kCompleteReadingOption = "CompleteReading";
+// The options beside repository::kCompleteReadingOption: the folders that are left out otherwise.
 inline constexpr const char* kDraftsOption = "ReadDrafts";
 inline constexpr const char* kDeletedItemsOption = "ReadDeletedItems";
 inline constexpr const char* kOutboxOption = "ReadOutbox";
 
-// The rules that the options say.
-ReadingRules StoredRules();
+// Which reading the options say, and the rules of either with the folders that they say.
+bool IsCompleteStored();
+ReadingRules StoredRules(bool isComplete = IsCompleteStored());
 
 // What a store's index says of a message's times, in local civil time.
 struct StoreTimes {

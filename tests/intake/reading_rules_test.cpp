@@ -154,7 +154,7 @@ TEST_F(CompleteReading, TheOptionsSayTheRules) {
   repository::SetOption(kDraftsOption, true);
   EXPECT_FALSE(StoredRules().everyStore);
   EXPECT_FALSE(StoredRules().drafts);  // a part of complete reading
-  repository::SetOption(kCompleteReadingOption, true);
+  repository::SetOption(repository::kCompleteReadingOption, true);
   EXPECT_TRUE(StoredRules().everyStore);
   EXPECT_TRUE(StoredRules().drafts);
   EXPECT_FALSE(StoredRules().outbox);
