@@ -94,8 +94,10 @@ std::vector<std::string> ListEntries(
 
 #ifdef _WIN32
 constexpr int kBinary = _O_BINARY;
+constexpr int kNoWait = 0;
 #else
 constexpr int kBinary = O_CLOEXEC;
+constexpr int kNoWait = O_NONBLOCK;  // a pipe that nobody writes to would be waited for
 #endif
 
 constexpr size_t kBufferSize = 64 * 1024;
@@ -362,7 +364,7 @@ void WriteFile(const std::string& path, std::string_view bytes) {
 
 InputFile::InputFile(const std::string& path) : path_(path) {
   Pass(FileOperation::kOpen, path);
-  handle_ = ::open(path.c_str(), O_RDONLY | kBinary);
+  handle_ = ::open(path.c_str(), O_RDONLY | kBinary | kNoWait);
   if (handle_ < 0) ThrowSystemError(errno, path);
   struct stat status {};
   if (::fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
