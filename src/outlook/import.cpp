@@ -290,21 +290,28 @@ OlState& State() {
 
 class Outlook : public intake::Source {
  public:
+  explicit Outlook(std::vector<std::string> chosen = {}) : chosen_(std::move(chosen)) {}
   ~Outlook() override {
     if (hasAnnounced_) olReset();
   }
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "MSOutlook"; }
   std::string Files() const override { return "*.pst"; }
-  bool IsIn(const std::string& folder) override { return !FindStores(folder).empty(); }
+  bool IsIn(const std::string& folder) override {
+    return !chosen_.empty() || !FindStores(folder).empty();
+  }
   // A first load takes every store.
   bool Announce(bool whole) override {
     hasAnnounced_ = true;
-    return olInitialize() && olAnnounce(whole);
+    if (chosen_.empty()) return olInitialize() && olAnnounce(whole);
+    olReset();
+    State().StoreFiles = chosen_;
+    return olAnnounce(true);
   }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
 
  private:
+  std::vector<std::string> chosen_;
   bool hasAnnounced_ = false;
 };
 
@@ -326,6 +333,10 @@ void ShowRefused(const std::vector<RefusedStore>& stores) {
 
 std::unique_ptr<intake::Source> MakeSource() {
   return std::make_unique<Outlook>();
+}
+
+std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles) {
+  return std::make_unique<Outlook>(std::move(storeFiles));
 }
 
 bool olInitialize() {

@@ -251,22 +251,4 @@ void MailboxFolder::LearnSender(std::string_view headers) {
                           mailbox_.application);
 }
 
-std::string FirstKey(const Mailbox& mailbox) {
-  try {
-    std::unique_ptr<LetterReader> reader = OpenMailbox(mailbox);
-    constexpr int kMostTried = 20;
-    Letter letter;
-    for (int i = 0; i < kMostTried && reader->Next(letter); ++i, letter = {}) {
-      if (letter.state.isDeleted || !letter.fault.empty()) continue;
-      if (!letter.recordFile.empty()) return KeyOfLetter(platform::ReadFile(letter.recordFile));
-      LetterKey key;
-      reader->Copy([&](std::string_view piece) { key.Add(piece); });
-      return key.Finish();
-    }
-  } catch (const Error&) {
-    // There is none that can be read.
-  }
-  return {};
-}
-
 }  // namespace tarnwick::sources

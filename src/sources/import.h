@@ -58,8 +58,4 @@ class MailboxFolder : public intake::SourceFolder {
   std::string lastSender_;  // learnt last
 };
 
-// The key of a letter of this mailbox's, without taking it in: the first one that can be read; ""
-// for none. Tells whether the mailbox was loaded before.
-std::string FirstKey(const Mailbox& mailbox);
-
 }  // namespace tarnwick::sources

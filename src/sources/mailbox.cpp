@@ -203,7 +203,11 @@ std::vector<Mailbox> MailboxAt(const std::string& path) {
   if (!content) return {};
   content->files = {platform::FileNameOf(absolute)};
   content->folders.clear();
-  return finder.In(folder, *content);
+  std::vector<Mailbox> found = finder.In(folder, *content);
+  for (Mailbox& mailbox : found) {
+    if (mailbox.kind == MailboxKind::kLetterFiles) mailbox.path = absolute;
+  }
+  return found;
 }
 
 MailboxSearch FindMailboxes(const std::string& folder, const std::function<bool()>& goOn) {

@@ -27,7 +27,7 @@ enum class MailboxRole {
 
 struct Mailbox {
   MailboxKind kind = MailboxKind::kMbox;
-  std::string path;         // a file, or a folder with its separator
+  std::string path;  // a file (of kLetterFiles: the only letter), or a folder with its separator
   std::string application;  // "Thunderbird"; the program that wrote it, as far as that shows
   std::string identity;     // the account, or the folder that it lies in
   std::string name;         // "Inbox"

@@ -172,6 +172,7 @@ std::string AppleMailboxOf(const std::string& folder) {
 }
 
 std::vector<std::string> LetterPathsIn(const std::string& folder) {
+  if (!folder.ends_with(platform::kSeparator)) return {folder};
   std::vector<std::string> paths;
   auto content = platform::ListFolder(folder);
   if (!content) return paths;

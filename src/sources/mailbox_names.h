@@ -29,7 +29,7 @@ std::string ProgramOfFolder(const std::string& folder);
 // The "NAME.mbox" folder above a folder of Apple's letters, with its separator; "" for none.
 std::string AppleMailboxOf(const std::string& folder);
 
-// Paths of the letter files in a folder.
-std::vector<std::string> LetterPathsIn(const std::string& folder);
+// Paths of the letter files in a folder; of a file itself, that one.
+std::vector<std::string> LetterPathsIn(const std::string& path);
 
 }  // namespace tarnwick::sources

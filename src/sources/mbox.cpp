@@ -63,31 +63,6 @@ bool IsMonth(std::string_view word) {
   return place != std::string_view::npos && place % 3 == 0;
 }
 
-// The year of a date as it stands in a separator line, in whatever order; 0 where it is none.
-int YearOfDate(std::string_view text) {
-  constexpr int kMostWords = 12;
-  bool hasMonth = false;
-  bool hasDay = false;
-  bool hasTime = false;
-  int year = 0;
-  for (int i = 0; i < kMostWords; ++i) {
-    std::string_view word = TakeWord(text);
-    if (word.empty()) break;
-    if (word.ends_with(',')) word.remove_suffix(1);
-    if (IsMonth(word)) {
-      hasMonth = true;
-    } else if (IsTime(word)) {
-      hasTime = true;
-    } else if (IsDigits(word) && word.size() <= 2) {
-      hasDay = true;
-    } else if (IsDigits(word) && word.size() == 4 && year == 0) {
-      std::from_chars(word.data(), word.data() + word.size(), year);
-      if (year < 1970 || year > 2100) year = 0;
-    }
-  }
-  return hasMonth && hasDay && hasTime ? year : 0;
-}
-
 bool BeginsWithHeader(std::string_view line) {
   size_t colon = line.find(':');
   if (colon == 0 || colon == std::string_view::npos) return false;
@@ -179,11 +154,28 @@ bool IsMbox(std::string_view head) {
   return SeparatorLength(head) != 0;
 }
 
-int YearOfSeparator(std::string_view bytes) {
-  if (SeparatorLength(bytes) == 0) return 0;
-  std::string_view rest = FirstLine(bytes).substr(kFrom.size());
-  TakeWord(rest);
-  return YearOfDate(rest);
+int YearOfDate(std::string_view text) {
+  constexpr int kMostWords = 12;
+  bool hasMonth = false;
+  bool hasDay = false;
+  bool hasTime = false;
+  int year = 0;
+  for (int i = 0; i < kMostWords; ++i) {
+    std::string_view word = TakeWord(text);
+    if (word.empty()) break;
+    if (word.ends_with(',')) word.remove_suffix(1);
+    if (IsMonth(word)) {
+      hasMonth = true;
+    } else if (IsTime(word)) {
+      hasTime = true;
+    } else if (IsDigits(word) && word.size() <= 2) {
+      hasDay = true;
+    } else if (IsDigits(word) && word.size() == 4 && year == 0) {
+      std::from_chars(word.data(), word.data() + word.size(), year);
+      if (year < 1970 || year > 2100) year = 0;
+    }
+  }
+  return hasMonth && hasDay && hasTime ? year : 0;
 }
 
 MboxReader::MboxReader(const std::string& path) : file_(path), look_(path, kMostOfHeaders) {

@@ -66,8 +66,9 @@ struct MboxCount {
 };
 MboxCount CountMbox(const std::string& path, uint64_t limit = UINT64_MAX);
 
-// The year that the separator line at the beginning of some bytes tells; 0 for none.
-int YearOfSeparator(std::string_view bytes);
+// The year of a date as a separator line or a header has it, in whatever order; 0 where there is no
+// whole date.
+int YearOfDate(std::string_view text);
 
 // What Status, X-Status and X-Mozilla-Status say in a letter's headers.
 LetterState StateOfHeaders(std::string_view headers);
