@@ -166,6 +166,10 @@ class Looker {
       mail.bytes += platform::FileSize(folder + name);
       AddYears(sample.firstYear, sample.lastYear, mail);
       if (sample.isDamaged) mail.state = State::kDamaged;
+      // What a load leaves out says nothing of whether there was one.
+      if (sources::RoleOfName(name.substr(0, name.rfind('.'))) == sources::MailboxRole::kLeftOut) {
+        continue;
+      }
       for (const std::string& key : sample.keys) Try(key, tried);
     }
     // Other programs keep other things in files of that name.
@@ -202,7 +206,6 @@ class Looker {
     mail.bytes += sample.bytes;
     AddYears(sample.firstYear, sample.lastYear, mail);
     if (sample.isDamaged) mail.state = State::kDamaged;
-    // What a load leaves out says nothing of whether there was one.
     if (mailbox.role != sources::MailboxRole::kLeftOut) Try(sample.key, tried_[entry->second]);
     mail.mailboxes.push_back(mailbox);
   }

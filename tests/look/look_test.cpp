@@ -33,7 +33,7 @@ class LookAround : public testing::ProgramFixture {
  protected:
   LookAround() : root_(folder_.File("disk/")) {
     setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
-    samples::WriteSampleProfile(root_ + "Documents and Settings/clara");
+    samples::WriteSampleProfile(root_ + "Documents and Settings/clara/");
     Write("mail/pop/Inbox", kMark + LetterOf("a", "1999") + kMark + LetterOf("b", "2004"));
     Write("mail/pop/Sent", kMark + LetterOf("c", "2001"));
     Write("mail/pop/Trash", kMark + LetterOf("d", "2001"));
