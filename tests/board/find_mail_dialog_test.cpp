@@ -36,13 +36,14 @@ class FindMail : public BoardWindow {
   }
   // Presses a button of the dialog that comes next, once it has looked.
   static void PressInDialog(const char* button) {
-    QTimer::singleShot(0, [button] {
+    QTimer::singleShot(10, [button] {
       auto* dialog = qobject_cast<FindMailDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      while (dialog->findChild<QTreeWidget*>("Found")->topLevelItemCount() == 0) {
-        QApplication::processEvents();
+      auto* list = dialog == nullptr ? nullptr : dialog->findChild<QTreeWidget*>("Found");
+      if (list == nullptr || list->topLevelItemCount() == 0) {
+        PressInDialog(button);
+      } else {
+        dialog->findChild<QPushButton*>(button)->click();
       }
-      QTimer::singleShot(0, dialog->findChild<QPushButton*>(button), &QPushButton::click);
     });
   }
   void Drop(const std::vector<std::string>& paths) {
@@ -50,6 +51,8 @@ class FindMail : public BoardWindow {
     QList<QUrl> urls;
     for (const std::string& path : paths) urls += QUrl::fromLocalFile(QString::fromStdString(path));
     data.setUrls(urls);
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window_.get(), &enter);
     QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(window_.get(), &drop);
     EXPECT_TRUE(drop.isAccepted());
