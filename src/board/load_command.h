@@ -53,12 +53,14 @@ struct TakeResult {
   int64_t stored = 0;
   int64_t alreadyStored = 0;
   int64_t unreadable = 0;
-  int64_t notReached = 0;             // a full disk ended it before, or took them back
-  std::vector<std::string> notTaken;  // the files that are not in the repository
+  int64_t notReached = 0;  // a full disk ended it before, or took them back
+  // Message files that are not in the repository, other files and folders without mail.
+  std::vector<std::string> notTaken;
 };
 
 // Takes message files in, whoever sent them: the person chose them. Shows "This email is in the
-// repository." for one that is there already.
+// repository." for one that is there already. Of a file or folder with the mail of another program
+// (sources/mailbox.h), every letter is taken.
 TakeResult TakeTextFiles(const std::vector<std::string>& paths);
 
 }  // namespace tarnwick::board

@@ -38,6 +38,7 @@ MainBoard::MainBoard(QWidget* parent)
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
+      find_(new FindActions(parts_, *work_, *load_, this)),
       messages_(new MessageActions(parts_, *work_, *list_, this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));

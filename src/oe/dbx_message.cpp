@@ -297,6 +297,20 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading)
 
 }  // namespace
 
+std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset) {
+  try {
+    std::string_view head = file.Read(infoOffset, kMinInfoSize);
+    if (head.size() < kMinInfoSize || Get32(head, 0) != infoOffset) return std::nullopt;
+    std::optional<Info> info = ReadInfoHead(file, infoOffset, {});
+    ReadMessage message;
+    Reading reading{message, intake::kComplete};
+    if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
+    return std::move(message.info);
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules) {
   message = {};

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -87,6 +88,9 @@ struct ReadMessage {
 // True when a message that the repository does not hold stands whole in TempMessageFile.
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules = intake::kDesigned);
+
+// What the index of a message tells, and nothing else done; nullopt where it can't be read.
+std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset);
 
 // Place of the timestamp behind the 12-byte head of an info object; 0 when there is none.
 size_t FindInfoDate(ByteReader& file, uint32_t infoOffset, int entryCount);

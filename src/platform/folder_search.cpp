@@ -2,7 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/folder_search.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <deque>
+#include <filesystem>
 #include <utility>
 
 #include "platform/charset.h"
@@ -45,6 +49,51 @@ FolderSearch FindFolders(const std::string& folder) {
     search.folders.push_back(std::move(path));
   }
   return search;
+}
+
+std::optional<FolderContent> ListFolder(const std::string& folder) {
+  namespace fs = std::filesystem;
+  FolderContent content;
+  std::error_code code;
+  fs::directory_iterator entries(folder, code);
+  for (; !code && entries != fs::directory_iterator(); entries.increment(code)) {
+    std::error_code unknown;
+    fs::file_type type = entries->symlink_status(unknown).type();
+    if (type == fs::file_type::regular) {
+      content.files.push_back(entries->path().filename().string());
+    } else if (type == fs::file_type::directory) {
+      content.folders.push_back(entries->path().filename().string());
+    }
+  }
+  if (code) return std::nullopt;
+  std::sort(content.files.begin(), content.files.end());
+  std::sort(content.folders.begin(), content.folders.end());
+  return content;
+}
+
+FolderWalk::FolderWalk(const std::string& root) {
+  pending_.push_back(WithSeparator(root));
+}
+
+bool FolderWalk::Next() {
+  for (auto name = content_.folders.rbegin(); name != content_.folders.rend(); ++name) {
+    pending_.push_back(path_ + WithSeparator(*name));
+  }
+  content_ = {};
+  while (!pending_.empty()) {
+    path_ = std::move(pending_.back());
+    pending_.pop_back();
+    struct stat status {};
+    bool isThere = ::stat(path_.c_str(), &status) == 0;
+    if (isThere && !visited_.emplace(status.st_dev, status.st_ino).second) continue;
+    std::optional<FolderContent> content = ListFolder(path_);
+    if (content) {
+      content_ = std::move(*content);
+      return true;
+    }
+    forbidden_.push_back(path_);
+  }
+  return false;
 }
 
 }  // namespace tarnwick::platform

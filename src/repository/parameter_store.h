@@ -42,7 +42,8 @@ void SetOption(std::string_view name, bool on);
 // Reads the flags of the run state.
 void ReadOptionFlags();
 
-// The folder of the mail owner's Windows profile: TARNWICK_PROFILE, else the stored one, else "".
+// The folder of the mail owner's Windows profile: the one that a load reads (core::RunState), else
+// TARNWICK_PROFILE, else the stored one, else "".
 std::string GetProfileFolder();
 void SetProfileFolder(const std::string& folder);
 
