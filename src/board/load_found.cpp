@@ -21,16 +21,18 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
   std::vector<std::string> stores;
   std::vector<sources::Mailbox> mailboxes;
   std::string first;
+  const intake::ReadingRules rules = intake::StoredRules();
   for (const look::FoundMail& found : mail) {
     mailboxes.insert(mailboxes.end(), found.mailboxes.begin(), found.mailboxes.end());
     if (found.program == outlook::kApplication) stores.push_back(found.place);
     if (found.program != oe::kApplication && first.empty()) first = found.place;
     if (found.program != oe::kApplication || byProfile.contains(found.profile)) continue;
-    byProfile[found.profile].push_back(oe::MakeSource());
+    byProfile[found.profile].push_back(oe::MakeSource(rules));
   }
   if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores));
   if (!mailboxes.empty()) {
-    byProfile[first].push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile, mailboxes));
+    byProfile[first].push_back(
+        tarnwick::sources::MakeSource(outlook::ReadMsgFile, mailboxes, rules));
   }
   return byProfile;
 }

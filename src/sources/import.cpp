@@ -71,8 +71,9 @@ bool GoOn() {
 
 class OtherMail : public intake::Source {
  public:
-  OtherMail(RecordReader readRecord, std::optional<std::vector<Mailbox>> mailboxes)
-      : readRecord_(std::move(readRecord)), chosen_(std::move(mailboxes)) {}
+  OtherMail(RecordReader readRecord, std::optional<std::vector<Mailbox>> mailboxes,
+            const intake::ReadingRules& rules)
+      : readRecord_(std::move(readRecord)), rules_(rules), chosen_(std::move(mailboxes)) {}
 
   std::string Name() const override { return kName; }
   const char* Option() const override { return kOption; }
@@ -127,31 +128,35 @@ class OtherMail : public intake::Source {
   // What can't be read of one mailbox keeps no other from being read.
   bool ReadOne(const Mailbox& mailbox, bool isOneOfMany) const {
     return core::GuardedRun("LoadOtherMail", [&] {
-      MailboxFolder folder(mailbox, readRecord_, isOneOfMany);
+      MailboxFolder folder(mailbox, readRecord_, isOneOfMany, rules_);
       intake::ReadFolder(folder);
     });
   }
 
   RecordReader readRecord_;
+  intake::ReadingRules rules_;
   std::optional<std::vector<Mailbox>> chosen_;
   std::vector<Mailbox> mailboxes_;
 };
 
 }  // namespace
 
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::nullopt);
-}
-
 std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
-                                           std::vector<Mailbox> mailboxes) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::move(mailboxes));
+                                           const intake::ReadingRules& rules) {
+  return std::make_unique<OtherMail>(std::move(readRecord), std::nullopt, rules);
 }
 
-MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany)
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes,
+                                           const intake::ReadingRules& rules) {
+  return std::make_unique<OtherMail>(std::move(readRecord), std::move(mailboxes), rules);
+}
+
+MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany,
+                             const intake::ReadingRules& rules)
     : mailbox_(std::move(mailbox)),
       readRecord_(readRecord),
       isOneOfMany_(isOneOfMany),
+      rules_(rules),
       reader_(OpenMailbox(mailbox_)) {}
 
 intake::SourceDescriptor MailboxFolder::Descriptor() const {

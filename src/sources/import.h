@@ -28,20 +28,24 @@ inline constexpr const char* kDeletedReason = "letters that were deleted are not
 using RecordReader = std::function<intake::MailMessage(
     const std::string& file, const intake::SourceDescriptor& place, bool isSent)>;
 
-// The mailboxes of the profile folder.
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord);
+// The mailboxes of the profile folder. By the rules their letters are parsed.
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules = intake::kDesigned);
 // These mailboxes, all of them.
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes,
+                                           const intake::ReadingRules& rules = intake::kDesigned);
 
 // The letters of a mailbox as a load takes them.
 class MailboxFolder : public intake::SourceFolder {
  public:
   // isOneOfMany: there are other accounts, so that the folder's name begins with its own.
-  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany);
+  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany,
+                const intake::ReadingRules& rules);
 
   std::string Place() const override { return mailbox_.path; }
   intake::SourceDescriptor Descriptor() const override;
   std::string Identity() const override { return mailbox_.identity; }
+  const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
 
  private:
@@ -53,6 +57,7 @@ class MailboxFolder : public intake::SourceFolder {
   Mailbox mailbox_;
   const RecordReader& readRecord_;
   bool isOneOfMany_;
+  intake::ReadingRules rules_;
   std::unique_ptr<LetterReader> reader_;
   std::string begin_;       // of the current letter: all of it but for a large one
   std::string lastSender_;  // learnt last
