@@ -34,7 +34,8 @@ struct Probe {
 
 }  // namespace
 
-std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Wanted>& wanted) {
+std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Wanted>& wanted,
+                                                          Share share) {
   std::vector<uint32_t> trigrams;
   for (const Wanted& want : wanted) {
     std::vector<uint32_t> found = TrigramsOf(want.text, want.isPattern, SaltOf(want.column));
@@ -50,7 +51,7 @@ std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Want
       return true;
     });
   });
-  Attempt([&] { keys = Propose(trigrams); });
+  Attempt([&] { keys = Propose(trigrams, share); });
   return keys;
 }
 
@@ -65,11 +66,12 @@ void TextIndex::Show(const std::vector<int64_t>& keys) {
   });
 }
 
-std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams) {
+std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams,
+                                                       Share share) {
   std::vector<Segment> segments = Segments();
   size_t most = kAlwaysUseful;
   for (const Segment& segment : segments) most += segment.documents / kUsefulShare;
-  most = std::min(most, kMostProposed);
+  most = share == Share::kAny ? kMostProposed : std::min(most, kMostProposed);
   std::vector<int64_t> keys = KeysOf(kChanged, kBeforeAll, most + 1);
   std::vector<int64_t> behind = KeysOf(table_, Done(), most + 1);
   keys.insert(keys.end(), behind.begin(), behind.end());
