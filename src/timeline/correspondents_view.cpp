@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/correspondents_view.h"
+#include "timeline/correspondents_view.h"
 
 #include <QAccessible>
 #include <QHelpEvent>
@@ -12,10 +12,10 @@
 #include <QToolTip>
 #include <algorithm>
 
-#include "board/timeline_plot_view.h"
 #include "repository/plain_text_view.h"
+#include "timeline/plot_view.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -204,4 +204,4 @@ void CorrespondentsView::PaintPerson(QPainter& painter, int person, int64_t most
   painter.drawText(text.adjusted(0, 0, -countWidth, 0), Qt::AlignLeft | Qt::AlignVCenter, name);
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -4,16 +4,22 @@
 
 #include <functional>
 
-#include "board/timeline_query.h"
-#include "board/timeline_state.h"
-#include "board_rows.h"
+#include "board/board_rows.h"
+#include "board/timeline_scope.h"
 #include "platform/clock.h"
 #include "platform/locale.h"
 #include "support/program_fixture.h"
+#include "timeline/query.h"
+#include "timeline/state.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 namespace {
 
+using board::Board;
+using board::EveryMessage;
+using board::ListDirection;
+using board::ListFilter;
+using board::TimelineScope;
 using testing::AddListed;
 using ::testing::ElementsAre;
 
@@ -163,18 +169,18 @@ class TimelineCounting : public testing::ProgramFixture {
     AddListed({.subject = "Plan", .name = "Anna", .received = at(1969, 12, 31)});
     AddListed({.subject = "Plan", .direction = "Out", .received = at(2036, 2, 7)});
   }
-  ~TimelineCounting() override { ResetBoard(); }
+  ~TimelineCounting() override { board::ResetBoard(); }
 
   static MessageCount Count(const ListFilter& filter) {
     TimelineReader reader;
-    reader.Start(filter);
+    reader.Start(TimelineScope(filter));
     while (reader.Step()) {
     }
     return reader.Counts().Total();
   }
   static std::vector<Correspondent> Top(const ListFilter& filter) {
     CorrespondentReader reader;
-    reader.Start(filter);
+    reader.Start(TimelineScope(filter));
     while (reader.Step()) {
     }
     return reader.Top(20);
@@ -202,11 +208,11 @@ TEST_F(TimelineCounting, AddsUpToTheListForEveryFilter) {
   for (const auto& row : kRows) {
     Board().Filter = EveryMessage();
     row.change(Board().Filter);
-    ASSERT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
-    EXPECT_EQ(Count(Board().Filter).Total(), CountListed()) << row.what;
+    ASSERT_TRUE(board::OpenEmailList(board::BuildListWhere(Board().Filter)));
+    EXPECT_EQ(Count(Board().Filter).Total(), board::CountListed()) << row.what;
     Board().Filter.Direction = ListDirection::kOut;
-    ASSERT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
-    EXPECT_EQ(Count(Board().Filter), (MessageCount{0, CountListed()})) << row.what;
+    ASSERT_TRUE(board::OpenEmailList(board::BuildListWhere(Board().Filter)));
+    EXPECT_EQ(Count(Board().Filter), (MessageCount{0, board::CountListed()})) << row.what;
   }
 }
 
@@ -214,7 +220,7 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
   ListFilter narrow = EveryMessage();
   narrow.DateFrom = narrow.DateTo = DateTime::FromDate(2004, 3, 1);  // its dates don't matter
   TimelineReader reader;
-  reader.Start(narrow);
+  reader.Start(TimelineScope(narrow));
   while (reader.Step()) {
   }
   const DayCounts& counts = reader.Counts();
@@ -229,11 +235,11 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
 
   // Counted once, it is there at once; until something changes.
   AddListed({.subject = "New"});
-  reader.Start(narrow);
+  reader.Start(TimelineScope(narrow));
   EXPECT_FALSE(reader.IsRunning());
   EXPECT_EQ(reader.Counts().Total().Total(), 6);
   reader.Forget();
-  reader.Start(narrow);
+  reader.Start(TimelineScope(narrow));
   while (reader.Step()) {
   }
   EXPECT_EQ(reader.Counts().Total().Total(), 7);
@@ -248,7 +254,7 @@ TEST_F(TimelineCounting, CountsEveryDayOnceAcrossItsParts) {
     AddListed({.subject = "daily", .received = DayDate(day).WithTime(23, 59, 59)});
   }
   TimelineReader reader;
-  reader.Start(EveryMessage());
+  reader.Start(TimelineScope(EveryMessage()));
   while (reader.Step()) {
   }
   for (int day = last - kDays + 1; day <= last; ++day) {
@@ -273,4 +279,4 @@ TEST_F(TimelineCounting, AnEmptyRepositoryHasNoDays) {
 }
 
 }  // namespace
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline
