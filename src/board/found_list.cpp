@@ -3,7 +3,6 @@
 #include "board/found_list.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "board/list_query.h"
 #include "core/guard.h"
@@ -113,13 +112,29 @@ Growth GrowList(int64_t milliseconds) {
 }
 
 bool CompleteList() {
-  while (IsListGrowing()) {
+  if (!IsListGrowing()) return true;
+  core::RunState& state = core::State();
+  state.ImportCancelFlag = false;
+  while (IsListGrowing() && !state.ImportCancelFlag) {
     GrowList(kStepMilliseconds * 4);
-    if (Board().Found.run == nullptr) return false;
+    if (state.Ui != nullptr) state.Ui->ShowProgress(SearchedPercent(), 100);
     core::YieldEvents();
-    if (core::State().ImportCancelFlag) return false;
   }
-  return true;
+  bool isComplete = Board().Found.run != nullptr && Board().Found.run->IsDone();
+  if (state.Ui != nullptr) state.Ui->ShowProgress(100, 100);
+  state.ImportCancelFlag = false;
+  return isComplete;
+}
+
+bool PrepareMap(int64_t milliseconds) {
+  return core::Guarded(
+      "PrepareMap", true, [&] { return search::Map().Read(milliseconds); }, core::Report::kLog);
+}
+
+std::vector<search::Folder> CountedFolders() {
+  return core::Guarded(
+      "CountedFolders", std::vector<search::Folder>(), [] { return search::Map().Folders(); },
+      core::Report::kLog);
 }
 
 int SearchedPercent() {

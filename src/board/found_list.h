@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "database/recordset.h"
 #include "search/run.h"
@@ -47,6 +48,12 @@ Growth GrowList(int64_t milliseconds);
 // Goes on to the end, with events running; false when the person stopped it, or on an error, which
 // has been reported.
 bool CompleteList();
+
+// Reads on in the map of the mail for some milliseconds; true when there is nothing left to read.
+// An error is logged.
+bool PrepareMap(int64_t milliseconds);
+// The folders that the map knows. Empty on an error, which has been logged.
+std::vector<search::Folder> CountedFolders();
 
 // How far the search is, in hundredths.
 int SearchedPercent();

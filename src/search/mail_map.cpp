@@ -19,6 +19,9 @@ using repository::RepositoryDb;
 constexpr int64_t kStepMilliseconds = 8;  // aimed at
 constexpr int64_t kFewestRows = 100;
 constexpr int64_t kMostRows = 100000;
+// A file can hold any key: what lies further apart than this is not worth its memory.
+constexpr int64_t kSparsest = 8;
+constexpr int64_t kKeysAtFirst = int64_t{1} << 20;
 
 int64_t LastKey(std::string_view table) {
   int64_t last = 0;
@@ -36,12 +39,6 @@ std::string NextRows(std::string_view columns, std::string_view table, int64_t a
 
 bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
-}
-
-void Put(std::vector<uint32_t>& numbers, int64_t key, uint32_t number, uint32_t none) {
-  auto place = static_cast<size_t>(key);
-  if (place >= numbers.size()) numbers.resize(place + 1, none);
-  numbers[place] = number;
 }
 
 }  // namespace
@@ -93,15 +90,22 @@ bool MailMap::IsComplete() {
 }
 
 void MailMap::ReadMessages(int64_t rows) {
-  std::string sql =
-      NextRows("AddressFrom, NameFrom, Identity, Folder", "Email", messages_.last, rows);
+  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction", "Email",
+                             messages_.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
+    int64_t contact = row.Int(5);
     messages_.last = key;
-    isUnfit_ = isUnfit_ || key > KeySet::kHighestKey;
+    isUnfit_ = isUnfit_ || key > KeySet::kHighestKey || contact > KeySet::kHighestKey ||
+               key > kKeysAtFirst + kSparsest * ++read_;
     if (isUnfit_ || key < 0) return;
-    Put(senders_, key, people_.NumberOf(FoldCase(row.Text(1)), FoldCase(row.Text(2))), kNone);
-    Put(places_, key, folders_.NumberOf(row.Text(3), row.Text(4)), kNone);
+    if (static_cast<size_t>(key) >= letters_.size()) letters_.resize(static_cast<size_t>(key) + 1);
+    Message& letter = letters_[static_cast<size_t>(key)];
+    letter.sender = people_.NumberOf(FoldCase(row.Text(1)), FoldCase(row.Text(2)));
+    letter.folder = folders_.NumberOf(row.Text(3), row.Text(4));
+    letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
+    letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
+    letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
   });
 }
 
@@ -133,11 +137,27 @@ void MailMap::AddLinked(const std::vector<Link>& links, const std::vector<bool>&
   }
 }
 
+template <typename Test>
+void MailMap::AddLetters(const Test& test, KeySet& keys) const {
+  for (size_t key = 0; key < letters_.size(); ++key) {
+    const Message& letter = letters_[key];
+    if (letter.sender != kNone && test(letter)) keys.Add(static_cast<int64_t>(key));
+  }
+}
+
 void MailMap::AddWrittenBy(std::string_view text, KeySet& keys) const {
   std::vector<bool> wanted = people_.With(text);
-  for (size_t key = 0; key < senders_.size(); ++key) {
-    if (senders_[key] != kNone && wanted[senders_[key]]) keys.Add(static_cast<int64_t>(key));
-  }
+  AddLetters([&](const Message& letter) { return wanted[letter.sender]; }, keys);
+}
+
+void MailMap::AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const {
+  AddLetters(
+      [&](const Message& letter) {
+        bool isOne = letter.contact != kNone && contacts.Holds(letter.contact);
+        return isOne &&
+               ((received && sent) || (received && letter.isReceived) || (sent && letter.isSent));
+      },
+      keys);
 }
 
 void MailMap::AddReceivedBy(std::string_view text, KeySet& keys) const {
@@ -154,18 +174,14 @@ void MailMap::AddInFolders(std::string_view text, KeySet& keys) const {
   for (const auto& [identity, name] : folders_.pairs) {
     wanted.push_back(Contains(FoldCase(name), part));
   }
-  for (size_t key = 0; key < places_.size(); ++key) {
-    if (places_[key] != kNone && wanted[places_[key]]) keys.Add(static_cast<int64_t>(key));
-  }
+  AddLetters([&](const Message& letter) { return wanted[letter.folder]; }, keys);
 }
 
 void MailMap::AddInFolder(const std::string& identity, const std::string& name,
                           KeySet& keys) const {
   auto found = folders_.numbers.find(identity + '\0' + name);
   if (found == folders_.numbers.end()) return;
-  for (size_t key = 0; key < places_.size(); ++key) {
-    if (places_[key] == found->second) keys.Add(static_cast<int64_t>(key));
-  }
+  AddLetters([&](const Message& letter) { return letter.folder == found->second; }, keys);
 }
 
 std::vector<Folder> MailMap::Folders() const {
@@ -175,7 +191,9 @@ std::vector<Folder> MailMap::Folders() const {
   }
   RepositoryDb().ReadRows("SELECT ID FROM Email", [&](const jet::PassingRow& row) {
     auto key = static_cast<size_t>(row.Int(0));
-    if (key < places_.size() && places_[key] != kNone) folders[places_[key]].messages++;
+    if (key < letters_.size() && letters_[key].folder != kNone) {
+      folders[letters_[key].folder].messages++;
+    }
   });
   std::erase_if(folders, [](const Folder& folder) { return folder.messages == 0; });
   std::sort(folders.begin(), folders.end(), [](const Folder& a, const Folder& b) {

@@ -2,14 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Who wrote each message of the open repository, who got it, what files were attached to it and in
-// which folder of the mail program it lay, in memory: eight bytes for each message, recipient and
-// file, and each name and address once. A search for a person is a look at the distinct names then,
-// and folders are counted without a look at the file.
+// which folder of the mail program it lay, in memory: sixteen bytes for each message, eight for
+// each recipient and file, and each name and address once. A search for a person is a look at the
+// distinct names then, and folders are counted without a look at the file.
 //
 // It is read in steps, while there is nothing else to do or by the first search that wants it, and
 // goes on from there after messages were added. Deleted messages stay in it until it is forgotten:
-// whoever asks knows which messages there are. Messages with keys beyond kHighestKey are not in
-// it, and then it is never complete.
+// whoever asks knows which messages there are. Where keys are too high or lie too far apart, it is
+// never complete.
 #pragma once
 
 #include <cstdint>
@@ -62,6 +62,8 @@ class MailMap {
   void AddReceivedBy(std::string_view text, KeySet& keys) const;
   // Those with the text in the name of an attached file.
   void AddWithFile(std::string_view text, KeySet& keys) const;
+  // Those whose correspondent is one of these contacts; received or sent ones, or both.
+  void AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const;
   // Those of the folders with the text in their names.
   void AddInFolders(std::string_view text, KeySet& keys) const;
   // Those of one folder.
@@ -72,6 +74,8 @@ class MailMap {
   std::vector<Folder> Folders() const;
 
  private:
+  static constexpr uint32_t kNone = UINT32_MAX;  // where there is no message
+
   // Pairs of texts, numbered as they come.
   struct Names {
     uint32_t NumberOf(std::string_view first, std::string_view second);
@@ -80,6 +84,13 @@ class MailMap {
     std::unordered_map<std::string, uint32_t> numbers;
     std::vector<std::pair<std::string_view, std::string_view>> pairs;
     std::string key;
+  };
+  struct Message {
+    uint32_t sender = kNone;
+    uint32_t folder = kNone;
+    uint32_t contact = kNone;
+    bool isReceived = false;
+    bool isSent = false;
   };
   // A row of a table beside the messages: a message's key, and a number of Names.
   struct Link {
@@ -91,20 +102,20 @@ class MailMap {
     int64_t last = 0;  // key
     bool isAtEnd = false;
   };
-  static constexpr uint32_t kNone = UINT32_MAX;
-
   void ReadMessages(int64_t rows);
   // columns: two of texts behind the key of the message.
   void ReadLinks(std::string_view table, std::string_view columns, int64_t rows, Names& names,
                  std::vector<Link>& links, Progress& progress);
+  template <typename Test>
+  void AddLetters(const Test& test, KeySet& keys) const;
   static void AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
                         KeySet& keys);
 
-  Names people_;                   // folded: address and name
-  Names files_;                    // folded: name and nothing
-  Names folders_;                  // identity and name
-  std::vector<uint32_t> senders_;  // by the keys of messages
-  std::vector<uint32_t> places_;   // likewise, the folders
+  Names people_;                  // folded: address and name
+  Names files_;                   // folded: name and nothing
+  Names folders_;                 // identity and name
+  std::vector<Message> letters_;  // by their keys
+  int64_t read_ = 0;              // of them
   std::vector<Link> recipients_;
   std::vector<Link> attached_;
   Progress messages_;

@@ -6,7 +6,6 @@
 #include <map>
 
 #include "core/text.h"
-#include "database/recordset.h"
 #include "platform/clock.h"
 #include "repository/repository.h"
 
@@ -69,18 +68,14 @@ std::string TextCondition(const Term& term) {
   return "(" + AnyHolds({"Email.Subject", "Email.Body"}, term.text) + ")";
 }
 
-// The keys of the messages whose correspondent the contact book knows by the text. The direction is
-// "" for both.
-void AddOfContacts(const std::string& text, const std::string& direction, KeySet& keys) {
-  std::string query =
-      "SELECT Email.ID FROM Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID WHERE (" +
-      AnyHolds({"MeContact.Name"}, text) +
-      " OR MeContact.ID IN (SELECT ContactEmail.ContactID FROM ContactEmail WHERE " +
-      AnyHolds({"ContactEmail.Address"}, text) + "))";
-  if (!direction.empty()) query += " AND Email.Direction = '" + direction + "'";
-  jet::Recordset found;
-  found.Open(query, RepositoryDb(), jet::CursorType::kKeyset);
-  for (int64_t key : found.Keys()) keys.Add(key);
+// The contacts with the text in name or address.
+KeySet ContactsWith(const std::string& text) {
+  KeySet contacts;
+  auto add = [&](const jet::PassingRow& row) { contacts.Add(row.Int(0)); };
+  RepositoryDb().ReadRows("SELECT ID FROM MeContact WHERE " + AnyHolds({"Name"}, text), add);
+  RepositoryDb().ReadRows("SELECT ContactID FROM ContactEmail WHERE " + AnyHolds({"Address"}, text),
+                          add);
+  return contacts;
 }
 
 // "(1, 2, 3)"
@@ -207,15 +202,15 @@ void Run::LearnNames(TermState& state) const {
       Map().AddWrittenBy(term.text, state.known);
       Map().AddReceivedBy(term.text, state.known);
       Map().AddWithFile(term.text, state.known);
-      AddOfContacts(term.text, "", state.known);
+      Map().AddOfContacts(ContactsWith(term.text), true, true, state.known);
       break;
     case Field::kFrom:
       Map().AddWrittenBy(term.text, state.known);
-      AddOfContacts(term.text, "In", state.known);
+      Map().AddOfContacts(ContactsWith(term.text), true, false, state.known);
       break;
     case Field::kTo:
       Map().AddReceivedBy(term.text, state.known);
-      AddOfContacts(term.text, "Out", state.known);
+      Map().AddOfContacts(ContactsWith(term.text), false, true, state.known);
       break;
     case Field::kFile:
       Map().AddWithFile(term.text, state.known);

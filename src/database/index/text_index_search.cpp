@@ -16,8 +16,9 @@ constexpr size_t kUsefulShare = 4;
 constexpr size_t kAlwaysUseful = 64;
 // What a file can make a search keep in memory, whatever its index says.
 constexpr size_t kMostProposed = 4'000'000;
-// A list costs a look into the file; the rarest few leave next to nothing for the others.
-constexpr size_t kMostLists = 12;
+// A list costs a look into the file, half of what a row does that is read for nothing. The rarest
+// few mostly leave next to nothing for the others; those of a text of common letters do not.
+constexpr size_t kMostLists = 48;
 constexpr size_t kFewDocuments = 2;
 
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
