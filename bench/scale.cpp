@@ -332,9 +332,7 @@ void TimeFinding(Bench& bench) {
   std::vector<std::string> words = WordsByCommonness();
   for (const std::string& text : SearchTexts(words)) report(text, Find(text, true));
   // As a person types it: the next letter comes when the first screen is there.
-  auto typed = std::find_if(words.rbegin(), words.rend(),
-                            [](const std::string& word) { return word.size() >= 10; });
-  std::string word = typed == words.rend() ? words.back() : typed->substr(0, 10);
+  std::string word = RareText(board::CountListed() / 3).substr(0, 10);
   Found worst;
   for (size_t letters = 1; letters <= word.size(); ++letters) {
     worst.Worsen(Find(word.substr(0, letters), false));

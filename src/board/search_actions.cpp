@@ -9,6 +9,8 @@
 
 #include "board/found_list.h"
 #include "board/list_query.h"
+#include "platform/locale.h"
+#include "repository/date_range.h"
 #include "repository/repository.h"
 #include "search/folder_panel_view.h"
 #include "search/mail_map.h"
@@ -22,6 +24,27 @@ constexpr int64_t kStepMilliseconds = 12;
 // How often the counts of a list that grows are shown.
 constexpr qint64 kShowMilliseconds = 200;
 constexpr int kCountEveryMilliseconds = 300;
+
+// Whether the filter's dates leave mail out.
+bool IsOfSomeDates() {
+  repository::DateRange whole = repository::WholeDateRange();
+  return Board().Filter.DateFrom > whole.from || Board().Filter.DateTo < whole.to;
+}
+
+QString NothingFoundAdvice() {
+  if (!IsOfSomeDates()) {
+    return SearchActions::tr(
+        "Change its words, or empty the search box with Escape. The filter below the box narrows "
+        "the search, too.");
+  }
+  auto shown = [](DateTime date) {
+    return QString::fromStdString(platform::FormatDate(date, "ddddd"));
+  };
+  return SearchActions::tr(
+             "Only mail from %1 to %2 is searched, as the filter below the box says. Widen its "
+             "dates, or change the words.")
+      .arg(shown(Board().Filter.DateFrom), shown(Board().Filter.DateTo));
+}
 
 }  // namespace
 
@@ -151,9 +174,7 @@ void SearchActions::ShowState() {
     if (IsListGrowing()) {
       parts_.grid->SetHint(tr("Searching..."), {});
     } else {
-      parts_.grid->SetHint(tr("No message matches the search."),
-                           tr("Change its words, or empty the search box with Escape. The filter "
-                              "below the box narrows the search, too."));
+      parts_.grid->SetHint(tr("No message matches the search."), NothingFoundAdvice());
     }
   }
   if (!searches && !told_) return;
@@ -162,7 +183,8 @@ void SearchActions::ShowState() {
   if (searches && IsListGrowing()) {
     text = tr("Searching... %L1 found so far (%2 %)").arg(found).arg(SearchedPercent());
   } else if (searches) {
-    text = tr("%L1 found").arg(found);
+    text = (IsOfSomeDates() ? tr("%L1 found within the dates of the filter") : tr("%L1 found"))
+               .arg(found);
   }
   parts_.status->SetPanel(core::StatusPanel::kProgress, text);
   told_ = searches;
@@ -172,6 +194,7 @@ void SearchActions::SetFoldersShown(bool on) {
   dock_->setVisible(on);
   search::SaveFoldersShown(on);
   if (on) {
+    parts_.folders->ShowFolders({});
     count_.start();
     CountFolders();
   } else {
