@@ -33,7 +33,7 @@ void AddMenus(const BoardParts& parts) {
   QMainWindow* window = parts.window;
   AddMenu(window, BoardActions::tr("&File"), "mnuFile",
           {a.openRepository, a.createRepository, nullptr, a.backup, a.restore, a.exportListed,
-           a.merge, a.check, nullptr, a.loadTextFile, a.saveMessages, nullptr, a.exit});
+           a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages, nullptr, a.exit});
   AddMenu(window, BoardActions::tr("&View"), "mnuView", {a.timeline});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
           {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});

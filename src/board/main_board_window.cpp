@@ -39,6 +39,7 @@ MainBoard::MainBoard(QWidget* parent)
       list_(new ListActions(parts_, *work_, this)),
       search_(new SearchActions(parts_, *work_, *list_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
+      find_(new FindActions(parts_, *work_, *load_, this)),
       messages_(new MessageActions(parts_, *work_, *list_, this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));
