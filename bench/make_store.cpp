@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-make-store DIR COPIES MAILDIR PROFILE: writes the messages below DIR, one a file, COPIES
-// times over, as a maildir and as the profile of an Outlook Express user. Prints their number.
+// tarnwick-make-store DIR COPIES MAILDIR PROFILE [LEVELS]: writes the messages below DIR, one a
+// file, COPIES times over, as a maildir and as the profile of an Outlook Express user, whose
+// message tree has so many levels. Prints their number.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -78,7 +79,7 @@ std::string WithCrLf(const std::string& text) {
 }
 
 int Run(const std::string& source, int copies, const std::string& maildir,
-        const std::string& profile) {
+        const std::string& profile, int levels) {
   for (const char* name : {"/cur", "/new", "/tmp"}) fs::create_directories(maildir + name);
   std::vector<fs::path> files;
   for (const auto& entry : fs::recursive_directory_iterator(source)) {
@@ -111,7 +112,11 @@ int Run(const std::string& source, int copies, const std::string& maildir,
       ++count;
     }
   }
-  store.Finish(200, true);
+  if (levels == 2) {
+    store.Finish(200, true);
+  } else {
+    store.FinishInLevels(levels);
+  }
   tarnwick::samples::MessageStoreBuilder sent;
   sent.Finish();
   tarnwick::samples::ProfileBuilder builder(tarnwick::platform::WithSeparator(profile));
@@ -126,12 +131,12 @@ int Run(const std::string& source, int copies, const std::string& maildir,
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 5) {
-    std::cerr << "usage: tarnwick-make-store DIR COPIES MAILDIR PROFILE" << std::endl;
+  if (argc != 5 && argc != 6) {
+    std::cerr << "usage: tarnwick-make-store DIR COPIES MAILDIR PROFILE [LEVELS]" << std::endl;
     return 2;
   }
   try {
-    return Run(argv[1], std::atoi(argv[2]), argv[3], argv[4]);
+    return Run(argv[1], std::atoi(argv[2]), argv[3], argv[4], argc == 6 ? std::atoi(argv[5]) : 2);
   } catch (const tarnwick::Error& error) {
     std::cerr << error.Number() << " " << error.Description() << std::endl;
     return 1;

@@ -99,7 +99,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   oe::IsFolderTreeFile(store);
   oe::AnnouncedMessages(store);
   oe::State().FolderFiles = {{list, "ann", folder.Path()}};
-  oe::ReadFolderTree(0);
-  oe::ReadMessageTree(store, oe::kMeAddress, {"folder", "", "ann"});
+  for (const auto& rules : {tarnwick::intake::kDesigned, tarnwick::intake::kComplete}) {
+    oe::ReadFolderTree(0, rules);
+    oe::ReadMessageTree(store, oe::kMeAddress, {"folder", "", "ann"}, rules);
+  }
   return 0;
 }

@@ -165,12 +165,12 @@ class DateText {
     return TakeYear(kNoShortYear) || TakeMonth() || TakeDay();
   }
 
-  // Year, month and day, where all three are named; it need not be a day that there is. Takes what
-  // it finds.
+  // TakeDate where all three are named; it need not be a day that there is.
   std::optional<CivilTime> NamedDate() {
     std::optional<int> year = TakeYear(platform::Now().ToCivil().year);
     std::optional<int> month = TakeMonth();
     std::optional<int> day = TakeDay();
+    TakeZone();
     if (!year || !month || !day) return std::nullopt;
     return CivilTime{.year = *year, .month = *month, .day = *day};
   }
@@ -309,12 +309,10 @@ bool EqualFirstChars(std::string_view token, std::string_view name) {
   return platform::EqualIgnoringCase(platform::FirstChars(token, kChars), first);
 }
 
-// Sets what it comes to before an Error.
-void ReadDate(DateText text, bool applyShift, DateTime& resultDate, std::string& timeText,
-              std::string& zoneText) {
-  zoneText.clear();
-  DateTime date = text.TakeDate();
-  resultDate = date;
+// Gives a date that was taken its time, and moves it from its zone. Sets what it comes to before an
+// Error.
+void FinishDate(const DateText& text, bool applyShift, DateTime& resultDate, std::string& timeText,
+                std::string& zoneText) {
   zoneText = text.Zone();
   timeText = text.Time();
   if (!timeText.empty()) {
@@ -324,7 +322,7 @@ void ReadDate(DateText text, bool applyShift, DateTime& resultDate, std::string&
     }
     auto half = text.DayHalf();
     if (half && clock->hour >= 1 && clock->hour <= 12) clock->SetHalf(*half);
-    resultDate = date.WithTime(clock->hour, clock->minute, clock->second);
+    resultDate = resultDate.WithTime(clock->hour, clock->minute, clock->second);
   }
   zoneText = CleanZone(zoneText);
   if (applyShift) Shift(resultDate, zoneText);
@@ -374,7 +372,10 @@ void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneT
       kLogName,
       [&] {
         std::replace(dateText.begin(), dateText.end(), '\t', ' ');
-        ReadDate(DateText(dateText), applyShift, resultDate, timeText, zoneText);
+        DateText text(dateText);
+        zoneText.clear();
+        resultDate = text.TakeDate();
+        FinishDate(text, applyShift, resultDate, timeText, zoneText);
       },
       core::Report::kLog);
 }
@@ -385,14 +386,14 @@ std::optional<DateTime> ReadSoundDate(std::string& timeText, std::string& zoneTe
   try {
     DropComments(dateText);
     DateText text(dateText);
-    std::optional<CivilTime> named = DateText(text).NamedDate();
+    std::optional<CivilTime> named = text.NamedDate();
     if (!named) return std::nullopt;
     if (isWhole != nullptr) *isWhole = true;
     DateTime date = DateTime::FromDate(named->year, named->month, named->day);
     if (date.ToCivil().day != named->day) return std::nullopt;
     std::string time;
     std::string zone;
-    ReadDate(text, applyShift, date, time, zone);
+    FinishDate(text, applyShift, date, time, zone);
     if (!IsSoundDate(date)) return std::nullopt;
     timeText = std::move(time);
     zoneText = std::move(zone);

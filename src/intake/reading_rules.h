@@ -22,7 +22,7 @@ struct ReadingRules {
   // at its end or lies on a drive that is not there, the store is looked for in the likely places;
   // stores below the profile that the registry does not lead to, and files that no folder list
   // names, are read as well. Nothing that is missing or damaged ends the search, nothing is asked,
-  // and there is no limit to identities, folder lists and folders.
+  // and the limits of identities, folder lists and folders are beyond what anybody has.
   bool everyStore = false;
   // Folders that are left out otherwise, with all that lies in them.
   bool drafts = false;
