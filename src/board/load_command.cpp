@@ -200,14 +200,14 @@ void RunLoad(const Sources& sources, const Chosen& chosen, const LoadOptions& op
 }
 
 // One message file, within a load's scope.
-intake::Outcome TakeFile(const std::string& path) {
+intake::Outcome TakeFile(const std::string& path, const intake::ReadingRules& rules) {
   using intake::Outcome;
   intake::Ending ending{Outcome::kUnreadable, {}};
   core::GuardedRun("mnLoadTextFile", [&] {
     if (!platform::FileExists(path)) {
       throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
     }
-    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending);
+    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending, rules);
   });
   if (ending.outcome == Outcome::kAlreadyStored) {
     core::ShowMessage("This email is in the repository.");
@@ -222,7 +222,8 @@ void StopLoad() {
 }
 
 LoadResult LoadFromMailer(const LoadOptions& options) {
-  return LoadFromMailer(options, EverySource());
+  return LoadFromMailer(options,
+                        EverySource(options.rules ? *options.rules : intake::StoredRules()));
 }
 
 LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources) {
@@ -272,10 +273,11 @@ void TakeMailboxes(const std::vector<sources::Mailbox>& mailboxes, TakeResult& r
 void TakeFiles(const std::vector<std::string>& paths, TakeResult& result) {
   std::vector<bool> taken(paths.size());
   intake::StoredUnits units;
+  const intake::ReadingRules rules = intake::StoredRules();
   core::GuardedRun("mnLoadTextFile", [&] {
     jet::CommitGroup group(repository::RepositoryDb());
     for (size_t i = 0; i < paths.size() && !State().DiskIsFull; ++i) {
-      intake::Outcome outcome = TakeFile(paths[i]);
+      intake::Outcome outcome = TakeFile(paths[i], rules);
       taken[i] = outcome == intake::Outcome::kStored || outcome == intake::Outcome::kAlreadyStored;
       if (outcome == intake::Outcome::kStored) {
         ++result.stored;

@@ -9,9 +9,9 @@
 
 namespace tarnwick::board {
 
-Sources EverySource() {
+Sources EverySource(const intake::ReadingRules& rules) {
   Sources sources;
-  sources.push_back(oe::MakeSource());
+  sources.push_back(oe::MakeSource(rules));
   sources.push_back(outlook::MakeSource());
   sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile));
   return sources;

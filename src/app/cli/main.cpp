@@ -28,7 +28,8 @@ using Command = std::function<int(const std::vector<std::string>&)>;
 constexpr const char* kUsage =
     R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
-  load   [--accept all|known|ask] [--full]
+  load   [--accept all|known|ask] [--full] [--reading designed|complete]
+         [--folders drafts,deleted,outbox]
   find   PATH [--json]
   take   FILE...
   list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
