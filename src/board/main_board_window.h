@@ -14,6 +14,7 @@
 #include "board/load_actions.h"
 #include "board/maintenance_actions.h"
 #include "board/message_actions.h"
+#include "board/search_actions.h"
 #include "board/takeout_actions.h"
 
 namespace tarnwick::board {
@@ -57,6 +58,7 @@ class MainBoard : public QMainWindow {
   const BoardParts parts_;
   BoardWork* work_;
   ListActions* list_;
+  SearchActions* search_;
   LoadActions* load_;
   FindActions* find_;
   MessageActions* messages_;
