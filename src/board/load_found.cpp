@@ -17,6 +17,7 @@ namespace {
 // By the folder that is read as a profile. The tables of Outlook Express are those of one profile:
 // each is a load of its own. All that needs none is one, told of by the first place.
 std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mail) {
+  const intake::ReadingRules rules = intake::StoredRules();
   std::map<std::string, Sources> byProfile;
   std::vector<std::string> stores;
   std::vector<sources::Mailbox> mailboxes;
@@ -26,11 +27,12 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
     if (found.program == outlook::kApplication) stores.push_back(found.place);
     if (found.program != oe::kApplication && first.empty()) first = found.place;
     if (found.program != oe::kApplication || byProfile.contains(found.profile)) continue;
-    byProfile[found.profile].push_back(oe::MakeSource());
+    byProfile[found.profile].push_back(oe::MakeSource(rules));
   }
   if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores));
   if (!mailboxes.empty()) {
-    byProfile[first].push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile, mailboxes));
+    byProfile[first].push_back(
+        tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules, mailboxes));
   }
   return byProfile;
 }

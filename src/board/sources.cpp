@@ -13,7 +13,7 @@ Sources EverySource(const intake::ReadingRules& rules) {
   Sources sources;
   sources.push_back(oe::MakeSource(rules));
   sources.push_back(outlook::MakeSource());
-  sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile));
+  sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules));
   return sources;
 }
 

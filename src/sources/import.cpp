@@ -69,10 +69,26 @@ bool GoOn() {
   return !core::IsLoadStopped();
 }
 
+bool MayRead(MailboxRole role, const intake::ReadingRules& rules) {
+  switch (role) {
+    case MailboxRole::kDrafts:
+      return rules.drafts;
+    case MailboxRole::kDeleted:
+      return rules.deletedItems;
+    case MailboxRole::kOutbox:
+      return rules.outbox;
+    case MailboxRole::kOther:
+    case MailboxRole::kSent:
+      break;
+  }
+  return true;
+}
+
 class OtherMail : public intake::Source {
  public:
-  OtherMail(RecordReader readRecord, std::optional<std::vector<Mailbox>> mailboxes)
-      : readRecord_(std::move(readRecord)), chosen_(std::move(mailboxes)) {}
+  OtherMail(RecordReader readRecord, const intake::ReadingRules& rules,
+            std::optional<std::vector<Mailbox>> mailboxes)
+      : readRecord_(std::move(readRecord)), rules_(rules), chosen_(std::move(mailboxes)) {}
 
   std::string Name() const override { return kName; }
   const char* Option() const override { return kOption; }
@@ -97,10 +113,10 @@ class OtherMail : public intake::Source {
   bool Read(bool /*whole*/) override {
     bool done = true;
     bool isOneOfMany = IdentitiesOf(mailboxes_).size() > 1;
-    for (MailboxRole role : {MailboxRole::kSent, MailboxRole::kOther, MailboxRole::kLeftOut}) {
-      if (role == MailboxRole::kLeftOut && !chosen_) continue;
+    for (bool isSentsTurn : {true, false}) {
       for (const Mailbox& mailbox : mailboxes_) {
-        if (mailbox.role != role || core::IsLoadStopped()) continue;
+        bool isSent = mailbox.role == MailboxRole::kSent;
+        if (isSent != isSentsTurn || !IsWanted(mailbox) || core::IsLoadStopped()) continue;
         core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), mailbox.name);
         done = ReadOne(mailbox, isOneOfMany) && done;
       }
@@ -113,12 +129,14 @@ class OtherMail : public intake::Source {
   }
 
  private:
+  // What was chosen by itself is wanted, whatever its role.
+  bool IsWanted(const Mailbox& mailbox) const { return chosen_ || MayRead(mailbox.role, rules_); }
+
   void AnnounceOne(const Mailbox& mailbox) const {
     if (!GoOn()) return;
     try {
       Account().Announce(mailbox.path, CountLetters(mailbox).letters);
-      bool isRead = chosen_ || mailbox.role != MailboxRole::kLeftOut;
-      Account().SetReason(mailbox.path, isRead ? "" : kLeftOutReason);
+      Account().SetReason(mailbox.path, IsWanted(mailbox) ? "" : kLeftOutReason);
     } catch (const Error& error) {
       Account().Note(mailbox.path + ": " + error.Description());
     }
@@ -127,30 +145,35 @@ class OtherMail : public intake::Source {
   // What can't be read of one mailbox keeps no other from being read.
   bool ReadOne(const Mailbox& mailbox, bool isOneOfMany) const {
     return core::GuardedRun("LoadOtherMail", [&] {
-      MailboxFolder folder(mailbox, readRecord_, isOneOfMany);
+      MailboxFolder folder(mailbox, readRecord_, rules_, isOneOfMany);
       intake::ReadFolder(folder);
     });
   }
 
   RecordReader readRecord_;
+  intake::ReadingRules rules_;
   std::optional<std::vector<Mailbox>> chosen_;
   std::vector<Mailbox> mailboxes_;
 };
 
 }  // namespace
 
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::nullopt);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules) {
+  return std::make_unique<OtherMail>(std::move(readRecord), rules, std::nullopt);
 }
 
 std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules,
                                            std::vector<Mailbox> mailboxes) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::move(mailboxes));
+  return std::make_unique<OtherMail>(std::move(readRecord), rules, std::move(mailboxes));
 }
 
-MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany)
+MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord,
+                             const intake::ReadingRules& rules, bool isOneOfMany)
     : mailbox_(std::move(mailbox)),
       readRecord_(readRecord),
+      rules_(rules),
       isOneOfMany_(isOneOfMany),
       reader_(OpenMailbox(mailbox_)) {}
 

@@ -29,19 +29,25 @@ using RecordReader = std::function<intake::MailMessage(
     const std::string& file, const intake::SourceDescriptor& place, bool isSent)>;
 
 // The mailboxes of the profile folder.
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules);
 // These mailboxes, all of them.
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules,
+                                           std::vector<Mailbox> mailboxes);
 
 // The letters of a mailbox as a load takes them.
 class MailboxFolder : public intake::SourceFolder {
  public:
   // isOneOfMany: there are other accounts, so that the folder's name begins with its own.
-  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany);
+  // REQUIRES: readRecord and rules last as long as the folder.
+  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, const intake::ReadingRules& rules,
+                bool isOneOfMany);
 
   std::string Place() const override { return mailbox_.path; }
   intake::SourceDescriptor Descriptor() const override;
   std::string Identity() const override { return mailbox_.identity; }
+  const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
 
  private:
@@ -52,6 +58,7 @@ class MailboxFolder : public intake::SourceFolder {
 
   Mailbox mailbox_;
   const RecordReader& readRecord_;
+  const intake::ReadingRules& rules_;
   bool isOneOfMany_;
   std::unique_ptr<LetterReader> reader_;
   std::string begin_;       // of the current letter: all of it but for a large one
