@@ -64,6 +64,18 @@ bool QtUserInterface::AskYesNo(const std::string& text) {
   return box.exec() == QMessageBox::Yes;
 }
 
+bool QtUserInterface::AskBeforeLoss(const std::string& text, const std::string& loss) {
+  if (unattended_) return AskYesNo(text);
+  QMessageBox box(Parent());
+  Prepare(box, text);
+  box.setInformativeText(QString::fromStdString(loss));
+  box.setIcon(QMessageBox::Critical);
+  box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+  box.setDefaultButton(QMessageBox::No);
+  box.setEscapeButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
+}
+
 core::RepeatedAnswer QtUserInterface::AskYesNoAll(const std::string& text) {
   using core::RepeatedAnswer;
   if (unattended_) return AskYesNo(text) ? RepeatedAnswer::kYes : RepeatedAnswer::kNo;

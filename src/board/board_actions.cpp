@@ -64,6 +64,8 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
        QKeySequence(Qt::CTRL | Qt::Key_Q),
        "application-exit",
        {}},
+      {undo, "mnEditUndo", tr("&Undo Delete"), QKeySequence::Undo, "edit-undo",
+       tr("Brings back the messages that were deleted last")},
       {timeline, "mnViewTimeline", tr("&Timeline"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
        nullptr, tr("Shows over the list how its mail spreads over the years")},
       {contacts,
@@ -132,6 +134,7 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
   }
   timeline->setCheckable(true);
   timeline->setChecked(true);
+  undo->setEnabled(false);
   // These keys belong to the text boxes unless the list has the focus.
   deleteSelected->setShortcutContext(Qt::WidgetShortcut);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -149,7 +152,13 @@ void BoardActions::SetBusy(bool busy) {
         saveMessages,   attachments,      check,          lastLoad}) {
     action->setEnabled(!busy);
   }
+  undo->setEnabled(!busy && canUndo_);
   stop->setEnabled(busy);
+}
+
+void BoardActions::SetCanUndo(bool can) {
+  canUndo_ = can;
+  undo->setEnabled(can && !stop->isEnabled());
 }
 
 QPushButton* BoardActions::MakeButton(QAction* action, const char* objectName, QWidget* parent) {

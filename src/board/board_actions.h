@@ -26,6 +26,7 @@ class BoardActions : public QObject {
   QAction* loadTextFile = nullptr;
   QAction* saveMessages = nullptr;
   QAction* exit = nullptr;
+  QAction* undo = nullptr;      // enabled while there is something to bring back
   QAction* timeline = nullptr;  // checked: shown
   QAction* contacts = nullptr;
   QAction* options = nullptr;
@@ -50,8 +51,14 @@ class BoardActions : public QObject {
   // While something long runs only the stop command can be given.
   void SetBusy(bool busy);
 
+  // Whether there is a deletion to undo.
+  void SetCanUndo(bool can);
+
   // A button with the action's text and state, named objectName.
   static QPushButton* MakeButton(QAction* action, const char* objectName, QWidget* parent);
+
+ private:
+  bool canUndo_ = false;
 };
 
 }  // namespace tarnwick::board

@@ -28,12 +28,14 @@ void AddMenu(QMainWindow* window, const QString& title, const char* name,
   }
 }
 
+// "Edit" has no letter of its own left: each is a filter box's or a button's.
 void AddMenus(const BoardParts& parts) {
   const BoardActions& a = *parts.actions;
   QMainWindow* window = parts.window;
   AddMenu(window, BoardActions::tr("&File"), "mnuFile",
           {a.openRepository, a.createRepository, nullptr, a.backup, a.restore, a.exportListed,
            a.merge, a.check, nullptr, a.loadTextFile, a.saveMessages, nullptr, a.exit});
+  AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
   AddMenu(window, BoardActions::tr("&View"), "mnuView", {a.timeline});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
           {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
@@ -100,6 +102,7 @@ BoardParts BuildBoard(QMainWindow* window) {
   parts.strip = new FilterStripView(body);
   parts.timeline = new timeline::TimelineView(body);
   parts.notice = MakeNotice(body);
+  parts.otherDates = new OtherDatesView(body);
   parts.grid = new EmailGridView(body);
   parts.status = new StatusPanelsView(window);
   auto* column = new QVBoxLayout(body);
@@ -107,6 +110,7 @@ BoardParts BuildBoard(QMainWindow* window) {
   column->addWidget(parts.strip);
   column->addWidget(parts.timeline);
   column->addWidget(parts.notice);
+  column->addWidget(parts.otherDates);
   column->addWidget(parts.grid, 1);
   column->addLayout(MakeButtons(parts, body));
   window->setCentralWidget(body);

@@ -10,6 +10,7 @@
 #include "board/board_actions.h"
 #include "board/email_grid_view.h"
 #include "board/filter_strip_view.h"
+#include "board/other_dates_view.h"
 #include "board/status_panels_view.h"
 #include "timeline/timeline_view.h"
 
@@ -23,6 +24,7 @@ struct BoardParts {
   BoardActions* actions = nullptr;
   FilterStripView* strip = nullptr;
   timeline::TimelineView* timeline = nullptr;
+  OtherDatesView* otherDates = nullptr;
   QLabel* notice = nullptr;  // hidden while there is nothing to tell
   EmailGridView* grid = nullptr;
   QCheckBox* showEmailText = nullptr;

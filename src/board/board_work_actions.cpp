@@ -34,12 +34,14 @@ void BoardWork::Begin() {
   focusBefore_ = parts_.window->focusWidget();
   parts_.strip->setEnabled(false);
   parts_.timeline->setEnabled(false);
+  parts_.otherDates->setEnabled(false);
 }
 
 void BoardWork::End() {
   parts_.status->SetBusy(false);
   parts_.strip->setEnabled(true);
   parts_.timeline->setEnabled(true);
+  parts_.otherDates->setEnabled(true);
   parts_.actions->SetBusy(false);
   running_ = false;
   emit Ended();

@@ -83,6 +83,12 @@ void frmEmailText::ShowText(const EmailText& email) {
   show();
 }
 
+void frmEmailText::Clear() {
+  setWindowTitle({});
+  text_->clear();
+  attachments_->Show(nullptr);
+}
+
 void frmEmailText::RestorePlace() {
   QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
   resize(QSize(fontMetrics().averageCharWidth() * 90, fontMetrics().height() * 28)

@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The filter controls: two rows of boxes, the option groups at their end. Enter in a box applies
-// what was changed and moves on to the next one, Escape puts back the text that the box had when it
-// was entered; option groups, check boxes and a choice from a drop-down list apply at once.
+// what was changed and moves on to the next one, leaving it in any other way applies it too; Escape
+// puts back the text that the box had when it was entered. Option groups, check boxes and a choice
+// from a drop-down list apply at once.
 #pragma once
 
 #include <QWidget>
@@ -56,7 +57,9 @@ class FilterStripView : public QWidget {
     DateTime date;
     QString shown;            // the text that stands for date
     bool grows = false;       // nobody has typed here
+    bool isOwn = false;       // the program chose it
     bool grewBefore = false;  // when it was entered
+    bool wasOwn = false;
   };
   void BuildBoxes(QGridLayout* grid);
   QGroupBox* BuildGroup(const char* name, const QString& title, QButtonGroup*& buttons,
@@ -74,7 +77,7 @@ class FilterStripView : public QWidget {
   static DateTime DateOf(const DateBox& box);
   static void ShowDate(DateBox& box, DateTime date, bool grows);
   void Complain(QWidget* box);
-  void CheckLeftDate(QWidget* box);
+  void Leave(QWidget* box);
 
   DateBox dateFrom_;
   DateBox dateTo_;

@@ -98,6 +98,13 @@ int64_t ListModel::IdOnlyAt(int row) const {
       core::Report::kLog);
 }
 
+int ListModel::RowOf(int64_t id) const {
+  if (placeholder_ || list_ == nullptr || !list_->IsOpen()) return -1;
+  return core::Guarded(
+      "EmailGrid", -1, [&] { return static_cast<int>(list_->PositionOfKey(id)) - 1; },
+      core::Report::kLog);
+}
+
 std::string ListModel::SubjectAt(int row) const {
   return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
 }

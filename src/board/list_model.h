@@ -40,6 +40,8 @@ class ListModel : public QAbstractTableModel {
   int64_t IdAt(int row) const;
   // The same without a look at the row itself where that can be: for all rows at once.
   int64_t IdOnlyAt(int row) const;
+  // Where the message is listed; -1 where it is not.
+  int RowOf(int64_t id) const;
   // As it is stored, UTF-8.
   std::string SubjectAt(int row) const;
   // The mailer that the message came from.

@@ -14,13 +14,12 @@ class LoadActions : public QObject {
  public:
   LoadActions(const BoardParts& parts, BoardWork& work, ListActions& list, QObject* parent);
 
-  // Takes one message file in and lists it.
-  void LoadTextFile(const QString& path);
+  // Takes message files in and lists them.
+  void LoadTextFiles(const QStringList& paths);
 
  private:
   void LoadFromMailer();
   void ChooseTextFile();
-  void ShowNotice();
 
   const BoardParts parts_;
   BoardWork& work_;

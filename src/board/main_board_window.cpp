@@ -28,8 +28,6 @@ namespace {
 
 using core::State;
 
-constexpr const char* kCheckLink = "check";
-
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent)
@@ -53,8 +51,11 @@ MainBoard::MainBoard(QWidget* parent)
       list_->UpdateHint();
     });
   };
-  maintenance_ = new MaintenanceActions(
-      *parts_.actions, withListClosed, [this] { list_->ListRepository(); }, this);
+  auto listRestored = [this] {
+    messages_->ForgetDeleted();
+    list_->ListRepository();
+  };
+  maintenance_ = new MaintenanceActions(*parts_.actions, withListClosed, listRestored, this);
   Connect();
 }
 
@@ -94,15 +95,14 @@ bool MainBoard::Load() {
 
 void MainBoard::OfferCheck() {
   parts_.notice->setText(
-      tr("The program did not come to its end the last time. <a href=\"%1\">Check "
-         "whether every message is whole</a>")
-          .arg(kCheckLink));
+      tr("The program did not come to its end the last time. <a href=\"check\">Check "
+         "whether every message is whole</a>"));
   parts_.notice->show();
 }
 
-void MainBoard::FollowNotice(const QString& link) {
+void MainBoard::FollowNotice() {
   parts_.notice->hide();
-  (link == kCheckLink ? parts_.actions->check : parts_.actions->showAll)->trigger();
+  parts_.actions->check->trigger();
 }
 
 void MainBoard::SetTimelineShown(bool on) {
@@ -119,6 +119,7 @@ void MainBoard::SwitchRepository(bool create) {
   if (switched) {
     parts_.notice->hide();
     messages_->HideText();
+    messages_->ForgetDeleted();
     parts_.status->SetPanel(core::StatusPanel::kProgress, {});
     maintenance::AskAboutUnfinishedRestore();
     Load();

@@ -46,7 +46,7 @@ class MainBoard : public QMainWindow {
  private:
   void Connect();
   void OfferCheck();
-  void FollowNotice(const QString& link);
+  void FollowNotice();
   void SwitchRepository(bool create);
   void OpenContacts();
   void SetTimelineShown(bool on);

@@ -22,9 +22,12 @@ class MessageActions : public QObject {
   void StopFollowing() { follow_.stop(); }
   // Until a message is selected again.
   void HideText();
+  // The repository is another one, or its messages are.
+  void ForgetDeleted();
 
  private:
   void Delete();
+  void Undo();
   void ToggleHot();
   void MarkAllHotOff();
   void ShowEmail();
@@ -35,6 +38,7 @@ class MessageActions : public QObject {
   const BoardParts parts_;
   BoardWork& work_;
   ListActions& list_;
+  maintenance::DeletedMessages deleted_;
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one
 };

@@ -115,7 +115,10 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
 
 bool MoveHtmlToBody() {
   return core::Guarded("MoveHtmlToBody", false, [] {
-    if (!core::AskYesNo("Do you want to move HTML to body?")) return false;
+    if (!core::AskBeforeLoss(
+            "Do you want to move HTML to body?",
+            "The text of the HTML replaces the body of every message that has any."))
+      return false;
     Moved moved = MoveInEveryRow();
     Summarise(moved);
     return moved.changed > 0;

@@ -59,6 +59,10 @@ class Recordset {
   int64_t AbsolutePosition();
   void SetAbsolutePosition(int64_t position);
 
+  // The position of the row with this key of the first table, by a pass over the keys in memory; 0
+  // when there is none, or the rows have no keys. Moves nowhere.
+  int64_t PositionOfKey(int64_t key);
+
   // Searches from the current row on for "column = literal" (also <>, <, >, <=, >=, Like), with
   // the column plain or in [brackets]; moves to the first row that holds, or to the end. On an
   // indexed column of a whole table it costs a lookup.

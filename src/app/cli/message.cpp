@@ -28,7 +28,7 @@ int OnMessage(const std::vector<std::string>& words, MessageCommand command) {
 }  // namespace
 
 int RunDelete(const std::vector<std::string>& words) {
-  return OnMessage(words, board::DeleteMessages);
+  return OnMessage(words, [](const auto& messages) { return board::DeleteMessages(messages); });
 }
 
 int RunMark(const std::vector<std::string>& words) {
