@@ -46,6 +46,17 @@ class BoardActions : public QObject {
   QAction* copy = nullptr;
   QAction* attachments = nullptr;  // a menu
 
+  // Where a letter is read; one of them is checked.
+  QAction* paneBelow = nullptr;
+  QAction* paneBeside = nullptr;
+  QAction* paneOff = nullptr;
+  QAction* openWindow = nullptr;
+  QAction* findInLetter = nullptr;
+  QAction* print = nullptr;
+  QAction* savePdf = nullptr;
+  QAction* headers = nullptr;
+  QAction* source = nullptr;
+
   QAction* stop = nullptr;
 
   // While something long runs only the stop command can be given.

@@ -7,8 +7,11 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QShortcut>
+#include <QSplitter>
 #include <QVBoxLayout>
 #include <initializer_list>
+
+#include "reading/letter_view.h"
 
 namespace tarnwick::board {
 
@@ -36,7 +39,11 @@ void AddMenus(const BoardParts& parts) {
           {a.openRepository, a.createRepository, nullptr, a.backup, a.restore, a.exportListed,
            a.merge, a.check, nullptr, a.loadTextFile, a.saveMessages, nullptr, a.exit});
   AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
-  AddMenu(window, BoardActions::tr("&View"), "mnuView", {a.timeline});
+  AddMenu(window, BoardActions::tr("&View"), "mnuView",
+          {a.timeline, nullptr, a.paneBelow, a.paneBeside, a.paneOff});
+  AddMenu(window, BoardActions::tr("Message"), "mnuMessage",
+          {a.showEmail, a.openWindow, a.attachments, nullptr, a.findInLetter, a.showRelated,
+           a.toggleHot, nullptr, a.print, a.savePdf, a.headers, a.source});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
           {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
   AddMenu(window, BoardActions::tr("&Help"), "mnuHelp", {a.helpTopics, a.about});
@@ -87,8 +94,8 @@ void AddActions(const BoardParts& parts) {
   const BoardActions& a = *parts.actions;
   auto* separator = new QAction(parts.window);
   separator->setSeparator(true);
-  parts.grid->addActions({a.showEmail, a.attachments, a.showRelated, a.toggleHot, a.markAllNotHot,
-                          separator, a.copy, a.saveMessages, a.deleteSelected});
+  parts.grid->addActions({a.showEmail, a.openWindow, a.attachments, a.showRelated, a.toggleHot,
+                          a.markAllNotHot, separator, a.copy, a.saveMessages, a.deleteSelected});
   parts.window->addActions({a.showAll, a.loadFromMailer, a.stop});
 }
 
@@ -103,7 +110,10 @@ BoardParts BuildBoard(QMainWindow* window) {
   parts.timeline = new timeline::TimelineView(body);
   parts.notice = MakeNotice(body);
   parts.otherDates = new OtherDatesView(body);
-  parts.grid = new EmailGridView(body);
+  parts.splitter = new QSplitter(body);
+  parts.splitter->setChildrenCollapsible(false);
+  parts.grid = new EmailGridView(parts.splitter);
+  parts.letter = new reading::LetterView(parts.splitter);
   parts.status = new StatusPanelsView(window);
   auto* column = new QVBoxLayout(body);
   column->setContentsMargins(8, 6, 8, 6);
@@ -111,7 +121,7 @@ BoardParts BuildBoard(QMainWindow* window) {
   column->addWidget(parts.timeline);
   column->addWidget(parts.notice);
   column->addWidget(parts.otherDates);
-  column->addWidget(parts.grid, 1);
+  column->addWidget(parts.splitter, 1);
   column->addLayout(MakeButtons(parts, body));
   window->setCentralWidget(body);
   window->setStatusBar(parts.status);

@@ -2,7 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // What the main window shows, from top to bottom: the filter strip, the timeline, a line of notice,
-// the grid, the buttons; the status bar at its foot.
+// the grid with the letter
+// that is read below or beside it, the buttons; the status bar at its foot.
 #pragma once
 
 #include <QMainWindow>
@@ -15,6 +16,12 @@
 #include "timeline/timeline_view.h"
 
 class QCheckBox;
+class QLabel;
+class QSplitter;
+
+namespace tarnwick::reading {
+class LetterView;
+}
 
 namespace tarnwick::board {
 
@@ -25,8 +32,10 @@ struct BoardParts {
   FilterStripView* strip = nullptr;
   timeline::TimelineView* timeline = nullptr;
   OtherDatesView* otherDates = nullptr;
-  QLabel* notice = nullptr;  // hidden while there is nothing to tell
+  QLabel* notice = nullptr;       // hidden while there is nothing to tell
+  QSplitter* splitter = nullptr;  // the grid and the letter
   EmailGridView* grid = nullptr;
+  reading::LetterView* letter = nullptr;
   QCheckBox* showEmailText = nullptr;
   StatusPanelsView* status = nullptr;
 };

@@ -63,8 +63,9 @@ EmailGridView::EmailGridView(QWidget* parent) : GridView(parent), model_(new Lis
 }
 
 void EmailGridView::SetDefaultWidths() {
-  setColumnWidth(kMarkColumn,
-                 WidthInPixels({.caption = "!", .width = ListWidth::kCaption}, fontMetrics()));
+  setColumnWidth(
+      kMarkColumn,
+      WidthInPixels({.caption = "!\U0001F4CE", .width = ListWidth::kCaption}, fontMetrics()));
   for (const ListColumn& column : repository::kListColumns) {
     int width = WidthInPixels(column, fontMetrics());
     setColumnHidden(column.place, width == 0);

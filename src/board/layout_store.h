@@ -44,6 +44,17 @@ void SaveWindowPlace(const WindowPlace& place);
 bool ReadTimelineShown();
 void SaveTimelineShown(bool shown);
 
+// Where the selected letter is read. The numbers are stored: do not reorder.
+enum class ReadingPlace { kOff = 0, kBelow = 1, kBeside = 2 };
+struct ReadingPane {
+  ReadingPlace place = ReadingPlace::kOff;
+  int list = 0;  // pixels of the list and of the letter beside one another; 0: not known
+  int letter = 0;
+};
+// usual: where nothing was stored.
+ReadingPane ReadReadingPane(ReadingPlace usual);
+void SaveReadingPane(const ReadingPane& pane);
+
 // The edge to apply: a stored one that is not 0 and with which a window of this extent still lies
 // within the screen.
 std::optional<int> FittingEdge(int stored, int extent, int screen);

@@ -11,6 +11,7 @@
 
 #include "core/guard.h"
 #include "repository/plain_text_view.h"
+#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -25,6 +26,16 @@ QColor MarkColor() {
   bool dark = QGuiApplication::palette().color(QPalette::Base).lightness() < 128;
   return dark ? QColor(255, 120, 110) : QColor(180, 0, 0);
 }
+
+// Not among the columns of the list query, whose text is fixed: a look at one row of the index.
+bool HasFiles(int64_t id) {
+  jet::Recordset row;
+  row.Open("SELECT FilesNum FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
+  return !row.Eof() && row.Field(0).AsInt() > 0;
+}
+
+// In the colour of the text, as a font draws it.
+constexpr const char16_t* kPaperclip = u"\U0001F4CE";
 
 }  // namespace
 
@@ -67,6 +78,7 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
                  [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
   result.important = importance == "HIGH";
   result.hot = result.fields[kActive] == "+";
+  result.hasFiles = result.id != 0 && HasFiles(result.id);
   return result;
 }
 
@@ -122,7 +134,10 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QString ListModel::Text(const Row& row, int column) const {
-  if (column == kMarkColumn) return row.important ? QStringLiteral("!") : QString();
+  if (column == kMarkColumn) {
+    return (row.important ? QStringLiteral("!") : QString()) +
+           (row.hasFiles ? QString::fromUtf16(kPaperclip) : QString());
+  }
   QString text = QString::fromStdString(row.fields[static_cast<size_t>(column - 1)]);
   // A folded header would break the row in two.
   return text.simplified();
@@ -143,7 +158,10 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
       if (column == kMarkColumn) {
-        return RowAt(index.row()).important ? tr("High importance") : QString();
+        QStringList marks;
+        if (RowAt(index.row()).important) marks << tr("High importance");
+        if (RowAt(index.row()).hasFiles) marks << tr("Has attachments");
+        return marks.join(", ");
       }
       if (column == kHotColumn) return RowAt(index.row()).hot ? tr("Hot") : QString();
       return Text(RowAt(index.row()), column);
@@ -172,7 +190,7 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
     return tr(repository::kListColumns[static_cast<size_t>(section - 1)].caption);
   }
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) {
-    if (section == kMarkColumn) return tr("Importance");
+    if (section == kMarkColumn) return tr("Importance and attachments");
   }
   if (role == Qt::TextAlignmentRole) {
     if (section == kHotColumn) return Qt::AlignCenter;

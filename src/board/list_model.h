@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The message list as the grid sees it: a recordset's rows, each read when it is first shown and
-// kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 is the mark of
-// important messages, the rest are repository::kListColumns in their order.
+// kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 holds the mark of
+// important messages and a paperclip for those with files, the rest are repository::kListColumns in
+// their order.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -59,6 +60,7 @@ class ListModel : public QAbstractTableModel {
     int64_t id = 0;
     bool important = false;
     bool hot = false;
+    bool hasFiles = false;
   };
   const Row& RowAt(int row) const;
   static Row Read(jet::Recordset& list, int row, bool placeholder);

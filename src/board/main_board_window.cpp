@@ -36,7 +36,8 @@ MainBoard::MainBoard(QWidget* parent)
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
-      messages_(new MessageActions(parts_, *work_, *list_, this)) {
+      reading_(new ReadingActions(parts_, *work_, *list_, this)),
+      messages_(new MessageActions(parts_, *work_, *list_, *reading_, this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));
   auto stoppable = [this](const std::function<void()>& command) { work_->RunStoppable(command); };
@@ -81,6 +82,7 @@ void MainBoard::Connect() {
 bool MainBoard::Load() {
   bool sameWidth = RestorePlace(*this);
   parts_.grid->ApplyWidths(repository::ReadNamedLayout(kGridGroup, kGridNames), sameWidth);
+  reading_->RestorePane();
   ShowRepositoryFolder();
   parts_.actions->timeline->setChecked(ReadTimelineShown());
   parts_.timeline->setVisible(parts_.actions->timeline->isChecked());
@@ -147,6 +149,7 @@ void MainBoard::SaveLayout() {
     parts_.strip->ReadFilter(filter);
     SaveFilter(filter, CountListed());
     StorePlace(*this);
+    reading_->SavePane();
     repository::ParameterDb().EndUnit();
     group.End();
   });

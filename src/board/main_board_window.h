@@ -13,6 +13,7 @@
 #include "board/load_actions.h"
 #include "board/maintenance_actions.h"
 #include "board/message_actions.h"
+#include "board/reading_actions.h"
 #include "board/takeout_actions.h"
 
 namespace tarnwick::board {
@@ -37,6 +38,8 @@ class MainBoard : public QMainWindow {
   TakeoutActions& Takeout() { return *takeout_; }
   MaintenanceActions& Maintenance() { return *maintenance_; }
 
+  reading::LetterView& Letter() { return *parts_.letter; }
+
   // True while a command runs that can be stopped.
   bool IsBusy() const { return work_->IsRunning(); }
 
@@ -56,6 +59,7 @@ class MainBoard : public QMainWindow {
   BoardWork* work_;
   ListActions* list_;
   LoadActions* load_;
+  ReadingActions* reading_;
   MessageActions* messages_;
   TakeoutActions* takeout_ = nullptr;
   MaintenanceActions* maintenance_ = nullptr;

@@ -18,8 +18,8 @@ constexpr const char* kShowEmailText = "ShowEmailText";
 }  // namespace
 
 MessageActions::MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list,
-                               QObject* parent)
-    : QObject(parent), parts_(parts), work_(work), list_(list) {
+                               ReadingActions& reading, QObject* parent)
+    : QObject(parent), parts_(parts), work_(work), list_(list), reading_(reading) {
   const BoardActions& actions = *parts.actions;
   auto on = [this](QAction* action, void (MessageActions::*command)()) {
     connect(action, &QAction::triggered, this, command);
@@ -71,7 +71,9 @@ void MessageActions::ShowEmail() {
     return;
   }
   // The desktop may take a few seconds to refuse, and events run meanwhile.
-  work_.Run([&] { ShowStoredMessage(message.id, message.application); });
+  bool hasNoProgram = false;
+  work_.Run([&] { ShowStoredMessage(message.id, message.application, &hasNoProgram); });
+  if (hasNoProgram) reading_.OpenWindow(message.id);
 }
 
 void MessageActions::MoveHtml() {

@@ -8,7 +8,7 @@
 #include <QTimer>
 
 #include "board/email_text_window.h"
-#include "board/list_actions.h"
+#include "board/reading_actions.h"
 
 namespace tarnwick::board {
 
@@ -16,7 +16,8 @@ class MessageActions : public QObject {
   Q_OBJECT
 
  public:
-  MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list, QObject* parent);
+  MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list,
+                 ReadingActions& reading, QObject* parent);
 
   // Nothing follows the selection before its next change.
   void StopFollowing() { follow_.stop(); }
@@ -38,6 +39,7 @@ class MessageActions : public QObject {
   const BoardParts parts_;
   BoardWork& work_;
   ListActions& list_;
+  ReadingActions& reading_;
   maintenance::DeletedMessages deleted_;
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one

@@ -87,7 +87,7 @@ void Summarise(const Moved& moved) {
 
 }  // namespace
 
-bool ShowStoredMessage(int64_t emailId, const std::string& application) {
+bool ShowStoredMessage(int64_t emailId, const std::string& application, bool* hasNoProgram) {
   return core::Guarded("ShowStoredMessage", false, [&] {
     std::optional<std::string> bytes = takeout::ReadStoredFile(emailId);
     if (!bytes) {
@@ -96,7 +96,7 @@ bool ShowStoredMessage(int64_t emailId, const std::string& application) {
     }
     std::string path = core::NewDocumentPath(DocumentExtension(application));
     platform::WriteFile(path, *bytes);
-    return core::OpenDocument(path);
+    return core::OpenDocument(path, hasNoProgram);
   });
 }
 

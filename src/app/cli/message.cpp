@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "board/message_commands.h"
-#include "board/stored_message.h"
+#include "reading/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 
@@ -17,7 +17,7 @@ using MessageCommand = bool (*)(const std::vector<board::SelectedMessage>&);
 int OnMessage(const std::vector<std::string>& words, MessageCommand command) {
   Arguments arguments(words, {}, {});
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  std::optional<board::StoredMessage> message = board::ReadStoredMessage(id);
+  std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(id);
   if (!message) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;
