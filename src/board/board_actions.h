@@ -17,6 +17,7 @@ class BoardActions : public QObject {
   explicit BoardActions(QWidget* parent);
 
   QAction* openRepository = nullptr;
+  QAction* recentRepositories = nullptr;  // a menu
   QAction* createRepository = nullptr;
   QAction* backup = nullptr;
   QAction* restore = nullptr;

@@ -63,9 +63,8 @@ EmailGridView::EmailGridView(QWidget* parent) : GridView(parent), model_(new Lis
 }
 
 void EmailGridView::SetDefaultWidths() {
-  setColumnWidth(
-      kMarkColumn,
-      WidthInPixels({.caption = "!\U0001F4CE", .width = ListWidth::kCaption}, fontMetrics()));
+  setColumnWidth(kMarkColumn,
+                 WidthInPixels({.caption = "!88", .width = ListWidth::kCaption}, fontMetrics()));
   for (const ListColumn& column : repository::kListColumns) {
     int width = WidthInPixels(column, fontMetrics());
     setColumnHidden(column.place, width == 0);
@@ -122,8 +121,8 @@ void EmailGridView::Hold() {
   for (int row : SelectedRows()) held_.ids.push_back(model_->IdOnlyAt(row));
 }
 
-void EmailGridView::Unbind() {
-  model_->Unbind();
+void EmailGridView::Freeze() {
+  model_->Freeze();
 }
 
 SelectedMessage EmailGridView::MessageAt(int row) const {

@@ -26,8 +26,8 @@ class EmailGridView : public repository::GridView {
   // Shows the recordset's rows anew. What was selected is so again where it is listed still; where
   // it is not, with keepPlace, the row of the same number.
   void Bind(jet::Recordset& list, bool placeholder, bool keepPlace);
-  // Shows no rows until the next Bind, and reads none.
-  void Unbind();
+  // Shows the rows as they are until the next Bind, and reads none.
+  void Freeze();
 
   // The selected messages in list order; without the placeholder and rows that have gone. Of
   // several only the IDs.

@@ -13,6 +13,8 @@ namespace {
 constexpr const char* kPlaceGroup = "XYMainBoard";
 constexpr const char* kTimelineGroup = "Timeline";
 constexpr const char* kReadingGroup = "ReadingPane";
+constexpr const char* kRecentGroup = "RecentRepository";
+constexpr size_t kMostRecent = 8;
 constexpr const char* kShownKey = "Shown";
 // 10,000 pixels: nothing wider was ever meant.
 constexpr int64_t kWidest = int64_t{10000} * kTwipsPerPixel;
@@ -72,6 +74,25 @@ void SaveReadingPane(const ReadingPane& pane) {
   if (pane.place == ReadingPlace::kOff) return;
   write("List", pane.list);
   write("Letter", pane.letter);
+}
+
+std::vector<std::string> ReadRecentRepositories() {
+  std::vector<std::string> folders;
+  for (size_t i = 0; i < kMostRecent; ++i) {
+    std::string folder =
+        repository::GetParameter(kRecentGroup, std::to_string(i), repository::kTextColumn).AsText();
+    if (!folder.empty()) folders.push_back(std::move(folder));
+  }
+  return folders;
+}
+
+void AddRecentRepository(const std::string& folder) {
+  std::vector<std::string> folders = ReadRecentRepositories();
+  std::erase(folders, folder);
+  folders.insert(folders.begin(), folder);
+  for (size_t i = 0; i < folders.size() && i < kMostRecent; ++i) {
+    repository::SetParameter(kRecentGroup, std::to_string(i), repository::kTextColumn, folders[i]);
+  }
 }
 
 std::optional<int> FittingEdge(int stored, int extent, int screen) {

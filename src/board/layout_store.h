@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "repository/email_fields.h"
 #include "repository/grid_layout.h"
@@ -54,6 +56,11 @@ struct ReadingPane {
 // usual: where nothing was stored.
 ReadingPane ReadReadingPane(ReadingPlace usual);
 void SaveReadingPane(const ReadingPane& pane);
+
+// The folders of the repositories that were open, the last one first.
+std::vector<std::string> ReadRecentRepositories();
+// Puts one before the others; the oldest of very many goes.
+void AddRecentRepository(const std::string& folder);
 
 // The edge to apply: a stored one that is not 0 and with which a window of this extent still lies
 // within the screen.

@@ -5,7 +5,10 @@
 #include <QColor>
 #include <QFont>
 #include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
 #include <QPalette>
+#include <QPixmap>
 #include <algorithm>
 #include <limits>
 
@@ -34,8 +37,34 @@ bool HasFiles(int64_t id) {
   return !row.Eof() && row.Field(0).AsInt() > 0;
 }
 
-// In the colour of the text, as a font draws it.
-constexpr const char16_t* kPaperclip = u"\U0001F4CE";
+// Drawn in the colour of the text: not every font has one.
+QPixmap Paperclip() {
+  constexpr int kSide = 12;
+  constexpr qreal kSharp = 3;  // for screens of any density
+  static QPixmap drawn;
+  static QColor drawnIn;
+  QColor colour = QGuiApplication::palette().color(QPalette::Text);
+  if (!drawn.isNull() && drawnIn == colour) return drawn;
+  drawn = QPixmap(QSize(kSide, kSide) * kSharp);
+  drawn.setDevicePixelRatio(kSharp);
+  drawn.fill(Qt::transparent);
+  QPainter painter(&drawn);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(colour, 1.2));
+  painter.translate(kSide / 2.0, kSide / 2.0);
+  painter.rotate(35);
+  QPainterPath wire(QPointF(2.6, -2));
+  wire.lineTo(2.6, 2.6);
+  wire.arcTo(QRectF(-2.6, 0, 5.2, 5.2), 0, -180);
+  wire.lineTo(-2.6, -3.4);
+  wire.arcTo(QRectF(-2.6, -5.2, 3.6, 3.6), 180, -180);
+  wire.lineTo(1, 2.2);
+  wire.arcTo(QRectF(-1, 1.2, 2, 2), 0, -180);
+  wire.lineTo(-1, -2);
+  painter.drawPath(wire);
+  drawnIn = colour;
+  return drawn;
+}
 
 }  // namespace
 
@@ -43,6 +72,7 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
   beginResetModel();
   list_ = &list;
   placeholder_ = placeholder;
+  frozen_ = false;
   cache_.clear();
   rows_ = core::Guarded(
       "BindEmailList", 0,
@@ -51,15 +81,6 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
         return static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
       },
       core::Report::kLog);
-  endResetModel();
-}
-
-void ListModel::Unbind() {
-  beginResetModel();
-  list_ = nullptr;
-  placeholder_ = false;
-  cache_.clear();
-  rows_ = 0;
   endResetModel();
 }
 
@@ -85,6 +106,10 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
 const ListModel::Row& ListModel::RowAt(int row) const {
   auto cached = cache_.find(row);
   if (cached != cache_.end()) return cached->second;
+  if (frozen_) {
+    static const Row kNotRead;
+    return kNotRead;
+  }
   if (cache_.size() >= kCachedRows) cache_.clear();
   Row read;
   if (list_->IsOpen()) {
@@ -100,7 +125,7 @@ int64_t ListModel::IdAt(int row) const {
 }
 
 int64_t ListModel::IdOnlyAt(int row) const {
-  if (row < 0 || row >= rows_ || placeholder_ || !list_->IsOpen()) return 0;
+  if (row < 0 || row >= rows_ || placeholder_ || frozen_ || !list_->IsOpen()) return 0;
   return core::Guarded(
       "EmailGrid", int64_t{0},
       [&] {
@@ -135,8 +160,7 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 
 QString ListModel::Text(const Row& row, int column) const {
   if (column == kMarkColumn) {
-    return (row.important ? QStringLiteral("!") : QString()) +
-           (row.hasFiles ? QString::fromUtf16(kPaperclip) : QString());
+    return row.important ? QStringLiteral("!") : QString();
   }
   QString text = QString::fromStdString(row.fields[static_cast<size_t>(column - 1)]);
   // A folded header would break the row in two.
@@ -151,6 +175,9 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return Text(RowAt(index.row()), column);
+    case Qt::DecorationRole:
+      if (column == kMarkColumn && RowAt(index.row()).hasFiles) return Paperclip();
+      return {};
     case Qt::ToolTipRole:
       if (column == kMarkColumn || column == kHotColumn) {
         return data(index, Qt::AccessibleTextRole);

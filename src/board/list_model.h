@@ -34,7 +34,9 @@ class ListModel : public QAbstractTableModel {
   // Shows these rows from now on; called again after each query. The recordset must stay in its
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
   void Bind(jet::Recordset& list, bool placeholder);
-  void Unbind();
+  // Reads nothing until the next Bind, while the engine is at work: rows that were not looked at
+  // yet are empty.
+  void Freeze() { frozen_ = true; }
 
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.
@@ -68,6 +70,7 @@ class ListModel : public QAbstractTableModel {
 
   jet::Recordset* list_ = nullptr;
   bool placeholder_ = false;
+  bool frozen_ = false;
   int rows_ = 0;
   mutable std::unordered_map<int, Row> cache_;
 };

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QMenu>
 
 #include "board/help_topics.h"
 #include "board/layout_store.h"
@@ -46,7 +47,7 @@ MainBoard::MainBoard(QWidget* parent)
     work_->RunStoppable([&] {
       // Events run while the engine works, and nothing may read from it then.
       messages_->StopFollowing();
-      parts_.grid->Unbind();
+      parts_.grid->Freeze();
       command();
       list_->ListRepository();
       list_->UpdateHint();
@@ -66,8 +67,11 @@ void MainBoard::Connect() {
   auto on = [this](QAction* action, auto command) {
     connect(action, &QAction::triggered, this, command);
   };
-  on(actions.openRepository, [this] { SwitchRepository(false); });
-  on(actions.createRepository, [this] { SwitchRepository(true); });
+  on(actions.openRepository, [this] { ChooseRepository(false); });
+  on(actions.createRepository, [this] { ChooseRepository(true); });
+  auto* recent = new QMenu(this);
+  actions.recentRepositories->setMenu(recent);
+  connect(recent, &QMenu::aboutToShow, this, &MainBoard::FillRecent);
   on(actions.contacts, [this] { OpenContacts(); });
   on(actions.options, [this] { options::frmOptions(ReadProfile, Mailers(), this).exec(); });
   on(actions.helpTopics,
@@ -83,6 +87,7 @@ bool MainBoard::Load() {
   bool sameWidth = RestorePlace(*this);
   parts_.grid->ApplyWidths(repository::ReadNamedLayout(kGridGroup, kGridNames), sameWidth);
   reading_->RestorePane();
+  AddRecentRepository(repository::Repository().RepositoryFolder);
   ShowRepositoryFolder();
   parts_.actions->timeline->setChecked(ReadTimelineShown());
   parts_.timeline->setVisible(parts_.actions->timeline->isChecked());
@@ -112,12 +117,26 @@ void MainBoard::SetTimelineShown(bool on) {
   SaveTimelineShown(on);
 }
 
-void MainBoard::SwitchRepository(bool create) {
+void MainBoard::FillRecent() {
+  QMenu* recent = parts_.actions->recentRepositories->menu();
+  recent->clear();
+  for (const std::string& folder : ReadRecentRepositories()) {
+    if (folder == repository::Repository().RepositoryFolder) continue;
+    QAction* entry = recent->addAction(QString::fromStdString(folder).replace('&', "&&"));
+    connect(entry, &QAction::triggered, this, [this, folder] { SwitchRepository(folder, false); });
+  }
+  if (recent->isEmpty()) recent->addAction(tr("None yet"))->setEnabled(false);
+}
+
+void MainBoard::ChooseRepository(bool create) {
   auto folder = State().Ui->ChooseFolder("Select repository folder");
-  if (!folder || folder->empty()) return;
+  if (folder && !folder->empty()) SwitchRepository(*folder, create);
+}
+
+void MainBoard::SwitchRepository(const std::string& folder, bool create) {
   SaveLayout();
   bool switched =
-      create ? repository::CreateRepositoryIn(*folder) : repository::OpenRepositoryIn(*folder);
+      create ? repository::CreateRepositoryIn(folder) : repository::OpenRepositoryIn(folder);
   if (switched) {
     parts_.notice->hide();
     messages_->HideText();

@@ -50,7 +50,9 @@ class MainBoard : public QMainWindow {
   void Connect();
   void OfferCheck();
   void FollowNotice();
-  void SwitchRepository(bool create);
+  void ChooseRepository(bool create);
+  void SwitchRepository(const std::string& folder, bool create);
+  void FillRecent();
   void OpenContacts();
   void SetTimelineShown(bool on);
   void SaveLayout();

@@ -41,6 +41,7 @@ QImage LetterPictures::Find(const QString& contentId) {
 LetterTextView::LetterTextView(QWidget* parent) : QTextBrowser(parent) {
   setOpenLinks(false);
   setUndoRedoEnabled(false);
+  setPlaceholderText(tr("Select a message to read it here."));
   setTextInteractionFlags(Qt::TextBrowserInteraction);
   connect(this, &QTextBrowser::anchorClicked, this, &LetterTextView::AskAndOpen);
   connect(this, &QTextBrowser::highlighted, this, [this](const QUrl& link) {

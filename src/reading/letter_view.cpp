@@ -107,7 +107,8 @@ LetterView::LetterView(QWidget* parent)
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(2);
   column->addWidget(head_);
-  column->addWidget(BuildBar());
+  bar_ = BuildBar();
+  column->addWidget(bar_);
   column->addWidget(text_, 1);
   column->addWidget(files_);
   Show(0);
@@ -160,6 +161,8 @@ QWidget* LetterView::BuildBar() {
 void LetterView::Show(int64_t id) {
   letter_ = id == 0 ? std::nullopt : ReadLetter(id);
   unfolded_ = false;
+  head_->setVisible(letter_.has_value());
+  bar_->setVisible(letter_.has_value());
   ShowHead();
   ShowText();
   files_->Show(letter_ ? letter_->files : nullptr);

@@ -60,6 +60,7 @@ class LetterView : public QWidget {
   int marked_ = 0;
 
   LetterTextView* head_;
+  QWidget* bar_ = nullptr;
   QToolButton* formatted_ = nullptr;
   QLabel* warning_ = nullptr;
   QLineEdit* find_ = nullptr;

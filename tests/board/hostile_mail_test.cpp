@@ -7,13 +7,13 @@
 // stands beside it.
 #include <gmock/gmock.h>
 
-#include "reading/stored_message.h"
 #include "core/run_state.h"
 #include "database/recordset.h"
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
 #include "platform/files.h"
+#include "reading/stored_message.h"
 #include "repository/repository.h"
 #include "samples/hostile_mail.h"
 #include "support/program_fixture.h"
@@ -38,7 +38,8 @@ class HostileMail : public testing::ProgramFixture {
   static std::vector<std::string> Neighbours() {
     std::vector<std::string> rows;
     for (int64_t id : {1, 2}) {
-      rows.push_back(reading::ReadStoredMessage(id)->subject + takeout::ReadStoredFile(id).value_or(""));
+      rows.push_back(reading::ReadStoredMessage(id)->subject +
+                     takeout::ReadStoredFile(id).value_or(""));
     }
     return rows;
   }
