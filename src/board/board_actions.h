@@ -25,6 +25,7 @@ class BoardActions : public QObject {
   QAction* merge = nullptr;
   QAction* check = nullptr;
   QAction* loadTextFile = nullptr;
+  QAction* findMail = nullptr;
   QAction* saveMessages = nullptr;
   QAction* exit = nullptr;
   QAction* undo = nullptr;      // enabled while there is something to bring back

@@ -35,10 +35,10 @@ void AddMenu(QMainWindow* window, const QString& title, const char* name,
 void AddMenus(const BoardParts& parts) {
   const BoardActions& a = *parts.actions;
   QMainWindow* window = parts.window;
-  AddMenu(
-      window, BoardActions::tr("&File"), "mnuFile",
-      {a.openRepository, a.recentRepositories, a.createRepository, nullptr, a.backup, a.restore,
-       a.exportListed, a.merge, a.check, nullptr, a.loadTextFile, a.saveMessages, nullptr, a.exit});
+  AddMenu(window, BoardActions::tr("&File"), "mnuFile",
+          {a.openRepository, a.recentRepositories, a.createRepository, nullptr, a.backup, a.restore,
+           a.exportListed, a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages,
+           nullptr, a.exit});
   AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
   AddMenu(window, BoardActions::tr("&View"), "mnuView",
           {a.timeline, nullptr, a.paneBelow, a.paneBeside, a.paneOff});

@@ -37,6 +37,7 @@ MainBoard::MainBoard(QWidget* parent)
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
+      find_(new FindActions(parts_, *work_, *load_, this)),
       reading_(new ReadingActions(parts_, *work_, *list_, this)),
       messages_(new MessageActions(parts_, *work_, *list_, *reading_, this)) {
   setObjectName("MainBoard");

@@ -9,6 +9,7 @@
 
 #include "board/board_body_view.h"
 #include "board/board_work_actions.h"
+#include "board/find_actions.h"
 #include "board/list_actions.h"
 #include "board/load_actions.h"
 #include "board/maintenance_actions.h"
@@ -35,6 +36,7 @@ class MainBoard : public QMainWindow {
   timeline::TimelineView& Timeline() { return *parts_.timeline; }
   ListActions& List() { return *list_; }
   LoadActions& Loading() { return *load_; }
+  FindActions& Finding() { return *find_; }
   TakeoutActions& Takeout() { return *takeout_; }
   MaintenanceActions& Maintenance() { return *maintenance_; }
 
@@ -61,6 +63,7 @@ class MainBoard : public QMainWindow {
   BoardWork* work_;
   ListActions* list_;
   LoadActions* load_;
+  FindActions* find_;
   ReadingActions* reading_;
   MessageActions* messages_;
   TakeoutActions* takeout_ = nullptr;

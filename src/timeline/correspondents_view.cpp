@@ -33,7 +33,7 @@ CorrespondentsView::CorrespondentsView(QWidget* parent) : QWidget(parent) {
 
 void CorrespondentsView::SetPeople(std::vector<Correspondent> people) {
   people_ = std::move(people);
-  people_.resize(std::min<size_t>(people_.size(), kRows * kColumns));
+  people_.resize(std::min<size_t>(people_.size(), size_t{kRows} * kColumns));
   current_ = std::clamp(current_, 0, std::max(0, static_cast<int>(people_.size()) - 1));
   hovered_ = -1;
   update();

@@ -181,8 +181,8 @@ void TimelineView::Work() {
     }
   } else if (correspondentReader_.IsRunning()) {
     if (!correspondentReader_.Step()) {
-      correspondents_->SetPeople(
-          correspondentReader_.Top(CorrespondentsView::kRows * CorrespondentsView::kColumns));
+      correspondents_->SetPeople(correspondentReader_.Top(size_t{CorrespondentsView::kRows} *
+                                                          CorrespondentsView::kColumns));
     }
   } else {
     work_.stop();

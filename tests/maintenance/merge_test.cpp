@@ -267,9 +267,9 @@ TEST_F(MergeTest, AHostileFileIsTakenForWhatItIs) {
   MergeResult merged = twMakeMarge(file_, kEverybody);
   EXPECT_EQ(merged.imported, 2);
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "12");
-  EXPECT_EQ(Query("SELECT Count(*) AS C FROM ToRecipient").AsInt(), 200);
+  EXPECT_EQ(Query("SELECT Count(*) AS C FROM ToRecipient").AsInt(), 768);
   EXPECT_LE(Query("SELECT Max(FilesNum) AS M FROM Email").AsInt(), 20);
-  EXPECT_EQ(Query("SELECT Max(CountMailTo) AS M FROM Email").AsInt(), 100);
+  EXPECT_EQ(Query("SELECT Max(CountMailTo) AS M FROM Email").AsInt(), 512);
   EXPECT_EQ(Query("SELECT Min(CountCC) AS M FROM Email").AsInt(), 0);
 }
 

@@ -94,7 +94,7 @@ struct Tally {
 
 class Comparison {
  public:
-  explicit Comparison(const std::string& path) : ours_(path), theirs_(path) {}
+  explicit Comparison(const std::string& path) : file_(path), ours_(file_), theirs_(file_) {}
 
   Tally Run() {
     Compare([](StoreFile& store, Answer& answer) { store.DescribeStore(answer); });
@@ -142,6 +142,7 @@ class Comparison {
     }
   }
 
+  platform::InputFile file_;
   NodeStore ours_;
   LibraryStore theirs_;
   Tally tally_;
@@ -213,7 +214,8 @@ TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
     uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
     uint32_t node = store.AddMessage(inbox, mail);
     platform::WriteFile(folder_.File("a.pst"), store.Build());
-    NodeStore reader(folder_.File("a.pst"));
+    platform::InputFile file(folder_.File("a.pst"));
+    NodeStore reader(file);
     Said said = Ask([&](Answer& answer) { reader.SendAttachment({inbox, 0, node}, {0}, answer); });
     EXPECT_FALSE(said.failed);
     EXPECT_TRUE(said.bytes == mail.attachments[0].data) << said.bytes.size();
@@ -251,7 +253,8 @@ std::map<uint32_t, WholeItem> ReadAll(const std::string& path, size_t& listed) {
   std::map<uint32_t, WholeItem> items;
   bool isMarked = false;
   listed = 0;
-  std::unique_ptr<StoreFile> store = OpenStore(path);
+  platform::InputFile file(path);
+  std::unique_ptr<StoreFile> store = OpenStore(file);
   std::vector<uint32_t> waiting = {0x122};
   std::set<uint32_t> seen;
   while (!waiting.empty()) {

@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "repository/app_folder.h"
+#include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -40,6 +41,8 @@ ProgramFixture::ProgramFixture() {
   core::PrepareRun(folder_.Path());
   EXPECT_TRUE(repository::OpenRepository(false));
   repository::ReadOptions();
+  // A test says where it wants complete reading.
+  repository::SetOption(repository::kCompleteReadingOption, false);
 }
 
 ProgramFixture::~ProgramFixture() {

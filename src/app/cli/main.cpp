@@ -28,7 +28,9 @@ using Command = std::function<int(const std::vector<std::string>&)>;
 constexpr const char* kUsage =
     R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
-  load   [--accept all|known|ask] [--full]
+  load   [--accept all|known|ask] [--full] [--reading designed|complete]
+         [--folders drafts,deleted,outbox]
+  find   PATH [--json]
   take   FILE...
   list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
          [--direction in|out|both] [--hot] [--attached]
@@ -54,6 +56,7 @@ constexpr const char* kWasNotClosed =
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
       {"load", tarnwick::app::RunLoad},
+      {"find", tarnwick::app::RunFind},
       {"take", tarnwick::app::RunTake},
       {"list", tarnwick::app::RunList},
       {"show", tarnwick::app::RunShow},
