@@ -88,11 +88,53 @@ FilterStripView::FilterStripView(QWidget* parent) : QWidget(parent) {
                  {{"odAscending", tr("Ascending"), id(ListOrder::kAscending)},
                   {"odDescending", tr("Descending"), id(ListOrder::kDescending)}},
                  1)};
-  int column = grid->columnCount();
-  for (QGroupBox* group : groups) grid->addWidget(group, 0, column++, 2, 1);
+  groups_ = {groups[0], groups[1], groups[2]};
+  firstGroupColumn_ = grid->columnCount();
+  PlaceGroups();
   // As Enter goes through them, though the boxes stand in columns.
   for (size_t i = 1; i < boxes_.size(); ++i) setTabOrder(boxes_[i - 1], boxes_[i]);
   setTabOrder(boxes_.back(), active_);
+}
+
+// At the end of the two rows, or below them in a narrow window.
+void FilterStripView::PlaceGroups() {
+  auto* grid = qobject_cast<QGridLayout*>(layout());
+  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // column and columns
+  int place = 0;
+  for (QGroupBox* group : groups_) {
+    grid->removeWidget(group);
+    if (isFolded_) {
+      grid->addWidget(group, 2, kBelow[place][0], 1, kBelow[place][1]);
+    } else {
+      grid->addWidget(group, 0, firstGroupColumn_ + place, 2, 1);
+    }
+    ++place;
+  }
+}
+
+int FilterStripView::GroupsWidth() const {
+  int width = 0;
+  for (const QGroupBox* group : groups_) {
+    width += group->minimumSizeHint().width() + layout()->spacing();
+  }
+  return width;
+}
+
+// The window may become narrower than two rows want: then they fold.
+QSize FilterStripView::minimumSizeHint() const {
+  QSize size = QWidget::minimumSizeHint();
+  if (!isFolded_) size.setWidth(size.width() - GroupsWidth());
+  return size;
+}
+
+void FilterStripView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (!isFolded_) wholeWidth_ = QWidget::minimumSizeHint().width();
+  bool folds = width() < wholeWidth_;
+  if (folds == isFolded_) return;
+  isFolded_ = folds;
+  PlaceGroups();
+  updateGeometry();
 }
 
 void FilterStripView::BuildBoxes(QGridLayout* grid) {

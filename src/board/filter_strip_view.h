@@ -43,6 +43,8 @@ class FilterStripView : public QWidget {
 
   void FocusFirst();
 
+  QSize minimumSizeHint() const override;
+
  signals:
   void FilterChanged();
   // Enter in the last box: the focus goes on to the list.
@@ -50,6 +52,7 @@ class FilterStripView : public QWidget {
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   struct DateBox {
@@ -65,6 +68,8 @@ class FilterStripView : public QWidget {
   QGroupBox* BuildGroup(const char* name, const QString& title, QButtonGroup*& buttons,
                         const std::vector<std::tuple<const char*, QString, int>>& choices,
                         int columns);
+  void PlaceGroups();
+  int GroupsWidth() const;
   QComboBox* MakeCombo(const char* name);
   QLineEdit* MakeEdit(const char* name);
 
@@ -91,6 +96,10 @@ class FilterStripView : public QWidget {
   QButtonGroup* sort_ = nullptr;
   QButtonGroup* order_ = nullptr;
 
+  std::vector<QGroupBox*> groups_;
+  int firstGroupColumn_ = 0;
+  int wholeWidth_ = 0;                  // of the strip in two rows
+  bool isFolded_ = false;               // the groups stand in a third one
   std::vector<QWidget*> boxes_;         // in the order in which Enter goes through them
   std::map<QWidget*, QString> before_;  // the text that a box had when it was entered
   bool complaining_ = false;

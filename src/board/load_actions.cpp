@@ -8,6 +8,7 @@
 #include "board/list_query.h"
 #include "board/load_log.h"
 #include "core/run_state.h"
+#include "repository/file_place.h"
 
 namespace tarnwick::board {
 
@@ -48,9 +49,11 @@ void LoadActions::Load(const std::function<LoadResult()>& load) {
 
 void LoadActions::ChooseTextFile() {
   QStringList paths = QFileDialog::getOpenFileNames(
-      parts_.window, tr("Select email file"), {},
+      parts_.window, tr("Select email file"), QString::fromStdString(repository::LastFolder()),
       tr("Email files") + " (*.eml *.txt);;(*.txt);;" + tr("All files") + " (*)");
-  if (!paths.isEmpty()) LoadTextFiles(paths);
+  if (paths.isEmpty()) return;
+  repository::RememberFolderOf(paths.front().toStdString());
+  LoadTextFiles(paths);
 }
 
 void LoadActions::LoadTextFiles(const QStringList& paths) {

@@ -12,6 +12,7 @@
 #include "reading/letter_view.h"
 #include "reading/letter_window.h"
 #include "reading/print_view.h"
+#include "repository/file_place.h"
 
 namespace tarnwick::board {
 
@@ -135,9 +136,11 @@ void ReadingActions::SavePdf() {
     ShowNothingSelected();
     return;
   }
-  QString path =
-      QFileDialog::getSaveFileName(parts_.window, tr("Save as PDF"), "letters.pdf", "PDF (*.pdf)");
+  QString path = QFileDialog::getSaveFileName(
+      parts_.window, tr("Save as PDF"),
+      QString::fromStdString(repository::LastFolder()) + "letters.pdf", "PDF (*.pdf)");
   if (path.isEmpty()) return;
+  repository::RememberFolderOf(path.toStdString());
   work_.RunStoppable([&] {
     if (reading::SaveAsPdf(ids, path)) {
       parts_.status->SetPanel(core::StatusPanel::kProgress, tr("The PDF file is written."));

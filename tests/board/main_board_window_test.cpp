@@ -179,6 +179,29 @@ TEST_F(Window, TheSelectionStaysWithItsMessageAndUndoBringsBackWhatWasDeleted) {
   EXPECT_EQ(CountRows("Attachment"), 3);
 }
 
+TEST_F(Window, At800PixelsTheFilterFoldsAndNothingIsCut) {
+  Start();
+  auto isWhole = [&] {
+    for (const char* name : {"Frame1", "Frame2", "Frame3", "Subject", "LoadMailler", "Quite"}) {
+      auto* widget = Find<QWidget>(name);
+      QRect place(widget->mapTo(window_.get(), QPoint()), widget->size());
+      EXPECT_TRUE(window_->rect().contains(place)) << name;
+      EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << name;
+    }
+    return Find<QWidget>("Frame3")->y() > Find<QWidget>("MailText")->y();
+  };
+  window_->resize(1300, 700);
+  QApplication::processEvents();
+  EXPECT_FALSE(isWhole());
+  window_->resize(800, 600);
+  QApplication::processEvents();
+  EXPECT_LE(window_->width(), 820);  // as wide as the buttons in the tests' font
+  EXPECT_TRUE(isWhole()) << "the groups stand in a row of their own";
+  window_->resize(1300, 700);
+  QApplication::processEvents();
+  EXPECT_FALSE(isWhole());
+}
+
 TEST_F(Window, RowsAreFoundByTypingAndCopiedAsText) {
   AddListed({.subject = "Apples", .received = DateTime::FromDate(2005, 1, 2)});
   AddListed({.subject = "Bananas"});

@@ -5,10 +5,10 @@
 #include <iostream>
 #include <numeric>
 
-#include "reading/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
+#include "reading/stored_message.h"
 
 namespace tarnwick::app {
 

@@ -3,9 +3,9 @@
 #include <iostream>
 
 #include "board/message_commands.h"
-#include "reading/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
+#include "reading/stored_message.h"
 
 namespace tarnwick::app {
 

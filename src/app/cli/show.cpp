@@ -2,10 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include <iostream>
 
-#include "reading/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
+#include "reading/stored_message.h"
 #include "takeout/stored_file.h"
 
 namespace tarnwick::app {
