@@ -107,6 +107,7 @@ BoardParts BuildBoard(QMainWindow* window) {
   BoardParts parts;
   parts.window = window;
   parts.actions = new BoardActions(window);
+  parts.search = new search::SearchBoxView(body);
   parts.strip = new FilterStripView(body);
   parts.timeline = new timeline::TimelineView(body);
   parts.notice = MakeNotice(body);
@@ -116,8 +117,10 @@ BoardParts BuildBoard(QMainWindow* window) {
   parts.grid = new EmailGridView(parts.splitter);
   parts.letter = new reading::LetterView(parts.splitter);
   parts.status = new StatusPanelsView(window);
+  parts.folders = new search::FolderPanelView(window);
   auto* column = new QVBoxLayout(body);
   column->setContentsMargins(8, 6, 8, 6);
+  column->addWidget(parts.search);
   column->addWidget(parts.strip);
   column->addWidget(parts.timeline);
   column->addWidget(parts.notice);

@@ -32,6 +32,8 @@ void BoardWork::Begin() {
   running_ = true;
   parts_.actions->SetBusy(true);
   focusBefore_ = parts_.window->focusWidget();
+  parts_.search->setEnabled(false);
+  parts_.folders->setEnabled(false);
   parts_.strip->setEnabled(false);
   parts_.timeline->setEnabled(false);
   parts_.otherDates->setEnabled(false);
@@ -39,6 +41,8 @@ void BoardWork::Begin() {
 
 void BoardWork::End() {
   parts_.status->SetBusy(false);
+  parts_.search->setEnabled(true);
+  parts_.folders->setEnabled(true);
   parts_.strip->setEnabled(true);
   parts_.timeline->setEnabled(true);
   parts_.otherDates->setEnabled(true);

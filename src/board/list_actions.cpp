@@ -4,6 +4,7 @@
 
 #include <QLabel>
 
+#include "board/found_list.h"
 #include "board/list_query.h"
 #include "board/message_commands.h"
 #include "board/search_watch.h"
@@ -66,8 +67,10 @@ void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
   timeline::Scope scope = TimelineScope(filter);
   parts_.timeline->Follow(scope, filter.FromTo);
-  parts_.otherDates->Follow(scope, filter.DateFromIsOwn);
+  // It counts by the filter alone.
+  parts_.otherDates->Follow(scope, filter.DateFromIsOwn && !IsSearching());
   UpdateHint();
+  emit Bound();
   prepare_.start();
   // The rows are there; the counts that come next may take a look at every message.
   if (parts_.grid->isVisible()) parts_.grid->viewport()->repaint();
@@ -139,7 +142,9 @@ void ListActions::List() {
 
 void ListActions::PrepareSearch() {
   if (work_.IsRunning() || core::State().LoadIsRunning) return;
-  if (repository::PrepareSearch(kPrepareMilliseconds)) prepare_.stop();
+  if (repository::PrepareSearch(kPrepareMilliseconds) && PrepareMap(kPrepareMilliseconds)) {
+    prepare_.stop();
+  }
 }
 
 void ListActions::Refresh() {
@@ -168,6 +173,7 @@ void ListActions::ListAnew(bool changed) {
 
 void ListActions::ListRepository() {
   repository::NoteWhetherEmpty();
+  search::Map().Forget();
   FillChoices();
   ShowRefresh(*this);
 }
@@ -181,6 +187,7 @@ void ListActions::ListEvery(const std::string& subject) {
   every.Project = now.Project;
   every.Subject = subject;
   Board().Filter = every;
+  emit EverythingAskedFor();
   parts_.notice->hide();
   ShowFilter(every);
   List();

@@ -37,6 +37,8 @@ class ListModel : public QAbstractTableModel {
   // Reads nothing until the next Bind, while the engine is at work: rows that were not looked at
   // yet are empty.
   void Freeze() { frozen_ = true; }
+  // Rows have come behind those that are shown.
+  void Grow();
 
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.

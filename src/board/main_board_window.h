@@ -15,6 +15,7 @@
 #include "board/maintenance_actions.h"
 #include "board/message_actions.h"
 #include "board/reading_actions.h"
+#include "board/search_actions.h"
 #include "board/takeout_actions.h"
 
 namespace tarnwick::board {
@@ -62,6 +63,7 @@ class MainBoard : public QMainWindow {
   const BoardParts parts_;
   BoardWork* work_;
   ListActions* list_;
+  SearchActions* search_;
   LoadActions* load_;
   FindActions* find_;
   ReadingActions* reading_;

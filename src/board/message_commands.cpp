@@ -92,6 +92,10 @@ void OpenMarked(jet::Recordset& marked) {
   std::string where = Board().LastWhere;
   where += (where.empty() ? "WHERE" : " AND") + std::string(" Active Is Not Null");
   marked.Open(ListQueryText(where, ""), RepositoryDb(), jet::CursorType::kKeyset);
+  if (!IsSearching()) return;
+  BoardState& board = Board();
+  marked.Hold(board.ListIsPlaceholder ? std::vector<int64_t>() : board.ListRecordset.Keys());
+  marked.Requery();
 }
 
 }  // namespace
@@ -167,6 +171,7 @@ std::optional<std::vector<int64_t>> ListedIds() {
   using Ids = std::optional<std::vector<int64_t>>;
   return core::Guarded("ListedIds", Ids(), []() -> Ids {
     std::vector<int64_t> ids;
+    if (!CompleteList()) return std::nullopt;
     BoardState& board = Board();
     if (board.ListIsPlaceholder) return ids;
     jet::Recordset& list = board.ListRecordset;
@@ -187,8 +192,10 @@ std::optional<std::vector<int64_t>> ListedIds() {
 bool MarkAllNotHot() {
   return core::Guarded("MarkAllNotHot", false, [] {
     if (!core::AskBeforeLoss("Are you realy want to mark all emails as unactive?",
-                             "Every listed message loses its hot mark."))
+                             "Every listed message loses its hot mark.")) {
       return false;
+    }
+    if (!CompleteList()) return false;
     jet::Recordset marked;
     OpenMarked(marked);
     const int64_t total = marked.RecordCount();

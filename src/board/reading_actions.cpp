@@ -13,6 +13,7 @@
 #include "reading/letter_window.h"
 #include "reading/print_view.h"
 #include "repository/file_place.h"
+#include "search/query.h"
 
 namespace tarnwick::board {
 
@@ -94,7 +95,16 @@ void ReadingActions::SetPlace(ReadingPlace place) {
 void ReadingActions::Follow() {
   if (!parts_.letter->isVisible() || work_.IsRunning()) return;
   const ListFilter& filter = Board().Filter;
-  parts_.letter->SetWords(Words(filter.MailText), Words(filter.Subject));
+  QStringList inText = Words(filter.MailText);
+  QStringList inSubject = Words(filter.Subject);
+  for (const search::Term& term : search::ParseQuery(Board().Found.text).terms) {
+    if (term.excluded) continue;
+    if (term.field == search::Field::kAny) inText += Words(term.text);
+    if (term.field == search::Field::kAny || term.field == search::Field::kSubject) {
+      inSubject += Words(term.text);
+    }
+  }
+  parts_.letter->SetWords(inText, inSubject);
   int64_t id = parts_.grid->Current().id;
   if (id != parts_.letter->Id() || id == 0) parts_.letter->Show(id);
 }

@@ -32,7 +32,8 @@ constexpr const char* kUsage =
          [--folders drafts,deleted,outbox]
   find   PATH [--json]
   take   FILE...
-  list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
+  list   [--search WORDS]
+         [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
   show   ID [--raw|--text]
