@@ -36,6 +36,7 @@ void BoardWork::Begin() {
   parts_.folders->setEnabled(false);
   parts_.strip->setEnabled(false);
   parts_.timeline->setEnabled(false);
+  parts_.otherDates->setEnabled(false);
 }
 
 void BoardWork::End() {
@@ -44,6 +45,7 @@ void BoardWork::End() {
   parts_.folders->setEnabled(true);
   parts_.strip->setEnabled(true);
   parts_.timeline->setEnabled(true);
+  parts_.otherDates->setEnabled(true);
   parts_.actions->SetBusy(false);
   running_ = false;
   emit Ended();

@@ -4,6 +4,7 @@
 
 #include <QLabel>
 
+#include "board/found_list.h"
 #include "board/list_query.h"
 #include "board/message_commands.h"
 #include "board/search_watch.h"
@@ -29,6 +30,7 @@ ListActions::ListActions(const BoardParts& parts, BoardWork& work, QObject* pare
   connect(parts.strip, &FilterStripView::LastBoxLeft, parts.grid, qOverload<>(&QWidget::setFocus));
   connect(parts.grid, &EmailGridView::SortAskedFor, parts.strip, &FilterStripView::SortBy);
   ConnectTimeline();
+  connect(parts.otherDates, &OtherDatesView::AllDatesAskedFor, this, &ListActions::ListAllDates);
   prepare_.setInterval(kPrepareEveryMilliseconds);
   connect(&prepare_, &QTimer::timeout, this, &ListActions::PrepareSearch);
   connect(&work, &BoardWork::Ended, &prepare_, qOverload<>(&QTimer::start));
@@ -40,6 +42,7 @@ void ListActions::ConnectTimeline() {
     RefreshWith([&](ListFilter& filter) {
       DateRange whole = WholeDateRange();
       filter.DateFrom = from, filter.DateTo = to;
+      filter.DateFromIsOwn = false;
       filter.DateFromGrows = from == whole.from, filter.DateToGrows = to == whole.to;
     });
   });
@@ -48,12 +51,24 @@ void ListActions::ConnectTimeline() {
   });
 }
 
+void ListActions::ListAllDates() {
+  RefreshWith([](ListFilter& filter) {
+    DateRange whole = WholeDateRange();
+    filter.DateFrom = whole.from, filter.DateTo = whole.to;
+    filter.DateFromGrows = filter.DateToGrows = true;
+    filter.DateFromIsOwn = false;
+  });
+}
+
 void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   const ListFilter& filter = Board().Filter;
   parts_.grid->Bind(list, placeholder, keepPlace_);
   keepPlace_ = false;
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
-  parts_.timeline->Follow(TimelineScope(filter), filter.FromTo);
+  timeline::Scope scope = TimelineScope(filter);
+  parts_.timeline->Follow(scope, filter.FromTo);
+  // It counts by the filter alone.
+  parts_.otherDates->Follow(scope, filter.DateFromIsOwn && !IsSearching());
   UpdateHint();
   emit Bound();
   prepare_.start();

@@ -67,6 +67,10 @@ void Recordset::SetAbsolutePosition(int64_t position) {
   impl_->SetPosition(position);
 }
 
+int64_t Recordset::PositionOfKey(int64_t key) {
+  return impl_->PositionOfKey(key);
+}
+
 std::vector<int64_t> Recordset::Keys() {
   return impl_->Keys();
 }

@@ -60,6 +60,9 @@ class Recordset {
   int64_t AbsolutePosition();
   void SetAbsolutePosition(int64_t position);
 
+  // The position of the row with this key of the first table, by a pass over the keys in memory; 0
+  // when there is none, or the rows have no keys. Moves nowhere.
+  int64_t PositionOfKey(int64_t key);
   // The keys of all rows in their order. Error 3251 where rows were read once and kept.
   std::vector<int64_t> Keys();
   // From now on the recordset holds those rows of its query alone that have these keys, in the

@@ -339,6 +339,14 @@ void Recordset::Impl::SetPosition(int64_t position) {
   PlaceAt(position - 1);
 }
 
+int64_t Recordset::Impl::PositionOfKey(int64_t key) {
+  FinishEdit();
+  if (!IsKeyed()) return 0;
+  Count();  // the keys may not have been fetched yet
+  size_t index = keys_.Find(key, program_->plan.wholeTable);
+  return index == keys_.Size() ? 0 : static_cast<int64_t>(index) + 1;
+}
+
 void Recordset::Impl::Find(std::string_view text) {
   FinishEdit();
   FindCriteria criteria = ReadCriteria(text, connection_->Lifted());

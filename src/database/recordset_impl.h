@@ -53,6 +53,7 @@ class Recordset::Impl final : public ConnectionUser {
   void MovePrevious();
   int64_t Position();
   void SetPosition(int64_t position);
+  int64_t PositionOfKey(int64_t key);
   void Find(std::string_view criteria);
 
   std::vector<int64_t> Keys();
