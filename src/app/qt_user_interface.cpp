@@ -10,6 +10,7 @@
 
 #include "intake/ask_about_email_dialog.h"
 #include "platform/files.h"
+#include "repository/file_place.h"
 
 namespace tarnwick::app {
 
@@ -64,6 +65,18 @@ bool QtUserInterface::AskYesNo(const std::string& text) {
   return box.exec() == QMessageBox::Yes;
 }
 
+bool QtUserInterface::AskBeforeLoss(const std::string& text, const std::string& loss) {
+  if (unattended_) return AskYesNo(text);
+  QMessageBox box(Parent());
+  Prepare(box, text);
+  box.setInformativeText(QString::fromStdString(loss));
+  box.setIcon(QMessageBox::Critical);
+  box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+  box.setDefaultButton(QMessageBox::No);
+  box.setEscapeButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
+}
+
 core::RepeatedAnswer QtUserInterface::AskYesNoAll(const std::string& text) {
   using core::RepeatedAnswer;
   if (unattended_) return AskYesNo(text) ? RepeatedAnswer::kYes : RepeatedAnswer::kNo;
@@ -94,9 +107,12 @@ core::SenderAnswer QtUserInterface::AskAboutEmail(const core::AskedEmail& email)
 
 std::optional<std::string> QtUserInterface::ChooseFolder(const std::string& prompt) {
   if (unattended_) return std::nullopt;
-  QString folder = QFileDialog::getExistingDirectory(Parent(), QString::fromStdString(prompt), {});
+  QString folder = QFileDialog::getExistingDirectory(
+      Parent(), QString::fromStdString(prompt), QString::fromStdString(repository::LastFolder()));
   if (folder.isEmpty()) return std::nullopt;
-  return platform::WithSeparator(folder.toStdString());
+  std::string chosen = platform::WithSeparator(folder.toStdString());
+  repository::RememberFolderOf(chosen);
+  return chosen;
 }
 
 void QtUserInterface::SetStatus(core::StatusPanel panel, const std::string& text) {

@@ -4,7 +4,9 @@
 // The graphical program.
 #include <QApplication>
 #include <QPixmap>
+#include <QSocketNotifier>
 #include <QTimer>
+#include <optional>
 
 #include "application_setup.h"
 #include "board/list_query.h"
@@ -14,6 +16,7 @@
 #include "core/startup.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
+#include "platform/raise_socket.h"
 #include "qt_user_interface.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
@@ -22,18 +25,22 @@ namespace {
 
 constexpr int kFailed = 1;
 
-// False when there is nothing to work on; the reason has been shown.
-bool OpenAtStart() {
+enum class Start { kOpened, kRunsAlready, kRefused };
+
+// Of a failure the reason has been shown. A program that runs already has come to the front.
+Start OpenAtStart() {
   namespace core = tarnwick::core;
-  return core::Guarded("Main", false, [] {
+  return core::Guarded("Main", Start::kRefused, [] {
     std::string program = tarnwick::platform::FolderOf(tarnwick::platform::ProgramPath());
     std::string appFolder = tarnwick::repository::ChooseAppFolder(program);
     tarnwick::repository::SeedAppFolder(appFolder, program);
-    core::PrepareRun(appFolder, tarnwick::repository::IsInUse(appFolder));
-    if (!tarnwick::repository::OpenRepository(false)) return false;
+    bool isInUse = tarnwick::repository::IsInUse(appFolder);
+    if (isInUse && tarnwick::platform::AskToRaise(appFolder)) return Start::kRunsAlready;
+    core::PrepareRun(appFolder, isInUse);
+    if (!tarnwick::repository::OpenRepository(false)) return Start::kRefused;
     tarnwick::repository::ReadOptions();
     tarnwick::maintenance::AskAboutUnfinishedRestore();
-    return true;
+    return Start::kOpened;
   });
 }
 
@@ -52,6 +59,17 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
   ui.SetWindow(&window);
   if (!window.Load()) return kFailed;
   window.show();
+  tarnwick::platform::RaiseSocket calls(tarnwick::core::State().AppFolder);
+  std::optional<QSocketNotifier> notifier;
+  if (calls.Descriptor() >= 0) {
+    notifier.emplace(calls.Descriptor(), QSocketNotifier::Read);
+    QObject::connect(&*notifier, &QSocketNotifier::activated, &window, [&] {
+      if (!calls.TakeCalls()) return;
+      window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+      window.raise();
+      window.activateWindow();
+    });
+  }
   if (!picture.isEmpty()) TakePicture(application, window, picture);
   return application.exec();
 }
@@ -67,7 +85,9 @@ int main(int argc, char** argv) {
   tarnwick::app::QtUserInterface ui;
   ui.SetUnattended(!picture.isEmpty());
   tarnwick::core::State().Ui = &ui;
-  int status = OpenAtStart() ? RunWindow(application, ui, picture) : kFailed;
+  Start start = OpenAtStart();
+  int status = start == Start::kRunsAlready ? 0 : kFailed;
+  if (start == Start::kOpened) status = RunWindow(application, ui, picture);
   tarnwick::board::ResetBoard();
   tarnwick::repository::DisconnectRepository();
   tarnwick::core::State().Ui = nullptr;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/board_actions.h"
 
+#include <QActionGroup>
 #include <QIcon>
 #include <QWidget>
 
@@ -18,6 +19,12 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
   } rows[] = {
       {openRepository, "mnOpenRepository", tr("&Open Repository"), QKeySequence::Open,
        "document-open", tr("Lists the repository of another folder")},
+      {recentRepositories,
+       "mnRecentRepositories",
+       tr("Rece&nt Repositories"),
+       {},
+       nullptr,
+       tr("The repositories that were open before")},
       {createRepository, "mnCreateRepository", tr("&Create Repository"), QKeySequence::New,
        "document-new", tr("Makes an empty repository in a folder")},
       {backup,
@@ -70,6 +77,8 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
        QKeySequence(Qt::CTRL | Qt::Key_Q),
        "application-exit",
        {}},
+      {undo, "mnEditUndo", tr("&Undo Delete"), QKeySequence::Undo, "edit-undo",
+       tr("Brings back the messages that were deleted last")},
       {timeline, "mnViewTimeline", tr("&Timeline"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
        nullptr, tr("Shows over the list how its mail spreads over the years")},
       {contacts,
@@ -127,6 +136,40 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
        {},
        "mail-attachment",
        tr("The files that came with the selected message")},
+      {paneBelow,
+       "mnViewPaneBelow",
+       tr("Reading pane &below"),
+       {},
+       nullptr,
+       tr("Shows the selected message under the list")},
+      {paneBeside,
+       "mnViewPaneBeside",
+       tr("Reading pane besi&de"),
+       {},
+       nullptr,
+       tr("Shows the selected message at the right of the list")},
+      {paneOff, "mnViewPaneOff", tr("Reading pane &off"), {}, nullptr, tr("Shows the list alone")},
+      {openWindow, "mnOpenWindow", tr("Open in own &window"),
+       QKeySequence(Qt::CTRL | Qt::Key_Return), "window-new",
+       tr("Shows the selected message in a window of its own")},
+      {findInLetter, "mnFindInLetter", tr("&Find in the letter"), QKeySequence::Find, "edit-find",
+       tr("Finds words in the message that is shown")},
+      {print, "mnPrint", tr("&Print..."), QKeySequence::Print, "document-print",
+       tr("Prints the selected messages")},
+      {savePdf,
+       "mnSavePdf",
+       tr("Save as P&DF..."),
+       {},
+       nullptr,
+       tr("Writes the selected messages to a PDF file")},
+      {headers,
+       "mnHeaders",
+       tr("H&eaders"),
+       {},
+       nullptr,
+       tr("Shows the lines that came before the message's text")},
+      {source, "mnSource", tr("So&urce"), QKeySequence(Qt::CTRL | Qt::Key_U), nullptr,
+       tr("Shows the message as it was received")},
       {stop, "actionStop", tr("Stop"), QKeySequence(Qt::Key_Escape), nullptr, {}},
   };
   for (const auto& row : rows) {
@@ -138,6 +181,13 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
   }
   timeline->setCheckable(true);
   timeline->setChecked(true);
+  undo->setEnabled(false);
+  auto* panes = new QActionGroup(this);
+  for (QAction* pane : {paneBelow, paneBeside, paneOff}) {
+    pane->setCheckable(true);
+    panes->addAction(pane);
+  }
+  paneOff->setChecked(true);
   // These keys belong to the text boxes unless the list has the focus.
   deleteSelected->setShortcutContext(Qt::WidgetShortcut);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -147,15 +197,46 @@ BoardActions::BoardActions(QWidget* parent) : QObject(parent) {
 }
 
 void BoardActions::SetBusy(bool busy) {
-  for (QAction* action :
-       {openRepository, createRepository, backup,         restore,        exportListed,
-        merge,          loadTextFile,     contacts,       options,        markAllNotHot,
-        moveHtml,       helpTopics,       about,          showAll,        showEmail,
-        showRelated,    toggleHot,        deleteSelected, loadFromMailer, copy,
-        saveMessages,   attachments,      check,          lastLoad}) {
+  for (QAction* action : {recentRepositories,
+                          openRepository,
+                          createRepository,
+                          backup,
+                          restore,
+                          exportListed,
+                          merge,
+                          loadTextFile,
+                          contacts,
+                          options,
+                          markAllNotHot,
+                          moveHtml,
+                          helpTopics,
+                          about,
+                          showAll,
+                          showEmail,
+                          showRelated,
+                          toggleHot,
+                          deleteSelected,
+                          loadFromMailer,
+                          copy,
+                          saveMessages,
+                          attachments,
+                          check,
+                          lastLoad,
+                          openWindow,
+                          findInLetter,
+                          print,
+                          savePdf,
+                          headers,
+                          source}) {
     action->setEnabled(!busy);
   }
+  undo->setEnabled(!busy && canUndo_);
   stop->setEnabled(busy);
+}
+
+void BoardActions::SetCanUndo(bool can) {
+  canUndo_ = can;
+  undo->setEnabled(can && !stop->isEnabled());
 }
 
 QPushButton* BoardActions::MakeButton(QAction* action, const char* objectName, QWidget* parent) {

@@ -17,6 +17,7 @@ class BoardActions : public QObject {
   explicit BoardActions(QWidget* parent);
 
   QAction* openRepository = nullptr;
+  QAction* recentRepositories = nullptr;  // a menu
   QAction* createRepository = nullptr;
   QAction* backup = nullptr;
   QAction* restore = nullptr;
@@ -27,6 +28,7 @@ class BoardActions : public QObject {
   QAction* findMail = nullptr;
   QAction* saveMessages = nullptr;
   QAction* exit = nullptr;
+  QAction* undo = nullptr;      // enabled while there is something to bring back
   QAction* timeline = nullptr;  // checked: shown
   QAction* contacts = nullptr;
   QAction* options = nullptr;
@@ -46,13 +48,30 @@ class BoardActions : public QObject {
   QAction* copy = nullptr;
   QAction* attachments = nullptr;  // a menu
 
+  // Where a letter is read; one of them is checked.
+  QAction* paneBelow = nullptr;
+  QAction* paneBeside = nullptr;
+  QAction* paneOff = nullptr;
+  QAction* openWindow = nullptr;
+  QAction* findInLetter = nullptr;
+  QAction* print = nullptr;
+  QAction* savePdf = nullptr;
+  QAction* headers = nullptr;
+  QAction* source = nullptr;
+
   QAction* stop = nullptr;
 
   // While something long runs only the stop command can be given.
   void SetBusy(bool busy);
 
+  // Whether there is a deletion to undo.
+  void SetCanUndo(bool can);
+
   // A button with the action's text and state, named objectName.
   static QPushButton* MakeButton(QAction* action, const char* objectName, QWidget* parent);
+
+ private:
+  bool canUndo_ = false;
 };
 
 }  // namespace tarnwick::board

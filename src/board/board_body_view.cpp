@@ -7,8 +7,11 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QShortcut>
+#include <QSplitter>
 #include <QVBoxLayout>
 #include <initializer_list>
+
+#include "reading/letter_view.h"
 
 namespace tarnwick::board {
 
@@ -28,13 +31,20 @@ void AddMenu(QMainWindow* window, const QString& title, const char* name,
   }
 }
 
+// "Edit" has no letter of its own left: each is a filter box's or a button's.
 void AddMenus(const BoardParts& parts) {
   const BoardActions& a = *parts.actions;
   QMainWindow* window = parts.window;
   AddMenu(window, BoardActions::tr("&File"), "mnuFile",
-          {a.openRepository, a.createRepository, nullptr, a.backup, a.restore, a.exportListed,
-           a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages, nullptr, a.exit});
-  AddMenu(window, BoardActions::tr("&View"), "mnuView", {a.timeline});
+          {a.openRepository, a.recentRepositories, a.createRepository, nullptr, a.backup, a.restore,
+           a.exportListed, a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages,
+           nullptr, a.exit});
+  AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
+  AddMenu(window, BoardActions::tr("&View"), "mnuView",
+          {a.timeline, nullptr, a.paneBelow, a.paneBeside, a.paneOff});
+  AddMenu(window, BoardActions::tr("Message"), "mnuMessage",
+          {a.showEmail, a.openWindow, a.attachments, nullptr, a.findInLetter, a.showRelated,
+           a.toggleHot, nullptr, a.print, a.savePdf, a.headers, a.source});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
           {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
   AddMenu(window, BoardActions::tr("&Help"), "mnuHelp", {a.helpTopics, a.about});
@@ -85,8 +95,8 @@ void AddActions(const BoardParts& parts) {
   const BoardActions& a = *parts.actions;
   auto* separator = new QAction(parts.window);
   separator->setSeparator(true);
-  parts.grid->addActions({a.showEmail, a.attachments, a.showRelated, a.toggleHot, a.markAllNotHot,
-                          separator, a.copy, a.saveMessages, a.deleteSelected});
+  parts.grid->addActions({a.showEmail, a.openWindow, a.attachments, a.showRelated, a.toggleHot,
+                          a.markAllNotHot, separator, a.copy, a.saveMessages, a.deleteSelected});
   parts.window->addActions({a.showAll, a.loadFromMailer, a.stop});
 }
 
@@ -97,17 +107,25 @@ BoardParts BuildBoard(QMainWindow* window) {
   BoardParts parts;
   parts.window = window;
   parts.actions = new BoardActions(window);
+  parts.search = new search::SearchBoxView(body);
   parts.strip = new FilterStripView(body);
   parts.timeline = new timeline::TimelineView(body);
   parts.notice = MakeNotice(body);
-  parts.grid = new EmailGridView(body);
+  parts.otherDates = new OtherDatesView(body);
+  parts.splitter = new QSplitter(body);
+  parts.splitter->setChildrenCollapsible(false);
+  parts.grid = new EmailGridView(parts.splitter);
+  parts.letter = new reading::LetterView(parts.splitter);
   parts.status = new StatusPanelsView(window);
+  parts.folders = new search::FolderPanelView(window);
   auto* column = new QVBoxLayout(body);
   column->setContentsMargins(8, 6, 8, 6);
+  column->addWidget(parts.search);
   column->addWidget(parts.strip);
   column->addWidget(parts.timeline);
   column->addWidget(parts.notice);
-  column->addWidget(parts.grid, 1);
+  column->addWidget(parts.otherDates);
+  column->addWidget(parts.splitter, 1);
   column->addLayout(MakeButtons(parts, body));
   window->setCentralWidget(body);
   window->setStatusBar(parts.status);

@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QResizeEvent>
 #include <algorithm>
+#include <utility>
 
 #include "board/layout_store.h"
 #include "platform/locale.h"
@@ -63,7 +64,7 @@ EmailGridView::EmailGridView(QWidget* parent) : GridView(parent), model_(new Lis
 
 void EmailGridView::SetDefaultWidths() {
   setColumnWidth(kMarkColumn,
-                 WidthInPixels({.caption = "!", .width = ListWidth::kCaption}, fontMetrics()));
+                 WidthInPixels({.caption = "!88", .width = ListWidth::kCaption}, fontMetrics()));
   for (const ListColumn& column : repository::kListColumns) {
     int width = WidthInPixels(column, fontMetrics());
     setColumnHidden(column.place, width == 0);
@@ -73,22 +74,55 @@ void EmailGridView::SetDefaultWidths() {
 
 void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace) {
   int row = currentIndex().row();
-  bool selected = keepPlace && selectionModel()->hasSelection();
+  const Held held = std::exchange(held_, {});
   model_->Bind(list, placeholder);
-  int rows = model_->rowCount();
-  if (rows == 0 || placeholder) {
+  int rows = placeholder ? 0 : model_->rowCount();
+  if (rows == 0) {
     viewport()->update();
-    return;
+  } else if (!SelectAgain(held)) {
+    if (keepPlace && row >= 0 && !held.ids.empty()) {
+      selectRow(std::min(row, rows - 1));
+    } else {
+      scrollToTop();
+    }
   }
-  if (selected && row >= 0) {
-    selectRow(std::min(row, rows - 1));
-  } else {
-    scrollToTop();
-  }
+  emit CurrentChanged();
 }
 
-void EmailGridView::Unbind() {
-  model_->Unbind();
+// False when none of them is listed any more.
+bool EmailGridView::SelectAgain(const Held& held) {
+  QItemSelection rows;
+  QModelIndex current;
+  for (int64_t id : held.ids) {
+    int row = model_->RowOf(id);
+    if (row < 0) continue;
+    QModelIndex index = model_->index(row, kSubjectColumn);
+    rows.select(index, index);
+    if (!current.isValid() || id == held.current) current = index;
+  }
+  if (!current.isValid()) return false;
+  selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+  scrollTo(current);
+  return true;
+}
+
+// Remembers what is selected by its numbers: the next query may put it elsewhere. Of very many only
+// the current one.
+void EmailGridView::Hold() {
+  constexpr int64_t kMostHeld = 200;
+  held_ = {};
+  if (SelectedCount() == 0) return;
+  held_.current = model_->IdOnlyAt(currentIndex().row());
+  if (SelectedCount() > kMostHeld) {
+    held_.ids = {held_.current};
+    return;
+  }
+  for (int row : SelectedRows()) held_.ids.push_back(model_->IdOnlyAt(row));
+}
+
+void EmailGridView::Freeze() {
+  model_->Freeze();
 }
 
 SelectedMessage EmailGridView::MessageAt(int row) const {
@@ -217,6 +251,7 @@ void EmailGridView::resizeEvent(QResizeEvent* event) {
 void EmailGridView::selectionChanged(const QItemSelection& selected,
                                      const QItemSelection& deselected) {
   GridView::selectionChanged(selected, deselected);
+  Hold();
   emit CurrentChanged();
 }
 

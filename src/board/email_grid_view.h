@@ -23,10 +23,11 @@ class EmailGridView : public repository::GridView {
 
   ListModel& Model() { return *model_; }
 
-  // Shows the recordset's rows anew. With keepPlace the current row stays the one of its number.
+  // Shows the recordset's rows anew. What was selected is so again where it is listed still; where
+  // it is not, with keepPlace, the row of the same number.
   void Bind(jet::Recordset& list, bool placeholder, bool keepPlace);
-  // Shows no rows until the next Bind, and reads none.
-  void Unbind();
+  // Shows the rows as they are until the next Bind, and reads none.
+  void Freeze();
 
   // The selected messages in list order; without the placeholder and rows that have gone. Of
   // several only the IDs.
@@ -66,11 +67,18 @@ class EmailGridView : public repository::GridView {
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
+  struct Held {
+    std::vector<int64_t> ids;
+    int64_t current = 0;
+  };
+  void Hold();
+  bool SelectAgain(const Held& held);
   SelectedMessage MessageAt(int row) const;
   void SetDefaultWidths();
   void FitSubject();
 
   ListModel* model_;
+  Held held_;
   bool fitsWindow_ = false;
   bool settled_ = false;  // shown once: from now on a resize goes to the subject
   QString hintTitle_;

@@ -10,6 +10,7 @@
 
 #include "repository/grid_layout.h"
 #include "repository/parameter_store.h"
+#include "repository/plain_text_view.h"
 
 namespace tarnwick::board {
 
@@ -18,31 +19,6 @@ namespace {
 constexpr const char* kForm = "frmEmailText";
 constexpr int kTwips = repository::kTwipsPerPixel;
 constexpr int kTitleBar = 32;  // about what a desktop adds above a window
-// The layout of a line takes time that grows faster than the line: longer ones are broken, which
-// leaves even megabytes without a line end readable at once.
-constexpr qsizetype kLongestLine = 4000;
-// More than anyone reads in a window; the whole is in the message's file.
-constexpr qsizetype kLongestText = 2000000;
-
-QString Shown(const std::string& text) {
-  QString all = QString::fromStdString(text);
-  bool isCut = all.size() > kLongestText;
-  if (isCut) all.truncate(kLongestText);
-  QString shown;
-  shown.reserve(all.size() + all.size() / kLongestLine + 1);
-  qsizetype length = 0;
-  for (QChar c : all) {
-    length = c == u'\n' ? 0 : length + 1;
-    if (length > kLongestLine && !c.isLowSurrogate()) {
-      shown += u'\n';
-      length = 1;
-    }
-    shown += c;
-  }
-  if (isCut) shown += frmEmailText::tr("\n[...]\nShow Email shows the whole message.");
-  return shown;
-}
-
 // The subject as it is. A folded one is in one line again, and "[*]", by which a window marks what
 // is not saved yet, is written as the toolkit wants it for itself.
 QString Caption(const std::string& subject) {
@@ -78,9 +54,16 @@ frmEmailText::frmEmailText(QWidget* parent)
 
 void frmEmailText::ShowText(const EmailText& email) {
   setWindowTitle(Caption(email.subject));
-  text_->setPlainText(Shown(email.text));
+  text_->setPlainText(
+      repository::ReadableText(email.text, tr("Show Email shows the whole message.")));
   attachments_->Show(email.id == 0 ? nullptr : takeout::OpenAttachments(email.id));
   show();
+}
+
+void frmEmailText::Clear() {
+  setWindowTitle({});
+  text_->clear();
+  attachments_->Show(nullptr);
 }
 
 void frmEmailText::RestorePlace() {

@@ -24,6 +24,8 @@ class frmEmailText : public QDialog {
 
   // Shows the window with this message; the keyboard stays where it is.
   void ShowText(const EmailText& email);
+  // Nothing is selected; the window stays where it is.
+  void Clear();
 
  protected:
   void hideEvent(QHideEvent* event) override;

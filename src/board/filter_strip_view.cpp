@@ -88,11 +88,53 @@ FilterStripView::FilterStripView(QWidget* parent) : QWidget(parent) {
                  {{"odAscending", tr("Ascending"), id(ListOrder::kAscending)},
                   {"odDescending", tr("Descending"), id(ListOrder::kDescending)}},
                  1)};
-  int column = grid->columnCount();
-  for (QGroupBox* group : groups) grid->addWidget(group, 0, column++, 2, 1);
+  groups_ = {groups[0], groups[1], groups[2]};
+  firstGroupColumn_ = grid->columnCount();
+  PlaceGroups();
   // As Enter goes through them, though the boxes stand in columns.
   for (size_t i = 1; i < boxes_.size(); ++i) setTabOrder(boxes_[i - 1], boxes_[i]);
   setTabOrder(boxes_.back(), active_);
+}
+
+// At the end of the two rows, or below them in a narrow window.
+void FilterStripView::PlaceGroups() {
+  auto* grid = qobject_cast<QGridLayout*>(layout());
+  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // column and columns
+  int place = 0;
+  for (QGroupBox* group : groups_) {
+    grid->removeWidget(group);
+    if (isFolded_) {
+      grid->addWidget(group, 2, kBelow[place][0], 1, kBelow[place][1]);
+    } else {
+      grid->addWidget(group, 0, firstGroupColumn_ + place, 2, 1);
+    }
+    ++place;
+  }
+}
+
+int FilterStripView::GroupsWidth() const {
+  int width = 0;
+  for (const QGroupBox* group : groups_) {
+    width += group->minimumSizeHint().width() + layout()->spacing();
+  }
+  return width;
+}
+
+// The window may become narrower than two rows want: then they fold.
+QSize FilterStripView::minimumSizeHint() const {
+  QSize size = QWidget::minimumSizeHint();
+  if (!isFolded_) size.setWidth(size.width() - GroupsWidth());
+  return size;
+}
+
+void FilterStripView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (!isFolded_) wholeWidth_ = QWidget::minimumSizeHint().width();
+  bool folds = width() < wholeWidth_;
+  if (folds == isFolded_) return;
+  isFolded_ = folds;
+  PlaceGroups();
+  updateGeometry();
 }
 
 void FilterStripView::BuildBoxes(QGridLayout* grid) {
@@ -111,8 +153,12 @@ void FilterStripView::BuildBoxes(QGridLayout* grid) {
   }
   // The date that stands there already, typed once more, is chosen, too.
   for (DateBox* box : {&dateFrom_, &dateTo_}) {
-    connect(box->edit, &QLineEdit::textEdited, this, [box] { box->grows = false; });
+    connect(box->edit, &QLineEdit::textEdited, this, [box] { box->grows = box->isOwn = false; });
   }
+  subject_->setPlaceholderText(tr("Part of the subject"));
+  mailText_->setPlaceholderText(tr("Part of the message"));
+  fromTo_->lineEdit()->setPlaceholderText(tr("Part of a name"));
+  file_->lineEdit()->setPlaceholderText(tr("Part of a file's name"));
   const QString marks = tr("an apostrophe or quotation mark");
   subject_->setToolTip(tr("Part of the subject. Each character stands for itself, but %1 is looked "
                           "for as an underscore (_).")
@@ -199,7 +245,11 @@ QLineEdit* FilterStripView::MakeEdit(const char* name) {
 void FilterStripView::ShowFilter(const ListFilter& filter) {
   ShowDate(dateFrom_, filter.DateFrom, filter.DateFromGrows);
   ShowDate(dateTo_, filter.DateTo, filter.DateToGrows);
-  for (DateBox* box : {&dateFrom_, &dateTo_}) box->grewBefore = box->grows;
+  dateFrom_.isOwn = filter.DateFromIsOwn;
+  for (DateBox* box : {&dateFrom_, &dateTo_}) {
+    box->grewBefore = box->grows;
+    box->wasOwn = box->isOwn;
+  }
   fromTo_->setEditText(QString::fromStdString(filter.FromTo));
   subject_->setText(QString::fromStdString(filter.Subject));
   file_->setEditText(QString::fromStdString(filter.FileName));
@@ -220,6 +270,7 @@ void FilterStripView::ReadFilter(ListFilter& filter) const {
   auto grows = [](const DateBox& box) { return box.grows && box.edit->text() == box.shown; };
   filter.DateFromGrows = grows(dateFrom_);
   filter.DateToGrows = grows(dateTo_);
+  filter.DateFromIsOwn = dateFrom_.isOwn && dateFrom_.edit->text() == dateFrom_.shown;
   filter.FromTo = fromTo_->currentText().toStdString();
   filter.Subject = subject_->text().toStdString();
   filter.FileName = file_->currentText().toStdString();
@@ -271,7 +322,7 @@ bool FilterStripView::eventFilter(QObject* watched, QEvent* event) {
       break;
     case QEvent::FocusOut:
       if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
-        CheckLeftDate(box);
+        Leave(box);
       }
       break;
     case QEvent::Wheel:
@@ -304,7 +355,10 @@ bool FilterStripView::KeyPressed(QWidget* box, int key) {
       return true;
     case Qt::Key_Escape:
       SetBoxText(box, before_[box]);
-      if (DateBox* date = DateBoxOf(box)) date->grows = date->grewBefore;
+      if (DateBox* date = DateBoxOf(box)) {
+        date->grows = date->grewBefore;
+        date->isOwn = date->wasOwn;
+      }
       return true;
     case Qt::Key_Up:
     case Qt::Key_Down:
@@ -321,7 +375,10 @@ void FilterStripView::Remember(QWidget* box) {
   // A box to which the focus was brought back keeps the date that Escape returns to.
   if (DateBox* date = DateBoxOf(box); date != nullptr && !HoldsDate(*date)) return;
   before_[box] = BoxText(box);
-  if (DateBox* date = DateBoxOf(box)) date->grewBefore = date->grows;
+  if (DateBox* date = DateBoxOf(box)) {
+    date->grewBefore = date->grows;
+    date->wasOwn = date->isOwn;
+  }
 }
 
 void FilterStripView::Apply(QWidget* box) {
@@ -376,13 +433,18 @@ void FilterStripView::Complain(QWidget* box) {
   SelectBoxText(box);
 }
 
-void FilterStripView::CheckLeftDate(QWidget* box) {
-  DateBox* date = DateBoxOf(box);
-  if (date == nullptr || HoldsDate(*date)) return;
-  // Once the click or key that took the focus away has been dealt with: it may put the date right.
-  QTimer::singleShot(0, this, [this, box, date] {
-    if (!isVisible() || !isEnabled() || box->hasFocus() || HoldsDate(*date)) return;
-    Complain(box);
+void FilterStripView::Leave(QWidget* box) {
+  if (BoxText(box) == before_[box]) return;
+  // Once the click or key that took the focus away has been dealt with: it may put a date right,
+  // or fill the boxes anew.
+  QTimer::singleShot(0, this, [this, box] {
+    if (!isVisible() || !isEnabled() || box->hasFocus()) return;
+    DateBox* date = DateBoxOf(box);
+    if (date != nullptr && !HoldsDate(*date)) {
+      Complain(box);
+    } else {
+      Apply(box);
+    }
   });
 }
 

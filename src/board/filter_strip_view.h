@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The filter controls: two rows of boxes, the option groups at their end. Enter in a box applies
-// what was changed and moves on to the next one, Escape puts back the text that the box had when it
-// was entered; option groups, check boxes and a choice from a drop-down list apply at once.
+// what was changed and moves on to the next one, leaving it in any other way applies it too; Escape
+// puts back the text that the box had when it was entered. Option groups, check boxes and a choice
+// from a drop-down list apply at once.
 #pragma once
 
 #include <QWidget>
@@ -42,6 +43,8 @@ class FilterStripView : public QWidget {
 
   void FocusFirst();
 
+  QSize minimumSizeHint() const override;
+
  signals:
   void FilterChanged();
   // Enter in the last box: the focus goes on to the list.
@@ -49,6 +52,7 @@ class FilterStripView : public QWidget {
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   struct DateBox {
@@ -56,12 +60,16 @@ class FilterStripView : public QWidget {
     DateTime date;
     QString shown;            // the text that stands for date
     bool grows = false;       // nobody has typed here
+    bool isOwn = false;       // the program chose it
     bool grewBefore = false;  // when it was entered
+    bool wasOwn = false;
   };
   void BuildBoxes(QGridLayout* grid);
   QGroupBox* BuildGroup(const char* name, const QString& title, QButtonGroup*& buttons,
                         const std::vector<std::tuple<const char*, QString, int>>& choices,
                         int columns);
+  void PlaceGroups();
+  int GroupsWidth() const;
   QComboBox* MakeCombo(const char* name);
   QLineEdit* MakeEdit(const char* name);
 
@@ -74,7 +82,7 @@ class FilterStripView : public QWidget {
   static DateTime DateOf(const DateBox& box);
   static void ShowDate(DateBox& box, DateTime date, bool grows);
   void Complain(QWidget* box);
-  void CheckLeftDate(QWidget* box);
+  void Leave(QWidget* box);
 
   DateBox dateFrom_;
   DateBox dateTo_;
@@ -88,6 +96,10 @@ class FilterStripView : public QWidget {
   QButtonGroup* sort_ = nullptr;
   QButtonGroup* order_ = nullptr;
 
+  std::vector<QGroupBox*> groups_;
+  int firstGroupColumn_ = 0;
+  int wholeWidth_ = 0;                  // of the strip in two rows
+  bool isFolded_ = false;               // the groups stand in a third one
   std::vector<QWidget*> boxes_;         // in the order in which Enter goes through them
   std::map<QWidget*, QString> before_;  // the text that a box had when it was entered
   bool complaining_ = false;

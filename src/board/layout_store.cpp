@@ -12,6 +12,9 @@ namespace {
 
 constexpr const char* kPlaceGroup = "XYMainBoard";
 constexpr const char* kTimelineGroup = "Timeline";
+constexpr const char* kReadingGroup = "ReadingPane";
+constexpr const char* kRecentGroup = "RecentRepository";
+constexpr size_t kMostRecent = 8;
 constexpr const char* kShownKey = "Shown";
 // 10,000 pixels: nothing wider was ever meant.
 constexpr int64_t kWidest = int64_t{10000} * kTwipsPerPixel;
@@ -45,6 +48,51 @@ bool ReadTimelineShown() {
 
 void SaveTimelineShown(bool shown) {
   repository::SetParameter(kTimelineGroup, kShownKey, repository::kAmountColumn, shown ? 1 : 0);
+}
+
+ReadingPane ReadReadingPane(ReadingPlace usual) {
+  auto read = [](const char* key) {
+    return repository::GetParameter(kReadingGroup, key, repository::kAmountColumn);
+  };
+  auto pixels = [&](const char* key) {
+    int64_t stored = read(key).AsInt();
+    return stored > 0 && stored <= kWidest ? static_cast<int>(stored) : 0;
+  };
+  ReadingPane pane{usual, pixels("List"), pixels("Letter")};
+  jet::Value place = read("Place");
+  if (!place.IsNull() && place.AsInt() >= 0 && place.AsInt() <= 2) {
+    pane.place = static_cast<ReadingPlace>(place.AsInt());
+  }
+  return pane;
+}
+
+void SaveReadingPane(const ReadingPane& pane) {
+  auto write = [](const char* key, int value) {
+    repository::SetParameter(kReadingGroup, key, repository::kAmountColumn, value);
+  };
+  write("Place", static_cast<int>(pane.place));
+  if (pane.place == ReadingPlace::kOff) return;
+  write("List", pane.list);
+  write("Letter", pane.letter);
+}
+
+std::vector<std::string> ReadRecentRepositories() {
+  std::vector<std::string> folders;
+  for (size_t i = 0; i < kMostRecent; ++i) {
+    std::string folder =
+        repository::GetParameter(kRecentGroup, std::to_string(i), repository::kTextColumn).AsText();
+    if (!folder.empty()) folders.push_back(std::move(folder));
+  }
+  return folders;
+}
+
+void AddRecentRepository(const std::string& folder) {
+  std::vector<std::string> folders = ReadRecentRepositories();
+  std::erase(folders, folder);
+  folders.insert(folders.begin(), folder);
+  for (size_t i = 0; i < folders.size() && i < kMostRecent; ++i) {
+    repository::SetParameter(kRecentGroup, std::to_string(i), repository::kTextColumn, folders[i]);
+  }
 }
 
 std::optional<int> FittingEdge(int stored, int extent, int screen) {

@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "repository/email_fields.h"
 #include "repository/grid_layout.h"
@@ -43,6 +45,22 @@ void SaveWindowPlace(const WindowPlace& place);
 // Whether the timeline is shown over the list; it is until it was hidden.
 bool ReadTimelineShown();
 void SaveTimelineShown(bool shown);
+
+// Where the selected letter is read. The numbers are stored: do not reorder.
+enum class ReadingPlace { kOff = 0, kBelow = 1, kBeside = 2 };
+struct ReadingPane {
+  ReadingPlace place = ReadingPlace::kOff;
+  int list = 0;  // pixels of the list and of the letter beside one another; 0: not known
+  int letter = 0;
+};
+// usual: where nothing was stored.
+ReadingPane ReadReadingPane(ReadingPlace usual);
+void SaveReadingPane(const ReadingPane& pane);
+
+// The folders of the repositories that were open, the last one first.
+std::vector<std::string> ReadRecentRepositories();
+// Puts one before the others; the oldest of very many goes.
+void AddRecentRepository(const std::string& folder);
 
 // The edge to apply: a stored one that is not 0 and with which a window of this extent still lies
 // within the screen.

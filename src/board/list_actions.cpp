@@ -4,6 +4,7 @@
 
 #include <QLabel>
 
+#include "board/found_list.h"
 #include "board/list_query.h"
 #include "board/message_commands.h"
 #include "board/search_watch.h"
@@ -29,6 +30,7 @@ ListActions::ListActions(const BoardParts& parts, BoardWork& work, QObject* pare
   connect(parts.strip, &FilterStripView::LastBoxLeft, parts.grid, qOverload<>(&QWidget::setFocus));
   connect(parts.grid, &EmailGridView::SortAskedFor, parts.strip, &FilterStripView::SortBy);
   ConnectTimeline();
+  connect(parts.otherDates, &OtherDatesView::AllDatesAskedFor, this, &ListActions::ListAllDates);
   prepare_.setInterval(kPrepareEveryMilliseconds);
   connect(&prepare_, &QTimer::timeout, this, &ListActions::PrepareSearch);
   connect(&work, &BoardWork::Ended, &prepare_, qOverload<>(&QTimer::start));
@@ -40,6 +42,7 @@ void ListActions::ConnectTimeline() {
     RefreshWith([&](ListFilter& filter) {
       DateRange whole = WholeDateRange();
       filter.DateFrom = from, filter.DateTo = to;
+      filter.DateFromIsOwn = false;
       filter.DateFromGrows = from == whole.from, filter.DateToGrows = to == whole.to;
     });
   });
@@ -48,13 +51,26 @@ void ListActions::ConnectTimeline() {
   });
 }
 
+void ListActions::ListAllDates() {
+  RefreshWith([](ListFilter& filter) {
+    DateRange whole = WholeDateRange();
+    filter.DateFrom = whole.from, filter.DateTo = whole.to;
+    filter.DateFromGrows = filter.DateToGrows = true;
+    filter.DateFromIsOwn = false;
+  });
+}
+
 void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   const ListFilter& filter = Board().Filter;
   parts_.grid->Bind(list, placeholder, keepPlace_);
   keepPlace_ = false;
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
-  parts_.timeline->Follow(TimelineScope(filter), filter.FromTo);
+  timeline::Scope scope = TimelineScope(filter);
+  parts_.timeline->Follow(scope, filter.FromTo);
+  // It counts by the filter alone.
+  parts_.otherDates->Follow(scope, filter.DateFromIsOwn && !IsSearching());
   UpdateHint();
+  emit Bound();
   prepare_.start();
   // The rows are there; the counts that come next may take a look at every message.
   if (parts_.grid->isVisible()) parts_.grid->viewport()->repaint();
@@ -126,7 +142,9 @@ void ListActions::List() {
 
 void ListActions::PrepareSearch() {
   if (work_.IsRunning() || core::State().LoadIsRunning) return;
-  if (repository::PrepareSearch(kPrepareMilliseconds)) prepare_.stop();
+  if (repository::PrepareSearch(kPrepareMilliseconds) && PrepareMap(kPrepareMilliseconds)) {
+    prepare_.stop();
+  }
 }
 
 void ListActions::Refresh() {
@@ -155,6 +173,7 @@ void ListActions::ListAnew(bool changed) {
 
 void ListActions::ListRepository() {
   repository::NoteWhetherEmpty();
+  search::Map().Forget();
   FillChoices();
   ShowRefresh(*this);
 }
@@ -168,6 +187,7 @@ void ListActions::ListEvery(const std::string& subject) {
   every.Project = now.Project;
   every.Subject = subject;
   Board().Filter = every;
+  emit EverythingAskedFor();
   parts_.notice->hide();
   ShowFilter(every);
   List();

@@ -61,6 +61,7 @@ ListFilter ReadSavedFilter() {
   ListFilter filter = EveryMessage();
   ReadDate("DateFrom", filter.DateFrom, filter.DateFromGrows);
   ReadDate("DateTo", filter.DateTo, filter.DateToGrows);
+  ReadFlag("DateFromIsOwn", filter.DateFromIsOwn);
   ReadFlag("Active", filter.Active);
   ReadFlag("AttachedFile", filter.AttachedFile);
   ReadText("FromTo", filter.FromTo);
@@ -79,6 +80,7 @@ void SaveFilter(const ListFilter& filter, int64_t listed) {
   SetParameter(kGroup, "DateFrom", kDateColumn,
                filter.DateFromGrows ? Value() : Value(filter.DateFrom));
   SetParameter(kGroup, "DateTo", kDateColumn, filter.DateToGrows ? Value() : Value(filter.DateTo));
+  SetParameter(kGroup, "DateFromIsOwn", kAmountColumn, filter.DateFromIsOwn ? 1 : 0);
   SetParameter(kGroup, "Active", kAmountColumn, filter.Active ? 1 : 0);
   SetParameter(kGroup, "AttachedFile", kAmountColumn, filter.AttachedFile ? 1 : 0);
   SetParameter(kGroup, "FromTo", kTextColumn, filter.FromTo);

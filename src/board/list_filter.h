@@ -26,7 +26,8 @@ struct ListFilter {
   // An end that nobody has chosen: it goes with WholeDateRange when the filter is kept.
   bool DateFromGrows = false;
   bool DateToGrows = false;
-  bool Active = false;  // only hot messages
+  bool DateFromIsOwn = false;  // a load chose it, not the person
+  bool Active = false;         // only hot messages
   bool AttachedFile = false;
   // Parts of texts, as the person typed them; empty means any.
   std::string FromTo;

@@ -5,12 +5,16 @@
 #include <QColor>
 #include <QFont>
 #include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
 #include <QPalette>
+#include <QPixmap>
 #include <algorithm>
 #include <limits>
 
 #include "core/guard.h"
 #include "repository/plain_text_view.h"
+#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -26,12 +30,49 @@ QColor MarkColor() {
   return dark ? QColor(255, 120, 110) : QColor(180, 0, 0);
 }
 
+// Not among the columns of the list query, whose text is fixed: a look at one row of the index.
+bool HasFiles(int64_t id) {
+  jet::Recordset row;
+  row.Open("SELECT FilesNum FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
+  return !row.Eof() && row.Field(0).AsInt() > 0;
+}
+
+// Drawn in the colour of the text: not every font has one.
+QPixmap Paperclip() {
+  constexpr int kSide = 12;
+  constexpr qreal kSharp = 3;  // for screens of any density
+  static QPixmap drawn;
+  static QColor drawnIn;
+  QColor colour = QGuiApplication::palette().color(QPalette::Text);
+  if (!drawn.isNull() && drawnIn == colour) return drawn;
+  drawn = QPixmap(QSize(kSide, kSide) * kSharp);
+  drawn.setDevicePixelRatio(kSharp);
+  drawn.fill(Qt::transparent);
+  QPainter painter(&drawn);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(colour, 1.2));
+  painter.translate(kSide / 2.0, kSide / 2.0);
+  painter.rotate(35);
+  QPainterPath wire(QPointF(2.6, -2));
+  wire.lineTo(2.6, 2.6);
+  wire.arcTo(QRectF(-2.6, 0, 5.2, 5.2), 0, -180);
+  wire.lineTo(-2.6, -3.4);
+  wire.arcTo(QRectF(-2.6, -5.2, 3.6, 3.6), 180, -180);
+  wire.lineTo(1, 2.2);
+  wire.arcTo(QRectF(-1, 1.2, 2, 2), 0, -180);
+  wire.lineTo(-1, -2);
+  painter.drawPath(wire);
+  drawnIn = colour;
+  return drawn;
+}
+
 }  // namespace
 
 void ListModel::Bind(jet::Recordset& list, bool placeholder) {
   beginResetModel();
   list_ = &list;
   placeholder_ = placeholder;
+  frozen_ = false;
   cache_.clear();
   rows_ = core::Guarded(
       "BindEmailList", 0,
@@ -43,13 +84,13 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
   endResetModel();
 }
 
-void ListModel::Unbind() {
-  beginResetModel();
-  list_ = nullptr;
-  placeholder_ = false;
-  cache_.clear();
-  rows_ = 0;
-  endResetModel();
+void ListModel::Grow() {
+  int64_t count = list_ != nullptr && list_->IsOpen() && !placeholder_ ? list_->RecordCount() : 0;
+  int rows = static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
+  if (rows <= rows_) return;
+  beginInsertRows({}, rows_, rows - 1);
+  rows_ = rows;
+  endInsertRows();
 }
 
 ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
@@ -67,12 +108,17 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
                  [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
   result.important = importance == "HIGH";
   result.hot = result.fields[kActive] == "+";
+  result.hasFiles = result.id != 0 && HasFiles(result.id);
   return result;
 }
 
 const ListModel::Row& ListModel::RowAt(int row) const {
   auto cached = cache_.find(row);
   if (cached != cache_.end()) return cached->second;
+  if (frozen_) {
+    static const Row kNotRead;
+    return kNotRead;
+  }
   if (cache_.size() >= kCachedRows) cache_.clear();
   Row read;
   if (list_->IsOpen()) {
@@ -88,13 +134,20 @@ int64_t ListModel::IdAt(int row) const {
 }
 
 int64_t ListModel::IdOnlyAt(int row) const {
-  if (row < 0 || row >= rows_ || placeholder_ || !list_->IsOpen()) return 0;
+  if (row < 0 || row >= rows_ || placeholder_ || frozen_ || !list_->IsOpen()) return 0;
   return core::Guarded(
       "EmailGrid", int64_t{0},
       [&] {
         list_->SetAbsolutePosition(int64_t{row} + 1);
         return list_->Field(kId).AsInt();
       },
+      core::Report::kLog);
+}
+
+int ListModel::RowOf(int64_t id) const {
+  if (placeholder_ || list_ == nullptr || !list_->IsOpen()) return -1;
+  return core::Guarded(
+      "EmailGrid", -1, [&] { return static_cast<int>(list_->PositionOfKey(id)) - 1; },
       core::Report::kLog);
 }
 
@@ -115,7 +168,9 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QString ListModel::Text(const Row& row, int column) const {
-  if (column == kMarkColumn) return row.important ? QStringLiteral("!") : QString();
+  if (column == kMarkColumn) {
+    return row.important ? QStringLiteral("!") : QString();
+  }
   QString text = QString::fromStdString(row.fields[static_cast<size_t>(column - 1)]);
   // A folded header would break the row in two.
   return text.simplified();
@@ -129,6 +184,9 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return Text(RowAt(index.row()), column);
+    case Qt::DecorationRole:
+      if (column == kMarkColumn && RowAt(index.row()).hasFiles) return Paperclip();
+      return {};
     case Qt::ToolTipRole:
       if (column == kMarkColumn || column == kHotColumn) {
         return data(index, Qt::AccessibleTextRole);
@@ -136,7 +194,10 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
       if (column == kMarkColumn) {
-        return RowAt(index.row()).important ? tr("High importance") : QString();
+        QStringList marks;
+        if (RowAt(index.row()).important) marks << tr("High importance");
+        if (RowAt(index.row()).hasFiles) marks << tr("Has attachments");
+        return marks.join(", ");
       }
       if (column == kHotColumn) return RowAt(index.row()).hot ? tr("Hot") : QString();
       return Text(RowAt(index.row()), column);
@@ -165,7 +226,7 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
     return tr(repository::kListColumns[static_cast<size_t>(section - 1)].caption);
   }
   if (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole) {
-    if (section == kMarkColumn) return tr("Importance");
+    if (section == kMarkColumn) return tr("Importance and attachments");
   }
   if (role == Qt::TextAlignmentRole) {
     if (section == kHotColumn) return Qt::AlignCenter;

@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The message list as the grid sees it: a recordset's rows, each read when it is first shown and
-// kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 is the mark of
-// important messages, the rest are repository::kListColumns in their order.
+// kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 holds the mark of
+// important messages and a paperclip for those with files, the rest are repository::kListColumns in
+// their order.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -33,13 +34,19 @@ class ListModel : public QAbstractTableModel {
   // Shows these rows from now on; called again after each query. The recordset must stay in its
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
   void Bind(jet::Recordset& list, bool placeholder);
-  void Unbind();
+  // Reads nothing until the next Bind, while the engine is at work: rows that were not looked at
+  // yet are empty.
+  void Freeze() { frozen_ = true; }
+  // Rows have come behind those that are shown.
+  void Grow();
 
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.
   int64_t IdAt(int row) const;
   // The same without a look at the row itself where that can be: for all rows at once.
   int64_t IdOnlyAt(int row) const;
+  // Where the message is listed; -1 where it is not.
+  int RowOf(int64_t id) const;
   // As it is stored, UTF-8.
   std::string SubjectAt(int row) const;
   // The mailer that the message came from.
@@ -57,6 +64,7 @@ class ListModel : public QAbstractTableModel {
     int64_t id = 0;
     bool important = false;
     bool hot = false;
+    bool hasFiles = false;
   };
   const Row& RowAt(int row) const;
   static Row Read(jet::Recordset& list, int row, bool placeholder);
@@ -64,6 +72,7 @@ class ListModel : public QAbstractTableModel {
 
   jet::Recordset* list_ = nullptr;
   bool placeholder_ = false;
+  bool frozen_ = false;
   int rows_ = 0;
   mutable std::unordered_map<int, Row> cache_;
 };

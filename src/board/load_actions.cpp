@@ -3,13 +3,12 @@
 #include "board/load_actions.h"
 
 #include <QFileDialog>
-#include <QLabel>
 #include <algorithm>
 
 #include "board/list_query.h"
 #include "board/load_log.h"
 #include "core/run_state.h"
-#include "platform/locale.h"
+#include "repository/file_place.h"
 
 namespace tarnwick::board {
 
@@ -38,40 +37,31 @@ void LoadActions::Load(const std::function<LoadResult()>& load) {
       // So that the list shows what was loaded.
       filter.DateFrom = latest->DatePart();
       filter.DateFromGrows = false;
+      filter.DateFromIsOwn = true;
       filter.DateTo = std::max(filter.DateTo, filter.DateFrom);
     }
     parts_.strip->ShowFilter(filter);
     list_.FillChoices();
     ShowRefresh(list_);
     ShowLastLoaded();
-    ShowNotice();
   });
 }
 
-// A load narrows the list to what it brought last; nobody should miss the rest.
-void LoadActions::ShowNotice() {
-  DateTime from = Board().Filter.DateFrom;
-  if (from <= WholeDateRange().from) {
-    parts_.notice->hide();
-    return;
-  }
-  QString day = QString::fromStdString(platform::FormatDate(from, "ddddd")).toHtmlEscaped();
-  parts_.notice->setText(tr("The list begins on %1, the day of the latest message loaded. "
-                            "<a href=\"all\">Show all messages</a>")
-                             .arg(day));
-  parts_.notice->show();
-}
-
 void LoadActions::ChooseTextFile() {
-  QString path = QFileDialog::getOpenFileName(parts_.window, tr("Select email file"), {},
-                                              "(*.txt);;" + tr("All files") + " (*)");
-  if (!path.isEmpty()) LoadTextFile(path);
+  QStringList paths = QFileDialog::getOpenFileNames(
+      parts_.window, tr("Select email file"), QString::fromStdString(repository::LastFolder()),
+      tr("Email files") + " (*.eml *.txt);;(*.txt);;" + tr("All files") + " (*)");
+  if (paths.isEmpty()) return;
+  repository::RememberFolderOf(paths.front().toStdString());
+  LoadTextFiles(paths);
 }
 
-void LoadActions::LoadTextFile(const QString& path) {
-  work_.Run([&] {
-    parts_.status->SetPanel(core::StatusPanel::kProgress, {});
-    if (TakeTextFiles({path.toStdString()}).stored == 0) return;
+void LoadActions::LoadTextFiles(const QStringList& paths) {
+  work_.RunStoppable([&] {
+    std::vector<std::string> files;
+    for (const QString& path : paths) files.push_back(path.toStdString());
+    TakeResult taken = TakeTextFiles(files);
+    if (taken.stored == 0) return;
     ListFilter& filter = Board().Filter;
     parts_.strip->ReadFilter(filter);
     if (auto latest = State().LatestReceivedTime) {
@@ -81,7 +71,10 @@ void LoadActions::LoadTextFile(const QString& path) {
     parts_.strip->ShowFilter(filter);
     list_.FillChoices();
     ShowRefresh(list_);
-    parts_.status->SetPanel(core::StatusPanel::kProgress, tr("The message is stored."));
+    parts_.status->SetPanel(core::StatusPanel::kProgress,
+                            taken.stored == 1
+                                ? tr("The message is stored.")
+                                : tr("%L1 messages are stored.").arg(qlonglong{taken.stored}));
   });
 }
 

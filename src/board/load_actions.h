@@ -19,12 +19,11 @@ class LoadActions : public QObject {
 
   // Runs a load, with the Stop button at hand, and lists what it brought.
   void Load(const std::function<LoadResult()>& load);
-  // Takes one message file in and lists it.
-  void LoadTextFile(const QString& path);
+  // Takes message files in and lists them.
+  void LoadTextFiles(const QStringList& paths);
 
  private:
   void ChooseTextFile();
-  void ShowNotice();
 
   const BoardParts parts_;
   BoardWork& work_;

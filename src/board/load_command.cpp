@@ -255,7 +255,7 @@ namespace {
 
 // The letters of mailboxes, accounted for as those of a load are.
 void TakeMailboxes(const std::vector<sources::Mailbox>& mailboxes, TakeResult& result) {
-  auto source = sources::MakeSource(outlook::ReadMsgFile, mailboxes, intake::StoredRules());
+  auto source = sources::MakeSource(outlook::ReadMsgFile, intake::StoredRules(), mailboxes);
   ReadChosen({source.get()});
   const core::LoadCounts& counts = State().Counts;
   result.stored += counts.stored;

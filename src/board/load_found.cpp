@@ -17,11 +17,11 @@ namespace {
 // By the folder that is read as a profile. The tables of Outlook Express are those of one profile:
 // each is a load of its own. All that needs none is one, told of by the first place.
 std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mail) {
+  const intake::ReadingRules rules = intake::StoredRules();
   std::map<std::string, Sources> byProfile;
   std::vector<std::string> stores;
   std::vector<sources::Mailbox> mailboxes;
   std::string first;
-  const intake::ReadingRules rules = intake::StoredRules();
   for (const look::FoundMail& found : mail) {
     mailboxes.insert(mailboxes.end(), found.mailboxes.begin(), found.mailboxes.end());
     if (found.program == outlook::kApplication) stores.push_back(found.place);
@@ -32,7 +32,7 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
   if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores));
   if (!mailboxes.empty()) {
     byProfile[first].push_back(
-        tarnwick::sources::MakeSource(outlook::ReadMsgFile, mailboxes, rules));
+        tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules, mailboxes));
   }
   return byProfile;
 }

@@ -12,7 +12,7 @@
 namespace tarnwick::board {
 
 // Takes all of this mail in, without the questions that begin a first load. Of Outlook Express a
-// profile is read as a whole. The counts are those of all of it.
+// profile is read as a whole, by the rules that the options say. The counts are those of all of it.
 LoadResult LoadFound(const std::vector<look::FoundMail>& mail, SenderPolicy senders);
 
 }  // namespace tarnwick::board

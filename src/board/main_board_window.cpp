@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QMenu>
 
 #include "board/help_topics.h"
 #include "board/layout_store.h"
@@ -28,8 +29,6 @@ namespace {
 
 using core::State;
 
-constexpr const char* kCheckLink = "check";
-
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent)
@@ -37,9 +36,11 @@ MainBoard::MainBoard(QWidget* parent)
       parts_(BuildBoard(this)),
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
+      search_(new SearchActions(parts_, *work_, *list_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
       find_(new FindActions(parts_, *work_, *load_, this)),
-      messages_(new MessageActions(parts_, *work_, *list_, this)) {
+      reading_(new ReadingActions(parts_, *work_, *list_, this)),
+      messages_(new MessageActions(parts_, *work_, *list_, *reading_, this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));
   auto stoppable = [this](const std::function<void()>& command) { work_->RunStoppable(command); };
@@ -48,14 +49,17 @@ MainBoard::MainBoard(QWidget* parent)
     work_->RunStoppable([&] {
       // Events run while the engine works, and nothing may read from it then.
       messages_->StopFollowing();
-      parts_.grid->Unbind();
+      parts_.grid->Freeze();
       command();
       list_->ListRepository();
       list_->UpdateHint();
     });
   };
-  maintenance_ = new MaintenanceActions(
-      *parts_.actions, withListClosed, [this] { list_->ListRepository(); }, this);
+  auto listRestored = [this] {
+    messages_->ForgetDeleted();
+    list_->ListRepository();
+  };
+  maintenance_ = new MaintenanceActions(*parts_.actions, withListClosed, listRestored, this);
   Connect();
 }
 
@@ -65,8 +69,11 @@ void MainBoard::Connect() {
   auto on = [this](QAction* action, auto command) {
     connect(action, &QAction::triggered, this, command);
   };
-  on(actions.openRepository, [this] { SwitchRepository(false); });
-  on(actions.createRepository, [this] { SwitchRepository(true); });
+  on(actions.openRepository, [this] { ChooseRepository(false); });
+  on(actions.createRepository, [this] { ChooseRepository(true); });
+  auto* recent = new QMenu(this);
+  actions.recentRepositories->setMenu(recent);
+  connect(recent, &QMenu::aboutToShow, this, &MainBoard::FillRecent);
   on(actions.contacts, [this] { OpenContacts(); });
   on(actions.options, [this] { options::frmOptions(ReadProfile, Mailers(), this).exec(); });
   on(actions.helpTopics,
@@ -81,11 +88,14 @@ void MainBoard::Connect() {
 bool MainBoard::Load() {
   bool sameWidth = RestorePlace(*this);
   parts_.grid->ApplyWidths(repository::ReadNamedLayout(kGridGroup, kGridNames), sameWidth);
+  reading_->RestorePane();
+  AddRecentRepository(repository::Repository().RepositoryFolder);
   ShowRepositoryFolder();
   parts_.actions->timeline->setChecked(ReadTimelineShown());
   parts_.timeline->setVisible(parts_.actions->timeline->isChecked());
   parts_.timeline->Forget();
   list_->FillChoices();
+  search_->Load();
   parts_.showEmailText->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*list_);
   parts_.grid->setFocus();
@@ -95,15 +105,14 @@ bool MainBoard::Load() {
 
 void MainBoard::OfferCheck() {
   parts_.notice->setText(
-      tr("The program did not come to its end the last time. <a href=\"%1\">Check "
-         "whether every message is whole</a>")
-          .arg(kCheckLink));
+      tr("The program did not come to its end the last time. <a href=\"check\">Check "
+         "whether every message is whole</a>"));
   parts_.notice->show();
 }
 
-void MainBoard::FollowNotice(const QString& link) {
+void MainBoard::FollowNotice() {
   parts_.notice->hide();
-  (link == kCheckLink ? parts_.actions->check : parts_.actions->showAll)->trigger();
+  parts_.actions->check->trigger();
 }
 
 void MainBoard::SetTimelineShown(bool on) {
@@ -111,15 +120,30 @@ void MainBoard::SetTimelineShown(bool on) {
   SaveTimelineShown(on);
 }
 
-void MainBoard::SwitchRepository(bool create) {
+void MainBoard::FillRecent() {
+  QMenu* recent = parts_.actions->recentRepositories->menu();
+  recent->clear();
+  for (const std::string& folder : ReadRecentRepositories()) {
+    if (folder == repository::Repository().RepositoryFolder) continue;
+    QAction* entry = recent->addAction(QString::fromStdString(folder).replace('&', "&&"));
+    connect(entry, &QAction::triggered, this, [this, folder] { SwitchRepository(folder, false); });
+  }
+  if (recent->isEmpty()) recent->addAction(tr("None yet"))->setEnabled(false);
+}
+
+void MainBoard::ChooseRepository(bool create) {
   auto folder = State().Ui->ChooseFolder("Select repository folder");
-  if (!folder || folder->empty()) return;
+  if (folder && !folder->empty()) SwitchRepository(*folder, create);
+}
+
+void MainBoard::SwitchRepository(const std::string& folder, bool create) {
   SaveLayout();
   bool switched =
-      create ? repository::CreateRepositoryIn(*folder) : repository::OpenRepositoryIn(*folder);
+      create ? repository::CreateRepositoryIn(folder) : repository::OpenRepositoryIn(folder);
   if (switched) {
     parts_.notice->hide();
     messages_->HideText();
+    messages_->ForgetDeleted();
     parts_.status->SetPanel(core::StatusPanel::kProgress, {});
     maintenance::AskAboutUnfinishedRestore();
     Load();
@@ -147,6 +171,7 @@ void MainBoard::SaveLayout() {
     parts_.strip->ReadFilter(filter);
     SaveFilter(filter, CountListed());
     StorePlace(*this);
+    reading_->SavePane();
     repository::ParameterDb().EndUnit();
     group.End();
   });

@@ -14,6 +14,8 @@
 #include "board/load_actions.h"
 #include "board/maintenance_actions.h"
 #include "board/message_actions.h"
+#include "board/reading_actions.h"
+#include "board/search_actions.h"
 #include "board/takeout_actions.h"
 
 namespace tarnwick::board {
@@ -39,6 +41,8 @@ class MainBoard : public QMainWindow {
   TakeoutActions& Takeout() { return *takeout_; }
   MaintenanceActions& Maintenance() { return *maintenance_; }
 
+  reading::LetterView& Letter() { return *parts_.letter; }
+
   // True while a command runs that can be stopped.
   bool IsBusy() const { return work_->IsRunning(); }
 
@@ -48,8 +52,10 @@ class MainBoard : public QMainWindow {
  private:
   void Connect();
   void OfferCheck();
-  void FollowNotice(const QString& link);
-  void SwitchRepository(bool create);
+  void FollowNotice();
+  void ChooseRepository(bool create);
+  void SwitchRepository(const std::string& folder, bool create);
+  void FillRecent();
   void OpenContacts();
   void SetTimelineShown(bool on);
   void SaveLayout();
@@ -57,8 +63,10 @@ class MainBoard : public QMainWindow {
   const BoardParts parts_;
   BoardWork* work_;
   ListActions* list_;
+  SearchActions* search_;
   LoadActions* load_;
   FindActions* find_;
+  ReadingActions* reading_;
   MessageActions* messages_;
   TakeoutActions* takeout_ = nullptr;
   MaintenanceActions* maintenance_ = nullptr;

@@ -12,6 +12,7 @@
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "maintenance/restore.h"
+#include "repository/file_place.h"
 
 namespace tarnwick::board {
 
@@ -36,27 +37,30 @@ void MaintenanceActions::AskAndWork(Command command) {
   // The routines ask themselves about a file that exists.
   constexpr auto kOptions = QFileDialog::DontConfirmOverwrite;
   QString filter = QString(maintenance::kFileFilter).section('|', 0, 0);
+  const QString last = QString::fromStdString(repository::LastFolder());
   QString file;
   switch (command) {
     case Command::kBackup:
-      file = QFileDialog::getSaveFileName(window_, tr(maintenance::kBackupTitle),
-                                          QString::fromStdString(maintenance::ProposedBackupName()),
-                                          filter, nullptr, kOptions);
+      file = QFileDialog::getSaveFileName(
+          window_, tr(maintenance::kBackupTitle),
+          last + QString::fromStdString(maintenance::ProposedBackupName()), filter, nullptr,
+          kOptions);
       break;
     case Command::kExport:
-      file = QFileDialog::getSaveFileName(window_, tr(maintenance::kExportTitle), {}, filter,
+      file = QFileDialog::getSaveFileName(window_, tr(maintenance::kExportTitle), last, filter,
                                           nullptr, kOptions);
       break;
     case Command::kRestore:
-      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kRestoreTitle), {}, filter);
+      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kRestoreTitle), last, filter);
       break;
     case Command::kMerge:
-      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kMergeTitle), {}, filter);
+      file = QFileDialog::getOpenFileName(window_, tr(maintenance::kMergeTitle), last, filter);
       break;
     case Command::kCheck:
       return Work(command, {});
   }
   if (file.isEmpty()) return;
+  repository::RememberFolderOf(file.toStdString());
   bool isWritten = command == Command::kBackup || command == Command::kExport;
   if (isWritten && !QFileInfo(file).fileName().contains('.')) file += ".twb";
   Work(command, file);
@@ -73,7 +77,7 @@ void MaintenanceActions::Work(Command command, const QString& file) {
         maintenance::RestoreBackup(path, listAnew_);
         break;
       case Command::kExport:
-        maintenance::ExportEmails(path, Board().ListRecordset);
+        if (CompleteList()) maintenance::ExportEmails(path, Board().ListRecordset);
         break;
       case Command::kMerge:
         maintenance::twMakeMarge(path);

@@ -18,13 +18,14 @@ constexpr const char* kShowEmailText = "ShowEmailText";
 }  // namespace
 
 MessageActions::MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list,
-                               QObject* parent)
-    : QObject(parent), parts_(parts), work_(work), list_(list) {
+                               ReadingActions& reading, QObject* parent)
+    : QObject(parent), parts_(parts), work_(work), list_(list), reading_(reading) {
   const BoardActions& actions = *parts.actions;
   auto on = [this](QAction* action, void (MessageActions::*command)()) {
     connect(action, &QAction::triggered, this, command);
   };
   on(actions.deleteSelected, &MessageActions::Delete);
+  on(actions.undo, &MessageActions::Undo);
   on(actions.toggleHot, &MessageActions::ToggleHot);
   on(actions.markAllNotHot, &MessageActions::MarkAllHotOff);
   on(actions.showEmail, &MessageActions::ShowEmail);
@@ -41,7 +42,18 @@ MessageActions::MessageActions(const BoardParts& parts, BoardWork& work, ListAct
 }
 
 void MessageActions::Delete() {
-  work_.Run([this] { list_.ListAnew(DeleteMessages(parts_.grid->Selected())); });
+  work_.Run([this] { list_.ListAnew(DeleteMessages(parts_.grid->Selected(), &deleted_)); });
+  parts_.actions->SetCanUndo(deleted_.CanTakeBack());
+}
+
+void MessageActions::Undo() {
+  work_.Run([this] { list_.ListAnew(UndoDelete(deleted_)); });
+  parts_.actions->SetCanUndo(deleted_.CanTakeBack());
+}
+
+void MessageActions::ForgetDeleted() {
+  deleted_.Forget();
+  parts_.actions->SetCanUndo(false);
 }
 
 void MessageActions::ToggleHot() {
@@ -59,7 +71,9 @@ void MessageActions::ShowEmail() {
     return;
   }
   // The desktop may take a few seconds to refuse, and events run meanwhile.
-  work_.Run([&] { ShowStoredMessage(message.id, message.application); });
+  bool hasNoProgram = false;
+  work_.Run([&] { ShowStoredMessage(message.id, message.application, &hasNoProgram); });
+  if (hasNoProgram) reading_.OpenWindow(message.id);
 }
 
 void MessageActions::MoveHtml() {
@@ -86,9 +100,12 @@ void MessageActions::FollowSelection() {
   QCheckBox* box = parts_.showEmailText;
   if (!box->isChecked() || !parts_.window->isVisible() || !parts_.grid->isEnabled()) return;
   int64_t id = parts_.grid->Current().id;
-  if (id == 0) return;
-  auto shown = ReadEmailText(id);
-  if (!shown) return;
+  auto shown = id == 0 ? std::nullopt : ReadEmailText(id);
+  if (!shown) {
+    // A text that is no longer the selected message's would be taken for it.
+    if (text_ != nullptr) text_->Clear();
+    return;
+  }
   if (text_ == nullptr) {
     text_ = new frmEmailText(parts_.window);
     // Closed by the person, it stays away until the box is checked again.

@@ -8,7 +8,7 @@
 #include <QTimer>
 
 #include "board/email_text_window.h"
-#include "board/list_actions.h"
+#include "board/reading_actions.h"
 
 namespace tarnwick::board {
 
@@ -16,15 +16,19 @@ class MessageActions : public QObject {
   Q_OBJECT
 
  public:
-  MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list, QObject* parent);
+  MessageActions(const BoardParts& parts, BoardWork& work, ListActions& list,
+                 ReadingActions& reading, QObject* parent);
 
   // Nothing follows the selection before its next change.
   void StopFollowing() { follow_.stop(); }
   // Until a message is selected again.
   void HideText();
+  // The repository is another one, or its messages are.
+  void ForgetDeleted();
 
  private:
   void Delete();
+  void Undo();
   void ToggleHot();
   void MarkAllHotOff();
   void ShowEmail();
@@ -35,6 +39,8 @@ class MessageActions : public QObject {
   const BoardParts parts_;
   BoardWork& work_;
   ListActions& list_;
+  ReadingActions& reading_;
+  maintenance::DeletedMessages deleted_;
   frmEmailText* text_ = nullptr;  // made when it is first shown
   QTimer follow_;                 // so that many changes of the selection at once are one
 };

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "maintenance/deleted_messages.h"
+
 namespace tarnwick::board {
 
 struct SelectedMessage {
@@ -21,8 +23,13 @@ struct SelectedMessage {
 // "There isn't selected row."
 void ShowNothingSelected();
 
-// Deletes after a question; one for all of them when several are selected.
-bool DeleteMessages(const std::vector<SelectedMessage>& messages);
+// Deletes after a question; one for all of them when several are selected. They are put into kept
+// before they go; where that fails the person is asked once more.
+bool DeleteMessages(const std::vector<SelectedMessage>& messages,
+                    maintenance::DeletedMessages* kept = nullptr);
+
+// Brings back what was deleted last, and says so in the status bar.
+bool UndoDelete(maintenance::DeletedMessages& kept);
 
 // Changes the hot mark of one message to its opposite. Of several, all become hot unless all of
 // them are, then none is.

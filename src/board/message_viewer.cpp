@@ -87,7 +87,7 @@ void Summarise(const Moved& moved) {
 
 }  // namespace
 
-bool ShowStoredMessage(int64_t emailId, const std::string& application) {
+bool ShowStoredMessage(int64_t emailId, const std::string& application, bool* hasNoProgram) {
   return core::Guarded("ShowStoredMessage", false, [&] {
     std::optional<std::string> bytes = takeout::ReadStoredFile(emailId);
     if (!bytes) {
@@ -96,7 +96,7 @@ bool ShowStoredMessage(int64_t emailId, const std::string& application) {
     }
     std::string path = core::NewDocumentPath(DocumentExtension(application));
     platform::WriteFile(path, *bytes);
-    return core::OpenDocument(path);
+    return core::OpenDocument(path, hasNoProgram);
   });
 }
 
@@ -115,7 +115,10 @@ std::optional<EmailText> ReadEmailText(int64_t id) {
 
 bool MoveHtmlToBody() {
   return core::Guarded("MoveHtmlToBody", false, [] {
-    if (!core::AskYesNo("Do you want to move HTML to body?")) return false;
+    if (!core::AskBeforeLoss(
+            "Do you want to move HTML to body?",
+            "The text of the HTML replaces the body of every message that has any."))
+      return false;
     Moved moved = MoveInEveryRow();
     Summarise(moved);
     return moved.changed > 0;

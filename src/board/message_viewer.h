@@ -14,7 +14,10 @@ namespace tarnwick::board {
 // Writes the message's file, byte for byte as it was received, to a scratch file and has the
 // desktop open it. application is the mailer that the message came from and chooses the kind of
 // file. False when nothing was opened; the person knows why.
-bool ShowStoredMessage(int64_t emailId, const std::string& application);
+//
+// hasNoProgram: set, instead of telling the person, where the desktop has none for such files.
+bool ShowStoredMessage(int64_t emailId, const std::string& application,
+                       bool* hasNoProgram = nullptr);
 
 struct EmailText {
   std::string subject;

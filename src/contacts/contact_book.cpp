@@ -120,6 +120,23 @@ std::vector<ContactAddress> ReadAddresses(int64_t contactId) {
   });
 }
 
+namespace {
+
+std::string WhatGoesWith(int64_t id) {
+  return core::Guarded("ctDelete_Click", std::string(), [&] {
+    const std::string key = std::to_string(id);
+    jet::Recordset name;
+    name.Open("SELECT Name FROM MeContact WHERE ID=" + key, RepositoryDb());
+    jet::Recordset emails;
+    emails.Open("SELECT Count(*) AS Messages FROM Email WHERE FromTo=" + key, RepositoryDb());
+    std::string messages = emails.Field(0).AsText();
+    return (name.Eof() ? std::string() : name.Field(0).AsText()) + " goes, and with the contact " +
+           (messages == "1" ? "1 message" : messages + " messages") + ".";
+  });
+}
+
+}  // namespace
+
 bool DeleteContact(int64_t id) {
   if (id == 0) {
     ShowNothingSelected();
@@ -129,7 +146,8 @@ bool DeleteContact(int64_t id) {
     core::ShowMessage("Mail is being loaded. A contact can be deleted when that has ended.");
     return false;
   }
-  if (!core::AskYesNo("Are you realy want to delete the  contact and contact's email.")) {
+  if (!core::AskBeforeLoss("Are you realy want to delete the  contact and contact's email.",
+                           WhatGoesWith(id))) {
     return false;
   }
   return core::GuardedRun("ctDelete_Click", [&] {
@@ -155,7 +173,8 @@ bool AddAddress(int64_t contactId, const std::string& address) {
 
 bool DeleteAddress(const ContactAddress& address) {
   // The wording is that of the question about a message.
-  if (!core::AskYesNo("Are you realy want to delete the email with subject " + address.Address)) {
+  if (!core::AskBeforeLoss("Are you realy want to delete the email with subject " + address.Address,
+                           "The address leaves the contact; its messages stay.")) {
     return false;
   }
   return core::GuardedRun("mctDeleteAddress_Click", [&] {

@@ -19,8 +19,13 @@ std::string NewDocumentPath(std::string_view extension) {
   return path;
 }
 
-bool OpenDocument(const std::string& path) {
+bool OpenDocument(const std::string& path, bool* hasNoProgram) {
   if (platform::OpenWithShell(path, YieldEvents) == platform::ShellResult::kOpened) return true;
+  if (hasNoProgram != nullptr) {
+    *hasNoProgram = true;
+    platform::RemoveFile(path);
+    return false;
+  }
   ShowMessage("The desktop has no program that opens this file:\r\n" + path +
               "\r\n\r\nIt stays there until the repository is opened again.");
   return false;

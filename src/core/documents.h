@@ -16,6 +16,8 @@ std::string NewDocumentPath(std::string_view extension);
 
 // Opens a file with the desktop's program for its kind. Where there is none the person is told so,
 // and where the file lies. False when nothing was opened. Throws Error.
-bool OpenDocument(const std::string& path);
+//
+// hasNoProgram: set, instead of telling the person; the file is removed then.
+bool OpenDocument(const std::string& path, bool* hasNoProgram = nullptr);
 
 }  // namespace tarnwick::core

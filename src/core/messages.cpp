@@ -86,6 +86,12 @@ bool AskYesNo(const std::string& text) {
   return State().Ui->AskYesNo(text);
 }
 
+bool AskBeforeLoss(const std::string& text, const std::string& loss) {
+  if (State().Ui == nullptr) return false;
+  CommitFirst();
+  return State().Ui->AskBeforeLoss(text, loss);
+}
+
 RepeatedAnswer AskYesNoAll(const std::string& text) {
   if (State().Ui == nullptr) return RepeatedAnswer::kNo;
   CommitFirst();

@@ -41,6 +41,8 @@ void ShowError(const std::string& text, bool quiet = false, std::string_view kin
 // Critical icon, Yes and No; true only for Yes. What the open repository has collected is committed
 // before the question (SetBeforeQuestion).
 bool AskYesNo(const std::string& text);
+// The same before something irreversible. loss is a line that names what goes; it may be empty.
+bool AskBeforeLoss(const std::string& text, const std::string& loss);
 
 // The same question where it comes again and again: also "Yes to all" and "No to all", which the
 // caller keeps to itself from then on.

@@ -45,6 +45,9 @@ class UserInterface {
   virtual bool ShowBox(BoxIcon icon, const std::string& text, bool offerSilence) = 0;
   // A box titled "Tarnwick" with the critical icon and the buttons Yes and No.
   virtual bool AskYesNo(const std::string& text) = 0;
+  // The same before something that can't be had back: loss names what goes, in a line added to the
+  // question, and No is what a person who only presses Enter says.
+  virtual bool AskBeforeLoss(const std::string& text, const std::string& loss) = 0;
   // The same with "Yes to all" and "No to all" beside them. Where that can't be offered the
   // question is asked each time.
   virtual RepeatedAnswer AskYesNoAll(const std::string& text) {

@@ -167,9 +167,7 @@ class Looker {
       AddYears(sample.firstYear, sample.lastYear, mail);
       if (sample.isDamaged) mail.state = State::kDamaged;
       // What a load leaves out says nothing of whether there was one.
-      if (sources::RoleOfName(name.substr(0, name.rfind('.'))) == sources::MailboxRole::kLeftOut) {
-        continue;
-      }
+      if (sources::IsLeftOut(sources::RoleOfName(name.substr(0, name.rfind('.'))))) continue;
       for (const std::string& key : sample.keys) Try(key, tried);
     }
     // Other programs keep other things in files of that name.
@@ -206,7 +204,7 @@ class Looker {
     mail.bytes += sample.bytes;
     AddYears(sample.firstYear, sample.lastYear, mail);
     if (sample.isDamaged) mail.state = State::kDamaged;
-    if (mailbox.role != sources::MailboxRole::kLeftOut) Try(sample.key, tried_[entry->second]);
+    if (!sources::IsLeftOut(mailbox.role)) Try(sample.key, tried_[entry->second]);
     mail.mailboxes.push_back(mailbox);
   }
 

@@ -71,7 +71,10 @@ bool MayReplace(const std::string& file) {
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + file);
   }
   if (!platform::FileExists(file)) return true;
-  if (!core::AskYesNo("Do you want to delete file " + file + "?")) return false;
+  if (!core::AskBeforeLoss("Do you want to delete file " + file + "?",
+                           "What it holds now is lost.")) {
+    return false;
+  }
   std::string path = platform::AbsolutePath(file);
   uint64_t atMost = platform::FileSize(RepositoryDb().DataSource());
   if (platform::FreeSpace(platform::FolderOf(path)) < atMost) platform::RemoveFile(path);

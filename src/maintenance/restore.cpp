@@ -234,6 +234,13 @@ bool IsRestorable(const std::string& file) {
   return false;
 }
 
+std::string WhatIsReplaced() {
+  int64_t messages = CountRows(RepositoryDb(), "Email");
+  int64_t contacts = CountRows(RepositoryDb(), "MeContact");
+  return std::to_string(messages) + " message(s) and " + std::to_string(contacts) +
+         " contact(s) of the open repository give way to those of the backup.";
+}
+
 }  // namespace
 
 Result RestoreBackup(const std::string& file, const std::function<void()>& refreshList) {
@@ -245,14 +252,16 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
     }
     RefuseProgramFile(path);
     RefuseOpenFile(path);
-    if (!core::AskYesNo("Current information will be deleted. "
-                        "Do you want to continue?")) {
+    if (!core::AskBeforeLoss("Current information will be deleted. "
+                             "Do you want to continue?",
+                             WhatIsReplaced())) {
       return Result::kDeclined;
     }
     std::string created = platform::FormatDate(platform::FileModified(path), "General Date");
-    if (!core::AskYesNo("Backup file was created at " + created +
-                        ". "
-                        "Do you want to continue?")) {
+    if (!core::AskBeforeLoss("Backup file was created at " + created +
+                                 ". "
+                                 "Do you want to continue?",
+                             {})) {
       return Result::kDeclined;
     }
     RefuseNewerFile(path);

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "platform/charset.h"
+#include "platform/html_events.h"
 #include "platform/html_text.h"
 
 namespace tarnwick::platform {
@@ -120,8 +121,9 @@ std::string Tame(std::string_view html) {
 }
 
 struct Reader {
-  HtmlText text;
+  HtmlEvents& events;
   htmlParserCtxtPtr parser = nullptr;
+  HtmlEvents::Attributes attributes = {};
 };
 
 // Lets the outer half of the open elements fall: their end tags will find nothing to close.
@@ -131,54 +133,28 @@ void ForgetOuterElements(htmlParserCtxtPtr parser) {
   parser->nameNr -= fallen;
 }
 
-HtmlText::Look LookOf(const xmlChar** attributes) {
-  HtmlText::Look look;
-  if (attributes == nullptr) return look;
-  for (; attributes[0] != nullptr; attributes += 2) {
-    std::string_view name = reinterpret_cast<const char*>(attributes[0]);
-    if (name == "hidden") look.hidden = true;
-    if (name != "style" || attributes[1] == nullptr) continue;
-    std::string style = AsciiLower(reinterpret_cast<const char*>(attributes[1]));
-    std::erase_if(style, IsBlank);
-    if (style.find("display:none") != std::string::npos ||
-        style.find("visibility:hidden") != std::string::npos) {
-      look.hidden = true;
-    }
-    if (style.find("white-space:pre") != std::string::npos) look.keepsBlanks = true;
-  }
-  return look;
-}
-
 void StartElement(void* user, const xmlChar* name, const xmlChar** attributes) {
   auto& reader = *static_cast<Reader*>(user);
-  reader.text.Open(reinterpret_cast<const char*>(name), LookOf(attributes));
+  auto text = [](const xmlChar* value) {
+    return value == nullptr ? std::string_view() : reinterpret_cast<const char*>(value);
+  };
+  reader.attributes.clear();
+  for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
+    reader.attributes.emplace_back(text(attributes[0]), text(attributes[1]));
+  }
+  reader.events.Open(text(name), reader.attributes);
+  if (reader.events.IsDone()) xmlStopParser(reader.parser);
   if (reader.parser->nameNr > kMostOpen) ForgetOuterElements(reader.parser);
 }
 
 void EndElement(void* user, const xmlChar*) {
-  static_cast<Reader*>(user)->text.Close();
+  static_cast<Reader*>(user)->events.Close();
 }
 
 void Characters(void* user, const xmlChar* characters, int length) {
-  auto& reader = *static_cast<Reader*>(user);
   if (length <= 0) return;
-  std::string_view text(reinterpret_cast<const char*>(characters), static_cast<size_t>(length));
-  // No-break spaces become blanks that stay, and references to the C1 controls (&#150;) mean
-  // windows-1252 to everyone who writes them. Both begin with the byte C2.
-  while (!text.empty()) {
-    size_t special = text.find('\xC2');
-    reader.text.Characters(text.substr(0, special));
-    if (special == std::string_view::npos || special + 1 >= text.size()) break;
-    std::string_view character = text.substr(special, 2);
-    if (character == kNoBreakSpace) {
-      reader.text.HardBlank();
-    } else if (static_cast<unsigned char>(character[1]) < 0xA0) {
-      reader.text.Characters(BytesToUtf8(character.substr(1), "windows-1252"));
-    } else {
-      reader.text.Characters(character);
-    }
-    text.remove_prefix(special + 2);
-  }
+  static_cast<Reader*>(user)->events.Characters(
+      {reinterpret_cast<const char*>(characters), static_cast<size_t>(length)});
 }
 
 htmlSAXHandler MakeHandler() {
@@ -195,32 +171,80 @@ struct FreeParser {
   void operator()(htmlParserCtxtPtr parser) const { htmlFreeParserCtxt(parser); }
 };
 
-HtmlText ReadHtml(std::string_view html) {
-  if (std::all_of(html.begin(), html.end(), IsBlank)) return {};
-  std::string tame = Tame(html.substr(0, kLongest));
-  std::unique_ptr<htmlParserCtxt, FreeParser> parser(htmlNewParserCtxt());
-  if (!parser) return {};
-  static htmlSAXHandler handler = MakeHandler();
-  *parser->sax = handler;
-  Reader reader;
-  reader.parser = parser.get();
-  parser->userData = &reader;
-  htmlCtxtReadMemory(parser.get(), tame.data(), static_cast<int>(tame.size()), nullptr, "UTF-8",
-                     HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
-                         HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED | HTML_PARSE_IGNORE_ENC |
-                         XML_PARSE_HUGE);
+HtmlText::Look LookOf(const HtmlEvents::Attributes& attributes) {
+  HtmlText::Look look;
+  for (const auto& [name, value] : attributes) {
+    if (name == "hidden") look.hidden = true;
+    if (name != "style") continue;
+    std::string style = AsciiLower(value);
+    std::erase_if(style, IsBlank);
+    if (style.find("display:none") != std::string::npos ||
+        style.find("visibility:hidden") != std::string::npos) {
+      look.hidden = true;
+    }
+    if (style.find("white-space:pre") != std::string::npos) look.keepsBlanks = true;
+  }
+  return look;
+}
+
+class TextReader : public HtmlEvents {
+ public:
+  void Open(std::string_view name, const Attributes& attributes) override {
+    text.Open(name, LookOf(attributes));
+  }
+  void Close() override { text.Close(); }
+  // No-break spaces become blanks that stay, and references to the C1 controls (&#150;) mean
+  // windows-1252 to everyone who writes them. Both begin with the byte C2.
+  void Characters(std::string_view all) override {
+    while (!all.empty()) {
+      size_t special = all.find('\xC2');
+      text.Characters(all.substr(0, special));
+      if (special == std::string_view::npos || special + 1 >= all.size()) break;
+      std::string_view character = all.substr(special, 2);
+      if (character == kNoBreakSpace) {
+        text.HardBlank();
+      } else if (static_cast<unsigned char>(character[1]) < 0xA0) {
+        text.Characters(BytesToUtf8(character.substr(1), "windows-1252"));
+      } else {
+        text.Characters(character);
+      }
+      all.remove_prefix(special + 2);
+    }
+  }
+
+  HtmlText text;
+};
+
+HtmlText TextOf(std::string_view html) {
+  TextReader reader;
+  ReadHtml(html, reader);
   return std::move(reader.text);
 }
 
 }  // namespace
 
+void ReadHtml(std::string_view html, HtmlEvents& events) {
+  if (std::all_of(html.begin(), html.end(), IsBlank)) return;
+  std::string tame = Tame(html.substr(0, kLongest));
+  std::unique_ptr<htmlParserCtxt, FreeParser> parser(htmlNewParserCtxt());
+  if (!parser) return;
+  static htmlSAXHandler handler = MakeHandler();
+  *parser->sax = handler;
+  Reader reader{events, parser.get()};
+  parser->userData = &reader;
+  htmlCtxtReadMemory(parser.get(), tame.data(), static_cast<int>(tame.size()), nullptr, "UTF-8",
+                     HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
+                         HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED | HTML_PARSE_IGNORE_ENC |
+                         XML_PARSE_HUGE);
+}
+
 std::string HtmlToPlainText(std::string_view html) {
-  HtmlText text = ReadHtml(html);
+  HtmlText text = TextOf(html);
   return text.HasBody() ? text.Take() : std::string();
 }
 
 std::string ShownText(std::string_view html) {
-  return ReadHtml(html).Take();
+  return TextOf(html).Take();
 }
 
 }  // namespace tarnwick::platform

@@ -28,6 +28,12 @@ class PlainLabels : public QObject {
   }
 };
 
+// The layout of a line takes time that grows faster than the line: longer ones are broken, which
+// leaves even megabytes without a line end readable at once.
+constexpr qsizetype kLongestLine = 4000;
+// More than anyone reads in a window; the whole is in the message's file.
+constexpr qsizetype kLongestText = 2000000;
+
 }  // namespace
 
 void KeepTextsPlain(QApplication& application) {
@@ -53,6 +59,25 @@ QString TipText(const QString& text) {
     begin = end + (end < text.size() && (text[end] == u'\n' || text[end] == u' ') ? 1 : 0);
   }
   return tip;
+}
+
+QString ReadableText(const std::string& text, const QString& advice) {
+  QString all = QString::fromStdString(text);
+  bool isCut = all.size() > kLongestText;
+  if (isCut) all.truncate(kLongestText);
+  QString shown;
+  shown.reserve(all.size() + all.size() / kLongestLine + 1);
+  qsizetype length = 0;
+  for (QChar c : all) {
+    length = c == u'\n' ? 0 : length + 1;
+    if (length > kLongestLine && !c.isLowSurrogate()) {
+      shown += u'\n';
+      length = 1;
+    }
+    shown += c;
+  }
+  if (isCut) shown += "\n[...]\n" + advice;
+  return shown;
 }
 
 }  // namespace tarnwick::repository

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <QString>
+#include <string>
 
 class QApplication;
 
@@ -18,5 +19,9 @@ void KeepTextsPlain(QApplication& application);
 // A text of any length fit for a tool tip: in lines that fit a screen, and no more of them than a
 // person reads there.
 QString TipText(const QString& text);
+
+// A message's text fit for a window: lines without an end are broken, and what is more than anyone
+// reads in a window is cut, with a last line that says so and the advice.
+QString ReadableText(const std::string& text, const QString& advice = {});
 
 }  // namespace tarnwick::repository

@@ -69,10 +69,25 @@ bool GoOn() {
   return !core::IsLoadStopped();
 }
 
+bool MayRead(MailboxRole role, const intake::ReadingRules& rules) {
+  switch (role) {
+    case MailboxRole::kDrafts:
+      return rules.drafts;
+    case MailboxRole::kDeleted:
+      return rules.deletedItems;
+    case MailboxRole::kOutbox:
+      return rules.outbox;
+    case MailboxRole::kOther:
+    case MailboxRole::kSent:
+      break;
+  }
+  return true;
+}
+
 class OtherMail : public intake::Source {
  public:
-  OtherMail(RecordReader readRecord, std::optional<std::vector<Mailbox>> mailboxes,
-            const intake::ReadingRules& rules)
+  OtherMail(RecordReader readRecord, const intake::ReadingRules& rules,
+            std::optional<std::vector<Mailbox>> mailboxes)
       : readRecord_(std::move(readRecord)), rules_(rules), chosen_(std::move(mailboxes)) {}
 
   std::string Name() const override { return kName; }
@@ -98,10 +113,10 @@ class OtherMail : public intake::Source {
   bool Read(bool /*whole*/) override {
     bool done = true;
     bool isOneOfMany = IdentitiesOf(mailboxes_).size() > 1;
-    for (MailboxRole role : {MailboxRole::kSent, MailboxRole::kOther, MailboxRole::kLeftOut}) {
-      if (role == MailboxRole::kLeftOut && !chosen_) continue;
+    for (bool isSentsTurn : {true, false}) {
       for (const Mailbox& mailbox : mailboxes_) {
-        if (mailbox.role != role || core::IsLoadStopped()) continue;
+        bool isSent = mailbox.role == MailboxRole::kSent;
+        if (isSent != isSentsTurn || !IsWanted(mailbox) || core::IsLoadStopped()) continue;
         core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), mailbox.name);
         done = ReadOne(mailbox, isOneOfMany) && done;
       }
@@ -114,12 +129,14 @@ class OtherMail : public intake::Source {
   }
 
  private:
+  // What was chosen by itself is wanted, whatever its role.
+  bool IsWanted(const Mailbox& mailbox) const { return chosen_ || MayRead(mailbox.role, rules_); }
+
   void AnnounceOne(const Mailbox& mailbox) const {
     if (!GoOn()) return;
     try {
       Account().Announce(mailbox.path, CountLetters(mailbox).letters);
-      bool isRead = chosen_ || mailbox.role != MailboxRole::kLeftOut;
-      Account().SetReason(mailbox.path, isRead ? "" : kLeftOutReason);
+      Account().SetReason(mailbox.path, IsWanted(mailbox) ? "" : kLeftOutReason);
     } catch (const Error& error) {
       Account().Note(mailbox.path + ": " + error.Description());
     }
@@ -128,7 +145,7 @@ class OtherMail : public intake::Source {
   // What can't be read of one mailbox keeps no other from being read.
   bool ReadOne(const Mailbox& mailbox, bool isOneOfMany) const {
     return core::GuardedRun("LoadOtherMail", [&] {
-      MailboxFolder folder(mailbox, readRecord_, isOneOfMany, rules_);
+      MailboxFolder folder(mailbox, readRecord_, rules_, isOneOfMany);
       intake::ReadFolder(folder);
     });
   }
@@ -143,20 +160,21 @@ class OtherMail : public intake::Source {
 
 std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
                                            const intake::ReadingRules& rules) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::nullopt, rules);
+  return std::make_unique<OtherMail>(std::move(readRecord), rules, std::nullopt);
 }
 
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes,
-                                           const intake::ReadingRules& rules) {
-  return std::make_unique<OtherMail>(std::move(readRecord), std::move(mailboxes), rules);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules,
+                                           std::vector<Mailbox> mailboxes) {
+  return std::make_unique<OtherMail>(std::move(readRecord), rules, std::move(mailboxes));
 }
 
-MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany,
-                             const intake::ReadingRules& rules)
+MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord,
+                             const intake::ReadingRules& rules, bool isOneOfMany)
     : mailbox_(std::move(mailbox)),
       readRecord_(readRecord),
-      isOneOfMany_(isOneOfMany),
       rules_(rules),
+      isOneOfMany_(isOneOfMany),
       reader_(OpenMailbox(mailbox_)) {}
 
 intake::SourceDescriptor MailboxFolder::Descriptor() const {

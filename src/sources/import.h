@@ -28,19 +28,21 @@ inline constexpr const char* kDeletedReason = "letters that were deleted are not
 using RecordReader = std::function<intake::MailMessage(
     const std::string& file, const intake::SourceDescriptor& place, bool isSent)>;
 
-// The mailboxes of the profile folder. By the rules their letters are parsed.
+// The mailboxes of the profile folder.
 std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
-                                           const intake::ReadingRules& rules = intake::kDesigned);
+                                           const intake::ReadingRules& rules);
 // These mailboxes, all of them.
-std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes,
-                                           const intake::ReadingRules& rules = intake::kDesigned);
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           const intake::ReadingRules& rules,
+                                           std::vector<Mailbox> mailboxes);
 
 // The letters of a mailbox as a load takes them.
 class MailboxFolder : public intake::SourceFolder {
  public:
   // isOneOfMany: there are other accounts, so that the folder's name begins with its own.
-  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany,
-                const intake::ReadingRules& rules);
+  // REQUIRES: readRecord and rules last as long as the folder.
+  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, const intake::ReadingRules& rules,
+                bool isOneOfMany);
 
   std::string Place() const override { return mailbox_.path; }
   intake::SourceDescriptor Descriptor() const override;
@@ -56,8 +58,8 @@ class MailboxFolder : public intake::SourceFolder {
 
   Mailbox mailbox_;
   const RecordReader& readRecord_;
+  const intake::ReadingRules& rules_;
   bool isOneOfMany_;
-  intake::ReadingRules rules_;
   std::unique_ptr<LetterReader> reader_;
   std::string begin_;       // of the current letter: all of it but for a large one
   std::string lastSender_;  // learnt last

@@ -16,6 +16,8 @@ namespace tarnwick::sources {
 
 namespace {
 
+constexpr std::string_view kRecordMark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
+
 // The number that a line begins with; -1 for none.
 int64_t NumberOf(std::string_view text) {
   int64_t number = -1;
@@ -94,19 +96,22 @@ bool LetterFiles::Next(Letter& letter) {
 void LetterFiles::Look(Letter& letter) {
   const std::string& path = paths_[next_ - 1];
   LetterFileKind kind = isMaildir_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
-  FileWindow file(path, size_t{64} * 1024);
+  file_ = std::make_unique<FileWindow>(path, size_t{64} * 1024);
+  FileWindow& file = *file_;
   begin_ = 0;
   end_ = file.Size();
   if (isMaildir_) letter.state = StateOfMaildirName(letter.name);
   if (kind == LetterFileKind::kApple) LookIntoApples(file, begin_, end_, letter.state);
-  if (kind == LetterFileKind::kRecord) letter.recordFile = path;
+  // Other programs gave that name to plain text.
+  bool isRecord =
+      kind == LetterFileKind::kRecord && file.Read(0, kRecordMark.size()) == kRecordMark;
+  if (isRecord) letter.recordFile = path;
   if (begin_ == end_) letter.fault = "the file is empty";
   if (end_ - begin_ > kMostLetterBytes) letter.fault = kTooLong;
 }
 
 void LetterFiles::Copy(const Sink& sink) {
-  FileWindow file(paths_[next_ - 1], size_t{64} * 1024);
-  file.Copy(begin_, end_, sink);
+  file_->Copy(begin_, end_, sink);
 }
 
 std::vector<std::string> MaildirFiles(const std::string& folder) {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sources/file_window.h"
 #include "sources/letter_reader.h"
 
 namespace tarnwick::sources {
@@ -20,7 +21,7 @@ enum class LetterFileKind {
   kNone,
   kText,    // *.eml
   kApple,   // *.emlx: the letter's length on a line of its own, the letter, its state
-  kRecord,  // *.msg
+  kRecord,  // *.msg, unless it is text all the same
 };
 // By its name.
 LetterFileKind KindOfLetterFile(std::string_view name);
@@ -44,6 +45,7 @@ class LetterFiles : public LetterReader {
   std::vector<std::string> paths_;
   bool isMaildir_;
   size_t next_ = 0;
+  std::unique_ptr<FileWindow> file_;  // the current one
   uint64_t begin_ = 0;
   uint64_t end_ = 0;
 };

@@ -149,7 +149,7 @@ void MailboxFinder::Name(Mailbox& mailbox, const std::string& folder,
   for (const std::string& name : names) {
     MailboxRole role = RoleOfName(name);
     // What lies in deleted mail was deleted with it.
-    if (mailbox.role != MailboxRole::kLeftOut && role != MailboxRole::kOther) mailbox.role = role;
+    if (!IsLeftOut(mailbox.role) && role != MailboxRole::kOther) mailbox.role = role;
   }
 }
 

@@ -22,7 +22,10 @@ enum class MailboxKind { kMbox, kMaildir, kLetterFiles, kOutlookExpress4 };
 enum class MailboxRole {
   kOther,
   kSent,
-  kLeftOut,  // drafts, deleted mail, the outbox: not read unless somebody asks for it
+  // Not read unless the rules say so, or somebody asks for it.
+  kDrafts,
+  kDeleted,
+  kOutbox,
 };
 
 struct Mailbox {
@@ -35,6 +38,11 @@ struct Mailbox {
   MailboxRole role = MailboxRole::kOther;
   std::string root;  // the folder, with its separator, in which the topmost of its folders lies
 };
+
+constexpr bool IsLeftOut(MailboxRole role) {
+  return role == MailboxRole::kDrafts || role == MailboxRole::kDeleted ||
+         role == MailboxRole::kOutbox;
+}
 
 // The role of a folder by its name, in the languages that mail programs came in.
 MailboxRole RoleOfName(const std::string& name);

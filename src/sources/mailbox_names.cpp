@@ -43,41 +43,30 @@ constexpr std::string_view kSentNames[] = {"sent",
                                            "wysłane",
                                            "elementy wysłane",
                                            "odeslaná pošta"};
-constexpr std::string_view kLeftOutNames[] = {"drafts",
-                                              "draft",
-                                              "templates",
-                                              "trash",
+constexpr std::string_view kDraftNames[] = {"drafts",     "draft",    "templates",  "entwürfe",
+                                            "brouillons", "bozze",    "borradores", "rascunhos",
+                                            "concepten",  "черновики"};
+constexpr std::string_view kDeletedNames[] = {"trash",
                                               "deleted items",
                                               "deleted messages",
-                                              "outbox",
-                                              "unsent messages",
-                                              "entwürfe",
                                               "papierkorb",
                                               "gelöschte objekte",
                                               "gelöschte elemente",
-                                              "postausgang",
-                                              "brouillons",
                                               "corbeille",
                                               "éléments supprimés",
-                                              "boîte d'envoi",
-                                              "borradores",
                                               "papelera",
                                               "elementos eliminados",
-                                              "bandeja de salida",
-                                              "bozze",
                                               "cestino",
                                               "posta eliminata",
-                                              "posta in uscita",
-                                              "rascunhos",
                                               "lixeira",
                                               "itens excluídos",
-                                              "concepten",
                                               "verwijderde items",
                                               "prullenbak",
-                                              "черновики",
                                               "корзина",
-                                              "удаленные",
-                                              "исходящие"};
+                                              "удаленные"};
+constexpr std::string_view kOutboxNames[] = {
+    "outbox",          "unsent messages", "postausgang", "boîte d'envoi", "bandeja de salida",
+    "posta in uscita", "исходящие"};
 
 template <size_t Count>
 bool IsOneOf(const std::string& folded, const std::string_view (&names)[Count]) {
@@ -89,7 +78,9 @@ bool IsOneOf(const std::string& folded, const std::string_view (&names)[Count]) 
 MailboxRole RoleOfName(const std::string& name) {
   std::string folded = platform::FoldCase(name);
   if (IsOneOf(folded, kSentNames)) return MailboxRole::kSent;
-  return IsOneOf(folded, kLeftOutNames) ? MailboxRole::kLeftOut : MailboxRole::kOther;
+  if (IsOneOf(folded, kDraftNames)) return MailboxRole::kDrafts;
+  if (IsOneOf(folded, kDeletedNames)) return MailboxRole::kDeleted;
+  return IsOneOf(folded, kOutboxNames) ? MailboxRole::kOutbox : MailboxRole::kOther;
 }
 
 std::string WithoutSeparator(const std::string& folder) {

@@ -21,7 +21,8 @@ struct Attachment {
   std::string name;  // fit for a file, unlike the others' also without regard to case
   std::string type;  // media type, lower case, as declared
   uint64_t size = 0;
-  bool isProgram = false;  // IsProgramName
+  bool isProgram = false;      // IsProgramName
+  std::string contentId = {};  // by which the letter's HTML names a picture; often ""
 };
 
 class MessageAttachments {

@@ -2,15 +2,21 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/attachments_view.h"
 
+#include <QBuffer>
+#include <QDialog>
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QImageReader>
 #include <QLabel>
 #include <QMimeData>
 #include <QMimeDatabase>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QStandardPaths>
 #include <QStyle>
 #include <QStyledItemDelegate>
@@ -19,6 +25,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "core/documents.h"
+#include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "repository/plain_text_view.h"
@@ -29,6 +37,8 @@ namespace tarnwick::takeout {
 namespace {
 
 constexpr int kMostRows = 3;
+constexpr int kWidestPicture = 3000;
+constexpr int64_t kMostPixels = int64_t{50} * 1000 * 1000;
 
 QString NameOf(const Attachment& attachment) {
   return QString::fromStdString(attachment.name);
@@ -52,6 +62,24 @@ QIcon IconOf(const Attachment& attachment, const QWidget& widget) {
 QString& LastFolder() {
   static QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
   return folder;
+}
+
+void ShowPicture(const QString& name, const QImage& picture, QWidget* parent) {
+  auto* window = new QDialog(parent);
+  window->setObjectName("Picture");
+  window->setAttribute(Qt::WA_DeleteOnClose);
+  window->setWindowTitle(name);
+  auto* scroll = new QScrollArea(window);
+  scroll->setAccessibleName(name);
+  auto* label = new QLabel(scroll);
+  label->setPixmap(QPixmap::fromImage(picture));
+  scroll->setWidget(label);
+  auto* column = new QVBoxLayout(window);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(scroll);
+  QSize room = QGuiApplication::primaryScreen()->availableGeometry().size() * 8 / 10;
+  window->resize((picture.size() + QSize(24, 24)).boundedTo(room));
+  window->show();
 }
 
 void ShowSaved(const QString& text) {
@@ -87,6 +115,41 @@ void AskAndSaveAllAttachments(std::shared_ptr<const MessageAttachments> list) {
           : AttachmentsView::tr("%L1 attachments are saved in %2.")
                 .arg(saved)
                 .arg(QString::fromStdString(*folder)));
+}
+
+QImage DecodePicture(const std::string& bytes, int widest) {
+  QByteArray data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
+  QBuffer buffer(&data);
+  buffer.open(QIODevice::ReadOnly);
+  QImageReader reader(&buffer);
+  reader.setDecideFormatFromContent(true);
+  static const QList<QByteArray> kPictures = {"png", "jpeg", "jpg", "gif", "bmp", "webp"};
+  QSize size = reader.size();
+  if (!kPictures.contains(reader.format()) || size.isEmpty() ||
+      int64_t{size.width()} * size.height() > kMostPixels) {
+    return {};
+  }
+  if (size.width() > widest)
+    reader.setScaledSize(size.scaled(widest, 1 << 20, Qt::KeepAspectRatio));
+  reader.setAutoTransform(true);
+  return reader.read();
+}
+
+void OpenAttachment(const MessageAttachments& attachments, size_t which, QWidget* parent) {
+  const Attachment& attachment = attachments.List()[which];
+  if (attachment.isProgram) {
+    core::ShowMessage(ProgramWarning(attachment.name) + "\r\n\r\nIt is not opened.");
+    return;
+  }
+  QImage picture = DecodePicture(attachments.Bytes(which), kWidestPicture);
+  if (!picture.isNull()) {
+    ShowPicture(NameOf(attachment), picture, parent);
+    return;
+  }
+  core::GuardedRun("OpenAttachment", [&] {
+    std::string path = AttachmentScratchFile(attachments, which);
+    if (!path.empty()) core::OpenDocument(path);
+  });
 }
 
 // No name is wider than the list, so that a long one is shortened in its middle and keeps its end.
@@ -172,13 +235,15 @@ AttachmentsView::AttachmentsView(QWidget* parent)
     made->setAutoDefault(false);
     return made;
   };
-  save_ = button("SaveAttachment", tr("&Save..."));
-  saveAll_ = button("SaveAllAttachments", tr("Save &all..."));
+  open_ = button("OpenAttachment", tr("Open"));
+  save_ = button("SaveAttachment", tr("Save..."));
+  saveAll_ = button("SaveAllAttachments", tr("Save all..."));
   title_->setTextFormat(Qt::PlainText);
   auto* names = new QVBoxLayout;
   names->addWidget(title_);
   names->addWidget(list_);
   auto* buttons = new QVBoxLayout;
+  buttons->addWidget(open_);
   buttons->addWidget(save_);
   buttons->addWidget(saveAll_);
   buttons->addStretch(1);
@@ -187,9 +252,12 @@ AttachmentsView::AttachmentsView(QWidget* parent)
   row->addLayout(names, 1);
   row->addLayout(buttons);
 
+  auto* open = new QAction(tr("Open"), list_);
   auto* save = new QAction(tr("Save..."), list_);
   auto* saveAll = new QAction(tr("Save all..."), list_);
-  list_->addActions({save, saveAll});
+  list_->addActions({open, save, saveAll});
+  connect(open, &QAction::triggered, this, &AttachmentsView::OpenCurrent);
+  connect(open_, &QPushButton::clicked, this, &AttachmentsView::OpenCurrent);
   connect(save, &QAction::triggered, this, &AttachmentsView::SaveCurrent);
   connect(saveAll, &QAction::triggered, saveAll_, &QPushButton::click);
   connect(save_, &QPushButton::clicked, this, &AttachmentsView::SaveCurrent);
@@ -224,6 +292,14 @@ void AttachmentsView::FitHeight() {
   int rows = std::clamp((list_->count() + kNamesInARow - 1) / kNamesInARow, 1, kMostRows);
   int rowHeight = std::max(list_->sizeHintForRow(0), fontMetrics().height() + 4) + 2;
   list_->setFixedHeight(rows * rowHeight + 2 * list_->frameWidth() + 2);
+}
+
+void AttachmentsView::OpenCurrent() {
+  int row = list_->currentRow();
+  if (attachments_ == nullptr || row < 0) return;
+  // The list may change while the desktop is asked.
+  const auto attachments = attachments_;
+  OpenAttachment(*attachments, static_cast<size_t>(row), this);
 }
 
 void AttachmentsView::SaveCurrent() {

@@ -2,10 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The files that came with a message, as a strip of names with their sizes: saved one by one or all
-// together, or dragged out to the desktop, for which a scratch file is made. Nothing is opened
-// here, also not by a double click, which saves.
+// together, dragged out to the desktop, for which a scratch file is made, or opened: a picture in a
+// window of the program, what is no program with the desktop's own. A double click saves.
 #pragma once
 
+#include <QImage>
 #include <QListWidget>
 #include <QMenu>
 #include <QWidget>
@@ -27,6 +28,14 @@ void AskAndSaveAttachment(std::shared_ptr<const MessageAttachments> attachments,
                           QWidget* parent);
 void AskAndSaveAllAttachments(std::shared_ptr<const MessageAttachments> attachments);
 
+// A picture is shown in a window of the program's own, another file by the desktop's program for
+// its kind. One that a desktop would run is never opened; the person is told why.
+void OpenAttachment(const MessageAttachments& attachments, size_t which, QWidget* parent);
+
+// A picture of a kind that holds nothing but a picture, at most so many pixels wide; null
+// otherwise.
+QImage DecodePicture(const std::string& bytes, int widest);
+
 class AttachmentsView : public QWidget {
   Q_OBJECT
 
@@ -42,11 +51,13 @@ class AttachmentsView : public QWidget {
  private:
   class List;
   void SaveCurrent();
+  void OpenCurrent();
   void FitHeight();
 
   std::shared_ptr<const MessageAttachments> attachments_;
   QLabel* title_;
   List* list_;
+  QPushButton* open_;
   QPushButton* save_;
   QPushButton* saveAll_;
 };

@@ -57,12 +57,16 @@ class Headers {
 
   const intake::PartDescription& Content() const { return content_; }
   const std::string& Subject() const { return subject_; }
+  const std::string& ContentId() const { return contentId_; }
 
  private:
   void Close() {
     constexpr std::string_view kSubject = "subject:";
+    constexpr std::string_view kContentId = "content-id:";
     if (subject_.empty() && platform::AsciiLower(header_.substr(0, kSubject.size())) == kSubject) {
       subject_ = core::CleanTrim(std::string_view(header_).substr(kSubject.size()));
+    } else if (platform::AsciiLower(header_.substr(0, kContentId.size())) == kContentId) {
+      contentId_ = core::Unquote(core::CleanTrim(header_.substr(kContentId.size())));
     } else {
       intake::ReadContentHeader(header_, content_);
     }
@@ -72,6 +76,7 @@ class Headers {
   std::string header_;
   intake::PartDescription content_;
   std::string subject_;
+  std::string contentId_;
 };
 
 enum class Mark { kNone, kBegins, kCloses };
@@ -139,6 +144,7 @@ void MessageParts::ReadPart(std::string_view text, int depth, bool isDigest) {
   Headers headers(text);
   MessagePart part;
   part.content = headers.Content();
+  part.contentId = headers.ContentId();
   part.body = text;
   part.isMessage =
       part.content.isMessage || (isDigest && part.content.type == intake::PartKind::kUndeclared);

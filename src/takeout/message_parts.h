@@ -21,7 +21,8 @@ struct MessagePart {
   intake::PartDescription content;
   std::string_view body;  // still encoded
   bool isMessage = false;
-  std::string subject;  // of an attached message: its Subject line as it stands
+  std::string contentId;  // without its brackets
+  std::string subject;    // of an attached message: its Subject line as it stands
 };
 
 class MessageParts {

@@ -68,6 +68,8 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
       << run.output;
   EXPECT_EQ(Run({"list", "--text", "roses"}).output, "");
   EXPECT_EQ(Run({"list", "--to", "2004-01-04"}).output, "");
+  EXPECT_NE(Run({"list", "--search", "tulips from:ann after:2003"}).output, "");
+  EXPECT_EQ(Run({"list", "--search", "tulips -plan"}).output, "");
   EXPECT_EQ(Run({"list", "--limit", "0"}).output, "");
 
   EXPECT_EQ(Run({"show", "1", "--raw"}).output, raw);

@@ -19,6 +19,8 @@
 #include "options/options_window.h"
 #include "platform/files.h"
 #include "platform/shell.h"
+#include "reading/letter_view.h"
+#include "reading/letter_window.h"
 #include "repository/parameter_store.h"
 #include "support/window_checks.h"
 #include "takeout/save_messages_dialog.h"
@@ -248,6 +250,60 @@ TEST_F(BoardTools, OptionsAboutAndHelpOpen) {
   // The help of the build lies beside its programs; what is opened depends on what was built.
   window_->Actions().helpTopics->trigger();
   EXPECT_EQ(opened_.size() + ui_.Shown("box").size(), 1U);
+}
+
+TEST_F(BoardTools, ThePaneShowsTheSelectedLetterAndStaysWhereItWasPut) {
+  AddWithFile("first", "text of the first");
+  AddWithFile("second", "text of the second");
+  Start();
+  reading::LetterView& letter = window_->Letter();
+  ASSERT_TRUE(letter.isVisible()) << "a new home has it";
+  auto shown = [&] {
+    QApplication::processEvents();
+    return letter.Text().toPlainText().toStdString();
+  };
+  EXPECT_EQ(shown(), "");
+  Select(0);
+  EXPECT_EQ(shown(), "text of the second");
+  Filter("Subject", "first");
+  EXPECT_EQ(shown(), "") << "the letter is not listed any more";
+  Select(0);
+  EXPECT_EQ(shown(), "text of the first");
+  EXPECT_EQ(letter.Head().extraSelections().size(), 1);
+  ui_.yesNo = {true};
+  Click("DeleteCurent");
+  EXPECT_EQ(shown(), "");
+  for (QAction* BoardActions::*place : {&BoardActions::paneBeside, &BoardActions::paneOff}) {
+    (window_->Actions().*place)->trigger();
+    EXPECT_TRUE(window_->close());
+    Start();
+    EXPECT_TRUE((window_->Actions().*place)->isChecked());
+  }
+  EXPECT_FALSE(window_->Letter().isVisible());
+}
+
+TEST_F(BoardTools, WithoutAMailProgramTheLetterOpensInAWindowOfItsOwn) {
+  platform::SetShellHook([](const std::string&) { return platform::ShellResult::kNoHandler; });
+  AddWithFile("a", "text of it");
+  Start();
+  Select(0);
+  Click("ShowEmail");
+  auto* own = window_->findChild<reading::LetterWindow*>();
+  ASSERT_NE(own, nullptr);
+  EXPECT_TRUE(own->isVisible());
+  EXPECT_EQ(own->findChild<reading::LetterView*>()->Text().toPlainText(), "text of it");
+  EXPECT_TRUE(ui_.Shown("box").empty());
+  testing::CheckControls(*own);
+}
+
+TEST_F(BoardTools, TheListStaysWhileABackupRuns) {
+  AddWithFile("a", "text of it");
+  Start();
+  int rows = 0;
+  ui_.onYield = [&] { rows = window_->Grid().Model().rowCount(); };
+  window_->Maintenance().Work(MaintenanceActions::Command::kBackup,
+                              QString::fromStdString(folder_.File("all.twb")));
+  EXPECT_EQ(rows, 1);
 }
 
 }  // namespace

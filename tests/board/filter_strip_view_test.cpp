@@ -165,5 +165,21 @@ TEST_F(FilterStrip, ListsOfferChoicesAndLeaveWhatWasTyped) {
   EXPECT_EQ(name->currentText(), "Bob") << "scrolling past chooses nothing";
 }
 
+TEST_F(FilterStrip, ATextThatIsLeftIsAppliedUnlessEscapeTookItBack) {
+  auto* subject = Find<QLineEdit>("Subject");
+  Type(subject, "budget");
+  EXPECT_EQ(changes_, 0);
+  Find<QWidget>("MailText")->setFocus();
+  QApplication::processEvents();
+  EXPECT_EQ(changes_, 1);
+  EXPECT_EQ(Read().Subject, "budget");
+  Type(subject, "other");
+  Press(subject, Qt::Key_Escape);
+  Find<QWidget>("MailText")->setFocus();
+  QApplication::processEvents();
+  EXPECT_EQ(changes_, 1);
+  EXPECT_EQ(Read().Subject, "budget");
+}
+
 }  // namespace
 }  // namespace tarnwick::board

@@ -7,13 +7,13 @@
 // stands beside it.
 #include <gmock/gmock.h>
 
-#include "board/stored_message.h"
 #include "core/run_state.h"
 #include "database/recordset.h"
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
 #include "platform/files.h"
+#include "reading/stored_message.h"
 #include "repository/repository.h"
 #include "samples/hostile_mail.h"
 #include "support/program_fixture.h"
@@ -38,7 +38,8 @@ class HostileMail : public testing::ProgramFixture {
   static std::vector<std::string> Neighbours() {
     std::vector<std::string> rows;
     for (int64_t id : {1, 2}) {
-      rows.push_back(ReadStoredMessage(id)->subject + takeout::ReadStoredFile(id).value_or(""));
+      rows.push_back(reading::ReadStoredMessage(id)->subject +
+                     takeout::ReadStoredFile(id).value_or(""));
     }
     return rows;
   }
@@ -52,7 +53,7 @@ class HostileMail : public testing::ProgramFixture {
   }
 
   // A stored message's field as the table names it.
-  static std::string FieldOf(const StoredMessage& message, const std::string& name) {
+  static std::string FieldOf(const reading::StoredMessage& message, const std::string& name) {
     if (name == "body") return message.body;
     if (name == "to") return Joined(message.to);
     if (name == "to count") return std::to_string(message.to.size());
@@ -94,7 +95,7 @@ TEST_F(HostileMail, BecomesWhatItIsAndNothingElse) {
       EXPECT_EQ(CountRows("Email"), last);
       continue;
     }
-    std::optional<StoredMessage> message = ReadStoredMessage(++last);
+    std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(++last);
     ASSERT_TRUE(message.has_value());
     EXPECT_TRUE(takeout::ReadStoredFile(last) == kind.raw);
     for (const std::string* text : {&message->subject, &message->fromName, &message->fromAddress,

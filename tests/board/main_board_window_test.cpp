@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "board/load_command.h"
+#include "board/other_dates_view.h"
 #include "board_window.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
@@ -137,6 +138,70 @@ TEST_F(Window, HotAndDeleteKeepThePlaceAndDeletingTheLastLeavesThePlaceholder) {
   EXPECT_EQ(CountRows("Email"), 0);
 }
 
+TEST_F(Window, TheSelectionStaysWithItsMessageAndUndoBringsBackWhatWasDeleted) {
+  for (int day = 1; day <= 3; ++day) {
+    AddListed({.subject = std::string(1, static_cast<char>('d' - day)),
+               .received = DateTime::FromDate(2004, 1, day),
+               .body = "body of it",
+               .files = {"a.txt"}});
+  }
+  Start();
+  EmailGridView& grid = window_->Grid();
+  grid.selectRow(0);
+  ASSERT_EQ(grid.Current().subject, "a");
+  window_->Filter().SortBy(ListSort::kSubject);  // descending: c, b, a
+  EXPECT_EQ(grid.currentIndex().row(), 2);
+  EXPECT_EQ(grid.Current().subject, "a");
+  Filter("Subject", "b");
+  EXPECT_EQ(grid.Current().id, 0);
+  Filter("Subject", "");
+
+  QAction* undo = window_->Actions().undo;
+  EXPECT_FALSE(undo->isEnabled());
+  // Twice: what came back can be deleted once more.
+  for (int time = 0; time < 2; ++time) {
+    for (const char* subject : {"c", "b"}) {
+      Filter("Subject", subject);
+      grid.selectRow(0);
+      ui_.yesNo = {true};
+      Click("DeleteCurent");
+      EXPECT_THAT(ui_.losses.back(), ::testing::StartsWith("1 message with 1 attached file goes."));
+    }
+    Filter("Subject", "");
+    EXPECT_THAT(ListedSubjects(), ElementsAre("a"));
+    undo->trigger();
+    EXPECT_THAT(ListedSubjects(), ElementsAre("b", "a"));
+    undo->trigger();
+    EXPECT_THAT(ListedSubjects(), ElementsAre("c", "b", "a"));
+    EXPECT_FALSE(undo->isEnabled());
+    EXPECT_EQ(Query("SELECT Body FROM Email WHERE Subject='c'").AsText(), "body of it");
+  }
+  EXPECT_EQ(CountRows("Attachment"), 3);
+}
+
+TEST_F(Window, At800PixelsTheFilterFoldsAndNothingIsCut) {
+  Start();
+  auto isWhole = [&] {
+    for (const char* name : {"Frame1", "Frame2", "Frame3", "Subject", "LoadMailler", "Quite"}) {
+      auto* widget = Find<QWidget>(name);
+      QRect place(widget->mapTo(window_.get(), QPoint()), widget->size());
+      EXPECT_TRUE(window_->rect().contains(place)) << name;
+      EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << name;
+    }
+    return Find<QWidget>("Frame3")->y() > Find<QWidget>("MailText")->y();
+  };
+  window_->resize(1300, 700);
+  QApplication::processEvents();
+  EXPECT_FALSE(isWhole());
+  window_->resize(800, 600);
+  QApplication::processEvents();
+  EXPECT_LE(window_->width(), 820);  // as wide as the buttons in the tests' font
+  EXPECT_TRUE(isWhole()) << "the groups stand in a row of their own";
+  window_->resize(1300, 700);
+  QApplication::processEvents();
+  EXPECT_FALSE(isWhole());
+}
+
 TEST_F(Window, RowsAreFoundByTypingAndCopiedAsText) {
   AddListed({.subject = "Apples", .received = DateTime::FromDate(2005, 1, 2)});
   AddListed({.subject = "Bananas"});
@@ -253,6 +318,12 @@ class LoadingWindow : public Window {
     profile_.WriteHive();
   }
 
+  void Settle() {
+    do {
+      QApplication::processEvents();
+    } while (Find<OtherDatesView>("OtherDates")->IsCounting());
+  }
+
   samples::ProfileBuilder profile_;
 };
 
@@ -269,11 +340,25 @@ TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
   EXPECT_TRUE(ui_.status[StatusPanel::kProgress].starts_with("found 3, stored 3,"));
   EXPECT_EQ(Find<QComboBox>("cmbFromTo")->count(), 1);
 
-  auto* notice = Find<QLabel>("Notice");
-  EXPECT_TRUE(notice->isVisible()) << "there is more than is listed";
-  emit notice->linkActivated("all");
+  auto* line = Find<OtherDatesView>("OtherDates");
+  Settle();
+  EXPECT_TRUE(line->isVisible()) << "there is more than is listed";
+  EXPECT_TRUE(line->text().contains("1 more at other dates.")) << line->text().toStdString();
+  // The line is there for an empty list, too, and at the next start.
+  Filter("Subject", "old");
+  Settle();
+  EXPECT_EQ(CountListed(), 0);
+  EXPECT_TRUE(line->text().contains("1 more at other dates."));
+  EXPECT_TRUE(window_->close());
+  Start();
+  line = Find<OtherDatesView>("OtherDates");
+  Settle();
+  EXPECT_TRUE(line->isVisible());
+  emit line->linkActivated("all");
+  EXPECT_THAT(ListedSubjects(), ElementsAre("old"));
+  EXPECT_FALSE(line->isVisible());
+  Filter("Subject", "");
   EXPECT_EQ(CountListed(), 3);
-  EXPECT_FALSE(notice->isVisible());
 }
 
 TEST_F(LoadingWindow, WithoutMailTextsTheLogTellsNoSubject) {
@@ -322,9 +407,9 @@ TEST_F(Window, ATextFileIsTakenAndListedWhateverTheDates) {
   Start();
   Filter("DateFrom", "1/1/2019");
   std::string file = WriteTemp("letter.txt", Letter("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
-  window_->Loading().LoadTextFile(QString::fromStdString(file));
+  window_->Loading().LoadTextFiles({QString::fromStdString(file)});
   EXPECT_THAT(ListedSubjects(), ::testing::Contains("taken"));
-  window_->Loading().LoadTextFile(QString::fromStdString(file));
+  window_->Loading().LoadTextFiles({QString::fromStdString(file)});
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("This email is in the repository."));
 }
 

@@ -47,18 +47,19 @@ class MailboxTree : public testing::ProgramFixture {
     std::vector<std::string> rows;
     MailboxSearch search = FindMailboxes(root_, [] { return true; });
     for (const Mailbox& box : search.mailboxes) {
-      std::string role = box.role == MailboxRole::kSent      ? " sent"
-                         : box.role == MailboxRole::kLeftOut ? " left out"
-                                                             : "";
+      std::string role = box.role == MailboxRole::kSent ? " sent"
+                         : IsLeftOut(box.role)          ? " left out"
+                                                        : "";
       rows.push_back(box.identity + "|" + box.name + "|" + box.fullName + "|" + box.application +
                      role);
     }
     return rows;
   }
-  core::LoadCounts Load() {
+  core::LoadCounts Load(const intake::ReadingRules& rules = intake::kDesigned) {
     repository::SetProfileFolder(root_);
     board::LoadOptions options;
     options.everyMailer = true;
+    options.rules = rules;
     options.senders = board::SenderPolicy::kAcceptAll;
     return board::LoadFromMailer(options).counts;
   }
@@ -153,6 +154,13 @@ TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
   EXPECT_EQ(again.stored, 1);
   EXPECT_EQ(again.alreadyStored, 5);
   EXPECT_EQ(Query("SELECT COUNT(*) FROM Email").AsInt(), 5);
+
+  // Deleted mail is read where the rules say so.
+  intake::ReadingRules rules = intake::kComplete;
+  rules.drafts = true;
+  EXPECT_EQ(Load(rules).stored, 0);
+  rules.deletedItems = true;
+  EXPECT_EQ(Load(rules).stored, 1);
 }
 
 }  // namespace

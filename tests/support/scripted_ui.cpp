@@ -56,6 +56,11 @@ bool ScriptedUi::AskYesNo(const std::string& text) {
   return Take(yesNo, false, text);
 }
 
+bool ScriptedUi::AskBeforeLoss(const std::string& text, const std::string& loss) {
+  losses.push_back(loss);
+  return AskYesNo(text);
+}
+
 core::RepeatedAnswer ScriptedUi::AskYesNoAll(const std::string& text) {
   shown.emplace_back("question", text);
   return Take(yesNoAll, core::RepeatedAnswer::kNo, text);

@@ -23,6 +23,7 @@ class ScriptedUi : public core::UserInterface {
 
   // What was shown, in order: ("box" | "error" | "question" | "ask" | "folder", text).
   std::vector<std::pair<std::string, std::string>> shown;
+  std::vector<std::string> losses;
   // Boxes may appear without being expected; set to false to fail on any.
   bool allowBoxes = true;
   // Set to true to have questions for which no answer was prepared answered with no.
@@ -47,6 +48,8 @@ class ScriptedUi : public core::UserInterface {
 
   bool ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) override;
   bool AskYesNo(const std::string& text) override;
+  // Answered from yesNo; what would go is kept in losses.
+  bool AskBeforeLoss(const std::string& text, const std::string& loss) override;
   core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;

@@ -5,10 +5,10 @@
 #include <iostream>
 #include <numeric>
 
-#include "board/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
+#include "reading/stored_message.h"
 
 namespace tarnwick::app {
 
@@ -24,7 +24,7 @@ void Print(size_t index, const takeout::Attachment& attachment, const std::strin
 int RunAttachments(const std::vector<std::string>& words) {
   Arguments arguments(words, {"--save"}, {});
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  if (!board::ReadStoredMessage(id)) {
+  if (!reading::ReadStoredMessage(id)) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;
   }

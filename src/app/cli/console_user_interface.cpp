@@ -80,6 +80,10 @@ bool ConsoleUserInterface::AskYesNo(const std::string& text) {
   return false;
 }
 
+bool ConsoleUserInterface::AskBeforeLoss(const std::string& text, const std::string& loss) {
+  return AskYesNo(loss.empty() ? text : text + "\r\n" + loss);
+}
+
 core::RepeatedAnswer ConsoleUserInterface::AskYesNoAll(const std::string& text) {
   using core::RepeatedAnswer;
   static const std::map<std::string, RepeatedAnswer> kAnswers = {

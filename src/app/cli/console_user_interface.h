@@ -24,6 +24,7 @@ class ConsoleUserInterface : public core::UserInterface {
 
   bool ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) override;
   bool AskYesNo(const std::string& text) override;
+  bool AskBeforeLoss(const std::string& text, const std::string& loss) override;
   core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;

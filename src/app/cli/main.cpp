@@ -32,7 +32,8 @@ constexpr const char* kUsage =
          [--folders drafts,deleted,outbox]
   find   PATH [--json]
   take   FILE...
-  list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
+  list   [--search WORDS]
+         [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
   show   ID [--raw|--text]
@@ -55,20 +56,13 @@ constexpr const char* kWasNotClosed =
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},
-      {"find", tarnwick::app::RunFind},
-      {"take", tarnwick::app::RunTake},
-      {"list", tarnwick::app::RunList},
-      {"show", tarnwick::app::RunShow},
-      {"delete", tarnwick::app::RunDelete},
-      {"mark", tarnwick::app::RunMark},
-      {"contacts", tarnwick::app::RunContacts},
-      {"save", tarnwick::app::RunSave},
-      {"attachments", tarnwick::app::RunAttachments},
-      {"backup", tarnwick::app::RunBackup},
-      {"restore", tarnwick::app::RunRestore},
-      {"export", tarnwick::app::RunExport},
-      {"merge", tarnwick::app::RunMerge},
+      {"load", tarnwick::app::RunLoad},     {"find", tarnwick::app::RunFind},
+      {"take", tarnwick::app::RunTake},     {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},     {"delete", tarnwick::app::RunDelete},
+      {"mark", tarnwick::app::RunMark},     {"contacts", tarnwick::app::RunContacts},
+      {"save", tarnwick::app::RunSave},     {"attachments", tarnwick::app::RunAttachments},
+      {"backup", tarnwick::app::RunBackup}, {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport}, {"merge", tarnwick::app::RunMerge},
       {"check", tarnwick::app::RunCheck},
   };
   return commands;

@@ -3,9 +3,9 @@
 #include <iostream>
 
 #include "board/message_commands.h"
-#include "board/stored_message.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
+#include "reading/stored_message.h"
 
 namespace tarnwick::app {
 
@@ -17,7 +17,7 @@ using MessageCommand = bool (*)(const std::vector<board::SelectedMessage>&);
 int OnMessage(const std::vector<std::string>& words, MessageCommand command) {
   Arguments arguments(words, {}, {});
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  std::optional<board::StoredMessage> message = board::ReadStoredMessage(id);
+  std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(id);
   if (!message) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;
@@ -28,7 +28,7 @@ int OnMessage(const std::vector<std::string>& words, MessageCommand command) {
 }  // namespace
 
 int RunDelete(const std::vector<std::string>& words) {
-  return OnMessage(words, board::DeleteMessages);
+  return OnMessage(words, [](const auto& messages) { return board::DeleteMessages(messages); });
 }
 
 int RunMark(const std::vector<std::string>& words) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/stored_message.h"
+#include "reading/stored_message.h"
 
 #include "database/recordset.h"
 #include "repository/repository.h"
 
-namespace tarnwick::board {
+namespace tarnwick::reading {
 
 namespace {
 
@@ -51,4 +51,4 @@ std::optional<StoredMessage> ReadStoredMessage(int64_t id) {
   return message;
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::reading
