@@ -3,18 +3,15 @@
 //
 // The contract of tarnwick-cli, as scripts see it.
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 
 #include "cli/command_line.h"
-#include "platform/files.h"
 #include "samples/sample_profile.h"
 #include "support/run_program.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::app {
 namespace {
@@ -84,8 +81,8 @@ TEST_F(Cli, AStartWithoutARepositoryOrParametersFailsAndMakesNone) {
     platform::RenameFile(lost, lost + ".kept");
     ProgramRun run = Run({"list"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.errors, ::testing::HasSubstr("Error: You should take the following actions"));
-    EXPECT_THAT(run.errors, ::testing::HasSubstr(lost + " is missing"));
+    EXPECT_THAT(run.errors, HasSubstr("Error: You should take the following actions"));
+    EXPECT_THAT(run.errors, HasSubstr(lost + " is missing"));
     EXPECT_FALSE(platform::FileExists(lost));
     platform::RenameFile(lost + ".kept", lost);
   }
@@ -195,7 +192,7 @@ TEST_F(Cli, AMessageIsMarkedAndDeletedAndItsContactListed) {
   ProgramRun run = Run({"contacts", "--name", "LEE"});
   EXPECT_THAT(run.output, ::testing::MatchesRegex("1\t.*Lee\tann@example.org\n"));
   run = Run({"contacts", "--json"});
-  EXPECT_THAT(run.output, ::testing::HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
+  EXPECT_THAT(run.output, HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
   EXPECT_EQ(Run({"contacts", "--name", "nobody"}).output, "");
 
   EXPECT_EQ(Run({"delete", "1"}, "n\n").status, 1);
@@ -238,7 +235,7 @@ TEST_F(Cli, MessagesAreSavedInEachFormat) {
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_EQ(run.output, "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
   EXPECT_THAT(platform::ListFiles(home_.File("eml")),
-              ::testing::ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
+              ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
   run = Run({"save", "--format", "mbox", home_.File("mbox"), "--folders"});
   EXPECT_EQ(run.output, "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
   EXPECT_TRUE(platform::FileExists(home_.File("mbox/Text File.mbox")));

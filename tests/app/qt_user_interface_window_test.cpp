@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "qt_user_interface.h"
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QCheckBox>
 #include <QImage>
@@ -11,9 +9,8 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include "platform/files.h"
 #include "support/run_program.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::app {
 namespace {

@@ -5,10 +5,8 @@
 // the other. Afterwards the repository opens, the engine finds it sound, and every message, contact
 // and setting is as it was before or as an undisturbed run leaves it; a further run completes it.
 // TARNWICK_TRIALS sets how many trials there are of each kind (bench/disasters.sh: many).
-#include <gmock/gmock.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <random>
 
 #include "board/email_list.h"
@@ -16,9 +14,7 @@
 #include "board/load_command.h"
 #include "board/message_commands.h"
 #include "board/message_viewer.h"
-#include "core/run_state.h"
 #include "database/connection_impl.h"
-#include "database/recordset.h"
 #include "disaster_state.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
@@ -28,9 +24,6 @@
 #include "maintenance/merge.h"
 #include "maintenance/restore.h"
 #include "maintenance/unfinished_restore.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "repository/schema.h"
 #include "samples/profile_builder.h"
 #include "support/faults.h"
@@ -324,7 +317,7 @@ class Disaster : public testing::ProgramFixture {
     if (happened) ++(done ? tally_.withoutEffect : tally_.reported);
     State now = ReadOpenRepository();
     ExpectExactSearch();
-    EXPECT_THAT(platform::ListFiles(core::State().EmailFileFolder), ::testing::IsEmpty());
+    EXPECT_THAT(platform::ListFiles(core::State().EmailFileFolder), IsEmpty());
     for (const std::string& name : platform::ListFiles(folder_.Path())) {
       EXPECT_EQ(name.find(".unfinished"), std::string::npos) << name;
     }
@@ -332,7 +325,7 @@ class Disaster : public testing::ProgramFixture {
       EXPECT_TRUE(now == run.after) << "said to be done";
     } else {
       EXPECT_TRUE(isReported) << "failed silently";
-      EXPECT_THAT(Log().substr(logged), ::testing::HasSubstr("rror"));
+      EXPECT_THAT(Log().substr(logged), HasSubstr("rror"));
     }
     if (std::string(operation.name) == "restore") {
       ExpectRestoredOrKept(now, run);
@@ -387,10 +380,10 @@ TEST_F(Disaster, KilledAtAnyWriteEverythingIsAsBeforeOrAsAfter) {
         ui_.shown.clear();
         maintenance::ReportUnfinishedRestore();
         EXPECT_EQ(ui_.Shown("box").empty(), maintenance::UnfinishedRestore().empty());
-        EXPECT_THAT(platform::ListFiles(folder_.Path(), ".unfinished"), ::testing::IsEmpty());
+        EXPECT_THAT(platform::ListFiles(folder_.Path(), ".unfinished"), IsEmpty());
         ExpectRestoredOrKept(now, run);
       } else {
-        EXPECT_THAT(Odd(now, run.before, run.after), ::testing::IsEmpty());
+        EXPECT_THAT(Odd(now, run.before, run.after), IsEmpty());
       }
       ExpectBackupWholeOrNone(run.before);
       // The mark changes back what it finds changed.

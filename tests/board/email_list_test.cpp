@@ -2,12 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/email_list.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
 #include "core/user_interface.h"
-#include "platform/clock.h"
-#include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -82,8 +78,8 @@ TEST_F(EmailList, StoredNumbersThatNameNoChoiceAreLeftOut) {
 TEST_F(EmailList, TheBoxesOfferEachNameOnce) {
   AddListed({.subject = "1", .name = "Zoe", .files = {"b.txt", "a.txt"}});
   AddListed({.subject = "2", .name = "Ann", .files = {"a.txt"}});
-  EXPECT_THAT(ContactNames(), ::testing::ElementsAre("Ann", "Zoe"));
-  EXPECT_THAT(AttachmentNames(), ::testing::ElementsAre("a.txt", "b.txt"));
+  EXPECT_THAT(ContactNames(), ElementsAre("Ann", "Zoe"));
+  EXPECT_THAT(AttachmentNames(), ElementsAre("a.txt", "b.txt"));
 }
 
 }  // namespace

@@ -2,17 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/help_topics.h"
 
-#include <gmock/gmock.h>
-
-#include "platform/files.h"
 #include "platform/shell.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class HelpTopics : public testing::ProgramFixture {
  protected:

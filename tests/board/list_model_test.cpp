@@ -2,11 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_model.h"
 
-#include <gmock/gmock.h>
-
 #include <QAbstractItemModelTester>
 #include <QFont>
-#include <memory>
 
 #include "board_rows.h"
 #include "support/program_fixture.h"

@@ -2,21 +2,15 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_query.h"
 
-#include <gmock/gmock.h>
-
-#include <functional>
-
 #include "board_rows.h"
 #include "database/connection_impl.h"
 #include "database/engine/packing.h"
-#include "platform/locale.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
 using testing::AddListed;
-using ::testing::ElementsAre;
 using testing::ListedEmail;
 using testing::ListedSubjects;
 using testing::ListEvery;

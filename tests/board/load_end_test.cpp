@@ -3,19 +3,12 @@
 //
 // However a load, a take or a merge ends, its account is told and its counts are what is in the
 // file.
-#include <gmock/gmock.h>
-
-#include <cstdlib>
 
 #include "board/load_command.h"
 #include "board/load_log.h"
 #include "core/messages.h"
-#include "database/recordset.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/profile_builder.h"
 #include "samples/pst_builder.h"
 #include "support/faulty_disk.h"
@@ -24,13 +17,8 @@
 namespace tarnwick::board {
 namespace {
 
-using ::testing::AllOf;
 using testing::DiskFault;
-using ::testing::ElementsAre;
 using testing::FaultyDisk;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr int kLetters = 25;
 
@@ -212,7 +200,7 @@ TEST_F(LoadEnd, TheAccountsOfTheLastLoadsOutlastTheLog) {
   std::string kept = LastLoads();
   EXPECT_LT(kept.size(), 1'100'000U);
   EXPECT_THAT(kept, AllOf(StartsWith("6/15/2020 12:00:00\r\nxxx"), HasSubstr("load 29\r\n\r\n"),
-                          HasSubstr("load 11\r\n"), ::testing::Not(HasSubstr("load 10\r\n"))));
+                          HasSubstr("load 11\r\n"), Not(HasSubstr("load 10\r\n"))));
 }
 
 }  // namespace

@@ -2,22 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The load command over a profile that holds nothing but a store of Outlook's.
-#include <gmock/gmock.h>
-
-#include <cstdlib>
-#include <map>
 
 #include "board/load_command.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/pst_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
-
-using ::testing::ElementsAre;
 
 class LoadOutlook : public testing::ProgramFixture {
  protected:

@@ -2,9 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The load command over sources of the test's own: letters that lie in memory.
-#include <gmock/gmock.h>
 
-#include <memory>
 #include <utility>
 
 #include "board/load_command.h"
@@ -13,9 +11,6 @@
 #include "intake/load_account.h"
 #include "intake/source.h"
 #include "intake/store_message.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -23,8 +18,6 @@ namespace {
 
 using intake::Outcome;
 using intake::SourceMessage;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 struct Letter {
   std::string key;

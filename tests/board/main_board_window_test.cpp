@@ -7,11 +7,6 @@
 #include <QTest>
 
 #include "board_window.h"
-#include "core/run_state.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/profile_builder.h"
 #include "support/window_checks.h"
 
@@ -20,9 +15,7 @@ namespace {
 
 using core::StatusPanel;
 using testing::AddListed;
-using ::testing::ElementsAre;
 using testing::ListedSubjects;
-using ::testing::UnorderedElementsAre;
 
 class Window : public BoardWindow {
  protected:
@@ -54,7 +47,7 @@ TEST_F(Window, AnEmptyRepositorySaysWhatToDoNext) {
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "0; 0 In; 0 Out");
   EXPECT_EQ(ui_.status[StatusPanel::kFolder], "Tarnwick folder " + folder_.Path());
   for (const char* name : {"DeleteCurent", "MarkActive", "cmRelated", "ShowEmail"}) Click(name);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Each("There isn't selected row."));
+  EXPECT_THAT(ui_.Shown("box"), Each("There isn't selected row."));
   EXPECT_EQ(ui_.Shown("box").size(), 4U);
 }
 
@@ -196,7 +189,7 @@ TEST_F(Window, AnEntryOfABoxsOwnListFindsItsMessages) {
       combo->setCurrentIndex(i);
       std::string chosen = combo->currentText().toStdString();
       emit combo->activated(i);
-      EXPECT_THAT(ListedSubjects(), ::testing::Contains(chosen)) << box;
+      EXPECT_THAT(ListedSubjects(), Contains(chosen)) << box;
     }
     // It is as it was when the window opens again.
     auto listed = ListedSubjects();
@@ -322,7 +315,7 @@ TEST_F(Window, ATextFileIsTakenAndListedWhateverTheDates) {
   Filter("DateFrom", "1/1/2019");
   std::string file = WriteTemp("letter.txt", Letter("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
   window_->LoadTextFile(QString::fromStdString(file));
-  EXPECT_THAT(ListedSubjects(), ::testing::Contains("taken"));
+  EXPECT_THAT(ListedSubjects(), Contains("taken"));
   window_->LoadTextFile(QString::fromStdString(file));
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("This email is in the repository."));
 }
@@ -359,8 +352,8 @@ TEST_F(Window, AfterACrashACheckIsOffered) {
   emit notice->linkActivated("check");
   EXPECT_FALSE(notice->isVisible());
   ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("1 message(s), 1 damaged"));
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("Message 1: Its original is missing"));
+  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("1 message(s), 1 damaged"));
+  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("Message 1: Its original is missing"));
   EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
 }
 

@@ -2,17 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/message_commands.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
-#include "core/run_state.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
 using testing::AddListed;
-using ::testing::ElementsAre;
 using testing::ListEvery;
 
 TEST(Related, OnlyTheFirstPrefixGoes) {

@@ -2,11 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/message_viewer.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
-#include "core/run_state.h"
-#include "platform/files.h"
 #include "platform/shell.h"
 #include "support/program_fixture.h"
 
@@ -15,8 +11,6 @@ namespace {
 
 using core::StatusPanel;
 using testing::AddListed;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class MessageViewer : public testing::ProgramFixture {
  protected:
@@ -98,7 +92,7 @@ TEST_F(MessageViewer, HtmlMovesIntoTheBodyWhereItHasText) {
   EXPECT_FALSE(MoveHtmlToBody());
   EXPECT_EQ(Body(rich), "old");
   EXPECT_TRUE(MoveHtmlToBody());
-  EXPECT_THAT(ui_.Shown("question"), ::testing::Each("Do you want to move HTML to body?"));
+  EXPECT_THAT(ui_.Shown("question"), Each("Do you want to move HTML to body?"));
   EXPECT_THAT(Body(rich), HasSubstr("\xd0\x9c\xd0\xb8\xd1\x80")) << "decoded once, not twice";
   EXPECT_THAT(Body(rich), HasSubstr("\r\nb"));
   EXPECT_EQ(Body(bodyless), "kept");

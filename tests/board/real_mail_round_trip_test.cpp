@@ -2,18 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Real mail goes into a repository and, by every way out of it and back in, arrives unchanged.
-#include <gmock/gmock.h>
 
 #include "board/list_query.h"
 #include "board/load_command.h"
-#include "core/run_state.h"
 #include "maintenance/backup.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "maintenance/restore.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/real_data.h"
 #include "support/repository_content.h"
@@ -23,7 +18,6 @@ namespace {
 
 using maintenance::Result;
 using repository::RepositoryDb;
-using ::testing::IsEmpty;
 
 class RealMailRoundTrip : public testing::ProgramFixture {
  protected:

@@ -3,15 +3,8 @@
 //
 // The whole way: the sample profile is written, loaded by the load command, and every stored
 // message compared with what was written.
-#include <gmock/gmock.h>
-
-#include <map>
 
 #include "board/load_command.h"
-#include "core/run_state.h"
-#include "database/recordset.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/sample_profile.h"
 #include "support/program_fixture.h"
 
@@ -19,8 +12,6 @@ namespace tarnwick::board {
 namespace {
 
 using samples::SampleMessage;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class SampleLoad : public testing::ProgramFixture {
  protected:
@@ -108,7 +99,7 @@ TEST_F(SampleLoad, ASecondLoadFindsEverythingStored) {
   EXPECT_EQ(again.counts.stored, 0);
   EXPECT_EQ(again.counts.alreadyStored, static_cast<int64_t>(samples::SampleMessages().size()) - 1);
   EXPECT_EQ(CountRows("FileRepository"), rows);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("There isn't new message."));
+  EXPECT_THAT(ui_.Shown("box"), Contains("There isn't new message."));
 }
 
 }  // namespace

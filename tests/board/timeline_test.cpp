@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <gmock/gmock.h>
-
-#include <functional>
 
 #include "board/timeline_query.h"
 #include "board/timeline_state.h"
 #include "board_rows.h"
-#include "platform/clock.h"
-#include "platform/locale.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
 using testing::AddListed;
-using ::testing::ElementsAre;
 
 int Day(int year, int month, int day) {
   return DayNumber(DateTime::FromDate(year, month, day));

@@ -5,7 +5,6 @@
 #include <QComboBox>
 #include <QTest>
 #include <QToolButton>
-#include <memory>
 
 #include "board_window.h"
 
@@ -13,8 +12,6 @@ namespace tarnwick::board {
 namespace {
 
 using testing::AddListed;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::ListedSubjects;
 
 // Two messages in March 2003, one in May 2003 (of Bob, outgoing), one each year from 2001 to 2004

@@ -2,22 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/contact_book.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "core/run_state.h"
 #include "intake/store_message.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::contacts {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Pair;
-using ::testing::UnorderedElementsAre;
 
 class ContactBookTest : public testing::ProgramFixture {
  protected:

@@ -2,9 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/contacts_window.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
@@ -17,15 +14,11 @@
 #include "contacts/contact_dialog.h"
 #include "intake/store_message.h"
 #include "platform/shell.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
 
 namespace tarnwick::contacts {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 template <typename Widget>
 Widget* Child(const QWidget& window, const char* name) {

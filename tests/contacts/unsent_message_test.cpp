@@ -2,20 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/unsent_message.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "platform/error.h"
-#include "platform/files.h"
 #include "platform/shell.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::contacts {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 TEST(MailboxTextTest, EachStaysOneMailbox) {
   const struct {
@@ -104,7 +95,7 @@ TEST_F(SendTest, TheFileHasTheseLines) {
   // A second one of the same second takes its place, whole.
   EXPECT_TRUE(SendToAll("B", {{1, "b@c.d"}}));
   ASSERT_THAT(opened_, ElementsAre(opened_[0], opened_[0]));
-  EXPECT_THAT(platform::ReadFile(opened_[0]), ::testing::Not(HasSubstr("ann@example.org")));
+  EXPECT_THAT(platform::ReadFile(opened_[0]), Not(HasSubstr("ann@example.org")));
 }
 
 TEST_F(SendTest, AllAddressesGoOnFoldedLines) {

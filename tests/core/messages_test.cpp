@@ -2,20 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/messages.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/text.h"
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "platform/locale.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::core {
 namespace {

@@ -2,9 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/text.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/charset.h"
+#include "support/testing.h"
 
 namespace tarnwick::core {
 namespace {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/ask_about_email_dialog.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 #include <QLineEdit>
 #include <QPlainTextEdit>

@@ -2,13 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/date_parser.h"
 
-#include <gtest/gtest.h>
-
 #include "core/run_state.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "platform/locale.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {

@@ -2,10 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/encoded_word.h"
 
-#include <gtest/gtest.h>
-
 #include "intake/transfer_decoding.h"
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {

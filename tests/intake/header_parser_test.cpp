@@ -2,16 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/header_parser.h"
 
-#include <gtest/gtest.h>
-
-#include "core/run_state.h"
 #include "intake/message_text.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "platform/charset.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/header_writer.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {

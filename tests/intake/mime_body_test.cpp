@@ -2,14 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/mime_body.h"
 
-#include <gtest/gtest.h>
-
 #include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "intake/message_text.h"
-#include "platform/files.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {
@@ -49,8 +46,6 @@ class MimeBody : public ::testing::Test {
   MailMessage message_;
 };
 
-using Names = std::vector<std::string>;
-
 TEST_F(MimeBody, PartsGoWhereTheirKindSays) {
   ParseParts({"preamble, not shown",
               "--b=_1",
@@ -84,7 +79,7 @@ TEST_F(MimeBody, PartsGoWhereTheirKindSays) {
   EXPECT_EQ(message_.HTMLBody, "<html><body>да</body></html>");
   EXPECT_EQ(message_.HTMLCharset, "utf-8");
   EXPECT_EQ(message_.Boundaries[0], "b=_1");
-  EXPECT_EQ(Attachments(), (Names{"План.doc", "да.png"}));
+  EXPECT_EQ(Attachments(), (Texts{"План.doc", "да.png"}));
 }
 
 TEST_F(MimeBody, NestedContainersAndAttachedMessagesAreWalkedFlat) {
@@ -142,7 +137,7 @@ TEST_F(MimeBody, PartHeadersComeInManyShapes) {
     const char* what;
     std::initializer_list<std::string> lines;
     std::string body;
-    Names attachments;
+    Texts attachments;
   } rows[] = {
       {"no headers", {"--b=_1", "", "text"}, "text\r\n", {}},
       {"not even an empty line", {"--b=_1", "some text", "more"}, "some text\r\nmore\r\n", {}},
@@ -267,7 +262,7 @@ TEST_F(MimeBody, HtmlWithoutAPlainPartLeavesReadableText) {
       "Subject: s\r\nContent-Type: application/pdf; name=a.pdf\r\n"
       "Content-Transfer-Encoding: base64\r\n\r\nAAAA");
   EXPECT_EQ(message_.Body, "");
-  EXPECT_EQ(Attachments(), Names{"a.pdf"});
+  EXPECT_EQ(Attachments(), Texts{"a.pdf"});
 }
 
 // "PGI+ZGE8L2I+" is "<b>da</b>".
@@ -319,15 +314,15 @@ TEST_F(MimeBody, APictureIsNoText) {
       "Subject: s\r\nContent-Type: multipart/related\r\n\r\npreamble\r\n--x\r\n"
       "Content-Type: image/gif; name=a.gif\r\n\r\nR0lGODdh\r\n--x--\r\n");
   EXPECT_EQ(message_.Body, "");  // its container does not declare its boundary
-  EXPECT_EQ(Attachments(), Names{"a.gif"});
+  EXPECT_EQ(Attachments(), Texts{"a.gif"});
 }
 
 TEST_F(MimeBody, AnInlineFileLeavesTheTextAndIsWrittenOut) {
   Parse(Lines({"Subject: s", "", "See below", "begin 644 note.txt", "+:&5L;&\\@=V]R;&0", "`", "end",
                "Bye", "  BEGIN 600 ../../note.txt", "#0V%T", " ", "END"}));
   EXPECT_EQ(message_.Body, "See below\r\nBye\r\n");
-  EXPECT_EQ(Attachments(), (Names{"note.txt", "../../note.txt"}));
-  Names files = Files();
+  EXPECT_EQ(Attachments(), (Texts{"note.txt", "../../note.txt"}));
+  Texts files = Files();
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(File("note.txt"), "hello world");
   EXPECT_EQ(platform::ListFiles(folder_.Path()).size(), 1U);  // the message alone
@@ -376,7 +371,7 @@ TEST_F(MimeBody, FullListsSaySoAndDropTheRest) {
   EXPECT_EQ(message_.AttachCount, 20);
   EXPECT_EQ(message_.Attachments[19], "19");
   EXPECT_EQ(ui_.Shown("box"),
-            (Names{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
+            (Texts{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
                    "Attachment is great than 20", "Attachment is great than 20"}));
 }
 

@@ -2,16 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/store_message.h"
 
-#include <gtest/gtest.h>
-
 #include "core/guard.h"
-#include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "intake/sender_rules.h"
 #include "platform/charset.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "support/faulty_disk.h"
 #include "support/program_fixture.h"
 

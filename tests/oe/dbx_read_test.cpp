@@ -4,14 +4,8 @@
 // The reader of message files, on sound stores and on hostile ones.
 #include "oe/dbx_read.h"
 
-#include <gmock/gmock.h>
-
-#include <functional>
-
 #include "oe/byte_reader.h"
 #include "oe_fixture.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -20,9 +14,6 @@ using samples::DbxImage;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class DbxRead : public OeFixture {
  protected:

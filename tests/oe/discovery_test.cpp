@@ -2,11 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "oe/discovery.h"
 
-#include <gmock/gmock.h>
-
 #include "oe_fixture.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -16,9 +12,6 @@ using samples::FolderListBuilder;
 using samples::ProfileBuilder;
 using samples::StandardFolders;
 using samples::StoredFolder;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class Discovery : public OeFixture {
  protected:
@@ -291,7 +284,7 @@ TEST_F(Discovery, StoresBelowAHiveThatLeadsNowhereAreOffered) {
     ui_.yesNo = {true};
     EXPECT_TRUE(DiscoverOutlookExpress());
     EXPECT_THAT(ui_.Shown("error"), IsEmpty());
-    EXPECT_THAT(FullNames(0), ::testing::Contains("Local Folders.Inbox"));
+    EXPECT_THAT(FullNames(0), Contains("Local Folders.Inbox"));
     ui_.yesNo = {false};
     DiscoverOutlookExpress();
     EXPECT_EQ(State().MessageFiles.size(), 2U);

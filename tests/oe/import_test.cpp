@@ -4,12 +4,9 @@
 // Whole import runs over built profiles.
 #include "oe/import.h"
 
-#include <gmock/gmock.h>
-
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "oe_fixture.h"
-#include "platform/error.h"
 #include "support/real_data.h"
 
 namespace tarnwick::oe {
@@ -21,9 +18,6 @@ using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
 using samples::ProfileBuilder;
 using samples::StandardFolders;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class Import : public OeFixture {
  protected:

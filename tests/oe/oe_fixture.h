@@ -4,16 +4,9 @@
 // What the tests of this room share: the program started on an empty repository, and a profile.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "core/run_state.h"
 #include "intake/load_account.h"
 #include "oe/import.h"
 #include "oe/state.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/dbx_builder.h"
 #include "samples/profile_builder.h"
 #include "support/program_fixture.h"

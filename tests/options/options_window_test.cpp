@@ -2,26 +2,17 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/options_window.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <cstdlib>
 
-#include "core/run_state.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
 
 namespace tarnwick::options {
 namespace {
-
-using ::testing::ElementsAre;
 
 class OptionsWindowTest : public testing::ProgramFixture {
  protected:
@@ -122,7 +113,7 @@ TEST_F(OptionsWindowTest, AProfileWithMailIsTaken) {
             "Outlook: 1 store (archive.pst)");
   Click(window, "ProfileBrowse");
   ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("/empty/"));
+  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("/empty/"));
   Click(window, "ProfileBrowse");
   EXPECT_EQ(repository::GetProfileFolder(), "/old/Ann/");
   EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");

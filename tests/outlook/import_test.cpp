@@ -2,9 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/import.h"
 
-#include <gmock/gmock.h>
-
-#include "core/run_state.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
@@ -19,8 +16,6 @@ using samples::MemoryFolder;
 using samples::MemoryItem;
 using samples::MemoryOutlook;
 using samples::MemoryStore;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class OutlookImport : public testing::ProgramFixture {
  protected:
@@ -215,8 +210,8 @@ TEST_F(OutlookImport, ListsMoreRecipientsThanTheRecordHolds) {
   EXPECT_EQ(CountRows("ToRecipient"), 100);
   EXPECT_EQ(CountRows("ccRecipient"), 100);
   EXPECT_EQ(CountRows("Attachment"), 20);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("CC account is great than 100"));
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("Attachment is great than 20"));
+  EXPECT_THAT(ui_.Shown("box"), Contains("CC account is great than 100"));
+  EXPECT_THAT(ui_.Shown("box"), Contains("Attachment is great than 20"));
 }
 
 }  // namespace

@@ -2,14 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/letter.h"
 
-#include <gtest/gtest.h>
-
 #include "outlook/message_of_letter.h"
 #include "outlook/pst_provider.h"
-#include "platform/clock.h"
-#include "platform/locale.h"
 #include "samples/memory_outlook.h"
 #include "support/scripted_ui.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {

@@ -2,11 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/mime_message.h"
 
-#include <gmock/gmock.h>
-
 #include "intake/header_parser.h"
 #include "outlook/mime_text.h"
-#include "platform/error.h"
 #include "samples/memory_outlook.h"
 #include "support/program_fixture.h"
 
@@ -16,8 +13,6 @@ namespace {
 using samples::MailNamed;
 using samples::MemoryItem;
 using samples::MemoryOutlook;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 class MimeMessage : public testing::ProgramFixture {
  protected:
@@ -77,7 +72,7 @@ TEST_F(MimeMessage, KeepsTheHeadersItCameWithButNotTheirForm) {
             "Content-Type: multipart/mixed;\r\n\tboundary=\"abc\"\r\nMIME-Version: 1.0\r\n\r\n"
             "--abc\r\nContent-Type: text/plain\r\nX-Part: 1\r\n");
   std::string text = Write(item);
-  EXPECT_THAT(text, ::testing::StartsWith("Received: from a by b;\r\n\tTue, 5 Mar 2002"));
+  EXPECT_THAT(text, StartsWith("Received: from a by b;\r\n\tTue, 5 Mar 2002"));
   EXPECT_THAT(text, HasSubstr("X-Odd: 1\r\n"));
   EXPECT_THAT(text, HasSubstr("Subject: theirs\r\n"));
   EXPECT_THAT(text, Not(HasSubstr("ours\r\nDate")));
@@ -119,13 +114,13 @@ TEST_F(MimeMessage, KeepsSignedAndEncryptedMailByteForByte) {
       "Content-Type: multipart/signed; boundary=\"sig=_1\"\r\n\r\n--sig=_1\r\nContent-Type: "
       "text/plain\r\n\r\nexactly  this\r\n--sig=_1--\r\n";
   item.Attachment("smime.p7m", body).SetText(Prop::kAttachMimeType, "multipart/signed");
-  EXPECT_THAT(Write(item), ::testing::EndsWith("MIME-Version: 1.0\r\n" + body));
+  EXPECT_THAT(Write(item), EndsWith("MIME-Version: 1.0\r\n" + body));
   EXPECT_THAT(Parsed(item).Body, HasSubstr("exactly  this"));
   item.Text(Prop::kMessageClass, "IPM.Note.SMIME");
   item.attachments[0].SetText(Prop::kAttachMimeType, "application/x-pkcs7-mime");
   item.attachmentBytes[0] = "cipher";
   EXPECT_THAT(Write(item), HasSubstr("Content-Type: application/pkcs7-mime;"));
-  EXPECT_THAT(Write(item), ::testing::EndsWith("\r\n\r\nY2lwaGVy\r\n"));
+  EXPECT_THAT(Write(item), EndsWith("\r\n\r\nY2lwaGVy\r\n"));
 }
 
 TEST_F(MimeMessage, PassesOnWhatTheSinkThrows) {

@@ -2,18 +2,15 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/pst_client.h"
 
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include <csignal>
 
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {

@@ -2,20 +2,16 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The two ways to read a store, side by side: they must say the same of every sound one.
-#include <gmock/gmock.h>
 
 #include <algorithm>
-#include <map>
 #include <random>
-#include <set>
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/library_store.h"
 #include "outlook/reader/node_store.h"
-#include "platform/files.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook::reader {
 namespace {

@@ -2,9 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/rtf.h"
 
-#include <gtest/gtest.h>
-
 #include "outlook/pst_protocol.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/store_discovery.h"
-
-#include <gmock/gmock.h>
-
-#include "platform/files.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class StoreDiscovery : public ::testing::Test {
  protected:

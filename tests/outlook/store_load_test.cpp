@@ -3,18 +3,13 @@
 //
 // Whole loads by the real reader, of stores built for the purpose and of real ones, sound and
 // damaged.
-#include <gmock/gmock.h>
 
 #include <random>
 #include <utility>
 
-#include "core/run_state.h"
 #include "intake/load_account.h"
 #include "outlook/import.h"
 #include "outlook/pst_provider.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "samples/pst_builder.h"
 #include "support/program_fixture.h"
 #include "support/real_data.h"
@@ -26,7 +21,6 @@ using samples::PstAttachment;
 using samples::PstBuilder;
 using samples::PstMessage;
 using samples::PstProperties;
-using ::testing::HasSubstr;
 
 uint16_t Tag(Prop property) {
   return static_cast<uint16_t>(property);
@@ -110,8 +104,7 @@ TEST_F(StoreLoad, IsTakenWhetherUnicodeOrAnsi) {
     EXPECT_EQ(Load(store.Build()).stored, 2) << isUnicode;
     EXPECT_EQ(Query("SELECT FromToAddress FROM Email WHERE Folder = 'Inbox'").AsText(),
               "ann@firm.test");
-    EXPECT_THAT(Query("SELECT Body FROM Email WHERE Folder = 'Deep'").AsText(),
-                ::testing::EndsWith("xxend"));
+    EXPECT_THAT(Query("SELECT Body FROM Email WHERE Folder = 'Deep'").AsText(), EndsWith("xxend"));
     EXPECT_EQ(Query("SELECT FileName FROM Attachment").AsText(), "table.xls");
     EXPECT_EQ(Query("SELECT Address FROM ToRecipient").AsText(), "bob@x.test");
   }

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/charset.h"
-
-#include <gtest/gtest.h>
-
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/date_time.h"
-
-#include <gtest/gtest.h>
-
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick {
 namespace {

@@ -2,13 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/files.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "platform/charset.h"
-#include "platform/error.h"
 #include "platform/staged_file.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {

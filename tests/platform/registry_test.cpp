@@ -2,29 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/registry.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <filesystem>
 
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/dbx_builder.h"
 #include "samples/hive_builder.h"
 #include "samples/profile_builder.h"
 #include "support/real_data.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {
 
 using samples::DbxImage;
 using samples::HiveBuilder;
-using ::testing::ElementsAre;
 using testing::TempFolder;
-using ::testing::UnorderedElementsAre;
 
 constexpr const char* kStore = "Local Settings/Application Data/Identities/{A}/Microsoft/";
 

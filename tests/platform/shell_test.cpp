@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/shell.h"
+#include "support/testing.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <cstdlib>
-
-#include "platform/error.h"
-#include "platform/files.h"
-#include "support/temp_folder.h"
 
 namespace tarnwick::platform {
 namespace {

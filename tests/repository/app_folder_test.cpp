@@ -2,17 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/app_folder.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <optional>
-#include <vector>
-
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "support/faults.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::repository {
 namespace {

@@ -2,15 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/repository.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
-
-#include "core/run_state.h"
 #include "core/startup.h"
-#include "platform/files.h"
-#include "platform/locale.h"
-#include "repository/parameter_store.h"
 #include "repository/schema.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"

@@ -2,15 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/attachments.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "samples/mail_encoding.h"
+#include "support/testing.h"
 
 namespace tarnwick::takeout {
 namespace {
-
-using ::testing::ElementsAre;
 
 std::string Multipart(const std::vector<std::string>& parts) {
   std::string text = "Subject: Files\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";

@@ -2,17 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/save_messages.h"
 
-#include <gmock/gmock.h>
-
 #include <filesystem>
-#include <set>
 
-#include "core/run_state.h"
 #include "intake/store_message.h"
 #include "platform/charset.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "support/faults.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -23,8 +16,6 @@ namespace tarnwick::takeout {
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class SaveMessagesTest : public testing::ProgramFixture {
  protected:
