@@ -36,6 +36,13 @@ struct PstMessage {
   std::vector<PstAttachment> attachments;
 };
 
+// A mail of Ann's with nothing but a subject.
+inline PstMessage PstMail(const std::string& subject) {
+  PstMessage mail;
+  mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, subject}, {0x0C1A, "Ann"}};
+  return mail;
+}
+
 class PstBuilder {
  public:
   // Stores of one name have one key, as copies of a store have.

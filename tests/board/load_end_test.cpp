@@ -55,9 +55,8 @@ class LoadEnd : public testing::ProgramFixture {
   void AddOutlookStore() {
     setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
     samples::PstBuilder store(true, "Personal Folders");
-    samples::PstMessage mail;
-    mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "of Outlook"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"), mail);
+    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
+                     samples::PstMail("hello"));
     platform::WriteFile(profile_.Folder() + "Outlook.pst", store.Build());
   }
 

@@ -23,9 +23,8 @@ class LoadOutlook : public testing::ProgramFixture {
   // A store of one mail.
   void AddStore(const std::string& file, const std::string& name) {
     samples::PstBuilder store(true, name);
-    samples::PstMessage mail;
-    mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "hello"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"), mail);
+    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
+                     samples::PstMail("hello"));
     platform::WriteFile(folder_.File("profile/" + file), store.Build());
   }
 };

@@ -8,15 +8,15 @@
 namespace tarnwick::takeout {
 namespace {
 
-std::string Multipart(const std::vector<std::string>& parts) {
+std::string Multipart(const Texts& parts) {
   std::string text = "Subject: Files\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
   for (const std::string& part : parts) text += "--b\r\n" + part + "\r\n";
   return text + "--b--\r\n";
 }
 
 // "name type size", with a star behind a program.
-std::vector<std::string> Listed(const MessageAttachments& attachments) {
-  std::vector<std::string> lines;
+Texts Listed(const MessageAttachments& attachments) {
+  Texts lines;
   for (const Attachment& attachment : attachments.List()) {
     lines.push_back(attachment.name + " " + attachment.type + " " +
                     std::to_string(attachment.size) + (attachment.isProgram ? "*" : ""));
@@ -100,7 +100,7 @@ TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMiss
   const struct {
     const char* what;
     std::string message;
-    std::vector<std::string> names;
+    Texts names;
   } kRows[] = {
       {"cut off", "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture, {"image.gif"}},
       {"another boundary",
@@ -117,14 +117,14 @@ TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMiss
   };
   for (const auto& row : kRows) {
     MessageAttachments attachments(row.message);
-    std::vector<std::string> names;
+    Texts names;
     for (const Attachment& attachment : attachments.List()) names.push_back(attachment.name);
     EXPECT_EQ(names, row.names) << row.what;
     if (!names.empty() && names.back() == "whole message.eml") {
       EXPECT_EQ(attachments.Bytes(names.size() - 1), row.message) << row.what;
     }
   }
-  std::vector<std::string> many(5000, picture);
+  Texts many(5000, picture);
   MessageAttachments attachments(Multipart(many));
   EXPECT_EQ(attachments.List().size(), 1001U);
   EXPECT_EQ(attachments.List().back().name, "whole message.eml");
