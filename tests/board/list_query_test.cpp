@@ -31,23 +31,19 @@ TEST(ListTexts, DatesAreMonthFirstInAnyLocale) {
 }
 
 TEST(ListTexts, WhatAPersonTypesStaysAText) {
-  const struct {
-    const char* what;
-    std::string typed;
-    std::string condition;
-  } kRows[] = {
+  const Case kRows[] = {
       {"an apostrophe becomes an underscore", "it's", "it_s"},
       {"SQL", "x%' OR '1'='1\"; DELETE", "x%_ OR _1_=_1_; DELETE"},
       {"a long text is cut", std::string(300, 'x'), std::string(255, 'x')},
       {"blanks alone are a condition too", "  ", ""},
   };
-  for (const auto& row : kRows) {
+  for (const Case& row : kRows) {
     ListFilter filter = March2005();
-    filter.Subject = filter.MailText = row.typed;
+    filter.Subject = filter.MailText = row.given;
     EXPECT_EQ(BuildListWhere(filter),
               "WHERE ReceivedTime BETWEEN #03/07/2005 00:00:00# AND #03/07/2005 23:59:59# AND "
               "INSTR(Email.Subject, '" +
-                  row.condition + "') <> 0 AND Email.Body Like '%" + row.condition + "%'")
+                  row.expected + "') <> 0 AND Email.Body Like '%" + row.expected + "%'")
         << row.what;
   }
 }

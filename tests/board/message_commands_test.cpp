@@ -12,17 +12,14 @@ using testing::AddListed;
 using testing::ListEvery;
 
 TEST(Related, OnlyTheFirstPrefixGoes) {
-  const struct {
-    const char* what;
-    std::string subject, related;
-  } kRows[] = {
+  const Case kRows[] = {
       {"no prefix", "Budget", "Budget"},
       {"a prefix", "Re: Budget", "Budget"},
       {"two prefixes", "Re: Fw: Budget", "Fw: Budget"},
       {"nothing behind it", "Budget: ", "Budget"},
       {"empty", "", ""},
   };
-  for (const auto& row : kRows) EXPECT_EQ(RelatedSubject(row.subject), row.related) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(RelatedSubject(row.given), row.expected) << row.what;
 }
 
 class MessageCommands : public testing::ProgramFixture {

@@ -23,11 +23,7 @@ class Dialect : public MailDatabase {
 };
 
 TEST_F(Dialect, Answers) {
-  const struct {
-    const char* what;
-    const char* sql;
-    const char* answer;  // the first column of each row
-  } kAnswers[] = {
+  const Case kAnswers[] = {
       {"equality ignores case", "SELECT ID FROM Email WHERE Direction = 'IN'", "1|3"},
       {"bracketed names", "SELECT [ID] FROM [Email] WHERE [Email].[Subject]='budget'", "1"},
       {"double quotes hold texts", "SELECT ID FROM Email WHERE Subject=\"budget\"", "1"},
@@ -73,8 +69,8 @@ TEST_F(Dialect, Answers) {
       {"comments in texts", "SELECT '/*' & '--' & \"'\" & '#' & '[a]' FROM MeContact WHERE ID=1",
        "/*--'#[a]"},
   };
-  for (const auto& test : kAnswers) {
-    EXPECT_EQ(Column(test.sql), test.answer) << test.what;
+  for (const Case& test : kAnswers) {
+    EXPECT_EQ(Column(test.given), test.expected) << test.what;
   }
 }
 

@@ -17,11 +17,7 @@ std::string Decoded(std::string_view text, std::string_view charset = {}) {
 }
 
 TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
-  const struct {
-    const char* what;
-    const char* text;
-    const char* decoded;
-  } rows[] = {
+  const Case rows[] = {
       {"no word", "plain = text? yes", "plain = text? yes"},
       {"text around it", "Re: =?koi8-r?B?8NLJ18XU?= [2]", "Re: Привет [2]"},
       {"Q with blanks as underscores", "=?utf-8?q?a_b=5Fc?=", "a b_c"},
@@ -46,10 +42,7 @@ TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
       {"only marks", "=?\?=", "=?\?="},
       {"bad escapes stay", "=?utf-8?Q?a=4=XYb=?=", "a=4=XYb="},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(Decoded(row.text), row.decoded);
-  }
+  for (const Case& row : rows) EXPECT_EQ(Decoded(row.given), row.expected) << row.what;
   MixedText out;
   EXPECT_FALSE(Decode("=?utf-8?Q?abc", out));
   EXPECT_TRUE(Decode("=?utf-8?Q?abc?=", out));

@@ -271,11 +271,7 @@ TEST_F(MimeBody, HtmlWithoutAPlainPartLeavesReadableText) {
 
 // "PGI+ZGE8L2I+" is "<b>da</b>".
 TEST_F(MimeBody, HtmlIsKnownByItsTypeInWhateverShapeThatComes) {
-  const struct {
-    const char* what;
-    const char* part;
-    const char* html;
-  } rows[] = {
+  const Case rows[] = {
       {"encoding folded into the type",
        "Content-Type: text/html; charset=utf-8\r\n Content-Transfer-Encoding: base64\r\n\r\n"
        "PGI+ZGE8L2I+",
@@ -297,11 +293,11 @@ TEST_F(MimeBody, HtmlIsKnownByItsTypeInWhateverShapeThatComes) {
        "<meta http-equiv=\r\nContent-Type content=\"text/html\"><b>da</b>\r\n"},
       {"letters that could be base64", "Content-Type: text/html\r\n\r\nwords", "words\r\n"},
   };
-  for (const auto& row : rows) {
+  for (const Case& row : rows) {
     SCOPED_TRACE(row.what);
-    ParseParts({"--b=_1", row.part, "--b=_1--"});
-    EXPECT_EQ(message_.HTMLBody, row.html);
-    EXPECT_EQ(message_.Body, std::string(row.html) == "words\r\n" ? "words" : "da");
+    ParseParts({"--b=_1", row.given, "--b=_1--"});
+    EXPECT_EQ(message_.HTMLBody, row.expected);
+    EXPECT_EQ(message_.Body, std::string(row.expected) == "words\r\n" ? "words" : "da");
   }
 }
 

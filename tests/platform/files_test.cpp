@@ -23,10 +23,7 @@ int NumberOf(const std::function<void()>& action) {
 }
 
 TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
-  const struct {
-    const char* what;
-    std::string name, safe;
-  } kRows[] = {
+  const Case kRows[] = {
       {"ordinary", "report 2004.doc", "report 2004.doc"},
       {"path up", "../../etc/passwd", "_.._etc_passwd"},
       {"windows path", "C:\\Windows\\system.ini", "C__Windows_system.ini"},
@@ -45,7 +42,7 @@ TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
       {"an option behind dots", ". --help.txt", "_--help.txt"},
       {"broken UTF-8", "a\xFFz\xC3.txt", "a_z_.txt"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(SafeFileName(row.name), row.safe) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(SafeFileName(row.given), row.expected) << row.what;
 }
 
 TEST(SafeFileName, LongNamesKeepTheirExtensionAndFitAFileSystem) {

@@ -10,14 +10,8 @@ namespace {
 
 using std::string_literals::operator""s;
 
-struct Document {
-  const char* what;
-  std::string html;  // stands in a BODY
-  std::string text;
-};
-
 TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
-  const Document rows[] = {
+  const Case rows[] = {
       {"inline elements join", "a<b>b</b><i>c</i> d", "abc d"},
       {"runs of blanks are one", "  a \r\n\t b  ", "a b"},
       {"blank at an element's edge", "a <b> b</b>c", "a bc"},
@@ -45,10 +39,8 @@ TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
       {"letters outside ASCII", "<p>Привет, 日本</p>", "Привет, 日本"},
       {"nul", "a\0b"s, "a b"},
   };
-  for (const Document& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(HtmlToPlainText("<html><body>" + row.html), row.text);
-  }
+  for (const Case& row : rows)
+    EXPECT_EQ(HtmlToPlainText("<html><body>" + row.given), row.expected) << row.what;
 }
 
 TEST(HtmlToPlainText, OnlyADeclaredBodyCounts) {
@@ -67,7 +59,7 @@ TEST(HtmlToPlainText, OnlyADeclaredBodyCounts) {
 }
 
 TEST(ShownText, IsWhatABrowserShowsOfADocumentOfAnyShape) {
-  const Document rows[] = {
+  const Case rows[] = {
       {"a fragment", "<p>a</p>b", "a\r\n\r\nb"},
       {"no markup", "plain", "plain"},
       {"a BODY in a comment alone", "<!-- <body> --><font>a</font>", "a"},
@@ -79,10 +71,7 @@ TEST(ShownText, IsWhatABrowserShowsOfADocumentOfAnyShape) {
       {"nothing but a head", "<html><head><title>t</title></head></html>", ""},
       {"only a picture", "<html><body><img src=x></body></html>", ""},
   };
-  for (const Document& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(ShownText(row.html), row.text);
-  }
+  for (const Case& row : rows) EXPECT_EQ(ShownText(row.given), row.expected) << row.what;
 }
 
 // Each of these was quadratic, or endless, in one parser or another.
@@ -95,7 +84,7 @@ TEST(HtmlToPlainText, HostileDocumentsTakeLinearTime) {
   constexpr size_t kMany = 30000;
   std::string attributes;
   for (size_t i = 0; i < kMany; ++i) attributes += " a" + std::to_string(i);
-  const Document rows[] = {
+  const Case rows[] = {
       {"deep nesting", repeated("<div>", kMany) + "deep", "deep"},
       {"deep nesting with ends", repeated("<b>", kMany) + "x" + repeated("</b>", kMany), "x"},
       {"ends of nothing", repeated("<b>", 400) + repeated("</i>", kMany) + "x", "x"},
@@ -112,10 +101,8 @@ TEST(HtmlToPlainText, HostileDocumentsTakeLinearTime) {
       {"open declarations", repeated("<!x aaaaaaaaaaaaa", 33 * kMany),
        repeated("<!x aaaaaaaaaaaaa", 33 * kMany)},
   };
-  for (const Document& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_TRUE(HtmlToPlainText("<body>" + row.html) == row.text);
-  }
+  for (const Case& row : rows)
+    EXPECT_TRUE(HtmlToPlainText("<body>" + row.given) == row.expected) << row.what;
   for (const char* piece :
        {"<table><tr><td>", "<li>", "</p>", "<", "<a b='", "<![CDATA[", "<?x "}) {
     SCOPED_TRACE(piece);

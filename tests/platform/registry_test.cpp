@@ -75,11 +75,7 @@ TEST(Hive, MapsWindowsPathsBelowTheProfile) {
   WriteFile(profile + "NTUSER.DAT", hive.Build());
   auto registry = OpenProfile(profile);
   std::string mail = profile + "Local Settings/Application Data/Mail/";
-  const struct {
-    const char* what;
-    const char* windowsPath;
-    std::string expected;
-  } kRows[] = {
+  const Case kRows[] = {
       {"the profile's variable", "%UserProfile%\\Local Settings\\Application Data\\Mail\\", mail},
       {"case is ignored", "%USERPROFILE%\\LOCAL SETTINGS\\application data\\MAIL\\", mail},
       {"another owner's name",
@@ -91,8 +87,7 @@ TEST(Hive, MapsWindowsPathsBelowTheProfile) {
       {"nowhere", "D:\\Elsewhere\\Mail\\", "D:/Elsewhere/Mail/"},
       {"an unknown variable stays", "%Nobody%\\Mail\\", "%Nobody%/Mail/"},
   };
-  for (const auto& row : kRows)
-    EXPECT_EQ(registry->MapPath(row.windowsPath), row.expected) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(registry->MapPath(row.given), row.expected) << row.what;
 }
 
 TEST(Hive, OnAWholeDiskMapsPathsOutsideTheProfile) {

@@ -38,4 +38,11 @@ using ::testing::UnorderedElementsAre;
 
 using Texts = std::vector<std::string>;
 
+// A row of a table of tests.
+struct Case {
+  const char* what;
+  std::string given;
+  std::string expected;
+};
+
 }  // namespace tarnwick
