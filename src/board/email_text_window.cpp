@@ -7,9 +7,11 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cassert>
 
 #include "repository/grid_layout.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -60,6 +62,7 @@ frmEmailText::frmEmailText(QWidget* parent)
     : QDialog(parent),
       text_(new QPlainTextEdit(this)),
       attachments_(new takeout::AttachmentsView(this)) {
+  assert(repository::RepositoryDb().IsOpen());
   setObjectName(kForm);
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   setAttribute(Qt::WA_ShowWithoutActivating);

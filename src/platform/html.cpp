@@ -6,6 +6,7 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 
 #include "platform/charset.h"
@@ -215,6 +216,7 @@ HtmlText ReadHtml(std::string_view html) {
 }  // namespace
 
 std::string HtmlToPlainText(std::string_view html) {
+  assert(IsValidUtf8(html));
   HtmlText text = ReadHtml(html);
   return text.HasBody() ? text.Take() : std::string();
 }

@@ -220,7 +220,7 @@ TEST_F(Cli, AttachmentsAreListedAndSaved) {
   std::string folder = home_.File("saved/");
   platform::MakeFolder(folder);
   platform::WriteFile(folder + "_ROOF.GIF", "older");
-  run = Run({"attachments", "1", "--save", folder});
+  ProgramRun run = Run({"attachments", "1", "--save", folder});
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_EQ(platform::ReadFile(folder + "_roof (2).gif"), "GIF");
   EXPECT_EQ(platform::ReadFile(folder + "_ROOF.GIF"), "older");
@@ -237,8 +237,8 @@ TEST_F(Cli, MessagesAreSavedInEachFormat) {
             "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
   EXPECT_THAT(platform::ListFiles(home_.File("eml")),
               ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
-  run = Run({"save", "--format", "mbox", home_.File("mbox"), "--folders"});
-  EXPECT_EQ(run.output, "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_EQ(Output({"save", "--format", "mbox", home_.File("mbox"), "--folders"}),
+            "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
   EXPECT_TRUE(platform::FileExists(home_.File("mbox/Text File.mbox")));
   EXPECT_EQ(Run({"save", "--format", "maildir", home_.File("maildir")}).status, 0);
   EXPECT_EQ(platform::ListFiles(home_.File("maildir/cur")).size(), 2U);

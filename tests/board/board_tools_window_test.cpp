@@ -23,9 +23,6 @@
 namespace tarnwick::board {
 namespace {
 
-using testing::AddListed;
-using testing::ListedSubjects;
-
 class BoardTools : public BoardWindow {
  protected:
   BoardTools() {

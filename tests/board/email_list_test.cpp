@@ -10,7 +10,6 @@ namespace tarnwick::board {
 namespace {
 
 using core::StatusPanel;
-using testing::AddListed;
 using testing::RememberingForm;
 
 class EmailList : public testing::ProgramFixture {
@@ -59,9 +58,7 @@ TEST_F(EmailList, TheFilterComesBackAsItWasLeft) {
 
 TEST_F(EmailList, AnEndThatWasNotNarrowedGrowsWithTheDays) {
   SaveFilter(EveryMessage(), 0);
-  platform::ClockOverride clock;
-  clock.now = DateTime::FromDate(2020, 6, 18);
-  platform::SetClockOverride(clock);
+  SetNow(DateTime::FromDate(2020, 6, 18));
   EXPECT_EQ(ReadSavedFilter().DateTo, DateTime::FromDate(2020, 6, 18));
 }
 

@@ -18,7 +18,6 @@
 namespace tarnwick::board {
 namespace {
 
-using repository::RepositoryDb;
 using samples::HostileKind;
 
 class HostileMail : public testing::ProgramFixture {

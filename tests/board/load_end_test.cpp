@@ -7,16 +7,17 @@
 #include "board/load_command.h"
 #include "board/load_log.h"
 #include "core/messages.h"
-#include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "samples/profile_builder.h"
 #include "samples/pst_builder.h"
 #include "support/faulty_disk.h"
 #include "support/program_fixture.h"
+#include "support/repository_content.h"
 
 namespace tarnwick::board {
 namespace {
 
+using ::testing::_;
 using testing::DiskFault;
 using testing::FaultyDisk;
 
@@ -129,10 +130,7 @@ TEST_F(LoadEnd, AFullDiskEndsATakeAndAMerge) {
     files.push_back(WriteTemp(std::to_string(i) + ".eml", LetterText(i)));
   }
   TakeTextFiles(files);
-  jet::Recordset list;
-  list.Open("SELECT ID, ReceivedTime FROM Email", repository::RepositoryDb());
-  ASSERT_EQ(maintenance::ExportEmails(folder_.File("merge.twb"), list), maintenance::Result::kDone);
-  list.Close();
+  testing::ExportAll(folder_.File("merge.twb"));
   ForEachFullDisk([&] {
     TakeResult result = TakeTextFiles(files);
     EXPECT_EQ(result.stored, CountRows("Email"));
@@ -174,10 +172,8 @@ TEST_F(LoadEnd, AFirstLoadGoesOnBehindANoAndAlwaysSaysSomething) {
   ui_.folders = {profile_.Folder()};
   ui_.yesNo = {false, true};
   EXPECT_EQ(LoadFromMailer(options).counts.stored, 1);
-  ASSERT_EQ(ui_.shown.size(), 3U);
-  EXPECT_EQ(ui_.shown[0].first, "folder") << "before the questions for what is there";
-  EXPECT_THAT(ui_.shown[1].second, HasSubstr("from Outlook Express"));
-  EXPECT_THAT(ui_.shown[2].second, HasSubstr("from Outlook to"));
+  EXPECT_THAT(ui_.shown, ElementsAre(Pair("folder", _), Pair(_, HasSubstr("from Outlook Express")),
+                                     Pair(_, HasSubstr("from Outlook to"))));
   EXPECT_FALSE(repository::GetOption("OutlookExpress"));
 
   ui_.shown.clear();

@@ -19,7 +19,7 @@ namespace {
 using intake::Outcome;
 using intake::SourceMessage;
 
-struct Letter {
+struct ShelfMail {
   std::string key;
   std::string from;
   bool isRecord = false;  // made by the source, not parsed
@@ -28,7 +28,7 @@ struct Letter {
 
 class Shelf : public intake::SourceFolder {
  public:
-  Shelf(std::string place, std::vector<Letter> letters)
+  Shelf(std::string place, std::vector<ShelfMail> letters)
       : place_(std::move(place)), letters_(std::move(letters)) {}
 
   std::string Place() const override { return place_; }
@@ -38,7 +38,7 @@ class Shelf : public intake::SourceFolder {
 
   bool Next(SourceMessage& message) override {
     if (next_ == letters_.size()) return false;
-    const Letter& letter = letters_[next_++];
+    const ShelfMail& letter = letters_[next_++];
     if (letter.key == "broken") throw Error(ErrorNumber::kPathAccess, "the shelf broke");
     message.name = "letter " + letter.key;
     message.key = letter.key;
@@ -57,7 +57,7 @@ class Shelf : public intake::SourceFolder {
 
  private:
   std::string place_;
-  std::vector<Letter> letters_;
+  std::vector<ShelfMail> letters_;
   size_t next_ = 0;
 };
 

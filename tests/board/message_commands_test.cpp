@@ -8,9 +8,6 @@
 namespace tarnwick::board {
 namespace {
 
-using testing::AddListed;
-using testing::ListEvery;
-
 TEST(Related, OnlyTheFirstPrefixGoes) {
   const Case kRows[] = {
       {"no prefix", "Budget", "Budget"},
@@ -30,11 +27,15 @@ class MessageCommands : public testing::ProgramFixture {
   }
 };
 
-TEST_F(MessageCommands, WithoutASelectionTheyOnlySaySo) {
+TEST_F(MessageCommands, WithoutASelectionOrAMessageTheyOnlySaySo) {
   EXPECT_FALSE(DeleteMessages({}));
   EXPECT_FALSE(ToggleActive({}));
   EXPECT_THAT(ui_.Shown("box"),
               ElementsAre("There isn't selected row.", "There isn't selected row."));
+  ASSERT_TRUE(ListEvery());
+  ui_.yesNo = {true};
+  EXPECT_FALSE(MarkAllNotHot()) << "the placeholder is no message";
+  EXPECT_EQ(CountRows("ObjectList"), 0);
 }
 
 TEST_F(MessageCommands, DeletingAsksFirst) {
@@ -65,15 +66,15 @@ TEST_F(MessageCommands, StopEndsALongDeletionBetweenTwoMessages) {
 TEST_F(MessageCommands, HotMarksToggleAloneAndAgreeInNumbers) {
   int64_t a = AddListed({.subject = "a"});
   int64_t b = AddListed({.subject = "b", .hot = true});
-  EXPECT_TRUE(ToggleActive({{b, ""}}));
-  EXPECT_FALSE(IsHot(b));
-  EXPECT_TRUE(ToggleActive({{b, ""}}));
-  EXPECT_TRUE(IsHot(b));
-  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
-  EXPECT_TRUE(IsHot(a) && IsHot(b));
-  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
-  EXPECT_FALSE(IsHot(a) || IsHot(b));
-  EXPECT_EQ(Query("SELECT Count(*) AS N FROM Email WHERE Active Is Null").AsInt(), 2);
+  for (bool isHot : {false, true}) {
+    EXPECT_TRUE(ToggleActive({{b, ""}}));
+    EXPECT_EQ(IsHot(b), isHot);
+  }
+  for (bool areHot : {true, false}) {
+    EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
+    EXPECT_TRUE(IsHot(a) == areHot && IsHot(b) == areHot);
+  }
+  EXPECT_EQ(CountRows("Email WHERE Active Is Null"), 2);
 }
 
 TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
@@ -94,7 +95,7 @@ TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
 TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
   testing::AddMany(1200, {.subject = "many", .hot = true});
   ASSERT_TRUE(ListEvery());
-  auto hot = [&] { return Query("SELECT Count(*) AS N FROM Email WHERE Active = '+'").AsInt(); };
+  auto hot = [&] { return CountRows("Email WHERE Active = '+'"); };
   ui_.yesNo = {true, true};
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   EXPECT_TRUE(MarkAllNotHot());
@@ -102,13 +103,6 @@ TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
   ui_.onYield = {};
   EXPECT_TRUE(MarkAllNotHot());
   EXPECT_EQ(hot(), 0);
-}
-
-TEST_F(MessageCommands, ThePlaceholderIsNoMessage) {
-  ASSERT_TRUE(ListEvery());
-  ui_.yesNo = {true};
-  EXPECT_FALSE(MarkAllNotHot());
-  EXPECT_EQ(CountRows("ObjectList"), 0);
 }
 
 }  // namespace

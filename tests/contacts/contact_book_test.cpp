@@ -100,8 +100,7 @@ TEST_F(ContactBookTest, WithoutARowOrWhileMailIsLoadedNothingIsDeleted) {
 TEST_F(ContactBookTest, AddressesAreTakenWithADotAndAnAt) {
   int64_t ann = intake::GetContactId("Ann", "ann@example.org");
   const struct {
-    const char* name;
-    const char* text;
+    const char *name, *text;
     bool taken;
   } rows[] = {{"ordinary", "ann@home.example", true},
               {"short, the dot first", ".@", true},

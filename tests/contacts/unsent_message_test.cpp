@@ -11,9 +11,7 @@ namespace {
 TEST(MailboxTextTest, EachStaysOneMailbox) {
   const struct {
     const char* what;
-    std::string name;
-    std::string address;
-    std::string mailbox;
+    std::string name, address, mailbox;
   } rows[] = {
       {"plain", "Ann Lee", "ann@example.org", "\"Ann Lee\" <ann@example.org>"},
       {"comma and dot", "Lee, Ann Q.", "a@b.c", "\"Lee, Ann Q.\" <a@b.c>"},

@@ -157,9 +157,7 @@ TEST_F(Dialect, ChangesRowsAndCountsThem) {
 }
 
 TEST_F(Dialect, ClockIsOneWithinAStatement) {
-  platform::ClockOverride clock;
-  clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 30, 45);
-  platform::SetClockOverride(clock);
+  SetNow(DateTime::FromDate(2020, 6, 15).WithTime(12, 30, 45));
   EXPECT_EQ(Column("SELECT Format(Date(), 'ddddd hh:mm') FROM MeContact WHERE ID=1"),
             "6/15/2020 00:00");
   Run("UPDATE Email SET ReceivedTime = Date() WHERE ID=1");

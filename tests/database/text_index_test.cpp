@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <signal.h>
-#include <unistd.h>
-
 #include <random>
 
 #include "database/connection_impl.h"
@@ -10,7 +7,6 @@
 #include "database/index/text_index.h"
 #include "database/index/text_segment.h"
 #include "mail_database.h"
-#include "support/faults.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -70,7 +66,7 @@ class TextIndexTest : public MailDatabase {
   TextIndexTest() { connection_.KeepTextIndex("Email", {"Body", "Subject"}); }
 
   void Reopen() {
-    if (connection_.IsOpen()) connection_.Close();
+    connection_.Close();
     connection_.Open();
     connection_.KeepTextIndex("Email", {"Body", "Subject"});
   }
@@ -218,29 +214,6 @@ TEST_F(TextIndexTest, ReadsFewTexts) {
   // Without a segment's part the texts are read one by one.
   Engine().Run("DELETE FROM tw_search_part WHERE ID > 100");
   EXPECT_EQ(RowsRead(sql, wanted), 5000);
-}
-
-TEST_F(TextIndexTest, IsNotBehindAfterAKill) {
-  connection_.Close();
-  for (int round = 0; round < 6; round++) {
-    EXPECT_FALSE(testing::RunInChild([&] {
-      Reopen();
-      random_.seed(static_cast<unsigned>(round));
-      Add(connection_, 700);
-      connection_.Execute("UPDATE Email SET Body = 'zzzz' WHERE ID < " + std::to_string(round * 9));
-      connection_.BeginGroup();
-      for (int i = 0; i < 600; i++) {
-        connection_.Execute("INSERT INTO Email (Body) VALUES ('zzzz " + std::to_string(i) + "')");
-        connection_.EndUnit();
-        if (i % 100 == 0) connection_.FlushGroup();
-        if (i == 100 * round + 40) kill(getpid(), SIGKILL);
-      }
-    }));
-    Reopen();
-    EXPECT_EQ(connection_.IntegrityCheck(), "");
-    ExpectExact("killed " + std::to_string(round));
-    connection_.Close();
-  }
 }
 
 TEST_F(TextIndexTest, CatchesUpInStepsThatCanBeStopped) {

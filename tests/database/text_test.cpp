@@ -144,8 +144,7 @@ TEST(TextSearch, HostileBytesNeverLeaveTheText) {
 
 TEST(Like, Patterns) {
   const struct {
-    const char* text;
-    const char* pattern;
+    const char *text, *pattern;
     bool matches;
   } kCases[] = {
       {"Quarterly report", "%REPORT%", true},

@@ -27,8 +27,7 @@ TEST(AskAboutEmail, ShowsTheMessage) {
 
 TEST(AskAboutEmail, EachButtonGivesItsAnswer) {
   const struct {
-    const char* button;
-    const char* caption;
+    const char *button, *caption;
     SenderAnswer answer;
   } kRows[] = {
       {"AcceptFuture", "Accept", SenderAnswer::kAccept},

@@ -4,7 +4,6 @@
 
 #include "maintenance/restore.h"
 #include "repository/schema.h"
-#include "support/faults.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
@@ -12,7 +11,6 @@ namespace tarnwick::maintenance {
 namespace {
 
 using platform::FileExists;
-using repository::RepositoryDb;
 
 class Backup : public testing::ProgramFixture {
  protected:
@@ -92,30 +90,6 @@ TEST_F(Backup, StoppedItLeavesNothing) {
   EXPECT_FALSE(FileExists(file_));
   EXPECT_EQ(FilesLeft(), Texts{});
   EXPECT_FALSE(core::State().ImportCancelFlag);
-}
-
-// The older file is there until the whole new one is.
-TEST_F(Backup, AtEveryFileStepThatFailsOneOfTheTwoIsThereWhole) {
-  testing::StoreVariedMessages(10);
-  auto before = testing::DumpRepository(RepositoryDb());
-  int step = 0;
-  for (bool happened = true; happened; ++step) {
-    platform::WriteFile(file_, "an older backup");
-    ui_.yesNo = {true};
-    Result result = Result::kFailed;
-    {
-      testing::FailingFileStep fault(step);
-      result = MakeBackup(file_);
-      happened = fault.Happened();
-    }
-    EXPECT_EQ(FilesLeft(), Texts{}) << step;
-    if (result == Result::kDone) {
-      EXPECT_EQ(testing::DumpFile(file_), before) << step;
-    } else {
-      EXPECT_EQ(platform::ReadFile(file_), "an older backup") << step;
-    }
-  }
-  EXPECT_GE(step, 8);
 }
 
 }  // namespace

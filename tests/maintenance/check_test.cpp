@@ -11,8 +11,6 @@
 namespace tarnwick::maintenance {
 namespace {
 
-using repository::RepositoryDb;
-
 class Check : public testing::ProgramFixture {
  protected:
   Check() {

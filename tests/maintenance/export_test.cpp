@@ -10,7 +10,6 @@ namespace tarnwick::maintenance {
 namespace {
 
 using platform::FileExists;
-using repository::RepositoryDb;
 
 class Export : public testing::ProgramFixture {
  protected:

@@ -15,7 +15,6 @@ namespace {
 
 using core::RepeatedAnswer;
 using core::SenderAnswer;
-using repository::RepositoryDb;
 
 class MergeTest : public testing::ProgramFixture {
  protected:

@@ -11,7 +11,6 @@
 #include "maintenance/merge.h"
 #include "maintenance/unfinished_restore.h"
 #include "repository/schema.h"
-#include "support/faults.h"
 #include "support/faulty_disk.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -20,7 +19,6 @@ namespace tarnwick::maintenance {
 namespace {
 
 using platform::FileExists;
-using repository::RepositoryDb;
 using ::testing::_;
 using Dump = std::map<std::string, Texts>;
 
@@ -294,33 +292,6 @@ TEST_F(Restore, TheCopyOfARepositoryWithoutContactsComesBack) {
   ASSERT_TRUE(repository::ClearRepository());
   EXPECT_EQ(RestoreWithYes(apart), Result::kDone);
   EXPECT_EQ(Now(), changed_);
-}
-
-// On a disk without room that gave the program nothing but the engine's word for it.
-TEST_F(Restore, AFullDiskIsToldInOneBox) {
-  MakeBackupAndChange(60);
-  testing::StartOnFaultyDisk();
-  int64_t failed = 0;
-  for (int64_t at = 0; at < 100; at += 5) {
-    ui_.shown.clear();
-    Result result = Result::kDone;
-    {
-      testing::FaultyDisk disk(testing::DiskFault::kFull, at, true);
-      result = RestoreWithYes(file_);
-    }
-    if (result == Result::kDone) break;
-    ASSERT_EQ(ui_.Shown("error").size() + ui_.Shown("box").size(), 1U) << at;
-    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("full")) << at;
-    ++failed;
-    repository::DisconnectRepository();
-    ASSERT_TRUE(repository::OpenRepository(false));
-    if (UnfinishedRestore().empty()) {
-      EXPECT_EQ(Now(), changed_) << at;
-    } else {
-      ExpectCopyHoldsTheFormerRepository();
-    }
-  }
-  EXPECT_GT(failed, 2);
 }
 
 TEST_F(Restore, ASourceIsNeverWrittenTo) {

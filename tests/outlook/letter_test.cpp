@@ -88,8 +88,7 @@ TEST(DecodeProperties, ReadsByteTextsInTheMessagesCodepage) {
     const char* name;
     Prop property;
     uint32_t number;
-    const char* bytes;
-    const char* text;
+    const char *bytes, *text;
   } kRows[] = {{"Cyrillic by code page", Prop::kMessageCodepage, 1251, "\xCF\xF0", "Пр"},
                {"Japanese by code page", Prop::kMessageCodepage, 932, "\x83\x65", "テ"},
                {"Cyrillic by language", Prop::kMessageLocale, 0x0419, "\xCF", "П"},
@@ -126,11 +125,7 @@ bool IsAnn(const std::string& address) {
 
 class MessageOfLetter : public ::testing::Test {
  protected:
-  MessageOfLetter() {
-    platform::ClockOverride clock;
-    clock.now = DateTime::FromDate(2002, 6, 1);
-    platform::SetClockOverride(clock);
-  }
+  MessageOfLetter() { SetNow(DateTime::FromDate(2002, 6, 1)); }
   ~MessageOfLetter() override { platform::SetClockOverride({}); }
   intake::MailMessage Message(MemoryItem& item, const FolderPlace& place = {}) {
     MemoryOutlook::ItemView view(item);

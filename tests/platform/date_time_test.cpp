@@ -54,9 +54,7 @@ class Locale : public ::testing::Test {
 
 TEST_F(Locale, PatternsFollowTheLocaleWithFourDigitYears) {
   const struct {
-    const char* locale;
-    const char* pattern;
-    const char* text;
+    const char *locale, *pattern, *text;
   } kRows[] = {{"en_US", "ddddd hh:mm", "3/7/2005 14:05"},
                {"en_US", "Short Date", "3/7/2005"},
                {"de_DE", "ddddd hh:mm", "07.03.2005 14:05"},

@@ -13,6 +13,10 @@
 #include "support/scripted_ui.h"
 #include "support/testing.h"
 
+namespace tarnwick {
+using repository::RepositoryDb;
+}
+
 namespace tarnwick::testing {
 
 class ProgramFixture : public ::testing::Test {

@@ -38,6 +38,13 @@ using ::testing::UnorderedElementsAre;
 
 using Texts = std::vector<std::string>;
 
+// The time that the clock stands at, until ClockOverride {} lets it go on.
+inline void SetNow(const DateTime& now) {
+  platform::ClockOverride clock;
+  clock.now = now;
+  platform::SetClockOverride(clock);
+}
+
 // A row of a table of tests.
 struct Case {
   const char* what;
