@@ -15,12 +15,13 @@
 #include <utility>
 
 #include "board/list_query.h"
-#include "board/timeline_query.h"
+#include "board/timeline_scope.h"
 #include "core/startup.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
+#include "timeline/query.h"
 
 namespace tarnwick {
 namespace {
@@ -124,8 +125,8 @@ void CountDays(benchmark::State& state, void (*change)(board::ListFilter&)) {
   double longest = 0;
   int64_t counted = 0;
   for (auto _ : state) {
-    board::TimelineReader reader;
-    reader.Start(filter);
+    timeline::TimelineReader reader;
+    reader.Start(board::TimelineScope(filter));
     longest = std::max(longest, RunSteps(reader));
     counted = reader.Counts().Total().Total();
   }
@@ -135,13 +136,13 @@ void CountDays(benchmark::State& state, void (*change)(board::ListFilter&)) {
 
 void CountDaysAgain(benchmark::State& state) {
   UseMailbox(state.range(0));
-  board::TimelineReader reader;
-  reader.Start(board::EveryMessage());
+  timeline::TimelineReader reader;
+  reader.Start(board::TimelineScope(board::EveryMessage()));
   RunSteps(reader);
   for (auto _ : state) {
-    reader.Start(board::EveryMessage());
+    reader.Start(board::TimelineScope(board::EveryMessage()));
     benchmark::DoNotOptimize(
-        reader.Counts().Main(board::DayNumber(DateTime::FromDate(2020, 1, 1))));
+        reader.Counts().Main(timeline::DayNumber(DateTime::FromDate(2020, 1, 1))));
   }
 }
 
@@ -149,8 +150,8 @@ void TopCorrespondents(benchmark::State& state) {
   UseMailbox(state.range(0));
   double longest = 0;
   for (auto _ : state) {
-    board::CorrespondentReader reader;
-    reader.Start(board::EveryMessage());
+    timeline::CorrespondentReader reader;
+    reader.Start(board::TimelineScope(board::EveryMessage()));
     longest = std::max(longest, RunSteps(reader));
     benchmark::DoNotOptimize(reader.Top(20));
   }

@@ -56,7 +56,8 @@ std::string Changed(std::string_view changes) {
 
 class Walk {
  public:
-  Walk(const std::string& path, size_t size) : store_(path), limit_(64 * size + (1 << 20)) {}
+  Walk(const std::string& path, size_t size)
+      : file_(path), store_(file_), limit_(64 * size + (1 << 20)) {}
 
   void Run() {
     Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
@@ -104,6 +105,7 @@ class Walk {
     }
   }
 
+  tarnwick::platform::InputFile file_;
   reader::NodeStore store_;
   size_t limit_;
   std::set<uint32_t> seen_;

@@ -11,6 +11,8 @@ namespace {
 constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr size_t kPage = 4096;
 constexpr size_t kBinHead = 32;
+constexpr size_t kKeysInList = 100;
+constexpr size_t kDataSegment = 16344;
 
 void Put(std::string& bytes, size_t place, size_t width, uint64_t value) {
   for (size_t i = 0; i < width; ++i) bytes[place + i] = static_cast<char>(value >> (8 * i));
@@ -128,8 +130,8 @@ class HiveBuilder::Writer {
     base.replace(0, 4, "regf");
     Put(base, 4, 4, 1);
     Put(base, 8, 4, 1);
-    Put(base, 20, 4, 1);  // version 1.3
-    Put(base, 24, 4, 3);
+    Put(base, 20, 4, 1);  // version 1.5
+    Put(base, 24, 4, 5);
     Put(base, 32, 4, 1);
     Put(base, 36, 4, root);
     Put(base, 40, 4, size);
@@ -154,18 +156,55 @@ class HiveBuilder::Writer {
     return place;
   }
 
+  // The keys of a large one are spread over lists of both other kinds, below a list of lists.
   uint32_t WriteSubKeys(const Key& key, uint32_t parent) {
-    std::string list(4, '\0');
-    list[0] = 'l';
-    list[1] = 'f';
-    Put(list, 2, 2, key.keys.size());
-    for (const auto& [name, child] : key.keys) {
-      std::string entry(8, '\0');
-      Put(entry, 0, 4, WriteKey(child, name, parent));
-      for (size_t i = 0; i < 4 && i < name.size(); ++i) entry[4 + i] = name[i];
-      list += entry;
+    std::string lists;
+    size_t count = 0;
+    for (auto from = key.keys.begin(); from != key.keys.end(); ++count) {
+      const char* mark = key.keys.size() <= kKeysInList ? "lf" : count % 2 == 0 ? "lh" : "li";
+      std::string list(mark);
+      list.resize(4);
+      size_t size = 0;
+      for (; from != key.keys.end() && size < kKeysInList; ++from, ++size) {
+        std::string entry(list[1] == 'i' ? 4 : 8, '\0');
+        Put(entry, 0, 4, WriteKey(from->second, from->first, parent));
+        for (size_t i = 4; i < entry.size() && i - 4 < from->first.size(); ++i) {
+          entry[i] = from->first[i - 4];
+        }
+        list += entry;
+      }
+      Put(list, 2, 2, size);
+      AddPointer(lists, AddCell(list));
     }
-    return AddCell(list);
+    if (count == 1) return Number(lists);
+    std::string head = "ri";
+    head.resize(4);
+    Put(head, 2, 2, count);
+    return AddCell(head + lists);
+  }
+
+  static void AddPointer(std::string& list, uint32_t place) {
+    list.resize(list.size() + 4);
+    Put(list, list.size() - 4, 4, place);
+  }
+
+  static uint32_t Number(const std::string& bytes) {
+    uint32_t number = 0;
+    for (size_t i = 4; i-- > 0;) number = number << 8 | static_cast<unsigned char>(bytes[i]);
+    return number;
+  }
+
+  uint32_t AddData(const std::string& bytes) {
+    if (bytes.size() <= kDataSegment) return AddCell(bytes);
+    std::string segments;
+    for (size_t at = 0; at < bytes.size(); at += kDataSegment) {
+      AddPointer(segments, AddCell(bytes.substr(at, kDataSegment) + "rest"));
+    }
+    std::string head = "db";
+    head.resize(8);
+    Put(head, 2, 2, segments.size() / 4);
+    Put(head, 4, 4, AddCell(segments));
+    return AddCell(head);
   }
 
   uint32_t WriteValues(const Key& key) {
@@ -181,13 +220,11 @@ class HiveBuilder::Writer {
       if (isInline) {
         for (size_t i = 0; i < value.bytes.size(); ++i) cell[8 + i] = value.bytes[i];
       } else {
-        Put(cell, 8, 4, AddCell(value.bytes));
+        Put(cell, 8, 4, AddData(value.bytes));
       }
       Put(cell, 12, 4, value.type);
       Put(cell, 16, 2, isLatin ? 1 : 0);
-      std::string pointer(4, '\0');
-      Put(pointer, 0, 4, AddCell(cell + nameBytes));
-      list += pointer;
+      AddPointer(list, AddCell(cell + nameBytes));
     }
     return AddCell(list);
   }

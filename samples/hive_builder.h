@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Builds a small registry hive (the format of NTUSER.DAT) from nothing: a base block and one bin of
+// Builds a registry hive (the format of NTUSER.DAT) from nothing: a base block and one bin of
 // cells. Paths have "\" between names. Names outside Latin-1 are written as UTF-16.
 #pragma once
 

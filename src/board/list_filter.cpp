@@ -2,14 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_filter.h"
 
-#include <optional>
 #include <string_view>
 
-#include "core/guard.h"
-#include "database/recordset.h"
-#include "platform/clock.h"
 #include "repository/parameter_store.h"
-#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -21,12 +16,6 @@ using repository::kDateColumn;
 using repository::kTextColumn;
 
 constexpr std::string_view kGroup = "Filter";
-
-std::optional<DateTime> FirstDate(const std::string& query) {
-  jet::Recordset rows;
-  rows.Open(query, repository::RepositoryDb());
-  return rows.Eof() ? std::nullopt : rows.Field(0).AsDate();
-}
 
 void ReadDate(std::string_view key, DateTime& field, bool& grows) {
   if (auto stored = repository::GetParameter(kGroup, key, kDateColumn).AsDate()) {
@@ -58,20 +47,6 @@ void WriteChoice(std::string_view key, Choice choice) {
 }
 
 }  // namespace
-
-DateRange WholeDateRange() {
-  DateRange range{DateTime::FromDate(1980, 1, 1), platform::Now().DatePart()};
-  core::GuardedRun("WholeDateRange", [&] {
-    // Each is one look at an end of the index.
-    const std::string kFirst =
-        "SELECT TOP 1 ReceivedTime FROM Email WHERE ReceivedTime Is Not Null ORDER BY ";
-    auto oldest = FirstDate(kFirst + "ReceivedTime");
-    auto newest = FirstDate(kFirst + "ReceivedTime DESC");
-    if (oldest) range.from = oldest->DatePart();
-    if (newest && newest->DatePart() > range.to) range.to = newest->DatePart();
-  });
-  return range;
-}
 
 ListFilter EveryMessage() {
   ListFilter filter;

@@ -8,9 +8,12 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/date_time.h"
+#include "repository/date_range.h"
 
 namespace tarnwick::board {
+
+using repository::DateRange;
+using repository::WholeDateRange;
 
 // The numbers of these three are stored: do not reorder.
 enum class ListDirection : uint8_t { kBoth = 1, kIn = 2, kOut = 3 };
@@ -40,14 +43,6 @@ struct ListFilter {
   bool FromToIsListed = false;
   bool FileNameIsListed = false;
 };
-
-// A range that leaves no message of the open repository out: from the day of the oldest one to
-// today or the day of the newest one. Without messages it begins in 1980.
-struct DateRange {
-  DateTime from;
-  DateTime to;
-};
-DateRange WholeDateRange();
 
 // Everything, newest first: what the list shows when nothing was ever chosen. Both dates grow.
 ListFilter EveryMessage();

@@ -7,7 +7,6 @@
 
 #include "core/guard.h"
 #include "core/text.h"
-#include "platform/locale.h"
 #include "repository/repository.h"
 
 namespace tarnwick::board {
@@ -71,11 +70,6 @@ void ResetBoard() {
   Board() = BoardState();
 }
 
-std::string FormatFilterDate(DateTime date, bool startOfDay) {
-  return "#" + platform::FormatDate(date, "mm\\/dd\\/yyyy") +
-         (startOfDay ? " 00:00:00#" : " 23:59:59#");
-}
-
 void MarkListed(ListFilter& filter) {
   core::GuardedRun("MarkListed", [&] {
     filter.FromToIsListed =
@@ -86,8 +80,12 @@ void MarkListed(ListFilter& filter) {
 }
 
 std::string BuildListWhere(const ListFilter& filter) {
-  std::string where = "WHERE ReceivedTime BETWEEN " + FormatFilterDate(filter.DateFrom, true) +
-                      " AND " + FormatFilterDate(filter.DateTo, false);
+  return "WHERE ReceivedTime BETWEEN " + FormatFilterDate(filter.DateFrom, true) + " AND " +
+         FormatFilterDate(filter.DateTo, false) + ListConditions(filter);
+}
+
+std::string ListConditions(const ListFilter& filter) {
+  std::string where;
   if (!filter.UserName.empty()) {
     where += " AND Email.UserName='" + core::QuoteSql(filter.UserName) + "'";
   }

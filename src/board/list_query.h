@@ -14,6 +14,8 @@
 
 namespace tarnwick::board {
 
+using repository::FormatFilterDate;
+
 // Columns of the list query that the program itself looks at, from 0. All of them, and what the
 // placeholder row lacks of them, are told in repository/email_fields.h.
 inline constexpr int kSubject = repository::ListIndex("Subject");
@@ -34,12 +36,12 @@ struct BoardState {
 BoardState& Board();
 void ResetBoard();  // closes the list
 
-// #mm/dd/yyyy 00:00:00# or #mm/dd/yyyy 23:59:59#, whatever the locale.
-std::string FormatFilterDate(DateTime date, bool startOfDay);
 // Finds out whether the texts for names are whole ones of the boxes' lists. To be done before a
 // WHERE clause is built of what a person chose or typed.
 void MarkListed(ListFilter& filter);
 std::string BuildListWhere(const ListFilter& filter);
+// The same without its dates: conditions that each begin with " AND ".
+std::string ListConditions(const ListFilter& filter);
 // Its conditions on the tables joined to Email. REQUIRES: the filter has a FromTo, a FileName.
 std::string ContactCondition(const ListFilter& filter);
 std::string AttachmentCondition(const ListFilter& filter);

@@ -134,8 +134,10 @@ void ReserveKeys(Connection& connection, std::string_view table,
   int64_t highest = 0;
   for (const Reference& reference : references) {
     std::string column = QuotedName(reference.column);
-    Statement last(engine, "SELECT " + column + " FROM main." + QuotedName(reference.table) +
-                               " WHERE " + column + " <= ?1 ORDER BY " + column + " DESC LIMIT 1");
+    std::string query = "SELECT ";
+    query.append(column).append(" FROM main.").append(QuotedName(reference.table));
+    query.append(" WHERE ").append(column).append(" <= ?1 ORDER BY ").append(column);
+    Statement last(engine, query.append(" DESC LIMIT 1"));
     last.Bind(1, kHighestKey);
     if (connection.GetImpl().session.StepRead(last)) highest = std::max(highest, last.Int(0));
   }

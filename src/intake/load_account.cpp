@@ -154,7 +154,8 @@ void LoadAccount::ShowProgress() const {
   if (State().Ui != nullptr) State().Ui->ShowProgress(visited_, State().Counts.found);
 }
 
-void LoadAccount::Keep(Place& place, Outcome outcome, std::string reason, const std::string& name) {
+void LoadAccount::Keep(Place& place, Outcome outcome, const std::string& reason,
+                       const std::string& name) {
   if (outcome == Outcome::kNone) outcome = Outcome::kUnreadable;
   Group& group = place.left[{outcome, OneLine(reason)}];
   ++group.count;

@@ -78,7 +78,7 @@ class LoadAccount {
   void ShowProgress() const;
   int64_t IndexOf(const std::string& place);
   Place& PlaceOf(const std::string& place);
-  void Keep(Place& place, Outcome outcome, std::string reason, const std::string& name);
+  void Keep(Place& place, Outcome outcome, const std::string& reason, const std::string& name);
   void TakeOffLost();
 
   std::vector<Place> places_;

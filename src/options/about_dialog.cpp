@@ -33,7 +33,7 @@ constexpr Used kUsed[] = {
     {"ICU", QT_TR_NOOP("character sets, dates and sorting"), "Unicode License"},
     {"libxml2", QT_TR_NOOP("reading HTML"), "MIT"},
     {"Zstandard", QT_TR_NOOP("compression"), "BSD, 3 clauses"},
-    {"hivex", QT_TR_NOOP("reading Windows registries"), "GNU LGPL 2.1"},
+    {"libseccomp", QT_TR_NOOP("shutting in the reader of Outlook stores"), "GNU LGPL 2.1"},
     {"libpff", QT_TR_NOOP("reading Outlook stores"), "GNU LGPL 3"},
 };
 

@@ -16,7 +16,7 @@ namespace tarnwick::outlook {
 
 namespace {
 
-constexpr size_t kReadPiece = 128 * 1024;
+constexpr size_t kReadPiece = size_t{128} * 1024;
 constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
 constexpr size_t kMaxLost = 10;
@@ -67,6 +67,8 @@ class AnswerReader {
       list.insert(list.end(), nodes.begin(), nodes.end());
     } else if (kind == frame::kBytes && !answer_.attachments.empty()) {
       answer_.attachmentBytes[answer_.attachments.size() - 1] += payload;
+    } else if (kind == frame::kOpen) {
+      answer_.isReaderShutIn = false;
     } else if (kind == frame::kLost) {
       AddLost(answer_.lost, payload);
     } else {
@@ -163,8 +165,8 @@ void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink
   requestBegan_ = platform::TickMilliseconds();
   int64_t timeout = limits_.requestMilliseconds;
   if (!child_) {
-    child_ =
-        std::make_unique<platform::ChildProcess>(program_, std::vector<std::string>{storePath_});
+    platform::InputFile store(storePath_);
+    child_ = std::make_unique<platform::ChildProcess>(program_, store);
     timeout = limits_.openMilliseconds;
   }
   if (!child_->Write(RequestFor(kind, numbers), timeout)) Lose("the reader ended");

@@ -55,6 +55,7 @@ struct RawAnswer {
   std::vector<uint32_t> items;
   std::vector<uint32_t> otherItems;  // of the items, those known to be no mail
   std::set<std::string> lost;        // what of it is damaged; a few of many
+  bool isReaderShutIn = true;        // of the store: false where the system has no means to
 };
 
 inline constexpr size_t kMaxItemsAhead = 32;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the program and tarnwick-pst-reader say to each other. The reader opens the one .pst file of
-// its command line and answers requests, one after the other, about what lies in it. It interprets
+// What the program and tarnwick-pst-reader say to each other. The reader is handed one open .pst
+// file and answers requests, one after the other, about what lies in it. It interprets
 // nothing: values travel as the bytes of the store, with their MAPI property number and type.
 //
 // Both directions are frames: one byte kind, the payload's length as 32 bits, the payload (at most
@@ -32,6 +32,7 @@
 //   'L' node...                                 items in this folder
 //   'O' node...                                 those of them that the folder says are no mail
 //   'B' bytes                                   a piece of an attachment
+//   'U'                                         the reader is not shut in: the system has no means
 //   'X' text                                    what of it is damaged: left out, or not as it was
 //                                               written
 //
@@ -61,6 +62,7 @@ inline constexpr char kFolders = 'D';
 inline constexpr char kItems = 'L';
 inline constexpr char kOtherItems = 'O';
 inline constexpr char kBytes = 'B';
+inline constexpr char kOpen = 'U';
 inline constexpr char kLost = 'X';
 inline constexpr char kDone = 'Z';
 inline constexpr char kFailed = 'E';

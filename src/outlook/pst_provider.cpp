@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <unordered_set>
+#include <utility>
 
 #include "core/messages.h"
 #include "core/text.h"
@@ -321,6 +322,7 @@ class PstFolder : public Folder {
   }
   void ReadAhead(const std::vector<int64_t>& indices) override {
     std::vector<PstClient::Numbers> places;
+    places.reserve(indices.size());
     for (int64_t index : indices) places.push_back(PlaceOf(index));
     context_->client.ReadAhead(places);
   }
@@ -407,13 +409,16 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
   refused_.clear();
   for (const std::string& file : files_) {
     try {
-      // One that may not be read is told as that.
-      platform::InputFile readable(file);
       auto context = std::make_shared<StoreContext>(PstClient(file, program_, limits_));
       RawAnswer answer = context->client.Ask(frame::kStore, {});
       context->root = answer.folders.empty() ? 0 : answer.folders[0];
       context->properties = context->Decoded(answer.properties);
       context->LogLost(answer.lost, file);
+      if (!answer.isReaderShutIn && !std::exchange(hasToldOpenReader_, true)) {
+        core::WriteLog(
+            "Outlook stores are read without the protection of the system: it can confine no "
+            "process.");
+      }
       context->key = context->properties.Bytes(Prop::kRecordKey);
       if (context->key.size() != kStoreKeySize) {
         // A store that lost its own key is known by where it lies.

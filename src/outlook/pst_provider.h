@@ -31,6 +31,7 @@ class PstNamespace : public Namespace {
   std::string program_;
   ReaderLimits limits_;
   std::vector<RefusedStore> refused_;
+  bool hasToldOpenReader_ = false;
 };
 
 // The properties of a raw row, with its texts made UTF-8 by the code page that the row names, or

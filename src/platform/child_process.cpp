@@ -9,7 +9,7 @@
 namespace tarnwick::platform {
 
 // Where Outlook itself runs, its stores are read through it and no helper is needed.
-ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>&) {
+ChildProcess::ChildProcess(const std::string& program, const InputFile&) {
   throw Error(ErrorNumber::kPathAccess, "Helper programs can't be started here: " + program);
 }
 ChildProcess::~ChildProcess() = default;
@@ -20,8 +20,6 @@ size_t ChildProcess::Read(void*, size_t, int64_t) {
   return 0;
 }
 void ChildProcess::Kill() {}
-void ConfineThisProcess(uint64_t) {}
-void LimitProcessorTime(int64_t) {}
 
 }  // namespace tarnwick::platform
 
@@ -30,8 +28,6 @@ void LimitProcessorTime(int64_t) {}
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -49,32 +45,24 @@ namespace tarnwick::platform {
 
 namespace {
 
-constexpr rlim_t kMaxOpenFiles = 32;
-
-// Lowers a limit; for good, unless it is to be raised again later.
-void SetLimit(int which, rlim_t value, bool forGood = true) {
-  rlimit limit{};
-  if (getrlimit(static_cast<__rlimit_resource>(which), &limit) != 0) return;
-  limit.rlim_cur = std::min(value, limit.rlim_max);
-  if (forGood) limit.rlim_max = limit.rlim_cur;
-  setrlimit(static_cast<__rlimit_resource>(which), &limit);
-}
-
 // Standard input is the channel, output and errors go nowhere.
-int Spawn(const std::string& program, std::vector<char*>& argv, int childEnd, pid_t& id) {
+int Spawn(const std::string& program, int file, int childEnd, pid_t& id) {
+  std::string name = program;
+  char* argv[] = {name.data(), nullptr};
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, childEnd, 0);
+  posix_spawn_file_actions_adddup2(&actions, file, kHandedFile);
   posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-  int result = posix_spawn(&id, program.c_str(), &actions, nullptr, argv.data(), environ);
+  int result = posix_spawn(&id, program.c_str(), &actions, nullptr, argv, environ);
   posix_spawn_file_actions_destroy(&actions);
   return result;
 }
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments) {
+ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
   if (!FileExists(program)) {
     throw Error(ErrorNumber::kFileNotFound, "File not found: " + program);
   }
@@ -82,13 +70,8 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     throw Error(ErrorNumber::kPathAccess, "No channel to a helper program");
   }
-  std::vector<std::string> texts{program};
-  texts.insert(texts.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& text : texts) argv.push_back(text.data());
-  argv.push_back(nullptr);
   pid_t id = 0;
-  int result = Spawn(program, argv, ends[1], id);
+  int result = Spawn(program, file.Descriptor(), ends[1], id);
   close(ends[1]);
   if (result != 0) {
     close(ends[0]);
@@ -147,22 +130,6 @@ size_t ChildProcess::Read(void* buffer, size_t count, int64_t timeoutMillisecond
   }
   hasEnded_ = channel_ < 0;
   return 0;
-}
-
-void ConfineThisProcess(uint64_t maxMemory) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-  close_range(3, ~0U, 0);
-  SetLimit(RLIMIT_CORE, 0);
-  SetLimit(RLIMIT_FSIZE, 0);
-  SetLimit(RLIMIT_NOFILE, kMaxOpenFiles);
-  if (maxMemory > 0) SetLimit(RLIMIT_AS, maxMemory);
-}
-
-void LimitProcessorTime(int64_t seconds) {
-  timespec used{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-  SetLimit(RLIMIT_CPU, static_cast<rlim_t>(used.tv_sec + 1 + seconds), false);
 }
 
 }  // namespace tarnwick::platform

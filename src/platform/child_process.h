@@ -2,25 +2,26 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // A helper program started beside ours, with one channel of bytes in both directions on its
-// standard input. What it prints goes nowhere, it inherits no other open file, and it ends when the
-// channel closes or when it is killed. For work on untrusted files: whatever becomes of the child,
-// the calls here return within their time.
+// standard input. What it prints goes nowhere, it inherits no open file but the one handed to it,
+// and it ends when the channel closes or when it is killed. For work on untrusted files: whatever
+// becomes of the child, the calls here return within their time. The child shuts itself in by
+// confinement.h.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tarnwick::platform {
 
+class InputFile;
+
 class ChildProcess {
  public:
-  // Starts program (a path, never searched for) with arguments. Throws Error 53 when there is no
-  // such program, 75 when it can't be started.
-  ChildProcess(const std::string& program, const std::vector<std::string>& arguments);
+  // Starts program (a path, never searched for); the child has the file as InputFile::Handed().
+  // Throws Error 53 when there is no such program, 75 when it can't be started.
+  ChildProcess(const std::string& program, const InputFile& file);
   ~ChildProcess();  // kills it
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -45,12 +46,5 @@ class ChildProcess {
   int channel_ = -1;
   bool hasEnded_ = false;
 };
-
-// The child's side, called first in its main: the parent's death ends it, and it can neither write
-// files, nor open more than a few, nor map more than maxMemory bytes (0: no limit), nor leave a
-// core file. Descriptors other than 0, 1 and 2 are closed.
-void ConfineThisProcess(uint64_t maxMemory);
-// Ends this process when it uses more than this many seconds of processor time from now on.
-void LimitProcessorTime(int64_t seconds);
 
 }  // namespace tarnwick::platform

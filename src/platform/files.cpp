@@ -98,7 +98,7 @@ constexpr int kBinary = _O_BINARY;
 constexpr int kBinary = O_CLOEXEC;
 #endif
 
-constexpr size_t kBufferSize = 64 * 1024;
+constexpr size_t kBufferSize = size_t{64} * 1024;
 
 int CutHandle(int handle, uint64_t size) {
 #ifdef _WIN32
@@ -231,7 +231,7 @@ uint64_t FreeSpace(const std::string& folder) {
 }
 
 void RequireSpace(const std::string& folder, uint64_t bytes) {
-  constexpr uint64_t kMegabyte = 1000 * 1000;
+  constexpr uint64_t kMegabyte = 1'000'000;
   uint64_t available = FreeSpace(folder);
   if (available >= bytes) return;
   throw Error(ErrorNumber::kDiskFull, "There is not enough free space in " + folder + ": " +
@@ -360,16 +360,30 @@ void WriteFile(const std::string& path, std::string_view bytes) {
   file.Close();
 }
 
-InputFile::InputFile(const std::string& path) : path_(path) {
+namespace {
+
+int OpenForReading(const std::string& path) {
   Pass(FileOperation::kOpen, path);
-  handle_ = ::open(path.c_str(), O_RDONLY | kBinary);
-  if (handle_ < 0) ThrowSystemError(errno, path);
+  int handle = ::open(path.c_str(), O_RDONLY | kBinary);
+  if (handle < 0) ThrowSystemError(errno, path);
+  return handle;
+}
+
+}  // namespace
+
+InputFile::InputFile(const std::string& path) : InputFile(OpenForReading(path), path) {}
+
+InputFile::InputFile(int handle, std::string path) : path_(std::move(path)), handle_(handle) {
   struct stat status {};
   if (::fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
     ::close(handle_);
-    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path);
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path_);
   }
   size_ = static_cast<uint64_t>(status.st_size);
+}
+
+InputFile InputFile::Handed() {
+  return InputFile(kHandedFile, "the file handed over");
 }
 
 InputFile::~InputFile() {
@@ -495,11 +509,10 @@ bool LineReader::Next(std::string& line) {
   if (AtEnd()) return false;
   size_t searched = position_;
   for (;;) {
-    const void* end = std::memchr(buffer_.data() + searched, '\n', buffer_.size() - searched);
-    if (end != nullptr) {
-      auto length = static_cast<size_t>(static_cast<const char*>(end) - buffer_.data());
-      line.assign(buffer_, position_, length - position_);
-      position_ = length + 1;
+    size_t end = buffer_.find('\n', searched);
+    if (end != std::string::npos) {
+      line.assign(buffer_, position_, end - position_);
+      position_ = end + 1;
       break;
     }
     size_t pending = buffer_.size() - position_;

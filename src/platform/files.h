@@ -105,10 +105,15 @@ std::string ReadFile(const std::string& path, uint64_t limit = UINT64_MAX);
 // Replaces the file.
 void WriteFile(const std::string& path, std::string_view bytes);
 
+// In a helper program the number of the open file that it was handed.
+inline constexpr int kHandedFile = 3;
+
 // A file opened for reading at places.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
+  // The file that this helper program was handed (child_process.h).
+  static InputFile Handed();
   ~InputFile();
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -116,8 +121,10 @@ class InputFile {
   uint64_t Size() const { return size_; }  // when it was opened
   // Reads up to count bytes at offset; fewer only at the end of the file. Returns the number read.
   size_t ReadAt(uint64_t offset, void* buffer, size_t count);
+  int Descriptor() const { return handle_; }
 
  private:
+  InputFile(int handle, std::string path);  // owns the handle
   std::string path_;
   int handle_ = -1;
   uint64_t size_ = 0;

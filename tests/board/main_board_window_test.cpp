@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QTest>
 
+#include "board/load_command.h"
 #include "board_window.h"
 #include "samples/profile_builder.h"
 #include "support/window_checks.h"
@@ -308,9 +309,9 @@ TEST_F(Window, ATextFileIsTakenAndListedWhateverTheDates) {
   Start();
   Filter("DateFrom", "1/1/2019");
   std::string file = WriteTemp("letter.txt", Mail("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
-  window_->LoadTextFile(QString::fromStdString(file));
+  window_->Loading().LoadTextFile(QString::fromStdString(file));
   EXPECT_THAT(ListedSubjects(), Contains("taken"));
-  window_->LoadTextFile(QString::fromStdString(file));
+  window_->Loading().LoadTextFile(QString::fromStdString(file));
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("This email is in the repository."));
 }
 

@@ -142,7 +142,7 @@ TEST_F(HeaderParser, ALineOfAddressesNeverTakesTheNextHeader) {
                            "Received: by x", "Content-Type: text/plain", "--by@x"}) {
     SCOPED_TRACE(next);
     for (const char* list : {"To: a@b, ", "Cc: a@b,", "Bcc: a@b;"}) {
-      Parse(Lines("From: c@d|" + list + "|" + next + "|Date: 5 Jan 2004 10:00:00||x"));
+      Parse(Lines(std::string("From: c@d|") + list + "|" + next + "|Date: 5 Jan 2004 10:00:00||x"));
       EXPECT_EQ(message_.ToCount, *list == 'T' ? 1 : 0);
       EXPECT_EQ(message_.CcCount, *list == 'C' ? 1 : 0);
       EXPECT_EQ(message_.Subject, *next == 'S' ? "s" : "");

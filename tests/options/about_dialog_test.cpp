@@ -22,7 +22,7 @@ TEST_F(AboutDialogTest, TellsVersionFolderAndLicences) {
   EXPECT_EQ(box.findChild<QLineEdit*>("RepositoryFolder")->text().toStdString(), folder_.Path());
   QString licences = box.findChild<QTextBrowser*>("Licences")->toPlainText();
   for (const char* name :
-       {"MIT License", "Qt 6", "SQLite", "ICU", "libxml2", "Zstandard", "hivex", "libpff"}) {
+       {"MIT License", "Qt 6", "SQLite", "ICU", "libxml2", "Zstandard", "libseccomp", "libpff"}) {
     EXPECT_TRUE(licences.contains(name)) << name;
   }
   testing::CheckControls(box);

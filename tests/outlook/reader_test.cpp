@@ -155,10 +155,16 @@ WholeStore ReadAll(StoreFile& store) {
   return whole;
 }
 
+WholeStore ReadAll(const std::string& path) {
+  platform::InputFile file(path);
+  return ReadAll(*OpenStore(file));
+}
+
 // What ours says; the library must say the same.
 WholeStore Compare(const std::string& path) {
-  NodeStore store(path);
-  LibraryStore library(path);
+  platform::InputFile file(path);
+  NodeStore store(file);
+  LibraryStore library(file);
   WholeStore ours = ReadAll(store);
   WholeStore theirs = ReadAll(library);
   EXPECT_TRUE(ours.folders == theirs.folders);
@@ -233,7 +239,8 @@ TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
     uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
     uint32_t node = store.AddMessage(inbox, mail);
     platform::WriteFile(folder_.File("a.pst"), store.Build());
-    NodeStore reader(folder_.File("a.pst"));
+    platform::InputFile file(folder_.File("a.pst"));
+    NodeStore reader(file);
     Said said = Ask([&](Answer& answer) { reader.SendAttachment({inbox, 0, node}, {0}, answer); });
     EXPECT_FALSE(said.failed);
     EXPECT_TRUE(said.bytes == mail.attachments[0].data) << said.bytes.size();
@@ -243,7 +250,7 @@ TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
 // Of 200 bits turned over behind the file's head, none may change an item that is not marked, or
 // take one away without a word.
 void ExpectDamageIsTold(const std::string& sound, const std::string& scratch, uint32_t seed) {
-  const WholeStore before = ReadAll(*OpenStore(sound));
+  const WholeStore before = ReadAll(sound);
   std::string bytes = platform::ReadFile(sound);
   std::mt19937 random(seed);
   for (int i = 0; i < 200; ++i) {
@@ -253,7 +260,7 @@ void ExpectDamageIsTold(const std::string& sound, const std::string& scratch, ui
   platform::WriteFile(scratch, bytes);
   WholeStore after;
   try {
-    after = ReadAll(*OpenStore(scratch));
+    after = ReadAll(scratch);
   } catch (const ReadError&) {
     return;  // nothing of it is taken
   }

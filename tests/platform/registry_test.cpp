@@ -111,7 +111,42 @@ void Walk(Registry& registry, const std::string& path, int depth) {
   }
 }
 
-TEST(Hive, DamageEndsInError75) {
+TEST(Hive, ReadsLongListsAndLongValues) {
+  HiveBuilder hive;
+  std::vector<std::string> names;
+  for (int i = 100; i < 1000; ++i) names.push_back("Key" + std::to_string(i));
+  for (const std::string& name : names) hive.AddText("Many\\" + name, "Name", name);
+  std::string bytes;
+  for (int i = 0; bytes.size() < 50'000; ++i) bytes += std::to_string(i) + ",";
+  hive.AddRaw("Many", "Long", 3, bytes);
+  hive.AddRaw("Many", "Short", 3, "abc");
+  TempFolder home;
+  WriteFile(home.File("NTUSER.DAT"), hive.Build());
+  auto registry = OpenProfile(home.Path());
+  EXPECT_EQ(registry->SubKeys("many"), names);
+  EXPECT_EQ(TextOf(*registry, "Many\\KEY999", "name"), "Key999");
+  EXPECT_TRUE(registry->Value("Many", "Long")->text == bytes);
+  EXPECT_EQ(registry->Value("Many", "Short")->text, "abc");
+}
+
+TEST(Hive, ListsOfKeysEnd) {
+  HiveBuilder hive;
+  for (int i = 0; i < 300; ++i) hive.AddKey("Many\\" + std::to_string(i));
+  std::string bytes = hive.Build();
+  // A list of lists that names itself, and a key that has fewer keys than its lists name.
+  size_t lists = bytes.find("ri");
+  auto place = static_cast<uint32_t>(lists - 4 - 4096);
+  for (size_t i = 0; i < 4; ++i) bytes[lists + 4 + i] = static_cast<char>(place >> (8 * i));
+  bytes[bytes.find("Many") - 76 + 20] = '\x96';
+  bytes[bytes.find("Many") - 76 + 21] = '\0';
+  TempFolder home;
+  WriteFile(home.File("NTUSER.DAT"), bytes);
+  auto keys = OpenProfile(home.Path())->SubKeys("Many");
+  ASSERT_TRUE(keys);
+  EXPECT_EQ(keys->size(), 150U);
+}
+
+TEST(Hive, DamageEndsInError75OrLeavesTheRest) {
   HiveBuilder hive;
   hive.AddText("Identities\\{A}\\Software\\Microsoft", "Store Root", "C:\\Mail\\");
   hive.AddText("Identities\\{A}", "Username", "Ann");
@@ -125,12 +160,18 @@ TEST(Hive, DamageEndsInError75) {
       EXPECT_EQ(error.Number(), ErrorNumber::kPathAccess) << what;
     }
   };
-  for (size_t size :
-       {size_t{0}, size_t{3}, size_t{512}, size_t{4096}, size_t{4200}, sound.size() - 1}) {
+  for (size_t size : {0, 3, 512, 4096, 4200}) {
     WriteFile(home.File("NTUSER.DAT"), sound.substr(0, size));
     EXPECT_THROW(Walk(*OpenProfile(home.Path()), "", 6), Error) << size;
   }
-  tryIt("MZ" + sound.substr(2), "another kind of file");
+  WriteFile(home.File("NTUSER.DAT"), "MZ" + sound.substr(2));
+  EXPECT_THROW(OpenProfile(home.Path()), Error);
+  std::string broken = sound;
+  broken[broken.find("Microsoft") - 76] = 'x';
+  WriteFile(home.File("NTUSER.DAT"), broken);
+  EXPECT_EQ(TextOf(*OpenProfile(home.Path()), "Identities\\{A}\\Software\\Microsoft", "Store Root"),
+            "(none)");
+  EXPECT_EQ(TextOf(*OpenProfile(home.Path()), "Identities\\{A}", "Username"), "Ann");
   for (size_t place = 4096; place < 4096 + 1024; ++place) {
     std::string bytes = sound;
     bytes[place] = "\0\x7F\xFF"[place % 3];

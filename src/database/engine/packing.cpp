@@ -35,7 +35,7 @@ constexpr std::string_view kSkippedMark("\x50\x2A\x4D\x18", 4);
 constexpr size_t kSkippedHead = 8;
 
 // What a thread keeps for its next value.
-constexpr size_t kMostKept = 1024 * 1024;
+constexpr size_t kMostKept = size_t{1} << 20;
 
 constexpr int kDamaged = 11;  // the engine's own number for a malformed file
 

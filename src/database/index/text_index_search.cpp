@@ -76,6 +76,7 @@ std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_
   if (keys.size() > most) return std::nullopt;
 
   std::vector<Probe> probes;
+  probes.reserve(trigrams.size());
   for (uint32_t trigram : trigrams) probes.push_back({trigram});
   for (const Segment& segment : segments) {
     // The order that the segments so far have taught.

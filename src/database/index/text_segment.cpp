@@ -43,7 +43,7 @@ class BitWriter {
     }
   }
   void Gamma(uint32_t number) {
-    int bits = std::bit_width(number) - 1;
+    int bits = static_cast<int>(std::bit_width(number)) - 1;
     Put(1u << bits, bits + 1);
     Put(number & ((1u << bits) - 1), bits);
   }

@@ -14,7 +14,7 @@ namespace tarnwick::outlook::reader {
 namespace {
 
 constexpr int kChannel = 0;
-constexpr size_t kReadPiece = 16 * 1024;
+constexpr size_t kReadPiece = size_t{16} * 1024;
 
 }  // namespace
 

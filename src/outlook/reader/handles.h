@@ -5,6 +5,7 @@
 // being read; the library's own error text is dropped, it says nothing to a person.
 #pragma once
 
+#include <libbfio.h>
 #include <libpff.h>
 
 #include <memory>
@@ -29,9 +30,14 @@ struct FreeFile {
   }
 };
 
+struct FreeInputHandle {
+  void operator()(libbfio_handle_t* input) const { libbfio_handle_free(&input, nullptr); }
+};
+
 using ItemHandle = std::unique_ptr<libpff_item_t, FreeItem>;
 using RecordSetHandle = std::unique_ptr<libpff_record_set_t, FreeRecordSet>;
 using RecordEntryHandle = std::unique_ptr<libpff_record_entry_t, FreeRecordEntry>;
+using InputHandle = std::unique_ptr<libbfio_handle_t, FreeInputHandle>;
 using FileHandle = std::unique_ptr<libpff_file_t, FreeFile>;
 
 // Calls a routine of the library that hands out an object through its last argument but one.

@@ -7,6 +7,7 @@
 
 #include "outlook/mapi.h"
 #include "outlook/pst_protocol.h"
+#include "platform/error.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -17,7 +18,68 @@ constexpr uint32_t kNodeTypeMask = 0x1F;
 constexpr uint32_t kMessageNode = 0x04;
 constexpr size_t kMaxValue = 256u << 20;
 constexpr int kMaxRows = 100'000;
-constexpr size_t kAttachmentPiece = 48 * 1024;
+constexpr size_t kAttachmentPiece = size_t{48} * 1024;
+
+// The store's file as the library reads it: by calls that know a place in it.
+struct Input {
+  platform::InputFile& file;
+  uint64_t place = 0;
+};
+
+Input& InputOf(intptr_t* handle) {
+  return *reinterpret_cast<Input*>(handle);
+}
+
+int FreeInput(intptr_t** handle, libbfio_error_t**) {
+  delete reinterpret_cast<Input*>(*handle);
+  *handle = nullptr;
+  return 1;
+}
+
+int CloneInput(intptr_t** copy, intptr_t* handle, libbfio_error_t**) {
+  *copy = reinterpret_cast<intptr_t*>(new Input(InputOf(handle)));
+  return 1;
+}
+
+ssize_t ReadInput(intptr_t* handle, uint8_t* buffer, size_t size, libbfio_error_t**) {
+  Input& input = InputOf(handle);
+  try {
+    size_t got = input.file.ReadAt(input.place, buffer, size);
+    input.place += got;
+    return static_cast<ssize_t>(got);
+  } catch (const Error&) {
+    return -1;
+  }
+}
+
+off64_t SeekInput(intptr_t* handle, off64_t offset, int whence, libbfio_error_t**) {
+  Input& input = InputOf(handle);
+  auto from = static_cast<off64_t>(whence == SEEK_SET   ? 0
+                                   : whence == SEEK_CUR ? input.place
+                                                        : input.file.Size());
+  if (offset < -from || offset > INT64_MAX - from) return -1;
+  input.place = static_cast<uint64_t>(from + offset);
+  return from + offset;
+}
+
+int InputSize(intptr_t* handle, size64_t* size, libbfio_error_t**) {
+  *size = InputOf(handle).file.Size();
+  return 1;
+}
+
+InputHandle OpenInput(platform::InputFile& file) {
+  auto isThere = [](intptr_t*, libbfio_error_t**) { return 1; };
+  libbfio_handle_t* raw = nullptr;
+  auto* input = reinterpret_cast<intptr_t*>(new Input{file});
+  int result = libbfio_handle_initialize(
+      &raw, input, FreeInput, CloneInput, [](intptr_t*, int, libbfio_error_t**) { return 1; },
+      [](intptr_t*, libbfio_error_t**) { return 0; }, ReadInput,
+      [](intptr_t*, const uint8_t*, size_t, libbfio_error_t**) -> ssize_t { return -1; }, SeekInput,
+      isThere, isThere, InputSize, LIBBFIO_FLAG_IO_HANDLE_MANAGED, nullptr);
+  if (result != 1) FreeInput(&input, nullptr);
+  if (result != 1) throw ReadError("store");
+  return InputHandle(raw);
+}
 
 // The value's bytes; nullopt when they can't be read.
 std::optional<std::string> ValueOf(libpff_record_entry_t* entry) {
@@ -157,12 +219,15 @@ void SendBytes(libpff_item_t* attachment, Answer& answer) {
 
 }  // namespace
 
-LibraryStore::LibraryStore(const std::string& path, bool isDamaged) : isDamaged_(isDamaged) {
+LibraryStore::LibraryStore(platform::InputFile& file, bool isDamaged)
+    : input_(OpenInput(file)), isDamaged_(isDamaged) {
   libpff_file_t* raw = nullptr;
   if (libpff_file_initialize(&raw, nullptr) != 1) throw ReadError("store");
   file_.reset(raw);
   int access = libpff_get_access_flags_read();
-  if (libpff_file_open(file_.get(), path.c_str(), access, nullptr) != 1) throw ReadError("store");
+  if (libpff_file_open_file_io_handle(file_.get(), input_.get(), access, nullptr) != 1) {
+    throw ReadError("store");
+  }
 }
 
 void LibraryStore::DescribeStore(Answer& answer) {

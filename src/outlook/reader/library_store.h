@@ -19,7 +19,7 @@ class LibraryStore : public StoreFile {
  public:
   // Throws ReadError when the file is none that can be read. isDamaged: the file is one that should
   // not need the library; what the library makes of it is told as damaged, since it checks less.
-  explicit LibraryStore(const std::string& path, bool isDamaged = false);
+  explicit LibraryStore(platform::InputFile& file, bool isDamaged = false);
 
   void DescribeStore(Answer& answer) override;
   void DescribeFolder(uint32_t node, Answer& answer) override;
@@ -41,6 +41,7 @@ class LibraryStore : public StoreFile {
   libpff_item_t* OpenEmbedded(libpff_item_t* item, const AttachmentPath& path);
   void DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer);
 
+  InputHandle input_;
   bool isDamaged_;
   FileHandle file_;
   ItemHandle folder_;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-pst-reader FILE: reads one Outlook store for the program that started it (the protocol
-// is pst_protocol.h, the channel is standard input). A process of its own, because the store
-// library meets whatever a damaged or hostile file holds: it may fall, but takes nothing with it.
+// tarnwick-pst-reader: reads one Outlook store for the program that started it and handed it the
+// open file (the protocol is pst_protocol.h, the channel is standard input). A process of its own,
+// because the store library meets whatever a damaged or hostile file holds: it may fall, but takes
+// nothing with it; and shut in, because it may be taken over, but gives nothing away.
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -13,7 +14,8 @@
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
-#include "platform/child_process.h"
+#include "platform/confinement.h"
+#include "platform/files.h"
 
 namespace {
 
@@ -81,17 +83,18 @@ void Reply(StoreFile& store, char kind, const std::string& payload, Answer& answ
   answer.Commit();
 }
 
-int Run(const std::string& path) {
+int Run(tarnwick::platform::InputFile& file, bool isShutIn) {
   reader::Channel channel;
   Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
   std::string payload;
   tarnwick::platform::LimitProcessorTime(kOpenSeconds);
   try {
-    std::unique_ptr<StoreFile> store = reader::OpenStore(path);
+    std::unique_ptr<StoreFile> store = reader::OpenStore(file);
     while (true) {
       if (!channel.HasMore()) answer.Flush();
       char kind = channel.ReadRequest(payload);
       tarnwick::platform::LimitProcessorTime(kRequestSeconds);
+      if (kind == frame::kStore && !isShutIn) answer.Frame(frame::kOpen, {});
       Reply(*store, kind, payload, answer);
     }
   } catch (const reader::ChannelClosed&) {
@@ -110,8 +113,11 @@ int Run(const std::string& path) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  if (argc != 2) return 2;
-  tarnwick::platform::ConfineThisProcess(kMaxMemory);
-  return Run(argv[1]);
+int main() {
+  try {
+    tarnwick::platform::InputFile file = tarnwick::platform::InputFile::Handed();
+    return Run(file, tarnwick::platform::ConfineThisProcess(kMaxMemory).HasAny());
+  } catch (const std::exception&) {
+    return 2;  // started by hand
+  }
 }

@@ -2,17 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/reader/node_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/cipher.h"
 #include "outlook/reader/store_file.h"
+#include "platform/error.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -67,41 +63,25 @@ uint64_t NumberAt(std::string_view bytes, size_t offset, size_t count) {
   return value;
 }
 
-NodeFile::NodeFile(const std::string& path) : pages_(kPages), pieces_(kPieces) {
-  file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file_ < 0) {
-    throw ReadError(errno == EACCES || errno == EPERM ? "it may not be read" : "store");
-  }
+NodeFile::NodeFile(platform::InputFile& file) : file_(file), pages_(kPages), pieces_(kPieces) {
+  if (file_.Size() < kHeaderSize) throw ReadError("it is no Outlook store");
+  std::string header = ReadAt(0, kHeaderSize);
+  if (header.compare(0, 4, "!BDN") != 0) throw ReadError("it is no Outlook store");
+  uint64_t version = NumberAt(header, 10, 2);
+  isUnicode_ = version == 21 || version == 23;
+  if (!isUnicode_ && version != 14 && version != 15) throw OtherVariant("variant");
+  idSize_ = isUnicode_ ? 8 : 4;
+  const Layout& layout = LayoutOf(isUnicode_);
+  nodeRoot_ = PageRefIn(header, layout.nodeRoot);
+  blockRoot_ = PageRefIn(header, layout.blockRoot);
+  cipher_ = static_cast<uint8_t>(header[layout.cipher]);
+  if (!IsKnownCipher(cipher_)) throw OtherVariant("cipher");
   try {
-    struct stat info {};
-    if (fstat(file_, &info) != 0 || info.st_size < 0) throw ReadError("store");
-    size_ = static_cast<uint64_t>(info.st_size);
-    if (size_ < kHeaderSize) throw ReadError("it is no Outlook store");
-    std::string header = ReadAt(0, kHeaderSize);
-    if (header.compare(0, 4, "!BDN") != 0) throw ReadError("it is no Outlook store");
-    uint64_t version = NumberAt(header, 10, 2);
-    isUnicode_ = version == 21 || version == 23;
-    if (!isUnicode_ && version != 14 && version != 15) throw OtherVariant("variant");
-    idSize_ = isUnicode_ ? 8 : 4;
-    const Layout& layout = LayoutOf(isUnicode_);
-    nodeRoot_ = PageRefIn(header, layout.nodeRoot);
-    blockRoot_ = PageRefIn(header, layout.blockRoot);
-    cipher_ = static_cast<uint8_t>(header[layout.cipher]);
-    if (!IsKnownCipher(cipher_)) throw OtherVariant("cipher");
-    try {
-      ReadPage(nodeRoot_, kNodePages, -1);
-      ReadPage(blockRoot_, kBlockPages, -1);
-    } catch (const ReadError&) {
-      throw ReadError("its index is damaged");
-    }
-  } catch (...) {
-    close(file_);
-    throw;
+    ReadPage(nodeRoot_, kNodePages, -1);
+    ReadPage(blockRoot_, kBlockPages, -1);
+  } catch (const ReadError&) {
+    throw ReadError("its index is damaged");
   }
-}
-
-NodeFile::~NodeFile() {
-  close(file_);
 }
 
 size_t NodeFile::MaxBlock() const {
@@ -109,7 +89,7 @@ size_t NodeFile::MaxBlock() const {
 }
 
 std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
-  if (offset > size_ || count > size_ - offset) throw ReadError("place outside the file");
+  if (offset > Size() || count > Size() - offset) throw ReadError("place outside the file");
   std::string bytes;
   while (bytes.size() < count) {
     uint64_t at = offset + bytes.size();
@@ -118,12 +98,11 @@ std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
     if (piece.number != number) {
       piece.number = UINT64_MAX;
       piece.bytes.resize(kPieceSize);
-      ssize_t got = 0;
-      do {
-        got = pread(file_, piece.bytes.data(), kPieceSize, static_cast<off_t>(number * kPieceSize));
-      } while (got < 0 && errno == EINTR);
-      if (got < 0) throw ReadError("file");
-      piece.bytes.resize(static_cast<size_t>(got));
+      try {
+        piece.bytes.resize(file_.ReadAt(number * kPieceSize, piece.bytes.data(), kPieceSize));
+      } catch (const Error&) {
+        throw ReadError("file");
+      }
       piece.number = number;
     }
     size_t from = at % kPieceSize;
@@ -218,7 +197,7 @@ std::optional<NodeFile::Node> NodeFile::FindNode(uint32_t number) {
 }
 
 void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& visit) {
-  uint64_t left = size_ / kPageSize;
+  uint64_t left = Size() / kPageSize;
   VisitPages(nodeRoot_, -1, left, visit);
 }
 
@@ -304,7 +283,7 @@ void NodeFile::AppendBlocks(const std::string& list, int level, std::vector<Bloc
     Block block = FindBlock(id);
     total += block.size;
     // No block serves twice.
-    if (total > size_) throw ReadError("list");
+    if (total > Size()) throw ReadError("list");
     if (level == 2) {
       AppendBlocks(ReadRaw(block), 1, blocks, total);
     } else {
@@ -324,7 +303,7 @@ std::vector<NodeFile::SubNode> NodeFile::SubNodesOf(uint64_t sub) {
     for (size_t i = 0; i < count; ++i) {
       uint64_t id = NumberAt(list, ListHead() + i * 2 * idSize_ + idSize_, idSize_);
       AppendSubNodes(ReadRaw(FindBlock(id)), nodes);
-      if (nodes.size() > size_ / idSize_) throw ReadError("list");
+      if (nodes.size() > Size() / idSize_) throw ReadError("list");
     }
   }
   std::stable_sort(nodes.begin(), nodes.end(),

@@ -20,6 +20,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/files.h"
+
 namespace tarnwick::outlook::reader {
 
 // count little-endian bytes at offset; throws ReadError when they lie outside.
@@ -46,12 +48,9 @@ class NodeFile {
   };
 
   // Throws ReadError for a file that is no store, OtherVariant for one of a variant not read here.
-  explicit NodeFile(const std::string& path);
-  ~NodeFile();
-  NodeFile(const NodeFile&) = delete;
-  NodeFile& operator=(const NodeFile&) = delete;
+  explicit NodeFile(platform::InputFile& file);
 
-  uint64_t Size() const { return size_; }
+  uint64_t Size() const { return file_.Size(); }
   // What a block holds at most.
   size_t MaxBlock() const;
 
@@ -112,8 +111,7 @@ class NodeFile {
   size_t CountOf(const std::string& list, uint64_t type, uint64_t level) const;
   size_t ListHead() const { return isUnicode_ ? 8 : 4; }
 
-  int file_ = -1;
-  uint64_t size_ = 0;
+  platform::InputFile& file_;
   bool isUnicode_ = true;
   size_t idSize_ = 8;
   uint8_t cipher_ = 0;

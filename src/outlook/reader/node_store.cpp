@@ -85,7 +85,7 @@ std::string ShortValue(Heap& heap, const Field& field) {
 
 }  // namespace
 
-NodeStore::NodeStore(const std::string& path) : file_(path) {
+NodeStore::NodeStore(platform::InputFile& file) : file_(file) {
   auto root = file_.FindNode(kRootNode);
   if (!root || !file_.FindNode(kStoreNode)) throw ReadError("its index is damaged");
 }

@@ -21,7 +21,7 @@ namespace tarnwick::outlook::reader {
 class NodeStore : public StoreFile {
  public:
   // Throws ReadError for a file whose store or top folder is not found this way.
-  explicit NodeStore(const std::string& path);
+  explicit NodeStore(platform::InputFile& file);
 
   void DescribeStore(Answer& answer) override;
   void DescribeFolder(uint32_t node, Answer& answer) override;

@@ -67,11 +67,11 @@ bool IsMailClass(std::string_view bytes, uint32_t type) {
   return lower.size() == kMail.size() || lower[kMail.size()] == '.' || lower[kMail.size()] == '\0';
 }
 
-std::unique_ptr<StoreFile> OpenStore(const std::string& path) {
+std::unique_ptr<StoreFile> OpenStore(platform::InputFile& file) {
   bool isDamaged = true;
   std::string why;
   try {
-    return std::make_unique<NodeStore>(path);
+    return std::make_unique<NodeStore>(file);
   } catch (const OtherVariant&) {
     isDamaged = false;
     why = "it was made by a newer Outlook than this program knows, or its beginning is damaged";
@@ -79,7 +79,7 @@ std::unique_ptr<StoreFile> OpenStore(const std::string& path) {
     why = error.what();
   }
   try {
-    return std::make_unique<LibraryStore>(path, isDamaged);
+    return std::make_unique<LibraryStore>(file, isDamaged);
   } catch (const ReadError&) {
     throw ReadError(why);
   }

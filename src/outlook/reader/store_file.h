@@ -13,6 +13,7 @@
 
 #include "outlook/mapi.h"
 #include "outlook/reader/answer.h"
+#include "platform/files.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -50,7 +51,8 @@ class StoreFile {
 // The file, by whichever of the two ways can read it: ours (node_store.h), which goes straight to
 // what is asked for, and for what that refuses the store library's (library_store.h), which knows
 // more variants but takes time and memory in proportion to the whole store before its first answer.
-std::unique_ptr<StoreFile> OpenStore(const std::string& path);
+// The file has to outlive the store.
+std::unique_ptr<StoreFile> OpenStore(platform::InputFile& file);
 
 // What of each kind of object is sent.
 extern const std::vector<Prop> kStoreProperties;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_counts.h"
+#include "timeline/counts.h"
 
 #include <algorithm>
 #include <vector>
 
 #include "platform/locale.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -135,4 +135,4 @@ std::optional<DaySpan> DayCounts::Main(int today) const {
   return span;
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -12,7 +12,7 @@
 
 #include "platform/date_time.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 int DayNumber(DateTime date);
 DateTime DayDate(int day);  // midnight
@@ -69,4 +69,4 @@ class DayCounts {
   MessageCount total_;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_query.h"
+#include "timeline/query.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "board/list_query.h"
 #include "core/guard.h"
-#include "core/text.h"
 #include "platform/clock.h"
+#include "repository/date_range.h"
 #include "repository/repository.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -22,27 +21,9 @@ constexpr int64_t kMostStepMilliseconds = 50;  // then it is broken off
 constexpr int kFirstPartDays = 120;
 constexpr size_t kKeptCounts = 8;
 
-// The conditions of the list, without its joins, so that a message stays one row. "FromTo + 0"
-// keeps the engine from using the index of FromTo: it would look up every message of a
-// correspondent for each part of the range, where the dates alone should select the messages. The
-// files of a message are asked for one by one, as a list of all that match would have to be made
-// for each part.
-std::string CountWhere(const ListFilter& filter) {
-  ListFilter own = filter;
-  own.FromTo.clear();
-  own.FileName.clear();
-  std::string where = BuildListWhere(own);
-  if (!filter.FromTo.empty()) {
-    where += " AND Email.FromTo + 0 IN (SELECT MeContact.ID FROM MeContact WHERE " +
-             ContactCondition(filter) + ")";
-  }
-  if (!filter.FileName.empty()) {
-    where +=
-        " AND Email.ID IN (SELECT Attachment.EmailID FROM Attachment WHERE "
-        "Attachment.EmailID = Email.ID AND " +
-        AttachmentCondition(filter) + ")";
-  }
-  return where;
+std::string CountWhere(const Scope& scope) {
+  return "WHERE ReceivedTime BETWEEN " + repository::FormatFilterDate(scope.from, true) + " AND " +
+         repository::FormatFilterDate(scope.to, false) + scope.conditions + scope.ofCorrespondent;
 }
 
 // Stops what runs on a connection once it has taken too long.
@@ -75,32 +56,31 @@ std::vector<std::vector<jet::Value>> AllRows(const std::string& query) {
   return rows;
 }
 
-ListFilter WithWholeRange(const ListFilter& filter) {
-  ListFilter whole = filter;
-  DateRange range = WholeDateRange();
-  whole.DateFrom = range.from;
-  whole.DateTo = range.to;
+Scope WithWholeRange(const Scope& scope) {
+  Scope whole = scope;
+  repository::DateRange range = repository::WholeDateRange();
+  whole.from = range.from;
+  whole.to = range.to;
   return whole;
 }
 
 }  // namespace
 
-std::string DayCountQueryText(const ListFilter& filter) {
+std::string DayCountQueryText(const Scope& scope) {
   return "SELECT DateValue(ReceivedTime) AS ReceivedDay, Direction, Count(*) AS Messages "
          "FROM Email " +
-         CountWhere(filter) + " GROUP BY DateValue(ReceivedTime), Direction";
+         CountWhere(scope) + " GROUP BY DateValue(ReceivedTime), Direction";
 }
 
-std::string CorrespondentCountQueryText(const ListFilter& filter) {
-  return "SELECT FromTo, Count(*) AS Messages FROM Email " + CountWhere(filter) +
-         " GROUP BY FromTo";
+std::string CorrespondentCountQueryText(const Scope& scope) {
+  return "SELECT FromTo, Count(*) AS Messages FROM Email " + CountWhere(scope) + " GROUP BY FromTo";
 }
 
-void SteppedQuery::Start(const ListFilter& filter, std::string (*text)(const ListFilter&)) {
-  filter_ = filter;
+void SteppedQuery::Start(const Scope& scope, std::string (*text)(const Scope&)) {
+  scope_ = scope;
   text_ = text;
-  first_ = DayNumber(filter.DateFrom);
-  last_ = DayNumber(filter.DateTo);
+  first_ = DayNumber(scope.from);
+  last_ = DayNumber(scope.to);
   days_ = kFirstPartDays;
   may_ = kMostStepMilliseconds;
   running_ = first_ <= last_;
@@ -109,14 +89,14 @@ void SteppedQuery::Start(const ListFilter& filter, std::string (*text)(const Lis
 std::vector<std::vector<jet::Value>> SteppedQuery::Step() {
   if (!running_) return {};
   int from = last_ - first_ < days_ ? first_ : last_ - days_ + 1;
-  filter_.DateFrom = DayDate(from);
-  filter_.DateTo = DayDate(last_);
+  scope_.from = DayDate(from);
+  scope_.to = DayDate(last_);
   running_ = false;  // unless this part succeeds
   TimeLimit limit(repository::RepositoryDb(), may_);
   int64_t began = TickMilliseconds();
   std::vector<std::vector<jet::Value>> rows;
   try {
-    rows = AllRows(text_(filter_));
+    rows = AllRows(text_(scope_));
   } catch (...) {
     if (!limit.Passed()) throw;
     running_ = true;
@@ -132,12 +112,12 @@ std::vector<std::vector<jet::Value>> SteppedQuery::Step() {
   return rows;
 }
 
-void TimelineReader::Start(const ListFilter& filter) {
+void TimelineReader::Start(const Scope& scope) {
   query_.Stop();
   core::GuardedRun(
       "TimelineReader",
       [&] {
-        ListFilter whole = WithWholeRange(filter);
+        Scope whole = WithWholeRange(scope);
         key_ = DayCountQueryText(whole);
         auto kept = std::find_if(kept_.begin(), kept_.end(),
                                  [&](const Counted& counted) { return counted.filter == key_; });
@@ -176,9 +156,9 @@ void TimelineReader::Forget() {
   kept_.clear();
 }
 
-void CorrespondentReader::Start(const ListFilter& filter) {
-  ListFilter ofAll = filter;
-  ofAll.FromTo.clear();
+void CorrespondentReader::Start(const Scope& scope) {
+  Scope ofAll = scope;
+  ofAll.ofCorrespondent.clear();
   messages_.clear();
   query_.Start(ofAll, CorrespondentCountQueryText);
 }
@@ -217,4 +197,4 @@ std::vector<Correspondent> CorrespondentReader::Top(size_t most) const {
   return top;
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Counting the messages of a filter by day or by correspondent, in the background of one thread: a
+// Counting the messages of a scope by day or by correspondent, in the background of one thread: a
 // count is made in steps, the latest messages first, each short enough that nobody waits for it.
 // Between two steps the filter may change, and then a new count begins. No step may run while
 // another statement is under way. An error ends the count with what there is, and is logged.
@@ -13,24 +13,32 @@
 #include <string>
 #include <vector>
 
-#include "board/list_filter.h"
-#include "board/timeline_counts.h"
 #include "database/recordset.h"
+#include "timeline/counts.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
-// Messages of the filter by the day they were received on and by direction. Every message counts
+// Which messages are counted, as conditions on a row of Email alone: none that joins another table,
+// so that a message stays one row. Each begins with " AND "; both texts may be empty.
+struct Scope {
+  DateTime from;  // whole days, both included
+  DateTime to;
+  std::string conditions;  // all but those on the correspondent
+  std::string ofCorrespondent;
+};
+
+// Messages of the scope by the day they were received on and by direction. Every message counts
 // once, whatever it has attached.
-std::string DayCountQueryText(const ListFilter& filter);
+std::string DayCountQueryText(const Scope& scope);
 // Likewise by correspondent.
-std::string CorrespondentCountQueryText(const ListFilter& filter);
+std::string CorrespondentCountQueryText(const Scope& scope);
 
 // A query over a range of dates, run over parts of it. A part that takes longer than a step may is
 // broken off and begun again with less; where that does not help, steps become longer.
 class SteppedQuery {
  public:
-  // Nothing is read yet. The dates of the filter are the range.
-  void Start(const ListFilter& filter, std::string (*text)(const ListFilter&));
+  // Nothing is read yet. The dates of the scope are the range.
+  void Start(const Scope& scope, std::string (*text)(const Scope&));
   void Stop() { running_ = false; }
   bool IsRunning() const { return running_; }
 
@@ -39,8 +47,8 @@ class SteppedQuery {
   std::vector<std::vector<jet::Value>> Step();
 
  private:
-  ListFilter filter_;
-  std::string (*text_)(const ListFilter&) = nullptr;
+  Scope scope_;
+  std::string (*text_)(const Scope&) = nullptr;
   bool running_ = false;
   int first_ = 0;  // days: what is left
   int last_ = 0;
@@ -50,9 +58,9 @@ class SteppedQuery {
 
 class TimelineReader {
  public:
-  // Begins to count the messages of a filter, whatever its dates. What was counted before for the
+  // Begins to count the messages of a scope, whatever its dates. What was counted before for the
   // same filter is there at once.
-  void Start(const ListFilter& filter);
+  void Start(const Scope& scope);
   // True while there is more to count.
   bool Step();
   bool IsRunning() const { return query_.IsRunning(); }
@@ -80,8 +88,8 @@ struct Correspondent {
 
 class CorrespondentReader {
  public:
-  // Begins to count the messages of a filter, dates included, whatever its correspondent.
-  void Start(const ListFilter& filter);
+  // Begins to count the messages of a scope, dates included, whatever its correspondent.
+  void Start(const Scope& scope);
   bool Step();
   bool IsRunning() const { return query_.IsRunning(); }
   void Stop() { query_.Stop(); }
@@ -93,4 +101,4 @@ class CorrespondentReader {
   std::map<int64_t, int64_t> messages_;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -10,9 +10,9 @@
 #include <QWidget>
 #include <vector>
 
-#include "board/timeline_query.h"
+#include "timeline/query.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 class CorrespondentsView : public QWidget {
   Q_OBJECT
@@ -60,4 +60,4 @@ class CorrespondentsView : public QWidget {
   int hovered_ = -1;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/correspondents_view.h"
+#include "timeline/correspondents_view.h"
 
 #include <QAccessible>
 #include <QHelpEvent>
@@ -12,10 +12,10 @@
 #include <QToolTip>
 #include <algorithm>
 
-#include "board/timeline_plot_view.h"
 #include "repository/plain_text_view.h"
+#include "timeline/plot_view.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -33,7 +33,7 @@ CorrespondentsView::CorrespondentsView(QWidget* parent) : QWidget(parent) {
 
 void CorrespondentsView::SetPeople(std::vector<Correspondent> people) {
   people_ = std::move(people);
-  people_.resize(std::min<size_t>(people_.size(), kRows * kColumns));
+  people_.resize(std::min<size_t>(people_.size(), size_t{kRows} * kColumns));
   current_ = std::clamp(current_, 0, std::max(0, static_cast<int>(people_.size()) - 1));
   hovered_ = -1;
   update();
@@ -204,4 +204,4 @@ void CorrespondentsView::PaintPerson(QPainter& painter, int person, int64_t most
   painter.drawText(text.adjusted(0, 0, -countWidth, 0), Qt::AlignLeft | Qt::AlignVCenter, name);
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

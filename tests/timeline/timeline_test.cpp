@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 
-#include "board/timeline_query.h"
-#include "board/timeline_state.h"
-#include "board_rows.h"
+#include "board/board_rows.h"
+#include "board/timeline_scope.h"
 #include "support/program_fixture.h"
+#include "timeline/query.h"
+#include "timeline/state.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 namespace {
+
+using board::Board;
+using board::EveryMessage;
+using board::ListDirection;
+using board::ListFilter;
+using board::TimelineScope;
 
 int Day(int year, int month, int day) {
   return DayNumber(DateTime::FromDate(year, month, day));
@@ -157,11 +164,11 @@ class TimelineCounting : public testing::ProgramFixture {
     AddListed({.subject = "Plan", .name = "Anna", .received = at(1969, 12, 31)});
     AddListed({.subject = "Plan", .direction = "Out", .received = at(2036, 2, 7)});
   }
-  ~TimelineCounting() override { ResetBoard(); }
+  ~TimelineCounting() override { board::ResetBoard(); }
 
   template <typename Reader>
   static const Reader& ReadAll(Reader& reader, const ListFilter& filter) {
-    reader.Start(filter);
+    reader.Start(TimelineScope(filter));
     while (reader.Step()) {
     }
     return reader;
@@ -197,11 +204,11 @@ TEST_F(TimelineCounting, AddsUpToTheListForEveryFilter) {
   for (const auto& row : kRows) {
     Board().Filter = EveryMessage();
     row.change(Board().Filter);
-    ASSERT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
-    EXPECT_EQ(Count(Board().Filter).Total(), CountListed()) << row.what;
+    ASSERT_TRUE(board::OpenEmailList(board::BuildListWhere(Board().Filter)));
+    EXPECT_EQ(Count(Board().Filter).Total(), board::CountListed()) << row.what;
     Board().Filter.Direction = ListDirection::kOut;
-    ASSERT_TRUE(OpenEmailList(BuildListWhere(Board().Filter)));
-    EXPECT_EQ(Count(Board().Filter), (MessageCount{0, CountListed()})) << row.what;
+    ASSERT_TRUE(board::OpenEmailList(board::BuildListWhere(Board().Filter)));
+    EXPECT_EQ(Count(Board().Filter), (MessageCount{0, board::CountListed()})) << row.what;
   }
 }
 
@@ -219,7 +226,7 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
 
   // Counted once, it is there at once; until something changes.
   AddListed({.subject = "New"});
-  reader.Start(narrow);
+  reader.Start(TimelineScope(narrow));
   EXPECT_FALSE(reader.IsRunning());
   EXPECT_EQ(reader.Counts().Total().Total(), 6);
   reader.Forget();
@@ -254,4 +261,4 @@ TEST_F(TimelineCounting, RanksCorrespondentsOfTheChosenDays) {
 }
 
 }  // namespace
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_view.h"
+#include "timeline/timeline_view.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -9,7 +9,9 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-namespace tarnwick::board {
+#include "repository/date_range.h"
+
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -51,10 +53,6 @@ class Legend : public QWidget {
   int Mark() const { return fontMetrics().ascent(); }
 };
 
-DaySpan DaysOf(const ListFilter& filter) {
-  return {DayNumber(filter.DateFrom), DayNumber(filter.DateTo)};
-}
-
 }  // namespace
 
 TimelineView::TimelineView(QWidget* parent) : QWidget(parent) {
@@ -82,7 +80,7 @@ TimelineView::TimelineView(QWidget* parent) : QWidget(parent) {
   connect(correspondents_, &CorrespondentsView::NameAskedFor, this, &TimelineView::NameAskedFor);
   connect(showCorrespondents_, &QToolButton::toggled, this, &TimelineView::ShowCorrespondents);
   connect(allDates_, &QToolButton::clicked, this, [this] {
-    DateRange whole = WholeDateRange();
+    repository::DateRange whole = repository::WholeDateRange();
     plot_->Choose({DayNumber(whole.from), DayNumber(whole.to)});
     plot_->setFocus();
   });
@@ -93,7 +91,7 @@ QWidget* TimelineView::BuildHead() {
   auto* row = new QHBoxLayout(head);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(12);
-  text_ = new ElidedLabel(Qt::ElideRight, head);
+  text_ = new repository::ElidedLabel(Qt::ElideRight, head);
   text_->setObjectName("TimelineText");
   auto button = [&](const char* name, const QString& text, const QString& tip) {
     auto* made = new QToolButton(head);
@@ -121,12 +119,11 @@ QWidget* TimelineView::BuildHead() {
   return head;
 }
 
-void TimelineView::Follow(const ListFilter& filter) {
-  filter_ = filter;
-  hasFilter_ = true;
+void TimelineView::Follow(const Scope& scope, const std::string& correspondent) {
+  scope_ = scope;
   begun_ = false;
-  plot_->SetChosen(DaysOf(filter));
-  correspondents_->SetFiltered(filter.FromTo);
+  plot_->SetChosen({DayNumber(scope.from), DayNumber(scope.to)});
+  correspondents_->SetFiltered(correspondent);
   ShowText();
   if (isEnabled() && isVisible()) work_.start();
 }
@@ -136,7 +133,7 @@ void TimelineView::Forget() {
   correspondentReader_.Stop();
   correspondentsOf_.clear();
   begun_ = false;
-  if (hasFilter_ && isEnabled() && isVisible()) work_.start();
+  if (scope_ && isEnabled() && isVisible()) work_.start();
 }
 
 void TimelineView::changeEvent(QEvent* event) {
@@ -148,24 +145,24 @@ void TimelineView::changeEvent(QEvent* event) {
 
 void TimelineView::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
-  if (hasFilter_) work_.start();
+  if (scope_) work_.start();
 }
 
 void TimelineView::Begin() {
   begun_ = true;
   since_.start();
-  reader_.Start(filter_);
+  reader_.Start(*scope_);
   if (!reader_.IsRunning()) ShowCounts();
   if (pages_->currentWidget() == correspondents_) BeginCorrespondents();
 }
 
 void TimelineView::BeginCorrespondents() {
-  ListFilter ofAll = filter_;
-  ofAll.FromTo.clear();
+  Scope ofAll = *scope_;
+  ofAll.ofCorrespondent.clear();
   std::string query = CorrespondentCountQueryText(ofAll);
   if (query == correspondentsOf_) return;
   correspondentsOf_ = query;
-  correspondentReader_.Start(filter_);
+  correspondentReader_.Start(*scope_);
   if (!correspondentReader_.IsRunning()) correspondents_->SetPeople({});
 }
 
@@ -184,8 +181,8 @@ void TimelineView::Work() {
     }
   } else if (correspondentReader_.IsRunning()) {
     if (!correspondentReader_.Step()) {
-      correspondents_->SetPeople(
-          correspondentReader_.Top(CorrespondentsView::kRows * CorrespondentsView::kColumns));
+      correspondents_->SetPeople(correspondentReader_.Top(size_t{CorrespondentsView::kRows} *
+                                                          CorrespondentsView::kColumns));
     }
   } else {
     work_.stop();
@@ -221,10 +218,10 @@ void TimelineView::ShowCorrespondents(bool on) {
   legend_->setVisible(!on);
   told_.clear();
   ShowText();
-  if (on && hasFilter_ && isEnabled() && begun_) {
+  if (on && scope_ && isEnabled() && begun_) {
     BeginCorrespondents();
     work_.start();
   }
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_state.h"
+#include "timeline/state.h"
 
 #include <algorithm>
 #include <limits>
 #include <utility>
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -219,4 +219,4 @@ std::optional<int> TimelineState::BarOf(int day) const {
   return static_cast<int>(bar - bars_.begin());
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_view.h"
+#include "timeline/timeline_view.h"
 
 #include <QComboBox>
 #include <QTest>
 #include <QToolButton>
 
-#include "board_window.h"
+#include "board/board_window.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 namespace {
 
 // Two messages in March 2003, one in May 2003 (of Bob, outgoing), one each year from 2001 to 2004
 // besides, and one of 1970.
-class Timeline : public BoardWindow {
+class Timeline : public board::BoardWindow {
  protected:
   Timeline() {
     auto on = [](int year, int month, int day) { return DateTime::FromDate(year, month, day); };
@@ -65,7 +65,7 @@ TEST_F(Timeline, ADragChoosesTheDatesOfTheListAndEscapeTakesThemBack) {
   Settle();
   EXPECT_EQ(Dates(), "3/1/2003-5/31/2003");
   EXPECT_THAT(ListedSubjects(), ElementsAre("may", "last", "first"));
-  EXPECT_EQ(Find<ElidedLabel>("TimelineText")->WholeText(),
+  EXPECT_EQ(Find<repository::ElidedLabel>("TimelineText")->WholeText(),
             "March 2003 – May 2003: 3 messages (2 in, 1 out)");
   // The bars are those of all dates still.
   EXPECT_EQ(State().Counts().Total().Total(), 84);
@@ -78,7 +78,7 @@ TEST_F(Timeline, ADragChoosesTheDatesOfTheListAndEscapeTakesThemBack) {
   EXPECT_EQ(Dates(), "3/1/2003-5/31/2003");
   Key(Qt::Key_Escape);
   EXPECT_EQ(Dates(), whole);
-  EXPECT_EQ(CountListed(), 84);
+  EXPECT_EQ(board::CountListed(), 84);
 }
 
 TEST_F(Timeline, ADoubleClickZoomsInAndOneEscapeUndoesIt) {
@@ -114,7 +114,7 @@ TEST_F(Timeline, TheKeyboardDoesWhatTheMouseDoes) {
   Key(Qt::Key_Escape);
   Key(Qt::Key_Escape);
   Key(Qt::Key_Escape);
-  EXPECT_EQ(CountListed(), 84);
+  EXPECT_EQ(board::CountListed(), 84);
   // What lies before the bulk of the mail is two keys away.
   Key(Qt::Key_Home);
   Key(Qt::Key_Home);
@@ -158,7 +158,7 @@ TEST_F(Timeline, ACorrespondentIsFilteredByAndLetGoAgain) {
   people.setFocus();
   Key(Qt::Key_Return);
   EXPECT_EQ(fromTo->currentText(), "");
-  EXPECT_EQ(CountListed(), 84);
+  EXPECT_EQ(board::CountListed(), 84);
 }
 
 TEST_F(Timeline, HiddenItStaysHiddenAndCountsNothing) {
@@ -175,4 +175,4 @@ TEST_F(Timeline, HiddenItStaysHiddenAndCountsNothing) {
 }
 
 }  // namespace
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

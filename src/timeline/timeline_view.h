@@ -10,17 +10,18 @@
 #include <QElapsedTimer>
 #include <QTimer>
 #include <QWidget>
+#include <optional>
+#include <string>
 
-#include "board/correspondents_view.h"
-#include "board/list_filter.h"
-#include "board/status_panels_view.h"
-#include "board/timeline_plot_view.h"
-#include "board/timeline_query.h"
+#include "repository/elided_label_view.h"
+#include "timeline/correspondents_view.h"
+#include "timeline/plot_view.h"
+#include "timeline/query.h"
 
 class QStackedWidget;
 class QToolButton;
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 class TimelineView : public QWidget {
   Q_OBJECT
@@ -28,8 +29,8 @@ class TimelineView : public QWidget {
  public:
   explicit TimelineView(QWidget* parent = nullptr);
 
-  // The list shows this filter's messages now.
-  void Follow(const ListFilter& filter);
+  // The list shows these messages now; correspondent is the text for a name that it is filtered by.
+  void Follow(const Scope& scope, const std::string& correspondent);
   // Messages came, went or changed. What the strip was disabled for counts as such.
   void Forget();
 
@@ -40,7 +41,7 @@ class TimelineView : public QWidget {
 
  signals:
   void DatesAskedFor(DateTime from, DateTime to);
-  // For the filter's correspondent; empty: everybody.
+  // For the list's correspondent; empty: everybody.
   void NameAskedFor(const QString& text);
 
  protected:
@@ -56,7 +57,7 @@ class TimelineView : public QWidget {
   void ShowCorrespondents(bool on);
   void BeginCorrespondents();
 
-  ElidedLabel* text_ = nullptr;
+  repository::ElidedLabel* text_ = nullptr;
   QToolButton* allDates_ = nullptr;
   QWidget* legend_ = nullptr;
   QToolButton* showCorrespondents_ = nullptr;
@@ -64,9 +65,8 @@ class TimelineView : public QWidget {
   TimelinePlotView* plot_ = nullptr;
   CorrespondentsView* correspondents_ = nullptr;
 
-  ListFilter filter_;
-  bool hasFilter_ = false;
-  bool begun_ = false;  // the counts are those of filter_, or becoming so
+  std::optional<Scope> scope_;
+  bool begun_ = false;  // the counts are those of the scope, or becoming so
   QTimer work_;         // fires when nothing else is to be done
   QElapsedTimer since_;
   TimelineReader reader_;
@@ -75,4 +75,4 @@ class TimelineView : public QWidget {
   QString told_;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

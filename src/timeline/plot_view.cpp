@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/timeline_plot_view.h"
+#include "timeline/plot_view.h"
 
 #include <QAccessible>
 #include <QHelpEvent>
@@ -17,7 +17,7 @@
 #include "platform/clock.h"
 #include "platform/locale.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 namespace {
 
@@ -492,4 +492,4 @@ void TimelinePlotView::PaintAxis(QPainter& painter) {
   }
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

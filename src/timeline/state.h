@@ -11,9 +11,9 @@
 #include <optional>
 #include <vector>
 
-#include "board/timeline_counts.h"
+#include "timeline/counts.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 class TimelineState {
  public:
@@ -83,4 +83,4 @@ class TimelineState {
   std::optional<int> anchor_;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline

@@ -10,9 +10,9 @@
 #include <QWidget>
 #include <optional>
 
-#include "board/timeline_state.h"
+#include "timeline/state.h"
 
-namespace tarnwick::board {
+namespace tarnwick::timeline {
 
 // "1 message", "1,200 messages".
 QString MessagesText(int64_t messages);
@@ -84,4 +84,4 @@ class TimelinePlotView : public QWidget {
   size_t stepsAtPress_ = 0;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::timeline
