@@ -65,7 +65,7 @@ DateTime DateTime::FromDate(int year, int month, int day) {
 
 DateTime DateTime::WithTime(int hour, int minute, int second) const {
   assert(hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60);
-  return DatePart().AddSeconds(int64_t{hour} * 3600 + minute * 60 + second);
+  return DatePart().AddSeconds(int64_t{hour} * 3600 + int64_t{minute} * 60 + second);
 }
 
 std::optional<DateTime> DateTime::FromCivil(const CivilTime& civil) {

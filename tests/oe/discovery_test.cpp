@@ -163,7 +163,11 @@ TEST_F(Discovery, AStoreRootIsAPrefix) {
   EXPECT_THAT(State().FolderFiles, IsEmpty());
   CollectStoreFiles(store, "Ann");
   EXPECT_EQ(State().FolderFiles.size(), 1U);
-  EXPECT_FALSE(FindStoreFile(store, "../Folders.dbx"));
+  platform::MakeFolder(store + "below");
+  platform::WriteFile(store + "below/Inbox.dbx", "");
+  for (const char* name : {"../Folders.dbx", "below/Inbox.dbx"}) {
+    EXPECT_FALSE(FindStoreFile(store, name)) << name;
+  }
   EXPECT_FALSE(FindStoreFile(store, ""));
 }
 
