@@ -16,7 +16,10 @@
 #include <ctime>
 #include <functional>
 #include <iostream>
+#include <map>
 #include <random>
+#include <set>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,8 +35,10 @@
 #include "maintenance/merge.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/utf8.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
+#include "search/mail_map.h"
 #include "support/scripted_ui.h"
 
 namespace tarnwick {
@@ -215,6 +220,128 @@ void TimeSearches(Bench& bench) {
   }
 }
 
+// Words of texts here and there, the one that most of them hold first.
+std::vector<std::string> WordsByCommonness() {
+  constexpr int64_t kTexts = 1000;
+  std::map<std::string, int> texts;
+  List([](board::ListFilter&) {});
+  jet::Recordset& list = board::Board().ListRecordset;
+  int64_t apart = std::max<int64_t>(1, list.RecordCount() / kTexts);
+  for (int64_t position = 1; position <= list.RecordCount(); position += apart) {
+    list.SetAbsolutePosition(position);
+    jet::Recordset message;
+    message.Open("SELECT Body FROM Email WHERE ID=" + list.Field(board::kId).AsText(),
+                 repository::RepositoryDb());
+    std::istringstream body(message.Eof() ? "" : message.Field(0).AsText());
+    std::set<std::string> words;
+    for (std::string word; body >> word;) words.insert(platform::AsciiLower(word));
+    for (const std::string& word : words) ++texts[word];
+  }
+  std::vector<std::pair<int, std::string>> order;
+  for (const auto& [word, count] : texts) {
+    if (word.size() > 3 && word.back() != '.') order.emplace_back(-count, word);
+  }
+  std::sort(order.begin(), order.end());
+  std::vector<std::string> words;
+  for (auto& [count, word] : order) words.push_back(std::move(word));
+  return words;
+}
+
+struct Found {
+  // Milliseconds of processor time until the first rows are there, a screen of them is, and all
+  // are.
+  double rows = 0;
+  double screen = 0;
+  double end = 0;
+  double longestStep = 0;
+  double screenByClock = 0;
+  int64_t count = 0;
+
+  void Worsen(const Found& other) {
+    for (double Found::*time :
+         {&Found::rows, &Found::screen, &Found::end, &Found::longestStep, &Found::screenByClock}) {
+      this->*time = std::max(this->*time, other.*time);
+    }
+    count = other.count;
+  }
+};
+
+// As the search box does it: what is there at once, then a step and a look around, time and again.
+Found Find(const std::string& text, bool toEnd) {
+  auto now = [] { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; };
+  auto clock = std::chrono::steady_clock::now();
+  double began = now();
+  Found found;
+  auto look = [&] {
+    int64_t count = board::CountListed();
+    if (count > 0 && found.rows == 0) {
+      ReadScreen(1);
+      found.rows = now() - began;
+    }
+    if (found.screen != 0 || (count < kScreenRows && board::IsListGrowing())) return;
+    found.screen = now() - began;
+    std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - clock;
+    found.screenByClock = taken.count();
+  };
+  board::BoardState& state = board::Board();
+  state.Filter = board::EveryMessage();
+  state.Found.text = text;
+  if (!board::OpenEmailList(board::BuildListWhere(state.Filter))) std::abort();
+  for (look(); board::IsListGrowing() && (toEnd || found.screen == 0); look()) {
+    double step = now();
+    board::GrowList(12);
+    found.longestStep = std::max(found.longestStep, now() - step);
+  }
+  found.end = now() - began;
+  found.count = board::CountListed();
+  state.Found.text.clear();
+  return found;
+}
+
+// From one that most messages hold to one that none does.
+std::vector<std::string> SearchTexts(const std::vector<std::string>& words) {
+  auto word = [&](size_t place) { return words[std::min(place, words.size() - 1)]; };
+  std::string rare = RareText(board::CountListed() / 2);
+  return {words.front(),
+          word(30),
+          word(300),
+          word(3000),
+          words.back(),
+          rare.substr(0, 6),
+          '"' + rare + '"',
+          "person17@example17.org",
+          "@example3.org",
+          "zqxwvkjq",
+          "to:person7 " + word(300) + " -" + word(30)};
+}
+
+void TimeFinding(Bench& bench) {
+  bench.Once("map of the mail read", [] {
+    while (!search::Map().Read(1000)) {
+    }
+  });
+  std::printf(
+      "\n| searched for | found | first rows, ms of processor | first screen | by the clock | end "
+      "| longest step |\n|---|---:|---:|---:|---:|---:|---:|\n");
+  auto report = [](const std::string& what, const Found& found) {
+    std::printf("| %s | %lld | %.0f | %.0f | %.0f | %.0f | %.0f |\n", what.c_str(),
+                static_cast<long long>(found.count), found.rows, found.screen, found.screenByClock,
+                found.end, found.longestStep);
+    std::fflush(stdout);
+  };
+  std::vector<std::string> words = WordsByCommonness();
+  for (const std::string& text : SearchTexts(words)) report(text, Find(text, true));
+  // As a person types it: the next letter comes when the first screen is there.
+  std::string word = RareText(board::CountListed() / 3).substr(0, 10);
+  Found worst;
+  for (size_t letters = 1; letters <= word.size(); ++letters) {
+    worst.Worsen(Find(word.substr(0, letters), false));
+  }
+  report(word + ", typed letter by letter: the slowest", worst);
+  std::printf("\n");
+  bench.Measure("folders counted", [] { search::Map().Folders(); });
+}
+
 std::vector<board::SelectedMessage> Listed(int64_t first, int64_t count) {
   List([](board::ListFilter&) {});
   jet::Recordset& list = board::Board().ListRecordset;
@@ -340,6 +467,8 @@ int Run(const std::string& home, int runs, bool write) {
     book.RecordCount();
     for (int i = 0; i < kScreenRows && !book.Eof(); ++i, book.MoveNext()) book.Field(0).AsText();
   });
+  everything();
+  TimeFinding(bench);
   everything();
   if (write) TimeChanges(ui, home);
   std::printf("\n%lld messages; peak memory %ld kB; repository %llu kB\n",

@@ -94,6 +94,23 @@ const Texts kItems = {
     "\x0A\0\0\0\x07\0\0\0LZFu\0\0\0\0\0{\\rtf1"s,
 };
 
+const Texts kMailboxes = {
+    "From - Tue Mar  5 13:07:00 2002\r\nX-Mozilla-Status: 0009\r\nA: 1\r\n\r\n>From a\r\n\r\n"
+    "From - \nContent-Length: 3\n\nx\n\n",
+    "From a@b Tue Mar  5 13:07:00 2002\nContent-Length: 4\nStatus: RO\n\nx\n\n\n"
+    "From c Mon, 4 Mar 2002 1:02\n\n>>From \n\nFrom \"d e\"@f\nG: h",
+    "From ???@??? Thu Jan 01 00:00:01 1998\nA: 1\nFrom ???@??? Thu Jan 01 00:00:01 1998\n",
+};
+const Texts kAppleLetters = {
+    "5    \nA: 1\n<plist><key>flags</key>\n<integer>8623489</integer>",
+    "1015333620.M1P1.host:2,FRS",
+    ".Sent.&AOQ-rger.&-&",
+};
+const Texts kOutlookExpress4 = {
+    "\0\x15\x20\0\0\0\x18\xFF\xFF\xFF\x7F\x17\0\0\0\0"s,
+    std::string(80, '\0') + "\0\x7F\0\x7F\1\0\0\0\x14\0\0\0\4\0\0\0A: 1"s + std::string(100, '\1'),
+};
+
 // By their first byte: packed values, a segment's head and one of its parts, changes to a file.
 Texts PackedSeeds(const Texts& letters) {
   Texts seeds = {"\2\0\0\1a\1\7\2\xFF\3\5\0x\7\1"s, "\2\x62\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s};
@@ -144,6 +161,10 @@ std::map<std::string, std::vector<std::string>> Seeds() {
           {"nodes", kPatches},
           {"outlook", kItems},
           {"attachments", letters},
+          {"mbox", kMailboxes},
+          {"emlx", kAppleLetters},
+          {"oe4", kOutlookExpress4},
+          {"msg", kPatches},
           {"packed", PackedSeeds(letters)}};
 }
 

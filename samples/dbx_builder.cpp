@@ -3,6 +3,7 @@
 #include "samples/dbx_builder.h"
 
 #include <algorithm>
+#include <span>
 #include <stdexcept>
 
 namespace tarnwick::samples {
@@ -210,47 +211,75 @@ void MessageStoreBuilder::Finish(size_t entriesInNode, bool twoLevels) {
   SetRoot(image_.AddNode(rootEntries, leftChild));
 }
 
+void MessageStoreBuilder::FinishInLevels(int levels, size_t entriesInNode) {
+  SetItemCount(static_cast<uint32_t>(messages_.size()));
+  SetRoot(AddSubtree(0, messages_.size(), levels, entriesInNode));
+}
+
+uint32_t MessageStoreBuilder::AddSubtree(size_t first, size_t end, int levels,
+                                         size_t entriesInNode) {
+  std::vector<DbxImage::Entry> entries;
+  if (levels == 1) {
+    for (size_t i = first; i < end; ++i) entries.push_back({messages_[i].info, 0});
+    return image_.AddNode(entries);
+  }
+  size_t below = 1;  // what one child has room for, and the entry behind it
+  for (int level = 1; level < levels; ++level) below *= entriesInNode + 1;
+  size_t children = std::max<size_t>(2, (end - first + below) / below);
+  uint32_t left = 0;
+  for (size_t child = 0; child < children; ++child) {
+    size_t childEnd = first + (end - first) / (children - child);
+    if (child + 1 < children) childEnd = std::max(childEnd, first + 2) - 1;
+    uint32_t node = AddSubtree(first, childEnd, levels - 1, entriesInNode);
+    (child == 0 ? left : entries.back().child) = node;
+    if (child + 1 < children) entries.push_back({messages_[childEnd].info, 0});
+    first = childEnd + 1;
+  }
+  return image_.AddNode(entries, left);
+}
+
 FolderListBuilder::FolderListBuilder() : image_(DbxImage::Kind::kFolderList) {}
 
 void FolderListBuilder::Add(const ListedFolder& folder, FolderForm form) {
   InfoIndexBuilder index;
-  std::string texts = folder.name + '\0';
-  if (form != FolderForm::kNoFile) texts += folder.file + '\0';
+  if (form == FolderForm::kMark) {
+    index.Pointed(0x01, "\xFF\xFF\xFF\xFF");
+    index.Text(0x02, folder.name);
+    index.Direct(0x06, 1);
+    index.Direct(0x0A, 4);
+    entries_.push_back({image_.AddObject(index.Object()), 0});
+    return;
+  }
   index.Direct(0x00, folder.number);
   index.Direct(0x01, folder.parent);
-  index.Direct(0x02, 0);
-  switch (form) {
-    case FolderForm::kNameIsFifth:
-      index.Direct(0x06, 1);
-      index.Direct(0x0A, 3);
-      break;
-    case FolderForm::kNameFollows:
-    case FolderForm::kNoFile:
-      index.Direct(0x03, 0);
-      index.Direct(0x06, 1);
-      index.Direct(0x09, 1);
-      index.Direct(0x0A, 3);
-      break;
-    case FolderForm::kNameThenOne:
-      index.Direct(0x03, 0);
-      index.Direct(0x06, 1);
-      index.Direct(0x0A, 2);
-      index.Direct(0x0C, 0);
-      break;
-    case FolderForm::kMark:
-      index.Direct(0x0A, 4);
-      texts = "\xFF\xFF\xFF\xFF" + texts;
-      break;
-  }
-  std::string object = index.Object() + texts;
-  entries_.push_back({image_.AddObject(object), 0});
+  index.Pointed(0x02, folder.name + '\0');
+  if (form != FolderForm::kNoFile) index.Pointed(0x03, folder.file + '\0');
+  if (form != FolderForm::kNameIsFifth) index.Direct(0x06, 1);
+  if (form == FolderForm::kNameFollows || form == FolderForm::kNoFile) index.Direct(0x09, 1);
+  index.Direct(0x0A, form == FolderForm::kNameThenOne ? 2 : 3);
+  if (form == FolderForm::kNameThenOne) index.Direct(0x0C, 0);
+  entries_.push_back({image_.AddObject(index.Object()), 0});
 }
 
-void FolderListBuilder::Finish() {
-  uint32_t root = image_.AddNode(entries_);
-  image_.Put32(0x30, root);
-  image_.Put32(0xE4, root);
+void FolderListBuilder::Finish(size_t entriesInNode) {
   image_.Put32(0xC4, static_cast<uint32_t>(entries_.size()));
+  std::vector<DbxImage::Entry> root;
+  uint32_t left = 0;
+  std::span<const DbxImage::Entry> rest = entries_;
+  while (rest.size() > entriesInNode) {
+    uint32_t leaf = image_.AddNode({rest.begin(), rest.begin() + entriesInNode});
+    (root.empty() ? left : root.back().child) = leaf;
+    root.push_back(rest[entriesInNode]);
+    rest = rest.subspan(entriesInNode + 1);
+  }
+  if (root.empty()) {
+    root.assign(rest.begin(), rest.end());
+  } else if (!rest.empty()) {
+    root.back().child = image_.AddNode({rest.begin(), rest.end()});
+  }
+  uint32_t node = image_.AddNode(root, left);
+  image_.Put32(0x30, node);
+  image_.Put32(0xE4, node);
 }
 
 }  // namespace tarnwick::samples

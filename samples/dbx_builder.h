@@ -81,17 +81,22 @@ class MessageStoreBuilder {
   // Announces all messages and hangs them into a tree of one node or, when there are more than fit
   // or twoLevels asks for it, of two levels. At most 255 + 256 * 255 messages.
   void Finish(size_t entriesInNode = 51, bool twoLevels = false);
+  // The same as a tree of so many levels, the messages in its order. REQUIRES: there are as many
+  // messages as it has nodes, or more.
+  void FinishInLevels(int levels, size_t entriesInNode = 51);
 
   const std::string& Bytes() const { return image_.Bytes(); }
 
  private:
+  uint32_t AddSubtree(size_t first, size_t end, int levels, size_t entriesInNode);
+
   DbxImage image_;
   std::vector<MessagePlaces> messages_;
 };
 
 struct ListedFolder {
-  uint8_t number = 0;
-  uint8_t parent = 0;
+  uint32_t number = 0;
+  uint32_t parent = 0;
   std::string name;
   std::string file;
 };
@@ -110,8 +115,9 @@ class FolderListBuilder {
   FolderListBuilder();
   void Add(const ListedFolder& folder, FolderForm form = FolderForm::kNameFollows);
   DbxImage& Image() { return image_; }
-  // Writes the tree's node, the root at place 0x30.
-  void Finish();
+  // Writes the tree, the root at place 0x30: one node, or two levels with so many entries in a node
+  // where there are more.
+  void Finish(size_t entriesInNode = 255);
   const std::string& Bytes() const { return image_.Bytes(); }
 
  private:

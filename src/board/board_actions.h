@@ -24,6 +24,7 @@ class BoardActions : public QObject {
   QAction* merge = nullptr;
   QAction* check = nullptr;
   QAction* loadTextFile = nullptr;
+  QAction* findMail = nullptr;
   QAction* saveMessages = nullptr;
   QAction* exit = nullptr;
   QAction* timeline = nullptr;  // checked: shown

@@ -33,7 +33,7 @@ void AddMenus(const BoardParts& parts) {
   QMainWindow* window = parts.window;
   AddMenu(window, BoardActions::tr("&File"), "mnuFile",
           {a.openRepository, a.createRepository, nullptr, a.backup, a.restore, a.exportListed,
-           a.merge, a.check, nullptr, a.loadTextFile, a.saveMessages, nullptr, a.exit});
+           a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages, nullptr, a.exit});
   AddMenu(window, BoardActions::tr("&View"), "mnuView", {a.timeline});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
           {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
@@ -97,13 +97,16 @@ BoardParts BuildBoard(QMainWindow* window) {
   BoardParts parts;
   parts.window = window;
   parts.actions = new BoardActions(window);
+  parts.search = new search::SearchBoxView(body);
   parts.strip = new FilterStripView(body);
   parts.timeline = new timeline::TimelineView(body);
   parts.notice = MakeNotice(body);
   parts.grid = new EmailGridView(body);
   parts.status = new StatusPanelsView(window);
+  parts.folders = new search::FolderPanelView(window);
   auto* column = new QVBoxLayout(body);
   column->setContentsMargins(8, 6, 8, 6);
+  column->addWidget(parts.search);
   column->addWidget(parts.strip);
   column->addWidget(parts.timeline);
   column->addWidget(parts.notice);

@@ -32,12 +32,16 @@ void BoardWork::Begin() {
   running_ = true;
   parts_.actions->SetBusy(true);
   focusBefore_ = parts_.window->focusWidget();
+  parts_.search->setEnabled(false);
+  parts_.folders->setEnabled(false);
   parts_.strip->setEnabled(false);
   parts_.timeline->setEnabled(false);
 }
 
 void BoardWork::End() {
   parts_.status->SetBusy(false);
+  parts_.search->setEnabled(true);
+  parts_.folders->setEnabled(true);
   parts_.strip->setEnabled(true);
   parts_.timeline->setEnabled(true);
   parts_.actions->SetBusy(false);

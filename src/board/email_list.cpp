@@ -33,6 +33,12 @@ std::vector<std::string> FirstColumn(const char* query) {
 void BindEmailList(ListForm& form) {
   core::GuardedRun("BindEmailList", [&] {
     form.SetDataSource(Board().ListRecordset, Board().ListIsPlaceholder);
+    ShowCounts(form);
+  });
+}
+
+void ShowCounts(ListForm& form) {
+  core::GuardedRun("ShowCounts", [&] {
     int64_t total = CountListed();
     int64_t incoming = total == 0 ? 0 : CountIncoming();
     SetPanel(core::StatusPanel::kCounts,

@@ -28,6 +28,9 @@ class ListForm {
 // Shows the list recordset in the form's grid, and the counts in the status bar.
 void BindEmailList(ListForm& form);
 
+// The counts alone, of a list that has grown.
+void ShowCounts(ListForm& form);
+
 // Builds and runs the query of the current filter and binds it. False when the person stopped it;
 // the form shows what it did.
 bool ShowRefresh(ListForm& form);

@@ -55,6 +55,7 @@ void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
   parts_.timeline->Follow(TimelineScope(filter), filter.FromTo);
   UpdateHint();
+  emit Bound();
   prepare_.start();
   // The rows are there; the counts that come next may take a look at every message.
   if (parts_.grid->isVisible()) parts_.grid->viewport()->repaint();
@@ -126,7 +127,9 @@ void ListActions::List() {
 
 void ListActions::PrepareSearch() {
   if (work_.IsRunning() || core::State().LoadIsRunning) return;
-  if (repository::PrepareSearch(kPrepareMilliseconds)) prepare_.stop();
+  if (repository::PrepareSearch(kPrepareMilliseconds) && PrepareMap(kPrepareMilliseconds)) {
+    prepare_.stop();
+  }
 }
 
 void ListActions::Refresh() {
@@ -155,6 +158,7 @@ void ListActions::ListAnew(bool changed) {
 
 void ListActions::ListRepository() {
   repository::NoteWhetherEmpty();
+  search::Map().Forget();
   FillChoices();
   ShowRefresh(*this);
 }
@@ -168,6 +172,7 @@ void ListActions::ListEvery(const std::string& subject) {
   every.Project = now.Project;
   every.Subject = subject;
   Board().Filter = every;
+  emit EverythingAskedFor();
   parts_.notice->hide();
   ShowFilter(every);
   List();

@@ -42,6 +42,10 @@ class ListActions : public QObject, public ListForm {
  signals:
   // A search of some length has ended, for which nothing could read from the repository.
   void LongSearchEnded();
+  // The grid shows other rows.
+  void Bound();
+  // All that narrows is to go, but for a subject perhaps; the filter has gone already.
+  void EverythingAskedFor();
 
  private:
   void ConnectTimeline();

@@ -52,6 +52,15 @@ void ListModel::Unbind() {
   endResetModel();
 }
 
+void ListModel::Grow() {
+  int64_t count = list_ != nullptr && list_->IsOpen() && !placeholder_ ? list_->RecordCount() : 0;
+  int rows = static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
+  if (rows <= rows_) return;
+  beginInsertRows({}, rows_, rows - 1);
+  rows_ = rows;
+  endInsertRows();
+}
+
 ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
   Row result;
   list.SetAbsolutePosition(int64_t{row} + 1);

@@ -34,6 +34,8 @@ class ListModel : public QAbstractTableModel {
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
   void Bind(jet::Recordset& list, bool placeholder);
   void Unbind();
+  // Rows have come behind those that are shown.
+  void Grow();
 
   bool IsPlaceholder() const { return placeholder_; }
   // 0 for the placeholder and for a row that has gone.

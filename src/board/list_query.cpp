@@ -19,10 +19,6 @@ using repository::ListColumn;
 
 static_assert(repository::kSortColumns.size() == static_cast<size_t>(ListSort::kDirection));
 
-std::string Word(const std::string& typed) {
-  return std::string(core::Trim(core::SanitizeFilterText(typed)));
-}
-
 // False when the person stopped the search for it; the list's own query is stopped next.
 bool HasRow(const std::string& query) {
   try {
@@ -36,7 +32,7 @@ bool HasRow(const std::string& query) {
 }
 
 bool IsListed(const std::string& name, const std::string& query) {
-  return Word(name) != name && HasRow(query + core::QuoteSql(name) + "'");
+  return SoughtWord(name) != name && HasRow(query + core::QuoteSql(name) + "'");
 }
 
 // Whether a WHERE clause asks for files, whose join multiplies a message.
@@ -54,12 +50,16 @@ void Append(std::string& list, const std::string& item) {
   list += item;
 }
 
-void OpenList(jet::Recordset& list, const std::string& query) {
+}  // namespace
+
+void OpenListOn(jet::Recordset& list, const std::string& query) {
   list.Open(query, repository::RepositoryDb(), CursorType::kKeyset, LockType::kOptimistic,
             jet::CommandType::kText);
 }
 
-}  // namespace
+std::string SoughtWord(const std::string& typed) {
+  return std::string(core::Trim(core::SanitizeFilterText(typed)));
+}
 
 BoardState& Board() {
   static BoardState state;
@@ -94,17 +94,16 @@ std::string ListConditions(const ListFilter& filter) {
   if (filter.Active) where += " AND Active = '+'";
   if (!filter.FromTo.empty()) where += " AND " + ContactCondition(filter);
   if (!filter.FileName.empty()) where += " AND " + AttachmentCondition(filter);
-  if (!filter.Subject.empty()) {
-    where += " AND INSTR(Email.Subject, '" + Word(filter.Subject) + "') <> 0";
-  }
-  if (!filter.MailText.empty()) where += " AND Email.Body Like '%" + Word(filter.MailText) + "%'";
+  if (!filter.Subject.empty()) where += " AND " + SubjectCondition(filter);
+  if (!filter.MailText.empty()) where += " AND " + MailTextCondition(filter);
   if (filter.AttachedFile) where += " AND FilesNum <> 0";
   return where;
 }
 
 std::string ContactCondition(const ListFilter& filter) {
   assert(!filter.FromTo.empty());
-  std::string name = filter.FromToIsListed ? core::QuoteSql(filter.FromTo) : Word(filter.FromTo);
+  std::string name =
+      filter.FromToIsListed ? core::QuoteSql(filter.FromTo) : SoughtWord(filter.FromTo);
   return "INSTR(MeContact.Name, '" + name + "') <> 0 ";
 }
 
@@ -113,7 +112,15 @@ std::string AttachmentCondition(const ListFilter& filter) {
   if (filter.FileNameIsListed) {
     return "INSTR(Attachment.FileName, '" + core::QuoteSql(filter.FileName) + "') <> 0";
   }
-  return "Attachment.FileName Like '%" + Word(filter.FileName) + "%'";
+  return "Attachment.FileName Like '%" + SoughtWord(filter.FileName) + "%'";
+}
+
+std::string SubjectCondition(const ListFilter& filter) {
+  return "INSTR(Email.Subject, '" + SoughtWord(filter.Subject) + "') <> 0";
+}
+
+std::string MailTextCondition(const ListFilter& filter) {
+  return "Email.Body Like '%" + SoughtWord(filter.MailText) + "%'";
 }
 
 std::string ListSortClause(const ListFilter& filter) {
@@ -166,11 +173,13 @@ std::string CountQueryText(const std::string& where) {
 bool OpenEmailList(const std::string& where) {
   return core::Guarded("OpenEmailList", false, [&] {
     BoardState& board = Board();
+    board.Found.run.reset();
     // Opened aside, so that a query that fails leaves the grid what it shows.
     jet::Recordset list;
     bool placeholder = false;
     try {
-      OpenList(list, ListQueryText(where, ListSortClause(board.Filter)));
+      OpenListOn(list, ListQueryText(where, ListSortClause(board.Filter)));
+      if (IsSearching()) BeginSearch(list);
       placeholder = list.Eof();
     } catch (const Error& error) {
       if (!repository::IsStop(error)) throw;
@@ -178,7 +187,7 @@ bool OpenEmailList(const std::string& where) {
     }
     if (placeholder) {
       list.Close();
-      OpenList(list, PlaceholderQueryText());
+      OpenListOn(list, PlaceholderQueryText());
     }
     board.ListRecordset = std::move(list);
     board.ListIsPlaceholder = placeholder;
@@ -190,6 +199,7 @@ bool OpenEmailList(const std::string& where) {
 bool RequeryEmailList() {
   return core::Guarded("RequeryEmailList", false, [] {
     BoardState& board = Board();
+    board.Found.ForgetCounts();
     board.ListRecordset.Requery();
     // The last row has gone: the query is built afresh and brings the placeholder.
     if (board.ListRecordset.RecordCount() < 1) return OpenEmailList(BuildListWhere(board.Filter));
@@ -206,6 +216,7 @@ int64_t CountListed() {
 
 int64_t CountIncoming() {
   return core::Guarded("CountIncoming", int64_t{0}, [] {
+    if (IsSearching()) return CountFoundIncoming();
     jet::Recordset rows;
     try {
       rows.Open(CountQueryText(Board().LastWhere), repository::RepositoryDb());
@@ -219,12 +230,13 @@ int64_t CountIncoming() {
 
 int64_t CountReceived() {
   return core::Guarded("CountReceived", int64_t{0}, [] {
+    if (IsSearching()) return CountFoundIncoming();
     std::string where = Board().LastWhere;
     where += where.empty() ? "WHERE Direction='In'" : " AND Direction='In'";
     jet::Recordset rows;
     try {
       if (AsksForFiles(where)) {
-        OpenList(rows, ListQueryText(where, ""));
+        OpenListOn(rows, ListQueryText(where, ""));
         return rows.RecordCount();
       }
       rows.Open(

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 
+#include "board/found_list.h"
 #include "board/list_filter.h"
 #include "database/recordset.h"
 #include "repository/email_fields.h"
@@ -31,6 +32,7 @@ struct BoardState {
   // The list holds the row of EmailOne because nothing matched.
   bool ListIsPlaceholder = false;
   std::string LastWhere;
+  FoundState Found;
 };
 
 BoardState& Board();
@@ -45,13 +47,21 @@ std::string ListConditions(const ListFilter& filter);
 // Its conditions on the tables joined to Email. REQUIRES: the filter has a FromTo, a FileName.
 std::string ContactCondition(const ListFilter& filter);
 std::string AttachmentCondition(const ListFilter& filter);
+// Those on the texts of a message. REQUIRES: the filter has a Subject, a MailText.
+std::string SubjectCondition(const ListFilter& filter);
+std::string MailTextCondition(const ListFilter& filter);
+// What a text of the filter is looked for as.
+std::string SoughtWord(const std::string& typed);
 std::string ListSortClause(const ListFilter& filter);
 
 std::string ListQueryText(const std::string& where, const std::string& sort);
 std::string PlaceholderQueryText();
 std::string CountQueryText(const std::string& where);
 
-// Runs the list query with this WHERE clause, in the order of Board().Filter. When nothing matches
+// Opens a recordset of the list on one of its queries.
+void OpenListOn(jet::Recordset& list, const std::string& query);
+// Runs the list query with this WHERE clause, in the order of Board().Filter. Where something is
+// searched for (found_list.h), the list begins with what was found at once. When nothing matches
 // the list holds the placeholder row. On an error the list stays as it was; false, and reported
 // unless the person stopped it (search_watch.h).
 bool OpenEmailList(const std::string& where);

@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "board/list_query.h"
-#include "board/load_command.h"
 #include "board/load_log.h"
 #include "core/run_state.h"
 #include "platform/locale.h"
@@ -20,16 +19,17 @@ LoadActions::LoadActions(const BoardParts& parts, BoardWork& work, ListActions& 
                          QObject* parent)
     : QObject(parent), parts_(parts), work_(work), list_(list) {
   const BoardActions& actions = *parts.actions;
-  connect(actions.loadFromMailer, &QAction::triggered, this, &LoadActions::LoadFromMailer);
+  connect(actions.loadFromMailer, &QAction::triggered, this,
+          [this] { Load([] { return LoadFromMailer({}); }); });
   connect(actions.loadTextFile, &QAction::triggered, this, &LoadActions::ChooseTextFile);
   connect(actions.lastLoad, &QAction::triggered, this,
           [this] { work_.Run([] { ShowLoadLog(); }); });
 }
 
-void LoadActions::LoadFromMailer() {
-  work_.RunStoppable([this] {
+void LoadActions::Load(const std::function<LoadResult()>& load) {
+  work_.RunStoppable([&] {
     parts_.grid->SetHint(tr("Loading..."), tr("The messages are listed when the load ends."));
-    LoadResult result = board::LoadFromMailer({});
+    LoadResult result = load();
     list_.UpdateHint();
     if (!result.ran) return;
     ListFilter& filter = Board().Filter;

@@ -4,7 +4,10 @@
 // The commands that take mail in, put behind the window's actions; each lists what it brought.
 #pragma once
 
+#include <functional>
+
 #include "board/list_actions.h"
+#include "board/load_command.h"
 
 namespace tarnwick::board {
 
@@ -14,11 +17,12 @@ class LoadActions : public QObject {
  public:
   LoadActions(const BoardParts& parts, BoardWork& work, ListActions& list, QObject* parent);
 
+  // Runs a load, with the Stop button at hand, and lists what it brought.
+  void Load(const std::function<LoadResult()>& load);
   // Takes one message file in and lists it.
   void LoadTextFile(const QString& path);
 
  private:
-  void LoadFromMailer();
   void ChooseTextFile();
   void ShowNotice();
 

@@ -9,10 +9,14 @@
 #include "core/messages.h"
 #include "intake/stored_units.h"
 #include "maintenance/unfinished_restore.h"
+#include "outlook/import.h"
+#include "outlook/msg_file.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
+#include "sources/import.h"
+#include "sources/letter_files.h"
 
 namespace tarnwick::board {
 
@@ -196,14 +200,14 @@ void RunLoad(const Sources& sources, const Chosen& chosen, const LoadOptions& op
 }
 
 // One message file, within a load's scope.
-intake::Outcome TakeFile(const std::string& path) {
+intake::Outcome TakeFile(const std::string& path, const intake::ReadingRules& rules) {
   using intake::Outcome;
   intake::Ending ending{Outcome::kUnreadable, {}};
   core::GuardedRun("mnLoadTextFile", [&] {
     if (!platform::FileExists(path)) {
       throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
     }
-    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending);
+    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending, rules);
   });
   if (ending.outcome == Outcome::kAlreadyStored) {
     core::ShowMessage("This email is in the repository.");
@@ -218,7 +222,8 @@ void StopLoad() {
 }
 
 LoadResult LoadFromMailer(const LoadOptions& options) {
-  return LoadFromMailer(options, EverySource());
+  return LoadFromMailer(options,
+                        EverySource(options.rules ? *options.rules : intake::StoredRules()));
 }
 
 LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources) {
@@ -246,21 +251,33 @@ LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources) {
   return result;
 }
 
-TakeResult TakeTextFiles(const std::vector<std::string>& paths) {
-  TakeResult result;
-  if (maintenance::RefuseUnfinished()) {
-    result.notReached = static_cast<int64_t>(paths.size());
-    result.notTaken = paths;
-    return result;
-  }
-  // Asked for by name, a file is wanted whoever wrote it.
-  LoadScope scope(SenderPolicy::kAcceptAll);
+namespace {
+
+// The letters of mailboxes, accounted for as those of a load are.
+void TakeMailboxes(const std::vector<sources::Mailbox>& mailboxes, TakeResult& result) {
+  auto source = sources::MakeSource(outlook::ReadMsgFile, mailboxes);
+  ReadChosen({source.get()});
+  const core::LoadCounts& counts = State().Counts;
+  result.stored += counts.stored;
+  result.alreadyStored += counts.alreadyStored;
+  result.unreadable += counts.unreadable + counts.refused + counts.ignored;
+  result.notReached += counts.notReached;
+  std::string text = "Taken: " + CountsSummary(counts);
+  std::string reasons = intake::Account().Text();
+  if (!reasons.empty()) text += "\r\n" + reasons;
+  core::WriteLog(text);
+  KeepInLoadLog(text);
+}
+
+// Message files, one after the other.
+void TakeFiles(const std::vector<std::string>& paths, TakeResult& result) {
   std::vector<bool> taken(paths.size());
   intake::StoredUnits units;
+  const intake::ReadingRules rules = intake::StoredRules();
   core::GuardedRun("mnLoadTextFile", [&] {
     jet::CommitGroup group(repository::RepositoryDb());
     for (size_t i = 0; i < paths.size() && !State().DiskIsFull; ++i) {
-      intake::Outcome outcome = TakeFile(paths[i]);
+      intake::Outcome outcome = TakeFile(paths[i], rules);
       taken[i] = outcome == intake::Outcome::kStored || outcome == intake::Outcome::kAlreadyStored;
       if (outcome == intake::Outcome::kStored) {
         ++result.stored;
@@ -285,6 +302,43 @@ TakeResult TakeTextFiles(const std::vector<std::string>& paths) {
   for (size_t i = 0; i < paths.size(); ++i) {
     if (!taken[i]) result.notTaken.push_back(paths[i]);
   }
+}
+
+// A message file is taken as one, whatever it begins with, unless it bears the name of another
+// kind.
+bool IsMessageFile(const std::string& path, const std::vector<sources::Mailbox>& mailboxes) {
+  using sources::LetterFileKind;
+  LetterFileKind kind = sources::KindOfLetterFile(platform::FileNameOf(path));
+  return kind == LetterFileKind::kText || (mailboxes.empty() && !platform::FolderExists(path));
+}
+
+}  // namespace
+
+TakeResult TakeTextFiles(const std::vector<std::string>& paths) {
+  TakeResult result;
+  if (maintenance::RefuseUnfinished()) {
+    result.notReached = static_cast<int64_t>(paths.size());
+    result.notTaken = paths;
+    return result;
+  }
+  // Asked for by name, a file is wanted whoever wrote it.
+  LoadScope scope(SenderPolicy::kAcceptAll);
+  std::vector<std::string> files;
+  std::vector<sources::Mailbox> mailboxes;
+  for (const std::string& path : paths) {
+    bool isFolder = platform::FolderExists(path);
+    std::vector<sources::Mailbox> found =
+        isFolder ? sources::FindMailboxes(path, [] { return !core::IsLoadStopped(); }).mailboxes
+                 : sources::MailboxAt(path);
+    if (IsMessageFile(path, found)) {
+      files.push_back(path);
+    } else if (found.empty()) {
+      result.notTaken.push_back(path);
+    }
+    if (!IsMessageFile(path, found)) mailboxes.insert(mailboxes.end(), found.begin(), found.end());
+  }
+  TakeFiles(files, result);
+  if (!mailboxes.empty() && !State().DiskIsFull) TakeMailboxes(mailboxes, result);
   // A full load that the options asked for stays asked for.
   repository::NoteWhetherEmpty();
   if (State().DiskIsFull) core::ShowMessage(core::kDiskIsFull);

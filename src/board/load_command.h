@@ -5,6 +5,7 @@
 // window and tarnwick-cli both run these.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ struct LoadOptions {
   // As if nothing had been loaded yet (the options window's "Load from all folders").
   bool full = false;
   SenderPolicy senders = SenderPolicy::kAsk;
+  // How the mail is read; as the options say without it.
+  std::optional<intake::ReadingRules> rules = {};
 };
 
 struct LoadResult {
@@ -38,7 +41,7 @@ struct LoadResult {
 // loads (load_log.h) and, in one line, in the status bar, however it ended. The list is the
 // caller's to bind anew.
 LoadResult LoadFromMailer(const LoadOptions& options);
-// The same from these sources.
+// The same from these sources, which have their rules.
 LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources);
 
 // The stop command: the run ends at the next message.
@@ -50,12 +53,14 @@ struct TakeResult {
   int64_t stored = 0;
   int64_t alreadyStored = 0;
   int64_t unreadable = 0;
-  int64_t notReached = 0;             // a full disk ended it before, or took them back
-  std::vector<std::string> notTaken;  // the files that are not in the repository
+  int64_t notReached = 0;  // a full disk ended it before, or took them back
+  // Message files that are not in the repository, other files and folders without mail.
+  std::vector<std::string> notTaken;
 };
 
 // Takes message files in, whoever sent them: the person chose them. Shows "This email is in the
-// repository." for one that is there already.
+// repository." for one that is there already. Of a file or folder with the mail of another program
+// (sources/mailbox.h), every letter is taken.
 TakeResult TakeTextFiles(const std::vector<std::string>& paths);
 
 }  // namespace tarnwick::board

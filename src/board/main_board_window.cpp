@@ -37,7 +37,9 @@ MainBoard::MainBoard(QWidget* parent)
       parts_(BuildBoard(this)),
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
+      search_(new SearchActions(parts_, *work_, *list_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
+      find_(new FindActions(parts_, *work_, *load_, this)),
       messages_(new MessageActions(parts_, *work_, *list_, this)) {
   setObjectName("MainBoard");
   setWindowTitle(tr("Email List"));
@@ -85,6 +87,7 @@ bool MainBoard::Load() {
   parts_.timeline->setVisible(parts_.actions->timeline->isChecked());
   parts_.timeline->Forget();
   list_->FillChoices();
+  search_->Load();
   parts_.showEmailText->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*list_);
   parts_.grid->setFocus();

@@ -9,10 +9,12 @@
 
 #include "board/board_body_view.h"
 #include "board/board_work_actions.h"
+#include "board/find_actions.h"
 #include "board/list_actions.h"
 #include "board/load_actions.h"
 #include "board/maintenance_actions.h"
 #include "board/message_actions.h"
+#include "board/search_actions.h"
 #include "board/takeout_actions.h"
 
 namespace tarnwick::board {
@@ -34,6 +36,7 @@ class MainBoard : public QMainWindow {
   timeline::TimelineView& Timeline() { return *parts_.timeline; }
   ListActions& List() { return *list_; }
   LoadActions& Loading() { return *load_; }
+  FindActions& Finding() { return *find_; }
   TakeoutActions& Takeout() { return *takeout_; }
   MaintenanceActions& Maintenance() { return *maintenance_; }
 
@@ -55,7 +58,9 @@ class MainBoard : public QMainWindow {
   const BoardParts parts_;
   BoardWork* work_;
   ListActions* list_;
+  SearchActions* search_;
   LoadActions* load_;
+  FindActions* find_;
   MessageActions* messages_;
   TakeoutActions* takeout_ = nullptr;
   MaintenanceActions* maintenance_ = nullptr;

@@ -73,7 +73,7 @@ void MaintenanceActions::Work(Command command, const QString& file) {
         maintenance::RestoreBackup(path, listAnew_);
         break;
       case Command::kExport:
-        maintenance::ExportEmails(path, Board().ListRecordset);
+        if (CompleteList()) maintenance::ExportEmails(path, Board().ListRecordset);
         break;
       case Command::kMerge:
         maintenance::twMakeMarge(path);

@@ -50,6 +50,10 @@ void OpenMarked(jet::Recordset& marked) {
   std::string where = Board().LastWhere;
   where += (where.empty() ? "WHERE" : " AND") + std::string(" Active Is Not Null");
   marked.Open(ListQueryText(where, ""), RepositoryDb(), jet::CursorType::kKeyset);
+  if (!IsSearching()) return;
+  BoardState& board = Board();
+  marked.Hold(board.ListIsPlaceholder ? std::vector<int64_t>() : board.ListRecordset.Keys());
+  marked.Requery();
 }
 
 }  // namespace
@@ -106,6 +110,7 @@ std::optional<std::vector<int64_t>> ListedIds() {
   using Ids = std::optional<std::vector<int64_t>>;
   return core::Guarded("ListedIds", Ids(), []() -> Ids {
     std::vector<int64_t> ids;
+    if (!CompleteList()) return std::nullopt;
     BoardState& board = Board();
     if (board.ListIsPlaceholder) return ids;
     jet::Recordset& list = board.ListRecordset;
@@ -126,6 +131,7 @@ std::optional<std::vector<int64_t>> ListedIds() {
 bool MarkAllNotHot() {
   return core::Guarded("MarkAllNotHot", false, [] {
     if (!core::AskYesNo("Are you realy want to mark all emails as unactive?")) return false;
+    if (!CompleteList()) return false;
     jet::Recordset marked;
     OpenMarked(marked);
     const int64_t total = marked.RecordCount();

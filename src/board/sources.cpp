@@ -4,13 +4,16 @@
 
 #include "oe/import.h"
 #include "outlook/import.h"
+#include "outlook/msg_file.h"
+#include "sources/import.h"
 
 namespace tarnwick::board {
 
-Sources EverySource() {
+Sources EverySource(const intake::ReadingRules& rules) {
   Sources sources;
-  sources.push_back(oe::MakeSource());
+  sources.push_back(oe::MakeSource(rules));
   sources.push_back(outlook::MakeSource());
+  sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile));
   return sources;
 }
 

@@ -15,7 +15,7 @@ namespace tarnwick::board {
 using Sources = std::vector<std::unique_ptr<intake::Source>>;
 
 // In the order in which they are read; a new source is a line here.
-Sources EverySource();
+Sources EverySource(const intake::ReadingRules& rules = intake::kDesigned);
 
 // The same for the options window.
 std::vector<options::Mailer> Mailers();

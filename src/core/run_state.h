@@ -49,6 +49,7 @@ struct RunState {
   bool UseOutlookExpress = false;
   bool UseMSOutlook = false;
   bool ShowEmailText = false;
+  std::string ProfileOfLoad;  // what one load reads instead of the chosen profile; "" for that
 
   // A load. StoredMessages counts what passed the sender rules in this run of the program.
   int64_t StoredMessages = 0;

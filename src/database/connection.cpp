@@ -59,6 +59,11 @@ int64_t Connection::Execute(std::string_view sql) {
   return impl_->Execute(sql);
 }
 
+void Connection::ReadRows(std::string_view sql,
+                          const std::function<void(const PassingRow&)>& take) {
+  impl_->ReadRows(sql, take);
+}
+
 int64_t Connection::LastIdentity() const {
   return impl_->session.Engine().LastRowId();
 }
@@ -113,6 +118,12 @@ void Connection::SetBulk(bool on) {
 
 void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {
   impl_->KeepTextIndex(table, std::move(columns));
+}
+
+std::optional<std::vector<int64_t>> Connection::MayHold(std::string_view table,
+                                                        std::string_view column,
+                                                        std::string_view text) {
+  return impl_->MayHold(table, column, text);
 }
 
 bool Connection::CatchUpTextIndex(const std::function<bool(int64_t, int64_t)>& look) {

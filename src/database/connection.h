@@ -26,6 +26,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,15 @@
 namespace tarnwick::jet {
 
 struct ColumnCacheDefinition;
+
+// The row that a reading has come to; columns count from 0, in the order of the SELECT. What it
+// gives is valid until the reading goes on.
+class PassingRow {
+ public:
+  virtual ~PassingRow() = default;
+  virtual int64_t Int(int column) const = 0;            // 0 for Null
+  virtual std::string_view Text(int column) const = 0;  // "" for Null. Not for columns of memos
+};
 
 inline constexpr std::string_view kProvider = "Microsoft.Jet.OLEDB.4.0";
 inline constexpr std::string_view kDataSourceProperty = "Data Source";
@@ -67,6 +77,9 @@ class Connection {
   // Runs a statement that returns no rows; gives the number of rows it changed.
   int64_t Execute(std::string_view sql);
 
+  // Reads the rows of a SELECT once, in one pass, without keeping any. take runs no statement.
+  void ReadRows(std::string_view sql, const std::function<void(const PassingRow&)>& take);
+
   // The key that the last AddNew or INSERT gave its row.
   int64_t LastIdentity() const;
 
@@ -92,6 +105,10 @@ class Connection {
   // with the help of an index that the file then carries. It changes what a search costs, never
   // what it finds; where it can't be had there is none.
   void KeepTextIndex(std::string_view table, std::vector<std::string> columns);
+  // The keys of all rows in which such a column can hold the text, as InStr finds it, and of few
+  // others, ascending; nullopt where the index can't tell.
+  std::optional<std::vector<int64_t>> MayHold(std::string_view table, std::string_view column,
+                                              std::string_view text);
   // Takes rows in that the index lacks; until then searches read texts one by one. look is called
   // with the rows done and all there are; returning false ends it for now, and the next call goes
   // on from there. True when nothing is missing.

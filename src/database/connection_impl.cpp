@@ -13,6 +13,16 @@ namespace {
 
 constexpr size_t kMostLiterals = 300;
 
+class StatementRow final : public PassingRow {
+ public:
+  explicit StatementRow(const Statement& statement) : statement_(statement) {}
+  int64_t Int(int column) const override { return statement_.Int(column); }
+  std::string_view Text(int column) const override { return statement_.Text(column); }
+
+ private:
+  const Statement& statement_;
+};
+
 }  // namespace
 
 Connection::Impl::~Impl() {
@@ -151,6 +161,34 @@ std::optional<std::vector<int64_t>> Connection::Impl::Proposed(const ReadPlan& p
   }
   if (wanted.empty()) return std::nullopt;
   return index_->Candidates(wanted);
+}
+
+std::optional<std::vector<int64_t>> Connection::Impl::MayHold(std::string_view table,
+                                                              std::string_view column,
+                                                              std::string_view text) {
+  if (!index_ || !index_->IsOf(table)) return std::nullopt;
+  std::optional<size_t> place = index_->Find(column);
+  if (!place) return std::nullopt;
+  return index_->Candidates({{*place, std::string(text), false}}, TextIndex::Share::kAny);
+}
+
+// Not kept as a program: such a statement reads a part of a table, and the next another.
+void Connection::Impl::ReadRows(std::string_view sql,
+                                const std::function<void(const PassingRow&)>& take) {
+  session.Engine();
+  Lift(sql, lifted_);
+  ParsedSql parsed = Parse(lifted_);
+  lifted_.keyLists.clear();
+  auto* select = std::get_if<Select>(&parsed);
+  if (select == nullptr || select->file) RefuseSql("only rows of this file can be read");
+  std::vector<Value> literals = std::move(lifted_.literals);
+  SqlWriter writer(*schema_);
+  writer.Write(*select);
+  PreparedSql prepared{writer.Take(), nullptr};
+  Statement& statement = Ready(prepared, literals);
+  StatementUse use(statement);
+  StatementRow row(statement);
+  while (session.StepRead(statement)) take(row);
 }
 
 PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value>& literals) {

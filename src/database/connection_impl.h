@@ -103,6 +103,9 @@ class Connection::Impl {
   // Fills in what the columns of a reading program are.
   const std::vector<FieldInfo>& Fields(Program& program);
   int64_t Execute(std::string_view sql);
+  void ReadRows(std::string_view sql, const std::function<void(const PassingRow&)>& take);
+  std::optional<std::vector<int64_t>> MayHold(std::string_view table, std::string_view column,
+                                              std::string_view text);
 
   bool HasTable(std::string_view table);
   // After the tables were changed: what is known of them is read anew.

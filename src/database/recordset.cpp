@@ -67,6 +67,18 @@ void Recordset::SetAbsolutePosition(int64_t position) {
   impl_->SetPosition(position);
 }
 
+std::vector<int64_t> Recordset::Keys() {
+  return impl_->Keys();
+}
+
+void Recordset::Hold(const std::vector<int64_t>& keys) {
+  impl_->Hold(keys);
+}
+
+void Recordset::HoldMore(const std::vector<int64_t>& keys) {
+  impl_->HoldMore(keys);
+}
+
 void Recordset::Find(std::string_view criteria) {
   impl_->Find(criteria);
 }

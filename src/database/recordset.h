@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "database/connection.h"
 #include "database/value.h"
@@ -58,6 +59,16 @@ class Recordset {
   // 1..RecordCount; 0 when at the end or the beginning.
   int64_t AbsolutePosition();
   void SetAbsolutePosition(int64_t position);
+
+  // The keys of all rows in their order. Error 3251 where rows were read once and kept.
+  std::vector<int64_t> Keys();
+  // From now on the recordset holds those rows of its query alone that have these keys, in the
+  // order given; the caller vouches that the query gives them. Requery brings those of them that
+  // the query still gives, in its order. HoldMore adds rows behind the last; the position stays.
+  // For lists that grow while they are looked at. Error 3251 as above. REQUIRES: the source is no
+  // table as such.
+  void Hold(const std::vector<int64_t>& keys);
+  void HoldMore(const std::vector<int64_t>& keys);
 
   // Searches from the current row on for "column = literal" (also <>, <, >, <=, >=, Like), with
   // the column plain or in [brackets]; moves to the first row that holds, or to the end. On an

@@ -75,6 +75,7 @@ void Recordset::Impl::ConnectionCloses() {
   program_.reset();
   literals_.clear();
   keys_.Clear();
+  held_.reset();
   rows_ = {};
   wide_ = {};
   narrow_ = {};
@@ -142,8 +143,54 @@ void Recordset::Impl::FetchKeys() {
       AddKey(keys.Int(0));
     }
   }
+  if (held_) KeepHeld();
   fetched_ = true;
   fetchedVersion_ = connection_->session.Version();
+}
+
+// Of the rows that the query gives, those that are wanted.
+void Recordset::Impl::KeepHeld() {
+  std::vector<int64_t> wanted = *held_;
+  std::sort(wanted.begin(), wanted.end());
+  RowKeys kept;
+  for (size_t i = 0; i < keys_.Size(); i++) {
+    if (std::binary_search(wanted.begin(), wanted.end(), keys_[i])) kept.Add(keys_[i]);
+  }
+  keys_ = std::move(kept);
+}
+
+void Recordset::Impl::RequireKeyed() {
+  FinishEdit();
+  if (IsKeyed()) return;
+  throw Error(ErrorNumber::kNotUpdatable,
+              "Current Recordset does not support this. Its rows were read once and kept.");
+}
+
+std::vector<int64_t> Recordset::Impl::Keys() {
+  RequireKeyed();
+  FetchKeys();
+  std::vector<int64_t> keys(keys_.Size());
+  for (size_t i = 0; i < keys.size(); i++) keys[i] = keys_[i];
+  return keys;
+}
+
+void Recordset::Impl::Hold(const std::vector<int64_t>& keys) {
+  RequireKeyed();
+  held_.emplace();
+  keys_.Clear();
+  place_ = Place::kFirst;
+  deleted_ = false;
+  fetched_ = true;
+  fetchedVersion_ = connection_->session.Version();
+  HoldMore(keys);
+}
+
+void Recordset::Impl::HoldMore(const std::vector<int64_t>& keys) {
+  RequireKeyed();
+  FetchKeys();
+  if (!held_) held_.emplace(Keys());
+  held_->insert(held_->end(), keys.begin(), keys.end());
+  for (int64_t key : keys) keys_.Add(key);
 }
 
 // The key is the last thing that is sorted by, so equal ones are neighbours.

@@ -55,6 +55,10 @@ class Recordset::Impl final : public ConnectionUser {
   void SetPosition(int64_t position);
   void Find(std::string_view criteria);
 
+  std::vector<int64_t> Keys();
+  void Hold(const std::vector<int64_t>& keys);
+  void HoldMore(const std::vector<int64_t>& keys);
+
   int FieldCount();
   std::string FieldName(int index);
   bool HasField(std::string_view name);
@@ -89,6 +93,8 @@ class Recordset::Impl final : public ConnectionUser {
   void CountGroups();
   void FetchKeys();
   void AddKey(int64_t key);
+  void KeepHeld();
+  void RequireKeyed();
   bool FetchFromColumnCache();
   bool CountFromColumnCache();
   bool IsEmpty();
@@ -120,6 +126,7 @@ class Recordset::Impl final : public ConnectionUser {
   bool fetched_ = false;
   uint64_t fetchedVersion_ = 0;                     // of the connection, when the keys were fetched
   RowKeys keys_;                                    // keyed
+  std::optional<std::vector<int64_t>> held_;        // the only rows that are wanted
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched
 

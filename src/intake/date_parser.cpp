@@ -12,6 +12,7 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/reading_rules.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
 #include "platform/error.h"
@@ -151,18 +152,27 @@ class DateText {
 
   DateTime TakeDate() {
     CivilTime today = platform::Now().ToCivil();
-    int year = TakeYear(today.year);
-    int month = TakeMonth(today.month);
-    int day = TakeDay(today.day);
+    int year = TakeYear(today.year).value_or(today.year);
+    int month = TakeMonth().value_or(today.month);
+    int day = TakeDay().value_or(today.day);
     TakeZone();
     return DateTime::FromDate(year, month, day);
   }
 
   // Takes what it finds.
   bool NamesDate() {
-    constexpr int kNotFound = 0;
-    return TakeYear(kNotFound) != kNotFound || TakeMonth(kNotFound) != kNotFound ||
-           TakeDay(kNotFound) != kNotFound;
+    constexpr int kNoShortYear = 0;
+    return TakeYear(kNoShortYear) || TakeMonth() || TakeDay();
+  }
+
+  // Year, month and day, where all three are named; it need not be a day that there is. Takes what
+  // it finds.
+  std::optional<CivilTime> NamedDate() {
+    std::optional<int> year = TakeYear(platform::Now().ToCivil().year);
+    std::optional<int> month = TakeMonth();
+    std::optional<int> day = TakeDay();
+    if (!year || !month || !day) return std::nullopt;
+    return CivilTime{.year = *year, .month = *month, .day = *day};
   }
 
   // After TakeDate; not yet cleaned.
@@ -203,7 +213,8 @@ class DateText {
     return half;
   }
 
-  int TakeYear(int thisYear) {
+  // A year of two digits is not later than thisYear.
+  std::optional<int> TakeYear(int thisYear) {
     constexpr double kFirstYear = 1900;
     for (size_t i = 0; i < count_; ++i) {
       auto value = UnsignedNumberOf(tokens_[i]);
@@ -220,20 +231,20 @@ class DateText {
         return RoundShort(*value);
       }
     }
-    return thisYear;
+    return std::nullopt;
   }
 
-  int TakeMonth(int thisMonth) {
+  std::optional<int> TakeMonth() {
     for (size_t i = 0; i < count_; ++i) {
       int month = MonthNumber(std::string(tokens_[i]));
       if (month == 0) continue;
       tokens_[i] = {};
       return month;
     }
-    return thisMonth;
+    return std::nullopt;
   }
 
-  int TakeDay(int today) {
+  std::optional<int> TakeDay() {
     constexpr double kLastDay = 31;
     for (size_t i = 0; i < count_; ++i) {
       auto value = UnsignedNumberOf(tokens_[i]);
@@ -241,7 +252,7 @@ class DateText {
       tokens_[i] = {};
       return RoundShort(*value);
     }
-    return today;
+    return std::nullopt;
   }
 
   void TakeZone() {
@@ -298,6 +309,38 @@ bool EqualFirstChars(std::string_view token, std::string_view name) {
   return platform::EqualIgnoringCase(platform::FirstChars(token, kChars), first);
 }
 
+// Sets what it comes to before an Error.
+void ReadDate(DateText text, bool applyShift, DateTime& resultDate, std::string& timeText,
+              std::string& zoneText) {
+  zoneText.clear();
+  DateTime date = text.TakeDate();
+  resultDate = date;
+  zoneText = text.Zone();
+  timeText = text.Time();
+  if (!timeText.empty()) {
+    auto clock = ReadClock(timeText);
+    if (!clock) {
+      throw Error(ErrorNumber::kTypeMismatch, "Type mismatch: " + platform::EnsureUtf8(timeText));
+    }
+    auto half = text.DayHalf();
+    if (half && clock->hour >= 1 && clock->hour <= 12) clock->SetHalf(*half);
+    resultDate = date.WithTime(clock->hour, clock->minute, clock->second);
+  }
+  zoneText = CleanZone(zoneText);
+  if (applyShift) Shift(resultDate, zoneText);
+}
+
+// Blanks for what stands between parentheses, one within the other or not, and for TABs.
+void DropComments(std::string& text) {
+  size_t depth = 0;
+  for (char& c : text) {
+    if (c == '(') ++depth;
+    bool isComment = depth > 0;
+    if (c == ')' && depth > 0) --depth;
+    if (isComment || c == '\t') c = ' ';
+  }
+}
+
 }  // namespace
 
 int MonthNumber(const std::string& token) {
@@ -330,27 +373,33 @@ void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneT
   core::GuardedRun(
       kLogName,
       [&] {
-        zoneText.clear();
         std::replace(dateText.begin(), dateText.end(), '\t', ' ');
-        DateText text(dateText);
-        DateTime date = text.TakeDate();
-        resultDate = date;
-        zoneText = text.Zone();
-        timeText = text.Time();
-        if (!timeText.empty()) {
-          auto clock = ReadClock(timeText);
-          if (!clock) {
-            throw Error(ErrorNumber::kTypeMismatch,
-                        "Type mismatch: " + platform::EnsureUtf8(timeText));
-          }
-          auto half = text.DayHalf();
-          if (half && clock->hour >= 1 && clock->hour <= 12) clock->SetHalf(*half);
-          resultDate = date.WithTime(clock->hour, clock->minute, clock->second);
-        }
-        zoneText = CleanZone(zoneText);
-        if (applyShift) Shift(resultDate, zoneText);
+        ReadDate(DateText(dateText), applyShift, resultDate, timeText, zoneText);
       },
       core::Report::kLog);
+}
+
+std::optional<DateTime> ReadSoundDate(std::string& timeText, std::string& zoneText,
+                                      std::string dateText, bool applyShift, bool* isWhole) {
+  if (isWhole != nullptr) *isWhole = false;
+  try {
+    DropComments(dateText);
+    DateText text(dateText);
+    std::optional<CivilTime> named = DateText(text).NamedDate();
+    if (!named) return std::nullopt;
+    if (isWhole != nullptr) *isWhole = true;
+    DateTime date = DateTime::FromDate(named->year, named->month, named->day);
+    if (date.ToCivil().day != named->day) return std::nullopt;
+    std::string time;
+    std::string zone;
+    ReadDate(text, applyShift, date, time, zone);
+    if (!IsSoundDate(date)) return std::nullopt;
+    timeText = std::move(time);
+    zoneText = std::move(zone);
+    return date;
+  } catch (const Error&) {
+    return std::nullopt;
+  }
 }
 
 }  // namespace tarnwick::intake

@@ -6,6 +6,7 @@
 // a fixed order, so that ill-formed dates still give a usable value.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "platform/date_time.h"
@@ -17,6 +18,13 @@ namespace tarnwick::intake {
 // Received ones). Errors are logged under "twParseDate; " and leave what was set so far.
 void twParseDate(DateTime& resultDate, std::string& timeText, std::string& zoneText,
                  std::string dateText, bool applyShift);
+
+// The same of a text that names a whole date that mail can have, without today's parts for what is
+// missing; comments in parentheses are passed over. nullopt for any other, and the texts as they
+// were. isWhole, where it is given, tells of both whether year, month and day were named.
+std::optional<DateTime> ReadSoundDate(std::string& timeText, std::string& zoneText,
+                                      std::string dateText, bool applyShift,
+                                      bool* isWhole = nullptr);
 
 // True when the text names a year, a month or a day; of one that does not, twParseDate makes today.
 bool NamesDate(const std::string& dateText);

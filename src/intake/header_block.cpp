@@ -22,17 +22,45 @@ bool EndsHeaders(const std::string& line) {
   return line.empty() || core::BeginsWith(line, "--");
 }
 
+// Where the first item of a list of addresses ends: at a comma outside quotation marks. A mark that
+// is never closed is a letter like any other, and so are all behind it; minded is false from then
+// on.
+size_t EndOfItem(std::string_view list, bool& minded) {
+  size_t open = std::string_view::npos;
+  for (size_t i = 0; i < list.size(); ++i) {
+    bool isQuoted = open != std::string_view::npos;
+    if (list[i] == '"') {
+      open = isQuoted ? std::string_view::npos : i;
+    } else if (isQuoted && list[i] == '\\') {
+      ++i;
+    } else if (!isQuoted && list[i] == ',') {
+      return i;
+    }
+  }
+  if (open == std::string_view::npos) return list.size();
+  minded = false;
+  return list.find(',', open);
+}
+
 }  // namespace
 
-void HeaderBlock::Read() {
-  latestReceived_ = NoDate();
-  message_.SentTime = NoDate();
+void HeaderBlock::Read(const StoreTimes& times) {
   while (cursor_.HasLine() && ReadOne()) {
   }
-  bool isReceived = latestReceived_ != NoDate();
-  if (!WasSeen(HeaderCode::kDate) && isReceived) message_.SentTime = latestReceived_;
-  message_.ReceivedTime = isReceived ? latestReceived_ : message_.SentTime;
+  SettleDates(times);
   if (cursor_.HasLine() && cursor_.Line().empty()) cursor_.Next();
+}
+
+void HeaderBlock::SettleDates(const StoreTimes& times) {
+  if (!sent_ && rules_.soundDates) {
+    for (const auto& time : {times.sent, times.received, latestReceived_, times.arrived}) {
+      if (!sent_ && time && IsSoundDate(*time)) sent_ = time;
+    }
+  } else if (!sent_) {
+    sent_ = latestReceived_;
+  }
+  message_.SentTime = sent_.value_or(NoDate());
+  message_.ReceivedTime = latestReceived_.value_or(message_.SentTime);
 }
 
 bool HeaderBlock::FirstOf(HeaderCode code) {
@@ -63,8 +91,7 @@ bool HeaderBlock::ReadOne() {
       ReadSubject(value);
       break;
     case HeaderCode::kDate:
-      AppendFolded(value);
-      twParseDate(message_.SentTime, draft_.timeText, draft_.timeShift, std::move(value), true);
+      ReadDateHeader(std::move(value));
       break;
     case HeaderCode::kTo:
     case HeaderCode::kCc:
@@ -100,18 +127,48 @@ void HeaderBlock::AppendFolded(std::string& value) {
   }
 }
 
-// Each line is cleaned and decoded by itself.
+// By design each line is cleaned and decoded by itself; that is what the key is made of in any
+// case.
 void HeaderBlock::ReadSubject(std::string_view value) {
-  Decode(core::Unquote(value), draft_.subject);
+  MixedText byLines;
+  Decode(core::Unquote(value), byLines);
+  std::string whole = core::CleanTrim(value);
   for (; cursor_.HasLine() && IsFolded(cursor_.Line()); cursor_.Next()) {
-    Decode(core::Unquote(cursor_.Line()), draft_.subject);
+    Decode(core::Unquote(cursor_.Line()), byLines);
+    std::string more = core::CleanTrim(cursor_.Line());
+    if (!whole.empty() && !more.empty()) whole += ' ';
+    whole += more;
   }
+  if (!rules_.wholeSubjects) {
+    draft_.subject = std::move(byLines);
+    return;
+  }
+  Decode(whole, draft_.subject);
+  draft_.keySubject = std::move(byLines);
+}
+
+void HeaderBlock::ReadDateHeader(std::string value) {
+  AppendFolded(value);
+  DateTime designed = NoDate();
+  if (!rules_.soundDates) {
+    twParseDate(designed, draft_.timeText, draft_.timeShift, std::move(value), true);
+    sent_ = designed;
+    return;
+  }
+  bool isWhole = false;
+  sent_ = ReadSoundDate(draft_.timeText, draft_.timeShift, value, true, &isWhole);
+  // What designed reading makes of less than a whole date is another at each day.
+  if (!isWhole) return;
+  std::string timeText;
+  std::string zoneText;
+  twParseDate(designed, timeText, zoneText, std::move(value), true);
+  draft_.keyTime = designed;
 }
 
 void HeaderBlock::ReadFrom(std::string_view value) {
   std::string clean = core::CleanTrim(value);
   if (!clean.empty() && clean.back() == ',') clean.pop_back();
-  AddressPair pair = SplitAddress(clean);
+  AddressPair pair = SplitAddress(clean, rules_.bareAddresses);
   draft_.from.address.AppendRaw(pair.Address);
   Decode(pair.Name, draft_.from.name);
 }
@@ -120,7 +177,7 @@ void HeaderBlock::ReadFrom(std::string_view value) {
 // that line is the next header.
 void HeaderBlock::ReadAddresses(std::string value, bool isCc) {
   AppendFolded(value);
-  value = core::Unquote(value);
+  value = rules_.quotedCommas ? core::CleanTrim(value) : core::Unquote(value);
   for (;;) {
     TakeItems(value, isCc);
     if (value.empty() || value.back() != ',') return;
@@ -134,10 +191,11 @@ void HeaderBlock::ReadAddresses(std::string value, bool isCc) {
   }
 }
 
-// The split is at every comma, within quotation marks too.
+// By design the split is at every comma, within quotation marks too.
 void HeaderBlock::TakeItems(std::string_view list, bool isCc) {
+  bool minded = rules_.quotedCommas;
   do {
-    std::string_view item = list.substr(0, list.find(','));
+    std::string_view item = list.substr(0, minded ? EndOfItem(list, minded) : list.find(','));
     list.remove_prefix(std::min(item.size() + 1, list.size()));
     AddAddress(item, isCc);
   } while (!core::Trim(list).empty());
@@ -145,12 +203,11 @@ void HeaderBlock::TakeItems(std::string_view list, bool isCc) {
 
 void HeaderBlock::AddAddress(std::string_view item, bool isCc) {
   std::vector<DraftAddress>& target = isCc ? draft_.cc : draft_.to;
-  AddressPair pair = SplitAddress(core::CleanTrim(item));
+  AddressPair pair = SplitAddress(core::CleanTrim(item), rules_.bareAddresses);
   if (isCc && pair.Address == kNoAddress) return;
-  if (target.size() >= kMaxRecipients) {
-    if (isCc) {
-      draft_.ShowLimit("Cc limit", "CC account is great than " + std::to_string(kMaxRecipients));
-    }
+  const auto most = static_cast<size_t>(rules_.mostRecipients);
+  if (target.size() >= most) {
+    if (isCc) draft_.ShowLimit("Cc limit", "CC account is great than " + std::to_string(most));
     return;
   }
   DraftAddress& address = target.emplace_back();
@@ -162,14 +219,19 @@ void HeaderBlock::ReadReceived(std::string value) {
   AppendFolded(value);
   size_t last = value.rfind(';');
   if (last != std::string::npos) value.erase(0, last + 1);
-  // Of "22/08/2002 12:23:43" and the like only the time would be understood, and the message would
-  // seem to have come today.
-  if (!NamesDate(value)) return;
-  DateTime date = NoDate();
   std::string timeText;
   std::string zoneText;
-  twParseDate(date, timeText, zoneText, std::move(value), false);
-  if (date > latestReceived_ && date <= platform::Now().AddDays(1)) latestReceived_ = date;
+  std::optional<DateTime> date;
+  if (rules_.soundDates) {
+    date = ReadSoundDate(timeText, zoneText, std::move(value), false);
+  } else if (NamesDate(value)) {
+    // Of "22/08/2002 12:23:43" and the like only the time would be understood, and the message
+    // would seem to have come today.
+    DateTime designed = NoDate();
+    twParseDate(designed, timeText, zoneText, std::move(value), false);
+    if (designed > NoDate() && designed <= platform::Now().AddDays(1)) date = designed;
+  }
+  if (date && (!latestReceived_ || *date > *latestReceived_)) latestReceived_ = date;
 }
 
 // Read only to find its end.

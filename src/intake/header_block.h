@@ -6,6 +6,7 @@
 // header: see header_block.cpp. Of each kind but Content-Type and Received the first counts.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,17 +15,20 @@
 #include "intake/line_cursor.h"
 #include "intake/mail_message.h"
 #include "intake/message_draft.h"
+#include "intake/reading_rules.h"
 
 namespace tarnwick::intake {
 
 class HeaderBlock {
  public:
-  HeaderBlock(LineCursor& cursor, MessageDraft& draft, MailMessage& message)
-      : cursor_(cursor), draft_(draft), message_(message) {}
+  HeaderBlock(LineCursor& cursor, MessageDraft& draft, MailMessage& message,
+              const ReadingRules& rules)
+      : cursor_(cursor), draft_(draft), message_(message), rules_(rules) {}
 
   // Sets the dates and IsMultipart of the message. The first line of the body becomes current: the
-  // one behind the empty line, or the line with "--" that ended the headers without one.
-  void Read();
+  // one behind the empty line, or the line with "--" that ended the headers without one. times:
+  // what the message's store knows of them.
+  void Read(const StoreTimes& times);
 
   // What the headers declare about a body that is not multipart.
   const PartDescription& Content() const { return content_; }
@@ -35,6 +39,7 @@ class HeaderBlock {
   // of the headers.
   bool ReadOne();
   void ReadSubject(std::string_view value);
+  void ReadDateHeader(std::string value);
   void ReadFrom(std::string_view value);
   void ReadAddresses(std::string value, bool isCc);
   void ReadReceived(std::string value);
@@ -46,13 +51,16 @@ class HeaderBlock {
 
   bool WasSeen(HeaderCode code) const { return (seen_ >> static_cast<int>(code) & 1U) != 0; }
   bool FirstOf(HeaderCode code);
+  void SettleDates(const StoreTimes& times);
 
   LineCursor& cursor_;
   MessageDraft& draft_;
   MailMessage& message_;
+  const ReadingRules& rules_;
   PartDescription content_;
   unsigned seen_ = 0;
-  DateTime latestReceived_;
+  std::optional<DateTime> sent_;  // as the Date header has it
+  std::optional<DateTime> latestReceived_;
 };
 
 }  // namespace tarnwick::intake

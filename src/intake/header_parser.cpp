@@ -90,23 +90,87 @@ void CleanPair(AddressPair& pair) {
   pair.Name = core::Unquote(core::Unquote(pair.Name));
 }
 
-std::string FormerKeyOfSubject(const MailMessage& message) {
-  return message.Subject + "_" + message.SentTime.ToKeyText();
+// "Ann <ann>", "<ann>" and "ann", but not "Ann Lee", nor the name of a group ("friends:;").
+void TakeBareAddress(const std::string& text, AddressPair& pair) {
+  size_t open = text.rfind('<');
+  size_t close = open == std::string::npos ? open : text.find('>', open);
+  if (close != std::string::npos) {
+    AddressPair found{text.substr(0, open), text.substr(open + 1, close - open - 1)};
+    CleanPair(found);
+    if (!found.Address.empty()) pair = found;
+  } else if (!text.empty() && text.find_first_of(" <>\"") == std::string::npos &&
+             std::string_view(":;").find(text.back()) == std::string_view::npos) {
+    pair.Address = core::Unquote(text);
+    pair.Name = pair.Address;
+  }
+}
+
+// A message without a key is known by its subject and time of sending, as designed reading has
+// them.
+struct KeyParts {
+  std::string subject;
+  DateTime sent;
+};
+
+std::string FormerKeyOfSubject(const KeyParts& parts) {
+  return parts.subject + "_" + parts.sent.ToKeyText();
 }
 
 // Of a subject so long that the date would be cut off when the key is stored, the beginning and the
 // length are taken.
-std::string KeyOfSubject(const MailMessage& message) {
+std::string KeyOfSubject(const KeyParts& parts) {
   constexpr size_t kMostOfSubject = 200;
-  std::string key = FormerKeyOfSubject(message);
+  std::string key = FormerKeyOfSubject(parts);
   if (platform::CountChars(key) <= kMostKeyText) return key;
-  return std::string(platform::FirstChars(message.Subject, kMostOfSubject)) + "_" +
-         std::to_string(message.Subject.size()) + "_" + message.SentTime.ToKeyText();
+  return std::string(platform::FirstChars(parts.subject, kMostOfSubject)) + "_" +
+         std::to_string(parts.subject.size()) + "_" + parts.sent.ToKeyText();
+}
+
+// How a message is read, beside the bytes of its file.
+struct Manner {
+  const ReadingRules& rules;
+  const StoreTimes& times;
+};
+
+// ParseMessageFile, which tells as well what a key is made of.
+bool ParseFile(const std::string& messageFile, const SourceDescriptor& source, const Manner& manner,
+               bool (*isFromMe)(const std::string& address), MailMessage& message,
+               KeyParts& parts) {
+  std::string key = std::move(message.MessageKey);
+  message = MailMessage();
+  LineCursor cursor(messageFile);
+  MessageDraft draft;
+  HeaderBlock headers(cursor, draft, message, manner.rules);
+  headers.Read(manner.times);
+  if (message.IsMultipart != 0) {
+    TakeMultipartBody(cursor, draft);
+  } else {
+    obxTakeBodyWithoutContent(cursor, headers.Content(), draft);
+  }
+  FinishDraft(draft, message);
+  message.Folder = source.folder;
+  message.Parent = source.parent;
+  message.Application = source.application;
+  SetDirection(isFromMe, message);
+  SetCorrespondent(message);
+  if (!key.empty() && headers.HasSender() && message.FromToAddress.empty() &&
+      message.Subject.empty()) {
+    message.Subject = kNoSubject;
+  }
+  if (key.empty()) {
+    parts = {
+        draft.keySubject ? draft.keySubject->Finish(draft.CharsetOfHeaders()) : message.Subject,
+        draft.keyTime.value_or(message.SentTime)};
+    key = KeyOfSubject(parts);
+  }
+  message.MessageKey = std::move(key);
+  return !message.FromToAddress.empty() || !message.Subject.empty();
 }
 
 // dbxParseMessage without what guards it.
 bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& source,
-                   const std::string& identity, const std::string& entryKey, Ending& ending) {
+                   const std::string& identity, const std::string& entryKey, const Manner& manner,
+                   Ending& ending) {
   auto skip = [&](Outcome outcome) {
     ending.outcome = outcome;
     return false;
@@ -114,14 +178,15 @@ bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& sourc
   if (IsEmailExist(entryKey)) return skip(OutcomeOfKnown(entryKey));
   MailMessage message;
   message.MessageKey = entryKey;
-  if (!ParseMessageFile(messageFile, source, IsFromMe, message)) {
+  KeyParts parts;
+  if (!ParseFile(messageFile, source, manner, IsFromMe, message, parts)) {
     core::ShowRepeatedMessage("Invalid message", "Message format is invalid.");
     return false;
   }
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
   core::YieldEvents();
   if (entryKey.empty()) {
-    const std::string former = FormerKeyOfSubject(message);
+    const std::string former = FormerKeyOfSubject(parts);
     if (IsEmailExist(message.MessageKey)) return skip(OutcomeOfKnown(message.MessageKey));
     if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
       return skip(Outcome::kAlreadyStored);
@@ -182,7 +247,7 @@ bool BeginsHeader(std::string_view line) {
   return name != "mailto" && name != "smtp";
 }
 
-AddressPair SplitAddress(std::string_view text) {
+AddressPair SplitAddress(std::string_view text, bool keepsBareAddresses) {
   AddressPair pair{kNoName, kNoAddress};
   if (text.empty()) return pair;
   std::string clean = core::CleanTrim(text);
@@ -190,6 +255,7 @@ AddressPair SplitAddress(std::string_view text) {
   bool hasSeveral = at != std::string::npos && clean.find('@') != at;
   if (at == std::string::npos) {
     pair.Name = clean;
+    if (keepsBareAddresses) TakeBareAddress(clean, pair);
   } else if (hasSeveral && TakeBracketed(clean, pair)) {
     CleanPair(pair);
   } else {
@@ -214,41 +280,21 @@ AddressPair SplitAddress(std::string_view text) {
 }
 
 bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
-                      bool (*isFromMe)(const std::string& address), MailMessage& message) {
-  std::string key = std::move(message.MessageKey);
-  message = MailMessage();
-  LineCursor cursor(messageFile);
-  MessageDraft draft;
-  HeaderBlock headers(cursor, draft, message);
-  headers.Read();
-  if (message.IsMultipart != 0) {
-    TakeMultipartBody(cursor, draft);
-  } else {
-    obxTakeBodyWithoutContent(cursor, headers.Content(), draft);
-  }
-  FinishDraft(draft, message);
-  message.Folder = source.folder;
-  message.Parent = source.parent;
-  message.Application = source.application;
-  SetDirection(isFromMe, message);
-  SetCorrespondent(message);
-  if (!key.empty() && headers.HasSender() && message.FromToAddress.empty() &&
-      message.Subject.empty()) {
-    message.Subject = kNoSubject;
-  }
-  if (key.empty()) key = KeyOfSubject(message);
-  message.MessageKey = std::move(key);
-  return !message.FromToAddress.empty() || !message.Subject.empty();
+                      bool (*isFromMe)(const std::string& address), MailMessage& message,
+                      const ReadingRules& rules, const StoreTimes& times) {
+  KeyParts parts;
+  return ParseFile(messageFile, source, {rules, times}, isFromMe, message, parts);
 }
 
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
-                     const std::string& identity, const std::string& entryKey, Ending* ending) {
+                     const std::string& identity, const std::string& entryKey, Ending* ending,
+                     const ReadingRules& rules, const StoreTimes& times) {
   Ending own;
   Ending& told = ending != nullptr ? *ending : own;
   told = {core::State().StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
   if (core::State().StopFlag) return false;
   return core::Guarded("dbxParseMessage", false, [&] {
-    return ParseAndStore(messageFile, source, identity, entryKey, told);
+    return ParseAndStore(messageFile, source, identity, entryKey, {rules, times}, told);
   });
 }
 

@@ -11,6 +11,7 @@
 
 #include "intake/mail_message.h"
 #include "intake/outcome.h"
+#include "intake/reading_rules.h"
 
 namespace tarnwick::intake {
 
@@ -23,16 +24,18 @@ struct SourceDescriptor {
 
 // True when the message was handed to the storing step; false when it was skipped as already
 // stored, was no message, or failed. entryKey: the caller's unique key, or "". ending, where it is
-// given, tells what became of the message.
+// given, tells what became of the message. times: what its store knows of it, for rules that ask.
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
                      const std::string& identity, const std::string& entryKey,
-                     Ending* ending = nullptr);
+                     Ending* ending = nullptr, const ReadingRules& rules = kDesigned,
+                     const StoreTimes& times = {});
 
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
 // False when the message has neither a correspondent nor a subject. Throws Error for a file that
 // can't be read. isFromMe answers the own-address test.
 bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
-                      bool (*isFromMe)(const std::string& address), MailMessage& message);
+                      bool (*isFromMe)(const std::string& address), MailMessage& message,
+                      const ReadingRules& rules = kDesigned, const StoreTimes& times = {});
 
 // Header codes, see header_parser.cpp for the keys.
 enum class HeaderCode {
@@ -58,7 +61,9 @@ HeaderCode ClassifyHeader(std::string& line);
 bool BeginsHeader(std::string_view line);
 
 // "Name <address>", a bare address or a name alone. Of several "@" the one in angle brackets
-// counts, else the last: a display name may be an address itself.
-AddressPair SplitAddress(std::string_view text);
+// counts, else the last: a display name may be an address itself. A text without "@" is a name;
+// where bare addresses are kept, what stands between angle brackets is one, and so is a single
+// word.
+AddressPair SplitAddress(std::string_view text, bool keepsBareAddresses = false);
 
 }  // namespace tarnwick::intake

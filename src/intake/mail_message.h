@@ -11,12 +11,14 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platform/date_time.h"
 
 namespace tarnwick::intake {
 
-inline constexpr int kMaxRecipients = 100;
+inline constexpr int kMaxRecipients =
+    100;  // by design; complete reading (reading_rules.h) has more
 inline constexpr int kMaxBoundaries = 10;
 inline constexpr int kMaxAttachments = 20;
 
@@ -38,7 +40,7 @@ struct MailMessage {
   std::string TimeShift;
   std::string MessageKey;
   int16_t ToCount = 0;
-  std::array<AddressPair, kMaxRecipients> To;
+  std::vector<AddressPair> To = std::vector<AddressPair>(kMaxRecipients);  // grown for more
   int16_t ToConverted = 0;
   std::string FromAddress;
   std::string FromName;
@@ -46,7 +48,7 @@ struct MailMessage {
   std::string FromToAddress;
   std::string FromToName;
   int16_t CcCount = 0;
-  std::array<AddressPair, kMaxRecipients> Cc;
+  std::vector<AddressPair> Cc = std::vector<AddressPair>(kMaxRecipients);
   int16_t CcConverted = 0;
   std::string Importance;
   int16_t IsMultipart = 0;

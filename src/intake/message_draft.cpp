@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/message_draft.h"
 
+#include <algorithm>
+
 #include "core/messages.h"
 #include "core/text.h"
 #include "platform/charset.h"
@@ -27,9 +29,9 @@ void EndLinesWithCrLf(std::string& text) {
   text = std::move(result);
 }
 
-template <typename List>
 int16_t FinishAddresses(const std::vector<DraftAddress>& draft, std::string_view charset,
-                        List& list) {
+                        std::vector<AddressPair>& list) {
+  list.resize(std::max(draft.size(), list.size()));
   for (size_t i = 0; i < draft.size(); ++i) {
     list[i].Name = draft[i].name.Finish(charset);
     list[i].Address = draft[i].address.Finish(charset);
@@ -66,7 +68,7 @@ bool MessageDraft::AddAttachment(const MixedText& name) {
 }
 
 void FinishDraft(const MessageDraft& draft, MailMessage& message) {
-  const std::string& headers = draft.headerCharset.empty() ? draft.charset : draft.headerCharset;
+  const std::string& headers = draft.CharsetOfHeaders();
   message.Subject = draft.subject.Finish(headers);
   message.FromName = draft.from.name.Finish(headers);
   message.FromAddress = draft.from.address.Finish(headers);

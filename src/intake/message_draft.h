@@ -5,6 +5,7 @@
 // their plain bytes is known only when the last part has been read.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,8 @@ struct DraftAddress {
 struct MessageDraft {
   MixedText subject;
   DraftAddress from;
-  std::vector<DraftAddress> to;         // at most kMaxRecipients
-  std::vector<DraftAddress> cc;         // at most kMaxRecipients
+  std::vector<DraftAddress> to;
+  std::vector<DraftAddress> cc;
   std::vector<MixedText> attachments;   // at most kMaxAttachments
   std::vector<std::string> boundaries;  // at most kMaxBoundaries, none empty
   MixedText body;
@@ -46,6 +47,16 @@ struct MessageDraft {
   // Shows one of the boxes about full lists. After ten thousand of one message there are no more:
   // the log would grow far beyond the message.
   void ShowLimit(std::string_view kind, const std::string& text);
+
+  // Of the texts that no part of the message declares otherwise.
+  const std::string& CharsetOfHeaders() const {
+    return headerCharset.empty() ? charset : headerCharset;
+  }
+
+  // What the key of a message without one is made of, where that is not what the message is stored
+  // with: both readings (reading_rules.h) make the same.
+  std::optional<MixedText> keySubject;
+  std::optional<DateTime> keyTime;
 
   int limitsShown = 0;
 };

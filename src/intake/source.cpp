@@ -20,7 +20,8 @@ Ending TakeIn(const SourceFolder& folder, SourceMessage& message) {
   if (message.message) {
     dbSaveMesage(file, *message.message, descriptor.application, 0, folder.Identity(), &ending);
   } else {
-    isNew = dbxParseMessage(file, descriptor, folder.Identity(), message.key, &ending);
+    isNew = dbxParseMessage(file, descriptor, folder.Identity(), message.key, &ending,
+                            folder.Rules(), message.times);
   }
   if (isNew) core::State().NewMessageFlag = true;
   return ending;

@@ -13,6 +13,7 @@
 #include "intake/header_parser.h"
 #include "intake/mail_message.h"
 #include "intake/outcome.h"
+#include "intake/reading_rules.h"
 
 namespace tarnwick::intake {
 
@@ -28,6 +29,8 @@ struct SourceMessage {
   // The record of a message that is to be taken in, as the source has made it, its key not stored
   // yet. Without one the message is what stands in TempMessageFile, and is parsed.
   std::optional<MailMessage> message;
+  // What its store knows of its times.
+  StoreTimes times;
 };
 
 // A place that holds messages: a file, or a folder of a store.
@@ -40,6 +43,8 @@ class SourceFolder {
   // What its messages are stored with.
   virtual SourceDescriptor Descriptor() const = 0;
   virtual std::string Identity() const = 0;
+  // What its messages are parsed by.
+  virtual const ReadingRules& Rules() const { return kDesigned; }
 
   // Goes to the next message and writes its raw bytes, if it is to be taken in, to TempMessageFile.
   // False behind the last one. A message that can't be read is one that ended as kUnreadable. An

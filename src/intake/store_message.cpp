@@ -72,13 +72,17 @@ void StoreAttachmentNames(int64_t id, const MailMessage& message) {
   }
 }
 
+int CountOf(int16_t count, const std::vector<AddressPair>& list) {
+  return static_cast<int>(std::min<size_t>(std::max<int16_t>(count, 0), list.size()));
+}
+
 // Rows for the recipients and the contacts; gives the correspondent's contact, 0 for none.
 int64_t StoreRecipients(int64_t id, const MailMessage& message) {
   int64_t correspondent = 0;
   bool isOut = message.Direction == "Out";
   if (!isOut && message.Direction != "In") return 0;
   if (!isOut) correspondent = GetContactId(message.FromName, message.FromAddress);
-  for (int i = 0; i < std::min<int>(message.ToCount, kMaxRecipients); ++i) {
+  for (int i = 0; i < CountOf(message.ToCount, message.To); ++i) {
     const AddressPair& to = message.To[static_cast<size_t>(i)];
     if (isOut) {
       int64_t contact = GetContactId(to.Name, to.Address);
@@ -86,7 +90,7 @@ int64_t StoreRecipients(int64_t id, const MailMessage& message) {
     }
     dbSaveRecipient(id, to.Name, to.Address, Repository().ToRecordset);
   }
-  for (int i = 0; i < std::min<int>(message.CcCount, kMaxRecipients); ++i) {
+  for (int i = 0; i < CountOf(message.CcCount, message.Cc); ++i) {
     const AddressPair& cc = message.Cc[static_cast<size_t>(i)];
     if (isOut) GetContactId(cc.Name, cc.Address);
     dbSaveRecipient(id, cc.Name, cc.Address, Repository().CcRecordset);

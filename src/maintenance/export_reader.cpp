@@ -82,8 +82,8 @@ void ExportReader::ReadColumns(ExportedMessage& exported) {
   int cc = ReadRecipients("ccRecipient", exported.id, message.Cc);
   // Of a message that is neither sent nor received no recipients are kept, only their numbers.
   bool hasRows = message.Direction == "In" || message.Direction == "Out";
-  message.ToCount = CountOf(message.ToCount, to, hasRows ? to : intake::kMaxRecipients);
-  message.CcCount = CountOf(message.CcCount, cc, hasRows ? cc : intake::kMaxRecipients);
+  message.ToCount = CountOf(message.ToCount, to, hasRows ? to : INT16_MAX);
+  message.CcCount = CountOf(message.CcCount, cc, hasRows ? cc : INT16_MAX);
 }
 
 std::string ExportReader::ReadProject(int64_t id) {
@@ -109,7 +109,8 @@ int16_t ExportReader::ReadRecipients(const char* table, int64_t id, Pairs& pairs
   rows.Open(Where((std::string("SELECT * From ") + table + " WHERE EmailID=").c_str(), id),
             connection_);
   int16_t count = 0;
-  for (; !rows.Eof() && count < intake::kMaxRecipients; rows.MoveNext()) {
+  for (; !rows.Eof() && count < INT16_MAX; rows.MoveNext()) {
+    if (pairs.size() == static_cast<size_t>(count)) pairs.emplace_back();
     pairs[static_cast<size_t>(count++)] = {FieldOf(rows, "Name").AsText(),
                                            FieldOf(rows, "Address").AsText()};
   }

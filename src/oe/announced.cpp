@@ -6,6 +6,7 @@
 
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
+#include "oe/tree_node.h"
 #include "platform/error.h"
 #include "platform/registry.h"
 

@@ -2,12 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The folder list of a store. Section "Folder info".
+#include <algorithm>
+
 #include "core/guard.h"
 #include "core/messages.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/state.h"
-#include "oe/tree_node.h"
+#include "oe/tree_walk.h"
 #include "platform/charset.h"
 
 namespace tarnwick::oe {
@@ -15,11 +17,13 @@ namespace tarnwick::oe {
 namespace {
 
 constexpr size_t kFolderInfoSize = 287;
+constexpr size_t kEntryCountPlace = 10;
 constexpr size_t kNumberPlace = 13;     // first value byte of entry 1
 constexpr size_t kParentPlace = 17;     // of entry 2
 constexpr size_t kLastEntryPlace = 28;  // entry 5, its index byte
 constexpr size_t kLastValuePlace = 29;  // and its first value byte
 constexpr size_t kTextPlace = 32;
+constexpr size_t kLongestText = 255;
 constexpr uint8_t kNameEntry = 0x8A;  // the entry that ends a folder's index
 constexpr uint8_t kNoEntry = 0xFF;
 
@@ -37,54 +41,109 @@ size_t FindTexts(std::string_view text, uint8_t lastEntry) {
   return 0;
 }
 
+// Number, parent and texts at the places where designed reading has them. False for what is no
+// folder.
+bool TakeByPlaces(std::string_view bytes, FolderRow& row) {
+  if (Get8(bytes, kLastValuePlace) == kNoEntry) return false;
+  std::string_view text = bytes.substr(kTextPlace);
+  size_t place = FindTexts(text, Get8(bytes, kLastEntryPlace));
+  std::string_view displayName = ZeroTerminated(text, place);
+  std::string_view fileName = ZeroTerminated(text, place + displayName.size() + 1);
+  row.displayName = platform::BytesToUtf8(displayName, "");
+  row.fileName = platform::BytesToUtf8(fileName, "");
+  row.number = Get8(bytes, kNumberPlace);
+  row.parent = Get8(bytes, kParentPlace);
+  return true;
+}
+
+std::string IndexedText(ByteReader& file, const InfoIndex& index, uint8_t number, uint32_t offset) {
+  std::optional<uint64_t> place = PlaceOf(index, number, offset, 1);
+  if (!place) return {};
+  uint64_t dataEnd = uint64_t{offset} + kInfoHead + 4 * index.entries.size() + index.dataSize;
+  size_t most = std::min<uint64_t>(dataEnd - *place, kLongestText);
+  return platform::BytesToUtf8(ZeroTerminated(file.Read(*place, most), 0), "");
+}
+
+// The same by the index, where it points to a name.
+bool TakeByIndex(ByteReader& file, uint32_t offset, FolderRow& row) {
+  std::string head(file.Read(offset, kInfoHead));
+  InfoIndex index = ReadIndex(file, offset, Get32(head, 4), Get8(head, kEntryCountPlace));
+  std::string name = IndexedText(file, index, kFolderName, offset);
+  auto number = NumberOf(file, index, kFolderNumber, offset);
+  if (name.empty() || !number) return false;
+  row.displayName = std::move(name);
+  row.fileName = IndexedText(file, index, kFolderFile, offset);
+  row.number = static_cast<int32_t>(*number);
+  row.parent = static_cast<int32_t>(NumberOf(file, index, kFolderParent, offset).value_or(0));
+  return true;
+}
+
 }  // namespace
 
-void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex) {
+void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex, const intake::ReadingRules& rules) {
   bool ended = core::GuardedRun("ReadFolderInfo", [&] {
     const FolderFile& list = State().FolderFiles.at(static_cast<size_t>(folderFileIndex));
     ByteReader file(list.path);
     std::string bytes(file.Read(infoOffset, kFolderInfoSize));
     if (bytes.size() <= kTextPlace || Get32(bytes, 0) != infoOffset) {
-      core::ReportUnknownFormat(list.path);
+      if (MayReport()) core::ReportUnknownFormat(list.path);
       State().IsListDamaged = true;
       return;
     }
-    if (Get8(bytes, kLastValuePlace) == kNoEntry) return;
-    std::string_view text = std::string_view(bytes).substr(kTextPlace);
-    size_t place = FindTexts(text, Get8(bytes, kLastEntryPlace));
-    std::string_view displayName = ZeroTerminated(text, place);
-    std::string_view fileName = ZeroTerminated(text, place + displayName.size() + 1);
-    if (fileName.empty()) return;
     FolderRow row;
+    bool byIndex = rules.everyTreeLevel && TakeByIndex(file, infoOffset, row);
+    if (!byIndex && !TakeByPlaces(bytes, row)) return;
     row.userName = list.userName;
-    row.displayName = platform::BytesToUtf8(displayName, "");
-    row.fileName = platform::BytesToUtf8(fileName, "");
-    row.number = Get8(bytes, kNumberPlace);
-    row.parent = Get8(bytes, kParentPlace);
-    if (row.parent != 0 && !FindStoreFile(list.storeFolder, row.fileName)) return;
+    bool hasFile =
+        !row.fileName.empty() && (row.parent == 0 || FindStoreFile(list.storeFolder, row.fileName));
+    if (!hasFile && !rules.everyStore) return;
+    // Kept all the same, for the full names of the folders below it.
+    if (!hasFile) row.fileName.clear();
     auto& folders = State().Folders.at(static_cast<size_t>(folderFileIndex));
-    if (folders.size() < kMaxFolders) folders.push_back(std::move(row));
+    if (rules.everyStore || folders.size() < kMaxFolders) folders.push_back(std::move(row));
   });
   if (!ended) State().IsListDamaged = true;
 }
 
-void ReadFolderTree(int folderFileIndex) {
+namespace {
+
+// Entries of the root node alone.
+void ReadRootFolders(const std::string& path, int folderFileIndex) {
+  ByteReader file(path);
+  std::optional<TreeNode> root = ReadNode(file, State().Header.folderRoot);
+  if (!root) {
+    core::ReportUnknownFormat(path);
+    State().IsListDamaged = true;
+    return;
+  }
+  bool hasChildren = root->leftChild != 0;
+  for (const TreeEntry& entry : root->entries) hasChildren = hasChildren || entry.child != 0;
+  bool lacksEntries = !hasChildren && root->entries.size() < State().Header.itemCount;
+  if (root->isCut || lacksEntries) State().IsListDamaged = true;
+  for (const TreeEntry& entry : root->entries) ReadFolderInfo(entry.value, folderFileIndex);
+}
+
+// The whole list.
+void ReadAllFolders(const std::string& path, int folderFileIndex,
+                    const intake::ReadingRules& rules) {
+  TreeWalk walk(path, State().Header.folderRoot, [] { State().IsListDamaged = true; });
+  uint32_t entries = 0;
+  while (std::optional<uint32_t> value = walk.Next()) {
+    if (++entries > kMostListed) break;
+    ReadFolderInfo(*value, folderFileIndex, rules);
+  }
+  if (entries < State().Header.itemCount) State().IsListDamaged = true;
+}
+
+}  // namespace
+
+void ReadFolderTree(int folderFileIndex, const intake::ReadingRules& rules) {
   State().IsListDamaged = false;
   bool ended = core::GuardedRun("ReadFolderTree", [&] {
-    const std::string& path = State().FolderFiles.at(static_cast<size_t>(folderFileIndex)).path;
+    const std::string path = State().FolderFiles.at(static_cast<size_t>(folderFileIndex)).path;
     ReadDbxHeader(path);
-    ByteReader file(path);
-    std::optional<TreeNode> root = ReadNode(file, State().Header.folderRoot);
-    if (!root) {
-      core::ReportUnknownFormat(path);
-      State().IsListDamaged = true;
-      return;
-    }
-    bool hasChildren = root->leftChild != 0;
-    for (const TreeEntry& entry : root->entries) hasChildren = hasChildren || entry.child != 0;
-    bool lacksEntries = !hasChildren && root->entries.size() < State().Header.itemCount;
-    if (root->isCut || lacksEntries) State().IsListDamaged = true;
-    for (const TreeEntry& entry : root->entries) ReadFolderInfo(entry.value, folderFileIndex);
+    if (rules.everyTreeLevel) return ReadAllFolders(path, folderFileIndex, rules);
+    ReadRootFolders(path, folderFileIndex);
   });
   if (!ended) State().IsListDamaged = true;
 }

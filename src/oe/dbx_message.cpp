@@ -16,6 +16,7 @@
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/state.h"
+#include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"
@@ -24,7 +25,6 @@ namespace tarnwick::oe {
 
 namespace {
 
-constexpr size_t kInfoHead = 12;
 constexpr size_t kFirstBlockPlace = 25;  // the value of the fourth index entry
 constexpr size_t kTimeSize = 8;
 // A first block below this can't be one: the texts of the file's own head stand there.
@@ -40,6 +40,7 @@ enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 // The message being read, and how far it has come.
 struct Reading {
   ReadMessage& message;
+  const intake::ReadingRules& rules;
   Step step = kOpening;
 
   // False, with the reason for the account.
@@ -55,13 +56,16 @@ struct Info {
   uint32_t firstBlock = 0;
   uint32_t indexedBlock = 0;  // what the index says where the fourth entry is a place; 0 for none
   DateTime date;
+
+  // Bytes from the object's beginning to its data area.
+  uint64_t DataPlace() const { return kInfoHead + 4 * static_cast<uint64_t>(entryCount); }
 };
 
 // The object's head.
 std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::string& fileName) {
   std::string_view head = file.Read(offset, kMinInfoSize);
   if (head.size() < kMinInfoSize || Get32(head, 0) != offset) {
-    core::ReportUnknownFormat(fileName);
+    if (MayReport()) core::ReportUnknownFormat(fileName);
     return std::nullopt;
   }
   Info info;
@@ -76,41 +80,86 @@ std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::s
   return info;
 }
 
-InfoIndex ReadIndex(ByteReader& file, uint32_t offset, const Info& info) {
-  InfoIndex index;
-  size_t size = 4 * static_cast<size_t>(info.entryCount);
-  std::string_view bytes = file.Read(uint64_t{offset} + kInfoHead, size);
-  for (size_t place = 0; place + 4 <= bytes.size(); place += 4) {
-    index.entries.emplace_back(Get8(bytes, place), Get24(bytes, place + 1));
-  }
-  index.dataSize = info.bodyLength > size ? info.bodyLength - size : 0;
-  return index;
+// A timestamp of the index; 0 without one.
+uint64_t IndexedTime(ByteReader& file, const InfoIndex& index, uint8_t number, uint32_t offset) {
+  std::optional<uint64_t> place = PlaceOf(index, number, offset, kTimeSize);
+  if (!place) return 0;
+  std::string_view bytes = file.Read(*place, kTimeSize);
+  return bytes.size() < kTimeSize ? 0 : Get64(bytes, 0);
 }
 
-// Reads what the object tells: date, texts, first block. False when it has no date.
-bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
-  reading.step = kDate;
-  size_t place = FindInfoDate(file, offset, info.entryCount);
-  if (place == 0) return reading.GiveUp("its date is missing, before 1990 or after 2009");
+// The local time of a timestamp; nullopt where it is none that mail can have.
+std::optional<DateTime> LocalTime(uint64_t fileTime) {
+  DateTime utc = FileTimeToDate(fileTime, true);
+  if (!intake::IsSoundDate(utc)) return std::nullopt;
+  return platform::LocalFromUnix(utc.Seconds());
+}
+
+// What complete reading takes of the index: times, first block and, where a search finds none that
+// is within the designed years, the date that is a part of the key. False when the object has been
+// looked at too often.
+bool ReadByIndex(ByteReader& file, uint32_t offset, bool hasDate, InfoIndex& index, Info& info,
+                 Reading& reading) {
+  if (State().IsWalking) {
+    // Objects that do not overlap are no longer together than their file.
+    uint64_t size = kInfoHead + uint64_t{info.bodyLength};
+    if (size > State().InfoBudget) return reading.GiveUp("its info object overlaps others");
+    State().InfoBudget -= size;
+  }
+  uint64_t sent = IndexedTime(file, index, kSentTime, offset);
+  uint64_t received = IndexedTime(file, index, kReceivedTime, offset);
+  uint64_t arrived = IndexedTime(file, index, kArrivedTime, offset);
+  reading.message.times = {LocalTime(sent), LocalTime(received), LocalTime(arrived)};
+  if (!hasDate) {
+    index.fileTime = sent != 0 ? sent : received != 0 ? received : arrived;
+    info.date = FileTimeToDate(index.fileTime, true);
+  }
+  if (reading.rules.indexedText) {
+    info.firstBlock = NumberOf(file, index, kFirstBlock, offset).value_or(0);
+    info.indexedBlock = 0;
+    if (info.firstBlock == 0) return reading.GiveUp("its text is not in the file");
+  }
+  return true;
+}
+
+// Takes date and first block by the timestamp at a place behind the object's head; gives where the
+// texts go on in the file.
+uint64_t ReadDate(ByteReader& file, uint32_t offset, size_t place, InfoIndex& index, Info& info,
+                  Reading& reading) {
   uint64_t behind = uint64_t{offset} + kInfoHead + place;
-  uint64_t fileTime = Get64(file.Read(behind, kTimeSize), 0);
-  info.date = FileTimeToDate(fileTime, false);
+  index.fileTime = Get64(file.Read(behind, kTimeSize), 0);
+  info.date = FileTimeToDate(index.fileTime, false);
   behind += kTimeSize;
 
   reading.step = kTexts;
   if (uint64_t{info.firstBlock} + 1 < kFirstOffset) {
     std::string_view word = file.Read(behind, 4);
     if (word.size() < 4) throw Error(ErrorNumber::kSubscript, "Subscript out of range");
-    uint64_t indexedPlace =
-        uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount) + info.firstBlock;
+    uint64_t indexedPlace = uint64_t{offset} + info.DataPlace() + info.firstBlock;
     info.firstBlock = Get32(word, 0);
     behind += 4;
     std::string_view indexed = file.Read(indexedPlace, 4);
     if (indexed.size() == 4) info.indexedBlock = Get32(indexed, 0);
   }
-  InfoIndex index = ReadIndex(file, offset, info);
-  index.fileTime = fileTime;
-  uint64_t dataStart = uint64_t{offset} + kInfoHead + 4 * uint64_t(info.entryCount);
+  return behind;
+}
+
+// Reads what the object tells: date, texts, first block. False when it has no date, and for what
+// complete reading finds missing.
+bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
+  reading.step = kDate;
+  size_t place = FindInfoDate(file, offset, info.entryCount);
+  bool hasDate = place != 0;
+  if (!hasDate && !reading.rules.anyDate) {
+    return reading.GiveUp("its date is missing, before 1990 or after 2009");
+  }
+  InfoIndex index = ReadIndex(file, offset, info.bodyLength, info.entryCount);
+  uint64_t dataStart = uint64_t{offset} + info.DataPlace();
+  uint64_t behind = dataStart;
+  if (hasDate) behind = ReadDate(file, offset, place, index, info, reading);
+  if (reading.rules.anyDate && !ReadByIndex(file, offset, hasDate, index, info, reading)) {
+    return false;
+  }
   // The timestamp may be found in the index itself; then the texts are those of the data area.
   behind = std::max(behind, dataStart);
   index.firstByte = static_cast<size_t>(behind - dataStart);
@@ -153,8 +202,9 @@ bool IsBlock(ByteReader& file, uint32_t offset) {
 
 // Where the text begins. In one of three thousand info objects other words pass for the timestamp;
 // the word behind them is no block then, and the index's own word is looked at.
-uint32_t FirstBlock(ByteReader& file, const Info& info) {
+uint32_t FirstBlock(ByteReader& file, const Info& info, const intake::ReadingRules& rules) {
   uint32_t offset = info.firstBlock;
+  if (rules.indexedText) return offset;
   if (uint64_t{offset} + 1 < kFirstPlausibleBlock) offset = State().LastChainEnd;
   bool isRescued =
       info.indexedBlock != 0 && !IsBlock(file, offset) && IsBlock(file, info.indexedBlock);
@@ -237,7 +287,7 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading)
   FormerKey former = FindFormerKey(message.info);
   if (former.isThisLetter) return GiveUpKnown(former.key, message);
   if (former.key.empty()) core::State().NewMessageFlag = true;
-  if (!CopyChain(file, FirstBlock(file, *info), reading)) return false;
+  if (!CopyChain(file, FirstBlock(file, *info, reading.rules), reading)) return false;
   if (!former.key.empty() && intake::IsStoredFile(former.key, core::State().TempMessageFile)) {
     return GiveUpKnown(former.key, message);
   }
@@ -247,12 +297,28 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading)
 
 }  // namespace
 
-bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message) {
+std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset) {
+  try {
+    std::string_view head = file.Read(infoOffset, kMinInfoSize);
+    if (head.size() < kMinInfoSize || Get32(head, 0) != infoOffset) return std::nullopt;
+    std::optional<Info> info = ReadInfoHead(file, infoOffset, {});
+    ReadMessage message;
+    Reading reading{message, intake::kComplete};
+    if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
+    return std::move(message.info);
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
+                      const intake::ReadingRules& rules) {
   message = {};
-  Reading reading{message};
+  Reading reading{message, rules};
   try {
     return CopyMessage(infoOffset, fileName, reading);
   } catch (...) {
+    if (!MayReport()) return reading.GiveUp(core::CurrentError().Description());
     core::ReportCurrentException(
         "dbxMessageToFile", core::Report::kShow,
         " idStep = " + std::to_string(reading.step) + " " + std::to_string(infoOffset));

@@ -22,23 +22,9 @@ constexpr size_t kFolderRootPlace = 0x30;
 constexpr size_t kMessageRootPlace = 0xE4;
 constexpr uint8_t kFolderListKind = 0xC6;
 
-constexpr size_t kInfoHead = 12;
 constexpr size_t kDateWords = 50;
 
 constexpr const char* kNoSubject = "no subject";
-
-// Section "Index numbers".
-enum IndexNumber : uint8_t {
-  kPlainSubject = 0x05,
-  kMessageId = 0x07,
-  kSubject = 0x08,
-  kSenderName = 0x0D,
-  kSenderAddress = 0x0E,
-  kMessageLength = 0x11,
-  kReceiverName = 0x13,
-  kReceiverAddress = 0x14,
-};
-constexpr uint8_t kDirectFlag = 0x80;
 
 // Bytes of a key's parts; with all of them a key stays below the 255 characters that are stored.
 constexpr size_t kMaxKeyText = 200;

@@ -4,22 +4,24 @@
 // Reads the mail stores of Outlook Express: message files (one a folder) and folder lists, both
 // *.dbx. docs/dbx-format.md describes the format; comments in the sources name its sections.
 //
-// The reader is simple on purpose. It walks the first two levels of a message tree, finds a
-// message's date by looking for a plausible timestamp (after 1 January 1990 and before 1 January
-// 2010), and trusts an object that holds its own offset. Files are not read whole: each object is
-// reached by its offset, on a fresh handle for each node and each message. Whatever a file claims,
-// a walk takes time and disk in proportion to the file.
+// The designed reader is simple on purpose. It walks the first two levels of a message tree, finds
+// a message's date by looking for a plausible timestamp (after 1 January 1990 and before 1 January
+// 2010), and trusts an object that holds its own offset. The rules of complete reading
+// (intake/reading_rules.h) widen each of these. Files are not read whole: each object is reached by
+// its offset, on a fresh handle for each message. Whatever a file claims, a walk takes time and
+// disk in proportion to the file.
 //
 // Public routines report their own errors. Texts are UTF-8; offsets are those of the file.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "intake/outcome.h"
+#include "intake/reading_rules.h"
+#include "oe/info_index.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::oe {
@@ -41,7 +43,6 @@ inline constexpr std::string_view kMeAddress = "MeAddress";
 // Section "Header": sizes and places.
 inline constexpr size_t kHeaderSize = 240;
 inline constexpr size_t kItemCountPlace = 0xC4;
-inline constexpr size_t kEntrySize = 12;
 inline constexpr size_t kMinInfoSize = 28;
 
 struct DbxHeader {
@@ -60,14 +61,6 @@ struct MessageInfo {
   uint32_t length = 0;  // of the message in bytes, as far as the index knows; 0: it does not
 };
 
-// The index entries of the info object being read: what ParseMessageInfo knows beside the bytes.
-struct InfoIndex {
-  std::vector<std::pair<uint8_t, uint32_t>> entries;  // number with its direct flag, value
-  uint64_t fileTime = 0;                              // the timestamp found
-  size_t firstByte = 0;  // place in the data area of the first byte given
-  size_t dataSize = 0;   // of the data area
-};
-
 // Fills State().Header from the first 240 bytes; what a shorter file lacks is 0.
 void ReadDbxHeader(const std::string& fileName);
 
@@ -77,7 +70,8 @@ bool IsFolderTreeFile(const std::string& fileName);
 // Performs the operation for every message of the file that can be reached and is not in the
 // repository. A missing file is an empty folder.
 void ReadMessageTree(const std::string& fileName, std::string_view operation,
-                     const FolderRecord& folder);
+                     const FolderRecord& folder,
+                     const intake::ReadingRules& rules = intake::kDesigned);
 
 // The same for the entries of one node, without descending.
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
@@ -88,10 +82,15 @@ struct ReadMessage {
   MessageInfo info;
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
+  intake::StoreTimes times;
 };
 
 // True when a message that the repository does not hold stands whole in TempMessageFile.
-bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message);
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
+                      const intake::ReadingRules& rules = intake::kDesigned);
+
+// What the index of a message tells, and nothing else done; nullopt where it can't be read.
+std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset);
 
 // Place of the timestamp behind the 12-byte head of an info object; 0 when there is none.
 size_t FindInfoDate(ByteReader& file, uint32_t infoOffset, int entryCount);
@@ -109,7 +108,8 @@ std::string MakeEntryKey(const std::string& keyText, DateTime date);
 
 // Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders. What
 // of the list is damaged is passed over; State().IsListDamaged tells.
-void ReadFolderTree(int folderFileIndex);
-void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex);
+void ReadFolderTree(int folderFileIndex, const intake::ReadingRules& rules = intake::kDesigned);
+void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex,
+                    const intake::ReadingRules& rules = intake::kDesigned);
 
 }  // namespace tarnwick::oe

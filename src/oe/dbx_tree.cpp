@@ -18,7 +18,7 @@
 #include "oe/dbx_read.h"
 #include "oe/import.h"
 #include "oe/state.h"
-#include "oe/tree_node.h"
+#include "oe/tree_walk.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 
@@ -37,7 +37,8 @@ class WalkScope {
   explicit WalkScope(const std::string& fileName) {
     // No block belongs to two messages; twice the file leaves room for a store that is a little
     // out of order.
-    State().ChainBudget = 2 * platform::FileSize(fileName);
+    State().ChainBudget = State().InfoBudget = 2 * platform::FileSize(fileName);
+    State().ReportsLeft = kMostReports;
     State().IsWalking = true;
   }
   ~WalkScope() { State().IsWalking = false; }
@@ -48,10 +49,11 @@ class WalkScope {
 // The messages of a file, in the order in which its tree is walked.
 class MessageFile : public intake::SourceFolder {
  public:
-  MessageFile(const std::string& fileName, std::string_view operation, const FolderRecord& folder)
-      : fileName_(fileName), operation_(operation), folder_(folder) {}
+  MessageFile(const std::string& fileName, std::string_view operation, const FolderRecord& folder,
+              const intake::ReadingRules& rules)
+      : fileName_(fileName), operation_(operation), folder_(folder), rules_(rules) {}
 
-  // Begin a walk: of the two upper levels, or of one node alone.
+  // Begin a walk: of the two upper levels or, by rules that say so, of all; or of one node alone.
   void EnterRoot(uint32_t offset);
   void EnterNode(uint32_t offset) { steps_ = {{.offset = offset, .isNode = true}}; }
 
@@ -60,6 +62,7 @@ class MessageFile : public intake::SourceFolder {
     return {folder_.label, folder_.fullName, kApplication};
   }
   std::string Identity() const override { return folder_.userName; }
+  const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
   void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
 
@@ -75,10 +78,13 @@ class MessageFile : public intake::SourceFolder {
   void EnterSecondLevel(uint32_t offset);
   std::string NameOf(const MessageInfo& info) const;
   void Note(const char* reason) const { oe::Note(fileName_, operation_, reason); }
+  void ReportBadNode() const;
 
   const std::string& fileName_;
   std::string_view operation_;
   const FolderRecord& folder_;
+  const intake::ReadingRules& rules_;
+  std::optional<TreeWalk> walk_;  // of every level; the rest is of two
   std::set<uint32_t> nodesRead_;
   std::vector<Step> steps_;
   size_t stepsDone_ = 0;
@@ -93,6 +99,10 @@ bool HasChildren(const TreeNode& node) {
 }
 
 void MessageFile::EnterRoot(uint32_t offset) {
+  if (rules_.everyTreeLevel) {
+    walk_.emplace(fileName_, offset, [this] { ReportBadNode(); });
+    return;
+  }
   std::optional<TreeNode> root = ReadNodeOnce(offset);
   if (!root) return;
   if (root->leftChild == 0) {
@@ -107,14 +117,18 @@ void MessageFile::EnterRoot(uint32_t offset) {
   }
 }
 
+void MessageFile::ReportBadNode() const {
+  if (MayReport()) core::ReportUnknownFormat(fileName_);
+  Note(reason::kBadNode);
+}
+
 // nullopt after a report. Each is read once in a walk, so that a tree that leads back to itself
 // ends.
 std::optional<TreeNode> MessageFile::ReadNodeOnce(uint32_t offset) {
   ByteReader file(fileName_);
   std::optional<TreeNode> node = ReadNode(file, offset);
   if (!node || !nodesRead_.insert(offset).second) {
-    core::ReportUnknownFormat(fileName_);
-    Note(reason::kBadNode);
+    ReportBadNode();
     return std::nullopt;
   }
   if (node->isCut) Note(reason::kBadNode);
@@ -133,6 +147,11 @@ void MessageFile::EnterSecondLevel(uint32_t offset) {
 }
 
 std::optional<uint32_t> MessageFile::NextOffset() {
+  while (walk_ && !IsStopped()) {
+    std::optional<uint32_t> value = walk_->Next();
+    if (!value || *value != 0) return value;
+    Note(reason::kEmptyEntry);
+  }
   for (;;) {
     if (entriesDone_ < entries_.size()) return entries_[entriesDone_++].value;
     if (stepsDone_ == steps_.size() || IsStopped()) return std::nullopt;
@@ -157,8 +176,9 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   if (!offset) return false;
   offset_ = *offset;
   ReadMessage read;
-  if (dbxMessageToFile(offset_, fileName_, read)) {
+  if (dbxMessageToFile(offset_, fileName_, read, rules_)) {
     message.key = read.entryKey;
+    message.times = read.times;
   } else {
     message.ending = read.ending;
   }
@@ -167,7 +187,7 @@ bool MessageFile::Next(intake::SourceMessage& message) {
 }
 
 void MessageFile::Ended(const intake::SourceMessage& /*message*/, const intake::Ending& ending) {
-  if (ending.outcome != intake::Outcome::kUnreadable) return;
+  if (ending.outcome != intake::Outcome::kUnreadable || !MayReport()) return;
   core::LogProgress("Unreadable = " + core::OneLogLine(fileName_) + " " + std::to_string(offset_) +
                     "\r\n" + core::OneLogLine(ending.reason));
 }
@@ -190,7 +210,6 @@ void Perform(MessageFile& file, std::string_view operation) {
 }  // namespace
 
 std::optional<TreeNode> ReadNode(ByteReader& file, uint32_t offset) {
-  constexpr size_t kNodeHead = 24;
   constexpr size_t kMaxEntries = 255;
   std::string_view bytes = file.Read(offset, kNodeHead + kMaxEntries * kEntrySize);
   if (bytes.size() < kNodeHead || Get32(bytes, 0) != offset) return std::nullopt;
@@ -209,7 +228,7 @@ std::optional<TreeNode> ReadNode(ByteReader& file, uint32_t offset) {
 }
 
 void ReadMessageTree(const std::string& fileName, std::string_view operation,
-                     const FolderRecord& folder) {
+                     const FolderRecord& folder, const intake::ReadingRules& rules) {
   bool ended = core::GuardedRun("ReadMessageTree", [&] {
     if (IsStopped()) return;
     core::LogProgress("Reads = " + core::OneLogLine(folder.label) + "\r\n" +
@@ -225,7 +244,7 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
     if (root == 0) return Note(fileName, operation, reason::kNoTree);
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.label);
     WalkScope scope(fileName);
-    MessageFile file(fileName, operation, folder);
+    MessageFile file(fileName, operation, folder, rules);
     file.EnterRoot(root);
     Perform(file, operation);
   });
@@ -237,7 +256,7 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
                   const FolderRecord& folder) {
   core::GuardedRun("ReadTreeNode", [&] {
-    MessageFile file(fileName, operation, folder);
+    MessageFile file(fileName, operation, folder, intake::kDesigned);
     file.EnterNode(nodeOffset);
     Perform(file, operation);
   });

@@ -6,13 +6,16 @@
 #include <cstdio>
 #include <memory>
 #include <set>
+#include <unordered_map>
 
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
 #include "oe/dbx_read.h"
+#include "oe/discovery_steps.h"
 #include "oe/state.h"
+#include "oe/store_search.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
 #include "platform/error.h"
@@ -27,22 +30,7 @@ namespace {
 using platform::DbxContent;
 using platform::RegistryValue;
 
-constexpr const char* kIdentitiesKey = "Identities";
 constexpr const char* kCannotOpen = "Could not open Registry Key.";
-constexpr const char* kStoreRoot = "Store Root";
-constexpr size_t kMaxValueLength = 1024;
-
-std::string StoreKeyOf(const std::string& identity) {
-  return std::string(kIdentitiesKey) + "\\" + identity +
-         "\\Software\\Microsoft\\Outlook Express\\5.0";
-}
-
-// The registry of the mail's owner, opened at its first use in a run.
-platform::Registry& OwnersRegistry() {
-  auto& registry = State().OpenedRegistry;
-  if (!registry) registry = platform::OpenProfile(repository::GetProfileFolder());
-  return *registry;
-}
 
 std::string TooMany(const std::string& what) {
   return what + " are great than " + std::to_string(kMaxIdentities) + " .Program takes only .";
@@ -52,10 +40,11 @@ void EmptyTables() {
   OeState& state = State();
   state.Identities.clear();
   state.FolderFiles.clear();
-  for (auto& folders : state.Folders) folders.clear();
+  state.Folders.assign(kMaxFolderFiles, {});
   state.MessageFiles.clear();
   state.OpenedRegistry.reset();
   state.End = {};
+  state.Remarks.clear();
   state.Forbidden.clear();
 }
 
@@ -75,27 +64,6 @@ std::string Lines(const std::vector<std::string>& texts) {
   for (size_t i = 0; i < std::min(texts.size(), kMost); ++i) lines += "\r\n" + texts[i];
   if (texts.size() > kMost) lines += "\r\nand " + std::to_string(texts.size() - kMost) + " more";
   return lines;
-}
-
-// The *.dbx files behind the prefix that a store folder is.
-std::vector<std::string> StoreFileNames(const std::string& storeFolder) {
-  std::vector<std::string> names;
-  std::string prefix = platform::AsciiLower(platform::FileNameOf(storeFolder));
-  for (const std::string& name : platform::ListFiles(platform::FolderOf(storeFolder), ".dbx")) {
-    if (platform::AsciiLower(name).starts_with(prefix)) names.push_back(name);
-  }
-  return names;
-}
-
-// The repository's list of the users whose mail it holds.
-void AddUserToList(const std::string& user) {
-  jet::Recordset users;
-  users.Open("SELECT * From UserList WHERE User ='" + core::QuoteSql(user) + "'",
-             repository::RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
-  if (!users.Eof()) return;
-  users.AddNew();
-  users.SetField("User", user);
-  users.Update();
 }
 
 // Each message file becomes a folder of its name.
@@ -169,17 +137,6 @@ bool IsStoreThere(const std::string& storeFolder, const std::string& userName,
   return false;
 }
 
-void TellWhatIsNotThere(const std::vector<std::string>& missing) {
-  if (!missing.empty()) {
-    core::ShowMessage("The mail store can't be found here of" + Lines(missing) +
-                      "\r\n\r\nIt lay on another drive or has been moved. If you have a copy of "
-                      "that drive, choose the folder where the *.dbx files lie in it under "
-                      "Tools!Options.");
-  }
-  const std::vector<std::string>& forbidden = State().Forbidden;
-  if (!forbidden.empty()) core::ShowMessage("These may not be read:" + Lines(forbidden));
-}
-
 // Notes the files of a store that is not read, so that they are counted.
 void CountFilesOf(const std::string& storeFolder) {
   std::vector<std::string>& files = State().MessageFiles;
@@ -248,12 +205,6 @@ void OfferStoresWithoutRegistry(platform::ProfileKind kind) {
   CountStoresOf(*stores);
 }
 
-// What a person calls an identity.
-std::string NameOf(const std::string& identity) {
-  auto name = OwnersRegistry().Value(std::string(kIdentitiesKey) + "\\" + identity, "UserName");
-  return name && !name->text.empty() ? name->text : identity;
-}
-
 // Identities and their stores. False ends the run.
 bool ReadIdentities() {
   OeState& state = State();
@@ -286,34 +237,81 @@ bool EndAfterIdentities() {
   return false;
 }
 
+using FoldersByNumber = std::unordered_map<int32_t, const FolderRow*>;
+
 // The display names from the top folder down to this one, with "." between.
-std::string FullNameOf(const std::vector<FolderRow>& folders, const FolderRow& folder) {
+std::string FullNameOf(const FoldersByNumber& folders, const FolderRow& folder) {
   std::string name = folder.displayName;
-  std::set<int16_t> passed = {folder.number};
-  int16_t parent = folder.parent;
-  while (parent != 0 && passed.insert(parent).second) {
-    const FolderRow* found = nullptr;
-    for (const FolderRow& row : folders) {
-      if (row.number == parent) found = &row;
-    }
-    if (found == nullptr) break;
-    name.insert(0, found->displayName + ".");
-    parent = found->parent;
+  std::set<int32_t> passed = {folder.number};
+  int32_t parent = folder.parent;
+  while (parent != 0 && passed.size() <= kMostAncestors && passed.insert(parent).second) {
+    auto found = folders.find(parent);
+    if (found == folders.end()) break;
+    name.insert(0, found->second->displayName + ".");
+    parent = found->second->parent;
   }
   return name;
 }
 
+}  // namespace
+
+std::string StoreKeyOf(const std::string& identity) {
+  return std::string(kIdentitiesKey) + "\\" + identity +
+         "\\Software\\Microsoft\\Outlook Express\\5.0";
+}
+
+platform::Registry& OwnersRegistry() {
+  auto& registry = State().OpenedRegistry;
+  if (!registry) registry = platform::OpenProfile(repository::GetProfileFolder());
+  return *registry;
+}
+
+std::string NameOf(const std::string& identity) {
+  auto name = OwnersRegistry().Value(std::string(kIdentitiesKey) + "\\" + identity, "UserName");
+  return name && !name->text.empty() ? name->text : identity;
+}
+
+std::vector<std::string> StoreFileNames(const std::string& storeFolder) {
+  std::vector<std::string> names;
+  std::string prefix = platform::AsciiLower(platform::FileNameOf(storeFolder));
+  for (const std::string& name : platform::ListFiles(platform::FolderOf(storeFolder), ".dbx")) {
+    if (platform::AsciiLower(name).starts_with(prefix)) names.push_back(name);
+  }
+  return names;
+}
+
+void AddUserToList(const std::string& user) {
+  jet::Recordset users;
+  users.Open("SELECT * From UserList WHERE User ='" + core::QuoteSql(user) + "'",
+             repository::RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kOptimistic);
+  if (!users.Eof()) return;
+  users.AddNew();
+  users.SetField("User", user);
+  users.Update();
+}
+
+void TellWhatIsNotThere(const std::vector<std::string>& missing) {
+  if (!missing.empty()) {
+    core::ShowMessage("The mail store can't be found here of" + Lines(missing) +
+                      "\r\n\r\nIt lay on another drive or has been moved. If you have a copy of "
+                      "that drive, choose the folder where the *.dbx files lie in it under "
+                      "Tools!Options.");
+  }
+  const std::vector<std::string>& forbidden = State().Forbidden;
+  if (!forbidden.empty()) core::ShowMessage("These may not be read:" + Lines(forbidden));
+}
+
 void NameFolders(std::vector<FolderRow>& folders) {
+  FoldersByNumber byNumber;
+  for (const FolderRow& row : folders) byNumber[row.number] = &row;
   for (FolderRow& row : folders) {
-    if (row.parent != 0) row.fullName = FullNameOf(folders, row);
+    if (row.parent != 0) row.fullName = FullNameOf(byNumber, row);
     core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " +
                       core::OneLogLine(row.fullName) + "\r\nMe = " + std::to_string(row.number) +
                       " " + core::OneLogLine(row.displayName) + "\r\n" +
                       core::OneLogLine(row.fileName));
   }
 }
-
-}  // namespace
 
 bool EnumIdentities() {
   return core::Guarded("EnumIdentities", false, [&] {
@@ -429,7 +427,7 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
   });
 }
 
-bool DiscoverOutlookExpress() {
+bool DiscoverOutlookExpress(const intake::ReadingRules& rules) {
   return core::Guarded("DiscoverOutlookExpress", false, [&] {
     State().End = {};
     if (platform::LogonName() != core::State().UserName) {
@@ -437,12 +435,17 @@ bool DiscoverOutlookExpress() {
     }
     EmptyTables();
     OeState& state = State();
+    if (rules.everyStore) {
+      FindEveryStore();
+      return true;
+    }
     platform::ProfileKind kind = platform::DetectProfile(repository::GetProfileFolder());
     state.HasCopiedStores = kind == platform::ProfileKind::kDbxFiles ||
                             kind == platform::ProfileKind::kDbxWithFolderList;
     OfferStoresWithoutRegistry(kind);
     if (!EnumIdentities()) return EndAfterIdentities();
     if (!ReadIdentities()) return EndAfterIdentities();
+    state.HasSeveralOwners = state.Identities.size() > 1;
     for (size_t j = 0; j < state.FolderFiles.size(); ++j) {
       if (state.FolderFiles[j].path.empty()) continue;
       ReadFolderTree(static_cast<int>(j));

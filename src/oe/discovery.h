@@ -13,11 +13,18 @@
 #include <optional>
 #include <string>
 
+#include "intake/reading_rules.h"
+
 namespace tarnwick::oe {
 
+// Limits of the design.
 inline constexpr int kMaxIdentities = 20;
 inline constexpr int kMaxFolderFiles = 100;
 inline constexpr int kMaxFolders = 255;  // in one folder list
+// Complete reading has one for the objects of a folder list, and one for a folder's ancestors, both
+// beyond what anybody has.
+inline constexpr int kMostListed = 10'000;
+inline constexpr size_t kMostAncestors = 64;
 
 // A folder list. path is empty for one that stands for a store without a list, its folders being
 // the store's files.
@@ -30,9 +37,9 @@ struct FolderFile {
 struct FolderRow {
   std::string userName;
   std::string displayName;
-  std::string fileName;
-  int16_t number = 0;
-  int16_t parent = 0;    // 0 for a top folder
+  std::string fileName;  // "" for one that only gives the folders below it their full names
+  int32_t number = 0;
+  int32_t parent = 0;    // 0 for a top folder
   std::string fullName;  // "" for a top folder
 };
 
@@ -73,7 +80,9 @@ void CollectStoreFiles(const std::string& storeFolder, const std::string& userNa
 // The person is told of stores that are not there and of what may not be read, and is asked whether
 // the mail files are to be read as they are where the registry does not lead to them, and by
 // themselves where a folder list is damaged.
-bool DiscoverOutlookExpress();
+// By the rules of complete reading it is FindEveryStore (store_search.h) and ends early only for
+// another user.
+bool DiscoverOutlookExpress(const intake::ReadingRules& rules = intake::kDesigned);
 
 // The path of a file of a store, its name found without regard to case; nullopt when there is none
 // or the name is not a plain one.

@@ -21,7 +21,17 @@ namespace tarnwick::oe {
 
 namespace {
 
-constexpr std::array<std::string_view, 3> kUnreadFolders = {"Drafts", "Deleted Items", "Outbox"};
+using intake::ReadingRules;
+
+// Folders that are left out unless the rules have them read.
+struct UnreadFolder {
+  std::string_view name;
+  bool ReadingRules::*isRead;
+};
+constexpr std::array<UnreadFolder, 3> kUnreadFolders = {
+    {{"Drafts", &ReadingRules::drafts},
+     {"Deleted Items", &ReadingRules::deletedItems},
+     {"Outbox", &ReadingRules::outbox}}};
 constexpr std::string_view kSentItems = "Sent Items";
 constexpr std::string_view kHotmail = "Hotmail";
 
@@ -29,15 +39,21 @@ bool Contains(const std::string& text, std::string_view part) {
   return text.find(part) != std::string::npos;
 }
 
-// Calls visit for every folder that a pass looks at, until it returns false. The folder lists are
-// counted by the identities: the j-th list is taken to be the j-th identity's.
-template <typename Visit>
-void ForEachFolder(Visit visit) {
+// By design the folder lists are counted by the identities: the j-th list is taken to be the j-th
+// identity's.
+size_t ListsToRead(const ReadingRules& rules) {
   OeState& state = State();
-  size_t lists = std::min(state.Identities.size(), state.FolderFiles.size());
-  for (size_t j = 0; j < lists; ++j) {
+  if (rules.everyStore) return state.FolderFiles.size();
+  return std::min(state.Identities.size(), state.FolderFiles.size());
+}
+
+// Calls visit for every folder that a pass looks at, until it returns false.
+template <typename Visit>
+void ForEachFolder(const ReadingRules& rules, Visit visit) {
+  OeState& state = State();
+  for (size_t j = 0; j < ListsToRead(rules); ++j) {
     for (const FolderRow& folder : state.Folders[j]) {
-      if (!visit(state.FolderFiles[j], folder)) return;
+      if (!folder.fileName.empty() && !visit(state.FolderFiles[j], folder)) return;
     }
   }
 }
@@ -49,19 +65,22 @@ std::string PathOf(const FolderFile& list, const FolderRow& folder) {
 
 FolderRecord RecordOf(const FolderFile& list, const FolderRow& folder) {
   std::string prefix = Contains(folder.fullName, kHotmail) ? "Hotmail_" : "";
-  bool isOneOfMany = State().Identities.size() > 1;
-  std::string label = (isOneOfMany ? list.userName + "_" : "") + prefix + folder.displayName;
+  std::string owner = State().HasSeveralOwners ? list.userName + "_" : "";
+  std::string label = owner + prefix + folder.displayName;
   return {label, folder.fullName, list.userName};
 }
 
 // Reads the files of the folders that are wanted, in the order of their first folder. A file that
 // several folders name is read once.
-void ReadFolders(bool (*isWanted)(const FolderRow&), std::string_view operation) {
+template <typename IsWanted>
+void ReadFolders(const ReadingRules& rules, std::string_view operation, IsWanted isWanted) {
   std::set<std::string> filesRead;
-  ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
+  ForEachFolder(rules, [&](const FolderFile& list, const FolderRow& folder) {
     if (isWanted(folder)) {
       std::string path = PathOf(list, folder);
-      if (filesRead.insert(path).second) ReadMessageTree(path, operation, RecordOf(list, folder));
+      if (filesRead.insert(path).second) {
+        ReadMessageTree(path, operation, RecordOf(list, folder), rules);
+      }
     }
     return !IsStopped();
   });
@@ -83,6 +102,8 @@ bool IsProfile(const std::string& folder) {
 
 class OutlookExpress : public intake::Source {
  public:
+  explicit OutlookExpress(const ReadingRules& rules) : rules_(rules) {}
+
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "OutlookExpress"; }
   std::string Files() const override { return "*.dbx"; }
@@ -90,50 +111,54 @@ class OutlookExpress : public intake::Source {
 
   // A discovery that ended as it is meant to is no failure; the account says how.
   bool Announce(bool /*whole*/) override {
-    bool done = oeInitialize() || !State().End.reason.empty();
-    AnnounceMessages();
+    bool done = oeInitialize(rules_) || !State().End.reason.empty();
+    AnnounceMessages(rules_);
     return done;
   }
 
   bool Read(bool whole) override {
-    if (whole) CollectMeAddresses();
-    ImportOutlookExpress();
+    if (whole) CollectMeAddresses(rules_);
+    ImportOutlookExpress(rules_);
     return true;
   }
+
+ private:
+  ReadingRules rules_;
 };
 
 }  // namespace
 
-std::unique_ptr<intake::Source> MakeSource() {
-  return std::make_unique<OutlookExpress>();
+std::unique_ptr<intake::Source> MakeSource(const ReadingRules& rules) {
+  return std::make_unique<OutlookExpress>(rules);
 }
 
 bool ProfileKnown() {
   return IsProfile(repository::GetProfileFolder());
 }
 
-bool oeInitialize() {
+bool oeInitialize(const ReadingRules& rules) {
   OeState& state = State();
   state.CanRead = false;
   state.CanRead = core::Guarded("oeInitialize", false,
-                                [&] { return ProfileKnown() && DiscoverOutlookExpress(); });
+                                [&] { return ProfileKnown() && DiscoverOutlookExpress(rules); });
   state.OpenedRegistry.reset();
   return state.CanRead;
 }
 
-bool IsFolderToRead(const FolderRow& folder) {
-  return std::none_of(kUnreadFolders.begin(), kUnreadFolders.end(), [&](std::string_view name) {
-    return Contains(folder.fullName, name) || folder.displayName == name;
+bool IsFolderToRead(const FolderRow& folder, const ReadingRules& rules) {
+  return std::none_of(kUnreadFolders.begin(), kUnreadFolders.end(), [&](const UnreadFolder& each) {
+    return !(rules.*each.isRead) &&
+           (Contains(folder.fullName, each.name) || folder.displayName == each.name);
   });
 }
 
-void CollectMeAddresses() {
+void CollectMeAddresses(const ReadingRules& rules) {
   core::GuardedRun("CollectMeAddresses", [&] {
-    if (State().CanRead) ReadFolders(IsSentItems, kMeAddress);
+    if (State().CanRead) ReadFolders(rules, kMeAddress, IsSentItems);
   });
 }
 
-void AnnounceMessages() {
+void AnnounceMessages(const ReadingRules& rules) {
   core::GuardedRun("AnnounceMessages", [&] {
     OeState& state = State();
     // Two identities may have one store.
@@ -143,19 +168,22 @@ void AnnounceMessages() {
       intake::Account().SetReason(path, state.CanRead ? reason::kNotListed : state.End.reason);
     }
     if (!state.End.reason.empty()) intake::Account().Note("Outlook Express: " + state.End.reason);
+    for (const std::string& remark : state.Remarks) {
+      intake::Account().Note("Outlook Express: " + remark);
+    }
     for (const std::string& path : state.Forbidden) {
       intake::Account().Note(path + ": " + kMayNotBeRead);
     }
     if (!state.CanRead) return;
-    for (size_t j = state.Identities.size(); j < state.FolderFiles.size(); ++j) {
+    for (size_t j = ListsToRead(rules); j < state.FolderFiles.size(); ++j) {
       for (const FolderRow& folder : state.Folders[j]) {
         SetReason(state.FolderFiles[j], folder, reason::kBeyondIdentities);
       }
     }
     // A file that two folders name is read if one of them is.
     for (bool toRead : {false, true}) {
-      ForEachFolder([&](const FolderFile& list, const FolderRow& folder) {
-        if (IsFolderToRead(folder) == toRead) {
+      ForEachFolder(rules, [&](const FolderFile& list, const FolderRow& folder) {
+        if (IsFolderToRead(folder, rules) == toRead) {
           SetReason(list, folder, toRead ? "" : reason::kFolderRule);
         }
         return true;
@@ -164,11 +192,12 @@ void AnnounceMessages() {
   });
 }
 
-void ImportOutlookExpress() {
+void ImportOutlookExpress(const ReadingRules& rules) {
   core::GuardedRun("ImportOutlookExpress", [&] {
     if (!State().CanRead) return;
     State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
-    ReadFolders(IsFolderToRead, kMsgToDb);
+    ReadFolders(rules, kMsgToDb,
+                [&](const FolderRow& folder) { return IsFolderToRead(folder, rules); });
   });
   core::GuardedRun("ImportOutlookExpress", [&] {
     platform::RemoveFile(core::State().TempMessageFile);

@@ -22,7 +22,7 @@ namespace tarnwick::oe {
 inline constexpr const char* kApplication = "Outlook Express";
 
 // Outlook Express as a source of a load: the routines below, in their order.
-std::unique_ptr<intake::Source> MakeSource();
+std::unique_ptr<intake::Source> MakeSource(const intake::ReadingRules& rules = intake::kDesigned);
 
 // False where it is not known yet whose mail to read: no profile folder is chosen, or the chosen
 // one holds no profile.
@@ -30,17 +30,17 @@ bool ProfileKnown();
 
 // Runs the discovery; what it gives is kept and tells whether the passes below read anything. False
 // without a box when ProfileKnown is false.
-bool oeInitialize();
+bool oeInitialize(const intake::ReadingRules& rules = intake::kDesigned);
 
 // Tells the account of the load what the stores hold that the discovery found, and what of it will
 // not be read, also after a discovery that ended early.
-void AnnounceMessages();
+void AnnounceMessages(const intake::ReadingRules& rules = intake::kDesigned);
 
-void CollectMeAddresses();
-void ImportOutlookExpress();
+void CollectMeAddresses(const intake::ReadingRules& rules = intake::kDesigned);
+void ImportOutlookExpress(const intake::ReadingRules& rules = intake::kDesigned);
 
-// Every folder but drafts, deleted items and the outbox.
-bool IsFolderToRead(const FolderRow& folder);
+// Every folder but drafts, deleted items and the outbox, and those of them that the rules name.
+bool IsFolderToRead(const FolderRow& folder, const intake::ReadingRules& rules = intake::kDesigned);
 
 // Keeps the sender of the message in TempMessageFile as one of the user's own addresses.
 void dbxFileMeAddress();

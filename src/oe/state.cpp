@@ -15,6 +15,10 @@ void ResetState() {
   State() = OeState();
 }
 
+bool MayReport() {
+  return !State().IsWalking || State().ReportsLeft-- > 0;
+}
+
 bool IsStopped() {
   return core::IsLoadStopped();
 }

@@ -5,7 +5,6 @@
 // the reader's position and the account of a load. One instance, put back by ResetState().
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,15 +16,19 @@
 
 namespace tarnwick::oe {
 
+inline constexpr int kMostReports = 100'000;
+
 struct OeState {
   // Discovery (discovery.h).
   std::vector<std::string> Identities;
   std::vector<FolderFile> FolderFiles;
-  std::array<std::vector<FolderRow>, kMaxFolderFiles> Folders;  // by folder file
+  std::vector<std::vector<FolderRow>> Folders{kMaxFolderFiles};  // by folder file
   std::vector<std::string> MessageFiles;  // paths of the other *.dbx files of the stores
   std::unique_ptr<platform::Registry> OpenedRegistry;
-  bool HasCopiedStores = false;  // *.dbx files without a registry, see platform/registry.h
+  bool HasCopiedStores = false;   // *.dbx files without a registry, see platform/registry.h
+  bool HasSeveralOwners = false;  // folders are labelled with their owners' names
   DiscoveryEnd End;
+  std::vector<std::string> Remarks;    // what complete reading found damaged or missing
   std::vector<std::string> Forbidden;  // store folders and files that may not be read
   bool IsListDamaged = false;          // the folder list read last
   bool CanRead = false;                // what the last oeInitialize gave
@@ -38,11 +41,18 @@ struct OeState {
 
   // One walk of a message tree (dbx_message.cpp).
   uint64_t ChainBudget = 0;  // bytes of blocks that this walk may still follow
+  uint64_t InfoBudget = 0;   // bytes of info objects that complete reading may still look at
   bool IsWalking = false;
+  // What is damaged is reported one by one so many times, more than a designed walk comes to: the
+  // log must not grow far beyond the file.
+  int ReportsLeft = kMostReports;
 };
 
 OeState& State();
 void ResetState();
+
+// Whether this walk may report one thing more.
+bool MayReport();
 
 // True once the stop command or the ask dialog's Cancel has ended the load.
 bool IsStopped();

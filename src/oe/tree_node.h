@@ -4,6 +4,7 @@
 // A node of either tree of a store file; docs/dbx-format.md, section "Tree node".
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -11,6 +12,9 @@
 namespace tarnwick::oe {
 
 class ByteReader;
+
+inline constexpr size_t kNodeHead = 24;
+inline constexpr size_t kEntrySize = 12;
 
 struct TreeEntry {
   uint32_t value = 0;  // offset of an info object

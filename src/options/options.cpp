@@ -18,6 +18,14 @@ void SetUsed(const std::string& option, bool on) {
   repository::SetOption(option, on);
 }
 
+bool IsReadingComplete() {
+  return repository::GetOption(repository::kCompleteReadingOption);
+}
+
+void SetCompleteReading(bool on) {
+  repository::SetOption(repository::kCompleteReadingOption, on);
+}
+
 void SetLogMailTexts(bool on) {
   repository::SetOption("LogMailTexts", on);
 }

@@ -21,6 +21,10 @@ struct Mailer {
 bool IsUsed(const std::string& option);
 void SetUsed(const std::string& option, bool on);
 
+// How mail is read (intake/reading_rules.h).
+bool IsReadingComplete();
+void SetCompleteReading(bool on);
+
 // Whether the event log tells subjects and names of attached files.
 void SetLogMailTexts(bool on);
 

@@ -16,6 +16,7 @@
 #include <cassert>
 
 #include "core/run_state.h"
+#include "intake/reading_rules.h"
 #include "repository/plain_text_view.h"
 #include "repository/repository.h"
 
@@ -134,6 +135,7 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
   active->setContentsMargins(fontMetrics().averageCharWidth() * 2, 0, 0, 0);
   for (QCheckBox* box : boxes) active->addWidget(box);
   column->addLayout(active);
+  column->addWidget(MakeReading());
   column->addWidget(ownLine);
   column->addWidget(LogMailTexts_);
   if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
@@ -150,10 +152,64 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
     former = next;
   };
   for (QCheckBox* box : boxes) goOnTo(box);
+  goOnTo(CompleteReading_);
+  for (QCheckBox* box : readFolders_) goOnTo(box);
   goOnTo(LogMailTexts_);
   goOnTo(profileFolder_);
   goOnTo(browse_);
   goOnTo(cmdOK_);
+}
+
+// The folders belong to complete reading.
+QLayout* frmOptions::MakeReadFolders() {
+  auto* label = new QLabel(tr("Also these folders of Outlook Express:"), this);
+  label->setObjectName("ReadFoldersLabel");
+  const struct {
+    const char* option;
+    QString caption;
+  } kFolders[] = {{intake::kDraftsOption, tr("&Drafts")},
+                  {intake::kDeletedItemsOption, tr("Dele&ted Items")},
+                  {intake::kOutboxOption, tr("&Outbox")}};
+  auto* row = new QHBoxLayout;
+  for (const auto& folder : kFolders) {
+    QCheckBox* box = MakeBox(folder.option, folder.caption,
+                             tr("The load command reads this folder and those in it"));
+    box->setChecked(IsUsed(folder.option));
+    connect(box, &QCheckBox::clicked, this,
+            [option = folder.option](bool on) { SetUsed(option, on); });
+    row->addWidget(box);
+    readFolders_.push_back(box);
+  }
+  row->addStretch(1);
+  auto follow = [&](QWidget* widget) {
+    widget->setEnabled(false);
+    connect(CompleteReading_, &QCheckBox::toggled, widget, &QWidget::setEnabled);
+  };
+  follow(label);
+  for (QCheckBox* box : readFolders_) follow(box);
+  auto* indented = new QVBoxLayout;
+  indented->setContentsMargins(fontMetrics().averageCharWidth() * 2, 0, 0, 0);
+  indented->addWidget(label);
+  indented->addLayout(row);
+  return indented;
+}
+
+QWidget* frmOptions::MakeReading() {
+  auto* part = new QWidget(this);
+  auto* line = new QFrame(part);
+  line->setFrameStyle(QFrame::HLine | QFrame::Sunken);
+  CompleteReading_ =
+      MakeBox("CompleteReading", tr("&Read everything a store holds"),
+              tr("Messages of every year and at every depth of a store, whole subjects and names, "
+                 "and stores and files that nothing leads to. Without it much mail of large or "
+                 "damaged stores is left out."));
+  connect(CompleteReading_, &QCheckBox::clicked, this, &frmOptions::CompleteReading_Click);
+  auto* column = new QVBoxLayout(part);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(line);
+  column->addWidget(CompleteReading_);
+  column->addLayout(MakeReadFolders());
+  return part;
 }
 
 QWidget* frmOptions::MakeProfile() {
@@ -201,6 +257,7 @@ void frmOptions::Form_Load() {
   OutlookExpress_->setChecked(core::State().UseOutlookExpress);
   MSOutlook_->setChecked(core::State().UseMSOutlook);
   LogMailTexts_->setChecked(core::State().LogMailTexts);
+  CompleteReading_->setChecked(IsReadingComplete());
 }
 
 void frmOptions::MSOutlook_Click() {
@@ -213,6 +270,10 @@ void frmOptions::OutlookExpress_Click() {
 
 void frmOptions::LogMailTexts_Click() {
   SetLogMailTexts(LogMailTexts_->isChecked());
+}
+
+void frmOptions::CompleteReading_Click() {
+  SetCompleteReading(CompleteReading_->isChecked());
 }
 
 void frmOptions::LoadAllFolders_Click() {

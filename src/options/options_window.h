@@ -12,6 +12,7 @@
 
 class QCheckBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QPushButton;
 
@@ -36,12 +37,15 @@ class frmOptions : public QDialog {
   void MakeControls(const std::vector<Mailer>& mailers);
   QCheckBox* MakeBox(const QString& name, const QString& caption, const QString& tip);
   std::vector<QCheckBox*> MakeMailers(const std::vector<Mailer>& mailers);
+  QLayout* MakeReadFolders();
+  QWidget* MakeReading();
   QWidget* MakeProfile();
   void Form_Load();
   void MSOutlook_Click();
   void OutlookExpress_Click();
   void LoadAllFolders_Click();
   void LogMailTexts_Click();
+  void CompleteReading_Click();
   void cmdOK_Click();
   void Browse();
   void ShowProfile();
@@ -56,6 +60,9 @@ class frmOptions : public QDialog {
   QCheckBox* MSOutlook_ = nullptr;
   QCheckBox* OutlookExpress_ = nullptr;
   QCheckBox* LogMailTexts_ = nullptr;
+  QCheckBox* CompleteReading_ = nullptr;
+  std::vector<QCheckBox*>
+      readFolders_;  // those that complete reading reads only when they are ticked
   QLineEdit* profileFolder_ = nullptr;
   QPushButton* browse_ = nullptr;
   QLabel* profileFound_ = nullptr;

@@ -10,20 +10,15 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "intake/header_parser.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/source.h"
-#include "intake/store_message.h"
 #include "outlook/folder_walk.h"
-#include "outlook/letter.h"
-#include "outlook/message_of_letter.h"
-#include "outlook/mime_message.h"
 #include "outlook/pst_provider.h"
 #include "outlook/store_discovery.h"
+#include "outlook/take_item.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "platform/locale.h"
 #include "repository/parameter_store.h"
 
 namespace tarnwick::outlook {
@@ -157,40 +152,10 @@ class ItemFolder : public intake::SourceFolder {
     return false;
   }
 
-  void ReadMail(Item& item, intake::SourceMessage& taken) {
-    Letter letter = ReadLetter(item);
-    intake::MailMessage message = MessageOf(letter, item, folder_.place, intake::IsFromMe);
-    taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
-                 core::LoggedMailText(message.Subject);
-    const std::string& file = core::State().TempMessageFile;
-    // Emptied instead, the last message's file would first be brought to the disk.
-    platform::RemoveFile(file);
-    {
-      platform::OutputFile output(file);
-      WriteMime(item, letter, open_.budget, [&](std::string_view bytes) { output.Write(bytes); });
-      output.Close();
-    }
-    if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
-      TakeBodiesOfRawText(file, message);
-    }
-    if (std::string damage = item.Damage(); !damage.empty()) {
-      message.Notes = "This message is damaged in its Outlook store (" + damage +
-                      "). Parts of it may be missing or not as they were written.";
-    }
-    if (folder_.place.inSentItems && letter.ownAddress != intake::kNoAddress) {
-      intake::dbSaveMeAddress(letter.ownAddress, letter.from.Name, kApplication);
-    }
-    taken.message = std::move(message);
-  }
-
-  // The texts of a signed letter lie in what was signed.
-  void TakeBodiesOfRawText(const std::string& file, intake::MailMessage& message) const {
-    intake::MailMessage parsed;
-    if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, parsed)) return;
-    message.Body = parsed.Body;
-    message.HTMLBody = parsed.HTMLBody;
-    message.Attachments = parsed.Attachments;
-    message.AttachCount = parsed.AttachCount;
+  void ReadMail(Item& item, intake::SourceMessage& message) {
+    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget);
+    message.name = std::move(taken.name);
+    message.message = std::move(taken.message);
   }
 
   OpenStore& open_;
@@ -325,21 +290,28 @@ OlState& State() {
 
 class Outlook : public intake::Source {
  public:
+  explicit Outlook(std::vector<std::string> chosen = {}) : chosen_(std::move(chosen)) {}
   ~Outlook() override {
     if (hasAnnounced_) olReset();
   }
   std::string Name() const override { return kApplication; }
   const char* Option() const override { return "MSOutlook"; }
   std::string Files() const override { return "*.pst"; }
-  bool IsIn(const std::string& folder) override { return !FindStores(folder).empty(); }
+  bool IsIn(const std::string& folder) override {
+    return !chosen_.empty() || !FindStores(folder).empty();
+  }
   // A first load takes every store.
   bool Announce(bool whole) override {
     hasAnnounced_ = true;
-    return olInitialize() && olAnnounce(whole);
+    if (chosen_.empty()) return olInitialize() && olAnnounce(whole);
+    olReset();
+    State().StoreFiles = chosen_;
+    return olAnnounce(true);
   }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
 
  private:
+  std::vector<std::string> chosen_;
   bool hasAnnounced_ = false;
 };
 
@@ -361,6 +333,10 @@ void ShowRefused(const std::vector<RefusedStore>& stores) {
 
 std::unique_ptr<intake::Source> MakeSource() {
   return std::make_unique<Outlook>();
+}
+
+std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles) {
+  return std::make_unique<Outlook>(std::move(storeFiles));
 }
 
 bool olInitialize() {

@@ -24,6 +24,8 @@ inline constexpr const char* kApplication = "Outlook";
 
 // Outlook as a source of a load: the routines below, in their order.
 std::unique_ptr<intake::Source> MakeSource();
+// The same of these stores, all of them, wherever they lie.
+std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles);
 
 // Finds the stores of the profile; what it finds is kept for olImportOutlook. False when there is
 // none.

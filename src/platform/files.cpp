@@ -94,8 +94,10 @@ std::vector<std::string> ListEntries(
 
 #ifdef _WIN32
 constexpr int kBinary = _O_BINARY;
+constexpr int kNoWait = 0;
 #else
 constexpr int kBinary = O_CLOEXEC;
+constexpr int kNoWait = O_NONBLOCK;  // a pipe that nobody writes to would be waited for
 #endif
 
 constexpr size_t kBufferSize = size_t{64} * 1024;
@@ -364,7 +366,7 @@ namespace {
 
 int OpenForReading(const std::string& path) {
   Pass(FileOperation::kOpen, path);
-  int handle = ::open(path.c_str(), O_RDONLY | kBinary);
+  int handle = ::open(path.c_str(), O_RDONLY | kBinary | kNoWait);
   if (handle < 0) ThrowSystemError(errno, path);
   return handle;
 }

@@ -3,6 +3,7 @@
 //
 // The registry view of *.dbx files that were copied without the rest of their owner's profile: one
 // identity for each folder that holds some.
+#include <algorithm>
 #include <array>
 #include <set>
 
@@ -20,12 +21,43 @@ std::string LastName(const std::string& folder) {
   return FileNameOf(folder.substr(0, folder.empty() ? 0 : folder.size() - 1));
 }
 
-// What tells the stores below one folder apart: the first folder of the way to them.
+// Folders of Windows' own: they tell nothing of whose mail lies below them.
+bool IsOfWindows(const std::string& name) {
+  constexpr std::array<std::string_view, 18> kNames = {"documents and settings",
+                                                       "users",
+                                                       "profiles",
+                                                       "windows",
+                                                       "winnt",
+                                                       "local settings",
+                                                       "appdata",
+                                                       "local",
+                                                       "roaming",
+                                                       "application data",
+                                                       "identities",
+                                                       "microsoft",
+                                                       "winnt.000",
+                                                       "windows.old",
+                                                       "outlook express",
+                                                       "drive_c",
+                                                       "c",
+                                                       "d"};
+  std::string lower = AsciiLower(name);
+  return lower.starts_with('{') || std::find(kNames.begin(), kNames.end(), lower) != kNames.end();
+}
+
+// What tells the stores below one folder apart: the first folder of the way to them that tells
+// something, which on an old disk is its user's.
 std::string IdentityName(const std::string& folder, const std::string& store, bool isOnly) {
   std::string name = LastName(folder);
   if (!isOnly && store.size() > folder.size()) {
     std::string way = store.substr(folder.size());
-    name = way.substr(0, way.find(kSeparator));
+    std::vector<std::string> names;
+    for (size_t end = way.find(kSeparator); end != std::string::npos; end = way.find(kSeparator)) {
+      names.push_back(way.substr(0, end));
+      way.erase(0, end + 1);
+    }
+    auto telling = std::find_if_not(names.begin(), names.end(), IsOfWindows);
+    if (telling != names.end()) name = *telling;
   }
   name = EnsureUtf8(name);
   return name.empty() ? "Outlook Express" : name;

@@ -110,6 +110,7 @@ void ReadOptionFlags() {
 }
 
 std::string GetProfileFolder() {
+  if (!State().ProfileOfLoad.empty()) return State().ProfileOfLoad;
   if (const char* folder = std::getenv("TARNWICK_PROFILE"); folder != nullptr && *folder != '\0') {
     return platform::WithSeparator(platform::AbsolutePath(folder));
   }

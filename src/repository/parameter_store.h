@@ -18,6 +18,9 @@ inline constexpr std::string_view kTextColumn = "ParameterText";
 inline constexpr std::string_view kDateColumn = "ParameterDate";
 inline constexpr std::string_view kAmountColumn = "ParameterAmount";
 
+// The option of complete reading; a new home begins with it.
+inline constexpr const char* kCompleteReadingOption = "CompleteReading";
+
 // Null when there is no such row.
 jet::Value GetParameter(std::string_view group, std::string_view key, std::string_view column);
 void SetParameter(std::string_view group, std::string_view key, std::string_view column,
@@ -31,14 +34,16 @@ void SetLastLoaded(DateTime when);
 // In the locale's short date, a blank, hours and minutes; "" when nothing was loaded yet.
 std::string GetLastLoaded();
 
-// Options, 1 on and 0 off: "OutlookExpress", "MSOutlook", "ShowEmailText", "LogMailTexts". One that
+// Options, 1 on and 0 off: "OutlookExpress", "MSOutlook", "ShowEmailText", "LogMailTexts",
+// "CompleteReading" and those of its folders (intake/reading_rules.h). One that
 // was never set is off, or as unset says. The run state's flag of an option follows it.
 bool GetOption(std::string_view name, bool unset = false);
 void SetOption(std::string_view name, bool on);
 // Reads the flags of the run state.
 void ReadOptionFlags();
 
-// The folder of the mail owner's Windows profile: TARNWICK_PROFILE, else the stored one, else "".
+// The folder of the mail owner's Windows profile: the one that a load reads (core::RunState), else
+// TARNWICK_PROFILE, else the stored one, else "".
 std::string GetProfileFolder();
 void SetProfileFolder(const std::string& folder);
 

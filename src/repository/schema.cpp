@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/files.h"
 #include "repository/email_fields.h"
+#include "repository/parameter_store.h"
 #include "repository/repository.h"
 
 namespace tarnwick::repository {
@@ -112,13 +113,12 @@ std::vector<TableDefinition> MakeParameterTables() {
            {{"ParameterKey", {"ParameterGroup", "ParameterID"}}}}};
 }
 
-// The placeholder query takes its one row from EmailOne.
-void AddPlaceholderRow(const std::string& file) {
+void Execute(const std::string& file, const std::string& statement) {
   jet::Connection connection;
   connection.SetProperty(jet::kDataSourceProperty, file);
   connection.SetProperty(jet::kPasswordProperty, DatabasePassword());
   connection.Open();
-  connection.Execute("INSERT INTO EmailOne (Subject, Direction) VALUES ('', '')");
+  connection.Execute(statement);
   connection.Close();
 }
 
@@ -154,9 +154,15 @@ void CreateDatabaseFiles(const std::string& folder) {
   std::string place = platform::WithSeparator(folder);
   std::string emptyRepository = place + kTemplateFile;
   jet::CreateDatabaseFile(emptyRepository, DatabasePassword(), RepositoryTables(), kSchemaVersion);
-  AddPlaceholderRow(emptyRepository);
+  // The placeholder query takes its one row from EmailOne.
+  Execute(emptyRepository, "INSERT INTO EmailOne (Subject, Direction) VALUES ('', '')");
   jet::CreateDatabaseFile(place + kParameterFile, DatabasePassword(), ParameterTables(),
                           kSchemaVersion);
+  // A home that is made of these begins with complete reading; those that are there keep theirs.
+  Execute(place + kParameterFile,
+          std::string("INSERT INTO Parameter (ParameterGroup, ParameterID, ParameterAmount) "
+                      "VALUES ('") +
+              kCompleteReadingOption + "', '1', 1)");
   platform::CopyFile(emptyRepository, place + kRepositoryFile);
 }
 

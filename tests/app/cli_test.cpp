@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "cli/command_line.h"
+#include "samples/dbx_builder.h"
 #include "samples/sample_profile.h"
 #include "support/run_program.h"
 #include "support/testing.h"
@@ -70,6 +71,8 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   EXPECT_THAT(run.output, HasSubstr("\"ReceivedTime\":\"2004-01-05 10:20:30\""));
   EXPECT_EQ(Run({"list", "--text", "roses"}).output, "");
   EXPECT_EQ(Run({"list", "--to", "2004-01-04"}).output, "");
+  EXPECT_NE(Run({"list", "--search", "tulips from:ann after:2003"}).output, "");
+  EXPECT_EQ(Run({"list", "--search", "tulips -plan"}).output, "");
   EXPECT_EQ(Run({"list", "--limit", "0"}).output, "");
 
   EXPECT_EQ(Run({"show", "1", "--raw"}).output, raw);
@@ -94,6 +97,36 @@ TEST_F(Cli, AStartWithoutARepositoryOrParametersFailsAndMakesNone) {
   }
   platform::RemoveFile(home_.File("home/emlTemplate.twr"));
   EXPECT_EQ(Run({"list"}).status, 0);
+}
+
+// A new home begins with complete reading; a load may have either, and knows what both have stored.
+TEST_F(Cli, LoadReadsInEitherWay) {
+  samples::MessageStoreBuilder store;
+  for (int year : {2004, 2016}) {
+    samples::IndexedMessage letter;
+    letter.subject = std::to_string(year);
+    letter.date = DateTime::FromDate(year, 1, 5);
+    letter.text = "From: a@b.test\r\nSubject: " + letter.subject + "\r\n\r\nText.\r\n";
+    store.AddMessage(letter);
+  }
+  store.Finish();
+  platform::MakeFolder(home_.File("mail/"));
+  for (const char* name : {"Inbox", "Drafts"}) {
+    platform::WriteFile(home_.File("mail/" + std::string(name) + ".dbx"), store.Bytes());
+  }
+  auto load = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), {"--profile", home_.File("mail/"), "load", "--accept", "all"});
+    return Run(words).output;
+  };
+  EXPECT_EQ(
+      load({"--reading", "designed"}),
+      "found 4, stored 1, already stored 0, refused 0, ignored 0, unreadable 1, not reached 2\n");
+  EXPECT_EQ(
+      load({}),
+      "found 4, stored 1, already stored 1, refused 0, ignored 0, unreadable 0, not reached 2\n");
+  EXPECT_EQ(
+      load({"--reading", "complete", "--folders", "drafts,deleted"}),
+      "found 4, stored 0, already stored 4, refused 0, ignored 0, unreadable 0, not reached 0\n");
 }
 
 // Nobody else may read what is kept, whatever the system would allow; and what was written down on
@@ -279,13 +312,17 @@ TEST_F(Cli, AStartThatFindsTheProgramRunningLeavesItsLogAlone) {
 }
 
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
-  for (const std::vector<std::string>& words : {std::vector<std::string>{},
-                                                {"lists"},
-                                                {"list", "--limit", "many"},
-                                                {"list", "--direction", "up"},
-                                                {"list", "--from", "5 Jan"},
-                                                {"show"},
-                                                {"load", "extra"}}) {
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{},
+        {"lists"},
+        {"list", "--limit", "many"},
+        {"list", "--direction", "up"},
+        {"list", "--from", "5 Jan"},
+        {"show"},
+        {"load", "extra"},
+        {"load", "--reading", "whole"},
+        {"load", "--folders", "sent"},
+        {"load", "--reading", "designed", "--folders", "drafts"}}) {
     EXPECT_EQ(Run(words).status, 2) << ::testing::PrintToString(words);
   }
   EXPECT_EQ(Run({"take", home_.File("missing.eml")}).status, 1);

@@ -92,6 +92,29 @@ TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
   EXPECT_EQ(ui_.Shown("question")[0], "Are you realy want to mark all emails as unactive?");
 }
 
+// What is searched for narrows as the filter does, also while there is more to find.
+TEST_F(MessageCommands, CommandsOnTheListCompleteASearchAndKeepToIt) {
+  std::vector<int64_t> wanted = testing::AddMany(300, {.subject = "wanted", .hot = true});
+  int64_t other = AddListed({.subject = "other", .hot = true});
+  Board().Found.text = "wanted";
+  platform::ClockOverride clock;
+  clock.tickStep = 1000;  // nothing is found at once
+  platform::SetClockOverride(clock);
+  ASSERT_TRUE(ListEvery());
+  EXPECT_TRUE(IsListGrowing());
+  auto ids = ListedIds();
+  ASSERT_TRUE(ids.has_value());
+  EXPECT_EQ(ids->size(), 300U);
+  ASSERT_TRUE(ListEvery());
+  ui_.yesNo = {true};
+  EXPECT_TRUE(MarkAllNotHot());
+  EXPECT_TRUE(IsHot(other));
+  EXPECT_FALSE(IsHot(wanted.front()) || IsHot(wanted.back()));
+  ASSERT_TRUE(ListEvery());
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_FALSE(ListedIds().has_value());
+}
+
 TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
   testing::AddMany(1200, {.subject = "many", .hot = true});
   ASSERT_TRUE(ListEvery());

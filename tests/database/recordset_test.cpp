@@ -40,6 +40,37 @@ class RecordsetTest : public MailDatabase {
   }
 };
 
+TEST_F(RecordsetTest, HeldRowsStayTheOnesThatWereChosen) {
+  Recordset rows = OpenText(std::string(kListItems) + "ORDER BY Email.ReceivedTime DESC");
+  EXPECT_EQ(rows.Keys(), (std::vector<int64_t>{6, 5, 4, 3, 2, 1}));
+  rows.Hold({5, 3});
+  rows.HoldMore({1});
+  EXPECT_EQ(Ids(rows), "5 3 1 ");
+  Run("DELETE FROM Email WHERE ID = 3");
+  rows.Requery();
+  EXPECT_EQ(Ids(rows), "5 1 ");
+  rows.HoldMore({2});
+  EXPECT_EQ(Ids(rows), "5 1 2 ");
+  rows.Requery();
+  EXPECT_EQ(Ids(rows), "5 2 1 ");
+  rows.Close();
+  rows = OpenText(std::string(kListItems) + "ORDER BY Email.ReceivedTime DESC");
+  EXPECT_EQ(rows.RecordCount(), 5);
+  EXPECT_EQ(ErrorOf([&] { OpenText("SELECT Count(*) AS N FROM Email").Hold({1}); }), 3251);
+}
+
+TEST_F(RecordsetTest, RowsAreReadInOnePass) {
+  std::string read;
+  connection_.ReadRows("SELECT TOP 3 ID, FromTo, Subject FROM Email WHERE ID > 2 ORDER BY ID",
+                       [&](const PassingRow& row) {
+                         read += std::to_string(row.Int(0)) + std::to_string(row.Int(1)) +
+                                 std::string(row.Text(2)) + "|";
+                       });
+  EXPECT_EQ(read, "31Subject 1|40Subject 0|53Subject 1|");
+  auto nothing = [](const PassingRow&) {};
+  EXPECT_NE(ErrorOf([&] { connection_.ReadRows("DELETE FROM Email", nothing); }), 0);
+}
+
 TEST_F(RecordsetTest, TheListShowsEachMessageOnceInOrder) {
   struct Case {
     const char* what;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include <algorithm>
 #include <random>
 
 #include "database/connection_impl.h"
@@ -116,7 +117,20 @@ class TextIndexTest : public MailDatabase {
                 Column("SELECT Count(ID) FROM Email WHERE INSTR(Email.Subject & '', '" + text +
                        "') <> 0 AND Subject IS NOT NULL AND (Body & '') Like '%1%'"))
           << when << ": " << text;
+      ExpectProposed(when, text);
     }
+  }
+
+  // Whatever can hold a text is proposed, however many rows that are.
+  void ExpectProposed(const std::string& when, const std::string& text) {
+    if (text.find('\'') != std::string::npos) return;
+    auto proposed = connection_.MayHold("Email", "Subject", text);
+    if (!proposed) return;
+    connection_.ReadRows("SELECT ID FROM Email WHERE INSTR(Email.Subject, '" + text + "') <> 0",
+                         [&](const PassingRow& row) {
+                           EXPECT_TRUE(std::ranges::binary_search(*proposed, row.Int(0)))
+                               << when << ": " << text << ": " << row.Int(0);
+                         });
   }
 
   std::multiset<std::string> Groups(const std::string& condition) {
@@ -167,6 +181,9 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   Add(connection_, 3500);
   EXPECT_GE(Segments(), 2);
   ExpectExact("after another load");
+  auto proposed = connection_.MayHold("Email", "Subject", "zzzzzz");
+  ASSERT_TRUE(proposed.has_value());
+  EXPECT_LT(proposed->size(), 2000U);
 
   std::string other = MakeFile("other.twr");
   Run("INSERT INTO Email IN '" + other + "' SELECT * FROM Email");

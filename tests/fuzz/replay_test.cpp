@@ -12,10 +12,13 @@
 #include "platform/files.h"
 #include "seeds.h"
 
-#define TARNWICK_DRIVERS(X) \
-  X(attachments)            \
-  X(date)                   \
-  X(dbx) X(html) X(jet) X(message) X(nodes) X(outlook) X(packed) X(pst) X(registry) X(store) X(text)
+#define TARNWICK_DRIVERS(X)                                                                        \
+  X(attachments)                                                                                   \
+  X(date)                                                                                          \
+  X(dbx)                                                                                           \
+  X(emlx)                                                                                          \
+  X(html) X(jet) X(mbox) X(message) X(msg) X(nodes) X(oe4) X(outlook) X(packed) X(pst) X(registry) \
+      X(store) X(text)
 #define TARNWICK_DECLARE(name) extern "C" int name##_fuzz(const uint8_t* data, size_t size);
 TARNWICK_DRIVERS(TARNWICK_DECLARE)
 

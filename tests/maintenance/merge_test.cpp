@@ -235,8 +235,8 @@ TEST_F(MergeTest, AHostileFileIsTakenForWhatItIs) {
   MergeResult merged = twMakeMarge(file_, kEverybody);
   EXPECT_EQ(merged.imported, 2);
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "12");
-  EXPECT_EQ(CountRows("ToRecipient"), 200);
-  EXPECT_EQ(Rows("SELECT Max(CountMailTo), Min(CountCC) FROM Email"), "100|0");
+  EXPECT_EQ(CountRows("ToRecipient"), 768);
+  EXPECT_EQ(Rows("SELECT Max(CountMailTo), Min(CountCC) FROM Email"), "512|0");
   EXPECT_LE(Query("SELECT Max(FilesNum) AS M FROM Email").AsInt(), 20);
 }
 

@@ -85,6 +85,23 @@ TEST_F(OptionsWindowTest, SubjectsAreLoggedUntilThePersonSaysNo) {
   EXPECT_FALSE(core::State().LogMailTexts) << "it is kept";
 }
 
+TEST_F(OptionsWindowTest, FoldersAreTickedWithCompleteReadingAlone) {
+  frmOptions window(nullptr);
+  auto* reading = window.findChild<QCheckBox*>("CompleteReading");
+  auto* drafts = window.findChild<QCheckBox*>("ReadDrafts");
+  EXPECT_FALSE(reading->isChecked());
+  EXPECT_FALSE(drafts->isEnabled());
+  reading->click();
+  EXPECT_TRUE(drafts->isEnabled());
+  drafts->click();
+  EXPECT_EQ(Stored("CompleteReading"), 1);
+  EXPECT_EQ(Stored("ReadDrafts"), 1);
+  frmOptions again(nullptr);
+  EXPECT_TRUE(again.findChild<QCheckBox*>("ReadDrafts")->isEnabled());
+  EXPECT_TRUE(again.findChild<QCheckBox*>("ReadDrafts")->isChecked());
+  EXPECT_FALSE(again.findChild<QCheckBox*>("ReadOutbox")->isChecked());
+}
+
 TEST_F(OptionsWindowTest, AFullLoadIsAskedForOneWay) {
   core::State().RepositoryIsEmpty = false;
   frmOptions window(nullptr);

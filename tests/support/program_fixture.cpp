@@ -34,6 +34,8 @@ ProgramFixture::ProgramFixture() {
   core::PrepareRun(folder_.Path());
   EXPECT_TRUE(repository::OpenRepository(false));
   repository::ReadOptions();
+  // A test says where it wants complete reading.
+  repository::SetOption(repository::kCompleteReadingOption, false);
 }
 
 ProgramFixture::~ProgramFixture() {

@@ -16,6 +16,7 @@ inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 
 int RunLoad(const std::vector<std::string>& words);
+int RunFind(const std::vector<std::string>& words);
 int RunTake(const std::vector<std::string>& words);
 int RunList(const std::vector<std::string>& words);
 int RunSave(const std::vector<std::string>& words);

@@ -24,7 +24,7 @@ DateTime ReadDate(const Arguments& arguments, const std::string& option, DateTim
 
 std::set<std::string> ListOptionsWithValue() {
   return {"--from", "--to",        "--from-to", "--subject", "--text",
-          "--file", "--direction", "--sort",    "--order"};
+          "--file", "--direction", "--sort",    "--order",   "--search"};
 }
 
 std::set<std::string> ListFlags() {
@@ -39,6 +39,7 @@ board::ListFilter ReadListFilter(const Arguments& arguments) {
   filter.Subject = arguments.Value("--subject").value_or("");
   filter.MailText = arguments.Value("--text").value_or("");
   filter.FileName = arguments.Value("--file").value_or("");
+  board::Board().Found.text = arguments.Value("--search").value_or("");
   filter.Active = arguments.Has("--hot");
   filter.AttachedFile = arguments.Has("--attached");
   std::string direction = arguments.OneOf("--direction", {"both", "in", "out"});
@@ -60,7 +61,8 @@ board::ListFilter ReadListFilter(const Arguments& arguments) {
 bool OpenFilteredList(const board::ListFilter& filter) {
   board::Board().Filter = filter;
   board::MarkListed(board::Board().Filter);
-  return board::OpenEmailList(board::BuildListWhere(board::Board().Filter));
+  return board::OpenEmailList(board::BuildListWhere(board::Board().Filter)) &&
+         board::CompleteList();
 }
 
 }  // namespace tarnwick::app

@@ -16,7 +16,8 @@ namespace tarnwick::app {
 std::set<std::string> ListOptionsWithValue();
 std::set<std::string> ListFlags();
 
-// Without --from and --to every date is taken. Throws UsageError.
+// Without --from and --to every date is taken. What --search says goes to board::Board() at once.
+// Throws UsageError.
 board::ListFilter ReadListFilter(const Arguments& arguments);
 
 // Opens the list recordset of board::Board() with the filter; false when it failed, and was

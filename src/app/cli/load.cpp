@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include <iostream>
+#include <sstream>
 
 #include "board/load_command.h"
 #include "cli/command_line.h"
@@ -8,14 +9,50 @@
 
 namespace tarnwick::app {
 
+namespace {
+
+// "drafts,outbox"
+void TakeFolders(const std::string& list, intake::ReadingRules& rules) {
+  rules.drafts = rules.deletedItems = rules.outbox = false;
+  std::istringstream names(list);
+  for (std::string name; std::getline(names, name, ',');) {
+    if (name == "drafts") {
+      rules.drafts = true;
+    } else if (name == "deleted") {
+      rules.deletedItems = true;
+    } else if (name == "outbox") {
+      rules.outbox = true;
+    } else {
+      throw UsageError("option --folders wants drafts, deleted or outbox, with commas between");
+    }
+  }
+}
+
+// As the options say, unless the command does.
+intake::ReadingRules RulesOf(const Arguments& arguments) {
+  bool isComplete = intake::IsCompleteStored();
+  if (arguments.Value("--reading")) {
+    isComplete = arguments.OneOf("--reading", {"designed", "complete"}) == "complete";
+  }
+  intake::ReadingRules rules = intake::StoredRules(isComplete);
+  if (auto folders = arguments.Value("--folders")) {
+    if (!isComplete) throw UsageError("option --folders belongs to complete reading");
+    TakeFolders(*folders, rules);
+  }
+  return rules;
+}
+
+}  // namespace
+
 int RunLoad(const std::vector<std::string>& words) {
-  Arguments arguments(words, {"--accept"}, {"--full"});
+  Arguments arguments(words, {"--accept", "--reading", "--folders"}, {"--full"});
   if (!arguments.Operands().empty()) throw UsageError("load takes no operand");
   std::string accept = arguments.OneOf("--accept", {"ask", "all", "known"});
 
   board::LoadOptions options;
   options.everyMailer = true;
   options.full = arguments.Has("--full");
+  options.rules = RulesOf(arguments);
   options.senders = accept == "all"     ? board::SenderPolicy::kAcceptAll
                     : accept == "known" ? board::SenderPolicy::kKnownOnly
                                         : board::SenderPolicy::kAsk;

@@ -28,9 +28,12 @@ using Command = std::function<int(const std::vector<std::string>&)>;
 constexpr const char* kUsage =
     R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
-  load   [--accept all|known|ask] [--full]
+  load   [--accept all|known|ask] [--full] [--reading designed|complete]
+         [--folders drafts,deleted,outbox]
+  find   PATH [--json]
   take   FILE...
-  list   [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
+  list   [--search WORDS]
+         [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
   show   ID [--raw|--text]
@@ -54,6 +57,7 @@ constexpr const char* kWasNotClosed =
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
       {"load", tarnwick::app::RunLoad},
+      {"find", tarnwick::app::RunFind},
       {"take", tarnwick::app::RunTake},
       {"list", tarnwick::app::RunList},
       {"show", tarnwick::app::RunShow},

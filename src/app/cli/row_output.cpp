@@ -10,6 +10,21 @@ namespace tarnwick::app {
 
 namespace {
 
+std::string JsonValue(const jet::Value& value) {
+  if (value.IsNull()) return "null";
+  if (auto date = value.AsDate(); value.IsDate() && date) return JsonText(date->ToIso());
+  return value.IsText() ? JsonText(value.AsText()) : value.AsText();
+}
+
+void PrintColumns(jet::Recordset& rows) {
+  for (int i = 0; i < rows.FieldCount(); ++i) {
+    std::cout << (i == 0 ? "" : ",") << JsonText(rows.FieldName(i)) << ':'
+              << JsonValue(rows.Field(i));
+  }
+}
+
+}  // namespace
+
 std::string JsonText(std::string_view text) {
   std::string result = "\"";
   while (!text.empty()) {
@@ -26,21 +41,6 @@ std::string JsonText(std::string_view text) {
   }
   return result + '"';
 }
-
-std::string JsonValue(const jet::Value& value) {
-  if (value.IsNull()) return "null";
-  if (auto date = value.AsDate(); value.IsDate() && date) return JsonText(date->ToIso());
-  return value.IsText() ? JsonText(value.AsText()) : value.AsText();
-}
-
-void PrintColumns(jet::Recordset& rows) {
-  for (int i = 0; i < rows.FieldCount(); ++i) {
-    std::cout << (i == 0 ? "" : ",") << JsonText(rows.FieldName(i)) << ':'
-              << JsonValue(rows.Field(i));
-  }
-}
-
-}  // namespace
 
 std::string OneLine(const std::string& text) {
   std::string line = Harmless(text);

@@ -18,6 +18,9 @@ std::string Harmless(std::string_view text);
 // The same for a column of a row: a row is a line, and a TAB ends a column.
 std::string OneLine(const std::string& text);
 
+// A text as JSON writes it, in quotation marks. REQUIRES: valid UTF-8.
+std::string JsonText(std::string_view text);
+
 // Prints the current row as one JSON object and a line end: its columns by name, dates as
 // "yyyy-mm-dd hh:mm:ss", characters that a terminal would obey as "\u" and four digits.
 void PrintJson(jet::Recordset& rows);

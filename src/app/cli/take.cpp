@@ -17,7 +17,7 @@ int RunTake(const std::vector<std::string>& words) {
             << ", unreadable " << result.unreadable;
   if (result.notReached > 0) std::cout << ", not reached " << result.notReached;
   std::cout << std::endl;
-  return result.notTaken.empty() ? kDone : kFailed;
+  return result.notTaken.empty() && result.unreadable == 0 ? kDone : kFailed;
 }
 
 }  // namespace tarnwick::app

@@ -50,9 +50,12 @@ class TextIndex final : public Follower {
     std::string text;
     bool isPattern;  // of Like; else a text as it is
   };
+  enum class Share : uint8_t { kUseful, kAny };
   // The keys of all rows that can satisfy every one of them, and some that don't, ascending;
-  // nullopt where reading every row is as fast.
-  std::optional<std::vector<int64_t>> Candidates(const std::vector<Wanted>& wanted);
+  // nullopt where nothing can be said and, unless any share of the rows is wanted, where reading
+  // every row is as fast.
+  std::optional<std::vector<int64_t>> Candidates(const std::vector<Wanted>& wanted,
+                                                 Share share = Share::kUseful);
 
   // Lists them in temp.tw_search_found, for a statement to read.
   void Show(const std::vector<int64_t>& keys);
@@ -115,7 +118,7 @@ class TextIndex final : public Follower {
   void Put(int64_t segment);
   void WriteSegment();
   void Empty();
-  std::optional<std::vector<int64_t>> Propose(const std::vector<uint32_t>& trigrams);
+  std::optional<std::vector<int64_t>> Propose(const std::vector<uint32_t>& trigrams, Share share);
 
   Session& session_;
   std::string table_;

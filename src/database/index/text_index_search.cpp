@@ -16,8 +16,9 @@ constexpr size_t kUsefulShare = 4;
 constexpr size_t kAlwaysUseful = 64;
 // What a file can make a search keep in memory, whatever its index says.
 constexpr size_t kMostProposed = 4'000'000;
-// A list costs a look into the file; the rarest few leave next to nothing for the others.
-constexpr size_t kMostLists = 12;
+// A list costs a look into the file, half of what a row does that is read for nothing. The rarest
+// few mostly leave next to nothing for the others; those of a text of common letters do not.
+constexpr size_t kMostLists = 48;
 constexpr size_t kFewDocuments = 2;
 
 void KeepCommon(std::vector<uint16_t>& documents, const std::vector<uint16_t>& others) {
@@ -34,7 +35,8 @@ struct Probe {
 
 }  // namespace
 
-std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Wanted>& wanted) {
+std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Wanted>& wanted,
+                                                          Share share) {
   std::vector<uint32_t> trigrams;
   for (const Wanted& want : wanted) {
     std::vector<uint32_t> found = TrigramsOf(want.text, want.isPattern, SaltOf(want.column));
@@ -50,7 +52,7 @@ std::optional<std::vector<int64_t>> TextIndex::Candidates(const std::vector<Want
       return true;
     });
   });
-  Attempt([&] { keys = Propose(trigrams); });
+  Attempt([&] { keys = Propose(trigrams, share); });
   return keys;
 }
 
@@ -65,11 +67,12 @@ void TextIndex::Show(const std::vector<int64_t>& keys) {
   });
 }
 
-std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams) {
+std::optional<std::vector<int64_t>> TextIndex::Propose(const std::vector<uint32_t>& trigrams,
+                                                       Share share) {
   std::vector<Segment> segments = Segments();
   size_t most = kAlwaysUseful;
   for (const Segment& segment : segments) most += segment.documents / kUsefulShare;
-  most = std::min(most, kMostProposed);
+  most = share == Share::kAny ? kMostProposed : std::min(most, kMostProposed);
   std::vector<int64_t> keys = KeysOf(kChanged, kBeforeAll, most + 1);
   std::vector<int64_t> behind = KeysOf(table_, Done(), most + 1);
   keys.insert(keys.end(), behind.begin(), behind.end());

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Messages that Outlook saved as files of their own, *.msg ([MS-OXMSG]).
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "intake/header_parser.h"
+#include "intake/mail_message.h"
+#include "outlook/compound_file.h"
+#include "outlook/object_model.h"
+
+namespace tarnwick::outlook {
+
+// The item of such a file; it has no EntryID. What of the file is damaged is in its Damage. Throws
+// Error 75 for a file that is none.
+std::unique_ptr<Item> OpenMsgFile(const std::string& path);
+
+// Writes the message to TempMessageFile as an Internet message and gives its record, without a key.
+// isSent: its folder is one of sent mail. Throws Error 75 also for an item that is no mail.
+intake::MailMessage ReadMsgFile(const std::string& path, const intake::SourceDescriptor& place,
+                                bool isSent);
+
+}  // namespace tarnwick::outlook

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "search/mail_map.h"
+
+#include <algorithm>
+
+#include "database/connection.h"
+#include "platform/clock.h"
+#include "platform/utf8.h"
+#include "repository/repository.h"
+
+namespace tarnwick::search {
+
+namespace {
+
+using platform::FoldCase;
+using repository::RepositoryDb;
+
+constexpr int64_t kStepMilliseconds = 8;  // aimed at
+constexpr int64_t kFewestRows = 100;
+constexpr int64_t kMostRows = 100000;
+// A file can hold any key: what lies further apart than this is not worth its memory.
+constexpr int64_t kSparsest = 8;
+constexpr int64_t kKeysAtFirst = int64_t{1} << 20;
+
+int64_t LastKey(std::string_view table) {
+  int64_t last = 0;
+  RepositoryDb().ReadRows("SELECT Max(ID) AS LastKey FROM " + std::string(table),
+                          [&](const jet::PassingRow& row) { last = row.Int(0); });
+  return last;
+}
+
+std::string NextRows(std::string_view columns, std::string_view table, int64_t after,
+                     int64_t rows) {
+  std::string sql = "SELECT TOP " + std::to_string(rows) + " ID, ";
+  return sql.append(columns).append(" FROM ").append(table).append(
+      " WHERE ID > " + std::to_string(after) + " ORDER BY ID");
+}
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+}  // namespace
+
+MailMap& Map() {
+  static MailMap map;
+  return map;
+}
+
+uint32_t MailMap::Names::NumberOf(std::string_view first, std::string_view second) {
+  key.assign(first).append(1, '\0').append(second);
+  auto [place, isNew] = numbers.try_emplace(key, static_cast<uint32_t>(pairs.size()));
+  if (isNew) {
+    std::string_view whole = place->first;  // stays where it is
+    pairs.emplace_back(whole.substr(0, first.size()), whole.substr(first.size() + 1));
+  }
+  return place->second;
+}
+
+bool MailMap::Read(int64_t milliseconds) {
+  int64_t end = platform::TickMilliseconds() + milliseconds;
+  int64_t now = 0;
+  do {
+    if (isUnfit_ || IsComplete()) return true;
+    int64_t began = platform::TickMilliseconds();
+    if (!messages_.isAtEnd) {
+      ReadMessages(rows_);
+    } else if (!to_.isAtEnd) {
+      ReadLinks("ToRecipient", "Address, Name", rows_, people_, recipients_, to_);
+    } else if (!cc_.isAtEnd) {
+      ReadLinks("ccRecipient", "Address, Name", rows_, people_, recipients_, cc_);
+    } else {
+      ReadLinks("Attachment", "FileName, Null AS Nothing", rows_, files_, attached_, attachments_);
+    }
+    now = platform::TickMilliseconds();
+    int64_t right = rows_ * kStepMilliseconds / std::max<int64_t>(1, now - began);
+    rows_ = std::clamp(std::clamp(right, rows_ / 4, rows_ * 2), kFewestRows, kMostRows);
+  } while (now < end);
+  return isUnfit_ || IsComplete();
+}
+
+bool MailMap::IsComplete() {
+  if (isUnfit_ || !RepositoryDb().IsOpen()) return false;
+  messages_.isAtEnd = LastKey("Email") <= messages_.last;
+  to_.isAtEnd = LastKey("ToRecipient") <= to_.last;
+  cc_.isAtEnd = LastKey("ccRecipient") <= cc_.last;
+  attachments_.isAtEnd = LastKey("Attachment") <= attachments_.last;
+  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd;
+}
+
+void MailMap::ReadMessages(int64_t rows) {
+  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction", "Email",
+                             messages_.last, rows);
+  RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
+    int64_t key = row.Int(0);
+    int64_t contact = row.Int(5);
+    messages_.last = key;
+    isUnfit_ = isUnfit_ || key > KeySet::kHighestKey || contact > KeySet::kHighestKey ||
+               key > kKeysAtFirst + kSparsest * ++read_;
+    if (isUnfit_ || key < 0) return;
+    if (static_cast<size_t>(key) >= letters_.size()) letters_.resize(static_cast<size_t>(key) + 1);
+    Message& letter = letters_[static_cast<size_t>(key)];
+    letter.sender = people_.NumberOf(FoldCase(row.Text(1)), FoldCase(row.Text(2)));
+    letter.folder = folders_.NumberOf(row.Text(3), row.Text(4));
+    letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
+    letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
+    letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
+  });
+}
+
+void MailMap::ReadLinks(std::string_view table, std::string_view columns, int64_t rows,
+                        Names& names, std::vector<Link>& links, Progress& progress) {
+  std::string sql = NextRows(std::string("EmailID, ").append(columns), table, progress.last, rows);
+  RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
+    progress.last = row.Int(0);
+    int64_t key = row.Int(1);
+    if (key < 0 || key > KeySet::kHighestKey) return;
+    links.push_back(
+        {static_cast<uint32_t>(key), names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3)))});
+  });
+}
+
+std::vector<bool> MailMap::Names::With(std::string_view text) const {
+  std::string wanted = FoldCase(text);
+  std::vector<bool> with(pairs.size());
+  for (size_t i = 0; i < with.size(); ++i) {
+    with[i] = Contains(pairs[i].first, wanted) || Contains(pairs[i].second, wanted);
+  }
+  return with;
+}
+
+void MailMap::AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
+                        KeySet& keys) {
+  for (const Link& link : links) {
+    if (wanted[link.name]) keys.Add(link.message);
+  }
+}
+
+template <typename Test>
+void MailMap::AddLetters(const Test& test, KeySet& keys) const {
+  for (size_t key = 0; key < letters_.size(); ++key) {
+    const Message& letter = letters_[key];
+    if (letter.sender != kNone && test(letter)) keys.Add(static_cast<int64_t>(key));
+  }
+}
+
+void MailMap::AddWrittenBy(std::string_view text, KeySet& keys) const {
+  std::vector<bool> wanted = people_.With(text);
+  AddLetters([&](const Message& letter) { return wanted[letter.sender]; }, keys);
+}
+
+void MailMap::AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const {
+  AddLetters(
+      [&](const Message& letter) {
+        bool isOne = letter.contact != kNone && contacts.Holds(letter.contact);
+        return isOne &&
+               ((received && sent) || (received && letter.isReceived) || (sent && letter.isSent));
+      },
+      keys);
+}
+
+void MailMap::AddReceivedBy(std::string_view text, KeySet& keys) const {
+  AddLinked(recipients_, people_.With(text), keys);
+}
+
+void MailMap::AddWithFile(std::string_view text, KeySet& keys) const {
+  AddLinked(attached_, files_.With(text), keys);
+}
+
+void MailMap::AddInFolders(std::string_view text, KeySet& keys) const {
+  std::string part = FoldCase(text);
+  std::vector<bool> wanted;
+  for (const auto& [identity, name] : folders_.pairs) {
+    wanted.push_back(Contains(FoldCase(name), part));
+  }
+  AddLetters([&](const Message& letter) { return wanted[letter.folder]; }, keys);
+}
+
+void MailMap::AddInFolder(const std::string& identity, const std::string& name,
+                          KeySet& keys) const {
+  auto found = folders_.numbers.find(identity + '\0' + name);
+  if (found == folders_.numbers.end()) return;
+  AddLetters([&](const Message& letter) { return letter.folder == found->second; }, keys);
+}
+
+std::vector<Folder> MailMap::Folders() const {
+  std::vector<Folder> folders;
+  for (const auto& [identity, name] : folders_.pairs) {
+    folders.push_back({std::string(identity), std::string(name)});
+  }
+  RepositoryDb().ReadRows("SELECT ID FROM Email", [&](const jet::PassingRow& row) {
+    auto key = static_cast<size_t>(row.Int(0));
+    if (key < letters_.size() && letters_[key].folder != kNone) {
+      folders[letters_[key].folder].messages++;
+    }
+  });
+  std::erase_if(folders, [](const Folder& folder) { return folder.messages == 0; });
+  std::sort(folders.begin(), folders.end(), [](const Folder& a, const Folder& b) {
+    return std::pair(FoldCase(a.identity), FoldCase(a.name)) <
+           std::pair(FoldCase(b.identity), FoldCase(b.name));
+  });
+  return folders;
+}
+
+}  // namespace tarnwick::search

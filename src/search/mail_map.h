@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Who wrote each message of the open repository, who got it, what files were attached to it and in
+// which folder of the mail program it lay, in memory: sixteen bytes for each message, eight for
+// each recipient and file, and each name and address once. A search for a person is a look at the
+// distinct names then, and folders are counted without a look at the file.
+//
+// It is read in steps, while there is nothing else to do or by the first search that wants it, and
+// goes on from there after messages were added. Deleted messages stay in it until it is forgotten:
+// whoever asks knows which messages there are. Where keys are too high or lie too far apart, it is
+// never complete.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace tarnwick::search {
+
+// Marks by the keys of messages; those beyond the end are not marked.
+class KeySet {
+ public:
+  void Add(int64_t key) {
+    if (key < 0 || key > kHighestKey) return;
+    auto place = static_cast<size_t>(key);
+    if (place >= marks_.size()) marks_.resize(place + place / 2 + 64);
+    marks_[place] = true;
+  }
+  bool Holds(int64_t key) const {
+    auto place = static_cast<size_t>(key);
+    return place < marks_.size() && marks_[place];
+  }
+
+  static constexpr int64_t kHighestKey = (int64_t{1} << 25) - 1;
+
+ private:
+  std::vector<bool> marks_;
+};
+
+struct Folder {
+  std::string identity;
+  std::string name;
+  int64_t messages = 0;
+  friend bool operator==(const Folder&, const Folder&) = default;
+};
+
+class MailMap {
+ public:
+  // Reads on for some milliseconds; true when there is nothing left to read. Throws Error.
+  bool Read(int64_t milliseconds);
+  // True when every message there is now is in it. Throws Error.
+  bool IsComplete();
+  // After anything else than new messages: another repository, rows replaced.
+  void Forget() { *this = {}; }
+
+  // The messages that somebody with the text in name or address wrote or got.
+  void AddWrittenBy(std::string_view text, KeySet& keys) const;
+  void AddReceivedBy(std::string_view text, KeySet& keys) const;
+  // Those with the text in the name of an attached file.
+  void AddWithFile(std::string_view text, KeySet& keys) const;
+  // Those whose correspondent is one of these contacts; received or sent ones, or both.
+  void AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const;
+  // Those of the folders with the text in their names.
+  void AddInFolders(std::string_view text, KeySet& keys) const;
+  // Those of one folder.
+  void AddInFolder(const std::string& identity, const std::string& name, KeySet& keys) const;
+
+  // In the order of identity and name; those that hold no message any more are left out. Throws
+  // Error.
+  std::vector<Folder> Folders() const;
+
+ private:
+  static constexpr uint32_t kNone = UINT32_MAX;  // where there is no message
+
+  // Pairs of texts, numbered as they come.
+  struct Names {
+    uint32_t NumberOf(std::string_view first, std::string_view second);
+    // Which have the text in one of the two.
+    std::vector<bool> With(std::string_view text) const;
+    std::unordered_map<std::string, uint32_t> numbers;
+    std::vector<std::pair<std::string_view, std::string_view>> pairs;
+    std::string key;
+  };
+  struct Message {
+    uint32_t sender = kNone;
+    uint32_t folder = kNone;
+    uint32_t contact = kNone;
+    bool isReceived = false;
+    bool isSent = false;
+  };
+  // A row of a table beside the messages: a message's key, and a number of Names.
+  struct Link {
+    uint32_t message;
+    uint32_t name;
+  };
+  // How far a table has been read.
+  struct Progress {
+    int64_t last = 0;  // key
+    bool isAtEnd = false;
+  };
+  void ReadMessages(int64_t rows);
+  // columns: two of texts behind the key of the message.
+  void ReadLinks(std::string_view table, std::string_view columns, int64_t rows, Names& names,
+                 std::vector<Link>& links, Progress& progress);
+  template <typename Test>
+  void AddLetters(const Test& test, KeySet& keys) const;
+  static void AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
+                        KeySet& keys);
+
+  Names people_;                  // folded: address and name
+  Names files_;                   // folded: name and nothing
+  Names folders_;                 // identity and name
+  std::vector<Message> letters_;  // by their keys
+  int64_t read_ = 0;              // of them
+  std::vector<Link> recipients_;
+  std::vector<Link> attached_;
+  Progress messages_;
+  Progress to_;
+  Progress cc_;
+  Progress attachments_;
+  bool isUnfit_ = false;  // there are messages that it can't hold
+  int64_t rows_ = 1000;   // of the next step
+};
+
+// The map of the open repository.
+MailMap& Map();
+
+}  // namespace tarnwick::search

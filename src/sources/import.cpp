@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "sources/import.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "core/guard.h"
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/encoded_word.h"
+#include "intake/load_account.h"
+#include "intake/mixed_text.h"
+#include "intake/sender_rules.h"
+#include "intake/store_message.h"
+#include "platform/charset.h"
+#include "platform/files.h"
+#include "repository/parameter_store.h"
+#include "sources/letter_key.h"
+
+namespace tarnwick::sources {
+
+namespace {
+
+using intake::Account;
+
+// Letters up to this length are kept in memory between the look for their key and their copying.
+constexpr size_t kMostKept = size_t{1} << 20;
+
+// The first header of a name (lower case), with the lines that continue it; "" for none.
+std::string HeaderOf(std::string_view letter, std::string_view name) {
+  std::string value;
+  bool isFound = false;
+  while (!letter.empty()) {
+    size_t end = std::min(letter.find('\n'), letter.size());
+    std::string_view line = letter.substr(0, end);
+    letter.remove_prefix(std::min(end + 1, letter.size()));
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    if (line.empty()) break;
+    if (isFound && line[0] != ' ' && line[0] != '\t') break;
+    if (isFound) {
+      value += core::CleanTrim(line).insert(0, " ");
+    } else if (line.size() > name.size() && line[name.size()] == ':' &&
+               platform::SameWord(line.substr(0, name.size()), name)) {
+      value = core::CleanTrim(line.substr(name.size() + 1));
+      isFound = true;
+    }
+  }
+  return value;
+}
+
+std::string Decoded(const std::string& header) {
+  intake::MixedText text;
+  intake::Decode(header, text);
+  return text.Finish("");
+}
+
+std::set<std::string> IdentitiesOf(const std::vector<Mailbox>& mailboxes) {
+  std::set<std::string> identities;
+  for (const Mailbox& mailbox : mailboxes) identities.insert(mailbox.identity);
+  return identities;
+}
+
+bool GoOn() {
+  core::YieldEvents();
+  return !core::IsLoadStopped();
+}
+
+class OtherMail : public intake::Source {
+ public:
+  OtherMail(RecordReader readRecord, std::optional<std::vector<Mailbox>> mailboxes)
+      : readRecord_(std::move(readRecord)), chosen_(std::move(mailboxes)) {}
+
+  std::string Name() const override { return kName; }
+  const char* Option() const override { return kOption; }
+  std::string Files() const override { return "other mail"; }
+  bool IsIn(const std::string& folder) override { return chosen_ || HoldsMailbox(folder); }
+
+  bool Announce(bool /*whole*/) override {
+    return core::GuardedRun("LoadOtherMail", [&] {
+      if (chosen_) {
+        mailboxes_ = *chosen_;
+      } else {
+        MailboxSearch search = FindMailboxes(repository::GetProfileFolder(), GoOn);
+        mailboxes_ = std::move(search.mailboxes);
+        for (const std::string& folder : search.forbidden) {
+          Account().Note(folder + ": it may not be read");
+        }
+      }
+      for (const Mailbox& mailbox : mailboxes_) AnnounceOne(mailbox);
+    });
+  }
+
+  bool Read(bool /*whole*/) override {
+    bool done = true;
+    bool isOneOfMany = IdentitiesOf(mailboxes_).size() > 1;
+    for (MailboxRole role : {MailboxRole::kSent, MailboxRole::kOther, MailboxRole::kLeftOut}) {
+      if (role == MailboxRole::kLeftOut && !chosen_) continue;
+      for (const Mailbox& mailbox : mailboxes_) {
+        if (mailbox.role != role || core::IsLoadStopped()) continue;
+        core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), mailbox.name);
+        done = ReadOne(mailbox, isOneOfMany) && done;
+      }
+    }
+    core::GuardedRun("LoadOtherMail", [] {
+      platform::RemoveFile(core::State().TempMessageFile);
+      core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
+    });
+    return done;
+  }
+
+ private:
+  void AnnounceOne(const Mailbox& mailbox) const {
+    if (!GoOn()) return;
+    try {
+      Account().Announce(mailbox.path, CountLetters(mailbox).letters);
+      bool isRead = chosen_ || mailbox.role != MailboxRole::kLeftOut;
+      Account().SetReason(mailbox.path, isRead ? "" : kLeftOutReason);
+    } catch (const Error& error) {
+      Account().Note(mailbox.path + ": " + error.Description());
+    }
+  }
+
+  // What can't be read of one mailbox keeps no other from being read.
+  bool ReadOne(const Mailbox& mailbox, bool isOneOfMany) const {
+    return core::GuardedRun("LoadOtherMail", [&] {
+      MailboxFolder folder(mailbox, readRecord_, isOneOfMany);
+      intake::ReadFolder(folder);
+    });
+  }
+
+  RecordReader readRecord_;
+  std::optional<std::vector<Mailbox>> chosen_;
+  std::vector<Mailbox> mailboxes_;
+};
+
+}  // namespace
+
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord) {
+  return std::make_unique<OtherMail>(std::move(readRecord), std::nullopt);
+}
+
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,
+                                           std::vector<Mailbox> mailboxes) {
+  return std::make_unique<OtherMail>(std::move(readRecord), std::move(mailboxes));
+}
+
+MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany)
+    : mailbox_(std::move(mailbox)),
+      readRecord_(readRecord),
+      isOneOfMany_(isOneOfMany),
+      reader_(OpenMailbox(mailbox_)) {}
+
+intake::SourceDescriptor MailboxFolder::Descriptor() const {
+  std::string prefix = isOneOfMany_ ? mailbox_.identity + "_" : "";
+  return {prefix + mailbox_.name, mailbox_.fullName, mailbox_.application};
+}
+
+bool MailboxFolder::Next(intake::SourceMessage& message) {
+  for (Letter letter; reader_->Next(letter); letter = {}) {
+    if (letter.state.isDeleted) {
+      Account().AddReason(mailbox_.path, kDeletedReason);
+      core::YieldEvents();
+      if (core::IsLoadStopped()) return false;
+      continue;
+    }
+    message.name = letter.name;
+    try {
+      Read(letter, message);
+    } catch (...) {
+      if (core::IsLoadStopped()) return false;  // not reached
+      Error error = core::CurrentError();
+      if (core::IsDiskFull(error)) {
+        core::ReportCurrentException("LoadOtherMail", core::Report::kShow);
+      }
+      message.ending = {intake::Outcome::kUnreadable, error.Description()};
+    }
+    return true;
+  }
+  std::string damage = reader_->Damage();
+  if (!damage.empty()) Account().AddReason(mailbox_.path, damage);
+  return false;
+}
+
+void MailboxFolder::Read(const Letter& letter, intake::SourceMessage& message) {
+  if (!letter.fault.empty()) {
+    message.ending = {intake::Outcome::kUnreadable, letter.fault};
+  } else if (letter.recordFile.empty()) {
+    ReadText(message);
+  } else {
+    ReadRecord(letter.recordFile, message);
+  }
+}
+
+void MailboxFolder::ReadText(intake::SourceMessage& message) {
+  LetterKey key;
+  begin_.clear();
+  uint64_t size = 0;
+  reader_->Copy([&](std::string_view piece) {
+    size += piece.size();
+    if (size <= kMostKept || begin_.empty()) begin_.append(piece);
+    key.Add(piece);
+  });
+  message.key = key.Finish();
+  message.name += ": " + core::LoggedMailText(Decoded(HeaderOf(begin_, "subject")));
+  if (intake::IsEmailExist(message.key)) {
+    message.ending.outcome = intake::OutcomeOfKnown(message.key);
+    return;
+  }
+  platform::OutputFile scratch(core::State().TempMessageFile,
+                               platform::OutputFile::Replace::kInPlace);
+  if (size == begin_.size()) {
+    scratch.Write(begin_);
+  } else {
+    reader_->Copy([&](std::string_view piece) { scratch.Write(piece); });
+  }
+  scratch.Close();
+  if (mailbox_.role == MailboxRole::kSent) LearnSender(begin_);
+}
+
+void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& message) {
+  if (!readRecord_) throw Error(ErrorNumber::kPathAccess, "its format is not known");
+  LetterKey key;
+  platform::InputFile bytes(file);
+  std::string piece(kMostKept, '\0');
+  for (uint64_t place = 0; place < bytes.Size(); place += piece.size()) {
+    piece.resize(bytes.ReadAt(place, piece.data(), piece.size()));
+    if (piece.empty()) break;
+    key.Add(piece);
+  }
+  message.key = key.Finish();
+  if (intake::IsEmailExist(message.key)) {
+    message.ending.outcome = intake::OutcomeOfKnown(message.key);
+    return;
+  }
+  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent);
+  message.message->MessageKey = message.key;
+}
+
+// The sender of a sent letter is one of the user's own addresses.
+void MailboxFolder::LearnSender(std::string_view headers) {
+  std::string from = HeaderOf(headers, "from");
+  if (from.empty() || from == lastSender_) return;
+  lastSender_ = from;
+  intake::AddressPair sender = intake::SplitAddress(from);
+  if (sender.Address == intake::kNoAddress) return;
+  intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), Decoded(sender.Name),
+                          mailbox_.application);
+}
+
+}  // namespace tarnwick::sources

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Mail of programs other than Outlook Express 5 and 6 and Outlook (mailbox.h) as a source of a
+// load. Sent mail is read first, so that the user's own addresses are known when the rest is
+// judged. Drafts, deleted mail and the outbox are left out, as of Outlook Express, unless they are
+// asked for.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "intake/source.h"
+#include "sources/mailbox.h"
+
+namespace tarnwick::sources {
+
+// As people are asked about it, and its option.
+inline constexpr const char* kName = "Other mail programs";
+inline constexpr const char* kOption = "OtherMail";
+inline constexpr const char* kLeftOutReason = "drafts, deleted mail and the outbox are not read";
+inline constexpr const char* kDeletedReason = "letters that were deleted are not read";
+
+// Reads a letter that is a record, not a text (an Outlook message file): writes it to
+// TempMessageFile as an Internet message and gives the record, its key left empty. Throws Error.
+using RecordReader = std::function<intake::MailMessage(
+    const std::string& file, const intake::SourceDescriptor& place, bool isSent)>;
+
+// The mailboxes of the profile folder.
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord);
+// These mailboxes, all of them.
+std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord, std::vector<Mailbox> mailboxes);
+
+// The letters of a mailbox as a load takes them.
+class MailboxFolder : public intake::SourceFolder {
+ public:
+  // isOneOfMany: there are other accounts, so that the folder's name begins with its own.
+  MailboxFolder(Mailbox mailbox, const RecordReader& readRecord, bool isOneOfMany);
+
+  std::string Place() const override { return mailbox_.path; }
+  intake::SourceDescriptor Descriptor() const override;
+  std::string Identity() const override { return mailbox_.identity; }
+  bool Next(intake::SourceMessage& message) override;
+
+ private:
+  void Read(const Letter& letter, intake::SourceMessage& message);
+  void ReadText(intake::SourceMessage& message);
+  void ReadRecord(const std::string& file, intake::SourceMessage& message);
+  void LearnSender(std::string_view headers);
+
+  Mailbox mailbox_;
+  const RecordReader& readRecord_;
+  bool isOneOfMany_;
+  std::unique_ptr<LetterReader> reader_;
+  std::string begin_;       // of the current letter: all of it but for a large one
+  std::string lastSender_;  // learnt last
+};
+
+}  // namespace tarnwick::sources

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Letters one after the other, as a file or folder of a mail program keeps them: what every format
+// of the room is read through.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tarnwick::sources {
+
+using Sink = std::function<void(std::string_view)>;
+
+// What the mail program knows of a letter.
+struct LetterState {
+  bool isKnown = false;  // whether it says anything
+  bool isRead = false;
+  bool isAnswered = false;
+  bool isForwarded = false;
+  bool isFlagged = false;
+  bool isDraft = false;
+  bool isDeleted = false;  // its owner deleted it, though its text is still there
+};
+
+struct Letter {
+  std::string name;   // what is told of it: "message 17", or its file's name
+  std::string fault;  // why it can't be read; "" when it can
+  LetterState state;
+  std::string recordFile;  // of a letter that is no text: the file, to be read as a record
+};
+
+class LetterReader {
+ public:
+  virtual ~LetterReader() = default;
+
+  // Goes to the next letter; false behind the last one. Throws Error where the rest can't be read.
+  virtual bool Next(Letter& letter) = 0;
+  // Hands the current letter's raw bytes to sink, piece by piece; may be called again. Throws
+  // Error. REQUIRES: it has neither a fault nor a recordFile.
+  virtual void Copy(const Sink& sink) = 0;
+  // Why the file is not whole, as far as was found so far; "" when nothing is wrong.
+  virtual std::string Damage() const { return {}; }
+};
+
+// No letter is longer: what looks like one is no mail, or a file whose marks are lost.
+inline constexpr uint64_t kMostLetterBytes = uint64_t{256} << 20;
+inline constexpr const char* kTooLong = "it is longer than 256 MB";
+
+}  // namespace tarnwick::sources

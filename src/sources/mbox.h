@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Letters in one file, each behind a line "From sender date". docs/mail-formats.md, section "mbox".
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "sources/file_window.h"
+#include "sources/letter_reader.h"
+
+namespace tarnwick::sources {
+
+// How lines of a text that begin with "From " are kept from looking like a separator.
+enum class MboxKind {
+  kQuoted,      // ">" before "From ", and one more before lines that have some already
+  kOnceQuoted,  // ">" before "From " alone: Netscape and its heirs
+  kPlain,       // not at all: Eudora
+  kMeasured     // not at all, each letter tells its length
+};
+
+class MboxReader : public LetterReader {
+ public:
+  // Throws Error for a file that can't be read.
+  explicit MboxReader(const std::string& path);
+
+  MboxKind Kind() const { return kind_; }
+  bool Next(Letter& letter) override;
+  void Copy(const Sink& sink) override;
+  // The current letter's place in the file, its separator line included.
+  uint64_t Begin() const { return begin_; }
+
+ private:
+  struct Line {  // a separator line
+    uint64_t begin;
+    uint64_t end;  // behind its line end
+  };
+  std::optional<Line> SeparatorAt(uint64_t place);
+  std::optional<Line> FindSeparator(uint64_t from);
+  bool FollowsEmptyLine(uint64_t place);
+  std::optional<uint64_t> MeasuredEnd(std::string_view headers, uint64_t headersEnd);
+  std::string Headers(uint64_t begin);
+  void LeaveEmptyLine();
+  bool IsQuoted(uint64_t place);
+  void CopyUnquoted(const Sink& sink);
+
+  FileWindow file_;
+  FileWindow look_;  // for looks aside, so that the other keeps its place
+  MboxKind kind_ = MboxKind::kQuoted;
+  std::optional<Line> next_;
+  uint64_t begin_ = 0;
+  uint64_t textBegin_ = 0;
+  uint64_t textEnd_ = 0;
+  int64_t number_ = 0;
+};
+
+// True for the first bytes of a file that is one.
+bool IsMbox(std::string_view head);
+
+// How many letters a file holds; of one longer than limit, what its beginning lets expect.
+struct MboxCount {
+  int64_t letters = 0;
+  bool isEstimate = false;
+};
+MboxCount CountMbox(const std::string& path, uint64_t limit = UINT64_MAX);
+
+// The year of a date as a separator line or a header has it, in whatever order; 0 where there is no
+// whole date.
+int YearOfDate(std::string_view text);
+
+// What Status, X-Status and X-Mozilla-Status say in a letter's headers.
+LetterState StateOfHeaders(std::string_view headers);
+
+}  // namespace tarnwick::sources

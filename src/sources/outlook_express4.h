@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The folders of Outlook Express 4: letters in a *.mbx file, what is known of them in an *.idx file
+// beside it. docs/mail-formats.md, section "Outlook Express 4".
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "sources/file_window.h"
+#include "sources/letter_reader.h"
+
+namespace tarnwick::sources {
+
+// True for the first bytes of a file of letters.
+bool IsOutlookExpress4(std::string_view head);
+// How many letters it says that it holds, deleted ones included; at most what its size can hold.
+int64_t CountOutlookExpress4(const std::string& path);
+
+class OutlookExpress4Reader : public LetterReader {
+ public:
+  // Throws Error for a file that can't be read. An index that is missing or damaged leaves letters
+  // without a state.
+  explicit OutlookExpress4Reader(const std::string& path);
+
+  bool Next(Letter& letter) override;
+  void Copy(const Sink& sink) override;
+  std::string Damage() const override { return damage_; }
+
+ private:
+  void ReadIndex(const std::string& path);
+  bool FindMark();
+
+  FileWindow file_;
+  std::map<uint32_t, uint32_t> flags_;  // by a letter's place
+  std::string damage_;
+  uint64_t next_;
+  uint64_t begin_ = 0;
+  uint64_t end_ = 0;
+};
+
+}  // namespace tarnwick::sources

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// Mailboxes as they lie on disks: what is found, what it is called, and how a load takes it.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "board/load_command.h"
+#include "board/load_log.h"
+#include "samples/mailbox_builder.h"
+#include "sources/mailbox.h"
+#include "support/program_fixture.h"
+
+namespace tarnwick::sources {
+namespace {
+
+const std::string kMark = "From - Tue Mar  5 13:07:00 2002\r\n";
+
+std::string LetterOf(const std::string& from, const std::string& subject) {
+  return "From: " + from + "\r\nTo: carl@example.org\r\nSubject: " + subject +
+         "\r\nDate: Tue, 5 Mar 2002 13:07:00 +0000\r\n\r\ntext\r\n";
+}
+
+class MailboxTree : public testing::ProgramFixture {
+ protected:
+  MailboxTree() : root_(folder_.File("disk/")) {}
+
+  void Write(const std::string& path, const std::string& text) {
+    platform::MakeFolder(platform::FolderOf(root_ + path));
+    platform::WriteFile(root_ + path, text);
+  }
+  void WriteBox(const std::string& path, const std::vector<std::string>& letters) {
+    std::string box;
+    for (const std::string& letter : letters) box += kMark + letter + "\r\n";
+    Write(path, box);
+  }
+  // "account|name|full name|program"
+  std::vector<std::string> Found() const {
+    std::vector<std::string> rows;
+    MailboxSearch search = FindMailboxes(root_, [] { return true; });
+    for (const Mailbox& box : search.mailboxes) {
+      std::string role = box.role == MailboxRole::kSent      ? " sent"
+                         : box.role == MailboxRole::kLeftOut ? " left out"
+                                                             : "";
+      rows.push_back(box.identity + "|" + box.name + "|" + box.fullName + "|" + box.application +
+                     role);
+    }
+    return rows;
+  }
+  core::LoadCounts Load() {
+    repository::SetProfileFolder(root_);
+    board::LoadOptions options;
+    options.everyMailer = true;
+    options.senders = board::SenderPolicy::kAcceptAll;
+    return board::LoadFromMailer(options).counts;
+  }
+
+  std::string root_;
+};
+
+TEST_F(MailboxTree, FoldersBearTheNamesThatTheirProgramsShow) {
+  const std::string box = kMark + LetterOf("a@b", "c");
+  Write("Mail/pop.x.org/Inbox", box);
+  Write("Mail/pop.x.org/Inbox.msf", "");
+  Write("Mail/pop.x.org/Inbox.sbd/Work", box);
+  Write("Mail/pop.x.org/Inbox.sbd/Work.sbd/lists.debian", box);
+  Write("Mail/pop.x.org/Trash", box);
+  Write("Eudora/Out.mbx", "From ???@??? Thu Jan 01 00:00:01 1998\r\nA: 1\r\n");
+  Write("Apple/Old.mbox/mbox", box);
+  Write("Apple/Box.mbox/Messages/1.emlx", "3\nA:1");
+  Write("Maildir/cur/1.x:2,", "A: 1\n");
+  Write("Maildir/new/2.x", "A: 1\n");
+  Write("Maildir/.Sent.&AOQ-rger/cur/1.x:2,", "A: 1\n");
+  Write("Maildir/.Sent.&AOQ-rger/new/.keep", "");
+  Write("Windows Mail/Ann/Inbox/1.eml", "A: 1\n");
+  Write("Windows Mail/Ann/Inbox/Sub/2.eml", "A: 1\n");
+  Write("oe4/Inbox.mbx", samples::OutlookExpress4Builder().Letters());
+  // None of these is mail.
+  Write("photos/from.jpg", box);
+  Write("notes", "From here on\n");
+  Write("Mail/pop.x.org/popstate.dat", "x");
+  EXPECT_THAT(Found(), ElementsAre("Apple|Box||Apple Mail", "Apple|Old||Apple Mail",
+                                   "Eudora|Out||Eudora sent", "pop.x.org|Inbox||Thunderbird",
+                                   "pop.x.org|Trash||Thunderbird left out",
+                                   "pop.x.org|Work|Inbox.Work|Thunderbird",
+                                   "pop.x.org|lists.debian|Inbox.Work.lists.debian|Thunderbird",
+                                   "disk|Inbox||Maildir", "disk|ärger|Sent.ärger|Maildir sent",
+                                   "Ann|Inbox||Windows Mail", "Ann|Sub|Inbox.Sub|Windows Mail",
+                                   "oe4|Inbox||Outlook Express 4"));
+}
+
+TEST_F(MailboxTree, HostilePlacesAreWalkedThroughOnceAndOpenNothing) {
+  Write("a/Inbox", kMark + LetterOf("a@b", "c"));
+  Write("a/\xFF\xE9.eml", LetterOf("a@b", "of no encoding"));
+  Write("closed/Inbox", kMark + LetterOf("a@b", "d"));
+  platform::MakeFolder(root_ + "a/folder.eml");
+  ASSERT_EQ(::mkfifo((root_ + "a/pipe.eml").c_str(), 0600), 0);
+  ASSERT_EQ(::mkfifo((root_ + "a/pipe").c_str(), 0600), 0);
+  ASSERT_EQ(::symlink("..", (root_ + "a/loop").c_str()), 0);
+  ASSERT_EQ(::symlink("Inbox", (root_ + "a/link").c_str()), 0);
+  Write("m/cur/1.x", LetterOf("a@b", "in a Maildir"));
+  platform::MakeFolder(root_ + "m/new");
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_EQ(::symlink("../cur/1.x", (root_ + "m/new/" + std::to_string(i)).c_str()), 0);
+  }
+  std::string deep = "deep";
+  for (int i = 0; i < 400; ++i) deep += "/dddd";
+  Write(deep + "/1.eml", LetterOf("a@b", "deep"));
+  std::filesystem::permissions(root_ + "closed", std::filesystem::perms::none);
+  bool isRoot = ::geteuid() == 0;
+  core::LoadCounts counts = Load();
+  std::filesystem::permissions(root_ + "closed", std::filesystem::perms::owner_all);
+  EXPECT_EQ(counts.found, isRoot ? 5 : 4);
+  EXPECT_EQ(counts.stored, isRoot ? 5 : 4);
+  if (!isRoot) {
+    EXPECT_THAT(platform::ReadFile(board::LoadLogFile()),
+                HasSubstr(root_ + "closed/: it may not be read"));
+  }
+  EXPECT_EQ(Query("SELECT COUNT(*) FROM Email WHERE Subject = 'of no encoding'").AsInt(), 1);
+}
+
+TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
+  const std::string first = LetterOf("bob@example.org", "first");
+  WriteBox("m/Inbox", {first, LetterOf("ann@home.org", "from myself"),
+                       "X-Mozilla-Status: 0009\r\n" + LetterOf("bob@example.org", "deleted")});
+  WriteBox("m/Gesendet", {LetterOf("Ann <ann@home.org>", "sent")});
+  WriteBox("m/Trash", {LetterOf("bob@example.org", "thrown away")});
+  Write("m/Saved.msg", samples::SampleMsgFile());
+  EXPECT_EQ(
+      board::CountsSummary(Load()),
+      "found 6, stored 4, already stored 0, refused 0, ignored 0, unreadable 0, not reached 2");
+  std::string account = platform::ReadFile(board::LoadLogFile());
+  EXPECT_THAT(account, HasSubstr("m/Inbox\r\nletters that were deleted are not read"));
+  EXPECT_THAT(account, HasSubstr("m/Trash\r\ndrafts, deleted mail and the outbox are not read"));
+  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject = 'sent'").AsText(), "Out");
+  EXPECT_EQ(Query("SELECT Identity FROM Email WHERE Subject = 'first'").AsText(), "m");
+  EXPECT_EQ(Query("SELECT FilesNum FROM Email WHERE Subject = 'A saved message'").AsInt(), 2);
+
+  // It grew, and its program noted that a letter was read; a copy lies elsewhere as a file.
+  WriteBox("m/Inbox",
+           {"X-Mozilla-Status: 0001\r\n" + first, LetterOf("ann@home.org", "from myself"),
+            LetterOf("bob@example.org", "new")});
+  Write("copies/1.eml", LetterOf("ann@home.org", "from myself"));
+  core::LoadCounts again = Load();
+  EXPECT_EQ(again.stored, 1);
+  EXPECT_EQ(again.alreadyStored, 5);
+  EXPECT_EQ(Query("SELECT COUNT(*) FROM Email").AsInt(), 5);
+}
+
+}  // namespace
+}  // namespace tarnwick::sources
