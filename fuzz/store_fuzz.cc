@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "board/stored_message.h"
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "database/recordset.h"
@@ -18,6 +17,7 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
+#include "reading/stored_message.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
@@ -65,7 +65,7 @@ const core::RunState& Started() {
   return state;
 }
 
-void CheckTexts(const board::StoredMessage& message) {
+void CheckTexts(const reading::StoredMessage& message) {
   for (const std::string* text : {&message.subject, &message.fromName, &message.fromAddress,
                                   &message.direction, &message.body, &message.htmlBody}) {
     Demand(platform::IsValidUtf8(*text));
@@ -98,7 +98,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (isStored) {
     lastId = id;
     Demand(takeout::ReadStoredFile(id) == original);
-    CheckTexts(*board::ReadStoredMessage(id));
+    CheckTexts(*reading::ReadStoredMessage(id));
     if (++runs % 8 == 0) {
       maintenance::CheckReport report;
       Demand(maintenance::CheckRepository(report) == maintenance::Result::kDone);

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/store_discovery.h"
-
-#include <gmock/gmock.h>
-
-#include "platform/files.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class StoreDiscovery : public ::testing::Test {
  protected:
@@ -61,11 +54,9 @@ TEST_F(StoreDiscovery, GivesNothingWhereNothingIs) {
 }
 
 TEST(DefaultStoreName, KnowsItInOtherOutlooks) {
-  EXPECT_TRUE(IsDefaultStoreName("Personal Folders"));
-  EXPECT_TRUE(IsDefaultStoreName("outlook data file"));
-  EXPECT_TRUE(
-      IsDefaultStoreName("\xD0\x9B\xD0\x98\xD0\xA7\xD0\x9D\xD0\xAB\xD0\x95 "
-                         "\xD0\x9F\xD0\x90\xD0\x9F\xD0\x9A\xD0\x98"));
+  for (const char* name : {"Personal Folders", "outlook data file", "ЛИЧНЫЕ ПАПКИ"}) {
+    EXPECT_TRUE(IsDefaultStoreName(name)) << name;
+  }
   EXPECT_FALSE(IsDefaultStoreName("Archive Folders"));
   EXPECT_FALSE(IsDefaultStoreName(""));
 }
