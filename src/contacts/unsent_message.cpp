@@ -35,7 +35,7 @@ std::string CleanAddress(std::string_view address) {
   // Line ends outside ASCII, for readers that know them: U+0085, U+2028, U+2029.
   for (std::string_view lineEnd : {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
     for (size_t at; (at = clean.find(lineEnd)) != std::string::npos;) {
-      clean.replace(at, lineEnd.size(), 1, '_');
+      clean.replace(at, lineEnd.size(), "_");
     }
   }
   return clean;
