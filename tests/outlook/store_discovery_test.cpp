@@ -24,7 +24,7 @@ TEST_F(StoreDiscovery, LooksInTheUsualPlacesWithoutRegardToCase) {
   Put("Documents/letter.doc");
   std::string server = Put("AppData/Local/Microsoft/Outlook/me.ost");
   std::string elsewhere = Put("Desktop/old disk/2003/archive.pst");
-  Put("1/2/3/4/5/6/7/8/9/too deep.pst");
+  Put("1/2/3/4/5/6/7/8/9/10/11/12/13/too deep.pst");
   EXPECT_THAT(FindStores(folder_.Path()), ElementsAre(copied, xp, server, seven, elsewhere));
 }
 
