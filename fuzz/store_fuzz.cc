@@ -37,6 +37,7 @@ class Nobody : public core::UserInterface {
  public:
   bool ShowBox(core::BoxIcon, const std::string&, bool) override { return true; }
   bool AskYesNo(const std::string&) override { return false; }
+  bool AskBeforeLoss(const std::string&, const std::string&) override { return false; }
   core::SenderAnswer AskAboutEmail(const core::AskedEmail&) override {
     return core::SenderAnswer::kAccept;
   }
