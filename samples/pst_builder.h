@@ -7,6 +7,7 @@
 // not need (allocation maps, search folders) is left out.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -36,6 +37,13 @@ struct PstMessage {
   std::vector<PstAttachment> attachments;
 };
 
+// A mail of Ann's with nothing but a subject.
+inline PstMessage PstMail(const std::string& subject) {
+  PstMessage mail;
+  mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, subject}, {0x0C1A, "Ann"}};
+  return mail;
+}
+
 class PstBuilder {
  public:
   // Stores of one name have one key, as copies of a store have.
@@ -51,7 +59,10 @@ class PstBuilder {
   void SetStoreNumber(uint16_t property, int32_t number);
   // How blocks are made unreadable to a casual eye: 0 not at all, 1 or 2. REQUIRES: nothing was
   // added yet.
-  void SetCipher(uint8_t cipher) { cipher_ = cipher; }
+  void SetCipher(uint8_t cipher) {
+    assert(blocks_.empty());
+    cipher_ = cipher;
+  }
 
   std::string Build();
 

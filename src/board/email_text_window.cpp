@@ -7,10 +7,12 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cassert>
 
 #include "repository/grid_layout.h"
 #include "repository/parameter_store.h"
 #include "repository/plain_text_view.h"
+#include "repository/repository.h"
 
 namespace tarnwick::board {
 
@@ -36,6 +38,7 @@ frmEmailText::frmEmailText(QWidget* parent)
     : QDialog(parent),
       text_(new QPlainTextEdit(this)),
       attachments_(new takeout::AttachmentsView(this)) {
+  assert(repository::RepositoryDb().IsOpen());
   setObjectName(kForm);
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   setAttribute(Qt::WA_ShowWithoutActivating);

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_query.h"
 
+#include <cassert>
 #include <utility>
 
 #include "core/guard.h"
@@ -100,12 +101,14 @@ std::string ListConditions(const ListFilter& filter) {
 }
 
 std::string ContactCondition(const ListFilter& filter) {
+  assert(!filter.FromTo.empty());
   std::string name =
       filter.FromToIsListed ? core::QuoteSql(filter.FromTo) : SoughtWord(filter.FromTo);
   return "INSTR(MeContact.Name, '" + name + "') <> 0 ";
 }
 
 std::string AttachmentCondition(const ListFilter& filter) {
+  assert(!filter.FileName.empty());
   if (filter.FileNameIsListed) {
     return "INSTR(Attachment.FileName, '" + core::QuoteSql(filter.FileName) + "') <> 0";
   }

@@ -13,10 +13,12 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cassert>
 
 #include "contacts/contact_dialog.h"
 #include "repository/grid_layout.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::contacts {
 
@@ -30,6 +32,7 @@ constexpr int kTwips = repository::kTwipsPerPixel;
 }  // namespace
 
 frmContacts::frmContacts(QWidget* parent) : QDialog(parent), grid_(new ContactGridView(this)) {
+  assert(repository::RepositoryDb().IsOpen());
   setObjectName(kForm);
   setWindowTitle(tr("Contacts"));
   setSizeGripEnabled(false);  // the status bar has one

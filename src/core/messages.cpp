@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/messages.h"
 
+#include <cassert>
+
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/text.h"
@@ -151,6 +153,7 @@ bool IsDiskFull(const Error& error) {
 }
 
 void ReportCurrentException(std::string_view routine, Report report, std::string_view detail) {
+  assert(std::current_exception() != nullptr);
   Error error = CurrentError();
   RunState& state = State();
   if (state.LoadIsRunning && IsDiskFull(error)) {

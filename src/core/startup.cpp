@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/startup.h"
 
+#include <cassert>
+
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
@@ -20,6 +22,7 @@ int ZoneHours(int biasMinutes) {
 }
 
 void PrepareRun(const std::string& appFolder, bool keepsLog) {
+  assert(State().Ui != nullptr);
   ResetState();
   RunState& state = State();
   state.LogEvents = true;

@@ -3,6 +3,7 @@
 #include "database/connection.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "database/connection_impl.h"
 #include "platform/utf8.h"
@@ -109,6 +110,7 @@ bool Connection::HasTable(std::string_view table) const {
 }
 
 void Connection::SetBulk(bool on) {
+  assert(!InGroup());
   // Otherwise the engine overwrites what is deleted, page by page.
   impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
                                  : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");

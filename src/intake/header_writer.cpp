@@ -3,6 +3,7 @@
 #include "intake/header_writer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +37,7 @@ std::string OneLine(std::string_view text, const HeaderForm& form) {
 }
 
 std::string QuotedString(std::string_view text) {
+  assert(text.find_first_of("\r\n") == std::string_view::npos);
   std::string quoted = "\"";
   for (char c : text) {
     if (c == '"' || c == '\\') quoted += '\\';
@@ -45,6 +47,7 @@ std::string QuotedString(std::string_view text) {
 }
 
 std::string EncodedWords(std::string_view text, const HeaderForm& form) {
+  assert(platform::IsValidUtf8(text));
   std::string words;
   while (!text.empty()) {
     size_t count = std::min(form.bytesPerWord, text.size());

@@ -3,6 +3,7 @@
 #include "intake/inline_file.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 #include <vector>
 
@@ -85,7 +86,9 @@ bool InlineFile::MayBegin(std::string_view line) {
   return false;
 }
 
-InlineFile::InlineFile(std::string_view beginLine) : name_(NameOf(beginLine)) {}
+InlineFile::InlineFile(std::string_view beginLine) : name_(NameOf(beginLine)) {
+  assert(MayBegin(beginLine));
+}
 
 InlineFile::Step InlineFile::Line(std::string_view line) {
   if (hasEncoded_ && IsEnd(line)) return Step::kEnded;
@@ -96,6 +99,7 @@ InlineFile::Step InlineFile::Line(std::string_view line) {
 
 bool TakeInlineFile(LineCursor& cursor, MessageDraft& draft,
                     const std::function<void(std::string_view)>& ordinary) {
+  assert(cursor.HasLine());
   if (!InlineFile::MayBegin(cursor.Line())) return false;
   InlineFile file(cursor.Line());
   std::vector<std::string> lines = {cursor.Line()};

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 
 #include "core/guard.h"
 #include "core/text.h"
 #include "platform/charset.h"
+#include "repository/repository.h"
 
 namespace tarnwick::intake {
 
@@ -175,6 +177,7 @@ void LoadAccount::TakeOffLost() {
 
 void LoadAccount::Close() {
   if (!IsOpen()) return;
+  assert(!repository::RepositoryDb().InGroup());
   TakeOffLost();
   units_.reset();
   for (Place& place : places_) {

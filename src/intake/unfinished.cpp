@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/unfinished.h"
 
+#include <cassert>
+
 #include "core/text.h"
 #include "database/recordset.h"
 #include "repository/repository.h"
@@ -20,6 +22,7 @@ int64_t UnfinishedWithKey(const std::string& storedKey) {
 }
 
 void EnterUnfinished(int64_t id) {
+  assert(RepositoryDb().InGroup());
   try {
     RepositoryDb().Execute("INSERT INTO Unfinished (EmailID) VALUES (" + std::to_string(id) + ")");
   } catch (const Error& error) {

@@ -3,6 +3,7 @@
 #include "oe/byte_reader.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "platform/error.h"
 
@@ -52,6 +53,7 @@ std::string_view ZeroTerminated(std::string_view bytes, size_t place) {
 ByteReader::ByteReader(const std::string& path) : file_(path) {}
 
 std::string_view ByteReader::Read(uint64_t offset, size_t count) {
+  assert(count <= kMaxPiece);
   if (offset >= Size()) return {};
   count = static_cast<size_t>(std::min<uint64_t>({count, kMaxPiece, Size() - offset}));
   uint64_t windowEnd = windowStart_ + window_.size();

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/about_dialog.h"
 
+#include <cassert>
+
 #include <QApplication>
 #include <QGridLayout>
 #include <QIcon>
@@ -38,6 +40,7 @@ constexpr Used kUsed[] = {
 }  // namespace
 
 AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
+  assert(repository::RepositoryDb().IsOpen());
   setObjectName("frmAbout");
   setWindowTitle(tr("About Tarnwick"));
   auto* column = new QVBoxLayout(this);

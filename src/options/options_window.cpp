@@ -13,10 +13,12 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cassert>
 
 #include "core/run_state.h"
 #include "intake/reading_rules.h"
 #include "repository/plain_text_view.h"
+#include "repository/repository.h"
 
 namespace tarnwick::options {
 
@@ -67,6 +69,7 @@ QString Describe(const ProfileSummary& found) {
 frmOptions::frmOptions(ProfileReader readProfile, const std::vector<Mailer>& mailers,
                        QWidget* parent)
     : QDialog(parent), readProfile_(std::move(readProfile)) {
+  assert(repository::RepositoryDb().IsOpen() && core::State().Ui != nullptr);
   setObjectName("frmOptions");
   setWindowTitle(tr("Options"));
   MakeControls(mailers);

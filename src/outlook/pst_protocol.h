@@ -39,6 +39,7 @@
 // Requests may be sent before the answers to earlier ones have come; answers keep their order.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -81,6 +82,7 @@ inline void PutNumber(std::string& bytes, uint32_t value, int count = 4) {
 
 // REQUIRES: offset + count <= bytes.size().
 inline uint32_t TakeNumber(std::string_view bytes, size_t offset, int count = 4) {
+  assert(offset + static_cast<size_t>(count) <= bytes.size());
   uint32_t value = 0;
   for (int i = 0; i < count; ++i) {
     auto byte = static_cast<unsigned char>(bytes[offset + static_cast<size_t>(i)]);

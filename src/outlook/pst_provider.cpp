@@ -3,6 +3,7 @@
 #include "outlook/pst_provider.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 #include <optional>
 #include <set>
@@ -310,10 +311,12 @@ class PstFolder : public Folder {
     return static_cast<int64_t>(items_.size());
   }
   std::unique_ptr<Item> ItemAt(int64_t index) override {
+    assert(index >= 0 && index < ItemCount());
     return std::make_unique<PstItem>(context_, PlaceOf(index), std::vector<uint32_t>{},
                                      std::make_shared<std::set<std::string>>(lost_));
   }
   bool IsOtherKind(int64_t index) override {
+    assert(index >= 0 && index < ItemCount());
     Read();
     return otherItems_.count(items_.at(static_cast<size_t>(index))) > 0;
   }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/date_time.h"
 
+#include <cassert>
 #include <chrono>
 #include <cstdio>
 
@@ -63,7 +64,8 @@ DateTime DateTime::FromDate(int year, int month, int day) {
 }
 
 DateTime DateTime::WithTime(int hour, int minute, int second) const {
-  return DatePart().AddSeconds(int64_t{hour} * 3600 + minute * 60 + second);
+  assert(hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60);
+  return DatePart().AddSeconds(int64_t{hour} * 3600 + int64_t{minute} * 60 + second);
 }
 
 std::optional<DateTime> DateTime::FromCivil(const CivilTime& civil) {

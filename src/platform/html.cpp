@@ -6,6 +6,7 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 
 #include "platform/charset.h"
@@ -239,6 +240,7 @@ void ReadHtml(std::string_view html, HtmlEvents& events) {
 }
 
 std::string HtmlToPlainText(std::string_view html) {
+  assert(IsValidUtf8(html));
   HtmlText text = TextOf(html);
   return text.HasBody() ? text.Take() : std::string();
 }

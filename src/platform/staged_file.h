@@ -6,6 +6,7 @@
 // it was and nothing that bears the name is half written.
 #pragma once
 
+#include <cassert>
 #include <string>
 #include <string_view>
 
@@ -25,7 +26,10 @@ class StagedFile {
   StagedFile& operator=(const StagedFile&) = delete;
 
   // Where to write. REQUIRES: !IsInPlace().
-  const std::string& Path() const { return path_; }
+  const std::string& Path() const {
+    assert(!IsInPlace());
+    return path_;
+  }
 
   // Gives the complete file its name, in place of an older file. Both the bytes and the name are
   // on the disk afterwards. IsInPlace() may be true even if this throws: the name could not be

@@ -6,6 +6,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 namespace tarnwick::platform {
@@ -66,6 +67,7 @@ int32_t NextSequence(std::string_view text, size_t& position) {
 }
 
 int32_t NextChar(std::string_view text, size_t& position) {
+  assert(position < text.size());
   size_t start = position;
   auto byte = static_cast<unsigned char>(text[start]);
   if (byte < 0x80) {
@@ -79,6 +81,7 @@ int32_t NextChar(std::string_view text, size_t& position) {
 }
 
 void AppendChar(std::string& text, int32_t character) {
+  assert(U_IS_UNICODE_CHAR(character) || U_IS_UNICODE_NONCHAR(character));
   char buffer[U8_MAX_LENGTH];
   int32_t length = 0;
   U8_APPEND_UNSAFE(buffer, length, character);

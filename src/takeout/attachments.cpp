@@ -3,6 +3,7 @@
 #include "takeout/attachments.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 
 #include "core/guard.h"
@@ -160,6 +161,7 @@ uint64_t MessageAttachments::TotalSize() const {
 }
 
 std::string MessageAttachments::Bytes(size_t index) const {
+  assert(index < sources_.size());
   const Source& source = sources_[index];
   return source.isDecoded ? source.bytes : intake::DecodeFile(source.body, source.encoding);
 }

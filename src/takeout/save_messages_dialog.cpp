@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/save_messages_dialog.h"
 
+#include <cassert>
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -18,6 +20,7 @@
 
 #include "core/guard.h"
 #include "repository/parameter_store.h"
+#include "repository/repository.h"
 
 namespace tarnwick::takeout {
 
@@ -39,6 +42,7 @@ QVBoxLayout* Column(std::initializer_list<QWidget*> widgets) {
 
 SaveMessagesDialog::SaveMessagesDialog(int64_t selected, int64_t listed, QWidget* parent)
     : QDialog(parent) {
+  assert(repository::RepositoryDb().IsOpen() && listed > 0);
   setObjectName("SaveMessages");
   setWindowTitle(tr("Save messages as"));
   MakeControls(selected, listed);

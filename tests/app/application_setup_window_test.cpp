@@ -4,8 +4,6 @@
 // What holds for every window of the program, tried on all of them.
 #include "application_setup.h"
 
-#include <gtest/gtest.h>
-
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -26,7 +24,6 @@
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "qt_user_interface.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "takeout/save_messages_dialog.h"
 

@@ -3,19 +3,16 @@
 //
 // The contract of tarnwick-cli, as scripts see it.
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 
 #include "cli/command_line.h"
-#include "platform/files.h"
 #include "samples/dbx_builder.h"
 #include "samples/sample_profile.h"
 #include "support/run_program.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::app {
 namespace {
@@ -34,6 +31,13 @@ class Cli : public ::testing::Test {
   std::string WriteMessage(const std::string& name, const std::string& text) {
     platform::WriteFile(home_.File(name), text);
     return home_.File(name);
+  }
+
+  // What a command prints when all goes well.
+  std::string Output(const std::vector<std::string>& words) {
+    ProgramRun run = Run(words);
+    EXPECT_EQ(run.status, 0) << run.errors;
+    return run.output;
   }
 
   // Takes a plain letter in.
@@ -57,15 +61,14 @@ TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   EXPECT_EQ(run.output, "stored 1, already stored 0, unreadable 0\n");
   run = Run({"take", file});
   EXPECT_EQ(run.output, "stored 0, already stored 1, unreadable 0\n");
-  EXPECT_NE(run.errors.find("This email is in the repository."), std::string::npos);
+  EXPECT_THAT(run.errors, HasSubstr("This email is in the repository."));
 
   run = Run({"list"});
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_EQ(run.output, "1\t2004-01-05 10:20:30\tIn\t\tAnn Lee\tGarden plan\n");
   run = Run({"list", "--json", "--subject", "GARDEN"});
-  EXPECT_NE(run.output.find("\"ID\":1"), std::string::npos) << run.output;
-  EXPECT_NE(run.output.find("\"ReceivedTime\":\"2004-01-05 10:20:30\""), std::string::npos)
-      << run.output;
+  EXPECT_THAT(run.output, HasSubstr("\"ID\":1"));
+  EXPECT_THAT(run.output, HasSubstr("\"ReceivedTime\":\"2004-01-05 10:20:30\""));
   EXPECT_EQ(Run({"list", "--text", "roses"}).output, "");
   EXPECT_EQ(Run({"list", "--to", "2004-01-04"}).output, "");
   EXPECT_NE(Run({"list", "--search", "tulips from:ann after:2003"}).output, "");
@@ -87,8 +90,8 @@ TEST_F(Cli, AStartWithoutARepositoryOrParametersFailsAndMakesNone) {
     platform::RenameFile(lost, lost + ".kept");
     ProgramRun run = Run({"list"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.errors, ::testing::HasSubstr("Error: You should take the following actions"));
-    EXPECT_THAT(run.errors, ::testing::HasSubstr(lost + " is missing"));
+    EXPECT_THAT(run.errors, HasSubstr("Error: You should take the following actions"));
+    EXPECT_THAT(run.errors, HasSubstr(lost + " is missing"));
     EXPECT_FALSE(platform::FileExists(lost));
     platform::RenameFile(lost + ".kept", lost);
   }
@@ -207,9 +210,7 @@ TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {
   EXPECT_EQ(Run({"list", "--json"}).output, before);
   run = Run({"restore", part}, "y\ny\n");
   EXPECT_EQ(run.status, 1);
-  EXPECT_NE(run.errors.find("Error: You should use full backup file in this function."),
-            std::string::npos)
-      << run.errors;
+  EXPECT_THAT(run.errors, HasSubstr("Error: You should use full backup file in this function."));
   EXPECT_EQ(Run({"restore"}).status, 2);
   EXPECT_EQ(Run({"merge", part, "--duplicates", "perhaps"}).status, 2);
 }
@@ -228,7 +229,7 @@ TEST_F(Cli, AMessageIsMarkedAndDeletedAndItsContactListed) {
   ProgramRun run = Run({"contacts", "--name", "LEE"});
   EXPECT_THAT(run.output, ::testing::MatchesRegex("1\t.*Lee\tann@example.org\n"));
   run = Run({"contacts", "--json"});
-  EXPECT_THAT(run.output, ::testing::HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
+  EXPECT_THAT(run.output, HasSubstr("\"Addresses\":[\"ann@example.org\"]}\n"));
   EXPECT_EQ(Run({"contacts", "--name", "nobody"}).output, "");
 
   EXPECT_EQ(Run({"delete", "1"}, "n\n").status, 1);
@@ -247,33 +248,30 @@ TEST_F(Cli, AttachmentsAreListedAndSaved) {
       "Content-Transfer-Encoding: base64\r\n\r\nR0lG\r\n--b\r\nContent-Type: "
       "application/octet-stream; name=roof.gif.exe\r\n\r\nMZ\r\n--b--\r\n";
   ASSERT_EQ(Run({"take", WriteMessage("plan.eml", raw)}).status, 0);
-  ProgramRun run = Run({"attachments", "1"});
-  EXPECT_EQ(run.status, 0) << run.errors;
-  EXPECT_EQ(run.output,
+  EXPECT_EQ(Output({"attachments", "1"}),
             "1\t3\timage/gif\t_roof.gif\n2\t2\tapplication/octet-stream\troof.gif.exe\n");
   std::string folder = home_.File("saved/");
   platform::MakeFolder(folder);
   platform::WriteFile(folder + "_ROOF.GIF", "older");
-  run = Run({"attachments", "1", "--save", folder});
+  ProgramRun run = Run({"attachments", "1", "--save", folder});
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_EQ(platform::ReadFile(folder + "_roof (2).gif"), "GIF");
   EXPECT_EQ(platform::ReadFile(folder + "_ROOF.GIF"), "older");
   EXPECT_EQ(platform::ListFiles(folder).size(), 3U);
-  EXPECT_NE(run.output.find("\t" + folder + "_roof (2).gif\n"), std::string::npos) << run.output;
-  EXPECT_NE(run.errors.find("roof.gif.exe is a program"), std::string::npos) << run.errors;
+  EXPECT_THAT(run.output, HasSubstr("\t" + folder + "_roof (2).gif\n"));
+  EXPECT_THAT(run.errors, HasSubstr("roof.gif.exe is a program"));
   EXPECT_EQ(Run({"attachments", "2"}).status, 1);
   EXPECT_EQ(Run({"attachments", "1", "--save", "/proc/none"}).status, 1);
 }
 
 TEST_F(Cli, MessagesAreSavedInEachFormat) {
   for (const char* subject : {"Garden plan", "Roof"}) TakeLetter(subject);
-  ProgramRun run = Run({"save", "--format", "eml", home_.File("eml"), "--subject", "roof"});
-  EXPECT_EQ(run.status, 0) << run.errors;
-  EXPECT_EQ(run.output, "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
+  EXPECT_EQ(Output({"save", "--format", "eml", home_.File("eml"), "--subject", "roof"}),
+            "selected 1, saved 1, no stored file 0, failed 0, not reached 0\n");
   EXPECT_THAT(platform::ListFiles(home_.File("eml")),
-              ::testing::ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
-  run = Run({"save", "--format", "mbox", home_.File("mbox"), "--folders"});
-  EXPECT_EQ(run.output, "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
+              ElementsAre("2004-01-05 1020 Ann Lee - Roof.eml"));
+  EXPECT_EQ(Output({"save", "--format", "mbox", home_.File("mbox"), "--folders"}),
+            "selected 2, saved 2, no stored file 0, failed 0, not reached 0\n");
   EXPECT_TRUE(platform::FileExists(home_.File("mbox/Text File.mbox")));
   EXPECT_EQ(Run({"save", "--format", "maildir", home_.File("maildir")}).status, 0);
   EXPECT_EQ(platform::ListFiles(home_.File("maildir/cur")).size(), 2U);
@@ -340,7 +338,7 @@ TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   EXPECT_EQ(Run({"check"}).status, 1);
   ProgramRun run = Run({"list"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_NE(run.errors.find("26 "), std::string::npos) << run.errors;
+  EXPECT_THAT(run.errors, HasSubstr("26 "));
 }
 
 TEST(Arguments, OptionsTakeValuesEitherWayAndOperandsMayLookLikeOptions) {

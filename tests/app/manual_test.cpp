@@ -2,19 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The manual page keeps up with the program.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <regex>
-#include <string>
 
-#include "platform/files.h"
 #include "support/run_program.h"
+#include "support/testing.h"
 
 namespace tarnwick::app {
 namespace {
-
-using ::testing::HasSubstr;
 
 TEST(Manual, ExplainsEveryCommandAndOption) {
   std::string usage =

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "qt_user_interface.h"
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QCheckBox>
 #include <QImage>
@@ -11,9 +9,8 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include "platform/files.h"
 #include "support/run_program.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::app {
 namespace {
@@ -50,12 +47,12 @@ TEST(QtUserInterface, BoxesShowPlainTextAndOfferSilenceOnlyWhenAsked) {
 
 TEST(QtUserInterface, OnlyYesIsYes) {
   QtUserInterface ui;
-  WithNextBox([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
-  EXPECT_TRUE(ui.AskYesNo("?"));
-  WithNextBox([](QMessageBox& box) { box.button(QMessageBox::No)->click(); });
-  EXPECT_FALSE(ui.AskYesNo("?"));
-  WithNextBox([](QMessageBox& box) { box.close(); });
-  EXPECT_FALSE(ui.AskYesNo("?"));
+  for (auto button : {QMessageBox::Yes, QMessageBox::No, QMessageBox::NoButton}) {
+    WithNextBox([button](QMessageBox& box) {
+      button == QMessageBox::NoButton ? void(box.close()) : box.button(button)->click();
+    });
+    EXPECT_EQ(ui.AskYesNo("?"), button == QMessageBox::Yes);
+  }
 }
 
 TEST(QtUserInterface, ATurnOfTheEventsIsNotEnteredAgainFromWithin) {

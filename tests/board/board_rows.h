@@ -106,3 +106,10 @@ class RememberingForm : public board::ListForm {
 };
 
 }  // namespace tarnwick::testing
+
+namespace tarnwick {
+using testing::AddListed;
+using testing::ListedEmail;
+using testing::ListedSubjects;
+using testing::ListEvery;
+}  // namespace tarnwick

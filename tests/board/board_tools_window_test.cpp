@@ -14,23 +14,16 @@
 #include "board/email_text_window.h"
 #include "board_window.h"
 #include "contacts/contacts_window.h"
-#include "core/run_state.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
-#include "platform/files.h"
 #include "platform/shell.h"
 #include "reading/letter_view.h"
 #include "reading/letter_window.h"
-#include "repository/parameter_store.h"
 #include "support/window_checks.h"
 #include "takeout/save_messages_dialog.h"
 
 namespace tarnwick::board {
 namespace {
-
-using testing::AddListed;
-using ::testing::ElementsAre;
-using testing::ListedSubjects;
 
 class BoardTools : public BoardWindow {
  protected:
@@ -107,7 +100,7 @@ TEST_F(BoardTools, ButtonEnterAndDoubleClickShowTheSelectedEmail) {
   QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, place);
   QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, place);
   EXPECT_EQ(opened_.size(), 3U);
-  EXPECT_THAT(opened_, ::testing::Each("Temp43200.eml"));
+  EXPECT_THAT(opened_, Each("Temp43200.eml"));
 }
 
 TEST_F(BoardTools, TheTextWindowFollowsTheSelectionWhileTheBoxIsOn) {

@@ -4,12 +4,9 @@
 // The main window on a repository of the test's own.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
-#include <memory>
 
 #include "board/main_board_window.h"
 #include "board_rows.h"

@@ -2,19 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/email_list.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
 #include "core/user_interface.h"
-#include "platform/clock.h"
-#include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
 using core::StatusPanel;
-using testing::AddListed;
 using testing::RememberingForm;
 
 class EmailList : public testing::ProgramFixture {
@@ -63,9 +58,7 @@ TEST_F(EmailList, TheFilterComesBackAsItWasLeft) {
 
 TEST_F(EmailList, AnEndThatWasNotNarrowedGrowsWithTheDays) {
   SaveFilter(EveryMessage(), 0);
-  platform::ClockOverride clock;
-  clock.now = DateTime::FromDate(2020, 6, 18);
-  platform::SetClockOverride(clock);
+  SetNow(DateTime::FromDate(2020, 6, 18));
   EXPECT_EQ(ReadSavedFilter().DateTo, DateTime::FromDate(2020, 6, 18));
 }
 
@@ -82,8 +75,8 @@ TEST_F(EmailList, StoredNumbersThatNameNoChoiceAreLeftOut) {
 TEST_F(EmailList, TheBoxesOfferEachNameOnce) {
   AddListed({.subject = "1", .name = "Zoe", .files = {"b.txt", "a.txt"}});
   AddListed({.subject = "2", .name = "Ann", .files = {"a.txt"}});
-  EXPECT_THAT(ContactNames(), ::testing::ElementsAre("Ann", "Zoe"));
-  EXPECT_THAT(AttachmentNames(), ::testing::ElementsAre("a.txt", "b.txt"));
+  EXPECT_THAT(ContactNames(), ElementsAre("Ann", "Zoe"));
+  EXPECT_THAT(AttachmentNames(), ElementsAre("a.txt", "b.txt"));
 }
 
 }  // namespace

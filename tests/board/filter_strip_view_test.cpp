@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/filter_strip_view.h"
 
-#include <gmock/gmock.h>
-
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -115,8 +113,7 @@ TEST_F(FilterStrip, WhatIsNoDateKeepsTheFocusHoweverTheBoxIsLeft) {
   EXPECT_EQ(Focused(), "DateFrom");
   Find<QLineEdit>("Subject")->setFocus(Qt::TabFocusReason);
   QApplication::processEvents();
-  EXPECT_THAT(ui_.Shown("box"),
-              ::testing::ElementsAre("Invalid date format.", "Invalid date format."));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("Invalid date format.", "Invalid date format."));
   EXPECT_EQ(Focused(), "DateFrom");
   EXPECT_EQ(changes_, 0);
   EXPECT_EQ(Read().DateFrom, DateTime::FromDate(2004, 1, 2)) << "the last good one";

@@ -11,8 +11,6 @@
 
 #include "board/find_mail_dialog.h"
 #include "board_window.h"
-#include "core/run_state.h"
-#include "platform/files.h"
 #include "support/window_checks.h"
 
 namespace tarnwick::board {

@@ -2,17 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/help_topics.h"
 
-#include <gmock/gmock.h>
-
-#include "platform/files.h"
 #include "platform/shell.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class HelpTopics : public testing::ProgramFixture {
  protected:
@@ -53,9 +47,6 @@ TEST_F(HelpTopics, WithoutAViewerOrAnyHelpThePersonIsTold) {
   EXPECT_THAT(ui_.Shown("box"),
               ElementsAre(HasSubstr(folder_.File("usr/share/tarnwick/help/index.html")),
                           "The help is not installed."));
-}
-
-TEST_F(HelpTopics, HelpBesideTheProgramGoesFirst) {
   platform::MakeFolder(folder_.File("usr/bin/help/"));
   platform::WriteFile(folder_.File("usr/bin/help/index.html"), "own");
   EXPECT_EQ(FindHelp(folder_.File("usr/bin/")).front(), folder_.File("usr/bin/help/index.html"));

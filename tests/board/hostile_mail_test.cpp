@@ -5,17 +5,12 @@
 // for byte or refused, its texts are UTF-8, its rows are as many as it counts, its neighbours in
 // the repository stay, and nothing is written outside the scratch folder. What else must come of it
 // stands beside it.
-#include <gmock/gmock.h>
 
-#include "core/run_state.h"
-#include "database/recordset.h"
+#include "samples/hostile_mail.h"
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
-#include "platform/files.h"
 #include "reading/stored_message.h"
-#include "repository/repository.h"
-#include "samples/hostile_mail.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 #include "takeout/stored_file.h"
@@ -23,7 +18,6 @@
 namespace tarnwick::board {
 namespace {
 
-using repository::RepositoryDb;
 using samples::HostileKind;
 
 class HostileMail : public testing::ProgramFixture {

@@ -2,18 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/layout_store.h"
 
-#include <gmock/gmock.h>
-
 #include "board/list_query.h"
-#include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
 using LayoutStore = testing::ProgramFixture;
-using ::testing::ElementsAre;
-using ::testing::Pair;
 
 TEST_F(LayoutStore, WidthsOfAGroupSurviveAreReplacedWholeAndHaveLimits) {
   EXPECT_TRUE(repository::ReadGridLayout(kGridGroup, 3).empty());
@@ -50,12 +45,12 @@ TEST_F(LayoutStore, WidthsGoByTheNamesOfTheColumns) {
 TEST(StoredNumbers, MeanWhatTheyMeant) {
   std::string columns;
   for (std::string_view name : kGridNames) columns += std::string(name) + " ";
-  EXPECT_THAT(columns, ::testing::StartsWith(
-                           "Mark Received Subject FromTo Direction Active ID EmailImportance "
-                           "Application ReceivedTime "));
+  EXPECT_THAT(columns,
+              StartsWith("Mark Received Subject FromTo Direction Active ID EmailImportance "
+                         "Application ReceivedTime "));
   std::string printed;
   for (const auto& column : repository::kPrintedColumns) printed += std::string(column.name) + " ";
-  EXPECT_THAT(printed, ::testing::StartsWith("ID ReceivedTime Direction Active FromTo Subject "));
+  EXPECT_THAT(printed, StartsWith("ID ReceivedTime Direction Active FromTo Subject "));
   const std::pair<ListSort, const char*> kSorts[] = {{ListSort{1}, "ORDER BY Email.ReceivedTime"},
                                                      {ListSort{2}, "ORDER BY Email.Subject"},
                                                      {ListSort{3}, "ORDER BY MeContact.Name"},

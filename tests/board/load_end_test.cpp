@@ -3,34 +3,23 @@
 //
 // However a load, a take or a merge ends, its account is told and its counts are what is in the
 // file.
-#include <gmock/gmock.h>
-
-#include <cstdlib>
 
 #include "board/load_command.h"
 #include "board/load_log.h"
 #include "core/messages.h"
-#include "database/recordset.h"
-#include "maintenance/export.h"
 #include "maintenance/merge.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/profile_builder.h"
 #include "samples/pst_builder.h"
 #include "support/faulty_disk.h"
 #include "support/program_fixture.h"
+#include "support/repository_content.h"
 
 namespace tarnwick::board {
 namespace {
 
-using ::testing::AllOf;
+using ::testing::_;
 using testing::DiskFault;
-using ::testing::ElementsAre;
 using testing::FaultyDisk;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr int kLetters = 25;
 
@@ -67,9 +56,8 @@ class LoadEnd : public testing::ProgramFixture {
   void AddOutlookStore() {
     setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
     samples::PstBuilder store(true, "Personal Folders");
-    samples::PstMessage mail;
-    mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "of Outlook"}, {0x0C1A, "Ann"}};
-    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"), mail);
+    store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
+                     samples::PstMail("hello"));
     platform::WriteFile(profile_.Folder() + "Outlook.pst", store.Build());
   }
 
@@ -142,10 +130,7 @@ TEST_F(LoadEnd, AFullDiskEndsATakeAndAMerge) {
     files.push_back(WriteTemp(std::to_string(i) + ".eml", LetterText(i)));
   }
   TakeTextFiles(files);
-  jet::Recordset list;
-  list.Open("SELECT ID, ReceivedTime FROM Email", repository::RepositoryDb());
-  ASSERT_EQ(maintenance::ExportEmails(folder_.File("merge.twb"), list), maintenance::Result::kDone);
-  list.Close();
+  testing::ExportAll(folder_.File("merge.twb"));
   ForEachFullDisk([&] {
     TakeResult result = TakeTextFiles(files);
     EXPECT_EQ(result.stored, CountRows("Email"));
@@ -187,10 +172,8 @@ TEST_F(LoadEnd, AFirstLoadGoesOnBehindANoAndAlwaysSaysSomething) {
   ui_.folders = {profile_.Folder()};
   ui_.yesNo = {false, true};
   EXPECT_EQ(LoadFromMailer(options).counts.stored, 1);
-  ASSERT_EQ(ui_.shown.size(), 3U);
-  EXPECT_EQ(ui_.shown[0].first, "folder") << "before the questions for what is there";
-  EXPECT_THAT(ui_.shown[1].second, HasSubstr("from Outlook Express"));
-  EXPECT_THAT(ui_.shown[2].second, HasSubstr("from Outlook to"));
+  EXPECT_THAT(ui_.shown, ElementsAre(Pair("folder", _), Pair(_, HasSubstr("from Outlook Express")),
+                                     Pair(_, HasSubstr("from Outlook to"))));
   EXPECT_FALSE(repository::GetOption("OutlookExpress"));
 
   ui_.shown.clear();
@@ -212,7 +195,7 @@ TEST_F(LoadEnd, TheAccountsOfTheLastLoadsOutlastTheLog) {
   std::string kept = LastLoads();
   EXPECT_LT(kept.size(), 1'100'000U);
   EXPECT_THAT(kept, AllOf(StartsWith("6/15/2020 12:00:00\r\nxxx"), HasSubstr("load 29\r\n\r\n"),
-                          HasSubstr("load 11\r\n"), ::testing::Not(HasSubstr("load 10\r\n"))));
+                          HasSubstr("load 11\r\n"), Not(HasSubstr("load 10\r\n"))));
 }
 
 }  // namespace

@@ -2,9 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The load command over sources of the test's own: letters that lie in memory.
-#include <gmock/gmock.h>
 
-#include <memory>
 #include <utility>
 
 #include "board/load_command.h"
@@ -13,9 +11,6 @@
 #include "intake/load_account.h"
 #include "intake/source.h"
 #include "intake/store_message.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -23,10 +18,8 @@ namespace {
 
 using intake::Outcome;
 using intake::SourceMessage;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
-struct Letter {
+struct ShelfMail {
   std::string key;
   std::string from;
   bool isRecord = false;  // made by the source, not parsed
@@ -35,7 +28,7 @@ struct Letter {
 
 class Shelf : public intake::SourceFolder {
  public:
-  Shelf(std::string place, std::vector<Letter> letters)
+  Shelf(std::string place, std::vector<ShelfMail> letters)
       : place_(std::move(place)), letters_(std::move(letters)) {}
 
   std::string Place() const override { return place_; }
@@ -45,7 +38,7 @@ class Shelf : public intake::SourceFolder {
 
   bool Next(SourceMessage& message) override {
     if (next_ == letters_.size()) return false;
-    const Letter& letter = letters_[next_++];
+    const ShelfMail& letter = letters_[next_++];
     if (letter.key == "broken") throw Error(ErrorNumber::kPathAccess, "the shelf broke");
     message.name = "letter " + letter.key;
     message.key = letter.key;
@@ -64,7 +57,7 @@ class Shelf : public intake::SourceFolder {
 
  private:
   std::string place_;
-  std::vector<Letter> letters_;
+  std::vector<ShelfMail> letters_;
   size_t next_ = 0;
 };
 

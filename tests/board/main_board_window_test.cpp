@@ -9,11 +9,6 @@
 #include "board/load_command.h"
 #include "board/other_dates_view.h"
 #include "board_window.h"
-#include "core/run_state.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/profile_builder.h"
 #include "support/window_checks.h"
 
@@ -21,15 +16,11 @@ namespace tarnwick::board {
 namespace {
 
 using core::StatusPanel;
-using testing::AddListed;
-using ::testing::ElementsAre;
-using testing::ListedSubjects;
-using ::testing::UnorderedElementsAre;
 
 class Window : public BoardWindow {
  protected:
   // A message as a store holds it.
-  static std::string Letter(const std::string& subject, const std::string& date) {
+  static std::string Mail(const std::string& subject, const std::string& date) {
     return "From: Ann Lee <ann@example.org>\r\nTo: bob@example.org\r\nSubject: " + subject +
            "\r\nDate: " + date + "\r\n\r\nText.\r\n";
   }
@@ -56,7 +47,7 @@ TEST_F(Window, AnEmptyRepositorySaysWhatToDoNext) {
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "0; 0 In; 0 Out");
   EXPECT_EQ(ui_.status[StatusPanel::kFolder], "Tarnwick folder " + folder_.Path());
   for (const char* name : {"DeleteCurent", "MarkActive", "cmRelated", "ShowEmail"}) Click(name);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Each("There isn't selected row."));
+  EXPECT_THAT(ui_.Shown("box"), Each("There isn't selected row."));
   EXPECT_EQ(ui_.Shown("box").size(), 4U);
 }
 
@@ -115,6 +106,15 @@ TEST_F(Window, ShowRelatedListsTheSubjectBehindItsPrefix) {
   Click("cmRelated");
   EXPECT_EQ(Find<QLineEdit>("Subject")->text(), "Budget");
   EXPECT_THAT(ListedSubjects(), UnorderedElementsAre("Re: Budget", "Fw: Re: Budget"));
+  // An empty list of related messages says why.
+  AddListed({.subject = "Re: Ann's \"plan\"", .received = DateTime::FromDate(2006, 1, 1)});
+  Click("ShowAll");
+  window_->Grid().selectRow(0);
+  Click("cmRelated");
+  EXPECT_EQ(CountListed(), 0);
+  EXPECT_TRUE(window_->Grid().accessibleDescription().contains("apostrophe"));
+  Filter("Subject", "nothing like it");
+  EXPECT_FALSE(window_->Grid().accessibleDescription().contains("apostrophe"));
 }
 
 TEST_F(Window, HotAndDeleteKeepThePlaceAndDeletingTheLastLeavesThePlaceholder) {
@@ -241,9 +241,7 @@ TEST_F(Window, DatesThatWereTypedStayAndOthersGrow) {
   QTest::keyClick(to, Qt::Key_Return);
   EXPECT_TRUE(window_->close());
   AddListed({.subject = "Older", .received = DateTime::FromDate(2001, 1, 2)});
-  platform::ClockOverride clock;
-  clock.now = DateTime::FromDate(2020, 6, 18);
-  platform::SetClockOverride(clock);
+  SetNow(DateTime::FromDate(2020, 6, 18));
   Start();
   EXPECT_EQ(Find<QLineEdit>("DateTo")->text(), "6/15/2020");
   EXPECT_EQ(Find<QLineEdit>("DateFrom")->text(), "1/2/2001");
@@ -262,7 +260,7 @@ TEST_F(Window, AnEntryOfABoxsOwnListFindsItsMessages) {
       combo->setCurrentIndex(i);
       std::string chosen = combo->currentText().toStdString();
       emit combo->activated(i);
-      EXPECT_THAT(ListedSubjects(), ::testing::Contains(chosen)) << box;
+      EXPECT_THAT(ListedSubjects(), Contains(chosen)) << box;
     }
     // It is as it was when the window opens again.
     auto listed = ListedSubjects();
@@ -286,17 +284,6 @@ TEST_F(Window, TheCountsAreExplainedInPlainNumbers) {
   EXPECT_EQ(counts->toolTip(), "1 message: 1 received, 0 sent");
 }
 
-TEST_F(Window, AnEmptyListOfRelatedMessagesSaysWhy) {
-  AddListed({.subject = "Re: Ann's \"plan\""});
-  Start();
-  window_->Grid().selectRow(0);
-  Click("cmRelated");
-  EXPECT_EQ(CountListed(), 0);
-  EXPECT_TRUE(window_->Grid().accessibleDescription().contains("apostrophe"));
-  Filter("Subject", "nothing like it");
-  EXPECT_FALSE(window_->Grid().accessibleDescription().contains("apostrophe"));
-}
-
 class LoadingWindow : public Window {
  protected:
   LoadingWindow() : profile_(folder_.File("Ann/")) {
@@ -305,8 +292,8 @@ class LoadingWindow : public Window {
       samples::IndexedMessage message;
       message.subject = subject;
       message.date = DateTime::FromDate(2004, 1, day).WithTime(hour, 20, 30);
-      message.text = Letter(
-          subject, std::to_string(day) + " Jan 2004 " + std::to_string(hour) + ":20:30 +0000");
+      message.text =
+          Mail(subject, std::to_string(day) + " Jan 2004 " + std::to_string(hour) + ":20:30 +0000");
       inbox.AddMessage(message);
     };
     add("old", 5, 10);
@@ -406,9 +393,9 @@ TEST_F(Window, ATextFileIsTakenAndListedWhateverTheDates) {
   AddListed({.subject = "there already"});
   Start();
   Filter("DateFrom", "1/1/2019");
-  std::string file = WriteTemp("letter.txt", Letter("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
+  std::string file = WriteTemp("letter.txt", Mail("taken", "Mon, 5 Jan 2004 10:20:30 +0000"));
   window_->Loading().LoadTextFiles({QString::fromStdString(file)});
-  EXPECT_THAT(ListedSubjects(), ::testing::Contains("taken"));
+  EXPECT_THAT(ListedSubjects(), Contains("taken"));
   window_->Loading().LoadTextFiles({QString::fromStdString(file)});
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("This email is in the repository."));
 }
@@ -434,7 +421,7 @@ TEST_F(Window, AnotherRepositoryIsListedAtOnceAndTheFormerStaysOnAFailure) {
 }
 
 TEST_F(Window, AfterACrashACheckIsOffered) {
-  board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
+  board::TakeTextFiles({WriteTemp("one.txt", Mail("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
   repository::DisconnectRepository();
   WriteTemp("Tarnwick.twr-wal", "");
   ASSERT_TRUE(repository::OpenRepository(false));
@@ -444,15 +431,15 @@ TEST_F(Window, AfterACrashACheckIsOffered) {
   repository::RepositoryDb().Execute("DELETE * FROM FileRepository");
   emit notice->linkActivated("check");
   EXPECT_FALSE(notice->isVisible());
-  ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("1 message(s), 1 damaged"));
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("Message 1: Its original is missing"));
+  EXPECT_THAT(ui_.Shown("box"),
+              ElementsAre(AllOf(HasSubstr("1 message(s), 1 damaged"),
+                                HasSubstr("Message 1: Its original is missing"))));
   EXPECT_THAT(ListedSubjects(), ElementsAre("one"));
 }
 
 TEST_F(Window, WhatIsBackedUpComesBackAndWhatIsExportedIsMerged) {
-  board::TakeTextFiles({WriteTemp("one.txt", Letter("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
-  board::TakeTextFiles({WriteTemp("two.txt", Letter("two", "Tue, 6 Jan 2004 10:20:30 +0000"))});
+  board::TakeTextFiles({WriteTemp("one.txt", Mail("one", "Mon, 5 Jan 2004 10:20:30 +0000"))});
+  board::TakeTextFiles({WriteTemp("two.txt", Mail("two", "Tue, 6 Jan 2004 10:20:30 +0000"))});
   Start();
   const ListModel& model = window_->Grid().Model();
   QString backup = QString::fromStdString(folder_.File("all.twb"));

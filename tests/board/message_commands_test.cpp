@@ -2,32 +2,21 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/message_commands.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
-#include "core/run_state.h"
-#include "platform/clock.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
 
-using testing::AddListed;
-using ::testing::ElementsAre;
-using testing::ListEvery;
-
 TEST(Related, OnlyTheFirstPrefixGoes) {
-  const struct {
-    const char* what;
-    std::string subject, related;
-  } kRows[] = {
+  const Case kRows[] = {
       {"no prefix", "Budget", "Budget"},
       {"a prefix", "Re: Budget", "Budget"},
       {"two prefixes", "Re: Fw: Budget", "Fw: Budget"},
       {"nothing behind it", "Budget: ", "Budget"},
       {"empty", "", ""},
   };
-  for (const auto& row : kRows) EXPECT_EQ(RelatedSubject(row.subject), row.related) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(RelatedSubject(row.given), row.expected) << row.what;
 }
 
 class MessageCommands : public testing::ProgramFixture {
@@ -38,11 +27,15 @@ class MessageCommands : public testing::ProgramFixture {
   }
 };
 
-TEST_F(MessageCommands, WithoutASelectionTheyOnlySaySo) {
+TEST_F(MessageCommands, WithoutASelectionOrAMessageTheyOnlySaySo) {
   EXPECT_FALSE(DeleteMessages({}));
   EXPECT_FALSE(ToggleActive({}));
   EXPECT_THAT(ui_.Shown("box"),
               ElementsAre("There isn't selected row.", "There isn't selected row."));
+  ASSERT_TRUE(ListEvery());
+  ui_.yesNo = {true};
+  EXPECT_FALSE(MarkAllNotHot()) << "the placeholder is no message";
+  EXPECT_EQ(CountRows("ObjectList"), 0);
 }
 
 TEST_F(MessageCommands, DeletingAsksFirst) {
@@ -73,15 +66,15 @@ TEST_F(MessageCommands, StopEndsALongDeletionBetweenTwoMessages) {
 TEST_F(MessageCommands, HotMarksToggleAloneAndAgreeInNumbers) {
   int64_t a = AddListed({.subject = "a"});
   int64_t b = AddListed({.subject = "b", .hot = true});
-  EXPECT_TRUE(ToggleActive({{b, ""}}));
-  EXPECT_FALSE(IsHot(b));
-  EXPECT_TRUE(ToggleActive({{b, ""}}));
-  EXPECT_TRUE(IsHot(b));
-  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
-  EXPECT_TRUE(IsHot(a) && IsHot(b));
-  EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
-  EXPECT_FALSE(IsHot(a) || IsHot(b));
-  EXPECT_EQ(Query("SELECT Count(*) AS N FROM Email WHERE Active Is Null").AsInt(), 2);
+  for (bool isHot : {false, true}) {
+    EXPECT_TRUE(ToggleActive({{b, ""}}));
+    EXPECT_EQ(IsHot(b), isHot);
+  }
+  for (bool areHot : {true, false}) {
+    EXPECT_TRUE(ToggleActive({{a, ""}, {b, ""}}));
+    EXPECT_TRUE(IsHot(a) == areHot && IsHot(b) == areHot);
+  }
+  EXPECT_EQ(CountRows("Email WHERE Active Is Null"), 2);
 }
 
 TEST_F(MessageCommands, OnlyListedMessagesLoseTheirMark) {
@@ -125,7 +118,7 @@ TEST_F(MessageCommands, CommandsOnTheListCompleteASearchAndKeepToIt) {
 TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
   testing::AddMany(1200, {.subject = "many", .hot = true});
   ASSERT_TRUE(ListEvery());
-  auto hot = [&] { return Query("SELECT Count(*) AS N FROM Email WHERE Active = '+'").AsInt(); };
+  auto hot = [&] { return CountRows("Email WHERE Active = '+'"); };
   ui_.yesNo = {true, true};
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   EXPECT_TRUE(MarkAllNotHot());
@@ -133,13 +126,6 @@ TEST_F(MessageCommands, StopEndsTheMarkingOfManyBetweenTwoLots) {
   ui_.onYield = {};
   EXPECT_TRUE(MarkAllNotHot());
   EXPECT_EQ(hot(), 0);
-}
-
-TEST_F(MessageCommands, ThePlaceholderIsNoMessage) {
-  ASSERT_TRUE(ListEvery());
-  ui_.yesNo = {true};
-  EXPECT_FALSE(MarkAllNotHot());
-  EXPECT_EQ(CountRows("ObjectList"), 0);
 }
 
 }  // namespace

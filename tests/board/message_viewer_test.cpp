@@ -2,11 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/message_viewer.h"
 
-#include <gmock/gmock.h>
-
 #include "board_rows.h"
-#include "core/run_state.h"
-#include "platform/files.h"
 #include "platform/shell.h"
 #include "support/program_fixture.h"
 
@@ -14,9 +10,6 @@ namespace tarnwick::board {
 namespace {
 
 using core::StatusPanel;
-using testing::AddListed;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class MessageViewer : public testing::ProgramFixture {
  protected:
@@ -37,12 +30,8 @@ class MessageViewer : public testing::ProgramFixture {
   }
   static int64_t AddHtml(const std::string& html, const std::string& body = {}) {
     int64_t id = AddListed({.subject = "html", .body = body});
-    jet::Recordset row;
-    row.Open("SELECT * FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb(),
-             jet::CursorType::kKeyset, jet::LockType::kOptimistic);
-    row.SetField("HTMLBody", html);
-    row.SetField("Charset", "koi8-r");
-    row.Update();
+    Run("UPDATE Email SET Charset = 'koi8-r', HTMLBody = '" + html +
+        "' WHERE ID = " + std::to_string(id));
     return id;
   }
   static std::string Body(int64_t id) {
@@ -54,20 +43,17 @@ class MessageViewer : public testing::ProgramFixture {
 };
 
 TEST_F(MessageViewer, TheStoredRowsBecomeOneFileOfTheMailersKind) {
-  const struct {
-    const char* application;
-    const char* name;
-  } kRows[] = {{"Outlook Express", "Temp43200.eml"},
-               {"Outlook", "Temp43200.eml"},
-               {"Text", "Temp43200.txt"},
-               {"", "Temp43200"}};
+  const std::pair<const char*, const char*> kRows[] = {{"Outlook Express", "Temp43200.eml"},
+                                                       {"Outlook", "Temp43200.eml"},
+                                                       {"Text", "Temp43200.txt"},
+                                                       {"", "Temp43200"}};
   AddFileRow(7, std::string("From: a\r\n\0\xff", 11));
   AddFileRow(8, "another message's");
   AddFileRow(7, "\r\nend");
-  for (const auto& row : kRows) {
+  for (const auto& [application, name] : kRows) {
     opened_.clear();
-    EXPECT_TRUE(ShowStoredMessage(7, row.application)) << row.application;
-    ASSERT_THAT(opened_, ElementsAre(core::State().EmailFileFolder + row.name));
+    EXPECT_TRUE(ShowStoredMessage(7, application)) << application;
+    ASSERT_THAT(opened_, ElementsAre(core::State().EmailFileFolder + name));
     EXPECT_EQ(platform::ReadFile(opened_[0]), std::string("From: a\r\n\0\xff\r\nend", 16));
   }
 }
@@ -90,16 +76,15 @@ TEST_F(MessageViewer, TheTextIsTheBodyAndElseTheHtmlAsItStands) {
 }
 
 TEST_F(MessageViewer, HtmlMovesIntoTheBodyWhereItHasText) {
-  int64_t rich =
-      AddHtml("<html><body><p>\xd0\x9c\xd0\xb8\xd1\x80</p><p>b</p></body></html>", "old");
+  int64_t rich = AddHtml("<html><body><p>Мир</p><p>b</p></body></html>", "old");
   int64_t bodyless = AddHtml("<p>no body element", "kept");
   int64_t plain = AddListed({.subject = "plain", .body = "stays"});
   ui_.yesNo = {false, true, true};
   EXPECT_FALSE(MoveHtmlToBody());
   EXPECT_EQ(Body(rich), "old");
   EXPECT_TRUE(MoveHtmlToBody());
-  EXPECT_THAT(ui_.Shown("question"), ::testing::Each("Do you want to move HTML to body?"));
-  EXPECT_THAT(Body(rich), HasSubstr("\xd0\x9c\xd0\xb8\xd1\x80")) << "decoded once, not twice";
+  EXPECT_THAT(ui_.Shown("question"), Each("Do you want to move HTML to body?"));
+  EXPECT_THAT(Body(rich), HasSubstr("Мир")) << "decoded once, not twice";
   EXPECT_THAT(Body(rich), HasSubstr("\r\nb"));
   EXPECT_EQ(Body(bodyless), "kept");
   EXPECT_EQ(Body(plain), "stays");

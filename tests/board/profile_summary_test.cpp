@@ -2,16 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/profile_summary.h"
 
-#include <gmock/gmock.h>
-
-#include "platform/files.h"
 #include "samples/profile_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
 namespace {
-
-using ::testing::ElementsAre;
 
 using ProfileSummaryTest = testing::ProgramFixture;
 

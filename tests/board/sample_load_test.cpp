@@ -3,24 +3,16 @@
 //
 // The whole way: the sample profile is written, loaded by the load command, and every stored
 // message compared with what was written.
-#include <gmock/gmock.h>
-
-#include <map>
 
 #include "board/load_command.h"
-#include "core/run_state.h"
-#include "database/recordset.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/sample_profile.h"
 #include "support/program_fixture.h"
+#include "takeout/stored_file.h"
 
 namespace tarnwick::board {
 namespace {
 
 using samples::SampleMessage;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class SampleLoad : public testing::ProgramFixture {
  protected:
@@ -36,24 +28,11 @@ class SampleLoad : public testing::ProgramFixture {
     return LoadFromMailer(options);
   }
 
-  static std::vector<std::string> Column(const std::string& sql) {
-    std::vector<std::string> values;
-    jet::Recordset rows;
-    for (rows.Open(sql, repository::RepositoryDb()); !rows.Eof(); rows.MoveNext()) {
-      values.push_back(rows.Field(0).AsText());
-    }
-    return values;
-  }
-
   static std::map<std::string, std::string> IdsByRaw() {
     std::map<std::string, std::string> ids;
-    for (const std::string& id : Column("SELECT ID FROM Email")) {
-      std::string raw;
-      for (const std::string& piece :
-           Column("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID")) {
-        raw += piece;
-      }
-      ids[raw] = id;
+    int64_t last = Query("SELECT Max(ID) AS Last FROM Email").AsInt();
+    for (int64_t id = 1; id <= last; ++id) {
+      ids[takeout::ReadStoredFile(id).value_or("")] = std::to_string(id);
     }
     return ids;
   }
@@ -82,22 +61,19 @@ TEST_F(SampleLoad, EveryMessageIsStoredAsItWasWritten) {
       ADD_FAILURE() << "the raw text is not in the repository";
       continue;
     }
-    auto field = [&](const std::string& name) {
-      return Query("SELECT " + name + " FROM Email WHERE ID=" + id->second).AsText();
-    };
-    EXPECT_EQ(field("Folder"), message.folder);
-    EXPECT_EQ(field("Parent"), message.parent);
-    EXPECT_EQ(field("Direction"), message.direction);
-    EXPECT_EQ(field("NameFrom"), message.fromName);
-    EXPECT_EQ(field("AddressFrom"), message.fromAddress);
+    const std::string where = " FROM Email WHERE ID=" + id->second;
+    EXPECT_EQ(Rows("SELECT Folder, Parent, Direction, NameFrom, AddressFrom" + where),
+              message.folder + "|" + message.parent + "|" + message.direction + "|" +
+                  message.fromName + "|" + message.fromAddress);
     if (!message.subject.empty()) {
-      EXPECT_EQ(field("Subject"), message.subject);
+      EXPECT_EQ(Rows("SELECT Subject" + where), message.subject);
     }
-    std::string body = field("Body");
+    std::string body = Rows("SELECT Body" + where);
     for (const std::string& line : message.bodyLines) EXPECT_THAT(body, HasSubstr(line));
-    EXPECT_EQ(
-        Column("SELECT FileName FROM Attachment WHERE EmailID=" + id->second + " ORDER BY ID"),
-        message.attachments);
+    std::string names;
+    for (const std::string& name : message.attachments) names += (names.empty() ? "" : "\n") + name;
+    EXPECT_EQ(Rows("SELECT FileName FROM Attachment WHERE EmailID=" + id->second + " ORDER BY ID"),
+              names);
   }
 }
 
@@ -108,7 +84,7 @@ TEST_F(SampleLoad, ASecondLoadFindsEverythingStored) {
   EXPECT_EQ(again.counts.stored, 0);
   EXPECT_EQ(again.counts.alreadyStored, static_cast<int64_t>(samples::SampleMessages().size()) - 1);
   EXPECT_EQ(CountRows("FileRepository"), rows);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("There isn't new message."));
+  EXPECT_THAT(ui_.Shown("box"), Contains("There isn't new message."));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <QTreeWidget>
 
 #include "board_window.h"
-#include "platform/clock.h"
 #include "search/saved_searches.h"
 #include "support/window_checks.h"
 
@@ -15,7 +14,6 @@ namespace {
 
 using core::StatusPanel;
 using testing::AddListed;
-using ::testing::ElementsAre;
 using testing::ListedSubjects;
 
 class SearchWindow : public BoardWindow {

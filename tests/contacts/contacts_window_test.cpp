@@ -2,9 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "contacts/contacts_window.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
@@ -17,15 +14,11 @@
 #include "contacts/contact_dialog.h"
 #include "intake/store_message.h"
 #include "platform/shell.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
 
 namespace tarnwick::contacts {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 template <typename Widget>
 Widget* Child(const QWidget& window, const char* name) {
@@ -40,6 +33,9 @@ void Click(const QWidget& window, const char* name) {
 
 class ContactsWindowTest : public testing::ProgramFixture {
  protected:
+  static void AddContacts(std::initializer_list<const char*> names) {
+    for (const char* name : names) intake::GetContactId(name, "a@b.c");
+  }
   static QStringList Listed(frmContacts& window) {
     QStringList names;
     const ContactListModel& model = window.Grid().Model();
@@ -58,7 +54,7 @@ class ContactsWindowTest : public testing::ProgramFixture {
 };
 
 TEST_F(ContactsWindowTest, TypingNarrowsTheList) {
-  for (const char* name : {"Zoe", "ann", "Hannah"}) intake::GetContactId(name, "a@b.c");
+  AddContacts({"Zoe", "ann", "Hannah"});
   frmContacts window;
   QAbstractItemModelTester tester(&window.Grid().Model());
   EXPECT_EQ(Listed(window), (QStringList{"ann", "Hannah", "Zoe"}));
@@ -74,19 +70,14 @@ TEST_F(ContactsWindowTest, TypingNarrowsTheList) {
   EXPECT_EQ(Listed(window).size(), 3);
 }
 
-TEST_F(ContactsWindowTest, CommandsNeedASelectedRow) {
-  intake::GetContactId("Ann", "a@b.c");
+TEST_F(ContactsWindowTest, DeletingMovesToTheNextAndTellsTheBoard) {
+  AddContacts({"Ann", "Bob", "Cid"});
   frmContacts window;
+  QSignalSpy changed(&window, &frmContacts::Changed);
   Click(window, "mctSelect");
   Click(window, "ctDelete");
   EXPECT_THAT(ui_.Shown("box"),
               ElementsAre("There isn't selected row.", "There isn't selected row."));
-}
-
-TEST_F(ContactsWindowTest, DeletingMovesToTheNextAndTellsTheBoard) {
-  for (const char* name : {"Ann", "Bob", "Cid"}) intake::GetContactId(name, "a@b.c");
-  frmContacts window;
-  QSignalSpy changed(&window, &frmContacts::Changed);
   window.Grid().SelectRow(1);
   ui_.yesNo = {false, true};
   Click(window, "ctDelete");
@@ -99,7 +90,7 @@ TEST_F(ContactsWindowTest, DeletingMovesToTheNextAndTellsTheBoard) {
 }
 
 TEST_F(ContactsWindowTest, ARenamedContactStaysSelected) {
-  for (const char* name : {"Ann", "Bob", "Cid"}) intake::GetContactId(name, "a@b.c");
+  AddContacts({"Ann", "Bob", "Cid"});
   frmContacts window;
   QSignalSpy changed(&window, &frmContacts::Changed);
   window.Grid().SelectRow(0);
@@ -116,7 +107,7 @@ TEST_F(ContactsWindowTest, ARenamedContactStaysSelected) {
 }
 
 TEST_F(ContactsWindowTest, TypingInTheGridGoesToTheName) {
-  for (const char* name : {"Ann", "Bob", "Boris", "Cid"}) intake::GetContactId(name, "a@b.c");
+  AddContacts({"Ann", "Bob", "Boris", "Cid"});
   frmContacts window;
   QTest::keyClicks(&window.Grid(), "bor");
   EXPECT_EQ(window.Grid().currentIndex().data().toString(), "Boris");
@@ -124,9 +115,11 @@ TEST_F(ContactsWindowTest, TypingInTheGridGoesToTheName) {
   EXPECT_EQ(QApplication::clipboard()->text(), "Boris\t\t\t\t\t\n");
 }
 
-TEST_F(ContactsWindowTest, WidthsAndPlaceAreKept) {
+TEST_F(ContactsWindowTest, WidthsAndPlaceAreKeptAndControlsNamed) {
   {
     frmContacts window;
+    testing::CheckControls(window);
+    testing::CheckControls(frmContact(intake::GetContactId("Ann", "a@b.c")));
     window.Grid().setColumnWidth(kHome, 123);
     window.move(40, 30);
     window.resize(700, 420);
@@ -136,14 +129,6 @@ TEST_F(ContactsWindowTest, WidthsAndPlaceAreKept) {
   frmContacts again;
   EXPECT_EQ(again.Grid().columnWidth(kHome), 123);
   EXPECT_EQ(again.size(), QSize(700, 420));
-}
-
-TEST_F(ContactsWindowTest, ControlsAreReachableAndNamed) {
-  int64_t ann = intake::GetContactId("Ann", "a@b.c");
-  frmContacts window;
-  testing::CheckControls(window);
-  frmContact editor(ann);
-  testing::CheckControls(editor);
 }
 
 class ContactEditorTest : public ContactsWindowTest {
@@ -159,7 +144,7 @@ class ContactEditorTest : public ContactsWindowTest {
 
 TEST_F(ContactEditorTest, UntouchedFieldsAreNotAskedAbout) {
   // Line ends that the boxes show otherwise than they are stored.
-  repository::RepositoryDb().Execute("UPDATE MeContact SET Remark = 'a\r\nb', PhoneHome = '1\n2'");
+  Run("UPDATE MeContact SET Remark = 'a\r\nb', PhoneHome = '1\n2'");
   Contact before = *ReadContact(ann_);
   {
     frmContact editor(ann_);
@@ -179,7 +164,7 @@ TEST_F(ContactEditorTest, WhatCannotBeSavedStaysOpen) {
   frmContact editor(ann_);
   editor.show();
   Child<QLineEdit>(editor, "Name")->setText("Anna");
-  repository::RepositoryDb().Execute("DELETE * FROM MeContact");
+  Run("DELETE * FROM MeContact");
   ui_.yesNo = {true, false};
   editor.close();
   EXPECT_TRUE(editor.isVisible());

@@ -2,20 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/messages.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/text.h"
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "platform/locale.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::core {
 namespace {
@@ -51,8 +43,7 @@ TEST_F(Messages, AnErrorIsShownAndLoggedAndGivesTheFailureValue) {
   platform::RemoveFile(State().LogFile);
   int result = Guarded("twParseDate", 7, []() -> int { throw Error(53, "File not found: x"); });
   EXPECT_EQ(result, 7);
-  EXPECT_EQ(ui_.Shown("error"),
-            std::vector<std::string>{"Error: 53 File not found: x twParseDate"});
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre("Error: 53 File not found: x twParseDate"));
   EXPECT_EQ(Log(), "3/7/2005 09:08:07\r\nError: 53 File not found: x twParseDate\r\n\r\n");
   State().LogEvents = false;
   LogProgress("progress");
@@ -61,6 +52,11 @@ TEST_F(Messages, AnErrorIsShownAndLoggedAndGivesTheFailureValue) {
   EXPECT_EQ(ui_.Shown("error").size(), 1U);
   EXPECT_NE(Log().find("Error: 51 odd quiet"), std::string::npos);
   EXPECT_EQ(Log().find("progress"), std::string::npos);
+  // A log that cannot be written stops nothing.
+  State().LogFile = folder_.File("no/such/folder/log");
+  WriteLog("lost");
+  ShowError("shown all the same");
+  EXPECT_EQ(ui_.Shown("error").size(), 2U);
 }
 
 TEST_F(Messages, NoTextFromMailCanForgeALineOfTheLog) {
@@ -96,18 +92,10 @@ TEST_F(Messages, ARepeatedBoxCanBeSilencedForOneLoadAndIsAlwaysLogged) {
   EXPECT_NE(log.find("Program can't recognize file format. file 2"), std::string::npos);
 }
 
-TEST_F(Messages, ALogThatCannotBeWrittenStopsNothing) {
-  State().LogFile = folder_.File("no/such/folder/log");
-  WriteLog("lost");
-  ShowError("shown all the same");
-  EXPECT_EQ(ui_.Shown("error").size(), 1U);
-}
-
 TEST(ZoneHours, AreWholePositiveAndRoundedHalfToEven) {
-  const struct {
-    int bias, hours;
-  } kRows[] = {{300, 5}, {-300, 5}, {-330, 6}, {-270, 4}, {210, 4}, {-345, 6}, {0, 0}, {-60, 1}};
-  for (const auto& row : kRows) EXPECT_EQ(ZoneHours(row.bias), row.hours) << row.bias;
+  const std::pair<int, int> kRows[] = {{300, 5}, {-300, 5}, {-330, 6}, {-270, 4},
+                                       {210, 4}, {-345, 6}, {0, 0},    {-60, 1}};
+  for (const auto& [bias, hours] : kRows) EXPECT_EQ(ZoneHours(bias), hours) << bias;
 }
 
 }  // namespace

@@ -2,9 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/text.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/charset.h"
+#include "support/testing.h"
 
 namespace tarnwick::core {
 namespace {
@@ -35,13 +34,10 @@ TEST(Text, SplitLastSearchesTheLaterOnesExactly) {
 }
 
 TEST(Text, UnquoteTakesOneMarkAtEachEnd) {
-  const struct {
-    const char* text;
-    const char* unquoted;
-  } kRows[] = {
+  const std::pair<const char*, const char*> kRows[] = {
       {" \t\"Ann\"\t", "Ann"}, {"<<a@b>>", "<a@b>"}, {"'x", "x"}, {"x>", "x"}, {"\"", ""}, {"", ""},
       {"a\tb", "a b"}};
-  for (const auto& row : kRows) EXPECT_EQ(Unquote(row.text), row.unquoted) << row.text;
+  for (const auto& row : kRows) EXPECT_EQ(Unquote(row.first), row.second) << row.first;
 }
 
 TEST(Text, FilterTextIsCutInCharactersAfterQuotesAreReplaced) {

@@ -3,69 +3,53 @@
 #include "database/connection.h"
 
 #include <csignal>
-#include <fstream>
 
 #include <unistd.h>
 
 #include "database/engine/engine.h"
 #include "database/text/order.h"
 #include "mail_database.h"
-#include "platform/clock.h"
-#include "platform/files.h"
 #include "support/faults.h"
 
 namespace tarnwick::jet {
 namespace {
 
-class ConnectionTest : public MailDatabase {
- protected:
-  std::string MakeFile(const std::string& name, const std::string& password = kPassword) {
-    std::string path = folder_.File(name);
-    CreateDatabaseFile(path, password, MailTables(), 1);
-    return path;
-  }
-};
+using ConnectionTest = MailDatabase;
 
 TEST_F(ConnectionTest, RefusesWhatIsNoDatabaseOfOurs) {
-  std::string plain = folder_.File("plain.twr");
-  platform::WriteFile(plain, "SQLite format 3" + std::string(1, '\0') + std::string(8000, 'x'));
-  std::string empty = folder_.File("empty.twr");
-  platform::WriteFile(empty, "");
-  std::string text = folder_.File("text.twr");
-  platform::WriteFile(text, std::string(10000, 'a'));
-  std::string damaged = MakeFile("damaged.twr");
-  std::string bytes = platform::ReadFile(damaged);
-  bytes[200] = static_cast<char>(bytes[200] ^ 1);
-  platform::WriteFile(damaged, bytes);
+  std::string damaged = platform::ReadFile(MakeFile("damaged.twr"));
+  damaged[200] = static_cast<char>(damaged[200] ^ 1);
   const struct {
     const char* what;
-    std::string path;
-    int number;
-  } kCases[] = {
-      {"another password", MakeFile("other.twr", "something"), 26},
-      {"no password of ours", MakeFile("third.twr", ""), 26},
-      {"a plain database", plain, 26},
-      {"an empty file", empty, 26},
-      {"another kind of file", text, 26},
-      {"a changed byte", damaged, 26},
-      {"a missing file", folder_.File("none.twr"), 14},
-      {"a folder", folder_.Path(), 14},
+    std::string bytes;
+  } kFiles[] = {
+      {"another password", platform::ReadFile(MakeFile("other.twr", "something"))},
+      {"no password of ours", platform::ReadFile(MakeFile("third.twr", ""))},
+      {"a plain database", "SQLite format 3" + std::string(1, '\0') + std::string(8000, 'x')},
+      {"an empty file", ""},
+      {"another kind of file", std::string(10000, 'a')},
+      {"a changed byte", damaged},
   };
-  for (const auto& test : kCases) {
-    Connection connection;
+  Connection connection;
+  auto refuses = [&](const std::string& path, int number, const std::string& description) {
     try {
-      OpenFile(connection, test.path);
-      ADD_FAILURE() << test.what << " was opened";
+      OpenFile(connection, path);
+      ADD_FAILURE() << "it was opened";
     } catch (const Error& error) {
-      EXPECT_EQ(error.Number(), test.number) << test.what;
-      EXPECT_EQ(error.Description(),
-                test.number == 26 ? "file is not a database" : "unable to open database file")
-          << test.what;
+      EXPECT_EQ(error.Number(), number);
+      EXPECT_EQ(error.Description(), description);
     }
     EXPECT_FALSE(connection.IsOpen());
+  };
+  for (const auto& file : kFiles) {
+    SCOPED_TRACE(file.what);
+    platform::WriteFile(folder_.File("tried.twr"), file.bytes);
+    refuses(folder_.File("tried.twr"), 26, "file is not a database");
+    EXPECT_EQ(platform::FileSize(folder_.File("tried.twr")), file.bytes.size());
   }
+  refuses(folder_.File("none.twr"), 14, "unable to open database file");
+  refuses(folder_.Path(), 14, "unable to open database file");
   EXPECT_FALSE(platform::FileExists(folder_.File("none.twr")));
-  EXPECT_EQ(platform::FileSize(empty), 0u);
 }
 
 TEST_F(ConnectionTest, HoldsItsFileForItself) {
@@ -80,25 +64,18 @@ TEST_F(ConnectionTest, HoldsItsFileForItself) {
 }
 
 TEST_F(ConnectionTest, AtRestIsASingleFileThatCanBeCopied) {
-  Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+  AddNames({"Ann"});
   connection_.Close();
-  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
-  std::string copy = folder_.File("copy.twr");
-  platform::CopyFile(path_, copy);
-  std::string bytes = platform::ReadFile(copy);
-  EXPECT_EQ(bytes.find("MeContact"), std::string::npos) << "something is stored in the clear";
-  Connection second;
-  OpenFile(second, copy);
-  Recordset rows;
-  rows.Open("SELECT Name FROM MeContact", second);
-  EXPECT_EQ(rows.Field("Name").AsText(), "Ann");
+  EXPECT_THAT(platform::ListFiles(folder_.Path()), ElementsAre("mail.twr"));
+  EXPECT_THAT(platform::ReadFile(path_), Not(HasSubstr("MeContact"))) << "stored in the clear";
+  platform::CopyFile(path_, folder_.File("copy.twr"));
+  OpenFile(connection_, folder_.File("copy.twr"));
+  EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
 }
 
 // As a file made with another version of the text order is.
 TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
-  for (const char* name : {"b", "A", "c"}) {
-    Run(std::string("INSERT INTO MeContact (Name) VALUES ('") + name + "')");
-  }
+  AddNames({"b", "A", "c"});
   connection_.Close();
   std::string other = MakeFile("other.twr");
   std::string source = MakeFile("source #1?mode=rw.twr");
@@ -123,7 +100,7 @@ TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
 }
 
 TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
-  Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+  AddNames({"Ann"});
   connection_.Close();
   std::string bytes = platform::ReadFile(path_);
   Connection reader;
@@ -133,7 +110,7 @@ TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
   EXPECT_EQ(ErrorOf([&] { reader.Execute("DELETE * FROM MeContact"); }), 8);
   reader.Close();
   EXPECT_TRUE(platform::ReadFile(path_) == bytes);
-  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  EXPECT_THAT(platform::ListFiles(folder_.Path()), ElementsAre("mail.twr"));
 }
 
 // A copy of a file that is open says of itself that it has a log.
@@ -160,14 +137,14 @@ TEST_F(ConnectionTest, NothingIsPutBesideAFileThatIsRead) {
 TEST_F(ConnectionTest, InBulkNoLogIsWritten) {
   {
     BulkScope bulk(connection_);
-    Run("INSERT INTO MeContact (Name) VALUES ('Ann')");
+    AddNames({"Ann"});
     EXPECT_FALSE(platform::FileExists(path_ + "-wal"));
     EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
   }
-  Run("INSERT INTO MeContact (Name) VALUES ('Bob')");
+  AddNames({"Bob"});
   EXPECT_TRUE(platform::FileExists(path_ + "-wal"));
   connection_.Close();
-  EXPECT_EQ(platform::ListFiles(folder_.Path()), std::vector<std::string>{"mail.twr"});
+  EXPECT_THAT(platform::ListFiles(folder_.Path()), ElementsAre("mail.twr"));
   connection_.Open();
   EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann|Bob");
 }
@@ -186,9 +163,9 @@ TEST_F(ConnectionTest, CloseEndsRecordsetsAndMayBeRepeated) {
 }
 
 TEST_F(ConnectionTest, KeysAreNeverGivenTwice) {
-  for (int i = 0; i < 3; i++) Run("INSERT INTO MeContact (Name) VALUES ('x')");
+  AddNames({"x", "x", "x"});
   Run("DELETE * FROM MeContact WHERE ID=3");
-  Run("INSERT INTO MeContact (Name) VALUES ('y')");
+  AddNames({"y"});
   EXPECT_EQ(connection_.LastIdentity(), 4);
 }
 
@@ -229,22 +206,6 @@ TEST_F(ConnectionTest, AKilledProcessLeavesWholeUnits) {
   EXPECT_EQ(Column("SELECT ID FROM MeContact WHERE ID=1000"), "");
 }
 
-TEST_F(ConnectionTest, GroupsNest) {
-  {
-    CommitGroup outer(connection_);
-    {
-      CommitGroup inner(connection_);
-      WriteUnit(connection_, 1);
-      inner.End();
-    }
-    EXPECT_TRUE(connection_.InGroup());
-    outer.End();
-    EXPECT_FALSE(connection_.InGroup());
-  }
-  EXPECT_FALSE(connection_.InGroup());
-  EXPECT_EQ(Column("SELECT Count(*) FROM Attachment"), "2");
-}
-
 // Stopping a change within a commit makes the engine roll the whole commit back.
 TEST_F(ConnectionTest, KnowsTheBatchesThatTheEngineTookBack) {
   connection_.BeginGroup();
@@ -278,13 +239,20 @@ TEST_F(ConnectionTest, KnowsTheBatchesThatTheEngineTookBack) {
   EXPECT_EQ(Column("SELECT Count(*) FROM ObjectList"), "0");
 }
 
-TEST_F(ConnectionTest, AFailedStatementTakesNothingElseBack) {
-  connection_.BeginGroup();
-  WriteUnit(connection_, 1);
-  EXPECT_EQ(ErrorOf([&] { WriteUnit(connection_, 1); }), 19);
-  WriteUnit(connection_, 2);
-  connection_.EndUnit();
-  connection_.EndGroup();
+TEST_F(ConnectionTest, AFailedStatementTakesNothingElseBackAndGroupsNest) {
+  {
+    CommitGroup outer(connection_);
+    CommitGroup inner(connection_);
+    WriteUnit(connection_, 1);
+    EXPECT_EQ(ErrorOf([&] { WriteUnit(connection_, 1); }), 19);
+    WriteUnit(connection_, 2);
+    connection_.EndUnit();
+    inner.End();
+    EXPECT_TRUE(connection_.InGroup());
+    outer.End();
+    EXPECT_FALSE(connection_.InGroup());
+  }
+  EXPECT_FALSE(connection_.InGroup());
   EXPECT_EQ(connection_.BatchesTakenBack(), 0);
   EXPECT_EQ(Column("SELECT ID FROM MeContact ORDER BY ID"), "1|2");
 }
@@ -295,14 +263,12 @@ TEST_F(ConnectionTest, StopsALongStatement) {
   connection_.EndGroup();
   int calls = 0;
   connection_.SetProgressHandler([&] { return ++calls == 3; });
-  Recordset rows;
-  EXPECT_EQ(
-      ErrorOf([&] {
-        rows.Open(
-            "SELECT Count(*) FROM Attachment INNER JOIN MeContact ON FileName Like '%' & Name",
-            connection_);
-      }),
-      9);
+  EXPECT_EQ(ErrorOf([&] {
+              Column(
+                  "SELECT Count(*) FROM Attachment INNER JOIN MeContact ON FileName Like '%' & "
+                  "Name");
+            }),
+            9);
   EXPECT_EQ(calls, 3);
   connection_.SetProgressHandler({});
   EXPECT_EQ(Column("SELECT Count(*) FROM MeContact"), "3000");
@@ -311,20 +277,23 @@ TEST_F(ConnectionTest, StopsALongStatement) {
 class OtherFile : public ConnectionTest {
  protected:
   OtherFile() {
-    for (const char* name : {"Ann", "Bob", "Cid"}) {
-      Run(std::string("INSERT INTO MeContact (Name) VALUES ('") + name + "')");
-    }
+    AddNames({"Ann", "Bob", "Cid"});
     Run("DELETE * FROM MeContact WHERE ID=1");
   }
 
   std::string path2_ = MakeFile("Ann's backup [1].twb");
+  std::string in_ = " IN " + Quoted(path2_);
 };
 
 TEST_F(OtherFile, TablesGoThereAndComeBackWithTheirKeys) {
-  EXPECT_EQ(Run("INSERT INTO mecontact IN " + Quoted(path2_) + " SELECT * FROM  mecontact"), 2);
+  int64_t seen = connection_.RowsSeen();
+  EXPECT_EQ(Run("INSERT INTO mecontact" + in_ + " SELECT * FROM  mecontact"), 2);
+  EXPECT_EQ(connection_.RowsSeen(), seen + 2) << "while they are copied";
   Run("DELETE * FROM MeContact");
-  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
-  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact IN " + Quoted(path2_)), 2);
+  seen = connection_.RowsSeen();
+  EXPECT_EQ(Column("SELECT ID FROM MeContact" + in_), "2|3");
+  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact" + in_), 2);
+  EXPECT_EQ(connection_.RowsSeen(), seen + 2);
   EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY ID"), "Bob|Cid");
   // The other file is let go and whole.
   Connection other;
@@ -334,57 +303,42 @@ TEST_F(OtherFile, TablesGoThereAndComeBackWithTheirKeys) {
   EXPECT_EQ(platform::ListFiles(folder_.Path(), ".twb").size(), 1u);
 }
 
-TEST_F(OtherFile, RowsAreSeenWhileTheyAreCopied) {
-  int64_t before = connection_.RowsSeen();
-  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM  MeContact"), 2);
-  EXPECT_EQ(connection_.RowsSeen(), before + 2);
-  Run("DELETE * FROM MeContact");
-  before = connection_.RowsSeen();
-  EXPECT_EQ(Run("INSERT INTO MeContact SELECT * FROM  MeContact IN " + Quoted(path2_)), 2);
-  EXPECT_EQ(connection_.RowsSeen(), before + 2);
-}
-
-TEST_F(OtherFile, TakesRowsOfAListAndOfAJoin) {
+TEST_F(OtherFile, TakesRowsOfAListAndOfAJoinIntoTheColumnsOfTheirNames) {
   Run("INSERT INTO Attachment (EmailID, FileName) VALUES (3, 'a')");
-  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +
-                " \r\nSELECT * FROM MeContact WHERE ID IN (3, 9)"),
-            1);
+  const std::string insert = "INSERT INTO MeContact" + in_;
+  EXPECT_EQ(Run(insert + " \r\nSELECT * FROM MeContact WHERE ID IN (3, 9)"), 1);
   EXPECT_EQ(
-      Run("INSERT INTO MeContact IN " + Quoted(path2_) +
-          "\r\nSELECT  DISTINCT MeContact.Name, 20 + MeContact.ID AS ID FROM Attachment INNER "
-          "JOIN MeContact ON Attachment.EmailID = MeContact.ID\r\nWHERE EmailID In (3)"),
+      Run(insert +
+          "\r\nSELECT  DISTINCT MeContact.Name, 20 + MeContact.ID AS ID FROM Attachment "
+          "INNER JOIN MeContact ON Attachment.EmailID = MeContact.ID\r\nWHERE EmailID In (3)"),
       1);
-  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3|23");
-}
-
-TEST_F(OtherFile, NamedItemsGoToTheColumnsOfTheirNames) {
-  EXPECT_EQ(Run("INSERT INTO MeContact IN " + Quoted(path2_) +
-                " SELECT  DISTINCT MeContact.Name, MeContact.ID FROM MeContact WHERE ID > 2"),
+  EXPECT_EQ(Run(insert + " SELECT  DISTINCT MeContact.Name, MeContact.ID FROM MeContact WHERE "
+                         "ID < 3"),
             1);
-  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "3");
+  EXPECT_EQ(Column("SELECT ID & Name FROM MeContact" + in_), "2Bob|3Cid|23Cid");
   EXPECT_EQ(Run("INSERT INTO MeContact SELECT Name & '!' AS Name FROM MeContact"), 2);
   EXPECT_EQ(Column("SELECT Name FROM MeContact ORDER BY ID"), "Bob|Cid|Bob!|Cid!");
 }
 
 TEST_F(OtherFile, IsLetGoAfterAnError) {
-  std::string insert = "INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM MeContact";
+  std::string insert = "INSERT INTO MeContact" + in_ + " SELECT * FROM MeContact";
   Run(insert);
   EXPECT_EQ(ErrorOf([&] { Run(insert); }), 19) << "the same keys again";
-  EXPECT_EQ(ErrorOf([&] { Column("SELECT None FROM MeContact IN " + Quoted(path2_)); }), 1);
+  EXPECT_EQ(ErrorOf([&] { Column("SELECT None FROM MeContact" + in_); }), 1);
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN 'nowhere.twb'"); }), 14);
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(path_)); }), 75);
   std::string foreign = MakeFile("foreign.twr", "another");
   EXPECT_EQ(ErrorOf([&] { Column("SELECT * FROM MeContact IN " + Quoted(foreign)); }), 26);
-  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3");
+  EXPECT_EQ(Column("SELECT ID FROM MeContact" + in_), "2|3");
 }
 
 TEST_F(OtherFile, WorksWithinAGroup) {
   connection_.BeginGroup();
   WriteUnit(connection_, 7);
-  Run("INSERT INTO MeContact IN " + Quoted(path2_) + " SELECT * FROM MeContact");
+  Run("INSERT INTO MeContact" + in_ + " SELECT * FROM MeContact");
   WriteUnit(connection_, 8);
   connection_.EndGroup();
-  EXPECT_EQ(Column("SELECT ID FROM MeContact IN " + Quoted(path2_)), "2|3|7");
+  EXPECT_EQ(Column("SELECT ID FROM MeContact" + in_), "2|3|7");
   EXPECT_EQ(Column("SELECT Count(*) FROM Attachment"), "4");
 }
 

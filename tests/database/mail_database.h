@@ -4,17 +4,10 @@
 // A small mail database of a test's own, open.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "database/connection.h"
 #include "database/recordset.h"
 #include "database/table_definition.h"
-#include "platform/error.h"
-#include "platform/locale.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::jet {
 
@@ -97,6 +90,26 @@ class MailDatabase : public ::testing::Test {
     return result;
   }
   int64_t Run(const std::string& sql) { return connection_.Execute(sql); }
+  // A contact of each name.
+  void AddNames(std::initializer_list<const char*> names) {
+    for (const char* name : names)
+      Run("INSERT INTO MeContact (Name) VALUES (" + Quoted(name) + ")");
+  }
+  Recordset OpenTable(const std::string& name) {
+    Recordset rows;
+    rows.Open(name, connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);
+    return rows;
+  }
+  Recordset OpenText(const std::string& sql) {
+    Recordset rows;
+    rows.Open(sql, connection_, CursorType::kKeyset, LockType::kOptimistic);
+    return rows;
+  }
+  // Another file like it, empty.
+  std::string MakeFile(const std::string& name, const std::string& password = kPassword) {
+    CreateDatabaseFile(folder_.File(name), password, MailTables(), 1);
+    return folder_.File(name);
+  }
 
   testing::TempFolder folder_;
   std::string path_ = folder_.File("mail.twr");

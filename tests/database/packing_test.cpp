@@ -10,7 +10,7 @@
 namespace tarnwick::jet {
 namespace {
 
-std::string Letter(int lines) {
+std::string Lines(int lines) {
   std::string letter;
   for (int i = 0; i < lines; i++) {
     letter += "Dear Ann, line " + std::to_string(i * 7919) + " of the letter is here.\r\n";
@@ -22,7 +22,7 @@ TEST(Packing, EveryLengthComesBack) {
   std::mt19937 random(1);
   std::string noise;
   for (size_t i = 0; i < 3000; i++) noise += static_cast<char>(random());
-  std::string letter = Letter(2000);
+  std::string letter = Lines(2000);
   for (size_t size : {0, 1, 63, 64, 65, 500, 3000, 32767, 100000}) {
     std::string_view plain = std::string_view(letter).substr(0, size);
     std::string packed(Pack(plain));
@@ -59,7 +59,7 @@ TEST(Packing, ReadsWhatWasPackedBefore) {
 }
 
 TEST(Packing, DamageGivesAnErrorAndNoHugeMemory) {
-  std::string letter = Letter(100);
+  std::string letter = Lines(100);
   std::string packed(Pack(letter));
   std::mt19937 random(2);
   for (size_t i = 0; i < 3000; i++) {
@@ -83,10 +83,6 @@ TEST(Packing, DamageGivesAnErrorAndNoHugeMemory) {
 class PackedColumns : public MailDatabase {
  protected:
   PackedColumns() {
-    rows_.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic,
-               CommandType::kTable);
-    files_.Open("FileRepository", connection_, CursorType::kKeyset, LockType::kPessimistic,
-                CommandType::kTable);
     for (const std::string& body : {letter_ + "straße ÄPFEL", std::string("short"), letter_}) {
       rows_.AddNew();
       rows_.SetField("Subject", "letter");
@@ -104,15 +100,14 @@ class PackedColumns : public MailDatabase {
 
   // How many values of a column lie packed in the file, past the dialect.
   int64_t PackedIn(const std::string& column, const char* type) {
-    Statement count(connection_.GetImpl().session.Engine(),
-                    "SELECT count(*) FROM " + column.substr(0, column.find('.')) +
-                        " WHERE typeof(" + column + ") = '" + type + "'");
-    return count.Step() ? count.Int(0) : -1;
+    std::string sql = "SELECT count(*) FROM " + column.substr(0, column.find('.'));
+    sql += " WHERE typeof(" + column + ") = '" + type + "'";
+    return connection_.GetImpl().session.Engine().Number(sql.c_str());
   }
 
-  std::string letter_ = Letter(50);
-  Recordset rows_;
-  Recordset files_;
+  std::string letter_ = Lines(50);
+  Recordset rows_ = OpenTable("Email");
+  Recordset files_ = OpenTable("FileRepository");
 };
 
 TEST_F(PackedColumns, StatementsMeetPlainValues) {
@@ -167,8 +162,7 @@ TEST_F(PackedColumns, WhatStatementsWriteIsPackedToo) {
 }
 
 TEST_F(PackedColumns, GoToAnotherFileAndBackAsTheyAre) {
-  std::string other = folder_.File("other.twr");
-  CreateDatabaseFile(other, kPassword, MailTables(), 1);
+  std::string other = MakeFile("other.twr");
   uint64_t before = UnpackCount();
   for (const char* table : {"Email", "FileRepository"}) {
     std::string name(table);

@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <random>
-#include <set>
 
 #include "database/connection_impl.h"
 #include "database/engine/packing.h"
 #include "database/index/text_index.h"
 #include "database/index/text_segment.h"
 #include "mail_database.h"
-#include "support/faults.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -138,19 +133,15 @@ class TextIndexTest : public MailDatabase {
                          });
   }
 
-  std::string Groups(const std::string& condition) {
-    Recordset rows;
-    std::set<std::string> groups;
-    for (rows.Open(
+  std::multiset<std::string> Groups(const std::string& condition) {
+    std::multiset<std::string> groups;
+    for (Recordset rows = OpenText(
              "SELECT DateValue(ReceivedTime) AS ReceivedDay, Count(*) AS N FROM Email WHERE " +
-                 condition + " GROUP BY DateValue(ReceivedTime)",
-             connection_);
+             condition + " GROUP BY DateValue(ReceivedTime)");
          !rows.Eof(); rows.MoveNext()) {
       groups.insert(rows.Field(0).AsText() + ":" + rows.Field(1).AsText());
     }
-    std::string text;
-    for (const std::string& group : groups) text += group + "|";
-    return text;
+    return groups;
   }
 
   // Texts that are unpacked or read for a search for something rare; -1 when it isn't found.
@@ -175,9 +166,7 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   Run("DELETE FROM Email WHERE ID IN (SELECT FileID FROM FileRepository) OR InStr(Body, '77') > 0");
   Run("UPDATE Email SET Body = 'zzzz ' & Body WHERE ID > 50 AND ID < 60");
   Run("UPDATE Email SET Subject = 'grüsse 999' WHERE ID = 70");
-  Recordset rows;
-  rows.Open("SELECT * FROM Email WHERE ID=80", connection_, CursorType::kKeyset,
-            LockType::kOptimistic);
+  Recordset rows = OpenText("SELECT * FROM Email WHERE ID=80");
   rows.SetField("Body", "zzzz");
   rows.Update();
   rows.Close();
@@ -196,8 +185,7 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   ASSERT_TRUE(proposed.has_value());
   EXPECT_LT(proposed->size(), 2000U);
 
-  std::string other = folder_.File("other.twr");
-  CreateDatabaseFile(other, kPassword, MailTables(), 1);
+  std::string other = MakeFile("other.twr");
   Run("INSERT INTO Email IN '" + other + "' SELECT * FROM Email");
   Run("DELETE * FROM Email");
   EXPECT_EQ(Segments(), 0);
@@ -207,7 +195,7 @@ TEST_F(TextIndexTest, FindsWhatReadingAllFindsWhateverHappens) {
   ExpectExact("with rows of a file");
   Run("DELETE FROM Email WHERE ID = 3");
   Run("INSERT INTO Email (ID, Body) VALUES (3, 'zzzz')");
-  rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);
+  rows = OpenTable("Email");
   rows.AddNew();
   rows.SetField("ID", 81);
   rows.SetField("Body", "zzzz");
@@ -245,39 +233,14 @@ TEST_F(TextIndexTest, ReadsFewTexts) {
   EXPECT_EQ(RowsRead(sql, wanted), 5000);
 }
 
-TEST_F(TextIndexTest, IsNotBehindAfterAKill) {
-  connection_.Close();
-  for (int round = 0; round < 6; round++) {
-    EXPECT_FALSE(testing::RunInChild([&] {
-      connection_.Open();
-      connection_.KeepTextIndex("Email", {"Body", "Subject"});
-      random_.seed(static_cast<unsigned>(round));
-      Add(connection_, 700);
-      connection_.Execute("UPDATE Email SET Body = 'zzzz' WHERE ID < " + std::to_string(round * 9));
-      connection_.BeginGroup();
-      for (int i = 0; i < 600; i++) {
-        connection_.Execute("INSERT INTO Email (Body) VALUES ('zzzz " + std::to_string(i) + "')");
-        connection_.EndUnit();
-        if (i % 100 == 0) connection_.FlushGroup();
-        if (i == 100 * round + 40) kill(getpid(), SIGKILL);
-      }
-    }));
-    connection_.Open();
-    connection_.KeepTextIndex("Email", {"Body", "Subject"});
-    EXPECT_EQ(connection_.IntegrityCheck(), "");
-    ExpectExact("killed " + std::to_string(round));
-    connection_.Close();
-  }
-}
-
 TEST_F(TextIndexTest, CatchesUpInStepsThatCanBeStopped) {
-  Connection plain;
-  connection_.Close();
-  OpenFile(plain, path_);
-  Add(plain, 9000);
-  plain.Close();
-  connection_.Open();
-  connection_.KeepTextIndex("Email", {"Body", "Subject"});
+  auto addWithoutIndex = [&](int rows) {
+    connection_.Close();
+    connection_.Open();
+    Add(connection_, rows);
+    Reopen();
+  };
+  addWithoutIndex(9000);
   // With so many missing, no search waits for them.
   EXPECT_NE(Column("SELECT ID FROM Email WHERE Body Like '%4321%'"), "");
   EXPECT_EQ(Segments(), 0);
@@ -295,11 +258,7 @@ TEST_F(TextIndexTest, CatchesUpInStepsThatCanBeStopped) {
   EXPECT_EQ(Engine().Number("SELECT Done FROM tw_search_state"), 9000);
   ExpectExact("caught up");
   // A statement that is watched stops while it takes rows in, and the next goes on from there.
-  connection_.Close();
-  OpenFile(plain, path_);
-  Add(plain, 3000);
-  plain.Close();
-  Reopen();
+  addWithoutIndex(3000);
   connection_.SetProgressHandler([] { return true; });
   EXPECT_FALSE(connection_.CatchUpTextIndex([](int64_t, int64_t) { return true; }));
   EXPECT_EQ(ErrorOf([&] { Column("SELECT ID FROM Email WHERE Body Like '%zzzz%'"); }), 9);
@@ -365,8 +324,7 @@ TEST_F(TextIndexTest, TakesRowsOfALoadWithoutReadingThemBack) {
   };
   auto begin = [&] {
     connection_.BeginGroup();
-    rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic,
-              CommandType::kTable);
+    rows = OpenTable("Email");
     for (int i = 0; i < 300; i++) write(Text(1), Text(4));
   };
 
@@ -402,7 +360,7 @@ TEST_F(TextIndexTest, TakesRowsOfALoadWithoutReadingThemBack) {
   EXPECT_FALSE(connection_.GetImpl().session.HoldsWrites());
   connection_.EndUnit();
   rows.Close();
-  rows.Open("Email", connection_, CursorType::kKeyset, LockType::kPessimistic, CommandType::kTable);
+  rows = OpenTable("Email");
   for (int i = 0; i < 900; i++) write(Text(1), Text(4));
   rows.Close();
   connection_.EndGroup();

@@ -2,14 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include <algorithm>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "database/text/order.h"
 #include "database/text/search.h"
 #include "platform/charset.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -145,14 +142,11 @@ TEST(TextSearch, HostileBytesNeverLeaveTheText) {
   }
 }
 
-struct LikeCase {
-  const char* text;
-  const char* pattern;
-  bool matches;
-};
-
 TEST(Like, Patterns) {
-  const LikeCase kCases[] = {
+  const struct {
+    const char *text, *pattern;
+    bool matches;
+  } kCases[] = {
       {"Quarterly report", "%REPORT%", true},
       {"Quarterly report", "report", false},
       {"Quarterly report", "quarterly%", true},
@@ -177,7 +171,7 @@ TEST(Like, Patterns) {
       {"\u212Aelvin", "kelvin", true},
       {"Привет", "%РИВ%", true},
   };
-  for (const LikeCase& test : kCases) {
+  for (const auto& test : kCases) {
     EXPECT_EQ(LikePattern(test.pattern).Matches(test.text), test.matches)
         << test.text << " LIKE " << test.pattern;
   }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/ask_about_email_dialog.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -28,8 +27,7 @@ TEST(AskAboutEmail, ShowsTheMessage) {
 
 TEST(AskAboutEmail, EachButtonGivesItsAnswer) {
   const struct {
-    const char* button;
-    const char* caption;
+    const char *button, *caption;
     SenderAnswer answer;
   } kRows[] = {
       {"AcceptFuture", "Accept", SenderAnswer::kAccept},

@@ -2,13 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/date_parser.h"
 
-#include <gtest/gtest.h>
-
 #include "core/run_state.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "platform/locale.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {
@@ -16,9 +11,7 @@ namespace {
 class DateParser : public ::testing::Test {
  protected:
   DateParser() {
-    platform::ClockOverride clock;
-    clock.now = DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0);
-    platform::SetClockOverride(clock);
+    SetNow(DateTime::FromDate(2020, 6, 15).WithTime(12, 0, 0));
     core::State().LocalZoneHours = 3;
   }
   ~DateParser() override {
@@ -28,13 +21,8 @@ class DateParser : public ::testing::Test {
   }
 };
 
-struct Row {
-  const char* what;
-  const char* text;
-  const char* parsed;  // date, time and zone
-};
-
-std::string Parsed(const char* text, bool move) {
+// Date, time and zone.
+std::string Parsed(const std::string& text, bool move) {
   DateTime date;
   std::string time;
   std::string zone;
@@ -43,7 +31,7 @@ std::string Parsed(const char* text, bool move) {
 }
 
 TEST_F(DateParser, DatesAreMovedFromTheSendersZone) {
-  const Row rows[] = {
+  const Case rows[] = {
       {"usual", "Mon, 5 Jan 2004 10:20:30 +0200", "2004-01-05 11:20:30|10:20:30|+0200"},
       {"west is not moved", "Mon, 5 Jan 2004 10:20:30 -0500", "2004-01-05 10:20:30|10:20:30|-0500"},
       {"zone name", "Mon, 5 Jan 2004 10:20:30 GMT", "2004-01-05 10:20:30|10:20:30|0"},
@@ -72,14 +60,12 @@ TEST_F(DateParser, DatesAreMovedFromTheSendersZone) {
        "2004-01-05 10:20:30|10:20:30|+0300"},
       {"full month name", "5 September 2004 10:00:00", "2004-09-05 10:00:00|10:00:00|0"},
   };
-  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text, true), row.parsed) << row.what;
+  for (const Case& row : rows) EXPECT_EQ(Parsed(row.given, true), row.expected) << row.what;
 }
 
 TEST_F(DateParser, TimesOfTwelveHoursAreReadInTheUsersLanguage) {
   const struct {
-    const char* locale;
-    const char* text;
-    const char* date;
+    const char *locale, *text, *date;
   } rows[] = {
       {"C", "Monday, January 5, 2004 10:20 PM", "2004-01-05 22:20:00"},
       {"en_US", "Monday, January 05, 2004 12:20 AM", "2004-01-05 00:20:00"},
@@ -102,7 +88,7 @@ TEST_F(DateParser, ReceivedDatesStayWhereTheyAre) {
 }
 
 TEST_F(DateParser, AnErrorKeepsWhatWasSet) {
-  const Row rows[] = {
+  const Case rows[] = {
       {"eleven words", "1 2 3 4 5 6 7 8 9 10 11", "1970-01-01 00:00:00||"},
       {"ten words and no time", "a b c d e f g h i j", "1970-01-01 00:00:00||"},
       {"hour 25", "5 Jan 2004 25:00:00", "2004-01-05 00:00:00|25:00:00|"},
@@ -113,7 +99,7 @@ TEST_F(DateParser, AnErrorKeepsWhatWasSet) {
       {"negative year", "5 Jan -5 10:00:00", "1970-01-01 00:00:00||"},
       {"zone too large", "5 Jan 2004 10:00:00 +99999999", "2004-01-05 10:00:00|10:00:00|+99999999"},
   };
-  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text, true), row.parsed) << row.what;
+  for (const Case& row : rows) EXPECT_EQ(Parsed(row.given, true), row.expected) << row.what;
 }
 
 TEST_F(DateParser, AnOverlongDateIsLoggedUnderOneName) {
@@ -127,14 +113,10 @@ TEST_F(DateParser, AnOverlongDateIsLoggedUnderOneName) {
 TEST_F(DateParser, MonthsAreKnownInEnglishAndInTheUsersLanguage) {
   core::State().LocalMonthNames = {"января", "февраля", "марта",    "апреля",  "мая",    "июня",
                                    "июля",   "августа", "сентября", "октября", "ноября", "декабря"};
-  EXPECT_EQ(MonthNumber("jAnuary"), 1);
-  EXPECT_EQ(MonthNumber("DEC"), 12);
-  EXPECT_EQ(MonthNumber("МАРТ"), 3);
-  EXPECT_EQ(MonthNumber("мая"), 5);
-  EXPECT_EQ(MonthNumber("ок"), 0);
-  EXPECT_EQ(MonthNumber("Ja"), 0);
-  EXPECT_EQ(MonthNumber(""), 0);
-  EXPECT_EQ(MonthNumber("\xFF\xFE"), 0);
+  const std::pair<const char*, int> kNames[] = {{"jAnuary", 1}, {"DEC", 12},    {"МАРТ", 3},
+                                                {"мая", 5},     {"ок", 0},      {"Ja", 0},
+                                                {"", 0},        {"\xFF\xFE", 0}};
+  for (const auto& [name, number] : kNames) EXPECT_EQ(MonthNumber(name), number) << name;
   core::State().LocalMonthNames = {};
   EXPECT_EQ(MonthNumber("x"), 0);
 }

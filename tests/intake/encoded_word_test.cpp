@@ -2,10 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/encoded_word.h"
 
-#include <gtest/gtest.h>
-
 #include "intake/transfer_decoding.h"
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {
@@ -19,11 +17,7 @@ std::string Decoded(std::string_view text, std::string_view charset = {}) {
 }
 
 TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
-  const struct {
-    const char* what;
-    const char* text;
-    const char* decoded;
-  } rows[] = {
+  const Case rows[] = {
       {"no word", "plain = text? yes", "plain = text? yes"},
       {"text around it", "Re: =?koi8-r?B?8NLJ18XU?= [2]", "Re: Привет [2]"},
       {"Q with blanks as underscores", "=?utf-8?q?a_b=5Fc?=", "a b_c"},
@@ -48,10 +42,7 @@ TEST(EncodedWord, WordsAreUndoneAndTheRestIsKept) {
       {"only marks", "=?\?=", "=?\?="},
       {"bad escapes stay", "=?utf-8?Q?a=4=XYb=?=", "a=4=XYb="},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(Decoded(row.text), row.decoded);
-  }
+  for (const Case& row : rows) EXPECT_EQ(Decoded(row.given), row.expected) << row.what;
   MixedText out;
   EXPECT_FALSE(Decode("=?utf-8?Q?abc", out));
   EXPECT_TRUE(Decode("=?utf-8?Q?abc?=", out));
@@ -65,10 +56,8 @@ TEST(EncodedWord, WhatAWordGaveIsNotConvertedAgain) {
 TEST(MixedText, UnclaimedBytesFindTheirCharset) {
   platform::SetLocaleOverride("ru_RU");
   const struct {
-    const char* what;
-    const char* charset;
-    std::string bytes;
-    std::string text;
+    const char *what, *charset;
+    std::string bytes, text;
   } rows[] = {
       {"declared", "koi8-r", "\xC4\xC1", "да"},
       {"declared windows page", "Windows-1251", "\xC4\xE0", "Да"},
@@ -80,10 +69,7 @@ TEST(MixedText, UnclaimedBytesFindTheirCharset) {
       {"says Cyrillic, is it", "windows-1251", "\xCD\xB3", "Ні"},
       {"says Thai, is it", "windows-874", "\xC2\xA1\xC2\xA1", "ยกยก"},
       {"says latin-1, is UTF-8", "iso-8859-1", "Grüße", "Grüße"},
-      {"says latin-1, is it", "iso-8859-1",
-       "Gr\xFC\xDF"
-       "e",
-       "Grüße"},
+      {"says latin-1, is it", "iso-8859-1", "Gr\xFC\xDF\x65", "Grüße"},
       {"says UTF-8, is not", "utf-8", "\xC4\xE0\r\n", "Да\r\n"},
       {"UTF-8 with a foreign footer", "utf-8", "Да\r\n\xC4\xE0", "Да\r\nДа"},
       {"UTF-8, damaged", "utf-8", "Да\xFF", "Да\xEF\xBF\xBD"},
@@ -100,56 +86,47 @@ TEST(MixedText, UnclaimedBytesFindTheirCharset) {
 }
 
 TEST(Base64, FoursGiveThreesAndTheRestWhatItHolds) {
-  EXPECT_EQ(DecodeBase64("SGVsbG8="), "Hello");
-  EXPECT_EQ(DecodeBase64("SGVsbG8=\r\n"), "Hello");
-  EXPECT_EQ(DecodeBase64("SGVs=bG8"), "Hello");
-  EXPECT_EQ(DecodeBase64("SGVs"), "Hel");
-  EXPECT_EQ(DecodeBase64("SGV"), "He");
-  EXPECT_EQ(DecodeBase64("SG"), "H");
-  EXPECT_EQ(DecodeBase64("S"), "H");
-  EXPECT_EQ(DecodeBase64("SGVsS"), "HelH");
-  EXPECT_EQ(DecodeBase64("===="), "");
+  const std::pair<const char*, const char*> kRows[] = {{"SGVsbG8=", "Hello"},
+                                                       {"SGVsbG8=\r\n", "Hello"},
+                                                       {"SGVs=bG8", "Hello"},
+                                                       {"SGVs", "Hel"},
+                                                       {"SGV", "He"},
+                                                       {"SG", "H"},
+                                                       {"S", "H"},
+                                                       {"SGVsS", "HelH"},
+                                                       {"====", ""}};
+  for (const auto& [text, decoded] : kRows) EXPECT_EQ(DecodeBase64(text), decoded) << text;
   EXPECT_EQ(DecodeBase64("SGVs bG8").size(), 6U);  // a blank keeps its place
 }
 
-std::string Body(const char* encoding, std::initializer_list<const char*> lines) {
+// Of lines with "|" between them.
+std::string Body(const char* encoding, std::string_view lines) {
   BodyDecoder decoder(encoding);
-  for (const char* line : lines) decoder.Line(line);
+  for (size_t end = lines.find('|'); end != std::string_view::npos; end = lines.find('|')) {
+    decoder.Line(lines.substr(0, end));
+    lines.remove_prefix(end + 1);
+  }
+  decoder.Line(lines);
   return decoder.Take();
 }
 
 TEST(BodyDecoder, LinesBecomeTheBodyThatWasSent) {
   const struct {
-    const char* what;
-    const char* encoding;
-    std::initializer_list<const char*> lines;
-    std::string body;
+    const char *what, *encoding, *lines, *body;
   } rows[] = {
-      {"not encoded", "7bit", {"a = b", " c "}, "a = b\r\n c \r\n"},
-      {"binary is not base64", "binary", {"SGVs"}, "SGVs\r\n"},
-      {"unknown", "x-foo", {"=41"}, "=41\r\n"},
-      {"base64 line by line", "BASE64", {"SGVs", "bG8="}, "Hello"},
-      {"base64, lines that do not fill fours",
-       "base64",
-       {"SGVsb", "G8gd29", "ybGQ="},
-       "Hello world"},
-      {"base64 without padding", "base64", {"SGVsbG8"}, "Hello"},
-      {"base64 padded in the middle", "base64", {"SGVsbG8=", "SGVsbG8="}, "HelloHello"},
-      {"base64 with blanks around", "base64", {" SGVs \t", "", "bG8= "}, "Hello"},
-      {"base64 with a list's footer",
-       "base64",
-       {"SGVsbG8=", "a list of lists"},
+      {"not encoded", "7bit", "a = b| c ", "a = b\r\n c \r\n"},
+      {"binary is not base64", "binary", "SGVs", "SGVs\r\n"},
+      {"unknown", "x-foo", "=41", "=41\r\n"},
+      {"base64 line by line", "BASE64", "SGVs|bG8=", "Hello"},
+      {"base64, lines that do not fill fours", "base64", "SGVsb|G8gd29|ybGQ=", "Hello world"},
+      {"base64 without padding", "base64", "SGVsbG8", "Hello"},
+      {"base64 padded in the middle", "base64", "SGVsbG8=|SGVsbG8=", "HelloHello"},
+      {"base64 with blanks around", "base64", " SGVs \t||bG8= ", "Hello"},
+      {"base64 with a list's footer", "base64", "SGVsbG8=|a list of lists",
        "Hello\r\na list of lists\r\n"},
-      {"quoted-printable",
-       "Quoted-Printable",
-       {"a=3Db_c", "=C3=A4=", "x  ", "y= "},
-       "a=b_c\r\näx\r\ny"},
-      {"bad escapes", "quoted-printable", {"50=% =4", "=zz"}, "50=% =4\r\n=zz\r\n"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(Body(row.encoding, row.lines), row.body);
-  }
+      {"quoted-printable", "Quoted-Printable", "a=3Db_c|=C3=A4=|x  |y= ", "a=b_c\r\näx\r\ny"},
+      {"bad escapes", "quoted-printable", "50=% =4|=zz", "50=% =4\r\n=zz\r\n"}};
+  for (const auto& row : rows) EXPECT_EQ(Body(row.encoding, row.lines), row.body) << row.what;
 }
 
 TEST(DecodeFile, LeavesOutWhatStandsBehindThePadding) {

@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/header_writer.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {
 
 // Stored messages are made of these bytes: they stay as they are.
 TEST(HeaderWriter, TextsKeepTheFormThatStoredMessagesHave) {
-  const struct {
-    const char* what;
-    std::string written;
-    std::string expected;
-  } kRows[] = {
+  const Case kRows[] = {
       {"each control character is a blank", HeaderText("a\r\nBcc: b\t "), "a  Bcc: b"},
       {"what looks encoded", HeaderText("=?x"), "=?utf-8?B?PT94?="},
       {"42 bytes a word, cut between characters", HeaderText(std::string(41, 'a') + "\u20AC"),
@@ -24,7 +19,7 @@ TEST(HeaderWriter, TextsKeepTheFormThatStoredMessagesHave) {
       {"an encoded parameter", HeaderParameter("name", "\u00E9 1.txt"),
        ";\r\n\tname*=utf-8''%C3%A9%201.txt"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(row.written, row.expected) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(row.given, row.expected) << row.what;
   EXPECT_EQ(HeaderText(std::string(201, 'x')).substr(0, 10), "=?utf-8?B?");
 }
 

@@ -2,18 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/load_account.h"
 
-#include <gmock/gmock.h>
-
-#include "core/run_state.h"
-#include "platform/error.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 class LoadAccountTest : public testing::ProgramFixture {
  protected:

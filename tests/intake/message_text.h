@@ -4,16 +4,16 @@
 // Raw messages as tests write them.
 #pragma once
 
-#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace tarnwick::testing {
 
-// The lines, each ended by CR LF.
-inline std::string Lines(std::initializer_list<std::string> lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\r\n";
-  return text;
+// Lines with "|" between them, each ended by CR LF.
+inline std::string Lines(std::string_view text) {
+  std::string lines;
+  for (char c : text) lines += c == '|' ? "\r\n" : std::string(1, c);
+  return lines + "\r\n";
 }
 
 }  // namespace tarnwick::testing

@@ -2,14 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "intake/mime_body.h"
 
-#include <gtest/gtest.h>
-
 #include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "intake/message_text.h"
-#include "platform/files.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {
@@ -32,7 +29,7 @@ class MimeBody : public ::testing::Test {
     return message_;
   }
   // A multipart message of boundary "b" with these lines behind its headers.
-  const MailMessage& ParseParts(std::initializer_list<std::string> lines) {
+  const MailMessage& ParseParts(const std::string& lines) {
     return Parse("Subject: s\r\nContent-Type: multipart/mixed; boundary=\"b=_1\"\r\n\r\n" +
                  Lines(lines));
   }
@@ -49,183 +46,106 @@ class MimeBody : public ::testing::Test {
   MailMessage message_;
 };
 
-using Names = std::vector<std::string>;
-
 TEST_F(MimeBody, PartsGoWhereTheirKindSays) {
-  ParseParts({"preamble, not shown",
-              "--b=_1",
-              "Content-Type: text/plain; charset=koi8-r",
-              "Content-Transfer-Encoding: quoted-printable",
-              "",
-              "=C4=C1 =",
-              "a_b",
-              "",
-              "--b=_1",
-              "Content-Transfer-Encoding: base64",
-              "Content-Type: text/html; charset=\"utf-8\"",
-              "",
-              "PGh0bWw+PGJvZHk+0LTQsDwvYm9keT48L2h0bWw+",
-              "--b=_1",
-              "Content-Type: application/octet-stream;",
-              "\tname=\"=?koi8-r?B?8MzBzg==?=.doc\"",
-              "Content-Transfer-Encoding: base64",
-              "",
-              "AAAA",
-              "--b=_1",
-              "Content-Type: image/png",
-              "Content-Disposition: attachment;",
-              " filename*=utf-8''%D0%B4%D0%B0.png",
-              "",
-              "AAAA",
-              "--b=_1--",
-              "epilogue, plain and not shown"});
+  ParseParts(
+      "preamble, not shown|--b=_1|Content-Type: text/plain; charset=koi8-r|"
+      "Content-Transfer-Encoding: quoted-printable||=C4=C1 =|a_b||--b=_1|"
+      "Content-Transfer-Encoding: base64|Content-Type: text/html; charset=\"utf-8\"||"
+      "PGh0bWw+PGJvZHk+0LTQsDwvYm9keT48L2h0bWw+|--b=_1|"
+      "Content-Type: application/octet-stream;|\tname=\"=?koi8-r?B?8MzBzg==?=.doc\"|"
+      "Content-Transfer-Encoding: base64||AAAA|--b=_1|Content-Type: image/png|"
+      "Content-Disposition: attachment;| filename*=utf-8''%D0%B4%D0%B0.png||AAAA|"
+      "--b=_1--|epilogue, plain and not shown");
   EXPECT_EQ(message_.IsMultipart, 1);
   EXPECT_EQ(message_.Body, "да a_b\r\n\r\n");
   EXPECT_EQ(message_.HTMLBody, "<html><body>да</body></html>");
   EXPECT_EQ(message_.HTMLCharset, "utf-8");
   EXPECT_EQ(message_.Boundaries[0], "b=_1");
-  EXPECT_EQ(Attachments(), (Names{"План.doc", "да.png"}));
+  EXPECT_EQ(Attachments(), (Texts{"План.doc", "да.png"}));
 }
 
 TEST_F(MimeBody, NestedContainersAndAttachedMessagesAreWalkedFlat) {
-  ParseParts({"--b=_1",
-              "Content-Type: multipart/alternative;",
-              "  boundary=b=_1inner",
-              "",
-              "--b=_1inner",
-              "",
-              "one",
-              "--b=_1inner",
-              "Content-Type: text/html",
-              "",
-              "<body>html</body>",
-              "--b=_1inner--",
-              "no part",
-              "--b=_1",
-              "Content-Type: message/rfc822",
-              "",
-              "From: x@y",
-              "Content-Transfer-Encoding: base64",
-              "Content-Type: text/plain; charset=koi8-r",
-              "X-Mailer: none",
-              "",
-              "xME=",
-              "--b=_1",
-              "Content-Type: message/rfc822",
-              "",
-              "Content-Type: text/plain",
-              "Subject: y",
-              "",
-              "two",
-              "--b=_1--"});
+  ParseParts(
+      "--b=_1|Content-Type: multipart/alternative;|  boundary=b=_1inner||--b=_1inner||"
+      "one|--b=_1inner|Content-Type: text/html||<body>html</body>|--b=_1inner--|no part|"
+      "--b=_1|Content-Type: message/rfc822||From: x@y|Content-Transfer-Encoding: base64|"
+      "Content-Type: text/plain; charset=koi8-r|X-Mailer: none||xME=|--b=_1|"
+      "Content-Type: message/rfc822||Content-Type: text/plain|Subject: y||two|--b=_1--");
   EXPECT_EQ(message_.Body, "one\r\nда\r\ntwo\r\n");
   EXPECT_EQ(message_.HTMLBody, "<body>html</body>\r\n");
   EXPECT_EQ(message_.BoundaryCount, 2);
 }
 
 TEST_F(MimeBody, ALineThatBeginsWithContentTypeBeginsAPart) {
-  ParseParts({"--b=_1", "Content-Type: text/plain", "", "first", "  CONTENT-TYPE: text/html", "",
-              "<body>second", "content-type of a thing", "--b=_1--"});
+  ParseParts(
+      "--b=_1|Content-Type: text/plain||first|  CONTENT-TYPE: text/html||<body>second|"
+      "content-type of a thing|--b=_1--");
   EXPECT_EQ(message_.HTMLBody, "<body>second\r\n");
   EXPECT_EQ(message_.Body, "first\r\ncontent-type of a thing\r\n");
 }
 
 TEST_F(MimeBody, TheEndOfADocumentIsNotLostToABoundaryOnItsLine) {
-  ParseParts({"--b=_1", "Content-Type: text/html", "", "<html><body>a", "</HTML>--b=_1",
-              "Content-Type: text/plain", "", "text"});
+  ParseParts(
+      "--b=_1|Content-Type: text/html||<html><body>a|</HTML>--b=_1|"
+      "Content-Type: text/plain||text");
   EXPECT_EQ(message_.HTMLBody, "<html><body>a\r\n</HTML>--b=_1\r\n");
   EXPECT_EQ(message_.Body, "text\r\n");
 }
 
 TEST_F(MimeBody, PartHeadersComeInManyShapes) {
   const struct {
-    const char* what;
-    std::initializer_list<std::string> lines;
-    std::string body;
-    Names attachments;
+    const char *what, *lines, *body, *attachments;
   } rows[] = {
-      {"no headers", {"--b=_1", "", "text"}, "text\r\n", {}},
-      {"not even an empty line", {"--b=_1", "some text", "more"}, "some text\r\nmore\r\n", {}},
-      {"text that looks like a header",
-       {"--b=_1", "Content-Type: text/plain", "Note: this"},
-       "Note: this\r\n",
-       {}},
-      {"other headers between",
-       {"--b=_1", "X-A: b", "Content-Type: text/plain", "Content-ID: <x>", "", "t"},
-       "t\r\n",
-       {}},
-      {"type without a slash", {"--b=_1", "Content-Type: plain", "", "t"}, "t\r\n", {}},
+      {"no headers", "--b=_1||text", "text\r\n", ""},
+      {"not even an empty line", "--b=_1|some text|more", "some text\r\nmore\r\n", ""},
+      {"text that looks like a header", "--b=_1|Content-Type: text/plain|Note: this",
+       "Note: this\r\n", ""},
+      {"other headers between", "--b=_1|X-A: b|Content-Type: text/plain|Content-ID: <x>||t",
+       "t\r\n", ""},
+      {"type without a slash", "--b=_1|Content-Type: plain||t", "t\r\n", ""},
       {"text with a file name",
-       {"--b=_1", "Content-Disposition: inline; filename=a.txt", "Content-Type: text/plain", "",
-        "t"},
-       "",
-       {"a.txt"}},
+       "--b=_1|Content-Disposition: inline; filename=a.txt|Content-Type: text/plain||t", "",
+       "a.txt|"},
       {"text, disposed without a name",
-       {"--b=_1", "Content-Type: text/plain", "Content-Disposition: attachment", "", "t"},
-       "t\r\n",
-       {}},
+       "--b=_1|Content-Type: text/plain|Content-Disposition: attachment||t", "t\r\n", ""},
       {"a name that says plain",
-       {"--b=_1", "Content-Type: application/msword; name=\"explained plainly.doc\"", "", "AAAA"},
-       "",
-       {"explained plainly.doc"}},
+       "--b=_1|Content-Type: application/msword; name=\"explained plainly.doc\"||AAAA", "",
+       "explained plainly.doc|"},
       {"signed container",
-       {"--b=_1", "Content-Type: multipart/signed; protocol=\"application/pgp-signature\";",
-        " boundary=in", "", "--in", "", "t", "--in--"},
-       "t\r\n",
-       {}},
-      {"attachment without a name",
-       {"--b=_1", "Content-Type: application/pdf", "", "AAAA"},
-       "",
-       {""}},
-      {"sound with a name",
-       {"--b=_1", "Content-Type: audio/wav; name=a.wav", "", "AAAA"},
-       "",
-       {"a.wav"}},
-      {"other kinds are passed over",
-       {"--b=_1", "Content-Type: text/calendar", "", "BEGIN:V"},
-       "",
-       {}},
-      {"odd text is better than none",
-       {"--b=_1", "Content-Type: text/enriched", "", "t"},
-       "t\r\n",
-       {}},
+       "--b=_1|Content-Type: multipart/signed; protocol=\"application/pgp-signature\";|"
+       " boundary=in||--in||t|--in--",
+       "t\r\n", ""},
+      {"a container with an empty boundary",
+       "--b=_1|Content-Type: multipart/mixed; boundary=\"\"||--b=_1||t|u", "t\r\nu\r\n", ""},
+      {"attachment without a name", "--b=_1|Content-Type: application/pdf||AAAA", "", "|"},
+      {"sound with a name", "--b=_1|Content-Type: audio/wav; name=a.wav||AAAA", "", "a.wav|"},
+      {"other kinds are passed over", "--b=_1|Content-Type: text/calendar||BEGIN:V", "", ""},
+      {"odd text is better than none", "--b=_1|Content-Type: text/enriched||t", "t\r\n", ""},
       {"name in pieces",
-       {"--b=_1", "Content-Type: image/gif;", " name*0*=koi8-r''%C4;", " name*1*=%C1;",
-        " name*2=\".gif\"", "", "x"},
-       "",
-       {"да.gif"}},
+       "--b=_1|Content-Type: image/gif;| name*0*=koi8-r''%C4;| name*1*=%C1;|"
+       " name*2=\".gif\"||x",
+       "", "да.gif|"},
       {"quotation marks in a later piece of a name",
-       {"--b=_1", "Content-Type: image/gif;", " name*0*=utf-8''%D0%B4;", " name*1*=koi8-r'en'x.gif",
-        "", "x"},
-       "",
-       {"дkoi8-r'en'x.gif"}},
-      {"windows path and quotes",
-       {"--b=_1", "Content-Type: image/gif; name=\"C:\\a \\\"b\\\".gif\"", "", "x"},
-       "",
-       {"C:\\a \"b\".gif"}},
-      {"missing semicolons",
-       {"--b=_1", "Content-Type: text/plain charset=koi8-r", "", "\xC4"},
-       "д\r\n",
-       {}},
-      {"unclosed quotation mark",
-       {"--b=_1", "Content-Type: image/gif; name=\"a.gif", "", "x"},
-       "",
-       {"a.gif"}},
-  };
+       "--b=_1|Content-Type: image/gif;| name*0*=utf-8''%D0%B4;| name*1*=koi8-r'en'x.gif||"
+       "x",
+       "", "дkoi8-r'en'x.gif|"},
+      {"windows path and quotes", "--b=_1|Content-Type: image/gif; name=\"C:\\a \\\"b\\\".gif\"||x",
+       "", "C:\\a \"b\".gif|"},
+      {"missing semicolons", "--b=_1|Content-Type: text/plain charset=koi8-r||\xC4", "д\r\n", ""},
+      {"unclosed quotation mark", "--b=_1|Content-Type: image/gif; name=\"a.gif||x", "", "a.gif|"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     ParseParts(row.lines);
     EXPECT_EQ(message_.Body, row.body);
-    EXPECT_EQ(Attachments(), row.attachments);
+    std::string names;
+    for (const std::string& name : Attachments()) names += name + "|";
+    EXPECT_EQ(names, row.attachments);
   }
 }
 
 TEST_F(MimeBody, ASingleBodyIsDecodedWhereverItsEncodingStands) {
   const struct {
-    const char* what;
-    const char* headers;
-    const char* body;
-    const char* text;
+    const char *what, *headers, *body, *text;
   } rows[] = {
       {"quoted-printable after",
        "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable",
@@ -260,23 +180,20 @@ TEST_F(MimeBody, HtmlWithoutAPlainPartLeavesReadableText) {
   EXPECT_EQ(message_.Body, "да");  // no BODY of its own
   Parse("Subject: s\r\n\r\n<html><body>undeclared</body></html>");
   EXPECT_EQ(message_.Body, "undeclared");
-  ParseParts({"--b=_1", "Content-Type: text/plain", "", " ", "\xC2\xA0\t", "--b=_1",
-              "Content-Type: text/html", "", "<html><head><title>t</title><font>words</font>"});
+  ParseParts(
+      "--b=_1|Content-Type: text/plain|| |\xC2\xA0\t|--b=_1|Content-Type: text/html||"
+      "<html><head><title>t</title><font>words</font>");
   EXPECT_EQ(message_.Body, "words");  // the plain part is nothing but blanks, the head is open
   Parse(
       "Subject: s\r\nContent-Type: application/pdf; name=a.pdf\r\n"
       "Content-Transfer-Encoding: base64\r\n\r\nAAAA");
   EXPECT_EQ(message_.Body, "");
-  EXPECT_EQ(Attachments(), Names{"a.pdf"});
+  EXPECT_EQ(Attachments(), Texts{"a.pdf"});
 }
 
 // "PGI+ZGE8L2I+" is "<b>da</b>".
 TEST_F(MimeBody, HtmlIsKnownByItsTypeInWhateverShapeThatComes) {
-  const struct {
-    const char* what;
-    const char* part;
-    const char* html;
-  } rows[] = {
+  const Case rows[] = {
       {"encoding folded into the type",
        "Content-Type: text/html; charset=utf-8\r\n Content-Transfer-Encoding: base64\r\n\r\n"
        "PGI+ZGE8L2I+",
@@ -298,11 +215,11 @@ TEST_F(MimeBody, HtmlIsKnownByItsTypeInWhateverShapeThatComes) {
        "<meta http-equiv=\r\nContent-Type content=\"text/html\"><b>da</b>\r\n"},
       {"letters that could be base64", "Content-Type: text/html\r\n\r\nwords", "words\r\n"},
   };
-  for (const auto& row : rows) {
+  for (const Case& row : rows) {
     SCOPED_TRACE(row.what);
-    ParseParts({"--b=_1", row.part, "--b=_1--"});
-    EXPECT_EQ(message_.HTMLBody, row.html);
-    EXPECT_EQ(message_.Body, std::string(row.html) == "words\r\n" ? "words" : "da");
+    ParseParts("--b=_1|" + row.given + "|--b=_1--");
+    EXPECT_EQ(message_.HTMLBody, row.expected);
+    EXPECT_EQ(message_.Body, std::string(row.expected) == "words\r\n" ? "words" : "da");
   }
 }
 
@@ -319,15 +236,16 @@ TEST_F(MimeBody, APictureIsNoText) {
       "Subject: s\r\nContent-Type: multipart/related\r\n\r\npreamble\r\n--x\r\n"
       "Content-Type: image/gif; name=a.gif\r\n\r\nR0lGODdh\r\n--x--\r\n");
   EXPECT_EQ(message_.Body, "");  // its container does not declare its boundary
-  EXPECT_EQ(Attachments(), Names{"a.gif"});
+  EXPECT_EQ(Attachments(), Texts{"a.gif"});
 }
 
 TEST_F(MimeBody, AnInlineFileLeavesTheTextAndIsWrittenOut) {
-  Parse(Lines({"Subject: s", "", "See below", "begin 644 note.txt", "+:&5L;&\\@=V]R;&0", "`", "end",
-               "Bye", "  BEGIN 600 ../../note.txt", "#0V%T", " ", "END"}));
+  Parse(
+      Lines("Subject: s||See below|begin 644 note.txt|+:&5L;&\\@=V]R;&0|`|end|Bye|"
+            "  BEGIN 600 ../../note.txt|#0V%T| |END"));
   EXPECT_EQ(message_.Body, "See below\r\nBye\r\n");
-  EXPECT_EQ(Attachments(), (Names{"note.txt", "../../note.txt"}));
-  Names files = Files();
+  EXPECT_EQ(Attachments(), (Texts{"note.txt", "../../note.txt"}));
+  Texts files = Files();
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(File("note.txt"), "hello world");
   EXPECT_EQ(platform::ListFiles(folder_.Path()).size(), 1U);  // the message alone
@@ -335,13 +253,13 @@ TEST_F(MimeBody, AnInlineFileLeavesTheTextAndIsWrittenOut) {
 
 TEST_F(MimeBody, TextThatOnlySaysBeginStays) {
   const std::string texts[] = {
-      Lines({"To begin with, hello.", "The end"}),
-      Lines({"begin 644 a.txt", "no encoded line", "end"}),
-      Lines({"begin 644 a.txt", "#0V%T"}),
-      Lines({"begin 644 a.txt", "", "end"}),
-      Lines({"-----BEGIN PGP SIGNED MESSAGE-----", "Hash: SHA1", "", "text",
-             "-----BEGIN PGP SIGNATURE-----", "iQCVAwUBMAAA", "-----END PGP SIGNATURE-----"}),
-      Lines({"begin 644 a", "#0V%T", "begin 644 b", "lower case"}),
+      Lines("To begin with, hello.|The end"),
+      Lines("begin 644 a.txt|no encoded line|end"),
+      Lines("begin 644 a.txt|#0V%T"),
+      Lines("begin 644 a.txt||end"),
+      Lines("-----BEGIN PGP SIGNED MESSAGE-----|Hash: SHA1||text|-----BEGIN PGP SIGNATURE-----|"
+            "iQCVAwUBMAAA|-----END PGP SIGNATURE-----"),
+      Lines("begin 644 a|#0V%T|begin 644 b|lower case"),
   };
   for (const std::string& text : texts) {
     Parse("Subject: s\r\n\r\n" + text);
@@ -376,7 +294,7 @@ TEST_F(MimeBody, FullListsSaySoAndDropTheRest) {
   EXPECT_EQ(message_.AttachCount, 20);
   EXPECT_EQ(message_.Attachments[19], "19");
   EXPECT_EQ(ui_.Shown("box"),
-            (Names{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
+            (Texts{"A lot of boundary.", "A lot of boundary.", "A lot of boundary.",
                    "Attachment is great than 20", "Attachment is great than 20"}));
 }
 

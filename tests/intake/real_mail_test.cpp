@@ -3,18 +3,16 @@
 //
 // Runs over real and deliberately broken messages where they are at hand: a folder named by
 // TARNWICK_DATA, or "shared/data" beside the source's folder. Skipped elsewhere.
-#include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "core/run_state.h"
 #include "intake/header_parser.h"
 #include "platform/charset.h"
-#include "platform/files.h"
 #include "platform/html.h"
 #include "support/real_data.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::intake {
 namespace {

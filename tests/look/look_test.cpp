@@ -2,14 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "look/look.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "board/load_found.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
 #include "samples/dbx_builder.h"
 #include "samples/mailbox_builder.h"
 #include "samples/pst_builder.h"
@@ -18,9 +14,6 @@
 
 namespace tarnwick::look {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 const std::string kMark = "From - Tue Mar  5 13:07:00 2002\n";
 
@@ -70,8 +63,8 @@ TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
   Found found = LookAll();
   std::vector<std::string> rows = Rows(found);
   ASSERT_EQ(rows.size(), 3U);
-  EXPECT_THAT(rows[0], ::testing::HasSubstr("Outlook Express|clara|"));
-  EXPECT_THAT(rows[0], ::testing::HasSubstr("|whole|new"));
+  EXPECT_THAT(rows[0], HasSubstr("Outlook Express|clara|"));
+  EXPECT_THAT(rows[0], HasSubstr("|whole|new"));
   EXPECT_EQ(rows[1], "mbox||pop|3|4|1999-2004|whole|new");
   EXPECT_EQ(rows[2], "Outlook||broken.pst|0|0|0-0|damaged|new");
   EXPECT_NE(found.mail[2].fault, "");
@@ -86,8 +79,8 @@ TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
   EXPECT_GT(result.counts.stored, 10);
   EXPECT_EQ(repository::GetProfileFolder(), "") << "it stays as it was";
   rows = Rows(LookAll());
-  EXPECT_THAT(rows[0], ::testing::EndsWith("|stored"));
-  EXPECT_THAT(rows[1], ::testing::EndsWith("|stored"));
+  EXPECT_THAT(rows[0], EndsWith("|stored"));
+  EXPECT_THAT(rows[1], EndsWith("|stored"));
 }
 
 TEST_F(LookAround, CanBeStoppedAndKeepsToOneFile) {

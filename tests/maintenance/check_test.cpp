@@ -2,25 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/check.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "core/run_state.h"
 #include "maintenance/merge.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
+#include "takeout/stored_file.h"
 
 namespace tarnwick::maintenance {
 namespace {
-
-using repository::RepositoryDb;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class Check : public testing::ProgramFixture {
  protected:
@@ -52,7 +41,7 @@ class Check : public testing::ProgramFixture {
 };
 
 TEST_F(Check, FindsEveryMessageWholeAndLeftoversHarmless) {
-  RepositoryDb().Execute("DELETE * FROM Email WHERE ID=3");
+  Run("DELETE * FROM Email WHERE ID=3");
   CheckReport report;
   EXPECT_EQ(CheckRepository(report), Result::kDone);
   EXPECT_THAT(Damage(report), IsEmpty());
@@ -70,7 +59,7 @@ TEST_F(Check, NamesTheMessageAndWhatItLacks) {
         "INSERT INTO ccRecipient (EmailID, Address) VALUES (7, 'x')",
         "UPDATE FileRepository SET FileBody='' WHERE FileID=8",
         "INSERT INTO Unfinished (EmailID) VALUES (9)"}) {
-    RepositoryDb().Execute(damage);
+    Run(damage);
   }
   CheckReport report;
   EXPECT_EQ(CheckRepository(report), Result::kDone);
@@ -85,7 +74,6 @@ TEST_F(Check, NamesTheMessageAndWhatItLacks) {
 
   std::string saved = folder_.File("sound.twb");
   EXPECT_EQ(ExportSound(report, saved), Result::kDone);
-  std::map<int64_t, std::string> before = Originals();
   ASSERT_TRUE(repository::ClearRepository());
   EXPECT_EQ(twMakeMarge(saved, {Duplicates::kKeep, UnknownSenders::kAccept}).imported, 5);
   EXPECT_EQ(CheckRepository(report), Result::kDone);
@@ -135,13 +123,7 @@ TEST_F(Check, ADamagedFileIsRefusedOrReportedAndNeverShownAsMail) {
       EXPECT_EQ(CheckRepository(report), Result::kDone) << kind << page;
       EXPECT_FALSE(report.IsSound()) << kind << page;
       for (int64_t id : report.sound) {
-        jet::Recordset rows;
-        std::string original;
-        rows.Open("SELECT FileBody FROM FileRepository WHERE FileID=" + std::to_string(id) +
-                      " ORDER BY ID",
-                  RepositoryDb());
-        for (; !rows.Eof(); rows.MoveNext()) original += rows.Field("FileBody").AsText();
-        EXPECT_TRUE(original == originals[id]) << kind << page << " " << id;
+        EXPECT_TRUE(takeout::ReadStoredFile(id) == originals[id]) << kind << page << " " << id;
         ++given;
       }
       repository::DisconnectRepository();

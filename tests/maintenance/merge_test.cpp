@@ -2,16 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/merge.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "core/messages.h"
-#include "core/run_state.h"
 #include "intake/sender_rules.h"
 #include "maintenance/backup.h"
 #include "maintenance/export.h"
-#include "platform/files.h"
-#include "repository/repository.h"
 #include "support/faults.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -21,9 +15,6 @@ namespace {
 
 using core::RepeatedAnswer;
 using core::SenderAnswer;
-using repository::RepositoryDb;
-using ::testing::HasSubstr;
-using Texts = std::vector<std::string>;
 
 class MergeTest : public testing::ProgramFixture {
  protected:
@@ -32,16 +23,13 @@ class MergeTest : public testing::ProgramFixture {
   // Exports count messages and empties the repository.
   void MakeExport(int count) {
     testing::StoreVariedMessages(count);
-    ExportAll();
-    messages_ = AllMessages();
-    ASSERT_TRUE(repository::ClearRepository());
+    ExportAndClear();
   }
-
-  void ExportAll() {
-    jet::Recordset list;
-    list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
-    ASSERT_EQ(ExportEmails(file_, list), Result::kDone);
+  void ExportAndClear() {
+    testing::ExportAll(file_);
+    messages_ = AllMessages();
     ui_.shown.clear();
+    ASSERT_TRUE(repository::ClearRepository());
   }
 
   static std::map<std::string, std::string> AllMessages() {
@@ -59,7 +47,7 @@ class MergeTest : public testing::ProgramFixture {
 
 TEST_F(MergeTest, AnEmptyRepositoryGetsTheSameMessages) {
   MakeExport(60);
-  RepositoryDb().Execute("UPDATE tblProject SET ProjectName = 'other'");
+  Run("UPDATE tblProject SET ProjectName = 'other'");
   MergeResult merged = twMakeMarge(file_, kEverybody);
   EXPECT_EQ(merged.result, Result::kDone);
   EXPECT_EQ(merged.imported, 60);
@@ -74,33 +62,25 @@ TEST_F(MergeTest, AnEmptyRepositoryGetsTheSameMessages) {
 
 TEST_F(MergeTest, AnExportOfAFormerVersionIsTaken) {
   testing::StoreVariedMessages(5);
-  RepositoryDb().Execute("UPDATE Email SET Notes = Null, Charset = Null");
+  Run("UPDATE Email SET Notes = Null, Charset = Null");
   messages_ = AllMessages();
-  ASSERT_TRUE(RepositoryDb().Execute("DELETE FROM MeContact") > 0);
+  ASSERT_GT(Run("DELETE FROM MeContact"), 0);
   testing::MakeFormerFile(file_, {"Notes", "Charset"});
   ASSERT_TRUE(repository::ClearRepository());
   EXPECT_EQ(twMakeMarge(file_, kEverybody).imported, 5);
   EXPECT_EQ(ui_.Shown("error"), Texts{});
-  RepositoryDb().Execute("UPDATE Email SET Charset = Null");
+  Run("UPDATE Email SET Charset = Null");
   EXPECT_EQ(AllMessages(), messages_);
 }
 
-TEST_F(MergeTest, AMessageLeftByHalfIsSoWhereItIsMergedToo) {
+TEST_F(MergeTest, AMessageLeftByHalfStaysSoAndAProjectThatIsNotItsFolderStays) {
   testing::StoreVariedMessages(2);
-  RepositoryDb().Execute("INSERT INTO Unfinished (EmailID) VALUES (2)");
-  ExportAll();
-  ASSERT_TRUE(repository::ClearRepository());
+  Run("INSERT INTO Unfinished (EmailID) VALUES (2)");
+  Run("UPDATE tblProject SET ProjectName = 'House' WHERE ID = 1");
+  ExportAndClear();
   EXPECT_EQ(twMakeMarge(file_, kEverybody).imported, 2);
   EXPECT_TRUE(intake::IsEmailExist(testing::VariedMessage(0).MessageKey));
   EXPECT_FALSE(intake::IsEmailExist(testing::VariedMessage(1).MessageKey));
-}
-
-TEST_F(MergeTest, AMessageKeepsAProjectThatIsNotItsFolder) {
-  testing::StoreVariedMessages(1);
-  RepositoryDb().Execute("UPDATE tblProject SET ProjectName = 'House'");
-  ExportAll();
-  ASSERT_TRUE(repository::ClearRepository());
-  twMakeMarge(file_, kEverybody);
   EXPECT_EQ(Query("SELECT ProjectName FROM tblProject").AsText(), "House");
   EXPECT_EQ(Query("SELECT Folder FROM Email").AsText(), testing::VariedMessage(0).Folder);
 }
@@ -167,21 +147,14 @@ TEST_F(MergeTest, WhatIsNoExportIsRefused) {
   ASSERT_EQ(MakeBackup(folder_.File("full.twb")), Result::kDone);
   WriteTemp("text.twb", "no database");
   auto before = testing::DumpRepository(RepositoryDb());
-  const struct {
-    const char* file;
-    const char* kind;
-    std::string text;
-  } kRows[] = {
-      {"full.twb", "error", "Error: You should use full backup file in this function."},
-      {"text.twb", "error", "Error: Invalid file format."},
-      {"missing.twb", "box", "There is not file " + folder_.File("missing.twb")},
-  };
-  for (const auto& row : kRows) {
-    ui_.shown.clear();
-    EXPECT_EQ(twMakeMarge(folder_.File(row.file)).result, Result::kDeclined) << row.file;
-    EXPECT_EQ(ui_.shown.size(), 1U) << row.file;
-    EXPECT_EQ(ui_.Shown(row.kind), Texts{row.text}) << row.file;
+  ui_.shown.clear();
+  for (const char* name : {"full.twb", "text.twb", "missing.twb"}) {
+    EXPECT_EQ(twMakeMarge(folder_.File(name)).result, Result::kDeclined) << name;
   }
+  EXPECT_THAT(ui_.shown,
+              ElementsAre(Pair("error", "Error: You should use full backup file in this function."),
+                          Pair("error", "Error: Invalid file format."),
+                          Pair("box", "There is not file " + folder_.File("missing.twb"))));
   EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
 }
 
@@ -194,8 +167,7 @@ TEST_F(MergeTest, StoppedItKeepsWhatWasMergedAndSaysSo) {
   EXPECT_GT(merged.imported, 0);
   EXPECT_EQ(merged.imported + merged.notReached, 400);
   EXPECT_EQ(CountRows("Email"), merged.imported);
-  ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("Import is stopped. "));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("Import is stopped. ")));
   // The next merge takes the rest.
   ui_.onYield = {};
   merged = twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
@@ -217,8 +189,8 @@ TEST_F(MergeTest, ItStopsAtAMessageThatFailsAndKeepsTheOthers) {
     EXPECT_EQ(merged.imported + merged.notReached, 5) << step;
     if (happened) {
       EXPECT_TRUE(ui_.Shown("error").empty()) << step;
-      EXPECT_THAT(ui_.Shown("box").back(), HasSubstr("Import is stopped. ")) << step;
-      EXPECT_THAT(ui_.Shown("box").back(), HasSubstr(core::kDiskIsFull)) << step;
+      EXPECT_THAT(ui_.Shown("box").back(),
+                  AllOf(HasSubstr("Import is stopped. "), HasSubstr(core::kDiskIsFull)));
       // The next merge makes the one whole that failed.
       merged = twMakeMarge(file_, {Duplicates::kSkip, UnknownSenders::kAccept});
       EXPECT_EQ(merged.result, Result::kDone) << step;
@@ -251,26 +223,21 @@ TEST_F(MergeTest, AFileThatMayNotGrowIsOneWithoutRoom) {
 TEST_F(MergeTest, AHostileFileIsTakenForWhatItIs) {
   testing::StoreVariedMessages(2);
   for (int i = 0; i < 8; ++i) {  // far more than a message can have
-    RepositoryDb().Execute(
-        "INSERT INTO ToRecipient (EmailID, Address, Name) SELECT EmailID, "
+    Run("INSERT INTO ToRecipient (EmailID, Address, Name) SELECT EmailID, "
         "Address, Name FROM ToRecipient");
-    RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (1, 'a.txt')");
-    RepositoryDb().Execute(
-        "INSERT INTO Attachment (EmailID, FileName) SELECT EmailID, FileName "
+    Run("INSERT INTO Attachment (EmailID, FileName) VALUES (1, 'a.txt')");
+    Run("INSERT INTO Attachment (EmailID, FileName) SELECT EmailID, FileName "
         "FROM Attachment");
   }
-  RepositoryDb().Execute(
-      "UPDATE Email SET CountMailTo = 30000, CountCC = -5, FilesNum = 'many', CreationTime = NULL, "
+  Run("UPDATE Email SET CountMailTo = 30000, CountCC = -5, FilesNum = 'many', CreationTime = NULL, "
       "ReceivedTime = 'yesterday', Subject = 12, ProjectID = 99, EntryID = NULL");
-  ExportAll();
-  ASSERT_TRUE(repository::ClearRepository());
+  ExportAndClear();
   MergeResult merged = twMakeMarge(file_, kEverybody);
   EXPECT_EQ(merged.imported, 2);
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "12");
-  EXPECT_EQ(Query("SELECT Count(*) AS C FROM ToRecipient").AsInt(), 768);
+  EXPECT_EQ(CountRows("ToRecipient"), 768);
+  EXPECT_EQ(Rows("SELECT Max(CountMailTo), Min(CountCC) FROM Email"), "512|0");
   EXPECT_LE(Query("SELECT Max(FilesNum) AS M FROM Email").AsInt(), 20);
-  EXPECT_EQ(Query("SELECT Max(CountMailTo) AS M FROM Email").AsInt(), 512);
-  EXPECT_EQ(Query("SELECT Min(CountCC) AS M FROM Email").AsInt(), 0);
 }
 
 }  // namespace

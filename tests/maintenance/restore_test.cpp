@@ -2,25 +2,15 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/restore.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "core/run_state.h"
 #include "database/engine/engine.h"
 #include "maintenance/backup.h"
 #include "maintenance/check.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
 #include "maintenance/unfinished_restore.h"
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
-#include "platform/locale.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "repository/schema.h"
-#include "support/faults.h"
 #include "support/faulty_disk.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -29,10 +19,8 @@ namespace tarnwick::maintenance {
 namespace {
 
 using platform::FileExists;
-using repository::RepositoryDb;
-using ::testing::HasSubstr;
-using Texts = std::vector<std::string>;
-using Dump = std::map<std::string, std::vector<std::string>>;
+using ::testing::_;
+using Dump = std::map<std::string, Texts>;
 
 class Restore : public testing::ProgramFixture {
  protected:
@@ -54,9 +42,9 @@ class Restore : public testing::ProgramFixture {
     ui_.shown.clear();
   }
 
-  Result RestoreWithYes(const std::string& file) {
+  Result RestoreWithYes(const std::string& file, const std::function<void()>& refresh = {}) {
     ui_.yesNo = {true, true};
-    return RestoreBackup(file);
+    return RestoreBackup(file, refresh);
   }
 
   // As on a memory stick.
@@ -80,11 +68,9 @@ class Restore : public testing::ProgramFixture {
   void FailToRestore(const std::function<void()>& refresh = {}) {
     std::string damaged = platform::ReadFile(file_);
     for (size_t at = damaged.size() / 2; at < damaged.size() / 2 + 64; ++at) damaged[at] = 'x';
-    std::string bad = WriteTemp("damaged.twb", damaged);
-    ui_.yesNo = {true, true};
-    EXPECT_EQ(RestoreBackup(bad, refresh), Result::kFailed);
+    EXPECT_EQ(RestoreWithYes(WriteTemp("damaged.twb", damaged), refresh), Result::kFailed);
     EXPECT_THAT(ui_.Shown("error"),
-                ::testing::ElementsAre(AllOf(HasSubstr(" CopyTableFrom"), HasSubstr(copy_))));
+                ElementsAre(AllOf(HasSubstr(" CopyTableFrom"), HasSubstr(copy_))));
     EXPECT_EQ(ui_.Shown("box"), Texts{});
     EXPECT_EQ(UnfinishedRestore(), copy_);
     ui_.shown.clear();
@@ -99,16 +85,13 @@ class Restore : public testing::ProgramFixture {
 TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
   MakeBackupAndChange(60);
   std::string bytes = platform::ReadFile(file_);
-  ui_.yesNo = {true, true};
   int refreshed = 0;
-  size_t shownBefore = 0;
-  EXPECT_EQ(RestoreBackup(file_,
-                          [&] {
-                            ++refreshed;
-                            shownBefore = ui_.Shown("box").size();
-                            EXPECT_EQ(Now(), backup_);
-                          }),
-            Result::kDone);
+  auto refresh = [&] {
+    ++refreshed;
+    EXPECT_THAT(ui_.Shown("box"), IsEmpty());
+    EXPECT_EQ(Now(), backup_);
+  };
+  EXPECT_EQ(RestoreWithYes(file_, refresh), Result::kDone);
   EXPECT_EQ(Now(), backup_);
   std::string when = platform::FormatDate(platform::FileModified(file_), "General Date");
   EXPECT_EQ(ui_.Shown("question"),
@@ -116,7 +99,6 @@ TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
                    "Backup file was created at " + when + ". Do you want to continue?"}));
   EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is done."});
   EXPECT_EQ(refreshed, 1);
-  EXPECT_EQ(shownBefore, 0U);
   EXPECT_FALSE(FileExists(copy_));
   EXPECT_TRUE(platform::ReadFile(file_) == bytes);
   EXPECT_FALSE(core::State().RepositoryIsEmpty);
@@ -129,7 +111,7 @@ TEST_F(Restore, TheRepositoryIsWhatItWasWhenBackedUp) {
 TEST_F(Restore, ABackupOfAFormerVersionComesBackAndALaterOneIsRefused) {
   testing::StoreVariedMessages(20);
   testing::StoreRulesAndMarks();
-  RepositoryDb().Execute("UPDATE Email SET Notes = Null, EmailImportance = Null");
+  Run("UPDATE Email SET Notes = Null, EmailImportance = Null");
   backup_ = Now();
   testing::MakeFormerFile(file_, {"Notes", "EmailImportance"});
   std::string bytes = platform::ReadFile(file_);
@@ -147,23 +129,30 @@ TEST_F(Restore, ABackupOfAFormerVersionComesBackAndALaterOneIsRefused) {
 TEST_F(Restore, TheKeyOfADeletedMessageIsNotGivenAgain) {
   MakeBackupAndChange(3);
   ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
-  RepositoryDb().Execute("DELETE FROM Email WHERE ID = 3");
+  Run("DELETE FROM Email WHERE ID = 3");
   ui_.yesNo = {true};
   ASSERT_EQ(MakeBackup(file_), Result::kDone);
   ASSERT_EQ(RestoreWithYes(file_), Result::kDone);
   testing::StoreVariedMessages(1, 1000);
   EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 4);
   // A damaged row that names the last key there can be leaves keys to give.
-  RepositoryDb().Execute("INSERT INTO Attachment (EmailID) VALUES (9223372036854775807)");
+  Run("INSERT INTO Attachment (EmailID) VALUES (9223372036854775807)");
   repository::DisconnectRepository();
   ASSERT_TRUE(repository::OpenRepository(false));
   testing::StoreVariedMessages(1, 1001);
   EXPECT_EQ(Query("SELECT Max(ID) AS Last FROM Email").AsInt(), 5);
 }
 
-TEST_F(Restore, WithoutSecondNamesTheFileIsCopied) {
+TEST_F(Restore, WithoutSecondNamesTheFileIsCopiedAndAStopThenChangesNothing) {
   MakeBackupAndChange(20);
   WithoutSecondNames();
+  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
+  EXPECT_EQ(RestoreWithYes(file_), Result::kStopped);
+  EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is stopped."});
+  EXPECT_EQ(Now(), changed_);
+  EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{});
+  EXPECT_FALSE(FileExists(copy_));
+  ui_.onYield = {};
   EXPECT_EQ(RestoreWithYes(file_), Result::kDone);
   EXPECT_EQ(Now(), backup_);
   EXPECT_FALSE(FileExists(copy_));
@@ -191,10 +180,7 @@ TEST_F(Restore, ANoLeavesEverything) {
 
 TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
   MakeBackupAndChange(3);
-  jet::Recordset list;
-  list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
-  ASSERT_EQ(ExportEmails(folder_.File("export.twb"), list), Result::kDone);
-  list.Close();
+  testing::ExportAll(folder_.File("export.twb"));
   WriteTemp("text.twb", std::string(9000, 'x'));
   WriteTemp("nothing.twb", "");
   std::vector<jet::TableDefinition> tables(repository::RepositoryTables().begin(),
@@ -209,28 +195,19 @@ TEST_F(Restore, WhatIsNoFullBackupIsRefusedAndChangesNothing) {
   WriteTemp("first page.twb", damaged);
   WriteTemp("short.twb", platform::ReadFile(file_).substr(0, 1500));
 
-  const std::string kFormat = "Error: Invalid file format.";
-  const struct {
-    const char* file;
-    std::string error;
-    int kind;
-  } kRows[] = {
-      {"export.twb", "Error: You should use full backup file in this function.", 1},
-      {"text.twb", kFormat, 2},
-      {"nothing.twb", kFormat, 2},
-      {"password.twb", kFormat, 2},
-      {"column.twb", kFormat, 2},
-      {"table.twb", kFormat, 2},
-      {"first page.twb", kFormat, 2},
-      {"short.twb", kFormat, 2},
-  };
-  for (const auto& row : kRows) {
+  const Texts kFiles = {"export.twb", "text.twb",  "nothing.twb",    "password.twb",
+                        "column.twb", "table.twb", "first page.twb", "short.twb"};
+  for (const std::string& name : kFiles) {
+    SCOPED_TRACE(name);
     ui_.shown.clear();
-    std::string bytes = platform::ReadFile(folder_.File(row.file));
-    EXPECT_EQ(IsItFullBackup(folder_.File(row.file)), row.kind) << row.file;
-    EXPECT_EQ(RestoreWithYes(folder_.File(row.file)), Result::kDeclined) << row.file;
-    EXPECT_EQ(ui_.Shown("error"), Texts{row.error}) << row.file;
-    EXPECT_TRUE(platform::ReadFile(folder_.File(row.file)) == bytes) << row.file;
+    bool isExport = name == "export.twb";
+    std::string bytes = platform::ReadFile(folder_.File(name));
+    EXPECT_EQ(IsItFullBackup(folder_.File(name)), isExport ? 1 : 2);
+    EXPECT_EQ(RestoreWithYes(folder_.File(name)), Result::kDeclined);
+    EXPECT_EQ(ui_.Shown("error"),
+              Texts{isExport ? "Error: You should use full backup file in this function."
+                             : "Error: Invalid file format."});
+    EXPECT_TRUE(platform::ReadFile(folder_.File(name)) == bytes);
   }
   ui_.shown.clear();
   EXPECT_EQ(RestoreBackup(folder_.File("missing.twb")), Result::kDeclined);
@@ -253,10 +230,10 @@ TEST_F(Restore, WithoutRoomForTheCopyNothingBegins) {
   changed_ = Now();
   platform::SetFreeSpaceOverride(platform::FileSize(file_) + 17 * 1024 * 1024);
   EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
-  ASSERT_EQ(ui_.Shown("error").size(), 1U);
-  EXPECT_THAT(ui_.Shown("error")[0],
-              HasSubstr("Error: 61 There is not enough free space in " + folder_.Path()));
-  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(" MB are free MakeSafetyCopy"));
+  EXPECT_THAT(
+      ui_.Shown("error"),
+      ElementsAre(AllOf(HasSubstr("Error: 61 There is not enough free space in " + folder_.Path()),
+                        HasSubstr(" MB are free MakeSafetyCopy"))));
   EXPECT_EQ(Now(), changed_);
 }
 
@@ -265,32 +242,18 @@ TEST_F(Restore, ABackupDamagedInsideLeavesTheFormerRepositoryInTheCopy) {
   int refreshed = 0;
   FailToRestore([&] { ++refreshed; });
   EXPECT_EQ(refreshed, 1);
-  EXPECT_NE(Log().find("Restore is not complete"), std::string::npos);
+  EXPECT_THAT(Log(), HasSubstr("Restore is not complete"));
   ExpectCopyHoldsTheFormerRepository();
-}
-
-TEST_F(Restore, StoppedWhileTheCopyIsMadeItChangesNothing) {
-  MakeBackupAndChange(10);
-  WithoutSecondNames();
-  ui_.onYield = [] { core::State().ImportCancelFlag = true; };
-  EXPECT_EQ(RestoreWithYes(file_), Result::kStopped);
-  EXPECT_EQ(ui_.Shown("box"), Texts{"Restore is stopped."});
-  EXPECT_EQ(Now(), changed_);
-  EXPECT_EQ(platform::ListFiles(folder_.Path(), ".unfinished"), Texts{});
-  EXPECT_FALSE(FileExists(copy_));
 }
 
 TEST_F(Restore, UnfinishedItIsKnownWhereverTheRepositoryGoes) {
   MakeBackupAndChange(60);
   FailToRestore();
-  const Texts refusals = {"merge", "backup"};
-  for (const std::string& what : refusals) {
-    ui_.shown.clear();
-    std::string other = WriteTemp("other.twb", "x");
-    EXPECT_EQ(what == "merge" ? twMakeMarge(other).result : MakeBackup(other), Result::kDeclined);
-    ASSERT_EQ(ui_.shown.size(), 1U) << what;
-    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr(copy_)) << what;
-  }
+  std::string other = WriteTemp("other.twb", "x");
+  EXPECT_EQ(twMakeMarge(other).result, Result::kDeclined);
+  EXPECT_EQ(MakeBackup(other), Result::kDeclined);
+  EXPECT_EQ(ui_.shown.size(), 2U);
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr(copy_), HasSubstr(copy_)));
   CheckReport report;
   EXPECT_EQ(CheckRepository(report), Result::kDone);
   ASSERT_FALSE(report.IsSound());
@@ -308,21 +271,17 @@ TEST_F(Restore, UnfinishedItIsKnownWhereverTheRepositoryGoes) {
   copy_ = moved + "Tarnwick_before_restore.twb";
   EXPECT_EQ(UnfinishedRestore(), copy_);
   ui_.shown.clear();
-  ui_.yesNo = {false};
-  AskAboutUnfinishedRestore();
-  ui_.yesNo = {true};
-  AskAboutUnfinishedRestore();
-  ASSERT_EQ(ui_.Shown("question").size(), 2U);
-  EXPECT_THAT(ui_.Shown("question")[1], HasSubstr(copy_));
-  EXPECT_EQ(Now(), changed_);
-  AskAboutUnfinishedRestore();
+  ui_.yesNo = {false, true};
+  for (int i = 0; i < 3; ++i) AskAboutUnfinishedRestore();
+  EXPECT_THAT(ui_.Shown("question"), ElementsAre(_, HasSubstr(copy_)));
   EXPECT_EQ(ui_.shown.size(), 2U);
+  EXPECT_EQ(Now(), changed_);
 }
 
 // Like an export it has messages and no contact.
 TEST_F(Restore, TheCopyOfARepositoryWithoutContactsComesBack) {
   MakeBackupAndChange(60);
-  RepositoryDb().Execute("DELETE * FROM MeContact");
+  Run("DELETE * FROM MeContact");
   changed_ = Now();
   FailToRestore();
   EXPECT_EQ(IsItFullBackup(copy_), 1);
@@ -335,41 +294,11 @@ TEST_F(Restore, TheCopyOfARepositoryWithoutContactsComesBack) {
   EXPECT_EQ(Now(), changed_);
 }
 
-// On a disk without room that gave the program nothing but the engine's word for it.
-TEST_F(Restore, AFullDiskIsToldInOneBox) {
-  MakeBackupAndChange(60);
-  testing::StartOnFaultyDisk();
-  int64_t failed = 0;
-  for (int64_t at = 0; at < 100; at += 5) {
-    ui_.shown.clear();
-    Result result = Result::kDone;
-    {
-      testing::FaultyDisk disk(testing::DiskFault::kFull, at, true);
-      result = RestoreWithYes(file_);
-    }
-    if (result == Result::kDone) break;
-    ASSERT_EQ(ui_.Shown("error").size() + ui_.Shown("box").size(), 1U) << at;
-    EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("full")) << at;
-    ++failed;
-    repository::DisconnectRepository();
-    ASSERT_TRUE(repository::OpenRepository(false));
-    if (UnfinishedRestore().empty()) {
-      EXPECT_EQ(Now(), changed_) << at;
-    } else {
-      ExpectCopyHoldsTheFormerRepository();
-    }
-  }
-  EXPECT_GT(failed, 2);
-}
-
 TEST_F(Restore, ASourceIsNeverWrittenTo) {
   MakeBackupAndChange(20);
-  jet::Recordset list;
-  list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
   std::string folder = folder_.File("disc/");
   platform::MakeFolder(folder);
-  ASSERT_EQ(ExportEmails(folder + "export.twb", list), Result::kDone);
-  list.Close();
+  testing::ExportAll(folder + "export.twb");
   platform::CopyFile(file_, folder + "backup.twb");
   const Texts names = platform::ListFiles(folder);
   std::map<std::string, std::string> bytes;
@@ -408,12 +337,11 @@ TEST_F(Restore, RowsThatAreNotTheBackupsAreNotTakenForIt) {
   ui_.onYield = [&] {
     if (added) return;
     added = true;
-    RepositoryDb().Execute("INSERT INTO IgnoredEmail (ID, MessageID) VALUES (5000, 'x')");
+    Run("INSERT INTO IgnoredEmail (ID, MessageID) VALUES (5000, 'x')");
   };
   EXPECT_EQ(RestoreWithYes(file_), Result::kFailed);
   EXPECT_TRUE(added);
-  ASSERT_EQ(ui_.Shown("error").size(), 1U);
-  EXPECT_THAT(ui_.Shown("error")[0], HasSubstr("Table IgnoredEmail has "));
+  EXPECT_THAT(ui_.Shown("error"), ElementsAre(HasSubstr("Table IgnoredEmail has ")));
   ui_.onYield = {};
   ExpectCopyHoldsTheFormerRepository();
 }

@@ -2,14 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // What complete reading takes of a store's files beyond the designed.
-#include <gmock/gmock.h>
-
-#include <functional>
-#include <map>
 
 #include "oe_fixture.h"
-#include "platform/clock.h"
-#include "samples/dbx_builder.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -19,7 +13,6 @@ using samples::DbxImage;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
-using ::testing::HasSubstr;
 
 class CompleteTree : public OeFixture {
  protected:
@@ -43,7 +36,7 @@ class CompleteTree : public OeFixture {
   }
   static MessageStoreBuilder Numbered(int messages) {
     MessageStoreBuilder store;
-    for (int i = 0; i < messages; ++i) store.AddMessage(Letter(std::to_string(i), i % 60));
+    for (int i = 0; i < messages; ++i) store.AddMessage(MailOf(std::to_string(i), i % 60));
     return store;
   }
   static std::vector<std::string> Numbers(int messages) {
@@ -140,7 +133,7 @@ TEST_F(CompleteTree, MessagesOfAnyDateAreReadOnceWithTheirOwn) {
               {"1601-01-01 00:00:00", false}};
   MessageStoreBuilder store;
   for (const auto& row : rows) {
-    IndexedMessage message = Letter(row.date);
+    IndexedMessage message = MailOf(row.date);
     message.date = *DateTime::FromIso(row.date);
     size_t date = message.text.find("Date: ");
     message.text.erase(date, message.text.find("\r\n", date) + 2 - date);
@@ -163,10 +156,10 @@ TEST_F(CompleteTree, MessagesOfAnyDateAreReadOnceWithTheirOwn) {
 
 TEST_F(CompleteTree, NoMessageIsTakenForAnothers) {
   MessageStoreBuilder store;
-  store.AddMessage(Letter("first"));
-  MessagePlaces headers = store.AddMessage(Letter("without its text", 1));
-  MessagePlaces lost = store.AddMessage(Letter("lost", 2));
-  store.AddMessage(Letter("last", 3));
+  store.AddMessage(MailOf("first"));
+  MessagePlaces headers = store.AddMessage(MailOf("without its text", 1));
+  MessagePlaces lost = store.AddMessage(MailOf("lost", 2));
+  store.AddMessage(MailOf("last", 3));
   store.Image().Put8(headers.info + 24, 0xFF);               // has no entry 04
   store.Image().Put32(lost.info + 24, 15'998U << 8 | 0x84);  // one that leads to no block
   store.Finish();
@@ -180,7 +173,7 @@ TEST_F(CompleteTree, BlocksBeyondSixteenMegabytesAreFoundByTheIndex) {
   MessageStoreBuilder store;
   store.Image().PadTo(1U << 24);
   for (bool direct : {true, false}) {
-    IndexedMessage message = Letter(direct ? "one" : "two");
+    IndexedMessage message = MailOf(direct ? "one" : "two");
     message.flagsDirect = direct;
     message.date = DateTime::FromDate(2015, 1, 5);
     store.AddMessage(message);

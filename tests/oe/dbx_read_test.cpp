@@ -4,14 +4,8 @@
 // The reader of message files, on sound stores and on hostile ones.
 #include "oe/dbx_read.h"
 
-#include <gmock/gmock.h>
-
-#include <functional>
-
 #include "oe/byte_reader.h"
 #include "oe_fixture.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -20,9 +14,6 @@ using samples::DbxImage;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class DbxRead : public OeFixture {
  protected:
@@ -45,7 +36,7 @@ TEST_F(DbxRead, CopiesEveryByteOfATextWhateverItsBlocks) {
   MessageStoreBuilder store;
   std::string all;
   for (int c = 0; c < 256; ++c) all += static_cast<char>(c);
-  IndexedMessage message = Letter("bytes");
+  IndexedMessage message = MailOf("bytes");
   message.text += all + all + all;
   for (size_t size : {7, 512, 100'000}) {
     message.blockSize = size;
@@ -58,16 +49,14 @@ TEST_F(DbxRead, CopiesEveryByteOfATextWhateverItsBlocks) {
   store.AddMessage(message);
   store.Finish();
   Read(store);
-  std::string longer = Letter("bytes").text + all + all + all;
-  EXPECT_EQ(FileOf("bytes"), longer);
-  EXPECT_EQ(FileOf("bytes (2)"), longer);
-  EXPECT_EQ(FileOf("bytes (3)"), longer);
+  std::string longer = MailOf("bytes").text + all + all + all;
+  for (const char* name : {"bytes", "bytes (2)", "bytes (3)"}) EXPECT_EQ(FileOf(name), longer);
   EXPECT_EQ(FileOf("bytes (4)"), message.text);
 }
 
 TEST_F(DbxRead, ATreeOfTwoLevelsIsReadLeftChildFirst) {
   MessageStoreBuilder store;
-  auto info = [&](const char* subject) { return store.AddMessage(Letter(subject)).info; };
+  auto info = [&](const char* subject) { return store.AddMessage(MailOf(subject)).info; };
   uint32_t third = store.Image().AddNode({{info("third level"), 0}});
   uint32_t left = store.Image().AddNode({{info("left 1"), third}, {info("left 2"), 0}});
   uint32_t right1 = store.Image().AddNode({{info("right 1"), 0}});
@@ -82,8 +71,8 @@ TEST_F(DbxRead, ATreeOfTwoLevelsIsReadLeftChildFirst) {
 
 TEST_F(DbxRead, ChildrenOfARootWithoutALeftChildAreNotVisited) {
   MessageStoreBuilder store;
-  uint32_t child = store.Image().AddNode({{store.AddMessage(Letter("below")).info, 0}});
-  store.SetRoot(store.Image().AddNode({{store.AddMessage(Letter("root")).info, child}}));
+  uint32_t child = store.Image().AddNode({{store.AddMessage(MailOf("below")).info, 0}});
+  store.SetRoot(store.Image().AddNode({{store.AddMessage(MailOf("root")).info, child}}));
   EXPECT_THAT(Read(store), ElementsAre("root"));
 }
 
@@ -99,7 +88,7 @@ TEST_F(DbxRead, AnEmptyOrMissingFileIsAnEmptyFolder) {
 
 TEST_F(DbxRead, StopIsHeededBetweenEntries) {
   MessageStoreBuilder store;
-  for (int i = 0; i < 5; ++i) store.AddMessage(Letter("letter " + std::to_string(i), i));
+  for (int i = 0; i < 5; ++i) store.AddMessage(MailOf("letter " + std::to_string(i), i));
   store.Finish(2, true);
   ui_.onYield = [] { core::State().ImportCancelFlag = true; };
   EXPECT_THAT(Read(store), ElementsAre("letter 0"));
@@ -108,8 +97,8 @@ TEST_F(DbxRead, StopIsHeededBetweenEntries) {
 
 TEST_F(DbxRead, AFirstBlockBelow16000MeansTheEndOfTheMessageBefore) {
   MessageStoreBuilder store;
-  store.AddMessage(Letter("first"));
-  MessagePlaces second = store.AddMessage(Letter("second"));
+  store.AddMessage(MailOf("first"));
+  MessagePlaces second = store.AddMessage(MailOf("second"));
   store.Image().Put32(second.info + 24, 15'998U << 8 | 0x84);
   store.Finish();
   Read(store);
@@ -119,12 +108,12 @@ TEST_F(DbxRead, AFirstBlockBelow16000MeansTheEndOfTheMessageBefore) {
   // In another file: a block stands where the last chain ended.
   ResetState();
   MessageStoreBuilder other;
-  MessagePlaces lost = other.AddMessage(Letter("lost"));
+  MessagePlaces lost = other.AddMessage(MailOf("lost"));
   other.Image().Put32(lost.info + 24, 15'998U << 8 | 0x84);
   other.Finish();
   State().LastChainEnd = lost.blocks.front();
   Read(other);
-  EXPECT_EQ(FileOf("lost"), Letter("lost").text);
+  EXPECT_EQ(FileOf("lost"), MailOf("lost").text);
   // 15999 is an offset like any other.
   State().LastChainEnd = lost.blocks.front();
   other.Image().Put32(lost.info + 24, 15'999U << 8 | 0x84);
@@ -135,7 +124,7 @@ TEST_F(DbxRead, AFirstBlockBelow16000MeansTheEndOfTheMessageBefore) {
 TEST_F(DbxRead, ASmallFourthEntryMeansAWordBehindTheTimestamp) {
   MessageStoreBuilder store;
   store.Image().PadTo(1U << 24);  // offsets that no index entry can hold
-  IndexedMessage message = Letter("far away");
+  IndexedMessage message = MailOf("far away");
   message.flagsDirect = false;
   store.AddMessage(message);
   store.Finish();
@@ -146,7 +135,7 @@ TEST_F(DbxRead, ASmallFourthEntryMeansAWordBehindTheTimestamp) {
 TEST_F(DbxRead, ATimestampFoundInTheWrongPlaceDoesNotLoseTheText) {
   MessageStoreBuilder store;
   store.Image().PadTo(1U << 24);
-  IndexedMessage message = Letter("misdated");
+  IndexedMessage message = MailOf("misdated");
   // The low half of this time, behind the last index entry, is the high half of a time of 2004.
   uint64_t time = samples::ToFileTime(message.date) >> 32 << 32 | 0x01C4D400;
   message.date = DateTime::FromSeconds(static_cast<int64_t>(time / 10'000'000) - 11'644'473'600);
@@ -161,22 +150,21 @@ TEST_F(DbxRead, ATimestampFoundInTheWrongPlaceDoesNotLoseTheText) {
 }
 
 TEST_F(DbxRead, DatesOutside1990To2009AreNotFound) {
-  struct Row {
+  const DateTime first = DateTime::FromDate(1990, 1, 1);
+  const DateTime end = DateTime::FromDate(2010, 1, 1);
+  const struct {
     const char* what;
     DateTime date;
     bool found;
-  };
-  const DateTime first = DateTime::FromDate(1990, 1, 1);
-  const DateTime end = DateTime::FromDate(2010, 1, 1);
-  const Row rows[] = {{"the first second of 1990", first, false},
-                      {"the second after it", first.AddSeconds(1), true},
-                      {"the last second of 2009", end.AddSeconds(-1), true},
-                      {"2010", end, false},
-                      {"2021", DateTime::FromDate(2021, 12, 12), false},
-                      {"1601", DateTime::FromDate(1601, 1, 1), false}};
-  for (const Row& row : rows) {
+  } rows[] = {{"the first second of 1990", first, false},
+              {"the second after it", first.AddSeconds(1), true},
+              {"the last second of 2009", end.AddSeconds(-1), true},
+              {"2010", end, false},
+              {"2021", DateTime::FromDate(2021, 12, 12), false},
+              {"1601", DateTime::FromDate(1601, 1, 1), false}};
+  for (const auto& row : rows) {
     MessageStoreBuilder store;
-    IndexedMessage message = Letter("dated");
+    IndexedMessage message = MailOf("dated");
     message.date = row.date;
     MessagePlaces places = store.AddMessage(message);
     ByteReader reader(WriteTemp("dated.dbx", store.Bytes()));
@@ -211,7 +199,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
     EXPECT_TRUE(dbxMessageToFile(places.info, WriteTemp("key.dbx", store.Bytes()), read));
     return read.entryKey;
   };
-  IndexedMessage received = Letter("received");
+  IndexedMessage received = MailOf("received");
   received.messageId = "<1@example.org>";
   EXPECT_EQ(keyOf(received), "<1@example.org>_137_5ce9b481b2264acb_20040105100000");
   IndexedMessage copied = received;  // in another folder, by another program's index
@@ -219,7 +207,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   copied.blockSize = 64;
   EXPECT_EQ(keyOf(copied), keyOf(received));
 
-  IndexedMessage written = Letter("written");
+  IndexedMessage written = MailOf("written");
   std::vector<IndexedMessage> others(6, written);
   others[0].subject = "Written";
   others[1].senderAddress = "bab@example.org";
@@ -238,7 +226,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
   longOne.messageId = "<" + std::string(400, 'a') + "1@example.org>";
   IndexedMessage longTwo = received;
   longTwo.messageId = "<" + std::string(400, 'a') + "2@example.org>";
-  IndexedMessage wordy = Letter(std::string(300, 'w'));
+  IndexedMessage wordy = MailOf(std::string(300, 'w'));
   wordy.senderAddress = std::string(300, 's');
   for (const IndexedMessage& message : {longOne, longTwo, wordy}) {
     std::string key = keyOf(message);
@@ -248,7 +236,7 @@ TEST_F(DbxRead, KeysTellLettersOfOneSecondApart) {
 }
 
 TEST_F(DbxRead, ASubjectIsOneLineOfTheLog) {
-  IndexedMessage message = Letter("a\r\n\r\n1/5/2004 10:00:00\r\nError: 61 Disk full");
+  IndexedMessage message = MailOf("a\r\n\r\n1/5/2004 10:00:00\r\nError: 61 Disk full");
   MessageStoreBuilder store;
   MessagePlaces places = store.AddMessage(message);
   ReadMessage read;
@@ -316,9 +304,9 @@ TEST_F(DbxRead, DamageCostsTheMessageOrTheNodeOnly) {
     ResetState();
     core::BeginLoadState();
     MessageStoreBuilder store;
-    IndexedMessage first = Letter("first");
+    IndexedMessage first = MailOf("first");
     first.blockSize = 32;
-    store.AddMessage(Letter("second"));
+    store.AddMessage(MailOf("second"));
     MessagePlaces places = store.AddMessage(first);
     // The second letter's node entry comes last.
     store.SetItemCount(2);
@@ -344,11 +332,11 @@ TEST_F(DbxRead, DamageCostsTheMessageOrTheNodeOnly) {
 
 TEST_F(DbxRead, ChainsThatReturnTakeNothingFromTheOtherMessages) {
   MessageStoreBuilder store;
-  IndexedMessage circle = Letter("circle");
+  IndexedMessage circle = MailOf("circle");
   circle.blockSize = 32;
   MessagePlaces places = store.AddMessage(circle);
   store.Image().Put32(places.blocks.back() + 12, places.blocks[0]);
-  uint32_t sound = store.AddMessage(Letter("sound")).info;
+  uint32_t sound = store.AddMessage(MailOf("sound")).info;
   std::vector<DbxImage::Entry> entries(20, {places.info, 0});
   entries.push_back({sound, 0});
   store.SetRoot(store.Image().AddNode(entries));
@@ -359,7 +347,7 @@ TEST_F(DbxRead, ChainsThatReturnTakeNothingFromTheOtherMessages) {
 
 TEST_F(DbxRead, ATreeThatPointsToItselfEnds) {
   MessageStoreBuilder store;
-  uint32_t info = store.AddMessage(Letter("once")).info;
+  uint32_t info = store.AddMessage(MailOf("once")).info;
   uint32_t node = store.Image().AddNode(std::vector<DbxImage::Entry>(255, {info, 0}));
   for (uint32_t i = 0; i < 255; ++i) store.Image().Put32(node + 24 + 12 * i + 4, node);
   store.Image().Put32(node + 8, node);
@@ -372,7 +360,7 @@ TEST_F(DbxRead, ATreeThatPointsToItselfEnds) {
 TEST_F(DbxRead, MessagesThatShareTheirBlocksCostNoMoreThanTheFileTwice) {
   // 200 objects, each with a chain through the whole file.
   MessageStoreBuilder store;
-  IndexedMessage big = Letter("big");
+  IndexedMessage big = MailOf("big");
   big.text += std::string(200'000, 'x');
   MessagePlaces first = store.AddMessage(big);
   std::vector<DbxImage::Entry> entries;
@@ -390,8 +378,8 @@ TEST_F(DbxRead, MessagesThatShareTheirBlocksCostNoMoreThanTheFileTwice) {
 
 TEST_F(DbxRead, AFileCutAnywhereIsReadAsFarAsItGoes) {
   MessageStoreBuilder store;
-  store.AddMessage(Letter("one"));
-  store.AddMessage(Letter("two", 1));
+  store.AddMessage(MailOf("one"));
+  store.AddMessage(MailOf("two", 1));
   store.Finish(1, true);
   std::string whole = store.Bytes();
   for (size_t size = 0; size < whole.size(); size += size < 0xEA00 ? 997 : 13) {

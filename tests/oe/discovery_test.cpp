@@ -2,11 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "oe/discovery.h"
 
-#include <gmock/gmock.h>
-
 #include "oe_fixture.h"
-#include "platform/clock.h"
-#include "platform/error.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -16,9 +12,6 @@ using samples::FolderListBuilder;
 using samples::ProfileBuilder;
 using samples::StandardFolders;
 using samples::StoredFolder;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class Discovery : public OeFixture {
  protected:
@@ -55,21 +48,20 @@ TEST_F(Discovery, FillsTheTables) {
 
   EXPECT_EQ(State().Identities.size(), 1U);
   ASSERT_EQ(State().FolderFiles.size(), 1U);
-  EXPECT_EQ(State().FolderFiles[0].path, store + "Folders.dbx");
-  EXPECT_EQ(State().FolderFiles[0].userName, "ann");  // who is logged on, for "Main Identity"
-  EXPECT_EQ(State().FolderFiles[0].storeFolder, store);
+  const auto& file = State().FolderFiles[0];
+  EXPECT_EQ(file.path, store + "Folders.dbx");
+  EXPECT_EQ(file.userName + " " + file.storeFolder, "ann " + store);  // for "Main Identity"
   EXPECT_THAT(FullNames(0),
               ElementsAre("/Local Folders", "Local Folders.Inbox", "Local Folders.Sent Items",
                           "Local Folders.Inbox.Garten & Hof",
                           "Local Folders.Inbox.Garten & Hof.O'Neil", "/Hotmail"));
-  EXPECT_EQ(State().Folders[0][3].fileName, "garden.dbx");
-  EXPECT_EQ(State().Folders[0][3].number, 4);
-  EXPECT_EQ(State().Folders[0][3].parent, 2);
+  const FolderRow& garden = State().Folders[0][3];
+  EXPECT_TRUE(garden.fileName == "garden.dbx" && garden.number == 4 && garden.parent == 2);
   EXPECT_EQ(Query("SELECT User FROM UserList").AsText(), "ann");
-  EXPECT_THAT(Log(), HasSubstr("Folders = Parent = 2 Local Folders.Inbox.Garten & Hof\r\n"
-                               "Me = 4 Garten & Hof\r\ngarden.dbx"));
-  EXPECT_THAT(Log(), HasSubstr("FolderFile = Folders.dbx"));
-  EXPECT_THAT(Log(), HasSubstr("EmailFile = Garden.DBX"));
+  EXPECT_THAT(Log(),
+              AllOf(HasSubstr("Folders = Parent = 2 Local Folders.Inbox.Garten & Hof\r\n"
+                              "Me = 4 Garten & Hof\r\ngarden.dbx"),
+                    HasSubstr("FolderFile = Folders.dbx"), HasSubstr("EmailFile = Garden.DBX")));
 
   // A second run finds the same, and no second user.
   ASSERT_TRUE(DiscoverOutlookExpress());
@@ -171,22 +163,25 @@ TEST_F(Discovery, AStoreRootIsAPrefix) {
   EXPECT_THAT(State().FolderFiles, IsEmpty());
   CollectStoreFiles(store, "Ann");
   EXPECT_EQ(State().FolderFiles.size(), 1U);
-  EXPECT_FALSE(FindStoreFile(store, "../Folders.dbx"));
+  platform::MakeFolder(store + "below");
+  platform::WriteFile(store + "below/Inbox.dbx", "");
+  for (const char* name : {"../Folders.dbx", "below/Inbox.dbx"}) {
+    EXPECT_FALSE(FindStoreFile(store, name)) << name;
+  }
   EXPECT_FALSE(FindStoreFile(store, ""));
 }
 
 TEST_F(Discovery, FolderObjectsInEachForm) {
-  struct Row {
+  const struct {
     const char* what;
     FolderForm form;
     bool isFolder;
-  };
-  const Row rows[] = {{"the name as fifth entry", FolderForm::kNameIsFifth, true},
-                      {"the name among later entries", FolderForm::kNameFollows, true},
-                      {"the name with one more word", FolderForm::kNameThenOne, true},
-                      {"a folder never opened", FolderForm::kNoFile, false},
-                      {"the list's own object", FolderForm::kMark, false}};
-  for (const Row& row : rows) {
+  } rows[] = {{"the name as fifth entry", FolderForm::kNameIsFifth, true},
+              {"the name among later entries", FolderForm::kNameFollows, true},
+              {"the name with one more word", FolderForm::kNameThenOne, true},
+              {"a folder never opened", FolderForm::kNoFile, false},
+              {"the list's own object", FolderForm::kMark, false}};
+  for (const auto& row : rows) {
     ResetState();
     FolderListBuilder list;
     list.Add({9, 0, "Family", "Family.dbx"}, row.form);
@@ -207,9 +202,10 @@ TEST_F(Discovery, ADamagedFolderListGivesTheFoldersThatCanBeRead) {
   list.Add({2, 0, "Two", "Two.dbx"});
   list.Add({3, 3, "Circle", "Two.dbx"});
   list.Finish();
-  EXPECT_FALSE(FindStoreFile(folder_.Path() + "Mail/", "../Two.dbx"));
   list.Image().Put32(second, 1);
   platform::WriteFile(folder_.File("Two.dbx"), StoreOf({}));
+  platform::MakeFolder(folder_.File("Mail"));
+  EXPECT_FALSE(FindStoreFile(folder_.Path() + "Mail/", "../Two.dbx"));
   State().FolderFiles = {{WriteTemp("Folders.dbx", list.Bytes()), "ann", folder_.Path()}};
   ReadFolderTree(0);
   EXPECT_EQ(State().Folders[0].size(), 2U);
@@ -291,7 +287,7 @@ TEST_F(Discovery, StoresBelowAHiveThatLeadsNowhereAreOffered) {
     ui_.yesNo = {true};
     EXPECT_TRUE(DiscoverOutlookExpress());
     EXPECT_THAT(ui_.Shown("error"), IsEmpty());
-    EXPECT_THAT(FullNames(0), ::testing::Contains("Local Folders.Inbox"));
+    EXPECT_THAT(FullNames(0), Contains("Local Folders.Inbox"));
     ui_.yesNo = {false};
     DiscoverOutlookExpress();
     EXPECT_EQ(State().MessageFiles.size(), 2U);

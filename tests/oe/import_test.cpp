@@ -4,26 +4,19 @@
 // Whole import runs over built profiles.
 #include "oe/import.h"
 
-#include <gmock/gmock.h>
-
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "oe_fixture.h"
-#include "platform/error.h"
 #include "support/real_data.h"
 
 namespace tarnwick::oe {
 namespace {
 
-using repository::RepositoryDb;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
 using samples::ProfileBuilder;
 using samples::StandardFolders;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class Import : public OeFixture {
  protected:
@@ -55,8 +48,11 @@ class Import : public OeFixture {
     return Query("SELECT Folder FROM Email WHERE Subject='" + subject + "'").AsText();
   }
   static std::string RawOf(const std::string& subject) {
-    int64_t id = Query("SELECT ID FROM Email WHERE Subject='" + subject + "'").AsInt();
-    return Query("SELECT FileBody FROM FileRepository WHERE FileID=" + std::to_string(id)).AsText();
+    return Query(
+               "SELECT FileBody FROM FileRepository WHERE FileID IN (SELECT ID FROM Email WHERE "
+               "Subject='" +
+               subject + "') ORDER BY FileID")
+        .AsText();
   }
 
   ProfileBuilder profile_;
@@ -74,11 +70,10 @@ TEST_F(Import, TakesEveryFolderButDraftsDeletedItemsAndOutbox) {
   ProfileBuilder::WriteStore(store, folders);
   Load();
   EXPECT_EQ(Summary(), "found 10, stored 5, not reached 5, ");
-  EXPECT_EQ(FolderOf("inbox 2"), "Inbox");
-  EXPECT_EQ(FolderOf("sent"), "Sent Items");
-  EXPECT_EQ(FolderOf("lower case"), "drafts");
-  EXPECT_EQ(FolderOf("ours"), "It's 100% \"us\"");
-  EXPECT_EQ(RawOf("inbox 1"), Letter("inbox 1", 0).text);
+  EXPECT_EQ(Rows("SELECT Subject, Folder FROM Email ORDER BY ID"),
+            "inbox 1|Inbox\ninbox 2|Inbox\nsent|Sent Items\nlower case|drafts\nours|It's 100% "
+            "\"us\"");
+  EXPECT_EQ(RawOf("inbox 1"), MailOf("inbox 1", 0).text);
   EXPECT_THAT(Reasons(),
               HasSubstr("Not reached = 2\r\n" + store +
                         "Deleted.dbx\r\ndrafts, deleted items and the outbox are not read"));
@@ -93,14 +88,11 @@ TEST_F(Import, TakesEveryFolderButDraftsDeletedItemsAndOutbox) {
 }
 
 TEST_F(Import, LettersOfOneMessageIdAndSecondAreToldApart) {
-  IndexedMessage direct = Letter("direct");
+  IndexedMessage direct = MailOf("direct");
   direct.messageId = "<1@example.org>";
   IndexedMessage fromList = direct;
   fromList.text += "-- \r\nTo leave the list ...\r\n";
-  MessageStoreBuilder in;
-  in.AddMessage(direct);
-  in.AddMessage(fromList);
-  in.Finish();
+  const std::string in = StoreWith({direct, fromList});
   MessageStoreBuilder kept;  // a copy, of which the index has the length wrong
   MessagePlaces copy = kept.AddMessage(direct);
   for (uint32_t entry = copy.info + 12; entry < copy.date; entry += 4) {
@@ -109,16 +101,16 @@ TEST_F(Import, LettersOfOneMessageIdAndSecondAreToldApart) {
   }
   kept.Finish();
   std::string store = profile_.AddIdentity("Ann");
-  ProfileBuilder::WriteStore(store, StandardFolders(in.Bytes(), ""));
+  ProfileBuilder::WriteStore(store, StandardFolders(in, ""));
   Load();
   EXPECT_EQ(Summary(), "found 2, stored 2, ");
   Load();
   EXPECT_EQ(Summary(), "found 2, already 2, ");
 
   // As former versions left it: the first letter under a key that stands for both.
-  RepositoryDb().Execute("DELETE FROM Email WHERE ID = 2");
-  RepositoryDb().Execute("UPDATE Email SET EntryID = '<1@example.org>_20040105100000'");
-  auto folders = StandardFolders(in.Bytes(), "");
+  Run("DELETE FROM Email WHERE ID = 2");
+  Run("UPDATE Email SET EntryID = '<1@example.org>_20040105100000'");
+  auto folders = StandardFolders(in, "");
   folders.push_back({{4, 1, "Kept", "kept.dbx"}, kept.Bytes()});
   ProfileBuilder::WriteStore(store, folders);
   Load();
@@ -129,7 +121,7 @@ TEST_F(Import, LettersOfOneMessageIdAndSecondAreToldApart) {
   EXPECT_EQ(Summary(), "found 3, already 3, ");
   EXPECT_FALSE(core::State().NewMessageFlag);
   // Ignored for good, a former key says nothing about the letter's text.
-  RepositoryDb().Execute("DELETE FROM Email");
+  Run("DELETE FROM Email");
   intake::AddIgnoredMessage("<1@example.org>_20040105100000");
   Load();
   EXPECT_EQ(Summary(), "found 3, ignored 3, ");
@@ -153,43 +145,33 @@ TEST_F(Import, LabelsNameTheIdentityAndHotmail) {
 
 TEST_F(Import, SentMailTeachesTheUsersAddresses) {
   std::string store = profile_.AddIdentity("Ann");
-  MessageStoreBuilder sent;
-  IndexedMessage letter = Letter("reply");
+  IndexedMessage letter = MailOf("reply");
   letter.text =
       "From: =?iso-8859-1?Q?Ann_O'N=E9il?= <ann@example.org>\r\nTo: bob@example.org\r\n"
       "Subject: reply\r\n"
       "Date: Mon, 5 Jan 2004 10:00:00 +0000\r\n\r\n----- Original Message -----\r\n"
       "From: Bob <bob@example.org>\r\nSubject: question\r\n\r\nWell?\r\n";
-  sent.AddMessage(letter);
-  sent.Finish();
-  auto folders = StandardFolders(StoreOf({"in"}), sent.Bytes());
-  MessageStoreBuilder friends;
-  IndexedMessage mine = Letter("mine");
+  auto folders = StandardFolders(StoreOf({"in"}), StoreWith({letter}));
+  IndexedMessage mine = MailOf("mine");
   mine.text = "From: ann@example.org\r\nTo: carl@example.org\r\nSubject: mine\r\n\r\nx\r\n";
-  friends.AddMessage(mine);
-  friends.Finish();
-  folders.push_back({{4, 1, "Friends", "friends.dbx"}, friends.Bytes()});
-  MessageStoreBuilder below;  // Sent Items
+  folders.push_back({{4, 1, "Friends", "friends.dbx"}, StoreWith({mine})});
   mine.text = "From: ann@old.example.org\r\nTo: carl@example.org\r\nSubject: old\r\n\r\nx\r\n";
   mine.messageId = "<old@example.org>";
-  below.AddMessage(mine);
-  below.Finish();
-  folders.push_back({{5, 3, "2003", "2003.dbx"}, below.Bytes()});
+  folders.push_back({{5, 3, "2003", "2003.dbx"}, StoreWith({mine})});  // below Sent Items
   ProfileBuilder::WriteStore(store, folders);
   Load();
   EXPECT_EQ(CountRows("MeAddress"), 2);
-  EXPECT_EQ(Query("SELECT Address FROM MeAddress").AsText(), "ann@example.org");
-  EXPECT_EQ(Query("SELECT FromName FROM MeAddress").AsText(), "Ann O'Néil");
-  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='reply'").AsText(), "Out");
-  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='mine'").AsText(), "Out");
-  EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject='in'").AsText(), "In");
+  EXPECT_THAT(Rows("SELECT Address, FromName FROM MeAddress"),
+              StartsWith("ann@example.org|Ann O'Néil\n"));
+  EXPECT_EQ(Rows("SELECT Subject, Direction FROM Email WHERE Subject <> 'old' ORDER BY Subject"),
+            "in|In\nmine|Out\nreply|Out");
   EXPECT_EQ(Summary(), "found 4, stored 4, ");
 }
 
 TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   std::string store = profile_.AddIdentity("Ann");
   MessageStoreBuilder deep;
-  auto info = [&](const char* subject) { return deep.AddMessage(Letter(subject)).info; };
+  auto info = [&](const char* subject) { return deep.AddMessage(MailOf(subject)).info; };
   uint32_t third = deep.Image().AddNode({{info("third 1"), 0}, {info("third 2"), 0}});
   uint32_t left = deep.Image().AddNode({{info("left"), third}});
   uint32_t right = deep.Image().AddNode({{info("right"), 0}});
@@ -197,23 +179,23 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   deep.SetItemCount(5);
 
   MessageStoreBuilder deepLeft;  // a third level by a left child alone
-  uint32_t low = deepLeft.Image().AddNode({{deepLeft.AddMessage(Letter("low")).info, 0}});
+  uint32_t low = deepLeft.Image().AddNode({{deepLeft.AddMessage(MailOf("low")).info, 0}});
   uint32_t middle = deepLeft.Image().AddNode({}, low);
   deepLeft.SetRoot(deepLeft.Image().AddNode({}, middle));
   deepLeft.SetItemCount(1);
 
   MessageStoreBuilder lopsided;
-  uint32_t child = lopsided.Image().AddNode({{lopsided.AddMessage(Letter("child")).info, 0}});
-  lopsided.SetRoot(lopsided.Image().AddNode({{lopsided.AddMessage(Letter("top", 1)).info, child}}));
+  uint32_t child = lopsided.Image().AddNode({{lopsided.AddMessage(MailOf("child")).info, 0}});
+  lopsided.SetRoot(lopsided.Image().AddNode({{lopsided.AddMessage(MailOf("top", 1)).info, child}}));
   lopsided.SetItemCount(2);
 
   MessageStoreBuilder treeless;
-  treeless.AddMessage(Letter("no tree"));
+  treeless.AddMessage(MailOf("no tree"));
   treeless.SetItemCount(1);
 
   MessageStoreBuilder odd;  // three announced, one dated, one dated too late, one more than said
-  odd.AddMessage(Letter("dated"));
-  IndexedMessage late = Letter("late");
+  odd.AddMessage(MailOf("dated"));
+  IndexedMessage late = MailOf("late");
   late.date = DateTime::FromDate(2011, 5, 1);
   odd.AddMessage(late);
   odd.Finish();
@@ -238,22 +220,23 @@ TEST_F(Import, WhatIsNotReachedIsCountedWithItsReason) {
   EXPECT_EQ(counts.stored, 3 + 1 + 1);
   EXPECT_EQ(counts.unreadable, 1);
   EXPECT_EQ(counts.notReached, counts.found - counts.stored - counts.unreadable);
-  EXPECT_THAT(Reasons(), AllOf(HasSubstr("Not reached = 2\r\n" + store +
-                                         "Inbox.dbx\r\nmessages below the second level"),
-                               HasSubstr("Not reached = 1\r\n" + store +
-                                         "Sent Items.dbx\r\nmessages behind the root's entries"),
-                               HasSubstr("left.dbx\r\nmessages below the second level"),
-                               HasSubstr("t.dbx\r\nthe file has no message tree"),
-                               HasSubstr("unlisted.dbx\r\nno folder of the folder list"),
-                               HasSubstr("z.dbx\r\nits folder list has no identity of its own"),
-                               HasSubstr("its date is missing, before 1990 or after 2009")));
+  for (const std::string& reason :
+       {"Not reached = 2\r\n" + store + "Inbox.dbx\r\nmessages below the second level",
+        "Not reached = 1\r\n" + store + "Sent Items.dbx\r\nmessages behind the root's entries",
+        std::string("left.dbx\r\nmessages below the second level"),
+        std::string("t.dbx\r\nthe file has no message tree"),
+        std::string("unlisted.dbx\r\nno folder of the folder list"),
+        std::string("z.dbx\r\nits folder list has no identity of its own"),
+        std::string("its date is missing, before 1990 or after 2009")}) {
+    EXPECT_THAT(Reasons(), HasSubstr(reason));
+  }
 }
 
 TEST_F(Import, EndsOfMessagesAreCountedApart) {
   std::string store = profile_.AddIdentity("Ann");
   MessageStoreBuilder inbox;
   auto add = [&](const std::string& subject, const std::string& sender, int minute) {
-    IndexedMessage letter = Letter(subject, minute);
+    IndexedMessage letter = MailOf(subject, minute);
     letter.text =
         "From: " + sender + "\r\nTo: ann@example.org\r\nSubject: " + subject + "\r\n\r\nHello.\r\n";
     letter.messageId = "<" + subject + "@example.org>";
@@ -262,7 +245,7 @@ TEST_F(Import, EndsOfMessagesAreCountedApart) {
   add("taken", "good@example.org", 1);
   add("refused", "bad@example.org", 2);
   add("ignored", "dull@example.org", 3);
-  IndexedMessage empty = Letter("no mail", 4);
+  IndexedMessage empty = MailOf("no mail", 4);
   empty.text = "\r\nneither sender nor subject\r\n";
   inbox.AddMessage(empty);
   inbox.Finish();
@@ -294,7 +277,7 @@ TEST_F(Import, AStopLeavesTheRestNotReached) {
   ui_.onYield = nullptr;
   core::BeginLoadState();
   ui_.senders = {core::SenderAnswer::kCancel};
-  repository::RepositoryDb().Execute("DELETE * FROM MeContact");
+  Run("DELETE * FROM MeContact");
   Read(false);
   EXPECT_EQ(Summary(), "found 5, already 1, not reached 4, ");
 }
@@ -316,9 +299,9 @@ TEST_F(Import, RealStoresGiveTheirMessages) {
   UseProfile(data);
   Read(false);
   EXPECT_EQ(Summary(), "found 1, stored 1, ");
-  EXPECT_EQ(Query("SELECT AddressFrom FROM Email").AsText(), "noreply@freshmeat.net");
-  EXPECT_EQ(Query("SELECT EntryID FROM Email").AsText(),
-            "<20020617194207.DF10883011@mail.freshmeat.net>_2710_04a0dba67b44c101_20020617194207");
+  EXPECT_EQ(Rows("SELECT AddressFrom, EntryID FROM Email"),
+            "noreply@freshmeat.net|<20020617194207.DF10883011@mail.freshmeat.net>"
+            "_2710_04a0dba67b44c101_20020617194207");
 
   // The same files without their profile: one of 2021 is beyond the reader's years.
   core::BeginLoadState();

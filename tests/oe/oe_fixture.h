@@ -4,16 +4,9 @@
 // What the tests of this room share: the program started on an empty repository, and a profile.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "core/run_state.h"
 #include "intake/load_account.h"
 #include "oe/import.h"
 #include "oe/state.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "samples/dbx_builder.h"
 #include "samples/profile_builder.h"
 #include "support/program_fixture.h"
@@ -42,7 +35,7 @@ class OeFixture : public testing::ProgramFixture {
   }
 
   // A plain letter; its text and its index entries name the subject.
-  static samples::IndexedMessage Letter(const std::string& subject, int minute = 0) {
+  static samples::IndexedMessage MailOf(const std::string& subject, int minute = 0) {
     samples::IndexedMessage letter;
     letter.subject = subject;
     letter.date = DateTime::FromDate(2004, 1, 5).WithTime(10, minute, 0);
@@ -55,11 +48,17 @@ class OeFixture : public testing::ProgramFixture {
     return letter;
   }
 
+  static std::string StoreWith(std::initializer_list<samples::IndexedMessage> letters) {
+    samples::MessageStoreBuilder store;
+    for (const samples::IndexedMessage& letter : letters) store.AddMessage(letter);
+    store.Finish();
+    return store.Bytes();
+  }
   // A store file of such letters in one node.
   static std::string StoreOf(const std::vector<std::string>& subjects) {
     samples::MessageStoreBuilder store;
     int minute = 0;
-    for (const std::string& subject : subjects) store.AddMessage(Letter(subject, minute++));
+    for (const std::string& subject : subjects) store.AddMessage(MailOf(subject, minute++));
     store.Finish();
     return store.Bytes();
   }
@@ -79,6 +78,7 @@ class OeFixture : public testing::ProgramFixture {
 
   static void UseProfile(const std::string& folder) { repository::SetProfileFolder(folder); }
 
+  // The counts of the load that are not 0.
   static std::string Summary() {
     const core::LoadCounts& counts = core::State().Counts;
     auto part = [](const char* name, int64_t number) {

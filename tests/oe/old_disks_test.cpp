@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Old disks as people have them: whatever holds a store comes in whole.
-#include <gmock/gmock.h>
 
 #include <algorithm>
 
@@ -14,8 +13,6 @@ namespace tarnwick::oe {
 namespace {
 
 using samples::HiveBuilder;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 constexpr const char* kOfIdentity = "Application Data/Identities/{1}/Microsoft/Outlook Express/";
 
@@ -366,7 +363,7 @@ TEST_F(OldDisks, WhatIsMissingIsToldAndFoldersAreLabelledByTheirOwners) {
   EXPECT_THAT(intake::Account().Text(), HasSubstr("no mail store known for identity Empty"));
   EXPECT_THAT(intake::Account().Text(), HasSubstr("mail store not found of Far: F:\\Post\\"));
   EXPECT_THAT(intake::Account().Text(), HasSubstr("the folder list is damaged: "));
-  EXPECT_THAT(ui_.Shown("box"), ::testing::ElementsAre(HasSubstr("Far: F:\\Post\\\r\n")));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("Far: F:\\Post\\\r\n")));
   EXPECT_EQ(Query("SELECT Folder FROM Email WHERE Subject = 'a in'").AsText(), "Ann_Inbox");
 }
 

@@ -2,26 +2,17 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/options_window.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <cstdlib>
 
-#include "core/run_state.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
 
 namespace tarnwick::options {
 namespace {
-
-using ::testing::ElementsAre;
 
 class OptionsWindowTest : public testing::ProgramFixture {
  protected:
@@ -40,6 +31,10 @@ class OptionsWindowTest : public testing::ProgramFixture {
   static void Click(const QWidget& window, const char* name) {
     QTest::mouseClick(window.findChild<QAbstractButton*>(name), Qt::LeftButton);
   }
+  static void Show(QWidget& window) {
+    window.show();
+    QCoreApplication::processEvents();
+  }
   static double Stored(const char* option) {
     return repository::GetParameter(option, "1", repository::kAmountColumn).AsDouble();
   }
@@ -47,10 +42,18 @@ class OptionsWindowTest : public testing::ProgramFixture {
 
 TEST_F(OptionsWindowTest, AMailerCountsAtOnce) {
   core::State().UseOutlookExpress = true;
-  frmOptions window(nullptr);
+  frmOptions window(
+      nullptr,
+      {{"Outlook Express", "OutlookExpress"}, {"Outlook", "MSOutlook"}, {"mbox files", "Mbox"}});
   EXPECT_EQ(window.windowTitle(), "Options");
   auto* express = window.findChild<QCheckBox*>("OutlookExpress");
   auto* outlook = window.findChild<QCheckBox*>("MSOutlook");
+  auto* other = window.findChild<QCheckBox*>("Mbox");
+  ASSERT_TRUE(express != nullptr && outlook != nullptr && other != nullptr);
+  EXPECT_EQ(other->text(), "mbox files");
+  EXPECT_FALSE(other->isChecked());
+  other->click();
+  EXPECT_EQ(Stored("Mbox"), 1);
   EXPECT_TRUE(express->isChecked());
   EXPECT_FALSE(outlook->isChecked());
 
@@ -69,17 +72,6 @@ TEST_F(OptionsWindowTest, AMailerCountsAtOnce) {
   // Closing by the frame keeps what was clicked.
   window.close();
   EXPECT_FALSE(core::State().UseOutlookExpress);
-}
-
-TEST_F(OptionsWindowTest, EveryMailerHasABox) {
-  frmOptions window(nullptr, {{"Outlook Express", "OutlookExpress"}, {"mbox files", "Mbox"}});
-  EXPECT_EQ(window.findChildren<QCheckBox*>("OutlookExpress").size(), 1);
-  auto* box = window.findChild<QCheckBox*>("Mbox");
-  ASSERT_NE(box, nullptr);
-  EXPECT_EQ(box->text(), "mbox files");
-  EXPECT_FALSE(box->isChecked());
-  box->click();
-  EXPECT_EQ(Stored("Mbox"), 1);
 }
 
 TEST_F(OptionsWindowTest, SubjectsAreLoggedUntilThePersonSaysNo) {
@@ -126,8 +118,8 @@ TEST_F(OptionsWindowTest, AFullLoadIsAskedForOneWay) {
 
 TEST_F(OptionsWindowTest, AProfileWithMailIsTaken) {
   frmOptions window(Disk);
-  window.show();
-  QCoreApplication::processEvents();
+  testing::CheckControls(window);
+  Show(window);
   EXPECT_EQ(Text(window, "ProfileFolder"), "");
   EXPECT_TRUE(Text(window, "ProfileFound").startsWith("Choose the folder"));
 
@@ -138,8 +130,7 @@ TEST_F(OptionsWindowTest, AProfileWithMailIsTaken) {
             "Outlook Express: 2 identities (Ann's Mail, Work), 14 folders\n"
             "Outlook: 1 store (archive.pst)");
   Click(window, "ProfileBrowse");
-  ASSERT_EQ(ui_.Shown("box").size(), 1U);
-  EXPECT_THAT(ui_.Shown("box")[0], ::testing::HasSubstr("/empty/"));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("/empty/")));
   Click(window, "ProfileBrowse");
   EXPECT_EQ(repository::GetProfileFolder(), "/old/Ann/");
   EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
@@ -153,8 +144,7 @@ TEST_F(OptionsWindowTest, AStoredProfileIsLookedIntoOnceShown) {
     return ProfileSummary{};
   });
   EXPECT_TRUE(read.empty());
-  window.show();
-  QCoreApplication::processEvents();
+  Show(window);
   EXPECT_THAT(read, ElementsAre("/gone/"));
   EXPECT_EQ(Text(window, "ProfileFound"), "No mail was found there.");
 }
@@ -162,8 +152,7 @@ TEST_F(OptionsWindowTest, AStoredProfileIsLookedIntoOnceShown) {
 TEST_F(OptionsWindowTest, TheEnvironmentsProfileStands) {
   setenv("TARNWICK_PROFILE", "/old/Ann", 1);
   frmOptions window(Disk);
-  window.show();
-  QCoreApplication::processEvents();
+  Show(window);
   EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");
   EXPECT_FALSE(window.findChild<QPushButton*>("ProfileBrowse")->isEnabled());
 }
@@ -179,16 +168,10 @@ TEST_F(OptionsWindowTest, NothingClosesTheWindowWhileADiskIsRead) {
     return Disk(folder);
   });
   shown = &window;
-  window.show();
-  QCoreApplication::processEvents();
+  Show(window);
   EXPECT_TRUE(window.isVisible());
   Click(window, "cmdOK");
   EXPECT_FALSE(window.isVisible());
-}
-
-TEST_F(OptionsWindowTest, ControlsAreReachableAndNamed) {
-  frmOptions window(Disk);
-  testing::CheckControls(window);
 }
 
 }  // namespace

@@ -2,14 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/import.h"
 
-#include <gmock/gmock.h>
-
-#include "core/run_state.h"
-#include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
+#include "outlook_load.h"
 #include "samples/memory_outlook.h"
-#include "support/program_fixture.h"
 
 namespace tarnwick::outlook {
 namespace {
@@ -19,30 +15,17 @@ using samples::MemoryFolder;
 using samples::MemoryItem;
 using samples::MemoryOutlook;
 using samples::MemoryStore;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
-class OutlookImport : public testing::ProgramFixture {
+class OutlookImport : public OutlookLoad {
  protected:
   OutlookImport() {
-    core::BeginLoadState();
-    core::State().RunWideAnswer = core::SenderAnswer::kAcceptAll;
     store_.root.folders = {&inbox_, &sent_};
     outlook_.stores = {&store_};
   }
-  ~OutlookImport() override { core::EndLoadState(); }
 
   // found, stored, already stored, refused, ignored, unreadable, not reached
   std::vector<int64_t> Load(bool everyStore = true) {
-    core::State().Counts = {};
-    intake::LoadAccount& account = intake::Account();
-    account.Open();
-    EXPECT_TRUE(olAnnounceFrom(outlook_, everyStore));
-    EXPECT_TRUE(olImportOutlook());
-    account.Close();
-    const core::LoadCounts& c = core::State().Counts;
-    EXPECT_EQ(c.found,
-              c.stored + c.alreadyStored + c.refused + c.ignored + c.unreadable + c.notReached);
+    const core::LoadCounts& c = LoadFrom(outlook_, everyStore);
     return {c.found, c.stored, c.alreadyStored, c.refused, c.ignored, c.unreadable, c.notReached};
   }
   std::string TextOf(const std::string& subject, const std::string& column) {
@@ -66,8 +49,7 @@ TEST_F(OutlookImport, StoresEachMailOnceAndReadsNothingOfOneThatIsStored) {
   EXPECT_EQ(timesRead, 0);
   EXPECT_FALSE(core::State().NewMessageFlag);
   EXPECT_EQ(CountRows("Email"), 2);
-  EXPECT_EQ(TextOf("first", "EntryID"), "01");
-  EXPECT_EQ(TextOf("first", "Application"), "Outlook");
+  EXPECT_EQ(Rows("SELECT EntryID, Application FROM Email"), "01|Outlook\n02|Outlook");
 }
 
 TEST_F(OutlookImport, WalksEveryFolderAndKeepsItsPath) {
@@ -79,8 +61,8 @@ TEST_F(OutlookImport, WalksEveryFolderAndKeepsItsPath) {
   deep.items = {MailNamed("02", "deep")};
   store_.root.items = {MailNamed("03", "top")};
   EXPECT_THAT(Load(), ElementsAre(3, 3, 0, 0, 0, 0, 0));
-  EXPECT_EQ(TextOf("draft", "Folder"), "Drafts");
-  EXPECT_EQ(TextOf("draft", "Parent"), "\\\\Personal Folders\\Inbox");
+  EXPECT_THAT(Rows("SELECT Folder, Parent FROM Email WHERE Subject = 'draft'"),
+              "Drafts|\\\\Personal Folders\\Inbox");
   EXPECT_EQ(TextOf("deep", "Folder"), "O'Brien 100%");
   EXPECT_THAT(Log(), HasSubstr("met again"));
   EXPECT_THAT(Log(), HasSubstr("Outlook folder skipped"));
@@ -179,19 +161,15 @@ TEST_F(OutlookImport, AppliesTheSenderRules) {
   EXPECT_EQ(ui_.asked[1].body, inbox_.items[2].properties.Text(Prop::kBody));
 }
 
-TEST_F(OutlookImport, SaysWhenThereIsNoMail) {
+TEST_F(OutlookImport, SaysWhenThereIsNoMailAndAdvisesOnTheSecurityPrompt) {
   EXPECT_THAT(Load(), ElementsAre(0, 0, 0, 0, 0, 0, 0));
-  EXPECT_THAT(ui_.Shown("box"), ElementsAre("Microsoft Outlook doesn't content an email."));
-}
-
-TEST_F(OutlookImport, AdvisesOnTheSecurityPromptWhereOutlookWillAsk) {
   inbox_.items = {MailNamed("01", "one")};
   Load();
-  EXPECT_TRUE(ui_.Shown("box").empty());
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("Microsoft Outlook doesn't content an email."));
+  ui_.shown.clear();
   outlook_.asksForAccess = true;
   Load();
-  ASSERT_EQ(ui_.Shown("box").size(), 1u);
-  EXPECT_THAT(ui_.Shown("box")[0], HasSubstr("You should take the following actions"));
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("You should take the following actions")));
 }
 
 TEST_F(OutlookImport, GivesUpAMailThatOutgrowsTheStoresBudget) {
@@ -212,11 +190,12 @@ TEST_F(OutlookImport, ListsMoreRecipientsThanTheRecordHolds) {
   }
   inbox_.items = {std::move(mail)};
   EXPECT_THAT(Load(), ElementsAre(1, 1, 0, 0, 0, 0, 0));
-  EXPECT_EQ(CountRows("ToRecipient"), 100);
-  EXPECT_EQ(CountRows("ccRecipient"), 100);
-  EXPECT_EQ(CountRows("Attachment"), 20);
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("CC account is great than 100"));
-  EXPECT_THAT(ui_.Shown("box"), ::testing::Contains("Attachment is great than 20"));
+  for (const auto& [table, count] :
+       {std::pair{"ToRecipient", 100}, {"ccRecipient", 100}, {"Attachment", 20}}) {
+    EXPECT_EQ(CountRows(table), count);
+  }
+  EXPECT_THAT(ui_.Shown("box"), AllOf(Contains("CC account is great than 100"),
+                                      Contains("Attachment is great than 20")));
 }
 
 }  // namespace

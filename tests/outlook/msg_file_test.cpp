@@ -2,19 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/msg_file.h"
 
-#include <gmock/gmock.h>
-
-#include "core/run_state.h"
 #include "outlook/compound_file.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/mailbox_builder.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::outlook {
 namespace {
-
-using ::testing::HasSubstr;
 
 using MsgFile = testing::ProgramFixture;
 

@@ -2,18 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/pst_client.h"
 
-#include <gmock/gmock.h>
-
 #include <csignal>
 #include <filesystem>
 
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {
@@ -33,11 +29,13 @@ class PstClientTest : public ::testing::Test {
 };
 
 TEST_F(PstClientTest, OutlivesReadersThatMisbehave) {
-  struct Row {
-    const char* name;
-    const char* script;
-  };
-  const std::pair<const char*, const char*> kRows[] = {
+  // Each frame is one that may be; all of them are more than the store can hold.
+  const std::string property("P\xFF\xFF\0\0\0\0\0\0\xF7\xFF\0\0", 13);
+  std::string overlong;
+  for (int i = 0; i < 40; ++i) overlong += property + std::string(0xFFF7, 'x');
+  platform::WriteFile(folder_.File("answer"), overlong + std::string("Z\0\0\0\0", 5));
+  const std::pair<const char*, std::string> kRows[] = {
+      {"sends more than any store holds", "cat '" + folder_.File("answer") + "' >&0; sleep 60"},
       {"ends at once", "exit 1"},
       {"hangs", "sleep 60"},
       {"sends an overlong frame", "printf 'P\\377\\377\\377\\177' >&0; sleep 60"},
@@ -76,9 +74,8 @@ TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
   uint32_t inbox = store.AddFolder(samples::PstBuilder::kTop, "Inbox");
   std::vector<PstClient::Numbers> items;
   for (uint32_t i = 0; i < 6; ++i) {
-    samples::PstMessage mail;
-    mail.properties.texts = {{0x001A, "IPM.Note"},
-                             {0x1000, std::string(i == 1 ? 400'000 : 10, 'a')}};
+    samples::PstMessage mail = samples::PstMail("a mail");
+    mail.properties.texts[0x1000] = std::string(i == 1 ? 400'000 : 10, 'a');
     mail.attachments.resize(1);
     mail.attachments[0].data = std::string(i + 1, 'f');
     items.push_back({inbox, i, store.AddMessage(inbox, mail)});

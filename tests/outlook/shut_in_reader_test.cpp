@@ -5,7 +5,6 @@
 // reader perform system calls of its choice, as code injected into it would.
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/mman.h>
@@ -24,9 +23,8 @@
 
 #include "outlook/pst_client.h"
 #include "outlook/pst_protocol.h"
-#include "platform/files.h"
 #include "samples/pst_builder.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {

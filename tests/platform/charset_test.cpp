@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/charset.h"
-
-#include <gtest/gtest.h>
-
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {
@@ -35,13 +32,8 @@ TEST(Charset, BytesBecomeText) {
       {"old Japanese name", "x-sjis", "\x93\xFA\x96\x7B", "日本"},
       {"shift_jis is code page 932", "shift_jis", "\x87\x40", "①"},
       {"iso-2022-jp", "ISO-2022-JP", "\x1B$BF|K\\\x1B(B!", "日本!"},
-      {"a set announced before one is chosen", "iso-2022-kr",
-       "\x1B$)C\x0E"
-       "GQ\x0F!",
-       "한!"},
-      {"two sets announced, one behind the other", "iso-2022-cn",
-       "\x1B$)A\x1B$*H\x0E"
-       "VP\x0F!",
+      {"a set announced before one is chosen", "iso-2022-kr", "\x1B$)C\x0EGQ\x0F!", "한!"},
+      {"two sets announced, one behind the other", "iso-2022-cn", "\x1B$)A\x1B$*H\x0EVP\x0F!",
        "中!"},
       {"iso-2022-jp with an empty run", "iso-2022-jp", "\x1B$BF|\x1B(B\x1B$BK\\\x1B(J\x1B(B!",
        "日本!"},

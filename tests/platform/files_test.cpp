@@ -2,13 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/files.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "platform/charset.h"
-#include "platform/error.h"
 #include "platform/staged_file.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {
@@ -25,10 +23,7 @@ int NumberOf(const std::function<void()>& action) {
 }
 
 TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
-  const struct {
-    const char* what;
-    std::string name, safe;
-  } kRows[] = {
+  const Case kRows[] = {
       {"ordinary", "report 2004.doc", "report 2004.doc"},
       {"path up", "../../etc/passwd", "_.._etc_passwd"},
       {"windows path", "C:\\Windows\\system.ini", "C__Windows_system.ini"},
@@ -42,13 +37,12 @@ TEST(SafeFileName, NeverLeavesItsFolderNorMisleads) {
       {"NUL inside", std::string("a\0b.exe", 7), "a_b.exe"},
       {"reversed text", "photo\u202Egpj.exe", "photo_gpj.exe"},
       {"a hidden mark of direction", "a\u061Cb", "a_b"},
-      {"cyrillic", "\u041F\u0440\u0438\u0432\u0435\u0442.txt",
-       "\u041F\u0440\u0438\u0432\u0435\u0442.txt"},
+      {"cyrillic", "Привет.txt", "Привет.txt"},
       {"an option to commands", "-rf", "_-rf"},
       {"an option behind dots", ". --help.txt", "_--help.txt"},
       {"broken UTF-8", "a\xFFz\xC3.txt", "a_z_.txt"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(SafeFileName(row.name), row.safe) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(SafeFileName(row.given), row.expected) << row.what;
 }
 
 TEST(SafeFileName, LongNamesKeepTheirExtensionAndFitAFileSystem) {
@@ -63,13 +57,18 @@ TEST(SafeFileName, LongNamesKeepTheirExtensionAndFitAFileSystem) {
 
 TEST(Files, FailuresCarryTheirNumbers) {
   TempFolder folder;
-  EXPECT_EQ(NumberOf([&] { InputFile file(folder.File("missing")); }), ErrorNumber::kFileNotFound);
-  EXPECT_EQ(NumberOf([&] { InputFile file(folder.Path()); }), ErrorNumber::kPathAccess);
-  EXPECT_EQ(NumberOf([&] { OutputFile file(folder.File("no/such/folder")); }),
-            ErrorNumber::kFileNotFound);
-  EXPECT_EQ(NumberOf([&] { RemoveFile(folder.File("missing")); }), 0);
   WriteFile(folder.File("big"), std::string(100, 'x'));
-  EXPECT_EQ(NumberOf([&] { ReadFile(folder.File("big"), 99); }), ErrorNumber::kPathAccess);
+  const std::pair<std::function<void()>, int> kActions[] = {
+      {[&] { InputFile file(folder.File("missing")); }, ErrorNumber::kFileNotFound},
+      {[&] { InputFile file(folder.Path()); }, ErrorNumber::kPathAccess},
+      {[&] { OutputFile file(folder.File("no/such/folder")); }, ErrorNumber::kFileNotFound},
+      {[&] { RemoveFile(folder.File("missing")); }, 0},
+      {[&] { ReadFile(folder.File("big"), 99); }, ErrorNumber::kPathAccess},
+      {[&] { RequireSpace(folder.File("to/be/made/"), 1); }, 0},  // of the nearest folder there
+      {[&] { RequireSpace(folder.File("to/be/made"), UINT64_MAX / 2); }, ErrorNumber::kDiskFull}};
+  for (size_t i = 0; i < std::size(kActions); ++i) {
+    EXPECT_EQ(NumberOf(kActions[i].first), kActions[i].second) << i;
+  }
   SetFileFault([](FileOperation operation, const std::string& path) {
     if (operation == FileOperation::kWrite)
       throw Error(ErrorNumber::kDiskFull, "Disk full: " + path);
@@ -98,7 +97,7 @@ TEST(StagedFile, IsThereWholeOrNotAtAll) {
     EXPECT_EQ(NumberOf(replace), ErrorNumber::kDiskFull);
     SetFileFault(nullptr);
     EXPECT_EQ(ReadFile(place), "old");
-    EXPECT_EQ(ListFiles(folder.Path()), std::vector<std::string>{"letter"});
+    EXPECT_THAT(ListFiles(folder.Path()), ElementsAre("letter"));
   }
   replace();
   EXPECT_EQ(ReadFile(place), "new");
@@ -109,14 +108,7 @@ TEST(StagedFile, IsThereWholeOrNotAtAll) {
     EXPECT_TRUE(file.TakeName(folder.File("free")));
   }
   EXPECT_EQ(ReadFile(place), "new");
-  EXPECT_EQ(ListFiles(folder.Path()), (std::vector<std::string>{"free", "letter"}));
-}
-
-TEST(Files, RoomIsThatOfTheNearestFolderThere) {
-  TempFolder folder;
-  EXPECT_NO_THROW(RequireSpace(folder.File("to/be/made/"), 1));
-  EXPECT_EQ(NumberOf([&] { RequireSpace(folder.File("to/be/made"), UINT64_MAX / 2); }),
-            ErrorNumber::kDiskFull);
+  EXPECT_THAT(ListFiles(folder.Path()), ElementsAre("free", "letter"));
 }
 
 TEST(Files, WhatIsMadeIsTheOwnersOnly) {
@@ -159,19 +151,15 @@ TEST(Files, ACopyOfManyPiecesIsWholeOrEndsWhereItIsTold) {
 
 TEST(Files, NamesAreFoundAndListedWithoutRegardToCase) {
   TempFolder folder;
-  MakeFolder(folder.File("Local Settings/Mail"));
-  WriteFile(folder.File("Local Settings/Mail/INBOX.DBX"), "");
-  WriteFile(folder.File("Local Settings/Mail/drafts.dbx"), "");
-  WriteFile(folder.File("Local Settings/Mail/notes.txt"), "");
-  EXPECT_EQ(FindIgnoringCase(folder.Path(), "local settings/MAIL/inbox.dbx"),
-            folder.File("Local Settings/Mail/INBOX.DBX"));
+  std::string mail = folder.File("Local Settings/Mail/");
+  MakeFolder(mail);
+  for (const char* name : {"INBOX.DBX", "drafts.dbx", "notes.txt"}) WriteFile(mail + name, "");
+  EXPECT_EQ(FindIgnoringCase(folder.Path(), "local settings/MAIL/inbox.dbx"), mail + "INBOX.DBX");
   EXPECT_FALSE(FindIgnoringCase(folder.Path(), "Local Settings/../Local Settings"));
   EXPECT_FALSE(FindIgnoringCase(folder.Path(), "elsewhere"));
-  EXPECT_EQ(ListFiles(folder.File("Local Settings/Mail/"), ".dbx"),
-            (std::vector<std::string>{"drafts.dbx", "INBOX.DBX"}));
+  EXPECT_THAT(ListFiles(mail, ".dbx"), ElementsAre("drafts.dbx", "INBOX.DBX"));
   EXPECT_TRUE(ListFiles(folder.File("none/")).empty());
-  EXPECT_EQ(UniquePath(folder.File("Local Settings/Mail/"), "notes.txt"),
-            folder.File("Local Settings/Mail/notes (2).txt"));
+  EXPECT_EQ(UniquePath(mail, "notes.txt"), mail + "notes (2).txt");
 }
 
 TEST(LineReader, TakesEveryKindOfLineEndAndKeepsEveryByte) {
@@ -180,10 +168,10 @@ TEST(LineReader, TakesEveryKindOfLineEndAndKeepsEveryByte) {
   WriteFile(folder.File("lines"), std::string("first\r\nsecond\n\r\n\nlone\rCR\n") +
                                       std::string("n\0l\n", 4) + longLine + "\r\nlast");
   LineReader reader(folder.File("lines"));
-  std::vector<std::string> lines;
+  Texts lines;
   for (std::string line; reader.Next(line);) lines.push_back(line);
-  EXPECT_EQ(lines, (std::vector<std::string>{"first", "second", "", "", "lone\rCR",
-                                             std::string("n\0l", 3), longLine, "last"}));
+  EXPECT_THAT(lines, ElementsAre("first", "second", "", "", "lone\rCR", std::string("n\0l", 3),
+                                 longLine, "last"));
   EXPECT_TRUE(reader.AtEnd());
   WriteFile(folder.File("empty"), "");
   LineReader empty(folder.File("empty"));

@@ -2,29 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/registry.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <filesystem>
 
-#include "platform/clock.h"
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/dbx_builder.h"
 #include "samples/hive_builder.h"
 #include "samples/profile_builder.h"
 #include "support/real_data.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::platform {
 namespace {
 
 using samples::DbxImage;
 using samples::HiveBuilder;
-using ::testing::ElementsAre;
 using testing::TempFolder;
-using ::testing::UnorderedElementsAre;
 
 constexpr const char* kStore = "Local Settings/Application Data/Identities/{A}/Microsoft/";
 
@@ -60,14 +51,12 @@ TEST(Hive, FindsKeysAndValuesWithoutRegardToCase) {
   EXPECT_FALSE(registry->SubKeys("Identities\\{C}"));
   EXPECT_EQ(TextOf(*registry, "identities\\{b}", "UserName"), "Zoë");
   EXPECT_EQ(TextOf(*registry, "Identities\\Анна", "Имя"), "Анна");
-  auto root = registry->Value("Identities\\{A}\\Software", "store root");
-  ASSERT_TRUE(root);
-  EXPECT_EQ(root->type, RegistryValue::Type::kExpandableText);
-  auto number = registry->Value("Identities", "Identity Ordinal");
-  ASSERT_TRUE(number);
-  EXPECT_EQ(number->type, RegistryValue::Type::kNumber);
-  EXPECT_EQ(number->number, 0xFFFFFFFE);
   EXPECT_EQ(TextOf(*registry, "Identities", "Password"), std::string("\x01\x00\x02", 3));
+  EXPECT_EQ(registry->Value("Identities\\{A}\\Software", "store root").value().type,
+            RegistryValue::Type::kExpandableText);
+  RegistryValue number = registry->Value("Identities", "Identity Ordinal").value();
+  EXPECT_EQ(number.type, RegistryValue::Type::kNumber);
+  EXPECT_EQ(number.number, 0xFFFFFFFE);
 
   bool keyExists = false;
   EXPECT_FALSE(registry->Value("Identities\\{B}", "Store Root", &keyExists));
@@ -86,18 +75,11 @@ TEST(Hive, MapsWindowsPathsBelowTheProfile) {
   WriteFile(profile + "NTUSER.DAT", hive.Build());
   auto registry = OpenProfile(profile);
   std::string mail = profile + "Local Settings/Application Data/Mail/";
-  struct Row {
-    const char* what;
-    const char* windowsPath;
-    std::string expected;
-  };
-  const Row rows[] = {
+  const Case kRows[] = {
       {"the profile's variable", "%UserProfile%\\Local Settings\\Application Data\\Mail\\", mail},
       {"case is ignored", "%USERPROFILE%\\LOCAL SETTINGS\\application data\\MAIL\\", mail},
       {"another owner's name",
-       "C:\\Documents and Settings\\Old Ann\\Local Settings\\"
-       "Application Data\\Mail\\",
-       mail},
+       "C:\\Documents and Settings\\Old Ann\\Local Settings\\Application Data\\Mail\\", mail},
       {"a variable of the registry", "%mailroot%\\Application Data\\Mail\\", mail},
       {"%LocalAppData%", "%LocalAppData%\\Mail\\", mail},
       {"no separator at the end", "%LocalAppData%\\Mail", mail.substr(0, mail.size() - 1)},
@@ -105,8 +87,7 @@ TEST(Hive, MapsWindowsPathsBelowTheProfile) {
       {"nowhere", "D:\\Elsewhere\\Mail\\", "D:/Elsewhere/Mail/"},
       {"an unknown variable stays", "%Nobody%\\Mail\\", "%Nobody%/Mail/"},
   };
-  for (const Row& row : rows)
-    EXPECT_EQ(registry->MapPath(row.windowsPath), row.expected) << row.what;
+  for (const Case& row : kRows) EXPECT_EQ(registry->MapPath(row.given), row.expected) << row.what;
 }
 
 TEST(Hive, OnAWholeDiskMapsPathsOutsideTheProfile) {
@@ -225,17 +206,18 @@ TEST(Wine, ReadsTheTextsOfUserReg) {
   EXPECT_THAT(*keys, ElementsAre("{A}"));
   EXPECT_EQ(registry->Value("Identities", "identity ordinal")->number, 0x1FU);
   EXPECT_EQ(TextOf(*registry, "Identities", ""), "the default");
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "USERNAME"), "Zoë \"Z\" \\ Ан😀.");
   EXPECT_EQ(registry->Value("Identities\\{A}", "Expand")->type,
             RegistryValue::Type::kExpandableText);
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Expand"), "%UserProfile%\\Mail\\");
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Hex"), "C:\\M");
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Binary"), std::string("\x01\x00\xFF", 3));
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Octal"),
-            "a\x01"
-            "1b\u00E9c\n");
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Zero"), "kept");
-  EXPECT_EQ(TextOf(*registry, "Identities\\{A}", "Broken"), "(none)");
+  const std::pair<const char*, std::string> kTexts[] = {{"USERNAME", "Zoë \"Z\" \\ Ан😀."},
+                                                        {"Expand", "%UserProfile%\\Mail\\"},
+                                                        {"Hex", "C:\\M"},
+                                                        {"Binary", std::string("\x01\x00\xFF", 3)},
+                                                        {"Octal", "a\x01\x31\x62\u00E9c\n"},
+                                                        {"Zero", "kept"},
+                                                        {"Broken", "(none)"}};
+  for (const auto& [name, text] : kTexts) {
+    EXPECT_EQ(TextOf(*registry, "Identities\\{A}", name), text) << name;
+  }
 }
 
 TEST(Wine, MapsDrivesOfThePrefix) {
@@ -275,11 +257,10 @@ TEST(DbxFolder, WithoutAListIsOneIdentityForEachFolderOfFiles) {
   EXPECT_THAT(*OpenProfile(one)->SubKeys("Identities"), ElementsAre("one"));
 
   std::string two = MakeIn(home, "two/Ann/");
-  MakeIn(home, "two/Bob/1/");
-  MakeIn(home, "two/Bob/2/");
-  WriteFile(two + "Inbox.dbx", EmptyStore(DbxImage::Kind::kMessages));
-  WriteFile(home.File("two/Bob/1/a.DBX"), EmptyStore(DbxImage::Kind::kMessages));
-  WriteFile(home.File("two/Bob/2/b.dbx"), EmptyStore(DbxImage::Kind::kMessages));
+  for (const std::string& file : {two + "Inbox.dbx", MakeIn(home, "two/Bob/1/") + "a.DBX",
+                                  MakeIn(home, "two/Bob/2/") + "b.dbx"}) {
+    WriteFile(file, EmptyStore(DbxImage::Kind::kMessages));
+  }
   EXPECT_THAT(*OpenProfile(home.File("two"))->SubKeys("Identities"),
               ElementsAre("Ann", "Bob", "Bob 2"));
 

@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/shell.h"
+#include "support/testing.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <cstdlib>
-
-#include "platform/error.h"
-#include "platform/files.h"
-#include "support/temp_folder.h"
 
 namespace tarnwick::platform {
 namespace {
@@ -58,12 +52,7 @@ TEST_F(ShellTest, RefusalsAreTold) {
   EXPECT_EQ(OpenWithShell(path), ShellResult::kNoHandler) << "no program for the file";
   Desktop("kill -9 $$");
   EXPECT_EQ(OpenWithShell(path), ShellResult::kNoHandler) << "killed";
-  try {
-    OpenWithShell(folder_.File("missing.eml"));
-    FAIL() << "a missing file was opened";
-  } catch (const Error& error) {
-    EXPECT_EQ(error.Number(), ErrorNumber::kFileNotFound);
-  }
+  EXPECT_THROW(OpenWithShell(folder_.File("missing.eml")), Error);
 }
 
 TEST_F(ShellTest, WindowsLiveWhileTheDesktopThinks) {

@@ -2,15 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/repository.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
-
-#include "core/run_state.h"
 #include "core/startup.h"
-#include "platform/files.h"
-#include "platform/locale.h"
-#include "repository/parameter_store.h"
 #include "repository/schema.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -30,7 +22,7 @@ std::string Garbage() {
 }
 
 TEST_F(RepositoryTest, OpeningEmptiesTheScratchFolderAndTheObjectList) {
-  RepositoryDb().Execute("INSERT INTO ObjectList VALUES (5)");
+  Run("INSERT INTO ObjectList VALUES (5)");
   platform::WriteFile(State().EmailFileFolder + "left over.msg", "x");
   ASSERT_TRUE(OpenRepository(false));
   EXPECT_EQ(CountRows("ObjectList"), 0);
@@ -66,9 +58,9 @@ TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
     if (name == "EmailOne" || name == "ObjectList") continue;
     // The second column of every table is a text or a number; so is the only one of UserList.
     std::string column(table.columns[table.columns.size() > 1 ? 1 : 0].name);
-    RepositoryDb().Execute("INSERT INTO " + name + " (" + column + ") VALUES ('1')");
+    Run("INSERT INTO " + name + " (" + column + ") VALUES ('1')");
   }
-  RepositoryDb().Execute("INSERT INTO ObjectList VALUES (5)");
+  Run("INSERT INTO ObjectList VALUES (5)");
   SetOption("MSOutlook", true);
   EXPECT_FALSE(HasNoEmail());
   ClearRepository();
@@ -83,7 +75,7 @@ TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
 
 TEST_F(RepositoryTest, AFormerRepositoryGrowsAndALaterOneIsLeftAlone) {
   testing::StoreVariedMessages(3);
-  RepositoryDb().Execute("UPDATE Email SET Notes = Null, Charset = Null");
+  Run("UPDATE Email SET Notes = Null, Charset = Null");
   const std::vector<std::string> kLater = {"Notes", "Charset"};
   auto before = testing::DumpTable(RepositoryDb(), "Email", kLater);
   std::string former = folder_.File("former.twr");
@@ -112,18 +104,14 @@ TEST_F(RepositoryTest, AFileThatIsNoRepositoryIsRefusedWithTheAdviceInOneBox) {
   std::string file = State().AppFolder + kRepositoryFile;
   platform::WriteFile(file, Garbage());
   EXPECT_FALSE(OpenRepository(false));
-  ASSERT_EQ(ui_.Shown("error").size(), 1U);
-  std::string text = ui_.Shown("error")[0];
-  EXPECT_EQ(text.find("Error: You should take the following actions against message\r\n\"A"), 0U);
-  EXPECT_NE(text.find("    3. Click YES\r\n26 "), std::string::npos) << text;
+  EXPECT_THAT(ui_.Shown("error"),
+              ElementsAre(AllOf(
+                  StartsWith("Error: You should take the following actions against message\r\n\"A"),
+                  HasSubstr("    3. Click YES\r\n26 "))));
   EXPECT_EQ(platform::ReadFile(file), Garbage());
-}
-
-TEST_F(RepositoryTest, AMissingRepositoryIsNeverMadeByOpening) {
-  DisconnectRepository();
-  platform::RemoveFile(State().AppFolder + kRepositoryFile);
+  platform::RemoveFile(file);
   EXPECT_FALSE(OpenRepository(false));
-  EXPECT_FALSE(platform::FileExists(State().AppFolder + kRepositoryFile));
+  EXPECT_FALSE(platform::FileExists(file)) << "a missing one is never made by opening";
 }
 
 TEST_F(RepositoryTest, CreatingAndOpeningRefuseWhatTheyMust) {
@@ -137,13 +125,11 @@ TEST_F(RepositoryTest, CreatingAndOpeningRefuseWhatTheyMust) {
   EXPECT_FALSE(CreateRepositoryIn(other));
   EXPECT_EQ(platform::ReadFile(other + "/Tarnwick.twr"), "somebody's");
   std::string chosen = "You have selected an application folder. You select other folder.";
-  EXPECT_EQ(ui_.Shown("box"),
-            (std::vector<std::string>{
-                chosen, chosen,
-                "Selected folder does not contain repository file " + other + "/Tarnwick.twr",
-                "Selected folder contain repository file " + other + "/Tarnwick.twr"}));
+  std::string file = "contain repository file " + other + "/Tarnwick.twr";
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre(chosen, chosen, "Selected folder does not " + file,
+                                            "Selected folder " + file));
   // And one that turns out to be no repository leaves the former one open.
-  RepositoryDb().Execute("INSERT INTO Email (Subject) VALUES ('kept')");
+  Run("INSERT INTO Email (Subject) VALUES ('kept')");
   EXPECT_FALSE(OpenRepositoryIn(other));
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "kept");
   EXPECT_EQ(GetRepositoryFolder(), State().AppFolder);
@@ -154,7 +140,7 @@ TEST_F(RepositoryTest, SwitchingLastsUntilTheFolderIsGone) {
   platform::MakeFolder(other);
   ASSERT_TRUE(CreateRepositoryIn(folder_.File("second")));
   EXPECT_EQ(Repository().RepositoryFolder, other);
-  RepositoryDb().Execute("INSERT INTO Email (Subject) VALUES ('in the second')");
+  Run("INSERT INTO Email (Subject) VALUES ('in the second')");
   ASSERT_TRUE(OpenRepository(false));
   EXPECT_EQ(Query("SELECT Subject FROM Email").AsText(), "in the second");
   DisconnectRepository();
@@ -172,6 +158,7 @@ TEST_F(RepositoryTest, SettingsKeepOneRowEachAndEmptyOnesReadAsNothing) {
   SetOption("OutlookExpress", false);
   EXPECT_EQ(GetParameter("Filter", "Subject", kTextColumn).AsText(), "second");
   EXPECT_FALSE(GetOption("OutlookExpress"));
+  EXPECT_EQ(DatabasePassword().size(), 9U);
   jet::Recordset rows;
   rows.Open("SELECT * FROM Parameter WHERE ParameterGroup <> 'CompleteReading'", ParameterDb(),
             jet::CursorType::kKeyset);
@@ -187,16 +174,10 @@ TEST_F(RepositoryTest, AWindowComesBackOnlyWhereItCanBeSeen) {
   SaveFormPosition("MainBoard", {300, 400, 6000, 9000});
   auto place = RestoreFormPosition("MainBoard", true, kHeight, kWidth);
   ASSERT_TRUE(place);
-  EXPECT_EQ(place->top, 300);
-  EXPECT_EQ(place->left, 400);
-  EXPECT_EQ(place->width, 9000);
+  EXPECT_TRUE(place->top == 300 && place->left == 400 && place->width == 9000);
   EXPECT_FALSE(RestoreFormPosition("MainBoard", true, 400, 400));
   SaveFormPosition("MainBoard", {-20, 400, 6000, 9000});
   EXPECT_FALSE(RestoreFormPosition("MainBoard", false, kHeight, kWidth));
-}
-
-TEST(Password, HasNineCharacters) {
-  EXPECT_EQ(DatabasePassword().size(), 9U);
 }
 
 }  // namespace

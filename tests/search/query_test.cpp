@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "search/query.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "platform/locale.h"
+#include "support/testing.h"
 
 namespace tarnwick::search {
 namespace {

@@ -2,20 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "search/run.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/clock.h"
-#include "repository/repository.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::search {
 namespace {
-
-using Texts = std::vector<std::string>;
 
 struct Letter {
   std::string subject;

@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <gmock/gmock.h>
 
-#include <functional>
-
-#include "platform/error.h"
-#include "platform/files.h"
 #include "samples/mailbox_builder.h"
 #include "sources/letter_files.h"
 #include "sources/letter_key.h"
 #include "sources/mbox.h"
 #include "sources/outlook_express4.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
 
 namespace tarnwick::sources {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
 std::vector<std::string> LettersOf(LetterReader& reader) {

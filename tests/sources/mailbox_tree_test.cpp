@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Mailboxes as they lie on disks: what is found, what it is called, and how a load takes it.
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,17 +9,12 @@
 
 #include "board/load_command.h"
 #include "board/load_log.h"
-#include "platform/files.h"
-#include "repository/parameter_store.h"
 #include "samples/mailbox_builder.h"
 #include "sources/mailbox.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::sources {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 const std::string kMark = "From - Tue Mar  5 13:07:00 2002\r\n";
 

@@ -2,15 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "support/program_fixture.h"
 
-#include "core/run_state.h"
 #include "core/startup.h"
-#include "database/recordset.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "platform/locale.h"
 #include "repository/app_folder.h"
-#include "repository/parameter_store.h"
-#include "repository/repository.h"
 #include "repository/schema.h"
 
 namespace tarnwick::testing {
@@ -57,6 +50,19 @@ jet::Value ProgramFixture::Query(const std::string& sql) {
   jet::Recordset rows;
   rows.Open(sql, repository::RepositoryDb());
   return rows.Eof() ? jet::Value() : rows.Field(0);
+}
+
+std::string ProgramFixture::Rows(const std::string& sql) {
+  jet::Recordset rows;
+  std::string text;
+  for (rows.Open(sql, repository::RepositoryDb()); !rows.Eof(); rows.MoveNext()) {
+    if (!text.empty()) text += "\n";
+    for (int i = 0; i < rows.FieldCount(); ++i) {
+      if (i > 0) text += "|";
+      text += rows.Field(i).IsNull() ? "Null" : rows.Field(i).AsText();
+    }
+  }
+  return text;
 }
 
 int64_t ProgramFixture::CountRows(const std::string& table) {

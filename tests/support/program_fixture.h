@@ -6,13 +6,16 @@
 // (en_US).
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "database/value.h"
+#include "core/run_state.h"
+#include "database/recordset.h"
+#include "repository/parameter_store.h"
+#include "repository/repository.h"
 #include "support/scripted_ui.h"
-#include "support/temp_folder.h"
+#include "support/testing.h"
+
+namespace tarnwick {
+using repository::RepositoryDb;
+}
 
 namespace tarnwick::testing {
 
@@ -23,6 +26,9 @@ class ProgramFixture : public ::testing::Test {
 
   // First field of the first row of a query on the repository; Null without a row.
   static jet::Value Query(const std::string& sql);
+  // All of a query: the fields of a row joined by "|", the rows by line breaks; "Null" for Null.
+  static std::string Rows(const std::string& sql);
+  static int64_t Run(const std::string& sql) { return repository::RepositoryDb().Execute(sql); }
   static int64_t CountRows(const std::string& table);
   // The event log so far.
   static std::string Log();

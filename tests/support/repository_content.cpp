@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "support/repository_content.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 
 #include "core/run_state.h"
@@ -9,6 +11,7 @@
 #include "database/recordset.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
+#include "maintenance/export.h"
 #include "platform/files.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
@@ -115,6 +118,12 @@ void StoreRulesAndMarks() {
         "DELETE * FROM ContactEmail WHERE ID = 2"}) {
     RepositoryDb().Execute(statement);
   }
+}
+
+void ExportAll(const std::string& file) {
+  jet::Recordset list;
+  list.Open("SELECT ID, ReceivedTime FROM Email", RepositoryDb(), jet::CursorType::kKeyset);
+  EXPECT_EQ(maintenance::ExportEmails(file, list), maintenance::Result::kDone);
 }
 
 std::vector<std::string> DumpTable(jet::Connection& connection, const std::string& table,

@@ -26,6 +26,9 @@ void StoreVariedMessages(int count, int first = 0);
 // marks and contact details.
 void StoreRulesAndMarks();
 
+// Exports every message of the open repository into a file.
+void ExportAll(const std::string& file);
+
 // A table's rows in order, each "column=value" by column, Null told from "". Columns in without are
 // left out.
 std::vector<std::string> DumpTable(jet::Connection& connection, const std::string& table,

@@ -2,25 +2,21 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "takeout/attachments.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "samples/mail_encoding.h"
+#include "support/testing.h"
 
 namespace tarnwick::takeout {
 namespace {
 
-using ::testing::ElementsAre;
-
-std::string Multipart(const std::vector<std::string>& parts) {
+std::string Multipart(const Texts& parts) {
   std::string text = "Subject: Files\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
   for (const std::string& part : parts) text += "--b\r\n" + part + "\r\n";
   return text + "--b--\r\n";
 }
 
 // "name type size", with a star behind a program.
-std::vector<std::string> Listed(const MessageAttachments& attachments) {
-  std::vector<std::string> lines;
+Texts Listed(const MessageAttachments& attachments) {
+  Texts lines;
   for (const Attachment& attachment : attachments.List()) {
     lines.push_back(attachment.name + " " + attachment.type + " " +
                     std::to_string(attachment.size) + (attachment.isProgram ? "*" : ""));
@@ -101,34 +97,28 @@ TEST(Attachments, BrokenStructuresGiveWhatTheyHoldAndTheWholeWherePartsMayBeMiss
     container.append(boundary).append("\r\n\r\n--").append(boundary).append("\r\n");
     deep.insert(0, container);
   }
-  const struct {
-    const char* what;
-    std::string message;
-    std::vector<std::string> names;
-  } kRows[] = {
-      {"cut off", "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture, {"image.gif"}},
+  const Case kRows[] = {
+      {"cut off", "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture, "image.gif|"},
       {"another boundary",
-       "Content-Type: multipart/mixed; boundary=b\n\n--c\n" + picture + "\n--c--\n",
-       {"image.gif"}},
+       "Content-Type: multipart/mixed; boundary=b\n\n--c\n" + picture + "\n--c--\n", "image.gif|"},
       {"parts behind the end",
        "Content-Type: multipart/mixed; boundary=b\n\n--b\n" + picture + "\n--b--\n\n--b\n" +
            picture,
-       {"image.gif", "image (2).gif"}},
-      {"no boundary", "Content-Type: multipart/mixed\n\nWords.\n", {"whole message.eml"}},
-      {"no end of uuencoding", "Subject: x\n\nbegin 644 a.txt\n#86)C\n", {}},
-      {"nesting without end", deep, {"whole message.eml"}},
-      {"nothing", "", {}},
-  };
-  for (const auto& row : kRows) {
-    MessageAttachments attachments(row.message);
-    std::vector<std::string> names;
-    for (const Attachment& attachment : attachments.List()) names.push_back(attachment.name);
-    EXPECT_EQ(names, row.names) << row.what;
-    if (!names.empty() && names.back() == "whole message.eml") {
-      EXPECT_EQ(attachments.Bytes(names.size() - 1), row.message) << row.what;
+       "image.gif|image (2).gif|"},
+      {"no boundary", "Content-Type: multipart/mixed\n\nWords.\n", "whole message.eml|"},
+      {"no end of uuencoding", "Subject: x\n\nbegin 644 a.txt\n#86)C\n", ""},
+      {"nesting without end", deep, "whole message.eml|"},
+      {"nothing", "", ""}};
+  for (const Case& row : kRows) {
+    MessageAttachments attachments(row.given);
+    std::string names;
+    for (const Attachment& attachment : attachments.List()) names += attachment.name + "|";
+    EXPECT_EQ(names, row.expected) << row.what;
+    if (names.ends_with("whole message.eml|")) {
+      EXPECT_EQ(attachments.Bytes(attachments.List().size() - 1), row.given) << row.what;
     }
   }
-  std::vector<std::string> many(5000, picture);
+  Texts many(5000, picture);
   MessageAttachments attachments(Multipart(many));
   EXPECT_EQ(attachments.List().size(), 1001U);
   EXPECT_EQ(attachments.List().back().name, "whole message.eml");

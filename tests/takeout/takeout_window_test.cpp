@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The dialog that saves messages and the strip and menu of attachments, without the main window.
-#include <gmock/gmock.h>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -13,8 +12,6 @@
 #include <QRadioButton>
 #include <QUrl>
 
-#include "core/run_state.h"
-#include "platform/files.h"
 #include "support/program_fixture.h"
 #include "support/window_checks.h"
 #include "takeout/attachments_view.h"
@@ -22,9 +19,6 @@
 
 namespace tarnwick::takeout {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class TakeoutWindow : public testing::ProgramFixture {
  protected:

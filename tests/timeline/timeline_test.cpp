@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include <gmock/gmock.h>
-
-#include <functional>
 
 #include "board/board_rows.h"
 #include "board/timeline_scope.h"
-#include "platform/clock.h"
-#include "platform/locale.h"
 #include "support/program_fixture.h"
 #include "timeline/query.h"
 #include "timeline/state.h"
@@ -20,8 +15,6 @@ using board::EveryMessage;
 using board::ListDirection;
 using board::ListFilter;
 using board::TimelineScope;
-using testing::AddListed;
-using ::testing::ElementsAre;
 
 int Day(int year, int month, int day) {
   return DayNumber(DateTime::FromDate(year, month, day));
@@ -43,12 +36,14 @@ TEST(TimelinePeriods, FollowTheCalendar) {
 
 TEST(TimelinePeriods, AreCalledAsPeopleCallThem) {
   platform::SetLocaleOverride("en_US");
-  EXPECT_EQ(SpanName({Day(2004, 1, 1), Day(2004, 12, 31)}), "2004");
-  EXPECT_EQ(SpanName({Day(2003, 1, 1), Day(2004, 12, 31)}), "2003 – 2004");
-  EXPECT_EQ(SpanName({Day(2004, 2, 1), Day(2004, 2, 29)}), "February 2004");
-  EXPECT_EQ(SpanName({Day(2004, 2, 1), Day(2004, 3, 31)}), "February 2004 – March 2004");
-  EXPECT_EQ(SpanName({Day(2004, 2, 7), Day(2004, 2, 7)}), "7 February 2004");
-  EXPECT_EQ(SpanName({Day(2004, 2, 1), Day(2004, 2, 28)}), "1 February 2004 – 28 February 2004");
+  const std::pair<DaySpan, const char*> kSpans[] = {
+      {{Day(2004, 1, 1), Day(2004, 12, 31)}, "2004"},
+      {{Day(2003, 1, 1), Day(2004, 12, 31)}, "2003 – 2004"},
+      {{Day(2004, 2, 1), Day(2004, 2, 29)}, "February 2004"},
+      {{Day(2004, 2, 1), Day(2004, 3, 31)}, "February 2004 – March 2004"},
+      {{Day(2004, 2, 7), Day(2004, 2, 7)}, "7 February 2004"},
+      {{Day(2004, 2, 1), Day(2004, 2, 28)}, "1 February 2004 – 28 February 2004"}};
+  for (const auto& [span, name] : kSpans) EXPECT_EQ(SpanName(span), name);
   platform::SetLocaleOverride("");
 }
 
@@ -171,19 +166,20 @@ class TimelineCounting : public testing::ProgramFixture {
   }
   ~TimelineCounting() override { board::ResetBoard(); }
 
-  static MessageCount Count(const ListFilter& filter) {
-    TimelineReader reader;
+  template <typename Reader>
+  static const Reader& ReadAll(Reader& reader, const ListFilter& filter) {
     reader.Start(TimelineScope(filter));
     while (reader.Step()) {
     }
-    return reader.Counts().Total();
+    return reader;
+  }
+  static MessageCount Count(const ListFilter& filter) {
+    TimelineReader reader;
+    return ReadAll(reader, filter).Counts().Total();
   }
   static std::vector<Correspondent> Top(const ListFilter& filter) {
     CorrespondentReader reader;
-    reader.Start(TimelineScope(filter));
-    while (reader.Step()) {
-    }
-    return reader.Top(20);
+    return ReadAll(reader, filter).Top(20);
   }
 };
 
@@ -220,18 +216,13 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
   ListFilter narrow = EveryMessage();
   narrow.DateFrom = narrow.DateTo = DateTime::FromDate(2004, 3, 1);  // its dates don't matter
   TimelineReader reader;
-  reader.Start(TimelineScope(narrow));
-  while (reader.Step()) {
-  }
-  const DayCounts& counts = reader.Counts();
-  auto on = [&](int year, int month, int day) {
-    return counts.Within({Day(year, month, day), Day(year, month, day)});
-  };
-  EXPECT_EQ(on(2004, 2, 29), (MessageCount{1, 1}));
-  EXPECT_EQ(on(2004, 3, 1), (MessageCount{1, 0}));
-  EXPECT_EQ(on(1969, 12, 31), (MessageCount{1, 0}));
-  EXPECT_EQ(on(1970, 1, 1), (MessageCount{1, 0}));
-  EXPECT_EQ(on(2036, 2, 7), (MessageCount{0, 1}));
+  const DayCounts& counts = ReadAll(reader, narrow).Counts();
+  const std::pair<int, MessageCount> kDays[] = {{Day(2004, 2, 29), {1, 1}},
+                                                {Day(2004, 3, 1), {1, 0}},
+                                                {Day(1969, 12, 31), {1, 0}},
+                                                {Day(1970, 1, 1), {1, 0}},
+                                                {Day(2036, 2, 7), {0, 1}}};
+  for (const auto& [day, count] : kDays) EXPECT_EQ(counts.Within({day, day}), count) << day;
 
   // Counted once, it is there at once; until something changes.
   AddListed({.subject = "New"});
@@ -239,24 +230,21 @@ TEST_F(TimelineCounting, PutsEachMessageOnItsDay) {
   EXPECT_FALSE(reader.IsRunning());
   EXPECT_EQ(reader.Counts().Total().Total(), 6);
   reader.Forget();
-  reader.Start(TimelineScope(narrow));
-  while (reader.Step()) {
-  }
-  EXPECT_EQ(reader.Counts().Total().Total(), 7);
+  EXPECT_EQ(ReadAll(reader, narrow).Counts().Total().Total(), 7);
 }
 
 // The parts that the counting falls into leave no day out and count none twice.
 TEST_F(TimelineCounting, CountsEveryDayOnceAcrossItsParts) {
-  repository::RepositoryDb().Execute("DELETE * FROM Email");
+  Run("DELETE * FROM Email");
+  EXPECT_EQ(Count(EveryMessage()).Total(), 0);
+  EXPECT_TRUE(Top(EveryMessage()).empty());
   constexpr int kDays = 200;
   const int last = DayNumber(platform::Now());  // where the first part, of 120 days, ends
   for (int day = last - kDays + 1; day <= last; ++day) {
     AddListed({.subject = "daily", .received = DayDate(day).WithTime(23, 59, 59)});
   }
   TimelineReader reader;
-  reader.Start(TimelineScope(EveryMessage()));
-  while (reader.Step()) {
-  }
+  ReadAll(reader, EveryMessage());
   for (int day = last - kDays + 1; day <= last; ++day) {
     EXPECT_EQ(reader.Counts().Within({day, day}), (MessageCount{1, 0})) << DayDate(day).ToIso();
   }
@@ -270,12 +258,6 @@ TEST_F(TimelineCounting, RanksCorrespondentsOfTheChosenDays) {
   filter.DateFrom = DateTime::FromDate(2004, 2, 29);
   filter.DateTo = DateTime::FromDate(2004, 2, 29);
   EXPECT_THAT(Top(filter), ElementsAre(Correspondent{"Ann", 1}, Correspondent{"Bob", 1}));
-}
-
-TEST_F(TimelineCounting, AnEmptyRepositoryHasNoDays) {
-  repository::RepositoryDb().Execute("DELETE * FROM Email");
-  EXPECT_EQ(Count(EveryMessage()).Total(), 0);
-  EXPECT_TRUE(Top(EveryMessage()).empty());
 }
 
 }  // namespace

@@ -5,17 +5,11 @@
 #include <QComboBox>
 #include <QTest>
 #include <QToolButton>
-#include <memory>
 
 #include "board/board_window.h"
 
 namespace tarnwick::timeline {
 namespace {
-
-using testing::AddListed;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using testing::ListedSubjects;
 
 // Two messages in March 2003, one in May 2003 (of Bob, outgoing), one each year from 2001 to 2004
 // besides, and one of 1970.
@@ -168,14 +162,12 @@ TEST_F(Timeline, ACorrespondentIsFilteredByAndLetGoAgain) {
 }
 
 TEST_F(Timeline, HiddenItStaysHiddenAndCountsNothing) {
-  QAction* shown = window_->Actions().timeline;
   EXPECT_TRUE(window_->Timeline().isVisible());
-  shown->trigger();
+  window_->Actions().timeline->trigger();
   EXPECT_FALSE(window_->Timeline().isVisible());
   window_->close();
   Start();
-  EXPECT_FALSE(window_->Timeline().isVisible());
-  EXPECT_FALSE(window_->Timeline().IsCounting());
+  EXPECT_FALSE(window_->Timeline().isVisible() || window_->Timeline().IsCounting());
   EXPECT_THAT(State().Bars(), IsEmpty());
   window_->Actions().timeline->trigger();
   Settle();

@@ -5,6 +5,7 @@
 #include <zstd.h>
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <new>
 
@@ -156,6 +157,7 @@ bool IsPacked(std::string_view stored) {
 }
 
 std::string Unpack(std::string_view stored) {
+  assert(IsPacked(stored));
   std::string plain(PlainSize(stored), '\0');
   UnpackInto(stored, plain.data(), plain.size());
   return plain;

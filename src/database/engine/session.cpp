@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/engine/session.h"
 
+#include <cassert>
+
 #include "database/text/order.h"
 #include "platform/clock.h"
 
@@ -66,6 +68,7 @@ void Session::Configure(bool readOnly) {
 }
 
 std::optional<Error> Session::EndWriting() {
+  assert(IsOpen());
   std::optional<Error> failure;
   try {
     if (collecting_) Commit();

@@ -5,6 +5,7 @@
 // database.
 #pragma once
 
+#include <cassert>
 #include <list>
 #include <memory>
 #include <string>
@@ -28,6 +29,7 @@ class TextCache {
 
   // REQUIRES: Find(text) gave nullptr.
   void Add(std::string_view text, std::shared_ptr<Made> made) {
+    assert(places_.find(text) == places_.end());
     if (entries_.size() >= capacity_) {
       places_.erase(entries_.back().text);
       entries_.pop_back();

@@ -3,6 +3,7 @@
 #include "database/index/text_index.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "database/engine/catalog.h"
@@ -341,6 +342,7 @@ bool TextIndex::IsFollowDue() const {
 }
 
 void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts) {
+  assert(followed_ && key - 1 == *followed_);
   trigrams_.Clear();
   for (size_t i = 0; i < columns_.size(); i++) {
     // What is bound is mended likewise.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 
 #include "platform/error.h"
 
@@ -217,6 +218,7 @@ void SegmentWriter::Add(int64_t key, const std::vector<uint32_t>& trigrams) {
 
 void SegmentWriter::TakeOver(std::string_view head,
                              const std::function<std::string(size_t)>& part) {
+  assert(keys_.empty());
   keys_ = ReadSegmentKeys(head);
   std::vector<uint16_t> found;
   for (size_t i = 0; i < kSegmentParts; i++) {
