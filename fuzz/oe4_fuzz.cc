@@ -18,7 +18,7 @@ namespace {
 
 std::string Patched(std::string bytes, std::string_view patches) {
   for (size_t i = 0; i + 5 <= patches.size(); i += 5) {
-    bytes.replace(static_cast<unsigned char>(patches[i]) * 4 % bytes.size(), 4,
+    bytes.replace(size_t{4} * static_cast<unsigned char>(patches[i]) % bytes.size(), 4,
                   patches.substr(i + 1, 4));
   }
   return bytes;
