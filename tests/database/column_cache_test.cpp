@@ -176,7 +176,7 @@ TEST_F(ColumnCacheTest, AnswersAsTheStatementsDoWhateverIsWritten) {
        [&] {
          Run("DELETE * FROM Email WHERE FromTo > 99");
          Run("INSERT INTO Email (ID, FromTo, Direction, FilesNum, ReceivedTime) "
-             "VALUES (99999999999, 1, 'In', 1, #03/03/2005#)");
+             "VALUES (4294968596, 1, 'In', 1, #03/03/2005#)");
        },
        7},
   };
