@@ -267,7 +267,8 @@ void FolderListBuilder::Finish(size_t entriesInNode) {
   uint32_t left = 0;
   std::span<const DbxImage::Entry> rest = entries_;
   while (rest.size() > entriesInNode) {
-    uint32_t leaf = image_.AddNode({rest.begin(), rest.begin() + entriesInNode});
+    std::span<const DbxImage::Entry> own = rest.first(entriesInNode);
+    uint32_t leaf = image_.AddNode({own.begin(), own.end()});
     (root.empty() ? left : root.back().child) = leaf;
     root.push_back(rest[entriesInNode]);
     rest = rest.subspan(entriesInNode + 1);

@@ -27,16 +27,19 @@ constexpr intake::HeaderForm kForm = {.charset = "UTF-8",
 
 std::string CleanAddress(std::string_view address) {
   constexpr std::string_view kNotInAddress = " <>()\",;\\";
-  std::string clean = platform::EnsureUtf8(core::Trim(address));
-  for (char& c : clean) {
-    bool isControl = static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-    if (isControl || kNotInAddress.find(c) != std::string_view::npos) c = '_';
-  }
   // Line ends outside ASCII, for readers that know them: U+0085, U+2028, U+2029.
-  for (std::string_view lineEnd : {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
-    for (size_t at; (at = clean.find(lineEnd)) != std::string::npos;) {
-      clean.replace(at, lineEnd.size(), 1, '_');
+  constexpr std::string_view kLineEnds[] = {"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+  std::string given = platform::EnsureUtf8(core::Trim(address));
+  std::string clean;
+  for (std::string_view rest = given; !rest.empty();) {
+    size_t length = 1;
+    for (std::string_view lineEnd : kLineEnds) {
+      if (rest.starts_with(lineEnd)) length = lineEnd.size();
     }
+    bool isControl = static_cast<unsigned char>(rest[0]) < ' ' || rest[0] == '\x7F';
+    bool isOut = length > 1 || isControl || kNotInAddress.find(rest[0]) != std::string_view::npos;
+    clean += isOut ? '_' : rest[0];
+    rest.remove_prefix(length);
   }
   return clean;
 }

@@ -89,8 +89,10 @@ std::vector<std::string> PlacesOf(const std::string& root, const std::string& pr
   std::replace(expanded.begin(), expanded.end(), '\\', '/');
   for (const std::string& folder : Surroundings(profile)) {
     std::vector<std::string> ways = {expanded};
-    if (!drive.empty())
-      ways.insert(ways.begin(), {drive + "/" + expanded, drive + ":/" + expanded});
+    for (const char* mark : {":/", "/"}) {
+      if (!drive.empty())
+        ways.insert(ways.begin(), std::string(drive).append(mark).append(expanded));
+    }
     for (const std::string& way : ways) {
       if (auto found = FindIgnoringCase(folder, way)) places.push_back(WithSeparator(*found));
     }

@@ -34,6 +34,8 @@ namespace tarnwick::platform {
 
 namespace {
 
+constexpr rlim_t kSanitizersFiles = 32;
+
 // Lowers a limit; for good, unless it is to be raised again later.
 void SetLimit(int which, rlim_t value, bool forGood = true) {
   rlimit limit{};
@@ -109,7 +111,8 @@ Walls ConfineThisProcess(uint64_t maxMemory) {
   SetLimit(RLIMIT_CORE, 0);
   SetLimit(RLIMIT_FSIZE, 0);
   SetLimit(RLIMIT_NPROC, 0);
-  SetLimit(RLIMIT_NOFILE, kHandedFile + 1);
+  // The sanitizers look at memory through pipes.
+  SetLimit(RLIMIT_NOFILE, maxMemory > 0 ? kHandedFile + 1 : kSanitizersFiles);
   SetLimit(RLIMIT_MEMLOCK, 0);
   SetLimit(RLIMIT_MSGQUEUE, 0);
   SetLimit(RLIMIT_SIGPENDING, 0);

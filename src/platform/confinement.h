@@ -25,8 +25,8 @@ struct Walls {
 
 // The parent's death ends this process from now on; it can neither write nor open files, start
 // processes, map more than maxMemory bytes, nor leave a core file. Descriptors other than 0, 1, 2
-// and kHandedFile (files.h) are closed. maxMemory 0: no limit and no filter of system calls, as the
-// sanitizers need it.
+// and kHandedFile (files.h) are closed. maxMemory 0: no such limit, no filter of system calls and
+// room for a few files, as the sanitizers need it.
 Walls ConfineThisProcess(uint64_t maxMemory);
 
 // Ends this process when it uses more than this many seconds of processor time from now on.

@@ -141,6 +141,7 @@ jet::ColumnCacheDefinition ListColumnCache() {
 
 std::vector<std::string> SearchedColumns() {
   std::vector<std::string> columns;
+  columns.reserve(std::size(kSearchedFields));
   for (const EmailField& field : kSearchedFields) columns.emplace_back(field.name);
   return columns;
 }

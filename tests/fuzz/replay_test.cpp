@@ -43,7 +43,8 @@ std::string Varied(std::string input, std::mt19937& random) {
         input.insert(place, input, random() % input.size(), 1 + random() % 40);
         break;
       default:
-        input[place] ^= static_cast<char>(1U << random() % 8);
+        input[place] =
+            static_cast<char>(static_cast<unsigned char>(input[place]) ^ 1U << random() % 8);
     }
   }
   return input;

@@ -202,9 +202,10 @@ TEST_F(Discovery, ADamagedFolderListGivesTheFoldersThatCanBeRead) {
   list.Add({2, 0, "Two", "Two.dbx"});
   list.Add({3, 3, "Circle", "Two.dbx"});
   list.Finish();
-  EXPECT_FALSE(FindStoreFile(folder_.Path() + "Mail/", "../Two.dbx"));
   list.Image().Put32(second, 1);
   platform::WriteFile(folder_.File("Two.dbx"), StoreOf({}));
+  platform::MakeFolder(folder_.File("Mail"));
+  EXPECT_FALSE(FindStoreFile(folder_.Path() + "Mail/", "../Two.dbx"));
   State().FolderFiles = {{WriteTemp("Folders.dbx", list.Bytes()), "ann", folder_.Path()}};
   ReadFolderTree(0);
   EXPECT_EQ(State().Folders[0].size(), 2U);
