@@ -218,9 +218,10 @@ TEST_F(Cli, MailGoesToABackupAndBackAndToAnotherHome) {
 TEST_F(Cli, AMessageIsMarkedAndDeletedAndItsContactListed) {
   std::string file =
       WriteMessage("roof.eml",
-                   "From: \"Ann \\\"A\\\" Lee\" <ann@example.org>\r\nSubject: Roof\r\n"
+                   "From: \"Ann \\\"A\\\" Lee\" <ann@example.org>\r\nSubject: Roof \"A\" \\ b\r\n"
                    "Date: Mon, 5 Jan 2004 10:20:30 +0000\r\n\r\nTiles.\r\n");
   ASSERT_EQ(Run({"take", file}).status, 0);
+  EXPECT_THAT(Run({"list", "--json"}).output, HasSubstr(R"("Subject":"Roof \"A\" \\ b")"));
   EXPECT_EQ(Run({"mark", "1"}).status, 0);
   EXPECT_NE(Run({"list", "--hot"}).output, "");
   EXPECT_EQ(Run({"mark", "1"}).status, 0);
@@ -342,12 +343,12 @@ TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
 }
 
 TEST(Arguments, OptionsTakeValuesEitherWayAndOperandsMayLookLikeOptions) {
-  Arguments arguments({"--limit", "5", "--sort=subject", "--json", "--", "--odd"},
+  Arguments arguments({"--limit", "5", "--sort=subject", "--json", "-", "--", "--odd"},
                       {"--limit", "--sort"}, {"--json"});
   EXPECT_EQ(arguments.Number("--limit"), 5);
   EXPECT_EQ(arguments.OneOf("--sort", {"date", "subject"}), "subject");
   EXPECT_TRUE(arguments.Has("--json"));
-  EXPECT_EQ(arguments.Operands(), std::vector<std::string>{"--odd"});
+  EXPECT_THAT(arguments.Operands(), ElementsAre("-", "--odd"));
   EXPECT_THROW(Arguments({"--limit"}, {"--limit"}, {}), UsageError);
   EXPECT_THROW(Arguments({"--what"}, {}, {}), UsageError);
   EXPECT_THROW(ParseNumber("-1", "ID"), UsageError);

@@ -41,6 +41,8 @@ TEST_F(PstClientTest, OutlivesReadersThatMisbehave) {
       {"sends an overlong frame", "printf 'P\\377\\377\\377\\177' >&0; sleep 60"},
       {"sends half a frame", "printf 'P\\10' >&0; sleep 60"},
       {"sends a property cut short", "printf 'P\\2\\0\\0\\0ab' >&0; sleep 60"},
+      {"sends more of a property than it told",
+       "printf 'P\\12\\0\\0\\0\\0\\0\\0\\0\\1\\0\\0\\0abZ\\0\\0\\0\\0' >&0; sleep 60"},
       {"continues no property", "printf 'C\\2\\0\\0\\0ab' >&0; sleep 60"},
       {"sends an unknown frame", "printf '?\\0\\0\\0\\0' >&0; sleep 60"},
       {"sends rows without end", "yes 'R' | tr '\\n' '\\0' >&0"}};
