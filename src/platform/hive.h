@@ -5,7 +5,7 @@
 // of 4096 bytes and bins of cells; a cell is a size and then a key ("nk"), a list of keys ("lf",
 // "lh", "li", and "ri" for a list of lists), a value ("vk"), a list of values or bytes, longer ones
 // in several cells ("db"). Cells name each other by their place behind the base block. The format
-// is known from published descriptions (M. Suhanov, "Windows registry file format specification").
+// is known from published descriptions, among them M. Suhanov's of the Windows registry file.
 //
 // Every place, size and count is checked. A part that is damaged is left out; only a file that is
 // no hive, or whose root is gone, can't be opened. No call takes longer than the file is long.
