@@ -67,7 +67,7 @@ class AnswerReader {
       list.insert(list.end(), nodes.begin(), nodes.end());
     } else if (kind == frame::kBytes && !answer_.attachments.empty()) {
       answer_.attachmentBytes[answer_.attachments.size() - 1] += payload;
-    } else if (kind == frame::kOpen) {
+    } else if (kind == frame::kNotShutIn) {
       answer_.isReaderShutIn = false;
     } else if (kind == frame::kLost) {
       AddLost(answer_.lost, payload);

@@ -94,7 +94,7 @@ int Run(tarnwick::platform::InputFile& file, bool isShutIn) {
       if (!channel.HasMore()) answer.Flush();
       char kind = channel.ReadRequest(payload);
       tarnwick::platform::LimitProcessorTime(kRequestSeconds);
-      if (kind == frame::kStore && !isShutIn) answer.Frame(frame::kOpen, {});
+      if (kind == frame::kStore && !isShutIn) answer.Frame(frame::kNotShutIn, {});
       Reply(*store, kind, payload, answer);
     }
   } catch (const reader::ChannelClosed&) {
