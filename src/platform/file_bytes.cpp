@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The bytes of open files: reading at places and line by line, writing anew, in place and behind.
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "platform/error.h"
+#include "platform/file_errors.h"
+#include "platform/files.h"
+
+namespace tarnwick::platform {
+
+namespace {
+
+#ifdef _WIN32
+constexpr int kBinary = _O_BINARY;
+constexpr int kNoWait = 0;
+#else
+constexpr int kBinary = O_CLOEXEC;
+constexpr int kNoWait = O_NONBLOCK;  // a pipe that nobody writes to would be waited for
+#endif
+
+constexpr size_t kBufferSize = size_t{64} * 1024;
+
+int CutHandle(int handle, uint64_t size) {
+#ifdef _WIN32
+  return _chsize_s(handle, static_cast<int64_t>(size)) == 0 ? 0 : -1;
+#else
+  return ::ftruncate(handle, static_cast<off_t>(size));
+#endif
+}
+
+int OpenForReading(const std::string& path) {
+  PassFileFault(FileOperation::kOpen, path);
+  int handle = ::open(path.c_str(), O_RDONLY | kBinary | kNoWait);
+  if (handle < 0) ThrowSystemError(errno, path);
+  return handle;
+}
+
+}  // namespace
+
+std::string ReadFile(const std::string& path, uint64_t limit) {
+  InputFile file(path);
+  if (file.Size() > limit) {
+    throw Error(ErrorNumber::kPathAccess, "File is too large: " + path);
+  }
+  std::string bytes(file.Size(), '\0');
+  bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
+  return bytes;
+}
+
+void WriteFile(const std::string& path, std::string_view bytes) {
+  OutputFile file(path);
+  file.Write(bytes);
+  file.Close();
+}
+
+InputFile::InputFile(const std::string& path) : InputFile(OpenForReading(path), path) {}
+
+InputFile::InputFile(int handle, std::string path) : path_(std::move(path)), handle_(handle) {
+  struct stat status {};
+  if (::fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    ::close(handle_);
+    throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path_);
+  }
+  size_ = static_cast<uint64_t>(status.st_size);
+}
+
+InputFile InputFile::Handed() {
+  return InputFile(kHandedFile, "the file handed over");
+}
+
+InputFile::~InputFile() {
+  ::close(handle_);
+}
+
+size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
+  PassFileFault(FileOperation::kRead, path_);
+  if (offset > INT64_MAX) return 0;
+  size_t total = 0;
+  while (total < count) {
+    ssize_t got = ::pread(handle_, static_cast<char*>(buffer) + total, count - total,
+                          static_cast<off_t>(offset + total));
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      ThrowSystemError(errno, path_);
+    }
+    if (got == 0) break;
+    total += static_cast<size_t>(got);
+  }
+  return total;
+}
+
+OutputFile::OutputFile(const std::string& path, Replace replace)
+    : path_(path), inPlace_(replace == Replace::kInPlace) {
+  PassFileFault(FileOperation::kOpen, path);
+  int flags = O_WRONLY | O_CREAT | kBinary | (inPlace_ ? 0 : O_TRUNC);
+  handle_ = ::open(path.c_str(), flags, 0600);
+  if (handle_ < 0) ThrowSystemError(errno, path);
+}
+
+OutputFile::~OutputFile() {
+  if (handle_ < 0) return;
+  try {
+    Close();
+  } catch (const Error&) {
+    // Close was not called, so nobody waits for the news.
+  }
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  if (buffer_.size() + bytes.size() > kBufferSize) Flush();
+  if (bytes.size() >= kBufferSize) {
+    buffer_.assign(bytes);
+    Flush();
+  } else {
+    buffer_.append(bytes);
+  }
+}
+
+void OutputFile::Flush() {
+  // Also when it fails: bytes of which a part was written must not be written once more.
+  std::string pending;
+  pending.swap(buffer_);
+  std::string_view rest = pending;
+  if (rest.empty()) return;
+  PassFileFault(FileOperation::kWrite, path_);
+  while (!rest.empty()) {
+    ssize_t done = ::write(handle_, rest.data(), rest.size());
+    if (done < 0) {
+      if (errno == EINTR) continue;
+      ThrowSystemError(errno, path_);
+    }
+    rest.remove_prefix(static_cast<size_t>(done));
+    written_ += static_cast<uint64_t>(done);
+  }
+  pending.clear();
+  pending.swap(buffer_);  // keeps its room
+}
+
+void OutputFile::Close() {
+  if (handle_ < 0) return;
+  try {
+    Flush();
+  } catch (...) {
+    ::close(handle_);
+    handle_ = -1;
+    throw;
+  }
+  int result = inPlace_ ? CutHandle(handle_, written_) : 0;
+  int code = errno;
+  if (::close(handle_) != 0 && result == 0) {
+    result = -1;
+    code = errno;
+  }
+  handle_ = -1;
+  if (result != 0) ThrowSystemError(code, path_);
+}
+
+bool AppendToFile(const std::string& path, std::string_view bytes) {
+  int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | kBinary, 0600);
+  if (handle < 0) return false;
+  bool done = ::write(handle, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  return ::close(handle) == 0 && done;
+}
+
+LineReader::LineReader(const std::string& path) : file_(path) {}
+
+bool LineReader::Fill() {
+  if (position_ > 0) {
+    buffer_.erase(0, position_);
+    position_ = 0;
+  }
+  // Long lines double the piece, so that a line of any length is read in linear time.
+  size_t piece = std::max(kBufferSize, buffer_.size());
+  piece = static_cast<size_t>(
+      std::min<uint64_t>(piece, file_.Size() - std::min(offset_, file_.Size())));
+  if (piece == 0) return false;
+  size_t old = buffer_.size();
+  buffer_.resize(old + piece);
+  size_t got = file_.ReadAt(offset_, buffer_.data() + old, piece);
+  buffer_.resize(old + got);
+  offset_ += got;
+  return got > 0;
+}
+
+bool LineReader::AtEnd() {
+  return position_ >= buffer_.size() && !Fill();
+}
+
+bool LineReader::Next(std::string& line) {
+  line.clear();
+  if (AtEnd()) return false;
+  size_t searched = position_;
+  for (;;) {
+    size_t end = buffer_.find('\n', searched);
+    if (end != std::string::npos) {
+      line.assign(buffer_, position_, end - position_);
+      position_ = end + 1;
+      break;
+    }
+    size_t pending = buffer_.size() - position_;
+    if (!Fill()) {
+      line.assign(buffer_, position_);
+      position_ = buffer_.size();
+      break;
+    }
+    searched = position_ + pending;
+  }
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+}  // namespace tarnwick::platform
