@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   tarnwick::platform::WriteFile(file, bytes);
   sources::LetterFiles reader({file});
   size_t given = 0;
-  for (sources::Letter letter; reader.Next(letter); letter = {}) {
+  for (sources::LetterEntry letter; reader.Next(letter); letter = {}) {
     if (letter.fault.empty()) reader.Copy([&](std::string_view piece) { given += piece.size(); });
   }
   if (given > size) std::abort();

@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   sources::MboxReader reader(file);
   int64_t letters = 0;
   size_t given = 0;
-  for (sources::Letter letter; reader.Next(letter); letter = {}) {
+  for (sources::LetterEntry letter; reader.Next(letter); letter = {}) {
     ++letters;
     sources::LetterKey key;
     reader.Copy([&](std::string_view piece) {

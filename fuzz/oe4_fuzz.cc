@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     sources::OutlookExpress4Reader reader(box);
     uint64_t given = 0;
-    for (sources::Letter letter; reader.Next(letter); letter = {}) {
+    for (sources::LetterEntry letter; reader.Next(letter); letter = {}) {
       reader.Copy([&](std::string_view piece) { given += piece.size(); });
     }
     if (given > total) std::abort();

@@ -183,7 +183,7 @@ intake::SourceDescriptor MailboxFolder::Descriptor() const {
 }
 
 bool MailboxFolder::Next(intake::SourceMessage& message) {
-  for (Letter letter; reader_->Next(letter); letter = {}) {
+  for (LetterEntry letter; reader_->Next(letter); letter = {}) {
     if (letter.state.isDeleted) {
       Account().AddReason(mailbox_.path, kDeletedReason);
       core::YieldEvents();
@@ -208,7 +208,7 @@ bool MailboxFolder::Next(intake::SourceMessage& message) {
   return false;
 }
 
-void MailboxFolder::Read(const Letter& letter, intake::SourceMessage& message) {
+void MailboxFolder::Read(const LetterEntry& letter, intake::SourceMessage& message) {
   if (!letter.fault.empty()) {
     message.ending = {intake::Outcome::kUnreadable, letter.fault};
   } else if (letter.recordFile.empty()) {

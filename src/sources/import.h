@@ -51,7 +51,7 @@ class MailboxFolder : public intake::SourceFolder {
   bool Next(intake::SourceMessage& message) override;
 
  private:
-  void Read(const Letter& letter, intake::SourceMessage& message);
+  void Read(const LetterEntry& letter, intake::SourceMessage& message);
   void ReadText(intake::SourceMessage& message);
   void ReadRecord(const std::string& file, intake::SourceMessage& message);
   void LearnSender(std::string_view headers);

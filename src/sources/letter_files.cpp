@@ -81,7 +81,7 @@ std::vector<std::string> LetterFilesIn(const std::vector<std::string>& files) {
   return letters;
 }
 
-bool LetterFiles::Next(Letter& letter) {
+bool LetterFiles::Next(LetterEntry& letter) {
   if (next_ == paths_.size()) return false;
   ++next_;
   letter.name = platform::FileNameOf(paths_[next_ - 1]);
@@ -93,7 +93,7 @@ bool LetterFiles::Next(Letter& letter) {
   return true;
 }
 
-void LetterFiles::Look(Letter& letter) {
+void LetterFiles::Look(LetterEntry& letter) {
   const std::string& path = paths_[next_ - 1];
   LetterFileKind kind = isMaildir_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
   file_ = std::make_unique<FileWindow>(path, size_t{64} * 1024);

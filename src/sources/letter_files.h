@@ -36,11 +36,11 @@ class LetterFiles : public LetterReader {
   explicit LetterFiles(std::vector<std::string> paths, bool isMaildir = false)
       : paths_(std::move(paths)), isMaildir_(isMaildir) {}
 
-  bool Next(Letter& letter) override;
+  bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
 
  private:
-  void Look(Letter& letter);
+  void Look(LetterEntry& letter);
 
   std::vector<std::string> paths_;
   bool isMaildir_;

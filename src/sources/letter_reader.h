@@ -25,7 +25,8 @@ struct LetterState {
   bool isDeleted = false;  // its owner deleted it, though its text is still there
 };
 
-struct Letter {
+// What is told of a letter before its text is read.
+struct LetterEntry {
   std::string name;   // what is told of it: "message 17", or its file's name
   std::string fault;  // why it can't be read; "" when it can
   LetterState state;
@@ -37,7 +38,7 @@ class LetterReader {
   virtual ~LetterReader() = default;
 
   // Goes to the next letter; false behind the last one. Throws Error where the rest can't be read.
-  virtual bool Next(Letter& letter) = 0;
+  virtual bool Next(LetterEntry& letter) = 0;
   // Hands the current letter's raw bytes to sink, piece by piece; may be called again. Throws
   // Error. REQUIRES: it has neither a fault nor a recordFile.
   virtual void Copy(const Sink& sink) = 0;

@@ -260,7 +260,7 @@ std::optional<uint64_t> MboxReader::MeasuredEnd(std::string_view headers, uint64
   return end;
 }
 
-bool MboxReader::Next(Letter& letter) {
+bool MboxReader::Next(LetterEntry& letter) {
   if (!next_) return false;
   begin_ = next_->begin;
   textBegin_ = next_->end;
@@ -326,7 +326,7 @@ MboxCount CountMbox(const std::string& path, uint64_t limit) {
   MboxReader reader(path);
   MboxCount count;
   uint64_t size = platform::FileSize(path);
-  for (Letter letter; reader.Next(letter); letter = {}) {
+  for (LetterEntry letter; reader.Next(letter); letter = {}) {
     if (reader.Begin() >= limit) {
       double letters = static_cast<double>(count.letters) * static_cast<double>(size) /
                        static_cast<double>(reader.Begin());

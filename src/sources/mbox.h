@@ -27,7 +27,7 @@ class MboxReader : public LetterReader {
   explicit MboxReader(const std::string& path);
 
   MboxKind Kind() const { return kind_; }
-  bool Next(Letter& letter) override;
+  bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
   // The current letter's place in the file, its separator line included.
   uint64_t Begin() const { return begin_; }

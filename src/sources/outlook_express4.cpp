@@ -107,7 +107,7 @@ bool OutlookExpress4Reader::FindMark() {
   return false;
 }
 
-bool OutlookExpress4Reader::Next(Letter& letter) {
+bool OutlookExpress4Reader::Next(LetterEntry& letter) {
   while (next_ < file_.Size()) {
     std::string_view head = file_.Read(next_, kLetterHead);
     uint32_t number = Get32(head, 4);

@@ -26,7 +26,7 @@ class OutlookExpress4Reader : public LetterReader {
   // without a state.
   explicit OutlookExpress4Reader(const std::string& path);
 
-  bool Next(Letter& letter) override;
+  bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
   std::string Damage() const override { return damage_; }
 

@@ -64,7 +64,7 @@ void LookAtFiles(const std::vector<std::string>& paths, bool isMaildir, MailboxS
 std::string KeyOfFirst(const Mailbox& mailbox) {
   constexpr int kMostTried = 20;
   std::unique_ptr<LetterReader> reader = OpenMailbox(mailbox);
-  Letter letter;
+  LetterEntry letter;
   for (int i = 0; i < kMostTried && reader->Next(letter); ++i, letter = {}) {
     if (letter.state.isDeleted || !letter.fault.empty()) continue;
     LetterKey key;

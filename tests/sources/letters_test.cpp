@@ -15,7 +15,7 @@ using ::testing::ElementsAreArray;
 
 std::vector<std::string> LettersOf(LetterReader& reader) {
   std::vector<std::string> letters;
-  for (Letter letter; reader.Next(letter); letter = {}) {
+  for (LetterEntry letter; reader.Next(letter); letter = {}) {
     std::string text = letter.fault.empty() ? "" : "fault: " + letter.fault;
     if (letter.fault.empty()) reader.Copy([&](std::string_view piece) { text += piece; });
     letters.push_back((letter.state.isDeleted ? "deleted: " : "") + text);
