@@ -18,6 +18,8 @@ using GroupPart = ColumnCachePlan::GroupItem::Part;
 
 // A row looked up by its key costs what so many cost in a pass over an index.
 constexpr size_t kLookupCost = 40;
+// Lookups between two questions whether to go on: a millisecond or so with long texts.
+constexpr size_t kLookupsToAsk = 32;
 
 // The condition with its literals, whatever their numbers in the statement are.
 std::string NameOf(const EngineSql& sql, const std::vector<Value>& literals) {
@@ -274,8 +276,13 @@ void ColumnCacheReader::KeepHolding(Places& places) {
   }
   if (!last.all) {
     Statement& statement = connection_.Ready(program_.cacheRow, literals_);
+    size_t looked = 0;
     for (uint32_t place : places) {
       if (!isUnknown(place)) continue;
+      // Each of the lookups is too short for the engine to ask.
+      if (++looked % kLookupsToAsk == 0 && connection_.session.Engine().AsksToStop()) {
+        throw Error(kStopped, "interrupted");
+      }
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{rows[place].key});
       last.hold[rows[place].key] = connection_.session.StepRead(statement);

@@ -284,5 +284,15 @@ TEST_F(ColumnCacheTest, ALookAtTheListCostsNoPassOverTheTable) {
   EXPECT_EQ(Kept().RowsReadAgain(), 1);
 }
 
+TEST_F(ColumnCacheTest, LookingAtRowsOneByOneCanBeStoppedAndGoesOn) {
+  const std::string sql =
+      "SELECT FromTo, Count(*) AS N FROM Email WHERE ReceivedTime BETWEEN #01/01/1000# AND "
+      "#12/31/9000# AND Active Is Null AND Email.Body Like '%b%' GROUP BY FromTo";
+  connection_.SetProgressHandler([] { return true; });
+  EXPECT_EQ(ErrorOf([&] { GroupsOf(sql); }), kInterrupted);
+  connection_.SetProgressHandler({});
+  EXPECT_EQ(GroupsOf(sql), GroupsOf(sql + ", FromTo"));
+}
+
 }  // namespace
 }  // namespace tarnwick::jet
