@@ -14,6 +14,7 @@
 #include "core/text.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery_steps.h"
+#include "oe/identity_stores.h"
 #include "oe/state.h"
 #include "oe/store_search.h"
 #include "platform/charset.h"
@@ -254,11 +255,6 @@ std::string FullNameOf(const FoldersByNumber& folders, const FolderRow& folder) 
 }
 
 }  // namespace
-
-std::string StoreKeyOf(const std::string& identity) {
-  return std::string(kIdentitiesKey) + "\\" + identity +
-         "\\Software\\Microsoft\\Outlook Express\\5.0";
-}
 
 platform::Registry& OwnersRegistry() {
   auto& registry = State().OpenedRegistry;
