@@ -79,7 +79,7 @@ struct ColumnCachePlan {
 
 struct ReadPlan {
   bool keyed = false;
-  EngineSql all;  // not keyed
+  EngineSql all;              // not keyed
   EngineSql keys;             // keyed: the key
   EngineSql row;              // keyed: the items, by kKeyParameter
   bool repeatsKeys = false;   // a key may come more than once; only its first time counts
