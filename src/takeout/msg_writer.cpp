@@ -148,7 +148,8 @@ class Properties {
     if (utf8.empty()) return;
     std::string wide = Wide(utf8);
     // With the two bytes of the zero that the stream leaves out.
-    Stream(property, kText, wide.size() + 2, std::move(wide));
+    size_t size = wide.size() + 2;
+    Stream(property, kText, size, std::move(wide));
   }
   void Bytes(Property property, std::string bytes) {
     size_t size = bytes.size();
