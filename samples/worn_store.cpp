@@ -46,7 +46,7 @@ IndexedMessage WornStore::NewMessage() {
   bool hasId = texts_.size() % 4 != 0;
   if (hasId) message.messageId = "<" + number + "@example.org>";
   bool hasParts = texts_.size() % 3 == 0;
-  std::string body = Words(random_, random_() % (12 * kRoom));
+  std::string body = Words(random_, random_() % (size_t{12} * kRoom));
   message.text =
       "From: Bob Kern <bob@example.org>\r\nTo: Ann <ann@example.org>\r\nSubject: Number " + number +
       "\r\nDate: Mon, 5 Jan 2004 10:" + std::to_string(10 + texts_.size() / 60 % 50) + ":" +
@@ -102,6 +102,7 @@ void WornStore::Finish() {
   uint32_t left = 0;
   uint32_t count = 0;
   DbxImage& image = store_.Image();
+  size_t leafSize = written_.size() < 10'000 ? 50 : 250;  // the root has room for 255
   auto close = [&] {
     uint32_t node = image.AddNode(leaf);
     (root.empty() ? left : root.back().child) = node;
@@ -110,7 +111,7 @@ void WornStore::Finish() {
   for (const Written& message : written_) {
     if (message.isDeleted) continue;
     ++count;
-    if (leaf.size() == 50) {
+    if (leaf.size() == leafSize) {
       close();
       root.push_back({message.places.info, 0});
     } else {

@@ -91,23 +91,29 @@ void LostMail::MarkTree(const std::string& path) {
   while (std::optional<uint32_t> value = walk.Next()) MarkTreeMessage(*value);
 }
 
-// The blocks of a message that the tree leads to are its own, where its text is whole.
-void LostMail::MarkTreeMessage(uint32_t infoOffset) {
+// Of an object that is not of the form that indexes have.
+uint32_t LostMail::ReadFirstBlock(uint32_t infoOffset) {
   constexpr size_t kCountPlace = 10;
   std::string head(file_.Read(infoOffset, kInfoHead));
-  if (head.size() < kInfoHead || Get32(head, 0) != infoOffset) return;
+  if (head.size() < kInfoHead || Get32(head, 0) != infoOffset) return 0;
   InfoIndex index = ReadIndex(file_, infoOffset, Get32(head, 4), Get8(head, kCountPlace));
-  uint32_t first = NumberOf(file_, index, kFirstBlock, infoOffset).value_or(0);
+  return NumberOf(file_, index, kFirstBlock, infoOffset).value_or(0);
+}
+
+// The blocks of a message that the tree leads to are its own, where its text is whole.
+void LostMail::MarkTreeMessage(uint32_t infoOffset) {
+  auto info =
+      std::lower_bound(objects_.infos.begin(), objects_.infos.end(), infoOffset,
+                       [](const FoundInfo& each, uint32_t offset) { return each.offset < offset; });
+  bool isKnown = info != objects_.infos.end() && info->offset == infoOffset;
+  uint32_t first = isKnown ? info->firstBlock : ReadFirstBlock(infoOffset);
   Chain chain = Follow(first, 0);
   bool isWhole = chain.end == End::kEnd;
   for (size_t block : chain.blocks) {
     if (isWhole) objects_.blocks[block].owner = Owner::kTree;
   }
   if (isWhole) treeFirsts_.emplace(first, infoOffset);
-  auto info =
-      std::lower_bound(objects_.infos.begin(), objects_.infos.end(), infoOffset,
-                       [](const FoundInfo& each, uint32_t offset) { return each.offset < offset; });
-  if (info == objects_.infos.end() || info->offset != infoOffset) return;
+  if (!isKnown) return;
   auto number = static_cast<size_t>(info - objects_.infos.begin());
   isReached_[number] = true;
   isDone_[number] = isWhole || first == 0;

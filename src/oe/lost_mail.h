@@ -77,6 +77,7 @@ class LostMail {
   };
   enum class Match { kYes, kNo, kUnknown };
   void MarkTree(const std::string& path);
+  uint32_t ReadFirstBlock(uint32_t infoOffset);
   void MarkTreeMessage(uint32_t infoOffset);
   void InspectLost(const std::function<bool(int)>& goOn);
   void SettleClaims();

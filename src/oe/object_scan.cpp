@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
 #include <optional>
 #include <unordered_map>
 
@@ -35,6 +37,20 @@ constexpr uint32_t kMostHeads = 64;
 uint32_t WordAt(std::string_view bytes, size_t place) {
   const auto* at = reinterpret_cast<const unsigned char*>(bytes.data()) + place;
   return at[0] | uint32_t{at[1]} << 8 | uint32_t{at[2]} << 16 | uint32_t{at[3]} << 24;
+}
+
+// Whether one of sixteen words may be its own offset; the first one's is expected. Most of a file
+// goes by with no more than this.
+constexpr size_t kStride = 16;
+bool MayHoldObject(std::string_view bytes, size_t place, uint32_t expected) {
+  if constexpr (std::endian::native != std::endian::little) return true;
+  std::array<uint32_t, kStride> words;
+  std::memcpy(words.data(), bytes.data() + place, sizeof words);
+  uint32_t any = 0;
+  for (uint32_t i = 0; i < kStride; ++i) {
+    any |= static_cast<uint32_t>(words[i] == expected + uint32_t{kWord} * i);
+  }
+  return any != 0;
 }
 
 bool IsControl(char c) {
@@ -80,7 +96,8 @@ int CountEntries(std::string_view bytes, uint32_t bodyLength) {
 std::optional<FoundInfo> ReadInfoObject(std::string_view bytes, uint32_t offset) {
   constexpr size_t kLeastEntries = 3;
   constexpr size_t kCountPlace = 10;
-  FoundInfo info{offset};
+  FoundInfo info;
+  info.offset = offset;
   uint32_t bodyLength = Get32(bytes, 4);
   if (bytes.size() < kInfoHead + kLeastEntries * kWord || bodyLength > kMostInfo ||
       bodyLength < kLeastEntries * kWord) {
@@ -96,16 +113,21 @@ std::optional<FoundInfo> ReadInfoObject(std::string_view bytes, uint32_t offset)
     return std::nullopt;
   }
   int former = -1;
-  bool hasText = false;
   for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
-    if (kInfoHead + kWord * (i + 1) > bytes.size()) return std::nullopt;
-    int number = Get8(bytes, kInfoHead + kWord * i) & ~kDirectFlag;
+    size_t place = kInfoHead + kWord * i;
+    if (place + kWord > bytes.size()) return std::nullopt;
+    int number = Get8(bytes, place) & ~kDirectFlag;
     if (isFreed && i == 1) continue;
     if (number <= former) return std::nullopt;
-    hasText = hasText || number == kFirstBlock;
     former = number;
+    if (number != kFirstBlock) continue;
+    info.firstBlock = Get24(bytes, place + 1);
+    if ((Get8(bytes, place) & kDirectFlag) == 0) {
+      size_t value = kInfoHead + kWord * static_cast<size_t>(count) + info.firstBlock;
+      info.firstBlock = value + kWord <= bytes.size() ? Get32(bytes, value) : 0;
+    }
   }
-  if (!hasText) return std::nullopt;
+  if (info.firstBlock == 0) return std::nullopt;
   return info;
 }
 
@@ -146,7 +168,14 @@ class Scan {
 void Scan::LookThrough(std::string_view bytes, uint64_t start) {
   size_t most = std::min(kPiece, bytes.size() - bytes.size() % kWord);
   auto expected = static_cast<uint32_t>(start + static_cast<uint64_t>(objects_.origin));
+  constexpr size_t kBytes = kStride * kWord;
   for (size_t place = 0; place + kWord <= most; place += kWord, expected += kWord) {
+    while (place % kBytes == 0 && place + kBytes <= most &&
+           !MayHoldObject(bytes, place, expected)) {
+      place += kBytes;
+      expected += uint32_t{kBytes};
+    }
+    if (place + kWord > most) return;
     uint32_t word = WordAt(bytes, place);
     if (word != expected || word == 0) continue;
     std::string_view object = bytes.substr(place, kOverlap);

@@ -39,6 +39,7 @@ struct FoundBlock {
 
 struct FoundInfo {
   uint32_t offset = 0;
+  uint32_t firstBlock = 0;
   // Of an object that was freed, whose own number is overwritten; else 0.
   uint8_t entryCount = 0;
   bool isOverlaid = false;

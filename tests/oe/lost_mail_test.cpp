@@ -111,6 +111,8 @@ TEST_F(LostMailTest, WhatTheTreeLeadsToIsNotLostAndABrokenNodeCostsNothing) {
   store.FinishInLevels(3, 3);
   EXPECT_EQ(Recover(store.Bytes()).size(), 0U);
   EXPECT_EQ(Recover(store.Bytes(), true).size(), 60U);  // a copy has no tree
+  LostMail stopped(WriteTemp("Worn.dbx", store.Bytes()), true, [](int) { return false; });
+  EXPECT_FALSE(stopped.Next());
   uint32_t root = store.Image().Get32(0xE4);
   store.Image().Put32(store.Image().Get32(root + 8), 1);
   EXPECT_GT(Recover(store.Bytes()).size(), 10U);
