@@ -124,12 +124,12 @@ void WornStore::Finish() {
   bytes_ = store_.Bytes();
 }
 
-void WornStore::Overwrite(int percent) {
+void WornStore::Overwrite(int percent, bool leavesHeads) {
   for (const Written& message : written_) {
     for (uint32_t block : message.places.blocks) {
       if (static_cast<int>(random_() % 100) >= percent) continue;
-      for (uint32_t i = 0; i < kBlockHead + kRoom; ++i) {
-        bytes_[block + i] = static_cast<char>(random_());
+      for (uint32_t i = leavesHeads ? kBlockHead : 0; i < kBlockHead + kRoom; ++i) {
+        bytes_[block + i] = leavesHeads ? '\0' : static_cast<char>(random_());
       }
     }
   }

@@ -33,8 +33,9 @@ class WornStore {
   // The tree of all that is not deleted.
   void Finish();
 
-  // Behind Finish. Writes random bytes over this share of the blocks, in percent.
-  void Overwrite(int percent);
+  // Behind Finish. Writes random bytes over this share of the blocks, in percent, or zeros
+  // over their texts alone.
+  void Overwrite(int percent, bool leavesHeads = false);
   // Leaves the first so many percent of the file.
   void Cut(int percent);
   void ZeroHead();

@@ -55,13 +55,17 @@ bool MayHoldObject(std::string_view bytes, size_t place, uint32_t expected) {
 
 bool IsControl(char c) {
   auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 && c != '\t' && c != '\n' && c != '\r' && c != '\f' && byte != 0x1B;
+  constexpr unsigned char kEndOfFile = 0x1A;  // some programs of old ended a text with it
+  constexpr unsigned char kEscape = 0x1B;
+  return byte < 0x20 && c != '\t' && c != '\n' && c != '\r' && c != '\f' && byte != kEndOfFile &&
+         byte != kEscape;
 }
 
-// Mail holds hardly a control character; anything else that was written over it does.
+// Mail holds hardly a control character; anything else that was written over it does, but another
+// text.
 bool IsText(std::string_view text) {
   auto controls = static_cast<size_t>(std::count_if(text.begin(), text.end(), IsControl));
-  return controls <= 4 || controls * 64 <= text.size();
+  return controls * 64 <= text.size();
 }
 
 std::optional<FoundBlock> ReadBlock(std::string_view bytes, uint32_t offset, bool isFilesEnd) {

@@ -66,6 +66,7 @@ TEST_F(LostMailTest, WornStoresGiveBackWhatIsIntactAndNothingThatIsMixed) {
       {"tenth overwritten", [](WornStore& s) { s.Finish(), s.ZeroHead(), s.Overwrite(10); }},
       {"half overwritten", [](WornStore& s) { s.Finish(), s.ZeroHead(), s.Overwrite(50); }},
       {"most overwritten", [](WornStore& s) { s.Finish(), s.ZeroHead(), s.Overwrite(90); }},
+      {"texts overwritten", [](WornStore& s) { s.Finish(), s.ZeroHead(), s.Overwrite(10, true); }},
       {"unlisted", [](WornStore& s) { Delete(s, Freeing::kUnlisted); }},
       {"freed", [](WornStore& s) { Delete(s, Freeing::kFreed); }},
       {"blocks freed", [](WornStore& s) { Delete(s, Freeing::kBlocksToo); }, 0, 200},
@@ -123,6 +124,13 @@ TEST_F(LostMailTest, HostileFilesCostNoMoreThanTheirSize) {
   MessageStoreBuilder words;
   for (uint32_t i = 0; i < 200'000; ++i) words.Image().AddObject(std::string(4, '\0'));
   EXPECT_EQ(Recover(words.Bytes()).size(), 0U);
+
+  MessageStoreBuilder small;  // blocks without a text, one behind the other
+  for (uint32_t i = 0; i < 20'000; ++i) {
+    small.Image().AddObject(std::string(4, '\0') + '\4' + std::string(11, '\0'));
+  }
+  LostMail crowded(WriteTemp("Worn.dbx", small.Bytes()), false, [](int) { return true; });
+  EXPECT_THAT(crowded.Remark(), HasSubstr("more objects than it can hold"));
 
   MessageStoreBuilder chains;
   IndexedMessage letter = MailOf("long");
