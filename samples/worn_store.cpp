@@ -70,7 +70,7 @@ void WornStore::DeleteEvery(int n, Freeing freeing) {
   for (size_t i = 0; i < written_.size(); i += static_cast<size_t>(n)) {
     Written& message = written_[i];
     message.isDeleted = true;
-    freed_.insert(freed_.end(), message.places.blocks.begin(), message.places.blocks.end());
+    freed_.push_back(message.places.blocks);
     uint32_t info = message.places.info;
     if (freeing != Freeing::kUnlisted) {
       image.Free(info, image.Get32(info + 4) + 20, freedInfo);
@@ -85,13 +85,21 @@ void WornStore::DeleteEvery(int n, Freeing freeing) {
 }
 
 void WornStore::Reuse(int messages, bool fromTheEnd, bool isListed) {
-  if (fromTheEnd) std::reverse(freed_.begin(), freed_.end());
+  size_t next = 0;
   for (int i = 0; i < messages; ++i) {
     IndexedMessage message = NewMessage();
-    size_t blocks = std::min(freed_.size(), (message.text.size() + kRoom - 1) / kRoom);
-    auto end = freed_.begin() + static_cast<std::ptrdiff_t>(blocks);
-    message.reusedBlocks.assign(freed_.begin(), end);
-    freed_.erase(freed_.begin(), end);
+    size_t blocks = (message.text.size() + kRoom - 1) / kRoom;
+    while (message.reusedBlocks.size() < blocks && next < freed_.size()) {
+      std::vector<uint32_t>& freed = freed_[next];
+      if (freed.empty()) {
+        ++next;
+        continue;
+      }
+      auto taken = fromTheEnd ? freed.end() - 1 : freed.begin();
+      message.reusedBlocks.push_back(*taken);
+      freed.erase(taken);
+    }
+    if (fromTheEnd) ++next;
     written_.push_back({message.text, store_.AddMessage(message), !isListed});
   }
 }

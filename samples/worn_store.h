@@ -27,8 +27,9 @@ class WornStore {
   };
   // Takes every n-th message out of the tree; kept until Finish.
   void DeleteEvery(int n, Freeing freeing);
-  // Writes new messages over the blocks of the deleted ones, which are taken from the end, as from
-  // a stack, or from the beginning. isListed: the new ones stand in the tree.
+  // Writes new messages over the blocks of the deleted ones: each over the last blocks of one of
+  // them, the last first, or over all blocks from the first on. isListed: the new ones stand in the
+  // tree.
   void Reuse(int messages, bool fromTheEnd, bool isListed);
   // The tree of all that is not deleted.
   void Finish();
@@ -61,7 +62,7 @@ class WornStore {
   std::mt19937 random_;
   std::vector<Written> written_;
   std::vector<std::string> texts_;
-  std::vector<uint32_t> freed_;
+  std::vector<std::vector<uint32_t>> freed_;  // by message
   std::string bytes_;
 };
 
