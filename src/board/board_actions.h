@@ -33,6 +33,7 @@ class BoardActions : public QObject {
   QAction* contacts = nullptr;
   QAction* options = nullptr;
   QAction* lastLoad = nullptr;
+  QAction* findLost = nullptr;
   QAction* markAllNotHot = nullptr;
   QAction* moveHtml = nullptr;
   QAction* helpTopics = nullptr;

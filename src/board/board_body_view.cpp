@@ -46,7 +46,7 @@ void AddMenus(const BoardParts& parts) {
           {a.showEmail, a.openWindow, a.attachments, nullptr, a.findInLetter, a.showRelated,
            a.toggleHot, nullptr, a.print, a.savePdf, a.headers, a.source});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
-          {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
+          {a.contacts, a.options, a.findLost, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
   AddMenu(window, BoardActions::tr("&Help"), "mnuHelp", {a.helpTopics, a.about});
 }
 

@@ -41,6 +41,11 @@ struct ReadingRules {
   // Otherwise an implausible beginning is taken to be where the message before ended.
   bool indexedText = false;
 
+  // When a store has been read, messages that nothing in it leads to any more are looked for as
+  // well: deleted ones, what a broken file still holds, copies left by compacting. They are stored
+  // in folders of their own.
+  bool lostMail = false;
+
   // --- How a message's headers are read.
 
   // The time of sending is the first that is sound: of the Date header, the store's times of

@@ -56,6 +56,7 @@ struct Info {
   uint32_t firstBlock = 0;
   uint32_t indexedBlock = 0;  // what the index says where the fourth entry is a place; 0 for none
   DateTime date;
+  bool isFreed = false;
 
   // Bytes from the object's beginning to its data area.
   uint64_t DataPlace() const { return kInfoHead + 4 * static_cast<uint64_t>(entryCount); }
@@ -154,6 +155,8 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
     return reading.GiveUp("its date is missing, before 1990 or after 2009");
   }
   InfoIndex index = ReadIndex(file, offset, info.bodyLength, info.entryCount);
+  // A link of the list of freed objects stands in the place of the flags.
+  if (info.isFreed && index.entries.size() > 1) index.entries[1] = {kDirectFlag | 0x01, 0};
   uint64_t dataStart = uint64_t{offset} + info.DataPlace();
   uint64_t behind = dataStart;
   if (hasDate) behind = ReadDate(file, offset, place, index, info, reading);
@@ -297,15 +300,19 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading)
 
 }  // namespace
 
-std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset) {
+std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, int entryCount) {
   try {
     std::string_view head = file.Read(infoOffset, kMinInfoSize);
     if (head.size() < kMinInfoSize || Get32(head, 0) != infoOffset) return std::nullopt;
     std::optional<Info> info = ReadInfoHead(file, infoOffset, {});
     ReadMessage message;
     Reading reading{message, intake::kComplete};
+    if (info && entryCount != 0) {
+      info->entryCount = entryCount;
+      info->isFreed = true;
+    }
     if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
-    return std::move(message.info);
+    return PeekedMessage{std::move(message.info), message.times, info->firstBlock};
   } catch (const Error&) {
     return std::nullopt;
   }

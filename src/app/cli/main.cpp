@@ -29,7 +29,7 @@ constexpr const char* kUsage =
     R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
        tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full] [--reading designed|complete]
-         [--folders drafts,deleted,outbox]
+         [--folders drafts,deleted,outbox] [--rescue]
   find   PATH [--json]
   take   FILE...
   list   [--search WORDS]
