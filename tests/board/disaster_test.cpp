@@ -22,8 +22,11 @@
 #include "maintenance/check.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
+#include "maintenance/protect.h"
 #include "maintenance/restore.h"
 #include "maintenance/unfinished_restore.h"
+#include "repository/file_key.h"
+#include "repository/keys.h"
 #include "repository/schema.h"
 #include "samples/profile_builder.h"
 #include "support/faults.h"
@@ -39,6 +42,7 @@ using testing::DiskFault;
 using testing::FaultyDisk;
 
 constexpr char kOlder[] = "an older backup";
+constexpr char kPassword[] = "a password of Ann's own";
 
 struct Operation {
   const char* name;
@@ -58,6 +62,7 @@ struct Tally {
 class Disaster : public testing::ProgramFixture {
  protected:
   Disaster() {
+    repository::SetKeyCostOverride({{.passes = 1, .memoryPower = 13}});
     testing::StartOnFaultyDisk();
     MakeFiles();
   }
@@ -185,6 +190,10 @@ class Disaster : public testing::ProgramFixture {
            repository::SetLastLoaded(DateTime::FromDate(2020, 6, 15));
            return core::State().ReportedErrors == errors;
          }},
+        {"protect", 0,
+         [] {
+           return maintenance::ProtectRepository(platform::Secret(kPassword)) == Result::kDone;
+         }},
     };
   }
 
@@ -201,6 +210,7 @@ class Disaster : public testing::ProgramFixture {
       platform::WriteFile(folder_.File(repository::kRepositoryFile), unindexed_);
     }
     core::State().StopFlag = core::State().ImportCancelFlag = false;
+    repository::ForgetKeys();
     Again(operation);
   }
 
@@ -208,12 +218,17 @@ class Disaster : public testing::ProgramFixture {
     bool replaces = platform::FileExists(folder_.File("new.twb"));
     ui_.yesNo.assign(static_cast<size_t>(operation.questions) + (replaces ? 1 : 0), true);
     ui_.folders = {std::nullopt};  // asked where the setting can't be read
-    ui_.declinesOthers = true;     // what is asked where a store looks damaged
+    ui_.passwords.clear();
+    if (!repository::MarkOf(folder_.File(repository::kRepositoryFile)).empty()) {
+      ui_.passwords = {kPassword};
+    }
+    ui_.declinesOthers = true;  // what is asked where a store looks damaged
     ui_.shown.clear();
   }
 
   void ForgetAnswers() {
     ui_.yesNo.clear();
+    ui_.passwords.clear();
     ui_.folders.clear();
   }
 
@@ -250,7 +265,8 @@ class Disaster : public testing::ProgramFixture {
       repository::DisconnectRepository();
       run.calls[kind] = disk.Calls() - began;
     }
-    bool changes = std::string("backup export search").find(operation.name) == std::string::npos;
+    bool changes =
+        std::string("backup export search protect").find(operation.name) == std::string::npos;
     EXPECT_EQ(run.before != run.after, changes) << operation.name;
     run.calls[DiskFault::kShortWrite] = run.calls[DiskFault::kKill] = run.calls[DiskFault::kFull];
     return run;
