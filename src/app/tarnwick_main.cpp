@@ -10,7 +10,6 @@
 
 #include "application_setup.h"
 #include "board/list_query.h"
-#include "board/main_board_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
@@ -20,6 +19,7 @@
 #include "qt_user_interface.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
+#include "window_session.h"
 
 namespace {
 
@@ -55,22 +55,21 @@ void TakePicture(QApplication& application, QWidget& window, const QString& file
 
 int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
               const QString& picture) {
-  tarnwick::board::MainBoard window;
-  ui.SetWindow(&window);
-  if (!window.Load()) return kFailed;
-  window.show();
+  tarnwick::app::WindowSession session(ui);
+  if (!session.Open()) return kFailed;
   tarnwick::platform::RaiseSocket calls(tarnwick::core::State().AppFolder);
   std::optional<QSocketNotifier> notifier;
   if (calls.Descriptor() >= 0) {
     notifier.emplace(calls.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&*notifier, &QSocketNotifier::activated, &window, [&] {
+    QObject::connect(&*notifier, &QSocketNotifier::activated, &session, [&] {
       if (!calls.TakeCalls()) return;
+      QWidget& window = session.Window();
       window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
       window.raise();
       window.activateWindow();
     });
   }
-  if (!picture.isEmpty()) TakePicture(application, window, picture);
+  if (!picture.isEmpty()) TakePicture(application, session.Window(), picture);
   return application.exec();
 }
 
@@ -89,7 +88,7 @@ int main(int argc, char** argv) {
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);
   tarnwick::board::ResetBoard();
-  tarnwick::repository::DisconnectRepository();
+  tarnwick::repository::LockRepository();
   tarnwick::core::State().Ui = nullptr;
   return status;
 }

@@ -4,8 +4,8 @@
 
 #include <sodium.h>
 
+#include <algorithm>
 #include <cassert>
-#include <cstring>
 #include <utility>
 
 #ifdef __linux__
@@ -43,7 +43,7 @@ Secret::Secret(size_t size) {
 }
 
 Secret::Secret(std::string_view bytes) : Secret(bytes.size()) {
-  if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
+  std::copy(bytes.begin(), bytes.end(), data_);
 }
 
 Secret::Secret(Secret&& other) noexcept
