@@ -4,7 +4,8 @@
 // Everything that writes, on a disk that fails and in a process that is killed, at one call after
 // the other. Afterwards the repository opens, the engine finds it sound, and every message, contact
 // and setting is as it was before or as an undisturbed run leaves it; a further run completes it.
-// TARNWICK_TRIALS sets how many trials there are of each kind (bench/disasters.sh: many).
+// TARNWICK_TRIALS sets how many trials there are of each kind (bench/disasters.sh: many),
+// TARNWICK_OPERATION of which operation alone.
 
 #include <cstdio>
 #include <random>
@@ -136,7 +137,17 @@ class Disaster : public testing::ProgramFixture {
     platform::RemoveFile(core::State().TempMessageFile);
   }
 
+  // All of them, or the one that TARNWICK_OPERATION names.
   std::vector<Operation> Operations() {
+    std::vector<Operation> operations = EveryOperation();
+    const char* only = std::getenv("TARNWICK_OPERATION");
+    std::erase_if(operations, [only](const Operation& operation) {
+      return only != nullptr && std::string(operation.name) != only;
+    });
+    return operations;
+  }
+
+  std::vector<Operation> EveryOperation() {
     return {
         {"load", 0,
          [] {
