@@ -52,8 +52,8 @@ bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
 // Asks for the password of a protected repository unless its key is known.
 bool OpenRepository(bool clearAll);
 void DisconnectRepository();
-// Closes the repository and forgets the key of a protected one: OpenRepository asks for its password
-// again.
+// Closes the repository and forgets the key of a protected one: OpenRepository asks for its
+// password again.
 void LockRepository();
 bool ClearRepository();
 // After rows were copied in from another file: no message or contact gets a key that rows left of a
