@@ -24,7 +24,6 @@ namespace tarnwick::app {
 namespace {
 
 constexpr int kLookMilliseconds = 5000;
-// Until a dialog that was closed has left the stack.
 constexpr int kAgainMilliseconds = 50;
 
 }  // namespace
@@ -35,6 +34,9 @@ WindowSession::WindowSession(QtUserInterface& ui)
   look_.setInterval(kLookMilliseconds);
   connect(&look_, &QTimer::timeout, this,
           [this] { LockIfIdle(QDateTime::currentMSecsSinceEpoch()); });
+  again_.setSingleShot(true);
+  again_.setInterval(kAgainMilliseconds);
+  connect(&again_, &QTimer::timeout, this, &WindowSession::Lock);
 }
 
 WindowSession::~WindowSession() = default;
@@ -72,10 +74,7 @@ bool WindowSession::CloseDialogs() {
 
 void WindowSession::Lock() {
   if (window_ == nullptr || window_->IsBusy() || !maintenance::IsProtected()) return;
-  if (!CloseDialogs()) {
-    QTimer::singleShot(kAgainMilliseconds, this, &WindowSession::Lock);
-    return;
-  }
+  if (!CloseDialogs()) return again_.start();
   look_.stop();
   ShowLocked();
   window_->close();  // keeps its layout

@@ -48,6 +48,7 @@ class WindowSession : public QObject {
   std::unique_ptr<board::MainBoard> window_;
   std::unique_ptr<QWidget> locked_;
   QTimer look_;
+  QTimer again_;  // until the dialog that was closed is gone
   qint64 lastInput_;
 };
 

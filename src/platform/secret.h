@@ -9,7 +9,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace tarnwick::platform {
@@ -38,9 +37,6 @@ class Secret {
   char* data_ = nullptr;
   size_t size_ = 0;
 };
-
-// Overwrites a text before it is let go.
-void Wipe(std::string& text);
 
 void FillRandom(char* bytes, size_t count);
 
