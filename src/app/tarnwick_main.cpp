@@ -13,13 +13,13 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
-#include "window_session.h"
 
 namespace {
 
@@ -55,21 +55,21 @@ void TakePicture(QApplication& application, QWidget& window, const QString& file
 
 int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
               const QString& picture) {
-  tarnwick::app::WindowSession session(ui);
-  if (!session.Open()) return kFailed;
+  tarnwick::app::LockableWindow lockable(ui);
+  if (!lockable.Open()) return kFailed;
   tarnwick::platform::RaiseSocket calls(tarnwick::core::State().AppFolder);
   std::optional<QSocketNotifier> notifier;
   if (calls.Descriptor() >= 0) {
     notifier.emplace(calls.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&*notifier, &QSocketNotifier::activated, &session, [&] {
+    QObject::connect(&*notifier, &QSocketNotifier::activated, &lockable, [&] {
       if (!calls.TakeCalls()) return;
-      QWidget& window = session.Window();
+      QWidget& window = lockable.Window();
       window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
       window.raise();
       window.activateWindow();
     });
   }
-  if (!picture.isEmpty()) TakePicture(application, session.Window(), picture);
+  if (!picture.isEmpty()) TakePicture(application, lockable.Window(), picture);
   return application.exec();
 }
 

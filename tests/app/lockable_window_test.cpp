@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "window_session.h"
+#include "lockable_window.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -20,14 +20,14 @@
 namespace tarnwick::app {
 namespace {
 
-class Session : public testing::ProgramFixture {
+class LockableWindowTest : public testing::ProgramFixture {
  protected:
-  Session() {
+  LockableWindowTest() {
     repository::SetKeyCostOverride({{.passes = 1, .memoryPower = 13}});
     testing::StoreVariedMessages(3);
   }
-  ~Session() override {
-    session_.reset();
+  ~LockableWindowTest() override {
+    lockable_.reset();
     board::ResetBoard();
     repository::SetKeyCostOverride({});
   }
@@ -37,64 +37,64 @@ class Session : public testing::ProgramFixture {
       ASSERT_EQ(maintenance::ProtectRepository(platform::Secret(password)),
                 maintenance::Result::kDone);
     }
-    session_.emplace(qt_);
-    ASSERT_TRUE(session_->Open());
+    lockable_.emplace(qt_);
+    ASSERT_TRUE(lockable_->Open());
     QApplication::processEvents();
   }
-  board::MainBoard* Board() { return qobject_cast<board::MainBoard*>(&session_->Window()); }
+  board::MainBoard* Board() { return qobject_cast<board::MainBoard*>(&lockable_->Window()); }
 
   QtUserInterface qt_;
-  std::optional<WindowSession> session_;
+  std::optional<LockableWindow> lockable_;
 };
 
-TEST_F(Session, LockedNothingOfTheMailIsLeftUntilThePasswordIsGiven) {
+TEST_F(LockableWindowTest, LockedNothingOfTheMailIsLeftUntilThePasswordIsGiven) {
   Start("own");
   ASSERT_EQ(Board()->Grid().model()->rowCount(), 3);
   QPointer<QDialog> letter = new QDialog(Board());
   letter->open();
-  session_->Lock();  // what is open over the window goes first
-  EXPECT_FALSE(letter->isVisible() || session_->IsLocked());
+  lockable_->Lock();  // what is open over the window goes first
+  EXPECT_FALSE(letter->isVisible() || lockable_->IsLocked());
   Board()->Actions().lock->trigger();
   QApplication::processEvents();
-  ASSERT_TRUE(session_->IsLocked());
+  ASSERT_TRUE(lockable_->IsLocked());
   EXPECT_FALSE(RepositoryDb().IsOpen());
   EXPECT_EQ(letter, nullptr);
   for (QWidget* widget : QApplication::topLevelWidgets()) {
-    EXPECT_TRUE(widget == &session_->Window() || !widget->isVisible());
+    EXPECT_TRUE(widget == &lockable_->Window() || !widget->isVisible());
     EXPECT_EQ(widget->findChild<board::EmailGridView*>(), nullptr);
   }
-  testing::CheckControls(session_->Window());
+  testing::CheckControls(lockable_->Window());
 
   ui_.passwords = {"wrong", ""};
-  session_->Unlock();
-  EXPECT_TRUE(session_->IsLocked());
+  lockable_->Unlock();
+  EXPECT_TRUE(lockable_->IsLocked());
   ui_.passwords = {"own"};
-  session_->Unlock();
-  ASSERT_FALSE(session_->IsLocked());
+  lockable_->Unlock();
+  ASSERT_FALSE(lockable_->IsLocked());
   EXPECT_EQ(Board()->Grid().model()->rowCount(), 3);
 }
 
-TEST_F(Session, OnlyAProtectedRepositoryIsLockedAndOnlyAfterTheMinutesOfTheOptions) {
+TEST_F(LockableWindowTest, OnlyAProtectedRepositoryIsLockedAndOnlyAfterTheMinutesOfTheOptions) {
   const qint64 now = QDateTime::currentMSecsSinceEpoch();
   constexpr qint64 kMinute = 60'000;
   Start("");
-  session_->LockIfIdle(now + 1000 * kMinute);
+  lockable_->LockIfIdle(now + 1000 * kMinute);
   Board()->Actions().lock->trigger();
   QApplication::processEvents();
-  EXPECT_FALSE(session_->IsLocked());
+  EXPECT_FALSE(lockable_->IsLocked());
   EXPECT_THAT(ui_.Shown("box"), ElementsAre(HasSubstr("File, Protect")));
-  session_.reset();
+  lockable_.reset();
   board::ResetBoard();
 
   Start("own");
-  session_->LockIfIdle(now + 10 * kMinute);
-  EXPECT_FALSE(session_->IsLocked());
+  lockable_->LockIfIdle(now + 10 * kMinute);
+  EXPECT_FALSE(lockable_->IsLocked());
   options::SetLockMinutes(0);
-  session_->LockIfIdle(now + 1000 * kMinute);
-  EXPECT_FALSE(session_->IsLocked());
+  lockable_->LockIfIdle(now + 1000 * kMinute);
+  EXPECT_FALSE(lockable_->IsLocked());
   options::SetLockMinutes(15);
-  session_->LockIfIdle(now + 17 * kMinute);
-  EXPECT_TRUE(session_->IsLocked());
+  lockable_->LockIfIdle(now + 17 * kMinute);
+  EXPECT_TRUE(lockable_->IsLocked());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "window_session.h"
+#include "lockable_window.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -28,7 +28,7 @@ constexpr int kAgainMilliseconds = 50;
 
 }  // namespace
 
-WindowSession::WindowSession(QtUserInterface& ui)
+LockableWindow::LockableWindow(QtUserInterface& ui)
     : ui_(ui), lastInput_(QDateTime::currentMSecsSinceEpoch()) {
   qApp->installEventFilter(this);
   look_.setInterval(kLookMilliseconds);
@@ -36,21 +36,21 @@ WindowSession::WindowSession(QtUserInterface& ui)
           [this] { LockIfIdle(QDateTime::currentMSecsSinceEpoch()); });
   again_.setSingleShot(true);
   again_.setInterval(kAgainMilliseconds);
-  connect(&again_, &QTimer::timeout, this, &WindowSession::Lock);
+  connect(&again_, &QTimer::timeout, this, &LockableWindow::Lock);
 }
 
-WindowSession::~WindowSession() = default;
+LockableWindow::~LockableWindow() = default;
 
-QWidget& WindowSession::Window() {
+QWidget& LockableWindow::Window() {
   if (locked_ != nullptr) return *locked_;
   return *window_;
 }
 
-bool WindowSession::Open() {
+bool LockableWindow::Open() {
   window_ = std::make_unique<board::MainBoard>();
   ui_.SetWindow(window_.get());
   // Queued: the window does not outlive the lock.
-  connect(window_.get(), &board::MainBoard::LockAskedFor, this, &WindowSession::Lock,
+  connect(window_.get(), &board::MainBoard::LockAskedFor, this, &LockableWindow::Lock,
           Qt::QueuedConnection);
   if (!window_->Load()) return false;
   window_->show();
@@ -59,7 +59,7 @@ bool WindowSession::Open() {
 }
 
 // False while one is there: whoever runs it still needs the window and the repository.
-bool WindowSession::CloseDialogs() {
+bool LockableWindow::CloseDialogs() {
   if (QWidget* popup = QApplication::activePopupWidget()) popup->close();
   if (QWidget* modal = QApplication::activeModalWidget()) {
     if (auto* dialog = qobject_cast<QDialog*>(modal)) {
@@ -72,7 +72,7 @@ bool WindowSession::CloseDialogs() {
   return QThread::currentThread()->loopLevel() <= 1;
 }
 
-void WindowSession::Lock() {
+void LockableWindow::Lock() {
   if (window_ == nullptr || window_->IsBusy() || !maintenance::IsProtected()) return;
   if (!CloseDialogs()) return again_.start();
   look_.stop();
@@ -83,7 +83,7 @@ void WindowSession::Lock() {
   repository::LockRepository();
 }
 
-void WindowSession::ShowLocked() {
+void LockableWindow::ShowLocked() {
   locked_ = std::make_unique<QWidget>();
   locked_->setObjectName("Locked");
   locked_->setWindowTitle(window_->windowTitle());
@@ -94,7 +94,7 @@ void WindowSession::ShowLocked() {
   unlock->setDefault(true);
   auto* quit = new QPushButton(tr("&Quit"), locked_.get());
   quit->setObjectName("QuitLocked");
-  connect(unlock, &QPushButton::clicked, this, &WindowSession::Unlock, Qt::QueuedConnection);
+  connect(unlock, &QPushButton::clicked, this, &LockableWindow::Unlock, Qt::QueuedConnection);
   connect(quit, &QPushButton::clicked, locked_.get(), &QWidget::close);
   auto* column = new QVBoxLayout(locked_.get());
   auto* buttons = new QHBoxLayout;
@@ -110,7 +110,7 @@ void WindowSession::ShowLocked() {
   unlock->setFocus();
 }
 
-void WindowSession::Unlock() {
+void LockableWindow::Unlock() {
   if (!IsLocked() || !repository::OpenRepository(false)) return;
   lastInput_ = QDateTime::currentMSecsSinceEpoch();
   repository::ReadOptions();
@@ -120,7 +120,7 @@ void WindowSession::Unlock() {
   if (!isOpen) QApplication::exit(EXIT_FAILURE);
 }
 
-void WindowSession::LockIfIdle(qint64 now) {
+void LockableWindow::LockIfIdle(qint64 now) {
   if (window_ == nullptr || window_->IsBusy() || !maintenance::IsProtected()) return;
   constexpr qint64 kMinute = qint64{60} * 1000;
   qint64 minutes = options::LockMinutes();
@@ -128,7 +128,7 @@ void WindowSession::LockIfIdle(qint64 now) {
   if (minutes > 0 && std::abs(now - lastInput_) >= minutes * kMinute) Lock();
 }
 
-bool WindowSession::eventFilter(QObject* watched, QEvent* event) {
+bool LockableWindow::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
     case QEvent::KeyPress:
     case QEvent::MouseButtonPress:

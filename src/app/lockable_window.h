@@ -15,13 +15,13 @@
 
 namespace tarnwick::app {
 
-class WindowSession : public QObject {
+class LockableWindow : public QObject {
   Q_OBJECT
 
  public:
-  // ui outlives the session and shows its status in the session's window.
-  explicit WindowSession(QtUserInterface& ui);
-  ~WindowSession() override;
+  // ui outlives this and shows its status in the window.
+  explicit LockableWindow(QtUserInterface& ui);
+  ~LockableWindow() override;
 
   // Shows the open repository. False when its list can't be read; the reason has been shown.
   bool Open();
