@@ -39,7 +39,7 @@ void SetLogMailTexts(bool on) {
 
 int64_t LockMinutes() {
   constexpr int64_t kUnlessSet = 15;
-  constexpr int64_t kMost = 24 * 60;
+  constexpr int64_t kMost = int64_t{24} * 60;
   jet::Value stored = repository::GetParameter(kLockAfter, "1", repository::kAmountColumn);
   return stored.IsNull() ? kUnlessSet : std::clamp<int64_t>(stored.AsInt(), 0, kMost);
 }
