@@ -24,6 +24,8 @@ class BoardActions : public QObject {
   QAction* exportListed = nullptr;
   QAction* merge = nullptr;
   QAction* check = nullptr;
+  QAction* protect = nullptr;
+  QAction* lock = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* findMail = nullptr;
   QAction* saveMessages = nullptr;

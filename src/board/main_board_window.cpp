@@ -15,7 +15,9 @@
 #include "board/window_place.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
+#include "core/messages.h"
 #include "core/run_state.h"
+#include "maintenance/protect.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
@@ -74,6 +76,7 @@ void MainBoard::Connect() {
   auto* recent = new QMenu(this);
   actions.recentRepositories->setMenu(recent);
   connect(recent, &QMenu::aboutToShow, this, &MainBoard::FillRecent);
+  on(actions.lock, [this] { AskForLock(); });
   on(actions.contacts, [this] { OpenContacts(); });
   on(actions.options, [this] { options::frmOptions(ReadProfile, Mailers(), this).exec(); });
   on(actions.helpTopics,
@@ -108,6 +111,14 @@ void MainBoard::OfferCheck() {
       tr("The program did not come to its end the last time. <a href=\"check\">Check "
          "whether every message is whole</a>"));
   parts_.notice->show();
+}
+
+void MainBoard::AskForLock() {
+  if (maintenance::IsProtected()) {
+    emit LockAskedFor();
+  } else {
+    core::ShowMessage("The repository has no password of its own. File, Protect gives it one.");
+  }
 }
 
 void MainBoard::FollowNotice() {

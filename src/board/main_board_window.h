@@ -46,12 +46,17 @@ class MainBoard : public QMainWindow {
   // True while a command runs that can be stopped.
   bool IsBusy() const { return work_->IsRunning(); }
 
+ signals:
+  // The person wants the repository locked; it is a protected one.
+  void LockAskedFor();
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 
  private:
   void Connect();
   void OfferCheck();
+  void AskForLock();
   void FollowNotice();
   void ChooseRepository(bool create);
   void SwitchRepository(const std::string& folder, bool create);

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/options.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "core/messages.h"
@@ -9,6 +10,12 @@
 #include "repository/parameter_store.h"
 
 namespace tarnwick::options {
+
+namespace {
+
+constexpr const char* kLockAfter = "LockAfter";
+
+}  // namespace
 
 bool IsUsed(const std::string& option) {
   return repository::GetOption(option);
@@ -28,6 +35,17 @@ void SetCompleteReading(bool on) {
 
 void SetLogMailTexts(bool on) {
   repository::SetOption("LogMailTexts", on);
+}
+
+int64_t LockMinutes() {
+  constexpr int64_t kUnlessSet = 15;
+  constexpr int64_t kMost = int64_t{24} * 60;
+  jet::Value stored = repository::GetParameter(kLockAfter, "1", repository::kAmountColumn);
+  return stored.IsNull() ? kUnlessSet : std::clamp<int64_t>(stored.AsInt(), 0, kMost);
+}
+
+void SetLockMinutes(int64_t minutes) {
+  repository::SetParameter(kLockAfter, "1", repository::kAmountColumn, minutes);
 }
 
 void RequestFullLoad() {

@@ -13,6 +13,7 @@
 #include "intake/store_message.h"
 #include "maintenance/export.h"
 #include "platform/files.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -32,7 +33,7 @@ std::string Pick(const char* const* texts, size_t count, int number) {
 
 void OpenWithPassword(jet::Connection& connection, const std::string& file) {
   connection.SetProperty(jet::kDataSourceProperty, file);
-  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetPasswords(repository::PasswordOf);
   connection.Open();
 }
 
