@@ -95,6 +95,20 @@ std::optional<DateTime> LocalTime(uint64_t fileTime) {
   return platform::LocalFromUnix(utc.Seconds());
 }
 
+// What the flags say of a message. Section "Flags".
+intake::MessageState StateOfFlags(std::optional<uint32_t> flags) {
+  intake::MessageState state;
+  if (!flags) return state;
+  auto has = [&](MessageFlag flag) { return (*flags & flag) != 0; };
+  state.isKnown = true;
+  state.isRead = has(kReadFlag);
+  state.isAnswered = has(kAnsweredFlag);
+  state.isForwarded = has(kForwardedFlag);
+  state.isFlagged = has(kFlaggedFlag);
+  state.isDraft = has(kDraftFlag);
+  return state;
+}
+
 // What complete reading takes of the index: times, first block and, where a search finds none that
 // is within the designed years, the date that is a part of the key. False when the object has been
 // looked at too often.
@@ -109,7 +123,10 @@ bool ReadByIndex(ByteReader& file, uint32_t offset, bool hasDate, InfoIndex& ind
   uint64_t sent = IndexedTime(file, index, kSentTime, offset);
   uint64_t received = IndexedTime(file, index, kReceivedTime, offset);
   uint64_t arrived = IndexedTime(file, index, kArrivedTime, offset);
-  reading.message.times = {LocalTime(sent), LocalTime(received), LocalTime(arrived)};
+  intake::StoreFacts& facts = reading.message.facts;
+  facts.sent = LocalTime(sent);
+  facts.received = LocalTime(received);
+  facts.arrived = LocalTime(arrived);
   if (!hasDate) {
     index.fileTime = sent != 0 ? sent : received != 0 ? received : arrived;
     info.date = FileTimeToDate(index.fileTime, true);
@@ -154,6 +171,7 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
     return reading.GiveUp("its date is missing, before 1990 or after 2009");
   }
   InfoIndex index = ReadIndex(file, offset, info.bodyLength, info.entryCount);
+  reading.message.facts.state = StateOfFlags(NumberOf(file, index, kFlags, offset));
   uint64_t dataStart = uint64_t{offset} + info.DataPlace();
   uint64_t behind = dataStart;
   if (hasDate) behind = ReadDate(file, offset, place, index, info, reading);

@@ -82,7 +82,7 @@ struct ReadMessage {
   MessageInfo info;
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
-  intake::StoreTimes times;
+  intake::StoreFacts facts;
 };
 
 // True when a message that the repository does not hold stands whole in TempMessageFile.
