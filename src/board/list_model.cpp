@@ -2,16 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_model.h"
 
-#include <QColor>
 #include <QFont>
-#include <QGuiApplication>
-#include <QPainter>
-#include <QPainterPath>
-#include <QPalette>
-#include <QPixmap>
 #include <algorithm>
 #include <limits>
 
+#include "board/list_signs_view.h"
 #include "core/guard.h"
 #include "repository/plain_text_view.h"
 #include "repository/repository.h"
@@ -21,50 +16,9 @@ namespace tarnwick::board {
 namespace {
 
 constexpr int kHotColumn = GridColumn(kActive);
+constexpr int kSubjectColumn = GridColumn(kSubject);
 // Some screens full; a row is a few hundred bytes.
 constexpr size_t kCachedRows = 1024;
-
-// A red that stands out on the palette's background, be it light or dark.
-QColor MarkColor() {
-  bool dark = QGuiApplication::palette().color(QPalette::Base).lightness() < 128;
-  return dark ? QColor(255, 120, 110) : QColor(180, 0, 0);
-}
-
-// Not among the columns of the list query, whose text is fixed: a look at one row of the index.
-bool HasFiles(int64_t id) {
-  jet::Recordset row;
-  row.Open("SELECT FilesNum FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
-  return !row.Eof() && row.Field(0).AsInt() > 0;
-}
-
-// Drawn in the colour of the text: not every font has one.
-QPixmap Paperclip() {
-  constexpr int kSide = 12;
-  constexpr qreal kSharp = 3;  // for screens of any density
-  static QPixmap drawn;
-  static QColor drawnIn;
-  QColor colour = QGuiApplication::palette().color(QPalette::Text);
-  if (!drawn.isNull() && drawnIn == colour) return drawn;
-  drawn = QPixmap(QSize(kSide, kSide) * kSharp);
-  drawn.setDevicePixelRatio(kSharp);
-  drawn.fill(Qt::transparent);
-  QPainter painter(&drawn);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(colour, 1.2));
-  painter.translate(kSide / 2.0, kSide / 2.0);
-  painter.rotate(35);
-  QPainterPath wire(QPointF(2.6, -2));
-  wire.lineTo(2.6, 2.6);
-  wire.arcTo(QRectF(-2.6, 0, 5.2, 5.2), 0, -180);
-  wire.lineTo(-2.6, -3.4);
-  wire.arcTo(QRectF(-2.6, -5.2, 3.6, 3.6), 180, -180);
-  wire.lineTo(1, 2.2);
-  wire.arcTo(QRectF(-1, 1.2, 2, 2), 0, -180);
-  wire.lineTo(-1, -2);
-  painter.drawPath(wire);
-  drawnIn = colour;
-  return drawn;
-}
 
 }  // namespace
 
@@ -108,7 +62,14 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
                  [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
   result.important = importance == "HIGH";
   result.hot = result.fields[kActive] == "+";
-  result.hasFiles = result.id != 0 && HasFiles(result.id);
+  if (result.id == 0) return result;
+  // Not among the columns of the list query, whose text is fixed.
+  jet::Recordset more;
+  more.Open("SELECT FilesNum, State FROM Email WHERE ID=" + std::to_string(result.id),
+            repository::RepositoryDb());
+  if (more.Eof()) return result;
+  result.hasFiles = more.Field(0).AsInt() > 0;
+  result.state = intake::StateOfStored(more.Field(1).AsText());
   return result;
 }
 
@@ -176,6 +137,20 @@ QString ListModel::Text(const Row& row, int column) const {
   return text.simplified();
 }
 
+QString ListModel::AccessibleText(const Row& row, int column) const {
+  if (column == kMarkColumn) {
+    QStringList marks;
+    if (row.important) marks << tr("High importance");
+    if (row.hasFiles) marks << tr("Has attachments");
+    return marks.join(", ");
+  }
+  if (column == kHotColumn) return row.hot ? tr("Hot") : QString();
+  QString text = Text(row, column);
+  if (column != kSubjectColumn) return text;
+  QString state = StateText(row.state);
+  return state.isEmpty() || text.isEmpty() ? text + state : text + QStringLiteral(", ") + state;
+}
+
 QVariant ListModel::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
     return {};
@@ -186,21 +161,15 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       return Text(RowAt(index.row()), column);
     case Qt::DecorationRole:
       if (column == kMarkColumn && RowAt(index.row()).hasFiles) return Paperclip();
+      if (column == kSubjectColumn) return StateSigns(RowAt(index.row()).state);
       return {};
     case Qt::ToolTipRole:
-      if (column == kMarkColumn || column == kHotColumn) {
-        return data(index, Qt::AccessibleTextRole);
+      if (column == kMarkColumn || column == kHotColumn || column == kSubjectColumn) {
+        return repository::TipText(AccessibleText(RowAt(index.row()), column));
       }
       return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
-      if (column == kMarkColumn) {
-        QStringList marks;
-        if (RowAt(index.row()).important) marks << tr("High importance");
-        if (RowAt(index.row()).hasFiles) marks << tr("Has attachments");
-        return marks.join(", ");
-      }
-      if (column == kHotColumn) return RowAt(index.row()).hot ? tr("Hot") : QString();
-      return Text(RowAt(index.row()), column);
+      return AccessibleText(RowAt(index.row()), column);
     case Qt::TextAlignmentRole:
       if (column == kMarkColumn || column == kHotColumn) return Qt::AlignCenter;
       return {};
@@ -208,7 +177,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       if (column == kMarkColumn) return MarkColor();
       return {};
     case Qt::FontRole:
-      if (column == kMarkColumn || RowAt(index.row()).hot) {
+      if (column == kMarkColumn || RowAt(index.row()).hot || RowAt(index.row()).state.IsUnread()) {
         QFont font;
         font.setBold(true);
         return font;

@@ -4,7 +4,8 @@
 // The message list as the grid sees it: a recordset's rows, each read when it is first shown and
 // kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 holds the mark of
 // important messages and a paperclip for those with files, the rest are repository::kListColumns in
-// their order.
+// their order. What was not read in the mail program is in bold letters; signs before the subject
+// tell what was replied to, forwarded and flagged there.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -15,6 +16,7 @@
 
 #include "board/email_list.h"
 #include "board/list_query.h"
+#include "intake/message_state.h"
 
 namespace tarnwick::board {
 
@@ -65,10 +67,12 @@ class ListModel : public QAbstractTableModel {
     bool important = false;
     bool hot = false;
     bool hasFiles = false;
+    intake::MessageState state;
   };
   const Row& RowAt(int row) const;
   static Row Read(jet::Recordset& list, int row, bool placeholder);
   QString Text(const Row& row, int column) const;
+  QString AccessibleText(const Row& row, int column) const;
 
   jet::Recordset* list_ = nullptr;
   bool placeholder_ = false;

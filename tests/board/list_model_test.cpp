@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QFont>
+#include <QPixmap>
 
 #include "board_rows.h"
 #include "support/program_fixture.h"
@@ -58,6 +59,34 @@ TEST_F(ListModelTest, ShowsWhatTheListHolds) {
   EXPECT_TRUE(model_.index(0, 2).data(Qt::FontRole).value<QFont>().bold());
   EXPECT_EQ(Cell(1, 0), "");
   EXPECT_FALSE(model_.index(1, 2).data(Qt::FontRole).isValid());
+}
+
+TEST_F(ListModelTest, TellsWhatWasNotReadAndWhatWasDone) {
+  const struct {
+    std::string state;
+    QString told;
+    int signs;
+  } cases[] = {{"", "s", 0},
+               {"S", "s", 0},
+               {"U", "s, not read", 0},
+               {"SRPF", "s, replied to, forwarded, flagged", 3},
+               {"UPD", "s, not read, forwarded, draft", 1}};
+  std::vector<int64_t> ids;
+  for (const auto& test : cases) {
+    ids.push_back(AddListed({.subject = "s"}));
+    Run("UPDATE Email SET State='" + test.state + "' WHERE ID=" + std::to_string(ids.back()));
+  }
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  for (size_t i = 0; i < ids.size(); ++i) {
+    QModelIndex subject = model_.index(model_.RowOf(ids[i]), 2);
+    EXPECT_EQ(subject.data(Qt::AccessibleTextRole).toString(), cases[i].told);
+    EXPECT_EQ(subject.data(Qt::ToolTipRole).toString(), cases[i].told);
+    EXPECT_EQ(subject.data().toString(), "s");
+    EXPECT_EQ(subject.data(Qt::FontRole).isValid(), cases[i].told.contains("not read"));
+    auto signs = subject.data(Qt::DecorationRole).value<QPixmap>();
+    EXPECT_EQ(signs.deviceIndependentSize().width(), 12 * cases[i].signs) << i;
+  }
 }
 
 TEST_F(ListModelTest, ThePlaceholderRowIsNoMessage) {
