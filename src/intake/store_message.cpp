@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "intake/message_fields.h"
 #include "intake/sender_rules.h"
+#include "intake/thread_ids.h"
 #include "intake/unfinished.h"
 #include "platform/charset.h"
 #include "platform/files.h"
@@ -98,9 +99,29 @@ int64_t StoreRecipients(int64_t id, const MailMessage& message) {
   return correspondent;
 }
 
+// The headers that a raw file begins with, and perhaps more. One that can't be read is reported
+// when it is stored.
+std::string HeadOf(const std::string& messageFile) {
+  std::string head;
+  try {
+    platform::InputFile file(messageFile);
+    for (size_t most : {size_t{4} * 1024, size_t{64} * 1024}) {
+      head.resize(std::min<uint64_t>(most, file.Size()));
+      head.resize(file.ReadAt(0, head.data(), head.size()));
+      bool hasAll =
+          head.find("\n\r\n") != std::string::npos || head.find("\n\n") != std::string::npos;
+      if (hasAll || head.size() < most) break;
+    }
+  } catch (const Error&) {
+    head.clear();
+  }
+  return head;
+}
+
 // Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
 // by half is taken up again.
-int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
+int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
+                     const std::string& messageFile) {
   int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
   if (unfinished == 0) {
     email.AddNew();
@@ -111,6 +132,7 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
   auto& latest = core::State().LatestReceivedTime;
   if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
   for (const MessageField& field : kMessageFields) SetField(email, field, message);
+  email.SetField("Thread", jet::Bytes{StoredThread(ThreadOfHeaders(HeadOf(messageFile)))});
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -144,7 +166,7 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     message.Application = application;
     message.Identity = identity;
     jet::CommitGroup group(RepositoryDb());
-    int64_t id = BeginMessage(email, message);
+    int64_t id = BeginMessage(email, message, messageFile);
     email.SetField("ProjectID",
                    dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
