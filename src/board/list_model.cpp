@@ -5,6 +5,8 @@
 #include <QFont>
 #include <algorithm>
 #include <limits>
+#include <numeric>
+#include <utility>
 
 #include "board/list_signs_view.h"
 #include "core/guard.h"
@@ -22,7 +24,7 @@ constexpr size_t kCachedRows = 1024;
 
 }  // namespace
 
-void ListModel::Bind(jet::Recordset& list, bool placeholder) {
+void ListModel::Bind(jet::Recordset& list, bool placeholder, std::vector<int> starts) {
   beginResetModel();
   list_ = &list;
   placeholder_ = placeholder;
@@ -35,7 +37,71 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
         return static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
       },
       core::Report::kLog);
+  starts_ = std::move(starts);
+  ShowGroups();
   endResetModel();
+}
+
+// The first letters, and the others of what is open.
+void ListModel::ShowGroups() {
+  shown_.clear();
+  if (!IsGrouped() || starts_.back() >= rows_) {
+    starts_.clear();
+    return;
+  }
+  shown_.reserve(starts_.size());
+  for (size_t group = 0; group < starts_.size(); ++group) {
+    int place = starts_[group];
+    shown_.push_back(place);
+    bool isOpen =
+        !opened_.empty() && EndOf(group) > place + 1 && opened_.contains(IdOfPlace(place));
+    while (isOpen && ++place < EndOf(group)) shown_.push_back(place);
+  }
+}
+
+size_t ListModel::GroupOf(int place) const {
+  auto behind = std::upper_bound(starts_.begin(), starts_.end(), place);
+  return static_cast<size_t>(behind - starts_.begin()) - 1;
+}
+
+int ListModel::EndOf(size_t group) const {
+  return group + 1 < starts_.size() ? starts_[group + 1] : rows_;
+}
+
+ListModel::Part ListModel::PartAt(int row) const {
+  if (!IsGrouped() || row < 0 || row >= rowCount()) return Part::kAlone;
+  int place = PlaceOf(row);
+  size_t group = GroupOf(place);
+  if (place != starts_[group]) return Part::kInside;
+  if (EndOf(group) == place + 1) return Part::kAlone;
+  return row + 1 < rowCount() && PlaceOf(row + 1) == place + 1 ? Part::kOpen : Part::kClosed;
+}
+
+int ListModel::FirstOf(int row) const {
+  if (!IsGrouped() || row < 0 || row >= rowCount()) return row;
+  int place = PlaceOf(row);
+  return row - (place - starts_[GroupOf(place)]);
+}
+
+void ListModel::SetOpen(int row, bool open) {
+  if (PartAt(row) != (open ? Part::kClosed : Part::kOpen)) return;
+  int place = PlaceOf(row);
+  int others = EndOf(GroupOf(place)) - place - 1;
+  auto behind = shown_.begin() + row + 1;
+  if (open) {
+    beginInsertRows({}, row + 1, row + others);
+    std::vector<int> places(static_cast<size_t>(others));
+    std::iota(places.begin(), places.end(), place + 1);
+    shown_.insert(behind, places.begin(), places.end());
+    opened_.insert(IdOfPlace(place));
+    endInsertRows();
+  } else {
+    beginRemoveRows({}, row + 1, row + others);
+    shown_.erase(behind, behind + others);
+    opened_.erase(IdOfPlace(place));
+    endRemoveRows();
+  }
+  emit dataChanged(index(row, 0), index(row, kGridColumns - 1));
 }
 
 void ListModel::Grow() {
@@ -47,13 +113,13 @@ void ListModel::Grow() {
   endInsertRows();
 }
 
-ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
+ListModel::Row ListModel::Read(jet::Recordset& list, int place, bool placeholder) {
   Row result;
-  list.SetAbsolutePosition(int64_t{row} + 1);
-  int place = 0;
-  for (size_t field = 0; field < result.fields.size() && place < list.FieldCount(); ++field) {
+  list.SetAbsolutePosition(int64_t{place} + 1);
+  int column = 0;
+  for (size_t field = 0; field < result.fields.size() && column < list.FieldCount(); ++field) {
     if (placeholder && !repository::kListColumns[field].isInPlaceholder) continue;
-    result.fields[field] = list.Field(place++).AsText();
+    result.fields[field] = list.Field(column++).AsText();
   }
   // The placeholder's own key is no message's.
   if (!placeholder) result.id = list.Field(kId).AsInt();
@@ -74,7 +140,8 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
 }
 
 const ListModel::Row& ListModel::RowAt(int row) const {
-  auto cached = cache_.find(row);
+  const int place = PlaceOf(row);
+  auto cached = cache_.find(place);
   if (cached != cache_.end()) return cached->second;
   if (frozen_) {
     static const Row kNotRead;
@@ -85,21 +152,26 @@ const ListModel::Row& ListModel::RowAt(int row) const {
   if (list_->IsOpen()) {
     // Painting must not bring up boxes, which would paint again: the log has it.
     core::GuardedRun(
-        "EmailGrid", [&] { read = Read(*list_, row, placeholder_); }, core::Report::kLog);
+        "EmailGrid", [&] { read = Read(*list_, place, placeholder_); }, core::Report::kLog);
   }
-  return cache_.emplace(row, std::move(read)).first->second;
+  return cache_.emplace(place, std::move(read)).first->second;
 }
 
 int64_t ListModel::IdAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).id : 0;
+  return row >= 0 && row < rowCount() ? RowAt(row).id : 0;
 }
 
 int64_t ListModel::IdOnlyAt(int row) const {
-  if (row < 0 || row >= rows_ || placeholder_ || frozen_ || !list_->IsOpen()) return 0;
+  if (row < 0 || row >= rowCount() || frozen_) return 0;
+  return IdOfPlace(PlaceOf(row));
+}
+
+int64_t ListModel::IdOfPlace(int place) const {
+  if (placeholder_ || !list_->IsOpen()) return 0;
   return core::Guarded(
       "EmailGrid", int64_t{0},
       [&] {
-        list_->SetAbsolutePosition(int64_t{row} + 1);
+        list_->SetAbsolutePosition(int64_t{place} + 1);
         return list_->Field(kId).AsInt();
       },
       core::Report::kLog);
@@ -107,21 +179,26 @@ int64_t ListModel::IdOnlyAt(int row) const {
 
 int ListModel::RowOf(int64_t id) const {
   if (placeholder_ || list_ == nullptr || !list_->IsOpen()) return -1;
-  return core::Guarded(
+  int place = core::Guarded(
       "EmailGrid", -1, [&] { return static_cast<int>(list_->PositionOfKey(id)) - 1; },
       core::Report::kLog);
+  if (place < 0 || !IsGrouped()) return place;
+  // The last row that is shown up to there.
+  auto behind = std::upper_bound(shown_.begin(), shown_.end(), place);
+  return static_cast<int>(behind - shown_.begin()) - 1;
 }
 
 std::string ListModel::SubjectAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
+  return row >= 0 && row < rowCount() ? RowAt(row).fields[kSubject] : std::string();
 }
 
 std::string ListModel::ApplicationAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).fields[kApplication] : std::string();
+  return row >= 0 && row < rowCount() ? RowAt(row).fields[kApplication] : std::string();
 }
 
 int ListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : rows_;
+  if (parent.isValid()) return 0;
+  return IsGrouped() ? static_cast<int>(shown_.size()) : rows_;
 }
 
 int ListModel::columnCount(const QModelIndex& parent) const {
@@ -137,7 +214,8 @@ QString ListModel::Text(const Row& row, int column) const {
   return text.simplified();
 }
 
-QString ListModel::AccessibleText(const Row& row, int column) const {
+QString ListModel::AccessibleText(int number, int column) const {
+  const Row& row = RowAt(number);
   if (column == kMarkColumn) {
     QStringList marks;
     if (row.important) marks << tr("High importance");
@@ -145,10 +223,47 @@ QString ListModel::AccessibleText(const Row& row, int column) const {
     return marks.join(", ");
   }
   if (column == kHotColumn) return row.hot ? tr("Hot") : QString();
-  QString text = Text(row, column);
-  if (column != kSubjectColumn) return text;
-  QString state = StateText(row.state);
-  return state.isEmpty() || text.isEmpty() ? text + state : text + QStringLiteral(", ") + state;
+  QStringList parts;
+  if (QString text = Text(row, column); !text.isEmpty()) parts << text;
+  if (column != kSubjectColumn) return parts.join(", ");
+  if (QString state = StateText(row.state); !state.isEmpty()) parts << state;
+  Part part = PartAt(number);
+  if (part == Part::kInside) parts << tr("of the conversation above");
+  if (part == Part::kClosed || part == Part::kOpen) {
+    QString text = part == Part::kOpen ? tr("conversation of %L1 messages, open")
+                                       : tr("conversation of %L1 messages, closed");
+    parts << text.arg(LettersAt(number));
+  }
+  return parts.join(", ");
+}
+
+int ListModel::LettersAt(int row) const {
+  int place = PlaceOf(row);
+  return EndOf(GroupOf(place)) - place;
+}
+
+QPixmap ListModel::SubjectSigns(int row) const {
+  Indent indent = Indent::kNone;
+  int letters = 0;
+  if (IsGrouped()) {
+    switch (PartAt(row)) {
+      case Part::kAlone:
+        indent = Indent::kOne;
+        break;
+      case Part::kInside:
+        indent = Indent::kTwo;
+        break;
+      case Part::kClosed:
+        indent = Indent::kClosed;
+        letters = LettersAt(row);
+        break;
+      case Part::kOpen:
+        indent = Indent::kOpen;
+        letters = LettersAt(row);
+        break;
+    }
+  }
+  return SubjectSign(RowAt(row).state, indent, letters);
 }
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
@@ -161,15 +276,15 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       return Text(RowAt(index.row()), column);
     case Qt::DecorationRole:
       if (column == kMarkColumn && RowAt(index.row()).hasFiles) return Paperclip();
-      if (column == kSubjectColumn) return StateSigns(RowAt(index.row()).state);
+      if (column == kSubjectColumn) return SubjectSigns(index.row());
       return {};
     case Qt::ToolTipRole:
       if (column == kMarkColumn || column == kHotColumn || column == kSubjectColumn) {
-        return repository::TipText(AccessibleText(RowAt(index.row()), column));
+        return repository::TipText(AccessibleText(index.row(), column));
       }
       return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
-      return AccessibleText(RowAt(index.row()), column);
+      return AccessibleText(index.row(), column);
     case Qt::TextAlignmentRole:
       if (column == kMarkColumn || column == kHotColumn) return Qt::AlignCenter;
       return {};

@@ -3,19 +3,22 @@
 #include "board/list_signs_view.h"
 
 #include <QCoreApplication>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
 #include <QPixmapCache>
 #include <QStringList>
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace tarnwick::board {
 
 namespace {
 
-constexpr int kSide = 12;
+constexpr int kSide = kSignWidth;
 constexpr qreal kSharp = 3;  // for screens of any density
 
 using Draw = void (*)(QPainter& painter);
@@ -56,25 +59,44 @@ void DrawFlag(QPainter& painter) {
   painter.drawPolygon(QPolygonF({{-2.8, -4.6}, {3.8, -2.2}, {-2.8, 0.2}}));
 }
 
-QPixmap Drawn(const std::vector<Draw>& signs, const QString& name) {
+void DrawNothing(QPainter& /*painter*/) {}
+
+void DrawClosed(QPainter& painter) {
+  painter.setBrush(painter.pen().color());
+  painter.drawPolygon(QPolygonF({{-2, -3.6}, {2.4, 0}, {-2, 3.6}}));
+}
+
+void DrawOpen(QPainter& painter) {
+  painter.rotate(90);
+  DrawClosed(painter);
+}
+
+// The signs side by side, and a text behind the first of them. name tells the drawing from others.
+QPixmap Drawn(const std::vector<Draw>& signs, const QString& name, const QString& text = {}) {
   if (signs.empty()) return {};
   QColor colour = QGuiApplication::palette().color(QPalette::Text);
-  QString key = QStringLiteral("tarnwick/") + name + colour.name() + MarkColor().name();
+  QString key = QStringLiteral("tarnwick/") + name + text + colour.name() + MarkColor().name();
   QPixmap drawn;
   if (QPixmapCache::find(key, &drawn)) return drawn;
-  drawn = QPixmap(QSize(kSide * static_cast<int>(signs.size()), kSide) * kSharp);
+  QFontMetrics metrics(QGuiApplication::font());
+  int textWidth = text.isEmpty() ? 0 : metrics.horizontalAdvance(text) + 4;
+  int height = text.isEmpty() ? kSide : std::max(kSide, metrics.height());
+  drawn = QPixmap(QSize(kSide * static_cast<int>(signs.size()) + textWidth, height) * kSharp);
   drawn.setDevicePixelRatio(kSharp);
   drawn.fill(Qt::transparent);
   QPainter painter(&drawn);
   painter.setRenderHint(QPainter::Antialiasing);
+  painter.setFont(QGuiApplication::font());
+  painter.setPen(colour);
+  painter.drawText(QRect(kSide, 0, textWidth, height), Qt::AlignLeft | Qt::AlignVCenter, text);
   qreal middle = kSide / 2.0;
   for (Draw draw : signs) {
     painter.save();
     painter.setPen(QPen(colour, 1.2));
-    painter.translate(middle, kSide / 2.0);
+    painter.translate(middle, height / 2.0);
     draw(painter);
     painter.restore();
-    middle += kSide;
+    middle += kSide + std::exchange(textWidth, 0);
   }
   painter.end();
   QPixmapCache::insert(key, drawn);
@@ -92,7 +114,7 @@ QPixmap Paperclip() {
   return Drawn({DrawPaperclip}, QStringLiteral("clip"));
 }
 
-QPixmap StateSigns(const intake::MessageState& state) {
+QPixmap SubjectSign(const intake::MessageState& state, Indent indent, int letters) {
   std::vector<Draw> signs;
   QString name;
   auto add = [&](bool isSo, Draw draw, QChar letter) {
@@ -100,10 +122,14 @@ QPixmap StateSigns(const intake::MessageState& state) {
     signs.push_back(draw);
     name += letter;
   };
+  add(indent == Indent::kClosed, DrawClosed, 'c');
+  add(indent == Indent::kOpen, DrawOpen, 'o');
+  add(indent == Indent::kOne || indent == Indent::kTwo, DrawNothing, ' ');
+  add(indent == Indent::kTwo, DrawNothing, ' ');
   add(state.isAnswered, DrawArrowBack, 'R');
   add(state.isForwarded, DrawArrowOn, 'P');
   add(state.isFlagged, DrawFlag, 'F');
-  return Drawn(signs, name);
+  return Drawn(signs, name, letters == 0 ? QString() : QString::number(letters));
 }
 
 QString StateText(const intake::MessageState& state) {

@@ -9,6 +9,7 @@
 
 #include "board/board_body_view.h"
 #include "board/board_work_actions.h"
+#include "board/conversation_actions.h"
 #include "board/find_actions.h"
 #include "board/list_actions.h"
 #include "board/load_actions.h"
@@ -52,7 +53,7 @@ class MainBoard : public QMainWindow {
  private:
   void Connect();
   void OfferCheck();
-  void FollowNotice();
+  void FollowNotice(const QString& link);
   void ChooseRepository(bool create);
   void SwitchRepository(const std::string& folder, bool create);
   void FillRecent();
@@ -64,6 +65,7 @@ class MainBoard : public QMainWindow {
   BoardWork* work_;
   ListActions* list_;
   SearchActions* search_;
+  ConversationActions* conversations_;
   LoadActions* load_;
   FindActions* find_;
   ReadingActions* reading_;
