@@ -42,13 +42,18 @@ ConversationActions::ConversationActions(const BoardParts& parts, BoardWork& wor
 
 void ConversationActions::Load() {
   search::AllConversations().Forget();
-  hasOffered_ = false;
+  offered_ = 0;
   Board().Conversations.isOn = ReadConversationsShown();
   QSignalBlocker blocker(show_);
   show_->setChecked(Board().Conversations.isOn);
 }
 
 void ConversationActions::SetOn(bool on) {
+  if (work_.IsRunning()) {
+    QSignalBlocker blocker(show_);
+    show_->setChecked(!on);
+    return;
+  }
   SaveConversationsShown(on);
   Board().Conversations.isOn = on;
   list_.Refresh();
@@ -84,8 +89,8 @@ void ConversationActions::ReadOn() {
 
 void ConversationActions::OfferToLearn() {
   auto unknown = static_cast<qlonglong>(search::AllConversations().Unknown().size());
-  if (unknown == 0 || hasOffered_) return;
-  hasOffered_ = true;
+  if (unknown <= offered_) return;
+  offered_ = unknown;
   parts_.notice->setText(
       tr("%L1 messages were loaded by an earlier version, which did not look for conversations. "
          "<a href=\"%2\">Find theirs now</a>")
@@ -97,7 +102,7 @@ void ConversationActions::OfferToLearn() {
 void ConversationActions::Learn() {
   parts_.notice->hide();
   work_.RunStoppable([] { search::LearnThreads(search::AllConversations().Unknown()); });
-  hasOffered_ = false;
+  offered_ = 0;
   list_.Refresh();
 }
 

@@ -32,8 +32,8 @@ class ConversationActions : public QObject {
   BoardWork& work_;
   ListActions& list_;
   QAction* show_;
-  QTimer read_;  // while conversations are not known
-  bool hasOffered_ = false;
+  QTimer read_;            // while conversations are not known
+  qlonglong offered_ = 0;  // so many messages were to be looked through
 };
 
 }  // namespace tarnwick::board

@@ -49,12 +49,13 @@ void ListModel::ShowGroups() {
     starts_.clear();
     return;
   }
+  std::set<int> open;
+  for (int64_t id : opened_) open.insert(PlaceOfId(id));
   shown_.reserve(starts_.size());
   for (size_t group = 0; group < starts_.size(); ++group) {
     int place = starts_[group];
     shown_.push_back(place);
-    bool isOpen =
-        !opened_.empty() && EndOf(group) > place + 1 && opened_.contains(IdOfPlace(place));
+    bool isOpen = !open.empty() && open.contains(place);
     while (isOpen && ++place < EndOf(group)) shown_.push_back(place);
   }
 }
@@ -84,7 +85,7 @@ int ListModel::FirstOf(int row) const {
 }
 
 void ListModel::SetOpen(int row, bool open) {
-  if (PartAt(row) != (open ? Part::kClosed : Part::kOpen)) return;
+  if (frozen_ || PartAt(row) != (open ? Part::kClosed : Part::kOpen)) return;
   int place = PlaceOf(row);
   int others = EndOf(GroupOf(place)) - place - 1;
   auto behind = shown_.begin() + row + 1;
@@ -177,11 +178,15 @@ int64_t ListModel::IdOfPlace(int place) const {
       core::Report::kLog);
 }
 
-int ListModel::RowOf(int64_t id) const {
+int ListModel::PlaceOfId(int64_t id) const {
   if (placeholder_ || list_ == nullptr || !list_->IsOpen()) return -1;
-  int place = core::Guarded(
+  return core::Guarded(
       "EmailGrid", -1, [&] { return static_cast<int>(list_->PositionOfKey(id)) - 1; },
       core::Report::kLog);
+}
+
+int ListModel::RowOf(int64_t id) const {
+  int place = PlaceOfId(id);
   if (place < 0 || !IsGrouped()) return place;
   // The last row that is shown up to there.
   auto behind = std::upper_bound(shown_.begin(), shown_.end(), place);

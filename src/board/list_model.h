@@ -94,6 +94,7 @@ class ListModel : public QAbstractTableModel {
   void ShowGroups();
   const Row& RowAt(int row) const;
   int64_t IdOfPlace(int place) const;
+  int PlaceOfId(int64_t id) const;  // -1 for none
   static Row Read(jet::Recordset& list, int place, bool placeholder);
   QString Text(const Row& row, int column) const;
   QString AccessibleText(int row, int column) const;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Which messages of the open repository belong to one conversation, in memory: about sixty bytes a
-// message, read in steps when somebody wants it.
+// Which messages of the open repository belong to one conversation, in memory: about a hundred
+// bytes a message, read in steps when somebody wants it.
 //
 // The way is that of Jamie Zawinski's "message threading" (https://www.jwz.org/doc/threading.html):
 // a letter belongs together with those that its References and In-Reply-To name, whether these are
