@@ -99,29 +99,9 @@ int64_t StoreRecipients(int64_t id, const MailMessage& message) {
   return correspondent;
 }
 
-// The headers that a raw file begins with, and perhaps more. One that can't be read is reported
-// when it is stored.
-std::string HeadOf(const std::string& messageFile) {
-  std::string head;
-  try {
-    platform::InputFile file(messageFile);
-    for (size_t most : {size_t{4} * 1024, size_t{64} * 1024}) {
-      head.resize(std::min<uint64_t>(most, file.Size()));
-      head.resize(file.ReadAt(0, head.data(), head.size()));
-      bool hasAll =
-          head.find("\n\r\n") != std::string::npos || head.find("\n\n") != std::string::npos;
-      if (hasAll || head.size() < most) break;
-    }
-  } catch (const Error&) {
-    head.clear();
-  }
-  return head;
-}
-
 // Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
 // by half is taken up again.
-int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
-                     const std::string& messageFile) {
+int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
   int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
   if (unfinished == 0) {
     email.AddNew();
@@ -132,7 +112,6 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message,
   auto& latest = core::State().LatestReceivedTime;
   if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
   for (const MessageField& field : kMessageFields) SetField(email, field, message);
-  email.SetField("Thread", jet::Bytes{StoredThread(ThreadOfHeaders(HeadOf(messageFile)))});
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -166,13 +145,15 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     message.Application = application;
     message.Identity = identity;
     jet::CommitGroup group(RepositoryDb());
-    int64_t id = BeginMessage(email, message, messageFile);
+    int64_t id = BeginMessage(email, message);
     email.SetField("ProjectID",
                    dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
     email.SetField("FromTo", StoreRecipients(id, message));
+    std::string head;
+    FileToDB(messageFile, id, application, &head);
+    email.SetField("Thread", jet::Bytes{StoredThread(ThreadOfHeaders(head))});
     email.Update();
-    FileToDB(messageFile, id, application);
     // The routines called here report their errors themselves.
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
@@ -247,7 +228,8 @@ int64_t dbSaveProject(const std::string& projectName) {
   });
 }
 
-void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application) {
+void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application,
+              std::string* head) {
   core::GuardedRun("FileToDB", [&] {
     platform::InputFile file(messageFile);
     jet::Recordset& rows = Repository().FileRecordset;
@@ -255,6 +237,7 @@ void FileToDB(const std::string& messageFile, int64_t emailId, const std::string
       std::string record(std::min<uint64_t>(kFileRecordLength, file.Size() - offset), '\0');
       record.resize(file.ReadAt(offset, record.data(), record.size()));
       if (record.empty()) break;
+      if (offset == 0 && head != nullptr) *head = record;
       offset += record.size();
       rows.AddNew();
       rows.SetField("FileID", emailId);
