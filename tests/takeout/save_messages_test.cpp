@@ -142,6 +142,14 @@ TEST_F(SaveMessagesTest, TheStateGoesIntoNamesAndMailboxesAndComesBack) {
   sources::LetterFiles maildir(sources::MaildirFiles(folder_.File("maildir")), true);
   for (auto& [subject, state] : stored) state = state.empty() ? "S" : state;
   EXPECT_EQ(statesOf(maildir), stored);
+  // Outlook keeps the last of replying and forwarding alone, and of a draft its having been sent.
+  Save(SaveFormat::kMsg, "msg");
+  std::multiset<std::string> read;
+  for (const std::string& path : Files("msg")) {
+    read.insert(outlook::ReadMsgFile(path, {"Inbox", "", "Outlook"}, false).State);
+  }
+  EXPECT_EQ(read, (std::multiset<std::string>{"S", "S", "S", "S", "S", "S", "SRF", "SRF", "U", "U",
+                                              "UP", "UP", "URF", "URF"}));
 }
 
 // Read back by our own reader field by field, and by another's for the form of the file; large
