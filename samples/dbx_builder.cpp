@@ -152,9 +152,11 @@ MessagePlaces MessageStoreBuilder::AddMessage(const IndexedMessage& message) {
   InfoIndexBuilder index;
   index.Direct(0x00, static_cast<uint32_t>(messages_.size() + 1));
   if (message.flagsDirect) {
-    index.Direct(0x01, 0x81);
+    index.Direct(0x01, message.flags);
   } else {
-    index.Pointed(0x01, std::string("\x81\x00\x02\x01", 4));
+    std::string flags;
+    Append32(flags, message.flags | 0x01020000U);
+    index.Pointed(0x01, flags);
   }
   std::string time;
   Append64(time, ToFileTime(message.date, message.fraction));

@@ -61,6 +61,7 @@ struct IndexedMessage {
   std::string senderAddress;
   std::string receiverName;
   std::string receiverAddress;
+  uint32_t flags = 0x81;
   bool flagsDirect = true;  // else by pointer, as received mail mostly has them
   size_t blockSize = 512;
   // Blocks of deleted messages that it is written over, as far as they go.

@@ -31,6 +31,8 @@ namespace {
 
 using core::State;
 
+constexpr const char* kCheckLink = "check";
+
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent)
@@ -39,6 +41,7 @@ MainBoard::MainBoard(QWidget* parent)
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
       search_(new SearchActions(parts_, *work_, *list_, this)),
+      conversations_(new ConversationActions(parts_, *work_, *list_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
       find_(new FindActions(parts_, *work_, *load_, this)),
       reading_(new ReadingActions(parts_, *work_, *list_, this)),
@@ -99,6 +102,7 @@ bool MainBoard::Load() {
   parts_.timeline->Forget();
   list_->FillChoices();
   search_->Load();
+  conversations_->Load();
   parts_.showEmailText->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*list_);
   parts_.grid->setFocus();
@@ -108,8 +112,9 @@ bool MainBoard::Load() {
 
 void MainBoard::OfferCheck() {
   parts_.notice->setText(
-      tr("The program did not come to its end the last time. <a href=\"check\">Check "
-         "whether every message is whole</a>"));
+      tr("The program did not come to its end the last time. <a href=\"%1\">Check "
+         "whether every message is whole</a>")
+          .arg(kCheckLink));
   parts_.notice->show();
 }
 
@@ -121,7 +126,8 @@ void MainBoard::AskForLock() {
   }
 }
 
-void MainBoard::FollowNotice() {
+void MainBoard::FollowNotice(const QString& link) {
+  if (link != kCheckLink) return;
   parts_.notice->hide();
   parts_.actions->check->trigger();
 }

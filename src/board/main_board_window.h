@@ -9,6 +9,7 @@
 
 #include "board/board_body_view.h"
 #include "board/board_work_actions.h"
+#include "board/conversation_actions.h"
 #include "board/find_actions.h"
 #include "board/list_actions.h"
 #include "board/load_actions.h"
@@ -57,7 +58,7 @@ class MainBoard : public QMainWindow {
   void Connect();
   void OfferCheck();
   void AskForLock();
-  void FollowNotice();
+  void FollowNotice(const QString& link);
   void ChooseRepository(bool create);
   void SwitchRepository(const std::string& folder, bool create);
   void FillRecent();
@@ -69,6 +70,7 @@ class MainBoard : public QMainWindow {
   BoardWork* work_;
   ListActions* list_;
   SearchActions* search_;
+  ConversationActions* conversations_;
   LoadActions* load_;
   FindActions* find_;
   ReadingActions* reading_;

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "intake/message_state.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::intake {
@@ -83,11 +84,12 @@ inline constexpr const char* kOutboxOption = "ReadOutbox";
 bool IsCompleteStored();
 ReadingRules StoredRules(bool isComplete = IsCompleteStored());
 
-// What a store's index says of a message's times, in local civil time.
-struct StoreTimes {
+// What a store says of a message beside its text. Times are local civil ones.
+struct StoreFacts {
   std::optional<DateTime> sent;
   std::optional<DateTime> received;
   std::optional<DateTime> arrived;  // in the store
+  MessageState state = {};
 };
 
 // False for a date that no mail can have: before 1971, and later than tomorrow.

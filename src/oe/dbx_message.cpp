@@ -96,6 +96,20 @@ std::optional<DateTime> LocalTime(uint64_t fileTime) {
   return platform::LocalFromUnix(utc.Seconds());
 }
 
+// What the flags say of a message. Section "Flags".
+intake::MessageState StateOfFlags(std::optional<uint32_t> flags) {
+  intake::MessageState state;
+  if (!flags) return state;
+  auto has = [&](MessageFlag flag) { return (*flags & flag) != 0; };
+  state.isKnown = true;
+  state.isRead = has(kReadFlag);
+  state.isAnswered = has(kAnsweredFlag);
+  state.isForwarded = has(kForwardedFlag);
+  state.isFlagged = has(kFlaggedFlag);
+  state.isDraft = has(kDraftFlag);
+  return state;
+}
+
 // What complete reading takes of the index: times, first block and, where a search finds none that
 // is within the designed years, the date that is a part of the key. False when the object has been
 // looked at too often.
@@ -110,7 +124,10 @@ bool ReadByIndex(ByteReader& file, uint32_t offset, bool hasDate, InfoIndex& ind
   uint64_t sent = IndexedTime(file, index, kSentTime, offset);
   uint64_t received = IndexedTime(file, index, kReceivedTime, offset);
   uint64_t arrived = IndexedTime(file, index, kArrivedTime, offset);
-  reading.message.times = {LocalTime(sent), LocalTime(received), LocalTime(arrived)};
+  intake::StoreFacts& facts = reading.message.facts;
+  facts.sent = LocalTime(sent);
+  facts.received = LocalTime(received);
+  facts.arrived = LocalTime(arrived);
   if (!hasDate) {
     index.fileTime = sent != 0 ? sent : received != 0 ? received : arrived;
     info.date = FileTimeToDate(index.fileTime, true);
@@ -155,8 +172,12 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
     return reading.GiveUp("its date is missing, before 1990 or after 2009");
   }
   InfoIndex index = ReadIndex(file, offset, info.bodyLength, info.entryCount);
-  // A link of the list of freed objects stands in the place of the flags.
-  if (info.isFreed && index.entries.size() > 1) index.entries[1] = {kDirectFlag | 0x01, 0};
+  if (info.isFreed && index.entries.size() > 1) {
+    // A link of the list of freed objects stands in the place of the flags.
+    index.entries[1] = {kDirectFlag | kFlags, 0};
+  } else {
+    reading.message.facts.state = StateOfFlags(NumberOf(file, index, kFlags, offset));
+  }
   uint64_t dataStart = uint64_t{offset} + info.DataPlace();
   uint64_t behind = dataStart;
   if (hasDate) behind = ReadDate(file, offset, place, index, info, reading);
@@ -312,7 +333,7 @@ std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, 
       info->isFreed = true;
     }
     if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
-    return PeekedMessage{std::move(message.info), message.times, info->firstBlock};
+    return PeekedMessage{std::move(message.info), message.facts, info->firstBlock};
   } catch (const Error&) {
     return std::nullopt;
   }

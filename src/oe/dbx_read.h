@@ -85,7 +85,7 @@ struct ReadMessage {
   MessageInfo info;
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
-  intake::StoreTimes times;
+  intake::StoreFacts facts;
 };
 
 // True when a message that the repository does not hold stands whole in TempMessageFile.
@@ -95,7 +95,7 @@ bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMess
 // What the index of a message tells.
 struct PeekedMessage {
   MessageInfo info;
-  intake::StoreTimes times;
+  intake::StoreFacts facts;
   uint32_t firstBlock = 0;
 };
 

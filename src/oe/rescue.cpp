@@ -154,8 +154,8 @@ void RecoveredFolder::Read(const LostMessage& lost, intake::SourceMessage& messa
   const std::string& file = core::State().TempMessageFile;
   intake::MailMessage mail;
   mail.MessageKey = lost.isWhole && !key.empty() ? key : textKey;
-  intake::StoreTimes times = lost.index ? lost.index->times : intake::StoreTimes();
-  if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, mail, rules_, times)) {
+  intake::StoreFacts facts = lost.index ? lost.index->facts : intake::StoreFacts();
+  if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, mail, rules_, facts)) {
     message.ending = {Outcome::kUnreadable, kNoHeaders};
   } else if (IsTextStored(mail, file)) {
     message.ending = {Outcome::kAlreadyStored, {}};

@@ -62,10 +62,10 @@ TEST_F(MergeTest, AnEmptyRepositoryGetsTheSameMessages) {
 
 TEST_F(MergeTest, AnExportOfAFormerVersionIsTaken) {
   testing::StoreVariedMessages(5);
-  Run("UPDATE Email SET Notes = Null, Charset = Null");
+  Run("UPDATE Email SET Notes = Null, Charset = Null, State = Null");
   messages_ = AllMessages();
   ASSERT_GT(Run("DELETE FROM MeContact"), 0);
-  testing::MakeFormerFile(file_, {"Notes", "Charset"});
+  testing::MakeFormerFile(file_, {"Notes", "Charset", "State"});
   ASSERT_TRUE(repository::ClearRepository());
   EXPECT_EQ(twMakeMarge(file_, kEverybody).imported, 5);
   EXPECT_EQ(ui_.Shown("error"), Texts{});

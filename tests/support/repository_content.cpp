@@ -25,6 +25,7 @@ using repository::RepositoryDb;
 
 constexpr const char* kNames[] = {
     "Ann Lee", "Dora O'Hara", "\"Quoted\" Name", "Иван Петров", "山田 太郎", "anna LEE", "Émile"};
+constexpr const char* kStates[] = {"S", "U", "", "SRF", "UP", "SD", "URPF"};
 constexpr const char* kFolders[] = {"Inbox", "Sent Items", "O'Brien's letters", "Архив"};
 
 std::string Pick(const char* const* texts, size_t count, int number) {
@@ -57,6 +58,7 @@ intake::MailMessage VariedMessage(int number) {
   message.Application = "Outlook Express";
   message.Charset = number % 2 == 0 ? "koi8-r" : "";
   message.Encoding = "8bit";
+  message.State = Pick(kStates, std::size(kStates), number);
   message.Importance = number % 6 == 0 ? "High" : number % 6 == 1 ? "low" : "";
   message.Body = number % 5 == 0 ? "" : "Body of " + n + "\r\nit's here\r\n";
   if (number % 2 == 0) message.HTMLBody = "<html><body><p>Body of " + n + "</p></body></html>";
