@@ -47,6 +47,11 @@ IndexedMessage Indexed(const SampleMessage& message, int number) {
   indexed.senderName = ToLatin1(message.fromName);
   indexed.senderAddress = message.fromAddress;
   indexed.flagsDirect = number % 3 != 0;
+  // Not read, replied to, forwarded, flagged: of each a few.
+  if (number % 9 == 4) indexed.flags = 0x01;
+  if (number % 5 == 2) indexed.flags |= 0x80000;
+  if (number % 11 == 6) indexed.flags |= 0x100000;
+  if (number % 8 == 3) indexed.flags |= 0x20;
   return indexed;
 }
 

@@ -82,6 +82,8 @@ ProtectDialog::ProtectDialog(std::function<bool(const platform::Secret&)> isOwn,
   meter_ = new QProgressBar(this);
   meter_->setObjectName("Strength");
   meter_->setTextVisible(false);
+  // Thin, so that nobody takes it for a third box.
+  meter_->setFixedHeight(fontMetrics().height() / 2);
   meter_->setAccessibleName(tr("Strength of the password"));
   strength_ = MakeText({}, this);
   strength_->setObjectName("StrengthText");
