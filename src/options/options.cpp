@@ -2,10 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/options.h"
 
-#include <cstdlib>
-
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "platform/environment.h"
 #include "repository/parameter_store.h"
 
 namespace tarnwick::options {
@@ -39,8 +38,7 @@ std::string ProfileFolder() {
 }
 
 bool IsProfileFixed() {
-  const char* folder = std::getenv("TARNWICK_PROFILE");
-  return folder != nullptr && *folder != '\0';
+  return !platform::EnvironmentText("TARNWICK_PROFILE").value_or("").empty();
 }
 
 bool ChooseProfile(const std::string& folder, const ProfileSummary& found) {
