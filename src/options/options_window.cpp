@@ -24,12 +24,6 @@ namespace tarnwick::options {
 
 namespace {
 
-#ifdef _WIN32
-constexpr bool kProfileIsChosen = false;
-#else
-constexpr bool kProfileIsChosen = true;
-#endif
-
 // So many names of a kind are told.
 constexpr size_t kNamesShown = 4;
 
@@ -138,7 +132,7 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
   column->addWidget(MakeReading());
   column->addWidget(ownLine);
   column->addWidget(LogMailTexts_);
-  if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
+  if (readProfile_) column->addWidget(MakeProfile());
   column->addStretch(1);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch(1);
