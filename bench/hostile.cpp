@@ -30,7 +30,7 @@
 #include "intake/store_message.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "samples/hostile_mail.h"
@@ -119,7 +119,7 @@ void TakeAndRead(const std::string& file) {
   board::OpenEmailList(board::BuildListWhere(board::Board().Filter));
   board::ResetBoard();
   const int64_t id = kStored + 1;
-  if (!reading::ReadStoredMessage(id)) return;  // refused
+  if (!takeout::ReadStoredMessage(id)) return;  // refused
   takeout::MessageAttachments attachments(takeout::ReadStoredFile(id).value_or(""));
   for (size_t i = 0; i < attachments.List().size() && i < 10; ++i) attachments.Bytes(i);
 }

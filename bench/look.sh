@@ -15,15 +15,8 @@ files=${1:-200000}
 stores=${2:-300}
 runs=${3:-5}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-make-sample >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-look-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
+. bench/timing.sh
+prepare look tarnwick-cli tarnwick-make-sample
 "$bin/tarnwick-make-sample" "$work/sample" >/dev/null
 store=$(dirname "$(find "$work/sample" -name 'Inbox.dbx' | head -n 1)")
 python3 - "$work/disk" "$files" "$stores" "$store" <<'PYTHON'
@@ -52,7 +45,6 @@ for i in range(stores):
             with open(f"{path}/{k}.eml", "w") as file:
                 file.write(text)
 PYTHON
-. bench/timing.sh
 look() { timed "$1" "$bin/tarnwick-cli" --home "$work/home" find "$work/disk"; }
 look warm
 for ((run = 1; run <= runs; run++)); do look find; done

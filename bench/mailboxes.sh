@@ -16,24 +16,14 @@ mail=$(realpath "$1")
 copies=${2:-4}
 runs=${3:-5}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-make-store >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
-
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-mailboxes-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
+. bench/timing.sh
+prepare mailboxes tarnwick-cli tarnwick-make-store
 "$bin/tarnwick-make-store" "$mail" "$copies" "$work/maildir" "$work/dbx" >/dev/null
 mkdir -p "$work/maildir/new" "$work/mbox"
 cli() { "$bin/tarnwick-cli" --home "$work/$1" "${@:2}"; }
 cli first --profile "$work/dbx" load --accept all >/dev/null
 cli first save --format mbox "$work/saved" >/dev/null
 mv "$work/saved/Tarnwick.mbox" "$work/mbox/Inbox"
-
-. bench/timing.sh
 kinds="dbx mbox maildir"
 for ((run = 1; run <= runs; run++)); do
   for kind in $kinds; do

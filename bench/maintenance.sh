@@ -16,20 +16,11 @@ mail=$(realpath "$1")
 copies=${2:-4}
 runs=${3:-3}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-make-store tarnwick-vacuum >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
-
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-maintenance-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
+. bench/timing.sh
+prepare maintenance tarnwick-cli tarnwick-make-store tarnwick-vacuum
 count=$("$bin/tarnwick-make-store" "$mail" "$copies" "$work/maildir" "$work/profile")
 rm -rf "$work/maildir"
 
-. bench/timing.sh
 cli() { # HOME COMMAND...
   local home=$1
   shift

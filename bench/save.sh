@@ -14,22 +14,12 @@ mail=$(realpath "$1")
 copies=${2:-4}
 runs=${3:-5}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-make-store >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
-
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-save-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
+. bench/timing.sh
+prepare save tarnwick-cli tarnwick-make-store
 "$bin/tarnwick-make-store" "$mail" "$copies" "$work/maildir" "$work/profile" >/dev/null
 rm -rf "$work/maildir"
 "$bin/tarnwick-cli" --home "$work/home" --profile "$work/profile" load --accept all | tail -n 1
 count=$("$bin/tarnwick-cli" --home "$work/home" list | wc -l)
-
-. bench/timing.sh
 
 for ((run = 1; run <= runs; run++)); do
   rm -rf "$work"/saved-* "$work/copy"

@@ -1,7 +1,21 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #
-# What the scripts here measure with; read in by them. REQUIRES: $work, a folder of the run's own.
+# What the scripts here measure with; read in by them, with the program's root as the folder.
+
+# Builds the programs, unless TARNWICK_BENCH_BIN names a folder of them, and makes a folder for the
+# run; $bin and $work are where they are. NAME is the script's.
+prepare() { # NAME PROGRAM...
+  if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
+    ./cmake/setup.sh
+    cmake --preset release >/dev/null
+    cmake --build --preset release --target "${@:2}" >/dev/null
+  fi
+  bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
+  work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-$1-XXXXXX")
+  trap 'rm -rf "$work"' EXIT
+  unset TARNWICK_HOME TARNWICK_PROFILE
+}
 
 # Runs a command; adds seconds by the clock, seconds of processor time and peak memory (kB) as lines
 # to $work/NAME.times, .cpu and .memory. What it printed is in $work/NAME.out.

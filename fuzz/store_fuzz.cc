@@ -17,7 +17,7 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
@@ -66,7 +66,7 @@ const core::RunState& Started() {
   return state;
 }
 
-void CheckTexts(const reading::StoredMessage& message) {
+void CheckTexts(const takeout::StoredMessage& message) {
   for (const std::string* text : {&message.subject, &message.fromName, &message.fromAddress,
                                   &message.direction, &message.body, &message.htmlBody}) {
     Demand(platform::IsValidUtf8(*text));
@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (isStored) {
     lastId = id;
     Demand(takeout::ReadStoredFile(id) == original);
-    CheckTexts(*reading::ReadStoredMessage(id));
+    CheckTexts(*takeout::ReadStoredMessage(id));
     if (++runs % 8 == 0) {
       maintenance::CheckReport report;
       Demand(maintenance::CheckRepository(report) == maintenance::Result::kDone);

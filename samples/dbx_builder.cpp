@@ -255,7 +255,9 @@ void FolderListBuilder::Add(const ListedFolder& folder, FolderForm form) {
   index.Pointed(0x02, folder.name + '\0');
   if (form != FolderForm::kNoFile) index.Pointed(0x03, folder.file + '\0');
   if (form != FolderForm::kNameIsFifth) index.Direct(0x06, 1);
-  if (form == FolderForm::kNameFollows || form == FolderForm::kNoFile) index.Direct(0x09, 1);
+  if (form == FolderForm::kNameFollows || form == FolderForm::kNoFile) {
+    index.Direct(0x09, folder.purpose);
+  }
   index.Direct(0x0A, form == FolderForm::kNameThenOne ? 2 : 3);
   if (form == FolderForm::kNameThenOne) index.Direct(0x0C, 0);
   entries_.push_back({image_.AddObject(index.Object()), 0});

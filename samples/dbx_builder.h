@@ -99,6 +99,7 @@ struct ListedFolder {
   uint32_t parent = 0;
   std::string name;
   std::string file;
+  uint32_t purpose = 1;  // which of the program's own folders
 };
 
 // How the index of a folder's object ends, see the format's section "Folder info".

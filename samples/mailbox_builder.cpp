@@ -2,8 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "samples/mailbox_builder.h"
 
-#include <map>
-#include <memory>
+#include <utility>
+#include <vector>
+
+#include "takeout/compound_file_writer.h"
 
 namespace tarnwick::samples {
 
@@ -17,75 +19,6 @@ void Overwrite(std::string& bytes, size_t place, uint32_t number) {
   std::string raw;
   Put(raw, number, 4);
   bytes.replace(place, 4, raw);
-}
-
-constexpr uint32_t kNone = 0xFFFFFFFF;
-constexpr uint32_t kEnd = 0xFFFFFFFE;
-constexpr size_t kSector = 512;
-constexpr size_t kMini = 64;
-constexpr size_t kMiniLimit = 4096;
-
-struct Node {
-  std::string name;
-  bool isStorage = true;
-  std::vector<size_t> children;
-  std::string bytes;
-  uint32_t start = kEnd;
-};
-
-// Sectors and their table, being filled.
-struct Sectors {
-  size_t size;
-  std::string bytes;
-  std::vector<uint32_t> next;
-
-  uint32_t Add(const std::string& data) {
-    if (data.empty()) return kEnd;
-    auto first = static_cast<uint32_t>(next.size());
-    bytes += data;
-    bytes.resize((bytes.size() + size - 1) / size * size);
-    while (next.size() * size < bytes.size())
-      next.push_back(static_cast<uint32_t>(next.size()) + 1);
-    next.back() = kEnd;
-    return first;
-  }
-};
-
-std::string TableBytes(const std::vector<uint32_t>& numbers) {
-  std::string bytes;
-  for (uint32_t number : numbers) Put(bytes, number, 4);
-  while (bytes.size() % kSector != 0) Put(bytes, kNone, 4);
-  return bytes;
-}
-
-std::string DirectoryBytes(const std::vector<Node>& nodes) {
-  std::vector<uint32_t> right(nodes.size(), kNone);
-  std::vector<uint32_t> child(nodes.size(), kNone);
-  for (size_t i = 0; i < nodes.size(); ++i) {
-    const std::vector<size_t>& children = nodes[i].children;
-    if (children.empty()) continue;
-    child[i] = static_cast<uint32_t>(children[0]);
-    for (size_t k = 1; k < children.size(); ++k) {
-      right[children[k - 1]] = static_cast<uint32_t>(children[k]);
-    }
-  }
-  std::string bytes;
-  for (size_t i = 0; i < nodes.size(); ++i) {
-    std::string entry;
-    for (char c : nodes[i].name) entry += {c, '\0'};
-    entry.resize(64);
-    Put(entry, 2 * nodes[i].name.size() + 2, 2);
-    entry.push_back(static_cast<char>(i == 0 ? 5 : nodes[i].isStorage ? 1 : 2));
-    entry.push_back('\1');
-    Put(entry, kNone, 4);
-    Put(entry, right[i], 4);
-    Put(entry, child[i], 4);
-    entry.resize(0x74);
-    Put(entry, nodes[i].start, 4);
-    Put(entry, nodes[i].bytes.size(), 8);
-    bytes += entry;
-  }
-  return bytes;
 }
 
 // The properties of a storage: those with a fixed size, and a stream for each other.
@@ -168,56 +101,6 @@ std::string OutlookExpress4Builder::Index() const {
   return bytes;
 }
 
-std::string CompoundBytes(const std::vector<std::pair<std::string, std::string>>& streams) {
-  std::vector<Node> nodes = {{"Root Entry", true, {}, {}, kEnd}};
-  std::map<std::string, size_t> storages = {{"", 0}};
-  for (const auto& [path, bytes] : streams) {
-    size_t above = 0;
-    size_t begin = 0;
-    for (size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', begin)) {
-      auto [known, isNew] = storages.try_emplace(path.substr(0, slash), nodes.size());
-      if (isNew) {
-        nodes[above].children.push_back(nodes.size());
-        nodes.push_back({path.substr(begin, slash - begin), true, {}, {}, kEnd});
-      }
-      above = known->second;
-      begin = slash + 1;
-    }
-    nodes[above].children.push_back(nodes.size());
-    nodes.push_back({path.substr(begin), false, {}, bytes, kEnd});
-  }
-  Sectors mini{kMini, {}, {}};
-  Sectors sectors{kSector, {}, {}};
-  for (Node& node : nodes) {
-    if (node.isStorage) continue;
-    node.start = (node.bytes.size() < kMiniLimit ? mini : sectors).Add(node.bytes);
-  }
-  nodes[0].bytes = mini.bytes;
-  nodes[0].start = sectors.Add(mini.bytes);
-  uint32_t miniTable = sectors.Add(TableBytes(mini.next));
-  uint32_t directory = sectors.Add(DirectoryBytes(nodes));
-  // The table itself takes sectors that stand in it.
-  size_t tables = 1;
-  while (tables * (kSector / 4) < sectors.next.size() + tables) ++tables;
-  auto firstTable = static_cast<uint32_t>(sectors.next.size());
-  for (size_t i = 0; i < tables; ++i) sectors.next.push_back(0xFFFFFFFD);
-
-  std::string header("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
-  header.resize(0x18);
-  for (uint64_t word : {0x3E, 3, 0xFFFE, 9, 6}) Put(header, word, 2);
-  header.resize(0x2C);
-  Put(header, tables, 4);
-  Put(header, directory, 4);
-  Put(header, 0, 4);
-  Put(header, kMiniLimit, 4);
-  Put(header, miniTable, 4);
-  Put(header, 1, 4);
-  Put(header, kEnd, 4);
-  Put(header, 0, 4);
-  for (uint32_t i = 0; i < 109; ++i) Put(header, i < tables ? firstTable + i : kNone, 4);
-  return header + sectors.bytes + TableBytes(sectors.next);
-}
-
 std::string SampleMsgFile(const std::string& subject) {
   constexpr uint64_t kTime = 126'598'072'200'000'000;  // 2002-03-05 13:07 UTC
   std::vector<std::pair<std::string, std::string>> streams;
@@ -236,7 +119,7 @@ std::string SampleMsgFile(const std::string& subject) {
     writer.Finish(streams);
   };
   std::string body;
-  while (body.size() < 3 * kMiniLimit / 2) body += "A line of a long letter.\r\n";
+  while (body.size() < 6144) body += "A line of a long letter.\r\n";
   message("", 32, subject, body);
   const char* people[] = {"ann", "carl", "dora"};
   for (size_t i = 0; i < 3; ++i) {
@@ -256,7 +139,7 @@ std::string SampleMsgFile(const std::string& subject) {
   inner.Number(0x3705, 0x0003, 5);
   inner.Finish(streams);
   message("__attach_version1.0_#00000001/__substg1.0_3701000D/", 24, "The inner one", "inside");
-  return CompoundBytes(streams);
+  return takeout::CompoundFileBytes(streams);
 }
 
 }  // namespace tarnwick::samples

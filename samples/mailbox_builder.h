@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Files of other mail programs, for tests and fuzzers: folders of Outlook Express 4, and messages
-// that Outlook saved as files.
+// Files of other mail programs, for tests and fuzzers: folders of Outlook Express 4, and a message
+// that Outlook saved as a file.
 #pragma once
 
 #include <cstdint>
@@ -26,10 +26,6 @@ class OutlookExpress4Builder {
   std::string index_;
   uint32_t count_ = 0;
 };
-
-// A compound file: streams by their paths ("storage/storage/stream"), storages as the paths need
-// them.
-std::string CompoundBytes(const std::vector<std::pair<std::string, std::string>>& streams);
 
 // A message file of three recipients' kinds, a long body, an attachment and a message within it.
 std::string SampleMsgFile(const std::string& subject = "A saved message");

@@ -30,7 +30,8 @@ ListActions::ListActions(const BoardParts& parts, BoardWork& work, QObject* pare
   connect(parts.strip, &FilterStripView::LastBoxLeft, parts.grid, qOverload<>(&QWidget::setFocus));
   connect(parts.grid, &EmailGridView::SortAskedFor, parts.strip, &FilterStripView::SortBy);
   ConnectTimeline();
-  connect(parts.otherDates, &OtherDatesView::AllDatesAskedFor, this, &ListActions::ListAllDates);
+  connect(parts.otherDates, &OtherDatesView::AllDatesAskedFor, this,
+          [this] { RefreshWith(TakeEveryDate); });
   prepare_.setInterval(kPrepareEveryMilliseconds);
   connect(&prepare_, &QTimer::timeout, this, &ListActions::PrepareSearch);
   connect(&work, &BoardWork::Ended, &prepare_, qOverload<>(&QTimer::start));
@@ -48,15 +49,6 @@ void ListActions::ConnectTimeline() {
   });
   connect(parts_.timeline, &TimelineView::NameAskedFor, this, [this](const QString& text) {
     RefreshWith([&](ListFilter& filter) { filter.FromTo = text.toStdString(); });
-  });
-}
-
-void ListActions::ListAllDates() {
-  RefreshWith([](ListFilter& filter) {
-    DateRange whole = WholeDateRange();
-    filter.DateFrom = whole.from, filter.DateTo = whole.to;
-    filter.DateFromGrows = filter.DateToGrows = true;
-    filter.DateFromIsOwn = false;
   });
 }
 

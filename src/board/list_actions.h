@@ -49,7 +49,6 @@ class ListActions : public QObject, public ListForm {
 
  private:
   void ConnectTimeline();
-  void ListAllDates();
   void List();
   void ListEvery(const std::string& subject);
   void ShowEverything();

@@ -50,11 +50,15 @@ void WriteChoice(std::string_view key, Choice choice) {
 
 ListFilter EveryMessage() {
   ListFilter filter;
-  DateRange range = WholeDateRange();
-  filter.DateFrom = range.from;
-  filter.DateTo = range.to;
-  filter.DateFromGrows = filter.DateToGrows = true;
+  TakeEveryDate(filter);
   return filter;
+}
+
+void TakeEveryDate(ListFilter& filter) {
+  DateRange whole = WholeDateRange();
+  filter.DateFrom = whole.from, filter.DateTo = whole.to;
+  filter.DateFromGrows = filter.DateToGrows = true;
+  filter.DateFromIsOwn = false;
 }
 
 ListFilter ReadSavedFilter() {

@@ -48,6 +48,9 @@ struct ListFilter {
 // Everything, newest first: what the list shows when nothing was ever chosen. Both dates grow.
 ListFilter EveryMessage();
 
+// Both ends of the dates go with all mail from now on.
+void TakeEveryDate(ListFilter& filter);
+
 // The filter as the last run left it; what was not stored is as in EveryMessage. MarkListed is
 // still to come.
 ListFilter ReadSavedFilter();

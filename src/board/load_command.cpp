@@ -173,15 +173,6 @@ void Summarise(const LoadResult& result) {
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), summary);
 }
 
-// What the person has to be told at the end.
-void TellEnd() {
-  if (State().DiskIsFull) {
-    core::ShowMessage(core::kDiskIsFull);
-  } else if (!State().NewMessageFlag) {
-    core::ShowMessage("There isn't new message.");
-  }
-}
-
 void RunLoad(const Sources& sources, const Chosen& chosen, const LoadOptions& options,
              LoadResult& result) {
   bool first = State().RepositoryIsEmpty;
@@ -217,6 +208,14 @@ intake::Outcome TakeFile(const std::string& path, const intake::ReadingRules& ru
 
 }  // namespace
 
+void TellLoadEnd(bool hasNew) {
+  if (State().DiskIsFull) {
+    core::ShowMessage(core::kDiskIsFull);
+  } else if (!hasNew) {
+    core::ShowMessage("There isn't new message.");
+  }
+}
+
 void StopLoad() {
   State().ImportCancelFlag = true;
 }
@@ -246,7 +245,7 @@ LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources) {
       RunLoad(sources, chosen, options, result);
     }
     ClearFullLoad();
-    TellEnd();
+    if (!options.isPart) TellLoadEnd(State().NewMessageFlag);
   });
   return result;
 }

@@ -27,6 +27,7 @@ struct LoadOptions {
   SenderPolicy senders = SenderPolicy::kAsk;
   // How the mail is read; as the options say without it.
   std::optional<intake::ReadingRules> rules = {};
+  bool isPart = false;  // of a load of several: its end is told by who runs them
 };
 
 struct LoadResult {
@@ -43,6 +44,9 @@ struct LoadResult {
 LoadResult LoadFromMailer(const LoadOptions& options);
 // The same from these sources, which have their rules.
 LoadResult LoadFromMailer(const LoadOptions& options, const Sources& sources);
+
+// Tells the person of a full disk, or that nothing new came.
+void TellLoadEnd(bool hasNew);
 
 // The stop command: the run ends at the next message.
 void StopLoad();

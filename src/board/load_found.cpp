@@ -56,14 +56,18 @@ LoadResult LoadFound(const std::vector<look::FoundMail>& mail, SenderPolicy send
   LoadOptions options;
   options.everyMailer = true;
   options.senders = senders;
+  options.isPart = true;
   LoadResult sum;
+  bool hasNew = false;
   for (const auto& [profile, sources] : SourcesOf(mail)) {
     core::State().ProfileOfLoad = profile;
     LoadResult part = LoadFromMailer(options, sources);
     core::State().ProfileOfLoad.clear();
     Add(part, sum);
+    hasNew = hasNew || core::State().NewMessageFlag;
     if (part.stopped || core::State().DiskIsFull) break;
   }
+  if (sum.ran) TellLoadEnd(hasNew);
   return sum;
 }
 

@@ -111,12 +111,19 @@ void SearchActions::Load() {
 
 void SearchActions::Search(const QString& text) {
   Board().Found.text = text.toStdString();
-  list_.Refresh();
+  Narrow();
 }
 
 void SearchActions::ChooseFolder(const QString& identity, const QString& name) {
   Board().Found.folder.emplace(identity.toStdString(), name.toStdString());
-  list_.Refresh();
+  Narrow();
+}
+
+// A search goes over all mail: the dates that a load chose go. Those that the person chose stay.
+void SearchActions::Narrow() {
+  list_.RefreshWith([](ListFilter& filter) {
+    if (filter.DateFromIsOwn && IsSearching()) TakeEveryDate(filter);
+  });
 }
 
 void SearchActions::ChooseAll() {

@@ -30,6 +30,7 @@ class SearchActions : public QObject {
   void Search(const QString& text);
   void ChooseFolder(const QString& identity, const QString& name);
   void ChooseAll();
+  void Narrow();
   void Forget();
   void Follow();
   void Grow();

@@ -3,7 +3,9 @@
 #include "database/column_cache_reader.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
+#include <tuple>
 
 #include "database/recordset_impl.h"
 #include "database/text/order.h"
@@ -12,8 +14,12 @@ namespace tarnwick::jet {
 
 namespace {
 
+using GroupPart = ColumnCachePlan::GroupItem::Part;
+
 // A row looked up by its key costs what so many cost in a pass over an index.
 constexpr size_t kLookupCost = 40;
+// Lookups between two questions whether to go on: a millisecond or so with long texts.
+constexpr size_t kLookupsToAsk = 32;
 
 // The condition with its literals, whatever their numbers in the statement are.
 std::string NameOf(const EngineSql& sql, const std::vector<Value>& literals) {
@@ -77,9 +83,14 @@ std::optional<std::vector<uint32_t>> ColumnCacheReader::Keys() {
   return keys;
 }
 
-std::optional<int64_t> ColumnCacheReader::Count() {
+std::optional<std::vector<std::vector<Value>>> ColumnCacheReader::Counts() {
   if (!Begin()) return std::nullopt;
   Places places = Matching();
+  if (!plan_.groupItems.empty()) return Groups(places);
+  return {{{Count(places)}}};
+}
+
+int64_t ColumnCacheReader::Count(const Places& places) {
   auto count = static_cast<int64_t>(places.size());
   if (!plan_.countsDetails) return count;
   Marks matching = MatchingKeys(places);
@@ -91,6 +102,66 @@ std::optional<int64_t> ColumnCacheReader::Count() {
     if (repeat.key < matching.size() && matching[repeat.key]) count += int64_t{repeat.count} - 1;
   }
   return count;
+}
+
+std::vector<uint32_t> ColumnCacheReader::GroupKinds() const {
+  const auto& kinds = cache_.Kinds();
+  auto isSame = [&](uint32_t a, uint32_t b) {
+    return std::all_of(plan_.groupItems.begin(), plan_.groupItems.end(), [&](const auto& item) {
+      return item.part != GroupPart::kKind ||
+             CompareValues(kinds[a][item.kind], kinds[b][item.kind]) == 0;
+    });
+  };
+  std::vector<uint32_t> firsts;
+  for (uint32_t kind = 0; kind < kinds.size(); kind++) {
+    uint32_t first = 0;
+    while (!isSame(first, kind)) first++;
+    firsts.push_back(first);
+  }
+  return firsts;
+}
+
+std::vector<std::vector<Value>> ColumnCacheReader::Groups(const Places& places) const {
+  bool hasDay = false;
+  bool hasReference = false;
+  for (const ColumnCachePlan::GroupItem& item : plan_.groupItems) {
+    hasDay = hasDay || item.part == GroupPart::kDay;
+    hasReference = hasReference || item.part == GroupPart::kReference;
+  }
+  std::vector<uint32_t> kinds = GroupKinds();
+  using Group = std::tuple<int64_t, uint32_t, uint32_t>;  // day, kind, reference
+  std::map<Group, int64_t> groups;
+  auto last = groups.end();  // most rows are of the group of the row before
+  for (uint32_t place : places) {
+    const ColumnCache::Row& row = cache_.Rows()[place];
+    int64_t day = hasDay ? DateTime::FromSeconds(cache_.SecondsOf(row)).DatePart().Seconds() : 0;
+    Group group(day, kinds[row.kind], hasReference ? row.reference : 0);
+    if (last == groups.end() || last->first != group) last = groups.try_emplace(group, 0).first;
+    last->second++;
+  }
+  std::vector<std::vector<Value>> rows;
+  for (const auto& [group, count] : groups) {
+    const auto& [day, kind, reference] = group;
+    std::vector<Value>& row = rows.emplace_back();
+    for (const ColumnCachePlan::GroupItem& item : plan_.groupItems) {
+      switch (item.part) {
+        case GroupPart::kCount:
+          row.emplace_back(count);
+          break;
+        case GroupPart::kDay:
+          row.emplace_back(day);
+          break;
+        case GroupPart::kKind:
+          row.push_back(cache_.Kinds()[kind][item.kind]);
+          break;
+        case GroupPart::kReference:
+          row.emplace_back();
+          if (reference != ColumnCache::kNoReference) row.back() = int64_t{reference};
+          break;
+      }
+    }
+  }
+  return rows;
 }
 
 bool ColumnCacheReader::Begin() {
@@ -205,8 +276,13 @@ void ColumnCacheReader::KeepHolding(Places& places) {
   }
   if (!last.all) {
     Statement& statement = connection_.Ready(program_.cacheRow, literals_);
+    size_t looked = 0;
     for (uint32_t place : places) {
       if (!isUnknown(place)) continue;
+      // Each of the lookups is too short for the engine to ask.
+      if (++looked % kLookupsToAsk == 0 && connection_.session.Engine().AsksToStop()) {
+        throw Error(kStopped, "interrupted");
+      }
       StatementUse use(statement);
       statement.Bind(kKeyParameter, int64_t{rows[place].key});
       last.hold[rows[place].key] = connection_.session.StepRead(statement);

@@ -18,10 +18,10 @@ class ColumnCacheReader {
   ColumnCacheReader(Connection::Impl& connection, Program& program,
                     const std::vector<Value>& literals);
 
-  // The keys of the rows in their order, or how many rows the query counts. nullopt when the table
-  // or a literal is unfit: the query's statement has the answer.
+  // The keys of the rows in their order, or the rows of a query that counts, with groups or
+  // without. nullopt when the table or a literal is unfit: the query's statement has the answer.
   std::optional<std::vector<uint32_t>> Keys();
-  std::optional<int64_t> Count();
+  std::optional<std::vector<std::vector<Value>>> Counts();
 
  private:
   using Places = std::vector<uint32_t>;  // of rows in the column cache, ascending
@@ -34,6 +34,10 @@ class ColumnCacheReader {
   // The keys that a statement gives, as marks; all of them one by one in given, if wanted.
   Marks Marked(PreparedSql& statement, size_t size, std::vector<uint32_t>* given = nullptr);
   void KeepHolding(Places& places);
+  int64_t Count(const Places& places);
+  std::vector<std::vector<Value>> Groups(const Places& places) const;
+  // Of each kind the first one whose values the groups can't tell from its own.
+  std::vector<uint32_t> GroupKinds() const;
   bool IsCheapOneByOne(size_t rows) const;
   Marks MatchingKeys(const Places& places) const;
 

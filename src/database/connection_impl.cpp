@@ -90,7 +90,6 @@ std::shared_ptr<Program> Connection::Impl::MakeProgram(ParsedSql parsed) {
     program->plan = PlanSelect(*select, *schema_, kOtherSchema,
                                columnCache_ ? &columnCache_->Definition() : nullptr);
     program->all.sql = program->plan.all;
-    program->groups.sql = program->plan.groups;
     program->keys.sql = program->plan.keys;
     program->row.sql = program->plan.row;
     program->narrowed.sql = program->plan.narrowed;
@@ -196,7 +195,6 @@ PreparedSql& Connection::Impl::Reading(Program& program, const std::vector<Value
     index_->Show(*keys);
     return program.narrowed;
   }
-  if (!program.plan.groupItems.empty()) return program.groups;
   return program.plan.keyed ? program.keys : program.all;
 }
 

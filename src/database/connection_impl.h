@@ -47,7 +47,6 @@ struct Program {
   PreparedSql write;           // not isRead
   ReadPlan plan;               // isRead
   PreparedSql all;
-  PreparedSql groups;
   PreparedSql keys;
   PreparedSql row;
   PreparedSql narrowed;           // isRead: all or keys, of the rows that the text index proposes

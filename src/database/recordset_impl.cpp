@@ -6,7 +6,6 @@
 
 #include "database/column_cache_reader.h"
 #include "database/engine/functions.h"
-#include "database/plan/group_count.h"
 #include "platform/utf8.h"
 
 namespace tarnwick::jet {
@@ -110,7 +109,6 @@ void Recordset::Impl::ReadAll() {
     }
   } drop{*program_};
   Fields();
-  if (!program_->plan.groupItems.empty()) return CountGroups();
   Statement& all = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
   StatementUse use(all);
   while (connection_->session.StepRead(all)) {
@@ -119,15 +117,6 @@ void Recordset::Impl::ReadAll() {
     for (int i = 0; i < all.ColumnCount(); i++) row.push_back(all.ColumnValue(i));
     rows_.push_back(std::move(row));
   }
-  fetched_ = true;
-}
-
-void Recordset::Impl::CountGroups() {
-  Statement& groups = connection_->Ready(connection_->Reading(*program_, literals_), literals_);
-  StatementUse use(groups);
-  GroupCounter counter(static_cast<size_t>(groups.ColumnCount()));
-  while (connection_->session.StepRead(groups)) counter.Add(groups);
-  rows_ = counter.Rows(program_->plan.groupItems);
   fetched_ = true;
 }
 
@@ -209,9 +198,10 @@ bool Recordset::Impl::FetchFromColumnCache() {
 
 bool Recordset::Impl::CountFromColumnCache() {
   if (!program_->plan.columnCache || connection_->GetColumnCache() == nullptr) return false;
-  std::optional<int64_t> count = ColumnCacheReader(*connection_, *program_, literals_).Count();
-  if (!count) return false;
-  rows_.push_back({Value(*count)});
+  std::optional<std::vector<Row>> counts =
+      ColumnCacheReader(*connection_, *program_, literals_).Counts();
+  if (!counts) return false;
+  rows_ = std::move(*counts);
   fetched_ = true;
   return true;
 }

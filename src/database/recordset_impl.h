@@ -91,7 +91,6 @@ class Recordset::Impl final : public ConnectionUser {
   size_t FieldIndex(std::string_view name);
 
   void ReadAll();
-  void CountGroups();
   void FetchKeys();
   void AddKey(int64_t key);
   void KeepHeld();

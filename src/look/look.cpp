@@ -11,6 +11,7 @@
 #include "core/text.h"
 #include "intake/sender_rules.h"
 #include "look/outlook_stores.h"
+#include "oe/identity_stores.h"
 #include "oe/import.h"
 #include "oe/sample.h"
 #include "platform/charset.h"
@@ -120,7 +121,7 @@ class Looker {
         [&] {
           std::unique_ptr<platform::Registry> registry = platform::OpenProfile(folder);
           for (const std::string& key :
-               registry->SubKeys("Identities").value_or(std::vector<std::string>())) {
+               registry->SubKeys(oe::kIdentitiesKey).value_or(std::vector<std::string>())) {
             AddIdentity(*registry, folder, key);
           }
         },
@@ -129,13 +130,13 @@ class Looker {
 
   void AddIdentity(platform::Registry& registry, const std::string& folder,
                    const std::string& key) {
-    std::string path = "Identities\\" + key;
-    auto name = registry.Value(path, "UserName");
-    auto root = registry.Value(path + "\\Software\\Microsoft\\Outlook Express\\5.0", "Store Root");
-    if (!root) return;
-    bool expands = root->type == platform::RegistryValue::Type::kExpandableText;
-    std::string store = registry.MapPath(expands ? registry.Expand(root->text) : root->text);
-    stores_[platform::AbsolutePath(store)] = {User(), name ? name->text : key, folder};
+    auto name = registry.Value(std::string(oe::kIdentitiesKey) + "\\" + key, "UserName");
+    auto root = registry.Value(oe::StoreKeyOf(key), oe::kStoreRoot);
+    if (!root || root->text.size() > oe::kMaxValueLength) return;
+    for (const std::string& place : oe::StorePlaces(registry, root->text, folder)) {
+      stores_.try_emplace(platform::AbsolutePath(place),
+                          Store{User(), name ? name->text : key, folder});
+    }
   }
 
   void TakeOutlookExpress(const std::string& folder, const std::vector<std::string>& files) {

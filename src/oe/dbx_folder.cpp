@@ -75,6 +75,10 @@ bool TakeByIndex(ByteReader& file, uint32_t offset, FolderRow& row) {
   row.fileName = IndexedText(file, index, kFolderFile, offset);
   row.number = static_cast<int32_t>(*number);
   row.parent = static_cast<int32_t>(NumberOf(file, index, kFolderParent, offset).value_or(0));
+  uint32_t purpose = NumberOf(file, index, kFolderPurpose, offset).value_or(0);
+  bool isKnown = purpose >= static_cast<uint32_t>(Purpose::kOutbox) &&
+                 purpose <= static_cast<uint32_t>(Purpose::kDrafts);
+  if (isKnown) row.purpose = static_cast<Purpose>(purpose);
   return true;
 }
 

@@ -14,6 +14,7 @@
 #include "core/text.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery_steps.h"
+#include "oe/identity_stores.h"
 #include "oe/state.h"
 #include "oe/store_search.h"
 #include "platform/charset.h"
@@ -239,26 +240,22 @@ bool EndAfterIdentities() {
 
 using FoldersByNumber = std::unordered_map<int32_t, const FolderRow*>;
 
-// The display names from the top folder down to this one, with "." between.
-std::string FullNameOf(const FoldersByNumber& folders, const FolderRow& folder) {
-  std::string name = folder.displayName;
+// The folders above one, the nearest first.
+std::vector<const FolderRow*> FoldersAbove(const FoldersByNumber& folders,
+                                           const FolderRow& folder) {
+  std::vector<const FolderRow*> above;
   std::set<int32_t> passed = {folder.number};
   int32_t parent = folder.parent;
   while (parent != 0 && passed.size() <= kMostAncestors && passed.insert(parent).second) {
     auto found = folders.find(parent);
     if (found == folders.end()) break;
-    name.insert(0, found->second->displayName + ".");
+    above.push_back(found->second);
     parent = found->second->parent;
   }
-  return name;
+  return above;
 }
 
 }  // namespace
-
-std::string StoreKeyOf(const std::string& identity) {
-  return std::string(kIdentitiesKey) + "\\" + identity +
-         "\\Software\\Microsoft\\Outlook Express\\5.0";
-}
 
 platform::Registry& OwnersRegistry() {
   auto& registry = State().OpenedRegistry;
@@ -305,7 +302,12 @@ void NameFolders(std::vector<FolderRow>& folders) {
   FoldersByNumber byNumber;
   for (const FolderRow& row : folders) byNumber[row.number] = &row;
   for (FolderRow& row : folders) {
-    if (row.parent != 0) row.fullName = FullNameOf(byNumber, row);
+    // The display names from the top folder down to this one.
+    if (row.parent != 0) row.fullName = row.displayName;
+    for (const FolderRow* above : FoldersAbove(byNumber, row)) {
+      row.fullName.insert(0, above->displayName + ".");
+      if (row.purpose == Purpose::kNone) row.purpose = above->purpose;
+    }
     core::LogProgress("Folders = Parent = " + std::to_string(row.parent) + " " +
                       core::OneLogLine(row.fullName) + "\r\nMe = " + std::to_string(row.number) +
                       " " + core::OneLogLine(row.displayName) + "\r\n" +

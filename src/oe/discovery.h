@@ -34,6 +34,16 @@ struct FolderFile {
   std::string storeFolder;
 };
 
+// Which of the program's own folders one is, whatever it is called in the program's language. The
+// numbers are the format's.
+enum class Purpose : uint32_t {
+  kNone = 0,
+  kOutbox = 2,
+  kSentItems = 3,
+  kDeletedItems = 4,
+  kDrafts = 5
+};
+
 struct FolderRow {
   std::string userName;
   std::string displayName;
@@ -41,6 +51,8 @@ struct FolderRow {
   int32_t number = 0;
   int32_t parent = 0;    // 0 for a top folder
   std::string fullName;  // "" for a top folder
+  // Its own or that of a folder above it; complete reading alone asks for it.
+  Purpose purpose = Purpose::kNone;
 };
 
 // Why a discovery ended before its end, for the log and the account; empty when it did not. It is

@@ -16,10 +16,6 @@ namespace tarnwick::oe {
 // can't be read.
 platform::Registry& OwnersRegistry();
 
-inline constexpr const char* kIdentitiesKey = "Identities";
-inline constexpr const char* kStoreRoot = "Store Root";
-inline constexpr size_t kMaxValueLength = 1024;
-std::string StoreKeyOf(const std::string& identity);
 // What a person calls an identity.
 std::string NameOf(const std::string& identity);
 

@@ -26,17 +26,23 @@ using intake::ReadingRules;
 // Folders that are left out unless the rules have them read.
 struct UnreadFolder {
   std::string_view name;
+  Purpose purpose;
   bool ReadingRules::*isRead;
 };
 constexpr std::array<UnreadFolder, 3> kUnreadFolders = {
-    {{"Drafts", &ReadingRules::drafts},
-     {"Deleted Items", &ReadingRules::deletedItems},
-     {"Outbox", &ReadingRules::outbox}}};
+    {{"Drafts", Purpose::kDrafts, &ReadingRules::drafts},
+     {"Deleted Items", Purpose::kDeletedItems, &ReadingRules::deletedItems},
+     {"Outbox", Purpose::kOutbox, &ReadingRules::outbox}}};
 constexpr std::string_view kSentItems = "Sent Items";
 constexpr std::string_view kHotmail = "Hotmail";
 
 bool Contains(const std::string& text, std::string_view part) {
   return text.find(part) != std::string::npos;
+}
+
+// By its name or that of a folder above it, or by what its list says of it in any language.
+bool IsCalled(const FolderRow& folder, std::string_view name, Purpose purpose) {
+  return Contains(folder.fullName, name) || folder.displayName == name || folder.purpose == purpose;
 }
 
 // By design the folder lists are counted by the identities: the j-th list is taken to be the j-th
@@ -87,7 +93,7 @@ void ReadFolders(const ReadingRules& rules, std::string_view operation, IsWanted
 }
 
 bool IsSentItems(const FolderRow& folder) {
-  return Contains(folder.fullName, kSentItems) || folder.displayName == kSentItems;
+  return IsCalled(folder, kSentItems, Purpose::kSentItems);
 }
 
 // Says why the files of a folder list are not read; "" that they are.
@@ -147,8 +153,7 @@ bool oeInitialize(const ReadingRules& rules) {
 
 bool IsFolderToRead(const FolderRow& folder, const ReadingRules& rules) {
   return std::none_of(kUnreadFolders.begin(), kUnreadFolders.end(), [&](const UnreadFolder& each) {
-    return !(rules.*each.isRead) &&
-           (Contains(folder.fullName, each.name) || folder.displayName == each.name);
+    return !(rules.*each.isRead) && IsCalled(folder, each.name, each.purpose);
   });
 }
 

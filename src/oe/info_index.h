@@ -33,6 +33,7 @@ enum FolderIndexNumber : uint8_t {
   kFolderParent = 0x01,
   kFolderName = 0x02,
   kFolderFile = 0x03,
+  kFolderPurpose = 0x09,
 };
 inline constexpr uint8_t kDirectFlag = 0x80;
 inline constexpr size_t kInfoHead = 12;

@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery_steps.h"
+#include "oe/identity_stores.h"
 #include "oe/state.h"
 #include "platform/charset.h"
 #include "platform/error.h"
@@ -21,12 +22,8 @@ namespace tarnwick::oe {
 namespace {
 
 using platform::DbxContent;
-using platform::FindIgnoringCase;
 using platform::Registry;
 using platform::WithSeparator;
-
-// "WINNT\Profiles\Ann" of a drive's folder, and the folder that holds the drives.
-constexpr int kLevelsAbove = 4;
 
 struct Identity {
   std::string key;
@@ -39,34 +36,8 @@ void Remark(const std::string& text) {
   core::WriteLog("Outlook Express: " + core::OneLogLine(text));
 }
 
-bool IsLetter(std::string_view name) {
-  return !name.empty() && platform::AsciiLower(name)[0] >= 'a' &&
-         platform::AsciiLower(name)[0] <= 'z';
-}
-
-// "C" or "C:", as the folder of a copied drive is called.
-bool IsDriveName(std::string_view name) {
-  return IsLetter(name) && (name.size() == 1 || (name.size() == 2 && name[1] == ':'));
-}
-
-std::string ParentOf(const std::string& folder) {
-  return folder.size() < 2 ? std::string()
-                           : platform::FolderOf(folder.substr(0, folder.size() - 1));
-}
-
 std::string NameOfFolder(const std::string& folder) {
   return platform::FileNameOf(folder.substr(0, folder.empty() ? 0 : folder.size() - 1));
-}
-
-// The profile's folder and those above it, the machine's root left out.
-std::vector<std::string> Surroundings(const std::string& profile) {
-  std::vector<std::string> folders;
-  std::string folder = profile;
-  for (int level = 0; level <= kLevelsAbove && folder.size() > 1; ++level) {
-    folders.push_back(folder);
-    folder = ParentOf(folder);
-  }
-  return folders;
 }
 
 bool IsStore(const std::string& folder) {
@@ -75,29 +46,6 @@ bool IsStore(const std::string& folder) {
     DbxContent content = platform::ReadDbxContent(folder + name);
     return content == DbxContent::kMessages || content == DbxContent::kFolderList;
   });
-}
-
-// The folders that a store root may mean, the likeliest first; they need not be there.
-std::vector<std::string> PlacesOf(const std::string& root, const std::string& profile) {
-  std::string expanded = OwnersRegistry().Expand(root);
-  std::vector<std::string> places = {WithSeparator(OwnersRegistry().MapPath(root))};
-  std::string drive;
-  if (IsDriveName(expanded.substr(0, 2))) {
-    drive = expanded.substr(0, 1);
-    expanded.erase(0, 2);
-  }
-  std::replace(expanded.begin(), expanded.end(), '\\', '/');
-  for (const std::string& folder : Surroundings(profile)) {
-    std::vector<std::string> ways = {expanded};
-    for (const char* mark : {":/", "/"}) {
-      if (!drive.empty())
-        ways.insert(ways.begin(), std::string(drive).append(mark).append(expanded));
-    }
-    for (const std::string& way : ways) {
-      if (auto found = FindIgnoringCase(folder, way)) places.push_back(WithSeparator(*found));
-    }
-  }
-  return places;
 }
 
 class StoreSearch {
@@ -158,7 +106,7 @@ void StoreSearch::ReadIdentities() {
 bool StoreSearch::TakeStoreOf(const Identity& identity) {
   if (identity.root.empty()) return false;
   std::string empty;  // a folder that is there, and holds nothing
-  for (const std::string& place : PlacesOf(identity.root, profile_)) {
+  for (const std::string& place : StorePlaces(OwnersRegistry(), identity.root, profile_)) {
     if (IsStore(place)) {
       Take(place, identity.userName);
       return true;

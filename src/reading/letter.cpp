@@ -42,11 +42,11 @@ std::string SourceBytes(int64_t id) {
 std::optional<Letter> ReadLetter(int64_t id) {
   using Result = std::optional<Letter>;
   return core::Guarded("ReadLetter", Result(), [&]() -> Result {
-    std::optional<StoredMessage> message = ReadStoredMessage(id);
+    std::optional<takeout::StoredMessage> message = takeout::ReadStoredMessage(id);
     if (!message) return std::nullopt;
     Letter letter;
     letter.message = std::move(*message);
-    const StoredMessage& stored = letter.message;
+    const takeout::StoredMessage& stored = letter.message;
     bool bodyIsHtml = !HoldsText(stored.htmlBody) && LooksLikeHtml(stored.body);
     const std::string& html = bodyIsHtml ? stored.body : stored.htmlBody;
     if (HoldsText(html)) letter.formatted = CleanHtml(html);

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "reading/clean_html.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 #include "takeout/attachments.h"
 
 namespace tarnwick::reading {
 
 struct Letter {
-  StoredMessage message;
+  takeout::StoredMessage message;
   std::string text;  // the body, or what the HTML says where there is none
   std::optional<CleanedHtml> formatted;
   std::shared_ptr<const takeout::MessageAttachments> files;  // null without a stored file

@@ -74,7 +74,7 @@ QString Warning(const CleanedHtml& html) {
 }  // namespace
 
 QString HeadOf(const Letter& letter, bool isUnfolded) {
-  const StoredMessage& message = letter.message;
+  const takeout::StoredMessage& message = letter.message;
   QString subject = Escaped(message.subject);
   return "<table cellspacing=\"1\">" + Row(LetterView::tr("Subject:"), "<b>" + subject + "</b>") +
          Row(LetterView::tr("From:"), Escaped(PersonText(message.fromName, message.fromAddress))) +

@@ -127,7 +127,8 @@ void MessageAttachments::TakeLeaf(const MessagePart& leaf) {
   std::string type = leaf.isMessage              ? "message/rfc822"
                      : content.mediaType.empty() ? "text/plain"
                                                  : content.mediaType;
-  Add({std::move(name), std::move(type), 0, false, leaf.contentId}, std::move(source));
+  Add({std::move(name), std::move(type), 0, false, leaf.contentId, leaf.isOfMessage},
+      std::move(source));
 }
 
 void MessageAttachments::TakeInlineFiles(const MessagePart& leaf) {

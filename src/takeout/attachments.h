@@ -23,6 +23,7 @@ struct Attachment {
   uint64_t size = 0;
   bool isProgram = false;      // IsProgramName
   std::string contentId = {};  // by which the letter's HTML names a picture; often ""
+  bool isOfMessage = false;    // a file of an attached message, which is in the list too
 };
 
 class MessageAttachments {

@@ -169,7 +169,9 @@ void MessageParts::ReadPart(std::string_view text, int depth, bool isDigest) {
   std::string_view behind = inner;
   part.subject = Headers(behind).Subject();
   AddLeaf(std::move(part));
+  ++insideMessages_;
   if (mayGoDeeper) ReadPart(inner, depth + 1, false);
+  --insideMessages_;
 }
 
 void MessageParts::ReadContainer(const MessagePart& part, int depth) {
@@ -192,6 +194,7 @@ void MessageParts::ReadContainer(const MessagePart& part, int depth) {
 }
 
 void MessageParts::AddLeaf(MessagePart part) {
+  part.isOfMessage = insideMessages_ > 0;
   leaves_.push_back(std::move(part));
 }
 

@@ -21,8 +21,9 @@ struct MessagePart {
   intake::PartDescription content;
   std::string_view body;  // still encoded
   bool isMessage = false;
-  std::string contentId;  // without its brackets
-  std::string subject;    // of an attached message: its Subject line as it stands
+  bool isOfMessage = false;  // of an attached message
+  std::string contentId;     // without its brackets
+  std::string subject;       // of an attached message: its Subject line as it stands
 };
 
 class MessageParts {
@@ -49,6 +50,7 @@ class MessageParts {
   std::deque<std::string> decoded_;  // of attached messages that were encoded
   std::string charset_;
   bool isDamaged_ = false;
+  int insideMessages_ = 0;
 };
 
 }  // namespace tarnwick::takeout

@@ -10,6 +10,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "takeout/msg_writer.h"
 #include "takeout/new_files.h"
 
 namespace tarnwick::takeout {
@@ -41,14 +42,16 @@ std::string StemOf(const MessageLabel& label) {
   return stem.empty() ? "message" : stem;
 }
 
-class EmlWriter : public MessageWriter {
+// A file for each message.
+class FilesWriter : public MessageWriter {
  public:
-  EmlWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
+  FilesWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {}
 
-  void Save(const MessageLabel& label, std::string_view file) override {
+ protected:
+  void Add(const MessageLabel& label, std::string_view extension, std::string_view bytes) {
     std::string path =
         folders_ ? Joined(folder_, SafeFolderPath(label)) : platform::WithSeparator(folder_);
-    files_.try_emplace(path, path).first->second.Add(StemOf(label), ".eml", file, label.time);
+    files_.try_emplace(path, path).first->second.Add(StemOf(label), extension, bytes, label.time);
     ++saved_;
   }
 
@@ -56,6 +59,22 @@ class EmlWriter : public MessageWriter {
   std::string folder_;
   bool folders_;
   std::map<std::string, NewFiles> files_;
+};
+
+class EmlWriter : public FilesWriter {
+ public:
+  using FilesWriter::FilesWriter;
+  void Save(const MessageLabel& label, std::string_view file) override { Add(label, ".eml", file); }
+};
+
+class MsgWriter : public FilesWriter {
+ public:
+  using FilesWriter::FilesWriter;
+  void Save(const MessageLabel& label, std::string_view file) override {
+    std::optional<StoredMessage> message = ReadStoredMessage(label.id);
+    if (!message) throw Error(ErrorNumber::kNoCurrentRow, "The message is gone.");
+    Add(label, ".msg", MsgFileBytes(*message, file));
+  }
 };
 
 class MaildirWriter : public MessageWriter {
@@ -246,6 +265,8 @@ std::unique_ptr<MessageWriter> MakeWriter(SaveFormat format, const std::string& 
       return std::make_unique<MboxWriter>(folder, folders);
     case SaveFormat::kMaildir:
       return std::make_unique<MaildirWriter>(folder, folders);
+    case SaveFormat::kMsg:
+      return std::make_unique<MsgWriter>(folder, folders);
     case SaveFormat::kEml:
       break;
   }

@@ -17,7 +17,8 @@
 
 namespace tarnwick::takeout {
 
-enum class SaveFormat { kEml, kMbox, kMaildir };
+// The numbers are stored: do not reorder.
+enum class SaveFormat { kEml, kMbox, kMaildir, kMsg };
 
 // What a message's place and name are made of.
 struct MessageLabel {

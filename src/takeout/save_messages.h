@@ -3,7 +3,8 @@
 //
 // Messages of the open repository saved as ordinary files that every mail program reads: a file for
 // each (.eml), a mailbox file (mbox with ">From " quoting that can be undone exactly) or a Maildir.
-// What is written is each message's file, byte for byte as it was received.
+// What is written is each message's file, byte for byte as it was received. The form of Outlook
+// (.msg) is made of what is stored of a message.
 //
 // A run shows its progress, lets events run and hears the stop command. Nothing that is there
 // already is replaced. Whatever happens, what bears its name is whole, and every message is

@@ -75,11 +75,14 @@ void SaveMessagesDialog::MakeControls(int64_t selected, int64_t listed) {
   formats_ = new QButtonGroup(this);
   auto* eml = radio("FormatEml", tr("&One file each (.eml)"),
                     tr("Named by date, correspondent and subject; mail programs open them"));
+  auto* msg = radio("FormatMsg", tr("O&ne file each for Outlook (.msg)"),
+                    tr("With texts, people, dates and attached files as Outlook keeps them"));
   auto* mbox = radio("FormatMbox", tr("&Mailbox file (mbox)"),
                      tr("All in one file, which other mail programs take in"));
   auto* maildir = radio("FormatMaildir", tr("Mail&dir"),
                         tr("A folder as mail servers and some mail programs keep it"));
   formats_->addButton(eml, static_cast<int>(SaveFormat::kEml));
+  formats_->addButton(msg, static_cast<int>(SaveFormat::kMsg));
   formats_->addButton(mbox, static_cast<int>(SaveFormat::kMbox));
   formats_->addButton(maildir, static_cast<int>(SaveFormat::kMaildir));
   eml->setChecked(true);
@@ -106,7 +109,7 @@ void SaveMessagesDialog::MakeControls(int64_t selected, int64_t listed) {
   auto* form = new QFormLayout;
   form->setVerticalSpacing(fontMetrics().height() * 3 / 4);
   form->addRow(tr("Messages:"), Column({selected_, listed_}));
-  form->addRow(tr("Form:"), Column({eml, mbox, maildir, folders_}));
+  form->addRow(tr("Form:"), Column({eml, msg, mbox, maildir, folders_}));
   auto* label = new QLabel(tr("&Folder:"), this);
   label->setBuddy(folder_);
   form->addRow(label, where);

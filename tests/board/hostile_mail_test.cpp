@@ -10,7 +10,7 @@
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 #include "takeout/stored_file.h"
@@ -32,7 +32,7 @@ class HostileMail : public testing::ProgramFixture {
   static std::vector<std::string> Neighbours() {
     std::vector<std::string> rows;
     for (int64_t id : {1, 2}) {
-      rows.push_back(reading::ReadStoredMessage(id)->subject +
+      rows.push_back(takeout::ReadStoredMessage(id)->subject +
                      takeout::ReadStoredFile(id).value_or(""));
     }
     return rows;
@@ -47,7 +47,7 @@ class HostileMail : public testing::ProgramFixture {
   }
 
   // A stored message's field as the table names it.
-  static std::string FieldOf(const reading::StoredMessage& message, const std::string& name) {
+  static std::string FieldOf(const takeout::StoredMessage& message, const std::string& name) {
     if (name == "body") return message.body;
     if (name == "to") return Joined(message.to);
     if (name == "to count") return std::to_string(message.to.size());
@@ -89,7 +89,7 @@ TEST_F(HostileMail, BecomesWhatItIsAndNothingElse) {
       EXPECT_EQ(CountRows("Email"), last);
       continue;
     }
-    std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(++last);
+    std::optional<takeout::StoredMessage> message = takeout::ReadStoredMessage(++last);
     ASSERT_TRUE(message.has_value());
     EXPECT_TRUE(takeout::ReadStoredFile(last) == kind.raw);
     for (const std::string* text : {&message->subject, &message->fromName, &message->fromAddress,

@@ -348,6 +348,20 @@ TEST_F(LoadingWindow, AFirstLoadAsksForTheProfileAndListsFromTheLatestDay) {
   EXPECT_EQ(CountListed(), 3);
 }
 
+TEST_F(LoadingWindow, ASearchFindsWhatTheDatesOfALoadHide) {
+  Start();
+  ui_.yesNo = {true};
+  ui_.folders = {profile_.Folder()};
+  ui_.senders = {core::SenderAnswer::kAcceptAll};
+  Click("LoadMailler");
+  ASSERT_THAT(ListedSubjects(), ElementsAre("latest", "late"));
+  auto* box = Find<QLineEdit>("SearchBox");
+  box->setText("old");
+  QTest::keyClick(box, Qt::Key_Return);
+  EXPECT_THAT(ListedSubjects(), ElementsAre("old"));
+  EXPECT_EQ(window_->Status().PanelText(StatusPanel::kProgress), "1 found");
+}
+
 TEST_F(LoadingWindow, WithoutMailTextsTheLogTellsNoSubject) {
   Start();
   for (bool logged : {true, false}) {

@@ -3,7 +3,6 @@
 #include "database/recordset.h"
 
 #include "mail_database.h"
-#include "platform/utf8.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -388,44 +387,6 @@ TEST_F(RecordsetTest, MaySurviveTheConnection) {
     rows.Open("SELECT * FROM Email", connection);
   }
   EXPECT_FALSE(rows.IsOpen());
-}
-
-// The groups of a query whose first item is a number, with their text in one case.
-std::multiset<std::string> GroupsOf(const std::string& query, Connection& connection) {
-  std::multiset<std::string> groups;
-  Recordset rows;
-  for (rows.Open(query, connection); !rows.Eof(); rows.MoveNext()) {
-    groups.insert(rows.Field(0).AsText() + "|" + platform::FoldCase(rows.Field(1).AsText()));
-  }
-  return groups;
-}
-
-TEST_F(RecordsetTest, CountsOfGroupsAreTheEnginesOwn) {
-  Run("DELETE FROM Email");
-  for (const char* row :
-       {"'In', 'x', 7, 0.5, #03/07/2005 23:59:59#", "'in', 'X', 7, 0.5, #03/07/2005#",
-        "'Out', 'x', 7, -0.5, #12/31/1969 23:59:59#", "'OUT', '', Null, Null, #12/31/1969#",
-        "'Out', 'y', 7, 0, Null", "'', 'ÿ', 8, 0, #03/08/2005#", "Null, 'Ÿ', 8, 0.5, Null"}) {
-    Run("INSERT INTO Email (Direction, Subject, FromTo, Weight, ReceivedTime) VALUES (" +
-        std::string(row) + ")");
-  }
-  for (const std::string group :
-       {"Direction", "Subject", "FromTo", "Weight", "DateValue(ReceivedTime)",
-        "DateValue(ReceivedTime), Email.Direction", "Subject, Direction", "Direction, Active"}) {
-    std::string rest = ", " + group +
-                       " FROM Email LEFT JOIN MeContact ON Email.FromTo = MeContact.ID "
-                       "WHERE Email.ID > 0 GROUP BY " +
-                       group;
-    // A sum of ones is left to the engine.
-    EXPECT_EQ(GroupsOf("SELECT Count(*) AS Messages" + rest, connection_),
-              GroupsOf("SELECT Sum(1) AS Messages" + rest, connection_))
-        << group;
-  }
-  EXPECT_EQ(
-      GroupsOf("SELECT Count(*) AS Messages, Subject FROM Email GROUP BY Subject, Subject",
-               connection_),
-      (std::multiset<std::string>{"3|" + platform::FoldCase("x"), "1|",
-                                  "1|" + platform::FoldCase("y"), "2|" + platform::FoldCase("ÿ")}));
 }
 
 TEST_F(RecordsetTest, AnEditThatFailsLeavesNothingForTheNextRow) {

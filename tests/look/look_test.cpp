@@ -4,6 +4,7 @@
 
 #include "board/load_found.h"
 #include "samples/dbx_builder.h"
+#include "samples/hive_builder.h"
 #include "samples/mailbox_builder.h"
 #include "samples/pst_builder.h"
 #include "samples/sample_profile.h"
@@ -76,9 +77,27 @@ TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
   result = board::LoadFound({found.mail[0]}, board::SenderPolicy::kAcceptAll);
   EXPECT_GT(result.counts.stored, 10);
   EXPECT_EQ(repository::GetProfileFolder(), "") << "it stays as it was";
+  found = LookAll();
+  board::LoadFound({found.mail[0], found.mail[1]}, board::SenderPolicy::kAcceptAll);
+  EXPECT_THAT(ui_.Shown("box"), ElementsAre("There isn't new message."));
   rows = Rows(LookAll());
   EXPECT_THAT(rows[0], EndsWith("|stored"));
   EXPECT_THAT(rows[1], EndsWith("|stored"));
+}
+
+TEST_F(LookAround, KnowsAStoreOnACopiedDriveByItsIdentity) {
+  samples::HiveBuilder hive;
+  hive.AddText("Identities\\{1}", "Username", "Ann");
+  hive.AddText("Identities\\{1}\\Software\\Microsoft\\Outlook Express\\5.0", "Store Root",
+               "D:\\Mail\\", true);
+  Write("old/C/Users/ann/NTUSER.DAT", hive.Build());
+  samples::MessageStoreBuilder inbox;
+  samples::IndexedMessage letter;
+  letter.text = "From: bob@example.org\r\nSubject: x\r\n\r\n";
+  inbox.AddMessage(letter);
+  inbox.Finish();
+  Write("old/D/Mail/Inbox.dbx", inbox.Bytes());
+  EXPECT_THAT(Rows(LookAll()), Contains(HasSubstr("Outlook Express|ann|Ann|1|1|")));
 }
 
 TEST_F(LookAround, CanBeStoppedAndKeepsToOneFile) {

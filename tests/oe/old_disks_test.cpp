@@ -368,29 +368,37 @@ TEST_F(OldDisks, WhatIsMissingIsToldAndFoldersAreLabelledByTheirOwners) {
 }
 
 TEST_F(OldDisks, FoldersThatAreLeftOutAreReadWhereTheyAreTicked) {
-  Disk disk(folder_.File("disk/"));
-  samples::FolderListBuilder list;
-  list.Add({1, 0, "Local Folders", "LocalStore"});
-  list.Add({2, 1, "Drafts", "Drafts.dbx"});
-  list.Add({3, 1, "Deleted Items", "Deleted.dbx"});
-  list.Add({4, 3, "Old Drafts", "Old.dbx"});
-  list.Add({5, 1, "Outbox", "Outbox.dbx"});
-  list.Finish();
-  disk.File("Ann/Folders.dbx", list.Bytes());
-  for (const char* name : {"Drafts", "Deleted", "Old", "Outbox"}) {
-    disk.Letters("Ann/" + std::string(name) + ".dbx", name);
+  struct Language {
+    std::string drafts, deleted, old, outbox;
+    std::array<uint32_t, 3> purposes;
+  };
+  for (const Language& names :
+       {Language{"Drafts", "Deleted Items", "Old Drafts", "Outbox", {1, 1, 1}},
+        Language{"Brouillons", "Corbeille", "Vieux brouillons", "A envoyer", {5, 4, 2}}}) {
+    Disk disk(folder_.File(names.outbox + "/"));
+    samples::FolderListBuilder list;
+    list.Add({1, 0, "Local Folders", "LocalStore"});
+    list.Add({2, 1, names.drafts, "Drafts.dbx", names.purposes[0]});
+    list.Add({3, 1, names.deleted, "Deleted.dbx", names.purposes[1]});
+    list.Add({4, 3, names.old, "Old.dbx", 0});
+    list.Add({5, 1, names.outbox, "Outbox.dbx", names.purposes[2]});
+    list.Finish();
+    disk.File("Ann/Folders.dbx", list.Bytes());
+    for (const char* name : {"Drafts", "Deleted", "Old", "Outbox"}) {
+      disk.Letters("Ann/" + std::string(name) + ".dbx", name);
+    }
+    const std::string profile = folder_.File(names.outbox + "/Ann");
+    EXPECT_EQ(Load(profile, intake::kComplete), "");
+    EXPECT_EQ(core::State().Counts.notReached, 4);
+    intake::ReadingRules rules = intake::kComplete;
+    rules.drafts = true;
+    EXPECT_EQ(Load(profile, rules), "Drafts");
+    rules.deletedItems = true;
+    EXPECT_EQ(Load(profile, rules), "Deleted|Drafts|Old");
+    EXPECT_EQ(Query("SELECT Folder FROM Email WHERE Subject = 'Old'").AsText(), names.old);
+    rules.outbox = true;
+    EXPECT_EQ(Load(profile, rules), "Deleted|Drafts|Old|Outbox");
   }
-  const std::string profile = folder_.File("disk/Ann");
-  EXPECT_EQ(Load(profile, intake::kComplete), "");
-  EXPECT_EQ(core::State().Counts.notReached, 4);
-  intake::ReadingRules rules = intake::kComplete;
-  rules.drafts = true;
-  EXPECT_EQ(Load(profile, rules), "Drafts");
-  rules.deletedItems = true;
-  EXPECT_EQ(Load(profile, rules), "Deleted|Drafts|Old");
-  EXPECT_EQ(Query("SELECT Folder FROM Email WHERE Subject = 'Old'").AsText(), "Old Drafts");
-  rules.outbox = true;
-  EXPECT_EQ(Load(profile, rules), "Deleted|Drafts|Old|Outbox");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "outlook/compound_file.h"
 #include "samples/mailbox_builder.h"
 #include "support/program_fixture.h"
+#include "takeout/compound_file_writer.h"
 
 namespace tarnwick::outlook {
 namespace {
@@ -28,7 +29,7 @@ TEST_F(MsgFile, BecomesAMessageWithWhatHangsOnIt) {
   EXPECT_THAT(raw, HasSubstr("iYmJiYmJ"));
 
   std::string contact =
-      samples::CompoundBytes({{"__substg1.0_001A001E", "IPM.Contact"},
+      takeout::CompoundFileBytes({{"__substg1.0_001A001E", "IPM.Contact"},
                               {"__properties_version1.0", std::string(32, '\0')}});
   EXPECT_THROW(ReadMsgFile(WriteTemp("contact.msg", contact), {}, false), Error);
   EXPECT_THROW(ReadMsgFile(WriteTemp("text.msg", "From: a@b\r\n\r\n"), {}, false), Error);
@@ -64,7 +65,7 @@ TEST_F(MsgFile, DamageCostsNoMoreThanTheFile) {
 TEST_F(MsgFile, SharedStreamsAreNotReadOverAndOver) {
   std::vector<std::pair<std::string, std::string>> streams = {
       {"big", std::string(size_t{1} << 20, 'x')}};
-  CompoundFile file(samples::CompoundBytes(streams));
+  CompoundFile file(takeout::CompoundFileBytes(streams));
   CompoundFile::Entry big = file.Children(CompoundFile::kRoot).at(0);
   EXPECT_EQ(file.Read(big), streams[0].second);
   EXPECT_THROW(

@@ -4,13 +4,16 @@
 
 #include <filesystem>
 
+#include "intake/header_parser.h"
 #include "intake/store_message.h"
+#include "outlook/msg_file.h"
 #include "platform/charset.h"
 #include "support/faults.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 #include "support/run_program.h"
 #include "takeout/new_files.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::takeout {
 namespace {
@@ -106,6 +109,57 @@ TEST_F(SaveMessagesTest, EveryFormatIsReadBackMessageForMessage) {
   }
   EXPECT_EQ(Files("mbox-folders").size(), 4U) << "one for each folder";
   if (!hasPython) GTEST_SKIP() << "no python3 here";
+}
+
+// Read back by our own reader field by field, and by another's for the form of the file; large
+// enough for the list of its table's sectors.
+TEST_F(SaveMessagesTest, AFileForOutlookHoldsWhatIsStored) {
+  std::string large(std::size_t{8} << 20, 'x');
+  for (size_t i = 0; i < large.size(); i += 77) large[i] = '\n';
+  std::string letter = WriteTemp(
+      "letter.eml",
+      "From: =?utf-8?q?Zo=C3=AB?= <zoe@example.org>\r\nTo: Ann <ann@example.org>, "
+      "bob@example.org\r\n"
+      "Cc: Carol <carol@example.org>\r\nSubject: Re: Caf=?utf-8?b?w6k=?= =?utf-8?b?8J+Yig==?=\r\n"
+      "Date: Mon, 5 Jan 2004 10:20:30 +0000\r\nMessage-ID: <a@example.org>\r\n"
+      "References: <b@example.org>\r\n <c@example.org>\r\nMIME-Version: 1.0\r\n"
+      "Content-Type: multipart/mixed; boundary=B\r\n\r\n--B\r\nContent-Type: text/plain; "
+      "charset=utf-8\r\n\r\nThe words.\r\n--B\r\nContent-Type: application/x; name=large.bin\r\n"
+      "Content-Disposition: attachment\r\n\r\n" +
+          large +
+          "\r\n--B\r\nContent-Type: message/rfc822\r\n\r\nSubject: inner\r\nContent-Type: "
+          "application/x; name=deep.bin\r\nContent-Disposition: "
+          "attachment\r\n\r\ndeep\r\n--B--\r\n");
+  ui_.senders = {core::SenderAnswer::kAcceptAll};
+  ASSERT_TRUE(intake::dbxParseMessage(letter, {"Inbox", "", "Outlook"}, "", ""));
+  auto counts = SaveMessages({{1}, SaveFormat::kMsg, false, folder_.File("msg")});
+  ASSERT_EQ(counts->saved, 1);
+  std::string path = Files("msg").at(0);
+  EXPECT_TRUE(path.ends_with(".msg"));
+
+  StoredMessage stored = *ReadStoredMessage(1);
+  intake::MailMessage read = outlook::ReadMsgFile(path, {"Inbox", "", "Outlook"}, false);
+  EXPECT_EQ(read.Subject, stored.subject);
+  EXPECT_EQ(read.Body, stored.body);
+  EXPECT_EQ((intake::AddressPair{read.FromName, read.FromAddress}),
+            (intake::AddressPair{stored.fromName, stored.fromAddress}));
+  EXPECT_EQ(std::vector(read.To.begin(), read.To.begin() + read.ToCount), stored.to);
+  EXPECT_EQ(std::vector(read.Cc.begin(), read.Cc.begin() + read.CcCount), stored.cc);
+  EXPECT_EQ(read.SentTime, stored.sent);
+  EXPECT_EQ(read.AttachCount, 2);
+  EXPECT_THAT(platform::ReadFile(core::State().TempMessageFile), HasSubstr("<c@example.org>"));
+
+  const std::string kPython = "/usr/bin/python3";  // the one that Debian's modules are for
+  if (testing::RunProgram({kPython, "-c", "import olefile"}).status != 0) {
+    GTEST_SKIP() << "no olefile module here";
+  }
+  testing::ProgramRun run = testing::RunProgram(
+      {kPython, std::string(TARNWICK_SOURCE) + "/tests/takeout/read_msg.py", path});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output,
+            "IPM.Note|Re: Café😊|Zoë|zoe@example.org|The words.\n2004-01-05 10:20:30\n"
+            "1 Ann ann@example.org\n1 bob@example.org bob@example.org\n2 Carol carol@example.org\n"
+            "large.bin 8388608\ninner.eml 99\n");
 }
 
 TEST_F(SaveMessagesTest, WhatIsThereIsNeverReplaced) {

@@ -8,7 +8,7 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::app {
 
@@ -24,7 +24,7 @@ void Print(size_t index, const takeout::Attachment& attachment, const std::strin
 int RunAttachments(const std::vector<std::string>& words) {
   Arguments arguments(words, {"--save"}, {});
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  if (!reading::ReadStoredMessage(id)) {
+  if (!takeout::ReadStoredMessage(id)) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;
   }

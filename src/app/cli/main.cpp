@@ -42,7 +42,7 @@ constexpr const char* kUsage =
   mark   ID
   attachments ID [--save DIR]
   contacts [--name T] [--json]
-  save   --format eml|mbox|maildir DIR [--folders] [the filters of list]
+  save   --format eml|msg|mbox|maildir DIR [--folders] [the filters of list]
   backup FILE
   restore FILE
   export FILE [the filters of list]

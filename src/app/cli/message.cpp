@@ -5,7 +5,7 @@
 #include "board/message_commands.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::app {
 
@@ -17,7 +17,7 @@ using MessageCommand = bool (*)(const std::vector<board::SelectedMessage>&);
 int OnMessage(const std::vector<std::string>& words, MessageCommand command) {
   Arguments arguments(words, {}, {});
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(id);
+  std::optional<takeout::StoredMessage> message = takeout::ReadStoredMessage(id);
   if (!message) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;

@@ -18,11 +18,14 @@ int RunSave(const std::vector<std::string>& words) {
   std::set<std::string> flags = ListFlags();
   flags.insert("--folders");
   Arguments arguments(words, withValue, flags);
-  if (!arguments.Value("--format")) throw UsageError("save wants --format eml, mbox or maildir");
-  std::string format = arguments.OneOf("--format", {"eml", "mbox", "maildir"});
+  if (!arguments.Value("--format")) {
+    throw UsageError("save wants --format eml, msg, mbox or maildir");
+  }
+  std::string format = arguments.OneOf("--format", {"eml", "msg", "mbox", "maildir"});
   takeout::SaveOrder order;
   order.format = format == "mbox"      ? SaveFormat::kMbox
                  : format == "maildir" ? SaveFormat::kMaildir
+                 : format == "msg"     ? SaveFormat::kMsg
                                        : SaveFormat::kEml;
   order.folders = arguments.Has("--folders");
   order.folder = arguments.OnlyOperand("DIR");

@@ -5,7 +5,7 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 #include "takeout/stored_file.h"
 
 namespace tarnwick::app {
@@ -18,7 +18,7 @@ void PrintRecipients(const char* label, const std::vector<intake::AddressPair>& 
   }
 }
 
-void PrintWhole(const reading::StoredMessage& message) {
+void PrintWhole(const takeout::StoredMessage& message) {
   std::cout << "Subject: " << OneLine(message.subject) << "\nFrom: " << OneLine(message.fromName)
             << " <" << OneLine(message.fromAddress) << ">\n";
   PrintRecipients("To: ", message.to);
@@ -39,7 +39,7 @@ int RunShow(const std::vector<std::string>& words) {
     throw UsageError("--raw and --text exclude each other");
   }
   int64_t id = ParseNumber(arguments.OnlyOperand("ID"), "ID");
-  std::optional<reading::StoredMessage> message = reading::ReadStoredMessage(id);
+  std::optional<takeout::StoredMessage> message = takeout::ReadStoredMessage(id);
   if (!message) {
     std::cerr << "There is no email with ID " << id << "." << std::endl;
     return kFailed;

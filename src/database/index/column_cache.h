@@ -49,6 +49,7 @@ class ColumnCache {
   // something is written.
   bool Refresh();
   const std::vector<Row>& Rows() const { return rows_; }
+  int64_t SecondsOf(const Row& row) const;  // of its date; the least there is for Null
   // The first row dated at seconds or later, as an index.
   size_t From(int64_t seconds) const;
   // What the columns of kinds hold together, in the order of the definition's.
@@ -76,7 +77,6 @@ class ColumnCache {
   bool Take(Statement& statement, Row& row);
   bool TakeKind(Statement& statement, Row& row);
   bool FindKind(Statement& statement, uint32_t& kind);
-  int64_t SecondsOf(const Row& row) const;
   bool IsBefore(const Row& a, const Row& b) const;
   void SortTies();
 

@@ -30,8 +30,9 @@ class ColumnCachePlanner {
   std::optional<ColumnCachePlan> Plan() const {
     if (!platform::SameWord(select_.table.name, cache_.table) || tables_[0].view == nullptr)
       return {};
-    if (select_.file || select_.top || !select_.groupBy.empty()) return {};
+    if (select_.file || select_.top) return {};
     ColumnCachePlan plan;
+    if (!select_.groupBy.empty() && !GroupByColumnCache(plan)) return {};
     ColumnCacheParts parts;
     if (!FindJoins(parts)) return {};
     if (select_.where && !SplitCondition(*select_.where, parts, plan)) return {};
@@ -53,6 +54,37 @@ class ColumnCachePlanner {
     Conditions ofDetails;
     Conditions ofRows;
   };
+
+  // The items are each group's values and how many rows it has.
+  bool GroupByColumnCache(ColumnCachePlan& plan) const {
+    if (!select_.joins.empty() || select_.distinct || !select_.orderBy.empty()) return false;
+    size_t groups = 0;
+    for (const SelectItem& item : select_.items) {
+      bool counts = !item.star && item.value.kind == Kind::kCall && item.value.text == "count" &&
+                    item.value.operands[0].kind == Kind::kStar;
+      if (counts) {
+        plan.groupItems.emplace_back();
+        continue;
+      }
+      // Each in the order of the groups, so that none is missing.
+      if (item.star || groups == select_.groupBy.size()) return false;
+      auto of = GroupOf(item.value);
+      auto wanted = GroupOf(select_.groupBy[groups++]);
+      if (!of || !wanted || of->part != wanted->part || of->kind != wanted->kind) return false;
+      plan.groupItems.push_back(*of);
+    }
+    return groups == select_.groupBy.size();
+  }
+
+  std::optional<ColumnCachePlan::GroupItem> GroupOf(const Expression& value) const {
+    using Part = ColumnCachePlan::GroupItem::Part;
+    bool isDay = value.kind == Kind::kCall && value.text == "datevalue" &&
+                 shape_.IsColumn(value.operands[0], 0, cache_.date);
+    if (isDay) return {{Part::kDay}};
+    if (shape_.IsColumn(value, 0, cache_.reference)) return {{Part::kReference}};
+    if (auto kind = KindOf(value)) return {{Part::kKind, *kind}};
+    return std::nullopt;
+  }
 
   // Each join is that of the reference or that of the details.
   bool FindJoins(ColumnCacheParts& parts) const {

@@ -6,7 +6,6 @@
 #include <set>
 #include <vector>
 
-#include "database/plan/group_count.h"
 #include "database/plan/select_shape.h"
 #include "platform/utf8.h"
 
@@ -57,7 +56,7 @@ class Planner {
     narrow_ = tables_[*place].shown;
   }
 
-  // What is read, narrowed: rows to count where groups are counted.
+  // What is read, narrowed.
   void WriteNarrowed(ReadPlan& plan, Catalog& schema) const {
     if (plan.searches.empty()) return;
     if (plan.keyed) {
@@ -241,22 +240,12 @@ ReadPlan PlanSelect(Select& select, Catalog& schema, std::string_view otherSchem
     plan = planner.Keyed();
     if (cache != nullptr && !plan.wholeTable) plan.columnCache = PlanFromColumnCache(shape, *cache);
   } else {
-    if (cache != nullptr && planner.CountsRows()) {
+    if (cache != nullptr && (planner.CountsRows() || !select.groupBy.empty())) {
       plan.columnCache = PlanFromColumnCache(shape, *cache);
-      if (plan.columnCache) plan.columnCache->counts = true;
     }
     SqlWriter writer(schema, otherSchema);
     writer.Write(select);
     plan.all = writer.Take();
-  }
-  if (auto items = PlanGroupCount(select)) {
-    plan.groupItems = std::move(*items);
-    select.items.clear();
-    for (Expression& value : select.groupBy) select.items.emplace_back().value = std::move(value);
-    select.groupBy.clear();
-    SqlWriter rows(schema, otherSchema);
-    rows.Write(select);
-    plan.groups = rows.Take();
   }
   planner.FindSearches(plan);
   planner.WriteNarrowed(plan, schema);

@@ -10,8 +10,8 @@
 // nothing of theirs. Any other query is read whole.
 //
 // Where the base table has a column cache (column_cache.h), and each part of the condition asks one
-// table only, the keys come from there, and so does the result of a query that counts the rows. The
-// statements stay for what turns out unfit.
+// table only, the keys come from there, and so does the result of a query that counts the rows, or
+// counts them by day, kind or reference. The statements stay for what turns out unfit.
 #pragma once
 
 #include <optional>
@@ -66,21 +66,24 @@ struct ColumnCachePlan {
   EngineSql order;
   EngineSql text;  // kText: of the row of kKeyParameter
 
-  bool counts = false;
+  // A query that counts the rows of groups: what its items are, the groups' values among them.
+  struct GroupItem {
+    enum class Part { kCount, kDay, kKind, kReference };
+    Part part = Part::kCount;
+    size_t kind = 0;  // kKind: a place in the definition's kinds
+  };
+  std::vector<GroupItem> groupItems;
+
   bool countsDetails = false;  // a row counts once for each detail, at least once
 };
 
 struct ReadPlan {
   bool keyed = false;
-  EngineSql all;  // not keyed
-  // Not keyed, and all asks only how many rows each group has: the group's values of each row, and
-  // what the items are made of (group_count.h).
-  EngineSql groups;
-  std::vector<size_t> groupItems;  // empty: not so
-  EngineSql keys;                  // keyed: the key
-  EngineSql row;                   // keyed: the items, by kKeyParameter
-  bool repeatsKeys = false;        // a key may come more than once; only its first time counts
-  std::optional<size_t> top;       // a literal: the number of rows wanted
+  EngineSql all;              // not keyed
+  EngineSql keys;             // keyed: the key
+  EngineSql row;              // keyed: the items, by kKeyParameter
+  bool repeatsKeys = false;   // a key may come more than once; only its first time counts
+  std::optional<size_t> top;  // a literal: the number of rows wanted
   // What a text index can narrow all or keys to: the rows of searched that are listed in
   // temp.tw_search_found. Empty where there is nothing to narrow by.
   std::vector<SearchTerm> searches;

@@ -12,7 +12,7 @@
 #include "intake/mail_message.h"
 #include "platform/date_time.h"
 
-namespace tarnwick::reading {
+namespace tarnwick::takeout {
 
 struct StoredMessage {
   int64_t id = 0;
@@ -37,4 +37,4 @@ struct StoredMessage {
 // nullopt when there is no message of this number.
 std::optional<StoredMessage> ReadStoredMessage(int64_t id);
 
-}  // namespace tarnwick::reading
+}  // namespace tarnwick::takeout

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "reading/stored_message.h"
+#include "takeout/stored_message.h"
 
 #include "database/recordset.h"
 #include "repository/repository.h"
 
-namespace tarnwick::reading {
+namespace tarnwick::takeout {
 
 namespace {
 
@@ -51,4 +51,4 @@ std::optional<StoredMessage> ReadStoredMessage(int64_t id) {
   return message;
 }
 
-}  // namespace tarnwick::reading
+}  // namespace tarnwick::takeout
