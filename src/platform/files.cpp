@@ -236,9 +236,8 @@ std::optional<std::string> FindIgnoringCase(const std::string& folder, std::stri
     relative = slash == std::string_view::npos ? std::string_view() : relative.substr(slash + 1);
     if (part.empty() || part == ".") continue;
     if (part == "..") return std::nullopt;
-    std::string exact = WithSeparator(path) + std::string(part);
-    if (system::KindOfTarget(exact) != system::Kind::kNone) {
-      path = exact;
+    if (auto listed = system::ListedName(path, std::string(part))) {
+      path = WithSeparator(path) + *listed;
       continue;
     }
     std::vector<std::string> same = ListEntries(

@@ -45,6 +45,10 @@ std::optional<std::pair<uint64_t, uint64_t>> IdentityOf(const std::string& path)
 bool ListEntries(const std::string& folder,
                  const std::function<void(const std::string& name, Kind kind)>& take);
 
+// How a folder lists what is there by that name: another spelling where the system takes letters of
+// either case for the same. nullopt where nothing is. Links are followed.
+std::optional<std::string> ListedName(const std::string& folder, const std::string& name);
+
 bool MayRead(const std::string& path);
 std::optional<uint64_t> FreeSpaceIn(const std::string& folder);  // one that is there
 

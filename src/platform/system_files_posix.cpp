@@ -160,6 +160,11 @@ bool ListEntries(const std::string& folder,
   return !code;
 }
 
+std::optional<std::string> ListedName(const std::string& folder, const std::string& name) {
+  bool isThere = KindOfTarget(WithSeparator(folder) + name) != Kind::kNone;
+  return isThere ? std::optional<std::string>(name) : std::nullopt;
+}
+
 bool MakeFolder(const std::string& folder) {
   constexpr mode_t kOwnerOnly = 0700;
   return ::mkdir(folder.c_str(), kOwnerOnly) == 0;

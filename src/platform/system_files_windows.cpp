@@ -115,6 +115,10 @@ int Open(const std::string& path, Use use) {
                                        : GENERIC_WRITE;
   DWORD disposition = use == Use::kRead ? OPEN_EXISTING : OPEN_ALWAYS;
   std::wstring wide = WidePath(path);
+  if (wide.empty() && use != Use::kRead) {
+    errno = EINVAL;
+    return -1;
+  }
   HANDLE handle = CreateFileW(wide.c_str(), access, kShareAll, OwnerOnly(), disposition,
                               FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) {
@@ -213,6 +217,10 @@ std::optional<std::pair<uint64_t, uint64_t>> IdentityOf(const std::string& path)
 bool ListEntries(const std::string& folder,
                  const std::function<void(const std::string& name, Kind kind)>& take) {
   std::wstring pattern = WidePath(folder);
+  if (pattern.empty()) {
+    errno = ENOENT;
+    return false;
+  }
   if (!pattern.ends_with(L'\\')) pattern += L'\\';
   pattern += L'*';
   WIN32_FIND_DATAW found{};
@@ -239,6 +247,16 @@ std::optional<uint64_t> FreeSpaceIn(const std::string& folder) {
   if (!wide.ends_with(L'\\')) wide += L'\\';
   if (!Done(GetDiskFreeSpaceExW(wide.c_str(), &available, nullptr, nullptr))) return std::nullopt;
   return available.QuadPart;
+}
+
+std::optional<std::string> ListedName(const std::string& folder, const std::string& name) {
+  // Those would stand for any name.
+  if (name.find_first_of("*?") != std::string::npos) return std::nullopt;
+  WIN32_FIND_DATAW found{};
+  HANDLE search = FindFirstFileW(WidePath(WithSeparator(folder) + name).c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return std::nullopt;
+  FindClose(search);
+  return Utf8(found.cFileName);
 }
 
 bool MakeFolder(const std::string& folder) {

@@ -145,6 +145,8 @@ std::string Utf8(std::wstring_view wide) {
 std::wstring WidePath(const std::string& path) {
   if (path.empty() || IsOfTheSystem(path)) return Wide(path);
   std::wstring normal = Normal(path);
+  // "a:b" would be a part of the file "a" that no listing shows.
+  if (normal.find(L':', RootLength(normal)) != std::wstring::npos) return {};
   return normal.starts_with(L"\\\\") ? L"\\\\?\\UNC" + normal.substr(1) : L"\\\\?\\" + normal;
 }
 

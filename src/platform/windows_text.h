@@ -15,7 +15,8 @@ std::wstring Wide(std::string_view utf8);  // what is no UTF-8 becomes U+FFFD
 std::string Utf8(std::wstring_view wide);
 
 // A path as the system takes it whatever its length and its names ("con", "a."): absolute, without
-// "." and "..", behind "\\?\". "" stays "".
+// "." and "..", behind "\\?\". "" stays ""; so does a path of which a name holds a colon, which no
+// file has.
 std::wstring WidePath(const std::string& path);
 
 // The value of errno for an error code of the system.

@@ -33,6 +33,7 @@ TEST(WindowsPath, IsAbsoluteAndNeverLeavesItsRoot) {
       {"root", "C:\\", "\\\\?\\C:\\"},
       {"share", "\\\\server\\share\\..\\a", "\\\\?\\UNC\\server\\share\\a"},
       {"refused names", "C:\\con\\a. ", "\\\\?\\C:\\con\\a. "},
+      {"a part of a file", "C:\\a:b\\c", ""},
       {"as the system has it", "\\\\?\\C:\\a", "\\\\?\\C:\\a"},
   };
   for (const Case& row : kRows) EXPECT_EQ(Utf8(WidePath(row.given)), row.expected) << row.what;
@@ -52,30 +53,38 @@ TEST(WindowsFiles, LongAndRefusedNamesAreFiles) {
   }
   RenameFile(folder + "con", folder + "aux");
   EXPECT_THAT(ListFiles(folder), UnorderedElementsAre("aux", names[1], names[2], names[3]));
-  EXPECT_TRUE(FindIgnoringCase(temp.Path(), std::string(60, 'A') + "/" + std::string(60, 'B')));
+  std::string found =
+      FindIgnoringCase(temp.Path(), std::string(60, 'A') + "/" + std::string(60, 'B')).value_or("");
+  EXPECT_THAT(found, EndsWith("\\" + std::string(60, 'b'))) << "as it is listed";
+  EXPECT_FALSE(FindIgnoringCase(temp.Path(), "a*"));
   for (const std::string& name : ListFiles(folder)) RemoveFile(folder + name);
   EXPECT_TRUE(FreeSpace(folder) > 0);
+  WriteFile(temp.File("whole"), "x");
+  EXPECT_THROW(WriteFile(temp.File("whole:part"), "x"), Error);
+  EXPECT_FALSE(FileExists(temp.File("whole:part")));
 }
 
-TEST(WindowsFiles, AnOpenFileIsRemovedRenamedAndCut) {
+TEST(WindowsFiles, AnOpenFileIsRenamedAndCut) {
   TempFolder folder;
   WriteFile(folder.File("place"), "newer");
   InputFile open(folder.File("place"));
   CutFile(folder.File("place"), 3);
-  EXPECT_FALSE(RenameNew(folder.File("place"), folder.File("place")));
+  WriteFile(folder.File("taken"), "");
+  EXPECT_FALSE(RenameNew(folder.File("place"), folder.File("taken")));
   EXPECT_TRUE(RenameNew(folder.File("place"), folder.File("other")));
   EXPECT_EQ(ReadFile(folder.File("other")), "new");
-  RemoveFile(folder.File("other"));
-  EXPECT_FALSE(FileExists(folder.File("other")));
 }
 
-TEST(WindowsFiles, AnOpenFileIsReplaced) {
+TEST(WindowsFiles, AnOpenFileIsReplacedAndRemoved) {
   TempFolder folder;
   WriteFile(folder.File("place"), "old");
   InputFile open(folder.File("place"));
   WriteFile(folder.File("new"), "new");
   RenameFile(folder.File("new"), folder.File("place"));
   EXPECT_EQ(ReadFile(folder.File("place")), "new");
+  InputFile again(folder.File("place"));
+  RemoveFile(folder.File("place"));
+  EXPECT_FALSE(FileExists(folder.File("place")));
 }
 
 TEST(OwnRegistry, IsAskedOfTheSystem) {

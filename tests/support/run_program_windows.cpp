@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include <windows.h>
 
-#include <stdexcept>
-
 #include "platform/files.h"
 #include "platform/windows_text.h"
 #include "support/run_program.h"
@@ -48,13 +46,14 @@ ProgramRun RunProgram(const std::vector<std::string>& arguments, const std::stri
   BOOL isStarted = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                   nullptr, &startup, &process);
   for (HANDLE end : {startup.hStdInput, startup.hStdOutput, startup.hStdError}) CloseHandle(end);
-  if (!isStarted) throw std::runtime_error("no process");
+  ProgramRun run;
+  run.status = 127;  // as a shell tells it
+  if (!isStarted) return run;
   WaitForSingleObject(process.hProcess, INFINITE);
   DWORD status = 0;
   GetExitCodeProcess(process.hProcess, &status);
   CloseHandle(process.hThread);
   CloseHandle(process.hProcess);
-  ProgramRun run;
   run.status = static_cast<int>(status);
   run.output = platform::ReadFile(folder.File("out"));
   run.errors = platform::ReadFile(folder.File("err"));
