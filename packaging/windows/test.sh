@@ -38,7 +38,7 @@ run_room() {
   cp -al "$prefixes/first" "$prefix"
   for file in "$prefix"/*.reg; do cp "$file" "$file.own" && mv "$file.own" "$file"; done
   skipped="$(awk -v room="$room" '$1 == room { printf "%s%s", sep, $2; sep = ":" }' "$here/skipped-tests.txt")"
-  WINEPREFIX="$prefix" timeout 900 "$here/wine.sh" "$build/tests/test_$room.exe" \
+  WINEPREFIX="$prefix" timeout -k 10 900 "$here/wine.sh" "$build/tests/test_$room.exe" \
     --gtest_brief=1 --gtest_filter="*${skipped:+-$skipped}" >"$log" 2>&1 || status=$?
   rm -rf "$prefix"
   echo "$room: $(grep -aE '^\[  PASSED  \]' "$log" | tr -d '\r' || echo "ended with $status");" \
