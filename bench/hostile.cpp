@@ -30,7 +30,6 @@
 #include "intake/store_message.h"
 #include "platform/error.h"
 #include "platform/files.h"
-#include "takeout/stored_message.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "samples/hostile_mail.h"
@@ -38,6 +37,7 @@
 #include "support/temp_folder.h"
 #include "takeout/attachments.h"
 #include "takeout/stored_file.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick {
 namespace {

@@ -19,6 +19,7 @@
 #include "board/main_board_window.h"
 #include "core/startup.h"
 #include "platform/files.h"
+#include "reading/letter_view.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "support/scripted_ui.h"

@@ -12,6 +12,7 @@
 #include "core/run_state.h"
 #include "oe/announced.h"
 #include "oe/dbx_read.h"
+#include "oe/lost_mail.h"
 #include "oe/state.h"
 #include "platform/files.h"
 #include "samples/dbx_builder.h"
@@ -102,6 +103,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (const auto& rules : {tarnwick::intake::kDesigned, tarnwick::intake::kComplete}) {
     oe::ReadFolderTree(0, rules);
     oe::ReadMessageTree(store, oe::kMeAddress, {"folder", "", "ann"}, rules);
+  }
+  for (bool isCopy : {false, true}) {
+    oe::LostMail mail(store, isCopy, [](int) { return true; });
+    while (mail.Next()) {
+    }
+    mail.CountRest();
   }
   return 0;
 }

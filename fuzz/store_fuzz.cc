@@ -17,12 +17,12 @@
 #include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/html.h"
-#include "takeout/stored_message.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 #include "support/temp_folder.h"
 #include "takeout/stored_file.h"
+#include "takeout/stored_message.h"
 
 namespace {
 

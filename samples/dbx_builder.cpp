@@ -95,6 +95,15 @@ void DbxImage::PadTo(uint32_t offset) {
   if (offset > Size()) bytes_.resize(offset);
 }
 
+void DbxImage::Replace(uint32_t offset, std::string_view bytes) {
+  bytes_.replace(offset, bytes.size(), bytes);
+}
+
+void DbxImage::Free(uint32_t offset, uint32_t allBytes, uint32_t freedBefore) {
+  Put32(offset + 8, allBytes);
+  Put32(offset + 16, freedBefore);
+}
+
 uint32_t DbxImage::AddNode(const std::vector<Entry>& entries, uint32_t leftChild) {
   if (entries.size() > 255) throw std::invalid_argument("a node holds at most 255 entries");
   std::string bytes(8, '\0');
@@ -127,8 +136,15 @@ MessagePlaces MessageStoreBuilder::AddMessage(const IndexedMessage& message) {
     Append32(block, static_cast<uint32_t>(piece.size()));
     Append32(block, 0);
     block += piece;
-    block.resize(16 + message.blockSize);
-    uint32_t offset = image_.AddObject(std::move(block));
+    uint32_t offset = 0;
+    if (places.blocks.size() < message.reusedBlocks.size()) {
+      offset = message.reusedBlocks[places.blocks.size()];
+      image_.Replace(offset, block);
+      image_.Put32(offset, offset);
+    } else {
+      block.resize(16 + message.blockSize);
+      offset = image_.AddObject(std::move(block));
+    }
     if (!places.blocks.empty()) image_.Put32(places.blocks.back() + 12, offset);
     places.blocks.push_back(offset);
   } while (!rest.empty());
@@ -136,9 +152,11 @@ MessagePlaces MessageStoreBuilder::AddMessage(const IndexedMessage& message) {
   InfoIndexBuilder index;
   index.Direct(0x00, static_cast<uint32_t>(messages_.size() + 1));
   if (message.flagsDirect) {
-    index.Direct(0x01, 0x81);
+    index.Direct(0x01, message.flags);
   } else {
-    index.Pointed(0x01, std::string("\x81\x00\x02\x01", 4));
+    std::string flags;
+    Append32(flags, message.flags | 0x01020000U);
+    index.Pointed(0x01, flags);
   }
   std::string time;
   Append64(time, ToFileTime(message.date, message.fraction));

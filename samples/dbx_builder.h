@@ -30,6 +30,11 @@ class DbxImage {
   uint32_t AddObject(std::string bytes);
   // Fills the file up to an offset.
   void PadTo(uint32_t offset);
+  // Writes over what is there.
+  void Replace(uint32_t offset, std::string_view bytes);
+  // As the program leaves an object that it no longer needs: with all the bytes that it takes for
+  // its third word, and the object freed before it for its fifth.
+  void Free(uint32_t offset, uint32_t allBytes, uint32_t freedBefore);
   // A tree node; leftChild 0 and child 0 mean none.
   struct Entry {
     uint32_t value = 0;
@@ -56,8 +61,11 @@ struct IndexedMessage {
   std::string senderAddress;
   std::string receiverName;
   std::string receiverAddress;
+  uint32_t flags = 0x81;
   bool flagsDirect = true;  // else by pointer, as received mail mostly has them
   size_t blockSize = 512;
+  // Blocks of deleted messages that it is written over, as far as they go.
+  std::vector<uint32_t> reusedBlocks;
 };
 
 // Offsets of what AddMessage wrote.

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "intake/ask_about_email_dialog.h"
+#include "options/password_dialog.h"
 #include "platform/files.h"
 #include "repository/file_place.h"
 
@@ -31,7 +32,8 @@ void Prepare(QMessageBox& box, const std::string& text) {
 
 QWidget* QtUserInterface::Parent() const {
   if (QWidget* modal = QApplication::activeModalWidget()) return modal;
-  return window_;
+  if (window_) return window_;
+  return QApplication::activeWindow();
 }
 
 bool QtUserInterface::ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) {
@@ -96,6 +98,13 @@ core::RepeatedAnswer QtUserInterface::AskYesNoAll(const std::string& text) {
     default:
       return RepeatedAnswer::kNo;
   }
+}
+
+std::optional<platform::Secret> QtUserInterface::AskPassword(const std::string& file, int attempt) {
+  if (unattended_) return std::nullopt;
+  options::PasswordDialog dialog(QString::fromStdString(file), attempt > 1, Parent());
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.Password();
 }
 
 core::SenderAnswer QtUserInterface::AskAboutEmail(const core::AskedEmail& email) {

@@ -23,6 +23,7 @@ class QtUserInterface : public core::UserInterface {
   bool AskYesNo(const std::string& text) override;
   bool AskBeforeLoss(const std::string& text, const std::string& loss) override;
   core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
+  std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;
   void SetStatus(core::StatusPanel panel, const std::string& text) override;

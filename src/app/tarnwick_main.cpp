@@ -10,10 +10,10 @@
 
 #include "application_setup.h"
 #include "board/list_query.h"
-#include "board/main_board_window.h"
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
@@ -55,22 +55,21 @@ void TakePicture(QApplication& application, QWidget& window, const QString& file
 
 int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
               const QString& picture) {
-  tarnwick::board::MainBoard window;
-  ui.SetWindow(&window);
-  if (!window.Load()) return kFailed;
-  window.show();
+  tarnwick::app::LockableWindow lockable(ui);
+  if (!lockable.Open()) return kFailed;
   tarnwick::platform::RaiseSocket calls(tarnwick::core::State().AppFolder);
   std::optional<QSocketNotifier> notifier;
   if (calls.Descriptor() >= 0) {
     notifier.emplace(calls.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&*notifier, &QSocketNotifier::activated, &window, [&] {
+    QObject::connect(&*notifier, &QSocketNotifier::activated, &lockable, [&] {
       if (!calls.TakeCalls()) return;
+      QWidget& window = lockable.Window();
       window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
       window.raise();
       window.activateWindow();
     });
   }
-  if (!picture.isEmpty()) TakePicture(application, window, picture);
+  if (!picture.isEmpty()) TakePicture(application, lockable.Window(), picture);
   return application.exec();
 }
 
@@ -89,7 +88,7 @@ int main(int argc, char** argv) {
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);
   tarnwick::board::ResetBoard();
-  tarnwick::repository::DisconnectRepository();
+  tarnwick::repository::LockRepository();
   tarnwick::core::State().Ui = nullptr;
   return status;
 }

@@ -24,6 +24,8 @@ class BoardActions : public QObject {
   QAction* exportListed = nullptr;
   QAction* merge = nullptr;
   QAction* check = nullptr;
+  QAction* protect = nullptr;
+  QAction* lock = nullptr;
   QAction* loadTextFile = nullptr;
   QAction* findMail = nullptr;
   QAction* saveMessages = nullptr;
@@ -33,6 +35,7 @@ class BoardActions : public QObject {
   QAction* contacts = nullptr;
   QAction* options = nullptr;
   QAction* lastLoad = nullptr;
+  QAction* findLost = nullptr;
   QAction* markAllNotHot = nullptr;
   QAction* moveHtml = nullptr;
   QAction* helpTopics = nullptr;

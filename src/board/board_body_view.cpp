@@ -37,8 +37,8 @@ void AddMenus(const BoardParts& parts) {
   QMainWindow* window = parts.window;
   AddMenu(window, BoardActions::tr("&File"), "mnuFile",
           {a.openRepository, a.recentRepositories, a.createRepository, nullptr, a.backup, a.restore,
-           a.exportListed, a.merge, a.check, nullptr, a.loadTextFile, a.findMail, a.saveMessages,
-           nullptr, a.exit});
+           a.exportListed, a.merge, a.check, nullptr, a.protect, a.lock, nullptr, a.loadTextFile,
+           a.findMail, a.saveMessages, nullptr, a.exit});
   AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
   AddMenu(window, BoardActions::tr("&View"), "mnuView",
           {a.timeline, nullptr, a.paneBelow, a.paneBeside, a.paneOff});
@@ -46,7 +46,7 @@ void AddMenus(const BoardParts& parts) {
           {a.showEmail, a.openWindow, a.attachments, nullptr, a.findInLetter, a.showRelated,
            a.toggleHot, nullptr, a.print, a.savePdf, a.headers, a.source});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
-          {a.contacts, a.options, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
+          {a.contacts, a.options, a.findLost, a.lastLoad, nullptr, a.markAllNotHot, a.moveHtml});
   AddMenu(window, BoardActions::tr("&Help"), "mnuHelp", {a.helpTopics, a.about});
 }
 

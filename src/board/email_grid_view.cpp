@@ -4,12 +4,15 @@
 
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <algorithm>
 #include <utility>
 
 #include "board/layout_store.h"
+#include "board/list_signs_view.h"
 #include "platform/locale.h"
 
 namespace tarnwick::board {
@@ -72,10 +75,11 @@ void EmailGridView::SetDefaultWidths() {
   }
 }
 
-void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace) {
+void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace,
+                         const std::vector<int>& starts) {
   int row = currentIndex().row();
   const Held held = std::exchange(held_, {});
-  model_->Bind(list, placeholder);
+  model_->Bind(list, placeholder, starts);
   int rows = placeholder ? 0 : model_->rowCount();
   if (rows == 0) {
     viewport()->update();
@@ -260,6 +264,43 @@ void EmailGridView::focusInEvent(QFocusEvent* event) {
   bool hadCurrent = currentIndex().isValid();
   GridView::focusInEvent(event);
   if (!hadCurrent && selectionModel() != nullptr) selectionModel()->clearCurrentIndex();
+}
+
+// What is selected among rows that go is the conversation's first letter from then on.
+void EmailGridView::SetOpen(int row, bool open) {
+  bool isInside = model_->FirstOf(currentIndex().row()) == row;
+  if (!open && isInside) setCurrentIndex(model_->index(row, currentIndex().column()));
+  model_->SetOpen(row, open);
+}
+
+void EmailGridView::keyPressEvent(QKeyEvent* event) {
+  using Part = ListModel::Part;
+  bool isRight = event->key() == Qt::Key_Right;
+  bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  if (!isPlain || (!isRight && event->key() != Qt::Key_Left)) return GridView::keyPressEvent(event);
+  int row = currentIndex().row();
+  Part part = model_->PartAt(row);
+  if (isRight && part == Part::kClosed) {
+    SetOpen(row, true);
+  } else if (!isRight && (part == Part::kOpen || part == Part::kInside)) {
+    SetOpen(model_->FirstOf(row), false);
+  } else {
+    GridView::keyPressEvent(event);
+  }
+}
+
+void EmailGridView::mousePressEvent(QMouseEvent* event) {
+  using Part = ListModel::Part;
+  QModelIndex index = indexAt(event->pos());
+  Part part = model_->PartAt(index.row());
+  constexpr int kMargin = 6;
+  bool isTriangle = event->button() == Qt::LeftButton && index.column() == kSubjectColumn &&
+                    event->pos().x() < visualRect(index).left() + kMargin + kSignWidth;
+  if (isTriangle && (part == Part::kClosed || part == Part::kOpen)) {
+    SetOpen(index.row(), part == Part::kClosed);
+    return;
+  }
+  GridView::mousePressEvent(event);
 }
 
 void EmailGridView::showEvent(QShowEvent* event) {

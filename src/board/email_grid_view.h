@@ -25,7 +25,9 @@ class EmailGridView : public repository::GridView {
 
   // Shows the recordset's rows anew. What was selected is so again where it is listed still; where
   // it is not, with keepPlace, the row of the same number.
-  void Bind(jet::Recordset& list, bool placeholder, bool keepPlace);
+  // starts: as ListModel takes them.
+  void Bind(jet::Recordset& list, bool placeholder, bool keepPlace,
+            const std::vector<int>& starts = {});
   // Shows the rows as they are until the next Bind, and reads none.
   void Freeze();
 
@@ -64,6 +66,9 @@ class EmailGridView : public repository::GridView {
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
+  // Right and Left open and close a conversation, and so does a click on its triangle.
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
@@ -74,6 +79,7 @@ class EmailGridView : public repository::GridView {
   void Hold();
   bool SelectAgain(const Held& held);
   SelectedMessage MessageAt(int row) const;
+  void SetOpen(int row, bool open);
   void SetDefaultWidths();
   void FitSubject();
 

@@ -32,6 +32,7 @@ std::vector<std::string> FirstColumn(const char* query) {
 
 void BindEmailList(ListForm& form) {
   core::GuardedRun("BindEmailList", [&] {
+    GroupList();
     form.SetDataSource(Board().ListRecordset, Board().ListIsPlaceholder);
     ShowCounts(form);
   });

@@ -12,6 +12,7 @@ namespace {
 
 constexpr const char* kPlaceGroup = "XYMainBoard";
 constexpr const char* kTimelineGroup = "Timeline";
+constexpr const char* kConversationsGroup = "Conversations";
 constexpr const char* kReadingGroup = "ReadingPane";
 constexpr const char* kRecentGroup = "RecentRepository";
 constexpr size_t kMostRecent = 8;
@@ -48,6 +49,16 @@ bool ReadTimelineShown() {
 
 void SaveTimelineShown(bool shown) {
   repository::SetParameter(kTimelineGroup, kShownKey, repository::kAmountColumn, shown ? 1 : 0);
+}
+
+bool ReadConversationsShown() {
+  return repository::GetParameter(kConversationsGroup, kShownKey, repository::kAmountColumn)
+             .AsInt() != 0;
+}
+
+void SaveConversationsShown(bool shown) {
+  repository::SetParameter(kConversationsGroup, kShownKey, repository::kAmountColumn,
+                           shown ? 1 : 0);
 }
 
 ReadingPane ReadReadingPane(ReadingPlace usual) {

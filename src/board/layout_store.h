@@ -46,6 +46,9 @@ void SaveWindowPlace(const WindowPlace& place);
 bool ReadTimelineShown();
 void SaveTimelineShown(bool shown);
 
+bool ReadConversationsShown();
+void SaveConversationsShown(bool shown);
+
 // Where the selected letter is read. The numbers are stored: do not reorder.
 enum class ReadingPlace { kOff = 0, kBelow = 1, kBeside = 2 };
 struct ReadingPane {

@@ -11,6 +11,7 @@
 #include "board/timeline_scope.h"
 #include "core/run_state.h"
 #include "repository/repository.h"
+#include "search/conversations.h"
 
 namespace tarnwick::board {
 
@@ -54,7 +55,7 @@ void ListActions::ConnectTimeline() {
 
 void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   const ListFilter& filter = Board().Filter;
-  parts_.grid->Bind(list, placeholder, keepPlace_);
+  parts_.grid->Bind(list, placeholder, keepPlace_, Board().Conversations.starts);
   keepPlace_ = false;
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
   timeline::Scope scope = TimelineScope(filter);
@@ -166,6 +167,7 @@ void ListActions::ListAnew(bool changed) {
 void ListActions::ListRepository() {
   repository::NoteWhetherEmpty();
   search::Map().Forget();
+  search::AllConversations().Forget();
   FillChoices();
   ShowRefresh(*this);
 }

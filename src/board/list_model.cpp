@@ -2,16 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/list_model.h"
 
-#include <QColor>
 #include <QFont>
-#include <QGuiApplication>
-#include <QPainter>
-#include <QPainterPath>
-#include <QPalette>
-#include <QPixmap>
 #include <algorithm>
 #include <limits>
+#include <numeric>
+#include <utility>
 
+#include "board/list_signs_view.h"
 #include "core/guard.h"
 #include "repository/plain_text_view.h"
 #include "repository/repository.h"
@@ -21,54 +18,13 @@ namespace tarnwick::board {
 namespace {
 
 constexpr int kHotColumn = GridColumn(kActive);
+constexpr int kSubjectColumn = GridColumn(kSubject);
 // Some screens full; a row is a few hundred bytes.
 constexpr size_t kCachedRows = 1024;
 
-// A red that stands out on the palette's background, be it light or dark.
-QColor MarkColor() {
-  bool dark = QGuiApplication::palette().color(QPalette::Base).lightness() < 128;
-  return dark ? QColor(255, 120, 110) : QColor(180, 0, 0);
-}
-
-// Not among the columns of the list query, whose text is fixed: a look at one row of the index.
-bool HasFiles(int64_t id) {
-  jet::Recordset row;
-  row.Open("SELECT FilesNum FROM Email WHERE ID=" + std::to_string(id), repository::RepositoryDb());
-  return !row.Eof() && row.Field(0).AsInt() > 0;
-}
-
-// Drawn in the colour of the text: not every font has one.
-QPixmap Paperclip() {
-  constexpr int kSide = 12;
-  constexpr qreal kSharp = 3;  // for screens of any density
-  static QPixmap drawn;
-  static QColor drawnIn;
-  QColor colour = QGuiApplication::palette().color(QPalette::Text);
-  if (!drawn.isNull() && drawnIn == colour) return drawn;
-  drawn = QPixmap(QSize(kSide, kSide) * kSharp);
-  drawn.setDevicePixelRatio(kSharp);
-  drawn.fill(Qt::transparent);
-  QPainter painter(&drawn);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(colour, 1.2));
-  painter.translate(kSide / 2.0, kSide / 2.0);
-  painter.rotate(35);
-  QPainterPath wire(QPointF(2.6, -2));
-  wire.lineTo(2.6, 2.6);
-  wire.arcTo(QRectF(-2.6, 0, 5.2, 5.2), 0, -180);
-  wire.lineTo(-2.6, -3.4);
-  wire.arcTo(QRectF(-2.6, -5.2, 3.6, 3.6), 180, -180);
-  wire.lineTo(1, 2.2);
-  wire.arcTo(QRectF(-1, 1.2, 2, 2), 0, -180);
-  wire.lineTo(-1, -2);
-  painter.drawPath(wire);
-  drawnIn = colour;
-  return drawn;
-}
-
 }  // namespace
 
-void ListModel::Bind(jet::Recordset& list, bool placeholder) {
+void ListModel::Bind(jet::Recordset& list, bool placeholder, std::vector<int> starts) {
   beginResetModel();
   list_ = &list;
   placeholder_ = placeholder;
@@ -81,7 +37,72 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder) {
         return static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
       },
       core::Report::kLog);
+  starts_ = std::move(starts);
+  ShowGroups();
   endResetModel();
+}
+
+// The first letters, and the others of what is open.
+void ListModel::ShowGroups() {
+  shown_.clear();
+  if (!IsGrouped() || starts_.back() >= rows_) {
+    starts_.clear();
+    return;
+  }
+  std::set<int> open;
+  for (int64_t id : opened_) open.insert(PlaceOfId(id));
+  shown_.reserve(starts_.size());
+  for (size_t group = 0; group < starts_.size(); ++group) {
+    int place = starts_[group];
+    shown_.push_back(place);
+    bool isOpen = !open.empty() && open.contains(place);
+    while (isOpen && ++place < EndOf(group)) shown_.push_back(place);
+  }
+}
+
+size_t ListModel::GroupOf(int place) const {
+  auto behind = std::upper_bound(starts_.begin(), starts_.end(), place);
+  return static_cast<size_t>(behind - starts_.begin()) - 1;
+}
+
+int ListModel::EndOf(size_t group) const {
+  return group + 1 < starts_.size() ? starts_[group + 1] : rows_;
+}
+
+ListModel::Part ListModel::PartAt(int row) const {
+  if (!IsGrouped() || row < 0 || row >= rowCount()) return Part::kAlone;
+  int place = PlaceOf(row);
+  size_t group = GroupOf(place);
+  if (place != starts_[group]) return Part::kInside;
+  if (EndOf(group) == place + 1) return Part::kAlone;
+  return row + 1 < rowCount() && PlaceOf(row + 1) == place + 1 ? Part::kOpen : Part::kClosed;
+}
+
+int ListModel::FirstOf(int row) const {
+  if (!IsGrouped() || row < 0 || row >= rowCount()) return row;
+  int place = PlaceOf(row);
+  return row - (place - starts_[GroupOf(place)]);
+}
+
+void ListModel::SetOpen(int row, bool open) {
+  if (frozen_ || PartAt(row) != (open ? Part::kClosed : Part::kOpen)) return;
+  int place = PlaceOf(row);
+  int others = EndOf(GroupOf(place)) - place - 1;
+  auto behind = shown_.begin() + row + 1;
+  if (open) {
+    beginInsertRows({}, row + 1, row + others);
+    std::vector<int> places(static_cast<size_t>(others));
+    std::iota(places.begin(), places.end(), place + 1);
+    shown_.insert(behind, places.begin(), places.end());
+    opened_.insert(IdOfPlace(place));
+    endInsertRows();
+  } else {
+    beginRemoveRows({}, row + 1, row + others);
+    shown_.erase(behind, behind + others);
+    opened_.erase(IdOfPlace(place));
+    endRemoveRows();
+  }
+  emit dataChanged(index(row, 0), index(row, kGridColumns - 1));
 }
 
 void ListModel::Grow() {
@@ -93,13 +114,13 @@ void ListModel::Grow() {
   endInsertRows();
 }
 
-ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) {
+ListModel::Row ListModel::Read(jet::Recordset& list, int place, bool placeholder) {
   Row result;
-  list.SetAbsolutePosition(int64_t{row} + 1);
-  int place = 0;
-  for (size_t field = 0; field < result.fields.size() && place < list.FieldCount(); ++field) {
+  list.SetAbsolutePosition(int64_t{place} + 1);
+  int column = 0;
+  for (size_t field = 0; field < result.fields.size() && column < list.FieldCount(); ++field) {
     if (placeholder && !repository::kListColumns[field].isInPlaceholder) continue;
-    result.fields[field] = list.Field(place++).AsText();
+    result.fields[field] = list.Field(column++).AsText();
   }
   // The placeholder's own key is no message's.
   if (!placeholder) result.id = list.Field(kId).AsInt();
@@ -108,12 +129,20 @@ ListModel::Row ListModel::Read(jet::Recordset& list, int row, bool placeholder) 
                  [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
   result.important = importance == "HIGH";
   result.hot = result.fields[kActive] == "+";
-  result.hasFiles = result.id != 0 && HasFiles(result.id);
+  if (result.id == 0) return result;
+  // Not among the columns of the list query, whose text is fixed.
+  jet::Recordset more;
+  more.Open("SELECT FilesNum, State FROM Email WHERE ID=" + std::to_string(result.id),
+            repository::RepositoryDb());
+  if (more.Eof()) return result;
+  result.hasFiles = more.Field(0).AsInt() > 0;
+  result.state = intake::StateOfStored(more.Field(1).AsText());
   return result;
 }
 
 const ListModel::Row& ListModel::RowAt(int row) const {
-  auto cached = cache_.find(row);
+  const int place = PlaceOf(row);
+  auto cached = cache_.find(place);
   if (cached != cache_.end()) return cached->second;
   if (frozen_) {
     static const Row kNotRead;
@@ -124,43 +153,57 @@ const ListModel::Row& ListModel::RowAt(int row) const {
   if (list_->IsOpen()) {
     // Painting must not bring up boxes, which would paint again: the log has it.
     core::GuardedRun(
-        "EmailGrid", [&] { read = Read(*list_, row, placeholder_); }, core::Report::kLog);
+        "EmailGrid", [&] { read = Read(*list_, place, placeholder_); }, core::Report::kLog);
   }
-  return cache_.emplace(row, std::move(read)).first->second;
+  return cache_.emplace(place, std::move(read)).first->second;
 }
 
 int64_t ListModel::IdAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).id : 0;
+  return row >= 0 && row < rowCount() ? RowAt(row).id : 0;
 }
 
 int64_t ListModel::IdOnlyAt(int row) const {
-  if (row < 0 || row >= rows_ || placeholder_ || frozen_ || !list_->IsOpen()) return 0;
+  if (row < 0 || row >= rowCount() || frozen_) return 0;
+  return IdOfPlace(PlaceOf(row));
+}
+
+int64_t ListModel::IdOfPlace(int place) const {
+  if (placeholder_ || !list_->IsOpen()) return 0;
   return core::Guarded(
       "EmailGrid", int64_t{0},
       [&] {
-        list_->SetAbsolutePosition(int64_t{row} + 1);
+        list_->SetAbsolutePosition(int64_t{place} + 1);
         return list_->Field(kId).AsInt();
       },
       core::Report::kLog);
 }
 
-int ListModel::RowOf(int64_t id) const {
+int ListModel::PlaceOfId(int64_t id) const {
   if (placeholder_ || list_ == nullptr || !list_->IsOpen()) return -1;
   return core::Guarded(
       "EmailGrid", -1, [&] { return static_cast<int>(list_->PositionOfKey(id)) - 1; },
       core::Report::kLog);
 }
 
+int ListModel::RowOf(int64_t id) const {
+  int place = PlaceOfId(id);
+  if (place < 0 || !IsGrouped()) return place;
+  // The last row that is shown up to there.
+  auto behind = std::upper_bound(shown_.begin(), shown_.end(), place);
+  return static_cast<int>(behind - shown_.begin()) - 1;
+}
+
 std::string ListModel::SubjectAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).fields[kSubject] : std::string();
+  return row >= 0 && row < rowCount() ? RowAt(row).fields[kSubject] : std::string();
 }
 
 std::string ListModel::ApplicationAt(int row) const {
-  return row >= 0 && row < rows_ ? RowAt(row).fields[kApplication] : std::string();
+  return row >= 0 && row < rowCount() ? RowAt(row).fields[kApplication] : std::string();
 }
 
 int ListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : rows_;
+  if (parent.isValid()) return 0;
+  return IsGrouped() ? static_cast<int>(shown_.size()) : rows_;
 }
 
 int ListModel::columnCount(const QModelIndex& parent) const {
@@ -176,6 +219,58 @@ QString ListModel::Text(const Row& row, int column) const {
   return text.simplified();
 }
 
+QString ListModel::AccessibleText(int number, int column) const {
+  const Row& row = RowAt(number);
+  if (column == kMarkColumn) {
+    QStringList marks;
+    if (row.important) marks << tr("High importance");
+    if (row.hasFiles) marks << tr("Has attachments");
+    return marks.join(", ");
+  }
+  if (column == kHotColumn) return row.hot ? tr("Hot") : QString();
+  QStringList parts;
+  if (QString text = Text(row, column); !text.isEmpty()) parts << text;
+  if (column != kSubjectColumn) return parts.join(", ");
+  if (QString state = StateText(row.state); !state.isEmpty()) parts << state;
+  Part part = PartAt(number);
+  if (part == Part::kInside) parts << tr("of the conversation above");
+  if (part == Part::kClosed || part == Part::kOpen) {
+    QString text = part == Part::kOpen ? tr("conversation of %L1 messages, open")
+                                       : tr("conversation of %L1 messages, closed");
+    parts << text.arg(LettersAt(number));
+  }
+  return parts.join(", ");
+}
+
+int ListModel::LettersAt(int row) const {
+  int place = PlaceOf(row);
+  return EndOf(GroupOf(place)) - place;
+}
+
+QPixmap ListModel::SubjectSigns(int row) const {
+  Indent indent = Indent::kNone;
+  int letters = 0;
+  if (IsGrouped()) {
+    switch (PartAt(row)) {
+      case Part::kAlone:
+        indent = Indent::kOne;
+        break;
+      case Part::kInside:
+        indent = Indent::kTwo;
+        break;
+      case Part::kClosed:
+        indent = Indent::kClosed;
+        letters = LettersAt(row);
+        break;
+      case Part::kOpen:
+        indent = Indent::kOpen;
+        letters = LettersAt(row);
+        break;
+    }
+  }
+  return SubjectSign(RowAt(row).state, indent, letters);
+}
+
 QVariant ListModel::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
     return {};
@@ -186,21 +281,15 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       return Text(RowAt(index.row()), column);
     case Qt::DecorationRole:
       if (column == kMarkColumn && RowAt(index.row()).hasFiles) return Paperclip();
+      if (column == kSubjectColumn) return SubjectSigns(index.row());
       return {};
     case Qt::ToolTipRole:
-      if (column == kMarkColumn || column == kHotColumn) {
-        return data(index, Qt::AccessibleTextRole);
+      if (column == kMarkColumn || column == kHotColumn || column == kSubjectColumn) {
+        return repository::TipText(AccessibleText(index.row(), column));
       }
       return repository::TipText(Text(RowAt(index.row()), column));
     case Qt::AccessibleTextRole:
-      if (column == kMarkColumn) {
-        QStringList marks;
-        if (RowAt(index.row()).important) marks << tr("High importance");
-        if (RowAt(index.row()).hasFiles) marks << tr("Has attachments");
-        return marks.join(", ");
-      }
-      if (column == kHotColumn) return RowAt(index.row()).hot ? tr("Hot") : QString();
-      return Text(RowAt(index.row()), column);
+      return AccessibleText(index.row(), column);
     case Qt::TextAlignmentRole:
       if (column == kMarkColumn || column == kHotColumn) return Qt::AlignCenter;
       return {};
@@ -208,7 +297,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       if (column == kMarkColumn) return MarkColor();
       return {};
     case Qt::FontRole:
-      if (column == kMarkColumn || RowAt(index.row()).hot) {
+      if (column == kMarkColumn || RowAt(index.row()).hot || RowAt(index.row()).state.IsUnread()) {
         QFont font;
         font.setBold(true);
         return font;

@@ -4,17 +4,26 @@
 // The message list as the grid sees it: a recordset's rows, each read when it is first shown and
 // kept in a small cache. Nothing here walks the list. Rows count from 0; column 0 holds the mark of
 // important messages and a paperclip for those with files, the rest are repository::kListColumns in
-// their order.
+// their order. What was not read in the mail program is in bold letters; signs before the subject
+// tell what was replied to, forwarded and flagged there.
+//
+// A list that is grouped by conversations shows of each the first letter, with the number of all,
+// and the others below it while it is open. Rows are those that are shown; places are those in the
+// recordset, from 0.
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QPixmap>
 #include <array>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "board/email_list.h"
 #include "board/list_query.h"
+#include "intake/message_state.h"
 
 namespace tarnwick::board {
 
@@ -33,7 +42,8 @@ class ListModel : public QAbstractTableModel {
 
   // Shows these rows from now on; called again after each query. The recordset must stay in its
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
-  void Bind(jet::Recordset& list, bool placeholder);
+  // starts: the places where conversations begin; none for a list that is not grouped.
+  void Bind(jet::Recordset& list, bool placeholder, std::vector<int> starts = {});
   // Reads nothing until the next Bind, while the engine is at work: rows that were not looked at
   // yet are empty.
   void Freeze() { frozen_ = true; }
@@ -45,8 +55,17 @@ class ListModel : public QAbstractTableModel {
   int64_t IdAt(int row) const;
   // The same without a look at the row itself where that can be: for all rows at once.
   int64_t IdOnlyAt(int row) const;
-  // Where the message is listed; -1 where it is not.
+  // Where the message is listed, or the first of its conversation while that is closed; -1 where it
+  // is not.
   int RowOf(int64_t id) const;
+  // Of a grouped list. Alone: the row is all of its conversation.
+  enum class Part : uint8_t { kAlone, kClosed, kOpen, kInside };
+  Part PartAt(int row) const;
+  // Opens or closes the conversation that begins at a row.
+  void SetOpen(int row, bool open);
+  // The row of the first letter of a row's conversation.
+  int FirstOf(int row) const;
+
   // As it is stored, UTF-8.
   std::string SubjectAt(int row) const;
   // The mailer that the message came from.
@@ -65,16 +84,31 @@ class ListModel : public QAbstractTableModel {
     bool important = false;
     bool hot = false;
     bool hasFiles = false;
+    intake::MessageState state;
   };
+  bool IsGrouped() const { return !starts_.empty(); }
+  int PlaceOf(int row) const { return IsGrouped() ? shown_[static_cast<size_t>(row)] : row; }
+  // The conversation that a place belongs to, and where it ends.
+  size_t GroupOf(int place) const;
+  int EndOf(size_t group) const;
+  void ShowGroups();
   const Row& RowAt(int row) const;
-  static Row Read(jet::Recordset& list, int row, bool placeholder);
+  int64_t IdOfPlace(int place) const;
+  int PlaceOfId(int64_t id) const;  // -1 for none
+  static Row Read(jet::Recordset& list, int place, bool placeholder);
   QString Text(const Row& row, int column) const;
+  QString AccessibleText(int row, int column) const;
+  int LettersAt(int row) const;  // of the conversation that begins there
+  QPixmap SubjectSigns(int row) const;
 
   jet::Recordset* list_ = nullptr;
   bool placeholder_ = false;
   bool frozen_ = false;
-  int rows_ = 0;
-  mutable std::unordered_map<int, Row> cache_;
+  int rows_ = 0;  // of the recordset
+  std::vector<int> starts_;
+  std::vector<int> shown_;                      // the places of the rows, ascending
+  std::set<int64_t> opened_;                    // first letters of conversations
+  mutable std::unordered_map<int, Row> cache_;  // by places
 };
 
 }  // namespace tarnwick::board

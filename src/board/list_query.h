@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 
+#include "board/conversation_list.h"
 #include "board/found_list.h"
 #include "board/list_filter.h"
 #include "database/recordset.h"
@@ -33,6 +34,7 @@ struct BoardState {
   bool ListIsPlaceholder = false;
   std::string LastWhere;
   FoundState Found;
+  ConversationState Conversations;
 };
 
 BoardState& Board();

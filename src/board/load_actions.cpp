@@ -20,6 +20,12 @@ LoadActions::LoadActions(const BoardParts& parts, BoardWork& work, ListActions& 
   const BoardActions& actions = *parts.actions;
   connect(actions.loadFromMailer, &QAction::triggered, this,
           [this] { Load([] { return LoadFromMailer({}); }); });
+  connect(actions.findLost, &QAction::triggered, this, [this] {
+    LoadOptions options;
+    options.rules = intake::StoredRules();
+    options.rules->lostMail = true;
+    Load([options] { return LoadFromMailer(options); });
+  });
   connect(actions.loadTextFile, &QAction::triggered, this, &LoadActions::ChooseTextFile);
   connect(actions.lastLoad, &QAction::triggered, this,
           [this] { work_.Run([] { ShowLoadLog(); }); });

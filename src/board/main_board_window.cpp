@@ -15,7 +15,9 @@
 #include "board/window_place.h"
 #include "contacts/contacts_window.h"
 #include "core/guard.h"
+#include "core/messages.h"
 #include "core/run_state.h"
+#include "maintenance/protect.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
@@ -29,6 +31,8 @@ namespace {
 
 using core::State;
 
+constexpr const char* kCheckLink = "check";
+
 }  // namespace
 
 MainBoard::MainBoard(QWidget* parent)
@@ -37,6 +41,7 @@ MainBoard::MainBoard(QWidget* parent)
       work_(new BoardWork(parts_, this)),
       list_(new ListActions(parts_, *work_, this)),
       search_(new SearchActions(parts_, *work_, *list_, this)),
+      conversations_(new ConversationActions(parts_, *work_, *list_, this)),
       load_(new LoadActions(parts_, *work_, *list_, this)),
       find_(new FindActions(parts_, *work_, *load_, this)),
       reading_(new ReadingActions(parts_, *work_, *list_, this)),
@@ -74,6 +79,7 @@ void MainBoard::Connect() {
   auto* recent = new QMenu(this);
   actions.recentRepositories->setMenu(recent);
   connect(recent, &QMenu::aboutToShow, this, &MainBoard::FillRecent);
+  on(actions.lock, [this] { AskForLock(); });
   on(actions.contacts, [this] { OpenContacts(); });
   on(actions.options, [this] { options::frmOptions(ReadProfile, Mailers(), this).exec(); });
   on(actions.helpTopics,
@@ -96,6 +102,7 @@ bool MainBoard::Load() {
   parts_.timeline->Forget();
   list_->FillChoices();
   search_->Load();
+  conversations_->Load();
   parts_.showEmailText->setChecked(State().ShowEmailText);
   bool listed = RestoreFilterAndLoad(*list_);
   parts_.grid->setFocus();
@@ -105,12 +112,22 @@ bool MainBoard::Load() {
 
 void MainBoard::OfferCheck() {
   parts_.notice->setText(
-      tr("The program did not come to its end the last time. <a href=\"check\">Check "
-         "whether every message is whole</a>"));
+      tr("The program did not come to its end the last time. <a href=\"%1\">Check "
+         "whether every message is whole</a>")
+          .arg(kCheckLink));
   parts_.notice->show();
 }
 
-void MainBoard::FollowNotice() {
+void MainBoard::AskForLock() {
+  if (maintenance::IsProtected()) {
+    emit LockAskedFor();
+  } else {
+    core::ShowMessage("The repository has no password of its own. File, Protect gives it one.");
+  }
+}
+
+void MainBoard::FollowNotice(const QString& link) {
+  if (link != kCheckLink) return;
   parts_.notice->hide();
   parts_.actions->check->trigger();
 }

@@ -9,6 +9,7 @@
 
 #include "board/board_body_view.h"
 #include "board/board_work_actions.h"
+#include "board/conversation_actions.h"
 #include "board/find_actions.h"
 #include "board/list_actions.h"
 #include "board/load_actions.h"
@@ -46,13 +47,18 @@ class MainBoard : public QMainWindow {
   // True while a command runs that can be stopped.
   bool IsBusy() const { return work_->IsRunning(); }
 
+ signals:
+  // The person wants the repository locked; it is a protected one.
+  void LockAskedFor();
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 
  private:
   void Connect();
   void OfferCheck();
-  void FollowNotice();
+  void AskForLock();
+  void FollowNotice(const QString& link);
   void ChooseRepository(bool create);
   void SwitchRepository(const std::string& folder, bool create);
   void FillRecent();
@@ -64,6 +70,7 @@ class MainBoard : public QMainWindow {
   BoardWork* work_;
   ListActions* list_;
   SearchActions* search_;
+  ConversationActions* conversations_;
   LoadActions* load_;
   FindActions* find_;
   ReadingActions* reading_;

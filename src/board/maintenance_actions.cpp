@@ -11,7 +11,9 @@
 #include "maintenance/check.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
+#include "maintenance/protect.h"
 #include "maintenance/restore.h"
+#include "options/password_dialog.h"
 #include "repository/file_place.h"
 
 namespace tarnwick::board {
@@ -31,6 +33,7 @@ MaintenanceActions::MaintenanceActions(BoardActions& actions, Runner run,
     connect(entry.action, &QAction::triggered, this,
             [this, command = entry.command] { AskAndWork(command); });
   }
+  connect(actions.protect, &QAction::triggered, this, &MaintenanceActions::Protect);
 }
 
 void MaintenanceActions::AskAndWork(Command command) {
@@ -64,6 +67,21 @@ void MaintenanceActions::AskAndWork(Command command) {
   bool isWritten = command == Command::kBackup || command == Command::kExport;
   if (isWritten && !QFileInfo(file).fileName().contains('.')) file += ".twb";
   Work(command, file);
+}
+
+void MaintenanceActions::Protect() {
+  using options::ProtectDialog;
+  std::function<bool(const platform::Secret&)> isOwn;
+  if (maintenance::IsProtected()) isOwn = maintenance::IsOwnPassword;
+  ProtectDialog dialog(std::move(isOwn), window_);
+  if (dialog.exec() != QDialog::Accepted) return;
+  run_([&] {
+    if (dialog.Chosen() == ProtectDialog::Choice::kTakeOff) {
+      maintenance::UnprotectRepository(listAnew_);
+    } else {
+      maintenance::ProtectRepository(dialog.NewPassword(), listAnew_);
+    }
+  });
 }
 
 void MaintenanceActions::Work(Command command, const QString& file) {

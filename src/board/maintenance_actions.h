@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The commands Backup, Restore, Export and Import, put behind the window's actions: each asks for a
-// file and works on it.
+// The commands Backup, Restore, Export, Import, Check and Protect, put behind the window's actions:
+// each asks for what it needs, most of them for a file, and works on it.
 #pragma once
 
 #include <QObject>
@@ -29,6 +29,7 @@ class MaintenanceActions : public QObject {
   void Work(Command command, const QString& file);
 
  private:
+  void Protect();
   void AskAndWork(Command command);
 
   Runner run_;

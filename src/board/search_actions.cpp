@@ -167,6 +167,10 @@ void SearchActions::Grow() {
   }
   if (!IsListGrowing()) {
     grow_.stop();
+    if (Board().Conversations.isOn) {
+      BindEmailList(list_);
+      return;
+    }
   } else if (sinceShown_.isValid() && sinceShown_.elapsed() < kShowMilliseconds) {
     return;
   }

@@ -100,6 +100,12 @@ RepeatedAnswer AskYesNoAll(const std::string& text) {
   return State().Ui->AskYesNoAll(text);
 }
 
+std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) {
+  if (State().Ui == nullptr) return std::nullopt;
+  CommitFirst();
+  return State().Ui->AskPassword(file, attempt);
+}
+
 void ReportUnknownFormat(const std::string& fileName) {
   constexpr std::string_view kText = "Program can't recognize file format.";
   ShowError(std::string(kText) + " " + OneLogLine(fileName), false, kText);

@@ -4,6 +4,7 @@
 // Message boxes and the event log. Texts are UTF-8 and may hold CR LF. Nothing here throws.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -47,6 +48,9 @@ bool AskBeforeLoss(const std::string& text, const std::string& loss);
 // The same question where it comes again and again: also "Yes to all" and "No to all", which the
 // caller keeps to itself from then on.
 RepeatedAnswer AskYesNoAll(const std::string& text);
+
+// UserInterface::AskPassword.
+std::optional<platform::Secret> AskPassword(const std::string& file, int attempt);
 
 // While it lives, errors that are reported are logged and not shown: steps that fail one after the
 // other for one reason, such as a full disk, end in the one box of whoever ran them.

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "platform/date_time.h"
+#include "platform/secret.h"
 
 namespace tarnwick::core {
 
@@ -52,6 +53,12 @@ class UserInterface {
   // question is asked each time.
   virtual RepeatedAnswer AskYesNoAll(const std::string& text) {
     return AskYesNo(text) ? RepeatedAnswer::kYes : RepeatedAnswer::kNo;
+  }
+  // The password of a protected database file; attempt counts from 1, and the one before was wrong.
+  // nullopt: the person gives up, or there is none to ask.
+  virtual std::optional<platform::Secret> AskPassword(const std::string& /*file*/,
+                                                      int /*attempt*/) {
+    return std::nullopt;
   }
   virtual SenderAnswer AskAboutEmail(const AskedEmail& email) = 0;
   // The system's folder browser; the answer ends with the separator. nullopt: cancelled.

@@ -39,6 +39,10 @@ void Connection::SetProperty(std::string_view name, std::string_view value) {
   }
 }
 
+void Connection::SetPasswords(std::function<platform::Secret(const std::string&)> passwords) {
+  impl_->passwords = std::move(passwords);
+}
+
 const std::string& Connection::DataSource() const {
   return impl_->dataSource;
 }

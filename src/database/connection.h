@@ -33,6 +33,7 @@
 
 #include "database/value.h"
 #include "platform/error.h"
+#include "platform/secret.h"
 
 namespace tarnwick::jet {
 
@@ -68,6 +69,9 @@ class Connection {
   void SetProvider(std::string_view provider);
   void SetProperty(std::string_view name, std::string_view value);
   const std::string& DataSource() const;
+  // Asked for the password of each file that is opened, here or by a statement, in place of the
+  // property, which holds one for all of them. It throws where it knows none.
+  void SetPasswords(std::function<platform::Secret(const std::string& file)> passwords);
 
   // Opens the file named by the properties.
   void Open();

@@ -34,7 +34,8 @@ Connection::Impl::~Impl() {
 }
 
 void Connection::Impl::Open() {
-  session.Open(dataSource, password, readOnly);
+  PasswordSource one = [known = password](const std::string&) { return platform::Secret(known); };
+  session.Open(dataSource, passwords ? passwords : std::move(one), readOnly);
   schema_ = std::make_unique<Catalog>(session.Engine());
 }
 

@@ -124,6 +124,7 @@ class Connection::Impl {
   std::string provider;
   std::string dataSource;
   std::string password;
+  PasswordSource passwords;  // {}: password for every file
   bool readOnly = false;
 
   Session session;

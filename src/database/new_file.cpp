@@ -27,6 +27,15 @@ void MoveIntoPlace(const std::string& kept, const std::string& path) {
   platform::FlushToDisk(platform::FolderOf(path));
 }
 
+bool CopyUnderPassword(const std::string& from, std::string_view password, const std::string& to,
+                       std::string_view newPassword,
+                       const std::function<bool(int64_t, int64_t)>& look) {
+  platform::RemoveFile(to);
+  Database source(from, password, Database::Mode::kReadOnly);
+  Database target(to, newPassword, Database::Mode::kCreate);
+  return source.CopyInto(target, look);
+}
+
 void CopyIntoPlace(const std::string& from, const std::string& path) {
   platform::StagedFile made(path + std::string(platform::kUnfinished));
   platform::CopyFile(from, made.Path());

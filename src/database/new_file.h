@@ -4,7 +4,10 @@
 // New database files come to their place whole. Failures throw Error.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace tarnwick::platform {
 class StagedFile;
@@ -24,6 +27,13 @@ bool HasLog(const std::string& path);
 void PutInPlace(platform::StagedFile& made, const std::string& path);
 // The same of a file that is kept where it is if that fails.
 void MoveIntoPlace(const std::string& kept, const std::string& path);
+
+// Makes a copy of a closed database file, page by page, that is opened with another password. Not
+// flushed to the disk: its maker does that when it is complete. look is called with the pages done
+// and all there are; its false ends the copy, and the result is false.
+bool CopyUnderPassword(const std::string& from, std::string_view password, const std::string& to,
+                       std::string_view newPassword,
+                       const std::function<bool(int64_t, int64_t)>& look);
 
 // Copies a closed database file to a place that it is given only when it is complete.
 void CopyIntoPlace(const std::string& from, const std::string& path);

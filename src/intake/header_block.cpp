@@ -44,16 +44,16 @@ size_t EndOfItem(std::string_view list, bool& minded) {
 
 }  // namespace
 
-void HeaderBlock::Read(const StoreTimes& times) {
+void HeaderBlock::Read(const StoreFacts& facts) {
   while (cursor_.HasLine() && ReadOne()) {
   }
-  SettleDates(times);
+  SettleDates(facts);
   if (cursor_.HasLine() && cursor_.Line().empty()) cursor_.Next();
 }
 
-void HeaderBlock::SettleDates(const StoreTimes& times) {
+void HeaderBlock::SettleDates(const StoreFacts& facts) {
   if (!sent_ && rules_.soundDates) {
-    for (const auto& time : {times.sent, times.received, latestReceived_, times.arrived}) {
+    for (const auto& time : {facts.sent, facts.received, latestReceived_, facts.arrived}) {
       if (!sent_ && time && IsSoundDate(*time)) sent_ = time;
     }
   } else if (!sent_) {
@@ -75,6 +75,7 @@ bool HeaderBlock::ReadOne() {
     ReadContent();
     return true;
   }
+  draft_.state.Take(line);
   HeaderCode code = ClassifyHeader(line);
   if (code == HeaderCode::kOther) {
     if (EndsHeaders(line)) return false;

@@ -28,7 +28,7 @@ class HeaderBlock {
   // Sets the dates and IsMultipart of the message. The first line of the body becomes current: the
   // one behind the empty line, or the line with "--" that ended the headers without one. times:
   // what the message's store knows of them.
-  void Read(const StoreTimes& times);
+  void Read(const StoreFacts& facts);
 
   // What the headers declare about a body that is not multipart.
   const PartDescription& Content() const { return content_; }
@@ -51,7 +51,7 @@ class HeaderBlock {
 
   bool WasSeen(HeaderCode code) const { return (seen_ >> static_cast<int>(code) & 1U) != 0; }
   bool FirstOf(HeaderCode code);
-  void SettleDates(const StoreTimes& times);
+  void SettleDates(const StoreFacts& facts);
 
   LineCursor& cursor_;
   MessageDraft& draft_;

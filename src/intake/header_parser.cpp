@@ -129,7 +129,7 @@ std::string KeyOfSubject(const KeyParts& parts) {
 // How a message is read, beside the bytes of its file.
 struct Manner {
   const ReadingRules& rules;
-  const StoreTimes& times;
+  const StoreFacts& facts;
 };
 
 // ParseMessageFile, which tells as well what a key is made of.
@@ -141,13 +141,15 @@ bool ParseFile(const std::string& messageFile, const SourceDescriptor& source, c
   LineCursor cursor(messageFile);
   MessageDraft draft;
   HeaderBlock headers(cursor, draft, message, manner.rules);
-  headers.Read(manner.times);
+  headers.Read(manner.facts);
   if (message.IsMultipart != 0) {
     TakeMultipartBody(cursor, draft);
   } else {
     obxTakeBodyWithoutContent(cursor, headers.Content(), draft);
   }
   FinishDraft(draft, message);
+  const MessageState& known = manner.facts.state;
+  message.State = StoredState(known.isKnown ? known : draft.state.State());
   message.Folder = source.folder;
   message.Parent = source.parent;
   message.Application = source.application;
@@ -281,20 +283,20 @@ AddressPair SplitAddress(std::string_view text, bool keepsBareAddresses) {
 
 bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
-                      const ReadingRules& rules, const StoreTimes& times) {
+                      const ReadingRules& rules, const StoreFacts& facts) {
   KeyParts parts;
-  return ParseFile(messageFile, source, {rules, times}, isFromMe, message, parts);
+  return ParseFile(messageFile, source, {rules, facts}, isFromMe, message, parts);
 }
 
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
                      const std::string& identity, const std::string& entryKey, Ending* ending,
-                     const ReadingRules& rules, const StoreTimes& times) {
+                     const ReadingRules& rules, const StoreFacts& facts) {
   Ending own;
   Ending& told = ending != nullptr ? *ending : own;
   told = {core::State().StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
   if (core::State().StopFlag) return false;
   return core::Guarded("dbxParseMessage", false, [&] {
-    return ParseAndStore(messageFile, source, identity, entryKey, {rules, times}, told);
+    return ParseAndStore(messageFile, source, identity, entryKey, {rules, facts}, told);
   });
 }
 

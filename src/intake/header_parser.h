@@ -28,14 +28,14 @@ struct SourceDescriptor {
 bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
                      const std::string& identity, const std::string& entryKey,
                      Ending* ending = nullptr, const ReadingRules& rules = kDesigned,
-                     const StoreTimes& times = {});
+                     const StoreFacts& facts = {});
 
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
 // False when the message has neither a correspondent nor a subject. Throws Error for a file that
 // can't be read. isFromMe answers the own-address test.
 bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
-                      const ReadingRules& rules = kDesigned, const StoreTimes& times = {});
+                      const ReadingRules& rules = kDesigned, const StoreFacts& facts = {});
 
 // Header codes, see header_parser.cpp for the keys.
 enum class HeaderCode {

@@ -51,6 +51,7 @@ struct MailMessage {
   std::vector<AddressPair> Cc = std::vector<AddressPair>(kMaxRecipients);
   int16_t CcConverted = 0;
   std::string Importance;
+  std::string State;  // as StoredState (message_state.h) writes it
   int16_t IsMultipart = 0;
   std::string Charset;
   std::string Body;

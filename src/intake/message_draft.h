@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "intake/mail_message.h"
+#include "intake/message_state.h"
 #include "intake/mixed_text.h"
 
 namespace tarnwick::intake {
@@ -30,6 +31,7 @@ struct MessageDraft {
   MixedText body;
   MixedText html;
   std::string importance;
+  StateHeaders state;
   std::string timeText;
   std::string timeShift;
 

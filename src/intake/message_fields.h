@@ -49,6 +49,7 @@ inline constexpr MessageField kMessageFields[] = {
     {"EntryID", &MailMessage::MessageKey, Writing::kKey},
     {"HTMLBody", &MailMessage::HTMLBody},
     {"EmailImportance", &MailMessage::Importance, Writing::kImportance},
+    {"State", &MailMessage::State, Writing::kUnlessEmpty},
     {"NameFrom", &MailMessage::FromName},
     {"AddressFrom", &MailMessage::FromAddress},
     {"CountMailTo", &MailMessage::ToCount},

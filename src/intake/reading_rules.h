@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "intake/message_state.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::intake {
@@ -40,6 +41,11 @@ struct ReadingRules {
   // Where a message's text begins is what its index says, and one without such an entry has none.
   // Otherwise an implausible beginning is taken to be where the message before ended.
   bool indexedText = false;
+
+  // When a store has been read, messages that nothing in it leads to any more are looked for as
+  // well: deleted ones, what a broken file still holds, copies left by compacting. They are stored
+  // in folders of their own.
+  bool lostMail = false;
 
   // --- How a message's headers are read.
 
@@ -78,11 +84,12 @@ inline constexpr const char* kOutboxOption = "ReadOutbox";
 bool IsCompleteStored();
 ReadingRules StoredRules(bool isComplete = IsCompleteStored());
 
-// What a store's index says of a message's times, in local civil time.
-struct StoreTimes {
+// What a store says of a message beside its text. Times are local civil ones.
+struct StoreFacts {
   std::optional<DateTime> sent;
   std::optional<DateTime> received;
   std::optional<DateTime> arrived;  // in the store
+  MessageState state = {};
 };
 
 // False for a date that no mail can have: before 1971, and later than tomorrow.

@@ -21,7 +21,7 @@ Ending TakeIn(const SourceFolder& folder, SourceMessage& message) {
     dbSaveMesage(file, *message.message, descriptor.application, 0, folder.Identity(), &ending);
   } else {
     isNew = dbxParseMessage(file, descriptor, folder.Identity(), message.key, &ending,
-                            folder.Rules(), message.times);
+                            folder.Rules(), message.facts);
   }
   if (isNew) core::State().NewMessageFlag = true;
   return ending;

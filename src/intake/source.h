@@ -29,8 +29,8 @@ struct SourceMessage {
   // The record of a message that is to be taken in, as the source has made it, its key not stored
   // yet. Without one the message is what stands in TempMessageFile, and is parsed.
   std::optional<MailMessage> message;
-  // What its store knows of its times.
-  StoreTimes times;
+  // What its store says of it beside the text.
+  StoreFacts facts;
 };
 
 // A place that holds messages: a file, or a folder of a store.

@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "intake/message_fields.h"
 #include "intake/sender_rules.h"
+#include "intake/thread_ids.h"
 #include "intake/unfinished.h"
 #include "platform/charset.h"
 #include "platform/files.h"
@@ -149,8 +150,10 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
                    dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
     StoreAttachmentNames(id, message);
     email.SetField("FromTo", StoreRecipients(id, message));
+    std::string head;
+    FileToDB(messageFile, id, application, &head);
+    email.SetField("Thread", jet::Bytes{StoredThread(ThreadOfHeaders(head))});
     email.Update();
-    FileToDB(messageFile, id, application);
     // The routines called here report their errors themselves.
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
@@ -225,7 +228,8 @@ int64_t dbSaveProject(const std::string& projectName) {
   });
 }
 
-void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application) {
+void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application,
+              std::string* head) {
   core::GuardedRun("FileToDB", [&] {
     platform::InputFile file(messageFile);
     jet::Recordset& rows = Repository().FileRecordset;
@@ -233,6 +237,7 @@ void FileToDB(const std::string& messageFile, int64_t emailId, const std::string
       std::string record(std::min<uint64_t>(kFileRecordLength, file.Size() - offset), '\0');
       record.resize(file.ReadAt(offset, record.data(), record.size()));
       if (record.empty()) break;
+      if (offset == 0 && head != nullptr) *head = record;
       offset += record.size();
       rows.AddNew();
       rows.SetField("FileID", emailId);

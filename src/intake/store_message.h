@@ -45,8 +45,10 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
                      jet::Recordset& recordset);
 // tblProject.ID of a name, added when new.
 int64_t dbSaveProject(const std::string& projectName);
-// The raw file as FileRepository rows of at most 32767 bytes.
-void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application);
+// The raw file as FileRepository rows of at most 32767 bytes. head, where it is given, gets the
+// bytes of the first.
+void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application,
+              std::string* head = nullptr);
 
 // The user's own addresses.
 void dbSaveMeAddress(const std::string& address, const std::string& name,

@@ -6,6 +6,7 @@
 #include "core/messages.h"
 #include "core/text.h"
 #include "maintenance/database_file.h"
+#include "maintenance/protect.h"
 #include "maintenance/run.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/clock.h"
@@ -56,7 +57,7 @@ Result MakeBackup(const std::string& file) {
     if (RefuseUnfinished()) return Result::kDeclined;
     if (!MayReplace(file)) return Result::kDeclined;
     Result result = WriteBackup(path);
-    if (result == Result::kDone) core::ShowMessage("Backup is done.");
+    if (result == Result::kDone) core::ShowMessage("Backup is done." + WhichPassword());
     if (result == Result::kStopped) {
       core::LogProgress("Backup stopped");
       core::ShowMessage("Backup is stopped.");

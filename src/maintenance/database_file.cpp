@@ -9,6 +9,7 @@
 #include "database/recordset.h"
 #include "maintenance/backup.h"
 #include "platform/files.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -32,7 +33,7 @@ void BringUpToDate(const std::string& file) {
 void OpenFile(jet::Connection& connection, const std::string& file, std::string_view mode) {
   connection.SetProvider(jet::kProvider);
   connection.SetProperty(jet::kDataSourceProperty, file);
-  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetPasswords(repository::PasswordOf);
   connection.SetProperty(jet::kModeProperty, mode);
   connection.Open();
 }
@@ -64,6 +65,18 @@ void RefuseNewerFile(const std::string& file) {
     return;  // IsItFullBackup tells what that is
   }
   jet::RequireVersion(connection, repository::kSchemaVersion);
+}
+
+void MakeEmptyFile(const std::string& file) {
+  std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
+  const std::string& mark = repository::Repository().Mark;
+  if (mark.empty()) {
+    platform::CopyFile(emptyRepository, file);
+    return;
+  }
+  jet::CopyUnderPassword(emptyRepository, repository::PasswordOf(emptyRepository).Bytes(), file,
+                         repository::PasswordOfMark(mark).Bytes(),
+                         [](int64_t, int64_t) { return true; });
 }
 
 bool MayReplace(const std::string& file) {
@@ -131,11 +144,11 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
   return Result::kFailed;
 }
 
-NewDatabaseFile::NewDatabaseFile(const std::string& file)
+NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
     : file_(file), logs_{file + std::string(platform::kUnfinished)}, made_(logs_.path) {
   jet::RemoveLogs(Path());  // of a run that was killed
-  std::string emptyRepository = State().AppFolder + repository::kTemplateFile;
-  platform::CopyFile(emptyRepository, Path());
+  if (begin == Begin::kNothing) return;
+  MakeEmptyFile(Path());
   BringUpToDate(Path());
 }
 

@@ -18,8 +18,8 @@
 
 namespace tarnwick::maintenance {
 
-// Opens a file with the program's password, for reading unless another mode is given: its date
-// stays that of its making.
+// Opens a file with the program's password or with the key that is known for it
+// (repository/keys.h), for reading unless another mode is given: its date stays that of its making.
 void OpenFile(jet::Connection& connection, const std::string& file,
               std::string_view mode = jet::kModeRead);
 
@@ -31,6 +31,9 @@ void RefuseOpenFile(const std::string& file);
 
 // Throws when the file is of a later version of the program than this one.
 void RefuseNewerFile(const std::string& file);
+
+// Makes an empty repository that has the open one's password, or had while it was open.
+void MakeEmptyFile(const std::string& file);
 
 // Whether file may be made: it is not there, or the person lets it be deleted. Deleted it is when
 // its successor is complete; at once only where there is not room for both.
@@ -54,11 +57,12 @@ void RequireCounts(jet::Connection& connection, std::span<const TableCount> coun
 Result RunCopy(std::string_view routine, const std::string& sql, const std::string& written,
                int64_t* rows = nullptr);
 
-// A database file on its way: made from the template, under a temporary name beside its own. What
-// is not finished is removed, with the logs beside it.
+// A database file on its way: made from the template with the open repository's password, under a
+// temporary name beside its own. What is not finished is removed, with the logs beside it.
 class NewDatabaseFile {
  public:
-  explicit NewDatabaseFile(const std::string& file);
+  enum class Begin { kEmpty, kNothing };  // with kNothing the caller makes the file under Path()
+  explicit NewDatabaseFile(const std::string& file, Begin begin = Begin::kEmpty);
   NewDatabaseFile(const NewDatabaseFile&) = delete;
   NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
 

@@ -11,6 +11,7 @@
 #include "core/run_state.h"
 #include "core/text.h"
 #include "maintenance/database_file.h"
+#include "maintenance/protect.h"
 #include "maintenance/run.h"
 #include "platform/files.h"
 #include "repository/repository.h"
@@ -127,7 +128,7 @@ Result ExportEmails(const std::string& file, jet::Recordset& list, int64_t* expo
     if (result == Result::kDone) {
       if (exported != nullptr) *exported = count;
       core::ShowMessage(std::to_string(count) + " Email(s) is exported.");
-      core::ShowMessage("Export is done.");
+      core::ShowMessage("Export is done." + WhichPassword());
     }
     if (result == Result::kStopped) {
       core::LogProgress("Export stopped");

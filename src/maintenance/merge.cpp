@@ -19,6 +19,7 @@
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 
 namespace tarnwick::maintenance {
@@ -136,6 +137,7 @@ bool IsMergeable(const std::string& file) {
   }
   RefuseProgramFile(file);
   RefuseOpenFile(file);
+  if (!repository::Unlock(file)) return false;
   RefuseNewerFile(file);
   if (RefuseUnfinished()) return false;
   switch (IsItFullBackup(file)) {
@@ -171,7 +173,9 @@ MergeResult twMakeMarge(const std::string& file, const MergeOptions& options) {
     merged.result = Result::kDeclined;
     if (!IsMergeable(file)) return;
     merged.result = Result::kFailed;
-    core::LogProgress("Merge of " + path);
+    bool isProtected = !repository::MarkOf(path).empty();
+    core::LogProgress("Merge of " + path +
+                      (isProtected ? ", which has a password of its own" : ""));
     merged = Merge(path, options).Work();
     repository::NoteWhetherEmpty();
     ShowSummary(merged);

@@ -12,10 +12,12 @@
 #include "database/new_file.h"
 #include "maintenance/backup.h"
 #include "maintenance/database_file.h"
+#include "maintenance/protect.h"
 #include "maintenance/run.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -95,7 +97,7 @@ Former FormerIn(const std::string& folder) {
 // An empty repository that knows where the former one is kept.
 void MakeEmpty(const std::string& file, int64_t number) {
   jet::RemoveLogs(file);
-  platform::CopyFile(State().AppFolder + repository::kTemplateFile, file);
+  MakeEmptyFile(file);
   jet::Connection connection;
   OpenFile(connection, file, {});
   connection.SetMark(number);
@@ -241,6 +243,18 @@ std::string WhatIsReplaced() {
          " contact(s) of the open repository give way to those of the backup.";
 }
 
+// Where the restored data and the backup are not protected alike.
+std::string PasswordAfter(const std::string& backup) {
+  bool wasProtected = !repository::MarkOf(backup).empty();
+  if (IsProtected()) {
+    return "\r\nThe repository keeps the password it had." +
+           std::string(wasProtected ? "" : " The backup has none of your own.");
+  }
+  if (!wasProtected) return {};
+  return "\r\nThe backup is protected with a password of your own, this repository is not: whoever "
+         "has its file and this program can read it. File, Protect changes that.";
+}
+
 }  // namespace
 
 Result RestoreBackup(const std::string& file, const std::function<void()>& refreshList) {
@@ -252,6 +266,7 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
     }
     RefuseProgramFile(path);
     RefuseOpenFile(path);
+    if (!repository::Unlock(path)) return Result::kDeclined;
     if (!core::AskBeforeLoss("Current information will be deleted. "
                              "Do you want to continue?",
                              WhatIsReplaced())) {
@@ -266,15 +281,17 @@ Result RestoreBackup(const std::string& file, const std::function<void()>& refre
     }
     RefuseNewerFile(path);
     Result result = Result::kDeclined;
+    std::string password;
     std::string former = UnfinishedRestore();
     if (!former.empty() && platform::IsSameFile(path, former)) {
       result = HaveFormerBack(path, refreshList);
     } else if (IsRestorable(path)) {
       result = ReplaceData(path, refreshList);
+      password = PasswordAfter(path);
     } else {
       return result;
     }
-    if (result == Result::kDone) core::ShowMessage("Restore is done.");
+    if (result == Result::kDone) core::ShowMessage("Restore is done." + password);
     if (result == Result::kStopped) {
       core::LogProgress("Restore stopped before the repository was changed");
       core::ShowMessage("Restore is stopped.");

@@ -8,6 +8,7 @@
 #include "maintenance/database_file.h"
 #include "maintenance/restore.h"
 #include "platform/files.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -122,6 +123,7 @@ void AskAboutUnfinishedRestore() {
 }
 
 Result HaveFormerBack(const std::string& copy, const std::function<void()>& refreshList) {
+  if (!repository::Unlock(copy)) return Result::kDeclined;
   jet::Connection former;
   OpenFile(former, copy);  // throws where it can't take its place again
   former.Close();

@@ -50,18 +50,23 @@ std::string_view ZeroTerminated(std::string_view bytes, size_t place) {
   return bytes.substr(0, bytes.find('\0'));
 }
 
-ByteReader::ByteReader(const std::string& path) : file_(path) {}
+ByteReader::ByteReader(const std::string& path, int64_t origin)
+    : file_(path),
+      origin_(origin),
+      size_(static_cast<uint64_t>(
+          std::max<int64_t>(0, static_cast<int64_t>(file_.Size()) + origin))) {}
 
 std::string_view ByteReader::Read(uint64_t offset, size_t count) {
   assert(count <= kMaxPiece);
-  if (offset >= Size()) return {};
+  if (offset >= Size() || static_cast<int64_t>(offset) < origin_) return {};
   count = static_cast<size_t>(std::min<uint64_t>({count, kMaxPiece, Size() - offset}));
   uint64_t windowEnd = windowStart_ + window_.size();
   if (offset < windowStart_ || offset + count > windowEnd) {
     bool runsOn = !window_.empty() && offset >= windowStart_ && offset <= windowEnd;
     size_t piece = std::max(count, runsOn ? kRunPiece : kJumpPiece);
     window_.resize(static_cast<size_t>(std::min<uint64_t>(piece, Size() - offset)));
-    window_.resize(file_.ReadAt(offset, window_.data(), window_.size()));
+    window_.resize(
+        file_.ReadAt(offset - static_cast<uint64_t>(origin_), window_.data(), window_.size()));
     windowStart_ = offset;
   }
   return std::string_view(window_).substr(static_cast<size_t>(offset - windowStart_), count);

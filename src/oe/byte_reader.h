@@ -27,9 +27,12 @@ class ByteReader {
   // The most that one Read gives.
   static constexpr size_t kMaxPiece = size_t{32} * 1024;
 
-  explicit ByteReader(const std::string& path);
+  // origin: the offset of the file's first byte, for a piece of a store that is a file of its own;
+  // it is below 0 for one with something else before it.
+  explicit ByteReader(const std::string& path, int64_t origin = 0);
 
-  uint64_t Size() const { return file_.Size(); }
+  // The offset behind the last byte.
+  uint64_t Size() const { return size_; }
 
   // The bytes from offset on, count of them or as many as the file has; valid until the next Read.
   // REQUIRES: count <= kMaxPiece.
@@ -37,6 +40,8 @@ class ByteReader {
 
  private:
   platform::InputFile file_;
+  int64_t origin_;
+  uint64_t size_;
   std::string window_;
   uint64_t windowStart_ = 0;
 };

@@ -56,6 +56,7 @@ struct Info {
   uint32_t firstBlock = 0;
   uint32_t indexedBlock = 0;  // what the index says where the fourth entry is a place; 0 for none
   DateTime date;
+  bool isFreed = false;
 
   // Bytes from the object's beginning to its data area.
   uint64_t DataPlace() const { return kInfoHead + 4 * static_cast<uint64_t>(entryCount); }
@@ -95,6 +96,20 @@ std::optional<DateTime> LocalTime(uint64_t fileTime) {
   return platform::LocalFromUnix(utc.Seconds());
 }
 
+// What the flags say of a message. Section "Flags".
+intake::MessageState StateOfFlags(std::optional<uint32_t> flags) {
+  intake::MessageState state;
+  if (!flags) return state;
+  auto has = [&](MessageFlag flag) { return (*flags & flag) != 0; };
+  state.isKnown = true;
+  state.isRead = has(kReadFlag);
+  state.isAnswered = has(kAnsweredFlag);
+  state.isForwarded = has(kForwardedFlag);
+  state.isFlagged = has(kFlaggedFlag);
+  state.isDraft = has(kDraftFlag);
+  return state;
+}
+
 // What complete reading takes of the index: times, first block and, where a search finds none that
 // is within the designed years, the date that is a part of the key. False when the object has been
 // looked at too often.
@@ -109,7 +124,10 @@ bool ReadByIndex(ByteReader& file, uint32_t offset, bool hasDate, InfoIndex& ind
   uint64_t sent = IndexedTime(file, index, kSentTime, offset);
   uint64_t received = IndexedTime(file, index, kReceivedTime, offset);
   uint64_t arrived = IndexedTime(file, index, kArrivedTime, offset);
-  reading.message.times = {LocalTime(sent), LocalTime(received), LocalTime(arrived)};
+  intake::StoreFacts& facts = reading.message.facts;
+  facts.sent = LocalTime(sent);
+  facts.received = LocalTime(received);
+  facts.arrived = LocalTime(arrived);
   if (!hasDate) {
     index.fileTime = sent != 0 ? sent : received != 0 ? received : arrived;
     info.date = FileTimeToDate(index.fileTime, true);
@@ -154,6 +172,12 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
     return reading.GiveUp("its date is missing, before 1990 or after 2009");
   }
   InfoIndex index = ReadIndex(file, offset, info.bodyLength, info.entryCount);
+  if (info.isFreed && index.entries.size() > 1) {
+    // A link of the list of freed objects stands in the place of the flags.
+    index.entries[1] = {kDirectFlag | kFlags, 0};
+  } else {
+    reading.message.facts.state = StateOfFlags(NumberOf(file, index, kFlags, offset));
+  }
   uint64_t dataStart = uint64_t{offset} + info.DataPlace();
   uint64_t behind = dataStart;
   if (hasDate) behind = ReadDate(file, offset, place, index, info, reading);
@@ -297,15 +321,19 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading)
 
 }  // namespace
 
-std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset) {
+std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, int entryCount) {
   try {
     std::string_view head = file.Read(infoOffset, kMinInfoSize);
     if (head.size() < kMinInfoSize || Get32(head, 0) != infoOffset) return std::nullopt;
     std::optional<Info> info = ReadInfoHead(file, infoOffset, {});
     ReadMessage message;
     Reading reading{message, intake::kComplete};
+    if (info && entryCount != 0) {
+      info->entryCount = entryCount;
+      info->isFreed = true;
+    }
     if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
-    return std::move(message.info);
+    return PeekedMessage{std::move(message.info), message.facts, info->firstBlock};
   } catch (const Error&) {
     return std::nullopt;
   }

@@ -31,18 +31,6 @@ constexpr size_t kMaxKeyText = 200;
 constexpr size_t kKeySubject = 100;
 constexpr size_t kKeyAddress = 80;
 
-// FNV-1a. Part of stored keys: do not change.
-uint64_t Hash(std::string_view text, uint64_t hash = 0xCBF29CE484222325ULL) {
-  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ULL;
-  return hash;
-}
-
-std::string HexText(uint64_t number) {
-  char text[17];
-  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(number));
-  return text;
-}
-
 // What the index says about the bytes behind the timestamp.
 class InfoTexts {
  public:
@@ -120,6 +108,17 @@ std::string KeyOfContent(const InfoTexts& texts, const std::string& subject, uin
 
 }  // namespace
 
+uint64_t Hash(std::string_view text, uint64_t hash) {
+  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ULL;
+  return hash;
+}
+
+std::string HexText(uint64_t number) {
+  char text[17];
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(number));
+  return text;
+}
+
 void ReadDbxHeader(const std::string& fileName) {
   State().Header = DbxHeader();
   core::GuardedRun("ReadDbxHeader", [&] {
@@ -177,7 +176,7 @@ DateTime FileTimeToDate(uint64_t fileTime, bool lenient) {
 }
 
 MessageInfo ParseMessageInfo(std::string_view infoBytes, DateTime date, const InfoIndex& index) {
-  MessageInfo info = {date, kNoSubject, kNoSubject, "", 0};
+  MessageInfo info = {date, kNoSubject, kNoSubject, "", 0, "", ""};
   core::GuardedRun("ParseMessageInfo", [&] {
     InfoTexts texts(index, infoBytes);
     std::string subject = texts.Text(kSubject);
@@ -192,6 +191,8 @@ MessageInfo ParseMessageInfo(std::string_view infoBytes, DateTime date, const In
         id.empty() ? KeyOfContent(texts, subject, index.fileTime) : KeyOfLetter(texts, id);
     if (!id.empty()) info.formerKeyText = KeyOfMessageId(id);
     info.length = texts.Number(kMessageLength);
+    info.messageId = id;
+    info.senderAddress = texts.Raw(kSenderAddress);
     if (!subject.empty()) info.subject = subject;
   });
   return info;

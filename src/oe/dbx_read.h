@@ -59,6 +59,9 @@ struct MessageInfo {
   // What former versions took for it, "" where that is the same.
   std::string formerKeyText;
   uint32_t length = 0;  // of the message in bytes, as far as the index knows; 0: it does not
+  // What its text can be known by; "" where the index has none.
+  std::string messageId;
+  std::string senderAddress;
 };
 
 // Fills State().Header from the first 240 bytes; what a shorter file lacks is 0.
@@ -82,21 +85,34 @@ struct ReadMessage {
   MessageInfo info;
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
-  intake::StoreTimes times;
+  intake::StoreFacts facts;
 };
 
 // True when a message that the repository does not hold stands whole in TempMessageFile.
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules = intake::kDesigned);
 
-// What the index of a message tells, and nothing else done; nullopt where it can't be read.
-std::optional<MessageInfo> PeekMessage(ByteReader& file, uint32_t infoOffset);
+// What the index of a message tells.
+struct PeekedMessage {
+  MessageInfo info;
+  intake::StoreFacts facts;
+  uint32_t firstBlock = 0;
+};
+
+// Looks at the index and does nothing else; nullopt where it can't be read or knows no text.
+// entryCount: of an object that has lost the number of its entries.
+std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, int entryCount = 0);
 
 // Place of the timestamp behind the 12-byte head of an info object; 0 when there is none.
 size_t FindInfoDate(ByteReader& file, uint32_t infoOffset, int entryCount);
 
 // What the bytes behind the timestamp and the index tell.
 MessageInfo ParseMessageInfo(std::string_view infoBytes, DateTime date, const InfoIndex& index);
+
+// FNV-1a. Part of stored keys: do not change.
+uint64_t Hash(std::string_view text, uint64_t hash = 0xCBF29CE484222325ULL);
+// Sixteen digits.
+std::string HexText(uint64_t number);
 
 // A FILETIME (tenths of microseconds since 1601, UTC) as civil time, without a zone. Years before
 // 1901 and from 2050 on give 1 January 1900. One that the system refuses gives that too when

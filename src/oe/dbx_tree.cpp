@@ -178,7 +178,7 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   ReadMessage read;
   if (dbxMessageToFile(offset_, fileName_, read, rules_)) {
     message.key = read.entryKey;
-    message.times = read.times;
+    message.facts = read.facts;
   } else {
     message.ending = read.ending;
   }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <set>
 
 #include "core/guard.h"
@@ -11,7 +12,9 @@
 #include "core/run_state.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
+#include "oe/rescue.h"
 #include "oe/state.h"
+#include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/registry.h"
 #include "repository/parameter_store.h"
@@ -90,6 +93,47 @@ void ReadFolders(const ReadingRules& rules, std::string_view operation, IsWanted
     }
     return !IsStopped();
   });
+}
+
+// The files that compacting leaves beside a store's, when it was broken off.
+constexpr std::array<std::string_view, 3> kLeftCopies = {".dbk", ".bak", ".dbt"};
+
+std::string Stem(const std::string& path) {
+  std::string name = platform::FileNameOf(path);
+  size_t dot = name.find('.');
+  return platform::AsciiLower(platform::FolderOf(path) + name.substr(0, dot));
+}
+
+// Looks for lost messages in every message file, whether its folder is read or not, and in what
+// compacting left of it.
+void ReadLostMail(const ReadingRules& rules) {
+  std::map<std::string, FolderRecord> records;  // by path
+  ForEachFolder(rules, [&](const FolderFile& list, const FolderRow& folder) {
+    records.emplace(PathOf(list, folder), RecordOf(list, folder));
+    return true;
+  });
+  for (const std::string& path : State().MessageFiles) {
+    std::string name = platform::FileNameOf(path);
+    records.emplace(path,
+                    FolderRecord{platform::EnsureUtf8(name.substr(0, name.rfind('.'))), "", ""});
+  }
+  std::map<std::string, FolderRecord> byStem;
+  std::set<std::string> stores;
+  for (const auto& [path, record] : records) {
+    byStem.emplace(Stem(path), record);
+    stores.insert(platform::FolderOf(path));
+    if (!IsStopped()) ReadLostMessages(path, record, false, rules);
+  }
+  for (const std::string& store : stores) {
+    for (std::string_view extension : kLeftCopies) {
+      for (const std::string& name : platform::ListFiles(store, extension)) {
+        auto record = byStem.find(Stem(store + name));
+        FolderRecord own{platform::EnsureUtf8(name.substr(0, name.find('.'))), "", ""};
+        if (IsStopped()) return;
+        ReadLostMessages(store + name, record != byStem.end() ? record->second : own, true, rules);
+      }
+    }
+  }
 }
 
 bool IsSentItems(const FolderRow& folder) {
@@ -203,6 +247,7 @@ void ImportOutlookExpress(const ReadingRules& rules) {
     State().MayKnowFormerKeys = !repository::HasNoEmail() || intake::HoldsIgnoredMessages();
     ReadFolders(rules, kMsgToDb,
                 [&](const FolderRow& folder) { return IsFolderToRead(folder, rules); });
+    if (rules.lostMail) ReadLostMail(rules);
   });
   core::GuardedRun("ImportOutlookExpress", [&] {
     platform::RemoveFile(core::State().TempMessageFile);

@@ -14,6 +14,7 @@ namespace tarnwick::oe {
 class ByteReader;
 
 enum IndexNumber : uint8_t {
+  kFlags = 0x01,
   kSentTime = 0x02,
   kFirstBlock = 0x04,
   kPlainSubject = 0x05,
@@ -26,6 +27,14 @@ enum IndexNumber : uint8_t {
   kReceivedTime = 0x12,
   kReceiverName = 0x13,
   kReceiverAddress = 0x14,
+};
+// Section "Flags".
+enum MessageFlag : uint32_t {
+  kDraftFlag = 0x08,
+  kFlaggedFlag = 0x20,
+  kReadFlag = 0x80,
+  kAnsweredFlag = 0x80000,
+  kForwardedFlag = 0x100000,
 };
 // The same numbers mean other things in a folder's object.
 enum FolderIndexNumber : uint8_t {

@@ -17,12 +17,13 @@ namespace {
 constexpr size_t kMessageRootPlace = 0xE4;
 
 void Add(ByteReader& file, uint32_t infoOffset, StoreSample& sample) {
-  std::optional<MessageInfo> info = PeekMessage(file, infoOffset);
-  if (!info) return;
-  int year = info->date.ToCivil().year;
+  std::optional<PeekedMessage> message = PeekMessage(file, infoOffset);
+  if (!message) return;
+  const MessageInfo& info = message->info;
+  int year = info.date.ToCivil().year;
   sample.firstYear = sample.firstYear == 0 ? year : std::min(sample.firstYear, year);
   sample.lastYear = std::max(sample.lastYear, year);
-  sample.keys.push_back(MakeEntryKey(info->keyText, info->date));
+  sample.keys.push_back(MakeEntryKey(info.keyText, info.date));
 }
 
 }  // namespace

@@ -34,6 +34,8 @@ constexpr Used kUsed[] = {
     {"libxml2", QT_TR_NOOP("reading HTML"), "MIT"},
     {"Zstandard", QT_TR_NOOP("compression"), "BSD, 3 clauses"},
     {"libseccomp", QT_TR_NOOP("shutting in the reader of Outlook stores"), "GNU LGPL 2.1"},
+    {"libsodium", QT_TR_NOOP("passwords"), "ISC"},
+    {"zxcvbn", QT_TR_NOOP("the strength of passwords"), "MIT"},
     {"libpff", QT_TR_NOOP("reading Outlook stores"), "GNU LGPL 3"},
 };
 

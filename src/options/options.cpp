@@ -2,12 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/options.h"
 
+#include <algorithm>
+
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/environment.h"
 #include "repository/parameter_store.h"
 
 namespace tarnwick::options {
+
+namespace {
+
+constexpr const char* kLockAfter = "LockAfter";
+
+}  // namespace
 
 bool IsUsed(const std::string& option) {
   return repository::GetOption(option);
@@ -27,6 +35,17 @@ void SetCompleteReading(bool on) {
 
 void SetLogMailTexts(bool on) {
   repository::SetOption("LogMailTexts", on);
+}
+
+int64_t LockMinutes() {
+  constexpr int64_t kUnlessSet = 15;
+  constexpr int64_t kMost = int64_t{24} * 60;
+  jet::Value stored = repository::GetParameter(kLockAfter, "1", repository::kAmountColumn);
+  return stored.IsNull() ? kUnlessSet : std::clamp<int64_t>(stored.AsInt(), 0, kMost);
+}
+
+void SetLockMinutes(int64_t minutes) {
+  repository::SetParameter(kLockAfter, "1", repository::kAmountColumn, minutes);
 }
 
 void RequestFullLoad() {

@@ -28,6 +28,10 @@ void SetCompleteReading(bool on);
 // Whether the event log tells subjects and names of attached files.
 void SetLogMailTexts(bool on);
 
+// After so many minutes without use a protected repository is locked; 0: never.
+int64_t LockMinutes();
+void SetLockMinutes(int64_t minutes);
+
 // The next load behaves as a first one: it asks before each mailer and reads every folder again.
 // There is no way back.
 void RequestFullLoad();

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QSpinBox>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -132,6 +133,7 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
   column->addWidget(MakeReading());
   column->addWidget(ownLine);
   column->addWidget(LogMailTexts_);
+  column->addLayout(MakeLock());
   if (readProfile_) column->addWidget(MakeProfile());
   column->addStretch(1);
   auto* buttons = new QHBoxLayout;
@@ -149,6 +151,7 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
   goOnTo(CompleteReading_);
   for (QCheckBox* box : readFolders_) goOnTo(box);
   goOnTo(LogMailTexts_);
+  goOnTo(lockMinutes_);
   goOnTo(profileFolder_);
   goOnTo(browse_);
   goOnTo(cmdOK_);
@@ -204,6 +207,28 @@ QWidget* frmOptions::MakeReading() {
   column->addWidget(CompleteReading_);
   column->addLayout(MakeReadFolders());
   return part;
+}
+
+QLayout* frmOptions::MakeLock() {
+  constexpr int kMost = 24 * 60;
+  lockMinutes_ = new QSpinBox(this);
+  lockMinutes_->setObjectName("LockMinutes");
+  lockMinutes_->setAccessibleName(tr("Lock a protected repository after"));
+  lockMinutes_->setRange(0, kMost);
+  lockMinutes_->setSpecialValueText(tr("never"));
+  lockMinutes_->setSuffix(tr(" min"));
+  lockMinutes_->setValue(static_cast<int>(LockMinutes()));
+  lockMinutes_->setToolTip(
+      tr("How long a repository with a password of your own stays open while nobody uses it"));
+  connect(lockMinutes_, &QSpinBox::valueChanged, this,
+          [](int minutes) { SetLockMinutes(minutes); });
+  auto* label = new QLabel(tr("Loc&k a protected repository after:"), this);
+  label->setBuddy(lockMinutes_);
+  auto* row = new QHBoxLayout;
+  row->addWidget(label);
+  row->addWidget(lockMinutes_);
+  row->addStretch(1);
+  return row;
 }
 
 QWidget* frmOptions::MakeProfile() {

@@ -15,6 +15,7 @@ class QLabel;
 class QLayout;
 class QLineEdit;
 class QPushButton;
+class QSpinBox;
 
 namespace tarnwick::options {
 
@@ -40,6 +41,7 @@ class frmOptions : public QDialog {
   QLayout* MakeReadFolders();
   QWidget* MakeReading();
   QWidget* MakeProfile();
+  QLayout* MakeLock();
   void Form_Load();
   void MSOutlook_Click();
   void OutlookExpress_Click();
@@ -60,6 +62,7 @@ class frmOptions : public QDialog {
   QCheckBox* MSOutlook_ = nullptr;
   QCheckBox* OutlookExpress_ = nullptr;
   QCheckBox* LogMailTexts_ = nullptr;
+  QSpinBox* lockMinutes_ = nullptr;
   QCheckBox* CompleteReading_ = nullptr;
   std::vector<QCheckBox*>
       readFolders_;  // those that complete reading reads only when they are ticked

@@ -91,6 +91,24 @@ void ReadBodies(const PropertySet& properties, Letter& letter) {
   }
 }
 
+// Outlook keeps the last of replying and forwarding alone.
+intake::MessageState StateOf(const PropertySet& properties) {
+  constexpr int64_t kMissing = -1;
+  intake::MessageState state;
+  int64_t flags = properties.Number(Prop::kMessageFlags, kMissing);
+  if (flags == kMissing) return state;
+  int64_t verb = properties.Number(Prop::kLastVerbExecuted);
+  int64_t icon = properties.Number(Prop::kIconIndex);
+  state.isKnown = true;
+  state.isRead = (flags & MessageFlag::kRead) != 0;
+  state.isDraft = (flags & MessageFlag::kUnsent) != 0;
+  state.isAnswered =
+      verb == Verb::kReply || verb == Verb::kReplyToAll || icon == IconIndex::kReplied;
+  state.isForwarded = verb == Verb::kForward || icon == IconIndex::kForwarded;
+  state.isFlagged = properties.Number(Prop::kFlagStatus) == FlagStatus::kFlagged;
+  return state;
+}
+
 // The charset that an HTML document's head declares; "" for none.
 std::string DeclaredCharset(std::string_view html) {
   std::string head = platform::AsciiLower(html.substr(0, kDeclarationReach));
@@ -134,6 +152,7 @@ Letter ReadLetter(Item& item) {
   letter.inReplyTo = properties.Text(Prop::kInReplyTo);
   letter.references = properties.Text(Prop::kReferences);
   letter.isDraft = (properties.Number(Prop::kMessageFlags) & MessageFlag::kUnsent) != 0;
+  letter.state = StateOf(properties);
   int64_t importance = properties.Number(Prop::kImportance, 1);
   letter.importance = importance == kHigh ? "High" : importance == kLow ? "Low" : "";
   ReadPeople(item, letter);

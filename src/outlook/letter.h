@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "intake/mail_message.h"
+#include "intake/message_state.h"
 #include "outlook/object_model.h"
 
 namespace tarnwick::outlook {
@@ -34,6 +35,7 @@ struct Letter {
   std::optional<int64_t> created;   // likewise
   std::string importance;           // "High", "Low" or ""
   bool isDraft = false;
+  intake::MessageState state;
   std::string plainBody;
   std::string htmlBody;
   std::string charset;  // the one that the bodies were written in, "" where it is not known

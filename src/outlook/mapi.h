@@ -39,6 +39,9 @@ enum class Prop : uint16_t {
   kMessageId = 0x1035,
   kReferences = 0x1039,
   kInReplyTo = 0x1042,
+  kIconIndex = 0x1080,
+  kLastVerbExecuted = 0x1081,
+  kFlagStatus = 0x1090,
   kDisplayName = 0x3001,
   kAddressType = 0x3002,
   kAddress = 0x3003,
@@ -81,7 +84,21 @@ inline constexpr uint16_t kBinary = 0x0102;
 }  // namespace PropType
 
 namespace MessageFlag {
+inline constexpr int64_t kRead = 0x01;
 inline constexpr int64_t kUnsent = 0x08;
+}  // namespace MessageFlag
+namespace IconIndex {
+inline constexpr int64_t kReplied = 0x105;
+inline constexpr int64_t kForwarded = 0x106;
+}  // namespace IconIndex
+// What was last done with a message.
+namespace Verb {
+inline constexpr int64_t kReply = 102;
+inline constexpr int64_t kReplyToAll = 103;
+inline constexpr int64_t kForward = 104;
+}  // namespace Verb
+namespace FlagStatus {
+inline constexpr int64_t kFlagged = 2;  // 1: the flag was ticked off
 }
 namespace RecipientType {
 inline constexpr int64_t kTo = 1;

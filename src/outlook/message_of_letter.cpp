@@ -77,6 +77,7 @@ MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place
     AddAttachment(AttachmentName(attachment), message);
   }
   message.Importance = letter.importance;
+  message.State = intake::StoredState(letter.state);
   message.Body = letter.plainBody;
   message.HTMLBody = letter.htmlBody;
   intake::SettleBody(message);

@@ -29,6 +29,8 @@ inline constexpr int kNewerFile = 3343;     // a database of a later version of 
 inline constexpr int kNotUpdatable = 3251;  // a change where rows can only be read
 inline constexpr int kNoCurrentRow = 3021;  // a row was asked for at the end or the beginning
 inline constexpr int kNoSuchItem = 3265;    // a field name that the recordset does not have
+// A protected database, without its password.
+inline constexpr int kWrongPassword = 3031;
 }  // namespace ErrorNumber
 
 class Error : public std::exception {

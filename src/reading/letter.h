@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "reading/clean_html.h"
-#include "takeout/stored_message.h"
 #include "takeout/attachments.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::reading {
 

@@ -148,6 +148,10 @@ inline constexpr EmailField kEmailFields[] = {
      .filtered = 3,
      .cache = CacheUse::kKind,
      .list = {.place = 5, .caption = "Hot", .width = ListWidth::kCaption, .printed = 4}},
+    // What the mail program knew of it, in the letters of intake/message_state.h; Null: nothing.
+    {.name = "State", .type = jet::ColumnType::kText, .isOfMessage = true},
+    // The hashes of intake/thread_ids.h; Null: nobody looked.
+    {.name = "Thread", .type = jet::ColumnType::kBinary},
     {.name = "Notes", .type = jet::ColumnType::kMemo, .isOfMessage = true},
     // The long ones last, so that reading a row for the list stops before them.
     {.name = "Body", .type = jet::ColumnType::kMemo, .isOfMessage = true, .searched = 1},

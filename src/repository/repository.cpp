@@ -11,6 +11,7 @@
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/keys.h"
 #include "repository/parameter_store.h"
 #include "repository/schema.h"
 
@@ -83,7 +84,8 @@ bool HasRows(std::string_view table) {
   return !rows.Eof();
 }
 
-constexpr int kLocked = 5;  // the engine's number
+constexpr int kLocked = 5;  // the engine's numbers
+constexpr int kNotADatabase = 26;
 
 // What the engine's few words leave open, ": ..."; "" where nothing more is known.
 std::string WhyNotOpened(int number, const std::string& file) {
@@ -93,6 +95,9 @@ std::string WhyNotOpened(int number, const std::string& file) {
   if (platform::FileExists(file) && !platform::IsFolderWritable(platform::FolderOf(file))) {
     return ": the folder of " + file + " can't be written to";
   }
+  if (number == kNotADatabase && !MarkOf(file).empty()) {
+    return ": the password is right, but " + file + " is damaged";
+  }
   return {};
 }
 
@@ -101,6 +106,7 @@ void Connect(jet::Connection& connection, const std::string& dataSource) {
   connection.SetProvider(jet::kProvider);
   connection.SetProperty(jet::kDataSourceProperty, dataSource);
   connection.SetProperty(jet::kPasswordProperty, DatabasePassword());
+  connection.SetPasswords(PasswordOf);
   try {
     connection.Open();
   } catch (const Error& error) {
@@ -183,6 +189,11 @@ bool OpenRepository(bool clearAll) {
     jet::UpdateTables(repository.ParameterConnection, ParameterTables(), kSchemaVersion);
     repository.RepositoryFolder = GetRepositoryFolder();
     std::string file = repository.RepositoryFolder + kRepositoryFile;
+    if (!Unlock(file)) {
+      DisconnectRepository();
+      return false;
+    }
+    repository.Mark = MarkOf(file);
     repository.WasNotClosed = jet::HasLog(file);
     Connect(repository.RepositoryConnection, file);
     jet::UpdateTables(repository.RepositoryConnection, RepositoryTables(), kSchemaVersion);
@@ -196,8 +207,9 @@ bool OpenRepository(bool clearAll) {
     return true;
   } catch (...) {
     Error error = core::CurrentError();
-    core::ShowError(std::string(core::kAccessAdvice) + "\r\n" + std::to_string(error.Number()) +
-                    " " + error.Description());
+    std::string text = std::to_string(error.Number()) + " " + error.Description();
+    bool isForPassword = error.Number() == ErrorNumber::kWrongPassword;
+    core::ShowError(isForPassword ? text : core::kAccessAdvice + ("\r\n" + text));
     DisconnectRepository();
     return false;
   }
@@ -215,6 +227,11 @@ void DisconnectRepository() {
   });
   CloseConnection(Repository().RepositoryConnection);
   CloseConnection(Repository().ParameterConnection);
+}
+
+void LockRepository() {
+  DisconnectRepository();
+  ForgetKeys();
 }
 
 bool PrepareSearch(int64_t milliseconds) {
@@ -283,6 +300,7 @@ bool SwitchRepository(const std::string& folder) {
   SetRepositoryFolder(folder);
   DisconnectRepository();
   if (OpenRepository(false)) {
+    ForgetKeys(Repository().Mark);
     State().FullLoadAsked = false;
     ReadOptions();
     return true;

@@ -17,7 +17,8 @@ struct OpenedRepository {
   jet::Connection ParameterConnection;   // emlParameter.twr
   jet::Connection RepositoryConnection;  // Tarnwick.twr
   std::string RepositoryFolder;          // with its separator
-  bool WasNotClosed = false;             // by who had it open last: a crash, a kill, a power cut
+  std::string Mark;           // of a protected one (file_key.h); "": the program's password
+  bool WasNotClosed = false;  // by who had it open last: a crash, a kill, a power cut
   // Some message of it may be left by half (table Unfinished): spares the look where none is.
   bool MayHoldUnfinished = false;
 
@@ -43,12 +44,17 @@ jet::Connection& ParameterDb();
 // The password of every database file of the program, put together anew at each call.
 std::string DatabasePassword();
 
-// Opens dataSource with the program's password, whatever password is given.
+// Opens dataSource with the program's password, whatever password is given; a file that its owner
+// protects with the key that is known for it (keys.h).
 bool twSetConnection(jet::Connection& connection, const std::string& dataSource,
                      const std::string& password);
 
+// Asks for the password of a protected repository unless its key is known.
 bool OpenRepository(bool clearAll);
 void DisconnectRepository();
+// Closes the repository and forgets the key of a protected one: OpenRepository asks for its
+// password again.
+void LockRepository();
 bool ClearRepository();
 // After rows were copied in from another file: no message or contact gets a key that rows left of a
 // deleted one still name. Opening does it as well. Throws Error.

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "database/connection.h"
+#include "intake/message_state.h"
 #include "platform/clock.h"
 #include "platform/utf8.h"
 #include "repository/repository.h"
@@ -90,8 +91,8 @@ bool MailMap::IsComplete() {
 }
 
 void MailMap::ReadMessages(int64_t rows) {
-  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction", "Email",
-                             messages_.last, rows);
+  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State",
+                             "Email", messages_.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
     int64_t contact = row.Int(5);
@@ -106,6 +107,12 @@ void MailMap::ReadMessages(int64_t rows) {
     letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
     letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
     letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
+    letter.states = 0;
+    std::string_view states = row.Text(7);
+    for (size_t i = 0; i < std::size(intake::kStateMarks); ++i) {
+      bool has = states.find(intake::kStateMarks[i].letter) != std::string_view::npos;
+      letter.states |= static_cast<uint8_t>(has ? 1U << i : 0U);
+    }
   });
 }
 
@@ -182,6 +189,14 @@ void MailMap::AddInFolder(const std::string& identity, const std::string& name,
   auto found = folders_.numbers.find(identity + '\0' + name);
   if (found == folders_.numbers.end()) return;
   AddLetters([&](const Message& letter) { return letter.folder == found->second; }, keys);
+}
+
+void MailMap::AddInState(char letter, KeySet& keys) const {
+  uint8_t wanted = 0;
+  for (size_t i = 0; i < std::size(intake::kStateMarks); ++i) {
+    if (intake::kStateMarks[i].letter == letter) wanted = static_cast<uint8_t>(1U << i);
+  }
+  AddLetters([&](const Message& message) { return (message.states & wanted) != 0; }, keys);
 }
 
 std::vector<Folder> MailMap::Folders() const {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Who wrote each message of the open repository, who got it, what files were attached to it and in
-// which folder of the mail program it lay, in memory: sixteen bytes for each message, eight for
-// each recipient and file, and each name and address once. A search for a person is a look at the
-// distinct names then, and folders are counted without a look at the file.
+// Who wrote each message of the open repository, who got it, what files were attached to it, in
+// which folder of the mail program it lay and what that knew of it, in memory: sixteen bytes for
+// each message, eight for each recipient and file, and each name and address once. A search for a
+// person is a look at the distinct names then, and folders are counted without a look at the file.
 //
 // It is read in steps, while there is nothing else to do or by the first search that wants it, and
 // goes on from there after messages were added. Deleted messages stay in it until it is forgotten:
@@ -69,6 +69,9 @@ class MailMap {
   // Those of one folder.
   void AddInFolder(const std::string& identity, const std::string& name, KeySet& keys) const;
 
+  // Those with a letter of intake::kStateMarks.
+  void AddInState(char letter, KeySet& keys) const;
+
   // In the order of identity and name; those that hold no message any more are left out. Throws
   // Error.
   std::vector<Folder> Folders() const;
@@ -91,6 +94,7 @@ class MailMap {
     uint32_t contact = kNone;
     bool isReceived = false;
     bool isSent = false;
+    uint8_t states = 0;  // by their places in intake::kStateMarks
   };
   // A row of a table beside the messages: a message's key, and a number of Names.
   struct Link {

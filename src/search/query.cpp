@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/text.h"
+#include "intake/message_state.h"
 #include "platform/charset.h"
 #include "platform/locale.h"
 #include "platform/utf8.h"
@@ -42,7 +43,7 @@ struct Piece {
 bool IsField(std::string_view name) {
   bool isText = std::any_of(std::begin(kFields), std::end(kFields),
                             [&](const FieldName& field) { return field.name == name; });
-  return isText || name == "before" || name == "after" || name == "has";
+  return isText || name == "before" || name == "after" || name == "has" || name == "is";
 }
 
 class Reader {
@@ -121,15 +122,27 @@ void AddDates(const Piece& piece, Query& query) {
   }
 }
 
-void AddTerm(Piece piece, Query& query) {
-  Term term{Field::kAny, std::move(piece.text), piece.excluded};
-  for (const FieldName& field : kFields) {
-    if (field.name == piece.field) term.field = field.field;
-  }
+void AddTerm(Term term, Query& query) {
   if (core::Trim(term.text).empty() || query.terms.size() == kMostTerms) return;
   if (std::find(query.terms.begin(), query.terms.end(), term) == query.terms.end()) {
     query.terms.push_back(std::move(term));
   }
+}
+
+void AddState(const Piece& piece, Query& query) {
+  std::string word = platform::AsciiLower(piece.text);
+  if (word == "answered") word = "replied";
+  bool isOne = std::any_of(std::begin(intake::kStateMarks), std::end(intake::kStateMarks),
+                           [&](const intake::StateMark& mark) { return mark.word == word; });
+  if (isOne) AddTerm({Field::kState, std::move(word), piece.excluded}, query);
+}
+
+void AddText(Piece piece, Query& query) {
+  Term term{Field::kAny, std::move(piece.text), piece.excluded};
+  for (const FieldName& field : kFields) {
+    if (field.name == piece.field) term.field = field.field;
+  }
+  AddTerm(std::move(term), query);
 }
 
 }  // namespace
@@ -145,8 +158,10 @@ Query ParseQuery(std::string_view typed) {
     } else if (piece.field == "has") {
       std::string what = platform::AsciiLower(piece.text);
       if (what == "file" || what == "files") query.hasFile = !piece.excluded;
+    } else if (piece.field == "is") {
+      AddState(piece, query);
     } else {
-      AddTerm(std::move(piece), query);
+      AddText(std::move(piece), query);
     }
   }
   return query;

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "core/text.h"
+#include "intake/message_state.h"
 #include "platform/clock.h"
 #include "repository/repository.h"
 
@@ -61,6 +62,11 @@ std::string RecipientCondition(const std::string& text) {
          " OR " +
          HasRow("ID", "ccRecipient", "EmailID",
                 AnyHolds({"ccRecipient.Address", "ccRecipient.Name"}, text));
+}
+
+const intake::StateMark& MarkOf(const Term& term) {
+  return *std::find_if(std::begin(intake::kStateMarks), std::end(intake::kStateMarks),
+                       [&](const intake::StateMark& mark) { return mark.word == term.text; });
 }
 
 std::string TextCondition(const Term& term) {
@@ -122,6 +128,8 @@ std::string TermCondition(const Term& term) {
       return FileCondition(term.text);
     case Field::kFolder:
       return "(" + AnyHolds({"Email.Folder"}, term.text) + ")";
+    case Field::kState:
+      return "(" + AnyHolds({"Email.State"}, std::string(1, MarkOf(term).letter)) + ")";
     case Field::kAny:
       return "(" + AnyHolds({"Email.Subject"}, term.text) + " OR " + SenderCondition(term.text) +
              " OR " + RecipientCondition(term.text) + " OR " + FileCondition(term.text) + " OR " +
@@ -217,6 +225,9 @@ void Run::LearnNames(TermState& state) const {
       break;
     case Field::kFolder:
       Map().AddInFolders(term.text, state.known);
+      break;
+    case Field::kState:
+      Map().AddInState(MarkOf(term).letter, state.known);
       break;
     case Field::kSubject:
       break;

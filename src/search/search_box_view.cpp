@@ -30,7 +30,7 @@ SearchBoxView::SearchBoxView(QWidget* parent) : QWidget(parent), box_(new QLineE
   box_->setToolTip(
       tr("<p>Words in any order, or \"words that stand together\".</p>"
          "<p>from:ann to:example.org subject:budget file:report in:inbox<br>"
-         "before:2004 after:2003-05 has:file -word</p>"));
+         "before:2004 after:2003-05 has:file is:unread -word</p>"));
   box_->setClearButtonEnabled(true);
   box_->setMaxLength(2000);
   box_->installEventFilter(this);

@@ -191,6 +191,7 @@ bool MailboxFolder::Next(intake::SourceMessage& message) {
       continue;
     }
     message.name = letter.name;
+    message.facts.state = letter.state;
     try {
       Read(letter, message);
     } catch (...) {

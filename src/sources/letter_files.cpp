@@ -27,8 +27,8 @@ int64_t NumberOf(std::string_view text) {
 }
 
 // The flags in the property list behind an Apple letter.
-LetterState StateOfProperties(std::string_view list) {
-  LetterState state;
+intake::MessageState StateOfProperties(std::string_view list) {
+  intake::MessageState state;
   size_t key = list.find("<key>flags</key>");
   if (key == std::string_view::npos) return state;
   constexpr std::string_view kNumber = "<integer>";
@@ -47,7 +47,7 @@ LetterState StateOfProperties(std::string_view list) {
 }
 
 // Where the letter lies in an Apple file.
-void LookIntoApples(FileWindow& file, uint64_t& begin, uint64_t& end, LetterState& state) {
+void LookIntoApples(FileWindow& file, uint64_t& begin, uint64_t& end, intake::MessageState& state) {
   constexpr size_t kMostOfNumber = 32;
   constexpr size_t kMostOfList = size_t{64} * 1024;
   std::string_view head = file.Read(0, kMostOfNumber);
@@ -100,7 +100,12 @@ void LetterFiles::Look(LetterEntry& letter) {
   FileWindow& file = *file_;
   begin_ = 0;
   end_ = file.Size();
-  if (isMaildir_) letter.state = StateOfMaildirName(letter.name);
+  if (isMaildir_) {
+    letter.state = StateOfMaildirName(letter.name);
+    std::string folder = platform::FolderOf(path);
+    // What lies there no program has shown yet.
+    if (folder.ends_with(platform::WithSeparator("new"))) letter.state.isKnown = true;
+  }
   if (kind == LetterFileKind::kApple) LookIntoApples(file, begin_, end_, letter.state);
   // Other programs gave that name to plain text.
   bool isRecord =
@@ -127,8 +132,8 @@ std::vector<std::string> MaildirFiles(const std::string& folder) {
   return paths;
 }
 
-LetterState StateOfMaildirName(std::string_view name) {
-  LetterState state;
+intake::MessageState StateOfMaildirName(std::string_view name) {
+  intake::MessageState state;
   // Where ":" can't stand in a name, other marks do.
   size_t info = name.rfind("2,");
   if (info == std::string_view::npos || info == 0) return state;

@@ -54,7 +54,7 @@ class LetterFiles : public LetterReader {
 std::vector<std::string> MaildirFiles(const std::string& folder);
 
 // What the end of a Maildir file's name says: ":2," and letters.
-LetterState StateOfMaildirName(std::string_view name);
+intake::MessageState StateOfMaildirName(std::string_view name);
 
 // The year in which a Maildir file came, by its name; 0 where that does not tell.
 int YearOfMaildirName(std::string_view name);

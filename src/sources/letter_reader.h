@@ -10,26 +10,17 @@
 #include <string>
 #include <string_view>
 
+#include "intake/message_state.h"
+
 namespace tarnwick::sources {
 
 using Sink = std::function<void(std::string_view)>;
-
-// What the mail program knows of a letter.
-struct LetterState {
-  bool isKnown = false;  // whether it says anything
-  bool isRead = false;
-  bool isAnswered = false;
-  bool isForwarded = false;
-  bool isFlagged = false;
-  bool isDraft = false;
-  bool isDeleted = false;  // its owner deleted it, though its text is still there
-};
 
 // What is told of a letter before its text is read.
 struct LetterEntry {
   std::string name;   // what is told of it: "message 17", or its file's name
   std::string fault;  // why it can't be read; "" when it can
-  LetterState state;
+  intake::MessageState state;
   std::string recordFile;  // of a letter that is no text: the file, to be read as a record
 };
 

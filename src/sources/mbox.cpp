@@ -103,52 +103,7 @@ std::optional<std::string_view> HeaderValue(std::string_view headers, std::strin
   return std::nullopt;
 }
 
-void TakeMozillaStatus(std::string_view value, LetterState& state) {
-  unsigned flags = 0;
-  auto [end, code] = std::from_chars(value.data(), value.data() + value.size(), flags, 16);
-  if (code != std::errc() || end == value.data()) return;
-  state.isKnown = true;
-  state.isRead = (flags & 0x0001U) != 0;
-  state.isAnswered = (flags & 0x0002U) != 0;
-  state.isFlagged = (flags & 0x0004U) != 0;
-  state.isDeleted = (flags & 0x0008U) != 0;
-  state.isForwarded = (flags & 0x1000U) != 0;
-}
-
-void TakeStatus(std::string_view value, LetterState& state) {
-  for (char c : value) {
-    switch (c) {
-      case 'R':
-        state.isKnown = state.isRead = true;
-        break;
-      case 'O':
-        state.isKnown = true;
-        break;
-      case 'A':
-        state.isKnown = state.isAnswered = true;
-        break;
-      case 'F':
-        state.isKnown = state.isFlagged = true;
-        break;
-      case 'T':
-        state.isKnown = state.isDraft = true;
-        break;
-      default:
-        break;
-    }
-  }
-}
-
 }  // namespace
-
-LetterState StateOfHeaders(std::string_view headers) {
-  LetterState state;
-  if (auto value = HeaderValue(headers, "x-mozilla-status")) TakeMozillaStatus(*value, state);
-  // "D" says that a program is to delete it, and there is no program left that would.
-  if (auto value = HeaderValue(headers, "status")) TakeStatus(*value, state);
-  if (auto value = HeaderValue(headers, "x-status")) TakeStatus(*value, state);
-  return state;
-}
 
 bool IsMbox(std::string_view head) {
   return SeparatorLength(head) != 0;
@@ -271,7 +226,7 @@ bool MboxReader::Next(LetterEntry& letter) {
   next_ = FindSeparator(measured.value_or(textBegin_));
   textEnd_ = measured.value_or(next_ ? next_->begin : file_.Size());
   headers.resize(static_cast<size_t>(std::min<uint64_t>(headers.size(), textEnd_ - textBegin_)));
-  letter.state = StateOfHeaders(headers);
+  letter.state = intake::StateOfHeaders(headers);
   if (textEnd_ - textBegin_ > kMostLetterBytes) letter.fault = kTooLong;
   if (next_ && !measured) LeaveEmptyLine();
   return true;

@@ -70,7 +70,4 @@ MboxCount CountMbox(const std::string& path, uint64_t limit = UINT64_MAX);
 // whole date.
 int YearOfDate(std::string_view text);
 
-// What Status, X-Status and X-Mozilla-Status say in a letter's headers.
-LetterState StateOfHeaders(std::string_view headers);
-
 }  // namespace tarnwick::sources

@@ -103,10 +103,12 @@ class MaildirWriter : public MessageWriter {
     platform::StagedFile made(platform::UniquePath(box + "tmp/", stem + "new"));
     platform::WriteFile(made.Path(), file);
     if (label.time) platform::SetFileModified(made.Path(), *label.time);
-    // A message saved once more gets a name of its own. Seen, as all mail here has been.
+    // Where nothing is known, seen, as all mail here has been.
+    std::string flags = label.state.isKnown ? intake::MaildirFlags(label.state) : "S";
+    // A message saved once more gets a name of its own.
     for (int number = 0; !made.IsInPlace(); ++number) {
       std::string name = stem;
-      name.append(std::to_string(number)).append(".tarnwick:2,S");
+      name.append(std::to_string(number)).append(".tarnwick:2,").append(flags);
       made.TakeName(std::string(box).append("cur/").append(name));
     }
     ++saved_;
@@ -174,6 +176,7 @@ class MboxWriter : public MessageWriter {
   void Save(const MessageLabel& label, std::string_view file) override {
     Begin(label);
     Write(FromLine(label));
+    WriteState(label.state, file);
     size_t written = 0;
     for (size_t at = file.find(kFrom); at != std::string_view::npos;
          at = file.find(kFrom, at + 1)) {
@@ -235,6 +238,13 @@ class MboxWriter : public MessageWriter {
     output_ = std::make_unique<platform::OutputFile>(made_->Path());
     size_ = 0;
     begun_ = 0;
+  }
+
+  // What the letter's own headers do not say: programs that read mailboxes keep the state there.
+  void WriteState(const intake::MessageState& state, std::string_view file) {
+    if (state == intake::StateOfHeaders(file)) return;
+    std::string_view first = file.substr(0, file.find('\n'));
+    Write(intake::HeadersOfState(state, first.ends_with('\r') ? "\r\n" : "\n"));
   }
 
   static std::string Mailbox() { return kMailbox; }

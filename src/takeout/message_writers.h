@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "intake/message_state.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::takeout {
@@ -27,6 +28,7 @@ struct MessageLabel {
   std::string correspondent;
   std::string sender;  // address; may be anything
   std::string subject;
+  intake::MessageState state;
   std::vector<std::string> folder;  // names of the folders it lay in, from the top; may be anything
 };
 

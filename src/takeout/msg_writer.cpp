@@ -49,6 +49,8 @@ enum Property : uint16_t {
   kMessageId = 0x1035,
   kReferences = 0x1039,
   kInReplyTo = 0x1042,
+  kLastVerb = 0x1081,
+  kFlagStatus = 0x1090,
   kRowId = 0x3000,
   kDisplayName = 0x3001,
   kAddressType = 0x3002,
@@ -290,7 +292,7 @@ class MsgFile {
     properties.Time(kCreationTime, message_.sent);
     properties.Time(kDeliveryTime, message_.received ? message_.received : message_.sent);
     properties.Time(kModificationTime, message_.received ? message_.received : message_.sent);
-    properties.Number(kMessageFlags, kReadFlag | (attached_ > 0 ? kAttachedFlag : 0));
+    AddState(properties);
     properties.Flag(kHasAttachments, attached_ > 0);
     properties.Text(kBody, message_.body);
     if (!message_.htmlBody.empty()) {
@@ -302,6 +304,20 @@ class MsgFile {
     properties.Text(kReferences, HeaderValue(headers_, "References"));
     properties.Text(kInReplyTo, HeaderValue(headers_, "In-Reply-To"));
     properties.Finish(streams_);
+  }
+
+  // Where nothing is known, read, as all mail here has been.
+  void AddState(Properties& properties) const {
+    constexpr uint32_t kReply = 102;
+    constexpr uint32_t kForward = 104;
+    constexpr uint32_t kFlagged = 2;
+    const intake::MessageState& state = message_.state;
+    properties.Number(kMessageFlags,
+                      (state.IsUnread() ? 0 : kReadFlag) | (attached_ > 0 ? kAttachedFlag : 0));
+    if (state.isAnswered || state.isForwarded) {
+      properties.Number(kLastVerb, state.isAnswered ? kReply : kForward);
+    }
+    if (state.isFlagged) properties.Number(kFlagStatus, kFlagged);
   }
 
   void AddSender(Properties& properties) const {

@@ -39,7 +39,7 @@ std::optional<MessageLabel> ReadLabel(int64_t id) {
   jet::Recordset row;
   row.Open(
       "SELECT ReceivedTime, CreationTime, Subject, FromToName, FromToAddress, AddressFrom, "
-      "Application, Folder, Parent FROM Email WHERE ID=" +
+      "Application, Folder, Parent, State FROM Email WHERE ID=" +
           std::to_string(id),
       RepositoryDb());
   if (row.Eof()) return std::nullopt;
@@ -54,6 +54,7 @@ std::optional<MessageLabel> ReadLabel(int64_t id) {
   }
   label.sender = row.Field(5).AsText();
   label.folder = FolderPath(row.Field(6).AsText(), row.Field(8).AsText(), row.Field(7).AsText());
+  label.state = intake::StateOfStored(row.Field(9).AsText());
   return label;
 }
 

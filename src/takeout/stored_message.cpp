@@ -40,6 +40,7 @@ std::optional<StoredMessage> ReadStoredMessage(int64_t id) {
   message.application = email.Field("Application").AsText();
   message.body = email.Field("Body").AsText();
   message.htmlBody = email.Field("HTMLBody").AsText();
+  message.state = intake::StateOfStored(email.Field("State").AsText());
   message.to = ReadRecipients("ToRecipient", id);
   message.cc = ReadRecipients("ccRecipient", id);
   jet::Recordset files;

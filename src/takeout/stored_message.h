@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "intake/mail_message.h"
+#include "intake/message_state.h"
 #include "platform/date_time.h"
 
 namespace tarnwick::takeout {
@@ -29,6 +30,7 @@ struct StoredMessage {
   std::vector<intake::AddressPair> to;
   std::vector<intake::AddressPair> cc;
   std::vector<std::string> attachments;
+  intake::MessageState state;
 
   // What the text window shows: the body, else the HTML as it stands.
   const std::string& Text() const { return body.empty() ? htmlBody : body; }

@@ -290,6 +290,22 @@ TEST_F(Cli, AStartThatFindsTheProgramRunningLeavesItsLogAlone) {
   EXPECT_EQ(platform::ReadFile(log).find("of the program"), std::string::npos);
 }
 
+TEST_F(Cli, AProtectedRepositoryOpensForThePasswordFileAlone) {
+  TakeLetter("Garden");
+  const std::string first = WriteMessage("first", "first\r\nnot read");
+  const std::string second = WriteMessage("second", "second");
+  EXPECT_EQ(Run({"protect", "first"}).status, 2);
+  EXPECT_EQ(Run({"protect", "--new-password-file", home_.File("none")}).status, 1);
+  EXPECT_EQ(Run({"protect", "--new-password-file", first}).status, 0);
+  EXPECT_THAT(Run({"list"}).errors, HasSubstr("--password-file"));
+  EXPECT_EQ(Run({"--password-file", second, "list"}).status, 1);
+  // Each of several is tried.
+  ProgramRun run = Run({"--password-file", second, "--password-file", first, "list"});
+  EXPECT_THAT(run.output, HasSubstr("Garden"));
+  EXPECT_EQ(Run({"--password-file", first, "--yes", "unprotect"}).status, 0);
+  EXPECT_THAT(Output({"list"}), HasSubstr("Garden"));
+}
+
 TEST_F(Cli, FailuresAndWrongUsageHaveTheirStatus) {
   for (const std::vector<std::string>& words :
        {std::vector<std::string>{},

@@ -71,7 +71,11 @@ class BoardTools : public BoardWindow {
 TEST_F(BoardTools, MenusHoldTheCommandsWithMnemonicsOfTheirOwn) {
   Start();
   const std::pair<const char*, const char*> kMenus[] = {
-      {"mnuTools", "mnuContacts mnuOptions mnLastLoad mnMarkAllNotHot mnMoveHtmlToBody"},
+      {"mnuFile",
+       "mnOpenRepository mnRecentRepositories mnCreateRepository mnuFileSaveAs mnuFileOpen "
+       "mnuBackupSelected mnuMerge mnCheck mnProtect mnLock mnLoadTextFile mnFindMail "
+       "mnSaveMessages mnuFileExit"},
+      {"mnuTools", "mnuContacts mnuOptions mnFindLost mnLastLoad mnMarkAllNotHot mnMoveHtmlToBody"},
       {"mnuHelp", "mnReadMe mnuHelpAbout"}};
   for (const auto& [menu, commands] : kMenus) {
     QStringList names;

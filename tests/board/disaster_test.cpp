@@ -4,7 +4,8 @@
 // Everything that writes, on a disk that fails and in a process that is killed, at one call after
 // the other. Afterwards the repository opens, the engine finds it sound, and every message, contact
 // and setting is as it was before or as an undisturbed run leaves it; a further run completes it.
-// TARNWICK_TRIALS sets how many trials there are of each kind (bench/disasters.sh: many).
+// TARNWICK_TRIALS sets how many trials there are of each kind (bench/disasters.sh: many),
+// TARNWICK_OPERATION of which operation alone.
 
 #include <cstdio>
 #include <random>
@@ -22,8 +23,11 @@
 #include "maintenance/check.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
+#include "maintenance/protect.h"
 #include "maintenance/restore.h"
 #include "maintenance/unfinished_restore.h"
+#include "repository/file_key.h"
+#include "repository/keys.h"
 #include "repository/schema.h"
 #include "samples/profile_builder.h"
 #include "support/faults.h"
@@ -39,6 +43,7 @@ using testing::DiskFault;
 using testing::FaultyDisk;
 
 constexpr char kOlder[] = "an older backup";
+constexpr char kPassword[] = "a password of Ann's own";
 
 struct Operation {
   const char* name;
@@ -58,6 +63,7 @@ struct Tally {
 class Disaster : public testing::ProgramFixture {
  protected:
   Disaster() {
+    repository::SetKeyCostOverride({{.passes = 1, .memoryPower = 13}});
     testing::StartOnFaultyDisk();
     MakeFiles();
   }
@@ -131,7 +137,17 @@ class Disaster : public testing::ProgramFixture {
     platform::RemoveFile(core::State().TempMessageFile);
   }
 
+  // All of them, or the one that TARNWICK_OPERATION names.
   std::vector<Operation> Operations() {
+    std::vector<Operation> operations = EveryOperation();
+    const char* only = std::getenv("TARNWICK_OPERATION");
+    std::erase_if(operations, [only](const Operation& operation) {
+      return only != nullptr && std::string(operation.name) != only;
+    });
+    return operations;
+  }
+
+  std::vector<Operation> EveryOperation() {
     return {
         {"load", 0,
          [] {
@@ -185,6 +201,10 @@ class Disaster : public testing::ProgramFixture {
            repository::SetLastLoaded(DateTime::FromDate(2020, 6, 15));
            return core::State().ReportedErrors == errors;
          }},
+        {"protect", 0,
+         [] {
+           return maintenance::ProtectRepository(platform::Secret(kPassword)) == Result::kDone;
+         }},
     };
   }
 
@@ -201,6 +221,7 @@ class Disaster : public testing::ProgramFixture {
       platform::WriteFile(folder_.File(repository::kRepositoryFile), unindexed_);
     }
     core::State().StopFlag = core::State().ImportCancelFlag = false;
+    repository::ForgetKeys();
     Again(operation);
   }
 
@@ -208,12 +229,17 @@ class Disaster : public testing::ProgramFixture {
     bool replaces = platform::FileExists(folder_.File("new.twb"));
     ui_.yesNo.assign(static_cast<size_t>(operation.questions) + (replaces ? 1 : 0), true);
     ui_.folders = {std::nullopt};  // asked where the setting can't be read
-    ui_.declinesOthers = true;     // what is asked where a store looks damaged
+    ui_.passwords.clear();
+    if (!repository::MarkOf(folder_.File(repository::kRepositoryFile)).empty()) {
+      ui_.passwords = {kPassword};
+    }
+    ui_.declinesOthers = true;  // what is asked where a store looks damaged
     ui_.shown.clear();
   }
 
   void ForgetAnswers() {
     ui_.yesNo.clear();
+    ui_.passwords.clear();
     ui_.folders.clear();
   }
 
@@ -250,7 +276,8 @@ class Disaster : public testing::ProgramFixture {
       repository::DisconnectRepository();
       run.calls[kind] = disk.Calls() - began;
     }
-    bool changes = std::string("backup export search").find(operation.name) == std::string::npos;
+    bool changes =
+        std::string("backup export search protect").find(operation.name) == std::string::npos;
     EXPECT_EQ(run.before != run.after, changes) << operation.name;
     run.calls[DiskFault::kShortWrite] = run.calls[DiskFault::kKill] = run.calls[DiskFault::kFull];
     return run;

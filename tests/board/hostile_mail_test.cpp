@@ -10,10 +10,10 @@
 #include "intake/header_parser.h"
 #include "maintenance/check.h"
 #include "platform/charset.h"
-#include "takeout/stored_message.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 #include "takeout/stored_file.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::board {
 namespace {

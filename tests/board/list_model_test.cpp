@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QFont>
+#include <QPixmap>
 
 #include "board_rows.h"
 #include "support/program_fixture.h"
@@ -58,6 +59,72 @@ TEST_F(ListModelTest, ShowsWhatTheListHolds) {
   EXPECT_TRUE(model_.index(0, 2).data(Qt::FontRole).value<QFont>().bold());
   EXPECT_EQ(Cell(1, 0), "");
   EXPECT_FALSE(model_.index(1, 2).data(Qt::FontRole).isValid());
+}
+
+TEST_F(ListModelTest, TellsWhatWasNotReadAndWhatWasDone) {
+  const struct {
+    std::string state;
+    QString told;
+    int signs;
+  } cases[] = {{"", "s", 0},
+               {"S", "s", 0},
+               {"U", "s, not read", 0},
+               {"SRPF", "s, replied to, forwarded, flagged", 3},
+               {"UPD", "s, not read, forwarded, draft", 1}};
+  std::vector<int64_t> ids;
+  for (const auto& test : cases) {
+    ids.push_back(AddListed({.subject = "s"}));
+    Run("UPDATE Email SET State='" + test.state + "' WHERE ID=" + std::to_string(ids.back()));
+  }
+  ASSERT_TRUE(ListEvery());
+  Bind();
+  for (size_t i = 0; i < ids.size(); ++i) {
+    QModelIndex subject = model_.index(model_.RowOf(ids[i]), 2);
+    EXPECT_EQ(subject.data(Qt::AccessibleTextRole).toString(), cases[i].told);
+    EXPECT_EQ(subject.data(Qt::ToolTipRole).toString(), cases[i].told);
+    EXPECT_EQ(subject.data().toString(), "s");
+    EXPECT_EQ(subject.data(Qt::FontRole).isValid(), cases[i].told.contains("not read"));
+    auto signs = subject.data(Qt::DecorationRole).value<QPixmap>();
+    EXPECT_EQ(signs.deviceIndependentSize().width(), 12 * cases[i].signs) << i;
+  }
+}
+
+TEST_F(ListModelTest, ConversationsOpenAndClose) {
+  std::vector<int64_t> ids;
+  for (int i = 0; i < 6; ++i) {
+    ids.push_back(AddListed(
+        {.subject = std::to_string(i), .received = DateTime::FromDate(2004, 1, 1).AddSeconds(-i)}));
+  }
+  ASSERT_TRUE(ListEvery());
+  const std::vector<int> kStarts = {0, 1, 4};  // 0 | 1 2 3 | 4 5
+  auto bind = [&] { model_.Bind(Board().ListRecordset, false, kStarts); };
+  auto shown = [&] {
+    std::string text;
+    for (int row = 0; row < model_.rowCount(); ++row) text += model_.SubjectAt(row);
+    return text;
+  };
+  bind();
+  EXPECT_EQ(shown(), "014");
+  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole), "1, conversation of 3 messages, closed");
+  EXPECT_EQ(model_.RowOf(ids[3]), 1) << "within what is closed";
+  model_.SetOpen(2, true);
+  model_.SetOpen(1, true);
+  model_.SetOpen(0, true);
+  model_.SetOpen(3, true);
+  EXPECT_EQ(shown(), "012345");
+  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole), "1, conversation of 3 messages, open");
+  EXPECT_EQ(Cell(3, 2, Qt::AccessibleTextRole), "3, of the conversation above");
+  EXPECT_EQ(Cell(0, 2, Qt::AccessibleTextRole), "0");
+  EXPECT_EQ(model_.FirstOf(3), 1);
+  EXPECT_EQ(model_.IdAt(5), ids[5]);
+  model_.SetOpen(1, false);
+  EXPECT_EQ(shown(), "0145");
+  EXPECT_EQ(model_.RowOf(ids[5]), 3);
+  EXPECT_EQ(model_.IdOnlyAt(3), ids[5]);
+  bind();
+  EXPECT_EQ(shown(), "0145") << "what is open stays so";
+  model_.Bind(Board().ListRecordset, false, {0, 9});
+  EXPECT_EQ(model_.rowCount(), 6) << "of another list";
 }
 
 TEST_F(ListModelTest, ThePlaceholderRowIsNoMessage) {

@@ -14,7 +14,7 @@ using testing::Lines;
 class CompleteReading : public testing::ProgramFixture {
  protected:
   MailMessage Read(const std::string& text, const ReadingRules& rules = kComplete,
-                   const StoreTimes& times = {}) {
+                   const StoreFacts& times = {}) {
     MailMessage message;
     ParseMessageFile(WriteTemp("message.eml", text), {"Inbox", "", ""}, nullptr, message, rules,
                      times);
@@ -31,11 +31,11 @@ TEST_F(CompleteReading, TheTimeOfSendingIsTheFirstThatIsSound) {
   const std::string received = "Received: by x;\r\n\tTue, 6 Jan 2004 10:00:00 +0000";
   const DateTime sent = DateTime::FromDate(2013, 2, 1);
   const DateTime arrived = DateTime::FromDate(2013, 2, 3);
-  const StoreTimes all{sent, DateTime::FromDate(2013, 2, 2), arrived};
+  const StoreFacts all{sent, DateTime::FromDate(2013, 2, 2), arrived};
   const struct {
     const char* what;
     std::string header;
-    StoreTimes times;
+    StoreFacts times;
     const char* date;
   } rows[] = {
       {"its own", sound + "\r\n" + received, all, "2004-01-05 10:20:30"},

@@ -62,10 +62,10 @@ TEST_F(MergeTest, AnEmptyRepositoryGetsTheSameMessages) {
 
 TEST_F(MergeTest, AnExportOfAFormerVersionIsTaken) {
   testing::StoreVariedMessages(5);
-  Run("UPDATE Email SET Notes = Null, Charset = Null");
+  Run("UPDATE Email SET Notes = Null, Charset = Null, State = Null");
   messages_ = AllMessages();
   ASSERT_GT(Run("DELETE FROM MeContact"), 0);
-  testing::MakeFormerFile(file_, {"Notes", "Charset"});
+  testing::MakeFormerFile(file_, {"Notes", "Charset", "State"});
   ASSERT_TRUE(repository::ClearRepository());
   EXPECT_EQ(twMakeMarge(file_, kEverybody).imported, 5);
   EXPECT_EQ(ui_.Shown("error"), Texts{});
@@ -184,6 +184,15 @@ TEST_F(MergeTest, ItStopsAtAMessageThatFailsAndKeepsTheOthers) {
     MergeResult merged = twMakeMarge(file_, kEverybody);
     happened = fault.Happened();
     platform::SetFileFault(nullptr);
+    // The first looks at the file end the merge before it has begun, or are repeated later.
+    bool isDone = merged.result == Result::kDone;
+    if (happened && (isDone || merged.imported + merged.notReached == 0)) {
+      EXPECT_LT(step, 12);
+      EXPECT_NE(isDone, AllMessages().empty()) << step;
+      EXPECT_NE(isDone, ui_.Shown("error").size() == 1) << step;
+      ASSERT_TRUE(repository::ClearRepository());
+      continue;
+    }
     EXPECT_EQ(merged.result, happened ? Result::kFailed : Result::kDone) << step;
     EXPECT_EQ(CountRows("Email") - CountRows("Unfinished"), merged.imported) << step;
     EXPECT_EQ(merged.imported + merged.notReached, 5) << step;

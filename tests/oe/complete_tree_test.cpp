@@ -60,6 +60,33 @@ std::map<uint32_t, size_t> NodesOf(const DbxImage& image, uint32_t root) {
   return nodes;
 }
 
+TEST_F(CompleteTree, BothReadingsTakeTheStateOfAMessage) {
+  const struct {
+    uint32_t flags;
+    std::string state;
+  } cases[] = {{0x81, "S"},      {0x01, "U"},  {0xA1, "SF"},       {0x80081, "SR"},
+               {0x100081, "SP"}, {0x89, "SD"}, {0x180021, "URPF"}, {0xC14001, "U"}};
+  MessageStoreBuilder store;
+  std::string expected;
+  for (const auto& test : cases) {
+    for (bool isDirect : {true, false}) {
+      std::string subject(1, static_cast<char>('a' + store.Messages().size()));
+      IndexedMessage letter = MailOf(subject);
+      letter.text = "Status: RO\r\nX-Status: F\r\n" + letter.text;  // of another program
+      letter.flags = test.flags;
+      letter.flagsDirect = isDirect;
+      store.AddMessage(letter);
+      expected += (expected.empty() ? "" : "\n") + subject + "|" + test.state;
+    }
+  }
+  store.Finish();
+  for (const auto& rules : {intake::kDesigned, kComplete}) {
+    ASSERT_TRUE(repository::ClearRepository());
+    Load(store, rules);
+    EXPECT_EQ(Rows("SELECT Subject, State FROM Email ORDER BY Subject"), expected);
+  }
+}
+
 TEST_F(CompleteTree, EveryLevelIsReadInItsOrderAndADamagedNodeCostsWhatHangsOnIt) {
   constexpr int kMessages = 60;
   for (int levels = 1; levels <= 5; ++levels) {

@@ -149,6 +149,28 @@ TEST_F(MessageOfLetter, FallsBackToTheTimesThereAre) {
   EXPECT_EQ(Message(empty).ReceivedTime, DateTime::FromDate(1990, 1, 1));
 }
 
+TEST_F(MessageOfLetter, TakesTheStateOfTheItem) {
+  const struct {
+    std::vector<std::pair<Prop, int64_t>> properties;
+    std::string state;
+  } cases[] = {
+      {{}, ""},
+      {{{Prop::kLastVerbExecuted, 102}}, ""},
+      {{{Prop::kMessageFlags, 0}}, "U"},
+      {{{Prop::kMessageFlags, 0x11}, {Prop::kFlagStatus, 1}, {Prop::kIconIndex, -1}}, "S"},
+      {{{Prop::kMessageFlags, 1}, {Prop::kFlagStatus, 2}}, "SF"},
+      {{{Prop::kMessageFlags, 1}, {Prop::kLastVerbExecuted, 103}}, "SR"},
+      {{{Prop::kMessageFlags, 1}, {Prop::kLastVerbExecuted, 104}, {Prop::kIconIndex, 0x105}},
+       "SRP"},
+      {{{Prop::kMessageFlags, 9}, {Prop::kIconIndex, 0x106}}, "SPD"},
+  };
+  for (const auto& test : cases) {
+    MemoryItem item = MailNamed("1", "s");
+    for (const auto& [property, number] : test.properties) item.Number(property, number);
+    EXPECT_EQ(Message(item).State, test.state);
+  }
+}
+
 TEST_F(MessageOfLetter, DecidesTheDirectionByFolderThenDraftThenSender) {
   MemoryItem mine = MailNamed("1", "s").Recipient(RecipientType::kTo, "Bob", "SMTP", "b@x.test");
   MemoryItem hers = MailNamed("1", "s").Text(Prop::kSenderAddress, "eve@else.test");

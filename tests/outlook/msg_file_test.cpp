@@ -30,7 +30,7 @@ TEST_F(MsgFile, BecomesAMessageWithWhatHangsOnIt) {
 
   std::string contact =
       takeout::CompoundFileBytes({{"__substg1.0_001A001E", "IPM.Contact"},
-                              {"__properties_version1.0", std::string(32, '\0')}});
+                                  {"__properties_version1.0", std::string(32, '\0')}});
   EXPECT_THROW(ReadMsgFile(WriteTemp("contact.msg", contact), {}, false), Error);
   EXPECT_THROW(ReadMsgFile(WriteTemp("text.msg", "From: a@b\r\n\r\n"), {}, false), Error);
 }

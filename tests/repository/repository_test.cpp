@@ -76,7 +76,7 @@ TEST_F(RepositoryTest, ClearingLeavesTheObjectListAndTheSettings) {
 TEST_F(RepositoryTest, AFormerRepositoryGrowsAndALaterOneIsLeftAlone) {
   testing::StoreVariedMessages(3);
   Run("UPDATE Email SET Notes = Null, Charset = Null");
-  const std::vector<std::string> kLater = {"Notes", "Charset"};
+  const std::vector<std::string> kLater = {"Notes", "Charset", "State"};
   auto before = testing::DumpTable(RepositoryDb(), "Email", kLater);
   std::string former = folder_.File("former.twr");
   std::string later = folder_.File("later.twr");
@@ -92,6 +92,7 @@ TEST_F(RepositoryTest, AFormerRepositoryGrowsAndALaterOneIsLeftAlone) {
   EXPECT_EQ(testing::DumpTable(RepositoryDb(), "Email", kLater), before);
   testing::StoreVariedMessages(3, 10);
   EXPECT_EQ(CountRows("Email"), 6);
+  EXPECT_EQ(Query("SELECT Count(*) FROM Email WHERE State Is Null").AsInt(), 3);
   EXPECT_EQ(CountRows("Unfinished"), 0);
   EXPECT_TRUE(ui_.Shown("error").empty());
   ASSERT_TRUE(OpenRepository(false));

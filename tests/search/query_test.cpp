@@ -73,6 +73,9 @@ TEST(Query, ReadsWhatPeopleType) {
        Between(Day(9999, 12, 31), Day(100, 1, 1))},
       {"files", "has:file", WithFile(true)},
       {"no files", "-has:files", WithFile(false)},
+      {"states", "is:Unread -is:answered is:",
+       Of({{Field::kState, "unread"}, {Field::kState, "replied", true}})},
+      {"a state that is being typed", "is:unr", {}},
       {"has something else", "has:fun", {}},
   };
   for (const auto& test : cases) EXPECT_EQ(ParseQuery(test.typed), test.query) << test.name;

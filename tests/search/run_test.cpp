@@ -20,6 +20,7 @@ struct Letter {
   std::string contact = {};         // name in the contact book
   std::string contactAddress = {};  // known there
   std::string direction = "In";
+  std::string state = {};
 };
 
 class SearchRun : public testing::ProgramFixture {
@@ -55,6 +56,7 @@ class SearchRun : public testing::ProgramFixture {
                      {"Folder", letter.folder},
                      {"Identity", "Main"},
                      {"Direction", letter.direction},
+                     {"State", letter.state},
                      {"FromTo", contact},
                      {"ReceivedTime", DateTime::FromDate(2004, 3, 7)}});
     int64_t id = repository::RepositoryDb().LastIdentity();
@@ -104,8 +106,13 @@ TEST_F(SearchRun, FindsTheSameWithAndWithoutTheMapAndTheIndex) {
        .folder = "Sent Items",
        .contact = "Ann Lee",
        .contactAddress = "lee@old.net",
-       .direction = "Out"});
-  Add({.subject = "budget", .from = "x@y.z", .cc = "Ann Lee", .file = "Report 2004.doc"});
+       .direction = "Out",
+       .state = "S"});
+  Add({.subject = "budget",
+       .from = "x@y.z",
+       .cc = "Ann Lee",
+       .file = "Report 2004.doc",
+       .state = "URF"});
   Add({.subject = "zebra", .contact = "Straße GmbH", .contactAddress = "info@strasse.de"});
   Add({.subject = "100%_sure", .body = "O'Neill said \"yes\""});
   Add({.subject = ""});
@@ -129,6 +136,11 @@ TEST_F(SearchRun, FindsTheSameWithAndWithoutTheMapAndTheIndex) {
       {"report", {"budget"}},
       {"in:sent", {"Re: plan"}},
       {"-in:inbox", {"Re: plan"}},
+      {"is:read", {"Re: plan"}},
+      {"is:unread", {"budget"}},
+      {"is:replied is:flagged -is:read", {"budget"}},
+      {"-is:unread -is:read plan", {"plan"}},
+      {"is:draft", {}},
       {"plan budget", {"plan"}},
       {"budget plan", {"plan"}},
       {"\"budget of\"", {"plan"}},

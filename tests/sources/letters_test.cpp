@@ -129,14 +129,6 @@ TEST(MboxReader, FindsMarksWhereverTheyLie) {
   EXPECT_NEAR(static_cast<double>(part.letters), static_cast<double>(letters.size()), 3);
 }
 
-TEST(StateOfHeaders, IsReadFromWhatEachProgramWrites) {
-  LetterState mozilla = StateOfHeaders("X-Mozilla-Status: 1007\r\n\r\n");
-  EXPECT_TRUE(mozilla.isRead && mozilla.isAnswered && mozilla.isFlagged && mozilla.isForwarded);
-  LetterState unix = StateOfHeaders("A: b\nStatus: RO\nX-Status: AF\n\nStatus: x");
-  EXPECT_TRUE(unix.isRead && unix.isAnswered && unix.isFlagged && !unix.isDeleted);
-  EXPECT_FALSE(StateOfHeaders("A: b\n\nStatus: RO").isKnown);
-}
-
 TEST(LetterFiles, ApplesGiveTheLetterAloneAndMaildirsItsState) {
   testing::TempFolder folder;
   platform::WriteFile(folder.File("1.emlx"),
@@ -154,7 +146,7 @@ TEST(LetterFiles, ApplesGiveTheLetterAloneAndMaildirsItsState) {
   EXPECT_THAT(LettersOf(files),
               ElementsAre("deleted: A: 1\n", "A: 2\n", "fault: the file is empty", "A: 4\r\n",
                           "A: 5\n", "fault: File not found: " + folder.File("gone.eml")));
-  LetterState state = StateOfMaildirName("1015333620.M1P1.host:2,FRS");
+  intake::MessageState state = StateOfMaildirName("1015333620.M1P1.host:2,FRS");
   EXPECT_TRUE(state.isFlagged && state.isAnswered && state.isRead && !state.isDeleted);
   EXPECT_FALSE(StateOfMaildirName("1015333620.M2,S").isKnown);
   EXPECT_EQ(YearOfMaildirName("1015333620.M1P1.host:2,"), 2002);

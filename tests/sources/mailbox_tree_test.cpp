@@ -119,6 +119,23 @@ TEST_F(MailboxTree, HostilePlacesAreWalkedThroughOnceAndOpenNothing) {
   EXPECT_EQ(Query("SELECT COUNT(*) FROM Email WHERE Subject = 'of no encoding'").AsInt(), 1);
 }
 
+TEST_F(MailboxTree, TheStateComesFromWhereverTheProgramKeepsIt) {
+  auto letter = [](const char* subject) { return LetterOf("bob@example.org", subject); };
+  WriteBox("m/Inbox", {"X-Mozilla-Status: 1005\r\n" + letter("mozilla"), letter("plain")});
+  Write("d/cur/1.x:2,RS", "X-Status: F\r\n" + letter("seen"));
+  Write("d/new/2.x", letter("new"));
+  Write("a/1.emlx", std::to_string(letter("apple").size()) + "\n" + letter("apple") +
+                        "<plist><key>flags</key>\n<integer>16</integer>");
+  Write("a/2.eml", "Status: O\r\n" + letter("file"));
+  samples::OutlookExpress4Builder store;
+  store.Add(letter("oe4"), 2);
+  Write("o/Inbox.mbx", store.Letters());
+  Write("o/Inbox.idx", store.Index());
+  Load();
+  EXPECT_EQ(Rows("SELECT Subject, State FROM Email ORDER BY Subject"),
+            "apple|UF\nfile|U\nmozilla|SPF\nnew|U\noe4|U\nplain|Null\nseen|SR");
+}
+
 TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
   const std::string first = LetterOf("bob@example.org", "first");
   WriteBox("m/Inbox", {first, LetterOf("ann@home.org", "from myself"),

@@ -39,7 +39,7 @@ ProgramFixture::ProgramFixture() {
 }
 
 ProgramFixture::~ProgramFixture() {
-  repository::DisconnectRepository();
+  repository::LockRepository();
   platform::SetClockOverride({});
   platform::SetLocaleOverride("");
   platform::SetFileFault(nullptr);

@@ -13,6 +13,7 @@
 #include "intake/store_message.h"
 #include "maintenance/export.h"
 #include "platform/files.h"
+#include "repository/keys.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -24,6 +25,7 @@ using repository::RepositoryDb;
 
 constexpr const char* kNames[] = {
     "Ann Lee", "Dora O'Hara", "\"Quoted\" Name", "Иван Петров", "山田 太郎", "anna LEE", "Émile"};
+constexpr const char* kStates[] = {"S", "U", "", "SRF", "UP", "SD", "URPF"};
 constexpr const char* kFolders[] = {"Inbox", "Sent Items", "O'Brien's letters", "Архив"};
 
 std::string Pick(const char* const* texts, size_t count, int number) {
@@ -32,7 +34,7 @@ std::string Pick(const char* const* texts, size_t count, int number) {
 
 void OpenWithPassword(jet::Connection& connection, const std::string& file) {
   connection.SetProperty(jet::kDataSourceProperty, file);
-  connection.SetProperty(jet::kPasswordProperty, repository::DatabasePassword());
+  connection.SetPasswords(repository::PasswordOf);
   connection.Open();
 }
 
@@ -56,6 +58,7 @@ intake::MailMessage VariedMessage(int number) {
   message.Application = "Outlook Express";
   message.Charset = number % 2 == 0 ? "koi8-r" : "";
   message.Encoding = "8bit";
+  message.State = Pick(kStates, std::size(kStates), number);
   message.Importance = number % 6 == 0 ? "High" : number % 6 == 1 ? "low" : "";
   message.Body = number % 5 == 0 ? "" : "Body of " + n + "\r\nit's here\r\n";
   if (number % 2 == 0) message.HTMLBody = "<html><body><p>Body of " + n + "</p></body></html>";

@@ -31,6 +31,7 @@ ScriptedUi::~ScriptedUi() {
   EXPECT_TRUE(yesNo.empty()) << "a yes/no question was expected and not asked";
   EXPECT_TRUE(yesNoAll.empty()) << "a repeated question was expected and not asked";
   EXPECT_TRUE(senders.empty()) << "a question about a sender was expected and not asked";
+  EXPECT_TRUE(passwords.empty()) << "a password was expected and not asked for";
   EXPECT_TRUE(folders.empty()) << "a folder was to be chosen and was not asked for";
   if (core::State().Ui == this) core::State().Ui = nullptr;
 }
@@ -64,6 +65,13 @@ bool ScriptedUi::AskBeforeLoss(const std::string& text, const std::string& loss)
 core::RepeatedAnswer ScriptedUi::AskYesNoAll(const std::string& text) {
   shown.emplace_back("question", text);
   return Take(yesNoAll, core::RepeatedAnswer::kNo, text);
+}
+
+std::optional<platform::Secret> ScriptedUi::AskPassword(const std::string& file, int /*attempt*/) {
+  shown.emplace_back("password", file);
+  std::string password = Take(passwords, std::string(), file);
+  if (password.empty()) return std::nullopt;
+  return platform::Secret(password);
 }
 
 core::SenderAnswer ScriptedUi::AskAboutEmail(const core::AskedEmail& email) {

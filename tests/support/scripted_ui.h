@@ -21,7 +21,7 @@ class ScriptedUi : public core::UserInterface {
   ScriptedUi();
   ~ScriptedUi() override;  // fails when a prepared answer was never asked for; takes itself out
 
-  // What was shown, in order: ("box" | "error" | "question" | "ask" | "folder", text).
+  // What was shown, in order: ("box" | "error" | "question" | "ask" | "password" | "folder", text).
   std::vector<std::pair<std::string, std::string>> shown;
   std::vector<std::string> losses;
   // Boxes may appear without being expected; set to false to fail on any.
@@ -33,6 +33,7 @@ class ScriptedUi : public core::UserInterface {
   std::deque<core::RepeatedAnswer> yesNoAll;
   std::deque<core::SenderAnswer> senders;
   std::deque<std::optional<std::string>> folders;
+  std::deque<std::string> passwords;  // "": given up
   bool silenceWhenOffered = false;
   int silenceOffers = 0;
   std::vector<core::AskedEmail> asked;
@@ -51,6 +52,7 @@ class ScriptedUi : public core::UserInterface {
   // Answered from yesNo; what would go is kept in losses.
   bool AskBeforeLoss(const std::string& text, const std::string& loss) override;
   core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
+  std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;
   void SetStatus(core::StatusPanel panel, const std::string& text) override;

@@ -6,7 +6,8 @@
     read_mailboxes.py mbox|maildir DIR RAW
 
 RAW holds each message that must be there, one a file. The exit status is 0 when the mail in DIR is
-these messages, byte for byte, and nothing else.
+these messages, byte for byte, and nothing else. Headers that tell the state of a message may
+stand before those of one in an mbox file.
 """
 import mailbox
 import os
@@ -20,7 +21,8 @@ def mbox_messages(folder):
             assert name.endswith(".mbox"), name
             box = mailbox.mbox(os.path.join(place, name), create=False)
             for key in box.keys():
-                yield re.sub(rb"^>(>*From )", rb"\1", box.get_bytes(key), flags=re.MULTILINE)
+                text = re.sub(rb"\A((X-|X-Mozilla-)?Status: [^\r\n]*\r?\n)+", b"", box.get_bytes(key))
+                yield re.sub(rb"^>(>*From )", rb"\1", text, flags=re.MULTILINE)
 
 
 def maildir_messages(folder):
@@ -29,7 +31,7 @@ def maildir_messages(folder):
     for box in boxes:
         for key in box.keys():
             message = box.get_message(key)
-            assert message.get_flags() == "S" and message.get_subdir() == "cur", key
+            assert set(message.get_flags()) <= set("DFPRS") and message.get_subdir() == "cur", key
             yield box.get_bytes(key)
 
 

@@ -8,6 +8,8 @@
 #include "intake/store_message.h"
 #include "outlook/msg_file.h"
 #include "platform/charset.h"
+#include "sources/letter_files.h"
+#include "sources/mbox.h"
 #include "support/faults.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
@@ -109,6 +111,45 @@ TEST_F(SaveMessagesTest, EveryFormatIsReadBackMessageForMessage) {
   }
   EXPECT_EQ(Files("mbox-folders").size(), 4U) << "one for each folder";
   if (!hasPython) GTEST_SKIP() << "no python3 here";
+}
+
+TEST_F(SaveMessagesTest, TheStateGoesIntoNamesAndMailboxesAndComesBack) {
+  std::map<std::string, std::string> stored;
+  for (int i = 0; i < 14; ++i) {
+    std::string state = testing::VariedMessage(i).State;
+    std::string subject = "Subject: " + std::to_string(i) + (i < 7 ? "\r\n" : "\n");
+    // What its own headers say is not said again.
+    bool isSaid = i == 0;
+    Store(i, (isSaid ? "Status: RO\r\n" : i == 7 ? "Status: O\r\n" : "") + subject + "\r\nx\r\n");
+    stored[subject] = state;
+  }
+  Save(SaveFormat::kMaildir, "maildir");
+  Save(SaveFormat::kMbox, "mbox");
+  auto statesOf = [](sources::LetterReader& reader) {
+    std::map<std::string, std::string> states;
+    for (sources::LetterEntry letter; reader.Next(letter); letter = {}) {
+      std::string text;
+      reader.Copy([&](std::string_view piece) { text += piece; });
+      text.erase(0, text.find("Subject"));
+      states[text.substr(0, text.find('\n') + 1)] = intake::StoredState(letter.state);
+    }
+    return states;
+  };
+  sources::MboxReader mbox(Files("mbox").at(0));
+  EXPECT_EQ(statesOf(mbox), stored);
+  EXPECT_EQ(platform::ReadFile(Files("mbox")[0]).find("Status: RO\r\nStatus: RO"),
+            std::string::npos);
+  sources::LetterFiles maildir(sources::MaildirFiles(folder_.File("maildir")), true);
+  for (auto& [subject, state] : stored) state = state.empty() ? "S" : state;
+  EXPECT_EQ(statesOf(maildir), stored);
+  // Outlook keeps the last of replying and forwarding alone, and of a draft its having been sent.
+  Save(SaveFormat::kMsg, "msg");
+  std::multiset<std::string> read;
+  for (const std::string& path : Files("msg")) {
+    read.insert(outlook::ReadMsgFile(path, {"Inbox", "", "Outlook"}, false).State);
+  }
+  EXPECT_EQ(read, (std::multiset<std::string>{"S", "S", "S", "S", "S", "S", "SRF", "SRF", "U", "U",
+                                              "UP", "UP", "URF", "URF"}));
 }
 
 // Read back by our own reader field by field, and by another's for the form of the file; large

@@ -29,6 +29,8 @@ int RunBackup(const std::vector<std::string>& words);
 int RunRestore(const std::vector<std::string>& words);
 int RunExport(const std::vector<std::string>& words);
 int RunMerge(const std::vector<std::string>& words);
+int RunProtect(const std::vector<std::string>& words);
+int RunUnprotect(const std::vector<std::string>& words);
 int RunCheck(const std::vector<std::string>& words);
 
 }  // namespace tarnwick::app

@@ -10,6 +10,7 @@
 #include "platform/charset.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
+#include "platform/terminal.h"
 
 namespace tarnwick::app {
 
@@ -84,6 +85,21 @@ core::RepeatedAnswer ConsoleUserInterface::AskYesNoAll(const std::string& text) 
   }
   std::cerr << std::endl;
   return RepeatedAnswer::kNoToAll;
+}
+
+std::optional<platform::Secret> ConsoleUserInterface::AskPassword(const std::string& file,
+                                                                  int attempt) {
+  ClearProgress();
+  auto given = static_cast<size_t>(attempt) - 1;
+  if (given < passwords_.size()) return platform::Secret(passwords_[given].Bytes());
+  if (attempt > 1) std::cerr << "This is not the password. ";
+  std::cerr << Printable(file) << " is protected with a password of its own." << std::endl;
+  std::optional<platform::Secret> password = platform::ReadHidden("Password: ");
+  if (!password) {
+    std::cerr << "No password was given. Name a file that holds it with --password-file FILE."
+              << std::endl;
+  }
+  return password;
 }
 
 core::SenderAnswer ConsoleUserInterface::AskAboutEmail(const core::AskedEmail& email) {

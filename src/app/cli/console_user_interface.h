@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "core/user_interface.h"
 
@@ -19,6 +21,7 @@ class ConsoleUserInterface : public core::UserInterface {
 
   // Answers every yes/no question with Yes.
   void SetAlwaysYes(bool always) { alwaysYes_ = always; }
+  void AddPassword(platform::Secret password) { passwords_.push_back(std::move(password)); }
   // True when a box with the critical icon was shown.
   bool ErrorShown() const { return errorShown_; }
 
@@ -26,6 +29,8 @@ class ConsoleUserInterface : public core::UserInterface {
   bool AskYesNo(const std::string& text) override;
   bool AskBeforeLoss(const std::string& text, const std::string& loss) override;
   core::RepeatedAnswer AskYesNoAll(const std::string& text) override;
+  // Those of AddPassword in their order, for every file anew; then it is asked at the terminal.
+  std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) override;
   core::SenderAnswer AskAboutEmail(const core::AskedEmail& email) override;
   std::optional<std::string> ChooseFolder(const std::string& prompt) override;
   void SetStatus(core::StatusPanel panel, const std::string& text) override;
@@ -36,6 +41,7 @@ class ConsoleUserInterface : public core::UserInterface {
  private:
   void ClearProgress();
 
+  std::vector<platform::Secret> passwords_;
   bool alwaysYes_ = false;
   bool errorShown_ = false;
   bool showsProgress_ = false;  // standard error is a terminal

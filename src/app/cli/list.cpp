@@ -7,6 +7,8 @@
 #include "cli/commands.h"
 #include "cli/list_filter_arguments.h"
 #include "cli/row_output.h"
+#include "intake/message_state.h"
+#include "repository/repository.h"
 
 namespace tarnwick::app {
 
@@ -35,6 +37,17 @@ void PrintLine(jet::Recordset& list) {
   std::cout << '\n';
 }
 
+// In words, behind the columns of the list, to which it does not belong.
+std::optional<std::vector<std::string>> StateOf(jet::Recordset& list) {
+  jet::Recordset row;
+  row.Open("SELECT State FROM Email WHERE ID=" + std::to_string(list.Field(board::kId).AsInt()),
+           repository::RepositoryDb());
+  intake::MessageState state;
+  if (!row.Eof()) state = intake::StateOfStored(row.Field(0).AsText());
+  if (!state.isKnown) return std::nullopt;
+  return intake::StateWords(state);
+}
+
 }  // namespace
 
 int RunList(const std::vector<std::string>& words) {
@@ -52,7 +65,7 @@ int RunList(const std::vector<std::string>& words) {
   // The row that stands for an empty list is for the window only.
   for (int64_t i = 0; !board::Board().ListIsPlaceholder && i < limit && !list.Eof(); ++i) {
     if (json) {
-      PrintJson(list);
+      PrintJson(list, "State", StateOf(list));
     } else {
       PrintLine(list);
     }

@@ -39,13 +39,14 @@ intake::ReadingRules RulesOf(const Arguments& arguments) {
     if (!isComplete) throw UsageError("option --folders belongs to complete reading");
     TakeFolders(*folders, rules);
   }
+  rules.lostMail = arguments.Has("--rescue");
   return rules;
 }
 
 }  // namespace
 
 int RunLoad(const std::vector<std::string>& words) {
-  Arguments arguments(words, {"--accept", "--reading", "--folders"}, {"--full"});
+  Arguments arguments(words, {"--accept", "--reading", "--folders"}, {"--full", "--rescue"});
   if (!arguments.Operands().empty()) throw UsageError("load takes no operand");
   std::string accept = arguments.OneOf("--accept", {"ask", "all", "known"});
 

@@ -18,6 +18,7 @@
 #include "options/options.h"
 #include "platform/environment.h"
 #include "platform/files.h"
+#include "platform/terminal.h"
 #include "repository/app_folder.h"
 #include "repository/repository.h"
 
@@ -27,10 +28,11 @@ using tarnwick::app::UsageError;
 using Command = std::function<int(const std::vector<std::string>&)>;
 
 constexpr const char* kUsage =
-    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no] COMMAND
+    R"(usage: tarnwick-cli [--home DIR] [--profile DIR] [--yes] [--log-subjects yes|no]
+                    [--password-file FILE]... COMMAND
        tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full] [--reading designed|complete]
-         [--folders drafts,deleted,outbox]
+         [--folders drafts,deleted,outbox] [--rescue]
   find   PATH [--json]
   take   FILE...
   list   [--search WORDS]
@@ -48,6 +50,8 @@ constexpr const char* kUsage =
   export FILE [the filters of list]
   merge  FILE [--duplicates keep|skip|ask] [--accept all|known|ask]
   check  [--export FILE]
+  protect [--new-password-file FILE]
+  unprotect
 Dates are yyyy-mm-dd. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
 
@@ -57,14 +61,15 @@ constexpr const char* kWasNotClosed =
 
 const std::map<std::string, Command>& Commands() {
   static const std::map<std::string, Command> commands = {
-      {"load", tarnwick::app::RunLoad},     {"find", tarnwick::app::RunFind},
-      {"take", tarnwick::app::RunTake},     {"list", tarnwick::app::RunList},
-      {"show", tarnwick::app::RunShow},     {"delete", tarnwick::app::RunDelete},
-      {"mark", tarnwick::app::RunMark},     {"contacts", tarnwick::app::RunContacts},
-      {"save", tarnwick::app::RunSave},     {"attachments", tarnwick::app::RunAttachments},
-      {"backup", tarnwick::app::RunBackup}, {"restore", tarnwick::app::RunRestore},
-      {"export", tarnwick::app::RunExport}, {"merge", tarnwick::app::RunMerge},
-      {"check", tarnwick::app::RunCheck},
+      {"load", tarnwick::app::RunLoad},           {"find", tarnwick::app::RunFind},
+      {"take", tarnwick::app::RunTake},           {"list", tarnwick::app::RunList},
+      {"show", tarnwick::app::RunShow},           {"delete", tarnwick::app::RunDelete},
+      {"mark", tarnwick::app::RunMark},           {"contacts", tarnwick::app::RunContacts},
+      {"save", tarnwick::app::RunSave},           {"attachments", tarnwick::app::RunAttachments},
+      {"backup", tarnwick::app::RunBackup},       {"restore", tarnwick::app::RunRestore},
+      {"export", tarnwick::app::RunExport},       {"merge", tarnwick::app::RunMerge},
+      {"check", tarnwick::app::RunCheck},         {"protect", tarnwick::app::RunProtect},
+      {"unprotect", tarnwick::app::RunUnprotect},
   };
   return commands;
 }
@@ -73,6 +78,7 @@ const std::map<std::string, Command>& Commands() {
 struct Invocation {
   std::string home;
   std::string profile;
+  std::vector<std::string> passwordFiles;
   bool alwaysYes = false;
   std::string logSubjects;  // "yes", "no", or as it was set before
   bool help = false;
@@ -98,6 +104,8 @@ Invocation ReadInvocation(std::vector<std::string> words) {
       if (invocation.logSubjects != "yes" && invocation.logSubjects != "no") {
         throw UsageError("option --log-subjects wants yes or no");
       }
+    } else if (words[i] == "--password-file") {
+      invocation.passwordFiles.push_back(value("--password-file"));
     } else if (words[i] == "--yes") {
       invocation.alwaysYes = true;
     } else if (words[i] == "--help" || words[i] == "-h") {
@@ -149,6 +157,9 @@ int Run(std::vector<std::string> words) {
 
   tarnwick::app::ConsoleUserInterface console;
   console.SetAlwaysYes(invocation.alwaysYes);
+  for (const std::string& file : invocation.passwordFiles) {
+    console.AddPassword(tarnwick::platform::ReadSecretLine(file));
+  }
   tarnwick::core::State().Ui = &console;
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
@@ -167,7 +178,7 @@ int Run(std::vector<std::string> words) {
     tarnwick::repository::DisconnectRepository();
     throw;
   }
-  tarnwick::repository::DisconnectRepository();
+  tarnwick::repository::LockRepository();
   tarnwick::core::State().Ui = nullptr;
   return status;
 }

@@ -73,12 +73,21 @@ void PrintJson(jet::Recordset& rows) {
 }
 
 void PrintJson(jet::Recordset& rows, const std::string& name,
-               const std::vector<std::string>& texts) {
+               const std::optional<std::vector<std::string>>& texts) {
   std::cout << '{';
   PrintColumns(rows);
-  std::cout << ',' << JsonText(name) << ":[";
-  for (size_t i = 0; i < texts.size(); ++i) std::cout << (i == 0 ? "" : ",") << JsonText(texts[i]);
-  std::cout << "]}\n";
+  std::cout << ',' << JsonText(name) << ':';
+  if (texts) {
+    const char* separator = "[";
+    for (const std::string& text : *texts) {
+      std::cout << separator << JsonText(text);
+      separator = ",";
+    }
+    std::cout << (texts->empty() ? "[]" : "]");
+  } else {
+    std::cout << "null";
+  }
+  std::cout << "}\n";
 }
 
 }  // namespace tarnwick::app

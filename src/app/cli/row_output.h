@@ -4,6 +4,7 @@
 // Rows on standard output: lines of columns for people and simple scripts, JSON for the rest.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +25,8 @@ std::string JsonText(std::string_view text);
 // Prints the current row as one JSON object and a line end: its columns by name, dates as
 // "yyyy-mm-dd hh:mm:ss", characters that a terminal would obey as "\u" and four digits.
 void PrintJson(jet::Recordset& rows);
-// With one member more, an array of texts.
+// With one member more, an array of texts or null.
 void PrintJson(jet::Recordset& rows, const std::string& name,
-               const std::vector<std::string>& texts);
+               const std::optional<std::vector<std::string>>& texts);
 
 }  // namespace tarnwick::app

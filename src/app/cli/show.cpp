@@ -5,8 +5,8 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
-#include "takeout/stored_message.h"
 #include "takeout/stored_file.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::app {
 

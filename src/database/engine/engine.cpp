@@ -269,7 +269,7 @@ Value Statement::ColumnValue(int column) const {
   }
 }
 
-Database::Database(const std::string& path, const std::string& password, Mode mode) {
+Database::Database(const std::string& path, std::string_view password, Mode mode) {
   int flags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI;
   flags |= mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
@@ -286,9 +286,10 @@ Database::Database(const std::string& path, const std::string& password, Mode mo
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3mc_config(handle_, "cipher", sqlite3mc_cipher_index(kCipher));
     sqlite3mc_config_cipher(handle_, kCipher, "algorithm", kAegis256);
-    // The password is the program's own and long known to whoever has the program: making a guess
-    // dear would cost each opening a tenth of a second and protect nothing. "default:" lets files
-    // that are attached later be opened alike.
+    // A password that gets here is the program's own and long known to whoever has the program:
+    // making a guess dear would cost each opening a tenth of a second and protect nothing. (Of a
+    // person's own password a key comes here, and is taken as it is.) "default:" lets files that
+    // are attached later be opened alike.
     for (const auto& [parameter, cost] : kKeyDerivation) {
       sqlite3mc_config_cipher(handle_, kCipher, parameter, cost);
     }
@@ -320,8 +321,8 @@ int64_t Database::Number(const char* sql) {
   return statement.Step() ? statement.Int(0) : 0;
 }
 
-void Database::Attach(const std::string& path, const std::string& password,
-                      const std::string& alias, bool isWritten) {
+void Database::Attach(const std::string& path, std::string_view password, const std::string& alias,
+                      bool isWritten) {
   std::string uri = UriOf(path, isWritten ? "" : ForReading(path));
   Statement statement(*this, "ATTACH ?1 AS ?2 KEY ?3");
   statement.BindText(1, uri);
@@ -334,6 +335,27 @@ void Database::Detach(const std::string& alias) {
   Statement statement(*this, "DETACH ?1");
   statement.BindText(1, alias);
   statement.Run();
+}
+
+bool Database::CopyInto(Database& target, const std::function<bool(int64_t, int64_t)>& look) {
+  constexpr int kPagesAtOnce = 256;  // some milliseconds
+  // The file is of no use before all of it is there, and is flushed then. Pages of another size
+  // could not be taken over as they are.
+  target.Run(("PRAGMA page_size = " + std::to_string(Number("PRAGMA page_size")) +
+              "; PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY;")
+                 .c_str());
+  sqlite3_backup* copy = sqlite3_backup_init(target.handle_, "main", handle_, "main");
+  if (copy == nullptr) target.Fail(sqlite3_errcode(target.handle_));
+  int code = SQLITE_OK;
+  bool goesOn = true;
+  while (code == SQLITE_OK && goesOn) {
+    code = sqlite3_backup_step(copy, kPagesAtOnce);
+    int64_t pages = sqlite3_backup_pagecount(copy);
+    goesOn = look(pages - sqlite3_backup_remaining(copy), pages);
+  }
+  sqlite3_backup_finish(copy);
+  if (code != SQLITE_OK && code != SQLITE_DONE) target.Fail(code);
+  return goesOn;
 }
 
 bool Database::IsReadOnly() const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "database/value.h"
+#include "platform/secret.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -28,6 +29,9 @@ enum class ColumnKind { kAny, kDate, kLongText, kBytes };
 ColumnKind KindOfDeclared(std::string_view type);
 
 class Database;
+
+// Gives the password of a database file; throws where it is not known.
+using PasswordSource = std::function<platform::Secret(const std::string& file)>;
 
 // A prepared statement. It is reset after each use, so that none is left half read: one prepared
 // statement may serve several owners.
@@ -100,7 +104,7 @@ class Database {
 
   // Opens the file and gives it its key; whether the key fits shows with the first read. With
   // kReadOnly the file stays as it is and nothing is put beside it; one with a log is refused.
-  Database(const std::string& path, const std::string& password, Mode mode);
+  Database(const std::string& path, std::string_view password, Mode mode);
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
@@ -113,9 +117,13 @@ class Database {
   int64_t Number(const char* sql);  // the first column of the first row; 0 without a row
 
   // A file that is not written to stays as it is, and nothing is put beside it.
-  void Attach(const std::string& path, const std::string& password, const std::string& alias,
+  void Attach(const std::string& path, std::string_view password, const std::string& alias,
               bool isWritten);
   void Detach(const std::string& alias);
+
+  // Copies everything, page by page, into a file that was just made and is still empty. look is
+  // called with the pages done and all there are; its false ends the copy, and the result is false.
+  bool CopyInto(Database& target, const std::function<bool(int64_t, int64_t)>& look);
 
   bool IsReadOnly() const;
   bool InTransaction() const;

@@ -3,6 +3,7 @@
 #include "database/engine/session.h"
 
 #include <cassert>
+#include <utility>
 
 #include "database/text/order.h"
 #include "platform/clock.h"
@@ -23,12 +24,13 @@ Database& Session::Engine() {
   return *database_;
 }
 
-void Session::Open(const std::string& path, const std::string& password, bool readOnly) {
+void Session::Open(const std::string& path, PasswordSource passwords, bool readOnly) {
   if (database_) {
     throw Error(ErrorNumber::kObjectOpen, "Operation is not allowed when the object is open.");
   }
-  database_ = std::make_unique<Database>(
-      path, password, readOnly ? Database::Mode::kReadOnly : Database::Mode::kExisting);
+  database_ =
+      std::make_unique<Database>(path, passwords(path).Bytes(),
+                                 readOnly ? Database::Mode::kReadOnly : Database::Mode::kExisting);
   try {
     CheckReadable();
     Configure(readOnly);
@@ -36,7 +38,7 @@ void Session::Open(const std::string& path, const std::string& password, bool re
     database_.reset();
     throw;
   }
-  password_ = password;
+  passwords_ = std::move(passwords);
   takenBack_.clear();
 }
 
@@ -212,7 +214,7 @@ OtherFile::OtherFile(Session& session, const std::string& path, bool isWritten)
   // A file can't be attached within a commit.
   session.FlushGroup();
   Database& engine = session.Engine();
-  engine.Attach(path, session.Password(), kOtherSchema, isWritten);
+  engine.Attach(path, session.PasswordOf(path).Bytes(), kOtherSchema, isWritten);
   try {
     if (engine.Number("PRAGMA other.page_count") == 0) {
       throw Error(kNotADatabase, "file is not a database");

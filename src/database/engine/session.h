@@ -31,14 +31,15 @@ class Follower {
 
 class Session {
  public:
-  void Open(const std::string& path, const std::string& password, bool readOnly);
+  // passwords is asked for the file's own, and later for those of others.
+  void Open(const std::string& path, PasswordSource passwords, bool readOnly);
   // Closing takes two steps. EndWriting commits what a group has collected, and gives the failure
   // of that; before Close all statements must be gone but those of Own. Whatever Close throws, the
   // file is closed. REQUIRES: IsOpen().
   std::optional<Error> EndWriting();
   void Close();
   bool IsOpen() const { return database_ != nullptr; }
-  const std::string& Password() const { return password_; }
+  platform::Secret PasswordOf(const std::string& file) const { return passwords_(file); }
 
   Database& Engine();  // throws Error 3704 while closed
   // Counts up with everything written; what was read under another number may be out of date.
@@ -72,7 +73,7 @@ class Session {
   void Commit();
 
   std::unique_ptr<Database> database_;
-  std::string password_;
+  PasswordSource passwords_;
   TextCache<Statement> statements_{100};
   Follower* follower_ = nullptr;
   uint64_t version_ = 1;
