@@ -6,11 +6,19 @@
 # between rooms does not compile. SHOWS are the folders and headers below src that are reached, where
 # it is not the room's own folder whole.
 #
+# A source whose name ends in _posix or _windows is built on such a machine alone; what it defines the
+# other's twin defines as well.
+#
 # Files whose names end in _window, _dialog, _view, _model, _actions (commands of a window) or _place
 # (where it stands on the screen) are the room's windows. They become a library of their own,
 # tarnwick_NAME_windows, made by tarnwick_windows(NAME [USES targets...]), so that the room itself
 # never sees the window toolkit.
 
+if(WIN32)
+  set(TARNWICK_OTHER_MACHINES "_posix(_test)?\\.cpp$")
+else()
+  set(TARNWICK_OTHER_MACHINES "_windows(_test)?\\.cpp$")
+endif()
 set(TARNWICK_WINDOW_FILES "_(window|dialog|view|model|actions|place)\\.(cpp|h)$")
 
 # Makes the include folder of a target: links to paths below src, and nothing else.
@@ -35,6 +43,7 @@ function(tarnwick_room name)
   endif()
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${ARG_FOLDER}/*.cpp)
   list(FILTER sources EXCLUDE REGEX ${TARNWICK_WINDOW_FILES})
+  list(FILTER sources EXCLUDE REGEX ${TARNWICK_OTHER_MACHINES})
   add_library(tarnwick_${name} STATIC ${sources})
   tarnwick_show(tarnwick_${name} PUBLIC ${ARG_SHOWS})
   target_link_libraries(tarnwick_${name} PUBLIC ${ARG_USES} PRIVATE tarnwick_settings

@@ -7,6 +7,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"

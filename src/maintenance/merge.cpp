@@ -47,7 +47,7 @@ class Merge {
     State().EndTellsOfFullDisk = true;
   }
 
-  ~Merge() { std::remove(scratch_.c_str()); }
+  ~Merge() { platform::TryToRemove(scratch_); }
   Merge(const Merge&) = delete;
   Merge& operator=(const Merge&) = delete;
 

@@ -124,7 +124,7 @@ Result SetRepositoryFileAside(const std::string& file, const Former& former, Run
     }
   } catch (...) {
     if (!empty.IsInPlace()) {
-      if (!former.isKept) std::remove(copy.c_str());
+      if (!former.isKept) platform::TryToRemove(copy);
       throw;
     }
     // The copy is all that is left of the former repository: there is no way back, only on.

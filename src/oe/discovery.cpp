@@ -18,7 +18,7 @@
 #include "oe/state.h"
 #include "oe/store_search.h"
 #include "platform/charset.h"
-#include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"

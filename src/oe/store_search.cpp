@@ -123,9 +123,8 @@ bool StoreSearch::TakeStoreOf(const Identity& identity) {
 std::string StoreSearch::OwnerOf(const std::string& folder, const std::string& otherwise) {
   std::string path = platform::AsciiLower(folder);
   for (const Identity& identity : identities_) {
-    if (path.find("/" + platform::AsciiLower(identity.key) + "/") != std::string::npos) {
-      return identity.userName;
-    }
+    std::string part = platform::kSeparator + WithSeparator(platform::AsciiLower(identity.key));
+    if (path.find(part) != std::string::npos) return identity.userName;
   }
   return unplaced_.size() == 1 ? unplaced_.front().userName : otherwise;
 }

@@ -3,10 +3,10 @@
 #include "options/options.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "platform/environment.h"
 #include "repository/parameter_store.h"
 
 namespace tarnwick::options {
@@ -57,8 +57,7 @@ std::string ProfileFolder() {
 }
 
 bool IsProfileFixed() {
-  const char* folder = std::getenv("TARNWICK_PROFILE");
-  return folder != nullptr && *folder != '\0';
+  return !platform::EnvironmentText("TARNWICK_PROFILE").value_or("").empty();
 }
 
 bool ChooseProfile(const std::string& folder, const ProfileSummary& found) {

@@ -25,12 +25,6 @@ namespace tarnwick::options {
 
 namespace {
 
-#ifdef _WIN32
-constexpr bool kProfileIsChosen = false;
-#else
-constexpr bool kProfileIsChosen = true;
-#endif
-
 // So many names of a kind are told.
 constexpr size_t kNamesShown = 4;
 
@@ -140,7 +134,7 @@ void frmOptions::MakeControls(const std::vector<Mailer>& mailers) {
   column->addWidget(ownLine);
   column->addWidget(LogMailTexts_);
   column->addLayout(MakeLock());
-  if (kProfileIsChosen && readProfile_) column->addWidget(MakeProfile());
+  if (readProfile_) column->addWidget(MakeProfile());
   column->addStretch(1);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch(1);

@@ -3,12 +3,12 @@
 #include "outlook/pst_client.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 
@@ -106,10 +106,10 @@ class AnswerReader {
 }  // namespace
 
 std::string ReaderProgram() {
-  if (const char* given = std::getenv("TARNWICK_PST_READER"); given != nullptr && *given != '\0') {
-    return given;
-  }
-  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-pst-reader";
+  std::string given = platform::EnvironmentText("TARNWICK_PST_READER").value_or("");
+  if (!given.empty()) return given;
+  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-pst-reader" +
+         std::string(platform::kProgramEnding);
 }
 
 PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits)

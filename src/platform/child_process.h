@@ -3,13 +3,14 @@
 //
 // A helper program started beside ours, with one channel of bytes in both directions on its
 // standard input. What it prints goes nowhere, it inherits no open file but the one handed to it,
-// and it ends when the channel closes or when it is killed. For work on untrusted files: whatever
-// becomes of the child, the calls here return within their time. The child shuts itself in by
-// confinement.h.
+// and it ends when the channel closes, when it is killed, or with us. For work on untrusted files:
+// whatever becomes of the child, the calls here return within their time. The child shuts itself in
+// by confinement.h.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -41,10 +42,15 @@ class ChildProcess {
   int64_t Id() const { return id_; }
 
  private:
-  bool WaitFor(short events, int64_t deadline);
+  struct Machinery;                       // the process and the channel, as the system has them
+  std::unique_ptr<Machinery> machinery_;  // nothing once it is gone
   int64_t id_ = 0;
-  int channel_ = -1;
   bool hasEnded_ = false;
 };
+
+// The helper program's end of the channel. Reading waits for the first byte; 0, and false, when the
+// channel is closed.
+size_t ReadFromParent(void* buffer, size_t count);
+bool WriteToParent(std::string_view bytes);
 
 }  // namespace tarnwick::platform

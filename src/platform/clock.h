@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Time as the machine tells it, and who is logged on. Tests set both.
+// Time as the machine tells it. Tests set it, and who is logged on (environment.h).
 #pragma once
 
 #include <cstdint>
@@ -31,13 +31,6 @@ DateTime LocalFromUnix(int64_t unixSeconds);
 // The moment of a local civil time. One that the clocks skipped or showed twice in a change to or
 // from daylight saving is taken as the system takes it.
 int64_t UnixFromLocal(DateTime local);
-
-// Log-on name of the current user, UTF-8; "user" when the machine knows none.
-std::string LogonName();
-
-// The folder of the user who runs the program: HOME where that is an absolute path, else what the
-// password database says; "" where neither names one.
-std::string HomeFolder();
 
 // For tests: each value stands in for the machine's until it is reset with {}.
 struct ClockOverride {

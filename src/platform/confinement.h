@@ -9,6 +9,10 @@
 // filter of system calls (seccomp), which lets through reading from and writing to what is open,
 // memory that can't be executed, and the clock; and a domain without any file or network address
 // (Landlock). Below them the limits of the process (setrlimit) hold on every system.
+//
+// Windows knows neither. There the process gives up its privileges and sinks to the lowest
+// integrity, from which nothing can be written to and no other process be reached, and a job limits
+// its memory and time and lets it start nothing; files that everybody may read could still be read.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +23,9 @@ namespace tarnwick::platform {
 struct Walls {
   bool systemCalls = false;  // only those that reading needs
   bool files = false;        // none can be named
+  bool rights = false;       // none can be written to (Windows)
 
-  bool HasAny() const { return systemCalls || files; }
+  bool HasAny() const { return systemCalls || files || rights; }
 };
 
 // The parent's death ends this process from now on; it can neither write nor open files, start

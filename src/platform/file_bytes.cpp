@@ -5,43 +5,20 @@
 #include <algorithm>
 #include <cerrno>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 #include "platform/error.h"
 #include "platform/file_errors.h"
 #include "platform/files.h"
+#include "platform/system_files.h"
 
 namespace tarnwick::platform {
 
 namespace {
 
-#ifdef _WIN32
-constexpr int kBinary = _O_BINARY;
-constexpr int kNoWait = 0;
-#else
-constexpr int kBinary = O_CLOEXEC;
-constexpr int kNoWait = O_NONBLOCK;  // a pipe that nobody writes to would be waited for
-#endif
-
 constexpr size_t kBufferSize = size_t{64} * 1024;
-
-int CutHandle(int handle, uint64_t size) {
-#ifdef _WIN32
-  return _chsize_s(handle, static_cast<int64_t>(size)) == 0 ? 0 : -1;
-#else
-  return ::ftruncate(handle, static_cast<off_t>(size));
-#endif
-}
 
 int OpenForReading(const std::string& path) {
   PassFileFault(FileOperation::kOpen, path);
-  int handle = ::open(path.c_str(), O_RDONLY | kBinary | kNoWait);
+  int handle = system::Open(path, system::Use::kRead);
   if (handle < 0) ThrowSystemError(errno, path);
   return handle;
 }
@@ -67,20 +44,20 @@ void WriteFile(const std::string& path, std::string_view bytes) {
 InputFile::InputFile(const std::string& path) : InputFile(OpenForReading(path), path) {}
 
 InputFile::InputFile(int handle, std::string path) : path_(std::move(path)), handle_(handle) {
-  struct stat status {};
-  if (::fstat(handle_, &status) != 0 || !S_ISREG(status.st_mode)) {
-    ::close(handle_);
+  int64_t size = system::SizeOf(handle_);
+  if (size < 0) {
+    system::Close(handle_);
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path_);
   }
-  size_ = static_cast<uint64_t>(status.st_size);
+  size_ = static_cast<uint64_t>(size);
 }
 
 InputFile InputFile::Handed() {
-  return InputFile(kHandedFile, "the file handed over");
+  return InputFile(system::HandedFile(), "the file handed over");
 }
 
 InputFile::~InputFile() {
-  ::close(handle_);
+  system::Close(handle_);
 }
 
 size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
@@ -88,8 +65,8 @@ size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
   if (offset > INT64_MAX) return 0;
   size_t total = 0;
   while (total < count) {
-    ssize_t got = ::pread(handle_, static_cast<char*>(buffer) + total, count - total,
-                          static_cast<off_t>(offset + total));
+    int64_t got =
+        system::ReadAt(handle_, offset + total, static_cast<char*>(buffer) + total, count - total);
     if (got < 0) {
       if (errno == EINTR) continue;
       ThrowSystemError(errno, path_);
@@ -103,8 +80,7 @@ size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {
 OutputFile::OutputFile(const std::string& path, Replace replace)
     : path_(path), inPlace_(replace == Replace::kInPlace) {
   PassFileFault(FileOperation::kOpen, path);
-  int flags = O_WRONLY | O_CREAT | kBinary | (inPlace_ ? 0 : O_TRUNC);
-  handle_ = ::open(path.c_str(), flags, 0600);
+  handle_ = system::Open(path, inPlace_ ? system::Use::kWriteInPlace : system::Use::kWriteAnew);
   if (handle_ < 0) ThrowSystemError(errno, path);
 }
 
@@ -135,7 +111,7 @@ void OutputFile::Flush() {
   if (rest.empty()) return;
   PassFileFault(FileOperation::kWrite, path_);
   while (!rest.empty()) {
-    ssize_t done = ::write(handle_, rest.data(), rest.size());
+    int64_t done = system::Write(handle_, rest.data(), rest.size());
     if (done < 0) {
       if (errno == EINTR) continue;
       ThrowSystemError(errno, path_);
@@ -152,25 +128,26 @@ void OutputFile::Close() {
   try {
     Flush();
   } catch (...) {
-    ::close(handle_);
+    system::Close(handle_);
     handle_ = -1;
     throw;
   }
-  int result = inPlace_ ? CutHandle(handle_, written_) : 0;
+  bool isDone = !inPlace_ || system::Cut(handle_, written_);
   int code = errno;
-  if (::close(handle_) != 0 && result == 0) {
-    result = -1;
+  if (system::Close(handle_) != 0 && isDone) {
+    isDone = false;
     code = errno;
   }
   handle_ = -1;
-  if (result != 0) ThrowSystemError(code, path_);
+  if (!isDone) ThrowSystemError(code, path_);
 }
 
 bool AppendToFile(const std::string& path, std::string_view bytes) {
-  int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | kBinary, 0600);
+  int handle = system::Open(path, system::Use::kAppend);
   if (handle < 0) return false;
-  bool done = ::write(handle, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
-  return ::close(handle) == 0 && done;
+  bool done =
+      system::Write(handle, bytes.data(), bytes.size()) == static_cast<int64_t>(bytes.size());
+  return system::Close(handle) == 0 && done;
 }
 
 LineReader::LineReader(const std::string& path) : file_(path) {}

@@ -4,11 +4,10 @@
 // Names for new files.
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 
 #include "platform/charset.h"
 #include "platform/files.h"
+#include "platform/system_files.h"
 
 namespace tarnwick::platform {
 
@@ -113,8 +112,7 @@ std::string SafeFileName(std::string_view name, size_t maxChars) {
 
 std::string UniquePath(const std::string& folder, const std::string& name) {
   auto isTaken = [](const std::string& path) {
-    std::error_code code;
-    return std::filesystem::exists(std::filesystem::symlink_status(path, code));
+    return system::KindOf(path) != system::Kind::kNone;
   };
   if (!isTaken(folder + name)) return folder + name;
   size_t dot = name.rfind('.');

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Files and folders. Paths are UTF-8; a folder text ends with the separator ("/" here), so that
-// folder + name is a path. Everything created here is for its owner only (files 0600, folders
-// 0700). Unless said otherwise a failure throws Error with a number of its kind (53 not found, 61
-// disk full, 70 permission denied, 75 anything else) and the path in the description.
+// Files and folders. Paths are UTF-8, whatever the system keeps them in; a folder text ends with
+// the separator, so that folder + name is a path. On Windows "/" separates names, too, and a path
+// may have any length. Everything created here is for its owner only (files 0600, folders 0700;
+// there an access list of the owner and the system itself). Unless said otherwise a failure throws
+// Error with a number of its kind (53 not found, 61 disk full, 70 permission denied, 75 anything
+// else) and the path in the description.
 //
 // Every operation passes a seam (SetFileFault) where tests let it fail.
 #pragma once
@@ -24,8 +26,10 @@ namespace tarnwick::platform {
 
 #ifdef _WIN32
 inline constexpr char kSeparator = '\\';
+inline constexpr std::string_view kProgramEnding = ".exe";
 #else
 inline constexpr char kSeparator = '/';
+inline constexpr std::string_view kProgramEnding = "";
 #endif
 
 // The folder text with exactly one separator at its end; "" stays "".
@@ -38,6 +42,9 @@ std::string FolderOf(const std::string& path);
 std::string ProgramPath();
 // An absolute form of the path, with "." and ".." resolved as text.
 std::string AbsolutePath(const std::string& path);
+// The path for code that is not ours and takes UTF-8: in the form in which the system takes it
+// whatever its length and names.
+std::string SystemPath(const std::string& path);
 
 bool FileExists(const std::string& path);    // a regular file (links followed); never throws
 bool FolderExists(const std::string& path);  // never throws
@@ -49,11 +56,15 @@ uint64_t FileSize(const std::string& path);
 DateTime FileModified(const std::string& path);  // local civil time
 // The bytes available to this user in the folder, or where it would be made if it is missing.
 uint64_t FreeSpace(const std::string& folder);
+// Whether the system's own number for a failure says that a disk, a person's share of it or a file
+// can grow no more.
+bool IsOutOfRoom(int systemError);
 // Throws Error 61 when the folder has less room than that.
 void RequireSpace(const std::string& folder, uint64_t bytes);
 
 void MakeFolder(const std::string& folder);  // with its parents; an existing one is left as it is
 void RemoveFile(const std::string& path);    // a missing file is no error
+bool TryToRemove(const std::string& path);   // false when that fails; passes no seam
 // Replaces; flushed to disk. Made by the file system's cheapest means: blocks are shared where it
 // can, else copied within the kernel, else read and written. goOn is asked between pieces; its
 // false ends the copy with what is there, and the result is false.
@@ -105,7 +116,7 @@ std::string ReadFile(const std::string& path, uint64_t limit = UINT64_MAX);
 // Replaces the file.
 void WriteFile(const std::string& path, std::string_view bytes);
 
-// In a helper program the number of the open file that it was handed.
+// In a helper program, but on Windows, the number of the open file that it was handed.
 inline constexpr int kHandedFile = 3;
 
 // A file opened for reading at places.

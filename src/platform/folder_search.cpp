@@ -2,15 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/folder_search.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <deque>
-#include <filesystem>
 #include <utility>
 
 #include "platform/charset.h"
 #include "platform/files.h"
+#include "platform/system_files.h"
 
 namespace tarnwick::platform {
 
@@ -52,20 +50,12 @@ FolderSearch FindFolders(const std::string& folder) {
 }
 
 std::optional<FolderContent> ListFolder(const std::string& folder) {
-  namespace fs = std::filesystem;
   FolderContent content;
-  std::error_code code;
-  fs::directory_iterator entries(folder, code);
-  for (; !code && entries != fs::directory_iterator(); entries.increment(code)) {
-    std::error_code unknown;
-    fs::file_type type = entries->symlink_status(unknown).type();
-    if (type == fs::file_type::regular) {
-      content.files.push_back(entries->path().filename().string());
-    } else if (type == fs::file_type::directory) {
-      content.folders.push_back(entries->path().filename().string());
-    }
-  }
-  if (code) return std::nullopt;
+  auto take = [&](const std::string& name, system::Kind kind) {
+    if (kind == system::Kind::kFile) content.files.push_back(name);
+    if (kind == system::Kind::kFolder) content.folders.push_back(name);
+  };
+  if (!system::ListEntries(folder, take)) return std::nullopt;
   std::sort(content.files.begin(), content.files.end());
   std::sort(content.folders.begin(), content.folders.end());
   return content;
@@ -83,9 +73,8 @@ bool FolderWalk::Next() {
   while (!pending_.empty()) {
     path_ = std::move(pending_.back());
     pending_.pop_back();
-    struct stat status {};
-    bool isThere = ::stat(path_.c_str(), &status) == 0;
-    if (isThere && !visited_.emplace(status.st_dev, status.st_ino).second) continue;
+    auto identity = system::IdentityOf(path_);
+    if (identity && !visited_.insert(*identity).second) continue;
     std::optional<FolderContent> content = ListFolder(path_);
     if (content) {
       content_ = std::move(*content);

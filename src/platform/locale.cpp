@@ -3,7 +3,6 @@
 #include "platform/locale.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -36,16 +35,6 @@ struct LocaleFacts {
 std::string& OverrideName() {
   static std::string name;
   return name;
-}
-
-std::string EnvironmentName() {
-  for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
-    const char* value = std::getenv(variable);
-    if (value == nullptr || *value == '\0') continue;
-    std::string name(value);
-    return name.substr(0, name.find_first_of(".@"));
-  }
-  return "C";
 }
 
 std::string ToUtf8(const icu::UnicodeString& text) {
@@ -147,7 +136,7 @@ LocaleFacts MakeFacts(const std::string& name) {
 
 const LocaleFacts& Facts() {
   static std::unique_ptr<LocaleFacts> facts;
-  std::string name = OverrideName().empty() ? EnvironmentName() : OverrideName();
+  std::string name = OverrideName().empty() ? SystemLocaleName() : OverrideName();
   if (!facts || facts->name != name) facts = std::make_unique<LocaleFacts>(MakeFacts(name));
   return *facts;
 }

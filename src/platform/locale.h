@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Dates and month names as the user's locale writes them (from LC_ALL, LC_TIME or LANG). Years are
+// Dates and month names as the user's locale writes them (LC_ALL, LC_TIME or LANG; on Windows
+// the settings of the region). Years are
 // always written with four digits: an archive spans decades. In the "C" locale dates are
 // yyyy-mm-dd.
 #pragma once

@@ -10,6 +10,10 @@
 
 namespace tarnwick::platform {
 
+// The user's, as the system has it: "de_DE", "C". From LC_ALL, LC_TIME or LANG; on Windows from the
+// settings of the region.
+std::string SystemLocaleName();
+
 // Valid until the locale changes.
 const icu::Locale& UserLocale();
 

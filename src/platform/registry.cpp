@@ -20,6 +20,8 @@ struct ProfileFiles {
 
 ProfileFiles Look(const std::string& folder) {
   if (folder.empty() || !FolderExists(folder)) return {};
+  std::string own = OwnProfileFolder();
+  if (!own.empty() && IsSameFile(folder, own)) return {ProfileKind::kOwn, {}};
   struct Candidate {
     const char* name;
     ProfileKind kind;
@@ -47,6 +49,8 @@ std::unique_ptr<Registry> OpenProfile(const std::string& folder) {
   std::string absolute = WithSeparator(AbsolutePath(folder));
   ProfileFiles files = Look(absolute);
   switch (files.kind) {
+    case ProfileKind::kOwn:
+      return OpenOwnRegistry();
     case ProfileKind::kHive:
       return OpenHive(absolute, files.registryFile);
     case ProfileKind::kWine:

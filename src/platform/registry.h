@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// HKEY_CURRENT_USER of the mail's owner, read only. Off Windows it comes from a profile folder:
+// HKEY_CURRENT_USER of the mail's owner, read only. It comes from a profile folder:
+//   - on Windows that of the user who runs the program: the system itself is asked,
 //   - a folder with an NTUSER.DAT ("Documents and Settings\Ann" of an old disk, mounted or copied),
 //   - a Wine prefix or a folder with a user.reg,
 //   - a folder of *.dbx files, with or without a folder list, in it or below it: presented as one
@@ -49,7 +50,10 @@ class Registry {
   virtual std::string MapPath(std::string_view windowsPath) = 0;
 };
 
-enum class ProfileKind { kNone, kHive, kWine, kDbxWithFolderList, kDbxFiles };
+enum class ProfileKind { kNone, kOwn, kHive, kWine, kDbxWithFolderList, kDbxFiles };
+
+// The profile of the user who runs the program, where the system keeps a registry; "" elsewhere.
+std::string OwnProfileFolder();
 
 // What a folder could be opened as.
 ProfileKind DetectProfile(const std::string& folder);

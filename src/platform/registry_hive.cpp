@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // HKEY_CURRENT_USER from an NTUSER.DAT.
-#include "platform/charset.h"
 #include "platform/files.h"
 #include "platform/hive.h"
 #include "platform/registry_tree.h"
@@ -10,30 +9,6 @@
 namespace tarnwick::platform {
 
 namespace {
-
-constexpr uint32_t kText = 1;
-constexpr uint32_t kExpandableText = 2;
-constexpr uint32_t kBinary = 3;
-constexpr uint32_t kNumber = 4;
-
-RegistryValue Decode(const Hive::Value& stored) {
-  RegistryValue value;
-  if (stored.type == kText || stored.type == kExpandableText) {
-    value.type =
-        stored.type == kText ? RegistryValue::Type::kText : RegistryValue::Type::kExpandableText;
-    value.text = Utf16ToUtf8(stored.bytes);
-  } else if (stored.type == kNumber) {
-    value.type = RegistryValue::Type::kNumber;
-    for (size_t i = 0; i < 4 && i < stored.bytes.size(); ++i) {
-      value.number |= static_cast<uint32_t>(static_cast<unsigned char>(stored.bytes[i])) << (8 * i);
-    }
-  } else {
-    value.type =
-        stored.type == kBinary ? RegistryValue::Type::kBinary : RegistryValue::Type::kOther;
-    value.text = stored.bytes;
-  }
-  return value;
-}
 
 class HiveRegistry : public Registry {
  public:
@@ -53,7 +28,7 @@ class HiveRegistry : public Registry {
     if (!key) return std::nullopt;
     std::optional<Hive::Value> value = hive_.FindValue(*key, name);
     if (!value) return std::nullopt;
-    return Decode(*value);
+    return DecodeValue(value->type, std::move(value->bytes));
   }
 
   std::string Expand(std::string_view text) override {

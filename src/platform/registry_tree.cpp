@@ -29,6 +29,27 @@ std::string Fold(std::string_view path) {
 
 }  // namespace
 
+RegistryValue DecodeValue(uint32_t type, std::string bytes) {
+  constexpr uint32_t kText = 1;
+  constexpr uint32_t kExpandableText = 2;
+  constexpr uint32_t kBinary = 3;
+  constexpr uint32_t kNumber = 4;
+  RegistryValue value;
+  if (type == kText || type == kExpandableText) {
+    value.type = type == kText ? RegistryValue::Type::kText : RegistryValue::Type::kExpandableText;
+    value.text = Utf16ToUtf8(bytes);
+  } else if (type == kNumber) {
+    value.type = RegistryValue::Type::kNumber;
+    for (size_t i = 0; i < 4 && i < bytes.size(); ++i) {
+      value.number |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
+    }
+  } else {
+    value.type = type == kBinary ? RegistryValue::Type::kBinary : RegistryValue::Type::kOther;
+    value.text = std::move(bytes);
+  }
+  return value;
+}
+
 std::vector<std::string> SplitWindowsPath(std::string_view path) {
   std::vector<std::string> names;
   while (!path.empty()) {

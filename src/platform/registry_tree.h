@@ -17,6 +17,9 @@
 
 namespace tarnwick::platform {
 
+// A value of the system's type numbers, of its bytes as they lie in the registry.
+RegistryValue DecodeValue(uint32_t type, std::string bytes);
+
 // A key path's or Windows path's names, empty ones left out.
 std::vector<std::string> SplitWindowsPath(std::string_view path);
 
@@ -68,6 +71,8 @@ std::unique_ptr<Registry> OpenHive(const std::string& folder, const std::string&
 std::unique_ptr<Registry> OpenWinePrefix(const std::string& folder,
                                          const std::string& registryFile);
 std::unique_ptr<Registry> OpenDbxFolder(const std::string& folder);
+// The registry of the user who runs the program, where the system has one; nullptr elsewhere.
+std::unique_ptr<Registry> OpenOwnRegistry();
 
 // Folders in or below folder that hold mail stores, nearest first. The search is bounded in depth
 // and in the number of folders looked at.

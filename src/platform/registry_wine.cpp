@@ -17,7 +17,7 @@
 #include <charconv>
 
 #include "platform/charset.h"
-#include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/registry_tree.h"
@@ -206,7 +206,7 @@ class WineRegistry : public RegistryTree {
     std::string expanded = Expand(windowsPath);
     char drive = DriveLetterOf(expanded);
     std::string rest = TurnSeparators(drive == '\0' ? expanded : expanded.substr(2));
-    bool isFolder = rest.ends_with('/');
+    bool isFolder = rest.ends_with(kSeparator);
     std::optional<std::string> found;
     if (drive == 'C' || drive == '\0') found = FindIgnoringCase(folder_ + "drive_c/", rest);
     if (!found && drive != '\0') {

@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/staged_file.h"
 
-#include <cstdio>
 #include <utility>
 
 #include "platform/files.h"
@@ -15,7 +14,7 @@ StagedFile::StagedFile(std::string path) : path_(std::move(path)) {
 
 StagedFile::~StagedFile() {
   // What went wrong before is the failure to tell of.
-  if (!IsInPlace()) std::remove(path_.c_str());
+  if (!IsInPlace()) TryToRemove(path_);
 }
 
 void StagedFile::Replace(const std::string& place) {

@@ -2,11 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/app_folder.h"
 
-#include <cstdlib>
 #include <string_view>
 
 #include "database/new_file.h"
-#include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/file_lock.h"
 #include "platform/files.h"
@@ -18,25 +17,6 @@ namespace {
 
 // Stands in a home that is being made, so that one whose making was interrupted is made further.
 constexpr const char* kUnfinishedMark = "unfinished.new";
-
-std::string DataFolder() {
-  if (const char* data = std::getenv("XDG_DATA_HOME"); data != nullptr && data[0] == '/') {
-    return platform::WithSeparator(data);
-  }
-#ifdef _WIN32
-  if (const char* data = std::getenv("LOCALAPPDATA"); data != nullptr) {
-    return platform::WithSeparator(data);
-  }
-#endif
-  std::string home = platform::HomeFolder();
-  if (home.empty()) {
-    throw Error(
-        ErrorNumber::kPathAccess,
-        "There is no home folder to keep the mail in: HOME is not set, and the system knows "
-        "none for this user. Set HOME, or name a folder in TARNWICK_HOME.");
-  }
-  return platform::WithSeparator(home) + ".local/share/";
-}
 
 std::string InstalledFile(const std::string& programFolder, const std::string& name) {
   for (const std::string& folder : {programFolder, programFolder + "../share/tarnwick/"}) {
@@ -54,14 +34,13 @@ bool HoldsNoDatabase(const std::string& folder) {
 }  // namespace
 
 std::string ChooseAppFolder(const std::string& programFolder) {
-  if (const char* home = std::getenv("TARNWICK_HOME"); home != nullptr && *home != '\0') {
-    return platform::WithSeparator(platform::AbsolutePath(home));
-  }
+  std::string home = platform::EnvironmentText("TARNWICK_HOME").value_or("");
+  if (!home.empty()) return platform::WithSeparator(platform::AbsolutePath(home));
   std::string own = platform::WithSeparator(programFolder);
   bool isHome =
       platform::FileExists(own + kParameterFile) || platform::FileExists(own + kRepositoryFile);
   if (isHome && platform::IsFolderWritable(own)) return own;
-  return DataFolder() + "tarnwick" + platform::kSeparator;
+  return platform::DataFolder() + "tarnwick" + platform::kSeparator;
 }
 
 // The repository itself is never copied from the program's folder into another: an empty one is

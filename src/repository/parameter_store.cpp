@@ -2,13 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/parameter_store.h"
 
-#include <cstdlib>
-
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/locale.h"
+#include "platform/registry.h"
 #include "repository/repository.h"
 #include "repository/schema.h"
 
@@ -111,10 +111,12 @@ void ReadOptionFlags() {
 
 std::string GetProfileFolder() {
   if (!State().ProfileOfLoad.empty()) return State().ProfileOfLoad;
-  if (const char* folder = std::getenv("TARNWICK_PROFILE"); folder != nullptr && *folder != '\0') {
+  std::string folder = platform::EnvironmentText("TARNWICK_PROFILE").value_or("");
+  if (!folder.empty()) {
     return platform::WithSeparator(platform::AbsolutePath(folder));
   }
-  return GetParameter("Profile", State().UserName, kTextColumn).AsText();
+  folder = GetParameter("Profile", State().UserName, kTextColumn).AsText();
+  return folder.empty() ? platform::OwnProfileFolder() : folder;
 }
 
 void SetProfileFolder(const std::string& folder) {

@@ -43,7 +43,8 @@ void SetOption(std::string_view name, bool on);
 void ReadOptionFlags();
 
 // The folder of the mail owner's Windows profile: the one that a load reads (core::RunState), else
-// TARNWICK_PROFILE, else the stored one, else "".
+// TARNWICK_PROFILE, else the stored one, else that of the user who runs the program where the
+// system keeps a registry, else "".
 std::string GetProfileFolder();
 void SetProfileFolder(const std::string& folder);
 

@@ -146,7 +146,8 @@ bool IsMaildir(const std::string& folder) {
 
 std::string ProgramOfFolder(const std::string& folder) {
   for (const char* program : {"Windows Live Mail", "Windows Mail"}) {
-    if (folder.find("/" + std::string(program) + "/") != std::string::npos) return program;
+    std::string part = platform::kSeparator + platform::WithSeparator(program);
+    if (folder.find(part) != std::string::npos) return program;
   }
   return "Message files";
 }

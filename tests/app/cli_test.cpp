@@ -2,15 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The contract of tarnwick-cli, as scripts see it.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "cli/command_line.h"
 #include "samples/dbx_builder.h"
 #include "samples/sample_profile.h"
+#include "support/machine.h"
 #include "support/run_program.h"
 #include "support/testing.h"
 
@@ -22,8 +19,7 @@ using testing::ProgramRun;
 class Cli : public ::testing::Test {
  protected:
   ProgramRun Run(std::vector<std::string> words, const std::string& input = {}) {
-    std::vector<std::string> arguments = {std::string(TARNWICK_BIN) + "/tarnwick-cli", "--home",
-                                          home_.File("home")};
+    std::vector<std::string> arguments = {TARNWICK_CLI, "--home", home_.File("home")};
     arguments.insert(arguments.end(), words.begin(), words.end());
     return testing::RunProgram(arguments, input);
   }
@@ -148,8 +144,7 @@ TEST_F(Cli, WhatItKeepsIsItsOwnersAlone) {
   EXPECT_TRUE(platform::ListFiles(scratch).empty());
   int seen = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.File("home"))) {
-    auto others = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
-    EXPECT_EQ(entry.status().permissions() & others, std::filesystem::perms::none) << entry.path();
+    EXPECT_FALSE(testing::IsOpenToOthers(entry.path().string())) << entry.path();
     ++seen;
   }
   EXPECT_GE(seen, 8);
@@ -282,29 +277,12 @@ TEST_F(Cli, MessagesAreSavedInEachFormat) {
   EXPECT_EQ(Run({"save", "--format", "pdf", home_.File("eml")}).status, 2);
 }
 
-// Another program's lock on the databases of a home, as long as it lives.
-class HeldHome {
- public:
-  explicit HeldHome(const std::string& file) : handle_(::open(file.c_str(), O_RDWR)) {
-    struct flock lock {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = 0x40000000;
-    lock.l_len = 512;
-    EXPECT_EQ(::fcntl(handle_, F_SETLK, &lock), 0);
-  }
-  ~HeldHome() { ::close(handle_); }
-
- private:
-  int handle_;
-};
-
 TEST_F(Cli, AStartThatFindsTheProgramRunningLeavesItsLogAlone) {
   EXPECT_EQ(Run({"list"}).status, 0);
   std::string log = home_.File("home/LogEvent/Tarnwick.log");
   platform::WriteFile(log, "of the program that runs\r\n");
   {
-    HeldHome other(home_.File("home/emlParameter.twr"));
+    testing::HeldFile other(home_.File("home/emlParameter.twr"));
     EXPECT_EQ(Run({"list"}).status, 1);
     EXPECT_EQ(platform::ReadFile(log).find("of the program that runs"), 0U);
   }

@@ -12,8 +12,7 @@ namespace tarnwick::app {
 namespace {
 
 TEST(Manual, ExplainsEveryCommandAndOption) {
-  std::string usage =
-      testing::RunProgram({std::string(TARNWICK_BIN) + "/tarnwick-cli", "--help"}, "").output;
+  std::string usage = testing::RunProgram({TARNWICK_CLI, "--help"}, "").output;
   std::string page = platform::ReadFile(std::string(TARNWICK_SOURCE) + "/packaging/tarnwick-cli.1");
   page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
   // An option is anywhere, a command begins an indented line.

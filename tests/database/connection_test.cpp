@@ -2,14 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/connection.h"
 
-#include <csignal>
-
-#include <unistd.h>
-
 #include "database/engine/engine.h"
 #include "database/text/order.h"
 #include "mail_database.h"
 #include "support/faults.h"
+#include "support/machine.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -194,7 +191,7 @@ TEST_F(ConnectionTest, AKilledProcessLeavesWholeUnits) {
       if (i == 100) connection.FlushGroup();
     }
     connection.Execute("INSERT INTO MeContact (ID, Name) VALUES (1000, 'half a unit')");
-    kill(getpid(), SIGKILL);
+    testing::KillThisProcess();
   });
   platform::SetClockOverride({});
   connection_.Open();

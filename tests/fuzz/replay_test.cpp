@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "seeds.h"
 
@@ -54,7 +55,7 @@ class Replay : public ::testing::TestWithParam<std::pair<const std::string, Driv
 
 TEST_P(Replay, Holds) {
   const auto& [name, driver] = GetParam();
-  setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
+  platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
   auto run = [driver = driver](const std::string& input) {
     driver(reinterpret_cast<const uint8_t*>(input.data()), input.size());
   };

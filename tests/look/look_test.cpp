@@ -2,15 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "look/look.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "board/load_found.h"
 #include "samples/dbx_builder.h"
 #include "samples/hive_builder.h"
 #include "samples/mailbox_builder.h"
 #include "samples/pst_builder.h"
 #include "samples/sample_profile.h"
+#include "support/machine.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::look {
@@ -26,7 +24,7 @@ std::string LetterOf(const std::string& subject, const std::string& year) {
 class LookAround : public testing::ProgramFixture {
  protected:
   LookAround() : root_(folder_.File("disk/")) {
-    setenv("TARNWICK_PST_READER", TARNWICK_BIN "/tarnwick-pst-reader", 1);
+    platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
     samples::WriteSampleProfile(root_ + "Documents and Settings/clara/");
     Write("mail/pop/Inbox", kMark + LetterOf("a", "1999") + kMark + LetterOf("b", "2004"));
     Write("mail/pop/Sent", kMark + LetterOf("c", "2001"));
@@ -121,7 +119,7 @@ TEST_F(LookAround, CanBeStoppedAndKeepsToOneFile) {
 TEST_F(LookAround, TakingAFolderTakesEveryLetterAndSaysWhatIsNone) {
   Write("letters/1.eml", LetterOf("e", "2003"));
   Write("letters/2.msg", samples::SampleMsgFile());
-  ASSERT_EQ(::mkfifo((root_ + "letters/pipe.eml").c_str(), 0600), 0);
+  ASSERT_TRUE(testing::MakePipe(root_ + "letters/pipe.eml"));
   board::TakeResult taken =
       board::TakeTextFiles({root_ + "mail", root_ + "letters", root_ + "letters/1.eml",
                             root_ + "dbase", root_ + "letters/pipe.eml"});

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/restore.h"
 
-#include <sys/stat.h>
-
 #include "database/engine/engine.h"
 #include "maintenance/backup.h"
 #include "maintenance/check.h"
@@ -12,6 +10,7 @@
 #include "maintenance/unfinished_restore.h"
 #include "repository/schema.h"
 #include "support/faulty_disk.h"
+#include "support/machine.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
@@ -310,9 +309,9 @@ TEST_F(Restore, ASourceIsNeverWrittenTo) {
     }
     bytes[name] = platform::ReadFile(folder + name);
     platform::SetFileModified(folder + name, DateTime::FromDate(2010, 1, 1));
-    chmod((folder + name).c_str(), 0400);
+    testing::LetOwner(folder + name, 4);
   }
-  chmod(folder.c_str(), 0500);
+  testing::LetOwner(folder, 5);
   EXPECT_EQ(RestoreWithYes(folder + "backup.twb"), Result::kDone);
   EXPECT_EQ(Now(), backup_);
   MergeOptions options{Duplicates::kSkip, UnknownSenders::kAccept};
@@ -322,7 +321,7 @@ TEST_F(Restore, ASourceIsNeverWrittenTo) {
     EXPECT_TRUE(platform::ReadFile(folder + name) == bytes[name]) << name;
     EXPECT_EQ(platform::FileModified(folder + name), DateTime::FromDate(2010, 1, 1)) << name;
   }
-  chmod(folder.c_str(), 0700);
+  testing::LetOwner(folder, 7);
   // One that another program has open is refused for what it is.
   ui_.shown.clear();
   platform::WriteFile(file_ + "-wal", "");

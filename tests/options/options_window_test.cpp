@@ -16,8 +16,8 @@ namespace {
 
 class OptionsWindowTest : public testing::ProgramFixture {
  protected:
-  OptionsWindowTest() { unsetenv("TARNWICK_PROFILE"); }
-  ~OptionsWindowTest() override { unsetenv("TARNWICK_PROFILE"); }
+  OptionsWindowTest() { platform::SetEnvironmentText("TARNWICK_PROFILE", std::nullopt); }
+  ~OptionsWindowTest() override { platform::SetEnvironmentText("TARNWICK_PROFILE", std::nullopt); }
 
   // A disk with one profile on it.
   static ProfileSummary Disk(const std::string& folder) {
@@ -150,7 +150,7 @@ TEST_F(OptionsWindowTest, AStoredProfileIsLookedIntoOnceShown) {
 }
 
 TEST_F(OptionsWindowTest, TheEnvironmentsProfileStands) {
-  setenv("TARNWICK_PROFILE", "/old/Ann", 1);
+  platform::SetEnvironmentText("TARNWICK_PROFILE", "/old/Ann");
   frmOptions window(Disk);
   Show(window);
   EXPECT_EQ(Text(window, "ProfileFolder"), "/old/Ann/");

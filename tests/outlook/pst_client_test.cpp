@@ -2,19 +2,17 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/pst_client.h"
 
-#include <csignal>
-#include <filesystem>
-
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "samples/pst_builder.h"
+#include "support/machine.h"
 #include "support/real_data.h"
 #include "support/testing.h"
 
 namespace tarnwick::outlook {
 namespace {
 
-const std::string kReader = TARNWICK_BIN "/tarnwick-pst-reader";
+const std::string kReader = TARNWICK_READER;
 
 class PstClientTest : public ::testing::Test {
  protected:
@@ -22,7 +20,7 @@ class PstClientTest : public ::testing::Test {
   PstClient Scripted(const std::string& script, ReaderLimits limits) {
     std::string path = folder_.File("script");
     platform::WriteFile(path, "#!/bin/sh\n" + script);
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    testing::LetOwner(path, 7);
     return PstClient(path, path, limits);
   }
   testing::TempFolder folder_;
@@ -64,7 +62,7 @@ TEST_F(PstClientTest, GoesOnBehindTheRequestThatKilledTheReader) {
   if (store.empty()) GTEST_SKIP();
   PstClient client(store, kReader);
   EXPECT_FALSE(client.Ask(frame::kStore, {}).properties.empty());
-  kill(static_cast<pid_t>(client.ProcessId()), SIGKILL);
+  testing::KillProcess(client.ProcessId());
   EXPECT_THROW(client.Ask(frame::kStore, {}), Error);
   EXPECT_FALSE(client.Ask(frame::kStore, {}).properties.empty());
   EXPECT_FALSE(client.GivenUp());
@@ -87,7 +85,7 @@ TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
   client.Ask(frame::kStore, {});
   for (bool isKilled : {false, true}) {
     client.ReadAhead(items);
-    if (isKilled) kill(static_cast<pid_t>(client.ProcessId()), SIGKILL);
+    if (isKilled) testing::KillProcess(client.ProcessId());
     for (uint32_t i : {2, 0, 1, 5, 4, 3}) {
       RawAnswer answer = client.Ask(frame::kItem, items[i]);
       ASSERT_EQ(answer.attachments.size(), 1u) << i;

@@ -7,7 +7,6 @@
 #include <random>
 
 #include "outlook/pst_protocol.h"
-#include "outlook/reader/library_store.h"
 #include "outlook/reader/node_store.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
@@ -164,9 +163,9 @@ WholeStore ReadAll(const std::string& path) {
 WholeStore Compare(const std::string& path) {
   platform::InputFile file(path);
   NodeStore store(file);
-  LibraryStore library(file);
+  std::unique_ptr<StoreFile> library = OpenByLibrary(file, false);
   WholeStore ours = ReadAll(store);
-  WholeStore theirs = ReadAll(library);
+  WholeStore theirs = ReadAll(*library);
   EXPECT_TRUE(ours.folders == theirs.folders);
   EXPECT_EQ(ours.items.size(), theirs.items.size());
   for (const auto& [node, item] : ours.items) EXPECT_TRUE(item == theirs.items[node]) << node;

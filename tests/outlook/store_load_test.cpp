@@ -57,7 +57,7 @@ class StoreLoad : public OutlookLoad {
     limits.openMilliseconds = 20'000;
     limits.requestMilliseconds = 10'000;
     limits.wastedMilliseconds = 20'000;
-    PstNamespace outlook({path}, TARNWICK_BIN "/tarnwick-pst-reader", limits);
+    PstNamespace outlook({path}, TARNWICK_READER, limits);
     ui_.yesNo = {true};  // for a store with a password
     SCOPED_TRACE(path);
     core::LoadCounts counts = LoadFrom(outlook, everyStore);

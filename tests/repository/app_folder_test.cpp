@@ -13,14 +13,13 @@ class WithoutHome {
  public:
   WithoutHome() {
     for (const char* name : kNames) {
-      const char* value = std::getenv(name);
-      former_.push_back(value == nullptr ? std::nullopt : std::optional<std::string>(value));
-      unsetenv(name);
+      former_.push_back(platform::EnvironmentText(name));
+      platform::SetEnvironmentText(name, std::nullopt);
     }
   }
   ~WithoutHome() {
     for (size_t i = 0; i < former_.size(); ++i) {
-      if (former_[i]) setenv(kNames[i], former_[i]->c_str(), 1);
+      platform::SetEnvironmentText(kNames[i], former_[i]);
     }
   }
   WithoutHome(const WithoutHome&) = delete;
@@ -37,11 +36,11 @@ TEST(AppFolder, IsNeverTheCurrentFolderForWantOfAHome) {
   clock.passwordHome = "/home/ann";
   platform::SetClockOverride(clock);
   EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
-  setenv("HOME", "somewhere", 1);
-  setenv("XDG_DATA_HOME", "somewhere", 1);
+  platform::SetEnvironmentText("HOME", "somewhere");
+  platform::SetEnvironmentText("XDG_DATA_HOME", "somewhere");
   EXPECT_EQ(ChooseAppFolder("/opt/none/"), "/home/ann/.local/share/tarnwick/");
-  unsetenv("HOME");
-  unsetenv("XDG_DATA_HOME");
+  platform::SetEnvironmentText("HOME", std::nullopt);
+  platform::SetEnvironmentText("XDG_DATA_HOME", std::nullopt);
   clock.passwordHome = "";
   platform::SetClockOverride(clock);
   EXPECT_THROW(ChooseAppFolder("/opt/none/"), Error);

@@ -2,15 +2,12 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Mailboxes as they lie on disks: what is found, what it is called, and how a load takes it.
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
 
 #include "board/load_command.h"
 #include "board/load_log.h"
 #include "samples/mailbox_builder.h"
 #include "sources/mailbox.h"
+#include "support/machine.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::sources {
@@ -97,22 +94,22 @@ TEST_F(MailboxTree, HostilePlacesAreWalkedThroughOnceAndOpenNothing) {
   Write("a/\xFF\xE9.eml", LetterOf("a@b", "of no encoding"));
   Write("closed/Inbox", kMark + LetterOf("a@b", "d"));
   platform::MakeFolder(root_ + "a/folder.eml");
-  ASSERT_EQ(::mkfifo((root_ + "a/pipe.eml").c_str(), 0600), 0);
-  ASSERT_EQ(::mkfifo((root_ + "a/pipe").c_str(), 0600), 0);
-  ASSERT_EQ(::symlink("..", (root_ + "a/loop").c_str()), 0);
-  ASSERT_EQ(::symlink("Inbox", (root_ + "a/link").c_str()), 0);
+  ASSERT_TRUE(testing::MakePipe(root_ + "a/pipe.eml"));
+  ASSERT_TRUE(testing::MakePipe(root_ + "a/pipe"));
+  ASSERT_TRUE(testing::MakeLink("..", root_ + "a/loop"));
+  ASSERT_TRUE(testing::MakeLink("Inbox", root_ + "a/link"));
   Write("m/cur/1.x", LetterOf("a@b", "in a Maildir"));
   platform::MakeFolder(root_ + "m/new");
   for (int i = 0; i < 1000; ++i) {
-    ASSERT_EQ(::symlink("../cur/1.x", (root_ + "m/new/" + std::to_string(i)).c_str()), 0);
+    ASSERT_TRUE(testing::MakeLink("../cur/1.x", root_ + "m/new/" + std::to_string(i)));
   }
   std::string deep = "deep";
   for (int i = 0; i < 400; ++i) deep += "/dddd";
   Write(deep + "/1.eml", LetterOf("a@b", "deep"));
-  std::filesystem::permissions(root_ + "closed", std::filesystem::perms::none);
-  bool isRoot = ::geteuid() == 0;
+  testing::LetOwner(root_ + "closed", 0);
+  bool isRoot = testing::IsAdministrator();
   core::LoadCounts counts = Load();
-  std::filesystem::permissions(root_ + "closed", std::filesystem::perms::owner_all);
+  testing::LetOwner(root_ + "closed", 7);
   EXPECT_EQ(counts.found, isRoot ? 5 : 4);
   EXPECT_EQ(counts.stored, isRoot ? 5 : 4);
   if (!isRoot) {

@@ -3,14 +3,13 @@
 #include "support/faulty_disk.h"
 
 #include <sqlite3.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstddef>
 #include <stdexcept>
 
 #include "platform/clock.h"
 #include "repository/repository.h"
+#include "support/machine.h"
 
 namespace tarnwick::testing {
 
@@ -68,7 +67,7 @@ int Write(sqlite3_file* file, const void* buffer, int count, sqlite3_int64 offse
   }
   if (Fails(DiskFault::kKill)) {
     half();
-    kill(getpid(), SIGKILL);
+    KillThisProcess();
   }
   return Real(file)->pMethods->xWrite(Real(file), buffer, count, offset);
 }
@@ -124,6 +123,7 @@ void FaultyDisk::Install() {
   if (system_ != nullptr) return;
   sqlite3_initialize();
   sqlite3_vfs* system = sqlite3_vfs_find("unix");
+  if (system == nullptr) system = sqlite3_vfs_find("win32");
   if (system == nullptr) throw std::runtime_error("no file system of the engine");
   static sqlite3_vfs faulty = *system;
   faulty.pNext = nullptr;

@@ -2,16 +2,20 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "support/temp_folder.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
+
+#include "platform/files.h"
 
 namespace tarnwick::testing {
 
 TempFolder::TempFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "tarnwick-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = pattern + "/";
+  std::string place = platform::WithSeparator(std::filesystem::temp_directory_path().string());
+  std::random_device random;
+  do {
+    path_ = place + "tarnwick-test-" + std::to_string(random()) + platform::kSeparator;
+  } while (platform::FolderExists(path_));
+  platform::MakeFolder(path_);
 }
 
 TempFolder::~TempFolder() {

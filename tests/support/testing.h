@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/locale.h"

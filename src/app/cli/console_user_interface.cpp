@@ -2,40 +2,19 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "cli/console_user_interface.h"
 
-#include <csignal>
-#include <cstdio>
 #include <iostream>
 #include <map>
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 #include "cli/row_output.h"
 #include "core/run_state.h"
 #include "platform/charset.h"
 #include "platform/clock.h"
+#include "platform/environment.h"
 #include "platform/terminal.h"
 
 namespace tarnwick::app {
 
 namespace {
-
-volatile std::sig_atomic_t interrupted = 0;
-
-void OnInterrupt(int /*signal*/) {
-  interrupted = 1;
-}
-
-bool IsTerminal(int handle) {
-#ifdef _WIN32
-  return _isatty(handle) != 0;
-#else
-  return isatty(handle) != 0;
-#endif
-}
 
 // Texts of messages reach a terminal here: control characters would command it.
 std::string Printable(std::string text) {
@@ -52,8 +31,8 @@ bool ReadAnswer(std::string& answer) {
 
 }  // namespace
 
-ConsoleUserInterface::ConsoleUserInterface() : showsProgress_(IsTerminal(2)) {
-  std::signal(SIGINT, OnInterrupt);
+ConsoleUserInterface::ConsoleUserInterface() : showsProgress_(platform::IsConsole(2)) {
+  platform::CatchInterrupts();
 }
 
 bool ConsoleUserInterface::ShowBox(core::BoxIcon icon, const std::string& text, bool offerSilence) {
@@ -169,9 +148,7 @@ void ConsoleUserInterface::ClearProgress() {
 }
 
 void ConsoleUserInterface::YieldEvents() {
-  if (interrupted == 0) return;
-  interrupted = 0;
-  core::State().ImportCancelFlag = true;
+  if (platform::WasInterrupted()) core::State().ImportCancelFlag = true;
 }
 
 }  // namespace tarnwick::app

@@ -2,10 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // tarnwick-cli: the program's modules for scripts, with the console in place of windows.
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <map>
+#include <utility>
 
 #include "cli/command_line.h"
 #include "cli/commands.h"
@@ -16,6 +16,7 @@
 #include "core/version.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
 #include "repository/app_folder.h"
@@ -122,15 +123,6 @@ Invocation ReadInvocation(std::vector<std::string> words) {
   return invocation;
 }
 
-void SetEnvironment(const char* name, const std::string& value) {
-  if (value.empty()) return;
-#ifdef _WIN32
-  _putenv_s(name, value.c_str());
-#else
-  setenv(name, value.c_str(), 1);
-#endif
-}
-
 // Opens the repository as every start does. False when it can't; the reason has been shown.
 bool Start(const std::string& programFolder) {
   return tarnwick::core::Guarded("Main", false, [&] {
@@ -144,8 +136,8 @@ bool Start(const std::string& programFolder) {
   });
 }
 
-int Run(int argc, char** argv) {
-  Invocation invocation = ReadInvocation(std::vector<std::string>(argv + 1, argv + argc));
+int Run(std::vector<std::string> words) {
+  Invocation invocation = ReadInvocation(std::move(words));
   if (invocation.help) {
     std::cout << kUsage;
     return tarnwick::app::kDone;
@@ -159,8 +151,9 @@ int Run(int argc, char** argv) {
     throw UsageError(invocation.command.empty() ? "which command?"
                                                 : "unknown command " + invocation.command);
   }
-  SetEnvironment("TARNWICK_HOME", invocation.home);
-  SetEnvironment("TARNWICK_PROFILE", invocation.profile);
+  using tarnwick::platform::SetEnvironmentText;
+  if (!invocation.home.empty()) SetEnvironmentText("TARNWICK_HOME", invocation.home);
+  if (!invocation.profile.empty()) SetEnvironmentText("TARNWICK_PROFILE", invocation.profile);
 
   tarnwick::app::ConsoleUserInterface console;
   console.SetAlwaysYes(invocation.alwaysYes);
@@ -195,7 +188,7 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   try {
-    return Run(argc, argv);
+    return Run(tarnwick::platform::PrepareConsole(argc, argv));
   } catch (const UsageError& error) {
     std::cerr << "tarnwick-cli: " << error.what() << "\n" << kUsage;
     return tarnwick::app::kWrongUsage;

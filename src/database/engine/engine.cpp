@@ -5,7 +5,6 @@
 #include <sqlite3.h>
 
 #include <cctype>
-#include <cerrno>
 #include <climits>
 #include <filesystem>
 #include <fstream>
@@ -39,15 +38,10 @@ int LengthOf(std::string_view data) {
 std::string UriOf(const std::string& path, std::string_view options) {
   constexpr char kHexDigits[] = "0123456789ABCDEF";
   std::string uri = "file:";
-#ifdef _WIN32
-  if (path.size() > 1 && path[1] == ':') uri += "///";
-#endif
-  for (char character : path) {
+  for (char character : platform::SystemPath(path)) {
     auto byte = static_cast<unsigned char>(character);
-    if (character == '\\' && platform::kSeparator == '\\') {
-      uri += '/';
-    } else if (std::isalnum(byte) != 0 ||
-               std::string_view("/-._~").find(character) != std::string_view::npos) {
+    if (std::isalnum(byte) != 0 ||
+        std::string_view("/-._~").find(character) != std::string_view::npos) {
       uri += character;
     } else {
       uri += {'%', kHexDigits[byte >> 4], kHexDigits[byte & 15]};
@@ -67,7 +61,8 @@ std::string_view ForReading(const std::string& path) {
   // A file that was copied while it was open wants a log made beside it, unless it is said to be on
   // a medium that nothing is written to.
   char head[kWriteVersion + 1] = {};
-  std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+  std::string place = platform::SystemPath(path);
+  std::ifstream file(std::filesystem::path(std::u8string(place.begin(), place.end())),
                      std::ios::binary);
   file.read(head, sizeof(head));
   return head[kWriteVersion] == kLogged ? "?mode=ro&immutable=1" : "?mode=ro";
@@ -464,8 +459,7 @@ void Database::Fail(int code) const {
   int primary = code & 0xff;
   // Not every way to run out of room is told apart by the engine's number.
   if (primary == SQLITE_IOERR && handle_ != nullptr) {
-    int why = sqlite3_system_errno(handle_);
-    if (why == ENOSPC || why == EDQUOT || why == EFBIG) code = primary = SQLITE_FULL;
+    if (platform::IsOutOfRoom(sqlite3_system_errno(handle_))) code = primary = SQLITE_FULL;
   }
   // The handle's message belongs to its last call; for another code the general text is right.
   bool own = handle_ != nullptr && (sqlite3_errcode(handle_) & 0xff) == primary;

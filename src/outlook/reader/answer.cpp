@@ -2,18 +2,15 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/reader/answer.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 #include "outlook/pst_protocol.h"
+#include "platform/child_process.h"
 
 namespace tarnwick::outlook::reader {
 
 namespace {
 
-constexpr int kChannel = 0;
 constexpr size_t kReadPiece = size_t{16} * 1024;
 
 }  // namespace
@@ -78,10 +75,9 @@ void Channel::Need(size_t count) {
   position_ = 0;
   while (buffer_.size() < count) {
     char piece[kReadPiece];
-    ssize_t got = read(kChannel, piece, sizeof piece);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) throw ChannelClosed();
-    buffer_.append(piece, static_cast<size_t>(got));
+    size_t got = platform::ReadFromParent(piece, sizeof piece);
+    if (got == 0) throw ChannelClosed();
+    buffer_.append(piece, got);
   }
 }
 
@@ -96,12 +92,7 @@ char Channel::ReadRequest(std::string& payload) {
 }
 
 void Channel::Write(std::string_view bytes) {
-  while (!bytes.empty()) {
-    ssize_t count = write(kChannel, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) throw ChannelClosed();
-    bytes.remove_prefix(static_cast<size_t>(count));
-  }
+  if (!platform::WriteToParent(bytes)) throw ChannelClosed();
 }
 
 }  // namespace tarnwick::outlook::reader

@@ -387,4 +387,8 @@ void LibraryStore::SendAttachment(const ItemPlace& place, const AttachmentPath& 
   SendBytes(attachment.get(), answer);
 }
 
+std::unique_ptr<StoreFile> OpenByLibrary(platform::InputFile& file, bool isDamaged) {
+  return std::make_unique<LibraryStore>(file, isDamaged);
+}
+
 }  // namespace tarnwick::outlook::reader

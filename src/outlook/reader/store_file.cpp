@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "outlook/reader/library_store.h"
 #include "outlook/reader/node_store.h"
 
 namespace tarnwick::outlook::reader {
@@ -82,7 +81,7 @@ std::unique_ptr<StoreFile> OpenStore(platform::InputFile& file) {
     why = error.what();
   }
   try {
-    return std::make_unique<LibraryStore>(file, isDamaged);
+    return OpenByLibrary(file, isDamaged);
   } catch (const ReadError&) {
     throw ReadError(why);
   }

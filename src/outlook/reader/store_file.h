@@ -54,6 +54,11 @@ class StoreFile {
 // The file has to outlive the store.
 std::unique_ptr<StoreFile> OpenStore(platform::InputFile& file);
 
+// The library's way alone; throws ReadError also where the program was built without it. isDamaged:
+// the file is one that should not need the library; what the library makes of it is told as
+// damaged.
+std::unique_ptr<StoreFile> OpenByLibrary(platform::InputFile& file, bool isDamaged);
+
 // What of each kind of object is sent.
 extern const std::vector<Prop> kStoreProperties;
 extern const std::vector<Prop> kFolderProperties;

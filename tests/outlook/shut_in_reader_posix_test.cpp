@@ -94,7 +94,7 @@ class TakenOver {
 
 class ShutInReader : public ::testing::Test {
  protected:
-  ShutInReader() : client_(MadeStore(), TARNWICK_BIN "/tarnwick-pst-reader") {
+  ShutInReader() : client_(MadeStore(), TARNWICK_READER) {
     isShutIn_ = client_.Ask(frame::kStore, {}).isReaderShutIn;
   }
 
@@ -178,7 +178,7 @@ TEST(ConfinedProcess, ItsLimitsAreLoweredForGood) {
   testing::TempFolder folder;
   samples::PstBuilder store(true);
   platform::WriteFile(folder.File("a.pst"), store.Build());
-  PstClient client(folder.File("a.pst"), TARNWICK_BIN "/tarnwick-pst-reader");
+  PstClient client(folder.File("a.pst"), TARNWICK_READER);
   client.Ask(frame::kStore, {});
   std::vector<std::pair<__rlimit_resource, rlim_t>> limits = {
       {RLIMIT_FSIZE, 0}, {RLIMIT_CORE, 0}, {RLIMIT_NPROC, 0}};

@@ -2,19 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/confinement.h"
 
-#ifdef _WIN32
-
-namespace tarnwick::platform {
-
-Walls ConfineThisProcess(uint64_t) {
-  return {};
-}
-void LimitProcessorTime(int64_t) {}
-
-}  // namespace tarnwick::platform
-
-#else
-
 #include <seccomp.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -130,5 +117,3 @@ void LimitProcessorTime(int64_t seconds) {
 }
 
 }  // namespace tarnwick::platform
-
-#endif

@@ -2,12 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/file_lock.h"
 
-#ifdef _WIN32
-#include <windows.h>
-#else
 #include <fcntl.h>
 #include <unistd.h>
-#endif
 
 namespace tarnwick::platform {
 
@@ -20,15 +16,6 @@ constexpr long kLockLength = 512;
 }  // namespace
 
 bool IsOpenElsewhere(const std::string& databaseFile) {
-#ifdef _WIN32
-  HANDLE file = CreateFileA(databaseFile.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                            nullptr, OPEN_EXISTING, 0, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  bool isFree = LockFile(file, kLockPlace, 0, kLockLength, 0) != 0;
-  if (isFree) UnlockFile(file, kLockPlace, 0, kLockLength, 0);
-  CloseHandle(file);
-  return !isFree;
-#else
   int handle = ::open(databaseFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (handle < 0) return false;
   struct flock lock {};
@@ -39,7 +26,6 @@ bool IsOpenElsewhere(const std::string& databaseFile) {
   bool isLocked = ::fcntl(handle, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
   ::close(handle);
   return isLocked;
-#endif
 }
 
 }  // namespace tarnwick::platform

@@ -2,29 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/child_process.h"
 
-#ifdef _WIN32
-
-#include "platform/error.h"
-
-namespace tarnwick::platform {
-
-// Where Outlook itself runs, its stores are read through it and no helper is needed.
-ChildProcess::ChildProcess(const std::string& program, const InputFile&) {
-  throw Error(ErrorNumber::kPathAccess, "Helper programs can't be started here: " + program);
-}
-ChildProcess::~ChildProcess() = default;
-bool ChildProcess::Write(std::string_view, int64_t) {
-  return false;
-}
-size_t ChildProcess::Read(void*, size_t, int64_t) {
-  return 0;
-}
-void ChildProcess::Kill() {}
-
-}  // namespace tarnwick::platform
-
-#else
-
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -45,13 +22,15 @@ namespace tarnwick::platform {
 
 namespace {
 
+constexpr int kChannel = 0;
+
 // Standard input is the channel, output and errors go nowhere.
 int Spawn(const std::string& program, int file, int childEnd, pid_t& id) {
   std::string name = program;
   char* argv[] = {name.data(), nullptr};
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, childEnd, 0);
+  posix_spawn_file_actions_adddup2(&actions, childEnd, kChannel);
   posix_spawn_file_actions_adddup2(&actions, file, kHandedFile);
   posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
@@ -61,6 +40,32 @@ int Spawn(const std::string& program, int file, int childEnd, pid_t& id) {
 }
 
 }  // namespace
+
+struct ChildProcess::Machinery {
+  Machinery(int ourEnd, pid_t child) : channel(ourEnd), id(child) {}
+  ~Machinery() {
+    close(channel);
+    kill(id, SIGKILL);
+    while (waitpid(id, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+  Machinery(const Machinery&) = delete;
+  Machinery& operator=(const Machinery&) = delete;
+
+  bool WaitFor(short events, int64_t deadline) const {
+    while (true) {
+      int64_t left = deadline - TickMilliseconds();
+      if (left < 0) return false;
+      pollfd entry{channel, events, 0};
+      int result = poll(&entry, 1, static_cast<int>(std::min<int64_t>(left, 1'000'000)));
+      if (result > 0) return true;
+      if (result < 0 && errno != EINTR) return false;
+    }
+  }
+
+  int channel;
+  pid_t id;
+};
 
 ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
   if (!FileExists(program)) {
@@ -77,40 +82,23 @@ ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
     close(ends[0]);
     throw Error(ErrorNumber::kPathAccess, "Helper program can't be started: " + program);
   }
-  channel_ = ends[0];
+  machinery_ = std::make_unique<Machinery>(ends[0], id);
   id_ = id;
 }
 
-ChildProcess::~ChildProcess() {
-  Kill();
-}
+ChildProcess::~ChildProcess() = default;
 
 void ChildProcess::Kill() {
-  if (channel_ >= 0) close(channel_);
-  channel_ = -1;
-  if (id_ == 0) return;
-  kill(static_cast<pid_t>(id_), SIGKILL);
-  while (waitpid(static_cast<pid_t>(id_), nullptr, 0) < 0 && errno == EINTR) {
-  }
+  machinery_.reset();
   id_ = 0;
-}
-
-bool ChildProcess::WaitFor(short events, int64_t deadline) {
-  while (true) {
-    int64_t left = deadline - TickMilliseconds();
-    if (left < 0) return false;
-    pollfd entry{channel_, events, 0};
-    int result = poll(&entry, 1, static_cast<int>(std::min<int64_t>(left, 1'000'000)));
-    if (result > 0) return true;
-    if (result < 0 && errno != EINTR) return false;
-  }
 }
 
 bool ChildProcess::Write(std::string_view bytes, int64_t timeoutMilliseconds) {
   int64_t deadline = TickMilliseconds() + timeoutMilliseconds;
   while (!bytes.empty()) {
-    if (channel_ < 0 || !WaitFor(POLLOUT, deadline)) return false;
-    ssize_t count = send(channel_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (!machinery_ || !machinery_->WaitFor(POLLOUT, deadline)) return false;
+    ssize_t count =
+        send(machinery_->channel, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (count > 0) {
       bytes.remove_prefix(static_cast<size_t>(count));
     } else if (errno != EINTR && errno != EAGAIN) {
@@ -122,16 +110,32 @@ bool ChildProcess::Write(std::string_view bytes, int64_t timeoutMilliseconds) {
 
 size_t ChildProcess::Read(void* buffer, size_t count, int64_t timeoutMilliseconds) {
   int64_t deadline = TickMilliseconds() + timeoutMilliseconds;
-  while (channel_ >= 0 && WaitFor(POLLIN, deadline)) {
-    ssize_t got = recv(channel_, buffer, count, MSG_DONTWAIT);
+  while (machinery_ && machinery_->WaitFor(POLLIN, deadline)) {
+    ssize_t got = recv(machinery_->channel, buffer, count, MSG_DONTWAIT);
     if (got > 0) return static_cast<size_t>(got);
     hasEnded_ = got == 0 || (errno != EINTR && errno != EAGAIN);
     if (hasEnded_) return 0;
   }
-  hasEnded_ = channel_ < 0;
+  hasEnded_ = !machinery_;
   return 0;
 }
 
-}  // namespace tarnwick::platform
+size_t ReadFromParent(void* buffer, size_t count) {
+  ssize_t got = 0;
+  do {
+    got = read(kChannel, buffer, count);
+  } while (got < 0 && errno == EINTR);
+  return got < 0 ? 0 : static_cast<size_t>(got);
+}
 
-#endif
+bool WriteToParent(std::string_view bytes) {
+  while (!bytes.empty()) {
+    ssize_t count = write(kChannel, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    bytes.remove_prefix(static_cast<size_t>(count));
+  }
+  return true;
+}
+
+}  // namespace tarnwick::platform

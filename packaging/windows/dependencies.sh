@@ -1,0 +1,142 @@
+#!/usr/bin/env bash
+# Builds the libraries that Tarnwick needs for Windows out of Debian's source packages, static, once:
+# what stands in the folder already is left alone. TARNWICK_WINDOWS_DEPS names another folder than
+# build/windows-deps, which several checkouts may share.
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+deps="${TARNWICK_WINDOWS_DEPS:-$here/../../build/windows-deps}"
+mkdir -p "$deps"
+deps="$(cd "$deps" && pwd)"
+root="$deps/root"
+host=x86_64-w64-mingw32
+jobs="$(nproc)"
+launcher=()
+if command -v ccache >/dev/null; then launcher=(ccache); fi
+export CC="${launcher[*]} $host-gcc-posix" CXX="${launcher[*]} $host-g++-posix"
+export CFLAGS="-O2" CXXFLAGS="-O2 -std=gnu++17"
+mkdir -p "$root/include" "$root/lib" "$root/done"
+
+# Others may build into the same folder at this moment.
+exec 9>"$deps/lock"
+flock 9
+
+version_of() { awk -v name="$1" '$1 == name { print $2 }' "$here/sources.txt"; }
+
+# Lists of source packages, of the places that this machine takes its packages from; kept apart from
+# the machine's own, which stay as they are.
+apt_options=()
+prepare_lists() {
+  [ ${#apt_options[@]} -eq 0 ] || return 0
+  local apt="$deps/apt" codename
+  codename="$(. /etc/os-release && echo "$VERSION_CODENAME")"
+  mkdir -p "$apt/lists/partial" "$apt/parts"
+  rm -f "$apt/parts"/*
+  local file
+  for file in /etc/apt/sources.list.d/*.sources; do
+    [ -e "$file" ] && grep -q "^Suites:.*$codename" "$file" || continue
+    sed 's/^Types:.*/Types: deb-src/' "$file" >"$apt/parts/$(basename "$file")"
+  done
+  for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ -e "$file" ] || continue
+    sed -n "s/^deb\(.* $codename\)/deb-src\1/p" "$file" >"$apt/parts/of-$(basename "$file" .list).list"
+  done
+  apt_options=(-o "Dir::Etc::sourcelist=/dev/null" -o "Dir::Etc::sourceparts=$apt/parts"
+               -o "Dir::State::lists=$apt/lists" -o "APT::Sandbox::User=root")
+  apt-get "${apt_options[@]}" -q update
+}
+
+# Fetches and unpacks a source package; its folder stands in $source.
+fetch() {
+  local name="$1" version hash
+  version="$(version_of "$name")"
+  hash="$(awk -v name="$name" '$1 == name { print $3 }' "$here/sources.txt")"
+  local folder="$deps/sources/$name" dsc="${name}_${version#*:}.dsc"
+  mkdir -p "$folder"
+  if [ ! -e "$folder/$dsc" ]; then
+    prepare_lists
+    (cd "$folder" && apt-get "${apt_options[@]}" -q --download-only source "$name=$version")
+  fi
+  echo "$hash  $folder/$dsc" | sha256sum --check --quiet
+  source="$folder/source"
+  rm -rf "$source"
+  dpkg-source --no-check -x "$folder/$dsc" "$source" >/dev/null  # looks at the hashes of the rest
+}
+
+# The data in the library, without what names places, units and zones in all languages: a third less
+# in every program.
+icu_data() {
+  local out="$1" version=72
+  local data="icudt${version}l"  # which is the name in front of everything in it, too
+  icupkg -tl -l "$source/source/data/in/$data.dat" |
+    grep -E '^(lang|region|unit|zone|rbnf|translit)/' >"$out/left-out.txt"
+  icupkg -tl -r "$out/left-out.txt" "$source/source/data/in/$data.dat" "$out/$data.dat"
+  (cd "$out" && genccode -a gcc-mingw64 -e "icudt$version" -d . "$data.dat" >/dev/null &&
+    $host-gcc-posix -c "${data}_dat.S" -o data.o)
+}
+
+build_icu() {
+  local build="$deps/sources/icu/build"
+  rm -rf "$build"
+  mkdir -p "$build/lib" "$build/native/bin" "$build/native/config"
+  local tool
+  for tool in icupkg pkgdata genrb gencnval gencfu genbrk gendict gensprep gennorm2 makeconv; do
+    [ ! -e "/usr/bin/$tool" ] || ln -sf "/usr/bin/$tool" "$build/native/bin/$tool"
+    [ ! -e "/usr/sbin/$tool" ] || ln -sf "/usr/sbin/$tool" "$build/native/bin/$tool"
+  done
+  touch "$build/native/config/icucross.mk" "$build/native/config/icucross.inc"
+  (cd "$build" &&
+    "$source/source/configure" --host=$host --with-cross-build="$build/native" --prefix="$root" \
+      --enable-static --disable-shared --disable-tools --disable-tests --disable-samples \
+      --disable-extras --disable-icuio --with-data-packaging=static &&
+    make -s -j"$jobs" -C common && make -s -j"$jobs" -C i18n) >"$build.log" 2>&1
+  icu_data "$build"
+  mkdir -p "$root/include/unicode"
+  cp "$source"/source/{common,i18n}/unicode/*.h "$root/include/unicode/"
+  # By the names that the libraries have elsewhere.
+  cp "$build/lib/libsicuuc.a" "$root/lib/libicuuc.a"
+  cp "$build/lib/libsicuin.a" "$root/lib/libicui18n.a"
+  $host-ar rcs "$root/lib/libicudata.a" "$build/data.o"
+}
+
+build_libxml2() {
+  local build="$deps/sources/libxml2/build"
+  rm -rf "$build"
+  cmake -S "$source" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
+    -DLIBXML2_WITH_{ICONV,LZMA,ZLIB,PYTHON,PROGRAMS,TESTS,FTP,HTTP,DEBUG,MODULES,CATALOG,DOCB}=OFF \
+    -DLIBXML2_WITH_{SCHEMAS,SCHEMATRON,XINCLUDE,XPTR,C14N,LEGACY,REGEXPS}=OFF >"$build.log"
+  ninja -j"$jobs" -C "$build" install >>"$build.log"
+}
+
+build_libzstd() {
+  local build="$deps/sources/libzstd/build"
+  rm -rf "$build"
+  cmake -S "$source/build/cmake" -B "$build" -G Ninja \
+    -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DZSTD_BUILD_SHARED=OFF \
+    -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_LEGACY_SUPPORT=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF >"$build.log"
+  ninja -j"$jobs" -C "$build" install >>"$build.log"
+}
+
+build_googletest() {
+  local build="$deps/sources/googletest/build"
+  rm -rf "$build"
+  cmake -S "$source" -B "$build" -G Ninja \
+    -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release >"$build.log"
+  ninja -j"$jobs" -C "$build" install >>"$build.log"
+}
+
+for name in "${@:-libzstd libxml2 googletest icu}"; do
+  for library in $name; do
+    mark="$root/done/$library-$(version_of "$library")"
+    [ -e "$mark" ] && continue
+    echo "Building $library $(version_of "$library") for Windows"
+    started=$SECONDS
+    fetch "$library"
+    "build_$library"
+    rm -rf "$deps/sources/$library"
+    touch "$mark"
+    echo "  $((SECONDS - started)) s"
+  done
+done
