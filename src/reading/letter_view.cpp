@@ -229,7 +229,8 @@ void LetterView::TellMarks() {
 void LetterView::FitHead() {
   head_->document()->setTextWidth(head_->viewport()->width());
   int lines = static_cast<int>(head_->document()->size().height()) + 2;
-  head_->setFixedHeight(std::clamp(lines, 0, std::max(height() * 2 / 5, fontMetrics().height() * 5)));
+  head_->setFixedHeight(
+      std::clamp(lines, 0, std::max(height() * 2 / 5, fontMetrics().height() * 5)));
 }
 
 void LetterView::resizeEvent(QResizeEvent* event) {
