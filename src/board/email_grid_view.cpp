@@ -244,12 +244,17 @@ void EmailGridView::FitSubject() {
 }
 
 void EmailGridView::resizeEvent(QResizeEvent* event) {
+  // The row that was in sight stays there: a letter with attachments takes room from the list.
+  QModelIndex current = currentIndex();
+  bool wasSeen =
+      current.isValid() && QRect(QPoint(), event->oldSize()).intersects(visualRect(current));
   int before = event->oldSize().width();
   bool filled = horizontalHeader()->length() == before;
   bool squeezed = columnWidth(kSubjectColumn) == kNarrowestSubject;
   GridView::resizeEvent(event);
   // Columns that the person drew narrower or wider than the window stay as they are.
   if (settled_ && event->size().width() != before && (filled || squeezed)) FitSubject();
+  if (wasSeen) scrollTo(current);
 }
 
 void EmailGridView::selectionChanged(const QItemSelection& selected,
