@@ -179,6 +179,21 @@ TEST_F(Window, TheSelectionStaysWithItsMessageAndUndoBringsBackWhatWasDeleted) {
   EXPECT_EQ(CountRows("Attachment"), 3);
 }
 
+TEST_F(Window, TheChosenRowStaysInSightWhenTheListShrinks) {
+  testing::AddMany(60, {.subject = "one of many"});
+  Start();
+  window_->resize(1000, 900);
+  QApplication::processEvents();
+  EmailGridView& grid = window_->Grid();
+  int row = grid.rowAt(grid.viewport()->height() - 4);
+  ASSERT_GT(row, 5);
+  Select(row);
+  window_->resize(1000, 700);
+  QApplication::processEvents();
+  QRect shown = grid.visualRect(grid.model()->index(row, 1));
+  EXPECT_TRUE(grid.viewport()->rect().contains(shown.center()));
+}
+
 TEST_F(Window, At800PixelsTheFilterFoldsAndNothingIsCut) {
   Start();
   auto isWhole = [&] {
