@@ -8,8 +8,6 @@
 namespace tarnwick::platform {
 namespace {
 
-using std::string_literals::operator""s;
-
 TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
   const Case rows[] = {
       {"inline elements join", "a<b>b</b><i>c</i> d", "abc d"},
@@ -37,7 +35,7 @@ TEST(HtmlToPlainText, TheBodyIsRenderedAsLines) {
       {"unclosed markup", "a<b>b<a href=\"x", "ab"},
       {"text behind the body", "a</body></html>b", "a\r\n\r\nb"},
       {"letters outside ASCII", "<p>Привет, 日本</p>", "Привет, 日本"},
-      {"nul", "a\0b"s, "a b"},
+      {"nul", std::string("a\0b", 3), "a b"},
   };
   for (const Case& row : rows)
     EXPECT_EQ(HtmlToPlainText("<html><body>" + row.given), row.expected) << row.what;

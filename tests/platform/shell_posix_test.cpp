@@ -14,7 +14,8 @@ using testing::TempFolder;
 // arguments in a file and does what the test wants of it.
 class ShellTest : public ::testing::Test {
  protected:
-  ShellTest() : path_(std::getenv("PATH") == nullptr ? "" : std::getenv("PATH")) {
+  ShellTest() {
+    if (const char* path = std::getenv("PATH")) path_ = path;
     MakeFolder(folder_.File("bin"));
     setenv("PATH", folder_.File("bin").c_str(), 1);
   }
