@@ -135,8 +135,9 @@ LocaleFacts MakeFacts(const std::string& name) {
 }
 
 const LocaleFacts& Facts() {
+  static const std::string system = SystemLocaleName();  // asked once: every date comes by here
   static std::unique_ptr<LocaleFacts> facts;
-  std::string name = OverrideName().empty() ? SystemLocaleName() : OverrideName();
+  const std::string& name = OverrideName().empty() ? system : OverrideName();
   if (!facts || facts->name != name) facts = std::make_unique<LocaleFacts>(MakeFacts(name));
   return *facts;
 }
