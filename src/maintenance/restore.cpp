@@ -25,7 +25,6 @@ namespace tarnwick::maintenance {
 
 namespace {
 
-using core::State;
 using repository::RepositoryDb;
 
 // What is left free beside the new data, and beside the copy where it has to be one.
