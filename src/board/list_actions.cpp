@@ -36,6 +36,10 @@ ListActions::ListActions(const BoardParts& parts, BoardWork& work, QObject* pare
   prepare_.setInterval(kPrepareEveryMilliseconds);
   connect(&prepare_, &QTimer::timeout, this, &ListActions::PrepareSearch);
   connect(&work, &BoardWork::Ended, &prepare_, qOverload<>(&QTimer::start));
+  // Reading ahead waits while somebody goes through the list.
+  connect(parts.grid, &EmailGridView::CurrentChanged, this, [this] {
+    if (prepare_.isActive()) prepare_.start();
+  });
 }
 
 void ListActions::ConnectTimeline() {
