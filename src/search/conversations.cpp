@@ -11,7 +11,6 @@
 #include "core/steps.h"
 #include "database/recordset.h"
 #include "intake/thread_ids.h"
-#include "platform/clock.h"
 #include "platform/utf8.h"
 #include "repository/repository.h"
 #include "search/mail_map.h"
@@ -21,13 +20,6 @@ namespace tarnwick::search {
 namespace {
 
 using repository::RepositoryDb;
-
-constexpr int64_t kStepMilliseconds = 8;  // aimed at
-constexpr int64_t kFewestRows = 100;
-constexpr int64_t kMostRows = 100000;
-// As far as the map of the mail goes (mail_map.cpp).
-constexpr int64_t kSparsest = 8;
-constexpr int64_t kKeysAtFirst = int64_t{1} << 20;
 
 struct Prefix {
   std::string_view text;
@@ -161,32 +153,24 @@ void Conversations::Join(uint32_t a, uint32_t b) {
 }
 
 bool Conversations::Read(int64_t milliseconds) {
-  int64_t end = platform::TickMilliseconds() + milliseconds;
-  int64_t now = 0;
-  do {
-    if (isUnfit_ || IsComplete()) return true;
-    int64_t began = platform::TickMilliseconds();
-    RepositoryDb().ReadRows(
-        "SELECT TOP " + std::to_string(rows_) +
-            " ID, Thread, Subject, FromTo FROM Email WHERE ID > " + std::to_string(last_) +
-            " ORDER BY ID",
-        [&](const jet::PassingRow& row) {
-          last_ = row.Int(0);
-          isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
-                     last_ > kKeysAtFirst + kSparsest * static_cast<int64_t>(above_.size() + 1);
-          if (!isUnfit_ && last_ >= 0) Add(last_, row);
-        });
-    now = platform::TickMilliseconds();
-    int64_t right = rows_ * kStepMilliseconds / std::max<int64_t>(1, now - began);
-    rows_ = std::clamp(std::clamp(right, rows_ / 4, rows_ * 2), kFewestRows, kMostRows);
-  } while (now < end);
-  return isUnfit_ || IsComplete();
+  return steps_.Run(
+      milliseconds, [this] { return isUnfit_ || IsComplete(); },
+      [this](int64_t rows) { ReadNext(rows); });
+}
+
+void Conversations::ReadNext(int64_t rows) {
+  RepositoryDb().ReadRows(
+      NextRows("Thread, Subject, FromTo", "Email", last_, rows), [&](const jet::PassingRow& row) {
+        last_ = row.Int(0);
+        isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
+                   last_ > kKeysAtFirst + kSparsest * static_cast<int64_t>(above_.size() + 1);
+        if (!isUnfit_ && last_ >= 0) Add(last_, row);
+      });
 }
 
 bool Conversations::IsComplete() {
   if (isUnfit_ || !RepositoryDb().IsOpen()) return false;
-  RepositoryDb().ReadRows("SELECT Max(ID) AS LastKey FROM Email",
-                          [&](const jet::PassingRow& row) { newest_ = row.Int(0); });
+  newest_ = LastKey("Email");
   return newest_ <= last_;
 }
 

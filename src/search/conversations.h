@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "database/connection.h"
+#include "search/row_steps.h"
 
 namespace tarnwick::search {
 
@@ -79,6 +80,7 @@ class Conversations {
   uint32_t SetOf(uint64_t hash);
   uint32_t Find(uint32_t set);
   void Join(uint32_t a, uint32_t b);
+  void ReadNext(int64_t rows);
   void Add(int64_t message, const jet::PassingRow& row);
   void AddBySubject(uint32_t set, uint64_t subject, uint8_t kinds);
 
@@ -93,7 +95,7 @@ class Conversations {
   int64_t newest_ = 0;
   std::vector<int64_t> unknown_;
   bool isUnfit_ = false;
-  int64_t rows_ = 1000;
+  RowSteps steps_;
 };
 
 // Those of the open repository.

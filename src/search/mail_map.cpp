@@ -6,7 +6,6 @@
 
 #include "database/connection.h"
 #include "intake/message_state.h"
-#include "platform/clock.h"
 #include "platform/utf8.h"
 #include "repository/repository.h"
 
@@ -16,27 +15,6 @@ namespace {
 
 using platform::FoldCase;
 using repository::RepositoryDb;
-
-constexpr int64_t kStepMilliseconds = 8;  // aimed at
-constexpr int64_t kFewestRows = 100;
-constexpr int64_t kMostRows = 100000;
-// A file can hold any key: what lies further apart than this is not worth its memory.
-constexpr int64_t kSparsest = 8;
-constexpr int64_t kKeysAtFirst = int64_t{1} << 20;
-
-int64_t LastKey(std::string_view table) {
-  int64_t last = 0;
-  RepositoryDb().ReadRows("SELECT Max(ID) AS LastKey FROM " + std::string(table),
-                          [&](const jet::PassingRow& row) { last = row.Int(0); });
-  return last;
-}
-
-std::string NextRows(std::string_view columns, std::string_view table, int64_t after,
-                     int64_t rows) {
-  std::string sql = "SELECT TOP " + std::to_string(rows) + " ID, ";
-  return sql.append(columns).append(" FROM ").append(table).append(
-      " WHERE ID > " + std::to_string(after) + " ORDER BY ID");
-}
 
 bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
@@ -60,25 +38,21 @@ uint32_t MailMap::Names::NumberOf(std::string_view first, std::string_view secon
 }
 
 bool MailMap::Read(int64_t milliseconds) {
-  int64_t end = platform::TickMilliseconds() + milliseconds;
-  int64_t now = 0;
-  do {
-    if (isUnfit_ || IsComplete()) return true;
-    int64_t began = platform::TickMilliseconds();
-    if (!messages_.isAtEnd) {
-      ReadMessages(rows_);
-    } else if (!to_.isAtEnd) {
-      ReadLinks("ToRecipient", "Address, Name", rows_, people_, recipients_, to_);
-    } else if (!cc_.isAtEnd) {
-      ReadLinks("ccRecipient", "Address, Name", rows_, people_, recipients_, cc_);
-    } else {
-      ReadLinks("Attachment", "FileName, Null AS Nothing", rows_, files_, attached_, attachments_);
-    }
-    now = platform::TickMilliseconds();
-    int64_t right = rows_ * kStepMilliseconds / std::max<int64_t>(1, now - began);
-    rows_ = std::clamp(std::clamp(right, rows_ / 4, rows_ * 2), kFewestRows, kMostRows);
-  } while (now < end);
-  return isUnfit_ || IsComplete();
+  return steps_.Run(
+      milliseconds, [this] { return isUnfit_ || IsComplete(); },
+      [this](int64_t rows) { ReadNext(rows); });
+}
+
+void MailMap::ReadNext(int64_t rows) {
+  if (!messages_.isAtEnd) {
+    ReadMessages(rows);
+  } else if (!to_.isAtEnd) {
+    ReadLinks("ToRecipient", "Address, Name", rows, people_, recipients_, to_);
+  } else if (!cc_.isAtEnd) {
+    ReadLinks("ccRecipient", "Address, Name", rows, people_, recipients_, cc_);
+  } else {
+    ReadLinks("Attachment", "FileName, Null AS Nothing", rows, files_, attached_, attachments_);
+  }
 }
 
 bool MailMap::IsComplete() {

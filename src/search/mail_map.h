@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#include "search/row_steps.h"
+
 namespace tarnwick::search {
 
 // Marks by the keys of messages; those beyond the end are not marked.
@@ -106,6 +108,7 @@ class MailMap {
     int64_t last = 0;  // key
     bool isAtEnd = false;
   };
+  void ReadNext(int64_t rows);
   void ReadMessages(int64_t rows);
   // columns: two of texts behind the key of the message.
   void ReadLinks(std::string_view table, std::string_view columns, int64_t rows, Names& names,
@@ -127,7 +130,7 @@ class MailMap {
   Progress cc_;
   Progress attachments_;
   bool isUnfit_ = false;  // there are messages that it can't hold
-  int64_t rows_ = 1000;   // of the next step
+  RowSteps steps_;
 };
 
 // The map of the open repository.
