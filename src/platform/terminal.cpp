@@ -4,66 +4,14 @@
 
 #include <cstdio>
 
-#ifdef _WIN32
-#include <conio.h>
-#else
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
-#endif
-
 #include "platform/error.h"
+#include "platform/hidden_terminal.h"
 
 namespace tarnwick::platform {
 
 namespace {
 
 constexpr size_t kLongest = 1000;
-constexpr int kEnd = -1;
-
-// The terminal, byte by byte, with nothing shown.
-#ifdef _WIN32
-
-class HiddenTerminal {
- public:
-  bool IsThere() const { return true; }
-  void Show(const std::string& text) { std::fputs(text.c_str(), stderr); }
-  int Next() { return _getch(); }
-};
-
-#else
-
-class HiddenTerminal {
- public:
-  HiddenTerminal() : handle_(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
-    if (handle_ < 0 || tcgetattr(handle_, &former_) != 0) return;
-    termios hidden = former_;
-    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO | ICANON | ISIG);
-    isHidden_ = tcsetattr(handle_, TCSAFLUSH, &hidden) == 0;
-  }
-  ~HiddenTerminal() {
-    if (isHidden_) tcsetattr(handle_, TCSAFLUSH, &former_);
-    if (handle_ >= 0) close(handle_);
-  }
-  HiddenTerminal(const HiddenTerminal&) = delete;
-  HiddenTerminal& operator=(const HiddenTerminal&) = delete;
-
-  bool IsThere() const { return isHidden_; }
-  void Show(const std::string& text) {
-    [[maybe_unused]] ssize_t written = write(handle_, text.data(), text.size());
-  }
-  int Next() {
-    unsigned char byte = 0;
-    return read(handle_, &byte, 1) == 1 ? byte : kEnd;
-  }
-
- private:
-  int handle_;
-  termios former_ = {};
-  bool isHidden_ = false;
-};
-
-#endif
 
 // Takes the last character, of one or more bytes, away.
 size_t WithoutLast(Secret& line, size_t length) {
@@ -89,7 +37,7 @@ std::optional<Secret> ReadHidden(const std::string& prompt) {
   size_t length = 0;
   int byte = 0;
   while ((byte = terminal.Next()) != '\n' && byte != '\r') {
-    if (byte == kEnd || byte == kInterrupt || byte == kEndOfInput) {
+    if (byte == HiddenTerminal::kEnd || byte == kInterrupt || byte == kEndOfInput) {
       terminal.Show("\n");
       return std::nullopt;
     }
