@@ -96,6 +96,17 @@ TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
   }
 }
 
+// As a file is that was brought up to date column by column.
+TEST_F(ConnectionTest, RowsFindTheirColumnsInWhateverOrderAnotherFileHasThem) {
+  Run("INSERT INTO Email (Subject, Direction) VALUES ('letter', 'In')");
+  std::string other = folder_.File("other.twr");
+  std::vector<TableDefinition> tables = MailTables();
+  std::swap(tables.front().columns[2], tables.front().columns[3]);
+  CreateDatabaseFile(other, kPassword, tables, 1);
+  Run("INSERT INTO Email IN '" + other + "' SELECT * FROM Email");
+  EXPECT_EQ(Column("SELECT Subject & Direction FROM Email IN '" + other + "'"), "letterIn");
+}
+
 TEST_F(ConnectionTest, ForReadingAFileIsNeverChanged) {
   AddNames({"Ann"});
   connection_.Close();
