@@ -13,8 +13,8 @@
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/source.h"
+#include "outlook/automated_outlook.h"
 #include "outlook/folder_walk.h"
-#include "outlook/pst_provider.h"
 #include "outlook/store_discovery.h"
 #include "outlook/take_item.h"
 #include "platform/error.h"
@@ -355,7 +355,7 @@ void olReset() {
 }
 
 bool olAnnounce(bool everyStore) {
-  State().Outlook = std::make_unique<PstNamespace>(State().StoreFiles);
+  State().Outlook = OpenStores(State().StoreFiles);
   return olAnnounceFrom(*State().Outlook, everyStore);
 }
 

@@ -3,8 +3,8 @@
 //
 // Outlook's mail as the import walks it, in the shape of Outlook's own object model: a namespace of
 // stores, a store's tree of folders, a folder's items by number, an item with an entry identifier,
-// a type name and properties. Behind it stands a provider: .pst files (pst_provider.h), a tree in
-// memory in tests, and room for Outlook's automation objects where Outlook runs.
+// a type name and properties. Behind it stands a provider: .pst files (pst_provider.h), Outlook's
+// automation objects where it has those open (automated_outlook.h), a tree in memory in tests.
 //
 // Calls that read throw Error when what they read is damaged or gone; the object stays usable.
 // Texts are UTF-8. A folder or item lives only as long as its namespace.
