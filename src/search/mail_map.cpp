@@ -22,6 +22,23 @@ bool Contains(std::string_view text, std::string_view part) {
 
 }  // namespace
 
+void TextPool::Add(int64_t owner, std::string_view text) {
+  begins_.push_back(texts_.size());
+  owners_.push_back(owner);
+  texts_.append(FoldCase(text)).append(1, '\0');
+}
+
+void TextPool::AddOwnersWith(std::string_view part, KeySet& owners) const {
+  std::string wanted = FoldCase(part);
+  size_t found = texts_.find(wanted);
+  while (found < texts_.size()) {
+    auto next = std::upper_bound(begins_.begin(), begins_.end(), found);
+    owners.Add(owners_[static_cast<size_t>(next - begins_.begin()) - 1]);
+    if (next == begins_.end()) break;
+    found = texts_.find(wanted, *next);
+  }
+}
+
 MailMap& Map() {
   static MailMap map;
   return map;
@@ -50,8 +67,12 @@ void MailMap::ReadNext(int64_t rows) {
     ReadLinks("ToRecipient", "Address, Name", rows, people_, recipients_, to_);
   } else if (!cc_.isAtEnd) {
     ReadLinks("ccRecipient", "Address, Name", rows, people_, recipients_, cc_);
-  } else {
+  } else if (!attachments_.isAtEnd) {
     ReadLinks("Attachment", "FileName, Null AS Nothing", rows, files_, attached_, attachments_);
+  } else if (!contactNames_.isAtEnd) {
+    ReadContacts("MeContact", "ID AS Owner, Name", rows, contactNames_);
+  } else {
+    ReadContacts("ContactEmail", "ContactID, Address", rows, contactAddresses_);
   }
 }
 
@@ -61,7 +82,15 @@ bool MailMap::IsComplete() {
   to_.isAtEnd = LastKey("ToRecipient") <= to_.last;
   cc_.isAtEnd = LastKey("ccRecipient") <= cc_.last;
   attachments_.isAtEnd = LastKey("Attachment") <= attachments_.last;
-  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd;
+  contactNames_.isAtEnd = LastKey("MeContact") <= contactNames_.last;
+  contactAddresses_.isAtEnd = LastKey("ContactEmail") <= contactAddresses_.last;
+  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd &&
+         contactNames_.isAtEnd && contactAddresses_.isAtEnd;
+}
+
+void MailMap::ForgetContacts() {
+  contacts_ = {};
+  contactNames_ = contactAddresses_ = {};
 }
 
 void MailMap::ReadMessages(int64_t rows) {
@@ -102,6 +131,15 @@ void MailMap::ReadLinks(std::string_view table, std::string_view columns, int64_
   });
 }
 
+void MailMap::ReadContacts(std::string_view table, std::string_view columns, int64_t rows,
+                           Progress& progress) {
+  RepositoryDb().ReadRows(NextRows(columns, table, progress.last, rows),
+                          [&](const jet::PassingRow& row) {
+                            progress.last = row.Int(0);
+                            contacts_.Add(row.Int(1), row.Text(2));
+                          });
+}
+
 std::vector<bool> MailMap::Names::With(std::string_view text) const {
   std::string wanted = FoldCase(text);
   std::vector<bool> with(pairs.size());
@@ -131,7 +169,9 @@ void MailMap::AddWrittenBy(std::string_view text, KeySet& keys) const {
   AddLetters([&](const Message& letter) { return wanted[letter.sender]; }, keys);
 }
 
-void MailMap::AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const {
+void MailMap::AddOfContacts(std::string_view text, bool received, bool sent, KeySet& keys) const {
+  KeySet contacts;
+  contacts_.AddOwnersWith(text, contacts);
   AddLetters(
       [&](const Message& letter) {
         bool isOne = letter.contact != kNone && contacts.Holds(letter.contact);
