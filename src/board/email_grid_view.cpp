@@ -76,10 +76,10 @@ void EmailGridView::SetDefaultWidths() {
 }
 
 void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace,
-                         const std::vector<int>& starts) {
+                         const std::vector<ListedConversation>& conversations) {
   int row = currentIndex().row();
   const Held held = std::exchange(held_, {});
-  model_->Bind(list, placeholder, starts);
+  model_->Bind(list, placeholder, conversations);
   int rows = placeholder ? 0 : model_->rowCount();
   if (rows == 0) {
     viewport()->update();
