@@ -63,6 +63,7 @@ void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   keepPlace_ = false;
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
   timeline::Scope scope = TimelineScope(filter);
+  scope.search = SearchName();
   parts_.timeline->Follow(scope, filter.FromTo);
   // It counts by the filter alone.
   parts_.otherDates->Follow(scope, filter.DateFromIsOwn && !IsSearching());

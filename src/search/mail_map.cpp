@@ -20,6 +20,12 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+int32_t DayOf(int64_t seconds) {
+  constexpr int64_t kDaySeconds = 86400;
+  int64_t day = seconds / kDaySeconds - (seconds % kDaySeconds < 0 ? 1 : 0);
+  return static_cast<int32_t>(std::clamp<int64_t>(day, INT32_MIN, INT32_MAX));
+}
+
 }  // namespace
 
 void TextPool::Add(int64_t owner, std::string_view text) {
@@ -94,8 +100,9 @@ void MailMap::ForgetContacts() {
 }
 
 void MailMap::ReadMessages(int64_t rows) {
-  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State",
-                             "Email", messages_.last, rows);
+  std::string sql =
+      NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State, ReceivedTime",
+               "Email", messages_.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
     int64_t contact = row.Int(5);
@@ -110,6 +117,7 @@ void MailMap::ReadMessages(int64_t rows) {
     letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
     letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
     letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
+    letter.day = DayOf(row.Int(8));
     letter.states = 0;
     std::string_view states = row.Text(7);
     for (size_t i = 0; i < std::size(intake::kStateMarks); ++i) {
@@ -211,6 +219,15 @@ void MailMap::AddInState(char letter, KeySet& keys) const {
     if (intake::kStateMarks[i].letter == letter) wanted = static_cast<uint8_t>(1U << i);
   }
   AddLetters([&](const Message& message) { return (message.states & wanted) != 0; }, keys);
+}
+
+std::optional<MailMap::Traits> MailMap::Of(int64_t message) const {
+  auto place = static_cast<size_t>(message);
+  if (message < 0 || place >= letters_.size() || letters_[place].sender == kNone) {
+    return std::nullopt;
+  }
+  const Message& letter = letters_[place];
+  return Traits{letter.day, letter.isReceived, letter.contact == kNone ? 0 : letter.contact};
 }
 
 std::vector<Folder> MailMap::Folders() const {

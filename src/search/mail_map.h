@@ -3,8 +3,8 @@
 //
 // Who wrote each message of the open repository, who got it, what files were attached to it, in
 // which folder of the mail program it lay and what that knew of it, and whom the contact book
-// holds, in memory: sixteen bytes for each message, eight for each recipient and file, each name
-// and address once, and the contact book's texts. A search for a person is a look at the distinct
+// holds, in memory: twenty bytes for each message, eight for each recipient and file, each name and
+// address once, and the contact book's texts. A search for a person is a look at the distinct
 // names then, and folders are counted without a look at the file.
 //
 // It is read in steps, while there is nothing else to do or by the first search that wants it, and
@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -69,6 +70,8 @@ class MailMap {
   bool Read(int64_t milliseconds);
   // True when every message there is now is in it. Throws Error.
   bool IsComplete();
+  // There are messages that it can't hold.
+  bool IsUnfit() const { return isUnfit_; }
   // After anything else than new messages: another repository, rows replaced.
   void Forget() { *this = {}; }
   // After the contact book was changed.
@@ -90,6 +93,14 @@ class MailMap {
   // Those with a letter of intake::kStateMarks.
   void AddInState(char letter, KeySet& keys) const;
 
+  struct Traits {
+    int day = 0;  // of its date: days since 1 January 1970
+    bool isReceived = false;
+    int64_t contact = 0;  // 0: none
+  };
+  // nullopt for a message that is not in it.
+  std::optional<Traits> Of(int64_t message) const;
+
   // In the order of identity and name; those that hold no message any more are left out. Throws
   // Error.
   std::vector<Folder> Folders() const;
@@ -110,6 +121,7 @@ class MailMap {
     uint32_t sender = kNone;
     uint32_t folder = kNone;
     uint32_t contact = kNone;
+    int32_t day = 0;
     bool isReceived = false;
     bool isSent = false;
     uint8_t states = 0;  // by their places in intake::kStateMarks
@@ -151,7 +163,7 @@ class MailMap {
   TextPool contacts_;  // names and addresses
   Progress contactNames_;
   Progress contactAddresses_;
-  bool isUnfit_ = false;  // there are messages that it can't hold
+  bool isUnfit_ = false;
   RowSteps steps_;
 };
 
