@@ -264,6 +264,12 @@ void EmailGridView::selectionChanged(const QItemSelection& selected,
   emit CurrentChanged();
 }
 
+void EmailGridView::Enter() {
+  setFocus();
+  bool hasRows = model_->rowCount() > 0 && !model_->IsPlaceholder();
+  if (!currentIndex().isValid() && hasRows) selectRow(0);
+}
+
 // The base class makes the first cell current, which looks half selected.
 void EmailGridView::focusInEvent(QFocusEvent* event) {
   bool hadCurrent = currentIndex().isValid();

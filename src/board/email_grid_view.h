@@ -52,6 +52,9 @@ class EmailGridView : public repository::GridView {
 
   void CopySelected() const;
 
+  // Takes the focus, to the first row where none is current.
+  void Enter();
+
   // Types ahead within the rows that can be looked at in a fifth of a second.
   void keyboardSearch(const QString& search) override;
 

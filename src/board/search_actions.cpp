@@ -85,7 +85,7 @@ void SearchActions::Connect() {
   using search::SearchBoxView;
   connect(find_, &QAction::triggered, parts_.search, &SearchBoxView::Enter);
   connect(parts_.search, &SearchBoxView::SearchAskedFor, this, &SearchActions::Search);
-  connect(parts_.search, &SearchBoxView::Left, parts_.grid, qOverload<>(&QWidget::setFocus));
+  connect(parts_.search, &SearchBoxView::Left, parts_.grid, &EmailGridView::Enter);
   connect(&list_, &ListActions::Bound, this, &SearchActions::Follow);
   connect(&list_, &ListActions::EverythingAskedFor, this, &SearchActions::Forget);
   connect(showFolders_, &QAction::toggled, this, &SearchActions::SetFoldersShown);
