@@ -76,13 +76,14 @@ void PasswordDialog::AddBox(std::function<std::string()> whyNot) {
   reason->hide();
   connect(remember_, &QCheckBox::clicked, this,
           [this, reason, whyNot = std::move(whyNot)](bool on) {
+            // Enter ends the dialog: some desktops have it press a box that has the focus.
+            password_->setFocus();
             std::string why = on ? whyNot() : std::string();
             if (why.empty()) return;
             remember_->setChecked(false);
             remember_->setEnabled(false);
             reason->setText(tr("It can't be remembered: %1").arg(QString::fromStdString(why)));
             reason->show();
-            password_->setFocus();
           });
   layout()->addWidget(remember_);
   layout()->addWidget(reason);
