@@ -37,7 +37,10 @@ std::string Reason(const QKeychain::Job& job) {
       return QCoreApplication::translate("DesktopKeyring", "No keyring is running on this desktop.")
           .toStdString();
     default:
-      return job.errorString().toStdString();
+      return QCoreApplication::translate("DesktopKeyring",
+                                         "The desktop's keyring can't be reached (%1).")
+          .arg(job.errorString())
+          .toStdString();
   }
 }
 

@@ -209,11 +209,12 @@ void SearchActions::ShowState() {
 // What has been found so far; while the list grows ShowState asks again.
 void SearchActions::TellTimeline() {
   if (!IsSearching()) return;
-  if (work_.IsRunning() || !PrepareMap(kStepMilliseconds))
+  if (work_.IsRunning() || !PrepareMap(kStepMilliseconds)) {
     return tell_.start(kTellEveryMilliseconds);
+  }
   std::vector<timeline::FoundMessage> found = TakeFound();
   parts_.timeline->AddFound(found, IsAllTaken());
-  if (!IsListGrowing() && !IsAllTaken()) tell_.start(0);
+  if (!found.empty() && !IsListGrowing() && !IsAllTaken()) tell_.start(0);
 }
 
 void SearchActions::SetFoldersShown(bool on) {

@@ -10,6 +10,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "options/password_strength.h"
@@ -84,6 +85,8 @@ void PasswordDialog::AddBox(std::function<std::string()> whyNot) {
             remember_->setEnabled(false);
             reason->setText(tr("It can't be remembered: %1").arg(QString::fromStdString(why)));
             reason->show();
+            layout()->activate();
+            resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
           });
   layout()->addWidget(remember_);
   layout()->addWidget(reason);
