@@ -183,6 +183,7 @@ std::vector<Correspondent> TopCorrespondents(const std::map<int64_t, int64_t>& m
       "TopCorrespondents",
       [&] {
         std::vector<std::pair<int64_t, int64_t>> ranked;  // messages, contact
+        ranked.reserve(messages.size());
         for (const auto& [contact, count] : messages) ranked.emplace_back(count, -contact);
         std::sort(ranked.rbegin(), ranked.rend());
         for (const auto& [count, contact] : ranked) {

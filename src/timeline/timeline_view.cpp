@@ -185,7 +185,6 @@ void TimelineView::showEvent(QShowEvent* event) {
 void TimelineView::Begin() {
   begun_ = true;
   since_.start();
-  // What was found is told as it comes.
   if (!found_) reader_.Start(*scope_);
   if (IsToldAll()) ShowCounts();
   if (pages_->currentWidget() == correspondents_) BeginCorrespondents();
@@ -206,14 +205,13 @@ void TimelineView::BeginCorrespondents() {
 }
 
 void TimelineView::Work() {
-  if (!isEnabled() || !isVisible()) {
+  // What was found is told, not counted here.
+  if (!isEnabled() || !isVisible() || (begun_ && found_)) {
     work_.stop();
     return;
   }
   if (!begun_) {
     Begin();
-  } else if (found_) {
-    work_.stop();
   } else if (reader_.IsRunning()) {
     bool more = reader_.Step();
     if (!more || since_.elapsed() > kPatienceMilliseconds) {

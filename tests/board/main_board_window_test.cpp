@@ -202,9 +202,10 @@ TEST_F(Window, At800PixelsTheFilterFoldsAndNothingIsCut) {
       QRect place(widget->mapTo(window_.get(), QPoint()), widget->size());
       EXPECT_TRUE(window_->rect().contains(place)) << name;
       auto* button = qobject_cast<QPushButton*>(widget);
-      int least = button == nullptr
-                      ? widget->minimumSizeHint().width()
-                      : button->fontMetrics().size(Qt::TextShowMnemonic, button->text()).width() + 8;
+      int least =
+          button == nullptr
+              ? widget->minimumSizeHint().width()
+              : button->fontMetrics().size(Qt::TextShowMnemonic, button->text()).width() + 8;
       EXPECT_GE(widget->width(), least) << name;
     }
     return Find<QWidget>("Frame3")->y() > Find<QWidget>("MailText")->y();
