@@ -342,6 +342,19 @@ void TimeFinding(Bench& bench) {
   bench.Measure("folders counted", [] { search::Map().Folders(); });
 }
 
+void TimeConversations(Bench& bench) {
+  bench.Once("conversations read", [] {
+    while (!board::PrepareConversations(1000)) {
+    }
+  });
+  board::Board().Conversations.isOn = true;
+  bench.Measure(
+      "list grouped by conversations", [] { board::GroupList(); },
+      [] { List([](board::ListFilter&) {}); });
+  std::printf("<!-- %zu -->\n", board::Board().Conversations.starts.size());
+  board::Board().Conversations = {};
+}
+
 std::vector<board::SelectedMessage> Listed(int64_t first, int64_t count) {
   List([](board::ListFilter&) {});
   jet::Recordset& list = board::Board().ListRecordset;
@@ -469,6 +482,8 @@ int Run(const std::string& home, int runs, bool write) {
   });
   everything();
   TimeFinding(bench);
+  everything();
+  TimeConversations(bench);
   everything();
   if (write) TimeChanges(ui, home);
   std::printf("\n%lld messages; peak memory %ld kB; repository %llu kB\n",

@@ -17,6 +17,7 @@
 #include "maintenance/protect.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
+#include "repository/keyring.h"
 #include "repository/repository.h"
 
 namespace tarnwick::app {
@@ -81,6 +82,7 @@ void LockableWindow::Lock() {
   window_.reset();
   board::ResetBoard();
   repository::LockRepository();
+  repository::AskInSpiteOfKeyring();
 }
 
 void LockableWindow::ShowLocked() {

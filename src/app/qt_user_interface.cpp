@@ -6,12 +6,14 @@
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <functional>
 #include <iostream>
 
 #include "intake/ask_about_email_dialog.h"
 #include "options/password_dialog.h"
 #include "platform/files.h"
 #include "repository/file_place.h"
+#include "repository/keyring.h"
 
 namespace tarnwick::app {
 
@@ -102,8 +104,12 @@ core::RepeatedAnswer QtUserInterface::AskYesNoAll(const std::string& text) {
 
 std::optional<platform::Secret> QtUserInterface::AskPassword(const std::string& file, int attempt) {
   if (unattended_) return std::nullopt;
-  options::PasswordDialog dialog(QString::fromStdString(file), attempt > 1, Parent());
+  repository::Keyring* keyring = repository::TheKeyring();
+  std::function<std::string()> whyNot;
+  if (keyring != nullptr) whyNot = [keyring] { return keyring->WhyNot(); };
+  options::PasswordDialog dialog(QString::fromStdString(file), attempt > 1, whyNot, Parent());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  if (keyring != nullptr) keyring->isWanted = dialog.IsToBeRemembered();
   return dialog.Password();
 }
 

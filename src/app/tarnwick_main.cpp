@@ -13,12 +13,14 @@
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
+#include "desktop_keyring.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
 #include "repository/app_folder.h"
+#include "repository/keyring.h"
 #include "repository/repository.h"
 
 namespace {
@@ -84,11 +86,14 @@ int main(int argc, char** argv) {
   tarnwick::app::QtUserInterface ui;
   ui.SetUnattended(!picture.isEmpty());
   tarnwick::core::State().Ui = &ui;
+  tarnwick::app::DesktopKeyring keyring;
+  tarnwick::repository::SetKeyring(&keyring);
   Start start = OpenAtStart();
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);
   tarnwick::board::ResetBoard();
   tarnwick::repository::LockRepository();
+  tarnwick::repository::SetKeyring(nullptr);
   tarnwick::core::State().Ui = nullptr;
   return status;
 }

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -42,7 +43,7 @@ void AddMenus(const BoardParts& parts) {
   AddMenu(window, BoardActions::tr("Edit"), "mnuEdit", {a.undo, nullptr, a.copy, a.deleteSelected});
   AddMenu(window, BoardActions::tr("&View"), "mnuView",
           {a.timeline, nullptr, a.paneBelow, a.paneBeside, a.paneOff});
-  AddMenu(window, BoardActions::tr("Message"), "mnuMessage",
+  AddMenu(window, BoardActions::tr("Messa&ge"), "mnuMessage",
           {a.showEmail, a.openWindow, a.attachments, nullptr, a.findInLetter, a.showRelated,
            a.toggleHot, nullptr, a.print, a.savePdf, a.headers, a.source});
   AddMenu(window, BoardActions::tr("&Tools"), "mnuTools",
@@ -70,11 +71,18 @@ QCheckBox* MakeShowEmailText(QMainWindow* window, QWidget* body) {
   return box;
 }
 
+constexpr int kLeastMargin = 12;
+
 QLayout* MakeButtons(BoardParts& parts, QWidget* body) {
   const BoardActions& a = *parts.actions;
   auto* row = new QHBoxLayout;
   auto add = [&](QAction* action, const char* name) {
-    row->addWidget(BoardActions::MakeButton(action, name, body));
+    QPushButton* button = BoardActions::MakeButton(action, name, body);
+    // Styles make buttons wider than their captions need: a narrow window takes that back.
+    QSize caption = button->fontMetrics().size(Qt::TextShowMnemonic, button->text());
+    button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    button->setMinimumWidth(caption.width() + kLeastMargin);
+    row->addWidget(button);
   };
   add(a.showAll, "ShowAll");
   add(a.showEmail, "ShowEmail");

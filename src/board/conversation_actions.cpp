@@ -63,7 +63,7 @@ void ConversationActions::SetOn(bool on) {
 
 // The list was bound: grouped, unless its conversations are still to be read or it still grows.
 void ConversationActions::Follow() {
-  bool isGrouped = !Board().Conversations.starts.empty();
+  bool isGrouped = !Board().Conversations.listed.empty();
   if (Board().Conversations.isOn && !isGrouped && !Board().ListIsPlaceholder) {
     read_.start();
   } else {
@@ -84,7 +84,7 @@ void ConversationActions::ReadOn() {
   read_.stop();
   parts_.status->SetPanel(core::StatusPanel::kProgress, {});
   GroupList();
-  if (!Board().Conversations.starts.empty()) BindEmailList(list_);
+  if (!Board().Conversations.listed.empty()) BindEmailList(list_);
 }
 
 void ConversationActions::OfferToLearn() {

@@ -11,11 +11,15 @@
 
 namespace tarnwick::board {
 
+struct ListedConversation {
+  int start = 0;   // its first letter's place in the list, from 0
+  int unread = 0;  // letters of it
+};
+
 struct ConversationState {
   bool isOn = false;
-  // Where each conversation of the list begins, from 0, ascending; empty while the list is not
-  // grouped.
-  std::vector<int> starts;
+  // In the order of the list; empty while the list is not grouped.
+  std::vector<ListedConversation> listed;
 };
 
 // Groups the list recordset, if that is asked for and can be done: not while the list grows, nor

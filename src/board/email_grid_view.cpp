@@ -76,10 +76,10 @@ void EmailGridView::SetDefaultWidths() {
 }
 
 void EmailGridView::Bind(jet::Recordset& list, bool placeholder, bool keepPlace,
-                         const std::vector<int>& starts) {
+                         const std::vector<ListedConversation>& conversations) {
   int row = currentIndex().row();
   const Held held = std::exchange(held_, {});
-  model_->Bind(list, placeholder, starts);
+  model_->Bind(list, placeholder, conversations);
   int rows = placeholder ? 0 : model_->rowCount();
   if (rows == 0) {
     viewport()->update();
@@ -262,6 +262,12 @@ void EmailGridView::selectionChanged(const QItemSelection& selected,
   GridView::selectionChanged(selected, deselected);
   Hold();
   emit CurrentChanged();
+}
+
+void EmailGridView::Enter() {
+  setFocus();
+  bool hasRows = model_->rowCount() > 0 && !model_->IsPlaceholder();
+  if (!currentIndex().isValid() && hasRows) selectRow(0);
 }
 
 // The base class makes the first cell current, which looks half selected.

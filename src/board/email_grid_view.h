@@ -25,9 +25,9 @@ class EmailGridView : public repository::GridView {
 
   // Shows the recordset's rows anew. What was selected is so again where it is listed still; where
   // it is not, with keepPlace, the row of the same number.
-  // starts: as ListModel takes them.
+  // conversations: as ListModel takes them.
   void Bind(jet::Recordset& list, bool placeholder, bool keepPlace,
-            const std::vector<int>& starts = {});
+            const std::vector<ListedConversation>& conversations = {});
   // Shows the rows as they are until the next Bind, and reads none.
   void Freeze();
 
@@ -51,6 +51,9 @@ class EmailGridView : public repository::GridView {
   void ShowSort(ListSort sort, ListOrder order);
 
   void CopySelected() const;
+
+  // Takes the focus, to the first row where none is current.
+  void Enter();
 
   // Types ahead within the rows that can be looked at in a fifth of a second.
   void keyboardSearch(const QString& search) override;

@@ -158,7 +158,7 @@ void FilterStripView::BuildBoxes(QGridLayout* grid) {
   subject_->setPlaceholderText(tr("Part of the subject"));
   mailText_->setPlaceholderText(tr("Part of the message"));
   fromTo_->lineEdit()->setPlaceholderText(tr("Part of a name"));
-  file_->lineEdit()->setPlaceholderText(tr("Part of a file's name"));
+  file_->lineEdit()->setPlaceholderText(tr("Part of a name"));
   const QString marks = tr("an apostrophe or quotation mark");
   subject_->setToolTip(tr("Part of the subject. Each character stands for itself, but %1 is looked "
                           "for as an underscore (_).")

@@ -22,6 +22,7 @@ using platform::TickMilliseconds;
 constexpr int64_t kAtOnceMilliseconds = 70;
 constexpr size_t kScreen = 60;
 constexpr int64_t kStepMilliseconds = 12;
+constexpr size_t kMostTaken = 100000;
 
 // The messages that are looked at: all but the texts of the filter, which are tested along with the
 // terms, and what of the query the list's index tells.
@@ -135,6 +136,34 @@ std::vector<search::Folder> CountedFolders() {
   return core::Guarded(
       "CountedFolders", std::vector<search::Folder>(), [] { return search::Map().Folders(); },
       core::Report::kLog);
+}
+
+std::string SearchName() {
+  if (!IsSearching() || search::Map().IsUnfit()) return {};
+  const FoundState& found = Board().Found;
+  if (!found.folder) return found.text + '\n';
+  return found.text + '\n' + found.folder->first + '\n' + found.folder->second;
+}
+
+std::vector<timeline::FoundMessage> TakeFound() {
+  std::vector<timeline::FoundMessage> taken;
+  core::GuardedRun(
+      "TakeFound",
+      [&] {
+        if (Board().ListIsPlaceholder || !search::Map().IsComplete()) return;
+        std::vector<int64_t> keys = Board().ListRecordset.Keys();
+        size_t& told = Board().Found.told;
+        for (size_t end = std::min(keys.size(), told + kMostTaken); told < end; ++told) {
+          auto traits = search::Map().Of(keys[told]);
+          if (traits) taken.push_back({traits->day, traits->isReceived, traits->contact});
+        }
+      },
+      core::Report::kLog);
+  return taken;
+}
+
+bool IsAllTaken() {
+  return !IsListGrowing() && static_cast<int64_t>(Board().Found.told) >= CountListed();
 }
 
 int SearchedPercent() {

@@ -15,6 +15,7 @@
 
 #include "database/recordset.h"
 #include "search/run.h"
+#include "timeline/query.h"
 
 namespace tarnwick::board {
 
@@ -27,6 +28,7 @@ struct FoundState {
   std::optional<search::KeySet> incoming;
   int64_t counted = 0;  // rows of the list, from the first
   int64_t countedIncoming = 0;
+  size_t told = 0;  // rows of the list, from the first: to the timeline
   void ForgetCounts() { incoming.reset(); }
 };
 
@@ -54,6 +56,15 @@ bool CompleteList();
 bool PrepareMap(int64_t milliseconds);
 // The folders that the map knows. Empty on an error, which has been logged.
 std::vector<search::Folder> CountedFolders();
+
+// What tells the search from others for the timeline; "" where the filter alone narrows or the map
+// of the mail can't be had.
+std::string SearchName();
+// Rows of the list that no call since Found.told was 0 has given, some at a time; none until the
+// map has been read. An error is logged.
+std::vector<timeline::FoundMessage> TakeFound();
+// True when they have given all there will be.
+bool IsAllTaken();
 
 // How far the search is, in hundredths.
 int SearchedPercent();

@@ -59,10 +59,11 @@ void ListActions::ConnectTimeline() {
 
 void ListActions::SetDataSource(jet::Recordset& list, bool placeholder) {
   const ListFilter& filter = Board().Filter;
-  parts_.grid->Bind(list, placeholder, keepPlace_, Board().Conversations.starts);
+  parts_.grid->Bind(list, placeholder, keepPlace_, Board().Conversations.listed);
   keepPlace_ = false;
   parts_.grid->ShowSort(filter.SortBy, filter.SortOrder);
   timeline::Scope scope = TimelineScope(filter);
+  scope.search = SearchName();
   parts_.timeline->Follow(scope, filter.FromTo);
   // It counts by the filter alone.
   parts_.otherDates->Follow(scope, filter.DateFromIsOwn && !IsSearching());

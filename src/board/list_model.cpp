@@ -24,7 +24,8 @@ constexpr size_t kCachedRows = 1024;
 
 }  // namespace
 
-void ListModel::Bind(jet::Recordset& list, bool placeholder, std::vector<int> starts) {
+void ListModel::Bind(jet::Recordset& list, bool placeholder,
+                     std::vector<ListedConversation> conversations) {
   beginResetModel();
   list_ = &list;
   placeholder_ = placeholder;
@@ -37,7 +38,7 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder, std::vector<int> st
         return static_cast<int>(std::min<int64_t>(count, std::numeric_limits<int>::max()));
       },
       core::Report::kLog);
-  starts_ = std::move(starts);
+  conversations_ = std::move(conversations);
   ShowGroups();
   endResetModel();
 }
@@ -45,15 +46,15 @@ void ListModel::Bind(jet::Recordset& list, bool placeholder, std::vector<int> st
 // The first letters, and the others of what is open.
 void ListModel::ShowGroups() {
   shown_.clear();
-  if (!IsGrouped() || starts_.back() >= rows_) {
-    starts_.clear();
+  if (!IsGrouped() || conversations_.back().start >= rows_) {
+    conversations_.clear();
     return;
   }
   std::set<int> open;
   for (int64_t id : opened_) open.insert(PlaceOfId(id));
-  shown_.reserve(starts_.size());
-  for (size_t group = 0; group < starts_.size(); ++group) {
-    int place = starts_[group];
+  shown_.reserve(conversations_.size());
+  for (size_t group = 0; group < conversations_.size(); ++group) {
+    int place = conversations_[group].start;
     shown_.push_back(place);
     bool isOpen = !open.empty() && open.contains(place);
     while (isOpen && ++place < EndOf(group)) shown_.push_back(place);
@@ -61,19 +62,21 @@ void ListModel::ShowGroups() {
 }
 
 size_t ListModel::GroupOf(int place) const {
-  auto behind = std::upper_bound(starts_.begin(), starts_.end(), place);
-  return static_cast<size_t>(behind - starts_.begin()) - 1;
+  auto behind =
+      std::upper_bound(conversations_.begin(), conversations_.end(), place,
+                       [](int at, const ListedConversation& each) { return at < each.start; });
+  return static_cast<size_t>(behind - conversations_.begin()) - 1;
 }
 
 int ListModel::EndOf(size_t group) const {
-  return group + 1 < starts_.size() ? starts_[group + 1] : rows_;
+  return group + 1 < conversations_.size() ? conversations_[group + 1].start : rows_;
 }
 
 ListModel::Part ListModel::PartAt(int row) const {
   if (!IsGrouped() || row < 0 || row >= rowCount()) return Part::kAlone;
   int place = PlaceOf(row);
   size_t group = GroupOf(place);
-  if (place != starts_[group]) return Part::kInside;
+  if (place != conversations_[group].start) return Part::kInside;
   if (EndOf(group) == place + 1) return Part::kAlone;
   return row + 1 < rowCount() && PlaceOf(row + 1) == place + 1 ? Part::kOpen : Part::kClosed;
 }
@@ -81,7 +84,7 @@ ListModel::Part ListModel::PartAt(int row) const {
 int ListModel::FirstOf(int row) const {
   if (!IsGrouped() || row < 0 || row >= rowCount()) return row;
   int place = PlaceOf(row);
-  return row - (place - starts_[GroupOf(place)]);
+  return row - (place - conversations_[GroupOf(place)].start);
 }
 
 void ListModel::SetOpen(int row, bool open) {
@@ -238,6 +241,7 @@ QString ListModel::AccessibleText(int number, int column) const {
     QString text = part == Part::kOpen ? tr("conversation of %L1 messages, open")
                                        : tr("conversation of %L1 messages, closed");
     parts << text.arg(LettersAt(number));
+    if (int unread = UnreadAt(number); unread > 0) parts << tr("%L1 not read").arg(unread);
   }
   return parts.join(", ");
 }
@@ -247,28 +251,27 @@ int ListModel::LettersAt(int row) const {
   return EndOf(GroupOf(place)) - place;
 }
 
+int ListModel::UnreadAt(int row) const {
+  return conversations_[GroupOf(PlaceOf(row))].unread;
+}
+
 QPixmap ListModel::SubjectSigns(int row) const {
   Indent indent = Indent::kNone;
-  int letters = 0;
+  QString count;
   if (IsGrouped()) {
-    switch (PartAt(row)) {
-      case Part::kAlone:
-        indent = Indent::kOne;
-        break;
-      case Part::kInside:
-        indent = Indent::kTwo;
-        break;
-      case Part::kClosed:
-        indent = Indent::kClosed;
-        letters = LettersAt(row);
-        break;
-      case Part::kOpen:
-        indent = Indent::kOpen;
-        letters = LettersAt(row);
-        break;
-    }
+    Part part = PartAt(row);
+    indent = part == Part::kAlone    ? Indent::kOne
+             : part == Part::kInside ? Indent::kTwo
+             : part == Part::kOpen   ? Indent::kOpen
+                                     : Indent::kClosed;
+    if (part == Part::kOpen || part == Part::kClosed) count = QString::number(LettersAt(row));
+    if (HidesUnread(row)) count = tr("%1 (%2 unread)").arg(count).arg(UnreadAt(row));
   }
-  return SubjectSign(RowAt(row).state, indent, letters);
+  return SubjectSign(RowAt(row).state, indent, count);
+}
+
+bool ListModel::HidesUnread(int row) const {
+  return PartAt(row) == Part::kClosed && UnreadAt(row) > 0;
 }
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
@@ -297,7 +300,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
       if (column == kMarkColumn) return MarkColor();
       return {};
     case Qt::FontRole:
-      if (column == kMarkColumn || RowAt(index.row()).hot || RowAt(index.row()).state.IsUnread()) {
+      if (column == kMarkColumn || RowAt(index.row()).hot || RowAt(index.row()).state.IsUnread() ||
+          HidesUnread(index.row())) {
         QFont font;
         font.setBold(true);
         return font;

@@ -8,8 +8,9 @@
 // tell what was replied to, forwarded and flagged there.
 //
 // A list that is grouped by conversations shows of each the first letter, with the number of all,
-// and the others below it while it is open. Rows are those that are shown; places are those in the
-// recordset, from 0.
+// and the others below it while it is open; while it is closed, the first stands in bold letters
+// for all that were not read, with their number. Rows are those that are shown; places are those in
+// the recordset, from 0.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -42,8 +43,9 @@ class ListModel : public QAbstractTableModel {
 
   // Shows these rows from now on; called again after each query. The recordset must stay in its
   // place; while it is closed the rows read as empty. placeholder: its one row stands for none.
-  // starts: the places where conversations begin; none for a list that is not grouped.
-  void Bind(jet::Recordset& list, bool placeholder, std::vector<int> starts = {});
+  // conversations: those of a list that is grouped.
+  void Bind(jet::Recordset& list, bool placeholder,
+            std::vector<ListedConversation> conversations = {});
   // Reads nothing until the next Bind, while the engine is at work: rows that were not looked at
   // yet are empty.
   void Freeze() { frozen_ = true; }
@@ -86,7 +88,7 @@ class ListModel : public QAbstractTableModel {
     bool hasFiles = false;
     intake::MessageState state;
   };
-  bool IsGrouped() const { return !starts_.empty(); }
+  bool IsGrouped() const { return !conversations_.empty(); }
   int PlaceOf(int row) const { return IsGrouped() ? shown_[static_cast<size_t>(row)] : row; }
   // The conversation that a place belongs to, and where it ends.
   size_t GroupOf(int place) const;
@@ -98,14 +100,17 @@ class ListModel : public QAbstractTableModel {
   static Row Read(jet::Recordset& list, int place, bool placeholder);
   QString Text(const Row& row, int column) const;
   QString AccessibleText(int row, int column) const;
-  int LettersAt(int row) const;  // of the conversation that begins there
+  // Of the conversation that begins there: its letters, and those that were not read.
+  int LettersAt(int row) const;
+  int UnreadAt(int row) const;
+  bool HidesUnread(int row) const;  // in a closed conversation
   QPixmap SubjectSigns(int row) const;
 
   jet::Recordset* list_ = nullptr;
   bool placeholder_ = false;
   bool frozen_ = false;
   int rows_ = 0;  // of the recordset
-  std::vector<int> starts_;
+  std::vector<ListedConversation> conversations_;
   std::vector<int> shown_;                      // the places of the rows, ascending
   std::set<int64_t> opened_;                    // first letters of conversations
   mutable std::unordered_map<int, Row> cache_;  // by places

@@ -114,7 +114,7 @@ QPixmap Paperclip() {
   return Drawn({DrawPaperclip}, QStringLiteral("clip"));
 }
 
-QPixmap SubjectSign(const intake::MessageState& state, Indent indent, int letters) {
+QPixmap SubjectSign(const intake::MessageState& state, Indent indent, const QString& count) {
   std::vector<Draw> signs;
   QString name;
   auto add = [&](bool isSo, Draw draw, QChar letter) {
@@ -129,7 +129,7 @@ QPixmap SubjectSign(const intake::MessageState& state, Indent indent, int letter
   add(state.isAnswered, DrawArrowBack, 'R');
   add(state.isForwarded, DrawArrowOn, 'P');
   add(state.isFlagged, DrawFlag, 'F');
-  return Drawn(signs, name, letters == 0 ? QString() : QString::number(letters));
+  return Drawn(signs, name, count);
 }
 
 QString StateText(const intake::MessageState& state) {

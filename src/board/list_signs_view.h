@@ -23,11 +23,11 @@ QPixmap Paperclip();
 // can be opened or is open.
 enum class Indent : uint8_t { kNone, kOne, kTwo, kClosed, kOpen };
 
-// What stands before a subject: what the list's groups want, with the number of letters unless that
-// is 0; an arrow back for a message that was replied to, one on for a forwarded one, and a flag. A
-// null pixmap where there is nothing to show.
+// What stands before a subject: what the list's groups want, with a count of letters, if any; an
+// arrow back for a message that was replied to, one on for a forwarded one, and a flag. A null
+// pixmap where there is nothing to show.
 QPixmap SubjectSign(const intake::MessageState& state, Indent indent = Indent::kNone,
-                    int letters = 0);
+                    const QString& count = {});
 // So wide is the triangle, from the left.
 inline constexpr int kSignWidth = 12;
 

@@ -24,6 +24,7 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
+#include "search/mail_map.h"
 
 namespace tarnwick::board {
 
@@ -178,6 +179,7 @@ void MainBoard::OpenContacts() {
     list_->ListAnew(true);
   });
   window.exec();
+  search::Map().ForgetContacts();
 }
 
 void MainBoard::SaveLayout() {

@@ -100,14 +100,14 @@ void MessageActions::FollowSelection() {
   QCheckBox* box = parts_.showEmailText;
   if (!box->isChecked() || !parts_.window->isVisible() || !parts_.grid->isEnabled()) return;
   int64_t id = parts_.grid->Current().id;
-  auto shown = id == 0 ? std::nullopt : ReadEmailText(id);
+  auto shown = id == 0 ? std::nullopt : reading::ReadEmailText(id);
   if (!shown) {
     // A text that is no longer the selected message's would be taken for it.
     if (text_ != nullptr) text_->Clear();
     return;
   }
   if (text_ == nullptr) {
-    text_ = new frmEmailText(parts_.window);
+    text_ = new reading::frmEmailText(parts_.window);
     // Closed by the person, it stays away until the box is checked again.
     connect(text_, &QDialog::rejected, box, [box] { box->setChecked(false); });
   }

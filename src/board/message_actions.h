@@ -7,8 +7,8 @@
 
 #include <QTimer>
 
-#include "board/email_text_window.h"
 #include "board/reading_actions.h"
+#include "reading/email_text_window.h"
 
 namespace tarnwick::board {
 
@@ -41,8 +41,8 @@ class MessageActions : public QObject {
   ListActions& list_;
   ReadingActions& reading_;
   maintenance::DeletedMessages deleted_;
-  frmEmailText* text_ = nullptr;  // made when it is first shown
-  QTimer follow_;                 // so that many changes of the selection at once are one
+  reading::frmEmailText* text_ = nullptr;  // made when it is first shown
+  QTimer follow_;                          // so that many changes of the selection at once are one
 };
 
 }  // namespace tarnwick::board

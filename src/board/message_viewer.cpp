@@ -100,19 +100,6 @@ bool ShowStoredMessage(int64_t emailId, const std::string& application, bool* ha
   });
 }
 
-std::optional<EmailText> ReadEmailText(int64_t id) {
-  using Result = std::optional<EmailText>;
-  return core::Guarded("ShowEmailText", Result(), [&]() -> Result {
-    jet::Recordset email;
-    email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), RepositoryDb());
-    if (email.Eof()) return std::nullopt;
-    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText(), id};
-    bool holdsText = shown.text.find_first_not_of(" \t\r\n") != std::string::npos;
-    if (!holdsText) shown.text = email.Field("HTMLBody").AsText();
-    return shown;
-  });
-}
-
 bool MoveHtmlToBody() {
   return core::Guarded("MoveHtmlToBody", false, [] {
     if (!core::AskBeforeLoss(

@@ -24,6 +24,7 @@ constexpr int64_t kStepMilliseconds = 12;
 // How often the counts of a list that grows are shown.
 constexpr qint64 kShowMilliseconds = 200;
 constexpr int kCountEveryMilliseconds = 300;
+constexpr int kTellEveryMilliseconds = 50;
 
 // Whether the filter's dates leave mail out.
 bool IsOfSomeDates() {
@@ -84,7 +85,7 @@ void SearchActions::Connect() {
   using search::SearchBoxView;
   connect(find_, &QAction::triggered, parts_.search, &SearchBoxView::Enter);
   connect(parts_.search, &SearchBoxView::SearchAskedFor, this, &SearchActions::Search);
-  connect(parts_.search, &SearchBoxView::Left, parts_.grid, qOverload<>(&QWidget::setFocus));
+  connect(parts_.search, &SearchBoxView::Left, parts_.grid, &EmailGridView::Enter);
   connect(&list_, &ListActions::Bound, this, &SearchActions::Follow);
   connect(&list_, &ListActions::EverythingAskedFor, this, &SearchActions::Forget);
   connect(showFolders_, &QAction::toggled, this, &SearchActions::SetFoldersShown);
@@ -94,6 +95,8 @@ void SearchActions::Connect() {
   connect(parts_.folders, &FolderPanelView::SaveAskedFor, this, &SearchActions::SaveSearch);
   connect(parts_.folders, &FolderPanelView::RemoveAskedFor, this, &SearchActions::RemoveSearch);
   connect(&grow_, &QTimer::timeout, this, &SearchActions::Grow);
+  tell_.setSingleShot(true);
+  connect(&tell_, &QTimer::timeout, this, &SearchActions::TellTimeline);
   count_.setInterval(kCountEveryMilliseconds);
   connect(&count_, &QTimer::timeout, this, &SearchActions::CountFolders);
   connect(&work_, &BoardWork::Ended, this, [this] {
@@ -141,6 +144,7 @@ void SearchActions::Forget() {
 
 // The list was bound.
 void SearchActions::Follow() {
+  Board().Found.told = 0;
   parts_.folders->ShowChosen(Board().Found.folder);
   parts_.folders->SetCanSave(!parts_.search->Text().trimmed().isEmpty());
   if (IsListGrowing()) {
@@ -181,6 +185,7 @@ void SearchActions::Grow() {
 void SearchActions::ShowState() {
   sinceShown_.start();
   bool searches = IsSearching();
+  if (searches) tell_.start(0);
   if (searches && Board().ListIsPlaceholder && !repository::HasNoEmail()) {
     if (IsListGrowing()) {
       parts_.grid->SetHint(tr("Searching..."), {});
@@ -199,6 +204,17 @@ void SearchActions::ShowState() {
   }
   parts_.status->SetPanel(core::StatusPanel::kProgress, text);
   told_ = searches;
+}
+
+// What has been found so far; while the list grows ShowState asks again.
+void SearchActions::TellTimeline() {
+  if (!IsSearching()) return;
+  if (work_.IsRunning() || !PrepareMap(kStepMilliseconds)) {
+    return tell_.start(kTellEveryMilliseconds);
+  }
+  std::vector<timeline::FoundMessage> found = TakeFound();
+  parts_.timeline->AddFound(found, IsAllTaken());
+  if (!found.empty() && !IsListGrowing() && !IsAllTaken()) tell_.start(0);
 }
 
 void SearchActions::SetFoldersShown(bool on) {

@@ -35,6 +35,7 @@ class SearchActions : public QObject {
   void Follow();
   void Grow();
   void ShowState();
+  void TellTimeline();
   void SetFoldersShown(bool on);
   void CountFolders();
   void SaveSearch();
@@ -48,6 +49,7 @@ class SearchActions : public QObject {
   QAction* showFolders_;
   QTimer grow_;   // while there is more to find
   QTimer count_;  // until the folders are counted
+  QTimer tell_;   // while there is more to tell the timeline
   QElapsedTimer sinceShown_;
   bool told_ = false;  // the status bar tells of a search
 };

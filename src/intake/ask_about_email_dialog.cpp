@@ -41,7 +41,13 @@ AskAboutEmail::AskAboutEmail(const core::AskedEmail& email, QWidget* parent) : Q
   bodyLabel->setAlignment(Qt::AlignTop);
   form->addRow(bodyLabel, body);
 
+  auto* why = new QLabel(
+      tr("This sender is not among the contacts. \"Accept All\" stores this and every later "
+         "message of the load without asking again."),
+      this);
+  why->setWordWrap(true);
   auto* column = new QVBoxLayout(this);
+  column->addWidget(why);
   column->addLayout(form, 1);
   column->addWidget(MakeButtons());
   resize(680, 460);

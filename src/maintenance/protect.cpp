@@ -13,6 +13,7 @@
 #include "maintenance/unfinished_restore.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "repository/keyring.h"
 #include "repository/keys.h"
 #include "repository/repository.h"
 
@@ -82,6 +83,7 @@ void Tell(Result result, const std::string& mark) {
 Result GiveKey(const std::string& mark, const std::function<void()>& refreshList) {
   core::LogProgress("Change of the repository's password");
   const std::string file = RepositoryDb().DataSource();
+  const std::string former = Repository().Mark;
   RepositoryDb().FlushGroup();
   std::vector<TableCount> counts = CountBackupTables(RepositoryDb());
   platform::RequireSpace(Repository().RepositoryFolder, platform::FileSize(file) + kSpareSpace);
@@ -93,6 +95,7 @@ Result GiveKey(const std::string& mark, const std::function<void()>& refreshList
                            [&] { return ReplaceWithCopy(file, mark, counts, run); });
     if (repository::OpenRepository(false)) {
       repository::ForgetKeys(Repository().Mark);
+      if (Repository().Mark != former) repository::ForgetPassword(former);
       repository::ReadOptions();
     } else {
       result = Result::kFailed;

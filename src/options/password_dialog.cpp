@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/password_dialog.h"
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -9,6 +10,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
 
 #include "options/password_strength.h"
 
@@ -41,7 +44,8 @@ QLabel* MakeText(const QString& text, QWidget* parent) {
 
 }  // namespace
 
-PasswordDialog::PasswordDialog(const QString& file, bool isTriedAgain, QWidget* parent)
+PasswordDialog::PasswordDialog(const QString& file, bool isTriedAgain,
+                               std::function<std::string()> whyNotRemembered, QWidget* parent)
     : QDialog(parent), password_(MakeField("Password", tr("Password"), this)) {
   setObjectName("PasswordDialog");
   setWindowTitle(tr("Password"));
@@ -58,8 +62,38 @@ PasswordDialog::PasswordDialog(const QString& file, bool isTriedAgain, QWidget* 
   column->addWidget(MakeText(text, this));
   column->addWidget(label);
   column->addWidget(password_);
+  if (whyNotRemembered) AddBox(std::move(whyNotRemembered));
   column->addWidget(buttons);
   password_->setFocus();
+}
+
+void PasswordDialog::AddBox(std::function<std::string()> whyNot) {
+  remember_ = new QCheckBox(tr("&Remember in this desktop's keyring"), this);
+  remember_->setObjectName("Remember");
+  remember_->setToolTip(
+      tr("Whoever can use this desktop can then read the mail without the password"));
+  QLabel* reason = MakeText({}, this);
+  reason->setObjectName("WhyNotRemembered");
+  reason->hide();
+  connect(remember_, &QCheckBox::clicked, this,
+          [this, reason, whyNot = std::move(whyNot)](bool on) {
+            // Enter ends the dialog: some desktops have it press a box that has the focus.
+            password_->setFocus();
+            std::string why = on ? whyNot() : std::string();
+            if (why.empty()) return;
+            remember_->setChecked(false);
+            remember_->setEnabled(false);
+            reason->setText(tr("It can't be remembered: %1").arg(QString::fromStdString(why)));
+            reason->show();
+            layout()->activate();
+            resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
+          });
+  layout()->addWidget(remember_);
+  layout()->addWidget(reason);
+}
+
+bool PasswordDialog::IsToBeRemembered() const {
+  return remember_ != nullptr && remember_->isChecked();
 }
 
 platform::Secret PasswordDialog::Password() const {

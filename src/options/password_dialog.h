@@ -7,6 +7,7 @@
 
 #include <QDialog>
 #include <functional>
+#include <string>
 
 #include "platform/secret.h"
 
@@ -18,16 +19,23 @@ class QPushButton;
 
 namespace tarnwick::options {
 
-// Asks for the password of a protected file.
+// Asks for the password of a protected file, with a box to have it remembered.
 class PasswordDialog : public QDialog {
   Q_OBJECT
 
  public:
-  PasswordDialog(const QString& file, bool isTriedAgain, QWidget* parent = nullptr);
+  // whyNotRemembered: asked when the box is ticked, "" where passwords can be remembered; {}: there
+  // is no box.
+  PasswordDialog(const QString& file, bool isTriedAgain,
+                 std::function<std::string()> whyNotRemembered, QWidget* parent = nullptr);
   platform::Secret Password() const;
+  bool IsToBeRemembered() const;
 
  private:
+  void AddBox(std::function<std::string()> whyNot);
+
   QLineEdit* password_;
+  QCheckBox* remember_ = nullptr;
 };
 
 // File > Protect: sets, changes or takes off the password of the open repository.

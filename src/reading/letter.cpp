@@ -5,9 +5,11 @@
 #include <algorithm>
 
 #include "core/guard.h"
+#include "database/recordset.h"
 #include "platform/charset.h"
 #include "platform/html.h"
 #include "platform/utf8.h"
+#include "repository/repository.h"
 #include "takeout/stored_file.h"
 
 namespace tarnwick::reading {
@@ -53,6 +55,18 @@ std::optional<Letter> ReadLetter(int64_t id) {
     letter.text = HoldsText(stored.body) && !bodyIsHtml ? stored.body : platform::ShownText(html);
     letter.files = takeout::OpenAttachments(id);
     return letter;
+  });
+}
+
+std::optional<EmailText> ReadEmailText(int64_t id) {
+  using Result = std::optional<EmailText>;
+  return core::Guarded("ShowEmailText", Result(), [&]() -> Result {
+    jet::Recordset email;
+    email.Open("SELECT * FROM Email Where ID = " + std::to_string(id), repository::RepositoryDb());
+    if (email.Eof()) return std::nullopt;
+    EmailText shown{email.Field("Subject").AsText(), email.Field("Body").AsText(), id};
+    if (!HoldsText(shown.text)) shown.text = email.Field("HTMLBody").AsText();
+    return shown;
   });
 }
 

@@ -27,6 +27,17 @@ struct Letter {
 // nullopt when there is no message of this number, or on an error, which has been reported.
 std::optional<Letter> ReadLetter(int64_t id);
 
+// What the text window shows of a message.
+struct EmailText {
+  std::string subject;
+  std::string text;  // the body when it holds text, else the HTML as it stands
+  int64_t id = 0;    // 0 for a text that is no stored message's
+};
+
+// nullopt when there is no message of this number (any more), or on an error, which has been
+// reported.
+std::optional<EmailText> ReadEmailText(int64_t id);
+
 // "Ann Lee <ann@example.org>"; the address alone where there is no name.
 std::string PersonText(const std::string& name, const std::string& address);
 

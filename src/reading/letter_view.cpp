@@ -219,10 +219,12 @@ void LetterView::Find(bool forward) {
 }
 
 void LetterView::TellMarks() {
-  bool isSearched = !find_->text().trimmed().isEmpty() || !words_.isEmpty();
-  found_->setText(!letter_ || !isSearched ? QString()
-                  : marked_ == 0          ? tr("not found")
-                                 : tr("%L1 of %L2").arg(text_->CurrentMark() + 1).arg(marked_));
+  // What the list was searched for may stand in the subject, a name or a file.
+  bool isTyped = !find_->text().trimmed().isEmpty();
+  QString none = letter_ && isTyped ? tr("not found") : QString();
+  found_->setText(!letter_ || marked_ == 0
+                      ? none
+                      : tr("%L1 of %L2").arg(text_->CurrentMark() + 1).arg(marked_));
 }
 
 // The head is as high as its lines, up to a third of the pane; more is scrolled to.

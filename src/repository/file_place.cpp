@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/file_place.h"
 
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
@@ -16,9 +17,11 @@ constexpr const char* kFolder = "Folder";
 }  // namespace
 
 std::string LastFolder() {
-  if (!ParameterDb().IsOpen()) return {};
-  std::string folder = GetParameter(kGroup, kFolder, kTextColumn).AsText();
-  return !folder.empty() && platform::FolderExists(folder) ? folder : std::string();
+  std::string folder;
+  if (ParameterDb().IsOpen()) folder = GetParameter(kGroup, kFolder, kTextColumn).AsText();
+  if (!folder.empty() && platform::FolderExists(folder)) return folder;
+  std::string home = platform::HomeFolder();
+  return home.empty() ? home : platform::WithSeparator(home);
 }
 
 void RememberFolderOf(const std::string& path) {

@@ -10,6 +10,7 @@
 
 #include "core/messages.h"
 #include "platform/error.h"
+#include "repository/keyring.h"
 #include "repository/repository.h"
 
 namespace tarnwick::repository {
@@ -55,11 +56,20 @@ bool Unlock(const std::string& file) {
   if (mark.empty() || Find(mark) != nullptr) return true;
   // What is typed from here on shall be in no memory image either.
   platform::NoMemoryImage noImage;
+  auto opens = [&](const platform::Secret& password) {
+    std::optional<FileKey> key = FileKey::Of(mark, password);
+    if (key) AddKey(std::move(*key));
+    return key.has_value();
+  };
+  if (std::optional<platform::Secret> remembered = RememberedPassword(mark)) {
+    if (opens(*remembered)) return true;
+    ForgetPassword(mark);
+  }
   for (int attempt = 1; attempt <= kTries; ++attempt) {
     std::optional<platform::Secret> password = core::AskPassword(file, attempt);
     if (!password) return false;
-    if (std::optional<FileKey> key = FileKey::Of(mark, *password)) {
-      AddKey(std::move(*key));
+    if (opens(*password)) {
+      RememberPassword(mark, *password);
       return true;
     }
   }

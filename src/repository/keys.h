@@ -20,9 +20,9 @@ platform::Secret PasswordOf(const std::string& file);
 // The same of a file that is to have this mark; "" for the program's password.
 platform::Secret PasswordOfMark(const std::string& mark);
 
-// Asks for the password of a file where it is needed, up to three times. False: the person gave
-// up, and has been told what that means. Throws Error kWrongPassword after the third wrong one.
-// REQUIRES: as MarkOf.
+// Asks for the password of a file where it is needed and not remembered (keyring.h), up to three
+// times. A remembered one that is wrong is forgotten. False: the person gave up, and has been told
+// what that means. Throws Error kWrongPassword after the third wrong one. REQUIRES: as MarkOf.
 bool Unlock(const std::string& file);
 
 void AddKey(FileKey key);

@@ -10,10 +10,10 @@
 #include "core/guard.h"
 #include "core/steps.h"
 #include "database/recordset.h"
+#include "intake/message_state.h"
 #include "intake/thread_ids.h"
 #include "platform/utf8.h"
 #include "repository/repository.h"
-#include "search/mail_map.h"
 
 namespace tarnwick::search {
 
@@ -160,7 +160,8 @@ bool Conversations::Read(int64_t milliseconds) {
 
 void Conversations::ReadNext(int64_t rows) {
   RepositoryDb().ReadRows(
-      NextRows("Thread, Subject, FromTo", "Email", last_, rows), [&](const jet::PassingRow& row) {
+      NextRows("Thread, Subject, FromTo, State", "Email", last_, rows),
+      [&](const jet::PassingRow& row) {
         last_ = row.Int(0);
         isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
                    last_ > kKeysAtFirst + kSparsest * static_cast<int64_t>(above_.size() + 1);
@@ -192,6 +193,7 @@ void Conversations::Add(int64_t message, const jet::PassingRow& row) {
   auto place = static_cast<size_t>(message);
   if (place >= ofMessage_.size()) ofMessage_.resize(place + 1, kNone);
   ofMessage_[place] = set;
+  if (intake::StateOfStored(row.Text(4)).IsUnread()) unread_.Add(message);
 
   PlainSubject subject = PlainSubjectOf(row.Text(2));
   if (subject.text.empty() || row.Int(3) == 0) return;

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "database/connection.h"
+#include "search/mail_map.h"
 #include "search/row_steps.h"
 
 namespace tarnwick::search {
@@ -49,6 +50,8 @@ class Conversations {
   // A number that the messages of one conversation share, until the next Read; kNone for one that
   // is not known.
   uint32_t Of(int64_t message);
+  // Whether the mail program said that nobody had read it.
+  bool IsUnread(int64_t message) const { return unread_.Holds(message); }
   // How many sets its numbers may name.
   size_t Sets() const { return above_.size(); }
   // The messages whose headers nobody has looked at, as former versions stored them.
@@ -91,6 +94,7 @@ class Conversations {
   Table subjects_;
   std::vector<uint32_t> waiting_;  // of each set the one before it
   std::vector<uint8_t> kinds_;     // of the last: those of all
+  KeySet unread_;
   int64_t last_ = 0;
   int64_t newest_ = 0;
   std::vector<int64_t> unknown_;

@@ -20,7 +20,30 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+int32_t DayOf(int64_t seconds) {
+  constexpr int64_t kDaySeconds = 86400;
+  int64_t day = seconds / kDaySeconds - (seconds % kDaySeconds < 0 ? 1 : 0);
+  return static_cast<int32_t>(std::clamp<int64_t>(day, INT32_MIN, INT32_MAX));
+}
+
 }  // namespace
+
+void TextPool::Add(int64_t owner, std::string_view text) {
+  begins_.push_back(texts_.size());
+  owners_.push_back(owner);
+  texts_.append(FoldCase(text)).append(1, '\0');
+}
+
+void TextPool::AddOwnersWith(std::string_view part, KeySet& owners) const {
+  std::string wanted = FoldCase(part);
+  size_t found = texts_.find(wanted);
+  while (found < texts_.size()) {
+    auto next = std::upper_bound(begins_.begin(), begins_.end(), found);
+    owners.Add(owners_[static_cast<size_t>(next - begins_.begin()) - 1]);
+    if (next == begins_.end()) break;
+    found = texts_.find(wanted, *next);
+  }
+}
 
 MailMap& Map() {
   static MailMap map;
@@ -50,8 +73,12 @@ void MailMap::ReadNext(int64_t rows) {
     ReadLinks("ToRecipient", "Address, Name", rows, people_, recipients_, to_);
   } else if (!cc_.isAtEnd) {
     ReadLinks("ccRecipient", "Address, Name", rows, people_, recipients_, cc_);
-  } else {
+  } else if (!attachments_.isAtEnd) {
     ReadLinks("Attachment", "FileName, Null AS Nothing", rows, files_, attached_, attachments_);
+  } else if (!contactNames_.isAtEnd) {
+    ReadContacts("MeContact", "ID AS Owner, Name", rows, contactNames_);
+  } else {
+    ReadContacts("ContactEmail", "ContactID, Address", rows, contactAddresses_);
   }
 }
 
@@ -61,12 +88,21 @@ bool MailMap::IsComplete() {
   to_.isAtEnd = LastKey("ToRecipient") <= to_.last;
   cc_.isAtEnd = LastKey("ccRecipient") <= cc_.last;
   attachments_.isAtEnd = LastKey("Attachment") <= attachments_.last;
-  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd;
+  contactNames_.isAtEnd = LastKey("MeContact") <= contactNames_.last;
+  contactAddresses_.isAtEnd = LastKey("ContactEmail") <= contactAddresses_.last;
+  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd &&
+         contactNames_.isAtEnd && contactAddresses_.isAtEnd;
+}
+
+void MailMap::ForgetContacts() {
+  contacts_ = {};
+  contactNames_ = contactAddresses_ = {};
 }
 
 void MailMap::ReadMessages(int64_t rows) {
-  std::string sql = NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State",
-                             "Email", messages_.last, rows);
+  std::string sql =
+      NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State, ReceivedTime",
+               "Email", messages_.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
     int64_t contact = row.Int(5);
@@ -81,6 +117,7 @@ void MailMap::ReadMessages(int64_t rows) {
     letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
     letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
     letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
+    letter.day = DayOf(row.Int(8));
     letter.states = 0;
     std::string_view states = row.Text(7);
     for (size_t i = 0; i < std::size(intake::kStateMarks); ++i) {
@@ -100,6 +137,15 @@ void MailMap::ReadLinks(std::string_view table, std::string_view columns, int64_
     links.push_back(
         {static_cast<uint32_t>(key), names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3)))});
   });
+}
+
+void MailMap::ReadContacts(std::string_view table, std::string_view columns, int64_t rows,
+                           Progress& progress) {
+  RepositoryDb().ReadRows(NextRows(columns, table, progress.last, rows),
+                          [&](const jet::PassingRow& row) {
+                            progress.last = row.Int(0);
+                            contacts_.Add(row.Int(1), row.Text(2));
+                          });
 }
 
 std::vector<bool> MailMap::Names::With(std::string_view text) const {
@@ -131,7 +177,9 @@ void MailMap::AddWrittenBy(std::string_view text, KeySet& keys) const {
   AddLetters([&](const Message& letter) { return wanted[letter.sender]; }, keys);
 }
 
-void MailMap::AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const {
+void MailMap::AddOfContacts(std::string_view text, bool received, bool sent, KeySet& keys) const {
+  KeySet contacts;
+  contacts_.AddOwnersWith(text, contacts);
   AddLetters(
       [&](const Message& letter) {
         bool isOne = letter.contact != kNone && contacts.Holds(letter.contact);
@@ -171,6 +219,15 @@ void MailMap::AddInState(char letter, KeySet& keys) const {
     if (intake::kStateMarks[i].letter == letter) wanted = static_cast<uint8_t>(1U << i);
   }
   AddLetters([&](const Message& message) { return (message.states & wanted) != 0; }, keys);
+}
+
+std::optional<MailMap::Traits> MailMap::Of(int64_t message) const {
+  auto place = static_cast<size_t>(message);
+  if (message < 0 || place >= letters_.size() || letters_[place].sender == kNone) {
+    return std::nullopt;
+  }
+  const Message& letter = letters_[place];
+  return Traits{letter.day, letter.isReceived, letter.contact == kNone ? 0 : letter.contact};
 }
 
 std::vector<Folder> MailMap::Folders() const {

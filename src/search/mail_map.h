@@ -2,17 +2,19 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Who wrote each message of the open repository, who got it, what files were attached to it, in
-// which folder of the mail program it lay and what that knew of it, in memory: sixteen bytes for
-// each message, eight for each recipient and file, and each name and address once. A search for a
-// person is a look at the distinct names then, and folders are counted without a look at the file.
+// which folder of the mail program it lay and what that knew of it, and whom the contact book
+// holds, in memory: twenty bytes for each message, eight for each recipient and file, each name and
+// address once, and the contact book's texts. A search for a person is a look at the distinct
+// names then, and folders are counted without a look at the file.
 //
 // It is read in steps, while there is nothing else to do or by the first search that wants it, and
-// goes on from there after messages were added. Deleted messages stay in it until it is forgotten:
-// whoever asks knows which messages there are. Where keys are too high or lie too far apart, it is
-// never complete.
+// goes on from there after messages and contacts were added. Deleted ones stay in it until it is
+// forgotten: whoever asks knows which messages there are. Where keys are too high or lie too far
+// apart, it is never complete.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -43,6 +45,18 @@ class KeySet {
   std::vector<bool> marks_;
 };
 
+// Texts of many owners, folded, one behind the other: to look for a part is one pass over them all.
+class TextPool {
+ public:
+  void Add(int64_t owner, std::string_view text);
+  void AddOwnersWith(std::string_view part, KeySet& owners) const;
+
+ private:
+  std::string texts_;  // each ends with a NUL
+  std::vector<size_t> begins_;
+  std::vector<int64_t> owners_;
+};
+
 struct Folder {
   std::string identity;
   std::string name;
@@ -56,16 +70,21 @@ class MailMap {
   bool Read(int64_t milliseconds);
   // True when every message there is now is in it. Throws Error.
   bool IsComplete();
+  // There are messages that it can't hold.
+  bool IsUnfit() const { return isUnfit_; }
   // After anything else than new messages: another repository, rows replaced.
   void Forget() { *this = {}; }
+  // After the contact book was changed.
+  void ForgetContacts();
 
   // The messages that somebody with the text in name or address wrote or got.
   void AddWrittenBy(std::string_view text, KeySet& keys) const;
   void AddReceivedBy(std::string_view text, KeySet& keys) const;
   // Those with the text in the name of an attached file.
   void AddWithFile(std::string_view text, KeySet& keys) const;
-  // Those whose correspondent is one of these contacts; received or sent ones, or both.
-  void AddOfContacts(const KeySet& contacts, bool received, bool sent, KeySet& keys) const;
+  // Those whose correspondent has the text in name or address in the contact book; received or
+  // sent ones, or both.
+  void AddOfContacts(std::string_view text, bool received, bool sent, KeySet& keys) const;
   // Those of the folders with the text in their names.
   void AddInFolders(std::string_view text, KeySet& keys) const;
   // Those of one folder.
@@ -73,6 +92,14 @@ class MailMap {
 
   // Those with a letter of intake::kStateMarks.
   void AddInState(char letter, KeySet& keys) const;
+
+  struct Traits {
+    int day = 0;  // of its date: days since 1 January 1970
+    bool isReceived = false;
+    int64_t contact = 0;  // 0: none
+  };
+  // nullopt for a message that is not in it.
+  std::optional<Traits> Of(int64_t message) const;
 
   // In the order of identity and name; those that hold no message any more are left out. Throws
   // Error.
@@ -94,6 +121,7 @@ class MailMap {
     uint32_t sender = kNone;
     uint32_t folder = kNone;
     uint32_t contact = kNone;
+    int32_t day = 0;
     bool isReceived = false;
     bool isSent = false;
     uint8_t states = 0;  // by their places in intake::kStateMarks
@@ -113,6 +141,9 @@ class MailMap {
   // columns: two of texts behind the key of the message.
   void ReadLinks(std::string_view table, std::string_view columns, int64_t rows, Names& names,
                  std::vector<Link>& links, Progress& progress);
+  // columns: the key of a contact and a text of it.
+  void ReadContacts(std::string_view table, std::string_view columns, int64_t rows,
+                    Progress& progress);
   template <typename Test>
   void AddLetters(const Test& test, KeySet& keys) const;
   static void AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
@@ -129,7 +160,10 @@ class MailMap {
   Progress to_;
   Progress cc_;
   Progress attachments_;
-  bool isUnfit_ = false;  // there are messages that it can't hold
+  TextPool contacts_;  // names and addresses
+  Progress contactNames_;
+  Progress contactAddresses_;
+  bool isUnfit_ = false;
   RowSteps steps_;
 };
 

@@ -74,16 +74,6 @@ std::string TextCondition(const Term& term) {
   return "(" + AnyHolds({"Email.Subject", "Email.Body"}, term.text) + ")";
 }
 
-// The contacts with the text in name or address.
-KeySet ContactsWith(const std::string& text) {
-  KeySet contacts;
-  auto add = [&](const jet::PassingRow& row) { contacts.Add(row.Int(0)); };
-  RepositoryDb().ReadRows("SELECT ID FROM MeContact WHERE " + AnyHolds({"Name"}, text), add);
-  RepositoryDb().ReadRows("SELECT ContactID FROM ContactEmail WHERE " + AnyHolds({"Address"}, text),
-                          add);
-  return contacts;
-}
-
 // "(1, 2, 3)"
 std::string KeyList(const std::vector<int64_t>& keys) {
   std::string list = "(";
@@ -210,15 +200,15 @@ void Run::LearnNames(TermState& state) const {
       Map().AddWrittenBy(term.text, state.known);
       Map().AddReceivedBy(term.text, state.known);
       Map().AddWithFile(term.text, state.known);
-      Map().AddOfContacts(ContactsWith(term.text), true, true, state.known);
+      Map().AddOfContacts(term.text, true, true, state.known);
       break;
     case Field::kFrom:
       Map().AddWrittenBy(term.text, state.known);
-      Map().AddOfContacts(ContactsWith(term.text), true, false, state.known);
+      Map().AddOfContacts(term.text, true, false, state.known);
       break;
     case Field::kTo:
       Map().AddReceivedBy(term.text, state.known);
-      Map().AddOfContacts(ContactsWith(term.text), false, true, state.known);
+      Map().AddOfContacts(term.text, false, true, state.known);
       break;
     case Field::kFile:
       Map().AddWithFile(term.text, state.known);

@@ -5,9 +5,9 @@
 // steps, so that the first of them are there at once, whatever is looked for and however many
 // messages there are, and the window answers all the while.
 //
-// The first messages are tested as they are. Then the map of the mail (mail_map.h) and the contact
-// book tell which messages a term fits by its names, and the text index which can have it in
-// subject or text; only those are looked at, a block of them at a time. Until the map is complete
+// The first messages are tested as they are. Then the map of the mail (mail_map.h) tells which
+// messages a term fits by its names, and the text index which can have it in subject or text; only
+// those are looked at, a block of them at a time. Until the map is complete
 // the search reads on in it and tests messages as they are meanwhile.
 //
 // What is written between two steps may or may not be noticed. All throw Error.

@@ -61,6 +61,7 @@ QIcon IconOf(const Attachment& attachment, const QWidget& widget) {
 
 QString& LastFolder() {
   static QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+  if (!QDir(folder).exists()) folder = QDir::homePath();
   return folder;
 }
 

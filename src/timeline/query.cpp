@@ -176,21 +176,23 @@ bool CorrespondentReader::Step() {
   return query_.IsRunning();
 }
 
-std::vector<Correspondent> CorrespondentReader::Top(size_t most) const {
+std::vector<Correspondent> TopCorrespondents(const std::map<int64_t, int64_t>& messages,
+                                             size_t most) {
   std::vector<Correspondent> top;
   core::GuardedRun(
-      "CorrespondentReader",
+      "TopCorrespondents",
       [&] {
         std::vector<std::pair<int64_t, int64_t>> ranked;  // messages, contact
-        for (const auto& [contact, messages] : messages_) ranked.emplace_back(messages, -contact);
+        ranked.reserve(messages.size());
+        for (const auto& [contact, count] : messages) ranked.emplace_back(count, -contact);
         std::sort(ranked.rbegin(), ranked.rend());
-        for (const auto& [messages, contact] : ranked) {
+        for (const auto& [count, contact] : ranked) {
           if (top.size() == most) break;
           jet::Recordset found;
           found.Open("SELECT Name FROM MeContact WHERE ID=" + std::to_string(-contact),
                      repository::RepositoryDb());
           std::string name = found.Eof() ? std::string() : found.Field(0).AsText();
-          if (!name.empty()) top.push_back({name, messages});
+          if (!name.empty()) top.push_back({name, count});
         }
       },
       core::Report::kLog);

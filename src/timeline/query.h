@@ -25,6 +25,15 @@ struct Scope {
   DateTime to;
   std::string conditions;  // all but those on the correspondent
   std::string ofCorrespondent;
+  // What is searched for besides, in any words that tell one search from another, or "". No
+  // statement knows what a search found; whoever searches tells it.
+  std::string search = {};
+};
+
+struct FoundMessage {
+  int day = 0;
+  bool isIn = false;
+  int64_t contact = 0;  // 0: nobody
 };
 
 // Messages of the scope by the day they were received on and by direction. Every message counts
@@ -86,6 +95,10 @@ struct Correspondent {
   friend bool operator==(const Correspondent&, const Correspondent&) = default;
 };
 
+// Of messages by contacts those with most, at most so many. Messages of nobody count for nobody.
+std::vector<Correspondent> TopCorrespondents(const std::map<int64_t, int64_t>& messages,
+                                             size_t most);
+
 class CorrespondentReader {
  public:
   // Begins to count the messages of a scope, dates included, whatever its correspondent.
@@ -93,8 +106,7 @@ class CorrespondentReader {
   bool Step();
   bool IsRunning() const { return query_.IsRunning(); }
   void Stop() { query_.Stop(); }
-  // Those with most mail, at most so many. Messages of nobody count for nobody.
-  std::vector<Correspondent> Top(size_t most) const;
+  std::vector<Correspondent> Top(size_t most) const { return TopCorrespondents(messages_, most); }
 
  private:
   SteppedQuery query_;

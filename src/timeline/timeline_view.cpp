@@ -124,14 +124,48 @@ void TimelineView::Follow(const Scope& scope, const std::string& correspondent) 
   begun_ = false;
   plot_->SetChosen({DayNumber(scope.from), DayNumber(scope.to)});
   correspondents_->SetFiltered(correspondent);
+  FollowSearch();
   ShowText();
   if (isEnabled() && isVisible()) work_.start();
+}
+
+void TimelineView::FollowSearch() {
+  if (scope_->search.empty()) return found_.reset();
+  auto isWithin = [this](const Scope& wider) {
+    return wider.search == scope_->search && wider.conditions == scope_->conditions &&
+           wider.ofCorrespondent == scope_->ofCorrespondent && wider.from <= scope_->from &&
+           scope_->to <= wider.to;
+  };
+  bool isKnown = found_ && found_->isWhole && isWithin(found_->scope);
+  if (!isKnown) found_ = Found{*scope_, {}, false, true, {}};
+  found_->countsDays = !isKnown;
+  found_->messages.clear();
+}
+
+void TimelineView::AddFound(const std::vector<FoundMessage>& messages, bool isAll) {
+  if (!found_) return;
+  for (const FoundMessage& message : messages) {
+    if (found_->countsDays) {
+      found_->counts.Add(message.day, message.isIn ? MessageCount{1, 0} : MessageCount{0, 1});
+    }
+    ++found_->messages[message.contact];
+  }
+  found_->isWhole = found_->isWhole || isAll;
+  ShowCounts();
+  if (pages_->currentWidget() == correspondents_) ShowPeople();
+}
+
+void TimelineView::ShowPeople() {
+  constexpr size_t kMost = size_t{CorrespondentsView::kRows} * CorrespondentsView::kColumns;
+  correspondents_->SetPeople(found_ ? TopCorrespondents(found_->messages, kMost)
+                                    : correspondentReader_.Top(kMost));
 }
 
 void TimelineView::Forget() {
   reader_.Forget();
   correspondentReader_.Stop();
   correspondentsOf_.clear();
+  if (found_) found_->isWhole = false;
   begun_ = false;
   if (scope_ && isEnabled() && isVisible()) work_.start();
 }
@@ -151,12 +185,16 @@ void TimelineView::showEvent(QShowEvent* event) {
 void TimelineView::Begin() {
   begun_ = true;
   since_.start();
-  reader_.Start(*scope_);
-  if (!reader_.IsRunning()) ShowCounts();
+  if (!found_) reader_.Start(*scope_);
+  if (IsToldAll()) ShowCounts();
   if (pages_->currentWidget() == correspondents_) BeginCorrespondents();
 }
 
 void TimelineView::BeginCorrespondents() {
+  if (found_) {
+    correspondentsOf_.clear();
+    return ShowPeople();
+  }
   Scope ofAll = *scope_;
   ofAll.ofCorrespondent.clear();
   std::string query = CorrespondentCountQueryText(ofAll);
@@ -167,7 +205,8 @@ void TimelineView::BeginCorrespondents() {
 }
 
 void TimelineView::Work() {
-  if (!isEnabled() || !isVisible()) {
+  // What was found is told, not counted here.
+  if (!isEnabled() || !isVisible() || (begun_ && found_)) {
     work_.stop();
     return;
   }
@@ -180,18 +219,15 @@ void TimelineView::Work() {
       since_.restart();
     }
   } else if (correspondentReader_.IsRunning()) {
-    if (!correspondentReader_.Step()) {
-      correspondents_->SetPeople(correspondentReader_.Top(size_t{CorrespondentsView::kRows} *
-                                                          CorrespondentsView::kColumns));
-    }
+    if (!correspondentReader_.Step()) ShowPeople();
   } else {
     work_.stop();
   }
 }
 
 void TimelineView::ShowCounts() {
-  plot_->SetCounts(reader_.Counts());
-  QString none = reader_.IsRunning() ? tr("Counting...") : tr("No messages to show.");
+  plot_->SetCounts(Counts());
+  QString none = IsToldAll() ? tr("No messages to show.") : tr("Counting...");
   plot_->SetEmptyText(none);
   correspondents_->SetEmptyText(none);
   ShowText();
@@ -206,7 +242,8 @@ void TimelineView::ShowText() {
   } else if (state.Counts().IsEmpty()) {
     text_->SetText({});
   } else if (isAll) {
-    text_->SetText(tr("All dates: %1").arg(MessagesText(state.Counts().Total().Total())));
+    text_->SetText((found_ ? tr("Found: %1") : tr("All dates: %1"))
+                       .arg(MessagesText(state.Counts().Total().Total())));
   } else {
     DaySpan chosen = state.Chosen();
     text_->SetText(SpanText(chosen, state.Counts().Within(chosen)));

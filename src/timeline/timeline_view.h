@@ -30,7 +30,11 @@ class TimelineView : public QWidget {
   explicit TimelineView(QWidget* parent = nullptr);
 
   // The list shows these messages now; correspondent is the text for a name that it is filtered by.
+  // Where something is searched for, AddFound tells what is shown.
   void Follow(const Scope& scope, const std::string& correspondent);
+  // What the search of the scope has found since the last call; isAll: it is through. Dates that
+  // narrow a search take no days away that it was counted for before.
+  void AddFound(const std::vector<FoundMessage>& messages, bool isAll);
   // Messages came, went or changed. What the strip was disabled for counts as such.
   void Forget();
 
@@ -56,6 +60,10 @@ class TimelineView : public QWidget {
   void ShowText();
   void ShowCorrespondents(bool on);
   void BeginCorrespondents();
+  void FollowSearch();
+  const DayCounts& Counts() const { return found_ ? found_->counts : reader_.Counts(); }
+  bool IsToldAll() const { return found_ ? found_->isWhole : !reader_.IsRunning(); }
+  void ShowPeople();
 
   repository::ElidedLabel* text_ = nullptr;
   QToolButton* allDates_ = nullptr;
@@ -72,6 +80,14 @@ class TimelineView : public QWidget {
   TimelineReader reader_;
   CorrespondentReader correspondentReader_;
   std::string correspondentsOf_;  // the query that they answer
+  struct Found {
+    Scope scope;  // whose days are counted
+    DayCounts counts;
+    bool isWhole = false;
+    bool countsDays = true;               // of the search that is under way; else they are known
+    std::map<int64_t, int64_t> messages;  // of it, by contacts
+  };
+  std::optional<Found> found_;
   QString told_;
 };
 

@@ -15,7 +15,6 @@
 #include <QToolTip>
 
 #include "board/board_rows.h"
-#include "board/email_text_window.h"
 #include "board/help_topics.h"
 #include "board/main_board_window.h"
 #include "contacts/contact_dialog.h"
@@ -24,6 +23,7 @@
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "qt_user_interface.h"
+#include "reading/email_text_window.h"
 #include "support/program_fixture.h"
 #include "takeout/save_messages_dialog.h"
 
@@ -108,7 +108,7 @@ class Everywhere : public testing::ProgramFixture {
 TEST_F(Everywhere, TextsOfMailAreNeverMarkup) {
   board::MainBoard main;
   ASSERT_TRUE(main.Load());
-  board::frmEmailText text;
+  reading::frmEmailText text;
   contacts::frmContacts contacts;
   contacts::frmContact contact(contact_);
   options::frmOptions options([](const std::string&) {

@@ -47,6 +47,24 @@ class Cli : public ::testing::Test {
   testing::TempFolder home_;
 };
 
+TEST_F(Cli, ConversationsStandTogether) {
+  auto letter = [&](const std::string& name, int day, const std::string& headers) {
+    return WriteMessage(name, "From: Ann <ann@example.org>\r\nSubject: " + name +
+                                  "\r\nDate: " + std::to_string(day) +
+                                  " Jan 2004 10:20:30 +0000\r\n" + headers + "\r\n\r\nx\r\n");
+  };
+  ASSERT_EQ(Run({"take", letter("plan", 1, "Message-ID: <1@x>"), letter("other", 2, ""),
+                 letter("answer", 3, "References: <1@x>"), letter("late", 4, "")})
+                .status,
+            0);
+  ProgramRun run = Run({"list", "--conversations"});
+  EXPECT_THAT(run.output, ::testing::MatchesRegex("4\t[^\n]*\tlate\t4\n3\t[^\n]*\tanswer\t3\n"
+                                                  "1\t[^\n]*\tplan\t3\n2\t[^\n]*\tother\t2\n"));
+  run = Run({"list", "--conversations", "--json", "--search", "plan"});
+  EXPECT_THAT(run.output, HasSubstr("\"Conversation\":1}"));
+  EXPECT_EQ(Run({"list", "--conversations", "--subject", "nothing"}).output, "");
+}
+
 TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {
   std::string raw =
       "From: Ann Lee <ann@example.org>\r\nTo: bob@example.org\r\nSubject: Garden\tplan\r\n"

@@ -11,12 +11,12 @@
 #include <QTest>
 #include <QWindow>
 
-#include "board/email_text_window.h"
 #include "board_window.h"
 #include "contacts/contacts_window.h"
 #include "options/about_dialog.h"
 #include "options/options_window.h"
 #include "platform/shell.h"
+#include "reading/email_text_window.h"
 #include "reading/letter_view.h"
 #include "reading/letter_window.h"
 #include "support/window_checks.h"
@@ -43,7 +43,7 @@ class BoardTools : public BoardWindow {
                     "ID");
     return id;
   }
-  frmEmailText* TextWindow() { return window_->findChild<frmEmailText*>(); }
+  reading::frmEmailText* TextWindow() { return window_->findChild<reading::frmEmailText*>(); }
   QString ShownText() {
     return TextWindow()->findChild<QPlainTextEdit*>("EmailText")->toPlainText();
   }
@@ -139,7 +139,7 @@ TEST_F(BoardTools, TheTextWindowFollowsTheSelectionWhileTheBoxIsOn) {
 }
 
 TEST_F(BoardTools, ALineWithoutEndIsBrokenAndAHugeTextCut) {
-  frmEmailText window;
+  reading::frmEmailText window;
   window.ShowText({"huge", std::string(3000000, 'x')});
   auto* text = window.findChild<QPlainTextEdit*>("EmailText");
   EXPECT_GT(text->document()->blockCount(), 100);

@@ -51,6 +51,7 @@ TEST_F(ConversationWindow, LettersStandTogetherAndOpenByKey) {
   Store(4, "late", "Message-ID: <4@x>");
   Store(5, "former", "References: <2@x>");
   repository::RepositoryDb().Execute("UPDATE Email SET Thread = Null WHERE Subject = 'former'");
+  repository::RepositoryDb().Execute("UPDATE Email SET State = 'U' WHERE Subject = 'plan'");
   Start();
   window_->activateWindow();
   EXPECT_EQ(Shown(), (Texts{"former", "late", "answer", "other", "plan"}));
@@ -61,6 +62,7 @@ TEST_F(ConversationWindow, LettersStandTogetherAndOpenByKey) {
   EXPECT_THAT(ListedSubjects(), ElementsAre("former", "late", "answer", "plan", "other"));
   EXPECT_EQ(ui_.status[core::StatusPanel::kCounts], "5; 4 In; 1 Out") << "all of them";
   EXPECT_EQ(window_->Grid().Current().subject, "answer");
+  EXPECT_THAT(Board().Conversations.listed[2].unread, 1) << "plan";
   Press(Qt::Key_Right);
   EXPECT_EQ(Shown(), (Texts{"former", "late", "answer", "plan", "other"}));
   Press(Qt::Key_Down);

@@ -96,8 +96,13 @@ TEST_F(ListModelTest, ConversationsOpenAndClose) {
         {.subject = std::to_string(i), .received = DateTime::FromDate(2004, 1, 1).AddSeconds(-i)}));
   }
   ASSERT_TRUE(ListEvery());
-  const std::vector<int> kStarts = {0, 1, 4};  // 0 | 1 2 3 | 4 5
-  auto bind = [&] { model_.Bind(Board().ListRecordset, false, kStarts); };
+  // 0 | 1 2 3 | 4 5
+  const std::vector<ListedConversation> kListed = {{0, 0}, {1, 2}, {4, 0}};
+  auto bind = [&] { model_.Bind(Board().ListRecordset, false, kListed); };
+  auto isBold = [&](int row) {
+    QVariant font = model_.data(model_.index(row, GridColumn(kSubject)), Qt::FontRole);
+    return font.isValid() && font.value<QFont>().bold();
+  };
   auto shown = [&] {
     std::string text;
     for (int row = 0; row < model_.rowCount(); ++row) text += model_.SubjectAt(row);
@@ -105,14 +110,18 @@ TEST_F(ListModelTest, ConversationsOpenAndClose) {
   };
   bind();
   EXPECT_EQ(shown(), "014");
-  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole), "1, conversation of 3 messages, closed");
+  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole),
+            "1, conversation of 3 messages, closed, 2 not read");
+  EXPECT_TRUE(isBold(1)) << "for letters that nobody sees";
+  EXPECT_FALSE(isBold(2));
   EXPECT_EQ(model_.RowOf(ids[3]), 1) << "within what is closed";
   model_.SetOpen(2, true);
   model_.SetOpen(1, true);
   model_.SetOpen(0, true);
   model_.SetOpen(3, true);
   EXPECT_EQ(shown(), "012345");
-  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole), "1, conversation of 3 messages, open");
+  EXPECT_EQ(Cell(1, 2, Qt::AccessibleTextRole), "1, conversation of 3 messages, open, 2 not read");
+  EXPECT_FALSE(isBold(1)) << "read itself";
   EXPECT_EQ(Cell(3, 2, Qt::AccessibleTextRole), "3, of the conversation above");
   EXPECT_EQ(Cell(0, 2, Qt::AccessibleTextRole), "0");
   EXPECT_EQ(model_.FirstOf(3), 1);
@@ -123,7 +132,7 @@ TEST_F(ListModelTest, ConversationsOpenAndClose) {
   EXPECT_EQ(model_.IdOnlyAt(3), ids[5]);
   bind();
   EXPECT_EQ(shown(), "0145") << "what is open stays so";
-  model_.Bind(Board().ListRecordset, false, {0, 9});
+  model_.Bind(Board().ListRecordset, false, {{0, 0}, {9, 0}});
   EXPECT_EQ(model_.rowCount(), 6) << "of another list";
 }
 

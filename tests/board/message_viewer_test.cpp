@@ -4,6 +4,7 @@
 
 #include "board_rows.h"
 #include "platform/shell.h"
+#include "reading/letter.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::board {
@@ -69,10 +70,10 @@ TEST_F(MessageViewer, WithoutACopyOrAProgramThePersonIsTold) {
 }
 
 TEST_F(MessageViewer, TheTextIsTheBodyAndElseTheHtmlAsItStands) {
-  EXPECT_EQ(ReadEmailText(AddHtml("<p>rich", "plain"))->text, "plain");
-  EXPECT_EQ(ReadEmailText(AddHtml("<p>rich", " \r\n"))->text, "<p>rich");
-  EXPECT_EQ(ReadEmailText(AddHtml(""))->text, "");
-  EXPECT_EQ(ReadEmailText(4711), std::nullopt);
+  EXPECT_EQ(reading::ReadEmailText(AddHtml("<p>rich", "plain"))->text, "plain");
+  EXPECT_EQ(reading::ReadEmailText(AddHtml("<p>rich", " \r\n"))->text, "<p>rich");
+  EXPECT_EQ(reading::ReadEmailText(AddHtml(""))->text, "");
+  EXPECT_EQ(reading::ReadEmailText(4711), std::nullopt);
 }
 
 TEST_F(MessageViewer, HtmlMovesIntoTheBodyWhereItHasText) {

@@ -45,6 +45,7 @@ TEST_F(SearchWindow, TheBoxNarrowsTogetherWithTheFilter) {
   EXPECT_EQ(window_->focusWidget(), box);
   Type("numbers budget");
   EXPECT_THAT(ListedSubjects(), ElementsAre("Budget", "Budget"));
+  EXPECT_EQ(window_->Grid().Current().subject, "Budget") << "Enter goes to the first";
   EXPECT_EQ(ui_.status[StatusPanel::kCounts], "2; 1 In; 1 Out");
   EXPECT_EQ(window_->Status().PanelText(StatusPanel::kProgress), "2 found");
   Filter("MailText", "more");

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "options/password_dialog.h"
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -44,6 +45,22 @@ TEST(ProtectDialog, TakesTheSamePasswordTwiceAndChangesItOnlyForWhoKnowsThePrese
     change.findChild<QPushButton*>("TakeOff")->click();
   }
   EXPECT_EQ(change.Chosen(), ProtectDialog::Choice::kTakeOff);
+}
+
+TEST(PasswordDialog, APasswordIsRememberedOnlyWhereThatIsTickedAndCanBe) {
+  EXPECT_EQ(PasswordDialog("a.twr", false, {}).findChild<QCheckBox*>("Remember"), nullptr);
+  for (std::string why : {"", "No keyring is running."}) {
+    PasswordDialog dialog("a.twr", false, [&] { return why; });
+    testing::CheckControls(dialog);
+    auto* box = dialog.findChild<QCheckBox*>("Remember");
+    EXPECT_FALSE(dialog.IsToBeRemembered());
+    box->click();
+    EXPECT_EQ(dialog.IsToBeRemembered(), why.empty());
+    EXPECT_EQ(box->isEnabled(), why.empty());
+    auto* reason = dialog.findChild<QLabel*>("WhyNotRemembered");
+    EXPECT_EQ(reason->isVisibleTo(&dialog), !why.empty());
+    EXPECT_THAT(reason->text().toStdString(), HasSubstr(why));
+  }
 }
 
 TEST(PasswordStrength, CommonWordsAndPatternsCountForLittle) {

@@ -103,6 +103,8 @@ TEST_F(LetterPane, WhatWasSearchedForIsMarkedAndGoneThrough) {
   EXPECT_EQ(found->text(), "2 of 2");
   view_.findChild<QToolButton*>("NextMark")->click();
   EXPECT_EQ(found->text(), "1 of 2");
+  view_.SetWords({"absent"}, {"plan"});
+  EXPECT_EQ(found->text(), "") << "the list found it elsewhere";
   view_.findChild<QLineEdit*>("FindInLetter")->setText("absent");
   EXPECT_EQ(found->text(), "not found");
   EXPECT_TRUE(view_.Text().extraSelections().isEmpty());

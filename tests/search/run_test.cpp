@@ -183,6 +183,13 @@ TEST_F(SearchRun, WhatComesLaterIsFound) {
   Add({.subject = "second", .from = "ann@firm.org", .file = "a.doc"});
   EXPECT_EQ(Found({ParseQuery("from:ann")}), (Texts{"second", "first"}));
   EXPECT_EQ(Found({ParseQuery("file:a.doc")}), Texts{"second"});
+  Add({.subject = "third", .contact = "Bob Late", .contactAddress = "late@old.net"});
+  EXPECT_EQ(Found({ParseQuery("\"bob late\"")}), Texts{"third"});
+  EXPECT_EQ(Found({ParseQuery("LATE@old")}), Texts{"third"});
+  repository::RepositoryDb().Execute("UPDATE MeContact SET Name = 'Eve Later'");
+  Map().ForgetContacts();
+  EXPECT_EQ(Found({ParseQuery("\"eve later\"")}), Texts{"third"});
+  EXPECT_EQ(Found({ParseQuery("\"bob late\"")}), Texts{});
 }
 
 TEST_F(SearchRun, AKeyTooHighForTheMapIsFoundAllTheSame) {

@@ -81,6 +81,40 @@ TEST_F(Timeline, ADragChoosesTheDatesOfTheListAndEscapeTakesThemBack) {
   EXPECT_EQ(board::CountListed(), 84);
 }
 
+TEST_F(Timeline, OfASearchItCountsWhatWasFound) {
+  auto search = [&](const char* words) {
+    Find<QLineEdit>("SearchBox")->setText(words);
+    QTest::keyClick(Find<QLineEdit>("SearchBox"), Qt::Key_Return);
+  };
+  auto waitFor = [&](int64_t messages) {
+    EXPECT_TRUE(QTest::qWaitFor([&] { return State().Counts().Total().Total() == messages; }));
+    EXPECT_EQ(State().Counts().Total().Total(), messages);
+    Settle();
+  };
+  search("-july");
+  waitFor(4);
+  EXPECT_EQ(State().Counts().Total().out, 1);
+  EXPECT_EQ(Find<repository::ElidedLabel>("TimelineText")->WholeText(), "Found: 4 messages");
+  // Dates narrow the list; the bars stay.
+  window_->Timeline().Plot().Choose(
+      {DayNumber(DateTime::FromDate(2003, 5, 1)), DayNumber(DateTime::FromDate(2003, 5, 31))});
+  Settle();
+  EXPECT_THAT(ListedSubjects(), ElementsAre("may"));
+  EXPECT_EQ(State().Counts().Total().Total(), 4);
+  Find<QToolButton>("ShowCorrespondents")->click();
+  EXPECT_TRUE(
+      QTest::qWaitFor([&] { return window_->Timeline().Correspondents().People().size() == 1; }));
+  EXPECT_EQ(window_->Timeline().Correspondents().People()[0].name, "Bob O'Neil");
+  Find<QToolButton>("ShowCorrespondents")->click();
+  // Another search is counted anew, within the dates that it was made for.
+  search("-first");
+  waitFor(1);
+  search("");
+  waitFor(84);
+  search("nowhere");
+  waitFor(0);
+}
+
 TEST_F(Timeline, ADoubleClickZoomsInAndOneEscapeUndoesIt) {
   std::string whole = Dates();
   QTest::mouseClick(&Plot(), Qt::LeftButton, {}, At(BarOf(2003, 3)));

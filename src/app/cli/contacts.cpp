@@ -38,7 +38,7 @@ int RunContacts(const std::vector<std::string>& words) {
     int64_t id = list.Field(contacts::kContactId).AsInt();
     std::vector<std::string> addresses = AddressesOf(id);
     if (arguments.Has("--json")) {
-      PrintJson(list, "Addresses", addresses);
+      PrintJson(list, {{"Addresses", JsonArray(addresses)}});
     } else {
       PrintLine(id, list.Field(contacts::kName).AsText(), addresses);
     }

@@ -7,12 +7,15 @@
 #include "cli/commands.h"
 #include "cli/list_filter_arguments.h"
 #include "cli/row_output.h"
+#include "core/messages.h"
 #include "intake/message_state.h"
 #include "repository/repository.h"
 
 namespace tarnwick::app {
 
 namespace {
+
+constexpr int64_t kStepMilliseconds = 1000;
 
 std::string Printed(const jet::Value& value, jet::ColumnType type) {
   switch (type) {
@@ -28,12 +31,14 @@ std::string Printed(const jet::Value& value, jet::ColumnType type) {
   }
 }
 
-void PrintLine(jet::Recordset& list) {
+// conversation: in a column more, if it is not 0.
+void PrintLine(jet::Recordset& list, int64_t conversation) {
   const char* separator = "";
   for (const repository::ListColumn& column : repository::kPrintedColumns) {
     std::cout << separator << Printed(list.Field(column.place - 1), column.type);
     separator = "\t";
   }
+  if (conversation != 0) std::cout << separator << conversation;
   std::cout << '\n';
 }
 
@@ -48,26 +53,47 @@ std::optional<std::vector<std::string>> StateOf(jet::Recordset& list) {
   return intake::StateWords(state);
 }
 
+bool GroupByConversations() {
+  board::ConversationState& state = board::Board().Conversations;
+  state.isOn = true;
+  while (!board::PrepareConversations(kStepMilliseconds)) {
+  }
+  board::GroupList();
+  if (!state.listed.empty() || board::Board().ListIsPlaceholder) return true;
+  core::ShowMessage("The conversations of this repository can't be found.");
+  return false;
+}
+
 }  // namespace
 
 int RunList(const std::vector<std::string>& words) {
   std::set<std::string> withValue = ListOptionsWithValue();
   withValue.insert("--limit");
   std::set<std::string> flags = ListFlags();
-  flags.insert("--json");
+  flags.insert({"--json", "--conversations"});
   Arguments arguments(words, withValue, flags);
   if (!arguments.Operands().empty()) throw UsageError("list takes no operand");
   int64_t limit = arguments.Number("--limit").value_or(INT64_MAX);
   if (!OpenFilteredList(ReadListFilter(arguments))) return kFailed;
+  bool isGrouped = arguments.Has("--conversations");
+  if (isGrouped && !GroupByConversations()) return kFailed;
 
   jet::Recordset& list = board::Board().ListRecordset;
-  bool json = arguments.Has("--json");
+  auto next = board::Board().Conversations.listed.begin();
+  int64_t conversation = 0;
   // The row that stands for an empty list is for the window only.
   for (int64_t i = 0; !board::Board().ListIsPlaceholder && i < limit && !list.Eof(); ++i) {
-    if (json) {
-      PrintJson(list, "State", StateOf(list));
+    if (isGrouped && next != board::Board().Conversations.listed.end() && next->start == i) {
+      conversation = list.Field(board::kId).AsInt();
+      ++next;
+    }
+    if (arguments.Has("--json")) {
+      std::vector<std::pair<std::string, std::string>> members = {
+          {"State", JsonArray(StateOf(list))}};
+      if (isGrouped) members.emplace_back("Conversation", std::to_string(conversation));
+      PrintJson(list, members);
     } else {
-      PrintLine(list);
+      PrintLine(list, conversation);
     }
     list.MoveNext();
   }

@@ -39,6 +39,7 @@ constexpr const char* kUsage =
          [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]
          [--direction in|out|both] [--hot] [--attached]
          [--sort date|subject|from-to|direction] [--order asc|desc] [--json] [--limit N]
+         [--conversations]
   show   ID [--raw|--text]
   delete ID
   mark   ID

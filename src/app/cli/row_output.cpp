@@ -66,27 +66,21 @@ std::string Harmless(std::string_view text) {
   return result;
 }
 
-void PrintJson(jet::Recordset& rows) {
-  std::cout << '{';
-  PrintColumns(rows);
-  std::cout << "}\n";
+std::string JsonArray(const std::optional<std::vector<std::string>>& texts) {
+  if (!texts) return "null";
+  std::string array = "[";
+  for (const std::string& text : *texts) {
+    if (array.size() > 1) array += ',';
+    array += JsonText(text);
+  }
+  return array + "]";
 }
 
-void PrintJson(jet::Recordset& rows, const std::string& name,
-               const std::optional<std::vector<std::string>>& texts) {
+void PrintJson(jet::Recordset& rows,
+               const std::vector<std::pair<std::string, std::string>>& members) {
   std::cout << '{';
   PrintColumns(rows);
-  std::cout << ',' << JsonText(name) << ':';
-  if (texts) {
-    const char* separator = "[";
-    for (const std::string& text : *texts) {
-      std::cout << separator << JsonText(text);
-      separator = ",";
-    }
-    std::cout << (texts->empty() ? "[]" : "]");
-  } else {
-    std::cout << "null";
-  }
+  for (const auto& [name, value] : members) std::cout << ',' << JsonText(name) << ':' << value;
   std::cout << "}\n";
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "database/recordset.h"
@@ -25,8 +26,10 @@ std::string JsonText(std::string_view text);
 // Prints the current row as one JSON object and a line end: its columns by name, dates as
 // "yyyy-mm-dd hh:mm:ss", characters that a terminal would obey as "\u" and four digits.
 void PrintJson(jet::Recordset& rows);
-// With one member more, an array of texts or null.
-void PrintJson(jet::Recordset& rows, const std::string& name,
-               const std::optional<std::vector<std::string>>& texts);
+// With members more: their names, and their values in JSON.
+void PrintJson(jet::Recordset& rows,
+               const std::vector<std::pair<std::string, std::string>>& members);
+// An array of texts, or null.
+std::string JsonArray(const std::optional<std::vector<std::string>>& texts);
 
 }  // namespace tarnwick::app

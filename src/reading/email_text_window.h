@@ -8,12 +8,12 @@
 
 #include <QDialog>
 
-#include "board/message_viewer.h"
+#include "reading/letter.h"
 #include "takeout/attachments_view.h"
 
 class QPlainTextEdit;
 
-namespace tarnwick::board {
+namespace tarnwick::reading {
 
 class frmEmailText : public QDialog {
   Q_OBJECT
@@ -37,4 +37,4 @@ class frmEmailText : public QDialog {
   takeout::AttachmentsView* attachments_;
 };
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::reading

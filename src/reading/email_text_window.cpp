@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
-#include "board/email_text_window.h"
+#include "reading/email_text_window.h"
 
 #include <QGuiApplication>
 #include <QPlainTextEdit>
@@ -14,7 +14,7 @@
 #include "repository/plain_text_view.h"
 #include "repository/repository.h"
 
-namespace tarnwick::board {
+namespace tarnwick::reading {
 
 namespace {
 
@@ -98,4 +98,4 @@ void frmEmailText::hideEvent(QHideEvent* event) {
                                {y() * kTwips, x() * kTwips, height() * kTwips, width() * kTwips});
 }
 
-}  // namespace tarnwick::board
+}  // namespace tarnwick::reading
