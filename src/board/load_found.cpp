@@ -29,7 +29,7 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
     if (found.program != oe::kApplication || byProfile.contains(found.profile)) continue;
     byProfile[found.profile].push_back(oe::MakeSource(rules));
   }
-  if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores));
+  if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores, rules));
   if (!mailboxes.empty()) {
     byProfile[first].push_back(
         tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules, mailboxes));

@@ -3,6 +3,7 @@
 #include "outlook/pst_client.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -112,8 +113,8 @@ std::string ReaderProgram() {
          std::string(platform::kProgramEnding);
 }
 
-PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits)
-    : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits) {
+PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits, Way way)
+    : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits), way_(way) {
   storeSize_ = platform::FileSize(storePath_);
 }
 
@@ -159,14 +160,24 @@ void PstClient::ReadFully(size_t count, int64_t timeout) {
   }
 }
 
+// kind: of the request that comes first.
+void PstClient::Start(char kind) {
+  platform::InputFile store(storePath_);
+  child_ = std::make_unique<platform::ChildProcess>(program_, store);
+  if (way_ == Way::kByIndex || kind == frame::kLostItems) return;
+  if (!child_->Write(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds)) {
+    Lose("the reader ended");
+  }
+  Receive(AnswerBudget(), limits_.openMilliseconds, [](char, std::string_view) {});
+}
+
 void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink) {
   ReceiveAhead(nullptr);
   if (givenUp_) throw Damaged("given up");
   requestBegan_ = platform::TickMilliseconds();
   int64_t timeout = limits_.requestMilliseconds;
   if (!child_) {
-    platform::InputFile store(storePath_);
-    child_ = std::make_unique<platform::ChildProcess>(program_, store);
+    Start(kind);
     timeout = limits_.openMilliseconds;
   }
   if (!child_->Write(RequestFor(kind, numbers), timeout)) Lose("the reader ended");
@@ -262,6 +273,26 @@ RawAnswer PstClient::Ask(char kind, const Numbers& numbers) {
   Request(kind, numbers,
           [&](char answered, std::string_view payload) { reader.Take(answered, payload); });
   return answer;
+}
+
+std::vector<FoundItem> PstClient::FindLost(const std::function<void(int)>& tell) {
+  assert(way_ == Way::kBySearch);
+  std::vector<FoundItem> items;
+  Request(frame::kLostItems, {}, [&](char answered, std::string_view payload) {
+    if (answered == frame::kProgress && payload.size() >= 4) {
+      tell(static_cast<int>(std::min<uint32_t>(TakeNumber(payload, 0), 100)));
+    } else if (answered == frame::kFoundItems) {
+      for (size_t at = 0; at + kFoundItem <= payload.size(); at += kFoundItem) {
+        auto how = std::min(TakeNumber(payload, at + 8), static_cast<uint32_t>(LostHow::kAlone));
+        uint64_t data = TakeNumber(payload, at + 16);
+        items.push_back({TakeNumber(payload, at), TakeNumber(payload, at + 4),
+                         static_cast<LostHow>(how), data << 32 | TakeNumber(payload, at + 12)});
+      }
+    } else if (answered != frame::kLost) {
+      throw Damaged("unknown answer");
+    }
+  });
+  return items;
 }
 
 void PstClient::AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,

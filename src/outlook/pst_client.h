@@ -23,6 +23,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outlook/pst_protocol.h"
 #include "platform/child_process.h"
 
 namespace tarnwick::outlook {
@@ -60,9 +61,21 @@ struct RawAnswer {
 
 inline constexpr size_t kMaxItemsAhead = 32;
 
+// An item that a search of the whole store found.
+struct FoundItem {
+  uint32_t node = 0;
+  uint32_t folder = 0;  // that it lay in
+  LostHow how = LostHow::kUnlisted;
+  uint64_t data = 0;
+};
+
 class PstClient {
  public:
-  PstClient(std::string storePath, std::string program, ReaderLimits limits = {});
+  // How requests are answered: by the store's own index, or by what a search of all of it finds.
+  enum class Way { kByIndex, kBySearch };
+
+  PstClient(std::string storePath, std::string program, ReaderLimits limits = {},
+            Way way = Way::kByIndex);
 
   using Numbers = std::vector<uint32_t>;
 
@@ -74,6 +87,10 @@ class PstClient {
   void AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,
                 std::set<std::string>& lost);
 
+  // Has the store searched, or gives what the search found. tell: how far it has come, in percent.
+  // REQUIRES: the way is kBySearch.
+  std::vector<FoundItem> FindLost(const std::function<void(int)>& tell);
+
   bool GivenUp() const { return givenUp_; }
   uint64_t StoreSize() const { return storeSize_; }
   // How much one answer may hold.
@@ -82,6 +99,7 @@ class PstClient {
 
  private:
   using FrameSink = std::function<void(char kind, std::string_view payload)>;
+  void Start(char kind);
   void Request(char kind, const Numbers& numbers, const FrameSink& sink);
   // The frames of the answer that comes next.
   void Receive(uint64_t budget, int64_t timeout, const FrameSink& sink);
@@ -95,6 +113,7 @@ class PstClient {
   std::string storePath_;
   std::string program_;
   ReaderLimits limits_;
+  Way way_;
   uint64_t storeSize_ = 0;
   std::unique_ptr<platform::ChildProcess> child_;
   std::string buffer_;  // read and not yet used, from position_ on

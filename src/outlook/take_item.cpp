@@ -41,14 +41,17 @@ TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& appl
   platform::RemoveFile(file);
   {
     platform::OutputFile output(file);
-    WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
+    MimeResult written =
+        WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
     output.Close();
+    taken.damage = item.Damage();
+    if (taken.damage.empty() && written.attachmentsLost > 0) taken.damage = "an attachment";
   }
   if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
     TakeBodiesOfRawText(file, {place.name, place.parentPath, application}, message);
   }
-  if (std::string damage = item.Damage(); !damage.empty()) {
-    message.Notes = "This message is damaged in its Outlook store (" + damage +
+  if (!taken.damage.empty()) {
+    message.Notes = "This message is damaged in its Outlook store (" + taken.damage +
                     "). Parts of it may be missing or not as they were written.";
   }
   if (place.inSentItems && letter.ownAddress != intake::kNoAddress) {
