@@ -38,15 +38,16 @@ std::string Marks(const std::string& word, int number, int count) {
 }
 
 // A letter with its base64 parts as the bytes that they stand for.
-std::string WithFilesDecoded(const std::string& letter) {
+std::string WithFilesDecoded(std::string letter) {
+  std::erase(letter, '\r');
   constexpr std::string_view kMark = "Transfer-Encoding: base64";
   std::string text;
   size_t done = 0;
   for (size_t at; (at = letter.find(kMark, done)) != std::string::npos;) {
-    size_t begin = std::min(letter.find("\r\n\r\n", at), letter.size());
-    size_t end = std::min(letter.find("\r\n--", begin), letter.size());
+    size_t begin = std::min(letter.find("\n\n", at), letter.size());
+    size_t end = std::min(letter.find("\n--", begin), letter.size());
     text += letter.substr(done, begin - done);
-    text += "\r\n" + intake::DecodeFile(letter.substr(begin, end - begin), "base64");
+    text += "\n" + intake::DecodeFile(letter.substr(begin, end - begin), "base64");
     done = end;
   }
   return text + letter.substr(done);

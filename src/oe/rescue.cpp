@@ -178,10 +178,14 @@ void ReadLostMessages(const std::string& fileName, const FolderRecord& folder, b
     if (!platform::FileExists(fileName) || !platform::MayRead(fileName)) return;
     if (platform::ReadDbxContent(fileName) == platform::DbxContent::kFolderList) return;
     core::LogProgress("Looks for lost messages = " + core::OneLogLine(fileName));
-    LostMail mail(fileName, isCopy, [&](int percent) { return GoOn(folder, percent); });
-    RecoveredFolder recovered(fileName, folder, mail, rules);
-    intake::ReadFolder(recovered);
-    Tell(mail, fileName);
+    auto goOn = [&](int percent) { return GoOn(folder, percent); };
+    for (FoundObjects& piece : FindObjects(fileName, goOn)) {
+      if (IsStopped()) return;
+      LostMail mail(fileName, std::move(piece), isCopy, goOn);
+      RecoveredFolder recovered(fileName, folder, mail, rules);
+      intake::ReadFolder(recovered);
+      Tell(mail, fileName);
+    }
   });
 }
 
