@@ -10,10 +10,12 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/late_state.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/source.h"
 #include "outlook/folder_walk.h"
+#include "outlook/letter.h"
 #include "outlook/pst_provider.h"
 #include "outlook/rescue.h"
 #include "outlook/store_discovery.h"
@@ -140,6 +142,7 @@ class ItemFolder : public intake::SourceFolder {
     if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
     if (entry.isKnown) {
       message.ending.outcome = intake::OutcomeOfKnown(entry.key);
+      FillState(entry);
       return true;
     }
     std::string type = entry.item->TypeName();
@@ -154,6 +157,16 @@ class ItemFolder : public intake::SourceFolder {
     bool isAnnounced = folder_.isMailFolder && !folder_.folder->IsOtherKind(entry.index);
     if (isAnnounced) intake::Account().Withdraw(Place(), 1);
     return false;
+  }
+
+  // A stored item is only looked at again where its state was not kept.
+  static void FillState(const ItemRun::Entry& entry) {
+    if (!intake::LacksState(entry.key)) return;
+    try {
+      intake::FillState(entry.key, StateOf(entry.item->Properties()));
+    } catch (const Error&) {
+      // It is stored; that is what counts.
+    }
   }
 
   void ReadMail(Item& item, intake::SourceMessage& message) {
