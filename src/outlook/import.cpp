@@ -170,7 +170,7 @@ class ItemFolder : public intake::SourceFolder {
   }
 
   void ReadMail(Item& item, intake::SourceMessage& message) {
-    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget);
+    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_);
     message.name = std::move(taken.name);
     message.message = std::move(taken.message);
   }

@@ -120,7 +120,7 @@ class LostFolder : public intake::SourceFolder {
 };
 
 void LostFolder::Read(LostItem& lost, intake::SourceMessage& message) {
-  TakenItem taken = TakeItem(*lost.item, PlaceOf(lost), kApplication, budget_);
+  TakenItem taken = TakeItem(*lost.item, PlaceOf(lost), kApplication, budget_, rules_);
   message.name = std::move(taken.name);
   intake::MailMessage& mail = taken.message;
   bool isPart = lost.isPart || !taken.damage.empty();

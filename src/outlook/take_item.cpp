@@ -29,10 +29,10 @@ void TakeBodiesOfRawText(const std::string& file, const intake::SourceDescriptor
 }  // namespace
 
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
-                   uint64_t& budget) {
+                   uint64_t& budget, const intake::ReadingRules& rules) {
   Letter letter = ReadLetter(item);
   TakenItem taken;
-  taken.message = MessageOf(letter, item, place, intake::IsFromMe);
+  taken.message = MessageOf(letter, item, place, intake::IsFromMe, rules);
   intake::MailMessage& message = taken.message;
   taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
                core::LoggedMailText(message.Subject);

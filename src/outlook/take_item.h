@@ -24,6 +24,6 @@ struct TakenItem {
 // sent mail is noted as one of the user's own addresses, from the application. budget: see
 // WriteMime. Throws what reading and writing throw. REQUIRES: item is a MailItem.
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
-                   uint64_t& budget);
+                   uint64_t& budget, const intake::ReadingRules& rules);
 
 }  // namespace tarnwick::outlook

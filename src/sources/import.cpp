@@ -263,7 +263,7 @@ void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& m
     message.ending.outcome = intake::OutcomeOfKnown(message.key);
     return;
   }
-  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent);
+  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent, rules_);
   message.message->MessageKey = message.key;
 }
 
