@@ -111,6 +111,14 @@ void WornOutlook::OverwriteIndex(int percent) {
   }
 }
 
+void WornOutlook::TurnBits(int count) {
+  std::mt19937 random(11);
+  for (int i = 0; i < count; ++i) {
+    char& byte = bytes_[kPage + random() % (bytes_.size() - kPage)];
+    byte = static_cast<char>(byte ^ static_cast<char>(1U << random() % 8));
+  }
+}
+
 WornPart JudgeWorn(const std::string& mime) {
   const std::string letter = WithFilesDecoded(mime);
   std::map<std::string, int> counts;  // by word

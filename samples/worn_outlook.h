@@ -28,6 +28,8 @@ class WornOutlook {
 
   // Behind Finish. Writes random bytes over this share of the pages of the index, in percent.
   void OverwriteIndex(int percent);
+  // Turns so many bits over, anywhere behind the beginning.
+  void TurnBits(int count);
   // Leaves the first so many percent of the file.
   void Cut(int percent) { bytes_.resize(bytes_.size() * static_cast<size_t>(percent) / 100); }
   void ZeroHead() { bytes_.replace(0, 1024, 1024, '\0'); }

@@ -37,10 +37,8 @@ TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& appl
   taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
                core::LoggedMailText(message.Subject);
   const std::string& file = core::State().TempMessageFile;
-  // Emptied instead, the last message's file would first be brought to the disk.
-  platform::RemoveFile(file);
   {
-    platform::OutputFile output(file);
+    platform::OutputFile output(file, platform::OutputFile::Replace::kInPlace);
     MimeResult written =
         WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
     output.Close();

@@ -81,7 +81,14 @@ TEST_F(OutlookRescue, WornStoresGiveBackWhatIsThereAndNothingThatIsMixed) {
                    store.ZeroHead();
                  },
                  kAll, kAll},
-                {"half of the index overwritten",
+                {"bits turned over",
+       [](WornOutlook& store) {
+         store.Finish();
+         store.ZeroHead();
+         store.TurnBits(100);
+       },
+       kAll / 4, kAll / 2},
+      {"half of the index overwritten",
                  [](WornOutlook& store) {
                    store.Finish();
                    store.OverwriteIndex(50);
