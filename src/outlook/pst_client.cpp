@@ -126,8 +126,7 @@ uint64_t PstClient::AnswerBudget() const {
 // The reader is gone, or no longer to be believed.
 void PstClient::Lose(const std::string& why) {
   child_.reset();
-  buffer_.clear();
-  position_ = 0;
+  ForgetRead();
   expected_.clear();
   oneByOne_ = kOneByOne;
   wasted_ += platform::TickMilliseconds() - requestBegan_;
@@ -148,15 +147,17 @@ size_t PstClient::Wait(char* to, int64_t timeout) {
   }
 }
 
+// The room is made once: a frame and what one read brings fit into it.
 void PstClient::ReadFully(size_t count, int64_t timeout) {
-  if (position_ > 0) buffer_.erase(0, position_);
+  buffer_.resize(std::max(buffer_.size(), 2 * (kFrameHeader + kMaxFrame) + kReadPiece));
+  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(position_),
+            buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
+  end_ -= position_;
   position_ = 0;
-  while (buffer_.size() < count) {
-    size_t had = buffer_.size();
-    buffer_.resize(had + kReadPiece);
-    size_t got = Wait(buffer_.data() + had, timeout);
-    buffer_.resize(had + got);
+  while (end_ < count) {
+    size_t got = Wait(buffer_.data() + end_, timeout);
     if (got == 0) Lose("the reader ended or did not answer");
+    end_ += got;
   }
 }
 
@@ -188,12 +189,12 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
   // A reader that sends on and on does so within its budget; one that stalls, within its time.
   int64_t deadline = requestBegan_ + limits_.openMilliseconds + limits_.requestMilliseconds;
   while (true) {
-    size_t available = buffer_.size() - position_;
+    size_t available = end_ - position_;
     if (available < kFrameHeader) ReadFully(kFrameHeader, timeout);
     uint32_t length = TakeNumber(buffer_, position_ + 1);
     if (length > kMaxFrame || length > budget) Lose("the answer is too long");
     budget -= length;
-    if (buffer_.size() - position_ < kFrameHeader + length) {
+    if (end_ - position_ < kFrameHeader + length) {
       ReadFully(kFrameHeader + length, timeout);
     }
     char answered = buffer_[position_];
@@ -207,8 +208,7 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
     } catch (...) {
       // What is left of this answer must not be taken for the next one's.
       child_.reset();
-      buffer_.clear();
-      position_ = 0;
+      ForgetRead();
       expected_.clear();
       givenUp_ = ++losses_ > limits_.restarts;
       throw;

@@ -108,6 +108,7 @@ class PstClient {
   std::optional<RawAnswer> TakeReady(const Numbers& numbers);
   size_t Wait(char* to, int64_t timeout);
   void ReadFully(size_t count, int64_t timeout);
+  void ForgetRead() { position_ = end_ = 0; }
   [[noreturn]] void Lose(const std::string& why);
 
   std::string storePath_;
@@ -116,8 +117,9 @@ class PstClient {
   Way way_;
   uint64_t storeSize_ = 0;
   std::unique_ptr<platform::ChildProcess> child_;
-  std::string buffer_;  // read and not yet used, from position_ on
+  std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
   size_t position_ = 0;
+  size_t end_ = 0;
   std::deque<Numbers> expected_;  // asked ahead, the answers still to come
   std::map<Numbers, RawAnswer> ready_;
   int oneByOne_ = 0;  // items yet to be asked for in their time only, behind a loss
