@@ -7,9 +7,9 @@
 #
 #   bench/rescue_outlook.sh [MESSAGES]
 #
-# For each kind of store, Unicode and ANSI: how many of the messages an ordinary load stores, and of
-# those that load --rescue and readpst -D -e give, how many are whole, parts of one, and mixed of
-# several. Then the processor time that the search adds to a load of a large sound store, beside
+# For each kind of store, Unicode and ANSI: how many of the messages an ordinary load stores; of those
+# that load --rescue gives how many are whole, parts of one, and mixed of several; and how many letters
+# readpst -D -e writes that are of one message, whole or not, and mixed. Then the processor time that the search adds to a load of a large sound store, beside
 # plain reads of the file. TARNWICK_BENCH_BIN names a folder of programs built already.
 set -euo pipefail
 messages=${1:-1000}
@@ -28,7 +28,7 @@ unset TARNWICK_HOME TARNWICK_PROFILE
 cli() { "$bin/tarnwick-cli" --home "$work/home" "$@"; }
 load() { cli --profile "$work/store" load --full --accept all "$@" 2>/dev/null | tail -n 1; }
 
-printf '%-14s %-8s %7s | %6s %6s %6s | %s\n' kind format load whole parts mixed 'readpst: whole parts mixed'
+printf '%-14s %-8s %7s | %6s %6s %6s | %s\n' kind format load whole parts mixed 'readpst: letters mixed'
 for kind in sound deleted-half deleted headless index-10 index-50 index-90 cut-10 cut-20 cut-30 \
   cut-40 cut-50 cut-60 cut-70 cut-80 cut-90; do
   for format in unicode ansi; do
@@ -42,7 +42,7 @@ for kind in sound deleted-half deleted headless index-10 index-50 index-90 cut-1
     other='not installed'
     if [ -n "$readpst" ]; then
       timeout 300 "$readpst" -D -e -q -o "$work/other" "$work/store/mail.pst" >/dev/null 2>&1 || true
-      other=$("$bin/tarnwick-worn-outlook" judge "$work/other")
+      other=$("$bin/tarnwick-worn-outlook" judge "$work/other" | awk '{ print $1 + $2, $3 }')
     fi
     read -r whole parts mixed < <("$bin/tarnwick-worn-outlook" judge "$work/out")
     printf '%-14s %-8s %7s | %6s %6s %6s | %s\n' $kind $format "${plain:-0}" "$whole" "$parts" "$mixed" "$other"
