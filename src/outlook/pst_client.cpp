@@ -21,6 +21,7 @@ constexpr size_t kReadPiece = size_t{128} * 1024;
 constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
 constexpr size_t kMaxLost = 10;
+constexpr size_t kMostReady = size_t{8} << 20;  // bytes kept of items that came ahead
 constexpr size_t kMaxLostText = 100;
 // Behind a reader that fell over an item asked for ahead, so that the next one is known for itself.
 constexpr int kOneByOne = 2 * kMaxItemsAhead;
@@ -40,6 +41,14 @@ std::string RequestFor(char kind, const std::vector<uint32_t>& numbers) {
   std::string payload;
   for (uint32_t number : numbers) PutNumber(payload, number);
   return MakeFrame(kind, payload);
+}
+
+// What may be large of an answer that came ahead.
+size_t SizeOf(const RawAnswer& answer) {
+  size_t bytes = 0;
+  for (const RawProperty& property : answer.properties) bytes += property.bytes.size();
+  for (const auto& [row, attached] : answer.attachmentBytes) bytes += attached.size();
+  return bytes;
 }
 
 void AddLost(std::set<std::string>& lost, std::string_view what) {
@@ -218,7 +227,10 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
 
 void PstClient::ReadAhead(const std::vector<Numbers>& items) {
   if (!child_ || oneByOne_ > 0) return;
-  if (ready_.size() >= kMaxItemsAhead) ready_.clear();  // of a walk that went elsewhere
+  if (ready_.size() >= kMaxItemsAhead) {  // of a walk that went elsewhere
+    ready_.clear();
+    readyBytes_ = 0;
+  }
   std::string requests;
   for (const Numbers& numbers : items) {
     if (expected_.size() >= kMaxItemsAhead) break;
@@ -244,7 +256,10 @@ void PstClient::ReceiveAhead(const Numbers* wanted) {
       AnswerReader reader(answer);
       Receive(2 * kMaxAhead, limits_.requestMilliseconds,
               [&](char kind, std::string_view payload) { reader.Take(kind, payload); });
-      ready_[numbers] = std::move(answer);
+      size_t bytes = SizeOf(answer);
+      bool isWanted = wanted != nullptr && numbers == *wanted;
+      bool isKept = isWanted || readyBytes_ + bytes <= kMostReady;
+      if (isKept && ready_.try_emplace(numbers, std::move(answer)).second) readyBytes_ += bytes;
     } catch (const Error&) {
       // One that can't be had ahead; or the reader is gone, and with it those behind.
       if (expected_.size() != left) return;
@@ -261,6 +276,7 @@ std::optional<RawAnswer> PstClient::TakeReady(const Numbers& numbers) {
   if (found == ready_.end()) return std::nullopt;
   RawAnswer answer = std::move(found->second);
   ready_.erase(found);
+  readyBytes_ -= SizeOf(answer);
   return answer;
 }
 

@@ -80,7 +80,7 @@ class PstClient {
   using Numbers = std::vector<uint32_t>;
 
   // Has the reader get ready items that will be asked for next, in this order; what it can't is
-  // read when it is asked for. At most kMaxItemsAhead lie ready.
+  // read when it is asked for. At most kMaxItemsAhead lie ready, and a few megabytes.
   void ReadAhead(const std::vector<Numbers>& items);
   RawAnswer Ask(char kind, const Numbers& numbers);
   // The pieces of an answer of bytes go to sink. What of it is damaged is added to lost.
@@ -122,6 +122,7 @@ class PstClient {
   size_t end_ = 0;
   std::deque<Numbers> expected_;  // asked ahead, the answers still to come
   std::map<Numbers, RawAnswer> ready_;
+  size_t readyBytes_ = 0;
   int oneByOne_ = 0;  // items yet to be asked for in their time only, behind a loss
   int64_t requestBegan_ = 0;
   int64_t wasted_ = 0;

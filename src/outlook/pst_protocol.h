@@ -81,7 +81,7 @@ inline constexpr size_t kFrameHeader = 5;
 inline constexpr size_t kPropertyHeader = 8;
 inline constexpr size_t kMaxFrame = 64 * 1024;
 // The bytes of all frames of an answer that may lie ready before it is wanted.
-inline constexpr size_t kMaxAhead = 256 * 1024;
+inline constexpr size_t kMaxAhead = size_t{1} << 20;
 // Messages embedded in messages; what lies deeper is left out.
 inline constexpr size_t kMaxEmbedding = 16;
 

@@ -331,7 +331,7 @@ void NodeStore::SendBytes(Heap& attachment, Answer& answer) {
     throw ReadError("attachment");
   }
   answer.Frame(frame::kBytes, {});  // an empty one is read, too
-  auto begin = [](uint64_t) {};
+  auto begin = [&](uint64_t size) { answer.Expect(size); };
   auto piece = [&](std::string_view bytes) { answer.Frame(frame::kBytes, bytes); };
   if (data->type != kObject) return StreamField(attachment, *data, begin, piece);
   // Something another program made: its bytes are a node of their own.
