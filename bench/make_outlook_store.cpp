@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi: writes the messages below DIR, one
-// a file, over and over until there are MESSAGES of them, as an Outlook store: their headers as the
-// ones they came with, what follows as their body. In the older ANSI format texts are in Latin-1.
+// tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi [KB]: writes the messages below DIR,
+// one a file, over and over until there are MESSAGES of them, as an Outlook store: their headers as
+// the ones they came with, what follows as their body. In the older ANSI format texts are in
+// Latin-1. KB: each has an attachment of so many KB of random bytes.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <random>
 
 #include "intake/header_parser.h"
 #include "platform/charset.h"
@@ -68,7 +70,19 @@ PstMessage MessageOf(const std::string& bytes, size_t number, bool isUnicode) {
   return message;
 }
 
-int Run(const std::string& source, size_t messages, const std::string& target, bool isUnicode) {
+tarnwick::samples::PstAttachment RandomFile(size_t kilobytes, std::mt19937_64& random) {
+  tarnwick::samples::PstAttachment file;
+  file.properties.texts = {{0x3707, "random.bin"}};
+  for (size_t left = kilobytes * 1024; left > 0; left -= 8) {
+    for (uint64_t word = random(), i = 0; i < 8; ++i, word >>= 8) {
+      file.data.push_back(static_cast<char>(word));
+    }
+  }
+  return file;
+}
+
+int Run(const std::string& source, size_t messages, const std::string& target, bool isUnicode,
+        size_t kilobytes) {
   std::vector<fs::path> files;
   for (const auto& entry : fs::recursive_directory_iterator(source)) {
     if (entry.is_regular_file()) files.push_back(entry.path());
@@ -79,13 +93,16 @@ int Run(const std::string& source, size_t messages, const std::string& target, b
     return 1;
   }
   PstBuilder store(isUnicode);
+  std::mt19937_64 random(1);
   uint32_t folder = 0;
   for (size_t i = 0; i < messages; ++i) {
     if (i % kFolderSize == 0) {
       folder = store.AddFolder(PstBuilder::kTop, "Folder " + std::to_string(i / kFolderSize));
     }
     std::string bytes = tarnwick::platform::ReadFile(files[i % files.size()].string());
-    store.AddMessage(folder, MessageOf(bytes, i, isUnicode));
+    PstMessage message = MessageOf(bytes, i, isUnicode);
+    if (kilobytes > 0) message.attachments = {RandomFile(kilobytes, random)};
+    store.AddMessage(folder, message);
   }
   tarnwick::platform::WriteFile(target, store.Build());
   return 0;
@@ -94,13 +111,15 @@ int Run(const std::string& source, size_t messages, const std::string& target, b
 }  // namespace
 
 int main(int argc, char** argv) {
-  bool isUnicode = argc == 5 && std::strcmp(argv[4], "unicode") == 0;
-  if (!isUnicode && (argc != 5 || std::strcmp(argv[4], "ansi") != 0)) {
-    std::cerr << "usage: tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi\n";
+  bool hasFormat = argc == 5 || argc == 6;
+  bool isUnicode = hasFormat && std::strcmp(argv[4], "unicode") == 0;
+  if (!isUnicode && (!hasFormat || std::strcmp(argv[4], "ansi") != 0)) {
+    std::cerr << "usage: tarnwick-make-outlook-store DIR MESSAGES FILE unicode|ansi [KB]\n";
     return 2;
   }
   try {
-    return Run(argv[1], static_cast<size_t>(std::atol(argv[2])), argv[3], isUnicode);
+    return Run(argv[1], static_cast<size_t>(std::atol(argv[2])), argv[3], isUnicode,
+               argc == 6 ? static_cast<size_t>(std::atol(argv[5])) : 0);
   } catch (const tarnwick::Error& error) {
     std::cerr << error.Description() << "\n";
     return 1;

@@ -105,10 +105,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     oe::ReadMessageTree(store, oe::kMeAddress, {"folder", "", "ann"}, rules);
   }
   for (bool isCopy : {false, true}) {
-    oe::LostMail mail(store, isCopy, [](int) { return true; });
-    while (mail.Next()) {
+    auto goOn = [](int) { return true; };
+    for (oe::FoundObjects& piece : oe::FindObjects(store, goOn)) {
+      oe::LostMail mail(store, std::move(piece), isCopy, goOn);
+      while (mail.Next()) {
+      }
+      mail.CountRest();
     }
-    mail.CountRest();
   }
   return 0;
 }

@@ -149,23 +149,12 @@ std::map<std::string, std::vector<std::string>> Seeds() {
   for (const samples::SampleMessage& message : samples::SampleMessages()) {
     letters.push_back(message.raw);
   }
-  return {{"message", letters},
-          {"store", letters},
-          {"text", kTexts},
-          {"date", kDates},
-          {"html", kDocuments},
-          {"jet", kStatements},
-          {"dbx", kPatches},
-          {"registry", kRegistries},
-          {"pst", kPatches},
-          {"nodes", kPatches},
-          {"outlook", kItems},
-          {"attachments", letters},
-          {"mbox", kMailboxes},
-          {"emlx", kAppleLetters},
-          {"oe4", kOutlookExpress4},
-          {"msg", kPatches},
-          {"packed", PackedSeeds(letters)}};
+  return {{"message", letters},      {"store", letters},        {"text", kTexts},
+          {"date", kDates},          {"html", kDocuments},      {"jet", kStatements},
+          {"dbx", kPatches},         {"registry", kRegistries}, {"pst", kPatches},
+          {"nodes", kPatches},       {"lost", kPatches},        {"outlook", kItems},
+          {"attachments", letters},  {"mbox", kMailboxes},      {"emlx", kAppleLetters},
+          {"oe4", kOutlookExpress4}, {"msg", kPatches},         {"packed", PackedSeeds(letters)}};
 }
 
 }  // namespace tarnwick::fuzz

@@ -601,6 +601,17 @@ std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
   return header;
 }
 
+void PstBuilder::DeleteMessage(uint32_t node) {
+  std::erase(folders_[nodes_[node].parent].messages, node);
+  nodes_.erase(node);
+}
+
+void PstBuilder::Checkpoint() {
+  for (const auto& [node, folder] : folders_) WriteFolder(node, folder);
+  WriteIndexes();
+  file_.resize((file_.size() + kPageSize - 1) / kPageSize * kPageSize, '\0');
+}
+
 std::string PstBuilder::Build() {
   SubNodes sub;
   uint64_t context = WriteContext(store_, sub);
@@ -614,7 +625,14 @@ std::string PstBuilder::Build() {
   uint64_t namesContext = WriteContext(names, namesSub);
   nodes_[kNamesNode] = {namesContext, WriteSubNodes(namesSub), 0};
   for (const auto& [node, folder] : folders_) WriteFolder(node, folder);
+  auto [nodePage, blockPage] = WriteIndexes();
+  std::string header = Header(nodePage, blockPage);
+  file_.replace(0, header.size(), header);
+  return file_;
+}
 
+// The top pages of the two trees.
+std::pair<uint64_t, uint64_t> PstBuilder::WriteIndexes() {
   std::vector<std::string> nodeEntries;
   for (const auto& [id, node] : nodes_) {
     std::string entry;
@@ -637,9 +655,7 @@ std::string PstBuilder::Build() {
   }
   uint64_t nodePage = WriteIndex(0x81, nodeEntries, IdSize());
   uint64_t blockPage = WriteIndex(0x80, blockEntries, IdSize());
-  std::string header = Header(nodePage, blockPage);
-  file_.replace(0, header.size(), header);
-  return file_;
+  return {nodePage, blockPage};
 }
 
 }  // namespace tarnwick::samples

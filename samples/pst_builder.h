@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarnwick::samples {
@@ -56,6 +57,11 @@ class PstBuilder {
   uint32_t AddMessage(uint32_t folder, const PstMessage& message);
   // Lists a message in a folder that it does not lie in, or another node where a message should be.
   void ListMessage(uint32_t folder, uint32_t node) { folders_[folder].messages.push_back(node); }
+  // Takes it out of its folder and out of the index; its blocks stay.
+  void DeleteMessage(uint32_t node);
+  // Writes folders and index as they now are, as Outlook does after each step of its work; the
+  // pages stay where they are when later ones take their place.
+  void Checkpoint();
   void SetStoreNumber(uint16_t property, int32_t number);
   // How blocks are made unreadable to a casual eye: 0 not at all, 1 or 2. REQUIRES: nothing was
   // added yet.
@@ -106,6 +112,7 @@ class PstBuilder {
   uint64_t WriteTable(const std::vector<Row>& rows, SubNodes& sub);
   std::string Stored(const std::string& text) const;
   void WriteFolder(uint32_t node, const FolderContent& folder);
+  std::pair<uint64_t, uint64_t> WriteIndexes();
   uint64_t WriteIndex(uint8_t type, const std::vector<std::string>& entries, size_t keySize);
   uint64_t WritePage(uint8_t type, const std::string& entries, size_t entrySize, uint8_t level);
   std::string Header(uint64_t nodePage, uint64_t blockPage);

@@ -74,7 +74,7 @@ void FindActions::Find(const QStringList& places) {
   if (work_.IsRunning()) return;
   FindMailDialog dialog(places, parts_.window);
   if (dialog.exec() != QDialog::Accepted) return;
-  load_.Load([&] { return LoadFound(dialog.Ticked(), SenderPolicy::kAsk); });
+  load_.Load([&] { return LoadFound(dialog.Ticked(), SenderPolicy::kAsk, dialog.WantsLost()); });
 }
 
 }  // namespace tarnwick::board

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/find_mail_dialog.h"
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QHBoxLayout>
@@ -96,6 +97,12 @@ void FindMailDialog::MakeControls() {
   note_ = new QLabel(this);
   note_->setObjectName("Note");
   note_->setTextFormat(Qt::PlainText);
+  lost_ = new QCheckBox(tr("Look for lost &messages too"), this);
+  lost_->setObjectName("LostToo");
+  lost_->setToolTip(
+      tr("Takes what the files of Outlook Express and Outlook still hold of deleted "
+         "and damaged messages, even of a store that can't be opened"));
+  connect(lost_, &QCheckBox::toggled, this, &FindMailDialog::TickDamaged);
 
   auto* buttons = new QDialogButtonBox(this);
   load_ = buttons->addButton(tr("&Load"), QDialogButtonBox::AcceptRole);
@@ -111,6 +118,7 @@ void FindMailDialog::MakeControls() {
   column->addLayout(row);
   column->addWidget(list_, 1);
   column->addWidget(note_);
+  column->addWidget(lost_);
   column->addWidget(buttons);
 }
 
@@ -187,6 +195,7 @@ void FindMailDialog::AddRow(const FoundMail& mail) {
   row->setCheckState(kProgram, isWanted ? Qt::Checked : Qt::Unchecked);
   found_.push_back(mail);
   list_->addTopLevelItem(row);
+  if (WantsLost()) TickDamaged(true);
 }
 
 std::vector<FoundMail> FindMailDialog::Ticked() const {
@@ -196,6 +205,19 @@ std::vector<FoundMail> FindMailDialog::Ticked() const {
     if (row != nullptr && row->checkState(kProgram) == Qt::Checked) ticked.push_back(found_[i]);
   }
   return ticked;
+}
+
+bool FindMailDialog::WantsLost() const {
+  return lost_->isChecked();
+}
+
+// A damaged store that tells of no messages may still hold lost ones.
+void FindMailDialog::TickDamaged(bool on) {
+  for (size_t i = 0; i < found_.size(); ++i) {
+    if (found_[i].state != look::State::kDamaged || found_[i].messages > 0) continue;
+    list_->topLevelItem(static_cast<int>(i))
+        ->setCheckState(kProgram, on ? Qt::Checked : Qt::Unchecked);
+  }
 }
 
 void FindMailDialog::ShowTicks() {

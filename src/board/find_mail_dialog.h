@@ -11,6 +11,7 @@
 
 #include "look/look.h"
 
+class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -28,6 +29,8 @@ class FindMailDialog : public QDialog {
 
   // After it was accepted.
   std::vector<look::FoundMail> Ticked() const;
+  // Whether lost messages are to be looked for in it, too.
+  bool WantsLost() const;
 
   // Looks at the places and lists what is found, until it is stopped.
   void LookAt(const QStringList& places);
@@ -43,6 +46,7 @@ class FindMailDialog : public QDialog {
   void LookOrStop();
   void AddRow(const look::FoundMail& mail);
   void ShowTicks();
+  void TickDamaged(bool on);
   void SetLooking(bool on);
 
   QStringList places_;
@@ -54,6 +58,7 @@ class FindMailDialog : public QDialog {
   QPushButton* look_ = nullptr;
   QTreeWidget* list_ = nullptr;
   QLabel* note_ = nullptr;
+  QCheckBox* lost_ = nullptr;
   QPushButton* load_ = nullptr;
 };
 

@@ -16,8 +16,9 @@ namespace {
 
 // By the folder that is read as a profile. The tables of Outlook Express are those of one profile:
 // each is a load of its own. All that needs none is one, told of by the first place.
-std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mail) {
-  const intake::ReadingRules rules = intake::StoredRules();
+std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mail, bool lostToo) {
+  intake::ReadingRules rules = intake::StoredRules();
+  rules.lostMail = lostToo;
   std::map<std::string, Sources> byProfile;
   std::vector<std::string> stores;
   std::vector<sources::Mailbox> mailboxes;
@@ -29,7 +30,7 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
     if (found.program != oe::kApplication || byProfile.contains(found.profile)) continue;
     byProfile[found.profile].push_back(oe::MakeSource(rules));
   }
-  if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores));
+  if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores, rules));
   if (!mailboxes.empty()) {
     byProfile[first].push_back(
         tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules, mailboxes));
@@ -52,14 +53,14 @@ void Add(const LoadResult& part, LoadResult& sum) {
 
 }  // namespace
 
-LoadResult LoadFound(const std::vector<look::FoundMail>& mail, SenderPolicy senders) {
+LoadResult LoadFound(const std::vector<look::FoundMail>& mail, SenderPolicy senders, bool lostToo) {
   LoadOptions options;
   options.everyMailer = true;
   options.senders = senders;
   options.isPart = true;
   LoadResult sum;
   bool hasNew = false;
-  for (const auto& [profile, sources] : SourcesOf(mail)) {
+  for (const auto& [profile, sources] : SourcesOf(mail, lostToo)) {
     core::State().ProfileOfLoad = profile;
     LoadResult part = LoadFromMailer(options, sources);
     core::State().ProfileOfLoad.clear();

@@ -12,7 +12,7 @@ namespace tarnwick::board {
 Sources EverySource(const intake::ReadingRules& rules) {
   Sources sources;
   sources.push_back(oe::MakeSource(rules));
-  sources.push_back(outlook::MakeSource());
+  sources.push_back(outlook::MakeSource(rules));
   sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules));
   return sources;
 }

@@ -10,6 +10,7 @@
 #include "core/run_state.h"
 #include "core/text.h"
 #include "intake/header_block.h"
+#include "intake/late_state.h"
 #include "intake/line_cursor.h"
 #include "intake/message_draft.h"
 #include "intake/mime_body.h"
@@ -177,7 +178,10 @@ bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& sourc
     ending.outcome = outcome;
     return false;
   };
-  if (IsEmailExist(entryKey)) return skip(OutcomeOfKnown(entryKey));
+  if (IsEmailExist(entryKey)) {
+    FillState(entryKey, manner.facts.state);
+    return skip(OutcomeOfKnown(entryKey));
+  }
   MailMessage message;
   message.MessageKey = entryKey;
   KeyParts parts;
@@ -189,7 +193,10 @@ bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& sourc
   core::YieldEvents();
   if (entryKey.empty()) {
     const std::string former = FormerKeyOfSubject(parts);
-    if (IsEmailExist(message.MessageKey)) return skip(OutcomeOfKnown(message.MessageKey));
+    if (IsEmailExist(message.MessageKey)) {
+      FillState(message.MessageKey, StateOfStored(message.State));
+      return skip(OutcomeOfKnown(message.MessageKey));
+    }
     if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
       return skip(Outcome::kAlreadyStored);
     }

@@ -3,10 +3,12 @@
 #include "intake/header_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "core/text.h"
 #include "platform/charset.h"
@@ -102,22 +104,29 @@ std::string InternetDate(DateTime local, int utcOffsetMinutes) {
   return text;
 }
 
+// Attachments are written through here, so two characters are looked up at a time.
 void AppendBase64(std::string_view bytes, std::string& text) {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  using Pairs = std::array<std::array<char, 2>, 4096>;
+  static constexpr Pairs kPairs = [] {
+    constexpr std::string_view kAlphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    Pairs pairs{};
+    for (size_t i = 0; i < pairs.size(); ++i) pairs[i] = {kAlphabet[i >> 6], kAlphabet[i & 63]};
+    return pairs;
+  }();
   size_t at = text.size();
-  text.resize(at + (bytes.size() + 2) / 3 * 4, '=');
-  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
-  auto put = [&](uint32_t group, int chars) {
-    for (int j = 0; j < chars; ++j) {
-      text[at + static_cast<size_t>(j)] = kAlphabet[group >> (18 - 6 * j) & 63];
-    }
-    at += 4;
+  text.resize(at + (bytes.size() + 2) / 3 * 4);
+  char* out = text.data() + at;
+  auto byte = [&](size_t i) {
+    return i < bytes.size() ? uint32_t{static_cast<unsigned char>(bytes[i])} : 0;
   };
-  size_t i = 0;
-  for (; i + 3 <= bytes.size(); i += 3) put(byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2), 4);
-  if (bytes.size() - i == 2) put(byte(i) << 16 | byte(i + 1) << 8, 3);
-  if (bytes.size() - i == 1) put(byte(i) << 16, 2);
+  for (size_t i = 0; i < bytes.size(); i += 3, out += 4) {
+    uint32_t group = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
+    std::memcpy(out, kPairs[group >> 12].data(), 2);
+    std::memcpy(out + 2, kPairs[group & 4095].data(), 2);
+  }
+  size_t missing = (3 - bytes.size() % 3) % 3;
+  text.replace(text.size() - missing, missing, missing, '=');
 }
 
 void AppendEscaped(char c, char mark, std::string& text) {

@@ -207,6 +207,11 @@ std::string LoadAccount::Text() const {
   }};
   std::string text;
   for (const std::string& note : notes_) text += note + "\r\n";
+  if (lateStates_ > 0) {
+    text +=
+        "Messages stored before that have now been given their state (read, replied, flagged) = " +
+        std::to_string(lateStates_) + "\r\n";
+  }
   size_t groups = 0;
   int64_t untold = 0;
   for (const auto& [kind, title] : kKinds) {

@@ -52,6 +52,9 @@ class LoadAccount {
   void Count(const std::string& place, Outcome outcome, const std::string& reason = {},
              const std::string& name = {});
 
+  // A message stored before got the state that it lacked.
+  void CountLateState() { ++lateStates_; }
+
   // All that was come to, in every place.
   int64_t Visited() const { return visited_; }
   // True when something that had been stored was taken back.
@@ -87,6 +90,7 @@ class LoadAccount {
   std::optional<StoredUnits> units_;
   int64_t visited_ = 0;
   int64_t lost_ = 0;
+  int64_t lateStates_ = 0;
   int64_t named_ = 0;         // messages told of by name
   int64_t errorsBefore_ = 0;  // reported until the last message
 };

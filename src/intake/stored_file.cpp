@@ -6,6 +6,7 @@
 #include "database/recordset.h"
 #include "intake/store_message.h"
 #include "platform/files.h"
+#include "platform/locale.h"
 #include "repository/repository.h"
 
 namespace tarnwick::intake {
@@ -19,6 +20,10 @@ void OpenPieces(jet::Recordset& pieces, const std::string& key) {
   std::string id = email.Eof() ? "0" : email.Field("ID").AsText();
   pieces.Open("SELECT FileBody FROM FileRepository WHERE FileID=" + id + " ORDER BY ID",
               repository::RepositoryDb(), jet::CursorType::kKeyset);
+}
+
+std::string TimeLiteral(DateTime time) {
+  return "#" + platform::FormatDate(time, "mm\\/dd\\/yyyy hh\\:nn\\:ss") + "#";
 }
 
 }  // namespace
@@ -47,6 +52,30 @@ bool IsStoredFile(const std::string& key, const std::string& messageFile) {
     offset += stored.size();
   }
   return offset == file.Size() && offset > 0;
+}
+
+bool IsStoredFile(DateTime received, const std::string& messageFile) {
+  jet::Recordset rows;
+  rows.Open("SELECT EntryID FROM Email WHERE ReceivedTime = " + TimeLiteral(received),
+            repository::RepositoryDb(), jet::CursorType::kKeyset);
+  for (; !rows.Eof(); rows.MoveNext()) {
+    if (IsStoredFile(rows.Field("EntryID").AsText(), messageFile)) return true;
+  }
+  return false;
+}
+
+bool IsLetterStored(const MailMessage& message) {
+  jet::Recordset rows;
+  rows.Open("SELECT ID, Subject, AddressFrom FROM Email WHERE CreationTime = " +
+                TimeLiteral(message.SentTime),
+            repository::RepositoryDb(), jet::CursorType::kKeyset);
+  for (; !rows.Eof(); rows.MoveNext()) {
+    if (rows.Field("Subject").AsText() == message.Subject &&
+        rows.Field("AddressFrom").AsText() == message.FromAddress) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace tarnwick::intake

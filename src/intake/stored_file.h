@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string>
 
+#include "intake/mail_message.h"
+
 namespace tarnwick::intake {
 
 // The length of the file of the message with this key, in bytes; -1 for none.
@@ -15,5 +17,10 @@ int64_t StoredFileLength(const std::string& key);
 
 // Whether a message with this key was stored from a file of just these bytes.
 bool IsStoredFile(const std::string& key, const std::string& messageFile);
+
+// The same under whatever key: looked for among the messages that were received at the same second.
+bool IsStoredFile(DateTime received, const std::string& messageFile);
+// Whether a message of the same second, sender and subject is stored, whatever else it holds.
+bool IsLetterStored(const MailMessage& message);
 
 }  // namespace tarnwick::intake

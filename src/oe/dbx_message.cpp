@@ -11,6 +11,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/late_state.h"
 #include "intake/sender_rules.h"
 #include "intake/stored_file.h"
 #include "oe/byte_reader.h"
@@ -197,6 +198,7 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
 // False, for a message that is stored or ignored for good under this key.
 bool GiveUpKnown(const std::string& key, ReadMessage& message) {
   message.ending = {intake::OutcomeOfKnown(key), {}};
+  intake::FillState(key, message.facts.state);
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.info.subject);
   return false;
 }

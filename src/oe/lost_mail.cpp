@@ -58,8 +58,9 @@ LostMessage Begin(uint32_t place, const char* how, std::optional<PeekedMessage> 
 
 }  // namespace
 
-LostMail::LostMail(const std::string& path, bool isCopy, const std::function<bool(int)>& goOn)
-    : objects_(FindObjects(path, goOn)),
+LostMail::LostMail(const std::string& path, FoundObjects objects, bool isCopy,
+                   const std::function<bool(int)>& goOn)
+    : objects_(std::move(objects)),
       file_(path, objects_.origin),
       isCopy_(isCopy),
       isDone_(objects_.infos.size()),
@@ -458,7 +459,7 @@ LostMail::Rest LostMail::CountRest() const {
 
 std::string LostMail::Remark() const {
   if (objects_.isCut) return "more objects than it can hold; what lies behind them is not read";
-  if (objects_.isPieces) return "pieces of several files; only the largest is read";
+  if (objects_.isMore) return "pieces of many files; only the largest are read";
   return {};
 }
 

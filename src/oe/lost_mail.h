@@ -49,9 +49,11 @@ struct LostMessage {
 
 class LostMail {
  public:
-  // isCopy: nothing else reads the file; its tree is taken for none. goOn is asked as FindObjects
-  // asks it. Throws Error for a file that can't be read, as the others do.
-  LostMail(const std::string& path, bool isCopy, const std::function<bool(int)>& goOn);
+  // objects: those of a file, or of one of the pieces in it, as FindObjects gives them. isCopy:
+  // nothing else reads the file; its tree is taken for none. goOn is asked as FindObjects asks it.
+  // Throws Error for a file that can't be read, as the others do.
+  LostMail(const std::string& path, FoundObjects objects, bool isCopy,
+           const std::function<bool(int)>& goOn);
 
   std::optional<LostMessage> Next();
 

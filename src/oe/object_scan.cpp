@@ -208,9 +208,8 @@ void Scan::Take(std::string_view bytes, uint32_t offset, bool isFilesEnd) {
   }
 }
 
-// The origin that most blocks of a file agree on; nullopt where not even three do.
-std::optional<int64_t> FindOrigin(const std::string& path, const std::function<bool(int)>& goOn,
-                                  bool& hasOthers) {
+// The origins that three blocks of a file or more agree on, those of most first.
+std::vector<int64_t> FindOrigins(const std::string& path, const std::function<bool(int)>& goOn) {
   constexpr size_t kMostOrigins = 4096;
   constexpr int kEnough = 3;
   std::unordered_map<int64_t, int> agreed;
@@ -236,13 +235,39 @@ std::optional<int64_t> FindOrigin(const std::string& path, const std::function<b
       }
     }
   }
-  auto best = std::max_element(agreed.begin(), agreed.end(), [](const auto& a, const auto& b) {
-    return std::pair(a.second, b.first) < std::pair(b.second, a.first);
-  });
-  if (best == agreed.end() || best->second < kEnough) return std::nullopt;
-  hasOthers = std::count_if(agreed.begin(), agreed.end(),
-                            [](const auto& each) { return each.second >= kEnough; }) > 1;
-  return best->first;
+  std::vector<std::pair<int, int64_t>> sorted;
+  for (const auto& [origin, blocks] : agreed) {
+    if (blocks >= kEnough) sorted.emplace_back(-blocks, origin);
+  }
+  std::sort(sorted.begin(), sorted.end());
+  std::vector<int64_t> origins;
+  for (const auto& [blocks, origin] : sorted) origins.push_back(origin);
+  return origins;
+}
+
+// Where the next object in the file is of another piece, nothing tells whether the one before it
+// still ends in its own.
+void PartPieces(std::vector<FoundObjects>& pieces) {
+  struct Beginning {
+    int64_t place = 0;  // in the file
+    size_t piece = 0;
+    bool* isOverlaid = nullptr;
+  };
+  std::vector<Beginning> all;
+  for (size_t piece = 0; piece < pieces.size(); ++piece) {
+    int64_t origin = pieces[piece].origin;
+    for (FoundBlock& block : pieces[piece].blocks) {
+      all.push_back({block.offset - origin, piece, &block.isOverlaid});
+    }
+    for (FoundInfo& info : pieces[piece].infos) {
+      all.push_back({info.offset - origin, piece, &info.isOverlaid});
+    }
+  }
+  std::sort(all.begin(), all.end(),
+            [](const Beginning& a, const Beginning& b) { return a.place < b.place; });
+  for (size_t i = 0; i + 1 < all.size(); ++i) {
+    if (all[i].piece != all[i + 1].piece) *all[i].isOverlaid = true;
+  }
 }
 
 }  // namespace
@@ -289,15 +314,21 @@ void InspectText(ByteReader& file, FoundBlock& block) {
   block.beginsMessage = block.isText && BeginsMessage(text);
 }
 
-FoundObjects FindObjects(const std::string& path, const std::function<bool(int)>& goOn) {
-  FoundObjects objects = Scan(path, 0, goOn).Run();
-  if (!objects.isWhole || !objects.blocks.empty() || !objects.infos.empty()) return objects;
-  bool hasOthers = false;
-  if (std::optional<int64_t> origin = FindOrigin(path, goOn, hasOthers)) {
-    objects = Scan(path, *origin, goOn).Run();
-    objects.isPieces = hasOthers;
+std::vector<FoundObjects> FindObjects(const std::string& path,
+                                      const std::function<bool(int)>& goOn) {
+  constexpr size_t kMostPieces = 16;  // each is a pass over the file
+  FoundObjects own = Scan(path, 0, goOn).Run();
+  if (!own.isWhole || !own.blocks.empty() || !own.infos.empty()) return {std::move(own)};
+  std::vector<int64_t> origins = FindOrigins(path, goOn);
+  std::vector<FoundObjects> pieces;
+  for (size_t i = 0; i < std::min(origins.size(), kMostPieces); ++i) {
+    pieces.push_back(Scan(path, origins[i], goOn).Run());
+    if (!pieces.back().isWhole) break;
   }
-  return objects;
+  if (pieces.empty()) return {std::move(own)};
+  pieces.back().isMore = origins.size() > kMostPieces;
+  PartPieces(pieces);
+  return pieces;
 }
 
 }  // namespace tarnwick::oe

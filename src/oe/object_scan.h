@@ -49,16 +49,18 @@ struct FoundInfo {
 struct FoundObjects {
   std::vector<FoundBlock> blocks;
   std::vector<FoundInfo> infos;
-  int64_t origin = 0;     // offset of the file's first byte (byte_reader.h)
-  bool isCut = false;     // there were more objects than a file of this size can hold
-  bool isWhole = true;    // the look was not ended by goOn
-  bool isPieces = false;  // objects of other origins were seen besides
+  int64_t origin = 0;   // offset of the file's first byte (byte_reader.h)
+  bool isCut = false;   // there were more objects than a file of this size can hold
+  bool isWhole = true;  // the look was not ended by goOn
+  bool isMore = false;  // objects of further origins were seen besides
 };
 
-// A file none of whose objects stands at its offset is taken for a piece of a disk: the origin that
-// most objects agree on is its. goOn is asked once for each piece read, with the share done in
-// percent; false ends the look. Throws Error for a file that can't be read.
-FoundObjects FindObjects(const std::string& path, const std::function<bool(int)>& goOn);
+// A file none of whose objects stands at its offset is taken for a part of a disk, with pieces of
+// one message file or several: each origin that some objects agree on is that of one, the largest
+// first. There is at least one element. goOn is asked once for each piece read, with the share done
+// in percent; false ends the look. Throws Error for a file that can't be read.
+std::vector<FoundObjects> FindObjects(const std::string& path,
+                                      const std::function<bool(int)>& goOn);
 
 // Looks at the text of a block.
 void InspectText(ByteReader& file, FoundBlock& block);

@@ -9,7 +9,6 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "database/recordset.h"
 #include "intake/header_parser.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
@@ -23,7 +22,6 @@
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "platform/registry.h"
-#include "repository/repository.h"
 
 namespace tarnwick::oe {
 
@@ -56,19 +54,6 @@ std::string NoteOf(const LostMessage& lost, const std::string& fileName) {
             std::string(kLostWord) + "\" stands for them.";
   }
   return note;
-}
-
-// Whether the bytes of the file are stored already, under whatever key: looked for among the
-// messages that were received at the same second.
-bool IsTextStored(const intake::MailMessage& message, const std::string& messageFile) {
-  jet::Recordset rows;
-  rows.Open("SELECT EntryID FROM Email WHERE ReceivedTime = #" +
-                platform::FormatDate(message.ReceivedTime, "mm\\/dd\\/yyyy hh\\:nn\\:ss") + "#",
-            repository::RepositoryDb(), jet::CursorType::kKeyset);
-  for (; !rows.Eof(); rows.MoveNext()) {
-    if (intake::IsStoredFile(rows.Field("EntryID").AsText(), messageFile)) return true;
-  }
-  return false;
 }
 
 // The lost messages of a file as a folder of a load.
@@ -157,7 +142,7 @@ void RecoveredFolder::Read(const LostMessage& lost, intake::SourceMessage& messa
   intake::StoreFacts facts = lost.index ? lost.index->facts : intake::StoreFacts();
   if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, mail, rules_, facts)) {
     message.ending = {Outcome::kUnreadable, kNoHeaders};
-  } else if (IsTextStored(mail, file)) {
+  } else if (intake::IsStoredFile(mail.ReceivedTime, file)) {
     message.ending = {Outcome::kAlreadyStored, {}};
   } else {
     if (mail.Encoding.empty()) mail.Encoding = "NOT";
@@ -193,10 +178,14 @@ void ReadLostMessages(const std::string& fileName, const FolderRecord& folder, b
     if (!platform::FileExists(fileName) || !platform::MayRead(fileName)) return;
     if (platform::ReadDbxContent(fileName) == platform::DbxContent::kFolderList) return;
     core::LogProgress("Looks for lost messages = " + core::OneLogLine(fileName));
-    LostMail mail(fileName, isCopy, [&](int percent) { return GoOn(folder, percent); });
-    RecoveredFolder recovered(fileName, folder, mail, rules);
-    intake::ReadFolder(recovered);
-    Tell(mail, fileName);
+    auto goOn = [&](int percent) { return GoOn(folder, percent); };
+    for (FoundObjects& piece : FindObjects(fileName, goOn)) {
+      if (IsStopped()) return;
+      LostMail mail(fileName, std::move(piece), isCopy, goOn);
+      RecoveredFolder recovered(fileName, folder, mail, rules);
+      intake::ReadFolder(recovered);
+      Tell(mail, fileName);
+    }
   });
 }
 

@@ -397,7 +397,9 @@ bool MayBeRead(const std::string& file) {
 }  // namespace
 
 AutomatedOutlook::AutomatedOutlook(AutomationObject& application, std::vector<std::string> files)
-    : mapi_(Part(application, "GetNamespace", {"MAPI"})), files_(std::move(files)) {}
+    : mapi_(Part(application, "GetNamespace", {"MAPI"})),
+      files_(std::move(files)),
+      others_(std::make_unique<PstNamespace>(std::vector<std::string>{})) {}
 
 std::vector<std::unique_ptr<Store>> AutomatedOutlook::Stores() {
   refused_.clear();
@@ -420,11 +422,16 @@ std::vector<std::unique_ptr<Store>> AutomatedOutlook::Stores() {
     bool isMeant = store->File().empty() || std::erase_if(others, isItsFile) > 0;
     if (isMeant) stores.push_back(std::move(store));
   }
-  if (others.empty()) return stores;
   others_ = std::make_unique<PstNamespace>(others);
   for (std::unique_ptr<Store>& store : others_->Stores()) stores.push_back(std::move(store));
   for (const RefusedStore& store : others_->Refused()) refused_.push_back(store);
   return stores;
+}
+
+// What Outlook doesn't show lies in the file; where Outlook has that open the search says so.
+std::unique_ptr<LostItems> AutomatedOutlook::FindLost(const std::string& location,
+                                                      const std::function<void(int)>& tell) {
+  return others_->FindLost(location, tell);
 }
 
 std::unique_ptr<Namespace> OpenStores(const std::vector<std::string>& files) {

@@ -26,6 +26,8 @@ class AutomatedOutlook : public Namespace {
   std::vector<std::unique_ptr<Store>> Stores() override;
   std::vector<RefusedStore> Refused() override { return refused_; }
   bool AsksForAccess() override { return true; }
+  std::unique_ptr<LostItems> FindLost(const std::string& location,
+                                      const std::function<void(int)>& tell) override;
 
  private:
   std::shared_ptr<platform::AutomationObject> mapi_;

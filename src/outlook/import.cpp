@@ -10,11 +10,14 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/late_state.h"
 #include "intake/load_account.h"
 #include "intake/sender_rules.h"
 #include "intake/source.h"
 #include "outlook/automated_outlook.h"
 #include "outlook/folder_walk.h"
+#include "outlook/letter.h"
+#include "outlook/rescue.h"
 #include "outlook/store_discovery.h"
 #include "outlook/take_item.h"
 #include "platform/error.h"
@@ -34,6 +37,7 @@ struct OpenStore {
   std::vector<WalkedFolder> folders;
   uint64_t budget = 0;
   std::map<std::string, int64_t> otherKinds;
+  KeyMarks settled;  // items that were read or need not be; kept where lost ones are looked for
 
   // A folder as the account of the load knows it.
   std::string PlaceOf(const WalkedFolder& folder) const {
@@ -98,8 +102,8 @@ class ItemRun {
 // The mail of a folder of an open store.
 class ItemFolder : public intake::SourceFolder {
  public:
-  ItemFolder(OpenStore& open, WalkedFolder& folder)
-      : open_(open), folder_(folder), run_(*folder.folder, folder.items) {}
+  ItemFolder(OpenStore& open, WalkedFolder& folder, const intake::ReadingRules& rules)
+      : open_(open), folder_(folder), rules_(rules), run_(*folder.folder, folder.items) {}
 
   std::string Place() const override { return open_.PlaceOf(folder_); }
   intake::SourceDescriptor Descriptor() const override {
@@ -112,7 +116,9 @@ class ItemFolder : public intake::SourceFolder {
       ItemRun::Entry entry = run_.Next();
       message.name = "item " + std::to_string(entry.index + 1);
       try {
-        if (IsMail(entry, message)) return true;
+        bool isMail = IsMail(entry, message);
+        if (rules_.lostMail) open_.settled.Add(entry.key);
+        if (isMail) return true;
       } catch (...) {
         if (core::IsLoadStopped()) return false;  // not reached
         Error error = core::CurrentError();
@@ -136,6 +142,7 @@ class ItemFolder : public intake::SourceFolder {
     if (!entry.item) throw Error(ErrorNumber::kPathAccess, "it can't be found");
     if (entry.isKnown) {
       message.ending.outcome = intake::OutcomeOfKnown(entry.key);
+      FillState(entry);
       return true;
     }
     std::string type = entry.item->TypeName();
@@ -152,24 +159,39 @@ class ItemFolder : public intake::SourceFolder {
     return false;
   }
 
+  // A stored item is only looked at again where its state was not kept.
+  static void FillState(const ItemRun::Entry& entry) {
+    if (!intake::LacksState(entry.key)) return;
+    try {
+      intake::FillState(entry.key, StateOf(entry.item->Properties()));
+    } catch (const Error&) {
+      // It is stored; that is what counts.
+    }
+  }
+
   void ReadMail(Item& item, intake::SourceMessage& message) {
-    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget);
+    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_);
     message.name = std::move(taken.name);
     message.message = std::move(taken.message);
   }
 
   OpenStore& open_;
   WalkedFolder& folder_;
+  const intake::ReadingRules& rules_;
   ItemRun run_;
 };
 
 // What is being read: the stores, and their folders with what they announced.
 class Import {
  public:
-  void Announce(Namespace& outlook, bool everyStore) {
-    for (std::unique_ptr<Store>& store : outlook.Stores()) Open(std::move(store), everyStore);
-    for (const RefusedStore& store : outlook.Refused()) {
+  Import(Namespace& outlook, const intake::ReadingRules& rules)
+      : outlook_(outlook), rules_(rules) {}
+
+  void Announce(bool everyStore) {
+    for (std::unique_ptr<Store>& store : outlook_.Stores()) Open(std::move(store), everyStore);
+    for (const RefusedStore& store : outlook_.Refused()) {
       intake::Account().Note(store.location + ": " + store.reason);
+      unopened_.push_back(store.location);
       refused_.push_back(store);
     }
   }
@@ -184,6 +206,7 @@ class Import {
         }
       }
     }
+    if (rules_.lostMail) ReadLost();
     Close();
   }
 
@@ -199,6 +222,7 @@ class Import {
       open.folders = olWalkFolders(*store);
     } catch (...) {
       Refuse({store->Location(), core::CurrentError().Description()});
+      unopened_.push_back(store->Location());
       return;
     }
     open.store = std::move(store);
@@ -255,8 +279,21 @@ class Import {
         "Outlook folder = " + core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name) +
         "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    ItemFolder items(open, folder);
+    ItemFolder items(open, folder, rules_);
     intake::ReadFolder(items);
+  }
+
+  // A store that could not be opened may still give what lies in it.
+  void ReadLost() {
+    for (OpenStore& open : stores_) {
+      ReadLostItems(outlook_, open.store->Location(), std::move(open.settled), nullptr, rules_);
+    }
+    for (const std::string& location : unopened_) {
+      if (!ReadLostItems(outlook_, location, {}, IsOwnersStore, rules_)) continue;
+      foundMail_ = true;
+      std::erase_if(refused_,
+                    [&](const RefusedStore& store) { return store.location == location; });
+    }
   }
 
   void Close() {
@@ -271,8 +308,11 @@ class Import {
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), "");
   }
 
+  Namespace& outlook_;
+  intake::ReadingRules rules_;
   std::vector<OpenStore> stores_;
   std::vector<RefusedStore> refused_;
+  std::vector<std::string> unopened_;  // of these, what is no matter of a password
   bool foundMail_ = false;
 };
 
@@ -290,7 +330,8 @@ OlState& State() {
 
 class Outlook : public intake::Source {
  public:
-  explicit Outlook(std::vector<std::string> chosen = {}) : chosen_(std::move(chosen)) {}
+  Outlook(std::vector<std::string> chosen, const intake::ReadingRules& rules)
+      : chosen_(std::move(chosen)), rules_(rules) {}
   ~Outlook() override {
     if (hasAnnounced_) olReset();
   }
@@ -303,15 +344,16 @@ class Outlook : public intake::Source {
   // A first load takes every store.
   bool Announce(bool whole) override {
     hasAnnounced_ = true;
-    if (chosen_.empty()) return olInitialize() && olAnnounce(whole);
+    if (chosen_.empty()) return olInitialize() && olAnnounce(whole, rules_);
     olReset();
     State().StoreFiles = chosen_;
-    return olAnnounce(true);
+    return olAnnounce(true, rules_);
   }
   bool Read(bool /*whole*/) override { return olImportOutlook(); }
 
  private:
   std::vector<std::string> chosen_;
+  intake::ReadingRules rules_;
   bool hasAnnounced_ = false;
 };
 
@@ -331,12 +373,13 @@ void ShowRefused(const std::vector<RefusedStore>& stores) {
 
 }  // namespace
 
-std::unique_ptr<intake::Source> MakeSource() {
-  return std::make_unique<Outlook>();
+std::unique_ptr<intake::Source> MakeSource(const intake::ReadingRules& rules) {
+  return std::make_unique<Outlook>(std::vector<std::string>{}, rules);
 }
 
-std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles) {
-  return std::make_unique<Outlook>(std::move(storeFiles));
+std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles,
+                                           const intake::ReadingRules& rules) {
+  return std::make_unique<Outlook>(std::move(storeFiles), rules);
 }
 
 bool olInitialize() {
@@ -354,16 +397,16 @@ void olReset() {
   State().StoreFiles.clear();
 }
 
-bool olAnnounce(bool everyStore) {
+bool olAnnounce(bool everyStore, const intake::ReadingRules& rules) {
   State().Outlook = OpenStores(State().StoreFiles);
-  return olAnnounceFrom(*State().Outlook, everyStore);
+  return olAnnounceFrom(*State().Outlook, everyStore, rules);
 }
 
-bool olAnnounceFrom(Namespace& outlook, bool everyStore) {
+bool olAnnounceFrom(Namespace& outlook, bool everyStore, const intake::ReadingRules& rules) {
   return core::Guarded("olImportOutlook", false, [&] {
     if (outlook.AsksForAccess()) core::ShowMessage(core::kAccessAdvice);
-    State().Running = std::make_unique<Import>();
-    State().Running->Announce(outlook, everyStore);
+    State().Running = std::make_unique<Import>(outlook, rules);
+    State().Running->Announce(everyStore);
     return true;
   });
 }

@@ -23,9 +23,10 @@ namespace tarnwick::outlook {
 inline constexpr const char* kApplication = "Outlook";
 
 // Outlook as a source of a load: the routines below, in their order.
-std::unique_ptr<intake::Source> MakeSource();
+std::unique_ptr<intake::Source> MakeSource(const intake::ReadingRules& rules = intake::kDesigned);
 // The same of these stores, all of them, wherever they lie.
-std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles);
+std::unique_ptr<intake::Source> MakeSource(std::vector<std::string> storeFiles,
+                                           const intake::ReadingRules& rules = intake::kDesigned);
 
 // Finds the stores of the profile; what it finds is kept for olImportOutlook. False when there is
 // none.
@@ -35,12 +36,14 @@ void olReset();
 
 // Opens the default store, or every store, and tells the account of the load what they hold. False
 // when they could not be opened. REQUIRES: olInitialize has run.
-bool olAnnounce(bool everyStore);
+bool olAnnounce(bool everyStore, const intake::ReadingRules& rules = intake::kDesigned);
 // The same over any provider, which must last until olImportOutlook is done.
-bool olAnnounceFrom(Namespace& outlook, bool everyStore);
+bool olAnnounceFrom(Namespace& outlook, bool everyStore,
+                    const intake::ReadingRules& rules = intake::kDesigned);
 
-// Reads what was announced; true when it could be read. Says "Microsoft Outlook doesn't content an
-// email." where there was no mail. What olInitialize found is forgotten.
+// Reads what was announced and, where the rules ask for it, what lies lost in the stores
+// (rescue.h); true when it could be read. Says "Microsoft Outlook doesn't content an email." where
+// there was no mail. What olInitialize found is forgotten.
 bool olImportOutlook();
 
 }  // namespace tarnwick::outlook

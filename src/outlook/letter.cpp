@@ -91,6 +91,19 @@ void ReadBodies(const PropertySet& properties, Letter& letter) {
   }
 }
 
+// The charset that an HTML document's head declares; "" for none.
+std::string DeclaredCharset(std::string_view html) {
+  std::string head = platform::AsciiLower(html.substr(0, kDeclarationReach));
+  size_t at = head.find("charset=");
+  if (at == std::string::npos) return {};
+  at += 8;
+  while (at < head.size() && (head[at] == '"' || head[at] == '\'' || head[at] == ' ')) ++at;
+  size_t end = head.find_first_of("\"'> ;/", at);
+  return head.substr(at, end == std::string::npos ? end : end - at);
+}
+
+}  // namespace
+
 // Outlook keeps the last of replying and forwarding alone.
 intake::MessageState StateOf(const PropertySet& properties) {
   constexpr int64_t kMissing = -1;
@@ -108,19 +121,6 @@ intake::MessageState StateOf(const PropertySet& properties) {
   state.isFlagged = properties.Number(Prop::kFlagStatus) == FlagStatus::kFlagged;
   return state;
 }
-
-// The charset that an HTML document's head declares; "" for none.
-std::string DeclaredCharset(std::string_view html) {
-  std::string head = platform::AsciiLower(html.substr(0, kDeclarationReach));
-  size_t at = head.find("charset=");
-  if (at == std::string::npos) return {};
-  at += 8;
-  while (at < head.size() && (head[at] == '"' || head[at] == '\'' || head[at] == ' ')) ++at;
-  size_t end = head.find_first_of("\"'> ;/", at);
-  return head.substr(at, end == std::string::npos ? end : end - at);
-}
-
-}  // namespace
 
 std::string HtmlFromBytes(std::string_view bytes, int64_t codepage) {
   constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";

@@ -48,6 +48,9 @@ struct Letter {
 // REQUIRES: item is a MailItem. Throws what reading the item throws.
 Letter ReadLetter(Item& item);
 
+// What Outlook knew of it, as its properties say.
+intake::MessageState StateOf(const PropertySet& properties);
+
 // The name that an attachment goes by; never empty.
 std::string AttachmentName(const PropertySet& attachment);
 

@@ -2,8 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/message_of_letter.h"
 
+#include <optional>
+#include <vector>
+
 #include "core/messages.h"
 #include "core/text.h"
+#include "intake/date_parser.h"
+#include "outlook/transport_headers.h"
 #include "platform/clock.h"
 
 namespace tarnwick::outlook {
@@ -15,30 +20,68 @@ using intake::MailMessage;
 constexpr const char* kNoEncoding = "NOT";
 constexpr const char* kNothingToShift = "0";
 
-void SetTimes(const Letter& letter, MailMessage& message) {
-  auto sent = letter.sent ? letter.sent : letter.received ? letter.received : letter.created;
-  message.SentTime = sent ? platform::LocalFromUnix(*sent) : DateTime::FromDate(1990, 1, 1);
+std::optional<DateTime> DateHeaderOf(const Letter& letter) {
+  for (const HeaderField& field : ReadTransportHeaders(letter.transportHeaders)) {
+    std::string time;
+    std::string zone;
+    if (field.lowerName == "date") {
+      return intake::ReadSoundDate(time, zone, field.Value(), true);
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<DateTime> Local(std::optional<int64_t> seconds) {
+  if (!seconds) return std::nullopt;
+  return platform::LocalFromUnix(*seconds);
+}
+
+// The first time that is sound.
+std::optional<DateTime> SoundTime(const Letter& letter) {
+  std::optional<DateTime> sent = Local(letter.sent);
+  if (!sent || !intake::IsSoundDate(*sent)) sent = DateHeaderOf(letter);
+  for (const auto& seconds : {letter.received, letter.created}) {
+    if (sent && intake::IsSoundDate(*sent)) return sent;
+    sent = Local(seconds);
+  }
+  return sent && intake::IsSoundDate(*sent) ? sent : std::nullopt;
+}
+
+void SetTimes(const Letter& letter, const intake::ReadingRules& rules, MailMessage& message) {
+  auto designed = letter.sent ? letter.sent : letter.received ? letter.received : letter.created;
+  std::optional<DateTime> sent = rules.soundDates ? SoundTime(letter) : Local(designed);
+  message.SentTime = sent.value_or(DateTime::FromDate(1990, 1, 1));
   message.ReceivedTime = message.SentTime;
-  if (letter.received) {
-    DateTime received = platform::LocalFromUnix(*letter.received);
-    if (received <= platform::Now().AddDays(1)) message.ReceivedTime = received;
+  if (std::optional<DateTime> received = Local(letter.received)) {
+    bool isSound =
+        rules.soundDates ? intake::IsSoundDate(*received) : *received <= platform::Now().AddDays(1);
+    if (isSound) message.ReceivedTime = *received;
   }
   message.TimeShift = kNothingToShift;
 }
 
-void AddTo(const intake::AddressPair& pair, MailMessage& message) {
-  if (message.ToCount >= intake::kMaxRecipients) return;
-  message.To[static_cast<size_t>(message.ToCount++)] = pair;
+// False where there is no room for one more.
+bool Add(const intake::AddressPair& pair, int16_t most, std::vector<intake::AddressPair>& list,
+         int16_t& count) {
+  if (count >= most) return false;
+  auto place = static_cast<size_t>(count++);
+  if (place >= list.size()) list.resize(place + 1);
+  list[place] = pair;
+  return true;
 }
 
-void AddCc(const intake::AddressPair& pair, MailMessage& message) {
-  if (pair.Address == intake::kNoAddress) return;
-  if (message.CcCount >= intake::kMaxRecipients) {
-    core::ShowRepeatedMessage("Cc limit",
-                              "CC account is great than " + std::to_string(intake::kMaxRecipients));
-    return;
-  }
-  message.Cc[static_cast<size_t>(message.CcCount++)] = pair;
+void AddTo(const intake::AddressPair& pair, const intake::ReadingRules& rules,
+           MailMessage& message) {
+  Add(pair, rules.mostRecipients, message.To, message.ToCount);
+}
+
+void AddCc(const intake::AddressPair& pair, const intake::ReadingRules& rules,
+           MailMessage& message) {
+  bool isKept = rules.bareAddresses && pair.Name != intake::kNoName;
+  if (pair.Address == intake::kNoAddress && !isKept) return;
+  if (Add(pair, rules.mostRecipients, message.Cc, message.CcCount)) return;
+  core::ShowRepeatedMessage("Cc limit",
+                            "CC account is great than " + std::to_string(rules.mostRecipients));
 }
 
 void AddAttachment(const std::string& name, MailMessage& message) {
@@ -62,16 +105,17 @@ std::string DirectionOf(const Letter& letter, const FolderPlace& place,
 }  // namespace
 
 MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place,
-                      bool (*isFromMe)(const std::string& address)) {
+                      bool (*isFromMe)(const std::string& address),
+                      const intake::ReadingRules& rules) {
   MailMessage message;
   message.MessageKey = item.EntryID();
   message.Subject = letter.subject;
   message.FromName = letter.from.Name;
   message.FromAddress = letter.from.Address;
-  SetTimes(letter, message);
+  SetTimes(letter, rules, message);
   for (const LetterRecipient& recipient : letter.recipients) {
-    if (recipient.type == RecipientType::kTo) AddTo(recipient.pair, message);
-    if (recipient.type == RecipientType::kCc) AddCc(recipient.pair, message);
+    if (recipient.type == RecipientType::kTo) AddTo(recipient.pair, rules, message);
+    if (recipient.type == RecipientType::kCc) AddCc(recipient.pair, rules, message);
   }
   for (const PropertySet& attachment : item.Attachments()) {
     AddAttachment(AttachmentName(attachment), message);

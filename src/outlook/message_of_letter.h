@@ -7,6 +7,7 @@
 #include <string>
 
 #include "intake/mail_message.h"
+#include "intake/reading_rules.h"
 #include "outlook/letter.h"
 #include "outlook/object_model.h"
 
@@ -22,9 +23,12 @@ struct FolderPlace {
 
 // The record, complete but for what it is stored as. Times are local civil ones: a sent time that
 // is missing is the received one, else when the item was made; a received time that is missing or
-// lies more than a day ahead is the sent one. Recipients beyond the record's room are dropped, with
-// a box for Cc and attachments. isFromMe answers whether an address is the user's own.
+// lies more than a day ahead is the sent one. Where the rules ask for sound dates, one that is not
+// counts as missing, and before the received time comes that of the Date header. Recipients beyond
+// what the rules have are dropped, with a box for Cc; attachments beyond the record's room
+// likewise. isFromMe answers whether an address is the user's own.
 intake::MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place,
-                              bool (*isFromMe)(const std::string& address));
+                              bool (*isFromMe)(const std::string& address),
+                              const intake::ReadingRules& rules = intake::kDesigned);
 
 }  // namespace tarnwick::outlook

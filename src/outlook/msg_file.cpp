@@ -173,13 +173,14 @@ std::unique_ptr<Item> OpenMsgFile(const std::string& path) {
 }
 
 intake::MailMessage ReadMsgFile(const std::string& path, const intake::SourceDescriptor& place,
-                                bool isSent) {
+                                bool isSent, const intake::ReadingRules& rules) {
   std::unique_ptr<Item> item = OpenMsgFile(path);
   if (std::string type = item->TypeName(); type != "MailItem") {
     throw Error(ErrorNumber::kPathAccess, "it is no mail: " + type);
   }
   uint64_t budget = kOutputFloor + kOutputFactor * platform::FileSize(path);
-  return TakeItem(*item, {place.folder, place.parent, isSent, false}, place.application, budget)
+  return TakeItem(*item, {place.folder, place.parent, isSent, false}, place.application, budget,
+                  rules)
       .message;
 }
 

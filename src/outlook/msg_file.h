@@ -21,6 +21,6 @@ std::unique_ptr<Item> OpenMsgFile(const std::string& path);
 // Writes the message to TempMessageFile as an Internet message and gives its record, without a key.
 // isSent: its folder is one of sent mail. Throws Error 75 also for an item that is no mail.
 intake::MailMessage ReadMsgFile(const std::string& path, const intake::SourceDescriptor& place,
-                                bool isSent);
+                                bool isSent, const intake::ReadingRules& rules = intake::kDesigned);
 
 }  // namespace tarnwick::outlook

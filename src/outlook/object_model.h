@@ -87,6 +87,31 @@ class Store {
   virtual uint64_t OutputBudget() = 0;
 };
 
+// A message that a search of a whole store found.
+struct LostItem {
+  std::unique_ptr<Item> item;
+  // What stands for it where it is not whole: nothing of it must be taken for the message itself,
+  // which may come whole from elsewhere.
+  std::string partKey;
+  std::string folder;  // that it lay in; "" where that is not known
+  FolderRole role = FolderRole::kOther;
+  std::string how;      // it was found
+  bool isPart = false;  // much of it is missing for sure
+};
+
+// What a search of a store found, whether its folders lead there or not.
+class LostItems {
+ public:
+  virtual ~LostItems() = default;
+
+  // Of what is left of the store; "" where that is gone.
+  virtual std::string DisplayName() = 0;
+  virtual bool HasPassword() = 0;
+  virtual uint64_t OutputBudget() = 0;
+  // False behind the last one.
+  virtual bool Next(LostItem& found) = 0;
+};
+
 // A store that can't be opened, and why.
 struct RefusedStore {
   std::string location;
@@ -101,6 +126,14 @@ class Namespace {
   virtual std::vector<std::unique_ptr<Store>> Stores() = 0;
   // Those that the last Stores left out.
   virtual std::vector<RefusedStore> Refused() { return {}; }
+  // Searches the whole store, opened or refused, for items; tell: how far it has come, in percent.
+  // Nothing where there is no such search. Throws Error where the store can't be read at all.
+  virtual std::unique_ptr<LostItems> FindLost(const std::string& location,
+                                              const std::function<void(int)>& tell) {
+    (void)location;
+    (void)tell;
+    return nullptr;
+  }
   // Whether Outlook will ask its user to allow the access.
   virtual bool AsksForAccess() = 0;
 };

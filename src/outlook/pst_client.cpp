@@ -3,6 +3,7 @@
 #include "outlook/pst_client.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "core/messages.h"
 #include "core/run_state.h"
@@ -20,6 +21,7 @@ constexpr size_t kReadPiece = size_t{128} * 1024;
 constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
 constexpr size_t kMaxLost = 10;
+constexpr size_t kMostReady = size_t{8} << 20;  // bytes kept of items that came ahead
 constexpr size_t kMaxLostText = 100;
 // Behind a reader that fell over an item asked for ahead, so that the next one is known for itself.
 constexpr int kOneByOne = 2 * kMaxItemsAhead;
@@ -39,6 +41,14 @@ std::string RequestFor(char kind, const std::vector<uint32_t>& numbers) {
   std::string payload;
   for (uint32_t number : numbers) PutNumber(payload, number);
   return MakeFrame(kind, payload);
+}
+
+// What may be large of an answer that came ahead.
+size_t SizeOf(const RawAnswer& answer) {
+  size_t bytes = 0;
+  for (const RawProperty& property : answer.properties) bytes += property.bytes.size();
+  for (const auto& [row, attached] : answer.attachmentBytes) bytes += attached.size();
+  return bytes;
 }
 
 void AddLost(std::set<std::string>& lost, std::string_view what) {
@@ -112,8 +122,8 @@ std::string ReaderProgram() {
          std::string(platform::kProgramEnding);
 }
 
-PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits)
-    : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits) {
+PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits, Way way)
+    : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits), way_(way) {
   storeSize_ = platform::FileSize(storePath_);
 }
 
@@ -125,8 +135,7 @@ uint64_t PstClient::AnswerBudget() const {
 // The reader is gone, or no longer to be believed.
 void PstClient::Lose(const std::string& why) {
   child_.reset();
-  buffer_.clear();
-  position_ = 0;
+  ForgetRead();
   expected_.clear();
   oneByOne_ = kOneByOne;
   wasted_ += platform::TickMilliseconds() - requestBegan_;
@@ -147,16 +156,29 @@ size_t PstClient::Wait(char* to, int64_t timeout) {
   }
 }
 
+// The room is made once: a frame and what one read brings fit into it.
 void PstClient::ReadFully(size_t count, int64_t timeout) {
-  if (position_ > 0) buffer_.erase(0, position_);
+  buffer_.resize(std::max(buffer_.size(), 2 * (kFrameHeader + kMaxFrame) + kReadPiece));
+  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(position_),
+            buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
+  end_ -= position_;
   position_ = 0;
-  while (buffer_.size() < count) {
-    size_t had = buffer_.size();
-    buffer_.resize(had + kReadPiece);
-    size_t got = Wait(buffer_.data() + had, timeout);
-    buffer_.resize(had + got);
+  while (end_ < count) {
+    size_t got = Wait(buffer_.data() + end_, timeout);
     if (got == 0) Lose("the reader ended or did not answer");
+    end_ += got;
   }
+}
+
+// kind: of the request that comes first.
+void PstClient::Start(char kind) {
+  platform::InputFile store(storePath_);
+  child_ = std::make_unique<platform::ChildProcess>(program_, store);
+  if (way_ == Way::kByIndex || kind == frame::kLostItems) return;
+  if (!child_->Write(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds)) {
+    Lose("the reader ended");
+  }
+  Receive(AnswerBudget(), limits_.openMilliseconds, [](char, std::string_view) {});
 }
 
 void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink) {
@@ -165,8 +187,7 @@ void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink
   requestBegan_ = platform::TickMilliseconds();
   int64_t timeout = limits_.requestMilliseconds;
   if (!child_) {
-    platform::InputFile store(storePath_);
-    child_ = std::make_unique<platform::ChildProcess>(program_, store);
+    Start(kind);
     timeout = limits_.openMilliseconds;
   }
   if (!child_->Write(RequestFor(kind, numbers), timeout)) Lose("the reader ended");
@@ -177,12 +198,12 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
   // A reader that sends on and on does so within its budget; one that stalls, within its time.
   int64_t deadline = requestBegan_ + limits_.openMilliseconds + limits_.requestMilliseconds;
   while (true) {
-    size_t available = buffer_.size() - position_;
+    size_t available = end_ - position_;
     if (available < kFrameHeader) ReadFully(kFrameHeader, timeout);
     uint32_t length = TakeNumber(buffer_, position_ + 1);
     if (length > kMaxFrame || length > budget) Lose("the answer is too long");
     budget -= length;
-    if (buffer_.size() - position_ < kFrameHeader + length) {
+    if (end_ - position_ < kFrameHeader + length) {
       ReadFully(kFrameHeader + length, timeout);
     }
     char answered = buffer_[position_];
@@ -196,8 +217,7 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
     } catch (...) {
       // What is left of this answer must not be taken for the next one's.
       child_.reset();
-      buffer_.clear();
-      position_ = 0;
+      ForgetRead();
       expected_.clear();
       givenUp_ = ++losses_ > limits_.restarts;
       throw;
@@ -207,7 +227,10 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
 
 void PstClient::ReadAhead(const std::vector<Numbers>& items) {
   if (!child_ || oneByOne_ > 0) return;
-  if (ready_.size() >= kMaxItemsAhead) ready_.clear();  // of a walk that went elsewhere
+  if (ready_.size() >= kMaxItemsAhead) {  // of a walk that went elsewhere
+    ready_.clear();
+    readyBytes_ = 0;
+  }
   std::string requests;
   for (const Numbers& numbers : items) {
     if (expected_.size() >= kMaxItemsAhead) break;
@@ -233,7 +256,10 @@ void PstClient::ReceiveAhead(const Numbers* wanted) {
       AnswerReader reader(answer);
       Receive(2 * kMaxAhead, limits_.requestMilliseconds,
               [&](char kind, std::string_view payload) { reader.Take(kind, payload); });
-      ready_[numbers] = std::move(answer);
+      size_t bytes = SizeOf(answer);
+      bool isWanted = wanted != nullptr && numbers == *wanted;
+      bool isKept = isWanted || readyBytes_ + bytes <= kMostReady;
+      if (isKept && ready_.try_emplace(numbers, std::move(answer)).second) readyBytes_ += bytes;
     } catch (const Error&) {
       // One that can't be had ahead; or the reader is gone, and with it those behind.
       if (expected_.size() != left) return;
@@ -250,6 +276,7 @@ std::optional<RawAnswer> PstClient::TakeReady(const Numbers& numbers) {
   if (found == ready_.end()) return std::nullopt;
   RawAnswer answer = std::move(found->second);
   ready_.erase(found);
+  readyBytes_ -= SizeOf(answer);
   return answer;
 }
 
@@ -262,6 +289,26 @@ RawAnswer PstClient::Ask(char kind, const Numbers& numbers) {
   Request(kind, numbers,
           [&](char answered, std::string_view payload) { reader.Take(answered, payload); });
   return answer;
+}
+
+std::vector<FoundItem> PstClient::FindLost(const std::function<void(int)>& tell) {
+  assert(way_ == Way::kBySearch);
+  std::vector<FoundItem> items;
+  Request(frame::kLostItems, {}, [&](char answered, std::string_view payload) {
+    if (answered == frame::kProgress && payload.size() >= 4) {
+      tell(static_cast<int>(std::min<uint32_t>(TakeNumber(payload, 0), 100)));
+    } else if (answered == frame::kFoundItems) {
+      for (size_t at = 0; at + kFoundItem <= payload.size(); at += kFoundItem) {
+        auto how = std::min(TakeNumber(payload, at + 8), static_cast<uint32_t>(LostHow::kAlone));
+        uint64_t data = TakeNumber(payload, at + 16);
+        items.push_back({TakeNumber(payload, at), TakeNumber(payload, at + 4),
+                         static_cast<LostHow>(how), data << 32 | TakeNumber(payload, at + 12)});
+      }
+    } else if (answered != frame::kLost) {
+      throw Damaged("unknown answer");
+    }
+  });
+  return items;
 }
 
 void PstClient::AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,

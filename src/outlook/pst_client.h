@@ -23,6 +23,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outlook/pst_protocol.h"
 #include "platform/child_process.h"
 
 namespace tarnwick::outlook {
@@ -60,19 +61,35 @@ struct RawAnswer {
 
 inline constexpr size_t kMaxItemsAhead = 32;
 
+// An item that a search of the whole store found.
+struct FoundItem {
+  uint32_t node = 0;
+  uint32_t folder = 0;  // that it lay in
+  LostHow how = LostHow::kUnlisted;
+  uint64_t data = 0;
+};
+
 class PstClient {
  public:
-  PstClient(std::string storePath, std::string program, ReaderLimits limits = {});
+  // How requests are answered: by the store's own index, or by what a search of all of it finds.
+  enum class Way { kByIndex, kBySearch };
+
+  PstClient(std::string storePath, std::string program, ReaderLimits limits = {},
+            Way way = Way::kByIndex);
 
   using Numbers = std::vector<uint32_t>;
 
   // Has the reader get ready items that will be asked for next, in this order; what it can't is
-  // read when it is asked for. At most kMaxItemsAhead lie ready.
+  // read when it is asked for. At most kMaxItemsAhead lie ready, and a few megabytes.
   void ReadAhead(const std::vector<Numbers>& items);
   RawAnswer Ask(char kind, const Numbers& numbers);
   // The pieces of an answer of bytes go to sink. What of it is damaged is added to lost.
   void AskBytes(const Numbers& numbers, const std::function<void(std::string_view)>& sink,
                 std::set<std::string>& lost);
+
+  // Has the store searched, or gives what the search found. tell: how far it has come, in percent.
+  // REQUIRES: the way is kBySearch.
+  std::vector<FoundItem> FindLost(const std::function<void(int)>& tell);
 
   bool GivenUp() const { return givenUp_; }
   uint64_t StoreSize() const { return storeSize_; }
@@ -82,6 +99,7 @@ class PstClient {
 
  private:
   using FrameSink = std::function<void(char kind, std::string_view payload)>;
+  void Start(char kind);
   void Request(char kind, const Numbers& numbers, const FrameSink& sink);
   // The frames of the answer that comes next.
   void Receive(uint64_t budget, int64_t timeout, const FrameSink& sink);
@@ -90,17 +108,21 @@ class PstClient {
   std::optional<RawAnswer> TakeReady(const Numbers& numbers);
   size_t Wait(char* to, int64_t timeout);
   void ReadFully(size_t count, int64_t timeout);
+  void ForgetRead() { position_ = end_ = 0; }
   [[noreturn]] void Lose(const std::string& why);
 
   std::string storePath_;
   std::string program_;
   ReaderLimits limits_;
+  Way way_;
   uint64_t storeSize_ = 0;
   std::unique_ptr<platform::ChildProcess> child_;
-  std::string buffer_;  // read and not yet used, from position_ on
+  std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
   size_t position_ = 0;
+  size_t end_ = 0;
   std::deque<Numbers> expected_;  // asked ahead, the answers still to come
   std::map<Numbers, RawAnswer> ready_;
+  size_t readyBytes_ = 0;
   int oneByOne_ = 0;  // items yet to be asked for in their time only, behind a loss
   int64_t requestBegan_ = 0;
   int64_t wasted_ = 0;

@@ -9,6 +9,9 @@
 // kMaxFrame bytes). Numbers are little-endian.
 //
 // Requests
+//   'G'                               the items that a search of the whole file finds; as the first
+//                                     request it has all others answered by what was found, too,
+//                                     whether anything leads there or not
 //   'S'                               the store: its properties
 //   'F' node                          a folder: its properties, folders and items
 //   'I' folder index node             an item: its message class; when it is mail also its other
@@ -31,6 +34,9 @@
 //   'D' node...                                 folders in this folder
 //   'L' node...                                 items in this folder
 //   'O' node...                                 those of them that the folder says are no mail
+//   'V' node parent how(32) data(64)...         items found: their node and folder, how (LostHow),
+//                                               and what tells this state of theirs from others
+//   'W' percent(32)                             how far the search has come
 //   'B' bytes                                   a piece of an attachment
 //   'U'                                         the reader is not shut in: the system has no means
 //   'X' text                                    what of it is damaged: left out, or not as it was
@@ -49,6 +55,7 @@ namespace tarnwick::outlook {
 namespace frame {
 inline constexpr char kStore = 'S';
 inline constexpr char kFolder = 'F';
+inline constexpr char kLostItems = 'G';
 inline constexpr char kItem = 'I';
 inline constexpr char kItemAhead = 'H';
 inline constexpr char kAttachment = 'A';
@@ -61,6 +68,8 @@ inline constexpr char kAttachmentRow = 'T';
 inline constexpr char kFolders = 'D';
 inline constexpr char kItems = 'L';
 inline constexpr char kOtherItems = 'O';
+inline constexpr char kFoundItems = 'V';
+inline constexpr char kProgress = 'W';
 inline constexpr char kBytes = 'B';
 inline constexpr char kNotShutIn = 'U';
 inline constexpr char kLost = 'X';
@@ -72,9 +81,18 @@ inline constexpr size_t kFrameHeader = 5;
 inline constexpr size_t kPropertyHeader = 8;
 inline constexpr size_t kMaxFrame = 64 * 1024;
 // The bytes of all frames of an answer that may lie ready before it is wanted.
-inline constexpr size_t kMaxAhead = 256 * 1024;
+inline constexpr size_t kMaxAhead = size_t{1} << 20;
 // Messages embedded in messages; what lies deeper is left out.
 inline constexpr size_t kMaxEmbedding = 16;
+
+// How an item was found.
+enum class LostHow : uint32_t {
+  kUnlisted,   // the index has it, whether a folder lists it or not
+  kDeleted,    // the index had it once
+  kIndexLost,  // the index can't be asked
+  kAlone       // no index ever seen has it: its own properties and nothing that belongs to it
+};
+inline constexpr size_t kFoundItem = 20;  // bytes of each in 'V'
 
 inline void PutNumber(std::string& bytes, uint32_t value, int count = 4) {
   for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFF));

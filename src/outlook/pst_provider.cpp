@@ -128,6 +128,19 @@ std::string Listed(const std::set<std::string>& texts) {
 // What all objects of one store share.
 struct StoreContext {
   explicit StoreContext(PstClient reader) : client(std::move(reader)) {}
+
+  // What the store says of itself.
+  void Take(const RawAnswer& store, const std::string& file) {
+    root = store.folders.empty() ? 0 : store.folders[0];
+    properties = Decoded(store.properties);
+    LogLost(store.lost, file);
+    key = properties.Bytes(Prop::kRecordKey);
+    if (key.size() == kStoreKeySize) return;
+    // A store that lost its own key is known by where it lies.
+    key.clear();
+    for (char part = '0'; part < '4'; ++part) PutNumber(key, Fnv(file + part));
+  }
+
   PstClient client;
   std::string key;  // kStoreKeySize bytes
   uint32_t root = 0;
@@ -388,6 +401,74 @@ class PstStore : public Store {
   std::string path_;
 };
 
+const char* TextOf(LostHow how) {
+  switch (how) {
+    case LostHow::kUnlisted:
+      return "in no folder that Outlook shows";
+    case LostHow::kDeleted:
+      return "deleted";
+    case LostHow::kIndexLost:
+      return "where the index of the store is lost";
+    case LostHow::kAlone:
+      return "by its own properties alone";
+  }
+  return "";
+}
+
+class PstLostItems : public LostItems {
+ public:
+  PstLostItems(Context context, std::vector<FoundItem> items)
+      : context_(std::move(context)), items_(std::move(items)) {}
+
+  std::string DisplayName() override { return context_->properties.Text(Prop::kDisplayName); }
+  bool HasPassword() override { return context_->properties.Number(Prop::kPstPassword) != 0; }
+  uint64_t OutputBudget() override {
+    return kOutputFactor * context_->client.StoreSize() + kOutputFloor;
+  }
+  bool Next(LostItem& found) override {
+    if (next_ == items_.size()) return false;
+    const FoundItem& item = items_[next_++];
+    found = {};
+    found.item = std::make_unique<PstItem>(
+        context_, std::vector<uint32_t>{item.folder, 0, item.node}, std::vector<uint32_t>{},
+        std::make_shared<std::set<std::string>>());
+    std::string data;
+    for (int shift = 0; shift < 64; shift += 32) {
+      PutNumber(data, static_cast<uint32_t>(item.data >> shift));
+    }
+    found.partKey = "part_" + Hex(context_->key) + "_" + Hex(data);
+    found.how = TextOf(item.how);
+    found.isPart = item.how == LostHow::kAlone;
+    if (!found.isPart) SetFolder(item.folder, found);
+    return true;
+  }
+
+ private:
+  void SetFolder(uint32_t node, LostItem& found) {
+    auto [folder, isNew] = folders_.try_emplace(node);
+    if (isNew) {
+      PstFolder lay(context_, node);
+      folder->second.role = lay.Role();
+      try {
+        folder->second.name = lay.Name();
+      } catch (const Error&) {
+        // It is gone.
+      }
+    }
+    found.folder = folder->second.name;
+    found.role = folder->second.role;
+  }
+
+  struct FolderLabel {
+    std::string name;
+    FolderRole role = FolderRole::kOther;
+  };
+  Context context_;
+  std::vector<FoundItem> items_;
+  size_t next_ = 0;
+  std::map<uint32_t, FolderLabel> folders_;
+};
+
 }  // namespace
 
 std::string CharsetOfMessage(const RawRow& properties) {
@@ -411,19 +492,11 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
     try {
       auto context = std::make_shared<StoreContext>(PstClient(file, program_, limits_));
       RawAnswer answer = context->client.Ask(frame::kStore, {});
-      context->root = answer.folders.empty() ? 0 : answer.folders[0];
-      context->properties = context->Decoded(answer.properties);
-      context->LogLost(answer.lost, file);
+      context->Take(answer, file);
       if (!answer.isReaderShutIn && !std::exchange(hasToldOpenReader_, true)) {
         core::WriteLog(
             "Outlook stores are read without the protection of the system: it can confine no "
             "process.");
-      }
-      context->key = context->properties.Bytes(Prop::kRecordKey);
-      if (context->key.size() != kStoreKeySize) {
-        // A store that lost its own key is known by where it lies.
-        context->key.clear();
-        for (char part = '0'; part < '4'; ++part) PutNumber(context->key, Fnv(file + part));
       }
       stores.push_back(std::make_unique<PstStore>(context, file));
     } catch (const Error& error) {
@@ -435,6 +508,24 @@ std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
     }
   }
   return stores;
+}
+
+std::unique_ptr<LostItems> PstNamespace::FindLost(const std::string& location,
+                                                  const std::function<void(int)>& tell) {
+  constexpr int kMostSearches = 5;  // one for each start of the reader
+  ReaderLimits limits = limits_;
+  limits.restarts = std::min(limits.restarts, kMostSearches);
+  auto context = std::make_shared<StoreContext>(
+      PstClient(location, program_, limits, PstClient::Way::kBySearch));
+  std::vector<FoundItem> items = context->client.FindLost(tell);
+  RawAnswer store;
+  try {
+    store = context->client.Ask(frame::kStore, {});
+  } catch (const Error&) {
+    // What it said of itself is gone.
+  }
+  context->Take(store, location);
+  return std::make_unique<PstLostItems>(context, std::move(items));
 }
 
 std::string TypeNameOf(std::string_view messageClass) {

@@ -24,6 +24,8 @@ class PstNamespace : public Namespace {
 
   std::vector<std::unique_ptr<Store>> Stores() override;
   std::vector<RefusedStore> Refused() override { return refused_; }
+  std::unique_ptr<LostItems> FindLost(const std::string& location,
+                                      const std::function<void(int)>& tell) override;
   bool AsksForAccess() override { return false; }
 
  private:

@@ -29,26 +29,27 @@ void TakeBodiesOfRawText(const std::string& file, const intake::SourceDescriptor
 }  // namespace
 
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
-                   uint64_t& budget) {
+                   uint64_t& budget, const intake::ReadingRules& rules) {
   Letter letter = ReadLetter(item);
   TakenItem taken;
-  taken.message = MessageOf(letter, item, place, intake::IsFromMe);
+  taken.message = MessageOf(letter, item, place, intake::IsFromMe, rules);
   intake::MailMessage& message = taken.message;
   taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
                core::LoggedMailText(message.Subject);
   const std::string& file = core::State().TempMessageFile;
-  // Emptied instead, the last message's file would first be brought to the disk.
-  platform::RemoveFile(file);
   {
-    platform::OutputFile output(file);
-    WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
+    platform::OutputFile output(file, platform::OutputFile::Replace::kInPlace);
+    MimeResult written =
+        WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
     output.Close();
+    taken.damage = item.Damage();
+    if (taken.damage.empty() && written.attachmentsLost > 0) taken.damage = "an attachment";
   }
   if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
     TakeBodiesOfRawText(file, {place.name, place.parentPath, application}, message);
   }
-  if (std::string damage = item.Damage(); !damage.empty()) {
-    message.Notes = "This message is damaged in its Outlook store (" + damage +
+  if (!taken.damage.empty()) {
+    message.Notes = "This message is damaged in its Outlook store (" + taken.damage +
                     "). Parts of it may be missing or not as they were written.";
   }
   if (place.inSentItems && letter.ownAddress != intake::kNoAddress) {

@@ -15,13 +15,15 @@ namespace tarnwick::outlook {
 
 struct TakenItem {
   intake::MailMessage message;
-  std::string name;  // for the account of the load
+  std::string name;    // for the account of the load
+  std::string damage;  // what of it is missing or not as it was written; "" for a sound one
 };
 
-// Writes the item to TempMessageFile as an Internet message and gives its record. The sender of
+// Writes the item to TempMessageFile as an Internet message and gives its record; what is damaged
+// of it stands in its notes. The sender of
 // sent mail is noted as one of the user's own addresses, from the application. budget: see
 // WriteMime. Throws what reading and writing throw. REQUIRES: item is a MailItem.
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
-                   uint64_t& budget);
+                   uint64_t& budget, const intake::ReadingRules& rules);
 
 }  // namespace tarnwick::outlook

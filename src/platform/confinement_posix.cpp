@@ -83,7 +83,7 @@ bool DenySystemCalls() {
   allow(SCMP_SYS(mremap));
   // LimitProcessorTime, of this process alone.
   allow(SCMP_SYS(prlimit64),
-        {SCMP_A0_64(SCMP_CMP_EQ, 0), SCMP_A1_64(SCMP_CMP_EQ, uint64_t{RLIMIT_CPU})});
+        {SCMP_A0_64(SCMP_CMP_EQ, 0, 0), SCMP_A1_64(SCMP_CMP_EQ, uint64_t{RLIMIT_CPU}, 0)});
   return isWhole && seccomp_load(filter.get()) == 0;
 }
 

@@ -12,6 +12,7 @@
 #include "core/run_state.h"
 #include "core/text.h"
 #include "intake/encoded_word.h"
+#include "intake/late_state.h"
 #include "intake/load_account.h"
 #include "intake/mixed_text.h"
 #include "intake/sender_rules.h"
@@ -232,6 +233,8 @@ void MailboxFolder::ReadText(intake::SourceMessage& message) {
   message.name += ": " + core::LoggedMailText(Decoded(HeaderOf(begin_, "subject")));
   if (intake::IsEmailExist(message.key)) {
     message.ending.outcome = intake::OutcomeOfKnown(message.key);
+    const intake::MessageState& known = message.facts.state;
+    intake::FillState(message.key, known.isKnown ? known : intake::StateOfHeaders(begin_));
     return;
   }
   platform::OutputFile scratch(core::State().TempMessageFile,
@@ -260,7 +263,7 @@ void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& m
     message.ending.outcome = intake::OutcomeOfKnown(message.key);
     return;
   }
-  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent);
+  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent, rules_);
   message.message->MessageKey = message.key;
 }
 

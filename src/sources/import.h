@@ -26,7 +26,8 @@ inline constexpr const char* kDeletedReason = "letters that were deleted are not
 // Reads a letter that is a record, not a text (an Outlook message file): writes it to
 // TempMessageFile as an Internet message and gives the record, its key left empty. Throws Error.
 using RecordReader = std::function<intake::MailMessage(
-    const std::string& file, const intake::SourceDescriptor& place, bool isSent)>;
+    const std::string& file, const intake::SourceDescriptor& place, bool isSent,
+    const intake::ReadingRules& rules)>;
 
 // The mailboxes of the profile folder.
 std::unique_ptr<intake::Source> MakeSource(RecordReader readRecord,

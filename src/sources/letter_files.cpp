@@ -95,17 +95,12 @@ bool LetterFiles::Next(LetterEntry& letter) {
 
 void LetterFiles::Look(LetterEntry& letter) {
   const std::string& path = paths_[next_ - 1];
-  LetterFileKind kind = isMaildir_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
+  LetterFileKind kind = stateOf_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
   file_ = std::make_unique<FileWindow>(path, size_t{64} * 1024);
   FileWindow& file = *file_;
   begin_ = 0;
   end_ = file.Size();
-  if (isMaildir_) {
-    letter.state = StateOfMaildirName(letter.name);
-    std::string folder = platform::FolderOf(path);
-    // What lies there no program has shown yet.
-    if (folder.ends_with(platform::WithSeparator("new"))) letter.state.isKnown = true;
-  }
+  if (stateOf_) letter.state = stateOf_(path);
   if (kind == LetterFileKind::kApple) LookIntoApples(file, begin_, end_, letter.state);
   // Other programs gave that name to plain text.
   bool isRecord =
@@ -130,6 +125,13 @@ std::vector<std::string> MaildirFiles(const std::string& folder) {
     }
   }
   return paths;
+}
+
+intake::MessageState StateInMaildir(const std::string& path) {
+  intake::MessageState state = StateOfMaildirName(platform::FileNameOf(path));
+  // What lies there no program has shown yet.
+  if (platform::FolderOf(path).ends_with(platform::WithSeparator("new"))) state.isKnown = true;
+  return state;
 }
 
 intake::MessageState StateOfMaildirName(std::string_view name) {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Letters that are files of their own: the two folders of a Maildir, a folder of *.eml files,
-// Apple's
-// *.emlx files, Outlook's *.msg files. docs/mail-formats.md, sections "Maildir" and "Message
-// files".
+// Letters that are files of their own: the two folders of a Maildir, numbered files (mh.h), a
+// folder of *.eml files, Apple's *.emlx files, Outlook's *.msg files. docs/mail-formats.md,
+// sections "Maildir", "MH" and "Message files".
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -31,10 +31,11 @@ std::vector<std::string> LetterFilesIn(const std::vector<std::string>& files);
 
 class LetterFiles : public LetterReader {
  public:
-  // Paths of letter files; those of a Maildir are texts whatever their names are, and tell the
-  // letter's state.
-  explicit LetterFiles(std::vector<std::string> paths, bool isMaildir = false)
-      : paths_(std::move(paths)), isMaildir_(isMaildir) {}
+  using StateOf = std::function<intake::MessageState(const std::string& path)>;
+  // Paths of letter files. With stateOf, which tells the state of each, they are texts whatever
+  // their names are.
+  explicit LetterFiles(std::vector<std::string> paths, StateOf stateOf = {})
+      : paths_(std::move(paths)), stateOf_(std::move(stateOf)) {}
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
@@ -43,7 +44,7 @@ class LetterFiles : public LetterReader {
   void Look(LetterEntry& letter);
 
   std::vector<std::string> paths_;
-  bool isMaildir_;
+  StateOf stateOf_;
   size_t next_ = 0;
   std::unique_ptr<FileWindow> file_;  // the current one
   uint64_t begin_ = 0;
@@ -53,6 +54,8 @@ class LetterFiles : public LetterReader {
 // The letters of a Maildir, the oldest first as far as their names tell.
 std::vector<std::string> MaildirFiles(const std::string& folder);
 
+// The state of one of them.
+intake::MessageState StateInMaildir(const std::string& path);
 // What the end of a Maildir file's name says: ":2," and letters.
 intake::MessageState StateOfMaildirName(std::string_view name);
 

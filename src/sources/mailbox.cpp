@@ -10,6 +10,7 @@
 #include "sources/letter_files.h"
 #include "sources/mailbox_names.h"
 #include "sources/mbox.h"
+#include "sources/mh.h"
 #include "sources/outlook_express4.h"
 
 namespace tarnwick::sources {
@@ -81,6 +82,11 @@ std::vector<Mailbox> MailboxFinder::In(const std::string& folder,
     found.push_back(OfMaildir(folder, content));
     folders_[folder] = MailboxKind::kMaildir;
   }
+  bool isMh = IsMhFolder(folder, content);
+  if (isMh) {
+    found.push_back(OfMh(folder, content));
+    folders_[folder] = MailboxKind::kMh;
+  }
   std::vector<std::string> letters = LetterFilesIn(content.files);
   if (!letters.empty()) {
     bool isApples = KindOfLetterFile(letters.front()) == LetterFileKind::kApple;
@@ -88,6 +94,7 @@ std::vector<Mailbox> MailboxFinder::In(const std::string& folder,
     folders_[folder] = MailboxKind::kLetterFiles;
   }
   for (const std::string& file : content.files) {
+    if (isMh && IsMhName(file)) continue;
     if (KindOfLetterFile(file) == LetterFileKind::kNone && MayBeMailbox(file, content.files)) {
       AddFile(folder, file, content, found);
     }
@@ -128,7 +135,9 @@ void MailboxFinder::Name(Mailbox& mailbox, const std::string& folder,
   for (std::string last = LastName(above); !last.empty(); last = LastName(above)) {
     std::string parent = NameOfHolder(last);
     bool isNested = !parent.empty();
-    if (!isNested && mailbox.kind == MailboxKind::kLetterFiles && folders_.contains(above)) {
+    bool liesInFolders =
+        mailbox.kind == MailboxKind::kLetterFiles || mailbox.kind == MailboxKind::kMh;
+    if (!isNested && liesInFolders && folders_.contains(above)) {
       parent = last;
       isNested = true;
     }
@@ -173,6 +182,16 @@ Mailbox MailboxFinder::OfMaildir(const std::string& folder,
       std::any_of(content.folders.begin(), content.folders.end(),
                   [&](const std::string& sub) { return sub[0] == '.' && IsMaildir(folder + sub); });
   Name(mailbox, above, {isRoot ? "Inbox" : name});
+  return mailbox;
+}
+
+Mailbox MailboxFinder::OfMh(const std::string& folder,
+                            const platform::FolderContent& content) const {
+  Mailbox mailbox;
+  mailbox.kind = MailboxKind::kMh;
+  mailbox.path = folder;
+  mailbox.application = ProgramOfMh(content);
+  Name(mailbox, FolderAbove(folder), {LastName(folder)});
   return mailbox;
 }
 
@@ -237,7 +256,12 @@ bool HoldsMailbox(const std::string& folder) {
 std::unique_ptr<LetterReader> OpenMailbox(const Mailbox& mailbox) {
   switch (mailbox.kind) {
     case MailboxKind::kMaildir:
-      return std::make_unique<LetterFiles>(MaildirFiles(mailbox.path), true);
+      return std::make_unique<LetterFiles>(MaildirFiles(mailbox.path), StateInMaildir);
+    case MailboxKind::kMh:
+      return std::make_unique<LetterFiles>(
+          MhFiles(mailbox.path), [sequences = SequencesIn(mailbox.path)](const std::string& path) {
+            return sequences.StateOf(platform::FileNameOf(path));
+          });
     case MailboxKind::kLetterFiles:
       return std::make_unique<LetterFiles>(LetterPathsIn(mailbox.path));
     case MailboxKind::kOutlookExpress4:
@@ -252,6 +276,8 @@ LetterCount CountLetters(const Mailbox& mailbox, uint64_t limit) {
   switch (mailbox.kind) {
     case MailboxKind::kMaildir:
       return {static_cast<int64_t>(MaildirFiles(mailbox.path).size()), false};
+    case MailboxKind::kMh:
+      return {static_cast<int64_t>(MhFiles(mailbox.path).size()), false};
     case MailboxKind::kLetterFiles:
       return {static_cast<int64_t>(LetterPathsIn(mailbox.path).size()), false};
     case MailboxKind::kOutlookExpress4:

@@ -17,7 +17,7 @@
 
 namespace tarnwick::sources {
 
-enum class MailboxKind { kMbox, kMaildir, kLetterFiles, kOutlookExpress4 };
+enum class MailboxKind { kMbox, kMaildir, kMh, kLetterFiles, kOutlookExpress4 };
 
 enum class MailboxRole {
   kOther,
@@ -62,6 +62,7 @@ class MailboxFinder {
                const platform::FolderContent& content, std::vector<Mailbox>& found);
   void Name(Mailbox& mailbox, const std::string& folder, std::vector<std::string> names) const;
   Mailbox OfMaildir(const std::string& folder, const platform::FolderContent& content) const;
+  Mailbox OfMh(const std::string& folder, const platform::FolderContent& content) const;
   Mailbox OfLetterFiles(const std::string& folder, bool isApples) const;
 
   // Those that hold letters themselves.

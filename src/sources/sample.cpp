@@ -12,6 +12,7 @@
 #include "sources/letter_key.h"
 #include "sources/mailbox_names.h"
 #include "sources/mbox.h"
+#include "sources/mh.h"
 
 namespace tarnwick::sources {
 
@@ -86,6 +87,8 @@ MailboxSample SampleMailbox(const Mailbox& mailbox) {
   try {
     if (mailbox.kind == MailboxKind::kMaildir) {
       LookAtFiles(MaildirFiles(mailbox.path), true, sample);
+    } else if (mailbox.kind == MailboxKind::kMh) {
+      LookAtFiles(MhFiles(mailbox.path), false, sample);
     } else if (mailbox.kind == MailboxKind::kLetterFiles) {
       LookAtFiles(LetterPathsIn(mailbox.path), false, sample);
     } else {

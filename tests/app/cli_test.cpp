@@ -7,6 +7,7 @@
 #include "cli/command_line.h"
 #include "samples/dbx_builder.h"
 #include "samples/sample_profile.h"
+#include "samples/worn_outlook.h"
 #include "support/machine.h"
 #include "support/run_program.h"
 #include "support/testing.h"
@@ -63,6 +64,20 @@ TEST_F(Cli, ConversationsStandTogether) {
   run = Run({"list", "--conversations", "--json", "--search", "plan"});
   EXPECT_THAT(run.output, HasSubstr("\"Conversation\":1}"));
   EXPECT_EQ(Run({"list", "--conversations", "--subject", "nothing"}).output, "");
+}
+
+TEST_F(Cli, WhatIsFoundIsLoadedWithWhatIsLostOfIt) {
+  samples::WornOutlook store(true, 12);
+  store.DeleteEvery(4);
+  store.Finish();
+  platform::MakeFolder(home_.File("disk"));
+  WriteMessage("disk/mail.pst", store.Bytes());
+  std::string disk = home_.File("disk");
+  EXPECT_EQ(Run({"find", disk, "--rescue"}).status, 2) << "without --load";
+  EXPECT_THAT(Output({"find", disk, "--load", "--accept", "all"}), HasSubstr("stored 9,"));
+  EXPECT_THAT(Output({"find", disk, "--load", "--accept", "all", "--rescue"}),
+              HasSubstr("stored 3, already stored 9,"));
+  EXPECT_THAT(Output({"find", disk, "--load"}), HasSubstr("found 0,")) << "nothing is new";
 }
 
 TEST_F(Cli, AHomeIsMadeAndAMessageTakenListedAndShown) {

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The window that finds mail, by itself and behind the main window's menu and drops.
+#include <QCheckBox>
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
@@ -75,6 +76,13 @@ TEST_F(FindMail, ListsWhatIsThereAndTicksWhatIsNew) {
   EXPECT_EQ(list->topLevelItem(1)->checkState(0), Qt::Checked);
   ASSERT_EQ(dialog.Ticked().size(), 1U);
   EXPECT_TRUE(load->isEnabled());
+  // What can't be opened may still hold lost messages.
+  dialog.findChild<QCheckBox*>("LostToo")->setChecked(true);
+  EXPECT_EQ(dialog.Ticked().size(), 2U);
+  dialog.LookAt({QString::fromStdString(disk_)});
+  EXPECT_EQ(dialog.Ticked().size(), 2U);
+  dialog.findChild<QCheckBox*>("LostToo")->setChecked(false);
+  EXPECT_EQ(dialog.Ticked().size(), 1U);
   list->topLevelItem(1)->setCheckState(0, Qt::Unchecked);
   EXPECT_FALSE(load->isEnabled());
 

@@ -84,6 +84,9 @@ TEST_F(CompleteTree, BothReadingsTakeTheStateOfAMessage) {
     ASSERT_TRUE(repository::ClearRepository());
     Load(store, rules);
     EXPECT_EQ(Rows("SELECT Subject, State FROM Email ORDER BY Subject"), expected);
+    Run("UPDATE Email SET State = Null");  // as stored by a version that kept none
+    Load(store, rules);
+    EXPECT_EQ(Rows("SELECT Subject, State FROM Email ORDER BY Subject"), expected);
   }
 }
 

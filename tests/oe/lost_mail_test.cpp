@@ -21,9 +21,16 @@ class LostMailTest : public OeFixture {
  protected:
   std::vector<std::string> Recover(const std::string& bytes, bool isCopy = false) {
     std::string path = WriteTemp("Worn.dbx", bytes);
-    LostMail mail(path, isCopy, [](int) { return true; });
+    auto goOn = [](int) { return true; };
     std::vector<std::string> texts;
     whole_.clear();
+    for (FoundObjects& piece : FindObjects(path, goOn)) {
+      LostMail mail(path, std::move(piece), isCopy, goOn);
+      TakeAll(mail, texts);
+    }
+    return texts;
+  }
+  void TakeAll(LostMail& mail, std::vector<std::string>& texts) {
     while (auto message = mail.Next()) {
       std::string text;
       for (const TextPiece& piece : message->text) {
@@ -36,7 +43,6 @@ class LostMailTest : public OeFixture {
       if (!text.empty()) texts.push_back(text);
       if (message->isWhole) whole_.push_back(text);
     }
-    return texts;
   }
   std::vector<std::string> whole_;
 };
@@ -97,6 +103,26 @@ TEST_F(LostMailTest, WornStoresGiveBackWhatIsIntactAndNothingThatIsMixed) {
   }
 }
 
+TEST_F(LostMailTest, OfPiecesOfSeveralStoresEachGivesBackItsOwn) {
+  for (uint32_t seed = 1; seed <= 5; ++seed) {
+    std::string disk;
+    std::vector<std::string> texts;
+    size_t alone = 0;
+    for (int i = 0; i < 6; ++i) {
+      WornStore store(100, seed + 100 * static_cast<uint32_t>(i % 3));
+      store.Finish();
+      texts.insert(texts.end(), store.Texts().begin(), store.Texts().end());
+      store.TakePiece(i < 3 ? 5 : 55, i < 3 ? 45 : 95);
+      alone += Recover(store.Bytes()).size();
+      // A part of a sector is left at its end, over which the next one was written.
+      disk += store.Bytes().substr(0, store.Bytes().size() / 512 * 512);
+    }
+    std::vector<std::string> recovered = Recover(disk);
+    EXPECT_EQ(samples::Judge(recovered, texts, kLostWord).wrong, 0) << seed;
+    EXPECT_GE(recovered.size() + 2 * 6, alone) << seed;
+  }
+}
+
 TEST_F(LostMailTest, WhatTheTreeLeadsToIsNotLostAndABrokenNodeCostsNothing) {
   WornStore worn(200, 1);
   worn.DeleteEvery(2, Freeing::kFreed);
@@ -112,7 +138,9 @@ TEST_F(LostMailTest, WhatTheTreeLeadsToIsNotLostAndABrokenNodeCostsNothing) {
   store.FinishInLevels(3, 3);
   EXPECT_EQ(Recover(store.Bytes()).size(), 0U);
   EXPECT_EQ(Recover(store.Bytes(), true).size(), 60U);  // a copy has no tree
-  LostMail stopped(WriteTemp("Worn.dbx", store.Bytes()), true, [](int) { return false; });
+  auto stop = [](int) { return false; };
+  std::string path = WriteTemp("Worn.dbx", store.Bytes());
+  LostMail stopped(path, FindObjects(path, stop)[0], true, stop);
   EXPECT_FALSE(stopped.Next());
   uint32_t root = store.Image().Get32(0xE4);
   store.Image().Put32(store.Image().Get32(root + 8), 1);
@@ -129,7 +157,9 @@ TEST_F(LostMailTest, HostileFilesCostNoMoreThanTheirSize) {
   for (uint32_t i = 0; i < 20'000; ++i) {
     small.Image().AddObject(std::string(4, '\0') + '\4' + std::string(11, '\0'));
   }
-  LostMail crowded(WriteTemp("Worn.dbx", small.Bytes()), false, [](int) { return true; });
+  auto goOn = [](int) { return true; };
+  std::string path = WriteTemp("Worn.dbx", small.Bytes());
+  LostMail crowded(path, FindObjects(path, goOn)[0], false, goOn);
   EXPECT_THAT(crowded.Remark(), HasSubstr("more objects than it can hold"));
 
   MessageStoreBuilder chains;

@@ -41,6 +41,7 @@ class OutlookImport : public OutlookLoad {
 TEST_F(OutlookImport, StoresEachMailOnceAndReadsNothingOfOneThatIsStored) {
   int timesRead = 0;
   inbox_.items = {MailNamed("01", "first"), MailNamed("02", "second")};
+  for (MemoryItem& item : inbox_.items) item.Number(Prop::kMessageFlags, MessageFlag::kRead);
   EXPECT_THAT(Load(), ElementsAre(2, 2, 0, 0, 0, 0, 0));
   EXPECT_TRUE(core::State().NewMessageFlag);
   for (MemoryItem& item : inbox_.items) item.timesRead = &timesRead;
@@ -50,6 +51,11 @@ TEST_F(OutlookImport, StoresEachMailOnceAndReadsNothingOfOneThatIsStored) {
   EXPECT_FALSE(core::State().NewMessageFlag);
   EXPECT_EQ(CountRows("Email"), 2);
   EXPECT_EQ(Rows("SELECT EntryID, Application FROM Email"), "01|Outlook\n02|Outlook");
+  // But for a state that was not kept.
+  Run("UPDATE Email SET State = Null WHERE EntryID = '02'");
+  EXPECT_THAT(Load(), ElementsAre(2, 0, 2, 0, 0, 0, 0));
+  EXPECT_EQ(Rows("SELECT EntryID, State FROM Email"), "01|S\n02|S");
+  EXPECT_EQ(timesRead, 1);
 }
 
 TEST_F(OutlookImport, WalksEveryFolderAndKeepsItsPath) {

@@ -127,9 +127,10 @@ class MessageOfLetter : public ::testing::Test {
  protected:
   MessageOfLetter() { SetNow(DateTime::FromDate(2002, 6, 1)); }
   ~MessageOfLetter() override { platform::SetClockOverride({}); }
-  intake::MailMessage Message(MemoryItem& item, const FolderPlace& place = {}) {
+  intake::MailMessage Message(MemoryItem& item, const FolderPlace& place = {},
+                              const intake::ReadingRules& rules = intake::kDesigned) {
     MemoryOutlook::ItemView view(item);
-    return MessageOf(ReadLetter(view), view, place, &IsAnn);
+    return MessageOf(ReadLetter(view), view, place, &IsAnn, rules);
   }
   testing::ScriptedUi ui_;
 };
@@ -147,6 +148,32 @@ TEST_F(MessageOfLetter, FallsBackToTheTimesThereAre) {
   MemoryItem empty;
   EXPECT_EQ(Message(empty).SentTime, DateTime::FromDate(1990, 1, 1));
   EXPECT_EQ(Message(empty).ReceivedTime, DateTime::FromDate(1990, 1, 1));
+}
+
+TEST_F(MessageOfLetter, CompleteReadingTakesTheFirstSoundTimeAndEveryRecipient) {
+  constexpr int64_t kSubmit = 1015333620;
+  MemoryItem item = MailNamed("1", "s");
+  item.properties.SetTime(Prop::kClientSubmitTime, 2'000'000'000);  // a clock that ran ahead
+  item.Text(Prop::kTransportHeaders, "Subject: s\r\nDate: Sun, 3 Mar 2002 13:07:00 +0000\r\n");
+  auto sent = [&] { return Message(item, {}, intake::kComplete).SentTime; };
+  EXPECT_EQ(sent(), platform::LocalFromUnix(1015160820));
+  EXPECT_GT(Message(item).SentTime, sent()) << "as designed";
+  item.Text(Prop::kTransportHeaders, "Date: Sun, 3 Mar 2033 13:07:00 +0000\r\n");
+  EXPECT_EQ(sent(), platform::LocalFromUnix(kSubmit + 60)) << "of receiving";
+  item.properties.SetTime(Prop::kDeliveryTime, 5);
+  EXPECT_EQ(sent(), DateTime::FromDate(1990, 1, 1));
+  EXPECT_EQ(Message(item, {}, intake::kComplete).ReceivedTime, DateTime::FromDate(1990, 1, 1));
+
+  for (int i = 0; i < 150; ++i) {
+    item.Recipient(RecipientType::kTo, "To " + std::to_string(i), "SMTP", "a@x.test");
+    item.Recipient(RecipientType::kCc, "Cc " + std::to_string(i), "", "");
+  }
+  intake::MailMessage complete = Message(item, {}, intake::kComplete);
+  EXPECT_EQ(complete.ToCount, 150);
+  EXPECT_EQ(complete.CcCount, 150);
+  EXPECT_EQ(complete.Cc.at(149).Name, "Cc 149");
+  EXPECT_EQ(Message(item).ToCount, 100);
+  EXPECT_EQ(Message(item).CcCount, 0);
 }
 
 TEST_F(MessageOfLetter, TakesTheStateOfTheItem) {

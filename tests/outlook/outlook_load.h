@@ -18,11 +18,12 @@ class OutlookLoad : public testing::ProgramFixture {
   }
   ~OutlookLoad() override { core::EndLoadState(); }
 
-  static const core::LoadCounts& LoadFrom(Namespace& outlook, bool everyStore) {
+  static const core::LoadCounts& LoadFrom(Namespace& outlook, bool everyStore,
+                                          const intake::ReadingRules& rules = intake::kDesigned) {
     const core::LoadCounts& c = core::State().Counts = {};
     intake::LoadAccount& account = intake::Account();
     account.Open();
-    EXPECT_TRUE(olAnnounceFrom(outlook, everyStore));
+    EXPECT_TRUE(olAnnounceFrom(outlook, everyStore, rules));
     EXPECT_TRUE(olImportOutlook());
     account.Close();
     EXPECT_EQ(c.found,

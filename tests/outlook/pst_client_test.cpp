@@ -75,7 +75,7 @@ TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
   std::vector<PstClient::Numbers> items;
   for (uint32_t i = 0; i < 6; ++i) {
     samples::PstMessage mail = samples::PstMail("a mail");
-    mail.properties.texts[0x1000] = std::string(i == 1 ? 400'000 : 10, 'a');
+    mail.properties.texts[0x1000] = std::string(i == 1 ? 700'000 : 10, 'a');
     mail.attachments.resize(1);
     mail.attachments[0].data = std::string(i + 1, 'f');
     items.push_back({inbox, i, store.AddMessage(inbox, mail)});

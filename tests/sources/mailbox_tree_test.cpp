@@ -119,6 +119,28 @@ TEST_F(MailboxTree, HostilePlacesAreWalkedThroughOnceAndOpenNothing) {
   EXPECT_EQ(Query("SELECT COUNT(*) FROM Email WHERE Subject = 'of no encoding'").AsInt(), 1);
 }
 
+TEST_F(MailboxTree, NumberedFilesAreAFolderOfLettersWithTheStateOfTheirSequences) {
+  auto letter = [](const char* subject) { return LetterOf("bob@example.org", subject); };
+  for (int i = 1; i <= 12; ++i) {
+    Write("Mail/inbox/" + std::to_string(i), letter(("letter " + std::to_string(i)).c_str()));
+  }
+  Write("Mail/inbox/.mh_sequences",
+        "cur: 3\nunseen: 2 x 9-11 10-12 5-4 99999999999999999999\nreplied: 1\nflagged: 1-2\n");
+  Write("Mail/inbox/,13", letter("deleted"));
+  Write("Mail/inbox/notes.txt", "From my desk");
+  Write("Mail/inbox/work/7", letter("below"));  // nothing beside it
+  Write("Mail/inbox/work/.claws_mark", "x");
+  Write("Mail/photos/1", "no letter");
+  Write("Mail/year/2003", letter("a file"));
+  Write("Mail/year/report.doc", "x");  // so it is no such folder
+  EXPECT_EQ(Load().stored, 13);
+  EXPECT_EQ(Rows("SELECT Folder, Parent, Application, Subject FROM Email WHERE State Is Null"),
+            "work|inbox.work|Claws Mail|below");
+  EXPECT_EQ(CountRows("Email WHERE Folder = 'inbox' AND Application = 'MH'"), 12);
+  EXPECT_EQ(Rows("SELECT Subject, State FROM Email WHERE State <> 'S' ORDER BY ID"),
+            "letter 1|SRF\nletter 2|UF\nletter 9|U\nletter 10|U\nletter 11|U\nletter 12|U");
+}
+
 TEST_F(MailboxTree, TheStateComesFromWhereverTheProgramKeepsIt) {
   auto letter = [](const char* subject) { return LetterOf("bob@example.org", subject); };
   WriteBox("m/Inbox", {"X-Mozilla-Status: 1005\r\n" + letter("mozilla"), letter("plain")});
@@ -134,6 +156,15 @@ TEST_F(MailboxTree, TheStateComesFromWhereverTheProgramKeepsIt) {
   Load();
   EXPECT_EQ(Rows("SELECT Subject, State FROM Email ORDER BY Subject"),
             "apple|UF\nfile|U\nmozilla|SPF\nnew|U\noe4|U\nplain|Null\nseen|SR");
+
+  // What was stored without one gets it from a later load; nothing else is touched.
+  Run("UPDATE Email SET State = Null, Notes = 'mine'");
+  Run("UPDATE Email SET State = 'D' WHERE Subject = 'seen'");
+  EXPECT_EQ(Load().alreadyStored, 7);
+  EXPECT_EQ(Rows("SELECT Subject, State FROM Email WHERE Notes = 'mine' ORDER BY Subject"),
+            "apple|UF\nfile|U\nmozilla|SPF\nnew|U\noe4|U\nplain|Null\nseen|D");
+  EXPECT_THAT(platform::ReadFile(board::LoadLogFile()),
+              HasSubstr("have now been given their state (read, replied, flagged) = 5"));
 }
 
 TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {

@@ -139,7 +139,8 @@ TEST_F(SaveMessagesTest, TheStateGoesIntoNamesAndMailboxesAndComesBack) {
   EXPECT_EQ(statesOf(mbox), stored);
   EXPECT_EQ(platform::ReadFile(Files("mbox")[0]).find("Status: RO\r\nStatus: RO"),
             std::string::npos);
-  sources::LetterFiles maildir(sources::MaildirFiles(folder_.File("maildir")), true);
+  sources::LetterFiles maildir(sources::MaildirFiles(folder_.File("maildir")),
+                               sources::StateInMaildir);
   for (auto& [subject, state] : stored) state = state.empty() ? "S" : state;
   EXPECT_EQ(statesOf(maildir), stored);
   // Outlook keeps the last of replying and forwarding alone, and of a draft its having been sent.

@@ -9,11 +9,17 @@
 #include <string>
 #include <vector>
 
+#include "board/load_command.h"
+#include "cli/command_line.h"
+
 namespace tarnwick::app {
 
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
+
+// Of the option --accept.
+board::SenderPolicy SendersOf(const Arguments& arguments);
 
 int RunLoad(const std::vector<std::string>& words);
 int RunFind(const std::vector<std::string>& words);

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include <iostream>
 
+#include "board/load_found.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/row_output.h"
@@ -60,10 +61,29 @@ void PrintJsonRow(const FoundMail& mail) {
             << ",\"place\":" << JsonText(Text(mail.place)) << "}\n";
 }
 
+// What the repository does not hold yet; of a damaged store nothing may be known before it is
+// searched.
+int LoadNew(const Arguments& arguments, const look::Found& found) {
+  bool lostToo = arguments.Has("--rescue");
+  std::vector<FoundMail> wanted;
+  for (const FoundMail& mail : found.mail) {
+    bool isNew = mail.stored != look::Stored::kYes && mail.messages > 0;
+    if (isNew || lostToo) wanted.push_back(mail);
+  }
+  board::LoadResult result;
+  if (!wanted.empty()) result = board::LoadFound(wanted, SendersOf(arguments), lostToo);
+  std::cout << board::CountsSummary(result.counts) << std::endl;
+  return result.failed || (!wanted.empty() && !result.ran) ? kFailed : kDone;
+}
+
 }  // namespace
 
 int RunFind(const std::vector<std::string>& words) {
-  Arguments arguments(words, {}, {"--json"});
+  Arguments arguments(words, {"--accept"}, {"--json", "--load", "--rescue"});
+  bool isLoad = arguments.Has("--load");
+  if (!isLoad && (arguments.Has("--rescue") || arguments.Value("--accept"))) {
+    throw UsageError("options --rescue and --accept belong to --load");
+  }
   look::Found found = look::Look(arguments.OnlyOperand("place"), true,
                                  [](const look::Found& soFar, const std::string&) {
                                    core::YieldEvents();
@@ -77,7 +97,8 @@ int RunFind(const std::vector<std::string>& words) {
   for (const std::string& folder : found.forbidden) {
     std::cerr << "May not be read: " << OneLine(Text(folder)) << "\n";
   }
-  return found.isStopped ? kFailed : kDone;
+  if (found.isStopped) return kFailed;
+  return isLoad ? LoadNew(arguments, found) : kDone;
 }
 
 }  // namespace tarnwick::app

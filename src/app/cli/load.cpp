@@ -45,18 +45,20 @@ intake::ReadingRules RulesOf(const Arguments& arguments) {
 
 }  // namespace
 
+board::SenderPolicy SendersOf(const Arguments& arguments) {
+  std::string accept = arguments.OneOf("--accept", {"ask", "all", "known"});
+  if (accept == "all") return board::SenderPolicy::kAcceptAll;
+  return accept == "known" ? board::SenderPolicy::kKnownOnly : board::SenderPolicy::kAsk;
+}
+
 int RunLoad(const std::vector<std::string>& words) {
   Arguments arguments(words, {"--accept", "--reading", "--folders"}, {"--full", "--rescue"});
   if (!arguments.Operands().empty()) throw UsageError("load takes no operand");
-  std::string accept = arguments.OneOf("--accept", {"ask", "all", "known"});
-
   board::LoadOptions options;
   options.everyMailer = true;
   options.full = arguments.Has("--full");
   options.rules = RulesOf(arguments);
-  options.senders = accept == "all"     ? board::SenderPolicy::kAcceptAll
-                    : accept == "known" ? board::SenderPolicy::kKnownOnly
-                                        : board::SenderPolicy::kAsk;
+  options.senders = SendersOf(arguments);
   board::LoadResult result = board::LoadFromMailer(options);
   std::cout << board::CountsSummary(result.counts) << std::endl;
   return result.failed || !result.ran ? kFailed : kDone;

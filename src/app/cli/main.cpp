@@ -33,7 +33,7 @@ constexpr const char* kUsage =
        tarnwick-cli --help | --version
   load   [--accept all|known|ask] [--full] [--reading designed|complete]
          [--folders drafts,deleted,outbox] [--rescue]
-  find   PATH [--json]
+  find   PATH [--json] [--load [--accept all|known|ask] [--rescue]]
   take   FILE...
   list   [--search WORDS]
          [--from D] [--to D] [--from-to T] [--subject T] [--text T] [--file T]

@@ -29,6 +29,10 @@ void Answer::Commit() {
   if (buffer_.size() >= kMaxFrame) Flush();
 }
 
+void Answer::Expect(uint64_t size) const {
+  if (limit_ > 0 && size > limit_ - std::min(limit_, buffer_.size() - begin_)) throw TooLong();
+}
+
 void Answer::Property(uint16_t number, uint16_t type, std::string_view bytes) {
   BeginProperty(number, type, bytes.size());
   Continue(bytes);
@@ -39,6 +43,7 @@ void Answer::BeginProperty(uint16_t number, uint16_t type, size_t size) {
   PutNumber(payload, number, 2);
   PutNumber(payload, type, 2);
   PutNumber(payload, static_cast<uint32_t>(size));
+  Expect(size);
   Frame(frame::kProperty, payload);
 }
 

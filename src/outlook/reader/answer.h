@@ -28,6 +28,8 @@ class Answer {
   // Takes back what a limited answer holds so far.
   void Drop();
   void Commit();
+  // So many bytes will follow: throws TooLong at once where they find no room.
+  void Expect(uint64_t size) const;
 
   void Property(uint16_t number, uint16_t type, std::string_view bytes);
   // A property whose bytes follow, size of them if all goes well, through Continue.

@@ -9,9 +9,9 @@ namespace tarnwick::outlook::reader {
 
 namespace {
 
-// Every byte of a store passes here, so eight bytes are taken at a step: table n tells what a byte
-// comes to with n bytes behind it.
-constexpr size_t kStep = 8;
+// Every byte of a store passes here, so sixteen bytes are taken at a step: table n tells what a
+// byte comes to with n bytes behind it.
+constexpr size_t kStep = 16;
 using Tables = std::array<std::array<uint32_t, 256>, kStep>;
 
 constexpr Tables MakeTables() {
@@ -41,13 +41,14 @@ uint32_t Checksum(std::string_view bytes) {
   auto wordAt = [&](size_t i) {
     return byteAt(i) | byteAt(i + 1) << 8 | byteAt(i + 2) << 16 | byteAt(i + 3) << 24;
   };
+  // What a word comes to with so many bytes behind it.
+  auto partOf = [](uint32_t word, size_t behind) {
+    return kTables[behind + 3][word & 0xFF] ^ kTables[behind + 2][word >> 8 & 0xFF] ^
+           kTables[behind + 1][word >> 16 & 0xFF] ^ kTables[behind][word >> 24];
+  };
   for (; bytes.size() >= kStep; bytes.remove_prefix(kStep)) {
-    uint32_t first = sum ^ wordAt(0);
-    uint32_t second = wordAt(4);
-    sum = kTables[7][first & 0xFF] ^ kTables[6][first >> 8 & 0xFF] ^
-          kTables[5][first >> 16 & 0xFF] ^ kTables[4][first >> 24] ^ kTables[3][second & 0xFF] ^
-          kTables[2][second >> 8 & 0xFF] ^ kTables[1][second >> 16 & 0xFF] ^
-          kTables[0][second >> 24];
+    sum = partOf(sum ^ wordAt(0), 12) ^ partOf(wordAt(4), 8) ^ partOf(wordAt(8), 4) ^
+          partOf(wordAt(12), 0);
   }
   for (size_t i = 0; i < bytes.size(); ++i) sum = sum >> 8 ^ kTables[0][(sum ^ byteAt(i)) & 0xFF];
   return sum;

@@ -66,21 +66,20 @@ bool IsKnownCipher(uint8_t cipher) {
 }
 
 void Decipher(uint8_t cipher, uint32_t block, std::string& bytes) {
+  if (cipher == kPermute) {
+    for (char& c : bytes) c = static_cast<char>(kDecode[static_cast<uint8_t>(c)]);
+  }
+  if (cipher != kCyclic) return;
   auto shift = static_cast<uint16_t>(block ^ block >> 16);
   for (char& c : bytes) {
     auto byte = static_cast<uint8_t>(c);
-    if (cipher == kPermute) {
-      byte = kDecode[byte];
-    } else if (cipher == kCyclic) {
-      auto low = static_cast<uint8_t>(shift);
-      auto high = static_cast<uint8_t>(shift >> 8);
-      byte = kEncode[static_cast<uint8_t>(byte + low)];
-      byte = kMiddle[static_cast<uint8_t>(byte + high)];
-      byte = kDecode[static_cast<uint8_t>(byte - high)];
-      byte = static_cast<uint8_t>(byte - low);
-      ++shift;
-    }
-    c = static_cast<char>(byte);
+    auto low = static_cast<uint8_t>(shift);
+    auto high = static_cast<uint8_t>(shift >> 8);
+    byte = kEncode[static_cast<uint8_t>(byte + low)];
+    byte = kMiddle[static_cast<uint8_t>(byte + high)];
+    byte = kDecode[static_cast<uint8_t>(byte - high)];
+    c = static_cast<char>(static_cast<uint8_t>(byte - low));
+    ++shift;
   }
 }
 

@@ -238,4 +238,25 @@ std::optional<Field> Table::FindCell(size_t row, uint16_t number) {
   return std::nullopt;
 }
 
+std::optional<Field> FindProperty(Heap& heap, Prop property) {
+  std::optional<Field> found;
+  ForEachProperty(heap, [&](const Field& field) {
+    if (field.number == static_cast<uint16_t>(property)) found = field;
+  });
+  return found;
+}
+
+std::string ShortValue(Heap& heap, const Field& field) {
+  constexpr size_t kMaxShort = 4096;
+  std::string bytes;
+  try {
+    StreamField(
+        heap, field, [](uint64_t) {},
+        [&](std::string_view piece) { bytes += piece.substr(0, kMaxShort - bytes.size()); });
+  } catch (const ReadError&) {
+    bytes.clear();
+  }
+  return bytes;
+}
+
 }  // namespace tarnwick::outlook::reader

@@ -70,8 +70,12 @@ struct Field {
 void StreamField(Heap& heap, const Field& field, const Heap::Begin& begin,
                  const Heap::Piece& piece);
 
+// A short value's bytes; "" when it can't be read.
+std::string ShortValue(Heap& heap, const Field& field);
+
 // The properties of an object. REQUIRES: heap is a kPropertiesHeap.
 void ForEachProperty(Heap& heap, const std::function<void(const Field& field)>& visit);
+std::optional<Field> FindProperty(Heap& heap, Prop property);
 
 class Table {
  public:

@@ -49,6 +49,7 @@ std::vector<uint32_t> Numbers(const std::string& payload, size_t atLeast) {
 
 void Serve(StoreFile& store, char kind, const std::string& payload, Answer& answer) {
   if (kind == frame::kStore) return store.DescribeStore(answer);
+  if (kind == frame::kLostItems) return store.DescribeLost(answer);
   if (kind == frame::kFolder) return store.DescribeFolder(Numbers(payload, 1)[0], answer);
   constexpr size_t kPlace = 3;
   std::vector<uint32_t> n = Numbers(payload, kPlace);
@@ -83,26 +84,31 @@ void Reply(StoreFile& store, char kind, const std::string& payload, Answer& answ
   answer.Commit();
 }
 
+// By the way that the first request asks for.
+std::unique_ptr<StoreFile> Open(tarnwick::platform::InputFile& file, char kind, Answer& answer) {
+  if (kind != frame::kLostItems) return reader::OpenStore(file);
+  return reader::OpenLostStore(file, answer);
+}
+
 int Run(tarnwick::platform::InputFile& file, bool isShutIn) {
   reader::Channel channel;
   Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
   std::string payload;
-  tarnwick::platform::LimitProcessorTime(kOpenSeconds);
+  std::unique_ptr<StoreFile> store;
   try {
-    std::unique_ptr<StoreFile> store = reader::OpenStore(file);
     while (true) {
       if (!channel.HasMore()) answer.Flush();
       char kind = channel.ReadRequest(payload);
-      tarnwick::platform::LimitProcessorTime(kRequestSeconds);
+      tarnwick::platform::LimitProcessorTime(store ? kRequestSeconds : kOpenSeconds);
+      if (!store) store = Open(file, kind, answer);
       if (kind == frame::kStore && !isShutIn) answer.Frame(frame::kNotShutIn, {});
       Reply(*store, kind, payload, answer);
     }
   } catch (const reader::ChannelClosed&) {
     return 0;
   } catch (const std::exception& error) {
-    // The store can't be opened: the first request is told so.
+    // The store can't be opened.
     try {
-      channel.ReadRequest(payload);
       answer.Frame(frame::kFailed, error.what());
       answer.Flush();
     } catch (const reader::ChannelClosed&) {

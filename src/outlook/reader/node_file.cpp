@@ -3,6 +3,7 @@
 #include "outlook/reader/node_file.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "outlook/reader/checksum.h"
@@ -15,42 +16,10 @@ namespace tarnwick::outlook::reader {
 namespace {
 
 constexpr size_t kHeaderSize = 564;
-constexpr size_t kPageSize = 512;
-constexpr size_t kBlockSlot = 8192;  // a block with its trailer
-constexpr uint64_t kBlockUnit = 64;
-constexpr uint8_t kBlockPages = 0x80;
-constexpr uint8_t kNodePages = 0x81;
-constexpr uint64_t kInternal = 2;  // of a block number: it holds a list, not data
-constexpr int kMaxLevel = 8;       // of a tree of pages; 20 entries a page make 10^10
-constexpr size_t kPages = 4096;    // kept, 2 MB
+constexpr int kMaxLevel = 8;     // of a tree of pages; 20 entries a page make 10^10
+constexpr size_t kPages = 4096;  // kept, 2 MB
 constexpr size_t kPieces = 32;
 constexpr size_t kPieceSize = size_t{64} * 1024;
-
-// Where things stand in the Unicode and in the older, narrower ANSI files.
-struct Layout {
-  size_t nodeRoot;
-  size_t blockRoot;
-  size_t cipher;
-  size_t pageInfo;
-  size_t nodeEntry;
-  size_t blockEntry;
-  size_t trailer;
-  size_t trailerId;
-  size_t trailerChecksum;
-};
-// The roots are given by the number of their page, with its place behind.
-constexpr Layout kUnicodeLayout = {216, 232, 513, 488, 32, 24, 16, 8, 4};
-constexpr Layout kAnsiLayout = {184, 192, 461, 496, 16, 12, 12, 4, 8};
-
-const Layout& LayoutOf(bool isUnicode) {
-  return isUnicode ? kUnicodeLayout : kAnsiLayout;
-}
-
-// What a block's trailer says, made of where it lies and which it is.
-uint64_t SignatureOf(const NodeFile::Block& block) {
-  uint64_t mixed = (block.offset ^ block.id) & 0xFFFFFFFF;
-  return (mixed >> 16 ^ mixed) & 0xFFFF;
-}
 
 }  // namespace
 
@@ -70,8 +39,8 @@ NodeFile::NodeFile(platform::InputFile& file) : file_(file), pages_(kPages), pie
   uint64_t version = NumberAt(header, 10, 2);
   isUnicode_ = version == 21 || version == 23;
   if (!isUnicode_ && version != 14 && version != 15) throw OtherVariant("variant");
-  idSize_ = isUnicode_ ? 8 : 4;
   const Layout& layout = LayoutOf(isUnicode_);
+  idSize_ = layout.idSize;
   nodeRoot_ = PageRefIn(header, layout.nodeRoot);
   blockRoot_ = PageRefIn(header, layout.blockRoot);
   cipher_ = static_cast<uint8_t>(header[layout.cipher]);
@@ -82,6 +51,19 @@ NodeFile::NodeFile(platform::InputFile& file) : file_(file), pages_(kPages), pie
   } catch (const ReadError&) {
     throw ReadError("its index is damaged");
   }
+}
+
+NodeFile::NodeFile(platform::InputFile& file, FoundStore found)
+    : file_(file), found_(std::move(found)), pieces_(kPieces) {
+  isUnicode_ = found_->isUnicode;
+  idSize_ = LayoutOf(isUnicode_).idSize;
+  cipher_ = found_->cipher;
+}
+
+void NodeFile::AddFound(const std::vector<FoundNode>& nodes) {
+  assert(found_ && (nodes.empty() || found_->nodes.empty() ||
+                    found_->nodes.back().number < nodes.front().number));
+  found_->nodes.insert(found_->nodes.end(), nodes.begin(), nodes.end());
 }
 
 size_t NodeFile::MaxBlock() const {
@@ -187,7 +169,35 @@ NodeFile::Node NodeFile::NodeOf(std::string_view entry) const {
           static_cast<uint32_t>(NumberAt(entry, 3 * idSize_, 4))};
 }
 
+bool NodeFile::HasBlocks(uint64_t data, uint64_t sub) {
+  try {
+    return !BlocksOf(data).empty() && (sub == 0 || !SubNodesOf(sub).empty());
+  } catch (const ReadError&) {
+    return false;
+  }
+}
+
+// Of the entries that were found with the number the newest whose bytes are there.
+std::optional<NodeFile::Node> NodeFile::FindFound(uint32_t number) {
+  auto first =
+      std::lower_bound(found_->nodes.begin(), found_->nodes.end(), number,
+                       [](const FoundNode& node, uint32_t wanted) { return node.number < wanted; });
+  if (first == found_->nodes.end() || first->number != number) return std::nullopt;
+  auto best = first;
+  constexpr int kMostTried = 64;
+  for (auto each = first;
+       each != found_->nodes.end() && each->number == number && each - first < kMostTried; ++each) {
+    if (HasBlocks(each->data, each->sub)) {
+      best = each;
+      break;
+    }
+    if (!HasBlocks(best->data, 0) && HasBlocks(each->data, 0)) best = each;
+  }
+  return Node{best->data, best->sub, best->parent};
+}
+
 std::optional<NodeFile::Node> NodeFile::FindNode(uint32_t number) {
+  if (found_) return FindFound(number);
   Entry entry = FindEntry(nodeRoot_, kNodePages, number);
   if (entry.bytes.empty()) return std::nullopt;
   Node node = NodeOf(entry.bytes);
@@ -197,6 +207,14 @@ std::optional<NodeFile::Node> NodeFile::FindNode(uint32_t number) {
 }
 
 void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& visit) {
+  if (found_) {
+    for (size_t i = 0; i < found_->nodes.size(); ++i) {
+      const FoundNode& node = found_->nodes[i];
+      if (i > 0 && found_->nodes[i - 1].number == node.number) continue;
+      visit(node.number, {node.data, node.sub, node.parent});
+    }
+    return;
+  }
   uint64_t left = Size() / kPageSize;
   VisitPages(nodeRoot_, -1, left, visit);
 }
@@ -225,7 +243,16 @@ bool NodeFile::TakeDamage() {
 }
 
 NodeFile::Block NodeFile::FindBlock(uint64_t id) {
-  std::string_view entry = FindEntry(blockRoot_, kBlockPages, id & ~uint64_t{1}).bytes;
+  if (found_) {
+    auto block = std::lower_bound(
+        found_->blocks.begin(), found_->blocks.end(), PlainId(id),
+        [](const Block& each, uint64_t wanted) { return PlainId(each.id) < wanted; });
+    if (block == found_->blocks.end() || PlainId(block->id) != PlainId(id)) {
+      throw ReadError("block");
+    }
+    return *block;
+  }
+  std::string_view entry = FindEntry(blockRoot_, kBlockPages, PlainId(id)).bytes;
   if (entry.empty()) throw ReadError("block");
   Block block{NumberAt(entry, 0, idSize_), NumberAt(entry, idSize_, idSize_),
               NumberAt(entry, 2 * idSize_, 2)};
@@ -238,14 +265,15 @@ NodeFile::Block NodeFile::FindBlock(uint64_t id) {
 // signature has been overwritten by another.
 std::string NodeFile::ReadRaw(const Block& block) {
   const Layout& layout = LayoutOf(isUnicode_);
-  size_t whole = (block.size + layout.trailer + kBlockUnit - 1) / kBlockUnit * kBlockUnit;
+  size_t whole = WholeSize(block.size, layout);
   std::string bytes = ReadAt(block.offset, whole);
   size_t trailer = whole - layout.trailer;
   size_t size = NumberAt(bytes, trailer, 2);
   uint64_t checksum = NumberAt(bytes, trailer + layout.trailerChecksum, 4);
   uint64_t id = NumberAt(bytes, trailer + layout.trailerId, idSize_);
-  bool isOther = ((id ^ block.id) & ~uint64_t{1}) != 0;
-  if (isOther && NumberAt(bytes, trailer + 2, 2) != SignatureOf(block)) throw ReadError("block");
+  bool isOther = PlainId(id) != PlainId(block.id);
+  if (isOther && NumberAt(bytes, trailer + 2, 2) != SignatureOf(block.offset, block.id))
+    throw ReadError("block");
   bytes.resize(block.size);
   if (size != block.size || Checksum(bytes) != checksum) isDamaged_ = true;
   return bytes;

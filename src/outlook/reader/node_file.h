@@ -20,6 +20,8 @@
 #include <string_view>
 #include <vector>
 
+#include "outlook/reader/layout.h"
+#include "outlook/reader/store_scan.h"
 #include "platform/files.h"
 
 namespace tarnwick::outlook::reader {
@@ -41,14 +43,16 @@ class NodeFile {
     uint64_t data = 0;
     uint64_t sub = 0;
   };
-  struct Block {
-    uint64_t id = 0;
-    uint64_t offset = 0;
-    size_t size = 0;
-  };
+  using Block = BlockPlace;
 
   // Throws ReadError for a file that is no store, OtherVariant for one of a variant not read here.
   explicit NodeFile(platform::InputFile& file);
+  // Of what a scan has found, in place of the file's own trees. A number that several pages give to
+  // different nodes is that of the newest one that is there.
+  NodeFile(platform::InputFile& file, FoundStore found);
+  // More nodes. REQUIRES: a file of what was found; their numbers are higher than all others.
+  void AddFound(const std::vector<FoundNode>& nodes);
+  const FoundStore& Found() const { return *found_; }
 
   uint64_t Size() const { return file_.Size(); }
   // What a block holds at most.
@@ -102,6 +106,9 @@ class NodeFile {
                   const std::function<void(uint32_t, const Node&)>& visit);
   PageRef PageRefIn(std::string_view bytes, size_t offset) const;
   Node NodeOf(std::string_view entry) const;
+  std::optional<Node> FindFound(uint32_t number);
+  // Whether all blocks of the data are there, and the list of the nodes that belong to it.
+  bool HasBlocks(uint64_t data, uint64_t sub);
   Block FindBlock(uint64_t id);
   std::string ReadRaw(const Block& block);
   void AppendBlocks(const std::string& list, int level, std::vector<Block>& blocks,
@@ -112,6 +119,7 @@ class NodeFile {
   size_t ListHead() const { return isUnicode_ ? 8 : 4; }
 
   platform::InputFile& file_;
+  std::optional<FoundStore> found_;
   bool isUnicode_ = true;
   size_t idSize_ = 8;
   uint8_t cipher_ = 0;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "outlook/mapi.h"
 #include "outlook/pst_protocol.h"
@@ -13,14 +14,11 @@ namespace tarnwick::outlook::reader {
 
 namespace {
 
-// Nodes that each store has, and the kinds that the low bits of a node's number tell.
+// Nodes that each store has, and kinds of nodes.
 constexpr uint32_t kStoreNode = 0x21;
 constexpr uint32_t kRootNode = 0x122;
 constexpr uint32_t kRecipientsNode = 0x692;
 constexpr uint32_t kAttachmentsNode = 0x671;
-constexpr uint32_t kKindMask = 0x1F;
-constexpr uint32_t kFolderKind = 0x02;
-constexpr uint32_t kMessageKind = 0x04;
 constexpr uint32_t kAttachmentKind = 0x05;
 constexpr uint32_t kFoldersTable = 0x0D;   // a folder's list of the folders in it,
 constexpr uint32_t kContentsTable = 0x0E;  // and of its items
@@ -54,33 +52,11 @@ void SendProperties(Heap& heap, const std::vector<Prop>& wanted, Answer& answer)
   });
 }
 
-std::optional<Field> FindProperty(Heap& heap, Prop property) {
-  std::optional<Field> found;
-  ForEachProperty(heap, [&](const Field& field) {
-    if (field.number == static_cast<uint16_t>(property)) found = field;
-  });
-  return found;
-}
-
 // How an attachment is kept; 0 where it does not say.
 int64_t MethodOf(Heap& attachment) {
   auto method = FindProperty(attachment, Prop::kAttachMethod);
   if (!method || method->type != PropType::kInt32) return 0;
   return static_cast<int64_t>(NumberAt(method->value, 0, 4));
-}
-
-// A short value's bytes; "" when it can't be read.
-std::string ShortValue(Heap& heap, const Field& field) {
-  constexpr size_t kMaxShort = 4096;
-  std::string bytes;
-  try {
-    StreamField(
-        heap, field, [](uint64_t) {},
-        [&](std::string_view piece) { bytes += piece.substr(0, kMaxShort - bytes.size()); });
-  } catch (const ReadError&) {
-    bytes.clear();
-  }
-  return bytes;
 }
 
 }  // namespace
@@ -89,6 +65,8 @@ NodeStore::NodeStore(platform::InputFile& file) : file_(file) {
   auto root = file_.FindNode(kRootNode);
   if (!root || !file_.FindNode(kStoreNode)) throw ReadError("its index is damaged");
 }
+
+NodeStore::NodeStore(platform::InputFile& file, FoundStore found) : file_(file, std::move(found)) {}
 
 void NodeStore::DescribeStore(Answer& answer) {
   // Where the store does not say which folder is its top, everything below the root is shown.
@@ -353,7 +331,7 @@ void NodeStore::SendBytes(Heap& attachment, Answer& answer) {
     throw ReadError("attachment");
   }
   answer.Frame(frame::kBytes, {});  // an empty one is read, too
-  auto begin = [](uint64_t) {};
+  auto begin = [&](uint64_t size) { answer.Expect(size); };
   auto piece = [&](std::string_view bytes) { answer.Frame(frame::kBytes, bytes); };
   if (data->type != kObject) return StreamField(attachment, *data, begin, piece);
   // Something another program made: its bytes are a node of their own.

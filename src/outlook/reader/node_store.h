@@ -18,10 +18,17 @@
 
 namespace tarnwick::outlook::reader {
 
+// The kinds of nodes, as the low bits of their numbers tell them.
+inline constexpr uint32_t kKindMask = 0x1F;
+inline constexpr uint32_t kFolderKind = 0x02;
+inline constexpr uint32_t kMessageKind = 0x04;
+
 class NodeStore : public StoreFile {
  public:
   // Throws ReadError for a file whose store or top folder is not found this way.
   explicit NodeStore(platform::InputFile& file);
+  // What a scan has found of one; it may lack anything.
+  NodeStore(platform::InputFile& file, FoundStore found);
 
   void DescribeStore(Answer& answer) override;
   void DescribeFolder(uint32_t node, Answer& answer) override;
@@ -29,6 +36,9 @@ class NodeStore : public StoreFile {
   void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
                         Answer& answer) override;
   void SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) override;
+
+ protected:
+  NodeFile& File() { return file_; }
 
  private:
   struct Message {

@@ -46,6 +46,8 @@ class StoreFile {
                                 Answer& answer) = 0;
   virtual void SendAttachment(const ItemPlace& place, const AttachmentPath& path,
                               Answer& answer) = 0;
+  // The items that a search without the index finds; none where there was no such search.
+  virtual void DescribeLost(Answer& answer) { (void)answer; }
 };
 
 // The file, by whichever of the two ways can read it: ours (node_store.h), which goes straight to
@@ -53,6 +55,10 @@ class StoreFile {
 // more variants but takes time and memory in proportion to the whole store before its first answer.
 // The file has to outlive the store.
 std::unique_ptr<StoreFile> OpenStore(platform::InputFile& file);
+
+// The same file by what is found in it without its index (lost_store.h). Progress is told in
+// answer.
+std::unique_ptr<StoreFile> OpenLostStore(platform::InputFile& file, Answer& answer);
 
 // The library's way alone; throws ReadError also where the program was built without it. isDamaged:
 // the file is one that should not need the library; what the library makes of it is told as

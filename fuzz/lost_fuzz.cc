@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// The search of an Outlook store for lost items. The input is a list of changes to a worn store,
+// its first byte the kind: bit 0 chooses the variant, bit 1 takes the head off, bit 2 has the
+// checksums of what was changed set right again. Each four bytes behind it are a place and a byte
+// to stand there. Everything that is found is described; no answer may outgrow what the file can
+// hold, and where checksums were left alone no item may bear the marks of two.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "outlook/pst_protocol.h"
+#include "outlook/reader/checksum.h"
+#include "outlook/reader/lost_store.h"
+#include "samples/worn_outlook.h"
+
+namespace {
+
+using tarnwick::outlook::TakeNumber;
+namespace frame = tarnwick::outlook::frame;
+namespace reader = tarnwick::outlook::reader;
+
+const std::string& SoundStore(bool isUnicode) {
+  auto build = [](bool wide) {
+    tarnwick::samples::WornOutlook store(wide, 24);
+    store.DeleteEvery(3);
+    store.Finish();
+    return store.Bytes();
+  };
+  static const std::string kWide = build(true);
+  static const std::string kNarrow = build(false);
+  return isUnicode ? kWide : kNarrow;
+}
+
+void PutAt(std::string& bytes, size_t at, uint32_t value) {
+  for (int i = 0; i < 4; ++i) bytes[at++] = static_cast<char>(value >> (8 * i));
+}
+
+// Of the page or block that the place is in, whichever end comes first.
+void SetChecksumRight(std::string& bytes, size_t place, bool isUnicode) {
+  const reader::Layout& layout = reader::LayoutOf(isUnicode);
+  for (size_t end = place / 64 * 64 + 64; end <= bytes.size(); end += 64) {
+    size_t trailer = end - layout.trailer;
+    size_t size = TakeNumber(bytes, trailer, 2);
+    bool isPage = size == 0x8181 && end % reader::kPageSize == 0;
+    if (isPage) size = reader::kPageSize - layout.trailer;
+    size_t whole = reader::WholeSize(size, layout);
+    if (size == 0 || size > reader::kBlockSlot - layout.trailer || whole > end) continue;
+    auto id = static_cast<uint64_t>(TakeNumber(bytes, trailer + layout.trailerId));
+    if (TakeNumber(bytes, trailer + 2, 2) != reader::SignatureOf(end - whole, id)) continue;
+    std::string_view all = bytes;
+    PutAt(bytes, trailer + layout.trailerChecksum, reader::Checksum(all.substr(end - whole, size)));
+    return;
+  }
+}
+
+std::string Changed(std::string_view changes) {
+  const auto kind = static_cast<unsigned char>(changes[0]);
+  bool isUnicode = kind % 2 == 0;
+  std::string bytes = SoundStore(isUnicode);
+  for (size_t i = 1; i + 4 <= changes.size(); i += 4) {
+    constexpr size_t kBegin = 0x4400;
+    size_t place = kBegin + TakeNumber(changes, i, 3) % (bytes.size() - kBegin);
+    bytes[place] = changes[i + 3];
+    if ((kind & 4) != 0) SetChecksumRight(bytes, place, isUnicode);
+  }
+  if ((kind & 2) != 0) bytes.replace(0, 1024, 1024, '\0');
+  return bytes;
+}
+
+class Walk {
+ public:
+  Walk(reader::StoreFile& store, size_t size, bool isTrue)
+      : store_(store), limit_(64 * size + (1 << 20)), isTrue_(isTrue) {}
+
+  void Run() {
+    std::string found = Ask([&](reader::Answer& answer) { store_.DescribeLost(answer); });
+    Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
+    for (size_t at = 0; at < found.size();) {
+      size_t length = TakeNumber(found, at + 1);
+      size_t begin = at + tarnwick::outlook::kFrameHeader;
+      for (size_t i = 0; found[at] == frame::kFoundItems && i < length;
+           i += tarnwick::outlook::kFoundItem) {
+        if (++items_ <= 100) Item(TakeNumber(found, begin + i + 4), TakeNumber(found, begin + i));
+      }
+      at = begin + length;
+    }
+  }
+
+ private:
+  template <typename Request>
+  std::string Ask(Request request) {
+    std::string frames;
+    reader::Answer answer([&](std::string_view bytes) {
+      frames += bytes;
+      if (frames.size() > limit_) std::abort();
+    });
+    try {
+      request(answer);
+    } catch (const reader::ReadError&) {
+    }
+    answer.Flush();
+    return frames;
+  }
+
+  void Item(uint32_t folder, uint32_t node) {
+    reader::ItemPlace place{folder, 0, node};
+    Ask([&](reader::Answer& answer) { store_.DescribeFolder(folder, answer); });
+    std::string said =
+        Ask([&](reader::Answer& answer) { store_.DescribeItem(place, true, answer); });
+    Ask([&](reader::Answer& answer) { store_.DescribeEmbedded(place, {0}, answer); });
+    // Wide texts become plain ones.
+    std::erase(said, '\0');
+    if (isTrue_ && tarnwick::samples::JudgeWorn(said) == tarnwick::samples::WornPart::kMixed) {
+      std::abort();
+    }
+  }
+
+  reader::StoreFile& store_;
+  size_t limit_;
+  bool isTrue_;
+  int items_ = 0;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size == 0) return 0;
+  std::string bytes = Changed({reinterpret_cast<const char*>(data), size});
+  static const int kFile = memfd_create("store", MFD_CLOEXEC);
+  if (ftruncate(kFile, 0) != 0) std::abort();
+  if (pwrite(kFile, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+    std::abort();
+  }
+  tarnwick::platform::InputFile file("/proc/self/fd/" + std::to_string(kFile));
+  try {
+    reader::LostStore store(file, [](int) {});
+    Walk(store, bytes.size(), (data[0] & 4) == 0).Run();
+  } catch (const reader::ReadError&) {
+    // Nothing is left of it.
+  }
+  return 0;
+}
