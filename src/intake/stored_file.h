@@ -8,12 +8,14 @@
 #include <cstdint>
 #include <string>
 
+#include "intake/raw_message.h"
+
 namespace tarnwick::intake {
 
 // The length of the file of the message with this key, in bytes; -1 for none.
 int64_t StoredFileLength(const std::string& key);
 
-// Whether a message with this key was stored from a file of just these bytes.
-bool IsStoredFile(const std::string& key, const std::string& messageFile);
+// Whether a message with this key was stored from just these bytes.
+bool IsStoredFile(const std::string& key, const RawMessage& raw);
 
 }  // namespace tarnwick::intake
