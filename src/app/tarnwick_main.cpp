@@ -15,6 +15,7 @@
 #include "core/startup.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
+#include "platform/ahead.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
@@ -84,6 +85,7 @@ int main(int argc, char** argv) {
   tarnwick::app::QtUserInterface ui;
   ui.SetUnattended(!picture.isEmpty());
   tarnwick::core::State().Ui = &ui;
+  tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
   Start start = OpenAtStart();
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);
