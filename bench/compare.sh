@@ -7,9 +7,10 @@
 # Express store, COPIES times over (each copy with Message-IDs of its own; default 4). Each of RUNS
 # rounds (default 5) times "tarnwick-cli load" on the store, and "mu index", "notmuch new" and
 # "cp -r" on the maildir, each from scratch. Printed are medians: messages a second, the ratio to
-# ours, and the peak memory of the load.
+# ours, and the peak memory of the load. BEFORE=FILE names another tarnwick-cli, beside the one that
+# is built, for the same load; "one thread" is ours on one processor.
 set -euo pipefail
-[ $# -ge 1 ] || { sed -n '2,10p' "$0"; exit 2; }
+[ $# -ge 1 ] || { sed -n '2,12p' "$0"; exit 2; }
 mail=$(realpath "$1")
 copies=${2:-4}
 runs=${3:-5}
@@ -36,17 +37,26 @@ timed() { # NAME COMMAND...
   end=$(now)
   echo "$begin $end" | awk '{ printf "%.4f\n", $2 - $1 }' >>"$work/$name.times"
 }
-ours() {
-  /usr/bin/time -o "$work/memory" -a -f %M \
-    "$bin/tarnwick-cli" --home "$work/home" --profile "$work/profile" load --accept all
+load() { # NAME COMMAND...
+  local name=$1
+  shift
+  rm -rf "$work/home"
+  # What is made once in a program's life is not part of the load.
+  "$bin/tarnwick-cli" --home "$work/home" list >/dev/null
+  timed "$name" /usr/bin/time -o "$work/$name.cost" -a -f '%M %U %S' \
+    "$@" --home "$work/home" --profile "$work/profile" load --accept all
 }
 mu_index() { mu index --quiet; }
 
+loads=(tarnwick one-thread)
 for ((run = 1; run <= runs; run++)); do
-  rm -rf "$work/home" "$work/cache" "$work/copy" "$work/maildir/.notmuch"
-  # What is made once in a program's life is not part of the load.
-  "$bin/tarnwick-cli" --home "$work/home" list >/dev/null
-  timed tarnwick ours
+  rm -rf "$work/cache" "$work/copy" "$work/maildir/.notmuch"
+  if [ -n "${BEFORE:-}" ]; then
+    loads=(tarnwick one-thread before)
+    load before "$BEFORE"
+  fi
+  load one-thread taskset -c 0 "$bin/tarnwick-cli"
+  load tarnwick "$bin/tarnwick-cli"
   mu init --quiet --maildir="$work/maildir" >/dev/null
   timed mu mu_index
   printf '[database]\npath=%s\n[user]\nname=a\nprimary_email=a@example.org\n' "$work/maildir" >"$NOTMUCH_CONFIG"
@@ -59,8 +69,13 @@ median() { sort -n "$1" | awk '{ v[NR] = $1 } END { print NR % 2 ? v[(NR + 1) / 
 base=$(median "$work/tarnwick.times")
 echo "$count messages, medians of $runs runs"
 printf '%-14s %10s %14s %s\n' program seconds messages/s 'load is faster by'
-for name in tarnwick mu notmuch cp; do
+for name in "${loads[@]}" mu notmuch cp; do
   echo "$name $(median "$work/$name.times") $count $base" |
     awk '{ printf "%-14s %10.3f %14.0f %.2f\n", $1, $2, $3 / $2, $2 / $4 }'
 done
-echo "peak memory of the load: $(median "$work/memory") kB; repository: $(du -k "$work/home/Tarnwick.twr" | cut -f1) kB; mail: $(du -k --apparent-size -s "$work/maildir/cur" | cut -f1) kB"
+for name in "${loads[@]}"; do
+  awk '{ print $1 }' "$work/$name.cost" >"$work/memory"
+  awk '{ print $2 + $3 }' "$work/$name.cost" >"$work/processor"
+  echo "$name: $(median "$work/processor") s of processor, peak memory $(median "$work/memory") kB"
+done
+echo "repository: $(du -k "$work/home/Tarnwick.twr" | cut -f1) kB; mail: $(du -k --apparent-size -s "$work/maildir/cur" | cut -f1) kB"

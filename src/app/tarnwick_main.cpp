@@ -16,6 +16,7 @@
 #include "desktop_keyring.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
+#include "platform/ahead.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
@@ -88,6 +89,7 @@ int main(int argc, char** argv) {
   tarnwick::core::State().Ui = &ui;
   tarnwick::app::DesktopKeyring keyring;
   tarnwick::repository::SetKeyring(&keyring);
+  tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
   Start start = OpenAtStart();
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);

@@ -26,6 +26,37 @@ ErrorsHeld*& Holder() {
   return holder;
 }
 
+// The event log while a load writes it, and the last date line.
+struct LoadLog {
+  explicit LoadLog(const std::string& path) : file(path) {}
+  platform::AppendedFile file;
+  DateTime second;
+  std::string dateText;
+};
+
+std::optional<LoadLog>& LogOfLoad() {
+  static std::optional<LoadLog> log;
+  return log;
+}
+
+// Made once for the entries of a second.
+std::string LogTime() {
+  DateTime now = platform::Now();
+  std::optional<LoadLog>& log = LogOfLoad();
+  if (!log) return platform::FormatDate(now, "General Date");
+  if (log->dateText.empty() || log->second != now) {
+    log->dateText = platform::FormatDate(now, "General Date");
+    log->second = now;
+  }
+  return log->dateText;
+}
+
+// The work that the thread does ahead.
+AheadOfTurn*& Ahead() {
+  thread_local AheadOfTurn* ahead = nullptr;
+  return ahead;
+}
+
 void CommitFirst() {
   if (BeforeQuestion() != nullptr) BeforeQuestion()();
 }
@@ -46,22 +77,40 @@ void ShowBox(BoxIcon icon, std::string_view kind, const std::string& text) {
 
 }  // namespace
 
+AheadOfTurn::AheadOfTurn() {
+  assert(Ahead() == nullptr);
+  Ahead() = this;
+}
+
+AheadOfTurn::~AheadOfTurn() {
+  Ahead() = nullptr;
+}
+
+bool AheadOfTurn::IsTooEarly() {
+  if (Ahead() == nullptr) return false;
+  Ahead()->mustWait_ = true;
+  return true;
+}
+
 void SetBeforeQuestion(void (*hook)()) {
   BeforeQuestion() = hook;
 }
 
 void ShowMessage(const std::string& text) {
+  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui == nullptr) return;
   CommitFirst();
   State().Ui->ShowBox(BoxIcon::kInformation, text, false);
 }
 
 void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
+  if (AheadOfTurn::IsTooEarly()) return;
   LogProgress(text);
   ShowBox(BoxIcon::kInformation, kind, text);
 }
 
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
+  if (AheadOfTurn::IsTooEarly()) return;
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
   State().LastReportedError = text;
@@ -83,24 +132,28 @@ ErrorsHeld::~ErrorsHeld() {
 }
 
 bool AskYesNo(const std::string& text) {
+  if (AheadOfTurn::IsTooEarly()) return false;
   if (State().Ui == nullptr) return false;
   CommitFirst();
   return State().Ui->AskYesNo(text);
 }
 
 bool AskBeforeLoss(const std::string& text, const std::string& loss) {
+  if (AheadOfTurn::IsTooEarly()) return false;
   if (State().Ui == nullptr) return false;
   CommitFirst();
   return State().Ui->AskBeforeLoss(text, loss);
 }
 
 RepeatedAnswer AskYesNoAll(const std::string& text) {
+  if (AheadOfTurn::IsTooEarly()) return RepeatedAnswer::kNo;
   if (State().Ui == nullptr) return RepeatedAnswer::kNo;
   CommitFirst();
   return State().Ui->AskYesNoAll(text);
 }
 
 std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) {
+  if (AheadOfTurn::IsTooEarly()) return std::nullopt;
   if (State().Ui == nullptr) return std::nullopt;
   CommitFirst();
   return State().Ui->AskPassword(file, attempt);
@@ -112,7 +165,8 @@ void ReportUnknownFormat(const std::string& fileName) {
 }
 
 void WriteLog(std::string_view text) {
-  std::string entry = platform::FormatDate(platform::Now(), "General Date");
+  if (AheadOfTurn::IsTooEarly()) return;
+  std::string entry = LogTime();
   entry += "\r\n";
   for (size_t end = 0; end != std::string_view::npos;) {
     end = text.find("\r\n");
@@ -120,10 +174,21 @@ void WriteLog(std::string_view text) {
     if (end != std::string_view::npos) text.remove_prefix(end + 2);
   }
   entry += "\r\n";
-  platform::AppendToFile(State().LogFile, entry);
+  if (!State().LoadIsRunning) {
+    platform::AppendToFile(State().LogFile, entry);
+    return;
+  }
+  std::optional<LoadLog>& log = LogOfLoad();
+  if (!log || log->file.Path() != State().LogFile) log.emplace(State().LogFile);
+  log->file.Append(entry);
+}
+
+void CloseLog() {
+  LogOfLoad().reset();
 }
 
 void LogProgress(std::string_view text) {
+  if (AheadOfTurn::IsTooEarly()) return;
   if (State().LogEvents) WriteLog(text);
 }
 
@@ -132,10 +197,12 @@ std::string LoggedMailText(const std::string& text) {
 }
 
 void SetStatus(int panel, const std::string& text) {
+  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui != nullptr) State().Ui->SetStatus(static_cast<StatusPanel>(panel), text);
 }
 
 void YieldEvents() {
+  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui != nullptr) State().Ui->YieldEvents();
 }
 
@@ -160,6 +227,7 @@ bool IsDiskFull(const Error& error) {
 
 void ReportCurrentException(std::string_view routine, Report report, std::string_view detail) {
   assert(std::current_exception() != nullptr);
+  if (AheadOfTurn::IsTooEarly()) return;
   Error error = CurrentError();
   RunState& state = State();
   if (state.LoadIsRunning && IsDiskFull(error)) {

@@ -77,9 +77,10 @@ void ReportUnknownFormat(const std::string& fileName);
 // One entry at the end of LogFile: the date line, the text, an empty line, each ended by CR LF. The
 // text may have lines of its own, ended by CR LF; whatever comes from mail, a store or a file name
 // goes in through OneLogLine, or it could look like an entry.
-// The file is opened and closed for each, so an entry is with the system before the next
-// statement runs. A log that can't be written loses the entry.
+// An entry is with the system before the next statement runs, and so outlives the program; during a
+// load the file stays open between two. A log that can't be written loses the entry.
 void WriteLog(std::string_view text);
+void CloseLog();  // at the end of a load
 // The same when LogEvents is on.
 void LogProgress(std::string_view text);
 
@@ -89,6 +90,25 @@ std::string LoggedMailText(const std::string& text);
 
 void SetStatus(int panel, const std::string& text);  // the StatusPanel's number
 void YieldEvents();
+
+// While it lives, its thread works ahead: what the work would tell, ask or leave behind has its
+// turn later. Nothing of this header does anything on the thread then but note that there was
+// something; such work is thrown away, and done once more in its turn.
+class AheadOfTurn {
+ public:
+  AheadOfTurn();
+  ~AheadOfTurn();
+  AheadOfTurn(const AheadOfTurn&) = delete;
+  AheadOfTurn& operator=(const AheadOfTurn&) = delete;
+
+  bool MustWait() const { return mustWait_; }
+  // For whoever is about to tell, ask or leave something behind: true where it may not, which is
+  // noted.
+  static bool IsTooEarly();
+
+ private:
+  bool mustWait_ = false;
+};
 
 // Run before every question, so that no answer is waited for with writes uncommitted.
 void SetBeforeQuestion(void (*hook)());

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "core/run_state.h"
 
+#include "core/messages.h"
+
 namespace tarnwick::core {
 
 RunState& State() {
@@ -10,6 +12,7 @@ RunState& State() {
 }
 
 void ResetState() {
+  CloseLog();
   UserInterface* ui = State().Ui;
   State() = RunState();
   State().Ui = ui;
@@ -30,6 +33,7 @@ void BeginLoadState() {
 }
 
 void EndLoadState() {
+  CloseLog();
   RunState& state = State();
   state.LoadIsRunning = false;
   state.RepeatedBoxes.clear();

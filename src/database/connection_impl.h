@@ -53,6 +53,11 @@ struct Program {
   std::shared_ptr<Insert> copy;   // whole rows from file to file: written when both are open
   std::string rewrites;           // a table that it empties or gives rows with keys of its choice
   std::vector<FieldInfo> fields;  // once all or row is prepared
+  // What AddNew's last row was added with, and which of the fields it sets.
+  struct Insertion {
+    std::vector<bool> isSet;
+    std::shared_ptr<Statement> statement;
+  } insertion;
   // plan.columnCache
   PreparedSql cacheReferences;
   PreparedSql cacheDetails;

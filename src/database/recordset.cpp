@@ -115,6 +115,14 @@ void Recordset::SetField(std::string_view name, Value value) {
   impl_->SetField(name, std::move(value));
 }
 
+void Recordset::SetPacked(std::string_view name, Value value, std::string packed) {
+  impl_->SetPacked(name, std::move(value), std::move(packed));
+}
+
+void Recordset::SetTrigrams(std::vector<uint32_t> trigrams) {
+  impl_->SetTrigrams(std::move(trigrams));
+}
+
 void Recordset::Update() {
   impl_->Update();
 }

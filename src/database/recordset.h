@@ -91,6 +91,10 @@ class Recordset {
   // SetField or Update that fails: the next row begins empty, and the current row is as before.
   void AddNew();
   void SetField(std::string_view name, Value value);
+  // The same with what PackAhead made of the value, and TrigramsAhead of the texts that AddNew's
+  // row is given (ahead.h). REQUIRES: it was made of these.
+  void SetPacked(std::string_view name, Value value, std::string packed);
+  void SetTrigrams(std::vector<uint32_t> trigrams);
   void Update();
   void CancelUpdate();
   void Delete();  // the current row

@@ -35,8 +35,7 @@ void Recordset::Impl::RequireUpdatable() {
 void Recordset::Impl::AddNew() {
   FinishEdit();
   RequireUpdatable();
-  edited_.assign(Fields().size(), std::nullopt);
-  edit_ = Edit::kAdd;
+  BeginEdit(Edit::kAdd);
 }
 
 void Recordset::Impl::SetField(std::string_view name, Value value) {
@@ -48,11 +47,27 @@ void Recordset::Impl::SetField(std::string_view name, Value value) {
   }
   if (edit_ == Edit::kNone) {
     if (!CurrentKey()) NoCurrentRow();
-    edited_.assign(Fields().size(), std::nullopt);
-    edit_ = Edit::kChange;
+    BeginEdit(Edit::kChange);
   }
   edited_[field] = std::move(value);
+  packed_[field].reset();
   drop.Keep();
+}
+
+void Recordset::Impl::SetPacked(std::string_view name, Value value, std::string packed) {
+  SetField(name, std::move(value));
+  packed_[FieldIndex(name)] = std::move(packed);
+}
+
+void Recordset::Impl::SetTrigrams(std::vector<uint32_t> trigrams) {
+  trigrams_ = std::move(trigrams);
+}
+
+void Recordset::Impl::BeginEdit(Edit edit) {
+  edited_.assign(Fields().size(), std::nullopt);
+  packed_.assign(Fields().size(), std::nullopt);
+  trigrams_.reset();
+  edit_ = edit;
 }
 
 void Recordset::Impl::Update() {
@@ -65,34 +80,50 @@ void Recordset::Impl::Update() {
   }
 }
 
-// Gives what must last until the statement has run.
-std::vector<std::string> Recordset::Impl::BindEdited(Statement& statement, int parameter) {
+// What is bound lasts until the edit ends.
+void Recordset::Impl::BindEdited(Statement& statement, int parameter) {
   const std::vector<FieldInfo>& fields = Fields();
-  std::vector<std::string> packed(fields.size());
   for (size_t i = 0; i < fields.size(); i++) {
-    if (!edited_[i]) continue;
-    statement.BindStored(++parameter, *edited_[i], fields[i].kind, packed[i]);
+    if (edited_[i]) statement.BindStored(++parameter, *edited_[i], fields[i].kind, packed_[i]);
   }
-  return packed;
 }
 
-void Recordset::Impl::InsertRow() {
+// The statement that adds a row with the fields that were set. Rows of one kind come one after the
+// other: the last one's is kept with the program.
+Statement& Recordset::Impl::Insertion() {
   const std::vector<FieldInfo>& fields = Fields();
+  Program::Insertion& last = program_->insertion;
+  bool isSame = last.statement != nullptr;
+  for (size_t i = 0; i < fields.size() && isSame; i++) {
+    isSame = last.isSet[i] == edited_[i].has_value();
+  }
+  if (isSame) return *last.statement;
   std::string columns;
   std::string values;
   int parameters = 0;
+  last.statement.reset();
+  last.isSet.assign(fields.size(), false);
   for (size_t i = 0; i < fields.size(); i++) {
     if (!edited_[i]) continue;
-    if (fields[i].isKey) connection_->BeforeRewriting(program_->plan.base);
+    last.isSet[i] = true;
     columns += (parameters == 0 ? "" : ", ") + QuotedName(fields[i].column);
     values += (parameters == 0 ? "?" : ", ?") + std::to_string(parameters + 1);
     parameters++;
   }
   std::string sql = "INSERT INTO main." + QuotedName(program_->plan.base);
   sql += parameters == 0 ? " DEFAULT VALUES" : " (" + columns + ") VALUES (" + values + ")";
-  std::shared_ptr<Statement> insert = connection_->session.Own(sql);
-  std::vector<std::string> packed = BindEdited(*insert, 0);
-  connection_->session.RunWrite(*insert);
+  last.statement = connection_->session.Own(sql);
+  return *last.statement;
+}
+
+void Recordset::Impl::InsertRow() {
+  const std::vector<FieldInfo>& fields = Fields();
+  for (size_t i = 0; i < fields.size(); i++) {
+    if (edited_[i] && fields[i].isKey) connection_->BeforeRewriting(program_->plan.base);
+  }
+  Statement& insert = Insertion();
+  BindEdited(insert, 0);
+  connection_->session.RunWrite(insert);
   key_ = connection_->session.Engine().LastRowId();
   HandToIndex();
   deleted_ = false;
@@ -106,6 +137,7 @@ void Recordset::Impl::InsertRow() {
 void Recordset::Impl::HandToIndex() {
   TextIndex* index = connection_->Index();
   if (index == nullptr || !index->IsNext(program_->plan.base, key_)) return;
+  if (trigrams_) return index->HandOver(key_, *trigrams_);
   const std::vector<FieldInfo>& fields = Fields();
   std::vector<std::string_view> texts;
   for (const std::string& column : index->Columns()) {
@@ -133,7 +165,7 @@ void Recordset::Impl::ChangeRow() {
   sql += " WHERE _rowid_ = ?1";
   std::shared_ptr<Statement> update = connection_->session.Own(sql);
   update->Bind(1, *key);
-  std::vector<std::string> packed = BindEdited(*update, 1);
+  BindEdited(*update, 1);
   bool known = place_ == Place::kKey && seenVersion_ == connection_->session.Version();
   if (connection_->session.RunWrite(*update) == 0) NoCurrentRow();
   if (known) seenVersion_ = connection_->session.Version();
@@ -147,6 +179,7 @@ void Recordset::Impl::CancelUpdate() {
 void Recordset::Impl::DropEdit() noexcept {
   edit_ = Edit::kNone;
   edited_.clear();
+  packed_.clear();
 }
 
 void Recordset::Impl::Delete() {

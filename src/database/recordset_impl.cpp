@@ -416,6 +416,9 @@ bool Recordset::Impl::HasField(std::string_view name) {
 size_t Recordset::Impl::FieldIndex(std::string_view name) {
   const std::vector<FieldInfo>& fields = Fields();
   for (size_t i = 0; i < fields.size(); i++) {
+    if (fields[i].name == name) return i;
+  }
+  for (size_t i = 0; i < fields.size(); i++) {
     if (platform::SameWord(fields[i].name, name)) return i;
   }
   throw Error(ErrorNumber::kNoSuchItem,

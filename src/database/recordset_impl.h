@@ -68,6 +68,8 @@ class Recordset::Impl final : public ConnectionUser {
 
   void AddNew();
   void SetField(std::string_view name, Value value);
+  void SetPacked(std::string_view name, Value value, std::string packed);
+  void SetTrigrams(std::vector<uint32_t> trigrams);
   void Update();
   void CancelUpdate();
   void Delete();
@@ -112,10 +114,12 @@ class Recordset::Impl final : public ConnectionUser {
   void FindInTable(const FindCriteria& criteria, ColumnKind kind);
   void FindInRows(const FindCriteria& criteria);
   void RequireUpdatable();
-  std::vector<std::string> BindEdited(Statement& statement, int parameter);
+  void BindEdited(Statement& statement, int parameter);
+  Statement& Insertion();
   void InsertRow();
   void HandToIndex();
   void ChangeRow();
+  void BeginEdit(Edit edit);
   void DropEdit() noexcept;
 
   Connection::Impl* connection_ = nullptr;
@@ -139,7 +143,10 @@ class Recordset::Impl final : public ConnectionUser {
   bool deleted_ = false;
 
   Edit edit_ = Edit::kNone;
-  std::vector<std::optional<Value>> edited_;  // by field
+  // By field: what was set, and how it is stored, once that is known.
+  std::vector<std::optional<Value>> edited_;
+  std::vector<std::optional<std::string>> packed_;
+  std::optional<std::vector<uint32_t>> trigrams_;  // of the row to be added
 
   CachedRow wide_;  // the last row read, whatever its size
   std::vector<CachedRow> narrow_;

@@ -3,6 +3,7 @@
 #include "intake/attachment_file.h"
 
 #include "core/guard.h"
+#include "core/messages.h"
 #include "core/run_state.h"
 #include "platform/files.h"
 
@@ -12,6 +13,7 @@ std::string MakeAttachFile(const std::string& declaredName, std::string_view byt
   return core::Guarded(
       "MakeAttachFile", std::string(),
       [&] {
+        if (core::AheadOfTurn::IsTooEarly()) return std::string();
         const std::string& folder = core::State().EmailFileFolder;
         if (folder.empty()) return std::string();
         std::string name = platform::SafeFileName(declaredName);

@@ -9,11 +9,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
-#include "intake/header_block.h"
 #include "intake/late_state.h"
-#include "intake/line_cursor.h"
-#include "intake/message_draft.h"
-#include "intake/mime_body.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "intake/stored_file.h"
@@ -127,82 +123,65 @@ std::string KeyOfSubject(const KeyParts& parts) {
          std::to_string(parts.subject.size()) + "_" + parts.sent.ToKeyText();
 }
 
-// How a message is read, beside the bytes of its file.
-struct Manner {
-  const ReadingRules& rules;
-  const StoreFacts& facts;
-};
-
-// ParseMessageFile, which tells as well what a key is made of.
-bool ParseFile(const std::string& messageFile, const SourceDescriptor& source, const Manner& manner,
-               bool (*isFromMe)(const std::string& address), MailMessage& message,
-               KeyParts& parts) {
-  std::string key = std::move(message.MessageKey);
-  message = MailMessage();
-  LineCursor cursor(messageFile);
-  MessageDraft draft;
-  HeaderBlock headers(cursor, draft, message, manner.rules);
-  headers.Read(manner.facts);
-  if (message.IsMultipart != 0) {
-    TakeMultipartBody(cursor, draft);
-  } else {
-    obxTakeBodyWithoutContent(cursor, headers.Content(), draft);
-  }
-  FinishDraft(draft, message);
-  const MessageState& known = manner.facts.state;
-  message.State = StoredState(known.isKnown ? known : draft.state.State());
+// Fills in what the reading of a message leaves open: where it comes from, direction,
+// correspondent and key. False when it has neither a correspondent nor a subject.
+bool Settle(PreparedMessage& prepared, const SourceDescriptor& source,
+            bool (*isFromMe)(const std::string& address), std::string key, KeyParts& parts) {
+  MailMessage& message = prepared.message;
   message.Folder = source.folder;
   message.Parent = source.parent;
   message.Application = source.application;
   SetDirection(isFromMe, message);
   SetCorrespondent(message);
-  if (!key.empty() && headers.HasSender() && message.FromToAddress.empty() &&
+  if (!key.empty() && prepared.hasSender && message.FromToAddress.empty() &&
       message.Subject.empty()) {
     message.Subject = kNoSubject;
+    prepared.rows.reset();
   }
   if (key.empty()) {
-    parts = {
-        draft.keySubject ? draft.keySubject->Finish(draft.CharsetOfHeaders()) : message.Subject,
-        draft.keyTime.value_or(message.SentTime)};
+    parts = {prepared.keySubject.value_or(message.Subject),
+             prepared.keyTime.value_or(message.SentTime)};
     key = KeyOfSubject(parts);
   }
   message.MessageKey = std::move(key);
   return !message.FromToAddress.empty() || !message.Subject.empty();
 }
 
-// dbxParseMessage without what guards it.
-bool ParseAndStore(const std::string& messageFile, const SourceDescriptor& source,
-                   const std::string& identity, const std::string& entryKey, const Manner& manner,
-                   Ending& ending) {
+// TakeInMessage without what guards it.
+bool ParseAndStore(const RawMessage& raw, const SourceDescriptor& source,
+                   const std::string& identity, const KnownOfMessage& known, Ending& ending) {
   auto skip = [&](Outcome outcome) {
     ending.outcome = outcome;
     return false;
   };
-  if (IsEmailExist(entryKey)) {
-    FillState(entryKey, manner.facts.state);
-    return skip(OutcomeOfKnown(entryKey));
+  if (!known.isKeyNew && IsEmailExist(known.key)) {
+    FillState(known.key, known.facts.state);
+    return skip(OutcomeOfKnown(known.key));
   }
-  MailMessage message;
-  message.MessageKey = entryKey;
+  std::optional<PreparedMessage> own;
+  if (known.prepared == nullptr) own = ReadMessage(raw, known.rules, known.facts);
+  PreparedMessage& prepared = own ? *own : *known.prepared;
+  MailMessage& message = prepared.message;
   KeyParts parts;
-  if (!ParseFile(messageFile, source, manner, IsFromMe, message, parts)) {
+  if (!Settle(prepared, source, IsFromMe, known.key, parts)) {
     core::ShowRepeatedMessage("Invalid message", "Message format is invalid.");
     return false;
   }
   core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), message.Subject);
   core::YieldEvents();
-  if (entryKey.empty()) {
+  if (known.key.empty()) {
     const std::string former = FormerKeyOfSubject(parts);
     if (IsEmailExist(message.MessageKey)) {
       FillState(message.MessageKey, StateOfStored(message.State));
       return skip(OutcomeOfKnown(message.MessageKey));
     }
-    if (former != message.MessageKey && IsStoredFile(former, messageFile)) {
+    if (former != message.MessageKey && IsStoredFile(former, raw)) {
       return skip(Outcome::kAlreadyStored);
     }
   }
   if (message.Encoding.empty()) message.Encoding = "NOT";
-  dbSaveMesage(messageFile, message, source.application, 0, identity, &ending);
+  dbSaveMesage(raw, message, source.application, 0, identity, &ending,
+               prepared.rows ? &*prepared.rows : nullptr);
   return true;
 }
 
@@ -288,23 +267,32 @@ AddressPair SplitAddress(std::string_view text, bool keepsBareAddresses) {
   return pair;
 }
 
-bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
+bool ParseMessageFile(const RawMessage& raw, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
                       const ReadingRules& rules, const StoreFacts& facts) {
   KeyParts parts;
-  return ParseFile(messageFile, source, {rules, facts}, isFromMe, message, parts);
+  std::string key = std::move(message.MessageKey);
+  message = {};
+  PreparedMessage prepared = ReadMessage(raw, rules, facts);
+  bool isMessage = Settle(prepared, source, isFromMe, std::move(key), parts);
+  message = std::move(prepared.message);
+  return isMessage;
 }
 
-bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
+bool dbxParseMessage(const RawMessage& raw, const SourceDescriptor& source,
                      const std::string& identity, const std::string& entryKey, Ending* ending,
                      const ReadingRules& rules, const StoreFacts& facts) {
   Ending own;
-  Ending& told = ending != nullptr ? *ending : own;
-  told = {core::State().StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
+  return TakeInMessage(raw, source, identity, {.key = entryKey, .rules = rules, .facts = facts},
+                       ending != nullptr ? *ending : own);
+}
+
+bool TakeInMessage(const RawMessage& raw, const SourceDescriptor& source,
+                   const std::string& identity, const KnownOfMessage& known, Ending& ending) {
+  ending = {core::State().StopFlag ? Outcome::kStopped : Outcome::kUnreadable, {}};
   if (core::State().StopFlag) return false;
-  return core::Guarded("dbxParseMessage", false, [&] {
-    return ParseAndStore(messageFile, source, identity, entryKey, {rules, facts}, told);
-  });
+  return core::Guarded("dbxParseMessage", false,
+                       [&] { return ParseAndStore(raw, source, identity, known, ending); });
 }
 
 }  // namespace tarnwick::intake

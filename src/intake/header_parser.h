@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Takes in one raw Internet message that lies in a file: reads its header block line by line into a
-// MailMessage, has the body read (mime_body.h), settles direction and correspondent, and hands the
-// record to the storing step.
+// Takes in one raw Internet message: has it read into a MailMessage (prepared_message.h), settles
+// direction, correspondent and key, and hands the record to the storing step.
 #pragma once
 
 #include <string>
@@ -11,6 +10,8 @@
 
 #include "intake/mail_message.h"
 #include "intake/outcome.h"
+#include "intake/prepared_message.h"
+#include "intake/raw_message.h"
 #include "intake/reading_rules.h"
 
 namespace tarnwick::intake {
@@ -22,10 +23,21 @@ struct SourceDescriptor {
   std::string application;
 };
 
+// What the caller knows of a message beside its bytes.
+struct KnownOfMessage {
+  const std::string& key;  // its unique key, or ""
+  bool isKeyNew = false;   // it was asked for just now, and nothing is stored or ignored by it
+  const ReadingRules& rules;
+  const StoreFacts& facts;              // what its store says, for rules that ask
+  PreparedMessage* prepared = nullptr;  // read ahead by these rules; it is used up
+};
+
 // True when the message was handed to the storing step; false when it was skipped as already
-// stored, was no message, or failed. entryKey: the caller's unique key, or "". ending, where it is
-// given, tells what became of the message. times: what its store knows of it, for rules that ask.
-bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& source,
+// stored, was no message, or failed. ending tells what became of it.
+bool TakeInMessage(const RawMessage& raw, const SourceDescriptor& source,
+                   const std::string& identity, const KnownOfMessage& known, Ending& ending);
+// The same of a file, as a rule.
+bool dbxParseMessage(const RawMessage& raw, const SourceDescriptor& source,
                      const std::string& identity, const std::string& entryKey,
                      Ending* ending = nullptr, const ReadingRules& rules = kDesigned,
                      const StoreFacts& facts = {});
@@ -33,7 +45,7 @@ bool dbxParseMessage(const std::string& messageFile, const SourceDescriptor& sou
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
 // False when the message has neither a correspondent nor a subject. Throws Error for a file that
 // can't be read. isFromMe answers the own-address test.
-bool ParseMessageFile(const std::string& messageFile, const SourceDescriptor& source,
+bool ParseMessageFile(const RawMessage& raw, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
                       const ReadingRules& rules = kDesigned, const StoreFacts& facts = {});
 

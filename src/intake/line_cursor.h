@@ -10,14 +10,16 @@
 #include <string_view>
 #include <vector>
 
+#include "intake/raw_message.h"
 #include "platform/files.h"
 
 namespace tarnwick::intake {
 
 class LineCursor {
  public:
-  // Throws Error for a file that can't be read. The first line is current.
-  explicit LineCursor(const std::string& path) : reader_(path) { Next(); }
+  // Throws Error for a file that can't be read. The first line is current. The message outlives the
+  // cursor.
+  explicit LineCursor(const RawMessage& message) : reader_(LinesOf(message)) { Next(); }
 
   // False behind the last line.
   bool HasLine() const { return hasLine_; }

@@ -31,6 +31,16 @@ struct AddressPair {
   friend bool operator==(const AddressPair&, const AddressPair&) = default;
 };
 
+// Entries come into being as they are named: most messages have one or two of them.
+class AddressList : public std::vector<AddressPair> {
+ public:
+  AddressPair& operator[](size_t place) {
+    if (place >= size()) resize(place + 1);
+    return vector::operator[](place);
+  }
+  const AddressPair& operator[](size_t place) const { return at(place); }
+};
+
 struct MailMessage {
   std::string Subject;
   int16_t SubjectConverted = 0;
@@ -40,7 +50,7 @@ struct MailMessage {
   std::string TimeShift;
   std::string MessageKey;
   int16_t ToCount = 0;
-  std::vector<AddressPair> To = std::vector<AddressPair>(kMaxRecipients);  // grown for more
+  AddressList To;
   int16_t ToConverted = 0;
   std::string FromAddress;
   std::string FromName;
@@ -48,7 +58,7 @@ struct MailMessage {
   std::string FromToAddress;
   std::string FromToName;
   int16_t CcCount = 0;
-  std::vector<AddressPair> Cc = std::vector<AddressPair>(kMaxRecipients);
+  AddressList Cc;
   int16_t CcConverted = 0;
   std::string Importance;
   std::string State;  // as StoredState (message_state.h) writes it

@@ -13,15 +13,21 @@ namespace tarnwick::intake {
 namespace {
 
 Ending TakeIn(const SourceFolder& folder, SourceMessage& message) {
-  const std::string& file = core::State().TempMessageFile;
+  const RawMessage raw =
+      message.raw ? *std::move(message.raw) : RawMessage(core::State().TempMessageFile);
   SourceDescriptor descriptor = folder.Descriptor();
   Ending ending;
   bool isNew = true;
   if (message.message) {
-    dbSaveMesage(file, *message.message, descriptor.application, 0, folder.Identity(), &ending);
+    dbSaveMesage(raw, *message.message, descriptor.application, 0, folder.Identity(), &ending);
   } else {
-    isNew = dbxParseMessage(file, descriptor, folder.Identity(), message.key, &ending,
-                            folder.Rules(), message.facts);
+    isNew = TakeInMessage(raw, descriptor, folder.Identity(),
+                          {.key = message.key,
+                           .isKeyNew = message.isKeyNew,
+                           .rules = folder.Rules(),
+                           .facts = message.facts,
+                           .prepared = message.prepared.get()},
+                          ending);
   }
   if (isNew) core::State().NewMessageFlag = true;
   return ending;

@@ -7,12 +7,15 @@
 // source opens its folders and gives each to ReadFolder, which has its messages stored and counted.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "intake/header_parser.h"
 #include "intake/mail_message.h"
 #include "intake/outcome.h"
+#include "intake/prepared_message.h"
+#include "intake/raw_message.h"
 #include "intake/reading_rules.h"
 
 namespace tarnwick::intake {
@@ -26,9 +29,15 @@ struct SourceMessage {
   // What tells it from every other message, the same at every load; "" where there is no such
   // thing.
   std::string key;
+  // The source has asked for the key, and nothing is stored or ignored by it.
+  bool isKeyNew = false;
   // The record of a message that is to be taken in, as the source has made it, its key not stored
   // yet. Without one the message is what stands in TempMessageFile, and is parsed.
   std::optional<MailMessage> message;
+  // What stands in TempMessageFile, where the source has it in memory still.
+  std::optional<RawMessage> raw;
+  // The same read ahead of its turn, by the folder's rules and the facts below.
+  std::unique_ptr<PreparedMessage> prepared;
   // What its store says of it beside the text.
   StoreFacts facts;
 };

@@ -12,9 +12,6 @@
 #include "intake/sender_rules.h"
 #include "intake/thread_ids.h"
 #include "intake/unfinished.h"
-#include "platform/charset.h"
-#include "platform/files.h"
-#include "platform/html.h"
 #include "repository/repository.h"
 
 namespace tarnwick::intake {
@@ -25,37 +22,24 @@ using core::QuoteSql;
 using repository::Repository;
 using repository::RepositoryDb;
 
-// Text for a column: whatever an importer handed over, the database never holds invalid UTF-8.
-std::string Clean(const std::string& text) {
-  return platform::EnsureUtf8(text);
-}
-
-// The same for a column that is shown in a list, and lies in indexes besides: what is longer than
-// any such text was ever meant to be is cut. The stored file has all of it.
-std::string Short(const std::string& text) {
-  return std::string(platform::FirstChars(Clean(text), kMostShortText));
-}
-
-void TakeBodyFromHtml(MailMessage& message) {
-  if (message.Body.empty() || IsMarkup(message.Body)) {
-    message.Body = platform::HtmlToPlainText(Clean(message.HTMLBody));
+// Sets a text, or what it was packed to ahead.
+void SetText(jet::Recordset& email, const MessageField& field, const std::string& text,
+             PackedRows* rows) {
+  if (rows != nullptr && IsLongText(field.column)) {
+    auto packed = std::ranges::find(rows->texts, field.column, &PackedRows::Text::column);
+    email.SetPacked(field.column, WrittenText(field, text), std::move(packed->packed));
+  } else {
+    email.SetField(field.column, WrittenText(field, text));
   }
 }
 
-std::string WrittenText(const MessageField& field, const std::string& text) {
-  if (field.writing == Writing::kKey) return StoredKey(text);
-  if (IsLongText(field.column)) return Clean(text);
-  std::string written = Short(text);
-  bool isHigh = field.writing == Writing::kImportance && platform::AsciiUpper(written) == "HIGH";
-  return isHigh ? "HIGH" : written;
-}
-
-void SetField(jet::Recordset& email, const MessageField& field, const MailMessage& message) {
+void SetField(jet::Recordset& email, const MessageField& field, const MailMessage& message,
+              PackedRows* rows) {
   if (field.writing == Writing::kUserOfThisRun) {
     email.SetField(field.column, core::State().UserName);
   } else if (auto* text = std::get_if<std::string MailMessage::*>(&field.member)) {
     if (field.writing == Writing::kUnlessEmpty && (message.**text).empty()) return;
-    email.SetField(field.column, WrittenText(field, message.**text));
+    SetText(email, field, message.**text, rows);
   } else if (auto* date = std::get_if<DateTime MailMessage::*>(&field.member)) {
     email.SetField(field.column, message.**date);
   } else if (auto* count = std::get_if<int16_t MailMessage::*>(&field.member)) {
@@ -69,7 +53,7 @@ void StoreAttachmentNames(int64_t id, const MailMessage& message) {
     const std::string& name = message.Attachments[static_cast<size_t>(i)];
     if (name.empty()) continue;
     RepositoryDb().Execute("INSERT INTO Attachment (EmailID, FileName) VALUES (" +
-                           std::to_string(id) + ", '" + QuoteSql(Short(name)) + "')");
+                           std::to_string(id) + ", '" + QuoteSql(ShortText(name)) + "')");
   }
 }
 
@@ -77,31 +61,52 @@ int CountOf(int16_t count, const std::vector<AddressPair>& list) {
   return static_cast<int>(std::min<size_t>(std::max<int16_t>(count, 0), list.size()));
 }
 
-// Rows for the recipients and the contacts; gives the correspondent's contact, 0 for none.
-int64_t StoreRecipients(int64_t id, const MailMessage& message) {
+// Makes the contacts of those whom the message was exchanged with; gives the correspondent's, 0 for
+// none.
+int64_t StoreContacts(const MailMessage& message) {
+  if (message.Direction == "In") return GetContactId(message.FromName, message.FromAddress);
+  if (message.Direction != "Out") return 0;
   int64_t correspondent = 0;
-  bool isOut = message.Direction == "Out";
-  if (!isOut && message.Direction != "In") return 0;
-  if (!isOut) correspondent = GetContactId(message.FromName, message.FromAddress);
   for (int i = 0; i < CountOf(message.ToCount, message.To); ++i) {
     const AddressPair& to = message.To[static_cast<size_t>(i)];
-    if (isOut) {
-      int64_t contact = GetContactId(to.Name, to.Address);
-      if (i == 0) correspondent = contact;
-    }
-    dbSaveRecipient(id, to.Name, to.Address, Repository().ToRecordset);
+    int64_t contact = GetContactId(to.Name, to.Address);
+    if (i == 0) correspondent = contact;
   }
   for (int i = 0; i < CountOf(message.CcCount, message.Cc); ++i) {
     const AddressPair& cc = message.Cc[static_cast<size_t>(i)];
-    if (isOut) GetContactId(cc.Name, cc.Address);
-    dbSaveRecipient(id, cc.Name, cc.Address, Repository().CcRecordset);
+    GetContactId(cc.Name, cc.Address);
   }
   return correspondent;
 }
 
+void StoreRecipients(int64_t id, const MailMessage& message) {
+  if (message.Direction != "In" && message.Direction != "Out") return;
+  for (int i = 0; i < CountOf(message.ToCount, message.To); ++i) {
+    const AddressPair& to = message.To[static_cast<size_t>(i)];
+    dbSaveRecipient(id, to.Name, to.Address, Repository().ToRecordset);
+  }
+  for (int i = 0; i < CountOf(message.CcCount, message.Cc); ++i) {
+    const AddressPair& cc = message.Cc[static_cast<size_t>(i)];
+    dbSaveRecipient(id, cc.Name, cc.Address, Repository().CcRecordset);
+  }
+}
+
+// What the headers say of the conversation. A file that can't be read is told of when it is stored.
+std::string ThreadOf(const RawMessage& raw) {
+  try {
+    RawReader reader(raw);
+    return StoredThread(ThreadOfHeaders(reader.Read(0, kFileRecordLength)));
+  } catch (const Error&) {
+    return StoredThread({});
+  }
+}
+
 // Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
 // by half is taken up again.
-int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
+int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const RawMessage& raw,
+                     PackedRows* rows) {
+  int64_t project = dbSaveProject(message.Project.empty() ? message.Folder : message.Project);
+  int64_t correspondent = StoreContacts(message);
   int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
   if (unfinished == 0) {
     email.AddNew();
@@ -111,7 +116,11 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
   }
   auto& latest = core::State().LatestReceivedTime;
   if (!latest || message.ReceivedTime > *latest) latest = message.ReceivedTime;
-  for (const MessageField& field : kMessageFields) SetField(email, field, message);
+  for (const MessageField& field : kMessageFields) SetField(email, field, message, rows);
+  email.SetField("ProjectID", project);
+  email.SetField("FromTo", correspondent);
+  email.SetField("Thread", jet::Bytes{rows != nullptr ? std::move(rows->thread) : ThreadOf(raw)});
+  if (rows != nullptr) email.SetTrigrams(std::move(rows->trigrams));
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -120,13 +129,9 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message) {
 
 }  // namespace
 
-std::string StoredKey(const std::string& messageKey) {
-  return core::SanitizeFilterText(Clean(messageKey));
-}
-
-void dbSaveMesage(const std::string& messageFile, MailMessage& message,
-                  const std::string& application, int16_t skipAcceptance,
-                  const std::string& identity, Ending* ending) {
+void dbSaveMesage(const RawMessage& raw, MailMessage& message, const std::string& application,
+                  int16_t skipAcceptance, const std::string& identity, Ending* ending,
+                  PackedRows* rows) {
   core::RunState& state = core::State();
   Ending own;
   Ending& told = ending != nullptr ? *ending : own;
@@ -136,7 +141,7 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     jet::Recordset email;
     email.Open("Email", RepositoryDb(), jet::CursorType::kKeyset, jet::LockType::kPessimistic,
                jet::CommandType::kTable);
-    TakeBodyFromHtml(message);
+    if (rows == nullptr) TakeBodyFromHtml(message);
     if (message.Direction == "In" && skipAcceptance == 0 && !IsMessageAccepted(message, told)) {
       return;
     }
@@ -145,15 +150,10 @@ void dbSaveMesage(const std::string& messageFile, MailMessage& message,
     message.Application = application;
     message.Identity = identity;
     jet::CommitGroup group(RepositoryDb());
-    int64_t id = BeginMessage(email, message);
-    email.SetField("ProjectID",
-                   dbSaveProject(message.Project.empty() ? message.Folder : message.Project));
+    int64_t id = BeginMessage(email, message, raw, rows);
     StoreAttachmentNames(id, message);
-    email.SetField("FromTo", StoreRecipients(id, message));
-    std::string head;
-    FileToDB(messageFile, id, application, &head);
-    email.SetField("Thread", jet::Bytes{StoredThread(ThreadOfHeaders(head))});
-    email.Update();
+    StoreRecipients(id, message);
+    FileToDB(raw, id, application, rows);
     // The routines called here report their errors themselves.
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
@@ -169,12 +169,9 @@ int64_t GetContactId(const std::string& name, const std::string& address) {
   if (name.empty()) return 0;
   return core::Guarded("GetContactId", int64_t{0}, [&] {
     jet::Recordset& contacts = Repository().ContactRecordset;
-    std::string clean = Short(name);
+    std::string clean = ShortText(name);
     contacts.Requery();
-    if (!contacts.Eof()) {
-      contacts.MoveFirst();
-      contacts.Find("Name = '" + QuoteSql(clean) + "'");
-    }
+    contacts.Find("Name = '" + QuoteSql(clean) + "'");
     if (contacts.Eof()) {
       contacts.AddNew();
       contacts.SetField("Name", clean);
@@ -189,7 +186,7 @@ int64_t GetContactId(const std::string& name, const std::string& address) {
 
 void AddEmailID(const std::string& address, int64_t contactId) {
   core::GuardedRun("AddEmailID", [&] {
-    std::string clean = Short(address);
+    std::string clean = ShortText(address);
     jet::Recordset rows;
     rows.Open("SELECT * FROM ContactEmail WHERE Address = '" + QuoteSql(clean) +
                   "' AND ContactID=" + std::to_string(contactId),
@@ -207,8 +204,8 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
   core::GuardedRun("dbSaveRecipient", [&] {
     recordset.AddNew();
     recordset.SetField("EmailID", emailId);
-    recordset.SetField("Address", Short(address));
-    recordset.SetField("Name", Short(name));
+    recordset.SetField("Address", ShortText(address));
+    recordset.SetField("Name", ShortText(name));
     recordset.Update();
   });
 }
@@ -216,9 +213,9 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
 int64_t dbSaveProject(const std::string& projectName) {
   return core::Guarded("dbSaveProject", int64_t{0}, [&] {
     jet::Recordset& projects = Repository().ProjectRecordset;
-    std::string clean = Short(projectName);
+    std::string clean = ShortText(projectName);
     projects.Requery();
-    if (!projects.Eof()) projects.Find("ProjectName ='" + QuoteSql(clean) + "'");
+    projects.Find("ProjectName ='" + QuoteSql(clean) + "'");
     if (projects.Eof()) {
       projects.AddNew();
       projects.SetField("ProjectName", clean);
@@ -228,22 +225,25 @@ int64_t dbSaveProject(const std::string& projectName) {
   });
 }
 
-void FileToDB(const std::string& messageFile, int64_t emailId, const std::string& application,
-              std::string* head) {
+void FileToDB(const RawMessage& raw, int64_t emailId, const std::string& application,
+              PackedRows* rows) {
   core::GuardedRun("FileToDB", [&] {
-    platform::InputFile file(messageFile);
-    jet::Recordset& rows = Repository().FileRecordset;
-    for (uint64_t offset = 0; offset < file.Size();) {
-      std::string record(std::min<uint64_t>(kFileRecordLength, file.Size() - offset), '\0');
-      record.resize(file.ReadAt(offset, record.data(), record.size()));
-      if (record.empty()) break;
-      if (offset == 0 && head != nullptr) *head = record;
-      offset += record.size();
-      rows.AddNew();
-      rows.SetField("FileID", emailId);
-      rows.SetField("FileBody", jet::Bytes{std::move(record)});
-      rows.SetField("Application", Clean(application));
-      rows.Update();
+    RawReader file(raw);
+    jet::Recordset& pieces = Repository().FileRecordset;
+    size_t number = 0;
+    for (uint64_t offset = 0; offset < file.Size(); ++number) {
+      std::string piece(file.Read(offset, kFileRecordLength));
+      if (piece.empty()) break;
+      offset += piece.size();
+      pieces.AddNew();
+      pieces.SetField("FileID", emailId);
+      if (rows != nullptr) {
+        pieces.SetPacked("FileBody", jet::Bytes{std::move(piece)}, std::move(rows->pieces[number]));
+      } else {
+        pieces.SetField("FileBody", jet::Bytes{std::move(piece)});
+      }
+      pieces.SetField("Application", CleanText(application));
+      pieces.Update();
     }
   });
 }
@@ -251,15 +251,15 @@ void FileToDB(const std::string& messageFile, int64_t emailId, const std::string
 void dbSaveMeAddress(const std::string& address, const std::string& name,
                      const std::string& application) {
   core::GuardedRun("dbSaveMeAddress", [&] {
-    std::string clean = Clean(address);
+    std::string clean = CleanText(address);
     jet::Recordset& own = Repository().OwnAddressRecordset;
     own.Requery();
-    if (!own.Eof()) own.Find("Address = '" + QuoteSql(clean) + "'");
+    own.Find("Address = '" + QuoteSql(clean) + "'");
     if (!own.Eof()) return;
     own.AddNew();
     own.SetField("Address", clean);
-    own.SetField("FromName", Clean(name));
-    own.SetField("Application", Clean(application));
+    own.SetField("FromName", CleanText(name));
+    own.SetField("Application", CleanText(application));
     own.Update();
   });
 }
@@ -268,8 +268,7 @@ bool IsFromMe(const std::string& address) {
   return core::Guarded("IsFromMe", false, [&] {
     jet::Recordset& own = Repository().OwnAddressRecordset;
     own.Requery();
-    if (own.Eof()) return false;
-    own.Find("Address = '" + QuoteSql(Clean(address)) + "'");
+    own.Find("Address = '" + QuoteSql(CleanText(address)) + "'");
     return !own.Eof();
   });
 }

@@ -5,7 +5,6 @@
 #include "core/text.h"
 #include "database/recordset.h"
 #include "intake/store_message.h"
-#include "platform/files.h"
 #include "platform/locale.h"
 #include "repository/repository.h"
 
@@ -39,16 +38,14 @@ int64_t StoredFileLength(const std::string& key) {
   return full * static_cast<int64_t>(kFileRecordLength) + last;
 }
 
-bool IsStoredFile(const std::string& key, const std::string& messageFile) {
+bool IsStoredFile(const std::string& key, const RawMessage& raw) {
   jet::Recordset pieces;
   OpenPieces(pieces, key);
-  platform::InputFile file(messageFile);
+  RawReader file(raw);
   uint64_t offset = 0;
   for (; !pieces.Eof(); pieces.MoveNext()) {
     std::string stored = pieces.Field("FileBody").AsText();
-    std::string there(stored.size(), '\0');
-    there.resize(file.ReadAt(offset, there.data(), there.size()));
-    if (there != stored) return false;
+    if (file.Read(offset, stored.size()) != stored) return false;
     offset += stored.size();
   }
   return offset == file.Size() && offset > 0;

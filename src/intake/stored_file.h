@@ -9,14 +9,15 @@
 #include <string>
 
 #include "intake/mail_message.h"
+#include "intake/raw_message.h"
 
 namespace tarnwick::intake {
 
 // The length of the file of the message with this key, in bytes; -1 for none.
 int64_t StoredFileLength(const std::string& key);
 
-// Whether a message with this key was stored from a file of just these bytes.
-bool IsStoredFile(const std::string& key, const std::string& messageFile);
+// Whether a message with this key was stored from just these bytes.
+bool IsStoredFile(const std::string& key, const RawMessage& raw);
 
 // The same under whatever key: looked for among the messages that were received at the same second.
 bool IsStoredFile(DateTime received, const std::string& messageFile);

@@ -35,6 +35,13 @@ constexpr uint64_t kFirstOffset = 255;
 
 constexpr size_t kBlockHead = 16;
 
+// False where less is left.
+bool TakeOff(uint64_t& left, uint64_t size) {
+  if (size > left) return false;
+  left -= size;
+  return true;
+}
+
 // Steps named in the log when one fails.
 enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 
@@ -42,7 +49,15 @@ enum Step { kOpening = 1, kInfo, kDate, kTexts, kDuplicate, kScratch, kBlocks };
 struct Reading {
   ReadMessage& message;
   const intake::ReadingRules& rules;
+  AheadMessage* ahead = nullptr;  // set: the walk has not come to it, and nothing may be told
   Step step = kOpening;
+
+  // True where an object of the walk may be looked at: those that do not overlap are no longer
+  // together than their file.
+  bool MayLook(uint64_t size) const {
+    if (ahead != nullptr) ahead->infoSize += size;
+    return ahead != nullptr || !State().IsWalking || TakeOff(State().InfoBudget, size);
+  }
 
   // False, with the reason for the account.
   bool GiveUp(const std::string& reason) const {
@@ -64,12 +79,9 @@ struct Info {
 };
 
 // The object's head.
-std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset, const std::string& fileName) {
+std::optional<Info> ReadInfoHead(ByteReader& file, uint32_t offset) {
   std::string_view head = file.Read(offset, kMinInfoSize);
-  if (head.size() < kMinInfoSize || Get32(head, 0) != offset) {
-    if (MayReport()) core::ReportUnknownFormat(fileName);
-    return std::nullopt;
-  }
+  if (head.size() < kMinInfoSize || Get32(head, 0) != offset) return std::nullopt;
   Info info;
   info.bodyLength = Get32(head, 4);
   info.entryCount = Get8(head, 10);
@@ -116,11 +128,8 @@ intake::MessageState StateOfFlags(std::optional<uint32_t> flags) {
 // looked at too often.
 bool ReadByIndex(ByteReader& file, uint32_t offset, bool hasDate, InfoIndex& index, Info& info,
                  Reading& reading) {
-  if (State().IsWalking) {
-    // Objects that do not overlap are no longer together than their file.
-    uint64_t size = kInfoHead + uint64_t{info.bodyLength};
-    if (size > State().InfoBudget) return reading.GiveUp("its info object overlaps others");
-    State().InfoBudget -= size;
+  if (!reading.MayLook(kInfoHead + uint64_t{info.bodyLength})) {
+    return reading.GiveUp("its info object overlaps others");
   }
   uint64_t sent = IndexedTime(file, index, kSentTime, offset);
   uint64_t received = IndexedTime(file, index, kReceivedTime, offset);
@@ -190,9 +199,12 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
   index.firstByte = static_cast<size_t>(behind - dataStart);
   size_t count = std::min<size_t>(info.bodyLength - kMinInfoSize, ByteReader::kMaxPiece);
   reading.message.info = ParseMessageInfo(file.Read(behind, count), info.date, index);
-  core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    core::LoggedMailText(reading.message.info.subject));
   return true;
+}
+
+void LogMessage(const MessageInfo& info) {
+  core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
+                    core::LoggedMailText(info.subject));
 }
 
 // False, for a message that is stored or ignored for good under this key.
@@ -241,34 +253,78 @@ uint32_t FirstBlock(ByteReader& file, const Info& info, const intake::ReadingRul
 // (alone, or together with the other messages of the walk).
 class ChainGuard {
  public:
-  explicit ChainGuard(uint64_t fileSize) : left_(fileSize) {}
+  ChainGuard(uint64_t fileSize, AheadMessage* ahead) : left_(fileSize), ahead_(ahead) {}
 
   bool MayVisit(uint32_t offset, uint64_t size) {
     // Brent's cycle test: the offset of step 1, 2, 4, 8, ... is remembered.
     if (steps_ > 0 && offset == remembered_) return false;
     if (std::has_single_bit(++steps_)) remembered_ = offset;
-    OeState& state = State();
-    if (size > left_ || (state.IsWalking && size > state.ChainBudget)) return false;
+    if (size > left_) return false;
+    if (ahead_ != nullptr) {
+      ahead_->chainSize += size;
+    } else if (State().IsWalking && !TakeOff(State().ChainBudget, size)) {
+      return false;
+    }
     left_ -= size;
-    if (state.IsWalking) state.ChainBudget -= size;
     return true;
   }
 
  private:
   uint64_t left_;
+  AheadMessage* ahead_;
   uint64_t steps_ = 0;
   uint32_t remembered_ = 0;
 };
 
-// Copies the chain that begins at offset.
-bool CopyChain(ByteReader& file, uint32_t offset, Reading& reading) {
-  reading.step = kScratch;
-  // Not emptied first: a file system that has to keep a replaced file's bytes safe (ext4) would
-  // write each message to the disk before the next one.
-  platform::OutputFile scratch(core::State().TempMessageFile,
-                               platform::OutputFile::Replace::kInPlace);
+// Where the text of a message goes: it is held while it is short, and a longer one goes on in the
+// scratch file.
+class TextKeeper {
+ public:
+  // files: nullptr for a text that is only held.
+  explicit TextKeeper(WalkFiles* files) : files_(files) {}
+
+  // False for a text that is too long to be held.
+  bool Add(std::string_view text) {
+    if (isHeld_ && held_.size() + text.size() <= intake::kMostHeld) {
+      held_ += text;
+      return true;
+    }
+    if (files_ == nullptr) return false;
+    if (isHeld_) Scratch().Write(held_);
+    isHeld_ = false;
+    Scratch().Write(text);
+    return true;
+  }
+
+  intake::RawMessage Finish() {
+    const std::string& path = core::State().TempMessageFile;
+    if (files_ != nullptr) {
+      if (isHeld_) Scratch().Write(held_);
+      Scratch().Complete();
+    }
+    return isHeld_ ? intake::RawMessage(path, std::move(held_)) : intake::RawMessage(path);
+  }
+
+ private:
+  platform::OutputFile& Scratch() {
+    // Not emptied first: a file system that has to keep a replaced file's bytes safe (ext4) would
+    // write each message to the disk before the next one.
+    if (!files_->scratch) {
+      files_->scratch.emplace(core::State().TempMessageFile,
+                              platform::OutputFile::Replace::kInPlace);
+    }
+    return *files_->scratch;
+  }
+
+  WalkFiles* files_;
+  std::string held_;
+  bool isHeld_ = true;
+};
+
+// Reads the chain that begins at offset.
+bool ReadChain(ByteReader& file, uint32_t offset, TextKeeper& text, Reading& reading) {
   reading.step = kBlocks;
-  ChainGuard guard(file.Size());
+  ChainGuard guard(file.Size(), reading.ahead);
   for (;;) {
     std::string_view head = file.Read(offset, kBlockHead);
     if (head.size() < kBlockHead || Get32(head, 0) != offset) {
@@ -277,7 +333,8 @@ bool CopyChain(ByteReader& file, uint32_t offset, Reading& reading) {
     uint32_t bodySize = Get32(head, 4);
     uint64_t length = Get32(head, 8);
     uint32_t next = Get32(head, 12);
-    State().LastChainEnd = next != 0 ? next : offset + bodySize + uint32_t{kBlockHead};
+    uint32_t& end = reading.ahead != nullptr ? reading.ahead->chainEnd : State().LastChainEnd;
+    end = next != 0 ? next : offset + bodySize + uint32_t{kBlockHead};
     uint64_t place = uint64_t{offset} + kBlockHead;
     if (place + length > file.Size()) {
       return reading.GiveUp("a block of its text passes the file's end");
@@ -285,36 +342,84 @@ bool CopyChain(ByteReader& file, uint32_t offset, Reading& reading) {
     if (!guard.MayVisit(offset, kBlockHead + length)) {
       return reading.GiveUp("the blocks of its text return to themselves");
     }
-    for (uint64_t end = place + length; place < end;) {
-      size_t piece = static_cast<size_t>(std::min<uint64_t>(end - place, ByteReader::kMaxPiece));
-      std::string_view text = file.Read(place, piece);
-      if (text.empty()) return reading.GiveUp("the file became shorter");
-      scratch.Write(text);
-      place += text.size();
+    for (uint64_t behind = place + length; place < behind;) {
+      size_t piece = static_cast<size_t>(std::min<uint64_t>(behind - place, ByteReader::kMaxPiece));
+      std::string_view bytes = file.Read(place, piece);
+      if (bytes.empty()) return reading.GiveUp("the file became shorter");
+      if (!text.Add(bytes)) return false;
+      place += bytes.size();
     }
-    if (next == 0) break;
+    if (next == 0) return true;
     offset = next;
   }
-  scratch.Close();
+}
+
+// Takes over what was read ahead, where the walk's bounds allow it.
+bool TakeAhead(AheadMessage& ahead, Reading& reading) {
+  OeState& state = State();
+  if (ahead.infoSize > state.InfoBudget || ahead.chainSize > state.ChainBudget) return false;
+  state.InfoBudget -= ahead.infoSize;
+  reading.message = std::move(ahead.message);
   return true;
 }
 
-bool CopyMessage(uint32_t offset, const std::string& fileName, Reading& reading) {
-  ReadMessage& message = reading.message;
-  ByteReader file(fileName);
-  if (file.Size() == 0) return reading.GiveUp("the file is empty");
+// The object's index, by which the message is known; nullopt where it can't be read.
+std::optional<Info> ReadWholeInfo(uint32_t offset, const std::string& fileName, WalkFiles& files,
+                                  Reading& reading) {
+  if (!files.store) files.store.emplace(fileName);
+  ByteReader& file = *files.store;
+  auto giveUp = [&](const char* reason) {
+    reading.GiveUp(reason);
+    return std::nullopt;
+  };
+  if (file.Size() == 0) return giveUp("the file is empty");
   reading.step = kInfo;
-  std::optional<Info> info = ReadInfoHead(file, offset, fileName);
-  if (!info) return reading.GiveUp("its info object is damaged");
-  if (!ReadInfo(file, offset, *info, reading)) return false;
+  std::optional<Info> info = ReadInfoHead(file, offset);
+  if (!info) {
+    if (MayReport()) core::ReportUnknownFormat(fileName);
+    return giveUp("its info object is damaged");
+  }
+  if (!ReadInfo(file, offset, *info, reading)) return std::nullopt;
+  reading.message.entryKey = MakeEntryKey(reading.message.info.keyText, reading.message.info.date);
+  return info;
+}
+
+// The text, into the scratch file.
+bool CopyText(const std::optional<Info>& info, const AheadMessage* ahead, WalkFiles& files,
+              Reading& reading) {
+  TextKeeper text(&files);
+  if (ahead != nullptr) {
+    reading.step = kScratch;
+    State().ChainBudget -= ahead->chainSize;
+    State().LastChainEnd = ahead->chainEnd;
+    text.Add(*reading.message.raw->Held());
+  } else if (!ReadChain(*files.store, FirstBlock(*files.store, *info, reading.rules), text,
+                        reading)) {
+    files.scratch.reset();  // a part of the text may stand there
+    return false;
+  }
+  reading.step = kScratch;
+  reading.message.raw = text.Finish();
+  return true;
+}
+
+bool CopyMessage(uint32_t offset, const std::string& fileName, WalkFiles& files,
+                 AheadMessage* ahead, Reading& reading) {
+  ReadMessage& message = reading.message;
+  std::optional<Info> info;
+  if (ahead != nullptr && !TakeAhead(*ahead, reading)) ahead = nullptr;
+  if (ahead == nullptr) {
+    info = ReadWholeInfo(offset, fileName, files, reading);
+    if (!info) return false;
+  }
+  LogMessage(message.info);
   reading.step = kDuplicate;
-  message.entryKey = MakeEntryKey(message.info.keyText, message.info.date);
   if (intake::IsEmailExist(message.entryKey)) return GiveUpKnown(message.entryKey, message);
   FormerKey former = FindFormerKey(message.info);
   if (former.isThisLetter) return GiveUpKnown(former.key, message);
   if (former.key.empty()) core::State().NewMessageFlag = true;
-  if (!CopyChain(file, FirstBlock(file, *info, reading.rules), reading)) return false;
-  if (!former.key.empty() && intake::IsStoredFile(former.key, core::State().TempMessageFile)) {
+  if (!CopyText(info, ahead, files, reading)) return false;
+  if (!former.key.empty() && intake::IsStoredFile(former.key, *message.raw)) {
     return GiveUpKnown(former.key, message);
   }
   core::State().NewMessageFlag = true;
@@ -327,9 +432,10 @@ std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, 
   try {
     std::string_view head = file.Read(infoOffset, kMinInfoSize);
     if (head.size() < kMinInfoSize || Get32(head, 0) != infoOffset) return std::nullopt;
-    std::optional<Info> info = ReadInfoHead(file, infoOffset, {});
+    std::optional<Info> info = ReadInfoHead(file, infoOffset);
     ReadMessage message;
-    Reading reading{message, intake::kComplete};
+    AheadMessage ahead;
+    Reading reading{message, intake::kComplete, &ahead};
     if (info && entryCount != 0) {
       info->entryCount = entryCount;
       info->isFreed = true;
@@ -341,13 +447,58 @@ std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, 
   }
 }
 
+size_t AheadMessage::Cost() const {
+  size_t cost = sizeof *this;
+  if (message.raw) cost += message.raw->Held()->size();
+  if (!message.prepared) return cost;
+  const intake::MailMessage& mail = message.prepared->message;
+  cost += mail.Body.size() + mail.HTMLBody.size() +
+          (mail.To.size() + mail.Cc.size()) * sizeof(intake::AddressPair);
+  const std::optional<intake::PackedRows>& rows = message.prepared->rows;
+  if (!rows) return cost;
+  cost += rows->trigrams.size() * sizeof(uint32_t);
+  for (const intake::PackedRows::Text& text : rows->texts) cost += text.packed.size();
+  for (const std::string& piece : rows->pieces) cost += piece.size();
+  return cost;
+}
+
+std::optional<AheadMessage> ReadAhead(ByteReader& file, uint32_t infoOffset,
+                                      const intake::ReadingRules& rules) {
+  if (!rules.anyDate || !rules.indexedText) return std::nullopt;
+  try {
+    AheadMessage ahead;
+    ahead.infoOffset = infoOffset;
+    ReadMessage& message = ahead.message;
+    Reading reading{message, rules, &ahead};
+    TextKeeper text(nullptr);
+    std::optional<Info> info = ReadInfoHead(file, infoOffset);
+    if (!info || !ReadInfo(file, infoOffset, *info, reading)) return std::nullopt;
+    if (!ReadChain(file, FirstBlock(file, *info, rules), text, reading)) return std::nullopt;
+    message.entryKey = MakeEntryKey(message.info.keyText, message.info.date);
+    message.raw = text.Finish();
+    message.prepared = intake::PrepareAhead(*message.raw, rules, message.facts);
+    return ahead;
+  } catch (const std::exception&) {
+    return std::nullopt;  // told in its turn
+  }
+}
+
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules) {
+  WalkFiles files;
+  return dbxMessageToFile(infoOffset, fileName, message, rules, files);
+}
+
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
+                      const intake::ReadingRules& rules, WalkFiles& files,
+                      std::optional<AheadMessage> ahead) {
   message = {};
   Reading reading{message, rules};
   try {
-    return CopyMessage(infoOffset, fileName, reading);
+    return CopyMessage(infoOffset, fileName, files, ahead ? &*ahead : nullptr, reading);
   } catch (...) {
+    files.store.reset();
+    files.scratch.reset();
     if (!MayReport()) return reading.GiveUp(core::CurrentError().Description());
     core::ReportCurrentException(
         "dbxMessageToFile", core::Report::kShow,

@@ -8,25 +8,27 @@
 // a message's date by looking for a plausible timestamp (after 1 January 1990 and before 1 January
 // 2010), and trusts an object that holds its own offset. The rules of complete reading
 // (intake/reading_rules.h) widen each of these. Files are not read whole: each object is reached by
-// its offset, on a fresh handle for each message. Whatever a file claims, a walk takes time and
-// disk in proportion to the file.
+// its offset. Whatever a file claims, a walk takes time and disk in proportion to the file.
 //
 // Public routines report their own errors. Texts are UTF-8; offsets are those of the file.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "intake/outcome.h"
+#include "intake/prepared_message.h"
+#include "intake/raw_message.h"
 #include "intake/reading_rules.h"
+#include "oe/byte_reader.h"
 #include "oe/info_index.h"
 #include "platform/date_time.h"
+#include "platform/files.h"
 
 namespace tarnwick::oe {
-
-class ByteReader;
 
 // The folder that messages are read from, handed through to the parser.
 struct FolderRecord {
@@ -86,11 +88,42 @@ struct ReadMessage {
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
   intake::StoreFacts facts;
+  // Of one that was copied: its bytes, where they are in memory, and what was made of them ahead.
+  std::optional<intake::RawMessage> raw;
+  std::unique_ptr<intake::PreparedMessage> prepared;
 };
 
-// True when a message that the repository does not hold stands whole in TempMessageFile.
+// A message that was read, whole and without a fault, before the walk came to it.
+struct AheadMessage {
+  uint32_t infoOffset = 0;
+  ReadMessage message;
+  // What the walk's bounds count of it.
+  uint64_t infoSize = 0;
+  uint64_t chainSize = 0;
+  uint32_t chainEnd = 0;
+
+  size_t Cost() const;  // memory, roughly
+};
+
+// The files that a walk of messages works with, open from one message to the next; each is opened
+// when it is first needed, and anew after a failure.
+struct WalkFiles {
+  std::optional<ByteReader> store;
+  std::optional<platform::OutputFile> scratch;
+};
+
+// True when a message that the repository does not hold stands whole in TempMessageFile. ahead:
+// what was read of it ahead of its turn, where it was.
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules = intake::kDesigned);
+bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
+                      const intake::ReadingRules& rules, WalkFiles& files,
+                      std::optional<AheadMessage> ahead = std::nullopt);
+
+// Reads a message as complete reading does, without any effect, on any thread; nullopt where
+// anything is to be told of it, or it is too long.
+std::optional<AheadMessage> ReadAhead(ByteReader& file, uint32_t infoOffset,
+                                      const intake::ReadingRules& rules);
 
 // What the index of a message tells.
 struct PeekedMessage {

@@ -3,6 +3,7 @@
 //
 // The walk of a message tree. Section "Tree node".
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <set>
 #include <utility>
@@ -19,6 +20,7 @@
 #include "oe/import.h"
 #include "oe/state.h"
 #include "oe/tree_walk.h"
+#include "oe/walk_ahead.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 
@@ -65,6 +67,8 @@ class MessageFile : public intake::SourceFolder {
   const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
   void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
+  // Before somebody else takes the scratch file.
+  void LetGoOfScratch() { files_.scratch.reset(); }
 
  private:
   // A step of the walk: a message, or a node of the second level.
@@ -77,6 +81,7 @@ class MessageFile : public intake::SourceFolder {
   std::optional<TreeNode> ReadNodeOnce(uint32_t offset);
   void EnterSecondLevel(uint32_t offset);
   std::string NameOf(const MessageInfo& info) const;
+  void KeepAhead(bool wasNew);
   void Note(const char* reason) const { oe::Note(fileName_, operation_, reason); }
   void ReportBadNode() const;
 
@@ -91,6 +96,11 @@ class MessageFile : public intake::SourceFolder {
   std::vector<TreeEntry> entries_;  // of the node of the second level that is being read
   size_t entriesDone_ = 0;
   uint32_t offset_ = 0;  // of the message come to
+  WalkFiles files_;
+  // Reads on while messages are new: of those that are stored already little is read.
+  std::unique_ptr<WalkAhead> ahead_;
+  int newInRow_ = 0;
+  int knownInRow_ = 0;
 };
 
 bool HasChildren(const TreeNode& node) {
@@ -176,9 +186,13 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   if (!offset) return false;
   offset_ = *offset;
   ReadMessage read;
-  if (dbxMessageToFile(offset_, fileName_, read, rules_)) {
-    message.key = read.entryKey;
+  std::optional<AheadMessage> ahead = ahead_ ? ahead_->Take(offset_) : std::nullopt;
+  if (dbxMessageToFile(offset_, fileName_, read, rules_, files_, std::move(ahead))) {
+    message.key = std::move(read.entryKey);
+    message.isKeyNew = true;
     message.facts = read.facts;
+    message.raw = std::move(read.raw);
+    message.prepared = std::move(read.prepared);
   } else {
     message.ending = read.ending;
   }
@@ -186,7 +200,19 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   return true;
 }
 
-void MessageFile::Ended(const intake::SourceMessage& /*message*/, const intake::Ending& ending) {
+void MessageFile::KeepAhead(bool wasNew) {
+  constexpr int kNewToBegin = 2;
+  constexpr int kKnownToEnd = 32;
+  newInRow_ = wasNew ? newInRow_ + 1 : 0;
+  knownInRow_ = wasNew ? 0 : knownInRow_ + 1;
+  if (knownInRow_ == kKnownToEnd) ahead_.reset();
+  if (newInRow_ == kNewToBegin && walk_ && !ahead_ && operation_ == kMsgToDb) {
+    ahead_ = WalkAhead::Begin(fileName_, *walk_, rules_);
+  }
+}
+
+void MessageFile::Ended(const intake::SourceMessage& message, const intake::Ending& ending) {
+  KeepAhead(message.ending.outcome == intake::Outcome::kNone);
   if (ending.outcome != intake::Outcome::kUnreadable || !MayReport()) return;
   core::LogProgress("Unreadable = " + core::OneLogLine(fileName_) + " " + std::to_string(offset_) +
                     "\r\n" + core::OneLogLine(ending.reason));
@@ -201,6 +227,7 @@ void Perform(MessageFile& file, std::string_view operation) {
     } else if (operation == kMeAddress) {
       dbxFileMeAddress();
     } else if (operation == kMsgToFiles) {
+      file.LetGoOfScratch();
       MsgToFiles();
     }
     core::YieldEvents();

@@ -3,7 +3,9 @@
 //
 // The bytes of open files: reading at places and line by line, writing anew, in place and behind.
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/file_errors.h"
@@ -123,6 +125,19 @@ void OutputFile::Flush() {
   pending.swap(buffer_);  // keeps its room
 }
 
+// A file that has grown is no longer than what was written.
+bool OutputFile::CutToWritten() {
+  bool isLonger = inPlace_ && (!length_ || written_ < *length_);
+  return !isLonger || system::Cut(handle_, written_);
+}
+
+void OutputFile::Complete() {
+  assert(inPlace_);
+  Flush();
+  if (!CutToWritten() || !system::Rewind(handle_)) ThrowSystemError(errno, path_);
+  length_ = std::exchange(written_, 0);
+}
+
 void OutputFile::Close() {
   if (handle_ < 0) return;
   try {
@@ -132,7 +147,8 @@ void OutputFile::Close() {
     handle_ = -1;
     throw;
   }
-  bool isDone = !inPlace_ || system::Cut(handle_, written_);
+  bool isCompleted = written_ == 0 && length_;
+  bool isDone = isCompleted || CutToWritten();
   int code = errno;
   if (system::Close(handle_) != 0 && isDone) {
     isDone = false;
@@ -143,56 +159,63 @@ void OutputFile::Close() {
 }
 
 bool AppendToFile(const std::string& path, std::string_view bytes) {
-  int handle = system::Open(path, system::Use::kAppend);
-  if (handle < 0) return false;
-  bool done =
-      system::Write(handle, bytes.data(), bytes.size()) == static_cast<int64_t>(bytes.size());
-  return system::Close(handle) == 0 && done;
+  return AppendedFile(path).Append(bytes);
 }
 
-LineReader::LineReader(const std::string& path) : file_(path) {}
+AppendedFile::AppendedFile(const std::string& path)
+    : path_(path), handle_(system::Open(path, system::Use::kAppend)) {}
+
+AppendedFile::~AppendedFile() {
+  if (handle_ >= 0) system::Close(handle_);
+}
+
+bool AppendedFile::Append(std::string_view bytes) {
+  // Removed meanwhile, it is made anew.
+  if (handle_ >= 0 && !system::HasName(handle_)) {
+    system::Close(handle_);
+    handle_ = system::Open(path_, system::Use::kAppend);
+  }
+  return handle_ >= 0 &&
+         system::Write(handle_, bytes.data(), bytes.size()) == static_cast<int64_t>(bytes.size());
+}
+
+LineReader::LineReader(const std::string& path) : file_(std::make_unique<InputFile>(path)) {}
 
 bool LineReader::Fill() {
-  if (position_ > 0) {
-    buffer_.erase(0, position_);
-    position_ = 0;
-  }
+  if (!file_) return false;
   // Long lines double the piece, so that a line of any length is read in linear time.
-  size_t piece = std::max(kBufferSize, buffer_.size());
+  size_t old = text_.size();
+  size_t piece = std::max(kBufferSize, old);
   piece = static_cast<size_t>(
-      std::min<uint64_t>(piece, file_.Size() - std::min(offset_, file_.Size())));
+      std::min<uint64_t>(piece, file_->Size() - std::min(offset_, file_->Size())));
   if (piece == 0) return false;
-  size_t old = buffer_.size();
+  buffer_.erase(0, buffer_.size() - old);
   buffer_.resize(old + piece);
-  size_t got = file_.ReadAt(offset_, buffer_.data() + old, piece);
+  text_ = std::string_view(buffer_).substr(0, old);
+  size_t got = file_->ReadAt(offset_, buffer_.data() + old, piece);
   buffer_.resize(old + got);
+  text_ = buffer_;
   offset_ += got;
   return got > 0;
 }
 
 bool LineReader::AtEnd() {
-  return position_ >= buffer_.size() && !Fill();
+  return text_.empty() && !Fill();
 }
 
 bool LineReader::Next(std::string& line) {
   line.clear();
   if (AtEnd()) return false;
-  size_t searched = position_;
+  size_t searched = 0;
+  size_t end = std::string_view::npos;
   for (;;) {
-    size_t end = buffer_.find('\n', searched);
-    if (end != std::string::npos) {
-      line.assign(buffer_, position_, end - position_);
-      position_ = end + 1;
-      break;
-    }
-    size_t pending = buffer_.size() - position_;
-    if (!Fill()) {
-      line.assign(buffer_, position_);
-      position_ = buffer_.size();
-      break;
-    }
-    searched = position_ + pending;
+    end = text_.find('\n', searched);
+    if (end != std::string_view::npos) break;
+    searched = text_.size();
+    if (!Fill()) break;
   }
+  line.assign(text_.substr(0, end));
+  text_.remove_prefix(end == std::string_view::npos ? text_.size() : end + 1);
   if (!line.empty() && line.back() == '\r') line.pop_back();
   return true;
 }

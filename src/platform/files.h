@@ -153,38 +153,64 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
 
   void Write(std::string_view bytes);
+  // The file holds what was written, and what comes next is written over it from the beginning.
+  // REQUIRES: kInPlace.
+  void Complete();
   void Close();
 
  private:
   void Flush();
+  bool CutToWritten();
   std::string path_;
   int handle_ = -1;
   bool inPlace_ = false;
   uint64_t written_ = 0;
+  std::optional<uint64_t> length_;  // in place: of the file, once it is known
   std::string buffer_;
 };
 
 // Adds to the end of a file, which is made when it is missing; false when that fails. It passes no
 // seam: what tests make fail must still be logged.
 bool AppendToFile(const std::string& path, std::string_view bytes);
+// The same over and over, the file open in between.
+class AppendedFile {
+ public:
+  explicit AppendedFile(const std::string& path);
+  ~AppendedFile();
+  AppendedFile(const AppendedFile&) = delete;
+  AppendedFile& operator=(const AppendedFile&) = delete;
 
-// Reads a file line by line, whether CR LF or LF ends the lines; the last line may lack its end. A
-// CR alone is an ordinary character. Bytes are handed through untouched, NULs included; a line has
-// no length limit but the file's.
+  const std::string& Path() const { return path_; }
+  bool Append(std::string_view bytes);
+
+ private:
+  std::string path_;
+  int handle_ = -1;
+};
+
+// Reads a file, or bytes in memory, line by line, whether CR LF or LF ends the lines; the last line
+// may lack its end. A CR alone is an ordinary character. Bytes are handed through untouched, NULs
+// included; a line has no length limit but the file's.
 class LineReader {
  public:
   explicit LineReader(const std::string& path);
+  // The bytes outlive the reader.
+  static LineReader OfBytes(std::string_view bytes) { return {bytes, Held()}; }
+  LineReader(const LineReader&) = delete;
+  LineReader& operator=(const LineReader&) = delete;
   // Reads the next line without its end; false at the end of the file (line is then empty).
   bool Next(std::string& line);
   // True when no further line can be read.
   bool AtEnd();
 
  private:
+  struct Held {};
+  LineReader(std::string_view bytes, Held /*inMemory*/) : text_(bytes) {}
   bool Fill();
-  InputFile file_;
+  std::unique_ptr<InputFile> file_;  // none: text_ is all there is
   uint64_t offset_ = 0;
-  std::string buffer_;
-  size_t position_ = 0;
+  std::string buffer_;     // of the file; text_ is what is left of it
+  std::string_view text_;  // not read yet
 };
 
 enum class FileOperation { kOpen, kRead, kWrite, kRemove, kRename, kCopy, kLink, kMakeFolder };

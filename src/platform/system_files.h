@@ -26,8 +26,10 @@ int Open(const std::string& path, Use use);
 int Close(int handle);
 int HandedFile();            // what InputFile::Handed() gives
 int64_t SizeOf(int handle);  // -1 also for whatever is no plain file
+bool HasName(int handle);    // false once the file was removed
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count);  // 0 at the end
 int64_t Write(int handle, const void* bytes, size_t count);
+bool Rewind(int handle);  // the next Write is at its beginning
 bool Cut(int handle, uint64_t size);
 
 // Ways of copying without reading, from where both files stand. False and nullopt where the file

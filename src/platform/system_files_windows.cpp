@@ -153,6 +153,13 @@ int64_t SizeOf(int handle) {
   return isPlain && GetFileSizeEx(file, &size) != 0 ? size.QuadPart : -1;
 }
 
+bool HasName(int handle) {
+  FILE_STANDARD_INFO info{};
+  return GetFileInformationByHandleEx(HandleOf(handle), FileStandardInfo, &info, sizeof info) !=
+             0 &&
+         info.DeletePending == 0 && info.NumberOfLinks > 0;
+}
+
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count) {
   OVERLAPPED place{};
   place.Offset = static_cast<DWORD>(offset);
@@ -169,6 +176,10 @@ int64_t Write(int handle, const void* bytes, size_t count) {
   DWORD done = 0;
   auto wanted = static_cast<DWORD>(std::min(count, kMostAtOnce));
   return Done(::WriteFile(HandleOf(handle), bytes, wanted, &done, nullptr)) ? int64_t{done} : -1;
+}
+
+bool Rewind(int handle) {
+  return Done(SetFilePointerEx(HandleOf(handle), LARGE_INTEGER{}, nullptr, FILE_BEGIN));
 }
 
 bool Cut(int handle, uint64_t size) {

@@ -239,8 +239,10 @@ void MailboxFolder::ReadText(intake::SourceMessage& message) {
   }
   platform::OutputFile scratch(core::State().TempMessageFile,
                                platform::OutputFile::Replace::kInPlace);
+  message.isKeyNew = true;
   if (size == begin_.size()) {
     scratch.Write(begin_);
+    message.raw.emplace(core::State().TempMessageFile, begin_);
   } else {
     reader_->Copy([&](std::string_view piece) { scratch.Write(piece); });
   }

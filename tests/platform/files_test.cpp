@@ -160,17 +160,35 @@ TEST(Files, NamesAreFoundAndListedWithoutRegardToCase) {
   EXPECT_EQ(UniquePath(mail, "notes.txt"), mail + "notes (2).txt");
 }
 
+TEST(OutputFile, CompletedInPlaceHoldsTheLastTextWhole) {
+  TempFolder folder;
+  WriteFile(folder.File("scratch"), std::string(100, 'o'));
+  OutputFile file(folder.File("scratch"), OutputFile::Replace::kInPlace);
+  for (size_t length : {size_t{40}, size_t{300'000}, size_t{7}, size_t{7}, size_t{0}, size_t{9}}) {
+    std::string text(length, static_cast<char>('a' + length % 26));
+    file.Write(text);
+    file.Complete();
+    EXPECT_EQ(ReadFile(folder.File("scratch")), text);
+  }
+  file.Close();
+  EXPECT_EQ(FileSize(folder.File("scratch")), 9U);
+}
+
 TEST(LineReader, TakesEveryKindOfLineEndAndKeepsEveryByte) {
   TempFolder folder;
   std::string longLine(300000, 'y');
-  WriteFile(folder.File("lines"), std::string("first\r\nsecond\n\r\n\nlone\rCR\n") +
-                                      std::string("n\0l\n", 4) + longLine + "\r\nlast");
-  LineReader reader(folder.File("lines"));
-  Texts lines;
-  for (std::string line; reader.Next(line);) lines.push_back(line);
-  EXPECT_THAT(lines, ElementsAre("first", "second", "", "", "lone\rCR", std::string("n\0l", 3),
-                                 longLine, "last"));
-  EXPECT_TRUE(reader.AtEnd());
+  const std::string text = std::string("first\r\nsecond\n\r\n\nlone\rCR\n") +
+                           std::string("n\0l\n", 4) + longLine + "\r\nlast";
+  WriteFile(folder.File("lines"), text);
+  LineReader ofFile(folder.File("lines"));
+  LineReader ofBytes = LineReader::OfBytes(text);
+  for (LineReader* reader : {&ofFile, &ofBytes}) {
+    Texts lines;
+    for (std::string line; reader->Next(line);) lines.push_back(line);
+    EXPECT_THAT(lines, ElementsAre("first", "second", "", "", "lone\rCR", std::string("n\0l", 3),
+                                   longLine, "last"));
+    EXPECT_TRUE(reader->AtEnd());
+  }
   WriteFile(folder.File("empty"), "");
   LineReader empty(folder.File("empty"));
   EXPECT_TRUE(empty.AtEnd());

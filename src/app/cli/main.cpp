@@ -16,6 +16,7 @@
 #include "core/version.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
+#include "platform/ahead.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -162,6 +163,7 @@ int Run(std::vector<std::string> words) {
     console.AddPassword(tarnwick::platform::ReadSecretLine(file));
   }
   tarnwick::core::State().Ui = &console;
+  tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
   if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <cassert>
 #include <cctype>
 #include <climits>
 #include <filesystem>
@@ -159,23 +160,29 @@ void Statement::BindKeys(int index, const std::vector<int64_t>& keys) {
   if (code != SQLITE_OK) database_->Fail(code);
 }
 
-void Statement::BindStored(int index, const Value& value, ColumnKind kind, std::string& keep) {
+void Statement::BindStored(int index, const Value& value, ColumnKind kind,
+                           std::optional<std::string>& packed) {
   std::string_view plain;
   if (auto* text = std::get_if<std::string>(&value.Data())) plain = *text;
   if (auto* bytes = std::get_if<Bytes>(&value.Data())) plain = bytes->data;
   bool isLong = kind == ColumnKind::kLongText || kind == ColumnKind::kBytes;
   if (!isLong || plain.empty()) return BindValue(index, value);
   bool isText = kind == ColumnKind::kLongText;
-  if (isText && !platform::IsValidUtf8(plain)) {
-    keep = platform::MendUtf8(plain);
-    plain = keep;
+  assert(!packed || *packed == Pack(plain));
+  if (!packed) {
+    if (isText && !platform::IsValidUtf8(plain)) {
+      packed = platform::MendUtf8(plain);
+      plain = *packed;
+    }
+    std::string_view made = Pack(plain);
+    if (made.empty()) return isText ? BindText(index, plain) : BindBytes(index, plain);
+    packed = made;
+  } else if (packed->empty()) {
+    return isText ? BindText(index, plain) : BindBytes(index, plain);
   }
-  std::string_view packed = Pack(plain);
-  if (packed.empty()) return isText ? BindText(index, plain) : BindBytes(index, plain);
-  keep = packed;
-  if (isText) return BindBytes(index, keep);
-  int code =
-      sqlite3_bind_text64(handle_, index, keep.data(), keep.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (isText) return BindBytes(index, *packed);
+  int code = sqlite3_bind_text64(handle_, index, packed->data(), packed->size(), SQLITE_STATIC,
+                                 SQLITE_UTF8);
   if (code != SQLITE_OK) database_->Fail(code);
 }
 
@@ -400,6 +407,11 @@ void Database::SyncLog() {
   if (code != SQLITE_OK || log == nullptr || log->pMethods == nullptr) return;
   code = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
   if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errstr(code));
+}
+
+void Database::BeginLogSync() {
+  const char* path = sqlite3_db_filename(handle_, "main");
+  if (path != nullptr) platform::BeginFlush(std::string(path) + "-wal");
 }
 
 void Database::SetProgress(int count, std::function<bool()> handler) {

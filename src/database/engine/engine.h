@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,8 +56,10 @@ class Statement {
   // For carray(?index), which gives each of them as a row. They must last as long as the statement,
   // or until others are bound.
   void BindKeys(int index, const std::vector<int64_t>& keys);
-  // A value for a column that may pack it. What is packed lies in keep, which must last likewise.
-  void BindStored(int index, const Value& value, ColumnKind kind, std::string& keep);
+  // A value for a column that may pack it, or has it packed already ("" for one that stays as it
+  // is). What was made of it lies in packed, which must last likewise.
+  void BindStored(int index, const Value& value, ColumnKind kind,
+                  std::optional<std::string>& packed);
 
   // True when there is a row; columns count from 0 and are valid until the next step.
   bool Step();
@@ -133,6 +136,8 @@ class Database {
   void SetLastRowId(int64_t key);  // after rows of the database's own
   // Forces what has been committed to the disk.
   void SyncLog();
+  // Has the system begin with that, which goes on meanwhile.
+  void BeginLogSync();
   // Called about every count engine steps; true stops the statement.
   void SetProgress(int count, std::function<bool()> handler);
   // For work outside of statements: whether there is a handler, and what it says now.

@@ -155,6 +155,7 @@ void Session::Commit() {
   }
   collecting_ = false;
   unsynced_ = true;
+  database_->BeginLogSync();
 }
 
 void Session::TakeBackGroup(const Error& reason) {
@@ -166,8 +167,11 @@ void Session::TakeBackGroup(const Error& reason) {
 void Session::BeginGroup() {
   Engine();
   // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
-  // group's end covers them all.
-  if (depth_ == 0) database_->Run("PRAGMA synchronous = NORMAL");
+  // group's end covers them all. The log grows larger, so that most of it has come to the disk by
+  // itself when it has to be waited for.
+  if (depth_ == 0) {
+    database_->Run("PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000;");
+  }
   depth_++;
 }
 
@@ -205,7 +209,7 @@ void Session::EndGroup() {
   }
   depth_ = 0;
   refusal_.reset();
-  database_->Run("PRAGMA synchronous = FULL");
+  database_->Run("PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 1000;");
   if (failure) throw *failure;
 }
 

@@ -341,18 +341,24 @@ bool TextIndex::IsFollowDue() const {
   return !broken_ && (followed_ ? writer_.IsFull() : unfollowed_ >= kLeastSegment);
 }
 
-void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts) {
-  assert(followed_ && key - 1 == *followed_);
-  trigrams_.Clear();
-  for (size_t i = 0; i < columns_.size(); i++) {
-    // What is bound is mended likewise.
-    if (platform::IsValidUtf8(texts[i])) {
-      trigrams_.Add(texts[i], SaltOf(i));
-    } else {
-      trigrams_.Add(platform::MendUtf8(texts[i]), SaltOf(i));
-    }
+void TextIndex::AddTo(TrigramSet& trigrams, size_t column, std::string_view text) {
+  // What is bound is mended likewise.
+  if (platform::IsValidUtf8(text)) {
+    trigrams.Add(text, SaltOf(column));
+  } else {
+    trigrams.Add(platform::MendUtf8(text), SaltOf(column));
   }
-  writer_.Add(key, trigrams_.Hashes());
+}
+
+void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts) {
+  trigrams_.Clear();
+  for (size_t i = 0; i < columns_.size(); i++) AddTo(trigrams_, i, texts[i]);
+  HandOver(key, trigrams_.Hashes());
+}
+
+void TextIndex::HandOver(int64_t key, const std::vector<uint32_t>& trigrams) {
+  assert(followed_ && key - 1 == *followed_);
+  writer_.Add(key, trigrams);
   followed_ = key;
 }
 

@@ -71,6 +71,10 @@ class TextIndex final : public Follower {
   const std::vector<std::string>& Columns() const { return columns_; }
   // texts: what was written into the columns. REQUIRES: IsNext(..., key).
   void HandOver(int64_t key, const std::vector<std::string_view>& texts);
+  // trigrams: what AddTo made of them.
+  void HandOver(int64_t key, const std::vector<uint32_t>& trigrams);
+  // Adds the trigrams of a text that is written into one of the columns.
+  static void AddTo(TrigramSet& trigrams, size_t column, std::string_view text);
   // Nothing more can be handed over before the next Follow, which need not wait for a commit.
   bool IsFollowDue() const override;
   // Takes in what is missing. look is called with the rows done and those there are, and stops it

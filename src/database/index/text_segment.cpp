@@ -36,11 +36,7 @@ class BitWriter {
   void Put(uint32_t bits, int count) {
     window_ |= static_cast<uint64_t>(bits) << filled_;
     filled_ += count;
-    while (filled_ >= 8) {
-      data_ += static_cast<char>(window_);
-      window_ >>= 8;
-      filled_ -= 8;
-    }
+    if (filled_ >= 32) Drop(4);
   }
   void Gamma(uint32_t number) {
     int bits = static_cast<int>(std::bit_width(number)) - 1;
@@ -50,13 +46,23 @@ class BitWriter {
   void Rice(uint32_t number, int parameter) {
     uint32_t quotient = number >> parameter;
     for (; quotient >= 16; quotient -= 16) Put(0xFFFF, 16);
-    Put((1u << quotient) - 1, static_cast<int>(quotient) + 1);
-    Put(number & ((1u << parameter) - 1), parameter);
+    // Together at most 29 bits: a parameter has fewer than a document's number.
+    uint32_t ones = (1u << quotient) - 1;
+    uint32_t rest = number & ((1u << parameter) - 1);
+    int length = static_cast<int>(quotient) + 1;
+    Put(ones | rest << length, length + parameter);
   }
 
  private:
+  void Drop(int bytes) {
+    char dropped[4];
+    for (int i = 0; i < bytes; i++) dropped[i] = static_cast<char>(window_ >> 8 * i);
+    data_.append(dropped, static_cast<size_t>(bytes));
+    window_ >>= 8 * bytes;
+    filled_ -= 8 * bytes;
+  }
   void Align() {
-    if (filled_ > 0) data_ += static_cast<char>(window_);
+    while (filled_ > 0) Drop(1);
   }
 
   std::string& data_;

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "platform/ahead.h"
+
+namespace tarnwick::platform {
+
+namespace {
+
+int& Threads() {
+  static int threads = 1;
+  return threads;
+}
+
+}  // namespace
+
+int WorkThreads() {
+  return Threads();
+}
+
+void SetWorkThreads(int threads) {
+  Threads() = threads;
+}
+
+int ProcessorCount() {
+  return static_cast<int>(std::thread::hardware_concurrency());
+}
+
+}  // namespace tarnwick::platform

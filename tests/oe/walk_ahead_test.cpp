@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+//
+// A load on two threads leaves what a load on one leaves, however it ends.
+#include "oe/walk_ahead.h"
+
+#include <atomic>
+
+#include "oe_fixture.h"
+#include "repository/schema.h"
+
+namespace tarnwick::oe {
+namespace {
+
+using core::SenderAnswer;
+using samples::IndexedMessage;
+using samples::MessagePlaces;
+using samples::MessageStoreBuilder;
+
+// What happens to a load, and where.
+struct Course {
+  std::string name;
+  std::deque<SenderAnswer> answers = {SenderAnswer::kAcceptAll};
+  int stopsAtYield = -1;
+  int diskIsFullAtWrite = -1;  // of the scratch file
+  bool isSecond = false;       // half of it is there already
+};
+
+// All that can be seen of it afterwards.
+struct Left {
+  std::vector<std::string> tables;
+  std::string log;
+  std::string account;
+  std::string summary;
+  std::vector<std::pair<std::string, std::string>> shown;
+  std::vector<std::string> files;
+  std::optional<std::vector<int64_t>> found;
+  bool operator==(const Left&) const = default;
+};
+
+class WalkAheadTest : public OeFixture {
+ protected:
+  WalkAheadTest() {
+    repository::DisconnectRepository();
+    platform::CopyFile(folder_.File("Tarnwick.twr"), folder_.File("empty"));
+    EXPECT_TRUE(repository::OpenRepository(false));
+  }
+  ~WalkAheadTest() override { platform::SetWorkThreads(1); }
+
+  static IndexedMessage Letter(int number) {
+    IndexedMessage letter = MailOf("letter " + std::to_string(number), number % 60);
+    letter.senderName = "Person " + std::to_string(number % 7);
+    std::string& text = letter.text;
+    text.replace(text.find("Bob Kern"), 8, letter.senderName);
+    switch (number % 11) {
+      case 3:
+        text.insert(text.find("\r\n\r\n"), "\r\nContent-Type: text/html");
+        text += "<html><body><p>a <b>table</b></body></html>\r\n";
+        break;
+      case 5:  // leaves a file behind
+        text += "begin 644 note.txt\r\n#0V%T\r\n`\r\nend\r\n";
+        break;
+      case 7: {  // brings up a box
+        text.insert(text.find("\r\n\r\n"), "\r\nContent-Type: multipart/mixed; boundary=edge");
+        for (int i = 0; i < 25; ++i) {
+          text +=
+              "--edge\r\nContent-Type: application/x; name=f" + std::to_string(i) + "\r\n\r\nx\r\n";
+        }
+        break;
+      }
+      case 9:  // several rows, in parts beyond packing
+        for (int i = 0; i < 3000; ++i) text += std::to_string(i * i * number) + "\r\n";
+        break;
+    }
+    return letter;
+  }
+
+  // Of 330 letters in three levels, some of them damaged, one there twice.
+  static MessageStoreBuilder Store(int letters = 330) {
+    MessageStoreBuilder store;
+    for (int i = 0; i < letters; ++i) {
+      MessagePlaces places = store.AddMessage(Letter(i == 100 ? 99 : i));
+      if (i % 50 == 20) store.Image().Put32(places.info, 1);
+      if (i % 50 == 21) store.Image().Put32(places.date, 0xFFFFFFFF);
+      if (i % 50 == 22) store.Image().Put32(places.blocks.front(), 1);
+    }
+    store.FinishInLevels(3, 12);
+    return store;
+  }
+
+  Left Load(const std::string& path, int threads, const Course& course) {
+    repository::DisconnectRepository();
+    platform::CopyFile(folder_.File("empty"), folder_.File("Tarnwick.twr"));
+    EXPECT_TRUE(repository::OpenRepository(false));
+    platform::SetWorkThreads(threads);
+    if (course.isSecond) Read(WriteTemp("half.dbx", Store(180).Bytes()), {});
+    platform::RemoveFile(core::State().LogFile);
+    ui_.shown.clear();
+    Read(path, course);
+    Left left;
+    for (const jet::TableDefinition& table : repository::RepositoryTables()) {
+      left.tables.push_back(Rows("SELECT * FROM " + std::string(table.name)));
+    }
+    left.log = Log();
+    left.account = intake::Account().Text();
+    left.summary = Summary();
+    left.shown = ui_.shown;
+    left.files = platform::ListFiles(core::State().EmailFileFolder);
+    left.found = RepositoryDb().MayHold("Email", "Body", "letter 17");
+    return left;
+  }
+
+  void Read(const std::string& path, const Course& course) {
+    core::EndLoadState();
+    core::BeginLoadState();
+    ui_.senders = course.answers;
+    int yields = 0;
+    ui_.onYield = [&] {
+      if (yields++ == course.stopsAtYield) core::State().ImportCancelFlag = true;
+    };
+    std::atomic<int> writes = 0;  // the second thread comes by here, too
+    const std::string scratch = core::State().TempMessageFile;
+    platform::SetFileFault([&](platform::FileOperation operation, const std::string& file) {
+      if (operation != platform::FileOperation::kWrite || file != scratch) return;
+      if (writes++ == course.diskIsFullAtWrite) throw Error(ErrorNumber::kDiskFull, "Disk full");
+    });
+    jet::CommitGroup group(RepositoryDb());
+    intake::Account().Open();
+    intake::Account().Announce(path, AnnouncedMessages(path));
+    ReadMessageTree(path, kMsgToDb, {"Inbox", "", "ann"}, intake::kComplete);
+    group.End();
+    intake::Account().Close();
+    platform::SetFileFault(nullptr);
+    ui_.onYield = {};
+  }
+};
+
+TEST_F(WalkAheadTest, TwoThreadsLeaveWhatOneLeavesHoweverALoadEnds) {
+  using enum SenderAnswer;
+  const Course courses[] = {
+      {.name = "to its end"},
+      {.name = "half is there", .isSecond = true},
+      {.name = "asked", .answers = {kAccept, kIgnore, kReject, kAccept, kIgnore, kAcceptAll}},
+      {.name = "cancelled", .answers = {kAccept, kAccept, kAccept, kIgnore, kCancel}},
+      {.name = "stopped", .stopsAtYield = 215},
+      {.name = "disk full", .diskIsFullAtWrite = 150},
+  };
+  const std::string path = WriteTemp("Inbox.dbx", Store().Bytes());
+  for (const Course& course : courses) {
+    int64_t before = WalkAhead::MessagesTaken();
+    Left one = Load(path, 1, course);
+    EXPECT_EQ(WalkAhead::MessagesTaken(), before);
+    Left two = Load(path, 2, course);
+    bool wentFar = course.name != "cancelled";
+    EXPECT_EQ(WalkAhead::MessagesTaken() > before + 40, wentFar) << course.name;
+    EXPECT_EQ(one.summary, two.summary) << course.name;
+    EXPECT_EQ(one.shown, two.shown) << course.name;
+    EXPECT_EQ(one.log, two.log) << course.name;
+    EXPECT_TRUE(one == two) << course.name;
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::oe
