@@ -10,6 +10,7 @@
 #include "repository/keys.h"
 #include "repository/schema.h"
 #include "support/faults.h"
+#include "support/machine.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
