@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-make-repository HOME MESSAGES [CONTACTS]: fills the repository in HOME, made where it is
-// missing, up to so many messages, by the routines that store mail, and then its contact book.
-// What the n-th message holds depends on n alone, so a run that was stopped is taken up where it
-// ended, and every machine makes the same repository. Its mail: raw texts of 1 to 8 KB whose words
-// are as frequent as those of a language (the n-th word a n-th as often as the first), threads,
-// 3,000 correspondents, a fifth with one to three attachments, one message in fifty hot.
+// tarnwick-make-repository HOME MESSAGES [CONTACTS [LONGEST]]: fills the repository in HOME, made
+// where it is missing, up to so many messages, by the routines that store mail, and then its
+// contact book. What the n-th message holds depends on n and LONGEST alone, so a run that was
+// stopped is taken up where it ended, and every machine makes the same repository. Its mail: raw
+// texts of an eighth of LONGEST bytes (8192) up to it whose words are as frequent as those of a
+// language (the n-th word a n-th as often as the first), threads, 3,000 correspondents, a fifth
+// with one to three attachments, one message in fifty hot. No raw text is shorter than its head and
+// 100 bytes.
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -123,7 +125,7 @@ class Mail {
   std::vector<std::string> words_;
 };
 
-void Store(const Mail& mail, int64_t number, intake::MailMessage& message) {
+void Store(const Mail& mail, int64_t number, double longest, intake::MailMessage& message) {
   Random random(static_cast<uint64_t>(number));
   message = {};
   size_t person = random.Rank(kCorrespondents);
@@ -163,7 +165,7 @@ void Store(const Mail& mail, int64_t number, intake::MailMessage& message) {
                     ">\r\nSubject: " + message.Subject + "\r\nDate: " + message.SentTime.ToIso() +
                     "\r\nMIME-Version: 1.0\r\nContent-Type: text/plain; charset=us-ascii\r\n"
                     "X-Mailer: Microsoft Outlook Express 6.00.2600.0000\r\n\r\n";
-  double size = 1024 * std::pow(8, random.Part());
+  double size = longest / 8 * std::pow(8, random.Part());
   message.Body = mail.Text(random, std::max(100.0, size - static_cast<double>(raw.size())));
   raw += message.Body;
   const std::string& file = core::State().TempMessageFile;
@@ -181,7 +183,7 @@ int64_t Number(const char* sql) {
   return rows.Eof() ? 0 : rows.Field(0).AsInt();
 }
 
-int Run(const std::string& home, int64_t messages, int64_t contacts) {
+int Run(const std::string& home, int64_t messages, int64_t contacts, double longest) {
   testing::ScriptedUi ui;
   std::string program = platform::FolderOf(platform::ProgramPath());
   std::string folder = platform::WithSeparator(home);
@@ -201,7 +203,7 @@ int Run(const std::string& home, int64_t messages, int64_t contacts) {
   };
   jet::CommitGroup group(repository::RepositoryDb());
   for (int64_t number = first; number <= messages; ++number) {
-    Store(mail, number, *message);
+    Store(mail, number, longest, *message);
     repository::RepositoryDb().EndUnit();
     if (number % 50000 == 0) {
       std::printf("%8ld messages  %7.0f a second\n", static_cast<long>(number),
@@ -227,12 +229,13 @@ int Run(const std::string& home, int64_t messages, int64_t contacts) {
 }  // namespace tarnwick
 
 int main(int argc, char** argv) {
-  if (argc < 3 || argc > 4) {
-    std::cerr << "usage: tarnwick-make-repository HOME MESSAGES [CONTACTS]" << std::endl;
+  if (argc < 3 || argc > 5) {
+    std::cerr << "usage: tarnwick-make-repository HOME MESSAGES [CONTACTS [LONGEST]]" << std::endl;
     return 2;
   }
   try {
-    return tarnwick::Run(argv[1], std::atoll(argv[2]), argc == 4 ? std::atoll(argv[3]) : 0);
+    return tarnwick::Run(argv[1], std::atoll(argv[2]), argc >= 4 ? std::atoll(argv[3]) : 0,
+                         argc == 5 ? std::atof(argv[4]) : 8192);
   } catch (const tarnwick::Error& error) {
     std::cerr << error.Number() << " " << error.Description() << std::endl;
     return 1;

@@ -147,8 +147,9 @@ void Connection::SetMark(int64_t mark) {
   impl_->session.Engine().Run(("PRAGMA user_version = " + number).c_str());
 }
 
-std::string Connection::IntegrityCheck() {
-  Statement check(impl_->session.Engine(), "PRAGMA integrity_check");
+std::string Connection::IntegrityCheck(Checked checked) {
+  Statement check(impl_->session.Engine(),
+                  checked == Checked::kAll ? "PRAGMA integrity_check" : "PRAGMA quick_check");
   std::string found;
   while (impl_->session.StepRead(check)) {
     if (!found.empty()) found += "\n";

@@ -259,13 +259,18 @@ EngineSql Connection::Impl::CopyOf(Insert& copy) {
   const TableView* source = from.Find(copy.select->table.name);
   const TableView* target = to.Find(copy.table);
   if (source == nullptr || target == nullptr) throw Error(1, "no such table: " + copy.table);
-  copy.select->items.clear();
-  for (const std::string& column : target->columns) {
-    if (!source->Has(column)) continue;
-    copy.columns.push_back(column);
-    SelectItem& item = copy.select->items.emplace_back();
-    item.value.kind = Expression::Kind::kColumn;
-    item.value.text = column;
+  // Of like tables the engine carries rows over whole; those of another's file it reads value by
+  // value.
+  bool areAlike = copy.file && source->columns == target->columns && source->types == target->types;
+  if (!areAlike) {
+    copy.select->items.clear();
+    for (const std::string& column : target->columns) {
+      if (!source->Has(column)) continue;
+      copy.columns.push_back(column);
+      SelectItem& item = copy.select->items.emplace_back();
+      item.value.kind = Expression::Kind::kColumn;
+      item.value.text = column;
+    }
   }
   SqlWriter writer(*schema_, kOtherSchema);
   writer.Write(copy);

@@ -26,7 +26,7 @@ Result WriteBackup(const std::string& file) {
   std::vector<TableCount> counts = CountBackupTables(RepositoryDb());
   Run run(SumOf(counts));
   return UntilStopped([&] {
-    NewDatabaseFile target(file);
+    NewDatabaseFile target(file, NewDatabaseFile::Begin::kRows);
     {
       WatchScope watch(run, RepositoryDb(), true);
       for (const TableCount& count : counts) {

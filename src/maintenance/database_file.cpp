@@ -21,11 +21,18 @@ using core::State;
 using repository::RepositoryDb;
 
 // The template may be of an older version, and would not hold all that is copied.
-void BringUpToDate(const std::string& file) {
+void BringUpToDate(const std::string& file, std::span<const jet::TableDefinition> tables) {
   jet::Connection connection;
   OpenFile(connection, file, {});
-  jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
+  jet::UpdateTables(connection, tables, repository::kSchemaVersion);
   connection.Close();
+}
+
+std::vector<jet::TableDefinition> TablesWithoutIndexes() {
+  std::span<const jet::TableDefinition> tables = repository::RepositoryTables();
+  std::vector<jet::TableDefinition> bare(tables.begin(), tables.end());
+  for (jet::TableDefinition& table : bare) table.indexes.clear();
+  return bare;
 }
 
 }  // namespace
@@ -145,11 +152,18 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
 }
 
 NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
-    : file_(file), logs_{file + std::string(platform::kUnfinished)}, made_(logs_.path) {
+    : file_(file),
+      begin_(begin),
+      logs_{file + std::string(platform::kUnfinished)},
+      made_(logs_.path) {
   jet::RemoveLogs(Path());  // of a run that was killed
   if (begin == Begin::kNothing) return;
   MakeEmptyFile(Path());
-  BringUpToDate(Path());
+  if (begin == Begin::kRows) {
+    BringUpToDate(Path(), TablesWithoutIndexes());
+  } else {
+    BringUpToDate(Path(), repository::RepositoryTables());
+  }
 }
 
 NewDatabaseFile::LogRemover::~LogRemover() {
@@ -160,12 +174,26 @@ NewDatabaseFile::LogRemover::~LogRemover() {
   }
 }
 
+void NewDatabaseFile::MakeIndexes(Run& run) const {
+  jet::Connection connection;
+  OpenFile(connection, Path(), {});
+  {
+    WatchScope watch(run, connection, true);
+    jet::BulkScope bulk(connection);
+    jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
+  }
+  connection.Close();
+}
+
 void NewDatabaseFile::Check(std::span<const TableCount> counts, Run& run) const {
+  using Checked = jet::Connection::Checked;
+  if (begin_ == Begin::kRows) MakeIndexes(run);
   jet::Connection connection;
   OpenFile(connection, Path());
   WatchScope watch(run, connection, true);
   RequireCounts(connection, counts);
-  std::string damage = connection.IntegrityCheck();
+  std::string damage =
+      connection.IntegrityCheck(begin_ == Begin::kRows ? Checked::kAllButIndexes : Checked::kAll);
   if (!damage.empty()) {
     throw Error(ErrorNumber::kPathAccess, "The file is damaged: " + damage);
   }

@@ -61,7 +61,9 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
 // temporary name beside its own. What is not finished is removed, with the logs beside it.
 class NewDatabaseFile {
  public:
-  enum class Begin { kEmpty, kNothing };  // with kNothing the caller makes the file under Path()
+  // kRows: the indexes are made by Check, of the rows that lie in the file by then.
+  // kNothing: the caller makes the file under Path().
+  enum class Begin { kEmpty, kRows, kNothing };
   explicit NewDatabaseFile(const std::string& file, Begin begin = Begin::kEmpty);
   NewDatabaseFile(const NewDatabaseFile&) = delete;
   NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
@@ -69,7 +71,7 @@ class NewDatabaseFile {
   // The temporary name.
   const std::string& Path() const { return made_.Path(); }
 
-  // Opens the file and throws unless it has these rows and the engine finds it sound.
+  // Throws unless the file has these rows and the engine finds it sound.
   void Check(std::span<const TableCount> counts, Run& run) const;
   // Gives the file its name, in place of an older one.
   void Finish();
@@ -81,7 +83,10 @@ class NewDatabaseFile {
     std::string path;
   };
 
+  void MakeIndexes(Run& run) const;
+
   std::string file_;
+  Begin begin_;
   LogRemover logs_;
   platform::StagedFile made_;
 };

@@ -74,7 +74,7 @@ Result WriteExport(const std::string& file, const std::string& idList, Run& run,
   core::LogProgress("Export into " + file);
   RepositoryDb().FlushGroup();
   return UntilStopped([&] {
-    NewDatabaseFile target(file);
+    NewDatabaseFile target(file, NewDatabaseFile::Begin::kRows);
     std::vector<TableCount> copied;
     {
       WatchScope watch(run, RepositoryDb(), true);

@@ -44,6 +44,7 @@ using testing::FaultyDisk;
 
 constexpr char kOlder[] = "an older backup";
 constexpr char kPassword[] = "a password of Ann's own";
+constexpr char kNextPassword[] = "another one, a year later";
 
 struct Operation {
   const char* name;
@@ -51,6 +52,7 @@ struct Operation {
   std::function<bool()> run;  // true: it says that it has done its work
   const char* input = "";     // what it reads
   bool writesIndex = false;   // begins with a text index that waits for all rows
+  bool isProtected = false;   // begins with a repository that has kPassword
 };
 
 // What came of the faults of one kind in one operation.
@@ -117,6 +119,12 @@ class Disaster : public testing::ProgramFixture {
         "DELETE FROM tw_search_part; UPDATE tw_search_state SET Done = 0");
     repository::DisconnectRepository();
     unindexed_ = platform::ReadFile(folder_.File(repository::kRepositoryFile));
+    platform::WriteFile(folder_.File(repository::kRepositoryFile),
+                        kept_[repository::kRepositoryFile]);
+    EXPECT_TRUE(repository::OpenRepository(false));
+    EXPECT_EQ(maintenance::ProtectRepository(platform::Secret(kPassword)), Result::kDone);
+    repository::DisconnectRepository();
+    protected_ = platform::ReadFile(folder_.File(repository::kRepositoryFile));
   }
 
   // As many as a segment of the text index needs.
@@ -205,6 +213,13 @@ class Disaster : public testing::ProgramFixture {
          [] {
            return maintenance::ProtectRepository(platform::Secret(kPassword)) == Result::kDone;
          }},
+        {"change", 0,
+         [] {
+           return maintenance::ProtectRepository(platform::Secret(kNextPassword)) == Result::kDone;
+         },
+         "", false, true},
+        {"unprotect", 1, [] { return maintenance::UnprotectRepository() == Result::kDone; }, "",
+         false, true},
     };
   }
 
@@ -220,6 +235,9 @@ class Disaster : public testing::ProgramFixture {
     if (operation.writesIndex) {
       platform::WriteFile(folder_.File(repository::kRepositoryFile), unindexed_);
     }
+    if (operation.isProtected) {
+      platform::WriteFile(folder_.File(repository::kRepositoryFile), protected_);
+    }
     core::State().StopFlag = core::State().ImportCancelFlag = false;
     repository::ForgetKeys();
     Again(operation);
@@ -231,7 +249,7 @@ class Disaster : public testing::ProgramFixture {
     ui_.folders = {std::nullopt};  // asked where the setting can't be read
     ui_.passwords.clear();
     if (!repository::MarkOf(folder_.File(repository::kRepositoryFile)).empty()) {
-      ui_.passwords = {kPassword};
+      ui_.passwords = {kPassword, kNextPassword};
     }
     ui_.declinesOthers = true;  // what is asked where a store looks damaged
     ui_.shown.clear();
@@ -276,8 +294,10 @@ class Disaster : public testing::ProgramFixture {
       repository::DisconnectRepository();
       run.calls[kind] = disk.Calls() - began;
     }
+    ForgetAnswers();
     bool changes =
-        std::string("backup export search protect").find(operation.name) == std::string::npos;
+        std::string("backup export search protect unprotect change").find(operation.name) ==
+        std::string::npos;
     EXPECT_EQ(run.before != run.after, changes) << operation.name;
     run.calls[DiskFault::kShortWrite] = run.calls[DiskFault::kKill] = run.calls[DiskFault::kFull];
     return run;
@@ -375,6 +395,7 @@ class Disaster : public testing::ProgramFixture {
   std::string copy_ = folder_.File("Tarnwick_before_restore.twb");
   std::map<std::string, std::string> kept_;
   std::string unindexed_;
+  std::string protected_;
   std::vector<SelectedMessage> selected_;
   std::vector<std::string> beforeNames_;
   Tally tally_;

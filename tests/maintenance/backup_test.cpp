@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/backup.h"
 
+#include "database/engine/engine.h"
 #include "maintenance/restore.h"
 #include "repository/schema.h"
 #include "support/program_fixture.h"
@@ -18,6 +19,11 @@ class Backup : public testing::ProgramFixture {
 
   Texts FilesLeft() { return platform::ListFiles(folder_.Path(), ".unfinished"); }
 
+  static int64_t IndexesIn(const std::string& file) {
+    return jet::Database(file, repository::DatabasePassword(), jet::Database::Mode::kReadOnly)
+        .Number("SELECT count(*) FROM sqlite_schema WHERE type = 'index'");
+  }
+
   std::string file_;
 };
 
@@ -31,6 +37,7 @@ TEST_F(Backup, EveryRowOfEveryTableArrivesAsItIs) {
   EXPECT_EQ(testing::DumpFile(file_), before);
   EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
   EXPECT_EQ(IsItFullBackup(file_), 0);
+  EXPECT_EQ(IndexesIn(file_), IndexesIn(folder_.File(repository::kTemplateFile)));
   EXPECT_EQ(FilesLeft(), Texts{});
   EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
   EXPECT_THAT(Log(), HasSubstr("Backup into "));
