@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The style of Windows draws light windows alone. Where the system is dark another one draws them, in the
-// system's colours.
+// The style of Windows draws light windows alone. Where the system is dark another one draws them,
+// in the system's colours.
 #include "native_look.h"
 
 #include <QApplication>
@@ -18,8 +18,8 @@ void PrepareLook() {
 
 void ApplyLook(QApplication& application) {
   const QPalette colours = QApplication::palette();
-  bool isDark = colours.color(QPalette::Window).lightness() <
-                colours.color(QPalette::WindowText).lightness();
+  bool isDark =
+      colours.color(QPalette::Window).lightness() < colours.color(QPalette::WindowText).lightness();
   if (isDark) application.setStyle("fusion");
 }
 

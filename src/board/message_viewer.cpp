@@ -30,8 +30,8 @@ struct Document {
   std::string bytes;
 };
 
-// What the repository keeps is an Internet message whichever mailer it was taken from. One of Outlook
-// is handed over as such where a program is there for it.
+// What the repository keeps is an Internet message whichever mailer it was taken from. One of
+// Outlook is handed over as such where a program is there for it.
 Document DocumentOf(int64_t emailId, const std::string& application, std::string stored) {
   constexpr const char* kOutlookFile = ".msg";
   if (application == "Outlook" && platform::HasProgramFor(kOutlookFile)) {

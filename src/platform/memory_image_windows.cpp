@@ -47,8 +47,8 @@ void ForbidLooking() {
 
 }  // namespace
 
-// The report that the system makes of a crash holds parts of the memory; without its window there is
-// none.
+// The report that the system makes of a crash holds parts of the memory; without its window there
+// is none.
 NoMemoryImage::NoMemoryImage() {
   Former& former = State();
   if (former.count++ > 0) return;

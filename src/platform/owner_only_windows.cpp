@@ -42,8 +42,7 @@ SECURITY_ATTRIBUTES Make() {
   std::wstring user = UserNumber();
   if (user.empty()) return attributes;
   // Protected from the folder's rules; full access for the user and the system, handed down.
-  attributes.lpSecurityDescriptor =
-      DescriptorOf(L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)");
+  attributes.lpSecurityDescriptor = DescriptorOf(L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)");
   return attributes;
 }
 

@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // A second start asks the program that runs already to come to the front: by a local socket in the
-// program's folder, which only its owner can reach, or, on Windows, by an event of the folder's number.
-// Nothing is read from it; to be called is all.
+// program's folder, which only its owner can reach, or, on Windows, by an event of the folder's
+// number. Nothing is read from it; to be called is all.
 #pragma once
 
 #include <cstdint>

@@ -23,9 +23,8 @@ ShellResult OpenOnDesktop(const std::string& path, const std::function<void()>&)
 
 bool HasDesktopProgramFor(const std::string& extension) {
   DWORD size = 0;
-  HRESULT result =
-      AssocQueryStringW(ASSOCF_INIT_IGNOREUNKNOWN, ASSOCSTR_EXECUTABLE, Wide(extension).c_str(),
-                        L"open", nullptr, &size);
+  HRESULT result = AssocQueryStringW(ASSOCF_INIT_IGNOREUNKNOWN, ASSOCSTR_EXECUTABLE,
+                                     Wide(extension).c_str(), L"open", nullptr, &size);
   return SUCCEEDED(result) && size > 1;
 }
 

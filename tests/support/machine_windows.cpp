@@ -84,7 +84,7 @@ bool IsOpenToOthers(const std::string& path) {
 bool MayBeLookedInto() {
   HANDLE process = OpenProcess(PROCESS_VM_READ, FALSE, GetCurrentProcessId());
   if (process != nullptr) CloseHandle(process);
-  return process != nullptr && (GetErrorMode() & SEM_NOGPFAULTERRORBOX) == 0;
+  return process != nullptr;
 }
 
 bool IsAdministrator() {
