@@ -125,8 +125,9 @@ build_libsodium() {
 # What the windows use of it and no more. Its own tools run on this machine and are Debian's, which is why
 # the version is the one that Debian has.
 build_qt6_base() {
-  local off="dbus network sql xml concurrent icu vulkan zstd glib system_zlib pkg_config tabletevent" feature
-  local options=()
+  local off="dbus network sql xml concurrent testlib icu vulkan direct2d1_1 zstd glib system_zlib pkg_config"
+  local feature options=(-DFEATURE_optimize_size=ON)
+  off+=" tabletevent"  # asks for a header that the source package leaves out
   for feature in $off; do options+=("-DFEATURE_$feature=OFF"); done
   # With the C library's larger files "stat" would be another word, which is one of Qt's own as well.
   CXXFLAGS="$CXXFLAGS -U_FILE_OFFSET_BITS" \
