@@ -21,7 +21,15 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../packaging/windows/wine.sh)
 
+# Qt's own tools run on this machine and are Debian's. Without Qt there are the programs of the console.
+set(QT_HOST_PATH /usr)
+set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake)
+if(NOT EXISTS ${windows_root}/lib/cmake/Qt6Widgets)
+  set(TARNWICK_WINDOWS OFF)
+endif()
+
 # Sizes of files need 64 bits also in the C library; the libraries are linked into the programs.
-add_compile_definitions(_FILE_OFFSET_BITS=64 LIBXML_STATIC U_STATIC_IMPLEMENTATION)
+add_compile_definitions(_FILE_OFFSET_BITS=64 LIBXML_STATIC U_STATIC_IMPLEMENTATION
+                        SODIUM_STATIC)
 add_link_options(-static)
 set(ENV{PKG_CONFIG_LIBDIR} ${windows_root}/lib/pkgconfig)

@@ -1,13 +1,21 @@
 #!/usr/bin/env bash
 # Builds Tarnwick for 64-bit Windows on Debian 12: installs what is missing, builds the libraries once
-# (build/windows-deps, or the folder that TARNWICK_WINDOWS_DEPS names) and then tarnwick-cli.exe,
-# tarnwick-pst-reader.exe and the empty databases into build/windows.
+# (build/windows-deps, or the folder that TARNWICK_WINDOWS_DEPS names), then the programs, their handbook
+# and the empty databases into build/windows, and packs the installer and the portable program (pack.sh).
 #
-#   build.sh [TARGET...]     further targets of the build, such as test_platform
+#   build.sh                the whole
+#   build.sh TARGET...      of the build these targets alone, such as tarnwick-cli or test_platform;
+#                           nothing is packed, and Qt is not built if it isn't there
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 ./cmake/setup.sh windows
 export TARNWICK_WINDOWS_DEPS="${TARNWICK_WINDOWS_DEPS:-$PWD/build/windows-deps}"
+if [ $# -gt 0 ]; then
+  ./packaging/windows/dependencies.sh libzstd libxml2 libsodium googletest icu
+  cmake --preset windows
+  exec cmake --build --preset windows --target "$@"
+fi
 ./packaging/windows/dependencies.sh
 cmake --preset windows
-cmake --build --preset windows --target tarnwick-cli tarnwick-pst-reader "$@"
+cmake --build --preset windows --target tarnwick tarnwick-cli tarnwick-pst-reader
+./packaging/windows/pack.sh

@@ -2,6 +2,8 @@
 # Builds the libraries that Tarnwick needs for Windows out of Debian's source packages, static, once:
 # what stands in the folder already is left alone. TARNWICK_WINDOWS_DEPS names another folder than
 # build/windows-deps, which several checkouts may share.
+#
+#   dependencies.sh [LIBRARY...]     these alone (those of sources.txt); without qt6-base there is no window
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 deps="${TARNWICK_WINDOWS_DEPS:-$here/../../build/windows-deps}"
@@ -15,10 +17,6 @@ if command -v ccache >/dev/null; then launcher=(ccache); fi
 export CC="${launcher[*]} $host-gcc-posix" CXX="${launcher[*]} $host-g++-posix"
 export CFLAGS="-O2" CXXFLAGS="-O2 -std=gnu++17"
 mkdir -p "$root/include" "$root/lib" "$root/done"
-
-# Others may build into the same folder at this moment.
-exec 9>"$deps/lock"
-flock 9
 
 version_of() { awk -v name="$1" '$1 == name { print $2 }' "$here/sources.txt"; }
 
@@ -75,8 +73,6 @@ icu_data() {
 }
 
 build_icu() {
-  local build="$deps/sources/icu/build"
-  rm -rf "$build"
   mkdir -p "$build/lib" "$build/native/bin" "$build/native/config"
   local tool
   for tool in icupkg pkgdata genrb gencnval gencfu genbrk gendict gensprep gennorm2 makeconv; do
@@ -98,45 +94,70 @@ build_icu() {
   $host-ar rcs "$root/lib/libicudata.a" "$build/data.o"
 }
 
-build_libxml2() {
-  local build="$deps/sources/libxml2/build"
-  rm -rf "$build"
-  cmake -S "$source" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
-    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
-    -DLIBXML2_WITH_{ICONV,LZMA,ZLIB,PYTHON,PROGRAMS,TESTS,FTP,HTTP,DEBUG,MODULES,CATALOG,DOCB}=OFF \
-    -DLIBXML2_WITH_{SCHEMAS,SCHEMATRON,XINCLUDE,XPTR,C14N,LEGACY,REGEXPS}=OFF >"$build.log"
+# Configures, builds and installs with CMake what lies in the folder; further words are options.
+with_cmake() {
+  local folder="$1"
+  shift
+  cmake -S "$folder" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" >"$build.log"
   ninja -j"$jobs" -C "$build" install >>"$build.log"
+}
+
+build_libxml2() {
+  with_cmake "$source" -DLIBXML2_WITH_{ICONV,LZMA,ZLIB,PYTHON,PROGRAMS,TESTS,FTP,HTTP,DEBUG}=OFF \
+    -DLIBXML2_WITH_{MODULES,CATALOG,DOCB,SCHEMAS,SCHEMATRON,XINCLUDE,XPTR,C14N,LEGACY,REGEXPS}=OFF
 }
 
 build_libzstd() {
-  local build="$deps/sources/libzstd/build"
-  rm -rf "$build"
-  cmake -S "$source/build/cmake" -B "$build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
-    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DZSTD_BUILD_SHARED=OFF \
-    -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_LEGACY_SUPPORT=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF >"$build.log"
-  ninja -j"$jobs" -C "$build" install >>"$build.log"
+  with_cmake "$source/build/cmake" -DZSTD_BUILD_{SHARED,PROGRAMS}=OFF \
+    -DZSTD_{LEGACY,MULTITHREAD}_SUPPORT=OFF
 }
 
-build_googletest() {
-  local build="$deps/sources/googletest/build"
-  rm -rf "$build"
-  cmake -S "$source" -B "$build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
-    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release >"$build.log"
-  ninja -j"$jobs" -C "$build" install >>"$build.log"
+build_googletest() { with_cmake "$source"; }
+
+build_libsodium() {
+  (cd "$source" && autoreconf --install) >"$build.log" 2>&1
+  mkdir -p "$build"
+  (cd "$build" && "$source/configure" --host=$host --prefix="$root" --enable-static --disable-shared &&
+    make -s -j"$jobs" install) >>"$build.log" 2>&1
 }
 
-for name in "${@:-libzstd libxml2 googletest icu}"; do
-  for library in $name; do
-    mark="$root/done/$library-$(version_of "$library")"
-    [ -e "$mark" ] && continue
-    echo "Building $library $(version_of "$library") for Windows"
-    started=$SECONDS
-    fetch "$library"
-    "build_$library"
-    rm -rf "$deps/sources/$library"
-    touch "$mark"
-    echo "  $((SECONDS - started)) s"
-  done
-done
+# What the windows use of it and no more. Its own tools run on this machine and are Debian's, which is why
+# the version is the one that Debian has.
+build_qt6_base() {
+  local off="dbus network sql xml concurrent testlib icu vulkan direct2d1_1 zstd glib system_zlib pkg_config"
+  local feature options=(-DFEATURE_optimize_size=ON)
+  off+=" tabletevent"  # asks for a header that the source package leaves out
+  for feature in $off; do options+=("-DFEATURE_$feature=OFF"); done
+  # With the C library's larger files "stat" would be another word, which is one of Qt's own as well.
+  CXXFLAGS="$CXXFLAGS -U_FILE_OFFSET_BITS" \
+    with_cmake "$source" -DQT_BUILD_{EXAMPLES,TESTS}=OFF -DINPUT_opengl=no "${options[@]}"
+}
+
+# The licences of a library and of what it bears in itself, for those who get the programs.
+keep_licence() {
+  mkdir -p "$root/licences"
+  cp "$source/debian/copyright" "$root/licences/$1.txt"
+}
+
+build_one() {
+  local library="$1" mark source build started=$SECONDS
+  mark="$root/done/$library-$(version_of "$library")"
+  # Others may build into the same folder at this moment.
+  exec 9>"$deps/$library.lock"
+  flock 9
+  [ ! -e "$mark" ] || return 0
+  echo "Building $library $(version_of "$library") for Windows"
+  fetch "$library"
+  build="$deps/sources/$library/build"
+  rm -rf "$build"
+  "build_${library//-/_}"
+  keep_licence "$library"
+  rm -rf "$deps/sources/$library"
+  touch "$mark"
+  echo "  $((SECONDS - started)) s"
+}
+
+libraries=("$@")
+[ $# -gt 0 ] || libraries=(libzstd libxml2 libsodium googletest icu qt6-base)
+for library in "${libraries[@]}"; do build_one "$library"; done

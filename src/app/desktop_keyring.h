@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The desktop's keyring (Secret Service, KWallet), for repository::Keyring. A call waits for the
-// keyring, which may ask the person to open it first.
+// The desktop's keyring (Secret Service, KWallet; on Windows the system's credentials), for
+// repository::Keyring. A call waits for the keyring, which may ask the person to open it first.
 #pragma once
 
 #include "repository/keyring.h"

@@ -4,18 +4,18 @@
 // The graphical program.
 #include <QApplication>
 #include <QPixmap>
-#include <QSocketNotifier>
 #include <QTimer>
-#include <optional>
 
 #include "application_setup.h"
 #include "board/list_query.h"
+#include "call_watch.h"
 #include "core/guard.h"
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "desktop_keyring.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
+#include "native_look.h"
 #include "platform/ahead.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
@@ -61,17 +61,12 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
   tarnwick::app::LockableWindow lockable(ui);
   if (!lockable.Open()) return kFailed;
   tarnwick::platform::RaiseSocket calls(tarnwick::core::State().AppFolder);
-  std::optional<QSocketNotifier> notifier;
-  if (calls.Descriptor() >= 0) {
-    notifier.emplace(calls.Descriptor(), QSocketNotifier::Read);
-    QObject::connect(&*notifier, &QSocketNotifier::activated, &lockable, [&] {
-      if (!calls.TakeCalls()) return;
-      QWidget& window = lockable.Window();
-      window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-      window.raise();
-      window.activateWindow();
-    });
-  }
+  auto watch = tarnwick::app::WatchCalls(calls, [&] {
+    QWidget& window = lockable.Window();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.raise();
+    window.activateWindow();
+  });
   if (!picture.isEmpty()) TakePicture(application, lockable.Window(), picture);
   return application.exec();
 }
@@ -79,7 +74,9 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
 }  // namespace
 
 int main(int argc, char** argv) {
+  tarnwick::app::PrepareLook();
   QApplication application(argc, argv);
+  tarnwick::app::ApplyLook(application);
   tarnwick::app::SetUpApplication(application);
 
   // A look at the program where there is no display: TARNWICK_PICTURE names the file.

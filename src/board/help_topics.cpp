@@ -11,7 +11,7 @@ namespace tarnwick::board {
 
 std::vector<std::string> FindHelp(const std::string& programFolder) {
   std::vector<std::string> files;
-  for (const char* place : {"help/", "../share/tarnwick/help/"}) {
+  for (const char* place : {"help/", "share/tarnwick/help/", "../share/tarnwick/help/"}) {
     for (const char* name : {"twHelp.chm", "index.html"}) {
       std::string path = platform::AbsolutePath(programFolder + place + name);
       if (platform::FileExists(path)) files.push_back(path);

@@ -13,8 +13,11 @@
 #include "intake/stored_units.h"
 #include "platform/files.h"
 #include "platform/html.h"
+#include "platform/shell.h"
 #include "repository/repository.h"
+#include "takeout/msg_writer.h"
 #include "takeout/stored_file.h"
+#include "takeout/stored_message.h"
 
 namespace tarnwick::board {
 
@@ -22,12 +25,21 @@ namespace {
 
 using repository::RepositoryDb;
 
-// What the repository keeps is an Internet message whichever mailer it was taken from, so a message
-// of Outlook is an .eml file too: as .msg no program would understand it.
-std::string DocumentExtension(const std::string& application) {
-  if (application == "Outlook Express" || application == "Outlook") return ".eml";
-  if (application == "Text") return ".txt";
-  return {};
+struct Document {
+  std::string extension;
+  std::string bytes;
+};
+
+// What the repository keeps is an Internet message whichever mailer it was taken from. One of
+// Outlook is handed over as such where a program is there for it.
+Document DocumentOf(int64_t emailId, const std::string& application, std::string stored) {
+  constexpr const char* kOutlookFile = ".msg";
+  if (application == "Outlook" && platform::HasProgramFor(kOutlookFile)) {
+    auto message = takeout::ReadStoredMessage(emailId);
+    if (message) return {kOutlookFile, takeout::MsgFileBytes(*message, stored)};
+  }
+  bool isLetter = application == "Outlook Express" || application == "Outlook";
+  return {isLetter ? ".eml" : application == "Text" ? ".txt" : "", std::move(stored)};
 }
 
 struct Moved {
@@ -94,8 +106,9 @@ bool ShowStoredMessage(int64_t emailId, const std::string& application, bool* ha
       core::ShowMessage("There isn't nature email copy.");
       return false;
     }
-    std::string path = core::NewDocumentPath(DocumentExtension(application));
-    platform::WriteFile(path, *bytes);
+    Document document = DocumentOf(emailId, application, std::move(*bytes));
+    std::string path = core::NewDocumentPath(document.extension);
+    platform::WriteFile(path, document.bytes);
     return core::OpenDocument(path, hasNoProgram);
   });
 }

@@ -12,7 +12,8 @@ namespace tarnwick::board {
 
 // Writes the message's file, byte for byte as it was received, to a scratch file and has the
 // desktop open it. application is the mailer that the message came from and chooses the kind of
-// file. False when nothing was opened; the person knows why.
+// file; a message of Outlook is written as Outlook keeps one, where a program opens such files.
+// False when nothing was opened; the person knows why.
 //
 // hasNoProgram: set, instead of telling the person, where the desktop has none for such files.
 bool ShowStoredMessage(int64_t emailId, const std::string& application,

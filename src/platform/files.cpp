@@ -13,9 +13,6 @@ namespace tarnwick::platform {
 
 namespace {
 
-// What stands between the names of a path.
-constexpr std::string_view kSeparators = kSeparator == '/' ? "/" : "\\/";
-
 FileFault& Fault() {
   static FileFault fault;
   return fault;
@@ -44,7 +41,7 @@ bool LessIgnoringCase(const std::string& a, const std::string& b) {
 }
 
 bool IsSeparator(char c) {
-  return kSeparators.find(c) != std::string_view::npos;
+  return system::kSeparators.find(c) != std::string_view::npos;
 }
 
 // "" of the root.
@@ -101,12 +98,12 @@ std::string WithSeparator(std::string folder) {
 }
 
 std::string FileNameOf(const std::string& path) {
-  size_t slash = path.find_last_of(kSeparators);
+  size_t slash = path.find_last_of(system::kSeparators);
   return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 std::string FolderOf(const std::string& path) {
-  size_t slash = path.find_last_of(kSeparators);
+  size_t slash = path.find_last_of(system::kSeparators);
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
@@ -231,7 +228,7 @@ std::optional<std::string> FindIgnoringCase(const std::string& folder, std::stri
   std::string path = folder.empty() ? std::string(".") : folder;
   while (path.size() > 1 && IsSeparator(path.back())) path.pop_back();
   while (!relative.empty()) {
-    size_t slash = relative.find_first_of(kSeparators);
+    size_t slash = relative.find_first_of(system::kSeparators);
     std::string_view part = relative.substr(0, slash);
     relative = slash == std::string_view::npos ? std::string_view() : relative.substr(slash + 1);
     if (part.empty() || part == ".") continue;

@@ -24,13 +24,9 @@
 
 namespace tarnwick::platform {
 
-#ifdef _WIN32
-inline constexpr char kSeparator = '\\';
-inline constexpr std::string_view kProgramEnding = ".exe";
-#else
-inline constexpr char kSeparator = '/';
-inline constexpr std::string_view kProgramEnding = "";
-#endif
+// What the system writes between the names of a path, and at the end of a program's name.
+extern const char kSeparator;
+extern const std::string_view kProgramEnding;
 
 // The folder text with exactly one separator at its end; "" stays "".
 std::string WithSeparator(std::string folder);

@@ -30,14 +30,19 @@ std::wstring UserNumber() {
   return number;
 }
 
+PSECURITY_DESCRIPTOR DescriptorOf(const std::wstring& rule) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ConvertStringSecurityDescriptorToSecurityDescriptorW(rule.c_str(), SDDL_REVISION_1, &descriptor,
+                                                       nullptr);
+  return descriptor;
+}
+
 SECURITY_ATTRIBUTES Make() {
   SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
   std::wstring user = UserNumber();
   if (user.empty()) return attributes;
   // Protected from the folder's rules; full access for the user and the system, handed down.
-  std::wstring rule = L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)";
-  ConvertStringSecurityDescriptorToSecurityDescriptorW(rule.c_str(), SDDL_REVISION_1,
-                                                       &attributes.lpSecurityDescriptor, nullptr);
+  attributes.lpSecurityDescriptor = DescriptorOf(L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)");
   return attributes;
 }
 
@@ -46,6 +51,14 @@ SECURITY_ATTRIBUTES Make() {
 SECURITY_ATTRIBUTES* OwnerOnly() {
   static SECURITY_ATTRIBUTES attributes = Make();
   return attributes.lpSecurityDescriptor != nullptr ? &attributes : nullptr;
+}
+
+PSECURITY_DESCRIPTOR OwnerMayOnly(DWORD rights) {
+  std::wstring user = UserNumber();
+  if (user.empty()) return nullptr;
+  std::wstring allowed = L"(A;;" + std::to_wstring(rights) + L";;;";
+  // "OW" stands for whoever owns it.
+  return DescriptorOf(L"D:P" + allowed + L"OW)" + allowed + user + L")(A;;GA;;;SY)");
 }
 
 }  // namespace tarnwick::platform

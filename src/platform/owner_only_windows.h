@@ -13,4 +13,9 @@ namespace tarnwick::platform {
 // told.
 SECURITY_ATTRIBUTES* OwnerOnly();
 
+// A rule by which the owner may do this much alone with something, not even change the rule (which
+// an owner may do otherwise), and the system all. For LocalFree; nullptr where the user can't be
+// told.
+PSECURITY_DESCRIPTOR OwnerMayOnly(DWORD rights);
+
 }  // namespace tarnwick::platform

@@ -50,18 +50,19 @@ RaiseSocket::RaiseSocket(const std::string& folder) : path_(SocketIn(folder)) {
     close(made);
     return;
   }
-  socket_ = made;
+  handle_ = made;
 }
 
 RaiseSocket::~RaiseSocket() {
-  if (socket_ < 0) return;
-  close(socket_);
+  if (handle_ < 0) return;
+  close(static_cast<int>(handle_));
   unlink(path_.c_str());
 }
 
 bool RaiseSocket::TakeCalls() const {
   bool wasCalled = false;
-  for (int caller = 0; (caller = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+  int listening = static_cast<int>(handle_);
+  for (int caller = 0; (caller = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
     wasCalled = true;
     close(caller);
   }

@@ -15,10 +15,20 @@ ShellHook& Hook() {
   return hook;
 }
 
+std::string& KindOfHook() {
+  static std::string kind;
+  return kind;
+}
+
 }  // namespace
 
-void SetShellHook(ShellHook hook) {
+void SetShellHook(ShellHook hook, std::string kind) {
   Hook() = std::move(hook);
+  KindOfHook() = std::move(kind);
+}
+
+bool HasProgramFor(const std::string& extension) {
+  return Hook() ? extension == KindOfHook() : HasDesktopProgramFor(extension);
 }
 
 ShellResult OpenWithShell(const std::string& path, const std::function<void()>& whileWaiting) {

@@ -23,8 +23,13 @@ enum class ShellResult {
 // there, 75 when no process can be started.
 ShellResult OpenWithShell(const std::string& path, const std::function<void()>& whileWaiting = {});
 
+// Whether the desktop says of files with this extension (".msg") that it has a program for them.
+// One that can't be asked without opening a file says no.
+bool HasProgramFor(const std::string& extension);
+
 // For tests: stands in for the desktop; {} takes it out. The file's existence is still checked.
+// HasProgramFor says yes to the one kind alone.
 using ShellHook = std::function<ShellResult(const std::string& path)>;
-void SetShellHook(ShellHook hook);
+void SetShellHook(ShellHook hook, std::string kind = {});
 
 }  // namespace tarnwick::platform

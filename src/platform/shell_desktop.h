@@ -14,4 +14,6 @@ namespace tarnwick::platform {
 // OpenWithShell of a file that is there, without a hook.
 ShellResult OpenOnDesktop(const std::string& path, const std::function<void()>& whileWaiting);
 
+bool HasDesktopProgramFor(const std::string& extension);
+
 }  // namespace tarnwick::platform

@@ -105,4 +105,8 @@ ShellResult OpenOnDesktop(const std::string& path, const std::function<void()>& 
   return ShellResult::kOpened;
 }
 
+bool HasDesktopProgramFor(const std::string& /*extension*/) {
+  return false;
+}
+
 }  // namespace tarnwick::platform

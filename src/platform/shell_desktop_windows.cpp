@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <shellapi.h>
+#include <shlwapi.h>
 
 #include "platform/error.h"
 #include "platform/files.h"
@@ -18,6 +19,13 @@ ShellResult OpenOnDesktop(const std::string& path, const std::function<void()>&)
   if (code > 32) return ShellResult::kOpened;
   if (code == SE_ERR_NOASSOC || code == SE_ERR_ASSOCINCOMPLETE) return ShellResult::kNoHandler;
   throw Error(ErrorNumber::kPathAccess, "The file can't be opened: " + path);
+}
+
+bool HasDesktopProgramFor(const std::string& extension) {
+  DWORD size = 0;
+  HRESULT result = AssocQueryStringW(ASSOCF_INIT_IGNOREUNKNOWN, ASSOCSTR_EXECUTABLE,
+                                     Wide(extension).c_str(), L"open", nullptr, &size);
+  return SUCCEEDED(result) && size > 1;
 }
 
 }  // namespace tarnwick::platform

@@ -9,12 +9,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace tarnwick::platform::system {
+
+// All that may stand between the names of a path.
+extern const std::string_view kSeparators;
 
 // Whether a value of errno tells that a disk, or a person's share of it, is full.
 bool MeansFull(int code);
@@ -24,9 +29,10 @@ bool MeansFull(int code);
 enum class Use { kRead, kWriteInPlace, kWriteAnew, kAppend };
 int Open(const std::string& path, Use use);
 int Close(int handle);
-int HandedFile();            // what InputFile::Handed() gives
-int64_t SizeOf(int handle);  // -1 also for whatever is no plain file
-bool HasName(int handle);    // false once the file was removed
+std::FILE* OpenStream(const std::string& path);  // to be read; nullptr where that fails
+int HandedFile();                                // what InputFile::Handed() gives
+int64_t SizeOf(int handle);                      // -1 also for whatever is no plain file
+bool HasName(int handle);                        // false once the file was removed
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count);  // 0 at the end
 int64_t Write(int handle, const void* bytes, size_t count);
 bool Rewind(int handle);  // the next Write is at its beginning

@@ -22,6 +22,9 @@
 
 namespace tarnwick::platform {
 
+const char kSeparator = '/';
+const std::string_view kProgramEnding = "";
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -58,6 +61,8 @@ system::Kind KindOfEntry(const fs::directory_entry& entry) {
 
 namespace system {
 
+const std::string_view kSeparators = "/";
+
 bool MeansFull(int code) {
   return code == ENOSPC || code == EDQUOT;
 }
@@ -84,6 +89,10 @@ int Open(const std::string& path, Use use) {
 
 int Close(int handle) {
   return ::close(handle);
+}
+
+std::FILE* OpenStream(const std::string& path) {
+  return std::fopen(path.c_str(), "rbe");
 }
 
 int HandedFile() {

@@ -23,6 +23,9 @@
 
 namespace tarnwick::platform {
 
+const char kSeparator = '\\';
+const std::string_view kProgramEnding = ".exe";
+
 namespace {
 
 // Other programs, and we ourselves, go on as if the file were not open.
@@ -105,6 +108,8 @@ bool ReplaceOpen(const std::string& from, const std::wstring& to) {
 
 namespace system {
 
+const std::string_view kSeparators = "\\/";
+
 bool MeansFull(int code) {
   return code == ENOSPC;
 }
@@ -139,6 +144,10 @@ int Open(const std::string& path, Use use) {
 
 int Close(int handle) {
   return _close(handle);
+}
+
+std::FILE* OpenStream(const std::string& path) {
+  return _wfopen(WidePath(path).c_str(), L"rbN");
 }
 
 int HandedFile() {

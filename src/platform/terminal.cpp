@@ -6,6 +6,7 @@
 
 #include "platform/error.h"
 #include "platform/hidden_terminal.h"
+#include "platform/system_files.h"
 
 namespace tarnwick::platform {
 
@@ -56,7 +57,7 @@ std::optional<Secret> ReadHidden(const std::string& prompt) {
 
 Secret ReadSecretLine(const std::string& path) {
   // Without a buffer, which would be let go with the password in it.
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  std::FILE* file = system::OpenStream(path);
   if (file == nullptr) throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
   std::setvbuf(file, nullptr, _IONBF, 0);
   Secret line(kLongest + 1);

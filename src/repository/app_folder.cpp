@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "repository/app_folder.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <string_view>
 
 #include "database/new_file.h"
@@ -15,12 +17,15 @@ namespace tarnwick::repository {
 
 namespace {
 
+// Beside a program that keeps its things there from the first start on.
+constexpr const char* kPortableMark = "portable.txt";
 // Stands in a home that is being made, so that one whose making was interrupted is made further.
 constexpr const char* kUnfinishedMark = "unfinished.new";
 
 std::string InstalledFile(const std::string& programFolder, const std::string& name) {
-  for (const std::string& folder : {programFolder, programFolder + "../share/tarnwick/"}) {
-    if (platform::FileExists(folder + name)) return folder + name;
+  for (const char* place : {"", "share/tarnwick/", "../share/tarnwick/"}) {
+    std::string file = programFolder + place + name;
+    if (platform::FileExists(file)) return file;
   }
   throw Error(ErrorNumber::kFileNotFound, "File not found: " + name);
 }
@@ -37,8 +42,9 @@ std::string ChooseAppFolder(const std::string& programFolder) {
   std::string home = platform::EnvironmentText("TARNWICK_HOME").value_or("");
   if (!home.empty()) return platform::WithSeparator(platform::AbsolutePath(home));
   std::string own = platform::WithSeparator(programFolder);
-  bool isHome =
-      platform::FileExists(own + kParameterFile) || platform::FileExists(own + kRepositoryFile);
+  bool isHome = std::ranges::any_of(
+      std::initializer_list<const char*>{kPortableMark, kParameterFile, kRepositoryFile},
+      [&](const char* name) { return platform::FileExists(own + name); });
   if (isHome && platform::IsFolderWritable(own)) return own;
   return platform::DataFolder() + "tarnwick" + platform::kSeparator;
 }

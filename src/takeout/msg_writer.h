@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // A stored message as the file that Outlook keeps one in, *.msg ([MS-OXMSG]; property numbers by
-// [MS-OXPROPS]). Internal to the room.
+// [MS-OXPROPS]).
 #pragma once
 
 #include <string>

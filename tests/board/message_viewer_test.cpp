@@ -59,6 +59,19 @@ TEST_F(MessageViewer, TheStoredRowsBecomeOneFileOfTheMailersKind) {
   }
 }
 
+TEST_F(MessageViewer, AMessageOfOutlookIsOneWhereAProgramOpensThem) {
+  int64_t id = AddListed({.subject = "plan"});
+  AddFileRow(id, "Subject: plan\r\n\r\ntext\r\n");
+  auto take = [this](const std::string& path) {
+    opened_.push_back(path);
+    return answer_;
+  };
+  platform::SetShellHook(take, ".msg");
+  EXPECT_TRUE(ShowStoredMessage(id, "Outlook Express") && ShowStoredMessage(id, "Outlook"));
+  ASSERT_THAT(opened_, ElementsAre(EndsWith("Temp43200.eml"), EndsWith("Temp43200.msg")));
+  EXPECT_THAT(platform::ReadFile(opened_[1]), StartsWith("\xD0\xCF\x11\xE0"));
+}
+
 TEST_F(MessageViewer, WithoutACopyOrAProgramThePersonIsTold) {
   EXPECT_FALSE(ShowStoredMessage(7, "Outlook Express"));
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("There isn't nature email copy."));

@@ -59,6 +59,7 @@ class LookAround : public testing::ProgramFixture {
 };
 
 TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
+  const std::string profile = repository::GetProfileFolder();
   Found found = LookAll();
   std::vector<std::string> rows = Rows(found);
   ASSERT_EQ(rows.size(), 3U);
@@ -68,7 +69,8 @@ TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
   EXPECT_EQ(rows[2], "Outlook||broken.pst|0|0|0-0|damaged|new");
   EXPECT_NE(found.mail[2].fault, "");
   EXPECT_THAT(found.forbidden, IsEmpty());
-  EXPECT_EQ(found.mail[1].place, root_ + "mail/pop/");
+  EXPECT_EQ(found.mail[1].place,
+            root_ + "mail" + platform::kSeparator + "pop" + platform::kSeparator);
 
   // What is ticked is loaded, drafts and deleted mail with it, and nothing else.
   board::LoadResult result = board::LoadFound({found.mail[1]}, board::SenderPolicy::kAcceptAll);
@@ -76,7 +78,7 @@ TEST_F(LookAround, TellsWhoseMailLiesWhereAndWhetherItIsStored) {
   EXPECT_EQ(result.counts.found, 4);
   result = board::LoadFound({found.mail[0]}, board::SenderPolicy::kAcceptAll);
   EXPECT_GT(result.counts.stored, 10);
-  EXPECT_EQ(repository::GetProfileFolder(), "") << "it stays as it was";
+  EXPECT_EQ(repository::GetProfileFolder(), profile) << "it stays as it was";
   found = LookAll();
   board::LoadFound({found.mail[0], found.mail[1]}, board::SenderPolicy::kAcceptAll);
   EXPECT_THAT(ui_.Shown("box"), ElementsAre("There isn't new message."));

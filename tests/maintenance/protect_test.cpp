@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "maintenance/protect.h"
 
-#include <sys/prctl.h>
-
 #include "maintenance/backup.h"
 #include "maintenance/export.h"
 #include "maintenance/merge.h"
@@ -12,6 +10,7 @@
 #include "repository/keys.h"
 #include "repository/schema.h"
 #include "support/faults.h"
+#include "support/machine.h"
 #include "support/program_fixture.h"
 #include "support/repository_content.h"
 
@@ -78,7 +77,7 @@ TEST_F(Protect, SetChangedAndTakenOffTheContentStaysAndOnlyThePasswordInForceOpe
   int refreshed = 0;
   EXPECT_EQ(ProtectRepository(Secret("first"), [&] { ++refreshed; }), Result::kDone);
   EXPECT_EQ(refreshed, 1);
-  EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0) << "a crash would leave an image of the key";
+  EXPECT_FALSE(testing::MayBeLookedInto()) << "a crash would leave an image of the key";
   EXPECT_TRUE(IsProtected() && IsOwnPassword(Secret("first")) && !IsOwnPassword(Secret("other")));
   EXPECT_EQ(Now(), before);
   EXPECT_TRUE(Restart({"wrong", "first"}));
@@ -101,7 +100,7 @@ TEST_F(Protect, SetChangedAndTakenOffTheContentStaysAndOnlyThePasswordInForceOpe
   EXPECT_TRUE(Restart({}));
   EXPECT_EQ(Now(), before);
   EXPECT_FALSE(IsProtected());
-  EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
+  EXPECT_TRUE(testing::MayBeLookedInto());
   EXPECT_THAT(Log(), Not(AnyOf(HasSubstr("first"), HasSubstr("second"))));
 }
 

@@ -43,7 +43,8 @@ TEST_F(Discovery, FillsTheTables) {
   folders.push_back({{7, 1, "Lost", "lost.dbx"}, ""});
   folders.push_back({{8, 0, "Hotmail", "hotmail.dbx"}, ""});
   ProfileBuilder::WriteStore(store, folders);
-  platform::RenameFile(store + "garden.dbx", store + "Garden.DBX");
+  platform::RenameFile(store + "garden.dbx", store + "moved");  // which is another name everywhere
+  platform::RenameFile(store + "moved", store + "Garden.DBX");
   ASSERT_TRUE(Discover());
 
   EXPECT_EQ(State().Identities.size(), 1U);

@@ -344,6 +344,9 @@ class OldDisks : public OeFixture {
 TEST_F(OldDisks, WhateverHoldsAStoreComesInWhole) {
   int number = 0;
   for (const Layout& layout : kLayouts) {
+    bool isNoName =
+        platform::kSeparator == '\\' && std::string_view(layout.chosen).starts_with("C:");
+    if (isNoName) continue;  // no folder can be called so there
     std::string root = folder_.File("disk " + std::to_string(++number) + "/");
     Disk disk(root);
     layout.make(disk);

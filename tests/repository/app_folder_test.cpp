@@ -70,6 +70,18 @@ TEST(AppFolder, IsSeededOnceAndNeverOverwritten) {
   }
 }
 
+TEST(AppFolder, OfAPortableProgramIsItsOwn) {
+  WithoutHome environment;
+  testing::TempFolder program;
+  platform::WriteFile(program.File("portable.txt"), "");
+  platform::MakeFolder(program.File("share/tarnwick"));
+  platform::WriteFile(program.File("share/tarnwick/emlTemplate.twr"), "template");
+  platform::WriteFile(program.File("share/tarnwick/emlParameter.twr"), "parameters");
+  EXPECT_EQ(ChooseAppFolder(program.Path()), program.Path());
+  SeedAppFolder(program.Path(), program.Path());
+  EXPECT_EQ(platform::ReadFile(program.File("Tarnwick.twr")), "template");
+}
+
 TEST(AppFolder, IsMadeFurtherWhereItsMakingWasInterrupted) {
   testing::TempFolder program;
   platform::WriteFile(program.File("emlTemplate.twr"), "template");

@@ -126,7 +126,7 @@ TEST_F(RepositoryTest, CreatingAndOpeningRefuseWhatTheyMust) {
   EXPECT_FALSE(CreateRepositoryIn(other));
   EXPECT_EQ(platform::ReadFile(other + "/Tarnwick.twr"), "somebody's");
   std::string chosen = "You have selected an application folder. You select other folder.";
-  std::string file = "contain repository file " + other + "/Tarnwick.twr";
+  std::string file = "contain repository file " + folder_.File("other/Tarnwick.twr");
   EXPECT_THAT(ui_.Shown("box"), ElementsAre(chosen, chosen, "Selected folder does not " + file,
                                             "Selected folder " + file));
   // And one that turns out to be no repository leaves the former one open.
@@ -137,7 +137,7 @@ TEST_F(RepositoryTest, CreatingAndOpeningRefuseWhatTheyMust) {
 }
 
 TEST_F(RepositoryTest, SwitchingLastsUntilTheFolderIsGone) {
-  std::string other = folder_.File("second") + "/";
+  std::string other = folder_.File("second/");
   platform::MakeFolder(other);
   ASSERT_TRUE(CreateRepositoryIn(folder_.File("second")));
   EXPECT_EQ(Repository().RepositoryFolder, other);

@@ -178,8 +178,10 @@ TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
       board::CountsSummary(Load()),
       "found 6, stored 4, already stored 0, refused 0, ignored 0, unreadable 0, not reached 2");
   std::string account = platform::ReadFile(board::LoadLogFile());
-  EXPECT_THAT(account, HasSubstr("m/Inbox\r\nletters that were deleted are not read"));
-  EXPECT_THAT(account, HasSubstr("m/Trash\r\ndrafts, deleted mail and the outbox are not read"));
+  const std::string folder = std::string("m") + platform::kSeparator;
+  EXPECT_THAT(account, HasSubstr(folder + "Inbox\r\nletters that were deleted are not read"));
+  EXPECT_THAT(account,
+              HasSubstr(folder + "Trash\r\ndrafts, deleted mail and the outbox are not read"));
   EXPECT_EQ(Query("SELECT Direction FROM Email WHERE Subject = 'sent'").AsText(), "Out");
   EXPECT_EQ(Query("SELECT Identity FROM Email WHERE Subject = 'first'").AsText(), "m");
   EXPECT_EQ(Query("SELECT FilesNum FROM Email WHERE Subject = 'A saved message'").AsInt(), 2);

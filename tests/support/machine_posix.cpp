@@ -3,6 +3,7 @@
 #include "support/machine.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -76,6 +77,10 @@ bool LetOwner(const std::string& path, unsigned digit) {
 bool IsOpenToOthers(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) != 0 || (status.st_mode & 077) != 0;
+}
+
+bool MayBeLookedInto() {
+  return prctl(PR_GET_DUMPABLE) != 0;
 }
 
 bool IsAdministrator() {

@@ -81,6 +81,12 @@ bool IsOpenToOthers(const std::string& path) {
   return isOpen;
 }
 
+bool MayBeLookedInto() {
+  HANDLE process = OpenProcess(PROCESS_VM_READ, FALSE, GetCurrentProcessId());
+  if (process != nullptr) CloseHandle(process);
+  return process != nullptr;
+}
+
 bool IsAdministrator() {
   return false;
 }

@@ -43,8 +43,9 @@ ProgramRun RunProgram(const std::vector<std::string>& arguments, const std::stri
   startup.hStdOutput = OpenInherited(folder.File("out"), GENERIC_WRITE, CREATE_ALWAYS);
   startup.hStdError = OpenInherited(folder.File("err"), GENERIC_WRITE, CREATE_ALWAYS);
   PROCESS_INFORMATION process{};
-  BOOL isStarted = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                  nullptr, &startup, &process);
+  // Without a console, on which it would wait for somebody's password.
+  BOOL isStarted = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, DETACHED_PROCESS,
+                                  nullptr, nullptr, &startup, &process);
   for (HANDLE end : {startup.hStdInput, startup.hStdOutput, startup.hStdError}) CloseHandle(end);
   ProgramRun run;
   run.status = 127;  // as a shell tells it

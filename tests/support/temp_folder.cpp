@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "support/temp_folder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -21,6 +22,11 @@ TempFolder::TempFolder() {
 TempFolder::~TempFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TempFolder::File(std::string name) const {
+  std::replace(name.begin(), name.end(), '/', platform::kSeparator);
+  return path_ + name;
 }
 
 }  // namespace tarnwick::testing

@@ -16,7 +16,8 @@ class TempFolder {
   TempFolder& operator=(const TempFolder&) = delete;
 
   const std::string& Path() const { return path_; }  // ends with the separator
-  std::string File(const std::string& name) const { return path_ + name; }
+  // "/" in the name is what the system has between names.
+  std::string File(std::string name) const;
 
  private:
   std::string path_;

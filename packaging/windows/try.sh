@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# Tries what pack.sh has made as a stranger would, under Wine in a fresh prefix and a virtual display:
+# installs it silently, starts it on the sample profile, loads, lists, opens a letter, takes pictures,
+# removes it again; the mail has to be there afterwards. The portable program likewise, without setup.
+# Pictures are left in build/windows/pictures. TARNWICK_LINUX names the Linux build's programs
+# (build/debug/bin), of which one makes the sample.
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+cd "$here/../.."
+build="$PWD/build/windows"
+linux="${TARNWICK_LINUX:-$PWD/build/debug/bin}"
+pictures="$build/pictures"
+mkdir -p "$pictures"
+work="$(mktemp -d)"
+export WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
+wine="$(command -v wine64 || echo /usr/lib/wine/wine64)"
+clean_up() {
+  /usr/lib/wine/wineserver64 -k || true
+  [ -z "${display:-}" ] || kill "$display" || true
+  rm -rf "$work"
+}
+trap clean_up EXIT
+fail() { echo "$1" >&2; exit 1; }
+
+number=99
+while [ -e "/tmp/.X$number-lock" ]; do number=$((number + 1)); done
+Xvfb ":$number" -screen 0 1280x800x24 >/dev/null 2>&1 &
+display=$!
+export DISPLAY=":$number"
+"$wine" wineboot --init >/dev/null 2>&1
+"$linux/tarnwick-make-sample" "$work/profile"
+
+user="$WINEPREFIX/drive_c/users/$(id -un)"
+installed="$user/AppData/Local/Programs/Tarnwick"
+mail="$user/AppData/Local/tarnwick"
+
+# The whole screen, once the program has a window on it: its list, then a letter opened out of it.
+screens() {
+  "$wine" "$1" &
+  local program=$! window=
+  for ((i = 0; i < 120; ++i)); do
+    window="$(xdotool search --onlyvisible --name Tarnwick 2>/dev/null | head -1)" && break
+    sleep 1
+  done
+  [ -n "$window" ] || fail "$1 shows no window"
+  sleep 8
+  import -window root "$pictures/screen.png"
+  xdotool key --window "$window" ctrl+Return
+  sleep 4
+  import -window root "$pictures/letter.png"
+  "$wine" "$1"  # a second start calls the first and ends
+  xdotool key alt+F4
+  sleep 2
+  /usr/lib/wine/wineserver64 -k
+  wait "$program" 2>/dev/null || true
+}
+
+# Runs a program's window on a home for a picture, which it takes itself.
+picture() {
+  TARNWICK_PICTURE="$pictures/$2" "$wine" "$1" || fail "$1 has no window"
+  [ -s "$pictures/$2" ] || fail "no picture $2"
+}
+
+"$wine" "$build/tarnwick-setup.exe" /S
+[ -e "$installed/bin/tarnwick.exe" ] || fail "nothing was installed"
+ls "$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Tarnwick.lnk" >/dev/null
+"$wine" "$installed/bin/tarnwick-cli.exe" --profile "$work/profile" load --accept all | tail -1
+"$wine" "$installed/bin/tarnwick-cli.exe" list >"$work/list"
+[ "$(wc -l <"$work/list")" -gt 10 ] || fail "the list is short"
+picture "$installed/bin/tarnwick.exe" installed.png
+screens "$installed/bin/tarnwick.exe"
+echo "of somebody" >"$installed/own.txt"
+
+# Installing over it and removing it leave what is not theirs.
+"$wine" "$build/tarnwick-setup.exe" /S
+"$wine" "$installed/uninstall.exe" /S
+for ((i = 0; i < 60; ++i)); do  # it goes on from a copy of itself
+  [ -e "$installed/uninstall.exe" ] || break
+  sleep 1
+done
+[ -e "$installed/own.txt" ] || fail "somebody's file was removed"
+[ ! -e "$installed/bin" ] || fail "something was left: $(find "$installed")"
+[ -e "$mail/Tarnwick.twr" ] || fail "the mail was removed"
+
+(cd "$work" && cmake -E tar xf "$build/tarnwick-portable.zip")
+"$wine" "$work/Tarnwick/tarnwick-cli.exe" --profile "$work/profile" load --accept all | tail -1
+[ -e "$work/Tarnwick/Tarnwick.twr" ] || fail "the portable program keeps its mail elsewhere"
+"$wine" "$work/Tarnwick/tarnwick-cli.exe" list | diff - "$work/list"
+picture "$work/Tarnwick/tarnwick.exe" portable.png
+echo "Installed, tried and removed; the mail was kept. Pictures: $pictures"
