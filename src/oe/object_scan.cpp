@@ -241,6 +241,7 @@ std::vector<int64_t> FindOrigins(const std::string& path, const std::function<bo
   }
   std::sort(sorted.begin(), sorted.end());
   std::vector<int64_t> origins;
+  origins.reserve(sorted.size());
   for (const auto& [blocks, origin] : sorted) origins.push_back(origin);
   return origins;
 }

@@ -82,13 +82,13 @@ TEST_F(OutlookRescue, WornStoresGiveBackWhatIsThereAndNothingThatIsMixed) {
                  },
                  kAll, kAll},
                 {"bits turned over",
-       [](WornOutlook& store) {
-         store.Finish();
-         store.ZeroHead();
-         store.TurnBits(100);
-       },
-       kAll / 4, kAll / 2},
-      {"half of the index overwritten",
+                 [](WornOutlook& store) {
+                   store.Finish();
+                   store.ZeroHead();
+                   store.TurnBits(100);
+                 },
+                 kAll / 4, kAll / 2},
+                {"half of the index overwritten",
                  [](WornOutlook& store) {
                    store.Finish();
                    store.OverwriteIndex(50);
@@ -144,6 +144,22 @@ TEST_F(OutlookRescue, TellsWhereAnItemLayAndHowItWasFound) {
             "\nsubject-2;|Sent Items|Out|Null"
             "\nsubject-3;|Recovered from Recoverable Items|Out|Found in built.pst: in no folder "
             "that Outlook shows.\r\nIt is whole.");
+}
+
+TEST_F(OutlookRescue, TellsOfAPartAndTakesTheWholeFromABetterCopy) {
+  PstBuilder store(false);
+  store.AddMessage(store.AddFolder(PstBuilder::kTop, "Inbox"), samples::WornMail(4));
+  const std::string sound = store.Build();
+  std::string broken = sound;
+  broken[broken.find("body-4;")] = 'x';  // of a text in a block of its own
+  broken.replace(0, 1024, 1024, '\0');
+  EXPECT_EQ(Load(broken).stored, 1);
+  EXPECT_EQ(Rows("SELECT Folder, Notes FROM Email"),
+            "Recovered from Inbox|Found in built.pst: where the index of the store is lost.\r\n"
+            "Not all of it is there (body).");
+  EXPECT_EQ(Load(broken).alreadyStored, 1);
+  EXPECT_EQ(Load(sound).stored, 1);
+  EXPECT_EQ(Judge()[WornPart::kWhole], 1);
 }
 
 // A sound store holds nothing lost; without its head all that it held is found by its ends alone.
