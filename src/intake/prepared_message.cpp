@@ -30,6 +30,7 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
     rows.texts.push_back({field.name, jet::PackAhead(written(field.name))});
   }
   std::vector<std::string> searched;
+  searched.reserve(repository::kSearchedFields.size());
   for (const repository::EmailField& field : repository::kSearchedFields) {
     searched.push_back(written(field.name));
   }

@@ -13,8 +13,8 @@ namespace tarnwick::intake {
 namespace {
 
 Ending TakeIn(const SourceFolder& folder, SourceMessage& message) {
-  const RawMessage raw =
-      message.raw ? *std::move(message.raw) : RawMessage(core::State().TempMessageFile);
+  if (!message.raw) message.raw.emplace(core::State().TempMessageFile);
+  const RawMessage& raw = *message.raw;
   SourceDescriptor descriptor = folder.Descriptor();
   Ending ending;
   bool isNew = true;
@@ -40,6 +40,7 @@ void ReadMessages(SourceFolder& folder, const std::string& place) {
     if (ending.outcome == Outcome::kNone) ending = TakeIn(folder, message);
     folder.Ended(message, ending);
     account.Count(place, ending.outcome, ending.reason, message.name);
+    folder.TakeBack(message);
     core::YieldEvents();
   }
   if (!core::IsLoadStopped()) account.Finish(place);

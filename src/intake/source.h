@@ -61,6 +61,8 @@ class SourceFolder {
   virtual bool Next(SourceMessage& message) = 0;
   // What became of the message.
   virtual void Ended(const SourceMessage& /*message*/, const Ending& /*ending*/) {}
+  // It is done with, and what it holds can be had back.
+  virtual void TakeBack(SourceMessage& /*message*/) {}
 };
 
 // Takes in the messages of a folder up to its end, or until core::IsLoadStopped. Throws what Next

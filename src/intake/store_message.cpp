@@ -24,17 +24,17 @@ using repository::RepositoryDb;
 
 // Sets a text, or what it was packed to ahead.
 void SetText(jet::Recordset& email, const MessageField& field, const std::string& text,
-             PackedRows* rows) {
+             const PackedRows* rows) {
   if (rows != nullptr && IsLongText(field.column)) {
     auto packed = std::ranges::find(rows->texts, field.column, &PackedRows::Text::column);
-    email.SetPacked(field.column, WrittenText(field, text), std::move(packed->packed));
+    email.SetPacked(field.column, WrittenText(field, text), packed->packed);
   } else {
     email.SetField(field.column, WrittenText(field, text));
   }
 }
 
 void SetField(jet::Recordset& email, const MessageField& field, const MailMessage& message,
-              PackedRows* rows) {
+              const PackedRows* rows) {
   if (field.writing == Writing::kUserOfThisRun) {
     email.SetField(field.column, core::State().UserName);
   } else if (auto* text = std::get_if<std::string MailMessage::*>(&field.member)) {
@@ -104,7 +104,7 @@ std::string ThreadOf(const RawMessage& raw) {
 // Writes the message's own row, entered as unfinished, and gives its key. A row that an error left
 // by half is taken up again.
 int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const RawMessage& raw,
-                     PackedRows* rows) {
+                     const PackedRows* rows) {
   int64_t project = dbSaveProject(message.Project.empty() ? message.Folder : message.Project);
   int64_t correspondent = StoreContacts(message);
   int64_t unfinished = UnfinishedWithKey(StoredKey(message.MessageKey));
@@ -119,8 +119,8 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const Ra
   for (const MessageField& field : kMessageFields) SetField(email, field, message, rows);
   email.SetField("ProjectID", project);
   email.SetField("FromTo", correspondent);
-  email.SetField("Thread", jet::Bytes{rows != nullptr ? std::move(rows->thread) : ThreadOf(raw)});
-  if (rows != nullptr) email.SetTrigrams(std::move(rows->trigrams));
+  email.SetField("Thread", jet::Bytes{rows != nullptr ? rows->thread : ThreadOf(raw)});
+  if (rows != nullptr) email.SetTrigrams(rows->trigrams);
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -131,7 +131,7 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const Ra
 
 void dbSaveMesage(const RawMessage& raw, MailMessage& message, const std::string& application,
                   int16_t skipAcceptance, const std::string& identity, Ending* ending,
-                  PackedRows* rows) {
+                  const PackedRows* rows) {
   core::RunState& state = core::State();
   Ending own;
   Ending& told = ending != nullptr ? *ending : own;
@@ -226,7 +226,7 @@ int64_t dbSaveProject(const std::string& projectName) {
 }
 
 void FileToDB(const RawMessage& raw, int64_t emailId, const std::string& application,
-              PackedRows* rows) {
+              const PackedRows* rows) {
   core::GuardedRun("FileToDB", [&] {
     RawReader file(raw);
     jet::Recordset& pieces = Repository().FileRecordset;
@@ -238,7 +238,7 @@ void FileToDB(const RawMessage& raw, int64_t emailId, const std::string& applica
       pieces.AddNew();
       pieces.SetField("FileID", emailId);
       if (rows != nullptr) {
-        pieces.SetPacked("FileBody", jet::Bytes{std::move(piece)}, std::move(rows->pieces[number]));
+        pieces.SetPacked("FileBody", jet::Bytes{std::move(piece)}, rows->pieces[number]);
       } else {
         pieces.SetField("FileBody", jet::Bytes{std::move(piece)});
       }

@@ -30,7 +30,7 @@ inline constexpr size_t kFileRecordLength = 32767;
 // they were packed ahead.
 void dbSaveMesage(const RawMessage& raw, MailMessage& message, const std::string& application,
                   int16_t skipAcceptance, const std::string& identity = {},
-                  Ending* ending = nullptr, PackedRows* rows = nullptr);
+                  Ending* ending = nullptr, const PackedRows* rows = nullptr);
 
 // MeContact.ID of a name, added with its address when new; 0 for an empty name.
 int64_t GetContactId(const std::string& name, const std::string& address);
@@ -42,7 +42,7 @@ void dbSaveRecipient(int64_t emailId, const std::string& name, const std::string
 int64_t dbSaveProject(const std::string& projectName);
 // The raw file as FileRepository rows of at most 32767 bytes.
 void FileToDB(const RawMessage& raw, int64_t emailId, const std::string& application,
-              PackedRows* rows = nullptr);
+              const PackedRows* rows = nullptr);
 
 // The user's own addresses.
 void dbSaveMeAddress(const std::string& address, const std::string& name,

@@ -67,6 +67,7 @@ class MessageFile : public intake::SourceFolder {
   const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
   void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
+  void TakeBack(intake::SourceMessage& message) override;
   // Before somebody else takes the scratch file.
   void LetGoOfScratch() { files_.scratch.reset(); }
 
@@ -216,6 +217,14 @@ void MessageFile::Ended(const intake::SourceMessage& message, const intake::Endi
   if (ending.outcome != intake::Outcome::kUnreadable || !MayReport()) return;
   core::LogProgress("Unreadable = " + core::OneLogLine(fileName_) + " " + std::to_string(offset_) +
                     "\r\n" + core::OneLogLine(ending.reason));
+}
+
+void MessageFile::TakeBack(intake::SourceMessage& message) {
+  if (!ahead_ || !message.prepared) return;
+  AheadMessage used;
+  used.message.raw = std::move(message.raw);
+  used.message.prepared = std::move(message.prepared);
+  ahead_->GiveBack(std::move(used));
 }
 
 // Performs the operation on every message that the walk comes to.

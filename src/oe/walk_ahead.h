@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "intake/reading_rules.h"
 #include "oe/dbx_read.h"
@@ -27,6 +28,9 @@ class WalkAhead {
 
   // The message that the walk has come to; nullopt where it has to be read in its turn.
   std::optional<AheadMessage> Take(uint32_t infoOffset);
+
+  // Of a message that was taken, when it is done with.
+  void GiveBack(AheadMessage used) { ahead_.GiveBack({0, std::move(used)}); }
 
   // Messages that were read ahead and not in their turn, by all walks: what was gained, for the
   // tests.

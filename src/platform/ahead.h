@@ -44,6 +44,10 @@ class Ahead {
   Ahead(const Ahead&) = delete;
   Ahead& operator=(const Ahead&) = delete;
 
+  // Gives back what was taken, once it is done with: memory is freed fastest by the thread that it
+  // was taken by, and the two do not wait for each other at that.
+  void GiveBack(Item item) { used_.push_back(std::move(item)); }
+
   // The next item, which may have to be waited for; nullopt behind the last.
   std::optional<Item> Take() {
     if (taken_ == ready_.size()) {
@@ -53,6 +57,7 @@ class Ahead {
       changed_.wait(lock, [this] { return isEnded_ || IsWorthTaking(); });
       ready_.swap(made_);
       cost_ = 0;
+      if (returned_.empty()) returned_.swap(used_);
       lock.unlock();
       changed_.notify_all();
     }
@@ -64,17 +69,20 @@ class Ahead {
   // Twice as much at most waits to be taken, and a little is waited for, so that neither thread is
   // woken for each item.
   static constexpr size_t kMostCost = size_t{3} << 20;
-  static constexpr size_t kWorthTaking = 8;
+  static constexpr size_t kWorthTaking = 16;
   static constexpr size_t kCostWorthTaking = size_t{256} << 10;
 
   bool IsWorthTaking() const { return made_.size() >= kWorthTaking || cost_ >= kCostWorthTaking; }
 
   void Run() {
+    std::vector<Item> gone;
     for (;;) {
+      gone.clear();
       {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [this] { return isLeft_ || cost_ < kMostCost; });
         if (isLeft_) return;
+        gone.swap(returned_);
       }
       std::optional<Item> item = make_();
       bool isWanted = false;
@@ -98,11 +106,13 @@ class Ahead {
   std::condition_variable changed_;
   std::vector<Item> made_;
   size_t cost_ = 0;  // of what was made
+  std::vector<Item> returned_;
   bool isEnded_ = false;
   bool isLeft_ = false;
 
   std::vector<Item> ready_;  // of whoever takes
   size_t taken_ = 0;
+  std::vector<Item> used_;
 
   std::thread thread_;  // last: it uses the others
 };

@@ -27,6 +27,7 @@ TEST(Ahead, GivesEveryThingInOrderAndRunsNoFurtherAheadThanItsMemory) {
       std::optional<Thing> thing = ahead.Take();
       ASSERT_TRUE(thing);
       ASSERT_EQ(thing->number, i);
+      ahead.GiveBack(*thing);
       // What waits, what is taken and what is being made.
       if (cost >= size_t{1} << 20) {
         ASSERT_LE(made - i, 9);
