@@ -180,9 +180,10 @@ void Statement::BindStored(int index, const Value& value, ColumnKind kind,
   } else if (packed->empty()) {
     return isText ? BindText(index, plain) : BindBytes(index, plain);
   }
-  if (isText) return BindBytes(index, *packed);
-  int code = sqlite3_bind_text64(handle_, index, packed->data(), packed->size(), SQLITE_STATIC,
-                                 SQLITE_UTF8);
+  const std::string& stored = *packed;
+  if (isText) return BindBytes(index, stored);
+  int code =
+      sqlite3_bind_text64(handle_, index, stored.data(), stored.size(), SQLITE_STATIC, SQLITE_UTF8);
   if (code != SQLITE_OK) database_->Fail(code);
 }
 
