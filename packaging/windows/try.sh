@@ -11,6 +11,7 @@ build="$PWD/build/windows"
 linux="${TARNWICK_LINUX:-$PWD/build/debug/bin}"
 pictures="$build/pictures"
 mkdir -p "$pictures"
+cmake --build "$(dirname "$linux")" --target tarnwick-make-sample
 work="$(mktemp -d)"
 export WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 wine="$(command -v wine64 || echo /usr/lib/wine/wine64)"
