@@ -52,7 +52,7 @@ screens() {
   screen list.png "$1"
   sleep 10
   import -window root "$pictures/list.png"
-  xdotool mousemove 400 500 click 1
+  xdotool mousemove 400 400 click 1
   sleep 2
   xdotool key ctrl+Return
   sleep 6
