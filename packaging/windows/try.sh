@@ -11,6 +11,7 @@ build="$PWD/build/windows"
 linux="${TARNWICK_LINUX:-$PWD/build/debug/bin}"
 pictures="$build/pictures"
 mkdir -p "$pictures"
+cmake --build "$(dirname "$linux")" --target tarnwick-make-sample
 work="$(mktemp -d)"
 export WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 wine="$(command -v wine64 || echo /usr/lib/wine/wine64)"
@@ -34,25 +35,31 @@ user="$WINEPREFIX/drive_c/users/$(id -un)"
 installed="$user/AppData/Local/Programs/Tarnwick"
 mail="$user/AppData/Local/tarnwick"
 
-# The whole screen, once the program has a window on it: its list, then a letter opened out of it.
-screens() {
-  "$wine" "$1" &
-  local program=$! window=
-  for ((i = 0; i < 120; ++i)); do
-    window="$(xdotool search --onlyvisible --name Tarnwick 2>/dev/null | head -1)" && break
-    sleep 1
+# Waits until the screen shows more than a plain desktop, and leaves a picture of it.
+screen() {
+  for ((i = 0; i < 60; ++i)); do
+    import -window root "$pictures/$1"
+    [ "$(identify -format %k "$pictures/$1")" -lt 60 ] || return 0
+    sleep 2
   done
-  [ -n "$window" ] || fail "$1 shows no window"
-  sleep 8
-  import -window root "$pictures/screen.png"
-  xdotool key --window "$window" ctrl+Return
-  sleep 4
-  import -window root "$pictures/letter.png"
-  "$wine" "$1"  # a second start calls the first and ends
-  xdotool key alt+F4
+  fail "$2 shows no window"
+}
+
+# The whole screen with the list and with a letter opened out of it; a second start calls the first.
+screens() {
+  "$wine" explorer /desktop=try,1280x800 "$("$wine" winepath -w "$1" | tr -d '\r')" &
+  local program=$!
+  screen list.png "$1"
+  sleep 10
+  import -window root "$pictures/list.png"
+  xdotool mousemove 400 400 click 1
   sleep 2
+  xdotool key ctrl+Return
+  sleep 6
+  import -window root "$pictures/letter.png"
+  timeout 60 "$wine" "$1" || fail "a second start does not end"
   /usr/lib/wine/wineserver64 -k
-  wait "$program" 2>/dev/null || true
+  wait "$program" || true
 }
 
 # Runs a program's window on a home for a picture, which it takes itself.

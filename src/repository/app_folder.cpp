@@ -24,7 +24,8 @@ constexpr const char* kUnfinishedMark = "unfinished.new";
 
 std::string InstalledFile(const std::string& programFolder, const std::string& name) {
   for (const char* place : {"", "share/tarnwick/", "../share/tarnwick/"}) {
-    std::string file = programFolder + place + name;
+    std::string file = programFolder;
+    file.append(place).append(name);
     if (platform::FileExists(file)) return file;
   }
   throw Error(ErrorNumber::kFileNotFound, "File not found: " + name);

@@ -24,8 +24,8 @@ bool MakeLink(const std::string& target, const std::string& path);
 bool LetOwner(const std::string& path, unsigned digit);
 // Whether somebody but the owner may open the file or folder.
 bool IsOpenToOthers(const std::string& path);
-// Whether others of the user may look into this program's memory (and, but on Windows, where the test
-// framework sees to it, a crash leaves an image).
+// Whether others of the user may look into this program's memory (and, but on Windows, where the
+// test framework sees to it, a crash leaves an image).
 bool MayBeLookedInto();
 // Whether nothing is forbidden to this user.
 bool IsAdministrator();
