@@ -3,6 +3,7 @@
 #include "intake/store_message.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "core/guard.h"
 #include "core/messages.h"
@@ -91,13 +92,26 @@ void StoreRecipients(int64_t id, const MailMessage& message) {
   }
 }
 
-// What the headers say of the conversation. A file that can't be read is told of when it is stored.
-std::string ThreadOf(const RawMessage& raw) {
+// The message with its bytes in memory, so that the file is read once; nullopt where it is long or
+// can't be read, which is told of when it is stored.
+std::optional<RawMessage> InMemory(const RawMessage& raw) {
   try {
     RawReader reader(raw);
-    return StoredThread(ThreadOfHeaders(reader.Read(0, kFileRecordLength)));
+    if (reader.Size() > kMostHeld) return std::nullopt;
+    return RawMessage(raw.File(), std::string(reader.Read(0, reader.Size())));
   } catch (const Error&) {
-    return StoredThread({});
+    return std::nullopt;
+  }
+}
+
+// What the headers say of the conversation. A file that can't be read is told of when it is stored;
+// if it can then, whoever groups the mail looks at it again.
+jet::Value ThreadOf(const RawMessage& raw) {
+  try {
+    RawReader reader(raw);
+    return jet::Bytes{StoredThread(ThreadOfHeaders(reader.Read(0, kFileRecordLength)))};
+  } catch (const Error&) {
+    return {};
   }
 }
 
@@ -119,7 +133,7 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const Ra
   for (const MessageField& field : kMessageFields) SetField(email, field, message, rows);
   email.SetField("ProjectID", project);
   email.SetField("FromTo", correspondent);
-  email.SetField("Thread", jet::Bytes{rows != nullptr ? rows->thread : ThreadOf(raw)});
+  email.SetField("Thread", rows != nullptr ? jet::Value(jet::Bytes{rows->thread}) : ThreadOf(raw));
   if (rows != nullptr) email.SetTrigrams(rows->trigrams);
   email.Update();
   int64_t id = email.Field("ID").AsInt();
@@ -150,10 +164,12 @@ void dbSaveMesage(const RawMessage& raw, MailMessage& message, const std::string
     message.Application = application;
     message.Identity = identity;
     jet::CommitGroup group(RepositoryDb());
-    int64_t id = BeginMessage(email, message, raw, rows);
+    std::optional<RawMessage> held = raw.Held() ? std::nullopt : InMemory(raw);
+    const RawMessage& original = held ? *held : raw;
+    int64_t id = BeginMessage(email, message, original, rows);
     StoreAttachmentNames(id, message);
     StoreRecipients(id, message);
-    FileToDB(raw, id, application, rows);
+    FileToDB(original, id, application, rows);
     // The routines called here report their errors themselves.
     bool isWhole = state.ReportedErrors == errorsBefore;
     if (isWhole && !message.IsUnfinished) LeaveUnfinished(id);
