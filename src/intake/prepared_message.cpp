@@ -46,6 +46,16 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
 
 }  // namespace
 
+size_t PreparedMessage::Cost() const {
+  size_t cost = sizeof *this + message.Body.size() + message.HTMLBody.size() +
+                (message.To.size() + message.Cc.size()) * sizeof(AddressPair);
+  if (!rows) return cost;
+  cost += rows->trigrams.size() * sizeof(uint32_t);
+  for (const PackedRows::Text& text : rows->texts) cost += text.packed.size();
+  for (const std::string& piece : rows->pieces) cost += piece.size();
+  return cost;
+}
+
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts) {
   PreparedMessage prepared;

@@ -6,6 +6,7 @@
 // done on any thread, ahead of the message's turn.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -41,6 +42,8 @@ struct PreparedMessage {
   std::optional<std::string> keySubject;
   std::optional<DateTime> keyTime;
   std::optional<PackedRows> rows;
+
+  size_t Cost() const;  // memory, roughly
 };
 
 // Reads the message. Throws Error for a file that can't be read.

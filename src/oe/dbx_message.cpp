@@ -450,16 +450,7 @@ std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, 
 size_t AheadMessage::Cost() const {
   size_t cost = sizeof *this;
   if (message.raw) cost += message.raw->Held()->size();
-  if (!message.prepared) return cost;
-  const intake::MailMessage& mail = message.prepared->message;
-  cost += mail.Body.size() + mail.HTMLBody.size() +
-          (mail.To.size() + mail.Cc.size()) * sizeof(intake::AddressPair);
-  const std::optional<intake::PackedRows>& rows = message.prepared->rows;
-  if (!rows) return cost;
-  cost += rows->trigrams.size() * sizeof(uint32_t);
-  for (const intake::PackedRows::Text& text : rows->texts) cost += text.packed.size();
-  for (const std::string& piece : rows->pieces) cost += piece.size();
-  return cost;
+  return message.prepared ? cost + message.prepared->Cost() : cost;
 }
 
 std::optional<AheadMessage> ReadAhead(ByteReader& file, uint32_t infoOffset,

@@ -13,6 +13,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/ahead_pace.h"
 #include "intake/load_account.h"
 #include "intake/source.h"
 #include "oe/byte_reader.h"
@@ -98,10 +99,8 @@ class MessageFile : public intake::SourceFolder {
   size_t entriesDone_ = 0;
   uint32_t offset_ = 0;  // of the message come to
   WalkFiles files_;
-  // Reads on while messages are new: of those that are stored already little is read.
   std::unique_ptr<WalkAhead> ahead_;
-  int newInRow_ = 0;
-  int knownInRow_ = 0;
+  intake::AheadPace pace_;
 };
 
 bool HasChildren(const TreeNode& node) {
@@ -202,12 +201,10 @@ bool MessageFile::Next(intake::SourceMessage& message) {
 }
 
 void MessageFile::KeepAhead(bool wasNew) {
-  constexpr int kNewToBegin = 2;
-  constexpr int kKnownToEnd = 32;
-  newInRow_ = wasNew ? newInRow_ + 1 : 0;
-  knownInRow_ = wasNew ? 0 : knownInRow_ + 1;
-  if (knownInRow_ == kKnownToEnd) ahead_.reset();
-  if (newInRow_ == kNewToBegin && walk_ && !ahead_ && operation_ == kMsgToDb) {
+  intake::AheadPace::Turn turn = pace_.Note(wasNew);
+  if (turn == intake::AheadPace::Turn::kEnd) ahead_.reset();
+  bool mayBegin = walk_ && !ahead_ && operation_ == kMsgToDb;
+  if (turn == intake::AheadPace::Turn::kBegin && mayBegin) {
     ahead_ = WalkAhead::Begin(fileName_, *walk_, rules_);
   }
 }

@@ -28,9 +28,6 @@ namespace {
 
 using intake::Account;
 
-// Letters up to this length are kept in memory between the look for their key and their copying.
-constexpr size_t kMostKept = size_t{1} << 20;
-
 // The first header of a name (lower case), with the lines that continue it; "" for none.
 std::string HeaderOf(std::string_view letter, std::string_view name) {
   std::string value;
@@ -185,6 +182,8 @@ intake::SourceDescriptor MailboxFolder::Descriptor() const {
 
 bool MailboxFolder::Next(intake::SourceMessage& message) {
   for (LetterEntry letter; reader_->Next(letter); letter = {}) {
+    ++done_;
+    std::optional<LetterAhead> ahead = ahead_ ? ahead_->Take(letter.name) : std::nullopt;
     if (letter.state.isDeleted) {
       Account().AddReason(mailbox_.path, kDeletedReason);
       core::YieldEvents();
@@ -194,7 +193,7 @@ bool MailboxFolder::Next(intake::SourceMessage& message) {
     message.name = letter.name;
     message.facts.state = letter.state;
     try {
-      Read(letter, message);
+      Read(letter, std::move(ahead), message);
     } catch (...) {
       if (core::IsLoadStopped()) return false;  // not reached
       Error error = core::CurrentError();
@@ -210,44 +209,69 @@ bool MailboxFolder::Next(intake::SourceMessage& message) {
   return false;
 }
 
-void MailboxFolder::Read(const LetterEntry& letter, intake::SourceMessage& message) {
+void MailboxFolder::Ended(const intake::SourceMessage& message, const intake::Ending& /*ending*/) {
+  intake::AheadPace::Turn turn = pace_.Note(message.ending.outcome == intake::Outcome::kNone);
+  if (turn == intake::AheadPace::Turn::kEnd) ahead_.reset();
+  if (turn == intake::AheadPace::Turn::kBegin && !ahead_) {
+    ahead_ = LettersAhead::Begin(mailbox_, rules_, done_);
+  }
+}
+
+void MailboxFolder::Read(const LetterEntry& letter, std::optional<LetterAhead> ahead,
+                         intake::SourceMessage& message) {
   if (!letter.fault.empty()) {
     message.ending = {intake::Outcome::kUnreadable, letter.fault};
   } else if (letter.recordFile.empty()) {
-    ReadText(message);
+    ReadText(message, std::move(ahead));
   } else {
     ReadRecord(letter.recordFile, message);
   }
 }
 
-void MailboxFolder::ReadText(intake::SourceMessage& message) {
-  LetterKey key;
-  begin_.clear();
+void MailboxFolder::ReadText(intake::SourceMessage& message, std::optional<LetterAhead> ahead) {
+  std::string own;  // the beginning of the letter: all of it but for a large one
   uint64_t size = 0;
-  reader_->Copy([&](std::string_view piece) {
-    size += piece.size();
-    if (size <= kMostKept || begin_.empty()) begin_.append(piece);
-    key.Add(piece);
-  });
-  message.key = key.Finish();
-  message.name += ": " + core::LoggedMailText(Decoded(HeaderOf(begin_, "subject")));
-  if (intake::IsEmailExist(message.key)) {
-    message.ending.outcome = intake::OutcomeOfKnown(message.key);
-    const intake::MessageState& known = message.facts.state;
-    intake::FillState(message.key, known.isKnown ? known : intake::StateOfHeaders(begin_));
-    return;
+  if (ahead) {
+    message.key = std::move(ahead->key);
+    size = ahead->raw->Held()->size();
+  } else {
+    LetterKey key;
+    reader_->Copy([&](std::string_view piece) {
+      size += piece.size();
+      if (size <= kMostKept || own.empty()) own.append(piece);
+      key.Add(piece);
+    });
+    message.key = key.Finish();
   }
+  std::string_view begin = ahead ? *ahead->raw->Held() : own;
+  message.name += ": " + core::LoggedMailText(Decoded(HeaderOf(begin, "subject")));
+  if (IsKnown(begin, message)) return;
+  message.isKeyNew = true;
   platform::OutputFile scratch(core::State().TempMessageFile,
                                platform::OutputFile::Replace::kInPlace);
-  message.isKeyNew = true;
-  if (size == begin_.size()) {
-    scratch.Write(begin_);
-    message.raw.emplace(core::State().TempMessageFile, begin_);
+  if (size == begin.size()) {
+    scratch.Write(begin);
   } else {
     reader_->Copy([&](std::string_view piece) { scratch.Write(piece); });
   }
   scratch.Close();
-  if (mailbox_.role == MailboxRole::kSent) LearnSender(begin_);
+  if (mailbox_.role == MailboxRole::kSent) LearnSender(begin);
+  if (ahead) {
+    message.raw = std::move(ahead->raw);
+    message.prepared = std::move(ahead->prepared);
+  } else if (size == own.size()) {
+    message.raw.emplace(core::State().TempMessageFile, std::move(own));
+  }
+}
+
+// Whether the letter is stored or ignored for good; then its beginning may tell what is not known
+// of it yet.
+bool MailboxFolder::IsKnown(std::string_view begin, intake::SourceMessage& message) const {
+  if (!intake::IsEmailExist(message.key)) return false;
+  message.ending.outcome = intake::OutcomeOfKnown(message.key);
+  const intake::MessageState& known = message.facts.state;
+  intake::FillState(message.key, known.isKnown ? known : intake::StateOfHeaders(begin));
+  return true;
 }
 
 void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& message) {

@@ -7,12 +7,17 @@
 // asked for.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "intake/ahead_pace.h"
 #include "intake/source.h"
+#include "sources/letters_ahead.h"
 #include "sources/mailbox.h"
 
 namespace tarnwick::sources {
@@ -50,10 +55,13 @@ class MailboxFolder : public intake::SourceFolder {
   std::string Identity() const override { return mailbox_.identity; }
   const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
+  void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
 
  private:
-  void Read(const LetterEntry& letter, intake::SourceMessage& message);
-  void ReadText(intake::SourceMessage& message);
+  void Read(const LetterEntry& letter, std::optional<LetterAhead> ahead,
+            intake::SourceMessage& message);
+  void ReadText(intake::SourceMessage& message, std::optional<LetterAhead> ahead);
+  bool IsKnown(std::string_view begin, intake::SourceMessage& message) const;
   void ReadRecord(const std::string& file, intake::SourceMessage& message);
   void LearnSender(std::string_view headers);
 
@@ -62,7 +70,9 @@ class MailboxFolder : public intake::SourceFolder {
   const intake::ReadingRules& rules_;
   bool isOneOfMany_;
   std::unique_ptr<LetterReader> reader_;
-  std::string begin_;       // of the current letter: all of it but for a large one
+  int64_t done_ = 0;  // letters come to
+  std::unique_ptr<LettersAhead> ahead_;
+  intake::AheadPace pace_;
   std::string lastSender_;  // learnt last
 };
 

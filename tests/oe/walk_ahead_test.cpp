@@ -69,7 +69,7 @@ class WalkAheadTest : public OeFixture {
         break;
       }
       case 9:  // several rows, in parts beyond packing
-        for (int i = 0; i < 3000; ++i) text += std::to_string(i * i * number) + "\r\n";
+        for (int i = 0; i < 3000; ++i) text += std::to_string(int64_t{i} * i * number) + "\r\n";
         break;
     }
     return letter;

@@ -5,10 +5,14 @@
 
 #include "board/load_command.h"
 #include "board/load_log.h"
+#include "intake/load_account.h"
+#include "platform/ahead.h"
 #include "samples/mailbox_builder.h"
+#include "sources/letters_ahead.h"
 #include "sources/mailbox.h"
 #include "support/machine.h"
 #include "support/program_fixture.h"
+#include "support/repository_content.h"
 
 namespace tarnwick::sources {
 namespace {
@@ -202,6 +206,45 @@ TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
   EXPECT_EQ(Load(rules).stored, 0);
   rules.deletedItems = true;
   EXPECT_EQ(Load(rules).stored, 1);
+}
+
+// What is read ahead on a second thread is what is read in turn; letters that are deleted, broken,
+// long, or leave a file behind stand between.
+TEST_F(MailboxTree, TwoThreadsLeaveWhatOneLeaves) {
+  std::vector<std::string> letters;
+  for (int i = 0; i < 150; ++i) {
+    std::string letter = LetterOf("ann@example.org", "letter " + std::to_string(i % 140));
+    if (i % 13 == 5) letter.insert(0, "X-Mozilla-Status: 0008\r\n");
+    if (i % 17 == 6) letter += "begin 644 note.txt\r\n#0V%T\r\n`\r\nend\r\n";
+    if (i == 70) letter += std::string(1'200'000, 'x') + "\r\n";
+    letters.push_back(std::move(letter));
+  }
+  WriteBox("Mail/Sent", letters);
+  for (int i = 0; i < 60; ++i) {
+    std::string name =
+        "Maildir/cur/" + std::to_string(1000 + i) + ".x:2," + (i % 2 != 0 ? "S" : "");
+    Write(name, i == 30 ? "" : LetterOf("eve@example.org", "file " + std::to_string(i)));
+  }
+  Write("Maildir/new/.keep", "");
+  repository::DisconnectRepository();
+  platform::CopyFile(folder_.File("Tarnwick.twr"), folder_.File("empty"));
+  using Tables = decltype(testing::DumpRepository(RepositoryDb()));
+  Tables left[2];
+  std::string accounts[2];
+  for (int second : {0, 1}) {
+    repository::DisconnectRepository();
+    platform::CopyFile(folder_.File("empty"), folder_.File("Tarnwick.twr"));
+    ASSERT_TRUE(repository::OpenRepository(false));
+    platform::SetWorkThreads(1 + second);
+    int64_t before = LettersAhead::LettersTaken();
+    EXPECT_GT(Load(intake::kComplete).stored, 150);
+    EXPECT_EQ(LettersAhead::LettersTaken() > before + 100, second == 1);
+    left[second] = testing::DumpRepository(RepositoryDb());
+    accounts[second] = intake::Account().Text();
+  }
+  platform::SetWorkThreads(1);
+  EXPECT_TRUE(left[0] == left[1]);
+  EXPECT_EQ(accounts[0], accounts[1]);
 }
 
 }  // namespace
