@@ -351,7 +351,7 @@ void TimeConversations(Bench& bench) {
   bench.Measure(
       "list grouped by conversations", [] { board::GroupList(); },
       [] { List([](board::ListFilter&) {}); });
-  std::printf("<!-- %zu -->\n", board::Board().Conversations.starts.size());
+  std::printf("<!-- %zu -->\n", board::Board().Conversations.listed.size());
   board::Board().Conversations = {};
 }
 
