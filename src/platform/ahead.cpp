@@ -21,8 +21,4 @@ void SetWorkThreads(int threads) {
   Threads() = threads;
 }
 
-int ProcessorCount() {
-  return static_cast<int>(std::thread::hardware_concurrency());
-}
-
 }  // namespace tarnwick::platform

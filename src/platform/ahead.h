@@ -20,7 +20,7 @@ namespace tarnwick::platform {
 // How many threads the program may keep busy: 1 until it is set, and nothing is done ahead.
 int WorkThreads();
 void SetWorkThreads(int threads);
-// As many as there are processors for the program.
+// As many as there are processors for the program, and it can make use of.
 int ProcessorCount();
 
 // Item: a value with a size_t Cost() const, the bytes of memory that it takes, roughly.

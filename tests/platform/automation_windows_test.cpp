@@ -10,6 +10,9 @@
 
 #include "support/testing.h"
 
+// Such interfaces have no destructors.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 namespace tarnwick::platform {
 namespace {
 
