@@ -15,17 +15,10 @@
 set -euo pipefail
 messages=${1:-1000}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-worn-store >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
+. bench/timing.sh
+prepare rescue tarnwick-cli tarnwick-worn-store
 undbx=${UNDBX:-$(command -v undbx || true)}
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-rescue-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
 cli() { "$bin/tarnwick-cli" --home "$work/home" "$@"; }
 load() { cli --profile "$work/store" load --accept all "$@" >/dev/null 2>&1 || true; }
 

@@ -14,17 +14,10 @@
 set -euo pipefail
 messages=${1:-1000}
 cd "$(dirname "$0")/.."
-if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
-  ./cmake/setup.sh
-  cmake --preset release >/dev/null
-  cmake --build --preset release --target tarnwick-cli tarnwick-worn-outlook >/dev/null
-fi
-bin=${TARNWICK_BENCH_BIN:-$PWD/build/release/bin}
+. bench/timing.sh
+prepare rescue-outlook tarnwick-cli tarnwick-worn-outlook
 readpst=$(command -v readpst || true)
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-rescue-XXXXXX")
-trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE
 cli() { "$bin/tarnwick-cli" --home "$work/home" "$@"; }
 load() { cli --profile "$work/store" load --full --accept all "$@" 2>/dev/null | tail -n 1; }
 

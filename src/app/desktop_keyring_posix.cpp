@@ -33,7 +33,6 @@ std::string Reason(const QKeychain::Job& job) {
     case QKeychain::NoError:
       return {};
     case QKeychain::NoBackendAvailable:
-    case QKeychain::NotImplemented:
       return QCoreApplication::translate("DesktopKeyring", "No keyring is running on this desktop.")
           .toStdString();
     default:
