@@ -118,7 +118,8 @@ with_cmake() {
   local folder="$1"
   shift
   cmake -S "$folder" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
-    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" >"$build.log"
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
+    -DCMAKE_{C,CXX}_COMPILER_LAUNCHER="${launcher[*]}" "$@" >"$build.log"
   ninja -j"$jobs" -C "$build" install >>"$build.log"
 }
 
