@@ -13,7 +13,9 @@ pictures="$build/pictures"
 mkdir -p "$pictures"
 cmake --build "$(dirname "$linux")" --target tarnwick-make-sample
 work="$(mktemp -d)"
-export WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
+# Wine shows the files of HOME as the person's documents.
+mkdir "$work/home"
+export HOME="$work/home" WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 wine="$(command -v wine64 || echo /usr/lib/wine/wine64)"
 clean_up() {
   /usr/lib/wine/wineserver64 -k || true
