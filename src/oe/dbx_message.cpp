@@ -202,11 +202,6 @@ bool ReadInfo(ByteReader& file, uint32_t offset, Info& info, Reading& reading) {
   return true;
 }
 
-void LogMessage(const MessageInfo& info) {
-  core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    core::LoggedMailText(info.subject));
-}
-
 // False, for a message that is stored or ignored for good under this key.
 bool GiveUpKnown(const std::string& key, ReadMessage& message) {
   message.ending = {intake::OutcomeOfKnown(key), {}};
@@ -299,8 +294,13 @@ class TextKeeper {
   intake::RawMessage Finish() {
     const std::string& path = core::State().TempMessageFile;
     if (files_ != nullptr) {
-      if (isHeld_) Scratch().Write(held_);
-      Scratch().Complete();
+      if (isHeld_) {
+        Scratch().Write(held_);
+        Scratch().Complete();
+      } else {
+        Scratch().Close();
+        files_->scratch.reset();
+      }
     }
     return isHeld_ ? intake::RawMessage(path, std::move(held_)) : intake::RawMessage(path);
   }
@@ -412,7 +412,8 @@ bool CopyMessage(uint32_t offset, const std::string& fileName, WalkFiles& files,
     info = ReadWholeInfo(offset, fileName, files, reading);
     if (!info) return false;
   }
-  LogMessage(message.info);
+  message.name = DatedSubject(message.info);
+  core::LogProgress("*****Email = " + message.name);
   reading.step = kDuplicate;
   if (intake::IsEmailExist(message.entryKey)) return GiveUpKnown(message.entryKey, message);
   FormerKey former = FindFormerKey(message.info);
@@ -445,6 +446,10 @@ std::optional<PeekedMessage> PeekMessage(ByteReader& file, uint32_t infoOffset, 
   } catch (const Error&) {
     return std::nullopt;
   }
+}
+
+std::string DatedSubject(const MessageInfo& info) {
+  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
 }
 
 size_t AheadMessage::Cost() const {

@@ -23,7 +23,6 @@
 #include "oe/tree_walk.h"
 #include "oe/walk_ahead.h"
 #include "platform/files.h"
-#include "platform/locale.h"
 
 namespace tarnwick::oe {
 
@@ -82,7 +81,7 @@ class MessageFile : public intake::SourceFolder {
   std::optional<uint32_t> NextOffset();
   std::optional<TreeNode> ReadNodeOnce(uint32_t offset);
   void EnterSecondLevel(uint32_t offset);
-  std::string NameOf(const MessageInfo& info) const;
+  std::string NameOf(ReadMessage& read) const;
   void KeepAhead(bool wasNew);
   void Note(const char* reason) const { oe::Note(fileName_, operation_, reason); }
   void ReportBadNode() const;
@@ -176,9 +175,9 @@ std::optional<uint32_t> MessageFile::NextOffset() {
   }
 }
 
-std::string MessageFile::NameOf(const MessageInfo& info) const {
-  if (info.subject.empty()) return "at " + std::to_string(offset_);
-  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+std::string MessageFile::NameOf(ReadMessage& read) const {
+  if (read.info.subject.empty()) return "at " + std::to_string(offset_);
+  return read.name.empty() ? DatedSubject(read.info) : std::move(read.name);
 }
 
 bool MessageFile::Next(intake::SourceMessage& message) {
@@ -196,7 +195,7 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   } else {
     message.ending = read.ending;
   }
-  if (message.ending.outcome != intake::Outcome::kAlreadyStored) message.name = NameOf(read.info);
+  if (message.ending.outcome != intake::Outcome::kAlreadyStored) message.name = NameOf(read);
   return true;
 }
 
@@ -230,11 +229,10 @@ void Perform(MessageFile& file, std::string_view operation) {
   for (intake::SourceMessage message; !IsStopped() && file.Next(message); message = {}) {
     if (message.ending.outcome != intake::Outcome::kNone) {
       file.Ended(message, message.ending);
-    } else if (operation == kMeAddress) {
-      dbxFileMeAddress();
-    } else if (operation == kMsgToFiles) {
+    } else {
       file.LetGoOfScratch();
-      MsgToFiles();
+      if (operation == kMeAddress) dbxFileMeAddress();
+      if (operation == kMsgToFiles) MsgToFiles();
     }
     core::YieldEvents();
   }
