@@ -94,7 +94,7 @@ class WalkAheadTest : public OeFixture {
     EXPECT_TRUE(repository::OpenRepository(false));
     platform::SetWorkThreads(threads);
     if (course.isSecond) Read(WriteTemp("half.dbx", Store(180).Bytes()), {});
-    platform::RemoveFile(core::State().LogFile);
+    RemoveLog();
     ui_.shown.clear();
     Read(path, course);
     Left left;
