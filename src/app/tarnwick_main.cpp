@@ -13,6 +13,7 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "desktop_keyring.h"
+#include "intake/reader_link.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "native_look.h"
@@ -87,6 +88,7 @@ int main(int argc, char** argv) {
   tarnwick::app::DesktopKeyring keyring;
   tarnwick::repository::SetKeyring(&keyring);
   tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
+  tarnwick::intake::SetReader(tarnwick::intake::ReaderProgram());
   Start start = OpenAtStart();
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);

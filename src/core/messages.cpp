@@ -6,6 +6,7 @@
 
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "core/tellings.h"
 #include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -105,6 +106,7 @@ void ShowMessage(const std::string& text) {
 
 void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
   if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kBox, std::string(kind), text})) return;
   LogProgress(text);
   ShowBox(BoxIcon::kInformation, kind, text);
 }
@@ -166,6 +168,7 @@ void ReportUnknownFormat(const std::string& fileName) {
 
 void WriteLog(std::string_view text) {
   if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kEntry, {}, std::string(text)})) return;
   std::string entry = LogTime();
   entry += "\r\n";
   for (size_t end = 0; end != std::string_view::npos;) {
@@ -189,6 +192,7 @@ void CloseLog() {
 
 void LogProgress(std::string_view text) {
   if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kProgress, {}, std::string(text)})) return;
   if (State().LogEvents) WriteLog(text);
 }
 
@@ -229,6 +233,10 @@ void ReportCurrentException(std::string_view routine, Report report, std::string
   assert(std::current_exception() != nullptr);
   if (AheadOfTurn::IsTooEarly()) return;
   Error error = CurrentError();
+  if (TellingsKept::Keep({Telling::Kind::kError, std::string(routine), error.Description(),
+                          error.Number(), report == Report::kShow, std::string(detail)})) {
+    return;
+  }
   RunState& state = State();
   if (state.LoadIsRunning && IsDiskFull(error)) {
     state.DiskIsFull = true;

@@ -5,6 +5,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
+#include "core/tellings.h"
 #include "platform/files.h"
 
 namespace tarnwick::intake {
@@ -14,6 +15,9 @@ std::string MakeAttachFile(const std::string& declaredName, std::string_view byt
       "MakeAttachFile", std::string(),
       [&] {
         if (core::AheadOfTurn::IsTooEarly()) return std::string();
+        using core::Telling;
+        bool isKept = core::TellingsKept::Keep({Telling::Kind::kFile, declaredName, std::string(bytes)});
+        if (isKept) return std::string();
         const std::string& folder = core::State().EmailFileFolder;
         if (folder.empty()) return std::string();
         std::string name = platform::SafeFileName(declaredName);

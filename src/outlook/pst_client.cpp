@@ -9,7 +9,6 @@
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
-#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 
@@ -114,13 +113,6 @@ class AnswerReader {
 };
 
 }  // namespace
-
-std::string ReaderProgram() {
-  std::string given = platform::EnvironmentText("TARNWICK_PST_READER").value_or("");
-  if (!given.empty()) return given;
-  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-pst-reader" +
-         std::string(platform::kProgramEnding);
-}
 
 PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits, Way way)
     : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits), way_(way) {

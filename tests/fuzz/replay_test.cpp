@@ -55,7 +55,7 @@ class Replay : public ::testing::TestWithParam<std::pair<const std::string, Driv
 
 TEST_P(Replay, Holds) {
   const auto& [name, driver] = GetParam();
-  platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+  platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
   auto run = [driver = driver](const std::string& input) {
     driver(reinterpret_cast<const uint8_t*>(input.data()), input.size());
   };

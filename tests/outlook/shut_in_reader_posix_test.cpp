@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What a store that takes over tarnwick-pst-reader could do from there: the test makes the running
+// What a store that takes over tarnwick-reader could do from there: the test makes the running
 // reader perform system calls of its choice, as code injected into it would.
 #include <arpa/inet.h>
 #include <fcntl.h>

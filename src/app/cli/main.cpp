@@ -14,6 +14,7 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
+#include "intake/reader_link.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
 #include "platform/ahead.h"
@@ -164,6 +165,7 @@ int Run(std::vector<std::string> words) {
   }
   tarnwick::core::State().Ui = &console;
   tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
+  tarnwick::intake::SetReader(tarnwick::intake::ReaderProgram());
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
   if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {

@@ -1,16 +1,22 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-pst-reader: reads one Outlook store for the program that started it and handed it the
-// open file (the protocol is pst_protocol.h, the channel is standard input). A process of its own,
-// because the store library meets whatever a damaged or hostile file holds: it may fall, but takes
-// nothing with it; and shut in, because it may be taken over, but gives nothing away.
+// tarnwick-reader: reads one mail store for the program that started it and handed it the open file
+// (the channel is standard input). Which of two protocols is spoken the first request tells: that
+// of Outlook's stores (outlook/pst_protocol.h) or that of stores of letters (intake/reader_link.h).
+// A process of its own, because what reads a store meets whatever a damaged or hostile file holds:
+// it may fall, but takes nothing with it; and shut in, because it may be taken over, but gives
+// nothing away.
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "intake/letter_record.h"
+#include "intake/letter_service.h"
+#include "intake/reader_link.h"
+#include "oe/store_link.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
@@ -90,39 +96,70 @@ std::unique_ptr<StoreFile> Open(tarnwick::platform::InputFile& file, char kind, 
   return reader::OpenLostStore(file, answer);
 }
 
-int Run(tarnwick::platform::InputFile& file, bool isShutIn) {
-  reader::Channel channel;
-  Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
+// A request as it came.
+struct Request {
+  char kind = 0;
   std::string payload;
+};
+
+int ServeOutlook(tarnwick::platform::InputFile& file, reader::Channel& channel, Request request,
+                 bool isShutIn) {
+  Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
   std::unique_ptr<StoreFile> store;
   try {
-    while (true) {
-      if (!channel.HasMore()) answer.Flush();
-      char kind = channel.ReadRequest(payload);
+    for (;; request.kind = channel.ReadRequest(request.payload)) {
       tarnwick::platform::LimitProcessorTime(store ? kRequestSeconds : kOpenSeconds);
-      if (!store) store = Open(file, kind, answer);
-      if (kind == frame::kStore && !isShutIn) answer.Frame(frame::kNotShutIn, {});
-      Reply(*store, kind, payload, answer);
+      if (!store) store = Open(file, request.kind, answer);
+      if (request.kind == frame::kStore && !isShutIn) answer.Frame(frame::kNotShutIn, {});
+      Reply(*store, request.kind, request.payload, answer);
+      if (!channel.HasMore()) answer.Flush();
     }
-  } catch (const reader::ChannelClosed&) {
-    return 0;
   } catch (const std::exception& error) {
     // The store can't be opened.
-    try {
-      answer.Frame(frame::kFailed, error.what());
-      answer.Flush();
-    } catch (const reader::ChannelClosed&) {
-    }
+    answer.Frame(frame::kFailed, error.what());
+    answer.Flush();
     return 1;
   }
+}
+
+int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening& opening,
+                 bool isShutIn) {
+  using namespace tarnwick;
+  intake::LetterChannel letters{
+      .request = [&](std::string& payload) { return channel.ReadRequest(payload); },
+      .hasMore = [&] { return channel.HasMore(); },
+      .write = [&](std::string_view bytes) { channel.Write(bytes); }};
+  auto open = [&] { return oe::MakeStoreService(opening.conditions.rules, opening.store); };
+  intake::ServeLetters(letters, isShutIn, open, opening.skip);
+  return 0;
+}
+
+// What is needed of the machine is had before the process shuts itself in, and nothing of the store
+// is looked at.
+int Run() {
+  using namespace tarnwick;
+  platform::InputFile file = platform::InputFile::Handed();
+  reader::Channel channel;
+  Request request;
+  request.kind = channel.ReadRequest(request.payload);
+  bool isOfLetters = request.kind == intake::letter_frame::kOpen;
+  intake::LetterOpening opening;
+  if (isOfLetters) {
+    opening = intake::RecordOf<intake::LetterOpening>(request.payload);
+    intake::ReadUnder(opening.conditions);
+  }
+  bool isShutIn = platform::ConfineThisProcess(kMaxMemory).HasAny();
+  if (isOfLetters) return ServeLetters(channel, opening, isShutIn);
+  return ServeOutlook(file, channel, std::move(request), isShutIn);
 }
 
 }  // namespace
 
 int main() {
   try {
-    tarnwick::platform::InputFile file = tarnwick::platform::InputFile::Handed();
-    return Run(file, tarnwick::platform::ConfineThisProcess(kMaxMemory).HasAny());
+    return Run();
+  } catch (const reader::ChannelClosed&) {
+    return 0;
   } catch (const std::exception&) {
     return 2;  // started by hand
   }
