@@ -12,6 +12,11 @@
 
 namespace tarnwick::intake {
 
+void CheckPrepared(const PreparedMessage& prepared, const std::optional<std::string>& held) {
+  if (!prepared.rows && !prepared.fault) RefuseRecord();
+  if (prepared.rows && !MayBeRowsOf(prepared, RawMessage("", held.value_or("")))) RefuseRecord();
+}
+
 ReadingConditions ConditionsOf(const ReadingRules& rules) {
   return {.rules = rules,
           .locale = platform::LocaleOverride(),

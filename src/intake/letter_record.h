@@ -33,8 +33,8 @@ void Pass(Archive& archive, StoreFacts& f) {
 template <typename Archive>
 void Pass(Archive& archive, ReadingRules& r) {
   archive(r.everyStore, r.drafts, r.deletedItems, r.outbox, r.everyTreeLevel, r.anyDate,
-          r.indexedText, r.lostMail, r.soundDates, r.wholeSubjects, r.quotedCommas,
-          r.bareAddresses, r.mostRecipients);
+          r.indexedText, r.lostMail, r.soundDates, r.wholeSubjects, r.quotedCommas, r.bareAddresses,
+          r.mostRecipients);
 }
 
 template <typename Archive>
@@ -77,6 +77,10 @@ void Pass(Archive& archive, PreparedMessage& p) {
   archive(p.message, p.hasSender, p.keySubject, p.keyTime, p.rows, p.tellings, p.fault);
 }
 
+// Throws where a message that was prepared elsewhere can't be that of a text, or would do harm.
+// held: the text, nothing where it is too long.
+void CheckPrepared(const PreparedMessage& prepared, const std::optional<std::string>& held);
+
 // How the program reads: its rules, and what it has found out of the machine and the user.
 struct ReadingConditions {
   ReadingRules rules;
@@ -90,8 +94,8 @@ void Pass(Archive& archive, ReadingConditions& c) {
   archive(c.rules, c.locale, c.now, c.zoneHours, c.monthNames);
 }
 // What the reader is told first.
-enum class Conversation : uint8_t { kDbx, kMailbox };
-inline constexpr size_t kConversations = 2;
+enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles };
+inline constexpr size_t kConversations = 3;
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
   uint64_t skip = 0;  // messages to pass over

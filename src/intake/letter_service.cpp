@@ -58,14 +58,16 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
     if (!channel.hasMore()) frames.Send();
     char kind = channel.request(payload);
     platform::LimitProcessorTime(kRequestSeconds);
-    if (kind == letter_frame::kGoOn) {
+    if (kind == letter_frame::kPiece) {
+      service->Take(payload);
+    } else if (kind == letter_frame::kGoOn) {
       isHalted = false;
     } else if (kind == letter_frame::kText) {
       std::string record =
           service->Text(payload, [&](std::string_view text) { frames.AddText(text); });
       frames.Add(letter_frame::kRecord, record);
     } else if (kind == letter_frame::kNext && !isHalted) {
-      LetterService::Answer answer = service->Next(payload == "\1");
+      LetterService::Answer answer = service->Next(payload);
       isHalted = answer.halts;
       frames.Add(isHalted ? letter_frame::kHalted : letter_frame::kRecord, answer.record);
     }

@@ -12,6 +12,10 @@
 
 namespace tarnwick::intake {
 
+// How a message is asked for: with its text, or without.
+inline constexpr std::string_view kWithText = "t";
+inline constexpr std::string_view kWithoutText = "o";
+
 class LetterService {
  public:
   using ByteSink = std::function<void(std::string_view)>;
@@ -23,11 +27,13 @@ class LetterService {
   virtual ~LetterService() = default;
 
   // Passes over so many messages, of which it looks at nothing.
-  virtual void Skip(uint64_t messages) = 0;
-  // Of the next message. Does not throw but for want of memory.
-  virtual Answer Next(bool whole) = 0;
+  virtual void Skip(uint64_t /*messages*/) {}
+  // Of the next message; how: as it was asked for.
+  virtual Answer Next(std::string_view how) = 0;
   // Of a text; what is too long to be held goes to longText.
   virtual std::string Text(std::string_view which, const ByteSink& longText) = 0;
+  // A piece of what is to be read next, of messages that are sent.
+  virtual void Take(std::string_view /*piece*/) {}
 };
 
 // The channel to the program: the next request and its payload, whether another one has come, and

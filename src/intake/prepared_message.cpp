@@ -48,16 +48,6 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
 
 }  // namespace
 
-size_t PreparedMessage::Cost() const {
-  size_t cost = sizeof *this + message.Body.size() + message.HTMLBody.size() +
-                (message.To.size() + message.Cc.size()) * sizeof(AddressPair);
-  if (!rows) return cost;
-  if (rows->trigrams) cost += rows->trigrams->size() * sizeof(uint32_t);
-  for (const PackedRows::Text& text : rows->texts) cost += text.packed.size();
-  for (const std::string& piece : rows->pieces) cost += piece.size();
-  return cost;
-}
-
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts) {
   PreparedMessage prepared;
@@ -76,16 +66,6 @@ PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
   prepared.hasSender = headers.HasSender();
   if (draft.keySubject) prepared.keySubject = draft.keySubject->Finish(draft.CharsetOfHeaders());
   prepared.keyTime = draft.keyTime;
-  return prepared;
-}
-
-std::unique_ptr<PreparedMessage> PrepareAhead(const RawMessage& raw, const ReadingRules& rules,
-                                              const StoreFacts& facts) {
-  core::AheadOfTurn ahead;
-  auto prepared = std::make_unique<PreparedMessage>(ReadMessage(raw, rules, facts));
-  TakeBodyFromHtml(prepared->message);
-  if (ahead.MustWait()) return nullptr;
-  prepared->rows = PackRows(raw, prepared->message);
   return prepared;
 }
 

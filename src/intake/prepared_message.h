@@ -23,8 +23,8 @@
 
 namespace tarnwick::intake {
 
-// What the rows of a message hold, in the form in which it lies in the file. What is missing is made
-// when the message is stored.
+// What the rows of a message hold, in the form in which it lies in the file. What is missing is
+// made when the message is stored.
 struct PackedRows {
   struct Text {
     std::string_view column;
@@ -48,18 +48,11 @@ struct PreparedMessage {
   // What is to be told of it when it is taken in, and the error that its reading ended with.
   std::vector<core::Telling> tellings;
   std::optional<core::Telling> fault;
-
-  size_t Cost() const;  // memory, roughly
 };
 
 // Reads the message. Throws Error for a file that can't be read.
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts);
-
-// The same with the rows packed; nullptr where the reading would tell or leave something behind (a
-// limit, a file that stands in the text), which has to wait for the message's turn.
-std::unique_ptr<PreparedMessage> PrepareAhead(const RawMessage& raw, const ReadingRules& rules,
-                                              const StoreFacts& facts);
 
 // The same for a message that another process takes in: with all that is to be told, and packed
 // unless it is too long to be held (kMostHeld).

@@ -8,6 +8,7 @@
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "intake/letter_service.h"
 #include "intake/record_bytes.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
@@ -27,8 +28,6 @@ constexpr int kOneByOne = 2 * kMostAsked;
 constexpr uint64_t kBytesOfByte = 16;
 constexpr uint64_t kLeastMost = uint64_t{4} << 20;
 constexpr uint64_t kMostMost = uint64_t{1} << 30;
-
-constexpr const char* kNoAnswer = "the reader of its store ended or did not answer";
 
 LinkLimits& Limits() {
   static LinkLimits limits;
@@ -88,7 +87,7 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
                                               Conversation conversation, const ReadingRules& rules,
                                               std::string opening) {
   if (Program().empty()) return nullptr;
-  platform::InputFile readable(storePath);  // or its error is told
+  if (!storePath.empty()) platform::InputFile readable(storePath);  // or its error is told
   std::unique_ptr<ReaderLink> link(new ReaderLink(
       storePath, Program(), {conversation, 0, ConditionsOf(rules), std::move(opening)}));
   try {
@@ -111,31 +110,37 @@ ReaderLink::ReaderLink(std::string storePath, std::string program, LetterOpening
 
 // It answers once to say that it is there, before it looks at the store.
 void ReaderLink::Start() {
-  platform::InputFile store(storePath_);
-  mostBytes_ = std::min(kMostMost, kBytesOfByte * store.Size() + kLeastMost);
-  child_ = std::make_unique<platform::ChildProcess>(program_, store);
+  std::optional<platform::InputFile> store;
+  if (!storePath_.empty()) store.emplace(storePath_);
+  mostBytes_ = MostFor(store ? store->Size() : 0);
+  child_ = std::make_unique<platform::ChildProcess>(program_, store ? &*store : nullptr);
   opening_.skip = done_ + waiting_.size();
   Send(FrameOf(letter_frame::kOpen, BytesOf(opening_)));
   ReceiveRecord({});
+}
+
+// What an answer about so many bytes may hold.
+uint64_t ReaderLink::MostFor(uint64_t bytes) {
+  return std::min(kMostMost, kBytesOfByte * bytes + kLeastMost);
 }
 
 void ReaderLink::Send(std::string_view requests) {
   if (!child_->Write(requests, Limits().silentMilliseconds)) throw Lost();
 }
 
-void ReaderLink::AskAhead(bool whole) {
+void ReaderLink::AskAhead(bool withText) {
   size_t most = oneByOne_ > 0 ? 1 : kMostAsked;
   if (2 * asked_.size() > most) return;
   std::string requests;
   if (std::exchange(isHalted_, false)) requests += FrameOf(letter_frame::kGoOn, {});
   while (asked_.size() < most) {
-    requests += FrameOf(letter_frame::kNext, std::string(1, whole ? '\1' : '\0'));
-    asked_.push_back(whole);
+    requests += FrameOf(letter_frame::kNext, withText ? kWithText : kWithoutText);
+    asked_.push_back(withText);
   }
   Send(requests);
 }
 
-std::optional<std::string_view> ReaderLink::Next(bool whole) {
+std::optional<std::string_view> ReaderLink::Next(bool withText) {
   if (!waiting_.empty()) {
     handedOut_ = std::move(waiting_.front());
     waiting_.pop_front();
@@ -145,7 +150,7 @@ std::optional<std::string_view> ReaderLink::Next(bool whole) {
   for (;;) {
     try {
       if (!child_) Start();
-      AskAhead(whole);
+      AskAhead(withText);
       std::string_view record = ReceiveRecord({});
       ++done_;
       if (oneByOne_ > 0) --oneByOne_;
@@ -162,12 +167,12 @@ std::optional<std::string_view> ReaderLink::Next(bool whole) {
       }
       // Which message it was shows when it is asked for alone; what can be had of it at all, when
       // its text is left out.
-      if (isAlone) whole = false;
+      if (isAlone) withText = false;
     }
   }
 }
 
-std::string_view ReaderLink::Text(std::string_view which, const ByteSink& longText) {
+std::optional<std::string_view> ReaderLink::Text(std::string_view which, const ByteSink& longText) {
   for (;;) {
     try {
       if (!child_) Start();
@@ -177,24 +182,83 @@ std::string_view ReaderLink::Text(std::string_view which, const ByteSink& longTe
     } catch (const Lost&) {
       bool isAnothers = !asked_.empty();
       CountLoss();
-      if (isAnothers && !core::IsLoadStopped()) {
-        oneByOne_ = kOneByOne;
-        continue;
-      }
-      throw Error(ErrorNumber::kPathAccess, kNoAnswer);
+      oneByOne_ = kOneByOne;
+      if (!isAnothers || core::IsLoadStopped()) return std::nullopt;
+    } catch (...) {
+      Leave();  // in the middle of an answer
+      throw;
     }
   }
 }
 
-// The reader is gone, or no longer to be believed.
-void ReaderLink::CountLoss() {
+// Neither end may wait for the other to take what it sends: so much fits into the channel.
+bool ReaderLink::MayAsk(size_t size) const {
+  constexpr size_t kMostSent = size_t{48} * 1024;
+  return messages_.empty() || messageBytes_ + size <= kMostSent;
+}
+
+void ReaderLink::Ask(std::string_view message, std::string_view how) {
+  constexpr size_t kPieceSize = size_t{32} * 1024;
+  std::string& frames = messages_.emplace_back();
+  for (size_t place = 0; place < message.size(); place += kPieceSize) {
+    frames += FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
+  }
+  frames += FrameOf(letter_frame::kNext, how);
+  messageBytes_ += frames.size();
+  // Behind one that a reader was lost over, each waits for its turn.
+  if (!child_ || messagesSent_ + 1 < messages_.size()) return;
+  try {
+    Send(frames);
+    ++messagesSent_;
+  } catch (const Lost&) {
+    CountLoss();
+  }
+}
+
+std::optional<std::string_view> ReaderLink::Answer() {
+  for (;;) {
+    bool isAlone = messagesSent_ <= 1;
+    try {
+      if (!child_) Start();
+      if (messagesSent_ == 0) {
+        Send(messages_.front());
+        messagesSent_ = 1;
+      }
+      mostBytes_ = MostFor(messages_.front().size());
+      std::string_view record = ReceiveRecord({});
+      messageBytes_ -= messages_.front().size();
+      messages_.pop_front();
+      --messagesSent_;
+      return record;
+    } catch (const Lost&) {
+      CountLoss();
+      if (!isAlone && !core::IsLoadStopped()) continue;
+      messageBytes_ -= messages_.front().size();
+      messages_.pop_front();
+      return std::nullopt;
+    }
+  }
+}
+
+void ReaderLink::Distrust() {
+  askedAt_ = platform::TickMilliseconds();
+  CountLoss();
+}
+
+void ReaderLink::Leave() {
   child_.reset();
   asked_.clear();
+  messagesSent_ = 0;
   isHalted_ = false;
   position_ = end_ = 0;
+}
+
+// The reader is gone, or no longer to be believed.
+void ReaderLink::CountLoss() {
+  Leave();
   wasted_ += platform::TickMilliseconds() - askedAt_;
   bool isGivenUp = ++losses_ > Limits().losses || wasted_ > Limits().wastedMilliseconds;
-  if (isGivenUp) throw Error(ErrorNumber::kPathAccess, std::string(kNoAnswer) + " too often");
+  if (isGivenUp) throw Error(ErrorNumber::kPathAccess, std::string(kReaderLost) + " too often");
 }
 
 // The pieces of a text go to longText on the way; where none may come, nothing is set there.

@@ -11,8 +11,9 @@
 //
 // Requests
 //   'l' opening                               comes first: LetterOpening of letter_record.h
-//   'n' whole(8)                              the next message; whole: with its text, unless that
-//                                             is too long to be held
+//   'n' how                                   the next message; with its text (kWithText), unless
+//                                             that is too long to be held
+//   'p' bytes                                 of messages that are sent: a piece of the next one
 //   't' which...                              the text of a message
 //   'c'                                       go on behind a message that halted
 // Answers, one to each request but 'c'
@@ -44,12 +45,16 @@ inline constexpr char kOpen = 'l';
 inline constexpr char kNext = 'n';
 inline constexpr char kText = 't';
 inline constexpr char kGoOn = 'c';
+inline constexpr char kPiece = 'p';
 inline constexpr char kBytes = 'b';
 inline constexpr char kRecord = 'r';
 inline constexpr char kHalted = 'h';
 inline constexpr char kNotShutIn = 'u';
 }  // namespace letter_frame
 inline constexpr size_t kLetterFrameHead = 5;
+
+// Why a message is unreadable that the reader was lost over.
+inline constexpr const char* kReaderLost = "the reader of its store ended or did not answer";
 
 struct LinkLimits {
   int64_t silentMilliseconds = 60 * 1000;      // without a byte of an answer
@@ -74,17 +79,30 @@ class ReaderLink {
   using ByteSink = std::function<void(std::string_view)>;
 
   // nullptr where the program reads itself: none is set, or it can't be started, which is logged
-  // once. Throws Error for a store that can't be opened.
+  // once. storePath: "" where messages are sent. Throws Error for a store that can't be opened.
   static std::unique_ptr<ReaderLink> Begin(const std::string& storePath, Conversation conversation,
                                            const ReadingRules& rules, std::string opening);
 
-  // The record of the next message, valid until the next call; nullopt where the reader ended or
-  // fell silent over it: it goes on behind it, or is asked for less (whole) of it.
-  // Throws Error 75 when it did so too often.
-  std::optional<std::string_view> Next(bool whole);
-  // The answer to a request for a text. Throws Error 75 when there is none.
-  std::string_view Text(std::string_view which, const ByteSink& longText);
+  // --- Of a store that is walked.
 
+  // The record of the next message, valid until the next call; nullopt where the reader ended or
+  // fell silent over it: then it goes on behind it.
+  // Throws Error 75 when it did so too often, as all of these do.
+  std::optional<std::string_view> Next(bool withText);
+  // The answer to a request for a text; nullopt where the reader was lost over it. longText may
+  // have had pieces then. Throws what that throws.
+  std::optional<std::string_view> Text(std::string_view which, const ByteSink& longText);
+
+  // --- Of messages that are sent.
+
+  // Whether one of so many bytes can be sent without waiting for the reader.
+  bool MayAsk(size_t size) const;
+  void Ask(std::string_view message, std::string_view how);
+  // The record of the first one that is not answered; nullopt where the reader was lost over it.
+  std::optional<std::string_view> Answer();
+
+  // An answer made no sense: another reader goes on behind it.
+  void Distrust();
   int64_t ProcessId() const { return child_ ? child_->Id() : 0; }
 
  private:
@@ -96,10 +114,12 @@ class ReaderLink {
   ReaderLink(std::string storePath, std::string program, LetterOpening opening);
   void Start();
   void Send(std::string_view requests);
-  void AskAhead(bool whole);
+  void AskAhead(bool withText);
   Frame Receive(uint64_t most);
   std::string_view ReceiveRecord(const ByteSink& longText);
+  static uint64_t MostFor(uint64_t bytes);
   void Fill(size_t count);
+  void Leave();
   void CountLoss();
 
   std::string storePath_;
@@ -110,7 +130,10 @@ class ReaderLink {
   std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
   size_t position_ = 0;
   size_t end_ = 0;
-  std::deque<bool> asked_;           // whole or not, of requests that are not answered
+  std::deque<bool> asked_;            // with text or not: requests that are not answered
+  std::deque<std::string> messages_;  // that were asked about, as they were sent
+  size_t messagesSent_ = 0;           // of these, to this reader
+  size_t messageBytes_ = 0;
   std::deque<std::string> waiting_;  // records that came before a text
   std::string handedOut_;            // the last of them
   uint64_t done_ = 0;                // messages whose records were handed out, or lost

@@ -5,50 +5,13 @@
 #include <utility>
 
 #include "core/guard.h"
-#include "intake/letter_record.h"
 #include "intake/reader_link.h"
+#include "oe/store_record.h"
 #include "platform/files.h"
 
 namespace tarnwick::oe {
 
-using intake::OneOf;
-using intake::RawBytes;
-
-template <typename Archive>
-void Pass(Archive& archive, Fault& f) {
-  archive(OneOf{f.kind, kFaultKinds}, f.reason, f.number, f.step);
-}
-
-template <typename Archive>
-void Pass(Archive& archive, MessageInfo& i) {
-  archive(i.date, i.subject, i.keyText, i.formerKeyText, i.length, RawBytes{i.messageId},
-          RawBytes{i.senderAddress});
-}
-
-template <typename Archive>
-void Pass(Archive& archive, MessageReading& m) {
-  archive(m.isEnd, m.tellings, m.infoOffset, m.info, m.entryKey, m.facts, m.fault, m.firstBlock,
-          m.indexedBlock);
-}
-
-template <typename Archive>
-void Pass(Archive& archive, TextReading& t) {
-  std::string& held = t.held ? *t.held : t.held.emplace();
-  archive(t.fault, RawBytes{held}, t.size, t.chainSize, t.chainEnd, t.prepared);
-  if (t.size > intake::kMostHeld) t.held.reset();
-}
-
 namespace {
-
-// A message and, where it was wanted and could be had, its text.
-struct Reply {
-  MessageReading message;
-  std::unique_ptr<TextReading> text;
-};
-template <typename Archive>
-void Pass(Archive& archive, Reply& a) {
-  archive(a.message, a.text);
-}
 
 // What the service has to know beside the conditions.
 struct Root {
@@ -72,36 +35,24 @@ void Pass(Archive& archive, Wanted& w) {
   archive(w.firstBlock, w.indexedBlock, w.facts, w.lastChainEnd, w.mostBytes);
 }
 
-// What was made of a text fits the text, and packed rows can do no harm.
-void Check(const TextReading& text) {
-  if (text.held && !text.fault && text.held->size() != text.size) intake::RefuseRecord();
-  if (text.fault) {
-    if (text.prepared) intake::RefuseRecord();
-    return;
-  }
-  if (!text.prepared) intake::RefuseRecord();
-  const intake::PreparedMessage& prepared = *text.prepared;
-  if (!prepared.rows && !prepared.fault) intake::RefuseRecord();
-  if (!prepared.rows) return;
-  intake::RawMessage raw("", text.held.value_or(""));
-  if (!intake::MayBeRowsOf(prepared, raw)) intake::RefuseRecord();
-}
-
 class StoreLink : public StoreWalk {
  public:
   explicit StoreLink(std::unique_ptr<intake::ReaderLink> link) : link_(std::move(link)) {}
 
   MessageReading Next(bool wantsText) override {
     ahead_.reset();
-    std::optional<std::string_view> record = link_->Next(wantsText);
-    if (record) {
-      auto answer = intake::RecordOf<Reply>(*record);
-      if (answer.text) Check(*answer.text);
-      ahead_ = std::move(answer.text);
-      return std::move(answer.message);
+    if (std::optional<std::string_view> record = link_->Next(wantsText)) {
+      try {
+        auto answer = intake::RecordOf<StoreReply>(*record);
+        if (answer.text) Check(*answer.text);
+        ahead_ = std::move(answer.text);
+        return std::move(answer.message);
+      } catch (const Error&) {
+        link_->Distrust();
+      }
     }
     MessageReading lost;
-    lost.fault = {Fault::Kind::kReason, "the reader ended or did not answer over it"};
+    lost.fault = {Fault::Kind::kReason, intake::kReaderLost};
     return lost;
   }
 
@@ -112,18 +63,21 @@ class StoreLink : public StoreWalk {
     Wanted wanted{message.firstBlock, message.indexedBlock, message.facts, turn.lastChainEnd,
                   turn.mostBytes};
     uint64_t size = 0;
+    auto take = [&](std::string_view piece) {
+      size += piece.size();
+      longText(piece);
+    };
     TextReading text;
+    std::optional<std::string_view> record = link_->Text(intake::BytesOf(wanted), take);
     try {
-      text = intake::RecordOf<TextReading>(
-          link_->Text(intake::BytesOf(wanted), [&](std::string_view piece) {
-            size += piece.size();
-            longText(piece);
-          }));
+      if (!record) intake::RefuseRecord();
+      text = intake::RecordOf<TextReading>(*record);
       if (!text.held && !text.fault && text.size != size) intake::RefuseRecord();
       Check(text);
-    } catch (const Error& error) {
+    } catch (const Error&) {
+      if (record) link_->Distrust();
       text = {};
-      text.fault = {Fault::Kind::kReason, error.Description()};
+      text.fault = {Fault::Kind::kReason, intake::kReaderLost};
     }
     return text;
   }
@@ -136,9 +90,9 @@ class StoreLink : public StoreWalk {
 class StoreService : public intake::LetterService {
  public:
   StoreService(const intake::ReadingRules& rules, uint32_t root)
-      : rules_(rules),
-        reading_(platform::kHandedName, rules_,
-                 [](const core::Telling& telling) { core::TellingsKept::Keep(telling); }) {
+      : rules_(rules), reading_(platform::kHandedName, rules_, [](const core::Telling& telling) {
+          core::TellingsKept::Keep(telling);
+        }) {
     reading_.EnterRoot(root);
   }
 
@@ -147,8 +101,9 @@ class StoreService : public intake::LetterService {
     while (messages > 0 && reading_.NextOffset()) --messages;
   }
 
-  Answer Next(bool whole) override {
-    Reply answer;
+  Answer Next(std::string_view how) override {
+    bool whole = how == intake::kWithText;
+    StoreReply answer;
     bool isLong = false;
     {
       core::TellingsKept kept;

@@ -165,7 +165,7 @@ void PstClient::ReadFully(size_t count, int64_t timeout) {
 // kind: of the request that comes first.
 void PstClient::Start(char kind) {
   platform::InputFile store(storePath_);
-  child_ = std::make_unique<platform::ChildProcess>(program_, store);
+  child_ = std::make_unique<platform::ChildProcess>(program_, &store);
   if (way_ == Way::kByIndex || kind == frame::kLostItems) return;
   if (!child_->Write(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds)) {
     Lose("the reader ended");

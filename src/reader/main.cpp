@@ -22,6 +22,7 @@
 #include "outlook/reader/store_file.h"
 #include "platform/confinement.h"
 #include "platform/files.h"
+#include "sources/letters_link.h"
 
 namespace {
 
@@ -102,8 +103,8 @@ struct Request {
   std::string payload;
 };
 
-int ServeOutlook(tarnwick::platform::InputFile& file, reader::Channel& channel, Request request,
-                 bool isShutIn) {
+int ServeOutlook(reader::Channel& channel, Request request, bool isShutIn) {
+  tarnwick::platform::InputFile file = tarnwick::platform::InputFile::Handed();
   Answer answer([&](std::string_view bytes) { channel.Write(bytes); });
   std::unique_ptr<StoreFile> store;
   try {
@@ -129,7 +130,18 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
       .request = [&](std::string& payload) { return channel.ReadRequest(payload); },
       .hasMore = [&] { return channel.HasMore(); },
       .write = [&](std::string_view bytes) { channel.Write(bytes); }};
-  auto open = [&] { return oe::MakeStoreService(opening.conditions.rules, opening.store); };
+  auto open = [&]() -> std::unique_ptr<intake::LetterService> {
+    const intake::ReadingRules& rules = opening.conditions.rules;
+    switch (opening.conversation) {
+      case intake::Conversation::kMailbox:
+        return sources::MakeMailboxService(rules, opening.store);
+      case intake::Conversation::kLetterFiles:
+        return sources::MakeLetterFileService(rules);
+      case intake::Conversation::kDbx:
+        break;
+    }
+    return oe::MakeStoreService(rules, opening.store);
+  };
   intake::ServeLetters(letters, isShutIn, open, opening.skip);
   return 0;
 }
@@ -138,7 +150,6 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
 // is looked at.
 int Run() {
   using namespace tarnwick;
-  platform::InputFile file = platform::InputFile::Handed();
   reader::Channel channel;
   Request request;
   request.kind = channel.ReadRequest(request.payload);
@@ -148,9 +159,11 @@ int Run() {
     opening = intake::RecordOf<intake::LetterOpening>(request.payload);
     intake::ReadUnder(opening.conditions);
   }
+  bool isHandedOne = opening.conversation != intake::Conversation::kLetterFiles;
+  if (isHandedOne) platform::InputFile::Handed();  // which asks for its size
   bool isShutIn = platform::ConfineThisProcess(kMaxMemory).HasAny();
   if (isOfLetters) return ServeLetters(channel, opening, isShutIn);
-  return ServeOutlook(file, channel, std::move(request), isShutIn);
+  return ServeOutlook(channel, std::move(request), isShutIn);
 }
 
 }  // namespace

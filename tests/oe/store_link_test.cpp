@@ -3,9 +3,18 @@
 //
 // A load through the reader leaves what a load leaves that the program reads itself, however it
 // ends.
-#include "intake/reader_link.h"
+#include "oe/store_link.h"
 
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "intake/letter_record.h"
+#include "intake/letter_service.h"
+#include "intake/reader_link.h"
 #include "oe_fixture.h"
+#include "platform/child_process.h"
+#include "platform/environment.h"
 #include "repository/schema.h"
 
 namespace tarnwick::oe {
@@ -15,6 +24,90 @@ using core::SenderAnswer;
 using samples::IndexedMessage;
 using samples::MessagePlaces;
 using samples::MessageStoreBuilder;
+
+// --- A reader that goes wrong: this program, started with the words that say how and where.
+
+constexpr const char* kFault = "TARNWICK_TEST_READER_FAULT";
+
+size_t ReadSome(std::string& to, size_t count) {
+  for (size_t had = 0; had < count;) {
+    to.resize(count);
+    size_t got = platform::ReadFromParent(to.data() + had, count - had);
+    if (got == 0) std::_Exit(0);
+    had += got;
+  }
+  return count;
+}
+
+class WrongService : public intake::LetterService {
+ public:
+  WrongService(std::unique_ptr<intake::LetterService> sound, std::string fault)
+      : sound_(std::move(sound)), fault_(std::move(fault)) {}
+
+  void Skip(uint64_t messages) override {
+    count_ = messages;
+    sound_->Skip(messages);
+  }
+  Answer Next(std::string_view how) override {
+    Answer answer = sound_->Next(how);
+    if (++count_ == kWhere) GoWrong(answer.record, how);
+    return answer;
+  }
+  std::string Text(std::string_view which, const ByteSink& sink) override {
+    std::string record = sound_->Text(which, sink);
+    if (count_ == kWhere && fault_.ends_with("its text")) std::_Exit(1);
+    return record;
+  }
+  static constexpr uint64_t kWhere = 60;
+
+ private:
+  void GoWrong(std::string& record, std::string_view how) {
+    bool hasText = how == intake::kWithText;
+    if (fault_ == "dies" || (fault_ == "dies over its text" && hasText)) std::_Exit(1);
+    if (fault_ == "hangs") std::this_thread::sleep_for(std::chrono::hours(1));
+    if (fault_ == "says nonsense") record.assign(100, '\xEE');
+    if (fault_ == "says half") record.resize(record.size() / 2);
+    if (fault_ == "says more") record += "more";
+    if (fault_ == "forges what is packed" && hasText) {
+      size_t packed = record.rfind("\x01\x28\xB5\x2F\xFD");
+      record.replace(packed + 5, 6, "\xE0\xFF\xFF\xFF\xFF\x7F");
+    }
+    for (; fault_ == "floods";) platform::WriteToParent(std::string(70'000, 'b'));
+    if (fault_ == "promises gigabytes") platform::WriteToParent("r\xFF\xFF\xFF\xFF");
+    if (fault_ == "sends another frame") platform::WriteToParent(std::string("?\0\0\0\0", 5));
+  }
+
+  std::unique_ptr<intake::LetterService> sound_;
+  std::string fault_;
+  uint64_t count_ = 0;
+};
+
+[[maybe_unused]] const bool kIsReader = [] {
+  std::string fault = platform::EnvironmentText(kFault).value_or("");
+  if (fault.empty()) return false;
+  auto request = [](std::string& payload) {
+    std::string head;
+    ReadSome(head, intake::kLetterFrameHead);
+    uint32_t length = 0;
+    for (size_t i = 4; i > 0; --i) length = length << 8 | static_cast<unsigned char>(head[i]);
+    payload.clear();
+    ReadSome(payload, length);
+    return head[0];
+  };
+  std::string opening;
+  request(opening);
+  if (fault == "is no reader") std::_Exit(1);
+  auto told = intake::RecordOf<intake::LetterOpening>(opening);
+  intake::ReadUnder(told.conditions);
+  auto open = [&]() -> std::unique_ptr<intake::LetterService> {
+    return std::make_unique<WrongService>(MakeStoreService(told.conditions.rules, told.store),
+                                          fault);
+  };
+  auto hasMore = [] { return false; };
+  intake::ServeLetters({request, hasMore, [](auto bytes) { platform::WriteToParent(bytes); }}, true,
+                       open, told.skip);
+  return true;
+}();
 
 // What happens to a load, and where.
 struct Course {
@@ -32,6 +125,8 @@ struct Left {
   std::string log;
   std::string account;
   std::string summary;
+  int64_t stored = 0;
+  int64_t unreadable = 0;
   std::vector<std::pair<std::string, std::string>> shown;
   std::vector<std::string> files;
   std::optional<std::vector<int64_t>> found;
@@ -110,6 +205,8 @@ class StoreLinkTest : public OeFixture {
     left.log = Log();
     left.account = intake::Account().Text();
     left.summary = Summary();
+    left.stored = core::State().Counts.stored;
+    left.unreadable = core::State().Counts.unreadable;
     left.shown = ui_.shown;
     left.files = platform::ListFiles(core::State().EmailFileFolder);
     left.found = RepositoryDb().MayHold("Email", "Body", "letter 17");
@@ -166,6 +263,36 @@ TEST_F(StoreLinkTest, TheReaderLeavesWhatTheProgramLeavesHoweverALoadEnds) {
     EXPECT_EQ(here.shown, there.shown) << course.name;
     EXPECT_EQ(here.log, there.log) << course.name;
     EXPECT_TRUE(here == there) << course.name;
+  }
+}
+
+// Whatever becomes of the reader costs the one message, and is told.
+TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
+  const std::string path = WriteTemp("Inbox.dbx", Store(150).Bytes());
+  Left sound = Load(path, "", {});
+  const std::pair<const char*, int> kRows[] = {{"dies", 1},
+                                               {"dies over its text", 1},
+                                               {"hangs", 1},
+                                               {"says nonsense", 1},
+                                               {"says half", 1},
+                                               {"says more", 1},
+                                               {"forges what is packed", 1},
+                                               {"floods", 1},
+                                               {"promises gigabytes", 1},
+                                               {"sends another frame", 1},
+                                               {"is no reader", 0}};
+  for (auto [fault, lost] : kRows) {
+    bool hangs = std::string_view(fault) == "hangs";
+    intake::SetLinkLimits({.silentMilliseconds = hangs ? 2000 : 60'000});
+    platform::SetEnvironmentText(kFault, fault);
+    Left left = Load(path, platform::ProgramPath(), {});
+    platform::SetEnvironmentText(kFault, std::nullopt);
+    EXPECT_EQ(left.stored, sound.stored - lost) << fault;
+    EXPECT_EQ(left.unreadable, sound.unreadable + lost) << fault;
+    EXPECT_EQ(left.account.find(intake::kReaderLost) != std::string::npos, lost == 1) << fault;
+    EXPECT_EQ(left.tables == sound.tables, lost == 0) << fault;
+    bool isNone = std::string_view(fault) == "is no reader";
+    EXPECT_EQ(left.log.find("the program reads them itself") != std::string::npos, isNone) << fault;
   }
 }
 
