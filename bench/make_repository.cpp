@@ -36,16 +36,12 @@ constexpr int kCorrespondents = 3000;
 constexpr int64_t kFirstDay = 883612800;  // 1 January 1998
 constexpr int64_t kSecondsApart = 350;
 
-// A stream of numbers of its own for each message.
+// A stream of numbers of its own for each message. Seeds are mixed, too: streams that began at
+// neighbouring states would be one stream, shifted.
 class Random {
  public:
-  explicit Random(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15ULL + 1) {}
-  uint64_t Next() {
-    uint64_t z = (state_ += 0x9E3779B97F4A7C15ULL);
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
-    return z ^ (z >> 31);
-  }
+  explicit Random(uint64_t seed) : state_(Mixed(seed)) {}
+  uint64_t Next() { return Mixed(state_ += 0x9E3779B97F4A7C15ULL); }
   uint64_t Below(uint64_t limit) { return Next() % limit; }
   double Part() { return static_cast<double>(Next() >> 11) * 0x1.0p-53; }
   // 0 .. limit - 1, the n-th with a chance like 1 / (n + 1).
@@ -54,6 +50,12 @@ class Random {
   }
 
  private:
+  static uint64_t Mixed(uint64_t z) {
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
+    return z ^ (z >> 31);
+  }
+
   uint64_t state_;
 };
 

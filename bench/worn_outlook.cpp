@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// tarnwick-worn-outlook make KIND unicode|ansi MESSAGES FILE writes a worn Outlook store of a kind.
-// tarnwick-worn-outlook judge DIR tells of the *.eml files below DIR, which were recovered from
-// such a store, how many are whole messages, parts of one, and mixed of several.
+// tarnwick-worn-outlook make KIND unicode|ansi|large MESSAGES FILE writes a worn Outlook store of a
+// kind. tarnwick-worn-outlook judge DIR tells of the *.eml files below DIR, which were recovered
+// from such a store, how many are whole messages, parts of one, and mixed of several.
 #include <charconv>
 #include <filesystem>
 #include <iostream>
@@ -15,6 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using tarnwick::outlook::reader::Variant;
 using tarnwick::samples::WornOutlook;
 using tarnwick::samples::WornPart;
 
@@ -48,11 +49,13 @@ int Judge(const std::string& folder) {
 int main(int argc, char** argv) {
   if (argc == 3 && argv[1] == std::string("judge")) return Judge(argv[2]);
   if (argc != 6) {
-    std::cerr << "usage: tarnwick-worn-outlook make KIND unicode|ansi MESSAGES FILE\n"
+    std::cerr << "usage: tarnwick-worn-outlook make KIND unicode|ansi|large MESSAGES FILE\n"
                  "       tarnwick-worn-outlook judge DIR\n";
     return 2;
   }
-  WornOutlook store(argv[3] == std::string("unicode"), std::stoi(argv[4]));
+  const std::map<std::string, Variant> kVariants = {
+      {"unicode", Variant::kUnicode}, {"ansi", Variant::kAnsi}, {"large", Variant::kLargePages}};
+  WornOutlook store(kVariants.at(argv[3]), std::stoi(argv[4]));
   Wear(store, argv[2]);
   tarnwick::platform::WriteFile(argv[5], store.Bytes());
   return 0;

@@ -18,6 +18,7 @@
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/lost_store.h"
+#include "reader_asked.h"
 #include "samples/worn_outlook.h"
 
 namespace {
@@ -26,16 +27,18 @@ using tarnwick::outlook::TakeNumber;
 namespace frame = tarnwick::outlook::frame;
 namespace reader = tarnwick::outlook::reader;
 
-const std::string& SoundStore(bool isUnicode) {
-  auto build = [](bool wide) {
-    tarnwick::samples::WornOutlook store(wide, 24);
+using reader::Variant;
+
+const std::string& SoundStore(Variant variant) {
+  auto build = [](Variant each) {
+    tarnwick::samples::WornOutlook store(each, 24);
     store.DeleteEvery(3);
     store.Finish();
     return store.Bytes();
   };
-  static const std::string kWide = build(true);
-  static const std::string kNarrow = build(false);
-  return isUnicode ? kWide : kNarrow;
+  static const std::string kStores[] = {build(Variant::kAnsi), build(Variant::kUnicode),
+                                        build(Variant::kLargePages)};
+  return kStores[static_cast<size_t>(variant)];
 }
 
 void PutAt(std::string& bytes, size_t at, uint32_t value) {
@@ -43,15 +46,15 @@ void PutAt(std::string& bytes, size_t at, uint32_t value) {
 }
 
 // Of the page or block that the place is in, whichever end comes first.
-void SetChecksumRight(std::string& bytes, size_t place, bool isUnicode) {
-  const reader::Layout& layout = reader::LayoutOf(isUnicode);
-  for (size_t end = place / 64 * 64 + 64; end <= bytes.size(); end += 64) {
+void SetChecksumRight(std::string& bytes, size_t place, const reader::Layout& layout) {
+  const size_t unit = layout.blockUnit;
+  for (size_t end = place / unit * unit + unit; end <= bytes.size(); end += unit) {
     size_t trailer = end - layout.trailer;
     size_t size = TakeNumber(bytes, trailer, 2);
-    bool isPage = size == 0x8181 && end % reader::kPageSize == 0;
-    if (isPage) size = reader::kPageSize - layout.trailer;
+    bool isPage = size == 0x8181 && end % layout.pageSize == 0;
+    if (isPage) size = layout.pageSize - layout.trailer;
     size_t whole = reader::WholeSize(size, layout);
-    if (size == 0 || size > reader::kBlockSlot - layout.trailer || whole > end) continue;
+    if (size == 0 || size > layout.blockSlot - layout.trailer || whole > end) continue;
     auto id = static_cast<uint64_t>(TakeNumber(bytes, trailer + layout.trailerId));
     if (TakeNumber(bytes, trailer + 2, 2) != reader::SignatureOf(end - whole, id)) continue;
     std::string_view all = bytes;
@@ -62,13 +65,14 @@ void SetChecksumRight(std::string& bytes, size_t place, bool isUnicode) {
 
 std::string Changed(std::string_view changes) {
   const auto kind = static_cast<unsigned char>(changes[0]);
-  bool isUnicode = kind % 2 == 0;
-  std::string bytes = SoundStore(isUnicode);
+  const Variant variant = tarnwick::fuzz::VariantOf(kind);
+  const reader::Layout& layout = reader::LayoutOf(variant);
+  std::string bytes = SoundStore(variant);
   for (size_t i = 1; i + 4 <= changes.size(); i += 4) {
-    constexpr size_t kBegin = 0x4400;
-    size_t place = kBegin + TakeNumber(changes, i, 3) % (bytes.size() - kBegin);
+    const size_t begin = 34 * layout.pageSize;
+    size_t place = begin + TakeNumber(changes, i, 3) % (bytes.size() - begin);
     bytes[place] = changes[i + 3];
-    if ((kind & 4) != 0) SetChecksumRight(bytes, place, isUnicode);
+    if ((kind & 4) != 0) SetChecksumRight(bytes, place, layout);
   }
   if ((kind & 2) != 0) bytes.replace(0, 1024, 1024, '\0');
   return bytes;
@@ -76,8 +80,8 @@ std::string Changed(std::string_view changes) {
 
 class Walk {
  public:
-  Walk(reader::StoreFile& store, size_t size, bool isTrue)
-      : store_(store), limit_(64 * size + (1 << 20)), isTrue_(isTrue) {}
+  Walk(reader::StoreFile& store, size_t limit, bool isTrue)
+      : store_(store), limit_(limit), isTrue_(isTrue) {}
 
   void Run() {
     std::string found = Ask([&](reader::Answer& answer) { store_.DescribeLost(answer); });
@@ -96,17 +100,7 @@ class Walk {
  private:
   template <typename Request>
   std::string Ask(Request request) {
-    std::string frames;
-    reader::Answer answer([&](std::string_view bytes) {
-      frames += bytes;
-      if (frames.size() > limit_) std::abort();
-    });
-    try {
-      request(answer);
-    } catch (const reader::ReadError&) {
-    }
-    answer.Flush();
-    return frames;
+    return tarnwick::fuzz::Ask(limit_, request);
   }
 
   void Item(uint32_t folder, uint32_t node) {
@@ -141,7 +135,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   tarnwick::platform::InputFile file("/proc/self/fd/" + std::to_string(kFile));
   try {
     reader::LostStore store(file, [](int) {});
-    Walk(store, bytes.size(), (data[0] & 4) == 0).Run();
+    size_t limit = tarnwick::fuzz::LimitOf(bytes.size(), tarnwick::fuzz::VariantOf(data[0]));
+    Walk(store, limit, (data[0] & 4) == 0).Run();
   } catch (const reader::ReadError&) {
     // Nothing is left of it.
   }

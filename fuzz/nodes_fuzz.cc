@@ -16,6 +16,7 @@
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/node_store.h"
+#include "reader_asked.h"
 #include "samples/pst_builder.h"
 
 namespace {
@@ -24,9 +25,11 @@ using tarnwick::outlook::TakeNumber;
 namespace frame = tarnwick::outlook::frame;
 namespace reader = tarnwick::outlook::reader;
 
-const std::string& Sound(bool isUnicode) {
-  auto build = [](bool wide) {
-    tarnwick::samples::PstBuilder store(wide);
+using reader::Variant;
+
+const std::string& Sound(Variant variant) {
+  auto build = [](Variant each) {
+    tarnwick::samples::PstBuilder store(each);
     tarnwick::samples::PstMessage mail;
     mail.properties.texts = {{0x001A, "IPM.Note"}, {0x0037, "s"}, {0x1000, std::string(500, 'b')}};
     mail.recipients.resize(2);
@@ -39,25 +42,25 @@ const std::string& Sound(bool isUnicode) {
     for (int i = 0; i < 3; ++i) store.AddMessage(inbox, mail);
     return store.Build();
   };
-  static const std::string kWide = build(true);
-  static const std::string kNarrow = build(false);
-  return isUnicode ? kWide : kNarrow;
+  static const std::string kStores[] = {build(Variant::kAnsi), build(Variant::kUnicode),
+                                        build(Variant::kLargePages)};
+  return kStores[static_cast<size_t>(variant)];
 }
 
 // Changes of four bytes each: a place (24 bits, of the part behind the header) and a value.
 std::string Changed(std::string_view changes) {
-  std::string bytes = Sound(changes[0] % 2 == 0);
+  const Variant variant = tarnwick::fuzz::VariantOf(static_cast<unsigned char>(changes[0]));
+  const size_t begin = 34 * reader::LayoutOf(variant).pageSize;
+  std::string bytes = Sound(variant);
   for (size_t i = 1; i + 4 <= changes.size(); i += 4) {
-    constexpr size_t kBegin = 0x4400;
-    bytes[kBegin + TakeNumber(changes, i, 3) % (bytes.size() - kBegin)] = changes[i + 3];
+    bytes[begin + TakeNumber(changes, i, 3) % (bytes.size() - begin)] = changes[i + 3];
   }
   return bytes;
 }
 
 class Walk {
  public:
-  Walk(const std::string& path, size_t size)
-      : file_(path), store_(file_), limit_(64 * size + (1 << 20)) {}
+  Walk(const std::string& path, size_t limit) : file_(path), store_(file_), limit_(limit) {}
 
   void Run() {
     Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
@@ -67,17 +70,7 @@ class Walk {
  private:
   template <typename Request>
   std::string Ask(Request request) {
-    std::string frames;
-    reader::Answer answer([&](std::string_view bytes) {
-      frames += bytes;
-      if (frames.size() > limit_) std::abort();
-    });
-    try {
-      request(answer);
-    } catch (const reader::ReadError&) {
-    }
-    answer.Flush();
-    return frames;
+    return tarnwick::fuzz::Ask(limit_, request);
   }
 
   void Folder(uint32_t node) {
@@ -123,7 +116,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::abort();
   }
   try {
-    Walk("/proc/self/fd/" + std::to_string(kFile), bytes.size()).Run();
+    size_t limit = tarnwick::fuzz::LimitOf(bytes.size(), tarnwick::fuzz::VariantOf(data[0]));
+    Walk("/proc/self/fd/" + std::to_string(kFile), limit).Run();
   } catch (const reader::ReadError&) {
     // No store any more.
   }

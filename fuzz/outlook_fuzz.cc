@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "outlook/mime_message.h"
-#include "outlook/pst_provider.h"
+#include "outlook/raw_row.h"
 #include "outlook/rtf.h"
 #include "platform/error.h"
 #include "samples/memory_outlook.h"

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "outlook/object_model.h"
+#include "outlook/type_name.h"
 #include "platform/error.h"
 
 namespace tarnwick::samples {

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "samples/pst_builder.h"
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -10,6 +12,9 @@
 #include "samples/hive_builder.h"
 
 namespace tarnwick::samples {
+
+using outlook::reader::Layout;
+using outlook::reader::Variant;
 
 namespace {
 
@@ -22,9 +27,8 @@ constexpr uint32_t kFirstAttachmentNode = 0x8025;
 constexpr uint16_t kClass = 0x001A;
 constexpr uint32_t kEmbeddedNode = 0x4000024;
 constexpr uint32_t kFirstValueNode = 0x1007F;  // of the kind for values too large for the heap
-constexpr size_t kPageSize = 512;
-constexpr size_t kFirstOffset = 0x4400;
-constexpr size_t kInHeap = 200;  // longer values get a node of their own
+constexpr size_t kFirstPage = 34;              // behind the header and the maps, which are left out
+constexpr size_t kInHeap = 200;                // longer values get a node of their own
 constexpr size_t kStoreKeySize = 16;
 
 constexpr uint16_t kInt32 = 0x0003;
@@ -65,11 +69,22 @@ std::string Enciphered(uint8_t cipher, uint32_t block, std::string data) {
   return data;
 }
 
+// As it is, where it would be no shorter.
+std::string Packed(const std::string& data) {
+  uLongf size = compressBound(static_cast<uLong>(data.size()));
+  std::string packed(size, '\0');
+  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+           reinterpret_cast<const Bytef*>(data.data()), static_cast<uLong>(data.size()));
+  packed.resize(size);
+  return packed.size() < data.size() ? packed : data;
+}
+
 // A heap ([MS-PST] 2.3.1): blocks of values, each with a list of where they begin. The first block
 // has room for the head that is added last.
 class Heap {
  public:
-  Heap(uint8_t client, size_t maxBlock) : client_(client), maxBlock_(maxBlock) {}
+  Heap(uint8_t client, const Layout& layout)
+      : client_(client), maxBlock_(layout.blockSlot - layout.trailer), idBits_(layout.valueBits) {}
 
   uint32_t Add(std::string value) {
     constexpr size_t kHeadRoom = 2200;
@@ -120,7 +135,7 @@ class Heap {
 
  private:
   uint32_t Id(size_t block) const {
-    return static_cast<uint32_t>(block << 16 | blocks_[block].size() << 5);
+    return static_cast<uint32_t>(block << (5 + idBits_) | blocks_[block].size() << 5);
   }
   size_t Used() const {
     size_t used = 80;
@@ -130,6 +145,7 @@ class Heap {
 
   uint8_t client_;
   size_t maxBlock_;
+  int idBits_;
   std::vector<std::vector<std::string>> blocks_{1};
 };
 
@@ -162,8 +178,9 @@ uint32_t AddRecords(Heap& heap, size_t keySize, size_t entrySize, const std::str
 
 }  // namespace
 
-PstBuilder::PstBuilder(bool isUnicode, std::string displayName) : isUnicode_(isUnicode) {
-  file_.assign(kFirstOffset, '\0');
+PstBuilder::PstBuilder(Variant variant, std::string displayName)
+    : layout_(outlook::reader::LayoutOf(variant)), isUnicode_(variant != Variant::kAnsi) {
+  file_.assign(kFirstPage * layout_.pageSize, '\0');
   std::string key = displayName;
   key.resize(kStoreKeySize, '-');
   store_.bytes[0x0FF9] = key;
@@ -200,13 +217,14 @@ std::string PstBuilder::Stored(const std::string& text) const {
 uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
   uint64_t id = nextBlock_ | (isInternal ? 2 : 0);
   nextBlock_ += 4;
-  size_t trailer = isUnicode_ ? 16 : 12;
-  size_t offset = file_.size();
-  size_t whole = (data.size() + trailer + 63) / 64 * 64;
+  size_t offset = (file_.size() + layout_.blockUnit - 1) / layout_.blockUnit * layout_.blockUnit;
+  file_.resize(offset, '\0');
   std::string stored = isInternal ? data : Enciphered(cipher_, static_cast<uint32_t>(id), data);
+  if (IsLarge() && !isInternal) stored = Packed(stored);
   file_ += stored;
-  file_.append(whole - trailer - data.size(), '\0');
-  PutNumber(file_, data.size(), 2);
+  size_t whole = outlook::reader::WholeSize(stored.size(), layout_);
+  file_.append(whole - layout_.trailer - stored.size(), '\0');
+  PutNumber(file_, stored.size(), 2);
   PutNumber(file_, Signature(offset, id), 2);
   if (isUnicode_) {
     PutNumber(file_, Crc(stored), 4);
@@ -215,7 +233,13 @@ uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
     PutNumber(file_, id, 4);
     PutNumber(file_, Crc(stored), 4);
   }
-  blocks_[id] = {id, offset, static_cast<uint16_t>(data.size())};
+  if (IsLarge()) {
+    PutNumber(file_, 2, 2);
+    PutNumber(file_, data.size(), 2);
+    PutNumber(file_, 0, 4);
+  }
+  blocks_[id] = {id, offset, static_cast<uint16_t>(stored.size()),
+                 static_cast<uint16_t>(data.size())};
   return id;
 }
 
@@ -312,7 +336,7 @@ uint64_t PstBuilder::WriteSubNodes(const SubNodes& nodes) {
 // A property context: records of number, type and either the value or where it lies.
 // object: a node of sub that is the attachment's data.
 uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub, uint32_t object) {
-  Heap heap(0xBC, MaxBlock());
+  Heap heap(0xBC, layout_);
   std::map<uint16_t, std::string> records;
   auto place = [&](const std::string& value) -> uint32_t {
     if (value.empty()) return 0;
@@ -375,7 +399,7 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
   size_t fixed = 4 * columns.size();
   size_t rowSize = fixed + (columns.size() + 7) / 8;
 
-  Heap heap(0x7C, MaxBlock());
+  Heap heap(0x7C, layout_);
   std::string index;
   std::vector<std::string> lines;
   for (size_t i = 0; i < rows.size(); ++i) {
@@ -507,18 +531,17 @@ void PstBuilder::WriteFolder(uint32_t node, const FolderContent& folder) {
 
 uint64_t PstBuilder::WritePage(uint8_t type, const std::string& entries, size_t entrySize,
                                uint8_t level) {
-  file_.resize((file_.size() + kPageSize - 1) / kPageSize * kPageSize, '\0');
+  AlignToPage();
   uint64_t offset = file_.size();
   uint64_t id = nextPage_;
   nextPage_ += 1;
-  size_t room = isUnicode_ ? 488 : 496;
   std::string page = entries;
-  page.resize(room, '\0');
-  PutNumber(page, entries.size() / entrySize, 1);
-  PutNumber(page, room / entrySize, 1);
+  page.resize(layout_.pageInfo, '\0');
+  PutNumber(page, entries.size() / entrySize, layout_.countSize);
+  PutNumber(page, layout_.pageInfo / entrySize, layout_.countSize);
   PutNumber(page, entrySize, 1);
   PutNumber(page, level, 1);
-  if (isUnicode_) PutNumber(page, 0, 4);
+  page.resize(layout_.pageSize - layout_.trailer, '\0');
   std::string trailer;
   PutNumber(trailer, type, 1);
   PutNumber(trailer, type, 1);
@@ -530,6 +553,7 @@ uint64_t PstBuilder::WritePage(uint8_t type, const std::string& entries, size_t 
     PutNumber(trailer, id, 4);
     PutNumber(trailer, Crc(page), 4);
   }
+  trailer.resize(layout_.trailer, '\0');
   file_ += page + trailer;
   pageIds_[offset] = id;
   return offset;
@@ -541,7 +565,7 @@ uint64_t PstBuilder::WriteIndex(uint8_t type, const std::vector<std::string>& en
   std::vector<std::string> level = entries;
   for (uint8_t height = 0;; ++height) {
     size_t entrySize = level[0].size();
-    size_t perPage = (isUnicode_ ? 488 : 496) / entrySize;
+    size_t perPage = layout_.pageInfo / entrySize;
     std::vector<std::string> above;
     uint64_t offset = 0;
     for (size_t i = 0; i < level.size(); i += perPage) {
@@ -572,7 +596,7 @@ std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
   PutNumber(root, 0, 4);
   std::string body;  // from offset 8 on
   PutNumber(body, 0x4D53, 2);
-  PutNumber(body, isUnicode_ ? 23 : 14, 2);
+  PutNumber(body, IsLarge() ? 36 : isUnicode_ ? 23 : 14, 2);
   PutNumber(body, 19, 2);
   PutNumber(body, 0x0101, 2);
   PutNumber(body, 0, 8);
@@ -609,7 +633,7 @@ void PstBuilder::DeleteMessage(uint32_t node) {
 void PstBuilder::Checkpoint() {
   for (const auto& [node, folder] : folders_) WriteFolder(node, folder);
   WriteIndexes();
-  file_.resize((file_.size() + kPageSize - 1) / kPageSize * kPageSize, '\0');
+  AlignToPage();
 }
 
 std::string PstBuilder::Build() {
@@ -649,8 +673,9 @@ std::pair<uint64_t, uint64_t> PstBuilder::WriteIndexes() {
     PutNumber(entry, id, IdSize());
     PutNumber(entry, block.offset, IdSize());
     PutNumber(entry, block.size, 2);
+    if (IsLarge()) PutNumber(entry, block.plainSize, 2);
     PutNumber(entry, 2, 2);
-    if (isUnicode_) PutNumber(entry, 0, 4);
+    if (isUnicode_) entry.resize(layout_.blockEntry, '\0');
     blockEntries.push_back(entry);
   }
   uint64_t nodePage = WriteIndex(0x81, nodeEntries, IdSize());

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Builds an Outlook store (.pst) from nothing, in the Unicode or the older ANSI format ([MS-PST]):
-// a message store, folders, messages with recipients and attachments. Texts are given as they are
-// to be stored: UTF-8 for a Unicode store, bytes of a code page for an ANSI one. What readers do
-// not need (allocation maps, search folders) is left out.
+// Builds an Outlook store (.pst) from nothing, in the Unicode or the older ANSI format ([MS-PST]),
+// or in the one of large pages and packed blocks (reader/layout.h): a message store, folders,
+// messages with recipients and attachments. Texts are given as they are to be stored: UTF-8 for a
+// Unicode store, bytes of a code page for an ANSI one. What readers do not need (allocation maps,
+// search folders) is left out.
 #pragma once
 
 #include <cassert>
@@ -13,6 +14,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "outlook/reader/layout.h"
 
 namespace tarnwick::samples {
 
@@ -48,7 +51,11 @@ inline PstMessage PstMail(const std::string& subject) {
 class PstBuilder {
  public:
   // Stores of one name have one key, as copies of a store have.
-  explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders");
+  explicit PstBuilder(outlook::reader::Variant variant,
+                      std::string displayName = "Personal Folders");
+  explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders")
+      : PstBuilder(isUnicode ? outlook::reader::Variant::kUnicode : outlook::reader::Variant::kAnsi,
+                   std::move(displayName)) {}
 
   // The folder that Outlook shows as the store's top, made by the constructor.
   static constexpr uint32_t kTop = 0x8022;
@@ -77,6 +84,7 @@ class PstBuilder {
     uint64_t id = 0;
     uint64_t offset = 0;
     uint16_t size = 0;
+    uint16_t plainSize = 0;
   };
   struct Node {
     uint64_t data = 0;
@@ -99,8 +107,12 @@ class PstBuilder {
     PstProperties values;
   };
 
-  size_t IdSize() const { return isUnicode_ ? 8 : 4; }
-  size_t MaxBlock() const { return isUnicode_ ? 8176 : 8180; }
+  size_t IdSize() const { return layout_.idSize; }
+  size_t MaxBlock() const { return layout_.blockSlot - layout_.trailer; }
+  bool IsLarge() const { return layout_.trailerPlainSize != 0; }
+  void AlignToPage() {
+    file_.resize((file_.size() + layout_.pageSize - 1) / layout_.pageSize * layout_.pageSize, '\0');
+  }
   uint64_t WriteBlock(const std::string& data, bool isInternal);
   uint64_t WriteData(const std::string& data);
   uint64_t WriteRows(const std::vector<std::string>& rows);
@@ -117,6 +129,7 @@ class PstBuilder {
   uint64_t WritePage(uint8_t type, const std::string& entries, size_t entrySize, uint8_t level);
   std::string Header(uint64_t nodePage, uint64_t blockPage);
 
+  const outlook::reader::Layout& layout_;
   bool isUnicode_;
   uint8_t cipher_ = 0;
   PstProperties store_;

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int kInFolder = 200;
 constexpr int kBetweenIndexes = 20;
-constexpr size_t kPage = 512;
 constexpr int64_t kFirstTime = 126'600'000'000'000'000;  // in 2002, as Outlook counts
 constexpr int64_t kMinute = 600'000'000;
 
@@ -79,7 +78,8 @@ PstMessage WornMail(int number) {
   return mail;
 }
 
-WornOutlook::WornOutlook(bool isUnicode, int messages) : store_(isUnicode) {
+WornOutlook::WornOutlook(outlook::reader::Variant variant, int messages)
+    : store_(variant), layout_(outlook::reader::LayoutOf(variant)) {
   store_.SetCipher(1);
   uint32_t folder = 0;
   for (int i = 0; i < messages; ++i) {
@@ -99,22 +99,22 @@ void WornOutlook::DeleteEvery(int n) {
 
 void WornOutlook::OverwriteIndex(int percent) {
   std::mt19937 random(7);
-  for (size_t at = kPage; at + kPage <= bytes_.size(); at += kPage) {
-    // Both kinds of files tell a page's type twice in its trailer.
-    auto isPage = [&](size_t trailer) {
-      auto type = static_cast<unsigned char>(bytes_[at + trailer]);
-      return (type == 0x80 || type == 0x81) && bytes_[at + trailer] == bytes_[at + trailer + 1];
-    };
-    if (!isPage(496) && !isPage(500)) continue;
-    if (static_cast<int>(random() % 100) >= percent) continue;
-    for (size_t i = 0; i < kPage; ++i) bytes_[at + i] = static_cast<char>(random());
+  const size_t page = layout_.pageSize;
+  for (size_t at = page; at + page <= bytes_.size(); at += page) {
+    // A page tells its type twice in its trailer.
+    size_t trailer = at + page - layout_.trailer;
+    auto type = static_cast<unsigned char>(bytes_[trailer]);
+    bool isPage = (type == 0x80 || type == 0x81) && bytes_[trailer] == bytes_[trailer + 1];
+    if (!isPage || static_cast<int>(random() % 100) >= percent) continue;
+    for (size_t i = 0; i < page; ++i) bytes_[at + i] = static_cast<char>(random());
   }
 }
 
-void WornOutlook::TurnBits(int count) {
+void WornOutlook::TurnBits(size_t pagesApart) {
   std::mt19937 random(11);
-  for (int i = 0; i < count; ++i) {
-    char& byte = bytes_[kPage + random() % (bytes_.size() - kPage)];
+  const size_t head = layout_.pageSize;
+  for (size_t i = 0; i < bytes_.size() / head / pagesApart; ++i) {
+    char& byte = bytes_[head + random() % (bytes_.size() - head)];
     byte = static_cast<char>(byte ^ static_cast<char>(1U << random() % 8));
   }
 }

@@ -20,7 +20,7 @@ PstMessage WornMail(int number);
 class WornOutlook {
  public:
   // So many messages in some folders, the index written anew after every twenty.
-  WornOutlook(bool isUnicode, int messages);
+  WornOutlook(outlook::reader::Variant variant, int messages);
 
   // Deletes every n-th message; the index is written anew behind that.
   void DeleteEvery(int n);
@@ -28,8 +28,8 @@ class WornOutlook {
 
   // Behind Finish. Writes random bytes over this share of the pages of the index, in percent.
   void OverwriteIndex(int percent);
-  // Turns so many bits over, anywhere behind the beginning.
-  void TurnBits(int count);
+  // Turns bits over anywhere behind the beginning, as many as there are pages, divided by this.
+  void TurnBits(size_t pagesApart);
   // Leaves the first so many percent of the file.
   void Cut(int percent) { bytes_.resize(bytes_.size() * static_cast<size_t>(percent) / 100); }
   void ZeroHead() { bytes_.replace(0, 1024, 1024, '\0'); }
@@ -38,6 +38,7 @@ class WornOutlook {
 
  private:
   PstBuilder store_;
+  const outlook::reader::Layout& layout_;
   std::vector<uint32_t> nodes_;
   std::string bytes_;
 };

@@ -11,7 +11,7 @@ cd "$(dirname "$0")/../.."
 ./cmake/setup.sh windows
 export TARNWICK_WINDOWS_DEPS="${TARNWICK_WINDOWS_DEPS:-$PWD/build/windows-deps}"
 if [ $# -gt 0 ]; then
-  ./packaging/windows/dependencies.sh libzstd libxml2 libsodium googletest icu
+  ./packaging/windows/dependencies.sh libzstd libxml2 libsodium zlib googletest icu
   cmake --preset windows
   exec cmake --build --preset windows --target "$@"
 fi

@@ -115,6 +115,15 @@ build_libzstd() {
 
 build_googletest() { with_cmake "$source"; }
 
+# What packs and unpacks bytes in memory. The makefile for Windows is not in the source package.
+build_zlib() {
+  mkdir -p "$build"
+  (cd "$build" &&
+    $CC $CFLAGS -c "$source"/{adler32,compress,crc32,deflate,inf{back,fast,late,trees},trees,uncompr,zutil}.c &&
+    $host-ar rcs "$root/lib/libz.a" ./*.o) >"$build.log" 2>&1
+  cp "$source"/{zlib,zconf}.h "$root/include/"
+}
+
 build_libsodium() {
   (cd "$source" && autoreconf --install) >"$build.log" 2>&1
   mkdir -p "$build"
@@ -159,5 +168,5 @@ build_one() {
 }
 
 libraries=("$@")
-[ $# -gt 0 ] || libraries=(libzstd libxml2 libsodium googletest icu qt6-base)
+[ $# -gt 0 ] || libraries=(libzstd libxml2 libsodium zlib googletest icu qt6-base)
 for library in "${libraries[@]}"; do build_one "$library"; done

@@ -13,6 +13,7 @@
 #include "core/run_state.h"
 #include "outlook/msg_file.h"
 #include "outlook/pst_provider.h"
+#include "outlook/type_name.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"

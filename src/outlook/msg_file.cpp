@@ -8,8 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "outlook/pst_provider.h"
+#include "outlook/raw_row.h"
 #include "outlook/take_item.h"
+#include "outlook/type_name.h"
 #include "platform/error.h"
 #include "platform/files.h"
 

@@ -27,7 +27,7 @@ class Item {
 
   // Known without reading anything of the item; "" for an embedded message.
   virtual std::string EntryID() = 0;
-  // "MailItem", "ContactItem", ... as TypeNameOf gives it for the message class.
+  // "MailItem", "ContactItem", ... by the message class (type_name.h).
   virtual std::string TypeName() = 0;
 
   // Of a MailItem.
@@ -137,8 +137,5 @@ class Namespace {
   // Whether Outlook will ask its user to allow the access.
   virtual bool AsksForAccess() = 0;
 };
-
-// The type name that Outlook's objects bear for a message class such as "IPM.Note.SMIME".
-std::string TypeNameOf(std::string_view messageClass);
 
 }  // namespace tarnwick::outlook

@@ -25,6 +25,7 @@
 
 #include "intake/reader_link.h"
 #include "outlook/pst_protocol.h"
+#include "outlook/raw_row.h"
 #include "platform/child_process.h"
 
 namespace tarnwick::outlook {
@@ -37,14 +38,6 @@ struct ReaderLimits {
 };
 
 using intake::ReaderProgram;
-
-// A value as it came: MAPI number and type, and the store's bytes.
-struct RawProperty {
-  uint16_t number = 0;
-  uint16_t type = 0;
-  std::string bytes;
-};
-using RawRow = std::vector<RawProperty>;
 
 // Everything that an answer held.
 struct RawAnswer {

@@ -14,6 +14,8 @@
 #include "core/text.h"
 #include "outlook/mapi_text.h"
 #include "outlook/pst_protocol.h"
+#include "outlook/raw_row.h"
+#include "outlook/type_name.h"
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -24,64 +26,9 @@ namespace {
 
 constexpr size_t kStoreKeySize = 16;
 constexpr size_t kEntryIdSize = 24;
-constexpr int64_t kUnixEpochSeconds = 11'644'473'600;  // from 1601-01-01, where FILETIMEs begin
-constexpr int64_t kTicksPerSecond = 10'000'000;
 constexpr uint64_t kOutputFactor = 8;  // the raw text in base64, and both bodies again
 constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
 constexpr int kMaxLoggedItems = 200;  // of one store
-constexpr const char* kUnknownType = "Object";
-
-int64_t Signed(const std::string& bytes) {
-  uint64_t value = 0;
-  size_t count = std::min<size_t>(bytes.size(), 8);
-  for (size_t i = 0; i < count; ++i) {
-    value |= static_cast<uint64_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
-  }
-  if (count == 4) return static_cast<int32_t>(value);
-  return static_cast<int64_t>(value);
-}
-
-int64_t NumberIn(const RawRow& row, Prop property) {
-  for (const RawProperty& raw : row) {
-    if (raw.number == static_cast<uint16_t>(property) &&
-        (raw.type == PropType::kInt32 || raw.type == PropType::kInt16)) {
-      return Signed(raw.bytes);
-    }
-  }
-  return 0;
-}
-
-void SetDecoded(PropertySet& set, const RawProperty& raw, const std::string& charset) {
-  auto property = static_cast<Prop>(raw.number);
-  switch (raw.type) {
-    case PropType::kUnicode:
-      return set.SetText(property, TextFromUtf16(raw.bytes));
-    case PropType::kString8:
-      return set.SetText(property, TextFromBytes(raw.bytes, charset));
-    case PropType::kInt16:
-    case PropType::kInt32:
-    case PropType::kInt64:
-    case PropType::kBoolean:
-      return set.SetNumber(property, Signed(raw.bytes));
-    case PropType::kTime:
-      if (raw.bytes.size() >= 8) {
-        int64_t ticks = Signed(raw.bytes);
-        if (ticks > 0) set.SetTime(property, ticks / kTicksPerSecond - kUnixEpochSeconds);
-      }
-      return;
-    case PropType::kBinary:
-      return set.SetBytes(property, raw.bytes);
-    default:
-      return;
-  }
-}
-
-// A subject begins with a mark and the length of its prefix ("Re: ") where it has one.
-std::string WithoutPrefixMark(const std::string& subject) {
-  return !subject.empty() && subject[0] == '\x01'
-             ? subject.substr(std::min<size_t>(2, subject.size()))
-             : subject;
-}
 
 std::string Hex(std::string_view bytes) {
   constexpr char kDigits[] = "0123456789ABCDEF";
@@ -103,20 +50,6 @@ uint32_t Fnv(std::string_view text) {
 // The node that an entry identifier of the store's own properties names; 0 for none.
 uint32_t NodeOfEntry(const std::string& entry) {
   return entry.size() == kEntryIdSize ? TakeNumber(entry, kEntryIdSize - 4) : 0;
-}
-
-// Whether it takes a code page to read the row's texts.
-bool HasByteTexts(const RawRow& row) {
-  return std::any_of(row.begin(), row.end(), [](const RawProperty& raw) {
-    return raw.type == PropType::kString8 && !platform::IsAscii(raw.bytes);
-  });
-}
-
-// The charset of the machine that wrote a message; "" when nothing tells.
-std::string CharsetOfWriter(const RawRow& properties) {
-  std::string charset = CharsetOfCodepage(NumberIn(properties, Prop::kMessageCodepage));
-  if (!charset.empty()) return charset;
-  return CharsetOfCodepage(CodepageOfLocale(NumberIn(properties, Prop::kMessageLocale)));
 }
 
 std::string Listed(const std::set<std::string>& texts) {
@@ -471,20 +404,6 @@ class PstLostItems : public LostItems {
 
 }  // namespace
 
-std::string CharsetOfMessage(const RawRow& properties) {
-  std::string charset = CharsetOfWriter(properties);
-  if (!charset.empty()) return charset;
-  return CharsetOfCodepage(AnsiCodepageOf(NumberIn(properties, Prop::kInternetCodepage)));
-}
-
-PropertySet Decode(const RawRow& row, const std::string& charset) {
-  PropertySet set;
-  for (const RawProperty& raw : row) SetDecoded(set, raw, charset);
-  const std::string& subject = set.Text(Prop::kSubject);
-  if (!subject.empty()) set.SetText(Prop::kSubject, WithoutPrefixMark(subject));
-  return set;
-}
-
 std::vector<std::unique_ptr<Store>> PstNamespace::Stores() {
   std::vector<std::unique_ptr<Store>> stores;
   refused_.clear();
@@ -526,33 +445,6 @@ std::unique_ptr<LostItems> PstNamespace::FindLost(const std::string& location,
   }
   context->Take(store, location);
   return std::make_unique<PstLostItems>(context, std::move(items));
-}
-
-std::string TypeNameOf(std::string_view messageClass) {
-  struct Known {
-    std::string_view messageClass;
-    const char* typeName;
-  };
-  constexpr Known kKnown[] = {{"ipm.note", "MailItem"},
-                              {"ipm.post", "PostItem"},
-                              {"ipm.contact", "ContactItem"},
-                              {"ipm.distlist", "DistListItem"},
-                              {"ipm.appointment", "AppointmentItem"},
-                              {"ipm.task", "TaskItem"},
-                              {"ipm.taskrequest", "TaskRequestItem"},
-                              {"ipm.stickynote", "NoteItem"},
-                              {"ipm.activity", "JournalItem"},
-                              {"ipm.document", "DocumentItem"},
-                              {"ipm.schedule.meeting", "MeetingItem"},
-                              {"report", "ReportItem"}};
-  std::string lower = platform::AsciiLower(messageClass);
-  for (const Known& known : kKnown) {
-    if (!core::BeginsWith(lower, known.messageClass)) continue;
-    if (lower.size() == known.messageClass.size() || lower[known.messageClass.size()] == '.') {
-      return known.typeName;
-    }
-  }
-  return kUnknownType;
 }
 
 }  // namespace tarnwick::outlook

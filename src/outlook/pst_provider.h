@@ -36,10 +36,4 @@ class PstNamespace : public Namespace {
   bool hasToldOpenReader_ = false;
 };
 
-// The properties of a raw row, with its texts made UTF-8 by the code page that the row names, or
-// else by charset.
-PropertySet Decode(const RawRow& row, const std::string& charset);
-// The charset of the byte texts of a message and its rows; "" when nothing tells.
-std::string CharsetOfMessage(const RawRow& properties);
-
 }  // namespace tarnwick::outlook

@@ -67,7 +67,7 @@ TEST_F(Cli, ConversationsStandTogether) {
 }
 
 TEST_F(Cli, WhatIsFoundIsLoadedWithWhatIsLostOfIt) {
-  samples::WornOutlook store(true, 12);
+  samples::WornOutlook store(outlook::reader::Variant::kUnicode, 12);
   store.DeleteEvery(4);
   store.Finish();
   platform::MakeFolder(home_.File("disk"));

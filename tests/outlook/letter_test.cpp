@@ -3,7 +3,7 @@
 #include "outlook/letter.h"
 
 #include "outlook/message_of_letter.h"
-#include "outlook/pst_provider.h"
+#include "outlook/raw_row.h"
 #include "samples/memory_outlook.h"
 #include "support/scripted_ui.h"
 #include "support/testing.h"

@@ -205,12 +205,12 @@ class ReaderTest : public ::testing::Test {
 };
 
 TEST_F(ReaderTest, SaysOfBuiltStoresWhatTheLibrarySays) {
-  for (bool isUnicode : {true, false}) {
+  for (Variant variant : {Variant::kAnsi, Variant::kUnicode, Variant::kLargePages}) {
     for (uint8_t cipher : {0, 1, 2}) {
-      size_t items = cipher > 0  ? 20
-                     : isUnicode ? 1200
-                                 : 300;  // a list of many takes several blocks
-      PstBuilder store(isUnicode);
+      size_t items = cipher > 0                  ? 20
+                     : variant != Variant::kAnsi ? 1200
+                                                 : 300;  // a list of many takes several blocks
+      PstBuilder store(variant);
       store.SetCipher(cipher);
       uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
       for (size_t i = 0; i < items; ++i) store.AddMessage(inbox, Mail(i, false));
@@ -218,10 +218,12 @@ TEST_F(ReaderTest, SaysOfBuiltStoresWhatTheLibrarySays) {
       store.AddMessage(deep, Mail(1, true));
       PstMessage huge = Mail(2, false);
       huge.properties.texts[0x1000] = std::string(3'000'000, 'h');
-      store.AddMessage(deep, huge);
+      // Of packed blocks in a list the library undoes this cipher in a way of its own.
+      bool isOdd = variant == Variant::kLargePages && cipher == 1;
+      if (!isOdd) store.AddMessage(deep, huge);
       platform::WriteFile(folder_.File("a.pst"), store.Build());
       WholeStore said = Compare(folder_.File("a.pst"));
-      EXPECT_EQ(said.listed, items + 2) << isUnicode << int{cipher};
+      EXPECT_EQ(said.listed, items + (isOdd ? 1 : 2)) << static_cast<int>(variant) << int{cipher};
       EXPECT_EQ(said.attachments, 321);
       EXPECT_EQ(said.embedded, 1);
     }
@@ -230,8 +232,8 @@ TEST_F(ReaderTest, SaysOfBuiltStoresWhatTheLibrarySays) {
 
 // Beyond what one list of blocks holds, which the library gives up.
 TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
-  for (bool isUnicode : {true, false}) {
-    PstBuilder store(isUnicode);
+  for (Variant variant : {Variant::kAnsi, Variant::kUnicode, Variant::kLargePages}) {
+    PstBuilder store(variant);
     PstMessage mail = Mail(0, false);
     mail.attachments.resize(1);
     for (int i = 0; i < 10'000'000; i += 10) mail.attachments[0].data += std::to_string(i) + ";";
@@ -277,8 +279,8 @@ void ExpectDamageIsTold(const std::string& sound, const std::string& scratch, ui
 }
 
 TEST_F(ReaderTest, ABitThatTurnedOverIsToldOfTheItem) {
-  for (bool isUnicode : {true, false}) {
-    PstBuilder store(isUnicode);
+  for (Variant variant : {Variant::kAnsi, Variant::kUnicode, Variant::kLargePages}) {
+    PstBuilder store(variant);
     store.SetCipher(1);
     uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
     for (size_t i = 0; i < 150; ++i) store.AddMessage(inbox, Mail(i, false));

@@ -13,6 +13,7 @@
 namespace tarnwick::outlook {
 namespace {
 
+using reader::Variant;
 using samples::PstBuilder;
 using samples::WornOutlook;
 using samples::WornPart;
@@ -85,7 +86,7 @@ TEST_F(OutlookRescue, WornStoresGiveBackWhatIsThereAndNothingThatIsMixed) {
                  [](WornOutlook& store) {
                    store.Finish();
                    store.ZeroHead();
-                   store.TurnBits(100);
+                   store.TurnBits(10);
                  },
                  kAll / 4, kAll / 2},
                 {"half of the index overwritten",
@@ -107,10 +108,10 @@ TEST_F(OutlookRescue, WornStoresGiveBackWhatIsThereAndNothingThatIsMixed) {
                  },
                  kAll / 3, kAll / 2}};
   for (const auto& each : kCases) {
-    for (bool isUnicode : {true, false}) {
-      SCOPED_TRACE(std::string(each.what) + (isUnicode ? ", Unicode" : ", ANSI"));
+    for (Variant variant : {Variant::kAnsi, Variant::kUnicode, Variant::kLargePages}) {
+      SCOPED_TRACE(each.what + (", variant " + std::to_string(static_cast<int>(variant))));
       Empty();
-      WornOutlook store(isUnicode, kAll);
+      WornOutlook store(variant, kAll);
       each.wear(store);
       core::LoadCounts counts = Load(store.Bytes());
       auto verdict = Judge();

@@ -211,7 +211,7 @@ TEST_F(StoreLoad, NamesAStoreThatCannotBeRead) {
   EXPECT_EQ(LoadFile(path).found, 0);
   platform::SetFileFault(nullptr);
   std::string newer = BuiltStore(true);
-  newer[10] = 36;
+  newer[10] = 37;
   EXPECT_EQ(Load(newer).found, 0);
   EXPECT_THAT(ui_.Shown("box"),
               ::testing::IsSupersetOf({HasSubstr("secret.pst\r\n    It may not be read."),

@@ -45,7 +45,7 @@ bool IsEightBytes(uint16_t type) {
 Heap::Heap(NodeFile& file, uint64_t data, uint64_t sub, uint8_t purpose)
     : file_(file), sub_(sub), blocks_(file.BlocksOf(data)), read_(blocks_.size()) {
   if (blocks_.empty()) throw ReadError("heap");
-  for (const NodeFile::Block& block : blocks_) size_ += block.size;
+  for (const NodeFile::Block& block : blocks_) size_ += block.plainSize;
   const std::string& first = BlockAt(0);
   if (NumberAt(first, 2, 1) != kHeapMark || NumberAt(first, 3, 1) != purpose) {
     throw ReadError("heap");
@@ -61,9 +61,10 @@ const std::string& Heap::BlockAt(size_t index) {
 
 std::string_view Heap::Value(uint32_t id) {
   if (id == 0) return {};
-  size_t place = id >> 5 & 0x7FF;
+  const int bits = file_.Shape().valueBits;
+  size_t place = id >> 5 & ((1U << bits) - 1);
   if (!IsInHeap(id) || place == 0) throw ReadError("heap value");
-  std::string_view block = BlockAt(id >> 16);
+  std::string_view block = BlockAt(id >> (5 + bits));
   // A block's first two bytes say where the list of its values' places is.
   size_t map = NumberAt(block, 0, 2);
   if (place > NumberAt(block, map, 2)) throw ReadError("heap value");
@@ -98,7 +99,7 @@ void Heap::Stream(uint32_t id, const Begin& begin, const Piece& piece) {
   if (!node) throw ReadError("value");
   uint64_t size = 0;
   std::vector<NodeFile::Block> blocks = file_.BlocksOf(node->data);
-  for (const NodeFile::Block& block : blocks) size += block.size;
+  for (const NodeFile::Block& block : blocks) size += block.plainSize;
   begin(size);
   for (const NodeFile::Block& block : blocks) piece(file_.Read(block));
 }

@@ -55,7 +55,7 @@ LostStore::LostStore(platform::InputFile& file, const std::function<void(int)>& 
 // The numbers of all blocks that a node or a list names, sorted.
 std::vector<uint64_t> LostStore::NamedBlocks() {
   const FoundStore& found = File().Found();
-  const size_t width = LayoutOf(found.isUnicode).idSize;
+  const size_t width = LayoutOf(found.variant).idSize;
   std::vector<uint64_t> named;
   for (const FoundNode& node : found.nodes) named.insert(named.end(), {node.data, node.sub});
   for (const BlockPlace& block : found.blocks) {

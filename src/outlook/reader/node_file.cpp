@@ -9,6 +9,7 @@
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/cipher.h"
 #include "outlook/reader/store_file.h"
+#include "outlook/reader/unpack.h"
 #include "platform/error.h"
 
 namespace tarnwick::outlook::reader {
@@ -16,8 +17,8 @@ namespace tarnwick::outlook::reader {
 namespace {
 
 constexpr size_t kHeaderSize = 564;
-constexpr int kMaxLevel = 8;     // of a tree of pages; 20 entries a page make 10^10
-constexpr size_t kPages = 4096;  // kept, 2 MB
+constexpr int kMaxLevel = 8;                    // of a tree of pages; 20 entries a page make 10^10
+constexpr size_t kPageBytes = size_t{2} << 20;  // of the pages that are kept
 constexpr size_t kPieces = 32;
 constexpr size_t kPieceSize = size_t{64} * 1024;
 
@@ -32,18 +33,18 @@ uint64_t NumberAt(std::string_view bytes, size_t offset, size_t count) {
   return value;
 }
 
-NodeFile::NodeFile(platform::InputFile& file) : file_(file), pages_(kPages), pieces_(kPieces) {
+NodeFile::NodeFile(platform::InputFile& file) : file_(file), pieces_(kPieces) {
   if (file_.Size() < kHeaderSize) throw ReadError("it is no Outlook store");
   std::string header = ReadAt(0, kHeaderSize);
   if (header.compare(0, 4, "!BDN") != 0) throw ReadError("it is no Outlook store");
-  uint64_t version = NumberAt(header, 10, 2);
-  isUnicode_ = version == 21 || version == 23;
-  if (!isUnicode_ && version != 14 && version != 15) throw OtherVariant("variant");
-  const Layout& layout = LayoutOf(isUnicode_);
-  idSize_ = layout.idSize;
-  nodeRoot_ = PageRefIn(header, layout.nodeRoot);
-  blockRoot_ = PageRefIn(header, layout.blockRoot);
-  cipher_ = static_cast<uint8_t>(header[layout.cipher]);
+  auto variant = VariantOf(NumberAt(header, 10, 2));
+  if (!variant) throw OtherVariant("variant");
+  layout_ = &LayoutOf(*variant);
+  idSize_ = layout_->idSize;
+  pages_.resize(kPageBytes / layout_->pageSize);
+  nodeRoot_ = PageRefIn(header, layout_->nodeRoot);
+  blockRoot_ = PageRefIn(header, layout_->blockRoot);
+  cipher_ = static_cast<uint8_t>(header[layout_->cipher]);
   if (!IsKnownCipher(cipher_)) throw OtherVariant("cipher");
   try {
     ReadPage(nodeRoot_, kNodePages, -1);
@@ -54,20 +55,17 @@ NodeFile::NodeFile(platform::InputFile& file) : file_(file), pages_(kPages), pie
 }
 
 NodeFile::NodeFile(platform::InputFile& file, FoundStore found)
-    : file_(file), found_(std::move(found)), pieces_(kPieces) {
-  isUnicode_ = found_->isUnicode;
-  idSize_ = LayoutOf(isUnicode_).idSize;
-  cipher_ = found_->cipher;
-}
+    : file_(file),
+      found_(std::move(found)),
+      layout_(&LayoutOf(found_->variant)),
+      idSize_(layout_->idSize),
+      cipher_(found_->cipher),
+      pieces_(kPieces) {}
 
 void NodeFile::AddFound(const std::vector<FoundNode>& nodes) {
   assert(found_ && (nodes.empty() || found_->nodes.empty() ||
                     found_->nodes.back().number < nodes.front().number));
   found_->nodes.insert(found_->nodes.end(), nodes.begin(), nodes.end());
-}
-
-size_t NodeFile::MaxBlock() const {
-  return kBlockSlot - LayoutOf(isUnicode_).trailer;
 }
 
 std::string NodeFile::ReadAt(uint64_t offset, size_t count) {
@@ -100,8 +98,8 @@ NodeFile::PageRef NodeFile::PageRefIn(std::string_view bytes, size_t offset) con
 
 // Fills all of page but its offset. REQUIRES: page.type is set.
 void NodeFile::TakePage(Page& page, std::string bytes) const {
-  const Layout& layout = LayoutOf(isUnicode_);
-  size_t trailer = kPageSize - layout.trailer;
+  const Layout& layout = *layout_;
+  size_t trailer = layout.pageSize - layout.trailer;
   bool isOfType =
       static_cast<uint8_t>(bytes[trailer]) == page.type && bytes[trailer] == bytes[trailer + 1];
   bool isWhole = Checksum(std::string_view(bytes).substr(0, trailer)) ==
@@ -109,9 +107,9 @@ void NodeFile::TakePage(Page& page, std::string bytes) const {
   if (!isOfType && !isWhole) throw ReadError("page");
   page.isSound = isOfType && isWhole;
   page.id = NumberAt(bytes, trailer + layout.trailerId, idSize_);
-  page.count = NumberAt(bytes, layout.pageInfo, 1);
-  page.entrySize = NumberAt(bytes, layout.pageInfo + 2, 1);
-  page.level = static_cast<int>(NumberAt(bytes, layout.pageInfo + 3, 1));
+  page.count = NumberAt(bytes, layout.pageInfo, layout.countSize);
+  page.entrySize = NumberAt(bytes, layout.pageInfo + 2 * layout.countSize, 1);
+  page.level = static_cast<int>(NumberAt(bytes, layout.pageInfo + 2 * layout.countSize + 1, 1));
   size_t least = 3 * idSize_;
   if (page.level == 0) least = page.type == kNodePages ? layout.nodeEntry : layout.blockEntry;
   if (page.level > kMaxLevel || page.entrySize < least ||
@@ -124,11 +122,11 @@ void NodeFile::TakePage(Page& page, std::string bytes) const {
 
 // level: the one that the page above asks for, -1 for a root.
 const NodeFile::Page& NodeFile::ReadPage(const PageRef& ref, uint8_t type, int level) {
-  Page& page = pages_[(ref.offset / kPageSize) % kPages];
+  Page& page = pages_[(ref.offset / layout_->pageSize) % pages_.size()];
   if (page.offset != ref.offset || page.type != type) {
     page.offset = UINT64_MAX;
     page.type = type;
-    TakePage(page, ReadAt(ref.offset, kPageSize));
+    TakePage(page, ReadAt(ref.offset, layout_->pageSize));
     page.offset = ref.offset;
   }
   if (level >= 0 && page.level != level) throw ReadError("page");
@@ -215,7 +213,7 @@ void NodeFile::ForEachNode(const std::function<void(uint32_t, const Node&)>& vis
     }
     return;
   }
-  uint64_t left = Size() / kPageSize;
+  uint64_t left = Size() / layout_->pageSize;
   VisitPages(nodeRoot_, -1, left, visit);
 }
 
@@ -254,17 +252,19 @@ NodeFile::Block NodeFile::FindBlock(uint64_t id) {
   }
   std::string_view entry = FindEntry(blockRoot_, kBlockPages, PlainId(id)).bytes;
   if (entry.empty()) throw ReadError("block");
-  Block block{NumberAt(entry, 0, idSize_), NumberAt(entry, idSize_, idSize_),
-              NumberAt(entry, 2 * idSize_, 2)};
+  size_t size = NumberAt(entry, 2 * idSize_, 2);
+  size_t plainSize = layout_->entryPlainSize != 0 ? NumberAt(entry, layout_->entryPlainSize, 2) : 0;
+  Block block =
+      PlaceOfBlock(NumberAt(entry, 0, idSize_), NumberAt(entry, idSize_, idSize_), size, plainSize);
   if (block.size == 0 || block.size > MaxBlock()) throw ReadError("block");
   return block;
 }
 
-// Behind a block's bytes, at the end of its 64-byte units, stand their number, their checksum, a
+// Behind a block's bytes, at the end of its units, stand their number, their checksum, a
 // signature of its place and its own number. A block that bears neither its number nor its
 // signature has been overwritten by another.
-std::string NodeFile::ReadRaw(const Block& block) {
-  const Layout& layout = LayoutOf(isUnicode_);
+std::string NodeFile::ReadStored(const Block& block) {
+  const Layout& layout = *layout_;
   size_t whole = WholeSize(block.size, layout);
   std::string bytes = ReadAt(block.offset, whole);
   size_t trailer = whole - layout.trailer;
@@ -279,8 +279,16 @@ std::string NodeFile::ReadRaw(const Block& block) {
   return bytes;
 }
 
+std::string NodeFile::ReadPlain(const Block& block) {
+  std::string bytes = ReadStored(block);
+  if (!block.IsPacked()) return bytes;
+  std::string plain = Unpacked(bytes, block.plainSize);
+  if (plain.size() != block.plainSize) throw ReadError("block");
+  return plain;
+}
+
 std::string NodeFile::Read(const Block& block) {
-  std::string bytes = ReadRaw(block);
+  std::string bytes = ReadPlain(block);
   if ((block.id & kInternal) == 0) Decipher(cipher_, static_cast<uint32_t>(block.id), bytes);
   return bytes;
 }
@@ -295,7 +303,7 @@ std::vector<NodeFile::Block> NodeFile::BlocksOf(uint64_t data) {
   if (data == 0) return blocks;
   Block first = FindBlock(data);
   if ((data & kInternal) == 0) return {first};
-  std::string list = ReadRaw(first);
+  std::string list = ReadPlain(first);
   uint64_t total = 0;
   AppendBlocks(list, NumberAt(list, 1, 1) == 2 ? 2 : 1, blocks, total);
   return blocks;
@@ -309,11 +317,11 @@ void NodeFile::AppendBlocks(const std::string& list, int level, std::vector<Bloc
     uint64_t id = NumberAt(list, kHead + i * idSize_, idSize_);
     if (((id & kInternal) != 0) != (level == 2)) throw ReadError("list");
     Block block = FindBlock(id);
-    total += block.size;
+    total += WholeSize(block.size, *layout_);
     // No block serves twice.
     if (total > Size()) throw ReadError("list");
     if (level == 2) {
-      AppendBlocks(ReadRaw(block), 1, blocks, total);
+      AppendBlocks(ReadPlain(block), 1, blocks, total);
     } else {
       blocks.push_back(block);
     }
@@ -323,14 +331,14 @@ void NodeFile::AppendBlocks(const std::string& list, int level, std::vector<Bloc
 std::vector<NodeFile::SubNode> NodeFile::SubNodesOf(uint64_t sub) {
   std::vector<SubNode> nodes;
   if (sub == 0) return nodes;
-  std::string list = ReadRaw(FindBlock(sub));
+  std::string list = ReadPlain(FindBlock(sub));
   if (NumberAt(list, 1, 1) == 0) {
     AppendSubNodes(list, nodes);
   } else {
     size_t count = CountOf(list, 2, 1);
     for (size_t i = 0; i < count; ++i) {
       uint64_t id = NumberAt(list, ListHead() + i * 2 * idSize_ + idSize_, idSize_);
-      AppendSubNodes(ReadRaw(FindBlock(id)), nodes);
+      AppendSubNodes(ReadPlain(FindBlock(id)), nodes);
       if (nodes.size() > Size() / idSize_) throw ReadError("list");
     }
   }

@@ -55,8 +55,9 @@ class NodeFile {
   const FoundStore& Found() const { return *found_; }
 
   uint64_t Size() const { return file_.Size(); }
+  const Layout& Shape() const { return *layout_; }
   // What a block holds at most.
-  size_t MaxBlock() const;
+  size_t MaxBlock() const { return layout_->blockSlot - layout_->trailer; }
 
   std::optional<Node> FindNode(uint32_t number);
   // Every node that can still be reached, in order; the whole tree is read.
@@ -110,18 +111,21 @@ class NodeFile {
   // Whether all blocks of the data are there, and the list of the nodes that belong to it.
   bool HasBlocks(uint64_t data, uint64_t sub);
   Block FindBlock(uint64_t id);
-  std::string ReadRaw(const Block& block);
+  // As it stands in the file; the same unpacked, which is all that a list needs: only data are
+  // enciphered, before they are packed.
+  std::string ReadStored(const Block& block);
+  std::string ReadPlain(const Block& block);
   void AppendBlocks(const std::string& list, int level, std::vector<Block>& blocks,
                     uint64_t& total);
   void AppendSubNodes(const std::string& list, std::vector<SubNode>& nodes);
   // The head of a list of blocks or nodes: its count of entries. Throws for another kind or level.
   size_t CountOf(const std::string& list, uint64_t type, uint64_t level) const;
-  size_t ListHead() const { return isUnicode_ ? 8 : 4; }
+  size_t ListHead() const { return idSize_; }
 
   platform::InputFile& file_;
   std::optional<FoundStore> found_;
-  bool isUnicode_ = true;
-  size_t idSize_ = 8;
+  const Layout* layout_;
+  size_t idSize_;
   uint8_t cipher_ = 0;
   bool isDamaged_ = false;  // since the last TakeDamage
   PageRef nodeRoot_;

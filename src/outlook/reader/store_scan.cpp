@@ -12,6 +12,7 @@
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/cipher.h"
 #include "outlook/reader/store_file.h"
+#include "outlook/reader/unpack.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -38,8 +39,8 @@ auto NodeOrder(const FoundNode& node) {
 
 class Scan {
  public:
-  Scan(platform::InputFile& file, bool isUnicode) : file_(file), layout_(LayoutOf(isUnicode)) {
-    found_.isUnicode = isUnicode;
+  Scan(platform::InputFile& file, Variant variant) : file_(file), layout_(LayoutOf(variant)) {
+    found_.variant = variant;
     sumsLeft_ = kMostSums * file.Size() + kPiece;
   }
 
@@ -50,11 +51,12 @@ class Scan {
       fresh.resize(kPiece);
       fresh.resize(file_.ReadAt(at, fresh.data(), kPiece));
       window_.append(fresh);
-      for (uint64_t end = at + kBlockUnit; end <= at + fresh.size(); end += kBlockUnit) {
+      for (uint64_t end = at + layout_.blockUnit; end <= at + fresh.size();
+           end += layout_.blockUnit) {
         LookAt(end);
       }
       // What a block that ends in the next piece may hold.
-      size_t kept = std::min(window_.size(), kBlockSlot);
+      size_t kept = std::min(window_.size(), layout_.blockSlot);
       window_.erase(0, window_.size() - kept);
       base_ = at + fresh.size() - kept;
       Settle(base_);
@@ -82,17 +84,19 @@ class Scan {
     size_t size = Load(trailer, 2);
     uint64_t id = Load(trailer + layout_.trailerId, layout_.idSize);
     if (size == 0 || id == 0) return;
-    if (size <= kBlockSlot - layout_.trailer) {
+    const size_t pageSize = layout_.pageSize;
+    if (end % pageSize == 0 && size == kNodePageMark && end - base_ >= pageSize &&
+        IsSound(end - pageSize, pageSize - layout_.trailer, id, trailer)) {
+      TakeBack(end - pageSize);
+      TakePage(end - pageSize, id);
+    } else if (size <= layout_.blockSlot - layout_.trailer) {
       size_t whole = WholeSize(size, layout_);
-      if (whole > end - base_) return;
-      if (!IsSound(end - whole, size, id, trailer)) return;
+      if (whole > end - base_ || !IsSound(end - whole, size, id, trailer)) return;
       TakeBack(end - whole);
-      found_.blocks.push_back({id, end - whole, size});
+      size_t plainSize =
+          layout_.trailerPlainSize != 0 ? Load(trailer + layout_.trailerPlainSize, 2) : 0;
+      found_.blocks.push_back(PlaceOfBlock(id, end - whole, size, plainSize));
       found_.isCut = found_.blocks.size() >= kMaxBlocks;
-    } else if (end % kPageSize == 0 && size == kNodePageMark && end - base_ >= kPageSize) {
-      if (!IsSound(end - kPageSize, kPageSize - layout_.trailer, id, trailer)) return;
-      TakeBack(end - kPageSize);
-      TakePage(end - kPageSize, id);
     }
   }
 
@@ -115,9 +119,9 @@ class Scan {
   void TakePage(uint64_t offset, uint64_t id) {
     const char* page = At(offset);
     const char* info = page + layout_.pageInfo;
-    size_t count = Load(info, 1);
-    size_t entrySize = Load(info + 2, 1);
-    bool isLowest = Load(info + 3, 1) == 0;
+    size_t count = Load(info, layout_.countSize);
+    size_t entrySize = Load(info + 2 * layout_.countSize, 1);
+    bool isLowest = Load(info + 2 * layout_.countSize + 1, 1) == 0;
     if (!isLowest || entrySize < layout_.nodeEntry || count * entrySize > layout_.pageInfo) return;
     Page& taken = pages_.emplace_back();
     taken.offset = offset;
@@ -205,12 +209,15 @@ uint8_t FindCipher(platform::InputFile& file, const std::vector<BlockPlace>& blo
   std::array<size_t, kCiphers.size()> votes{};
   size_t step = blocks.size() / kMostAsked + 1;
   for (size_t i = 0; i < blocks.size(); i += step) {
-    if ((blocks[i].id & kInternal) != 0 || blocks[i].size < kHead) continue;
-    std::string head(kHead, '\0');
-    head.resize(file.ReadAt(blocks[i].offset, head.data(), kHead));
+    const BlockPlace& block = blocks[i];
+    if ((block.id & kInternal) != 0 || block.size < kHead) continue;
+    constexpr size_t kPackedHead = 512;
+    std::string head(block.IsPacked() ? std::min(block.size, kPackedHead) : kHead, '\0');
+    head.resize(file.ReadAt(block.offset, head.data(), head.size()));
+    if (block.IsPacked()) head = Unpacked(head, kHead);
     for (size_t c = 0; c < kCiphers.size() && head.size() == kHead; ++c) {
       std::string plain = head;
-      Decipher(kCiphers[c], static_cast<uint32_t>(blocks[i].id), plain);
+      Decipher(kCiphers[c], static_cast<uint32_t>(block.id), plain);
       if (plain[2] == kHeapMark && (plain[3] == '\xBC' || plain[3] == '\x7C')) ++votes[c];
     }
   }
@@ -218,21 +225,26 @@ uint8_t FindCipher(platform::InputFile& file, const std::vector<BlockPlace>& blo
   return kCiphers[static_cast<size_t>(most - votes.begin())];
 }
 
-// Which of the two a sound beginning says it is; the more common where it is gone.
-bool IsUnicode(platform::InputFile& file) {
+// The variants, the one that a sound beginning tells of first, else the most common.
+std::vector<Variant> LikelyVariants(platform::InputFile& file) {
+  std::vector<Variant> likely = {Variant::kUnicode, Variant::kLargePages, Variant::kAnsi};
   std::string header(kHeaderSize, '\0');
   header.resize(file.ReadAt(0, header.data(), header.size()));
-  if (header.size() < kHeaderSize || header.compare(0, 4, "!BDN") != 0) return true;
-  uint64_t version = Load(header.data() + 10, 2);
-  return version != 14 && version != 15;
+  if (header.size() < kHeaderSize || header.compare(0, 4, "!BDN") != 0) return likely;
+  auto told = VariantOf(Load(header.data() + 10, 2));
+  if (told)
+    std::stable_partition(likely.begin(), likely.end(), [&](Variant v) { return v == *told; });
+  return likely;
 }
 
 }  // namespace
 
 FoundStore ScanStore(platform::InputFile& file, const std::function<void(int)>& tell) {
-  bool isUnicode = IsUnicode(file);
-  FoundStore found = Scan(file, isUnicode).Run(tell);
-  if (found.blocks.empty()) found = Scan(file, !isUnicode).Run(tell);
+  FoundStore found;
+  for (Variant variant : LikelyVariants(file)) {
+    found = Scan(file, variant).Run(tell);
+    if (!found.blocks.empty()) break;
+  }
   if (found.blocks.empty()) throw ReadError("nothing of an Outlook store is in it");
   found.cipher = FindCipher(file, found.blocks);
   return found;

@@ -28,7 +28,7 @@ struct FoundNode {
 };
 
 struct FoundStore {
-  bool isUnicode = true;
+  Variant variant = Variant::kUnicode;
   uint8_t cipher = 0;
   std::vector<FoundNode> nodes;    // by number, of each number the newest first
   std::vector<BlockPlace> blocks;  // by number, which is each one's alone
