@@ -152,7 +152,7 @@ Texts AnswerSeeds(const Texts& letters) {
   for (size_t i = 0; i < letters.size() && i < 6; ++i) {
     reply.text = std::make_unique<oe::TextReading>();
     reply.text->held = letters[i];
-    reply.text->size = letters[i].size();
+    reply.text->size = reply.text->chainSize = letters[i].size();
     intake::RawMessage raw("", letters[i]);
     reply.text->prepared = intake::PrepareElsewhere(raw, intake::kComplete, {});
     seeds.push_back(intake::BytesOf(reply));

@@ -42,14 +42,14 @@ void Pass(Archive& archive, AddressPair& pair) {
   archive(pair.Name, pair.Address);
 }
 
-// What the reading of its text gives; the rest is filled in where it is taken in.
+// What the reading of its text gives and is stored; the rest is filled in where it is taken in.
 template <typename Archive>
 void Pass(Archive& archive, MailMessage& m) {
   archive(m.Subject, m.SubjectConverted, m.SentTime, m.ReceivedTime, m.TimeText, m.TimeShift,
           m.MessageKey, m.ToCount, m.To, m.ToConverted, m.FromAddress, m.FromName, m.FromConverted,
           m.CcCount, m.Cc, m.CcConverted, m.Importance, m.State, m.IsMultipart, m.Charset, m.Body,
-          m.HTMLBody, m.Encoding, m.Boundaries, AtMost{m.BoundaryCount, kMaxBoundaries},
-          m.Attachments, AtMost{m.AttachCount, kMaxAttachments}, m.HTMLCharset);
+          m.HTMLBody, m.Encoding, m.HTMLCharset, AtMost{m.AttachCount, kMaxAttachments});
+  for (size_t i = 0; i < static_cast<size_t>(m.AttachCount); ++i) archive(m.Attachments[i]);
 }
 
 // A message that is packed has fewer pieces than of this size.
@@ -115,7 +115,9 @@ void ReadUnder(const ReadingConditions& conditions);
 
 template <typename Record>
 std::string BytesOf(const Record& record) {
+  constexpr size_t kUsual = size_t{16} * 1024;
   std::string bytes;
+  bytes.reserve(kUsual);
   RecordWriter writer(bytes);
   writer(const_cast<Record&>(record));
   return bytes;

@@ -55,9 +55,10 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
   service->Skip(skip);
   bool isHalted = false;
   for (std::string payload;;) {
-    if (!channel.hasMore()) frames.Send();
+    bool isLast = !channel.hasMore();
+    if (isLast) frames.Send();
     char kind = channel.request(payload);
-    platform::LimitProcessorTime(kRequestSeconds);
+    if (isLast) platform::LimitProcessorTime(kRequestSeconds);  // of all that have come
     if (kind == letter_frame::kPiece) {
       service->Take(payload);
     } else if (kind == letter_frame::kGoOn) {

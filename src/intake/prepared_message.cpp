@@ -21,9 +21,16 @@ namespace tarnwick::intake {
 
 namespace {
 
+const MessageField& FieldOf(std::string_view column) {
+  return *std::ranges::find(kMessageFields, column, &MessageField::column);
+}
+
+const std::string& TextOf(const MailMessage& message, std::string_view column) {
+  return message.*std::get<std::string MailMessage::*>(FieldOf(column).member);
+}
+
 std::string Written(const MailMessage& message, std::string_view column) {
-  const MessageField* field = std::ranges::find(kMessageFields, column, &MessageField::column);
-  return WrittenText(*field, message.*std::get<std::string MailMessage::*>(field->member));
+  return WrittenText(FieldOf(column), TextOf(message, column));
 }
 
 PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
@@ -97,7 +104,8 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const R
 bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw) {
   const PackedRows& rows = *prepared.rows;
   for (const PackedRows::Text& text : rows.texts) {
-    size_t size = Written(prepared.message, text.column).size();
+    // A long text is written as it is.
+    size_t size = TextOf(prepared.message, text.column).size();
     if (!jet::MayBePacked(text.packed, size)) return false;
   }
   RawReader reader(raw);
@@ -124,11 +132,14 @@ void TellOf(const PreparedMessage& prepared) {
   if (prepared.fault) throw Error(prepared.fault->number, prepared.fault->text);
 }
 
-std::vector<std::string_view> PackedColumns() {
-  std::vector<std::string_view> columns;
-  for (const repository::EmailField& field : repository::kEmailFields) {
-    if (field.isOfMessage && IsLongText(field.name)) columns.push_back(field.name);
-  }
+const std::vector<std::string_view>& PackedColumns() {
+  static const std::vector<std::string_view> columns = [] {
+    std::vector<std::string_view> found;
+    for (const repository::EmailField& field : repository::kEmailFields) {
+      if (field.isOfMessage && IsLongText(field.name)) found.push_back(field.name);
+    }
+    return found;
+  }();
   return columns;
 }
 

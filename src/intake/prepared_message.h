@@ -69,6 +69,6 @@ void TellOf(const PreparedMessage& prepared);
 void Tell(const core::Telling& telling);
 
 // The columns of PackedRows::texts.
-std::vector<std::string_view> PackedColumns();
+const std::vector<std::string_view>& PackedColumns();
 
 }  // namespace tarnwick::intake

@@ -112,7 +112,8 @@ ReaderLink::ReaderLink(std::string storePath, std::string program, LetterOpening
 void ReaderLink::Start() {
   std::optional<platform::InputFile> store;
   if (!storePath_.empty()) store.emplace(storePath_);
-  mostBytes_ = MostFor(store ? store->Size() : 0);
+  storeSize_ = store ? store->Size() : 0;
+  mostBytes_ = MostFor(storeSize_);
   child_ = std::make_unique<platform::ChildProcess>(program_, store ? &*store : nullptr);
   opening_.skip = done_ + waiting_.size();
   Send(FrameOf(letter_frame::kOpen, BytesOf(opening_)));
@@ -147,6 +148,12 @@ std::optional<std::string_view> ReaderLink::Next(bool withText) {
     ++done_;
     return handedOut_;
   }
+  RequireHope();
+  // No store holds a message in fewer bytes.
+  constexpr uint64_t kLeastBytes = 4;
+  if (done_ > storeSize_ / kLeastBytes) {
+    throw Error(ErrorNumber::kPathAccess, "the reader tells of more than its store can hold");
+  }
   for (;;) {
     try {
       if (!child_) Start();
@@ -173,6 +180,7 @@ std::optional<std::string_view> ReaderLink::Next(bool withText) {
 }
 
 std::optional<std::string_view> ReaderLink::Text(std::string_view which, const ByteSink& longText) {
+  RequireHope();
   for (;;) {
     try {
       if (!child_) Start();
@@ -216,6 +224,7 @@ void ReaderLink::Ask(std::string_view message, std::string_view how) {
 }
 
 std::optional<std::string_view> ReaderLink::Answer() {
+  RequireHope();
   for (;;) {
     bool isAlone = messagesSent_ <= 1;
     try {
@@ -257,7 +266,12 @@ void ReaderLink::Leave() {
 void ReaderLink::CountLoss() {
   Leave();
   wasted_ += platform::TickMilliseconds() - askedAt_;
-  bool isGivenUp = ++losses_ > Limits().losses || wasted_ > Limits().wastedMilliseconds;
+  ++losses_;
+  RequireHope();
+}
+
+void ReaderLink::RequireHope() const {
+  bool isGivenUp = losses_ > Limits().losses || wasted_ > Limits().wastedMilliseconds;
   if (isGivenUp) throw Error(ErrorNumber::kPathAccess, std::string(kReaderLost) + " too often");
 }
 

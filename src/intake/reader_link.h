@@ -103,6 +103,7 @@ class ReaderLink {
 
   // An answer made no sense: another reader goes on behind it.
   void Distrust();
+  uint64_t StoreSize() const { return storeSize_; }
   int64_t ProcessId() const { return child_ ? child_->Id() : 0; }
 
  private:
@@ -121,10 +122,12 @@ class ReaderLink {
   void Fill(size_t count);
   void Leave();
   void CountLoss();
+  void RequireHope() const;
 
   std::string storePath_;
   std::string program_;
   LetterOpening opening_;
+  uint64_t storeSize_ = 0;
   uint64_t mostBytes_ = 0;  // of an answer
   std::unique_ptr<platform::ChildProcess> child_;
   std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room

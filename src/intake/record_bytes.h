@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Values as bytes, from one process to another of the same build. What a type holds is listed once,
-// in its Pass(archive, value), which both directions go through.
+// Values as bytes, from one process to another of the same build, as they lie in memory. What a
+// type holds is listed once, in its Pass(archive, value), which both directions go through.
 //
 // RecordWriter appends. RecordReader believes nothing: every length is compared with the bytes that
 // are there before memory is taken for it, texts are UTF-8, dates are dates, and a value beyond its
@@ -60,12 +60,8 @@ class RecordWriter {
 
  private:
   template <typename T>
-    requires std::integral<T>
-  void Put(T value) {
-    for (size_t i = 0; i < sizeof value; ++i) {
-      bytes_.push_back(static_cast<char>(static_cast<uint64_t>(value) >> 8 * i & 0xFF));
-    }
-  }
+  requires std::integral<T>
+  void Put(T value) { bytes_.append(reinterpret_cast<const char*>(&value), sizeof value); }
   template <typename T>
   void Put(const OneOf<T>& value) {
     Put(static_cast<uint8_t>(value.value));
@@ -104,10 +100,8 @@ class RecordWriter {
     for (const T& each : list) Put(const_cast<T&>(each));
   }
   template <typename T>
-    requires requires(RecordWriter& writer, T& value) { Pass(writer, value); }
-  void Put(T& value) {
-    Pass(*this, value);
-  }
+  requires requires(RecordWriter& writer, T& value) { Pass(writer, value); }
+  void Put(T& value) { Pass(*this, value); }
 
   std::string& bytes_;
 };
@@ -141,13 +135,15 @@ class RecordReader {
     return count;
   }
   template <typename T>
-    requires std::integral<T>
+  requires std::integral<T>
   void Take(T& value) {
     std::string_view cut = Cut(sizeof value);
-    uint64_t number = 0;
-    for (size_t i = cut.size(); i-- > 0;) number = number << 8 | static_cast<uint8_t>(cut[i]);
-    if (std::is_same_v<T, bool> && number > 1) RefuseRecord();
-    value = static_cast<T>(number);
+    if constexpr (std::is_same_v<T, bool>) {
+      if (static_cast<unsigned char>(cut[0]) > 1) RefuseRecord();
+      value = cut[0] == 1;
+    } else {
+      std::memcpy(&value, cut.data(), sizeof value);
+    }
   }
   template <typename T>
   void Take(const OneOf<T>& value) {
@@ -205,10 +201,8 @@ class RecordReader {
     for (T& each : list) Take(each);
   }
   template <typename T>
-    requires requires(RecordReader& reader, T& value) { Pass(reader, value); }
-  void Take(T& value) {
-    Pass(*this, value);
-  }
+  requires requires(RecordReader& reader, T& value) { Pass(reader, value); }
+  void Take(T& value) { Pass(*this, value); }
 
   std::string_view bytes_;
 };

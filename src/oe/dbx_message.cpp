@@ -119,8 +119,8 @@ bool CopyText(Taking& taking) {
   if (text.held) scratch.Write(*text.held);
   scratch.Complete();
   const std::string& path = core::State().TempMessageFile;
-  taking.message.raw = text.held ? intake::RawMessage(path, std::move(*text.held))
-                                 : intake::RawMessage(path);
+  taking.message.raw =
+      text.held ? intake::RawMessage(path, std::move(*text.held)) : intake::RawMessage(path);
   taking.message.prepared = std::move(text.prepared);
   return true;
 }

@@ -65,6 +65,7 @@ class StoreLink : public StoreWalk {
     uint64_t size = 0;
     auto take = [&](std::string_view piece) {
       size += piece.size();
+      if (size > turn.mostBytes) intake::RefuseRecord();
       longText(piece);
     };
     TextReading text;

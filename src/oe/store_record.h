@@ -53,6 +53,7 @@ inline void Check(const TextReading& text) {
   if (text.fault && text.prepared) intake::RefuseRecord();
   if (text.fault) return;
   if (!text.prepared || (text.held && text.held->size() != text.size)) intake::RefuseRecord();
+  if (text.size > text.chainSize) intake::RefuseRecord();
   intake::CheckPrepared(*text.prepared, text.held);
 }
 

@@ -9,8 +9,8 @@
 #include "core/guard.h"
 #include "oe/announced.h"
 #include "oe/byte_reader.h"
-#include "oe/store_walk.h"
 #include "oe/state.h"
+#include "oe/store_walk.h"
 
 namespace tarnwick::oe {
 

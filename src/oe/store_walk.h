@@ -63,8 +63,8 @@ struct TextReading {
   Fault fault;
   std::optional<std::string> held;  // nothing where it was handed to a sink
   uint64_t size = 0;
-  uint64_t chainSize = 0;             // of the blocks visited
-  std::optional<uint32_t> chainEnd;   // behind the last of them
+  uint64_t chainSize = 0;                             // of the blocks visited
+  std::optional<uint32_t> chainEnd;                   // behind the last of them
   std::unique_ptr<intake::PreparedMessage> prepared;  // where it was made elsewhere
 };
 
@@ -85,8 +85,8 @@ class StoreWalk {
 
   virtual ~StoreWalk() = default;
 
-  // The next message. wantsText: its text comes with it where it can be had ahead of its turn (Ahead
-  // below). Throws Error where the rest can't be read.
+  // The next message. wantsText: its text comes with it where it can be had ahead of its turn
+  // (Ahead below). Throws Error where the rest can't be read.
   virtual MessageReading Next(bool wantsText) = 0;
   // What came with the last message, nullptr for nothing.
   virtual std::unique_ptr<TextReading> Ahead() { return nullptr; }
@@ -132,7 +132,7 @@ class StoreReading : public StoreWalk {
   const std::string& fileName_;
   intake::ReadingRules rules_;
   Teller tell_;
-  std::optional<ByteReader> file_;  // opened when it is first needed, and anew after a failure
+  std::optional<ByteReader> file_;      // opened when it is first needed, and anew after a failure
   std::optional<uint64_t> infoBudget_;  // bytes of info objects that may still be looked at
   std::optional<uint32_t> root_;        // not entered yet
   std::optional<TreeWalk> walk_;        // of every level; the rest is of two

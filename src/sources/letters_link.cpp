@@ -76,7 +76,7 @@ core::Telling LostFailure() {
 class MailboxLink : public LetterWalk {
  public:
   MailboxLink(const Mailbox& mailbox, std::unique_ptr<intake::ReaderLink> link)
-      : link_(std::move(link)) {
+      : link_(std::move(link)), bytesLeft_(link_->StoreSize()) {
     if (mailbox.kind == MailboxKind::kOutlookExpress4) states_.emplace(mailbox.path);
   }
 
@@ -89,6 +89,10 @@ class MailboxLink : public LetterWalk {
       if (!record) intake::RefuseRecord();
       letter = intake::RecordOf<LetterReading>(*record);
       Check(letter);
+      // No letter lies in another.
+      uint64_t size = letter.says ? letter.says->size : 0;
+      if (size > bytesLeft_) intake::RefuseRecord();
+      bytesLeft_ -= size;
     } catch (const Error&) {
       if (record) link_->Distrust();
       letter = {};
@@ -101,14 +105,21 @@ class MailboxLink : public LetterWalk {
 
   void ReadText(LetterReading& letter, const Sink& sink) override {
     if (letter.prepared) return sink(*letter.held);
+    uint64_t left = letter.says->size;
+    auto take = [&](std::string_view piece) {
+      if (piece.size() > left) intake::RefuseRecord();
+      left -= piece.size();
+      sink(piece);
+    };
     std::optional<std::string_view> record =
-        link_->Text(intake::BytesOf(Wanted{letter.span, letter.entry.state}), sink);
+        link_->Text(intake::BytesOf(Wanted{letter.span, letter.entry.state}), take);
     try {
       if (!record) intake::RefuseRecord();
       auto text = intake::RecordOf<LetterReading>(*record);
       Check(text);
       if (text.failure) throw Error(text.failure->number, text.failure->text);
       if (!text.says || text.says->key != letter.says->key) intake::RefuseRecord();
+      if (!text.held && left > 0) intake::RefuseRecord();
       letter.held = std::move(text.held);
       letter.prepared = std::move(text.prepared);
     } catch (const Error&) {
@@ -120,6 +131,7 @@ class MailboxLink : public LetterWalk {
 
  private:
   std::unique_ptr<intake::ReaderLink> link_;
+  uint64_t bytesLeft_;  // of the file
   std::optional<OutlookExpress4States> states_;
   int64_t number_ = 0;
 };
