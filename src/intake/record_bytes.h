@@ -36,12 +36,16 @@ struct AtMost {
   T& value;
   std::type_identity_t<T> most;
 };
+template <typename T, typename Most>
+AtMost(T&, Most) -> AtMost<T>;
 // An enumeration of so many.
 template <typename T>
 struct OneOf {
   T& value;
   size_t count;
 };
+template <typename T>
+OneOf(T&, size_t) -> OneOf<T>;
 
 [[noreturn]] inline void RefuseRecord() {
   throw Error(ErrorNumber::kPathAccess, "the reader's answer makes no sense");
