@@ -35,6 +35,7 @@ constexpr int kWords = 30000;
 constexpr int kCorrespondents = 3000;
 constexpr int64_t kFirstDay = 883612800;  // 1 January 1998
 constexpr int64_t kSecondsApart = 350;
+constexpr int64_t kOfOneSpan = 3000000;  // 33 years of it; then it begins anew
 
 // A stream of numbers of its own for each message. Seeds are mixed, too: streams that began at
 // neighbouring states would be one stream, shifted.
@@ -145,7 +146,8 @@ void Store(const Mail& mail, int64_t number, double longest, intake::MailMessage
     message.CcCount = 1;
     message.Cc[0] = {mail.Person(other), Mail::Address(other)};
   }
-  int64_t time = kFirstDay + number * kSecondsApart + static_cast<int64_t>(random.Below(86400));
+  int64_t time = kFirstDay + number % kOfOneSpan * kSecondsApart +
+                 static_cast<int64_t>(random.Below(86400));
   message.SentTime = DateTime::FromSeconds(time - static_cast<int64_t>(random.Below(600)));
   message.ReceivedTime = DateTime::FromSeconds(time);
   std::string key =

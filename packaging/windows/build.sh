@@ -11,7 +11,8 @@ cd "$(dirname "$0")/../.."
 ./cmake/setup.sh windows
 export TARNWICK_WINDOWS_DEPS="${TARNWICK_WINDOWS_DEPS:-$PWD/build/windows-deps}"
 if [ $# -gt 0 ]; then
-  ./packaging/windows/dependencies.sh libzstd libxml2 libsodium zlib googletest icu
+  mapfile -t libraries < <(awk '!/^#/ && NF && $1 != "qt6-base" { print $1 }' packaging/windows/sources.txt)
+  ./packaging/windows/dependencies.sh "${libraries[@]}"
   cmake --preset windows
   exec cmake --build --preset windows --target "$@"
 fi

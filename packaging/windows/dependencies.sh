@@ -39,25 +39,44 @@ prepare_lists() {
     sed -n "s/^deb\(.* $codename\)/deb-src\1/p" "$file" >"$apt/parts/of-$(basename "$file" .list).list"
   done
   apt_options=(-o "Dir::Etc::sourcelist=/dev/null" -o "Dir::Etc::sourceparts=$apt/parts"
-               -o "Dir::State::lists=$apt/lists" -o "APT::Sandbox::User=root")
+               -o "Dir::State::lists=$apt/lists" -o "APT::Sandbox::User=root"
+               -o "APT::Update::Error-Mode=any" -o "Acquire::Retries=3")
   apt-get "${apt_options[@]}" -q update
 }
 
-# Fetches and unpacks a source package; its folder stands in $source.
+# Stands there once a library is built and installed.
+mark_of() { echo "$root/done/$1-$(version_of "$1")"; }
+
+# Where the description of a library's source package lies.
+dsc_of() {
+  local version
+  version="$(version_of "$1")"
+  echo "$deps/sources/$1/${1}_${version#*:}.dsc"
+}
+
+# Fetches a library's source package where it is going to be built.
 fetch() {
-  local name="$1" version hash
-  version="$(version_of "$name")"
-  hash="$(awk -v name="$name" '$1 == name { print $3 }' "$here/sources.txt")"
-  local folder="$deps/sources/$name" dsc="${name}_${version#*:}.dsc"
-  mkdir -p "$folder"
-  if [ ! -e "$folder/$dsc" ]; then
-    prepare_lists
-    (cd "$folder" && apt-get "${apt_options[@]}" -q --download-only source "$name=$version")
-  fi
-  echo "$hash  $folder/$dsc" | sha256sum --check --quiet
-  source="$folder/source"
+  local dsc package
+  package="$1=$(version_of "$1")"
+  dsc="$(dsc_of "$1")"
+  [ ! -e "$(mark_of "$1")" ] && [ ! -e "$dsc" ] || return 0
+  prepare_lists
+  mkdir -p "${dsc%/*}"
+  (cd "${dsc%/*}" && apt-get "${apt_options[@]}" -q --download-only source "$package") || {
+    echo "The sources of $package can't be had from where this machine's packages come." >&2
+    exit 1
+  }
+}
+
+# Unpacks a library's source package; its folder stands in $source.
+unpack() {
+  local dsc hash
+  dsc="$(dsc_of "$1")"
+  hash="$(awk -v name="$1" '$1 == name { print $3 }' "$here/sources.txt")"
+  echo "$hash  $dsc" | sha256sum --check --quiet
+  source="${dsc%/*}/source"
   rm -rf "$source"
-  dpkg-source --no-check -x "$folder/$dsc" "$source" >/dev/null  # looks at the hashes of the rest
+  dpkg-source --no-check -x "$dsc" "$source" >/dev/null  # looks at the hashes of the rest
 }
 
 # The data in the library, without what names places, units and zones in all languages: a third less
@@ -99,7 +118,8 @@ with_cmake() {
   local folder="$1"
   shift
   cmake -S "$folder" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/windows.cmake" \
-    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" >"$build.log"
+    -DCMAKE_INSTALL_PREFIX="$root" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
+    -DCMAKE_{C,CXX}_COMPILER_LAUNCHER="${launcher[*]}" "$@" >"$build.log"
   ninja -j"$jobs" -C "$build" install >>"$build.log"
 }
 
@@ -151,22 +171,37 @@ keep_licence() {
 
 build_one() {
   local library="$1" mark source build started=$SECONDS
-  mark="$root/done/$library-$(version_of "$library")"
+  mark="$(mark_of "$library")"
   # Others may build into the same folder at this moment.
   exec 9>"$deps/$library.lock"
   flock 9
   [ ! -e "$mark" ] || return 0
   echo "Building $library $(version_of "$library") for Windows"
-  fetch "$library"
+  unpack "$library"
   build="$deps/sources/$library/build"
   rm -rf "$build"
   "build_${library//-/_}"
   keep_licence "$library"
-  rm -rf "$deps/sources/$library"
   touch "$mark"
+  rm -rf "$deps/sources/$library"
   echo "  $((SECONDS - started)) s"
 }
 
 libraries=("$@")
-[ $# -gt 0 ] || libraries=(libzstd libxml2 libsodium zlib googletest icu qt6-base)
-for library in "${libraries[@]}"; do build_one "$library"; done
+[ $# -gt 0 ] || mapfile -t libraries < <(awk '!/^#/ && NF { print $1 }' "$here/sources.txt")
+exec 8>"$deps/fetch.lock"
+flock 8
+for library in "${libraries[@]}"; do fetch "$library"; done
+exec 8>&-
+
+# All at once, as much of it is configuring, which keeps one processor busy; Qt by itself.
+builds=()
+failed=0
+for library in "${libraries[@]}"; do
+  [ "$library" != qt6-base ] || continue
+  build_one "$library" &
+  builds+=($!)
+done
+for build in ${builds[@]:+"${builds[@]}"}; do wait "$build" || failed=1; done
+[ "$failed" -eq 0 ] || exit 1
+case " ${libraries[*]} " in *" qt6-base "*) build_one qt6-base ;; esac

@@ -4,7 +4,7 @@
 
 #include <wincred.h>
 
-#include <QString>
+#include <string>
 #include <string_view>
 
 #include "desktop_keyring.h"
@@ -13,13 +13,13 @@ namespace tarnwick::app {
 
 namespace {
 
-// Stands in people's keyrings; do not change.
+// Stands in people's keyrings; do not change. Names are of ASCII letters.
 std::wstring TargetOf(const std::string& name) {
-  return L"tarnwick/" + QString::fromStdString(name).toStdWString();
+  return std::wstring(L"tarnwick/").append(name.begin(), name.end());
 }
 
 std::string LastReason() {
-  return QString("The system's own keyring gave error %1.").arg(GetLastError()).toStdString();
+  return "The system's own keyring gave error " + std::to_string(GetLastError()) + ".";
 }
 
 }  // namespace

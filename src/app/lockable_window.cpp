@@ -19,6 +19,7 @@
 #include "options/options.h"
 #include "repository/keyring.h"
 #include "repository/repository.h"
+#include "taskbar_progress.h"
 
 namespace tarnwick::app {
 
@@ -49,6 +50,7 @@ QWidget& LockableWindow::Window() {
 
 bool LockableWindow::Open() {
   window_ = std::make_unique<board::MainBoard>();
+  FollowProgress(*window_);
   ui_.SetWindow(window_.get());
   // Queued: the window does not outlive the lock.
   connect(window_.get(), &board::MainBoard::LockAskedFor, this, &LockableWindow::Lock,

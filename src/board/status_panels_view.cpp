@@ -125,6 +125,7 @@ void StatusPanelsView::ShowProgress(int64_t done, int64_t total) {
   figures_->setText(text);
   bar_->show();
   figures_->show();
+  emit Progressed(done, total);
   if (stop_->isHidden()) SetBusy(true);
 }
 
@@ -138,6 +139,7 @@ void StatusPanelsView::EndProgress() {
   sincePaint_.invalidate();
   bar_->hide();
   figures_->hide();
+  emit ProgressEnded();
 }
 
 }  // namespace tarnwick::board

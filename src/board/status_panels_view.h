@@ -43,6 +43,9 @@ class StatusPanelsView : public QStatusBar {
 
  signals:
   void StopAskedFor();
+  // As often as the display changes; total 0: unknown.
+  void Progressed(qint64 done, qint64 total);
+  void ProgressEnded();
 
  protected:
   void resizeEvent(QResizeEvent* event) override;

@@ -35,7 +35,7 @@ Connection::Impl::~Impl() {
 
 void Connection::Impl::Open() {
   PasswordSource one = [known = password](const std::string&) { return platform::Secret(known); };
-  session.Open(dataSource, passwords ? passwords : std::move(one), readOnly);
+  session.Open(dataSource, passwords ? passwords : std::move(one), {readOnly, keepsLog});
   schema_ = std::make_unique<Catalog>(session.Engine());
 }
 

@@ -131,6 +131,7 @@ class Connection::Impl {
   std::string password;
   PasswordSource passwords;  // {}: password for every file
   bool readOnly = false;
+  bool keepsLog = true;
 
   Session session;
 

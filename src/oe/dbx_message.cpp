@@ -24,11 +24,6 @@ namespace tarnwick::oe {
 
 namespace {
 
-void LogMessage(const MessageInfo& info) {
-  core::LogProgress("*****Email = " + platform::FormatDate(info.date, "General Date") + " " +
-                    core::LoggedMailText(info.subject));
-}
-
 // False, for a message that is stored or ignored for good under this key.
 bool GiveUpKnown(const std::string& key, ReadMessage& message) {
   message.ending = {intake::OutcomeOfKnown(key), {}};
@@ -69,7 +64,12 @@ class Scratch {
     }
     files_.scratch->Write(text);
   }
-  void Complete() { files_.scratch->Complete(); }
+  // The next text is written over it; one that is in the file alone has to end there.
+  void Finish(bool isHeld) {
+    if (isHeld) return files_.scratch->Complete();
+    files_.scratch->Close();
+    files_.scratch.reset();
+  }
 
  private:
   WalkFiles& files_;
@@ -117,7 +117,7 @@ bool CopyText(Taking& taking) {
   }
   taking.step = kScratch;
   if (text.held) scratch.Write(*text.held);
-  scratch.Complete();
+  scratch.Finish(text.held.has_value());
   const std::string& path = core::State().TempMessageFile;
   taking.message.raw =
       text.held ? intake::RawMessage(path, std::move(*text.held)) : intake::RawMessage(path);
@@ -131,7 +131,8 @@ bool CopyMessage(Taking& taking) {
   message.facts = taking.read.facts;
   if (taking.read.fault) return taking.GiveUp(taking.read.fault);
   message.entryKey = std::move(taking.read.entryKey);
-  LogMessage(message.info);
+  message.name = DatedSubject(message.info);
+  core::LogProgress("*****Email = " + message.name);
   taking.step = kDuplicate;
   if (intake::IsEmailExist(message.entryKey)) return GiveUpKnown(message.entryKey, message);
   FormerKey former = FindFormerKey(message.info);
@@ -146,6 +147,10 @@ bool CopyMessage(Taking& taking) {
 }
 
 }  // namespace
+
+std::string DatedSubject(const MessageInfo& info) {
+  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+}
 
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules) {

@@ -82,9 +82,13 @@ void ReadMessageTree(const std::string& fileName, std::string_view operation,
 void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_view operation,
                   const FolderRecord& folder);
 
+// Date and subject, as the log and the account name a message.
+std::string DatedSubject(const MessageInfo& info);
+
 // What was read of one message.
 struct ReadMessage {
   MessageInfo info;
+  std::string name;  // its DatedSubject, where it came so far as to be logged
   std::string entryKey;
   intake::Ending ending;  // of one that was not copied
   intake::StoreFacts facts;
@@ -102,7 +106,8 @@ struct WalkFiles {
   uint64_t chainBudget = UINT64_MAX;            // bytes of blocks that it may still follow
 };
 
-// True when a message that the repository does not hold stands whole in TempMessageFile.
+// True when a message that the repository does not hold stands whole in TempMessageFile; where it
+// is in memory, too, the file is cut to it only when files.scratch is let go of.
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules = intake::kDesigned);
 // The same of one that a walk has come to; read is used up.

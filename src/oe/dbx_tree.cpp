@@ -19,7 +19,6 @@
 #include "oe/store_link.h"
 #include "oe/store_walk.h"
 #include "platform/files.h"
-#include "platform/locale.h"
 
 namespace tarnwick::oe {
 
@@ -67,7 +66,7 @@ class MessageFile : public intake::SourceFolder {
  private:
   std::unique_ptr<StoreReading> ReadHere();
   void Tell(const core::Telling& telling) const;
-  std::string NameOf(const MessageInfo& info) const;
+  std::string NameOf(ReadMessage& read) const;
 
   const std::string& fileName_;
   std::string_view operation_;
@@ -112,9 +111,9 @@ void MessageFile::Tell(const core::Telling& telling) const {
   }
 }
 
-std::string MessageFile::NameOf(const MessageInfo& info) const {
-  if (info.subject.empty()) return "at " + std::to_string(offset_);
-  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+std::string MessageFile::NameOf(ReadMessage& read) const {
+  if (read.info.subject.empty()) return "at " + std::to_string(offset_);
+  return read.name.empty() ? DatedSubject(read.info) : std::move(read.name);
 }
 
 bool MessageFile::Next(intake::SourceMessage& message) {
@@ -134,7 +133,7 @@ bool MessageFile::Next(intake::SourceMessage& message) {
   } else {
     message.ending = read.ending;
   }
-  if (message.ending.outcome != intake::Outcome::kAlreadyStored) message.name = NameOf(read.info);
+  if (message.ending.outcome != intake::Outcome::kAlreadyStored) message.name = NameOf(read);
   return true;
 }
 
@@ -156,11 +155,10 @@ void Perform(MessageFile& file, std::string_view operation) {
   for (intake::SourceMessage message; !IsStopped() && file.Next(message); message = {}) {
     if (message.ending.outcome != intake::Outcome::kNone) {
       file.Ended(message, message.ending);
-    } else if (operation == kMeAddress) {
-      dbxFileMeAddress();
-    } else if (operation == kMsgToFiles) {
+    } else {
       file.LetGoOfScratch();
-      MsgToFiles();
+      if (operation == kMeAddress) dbxFileMeAddress();
+      if (operation == kMsgToFiles) MsgToFiles();
     }
     core::YieldEvents();
   }

@@ -20,7 +20,6 @@
 #include "oe/state.h"
 #include "platform/charset.h"
 #include "platform/files.h"
-#include "platform/locale.h"
 #include "platform/registry.h"
 
 namespace tarnwick::oe {
@@ -93,8 +92,7 @@ class RecoveredFolder : public intake::SourceFolder {
 
 std::string RecoveredFolder::NameOf(const LostMessage& lost) const {
   if (!lost.index) return "at " + std::to_string(lost.place);
-  const MessageInfo& info = lost.index->info;
-  return platform::FormatDate(info.date, "General Date") + " " + core::LoggedMailText(info.subject);
+  return DatedSubject(lost.index->info);
 }
 
 // Writes the text to TempMessageFile; gives a key made of it.

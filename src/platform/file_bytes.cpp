@@ -143,16 +143,15 @@ void OutputFile::Flush() {
   pending.swap(buffer_);  // keeps its room
 }
 
-// A file that has grown is no longer than what was written.
 bool OutputFile::CutToWritten() {
-  bool isLonger = inPlace_ && (!length_ || written_ < *length_);
-  return !isLonger || system::Cut(handle_, written_);
+  return !inPlace_ || system::Cut(handle_, written_);
 }
 
+// Cutting it for each of many texts costs more than writing them.
 void OutputFile::Complete() {
   assert(inPlace_);
   Flush();
-  if (!CutToWritten() || !system::Rewind(handle_)) ThrowSystemError(errno, path_);
+  if (!system::Rewind(handle_)) ThrowSystemError(errno, path_);
   length_ = std::exchange(written_, 0);
 }
 
@@ -165,8 +164,8 @@ void OutputFile::Close() {
     handle_ = -1;
     throw;
   }
-  bool isCompleted = written_ == 0 && length_;
-  bool isDone = isCompleted || CutToWritten();
+  if (written_ == 0 && length_) written_ = *length_;
+  bool isDone = CutToWritten();
   int code = errno;
   if (system::Close(handle_) != 0 && isDone) {
     isDone = false;

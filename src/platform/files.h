@@ -152,8 +152,8 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
 
   void Write(std::string_view bytes);
-  // The file holds what was written, and what comes next is written over it from the beginning.
-  // REQUIRES: kInPlace.
+  // The file begins with what was written, and what comes next is written over it. Behind it the
+  // end of something longer may stand until Close, which cuts it off. REQUIRES: kInPlace.
   void Complete();
   void Close();
 

@@ -117,6 +117,7 @@ void Connect(jet::Connection& connection, const std::string& dataSource) {
 // What a killed run left in the scratch folder lies there in clear: it goes first, whether or not
 // anything can be opened. Only a program that is running keeps its own. Throws Error.
 void OpenParameters(jet::Connection& connection) {
+  connection.SetProperty(jet::kJournalProperty, jet::kJournalRollback);
   try {
     Connect(connection, State().AppFolder + kParameterFile);
   } catch (const Error& error) {

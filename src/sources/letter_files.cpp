@@ -136,10 +136,15 @@ intake::MessageState StateInMaildir(const std::string& path) {
 
 intake::MessageState StateOfMaildirName(std::string_view name) {
   intake::MessageState state;
-  // Where ":" can't stand in a name, other marks do.
+  // Where ":" can't stand in a name, other marks do; the last is what shared disks show of it.
+  constexpr std::string_view kMarks[] = {":", ";", "!", "-", "\xEF\x80\xBA"};
   size_t info = name.rfind("2,");
-  if (info == std::string_view::npos || info == 0) return state;
-  if (std::string_view(":;!-").find(name[info - 1]) == std::string_view::npos) return state;
+  if (info == std::string_view::npos) return state;
+  std::string_view front = name.substr(0, info);
+  if (std::none_of(std::begin(kMarks), std::end(kMarks),
+                   [&](std::string_view mark) { return front.ends_with(mark); })) {
+    return state;
+  }
   state.isKnown = true;
   for (char c : name.substr(info + 2)) {
     state.isRead = state.isRead || c == 'S';

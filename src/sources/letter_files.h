@@ -61,7 +61,8 @@ std::vector<std::string> MaildirFiles(const std::string& folder);
 
 // The state of one of them.
 intake::MessageState StateInMaildir(const std::string& path);
-// What the end of a Maildir file's name says: ":2," and letters.
+// What the end of a Maildir file's name says: ":2," (or another mark in place of
+// the colon) and letters.
 intake::MessageState StateOfMaildirName(std::string_view name);
 
 // The year in which a Maildir file came, by its name; 0 where that does not tell.

@@ -82,16 +82,15 @@ class MaildirWriter : public MessageWriter {
   MaildirWriter(std::string folder, bool folders) : folder_(std::move(folder)), folders_(folders) {
     std::string box = platform::WithSeparator(folder_);
     MakeFolders(box);
-    // The disks of cameras and the like take no colon.
+    // Windows and the disks of cameras take no colon in a name; where that is so, mail programs
+    // write another mark.
     std::string probe = platform::UniquePath(box + "tmp/", "probe:2,S");
     try {
       platform::WriteFile(probe, "");
     } catch (const Error& error) {
       if (error.Number() != ErrorNumber::kPathAccess) throw;
-      throw Error(error.Number(),
-                  "The names of a Maildir need a colon, which can't be here; choose another form "
-                  "or folder: " +
-                      folder_);
+      mark_ = ';';
+      return;
     }
     platform::RemoveFile(probe);
   }
@@ -108,7 +107,8 @@ class MaildirWriter : public MessageWriter {
     // A message saved once more gets a name of its own.
     for (int number = 0; !made.IsInPlace(); ++number) {
       std::string name = stem;
-      name.append(std::to_string(number)).append(".tarnwick:2,").append(flags);
+      name.append(std::to_string(number)).append(".tarnwick") += mark_;
+      name.append("2,").append(flags);
       made.TakeName(std::string(box).append("cur/").append(name));
     }
     ++saved_;
@@ -145,6 +145,7 @@ class MaildirWriter : public MessageWriter {
 
   std::string folder_;
   bool folders_;
+  char mark_ = ':';                           // between a file's name and its state
   std::map<std::string, std::string> boxes_;  // paths by dotted name
 };
 

@@ -75,7 +75,7 @@ TEST_F(ConnectionTest, RebuildsIndexesOfAnotherTextOrder) {
   AddNames({"b", "A", "c"});
   connection_.Close();
   std::string other = MakeFile("other.twr");
-  std::string source = MakeFile("source #1?mode=rw.twr");
+  std::string source = MakeFile("source #1%3Fmode=rw.twr");
   for (const std::string& path : {path_, other, source}) {
     Database file(path, kPassword, Database::Mode::kExisting);
     file.Run("PRAGMA application_id = 1");

@@ -19,7 +19,7 @@ class CompleteTree : public OeFixture {
   // Subjects of what a walk comes to, in its order.
   std::vector<std::string> Walk(const MessageStoreBuilder& store,
                                 const intake::ReadingRules& rules = kComplete) {
-    platform::RemoveFile(core::State().LogFile);
+    RemoveLog();
     ReadMessageTree(WriteTemp("Inbox.dbx", store.Bytes()), "Look", {"Inbox", "", "ann"}, rules);
     return SubjectsRead();
   }

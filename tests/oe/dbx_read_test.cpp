@@ -326,7 +326,7 @@ TEST_F(DbxRead, DamageCostsTheMessageOrTheNodeOnly) {
       EXPECT_THAT(Log(), Not(HasSubstr("Error: ")));
     }
     platform::RemoveFile(core::State().EmailFileFolder + "second.eml");
-    platform::RemoveFile(core::State().LogFile);
+    RemoveLog();
   }
 }
 

@@ -195,7 +195,7 @@ class StoreLinkTest : public OeFixture {
     EXPECT_TRUE(repository::OpenRepository(false));
     intake::SetReader(reader);
     if (course.isSecond) Read(WriteTemp("half.dbx", Store(180).Bytes()), {});
-    platform::RemoveFile(core::State().LogFile);
+    RemoveLog();
     ui_.shown.clear();
     Read(path, course);
     Left left;

@@ -164,6 +164,8 @@ TEST_F(RepositoryTest, SettingsKeepOneRowEachAndEmptyOnesReadAsNothing) {
   rows.Open("SELECT * FROM Parameter WHERE ParameterGroup <> 'CompleteReading'", ParameterDb(),
             jet::CursorType::kKeyset);
   EXPECT_EQ(rows.RecordCount(), 2);
+  // Nothing that each opening and closing would have to make, flush and take away.
+  EXPECT_FALSE(platform::FileExists(State().AppFolder + kParameterFile + "-wal"));
   SetLastLoaded(DateTime::FromDate(2005, 3, 5).WithTime(14, 7, 0));
   EXPECT_EQ(GetLastLoaded(), "3/5/2005 14:07");
 }

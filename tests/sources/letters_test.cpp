@@ -148,6 +148,9 @@ TEST(LetterFiles, ApplesGiveTheLetterAloneAndMaildirsItsState) {
                           "A: 5\n", "fault: File not found: " + folder.File("gone.eml")));
   intake::MessageState state = StateOfMaildirName("1015333620.M1P1.host:2,FRS");
   EXPECT_TRUE(state.isFlagged && state.isAnswered && state.isRead && !state.isDeleted);
+  EXPECT_TRUE(StateOfMaildirName("1015333620.M1P1.host\xEF\x80\xBA"
+                                 "2,S")
+                  .isRead);
   EXPECT_FALSE(StateOfMaildirName("1015333620.M2,S").isKnown);
   EXPECT_EQ(YearOfMaildirName("1015333620.M1P1.host:2,"), 2002);
   EXPECT_EQ(YearOfMaildirName("99.host"), 0);

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // What tests ask of the system beyond what the program does. Where a system has no such thing
-// (Windows knows no pipes among its files, no fork and no limit of a file's size) it fails, and
+// (Windows knows no fork and no limit of a file's size) it fails, and
 // packaging/windows/skipped-tests.txt names the tests.
 #pragma once
 
@@ -17,10 +17,12 @@ std::string OneSpelling(std::string path);
 [[noreturn]] void KillThisProcess();
 void KillProcess(int64_t id);
 
-bool MakePipe(const std::string& path);
+// Both throw where they fail; where there are no pipes or one may not link, they do nothing.
+void MakePipe(const std::string& path);
 // path leads to target, relative to its own folder.
-bool MakeLink(const std::string& target, const std::string& path);
-// Who else than the owner may do what is none; what the owner may is the octal digit's.
+void MakeLink(const std::string& target, const std::string& path);
+// Who else than the owner may do what is none; what the owner may is the octal digit's. False where
+// the system can't be told so.
 bool LetOwner(const std::string& path, unsigned digit);
 // Whether somebody but the owner may open the file or folder.
 bool IsOpenToOthers(const std::string& path);

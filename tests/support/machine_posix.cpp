@@ -62,12 +62,12 @@ void KillProcess(int64_t id) {
   kill(static_cast<pid_t>(id), SIGKILL);
 }
 
-bool MakePipe(const std::string& path) {
-  return mkfifo(path.c_str(), 0600) == 0;
+void MakePipe(const std::string& path) {
+  if (mkfifo(path.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
 }
 
-bool MakeLink(const std::string& target, const std::string& path) {
-  return symlink(target.c_str(), path.c_str()) == 0;
+void MakeLink(const std::string& target, const std::string& path) {
+  if (symlink(target.c_str(), path.c_str()) != 0) throw std::runtime_error("no link");
 }
 
 bool LetOwner(const std::string& path, unsigned digit) {

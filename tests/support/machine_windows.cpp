@@ -45,17 +45,16 @@ void KillProcess(int64_t id) {
   CloseHandle(process);
 }
 
-bool MakePipe(const std::string&) {
-  return false;
-}
+void MakePipe(const std::string&) {}
 
-bool MakeLink(const std::string& target, const std::string& path) {
+void MakeLink(const std::string& target, const std::string& path) {
   bool isFolder = platform::FolderExists(platform::FolderOf(path) + target);
-  return CreateSymbolicLinkW(platform::WidePath(path).c_str(), platform::Wide(target).c_str(),
-                             isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0) != 0;
+  CreateSymbolicLinkW(platform::WidePath(path).c_str(), platform::Wide(target).c_str(),
+                      isFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0);
 }
 
 bool LetOwner(const std::string& path, unsigned digit) {
+  if ((digit & 4) == 0) return false;
   DWORD attributes = (digit & 2) != 0 ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_READONLY;
   return SetFileAttributesW(platform::WidePath(path).c_str(), attributes) != 0;
 }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "support/program_fixture.h"
 
+#include "core/messages.h"
 #include "core/startup.h"
 #include "repository/app_folder.h"
 #include "repository/schema.h"
@@ -67,6 +68,11 @@ std::string ProgramFixture::Rows(const std::string& sql) {
 
 int64_t ProgramFixture::CountRows(const std::string& table) {
   return Query("SELECT Count(*) AS RowCount FROM " + table).AsInt();
+}
+
+void ProgramFixture::RemoveLog() {
+  core::CloseLog();
+  platform::RemoveFile(core::State().LogFile);
 }
 
 std::string ProgramFixture::Log() {

@@ -32,6 +32,8 @@ class ProgramFixture : public ::testing::Test {
   static int64_t CountRows(const std::string& table);
   // The event log so far.
   static std::string Log();
+  // Closed first: a file that is open is not everywhere gone at once.
+  static void RemoveLog();
   // Writes text to a file in the test's folder and gives its path.
   std::string WriteTemp(const std::string& name, const std::string& text);
 

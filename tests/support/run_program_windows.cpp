@@ -32,6 +32,10 @@ std::wstring Quoted(const std::string& word) {
 }  // namespace
 
 ProgramRun RunProgram(const std::vector<std::string>& arguments, const std::string& input) {
+  ProgramRun run;
+  run.status = 127;  // as a shell tells it
+  // Wine would start one of the machine that it runs on, which reads no path of Windows.
+  if (!arguments.at(0).ends_with(".exe")) return run;
   TempFolder folder;
   platform::WriteFile(folder.File("in"), input);
   std::wstring command;
@@ -47,8 +51,6 @@ ProgramRun RunProgram(const std::vector<std::string>& arguments, const std::stri
   BOOL isStarted = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, DETACHED_PROCESS,
                                   nullptr, nullptr, &startup, &process);
   for (HANDLE end : {startup.hStdInput, startup.hStdOutput, startup.hStdError}) CloseHandle(end);
-  ProgramRun run;
-  run.status = 127;  // as a shell tells it
   if (!isStarted) return run;
   WaitForSingleObject(process.hProcess, INFINITE);
   DWORD status = 0;

@@ -24,16 +24,16 @@ Database& Session::Engine() {
   return *database_;
 }
 
-void Session::Open(const std::string& path, PasswordSource passwords, bool readOnly) {
+void Session::Open(const std::string& path, PasswordSource passwords, Use use) {
   if (database_) {
     throw Error(ErrorNumber::kObjectOpen, "Operation is not allowed when the object is open.");
   }
-  database_ =
-      std::make_unique<Database>(path, passwords(path).Bytes(),
-                                 readOnly ? Database::Mode::kReadOnly : Database::Mode::kExisting);
+  database_ = std::make_unique<Database>(
+      path, passwords(path).Bytes(),
+      use.readOnly ? Database::Mode::kReadOnly : Database::Mode::kExisting);
   try {
     CheckReadable();
-    Configure(readOnly);
+    Configure(use);
   } catch (...) {
     database_.reset();
     throw;
@@ -52,17 +52,21 @@ void Session::CheckReadable() {
   }
 }
 
-void Session::Configure(bool readOnly) {
+void Session::Configure(Use use) {
+  keepsLog_ = use.keepsLog;
   database_->Run(
       "PRAGMA cell_size_check = ON;"
       "PRAGMA cache_size = -16000;"
       "PRAGMA synchronous = FULL;");
-  if (!database_->IsReadOnly()) {
+  if (!database_->IsReadOnly() && !use.keepsLog) {
+    // One that was open in another way when the program was killed may have a log.
+    database_->Run("PRAGMA journal_mode = DELETE");
+  } else if (!database_->IsReadOnly()) {
     // The log exists while the file is open; at rest it is a single file that can be copied, and
     // read where nothing can be written.
     database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 1000;");
   }
-  if (!readOnly && database_->Number("PRAGMA application_id") != TextOrderVersion()) {
+  if (!use.readOnly && database_->Number("PRAGMA application_id") != TextOrderVersion()) {
     database_->Run("BEGIN; REINDEX;");
     database_->Run(("PRAGMA application_id = " + std::to_string(TextOrderVersion())).c_str());
     database_->Run("COMMIT");
@@ -154,8 +158,8 @@ void Session::Commit() {
     throw;
   }
   collecting_ = false;
-  unsynced_ = true;
-  database_->BeginLogSync();
+  unsynced_ = keepsLog_;
+  if (keepsLog_) database_->BeginLogSync();
 }
 
 void Session::TakeBackGroup(const Error& reason) {
@@ -169,7 +173,7 @@ void Session::BeginGroup() {
   // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
   // group's end covers them all. The log grows larger, so that most of it has come to the disk by
   // itself when it has to be waited for.
-  if (depth_ == 0) {
+  if (depth_ == 0 && keepsLog_) {
     database_->Run("PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000;");
   }
   depth_++;

@@ -31,8 +31,12 @@ class Follower {
 
 class Session {
  public:
+  struct Use {
+    bool readOnly = false;
+    bool keepsLog = true;  // else each commit is flushed
+  };
   // passwords is asked for the file's own, and later for those of others.
-  void Open(const std::string& path, PasswordSource passwords, bool readOnly);
+  void Open(const std::string& path, PasswordSource passwords, Use use);
   // Closing takes two steps. EndWriting commits what a group has collected, and gives the failure
   // of that; before Close all statements must be gone but those of Own. Whatever Close throws, the
   // file is closed. REQUIRES: IsOpen().
@@ -68,11 +72,12 @@ class Session {
 
  private:
   void CheckReadable();
-  void Configure(bool readOnly);
+  void Configure(Use use);
   void BeforeWrite();
   void Commit();
 
   std::unique_ptr<Database> database_;
+  bool keepsLog_ = true;
   PasswordSource passwords_;
   TextCache<Statement> statements_{100};
   Follower* follower_ = nullptr;

@@ -3,8 +3,12 @@
 #include "database/index/text_segment.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cassert>
+#include <cstring>
+#include <span>
+#include <utility>
 
 #include "platform/error.h"
 
@@ -12,7 +16,7 @@ namespace tarnwick::jet {
 
 namespace {
 
-// Memory while a segment is built: four bytes each, and half of that again when it is written.
+// Memory while a segment is built: four bytes each, and as many again when it is written.
 constexpr size_t kMostPostings = 6'000'000;
 // Up to so many documents are written as they are.
 constexpr size_t kFixedList = 3;
@@ -25,47 +29,71 @@ constexpr uint32_t kDocumentMask = (1u << kDocumentBits) - 1;
   throw Error(11, "The text index is damaged");
 }
 
+// Bits into memory that is used again by each part.
 class BitWriter {
  public:
-  explicit BitWriter(std::string& data) : data_(data) {}
-  ~BitWriter() { Align(); }
-  BitWriter(const BitWriter&) = delete;
-  BitWriter& operator=(const BitWriter&) = delete;
+  static constexpr int kMostAtOnce = 56;
 
-  // count: at most 32.
-  void Put(uint32_t bits, int count) {
-    window_ |= static_cast<uint64_t>(bits) << filled_;
-    filled_ += count;
-    if (filled_ >= 32) Drop(4);
+  void Clear() {
+    place_ = 0;
+    window_ = 0;
+    filled_ = 0;
   }
+  // Before Put: room for so many bits more.
+  void Reserve(uint64_t bits) {
+    size_t needed = place_ + bits / 8 + 2 * sizeof window_;
+    if (needed > bytes_.size()) bytes_.resize(std::max(needed, 2 * bytes_.size()));
+  }
+
+  // count: at most kMostAtOnce. What is not a whole byte yet is written again by the next call.
+  void Put(uint64_t bits, int count) {
+    window_ |= bits << filled_;
+    filled_ += count;
+    uint64_t stored = LittleEndian(window_);
+    std::memcpy(bytes_.data() + place_, &stored, sizeof stored);
+    int whole = filled_ / 8;
+    place_ += static_cast<size_t>(whole);
+    window_ >>= 8 * whole;
+    filled_ %= 8;
+  }
+  // number: below 2^28.
   void Gamma(uint32_t number) {
     int bits = static_cast<int>(std::bit_width(number)) - 1;
-    Put(1u << bits, bits + 1);
-    Put(number & ((1u << bits) - 1), bits);
+    uint64_t behind = number & ((1u << bits) - 1);
+    Put((behind << 1 | 1) << bits, 2 * bits + 1);
   }
   void Rice(uint32_t number, int parameter) {
     uint32_t quotient = number >> parameter;
-    for (; quotient >= 16; quotient -= 16) Put(0xFFFF, 16);
-    // Together at most 29 bits: a parameter has fewer than a document's number.
-    uint32_t ones = (1u << quotient) - 1;
-    uint32_t rest = number & ((1u << parameter) - 1);
+    for (; quotient >= 32; quotient -= 32) Put(0xFFFFFFFF, 32);
+    // Together at most 43 bits: a parameter has fewer than a document's number.
+    uint64_t ones = (uint64_t{1} << quotient) - 1;
+    uint64_t rest = number & ((1u << parameter) - 1);
     int length = static_cast<int>(quotient) + 1;
     Put(ones | rest << length, length + parameter);
   }
+  void Append(const BitWriter& other) {
+    Reserve(other.Position());
+    constexpr size_t kBytes = kMostAtOnce / 8;
+    std::string_view left = other.Bytes().substr(0, other.place_);
+    for (; left.size() > sizeof window_; left.remove_prefix(kBytes)) {
+      uint64_t bits = 0;
+      std::memcpy(&bits, left.data(), sizeof bits);
+      Put(LittleEndian(bits) & ((uint64_t{1} << kMostAtOnce) - 1), kMostAtOnce);
+    }
+    for (char byte : left) Put(static_cast<unsigned char>(byte), 8);
+    Put(other.window_, other.filled_);
+  }
+
+  uint64_t Position() const { return place_ * 8 + static_cast<uint64_t>(filled_); }
+  std::string_view Bytes() const { return {bytes_.data(), place_ + (filled_ > 0 ? 1 : 0)}; }
 
  private:
-  void Drop(int bytes) {
-    char dropped[4];
-    for (int i = 0; i < bytes; i++) dropped[i] = static_cast<char>(window_ >> 8 * i);
-    data_.append(dropped, static_cast<size_t>(bytes));
-    window_ >>= 8 * bytes;
-    filled_ -= 8 * bytes;
-  }
-  void Align() {
-    while (filled_ > 0) Drop(1);
+  static uint64_t LittleEndian(uint64_t number) {
+    return std::endian::native == std::endian::little ? number : __builtin_bswap64(number);
   }
 
-  std::string& data_;
+  std::vector<char> bytes_;
+  size_t place_ = 0;  // of the window's first byte
   uint64_t window_ = 0;
   int filled_ = 0;
 };
@@ -172,6 +200,10 @@ struct Entry {
   uint64_t size;
 };
 
+size_t PartOf(uint32_t posting) {
+  return (posting >> kDocumentBits) / kPartTrigrams;
+}
+
 // Longer lists are left out.
 size_t LongestList(size_t documents) {
   return std::max(documents / kTellingShare, kFixedList);
@@ -241,7 +273,6 @@ void SegmentWriter::TakeOver(std::string_view head,
       // The one that filled it up may have held every trigram.
       if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
     }
-    if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
   }
 }
 
@@ -266,79 +297,108 @@ std::string SegmentWriter::Head() const {
   return head;
 }
 
-void SegmentWriter::Finish(const std::function<void(size_t, std::string_view)>& take) {
-  // Sorted by trigram; the documents of each came in order and stay so.
-  std::vector<uint32_t> starts((size_t{1} << kTrigramBits) + 1);
-  for (uint32_t posting : postings_) starts[(posting >> kDocumentBits) + 1]++;
-  for (size_t i = 1; i < starts.size(); i++) starts[i] += starts[i - 1];
-  std::vector<uint16_t> documents(postings_.size());
-  {
-    std::vector<uint32_t> places(starts.begin(), starts.end() - 1);
-    for (uint32_t posting : postings_) {
-      documents[places[posting >> kDocumentBits]++] =
-          static_cast<uint16_t>(posting & kDocumentMask);
+// Writes the parts of one segment.
+class SegmentWriter::PartWriter {
+ public:
+  explicit PartWriter(size_t documents) : documents_(documents) {}
+
+  // postings: trigram and document, those of one trigram in order. leftOut: trigrams of no list.
+  std::string_view Write(std::span<const uint32_t> postings, const std::vector<uint32_t>& leftOut) {
+    Sort(postings);
+    table_.Clear();
+    table_.Reserve(kPartTrigrams * uint64_t{kMostOfEntry});
+    lists_.Clear();
+    uint32_t before = 0;  // behind the last trigram written
+    auto out = leftOut.begin();
+    for (uint32_t trigram = 0; trigram < kPartTrigrams; trigram++) {
+      uint32_t length = ends_[trigram] - (trigram == 0 ? 0 : ends_[trigram - 1]);
+      bool isOut = out != leftOut.end() && *out == trigram;
+      if (isOut) ++out;
+      if (length == 0 && !isOut) continue;
+      table_.Gamma(trigram + 1 - before);
+      before = trigram + 1;
+      if (isOut || length > LongestList(documents_)) {
+        table_.Gamma(1);
+      } else {
+        WriteList(sorted_.data() + ends_[trigram] - length, length);
+      }
+    }
+    table_.Gamma(static_cast<uint32_t>(kPartTrigrams) + 1 - before);
+    table_.Append(lists_);
+    return table_.Bytes();
+  }
+
+ private:
+  // Bits of a list's entry at the most: three numbers below 2^28.
+  static constexpr int kMostOfEntry = 3 * BitWriter::kMostAtOnce;
+
+  static size_t TrigramOf(uint32_t posting) {  // within the part
+    return posting >> kDocumentBits & (kPartTrigrams - 1);
+  }
+
+  // The documents sorted by trigram, and where those of each end.
+  void Sort(std::span<const uint32_t> postings) {
+    ends_.fill(0);
+    for (uint32_t posting : postings) ends_[TrigramOf(posting)]++;
+    uint32_t start = 0;
+    for (uint32_t& end : ends_) start += std::exchange(end, start);
+    if (sorted_.size() < postings.size()) sorted_.resize(postings.size());
+    for (uint32_t posting : postings) {
+      sorted_[ends_[TrigramOf(posting)]++] = static_cast<uint16_t>(posting & kDocumentMask);
     }
   }
-  std::string data;
+
+  void WriteList(const uint16_t* documents, uint32_t length) {
+    table_.Gamma(length + 1);
+    if (length <= kFixedList) {
+      lists_.Reserve(length * uint64_t{kDocumentBits});
+      for (uint32_t i = 0; i < length; i++) lists_.Put(documents[i], kDocumentBits);
+      return;
+    }
+    int parameter = RiceParameter(documents_, length);
+    // All quotients together are no more than the last document's number divided alike.
+    lists_.Reserve(length * (uint64_t{1} + static_cast<uint64_t>(parameter)) +
+                   (documents_ >> parameter));
+    uint64_t start = lists_.Position();
+    uint32_t next = 0;
+    for (uint32_t i = 0; i < length; i++) {
+      lists_.Rice(documents[i] - next, parameter);
+      next = documents[i] + 1u;
+    }
+    table_.Gamma(static_cast<uint32_t>(lists_.Position() - start) + 1);
+  }
+
+  size_t documents_;
+  std::array<uint32_t, kPartTrigrams> ends_;
+  std::vector<uint16_t> sorted_;
+  BitWriter table_;
+  BitWriter lists_;
+};
+
+void SegmentWriter::Finish(const std::function<void(size_t, std::string_view)>& take) {
+  // Sorted by part first, and only then by trigram: few at a time stay within the processor's
+  // cache. The documents of each came in order and stay so.
+  std::array<uint32_t, kSegmentParts> ends{};
+  for (uint32_t posting : postings_) ends[PartOf(posting)]++;
+  uint32_t begin = 0;
+  for (uint32_t& end : ends) begin += std::exchange(end, begin);
+  std::vector<uint32_t> sorted(postings_.size());
+  for (uint32_t posting : postings_) sorted[ends[PartOf(posting)]++] = posting;
+
+  PartWriter writer(keys_.size());
+  std::vector<uint32_t> leftOut;
+  auto out = left_out_.begin();
+  begin = 0;
   for (size_t part = 0; part < kSegmentParts; part++) {
-    data.clear();
-    WritePart(part, starts, documents, data);
-    take(part, data);
+    leftOut.clear();
+    for (; out != left_out_.end() && *out / kPartTrigrams == part; ++out) {
+      leftOut.push_back(*out % kPartTrigrams);
+    }
+    size_t count = ends[part] - begin;
+    take(part, writer.Write(std::span(sorted).subspan(begin, count), leftOut));
+    begin = ends[part];
   }
   Clear();
-}
-
-void SegmentWriter::WritePart(size_t part, const std::vector<uint32_t>& starts,
-                              const std::vector<uint16_t>& documents, std::string& data) const {
-  {
-    BitWriter table(data);
-    struct List {
-      uint32_t first;
-      uint32_t length;
-    };
-    std::vector<List> written;
-    auto last = static_cast<uint32_t>(part * kPartTrigrams) - 1;
-    auto leftOut = std::lower_bound(left_out_.begin(), left_out_.end(), part * kPartTrigrams);
-    for (size_t i = 0; i < kPartTrigrams; i++) {
-      auto trigram = static_cast<uint32_t>(part * kPartTrigrams + i);
-      uint32_t first = starts[trigram];
-      uint32_t length = starts[trigram + 1] - first;
-      bool isOut = leftOut != left_out_.end() && *leftOut == trigram;
-      if (isOut) ++leftOut;
-      if (length == 0 && !isOut) continue;
-      table.Gamma(trigram - last);
-      last = trigram;
-      if (isOut || length > LongestList(keys_.size())) {
-        table.Gamma(1);
-        continue;
-      }
-      table.Gamma(length + 1);
-      written.push_back({first, length});
-      if (length <= kFixedList) continue;
-      int parameter = RiceParameter(keys_.size(), length);
-      uint32_t size = 0;
-      uint32_t next = 0;
-      for (uint32_t j = first; j < first + length; j++) {
-        size += ((documents[j] - next) >> parameter) + 1 + static_cast<uint32_t>(parameter);
-        next = documents[j] + 1u;
-      }
-      table.Gamma(size + 1);
-    }
-    table.Gamma(static_cast<uint32_t>((part + 1) * kPartTrigrams) - last);
-    for (const List& list : written) {
-      bool fixed = list.length <= kFixedList;
-      int parameter = RiceParameter(keys_.size(), list.length);
-      uint32_t next = 0;
-      for (uint32_t j = list.first; j < list.first + list.length; j++) {
-        if (fixed) {
-          table.Put(documents[j], kDocumentBits);
-        } else {
-          table.Rice(documents[j] - next, parameter);
-          next = documents[j] + 1u;
-        }
-      }
-    }
-  }
 }
 
 void SegmentWriter::Clear() {

@@ -57,8 +57,7 @@ class SegmentWriter {
   void Clear();
 
  private:
-  void WritePart(size_t part, const std::vector<uint32_t>& starts,
-                 const std::vector<uint16_t>& documents, std::string& data) const;
+  class PartWriter;
 
   std::vector<int64_t> keys_;
   std::vector<uint32_t> postings_;  // trigram, then document in the lowest bits
