@@ -146,8 +146,8 @@ void Store(const Mail& mail, int64_t number, double longest, intake::MailMessage
     message.CcCount = 1;
     message.Cc[0] = {mail.Person(other), Mail::Address(other)};
   }
-  int64_t time = kFirstDay + number % kOfOneSpan * kSecondsApart +
-                 static_cast<int64_t>(random.Below(86400));
+  int64_t time =
+      kFirstDay + number % kOfOneSpan * kSecondsApart + static_cast<int64_t>(random.Below(86400));
   message.SentTime = DateTime::FromSeconds(time - static_cast<int64_t>(random.Below(600)));
   message.ReceivedTime = DateTime::FromSeconds(time);
   std::string key =
