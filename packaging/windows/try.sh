@@ -13,7 +13,9 @@ pictures="$build/pictures"
 mkdir -p "$pictures"
 cmake --build "$(dirname "$linux")" --target tarnwick-make-sample
 work="$(mktemp -d)"
-export WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
+# Wine shows the files of HOME as the person's documents.
+mkdir "$work/home"
+export HOME="$work/home" WINEPREFIX="$work/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 wine="$(command -v wine64 || echo /usr/lib/wine/wine64)"
 clean_up() {
   /usr/lib/wine/wineserver64 -k || true
@@ -45,7 +47,8 @@ screen() {
   fail "$2 shows no window"
 }
 
-# The whole screen with the list and with a letter opened out of it; a second start calls the first.
+# The whole screen with the list, a letter opened out of it, the options and the choice of a file; a
+# second start calls the first.
 screens() {
   "$wine" explorer /desktop=try,1280x800 "$("$wine" winepath -w "$1" | tr -d '\r')" &
   local program=$!
@@ -58,6 +61,10 @@ screens() {
   sleep 6
   import -window root "$pictures/letter.png"
   timeout 60 "$wine" "$1" || fail "a second start does not end"
+  xdotool key alt+t sleep 1 key o sleep 5
+  import -window root "$pictures/options.png"
+  xdotool key Escape sleep 2 key ctrl+o sleep 5
+  import -window root "$pictures/files.png"
   /usr/lib/wine/wineserver64 -k
   wait "$program" || true
 }
@@ -75,6 +82,10 @@ ls "$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Tarnwick.lnk" >/
 "$wine" "$installed/bin/tarnwick-cli.exe" list >"$work/list"
 [ "$(wc -l <"$work/list")" -gt 10 ] || fail "the list is short"
 picture "$installed/bin/tarnwick.exe" installed.png
+colours='HKCU\Software\Microsoft\Windows\CurrentVersion\Themes\Personalize'
+"$wine" reg add "$colours" /v AppsUseLightTheme /t REG_DWORD /d 0 /f >/dev/null
+picture "$installed/bin/tarnwick.exe" dark.png
+"$wine" reg delete "$colours" /v AppsUseLightTheme /f >/dev/null
 screens "$installed/bin/tarnwick.exe"
 echo "of somebody" >"$installed/own.txt"
 

@@ -20,7 +20,18 @@ void ApplyLook(QApplication& application) {
   const QPalette colours = QApplication::palette();
   bool isDark =
       colours.color(QPalette::Window).lightness() < colours.color(QPalette::WindowText).lightness();
-  if (isDark) application.setStyle("fusion");
+  if (!isDark) return;
+  application.setStyle("fusion");
+  // In Qt's own every other row looks selected, and every box ticked.
+  QPalette rows;
+  rows.setColor(QPalette::AlternateBase, colours.color(QPalette::Base).lighter(120));
+  QApplication::setPalette(rows);
+  for (const char* box : {"QCheckBox", "QRadioButton"}) {
+    QPalette plain = QApplication::palette(box);
+    plain.setColor(QPalette::Base, colours.color(QPalette::Base));
+    plain.setColor(QPalette::Button, colours.color(QPalette::Button));
+    QApplication::setPalette(plain, box);
+  }
 }
 
 }  // namespace tarnwick::app

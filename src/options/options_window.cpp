@@ -308,6 +308,7 @@ ProfileSummary frmOptions::Read(const std::string& folder) {
   browse_->setEnabled(false);
   cmdOK_->setEnabled(false);
   QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  repaint();  // a window that has just opened is painted after its timers on Windows
   ProfileSummary found = readProfile_(folder);
   QGuiApplication::restoreOverrideCursor();
   cmdOK_->setEnabled(true);

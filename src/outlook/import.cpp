@@ -173,7 +173,6 @@ class ItemFolder : public intake::SourceFolder {
     TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_);
     message.name = std::move(taken.name);
     message.message = std::move(taken.message);
-    message.raw = std::move(taken.raw);
   }
 
   OpenStore& open_;

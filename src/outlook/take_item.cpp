@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/take_item.h"
 
-#include <utility>
-
 #include "core/messages.h"
 #include "core/run_state.h"
 #include "intake/header_parser.h"
@@ -41,15 +39,9 @@ TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& appl
   const std::string& file = core::State().TempMessageFile;
   {
     platform::OutputFile output(file, platform::OutputFile::Replace::kInPlace);
-    std::string held;
-    uint64_t size = 0;
-    MimeResult written = WriteMime(item, letter, budget, [&](std::string_view bytes) {
-      output.Write(bytes);
-      size += bytes.size();
-      if (size <= intake::kMostHeld) held += bytes;
-    });
+    MimeResult written =
+        WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
     output.Close();
-    if (size == held.size()) taken.raw.emplace(file, std::move(held));
     taken.damage = item.Damage();
     if (taken.damage.empty() && written.attachmentsLost > 0) taken.damage = "an attachment";
   }

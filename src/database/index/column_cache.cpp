@@ -15,9 +15,11 @@ namespace {
 // Reading a row singly costs what fifty do in a pass over all.
 constexpr size_t kSingleCost = 50;
 constexpr size_t kFewChanges = 200;
+constexpr size_t kSpareShare = 8;  // of the memory for rows this part may stay unused
 // What is kept by key for the time of a query takes a few bytes for each number up to the highest.
 constexpr size_t kSpareKeys = 4000000;
 constexpr size_t kMostGaps = 16;
+constexpr int64_t kLeastRowBytes = 64;  // of the file, for a row and what the indexes hold of it
 constexpr int kKeyColumn = 0;
 constexpr int kDateColumn = 1;
 constexpr int kReferenceColumn = 2;
@@ -49,6 +51,7 @@ ColumnCache::ColumnCache(Session& session, ColumnCacheDefinition definition)
       "SELECT _rowid_, " + QuotedName(definition_.date) + ", " + QuotedName(definition_.reference);
   for (const std::string& kind : definition_.kinds) columns += ", " + QuotedName(kind);
   readAll_ = columns + " FROM " + table + " ORDER BY " + QuotedName(definition_.date);
+  readHighest_ = "SELECT max(_rowid_) FROM " + table;
   readOne_ = columns + " FROM " + table + " WHERE _rowid_ = ?1";
   std::string owner = QuotedName(definition_.detailKey);
   readRepeats_ = "SELECT " + owner + ", count(*) FROM main." + QuotedName(definition_.details) +
@@ -84,6 +87,15 @@ bool ColumnCache::Refresh() {
   return isFit_;
 }
 
+// As many as there are where the keys have no gaps, and never more memory than the file's size
+// allows for. Growing step by step would have two copies in memory, and copy what was read.
+size_t ColumnCache::LikelyRows() {
+  Database& engine = session_.Engine();
+  int64_t highest = engine.Number(readHighest_.c_str());
+  int64_t size = engine.Number("PRAGMA page_count") * engine.Number("PRAGMA page_size");
+  return static_cast<size_t>(std::clamp<int64_t>(highest, 0, size / kLeastRowBytes));
+}
+
 void ColumnCache::ReadAll() {
   rows_.clear();
   distant_.clear();
@@ -97,6 +109,7 @@ void ColumnCache::ReadAll() {
   std::shared_ptr<Statement> all = session_.Own(readAll_);
   StatementUse use(*all);
   readings_++;
+  rows_.reserve(LikelyRows());
   Row row = {};
   while (isFit_ && session_.StepRead(*all)) {
     isFit_ = Take(*all, row);
@@ -108,8 +121,7 @@ void ColumnCache::ReadAll() {
   } else {
     rows_ = {};
   }
-  // Doubling leaves up to half of it unused.
-  rows_.shrink_to_fit();
+  if (rows_.capacity() > rows_.size() + rows_.size() / kSpareShare) rows_.shrink_to_fit();
   isRead_ = true;
 }
 

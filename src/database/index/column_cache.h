@@ -71,6 +71,7 @@ class ColumnCache {
  private:
   static constexpr int64_t kNoDate = std::numeric_limits<int64_t>::min();
 
+  size_t LikelyRows();
   void ReadAll();
   void ReadChanged();
   // False when the row does not fit.
@@ -83,6 +84,7 @@ class ColumnCache {
   Session& session_;
   ColumnCacheDefinition definition_;
   std::string readAll_;
+  std::string readHighest_;
   std::string readOne_;
   std::string readRepeats_;
 
