@@ -8,7 +8,7 @@
 # rounds (default 5) times "tarnwick-cli load" on the store, and "mu index", "notmuch new" and
 # "cp -r" on the maildir, each from scratch. Printed are medians: messages a second, the ratio to
 # ours, and the peak memory of the load. BEFORE=FILE names another tarnwick-cli, beside the one that
-# is built, for the same load; "one thread" is ours on one processor.
+# is built, for the same load; "one core" is ours on one processor.
 set -euo pipefail
 [ $# -ge 1 ] || { sed -n '2,12p' "$0"; exit 2; }
 mail=$(realpath "$1")
@@ -48,14 +48,14 @@ load() { # NAME COMMAND...
 }
 mu_index() { mu index --quiet; }
 
-loads=(tarnwick one-thread)
+loads=(tarnwick one-core)
 for ((run = 1; run <= runs; run++)); do
   rm -rf "$work/cache" "$work/copy" "$work/maildir/.notmuch"
   if [ -n "${BEFORE:-}" ]; then
-    loads=(tarnwick one-thread before)
+    loads=(tarnwick one-core before)
     load before "$BEFORE"
   fi
-  load one-thread taskset -c 0 "$bin/tarnwick-cli"
+  load one-core taskset -c 0 "$bin/tarnwick-cli"
   load tarnwick "$bin/tarnwick-cli"
   mu init --quiet --maildir="$work/maildir" >/dev/null
   timed mu mu_index

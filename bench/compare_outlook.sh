@@ -23,7 +23,7 @@ bin=$PWD/build/release/bin
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwick-compare-XXXXXX")
 trap 'rm -rf "$work"' EXIT
-unset TARNWICK_HOME TARNWICK_PROFILE TARNWICK_PST_READER
+unset TARNWICK_HOME TARNWICK_PROFILE TARNWICK_READER
 mkdir "$work/profile"
 
 timed() { # NAME COMMAND...

@@ -28,7 +28,7 @@ if [ -z "${TARNWICK_FULL_DISK:-}" ]; then
   if [ -z "${TARNWICK_BENCH_BIN:-}" ]; then
     ./cmake/setup.sh
     cmake --preset release >/dev/null
-    cmake --build --preset release --target tarnwick-cli tarnwick-pst-reader tarnwick-make-store \
+    cmake --build --preset release --target tarnwick-cli tarnwick-reader tarnwick-make-store \
       tarnwick-make-outlook-store >/dev/null
   fi
   exec env TARNWICK_FULL_DISK=1 unshare --mount --map-root-user bench/full_disk.sh "$mail" "$levels"

@@ -6,6 +6,7 @@
 
 #include "database/engine/packing.h"
 #include "database/index/text_segment.h"
+#include "oe/store_record.h"
 #include "samples/sample_profile.h"
 
 namespace tarnwick::fuzz {
@@ -142,6 +143,23 @@ Texts PackedSeeds(const Texts& letters) {
   return seeds;
 }
 
+// A reader's answers: a message without its text, and some with it.
+Texts AnswerSeeds(const Texts& letters) {
+  oe::StoreReply reply;
+  reply.message.info.subject = "s";
+  reply.message.tellings.resize(1);
+  Texts seeds = {intake::BytesOf(reply)};
+  for (size_t i = 0; i < letters.size() && i < 6; ++i) {
+    reply.text = std::make_unique<oe::TextReading>();
+    reply.text->held = letters[i];
+    reply.text->size = reply.text->chainSize = letters[i].size();
+    intake::RawMessage raw("", letters[i]);
+    reply.text->prepared = intake::PrepareElsewhere(raw, intake::kComplete, {});
+    seeds.push_back(intake::BytesOf(reply));
+  }
+  return seeds;
+}
+
 }  // namespace
 
 std::map<std::string, std::vector<std::string>> Seeds() {
@@ -149,12 +167,25 @@ std::map<std::string, std::vector<std::string>> Seeds() {
   for (const samples::SampleMessage& message : samples::SampleMessages()) {
     letters.push_back(message.raw);
   }
-  return {{"message", letters},      {"store", letters},        {"text", kTexts},
-          {"date", kDates},          {"html", kDocuments},      {"jet", kStatements},
-          {"dbx", kPatches},         {"registry", kRegistries}, {"pst", kPatches},
-          {"nodes", kPatches},       {"lost", kPatches},        {"outlook", kItems},
-          {"attachments", letters},  {"mbox", kMailboxes},      {"emlx", kAppleLetters},
-          {"oe4", kOutlookExpress4}, {"msg", kPatches},         {"packed", PackedSeeds(letters)}};
+  return {{"message", letters},
+          {"store", letters},
+          {"text", kTexts},
+          {"date", kDates},
+          {"html", kDocuments},
+          {"jet", kStatements},
+          {"dbx", kPatches},
+          {"registry", kRegistries},
+          {"pst", kPatches},
+          {"nodes", kPatches},
+          {"lost", kPatches},
+          {"outlook", kItems},
+          {"attachments", letters},
+          {"mbox", kMailboxes},
+          {"emlx", kAppleLetters},
+          {"oe4", kOutlookExpress4},
+          {"msg", kPatches},
+          {"packed", PackedSeeds(letters)},
+          {"link", AnswerSeeds(letters)}};
 }
 
 }  // namespace tarnwick::fuzz

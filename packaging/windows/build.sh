@@ -18,5 +18,5 @@ if [ $# -gt 0 ]; then
 fi
 ./packaging/windows/dependencies.sh
 cmake --preset windows
-cmake --build --preset windows --target tarnwick tarnwick-cli tarnwick-pst-reader
+cmake --build --preset windows --target tarnwick tarnwick-cli tarnwick-reader
 ./packaging/windows/pack.sh

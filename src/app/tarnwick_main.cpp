@@ -13,10 +13,10 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "desktop_keyring.h"
+#include "intake/reader_link.h"
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "native_look.h"
-#include "platform/ahead.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
   tarnwick::core::State().Ui = &ui;
   tarnwick::app::DesktopKeyring keyring;
   tarnwick::repository::SetKeyring(&keyring);
-  tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
+  tarnwick::intake::SetReader(tarnwick::intake::ReaderProgram());
   Start start = OpenAtStart();
   int status = start == Start::kRunsAlready ? 0 : kFailed;
   if (start == Start::kOpened) status = RunWindow(application, ui, picture);

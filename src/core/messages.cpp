@@ -6,6 +6,7 @@
 
 #include "core/guard.h"
 #include "core/run_state.h"
+#include "core/tellings.h"
 #include "core/text.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -51,12 +52,6 @@ std::string LogTime() {
   return log->dateText;
 }
 
-// The work that the thread does ahead.
-AheadOfTurn*& Ahead() {
-  thread_local AheadOfTurn* ahead = nullptr;
-  return ahead;
-}
-
 void CommitFirst() {
   if (BeforeQuestion() != nullptr) BeforeQuestion()();
 }
@@ -77,40 +72,23 @@ void ShowBox(BoxIcon icon, std::string_view kind, const std::string& text) {
 
 }  // namespace
 
-AheadOfTurn::AheadOfTurn() {
-  assert(Ahead() == nullptr);
-  Ahead() = this;
-}
-
-AheadOfTurn::~AheadOfTurn() {
-  Ahead() = nullptr;
-}
-
-bool AheadOfTurn::IsTooEarly() {
-  if (Ahead() == nullptr) return false;
-  Ahead()->mustWait_ = true;
-  return true;
-}
-
 void SetBeforeQuestion(void (*hook)()) {
   BeforeQuestion() = hook;
 }
 
 void ShowMessage(const std::string& text) {
-  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui == nullptr) return;
   CommitFirst();
   State().Ui->ShowBox(BoxIcon::kInformation, text, false);
 }
 
 void ShowRepeatedMessage(std::string_view kind, const std::string& text) {
-  if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kBox, std::string(kind), text})) return;
   LogProgress(text);
   ShowBox(BoxIcon::kInformation, kind, text);
 }
 
 void ShowError(const std::string& text, bool quiet, std::string_view kind) {
-  if (AheadOfTurn::IsTooEarly()) return;
   std::string prefixed = "Error: " + text;
   ++State().ReportedErrors;
   State().LastReportedError = text;
@@ -132,28 +110,24 @@ ErrorsHeld::~ErrorsHeld() {
 }
 
 bool AskYesNo(const std::string& text) {
-  if (AheadOfTurn::IsTooEarly()) return false;
   if (State().Ui == nullptr) return false;
   CommitFirst();
   return State().Ui->AskYesNo(text);
 }
 
 bool AskBeforeLoss(const std::string& text, const std::string& loss) {
-  if (AheadOfTurn::IsTooEarly()) return false;
   if (State().Ui == nullptr) return false;
   CommitFirst();
   return State().Ui->AskBeforeLoss(text, loss);
 }
 
 RepeatedAnswer AskYesNoAll(const std::string& text) {
-  if (AheadOfTurn::IsTooEarly()) return RepeatedAnswer::kNo;
   if (State().Ui == nullptr) return RepeatedAnswer::kNo;
   CommitFirst();
   return State().Ui->AskYesNoAll(text);
 }
 
 std::optional<platform::Secret> AskPassword(const std::string& file, int attempt) {
-  if (AheadOfTurn::IsTooEarly()) return std::nullopt;
   if (State().Ui == nullptr) return std::nullopt;
   CommitFirst();
   return State().Ui->AskPassword(file, attempt);
@@ -165,7 +139,7 @@ void ReportUnknownFormat(const std::string& fileName) {
 }
 
 void WriteLog(std::string_view text) {
-  if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kEntry, {}, std::string(text)})) return;
   std::string entry = LogTime();
   entry += "\r\n";
   for (size_t end = 0; end != std::string_view::npos;) {
@@ -188,7 +162,7 @@ void CloseLog() {
 }
 
 void LogProgress(std::string_view text) {
-  if (AheadOfTurn::IsTooEarly()) return;
+  if (TellingsKept::Keep({Telling::Kind::kProgress, {}, std::string(text)})) return;
   if (State().LogEvents) WriteLog(text);
 }
 
@@ -197,12 +171,10 @@ std::string LoggedMailText(const std::string& text) {
 }
 
 void SetStatus(int panel, const std::string& text) {
-  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui != nullptr) State().Ui->SetStatus(static_cast<StatusPanel>(panel), text);
 }
 
 void YieldEvents() {
-  if (AheadOfTurn::IsTooEarly()) return;
   if (State().Ui != nullptr) State().Ui->YieldEvents();
 }
 
@@ -227,8 +199,11 @@ bool IsDiskFull(const Error& error) {
 
 void ReportCurrentException(std::string_view routine, Report report, std::string_view detail) {
   assert(std::current_exception() != nullptr);
-  if (AheadOfTurn::IsTooEarly()) return;
   Error error = CurrentError();
+  if (TellingsKept::Keep({Telling::Kind::kError, std::string(routine), error.Description(),
+                          error.Number(), report == Report::kShow, std::string(detail)})) {
+    return;
+  }
   RunState& state = State();
   if (state.LoadIsRunning && IsDiskFull(error)) {
     state.DiskIsFull = true;

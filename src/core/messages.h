@@ -91,25 +91,6 @@ std::string LoggedMailText(const std::string& text);
 void SetStatus(int panel, const std::string& text);  // the StatusPanel's number
 void YieldEvents();
 
-// While it lives, its thread works ahead: what the work would tell, ask or leave behind has its
-// turn later. Nothing of this header does anything on the thread then but note that there was
-// something; such work is thrown away, and done once more in its turn.
-class AheadOfTurn {
- public:
-  AheadOfTurn();
-  ~AheadOfTurn();
-  AheadOfTurn(const AheadOfTurn&) = delete;
-  AheadOfTurn& operator=(const AheadOfTurn&) = delete;
-
-  bool MustWait() const { return mustWait_; }
-  // For whoever is about to tell, ask or leave something behind: true where it may not, which is
-  // noted.
-  static bool IsTooEarly();
-
- private:
-  bool mustWait_ = false;
-};
-
 // Run before every question, so that no answer is waited for with writes uncommitted.
 void SetBeforeQuestion(void (*hook)());
 

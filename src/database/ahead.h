@@ -19,4 +19,9 @@ std::string PackAhead(std::string_view plain);
 // texts: of the columns that Connection::KeepTextIndex was given, in their order.
 std::vector<uint32_t> TrigramsAhead(const std::vector<std::string>& texts);
 
+// Whether a value that somebody else packed can be one of so many bytes, without unpacking it, and
+// whether numbers can be trigrams, each once: what is neither would harm the file.
+bool MayBePacked(std::string_view packed, size_t plainSize);
+bool AreTrigrams(const std::vector<uint32_t>& numbers);
+
 }  // namespace tarnwick::jet

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// When a folder is worth reading ahead (platform/ahead.h): while its messages are new. Of those
-// that are stored already little is read in their turn.
+// When the texts of a folder's messages are worth reading ahead of their turn (reader_link.h):
+// while the messages are new. Of those that are stored already little is read.
 #pragma once
 
 namespace tarnwick::intake {

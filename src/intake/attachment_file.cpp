@@ -3,8 +3,8 @@
 #include "intake/attachment_file.h"
 
 #include "core/guard.h"
-#include "core/messages.h"
 #include "core/run_state.h"
+#include "core/tellings.h"
 #include "platform/files.h"
 
 namespace tarnwick::intake {
@@ -13,7 +13,10 @@ std::string MakeAttachFile(const std::string& declaredName, std::string_view byt
   return core::Guarded(
       "MakeAttachFile", std::string(),
       [&] {
-        if (core::AheadOfTurn::IsTooEarly()) return std::string();
+        using core::Telling;
+        bool isKept =
+            core::TellingsKept::Keep({Telling::Kind::kFile, declaredName, std::string(bytes)});
+        if (isKept) return std::string();
         const std::string& folder = core::State().EmailFileFolder;
         if (folder.empty()) return std::string();
         std::string name = platform::SafeFileName(declaredName);

@@ -136,7 +136,7 @@ bool Settle(PreparedMessage& prepared, const SourceDescriptor& source,
   if (!key.empty() && prepared.hasSender && message.FromToAddress.empty() &&
       message.Subject.empty()) {
     message.Subject = kNoSubject;
-    prepared.rows.reset();
+    if (prepared.rows) prepared.rows->trigrams.reset();
   }
   if (key.empty()) {
     parts = {prepared.keySubject.value_or(message.Subject),
@@ -159,7 +159,11 @@ bool ParseAndStore(const RawMessage& raw, const SourceDescriptor& source,
     return skip(OutcomeOfKnown(known.key));
   }
   std::optional<PreparedMessage> own;
-  if (known.prepared == nullptr) own = ReadMessage(raw, known.rules, known.facts);
+  if (known.prepared == nullptr) {
+    own = ReadMessage(raw, known.rules, known.facts);
+  } else {
+    TellOf(*known.prepared);
+  }
   PreparedMessage& prepared = own ? *own : *known.prepared;
   MailMessage& message = prepared.message;
   KeyParts parts;

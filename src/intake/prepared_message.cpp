@@ -4,8 +4,10 @@
 
 #include <algorithm>
 
+#include "core/guard.h"
 #include "core/messages.h"
 #include "database/ahead.h"
+#include "intake/attachment_file.h"
 #include "intake/header_block.h"
 #include "intake/line_cursor.h"
 #include "intake/message_draft.h"
@@ -19,20 +21,27 @@ namespace tarnwick::intake {
 
 namespace {
 
+const MessageField& FieldOf(std::string_view column) {
+  return *std::ranges::find(kMessageFields, column, &MessageField::column);
+}
+
+const std::string& TextOf(const MailMessage& message, std::string_view column) {
+  return message.*std::get<std::string MailMessage::*>(FieldOf(column).member);
+}
+
+std::string Written(const MailMessage& message, std::string_view column) {
+  return WrittenText(FieldOf(column), TextOf(message, column));
+}
+
 PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
   PackedRows rows;
-  auto written = [&](std::string_view column) {
-    const MessageField* field = std::ranges::find(kMessageFields, column, &MessageField::column);
-    return WrittenText(*field, message.*std::get<std::string MailMessage::*>(field->member));
-  };
-  for (const repository::EmailField& field : repository::kEmailFields) {
-    if (!field.isOfMessage || !IsLongText(field.name)) continue;
-    rows.texts.push_back({field.name, jet::PackAhead(written(field.name))});
+  for (std::string_view column : PackedColumns()) {
+    rows.texts.push_back({column, jet::PackAhead(Written(message, column))});
   }
   std::vector<std::string> searched;
   searched.reserve(repository::kSearchedFields.size());
   for (const repository::EmailField& field : repository::kSearchedFields) {
-    searched.push_back(written(field.name));
+    searched.push_back(Written(message, field.name));
   }
   rows.trigrams = jet::TrigramsAhead(searched);
   RawReader reader(raw);
@@ -45,16 +54,6 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
 }
 
 }  // namespace
-
-size_t PreparedMessage::Cost() const {
-  size_t cost = sizeof *this + message.Body.size() + message.HTMLBody.size() +
-                (message.To.size() + message.Cc.size()) * sizeof(AddressPair);
-  if (!rows) return cost;
-  cost += rows->trigrams.size() * sizeof(uint32_t);
-  for (const PackedRows::Text& text : rows->texts) cost += text.packed.size();
-  for (const std::string& piece : rows->pieces) cost += piece.size();
-  return cost;
-}
 
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts) {
@@ -77,14 +76,71 @@ PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
   return prepared;
 }
 
-std::unique_ptr<PreparedMessage> PrepareAhead(const RawMessage& raw, const ReadingRules& rules,
-                                              const StoreFacts& facts) {
-  core::AheadOfTurn ahead;
-  auto prepared = std::make_unique<PreparedMessage>(ReadMessage(raw, rules, facts));
-  TakeBodyFromHtml(prepared->message);
-  if (ahead.MustWait()) return nullptr;
-  prepared->rows = PackRows(raw, prepared->message);
+std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
+                                                  const StoreFacts& facts) {
+  core::TellingsKept kept;
+  auto prepared = std::make_unique<PreparedMessage>();
+  try {
+    *prepared = ReadMessage(raw, rules, facts);
+    TakeBodyFromHtml(prepared->message);
+    RawReader reader(raw);
+    if (reader.Size() <= kMostHeld) {
+      prepared->rows = PackRows(raw, prepared->message);
+    } else {
+      std::string_view head = reader.Read(0, kFileRecordLength);
+      prepared->rows.emplace().thread = StoredThread(ThreadOfHeaders(head));
+    }
+  } catch (...) {
+    Error error = core::CurrentError();
+    prepared = std::make_unique<PreparedMessage>();
+    prepared->fault.emplace();
+    prepared->fault->number = error.Number();
+    prepared->fault->text = error.Description();
+  }
+  prepared->tellings = kept.Take();
   return prepared;
+}
+
+bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw) {
+  const PackedRows& rows = *prepared.rows;
+  for (const PackedRows::Text& text : rows.texts) {
+    // A long text is written as it is.
+    size_t size = TextOf(prepared.message, text.column).size();
+    if (!jet::MayBePacked(text.packed, size)) return false;
+  }
+  RawReader reader(raw);
+  for (size_t i = 0; i < rows.pieces.size(); ++i) {
+    uint64_t offset = uint64_t{i} * kFileRecordLength;
+    if (offset >= reader.Size()) return false;
+    auto size = static_cast<size_t>(std::min<uint64_t>(reader.Size() - offset, kFileRecordLength));
+    if (!jet::MayBePacked(rows.pieces[i], size)) return false;
+  }
+  constexpr size_t kMostThread = 32;
+  return rows.thread.size() <= kMostThread && (!rows.trigrams || jet::AreTrigrams(*rows.trigrams));
+}
+
+void Tell(const core::Telling& telling) {
+  if (telling.kind == core::Telling::Kind::kFile) {
+    MakeAttachFile(telling.what, telling.text);
+  } else {
+    core::Tell(telling);
+  }
+}
+
+void TellOf(const PreparedMessage& prepared) {
+  for (const core::Telling& telling : prepared.tellings) intake::Tell(telling);
+  if (prepared.fault) throw Error(prepared.fault->number, prepared.fault->text);
+}
+
+const std::vector<std::string_view>& PackedColumns() {
+  static const std::vector<std::string_view> columns = [] {
+    std::vector<std::string_view> found;
+    for (const repository::EmailField& field : repository::kEmailFields) {
+      if (field.isOfMessage && IsLongText(field.name)) found.push_back(field.name);
+    }
+    return found;
+  }();
+  return columns;
 }
 
 }  // namespace tarnwick::intake

@@ -3,7 +3,7 @@
 //
 // A message as far as it can be made without asking the repository or the person: read, and the
 // long values of its rows packed. What is here uses nothing but what it is given, so that it can be
-// done on any thread, ahead of the message's turn.
+// done elsewhere (reader_link.h), ahead of the message's turn.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/tellings.h"
 #include "intake/mail_message.h"
 #include "intake/raw_message.h"
 #include "intake/reading_rules.h"
@@ -22,16 +23,17 @@
 
 namespace tarnwick::intake {
 
-// What the rows of a message hold, in the form in which it lies in the file.
+// What the rows of a message hold, in the form in which it lies in the file. What is missing is
+// made when the message is stored.
 struct PackedRows {
   struct Text {
     std::string_view column;
     std::string packed;
   };
-  std::vector<Text> texts;          // the long ones of Email
-  std::vector<uint32_t> trigrams;   // for the text index
-  std::vector<std::string> pieces;  // of the raw message
-  std::string thread;               // Email.Thread
+  std::vector<Text> texts;                        // the long ones of Email, in their order
+  std::optional<std::vector<uint32_t>> trigrams;  // for the text index
+  std::vector<std::string> pieces;                // of the raw message
+  std::string thread;                             // Email.Thread
 };
 
 struct PreparedMessage {
@@ -41,18 +43,32 @@ struct PreparedMessage {
   // What the key of a message without one is made of, where that is not what it is stored with.
   std::optional<std::string> keySubject;
   std::optional<DateTime> keyTime;
+  // Once Body has what HTMLBody alone had.
   std::optional<PackedRows> rows;
-
-  size_t Cost() const;  // memory, roughly
+  // What is to be told of it when it is taken in, and the error that its reading ended with.
+  std::vector<core::Telling> tellings;
+  std::optional<core::Telling> fault;
 };
 
 // Reads the message. Throws Error for a file that can't be read.
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts);
 
-// The same with the rows packed; nullptr where the reading would tell or leave something behind (a
-// limit, a file that stands in the text), which has to wait for the message's turn.
-std::unique_ptr<PreparedMessage> PrepareAhead(const RawMessage& raw, const ReadingRules& rules,
-                                              const StoreFacts& facts);
+// The same for a message that another process takes in: with all that is to be told, and packed
+// unless it is too long to be held (kMostHeld).
+std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
+                                                  const StoreFacts& facts);
+
+// Whether rows that another process packed can be those of the message: nothing in them can harm
+// the repository. What they unpack to is not looked at.
+bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw);
+
+// Tells it as ReadMessage would have; throws what it would have thrown.
+void TellOf(const PreparedMessage& prepared);
+// Tells what a message leaves to be told, a file that stood in it as well.
+void Tell(const core::Telling& telling);
+
+// The columns of PackedRows::texts.
+const std::vector<std::string_view>& PackedColumns();
 
 }  // namespace tarnwick::intake

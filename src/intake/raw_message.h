@@ -28,6 +28,7 @@ class RawMessage {
   const std::string& File() const { return file_; }
   // nullopt where only the file has them.
   const std::optional<std::string>& Held() const { return bytes_; }
+  std::string Bytes() && { return std::move(*bytes_); }  // REQUIRES: it has them
 
  private:
   std::string file_;

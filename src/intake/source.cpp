@@ -40,7 +40,6 @@ void ReadMessages(SourceFolder& folder, const std::string& place) {
     if (ending.outcome == Outcome::kNone) ending = TakeIn(folder, message);
     folder.Ended(message, ending);
     account.Count(place, ending.outcome, ending.reason, message.name);
-    folder.TakeBack(message);
     core::YieldEvents();
   }
   if (!core::IsLoadStopped()) account.Finish(place);

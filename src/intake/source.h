@@ -36,7 +36,7 @@ struct SourceMessage {
   std::optional<MailMessage> message;
   // What stands in TempMessageFile, where the source has it in memory still.
   std::optional<RawMessage> raw;
-  // The same read ahead of its turn, by the folder's rules and the facts below.
+  // The same read by tarnwick-reader, by the folder's rules and the facts below.
   std::unique_ptr<PreparedMessage> prepared;
   // What its store says of it beside the text.
   StoreFacts facts;
@@ -61,8 +61,6 @@ class SourceFolder {
   virtual bool Next(SourceMessage& message) = 0;
   // What became of the message.
   virtual void Ended(const SourceMessage& /*message*/, const Ending& /*ending*/) {}
-  // It is done with, and what it holds can be had back.
-  virtual void TakeBack(SourceMessage& /*message*/) {}
 };
 
 // Takes in the messages of a folder up to its end, or until core::IsLoadStopped. Throws what Next

@@ -26,12 +26,11 @@ using repository::RepositoryDb;
 // Sets a text, or what it was packed to ahead.
 void SetText(jet::Recordset& email, const MessageField& field, const std::string& text,
              const PackedRows* rows) {
-  if (rows != nullptr && IsLongText(field.column)) {
-    auto packed = std::ranges::find(rows->texts, field.column, &PackedRows::Text::column);
-    email.SetPacked(field.column, WrittenText(field, text), packed->packed);
-  } else {
-    email.SetField(field.column, WrittenText(field, text));
-  }
+  std::string written = WrittenText(field, text);
+  if (rows == nullptr) return email.SetField(field.column, std::move(written));
+  auto packed = std::ranges::find(rows->texts, field.column, &PackedRows::Text::column);
+  if (packed == rows->texts.end()) return email.SetField(field.column, std::move(written));
+  email.SetPacked(field.column, std::move(written), packed->packed);
 }
 
 void SetField(jet::Recordset& email, const MessageField& field, const MailMessage& message,
@@ -134,7 +133,7 @@ int64_t BeginMessage(jet::Recordset& email, const MailMessage& message, const Ra
   email.SetField("ProjectID", project);
   email.SetField("FromTo", correspondent);
   email.SetField("Thread", rows != nullptr ? jet::Value(jet::Bytes{rows->thread}) : ThreadOf(raw));
-  if (rows != nullptr) email.SetTrigrams(rows->trigrams);
+  if (rows != nullptr && rows->trigrams) email.SetTrigrams(*rows->trigrams);
   email.Update();
   int64_t id = email.Field("ID").AsInt();
   if (unfinished == 0) EnterUnfinished(id);
@@ -253,7 +252,7 @@ void FileToDB(const RawMessage& raw, int64_t emailId, const std::string& applica
       offset += piece.size();
       pieces.AddNew();
       pieces.SetField("FileID", emailId);
-      if (rows != nullptr) {
+      if (rows != nullptr && number < rows->pieces.size()) {
         pieces.SetPacked("FileBody", jet::Bytes{std::move(piece)}, rows->pieces[number]);
       } else {
         pieces.SetField("FileBody", jet::Bytes{std::move(piece)});

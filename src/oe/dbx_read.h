@@ -97,38 +97,22 @@ struct ReadMessage {
   std::unique_ptr<intake::PreparedMessage> prepared;
 };
 
-// A message that was read, whole and without a fault, before the walk came to it.
-struct AheadMessage {
-  uint32_t infoOffset = 0;
-  ReadMessage message;
-  // What the walk's bounds count of it.
-  uint64_t infoSize = 0;
-  uint64_t chainSize = 0;
-  uint32_t chainEnd = 0;
+class StoreWalk;
+struct MessageReading;
 
-  size_t Cost() const;  // memory, roughly
-};
-
-// The files that a walk of messages works with, open from one message to the next; each is opened
-// when it is first needed, and anew after a failure.
+// What a walk of messages keeps from one message to the next.
 struct WalkFiles {
-  std::optional<ByteReader> store;
-  std::optional<platform::OutputFile> scratch;
+  std::optional<platform::OutputFile> scratch;  // opened when it is first needed
+  uint64_t chainBudget = UINT64_MAX;            // bytes of blocks that it may still follow
 };
 
 // True when a message that the repository does not hold stands whole in TempMessageFile; where it
-// is in memory, too, the file is cut to it only when files.scratch is let go of. ahead:
-// what was read of it ahead of its turn, where it was.
+// is in memory, too, the file is cut to it only when files.scratch is let go of.
 bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
                       const intake::ReadingRules& rules = intake::kDesigned);
-bool dbxMessageToFile(uint32_t infoOffset, const std::string& fileName, ReadMessage& message,
-                      const intake::ReadingRules& rules, WalkFiles& files,
-                      std::optional<AheadMessage> ahead = std::nullopt);
-
-// Reads a message as complete reading does, without any effect, on any thread; nullopt where
-// anything is to be told of it, or it is too long.
-std::optional<AheadMessage> ReadAhead(ByteReader& file, uint32_t infoOffset,
-                                      const intake::ReadingRules& rules);
+// The same of one that a walk has come to; read is used up.
+bool TakeMessage(StoreWalk& walk, MessageReading& read, const std::string& fileName,
+                 ReadMessage& message, WalkFiles& files);
 
 // What the index of a message tells.
 struct PeekedMessage {

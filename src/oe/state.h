@@ -39,9 +39,7 @@ struct OeState {
   // Keys of former versions are looked for as well; for nothing in a repository that was empty.
   bool MayKnowFormerKeys = true;
 
-  // One walk of a message tree (dbx_message.cpp).
-  uint64_t ChainBudget = 0;  // bytes of blocks that this walk may still follow
-  uint64_t InfoBudget = 0;   // bytes of info objects that complete reading may still look at
+  // One walk of a message tree.
   bool IsWalking = false;
   // What is damaged is reported one by one so many times, more than a designed walk comes to: the
   // log must not grow far beyond the file.

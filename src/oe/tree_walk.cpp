@@ -11,15 +11,6 @@ TreeWalk::TreeWalk(const std::string& fileName, uint32_t root, std::function<voi
   Enter(root);
 }
 
-TreeWalk::TreeWalk(const std::string& fileName, const TreeWalk& other)
-    : file_(fileName),
-      onBadNode_([] {}),
-      way_(other.way_),
-      loaded_(other.loaded_),
-      node_(other.node_),
-      met_(other.met_),
-      budget_(other.budget_) {}
-
 bool TreeWalk::Load(uint32_t offset) {
   if (loaded_ == offset) return true;
   std::optional<TreeNode> node = ReadNode(file_, offset);

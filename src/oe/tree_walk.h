@@ -24,8 +24,6 @@ class TreeWalk {
   // onBadNode is called for each node that is passed over, whole or in part. Throws Error for a
   // file that can't be read, as Next does.
   TreeWalk(const std::string& fileName, uint32_t root, std::function<void()> onBadNode);
-  // One that goes on where another is, and tells of no bad node.
-  TreeWalk(const std::string& fileName, const TreeWalk& other);
 
   // The value of the next entry, 0 for an entry that has none; nullopt at the end.
   std::optional<uint32_t> Next();

@@ -9,7 +9,6 @@
 #include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
-#include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
 
@@ -115,13 +114,6 @@ class AnswerReader {
 
 }  // namespace
 
-std::string ReaderProgram() {
-  std::string given = platform::EnvironmentText("TARNWICK_PST_READER").value_or("");
-  if (!given.empty()) return given;
-  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-pst-reader" +
-         std::string(platform::kProgramEnding);
-}
-
 PstClient::PstClient(std::string storePath, std::string program, ReaderLimits limits, Way way)
     : storePath_(std::move(storePath)), program_(std::move(program)), limits_(limits), way_(way) {
   storeSize_ = platform::FileSize(storePath_);
@@ -173,7 +165,7 @@ void PstClient::ReadFully(size_t count, int64_t timeout) {
 // kind: of the request that comes first.
 void PstClient::Start(char kind) {
   platform::InputFile store(storePath_);
-  child_ = std::make_unique<platform::ChildProcess>(program_, store);
+  child_ = std::make_unique<platform::ChildProcess>(program_, &store);
   if (way_ == Way::kByIndex || kind == frame::kLostItems) return;
   if (!child_->Write(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds)) {
     Lose("the reader ended");

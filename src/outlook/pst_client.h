@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The program's end of the channel to tarnwick-pst-reader, for one store. The reader is started
+// The program's end of the channel to tarnwick-reader, for one store. The reader is started
 // when the first request is made, and again for the request behind one that ended it. Nothing it
 // says is trusted: frames, lengths and sums are checked, and every request has its time.
 //
@@ -23,6 +23,7 @@
 #include <string_view>
 #include <vector>
 
+#include "intake/reader_link.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/raw_row.h"
 #include "platform/child_process.h"
@@ -36,8 +37,7 @@ struct ReaderLimits {
   int restarts = 1000;
 };
 
-// The reader beside the running program, or TARNWICK_PST_READER.
-std::string ReaderProgram();
+using intake::ReaderProgram;
 
 // Everything that an answer held.
 struct RawAnswer {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the program and tarnwick-pst-reader say to each other. The reader is handed one open .pst
+// What the program and tarnwick-reader say to each other. The reader is handed one open .pst
 // file and answers requests, one after the other, about what lies in it. It interprets
 // nothing: values travel as the bytes of the store, with their MAPI property number and type.
 //

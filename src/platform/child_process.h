@@ -20,9 +20,10 @@ class InputFile;
 
 class ChildProcess {
  public:
-  // Starts program (a path, never searched for); the child has the file as InputFile::Handed().
+  // Starts program (a path, never searched for); the child has the file as InputFile::Handed(), or
+  // none (nullptr).
   // Throws Error 53 when there is no such program, 75 when it can't be started.
-  ChildProcess(const std::string& program, const InputFile& file);
+  ChildProcess(const std::string& program, const InputFile* file);
   ~ChildProcess();  // kills it
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;

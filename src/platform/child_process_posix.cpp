@@ -25,13 +25,17 @@ namespace {
 constexpr int kChannel = 0;
 
 // Standard input is the channel, output and errors go nowhere.
-int Spawn(const std::string& program, int file, int childEnd, pid_t& id) {
+int Spawn(const std::string& program, const InputFile* file, int childEnd, pid_t& id) {
   std::string name = program;
   char* argv[] = {name.data(), nullptr};
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, childEnd, kChannel);
-  posix_spawn_file_actions_adddup2(&actions, file, kHandedFile);
+  if (file != nullptr) {
+    posix_spawn_file_actions_adddup2(&actions, file->Descriptor(), kHandedFile);
+  } else {
+    posix_spawn_file_actions_addopen(&actions, kHandedFile, "/dev/null", O_RDONLY, 0);
+  }
   posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
   int result = posix_spawn(&id, program.c_str(), &actions, nullptr, argv, environ);
@@ -67,7 +71,7 @@ struct ChildProcess::Machinery {
   pid_t id;
 };
 
-ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
+ChildProcess::ChildProcess(const std::string& program, const InputFile* file) {
   if (!FileExists(program)) {
     throw Error(ErrorNumber::kFileNotFound, "File not found: " + program);
   }
@@ -76,7 +80,7 @@ ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
     throw Error(ErrorNumber::kPathAccess, "No channel to a helper program");
   }
   pid_t id = 0;
-  int result = Spawn(program, file.Descriptor(), ends[1], id);
+  int result = Spawn(program, file, ends[1], id);
   close(ends[1]);
   if (result != 0) {
     close(ends[0]);

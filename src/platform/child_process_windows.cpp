@@ -97,7 +97,8 @@ class Inherited {
 
 // Started within the job; no information where that fails.
 PROCESS_INFORMATION Start(const std::string& program, HANDLE channel, HANDLE file, HANDLE job) {
-  Inherited inherited({channel, file});
+  Inherited inherited(file != nullptr ? std::vector<HANDLE>{channel, file}
+                                      : std::vector<HANDLE>{channel});
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof startup;
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
@@ -156,7 +157,7 @@ struct ChildProcess::Machinery {
   }
 };
 
-ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
+ChildProcess::ChildProcess(const std::string& program, const InputFile* file) {
   if (!FileExists(program)) {
     throw Error(ErrorNumber::kFileNotFound, "File not found: " + program);
   }
@@ -166,10 +167,13 @@ ChildProcess::ChildProcess(const std::string& program, const InputFile& file) {
   machinery->job = MakeJob();
   machinery->event = Owned(CreateEventW(nullptr, TRUE, FALSE, nullptr));
   HANDLE handed = nullptr;
-  auto own = reinterpret_cast<HANDLE>(_get_osfhandle(file.Descriptor()));
   HANDLE us = GetCurrentProcess();
-  if (!ends.childs || !machinery->event ||
-      DuplicateHandle(us, own, us, &handed, GENERIC_READ, TRUE, 0) == 0) {
+  bool isHanded = true;
+  if (file != nullptr) {
+    auto own = reinterpret_cast<HANDLE>(_get_osfhandle(file->Descriptor()));
+    isHanded = DuplicateHandle(us, own, us, &handed, GENERIC_READ, TRUE, 0) != 0;
+  }
+  if (!ends.childs || !machinery->event || !isHanded) {
     throw Error(ErrorNumber::kPathAccess, "No channel to a helper program");
   }
   Handle childsFile(handed);

@@ -43,23 +43,41 @@ void WriteFile(const std::string& path, std::string_view bytes) {
   file.Close();
 }
 
-InputFile::InputFile(const std::string& path) : InputFile(OpenForReading(path), path) {}
+namespace {
 
-InputFile::InputFile(int handle, std::string path) : path_(std::move(path)), handle_(handle) {
-  int64_t size = system::SizeOf(handle_);
+// Asked for once: whoever shuts itself in can't ask for it any more.
+struct HandedOver {
+  int handle = system::HandedFile();
+  int64_t size = system::SizeOf(handle);
+};
+
+const HandedOver& TheHanded() {
+  static const HandedOver handed;
+  return handed;
+}
+
+}  // namespace
+
+InputFile::InputFile(const std::string& path)
+    : InputFile(path == kHandedName ? TheHanded().handle : OpenForReading(path), path,
+                path != kHandedName) {}
+
+InputFile::InputFile(int handle, std::string path, bool isOurs)
+    : path_(std::move(path)), handle_(handle), isOurs_(isOurs) {
+  int64_t size = isOurs ? system::SizeOf(handle_) : TheHanded().size;
   if (size < 0) {
-    system::Close(handle_);
+    if (isOurs) system::Close(handle_);
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: " + path_);
   }
   size_ = static_cast<uint64_t>(size);
 }
 
 InputFile InputFile::Handed() {
-  return InputFile(system::HandedFile(), "the file handed over");
+  return InputFile(kHandedName);
 }
 
 InputFile::~InputFile() {
-  system::Close(handle_);
+  if (isOurs_) system::Close(handle_);
 }
 
 size_t InputFile::ReadAt(uint64_t offset, void* buffer, size_t count) {

@@ -114,12 +114,14 @@ void WriteFile(const std::string& path, std::string_view bytes);
 
 // In a helper program, but on Windows, the number of the open file that it was handed.
 inline constexpr int kHandedFile = 3;
+// There, the name by which that file is opened, as often as one likes; no path is called so.
+inline const std::string kHandedName("\0handed", 7);
 
 // A file opened for reading at places.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
-  // The file that this helper program was handed (child_process.h).
+  // The file that this helper program was handed (child_process.h); it stays open.
   static InputFile Handed();
   ~InputFile();
   InputFile(const InputFile&) = delete;
@@ -131,9 +133,10 @@ class InputFile {
   int Descriptor() const { return handle_; }
 
  private:
-  InputFile(int handle, std::string path);  // owns the handle
+  InputFile(int handle, std::string path, bool isOurs);
   std::string path_;
   int handle_ = -1;
+  bool isOurs_ = true;  // to close
   uint64_t size_ = 0;
 };
 

@@ -214,6 +214,10 @@ void SetLocaleOverride(std::string name) {
   OverrideName() = std::move(name);
 }
 
+const std::string& LocaleOverride() {
+  return OverrideName();
+}
+
 std::string FormatDate(DateTime value, std::string_view pattern) {
   const LocaleFacts& facts = Facts();
   if (SameWord(pattern, "Short Date")) return FormatDate(value, facts.shortDate);

@@ -47,5 +47,6 @@ std::string SystemCodePage();
 
 // For tests: "de_DE", "en_US", "C"; "" goes back to the environment's.
 void SetLocaleOverride(std::string name);
+const std::string& LocaleOverride();
 
 }  // namespace tarnwick::platform

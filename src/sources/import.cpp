@@ -10,14 +10,10 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "core/text.h"
-#include "intake/encoded_word.h"
 #include "intake/late_state.h"
 #include "intake/load_account.h"
-#include "intake/mixed_text.h"
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
-#include "platform/charset.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "sources/letter_key.h"
@@ -27,34 +23,6 @@ namespace tarnwick::sources {
 namespace {
 
 using intake::Account;
-
-// The first header of a name (lower case), with the lines that continue it; "" for none.
-std::string HeaderOf(std::string_view letter, std::string_view name) {
-  std::string value;
-  bool isFound = false;
-  while (!letter.empty()) {
-    size_t end = std::min(letter.find('\n'), letter.size());
-    std::string_view line = letter.substr(0, end);
-    letter.remove_prefix(std::min(end + 1, letter.size()));
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (line.empty()) break;
-    if (isFound && line[0] != ' ' && line[0] != '\t') break;
-    if (isFound) {
-      value += core::CleanTrim(line).insert(0, " ");
-    } else if (line.size() > name.size() && line[name.size()] == ':' &&
-               platform::SameWord(line.substr(0, name.size()), name)) {
-      value = core::CleanTrim(line.substr(name.size() + 1));
-      isFound = true;
-    }
-  }
-  return value;
-}
-
-std::string Decoded(const std::string& header) {
-  intake::MixedText text;
-  intake::Decode(header, text);
-  return text.Finish("");
-}
 
 std::set<std::string> IdentitiesOf(const std::vector<Mailbox>& mailboxes) {
   std::set<std::string> identities;
@@ -173,7 +141,7 @@ MailboxFolder::MailboxFolder(Mailbox mailbox, const RecordReader& readRecord,
       readRecord_(readRecord),
       rules_(rules),
       isOneOfMany_(isOneOfMany),
-      reader_(OpenMailbox(mailbox_)) {}
+      letters_(OpenLetters(mailbox_, rules_)) {}
 
 intake::SourceDescriptor MailboxFolder::Descriptor() const {
   std::string prefix = isOneOfMany_ ? mailbox_.identity + "_" : "";
@@ -181,19 +149,23 @@ intake::SourceDescriptor MailboxFolder::Descriptor() const {
 }
 
 bool MailboxFolder::Next(intake::SourceMessage& message) {
-  for (LetterEntry letter; reader_->Next(letter); letter = {}) {
-    ++done_;
-    std::optional<LetterAhead> ahead = ahead_ ? ahead_->Take(letter.name) : std::nullopt;
-    if (letter.state.isDeleted) {
+  for (;;) {
+    LetterReading letter = letters_->Next(wantsText_);
+    if (letter.isEnd && letter.failure) throw Error(letter.failure->number, letter.failure->text);
+    if (letter.isEnd) {
+      if (!letter.damage.empty()) Account().AddReason(mailbox_.path, letter.damage);
+      return false;
+    }
+    if (letter.entry.state.isDeleted) {
       Account().AddReason(mailbox_.path, kDeletedReason);
       core::YieldEvents();
       if (core::IsLoadStopped()) return false;
       continue;
     }
-    message.name = letter.name;
-    message.facts.state = letter.state;
+    message.name = letter.entry.name;
+    message.facts.state = letter.entry.state;
     try {
-      Read(letter, std::move(ahead), message);
+      Read(letter, message);
     } catch (...) {
       if (core::IsLoadStopped()) return false;  // not reached
       Error error = core::CurrentError();
@@ -204,73 +176,49 @@ bool MailboxFolder::Next(intake::SourceMessage& message) {
     }
     return true;
   }
-  std::string damage = reader_->Damage();
-  if (!damage.empty()) Account().AddReason(mailbox_.path, damage);
-  return false;
 }
 
 void MailboxFolder::Ended(const intake::SourceMessage& message, const intake::Ending& /*ending*/) {
   intake::AheadPace::Turn turn = pace_.Note(message.ending.outcome == intake::Outcome::kNone);
-  if (turn == intake::AheadPace::Turn::kEnd) ahead_.reset();
-  if (turn == intake::AheadPace::Turn::kBegin && !ahead_) {
-    ahead_ = LettersAhead::Begin(mailbox_, rules_, done_);
+  if (turn != intake::AheadPace::Turn::kNone) {
+    wantsText_ = turn == intake::AheadPace::Turn::kBegin;
   }
 }
 
-void MailboxFolder::Read(const LetterEntry& letter, std::optional<LetterAhead> ahead,
-                         intake::SourceMessage& message) {
-  if (!letter.fault.empty()) {
-    message.ending = {intake::Outcome::kUnreadable, letter.fault};
-  } else if (letter.recordFile.empty()) {
-    ReadText(message, std::move(ahead));
+void MailboxFolder::Read(LetterReading& letter, intake::SourceMessage& message) {
+  if (!letter.entry.fault.empty()) {
+    message.ending = {intake::Outcome::kUnreadable, letter.entry.fault};
+  } else if (!letter.entry.recordFile.empty()) {
+    ReadRecord(letter.entry.recordFile, message);
+  } else if (letter.failure) {
+    throw Error(letter.failure->number, letter.failure->text);
   } else {
-    ReadRecord(letter.recordFile, message);
+    ReadText(letter, message);
   }
 }
 
-void MailboxFolder::ReadText(intake::SourceMessage& message, std::optional<LetterAhead> ahead) {
-  std::string own;  // the beginning of the letter: all of it but for a large one
-  uint64_t size = 0;
-  if (ahead) {
-    message.key = std::move(ahead->key);
-    size = ahead->raw->Held()->size();
-  } else {
-    LetterKey key;
-    reader_->Copy([&](std::string_view piece) {
-      size += piece.size();
-      if (size <= kMostKept || own.empty()) own.append(piece);
-      key.Add(piece);
-    });
-    message.key = key.Finish();
-  }
-  std::string_view begin = ahead ? *ahead->raw->Held() : own;
-  message.name += ": " + core::LoggedMailText(Decoded(HeaderOf(begin, "subject")));
-  if (IsKnown(begin, message)) return;
+void MailboxFolder::ReadText(LetterReading& letter, intake::SourceMessage& message) {
+  const LetterSays& says = *letter.says;
+  message.key = says.key;
+  message.name += ": " + core::LoggedMailText(says.subject);
+  if (IsKnown(says, message)) return;
   message.isKeyNew = true;
   platform::OutputFile scratch(core::State().TempMessageFile,
                                platform::OutputFile::Replace::kInPlace);
-  if (size == begin.size()) {
-    scratch.Write(begin);
-  } else {
-    reader_->Copy([&](std::string_view piece) { scratch.Write(piece); });
-  }
+  letters_->ReadText(letter, [&](std::string_view piece) { scratch.Write(piece); });
   scratch.Close();
-  if (mailbox_.role == MailboxRole::kSent) LearnSender(begin);
-  if (ahead) {
-    message.raw = std::move(ahead->raw);
-    message.prepared = std::move(ahead->prepared);
-  } else if (size == own.size()) {
-    message.raw.emplace(core::State().TempMessageFile, std::move(own));
-  }
+  if (mailbox_.role == MailboxRole::kSent) LearnSender(says);
+  if (letter.held) message.raw.emplace(core::State().TempMessageFile, std::move(*letter.held));
+  message.prepared = std::move(letter.prepared);
 }
 
 // Whether the letter is stored or ignored for good; then its beginning may tell what is not known
 // of it yet.
-bool MailboxFolder::IsKnown(std::string_view begin, intake::SourceMessage& message) const {
+bool MailboxFolder::IsKnown(const LetterSays& says, intake::SourceMessage& message) const {
   if (!intake::IsEmailExist(message.key)) return false;
   message.ending.outcome = intake::OutcomeOfKnown(message.key);
   const intake::MessageState& known = message.facts.state;
-  intake::FillState(message.key, known.isKnown ? known : intake::StateOfHeaders(begin));
+  intake::FillState(message.key, known.isKnown ? known : says.state);
   return true;
 }
 
@@ -294,14 +242,11 @@ void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& m
 }
 
 // The sender of a sent letter is one of the user's own addresses.
-void MailboxFolder::LearnSender(std::string_view headers) {
-  std::string from = HeaderOf(headers, "from");
-  if (from.empty() || from == lastSender_) return;
-  lastSender_ = from;
-  intake::AddressPair sender = intake::SplitAddress(from);
-  if (sender.Address == intake::kNoAddress) return;
-  intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), Decoded(sender.Name),
-                          mailbox_.application);
+void MailboxFolder::LearnSender(const LetterSays& says) {
+  if (says.senderAddress.empty()) return;
+  if (says.senderAddress == lastSender_.Address && says.senderName == lastSender_.Name) return;
+  lastSender_ = {says.senderName, says.senderAddress};
+  intake::dbSaveMeAddress(says.senderAddress, says.senderName, mailbox_.application);
 }
 
 }  // namespace tarnwick::sources

@@ -12,12 +12,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "intake/ahead_pace.h"
 #include "intake/source.h"
-#include "sources/letters_ahead.h"
+#include "sources/letter_walk.h"
 #include "sources/mailbox.h"
 
 namespace tarnwick::sources {
@@ -58,22 +57,20 @@ class MailboxFolder : public intake::SourceFolder {
   void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
 
  private:
-  void Read(const LetterEntry& letter, std::optional<LetterAhead> ahead,
-            intake::SourceMessage& message);
-  void ReadText(intake::SourceMessage& message, std::optional<LetterAhead> ahead);
-  bool IsKnown(std::string_view begin, intake::SourceMessage& message) const;
+  void Read(LetterReading& letter, intake::SourceMessage& message);
+  void ReadText(LetterReading& letter, intake::SourceMessage& message);
+  bool IsKnown(const LetterSays& says, intake::SourceMessage& message) const;
   void ReadRecord(const std::string& file, intake::SourceMessage& message);
-  void LearnSender(std::string_view headers);
+  void LearnSender(const LetterSays& says);
 
   Mailbox mailbox_;
   const RecordReader& readRecord_;
   const intake::ReadingRules& rules_;
   bool isOneOfMany_;
-  std::unique_ptr<LetterReader> reader_;
-  int64_t done_ = 0;  // letters come to
-  std::unique_ptr<LettersAhead> ahead_;
+  std::unique_ptr<LetterWalk> letters_;
+  bool wantsText_ = false;
   intake::AheadPace pace_;
-  std::string lastSender_;  // learnt last
+  intake::AddressPair lastSender_;  // learnt last
 };
 
 }  // namespace tarnwick::sources

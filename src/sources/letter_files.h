@@ -39,6 +39,11 @@ class LetterFiles : public LetterReader {
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
+  LetterSpan Span() const override { return {begin_, end_}; }
+  void GoTo(LetterSpan span) override {
+    begin_ = span.begin;
+    end_ = span.end;
+  }
 
  private:
   void Look(LetterEntry& letter);

@@ -24,6 +24,18 @@ struct LetterEntry {
   std::string recordFile;  // of a letter that is no text: the file, to be read as a record
 };
 
+// What is known before that of a letter whose text is to be looked at.
+inline bool HasText(const LetterEntry& letter) {
+  return !letter.name.empty() && letter.fault.empty() && letter.recordFile.empty() &&
+         !letter.state.isDeleted;
+}
+
+// Where a letter's text lies in its file.
+struct LetterSpan {
+  uint64_t begin = 0;
+  uint64_t end = 0;
+};
+
 class LetterReader {
  public:
   virtual ~LetterReader() = default;
@@ -33,6 +45,10 @@ class LetterReader {
   // Hands the current letter's raw bytes to sink, piece by piece; may be called again. Throws
   // Error. REQUIRES: it has neither a fault nor a recordFile.
   virtual void Copy(const Sink& sink) = 0;
+  // Where the current letter's text lies, and back to the text of another: Copy is about that one
+  // until Next.
+  virtual LetterSpan Span() const = 0;
+  virtual void GoTo(LetterSpan span) = 0;
   // Why the file is not whole, as far as was found so far; "" when nothing is wrong.
   virtual std::string Damage() const { return {}; }
 };

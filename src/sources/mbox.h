@@ -29,6 +29,11 @@ class MboxReader : public LetterReader {
   MboxKind Kind() const { return kind_; }
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
+  LetterSpan Span() const override { return {textBegin_, textEnd_}; }
+  void GoTo(LetterSpan span) override {
+    textBegin_ = span.begin;
+    textEnd_ = span.end;
+  }
   // The current letter's place in the file, its separator line included.
   uint64_t Begin() const { return begin_; }
 

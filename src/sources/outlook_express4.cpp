@@ -59,10 +59,13 @@ int64_t CountOutlookExpress4(const std::string& path) {
 }
 
 OutlookExpress4Reader::OutlookExpress4Reader(const std::string& path)
-    : file_(path), next_(kHeaderSize) {
+    : file_(path), states_(path), next_(kHeaderSize) {
   if (!IsOutlookExpress4(file_.Read(0, kFileMark.size()))) {
     throw Error(ErrorNumber::kPathAccess, "the file lacks the mark of Outlook Express 4: " + path);
   }
+}
+
+OutlookExpress4States::OutlookExpress4States(const std::string& path) {
   try {
     if (std::string index = IndexOf(path); !index.empty()) ReadIndex(index);
   } catch (const Error&) {
@@ -70,7 +73,17 @@ OutlookExpress4Reader::OutlookExpress4Reader(const std::string& path)
   }
 }
 
-void OutlookExpress4Reader::ReadIndex(const std::string& path) {
+intake::MessageState OutlookExpress4States::StateAt(LetterSpan span) const {
+  intake::MessageState state;
+  auto flags = flags_.find(static_cast<uint32_t>(span.begin - kLetterHead));
+  if (flags == flags_.end()) return state;
+  state.isKnown = true;
+  state.isDeleted = (flags->second & kDeleted) != 0;
+  state.isRead = (flags->second & kUnread) == 0;
+  return state;
+}
+
+void OutlookExpress4States::ReadIndex(const std::string& path) {
   FileWindow file(path);
   std::string_view head = file.Read(0, kKindPlace + 4);
   if (!head.starts_with(kIndexMark) || Get32(head, kKindPlace) != kIndexKind) return;
@@ -120,13 +133,9 @@ bool OutlookExpress4Reader::Next(LetterEntry& letter) {
       continue;
     }
     letter.name = "message " + std::to_string(number);
-    if (auto flags = flags_.find(static_cast<uint32_t>(next_)); flags != flags_.end()) {
-      letter.state.isKnown = true;
-      letter.state.isDeleted = (flags->second & kDeleted) != 0;
-      letter.state.isRead = (flags->second & kUnread) == 0;
-    }
     begin_ = next_ + kLetterHead;
     end_ = begin_ + textSize;
+    letter.state = states_.StateAt(Span());
     if (textSize == 0) letter.fault = "it is empty";
     if (textSize > kMostLetterBytes) letter.fault = kTooLong;
     next_ += size;

@@ -20,22 +20,39 @@ bool IsOutlookExpress4(std::string_view head);
 // How many letters it says that it holds, deleted ones included; at most what its size can hold.
 int64_t CountOutlookExpress4(const std::string& path);
 
+// What the index beside a store of letters says of them; nothing where it is missing or damaged.
+class OutlookExpress4States {
+ public:
+  // path: of the letters.
+  explicit OutlookExpress4States(const std::string& path);
+  // Of the letter whose text lies there.
+  intake::MessageState StateAt(LetterSpan span) const;
+
+ private:
+  void ReadIndex(const std::string& path);
+
+  std::map<uint32_t, uint32_t> flags_;  // by a letter's place
+};
+
 class OutlookExpress4Reader : public LetterReader {
  public:
-  // Throws Error for a file that can't be read. An index that is missing or damaged leaves letters
-  // without a state.
+  // Throws Error for a file that can't be read.
   explicit OutlookExpress4Reader(const std::string& path);
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
+  LetterSpan Span() const override { return {begin_, end_}; }
+  void GoTo(LetterSpan span) override {
+    begin_ = span.begin;
+    end_ = span.end;
+  }
   std::string Damage() const override { return damage_; }
 
  private:
-  void ReadIndex(const std::string& path);
   bool FindMark();
 
   FileWindow file_;
-  std::map<uint32_t, uint32_t> flags_;  // by a letter's place
+  OutlookExpress4States states_;
   std::string damage_;
   uint64_t next_;
   uint64_t begin_ = 0;

@@ -23,7 +23,7 @@ class FindMail : public BoardWindow {
     Write("pop/Inbox", "From - Tue Mar  5 13:07:00 2002\n" + LetterOf("one") +
                            "From - Tue Mar  5 13:07:00 2002\n" + LetterOf("two"));
     Write("pop/broken.pst", "no store");
-    platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+    platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
   }
   void Write(const std::string& path, const std::string& text) {
     platform::MakeFolder(platform::FolderOf(disk_ + path));

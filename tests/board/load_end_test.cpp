@@ -55,7 +55,7 @@ class LoadEnd : public testing::ProgramFixture {
   }
 
   void AddOutlookStore() {
-    platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+    platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
     samples::PstBuilder store(true, "Personal Folders");
     store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
                      samples::PstMail("hello"));

@@ -13,12 +13,12 @@ namespace {
 class LoadOutlook : public testing::ProgramFixture {
  protected:
   LoadOutlook() {
-    platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+    platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
     platform::MakeFolder(folder_.File("profile"));
     AddStore("Outlook.pst", "Personal Folders");
     repository::SetProfileFolder(folder_.File("profile"));
   }
-  ~LoadOutlook() override { platform::SetEnvironmentText("TARNWICK_PST_READER", std::nullopt); }
+  ~LoadOutlook() override { platform::SetEnvironmentText("TARNWICK_READER", std::nullopt); }
 
   // A store of one mail.
   void AddStore(const std::string& file, const std::string& name) {

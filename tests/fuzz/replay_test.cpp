@@ -15,7 +15,7 @@
 
 // clang-format off
 #define TARNWICK_DRIVERS(X) \
-  X(attachments) X(date) X(dbx) X(emlx) X(html) X(jet) X(mbox) X(message) X(msg) \
+  X(attachments) X(date) X(dbx) X(emlx) X(html) X(jet) X(link) X(mbox) X(message) X(msg) \
   X(nodes) X(oe4) X(outlook) X(packed) X(pst) X(registry) X(store) X(text)
 // clang-format on
 #define TARNWICK_DECLARE(name) extern "C" int name##_fuzz(const uint8_t* data, size_t size);
@@ -55,7 +55,7 @@ class Replay : public ::testing::TestWithParam<std::pair<const std::string, Driv
 
 TEST_P(Replay, Holds) {
   const auto& [name, driver] = GetParam();
-  platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+  platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
   auto run = [driver = driver](const std::string& input) {
     driver(reinterpret_cast<const uint8_t*>(input.data()), input.size());
   };

@@ -24,7 +24,7 @@ std::string LetterOf(const std::string& subject, const std::string& year) {
 class LookAround : public testing::ProgramFixture {
  protected:
   LookAround() : root_(folder_.File("disk/")) {
-    platform::SetEnvironmentText("TARNWICK_PST_READER", TARNWICK_READER);
+    platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
     samples::WriteSampleProfile(root_ + "Documents and Settings/clara/");
     Write("mail/pop/Inbox", kMark + LetterOf("a", "1999") + kMark + LetterOf("b", "2004"));
     Write("mail/pop/Sent", kMark + LetterOf("c", "2001"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What a store that takes over tarnwick-pst-reader could do from there: the test makes the running
+// What a store that takes over tarnwick-reader could do from there: the test makes the running
 // reader perform system calls of its choice, as code injected into it would.
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -21,6 +21,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "intake/reader_link.h"
 #include "outlook/pst_client.h"
 #include "outlook/pst_protocol.h"
 #include "samples/pst_builder.h"
@@ -94,9 +95,8 @@ class TakenOver {
 
 class ShutInReader : public ::testing::Test {
  protected:
-  ShutInReader() : client_(MadeStore(), TARNWICK_READER) {
-    isShutIn_ = client_.Ask(frame::kStore, {}).isReaderShutIn;
-  }
+  // What injected code tries; false where this system lets no process be traced.
+  bool TryEverything(int64_t process);
 
   std::string MadeStore() {
     samples::PstBuilder store(true);
@@ -105,70 +105,88 @@ class ShutInReader : public ::testing::Test {
   }
 
   testing::TempFolder folder_;
-  PstClient client_;
-  bool isShutIn_ = false;
 };
 
-TEST_F(ShutInReader, CanDoNothingButAnswer) {
-  if (prctl(PR_GET_SECCOMP) < 0) GTEST_SKIP() << "this system filters no calls";
-  ASSERT_TRUE(isShutIn_);
+bool ShutInReader::TryEverything(int64_t process) {
   platform::WriteFile(folder_.File("victim"), "a letter");
   sockaddr_in port{};
   port.sin_family = AF_INET;
   port.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   port.sin_port = htons(9);
-  {
-    TakenOver reader(client_.ProcessId());
-    if (!reader.IsOurs()) GTEST_SKIP() << "this system lets no process be traced";
-    uint64_t here = static_cast<uint64_t>(AT_FDCWD);
-    uint64_t passwords = reader.Put("/etc/passwd");
-    uint64_t victim = reader.Put(folder_.File("victim"));
-    uint64_t made = reader.Put(folder_.File("made"));
-    uint64_t shell = reader.Put("/bin/sh");
-    uint64_t address = reader.Put(std::string(reinterpret_cast<char*>(&port), sizeof port));
-    uint64_t limit = reader.Put(std::string(sizeof(rlimit), '\xFF'));
-    uint64_t parent = static_cast<uint64_t>(getpid());
-    struct Row {
-      const char* name;
-      int64_t call;
-      std::array<uint64_t, 6> with;
-    };
-    const Row kRows[] = {
-        {"read a file", SYS_openat, {here, passwords, O_RDONLY}},
-        {"read a file the old way", SYS_open, {passwords, O_RDONLY}},
-        {"look at a file", SYS_newfstatat, {here, passwords, limit}},
-        {"make a file", SYS_openat, {here, made, O_WRONLY | O_CREAT, 0600}},
-        {"delete a file", SYS_unlink, {victim}},
-        {"rename a file", SYS_rename, {victim, made}},
-        {"cut a file", SYS_truncate, {victim, 0}},
-        {"write into the store", SYS_pwrite64, {platform::kHandedFile, passwords, 8}},
-        {"make a socket", SYS_socket, {AF_INET, SOCK_STREAM}},
-        {"make a local socket", SYS_socket, {AF_UNIX, SOCK_STREAM}},
-        {"connect the channel", SYS_connect, {0, address, sizeof port}},
-        {"send a descriptor", SYS_sendmsg, {0, address, 0}},
-        {"start a process", SYS_fork, {}},
-        {"start a thread", SYS_clone, {SIGCHLD}},
-        {"run a shell", SYS_execve, {shell, 0, 0}},
-        {"run the store", SYS_execveat, {platform::kHandedFile, shell + 7, 0, 0, AT_EMPTY_PATH}},
-        {"kill the program", SYS_kill, {parent, SIGTERM}},
-        {"trace the program", SYS_ptrace, {PTRACE_ATTACH, parent}},
-        {"read the program", SYS_process_vm_readv, {parent, address, 1, address, 1}},
-        {"change the program's limits", SYS_prlimit64, {parent, RLIMIT_CPU, limit}},
-        {"raise a limit", SYS_prlimit64, {0, RLIMIT_FSIZE, limit}},
-        {"raise a limit the old way", SYS_setrlimit, {RLIMIT_NOFILE, limit}},
-        {"run written memory", SYS_mprotect, {address & ~uint64_t{4095}, 4096, PROT_EXEC}},
-        {"get memory that runs",
-         SYS_mmap,
-         {0, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, ~uint64_t{0}}},
-        {"map the store", SYS_mmap, {0, 4096, PROT_READ, MAP_PRIVATE, platform::kHandedFile}},
-        {"become another user", SYS_setuid, {0}},
-        {"open a ring of calls", SYS_io_uring_setup, {8, address}},
-        {"wait for the terminal", SYS_ioctl, {1, 0x5413, address}}};
-    for (const Row& row : kRows) EXPECT_EQ(reader.Call(row.call, row.with), -EPERM) << row.name;
-    EXPECT_EQ(reader.Call(SYS_close, {1000}), -EBADF) << "a call that is let through";
-  }
+  TakenOver reader(process);
+  if (!reader.IsOurs()) return false;
+  uint64_t here = static_cast<uint64_t>(AT_FDCWD);
+  uint64_t passwords = reader.Put("/etc/passwd");
+  uint64_t victim = reader.Put(folder_.File("victim"));
+  uint64_t made = reader.Put(folder_.File("made"));
+  uint64_t shell = reader.Put("/bin/sh");
+  uint64_t address = reader.Put(std::string(reinterpret_cast<char*>(&port), sizeof port));
+  uint64_t limit = reader.Put(std::string(sizeof(rlimit), '\xFF'));
+  uint64_t parent = static_cast<uint64_t>(getpid());
+  struct Row {
+    const char* name;
+    int64_t call;
+    std::array<uint64_t, 6> with;
+  };
+  const Row kRows[] = {
+      {"read a file", SYS_openat, {here, passwords, O_RDONLY}},
+      {"read a file the old way", SYS_open, {passwords, O_RDONLY}},
+      {"look at a file", SYS_newfstatat, {here, passwords, limit}},
+      {"make a file", SYS_openat, {here, made, O_WRONLY | O_CREAT, 0600}},
+      {"delete a file", SYS_unlink, {victim}},
+      {"rename a file", SYS_rename, {victim, made}},
+      {"cut a file", SYS_truncate, {victim, 0}},
+      {"write into the store", SYS_pwrite64, {platform::kHandedFile, passwords, 8}},
+      {"make a socket", SYS_socket, {AF_INET, SOCK_STREAM}},
+      {"make a local socket", SYS_socket, {AF_UNIX, SOCK_STREAM}},
+      {"connect the channel", SYS_connect, {0, address, sizeof port}},
+      {"send a descriptor", SYS_sendmsg, {0, address, 0}},
+      {"start a process", SYS_fork, {}},
+      {"start a thread", SYS_clone, {SIGCHLD}},
+      {"run a shell", SYS_execve, {shell, 0, 0}},
+      {"run the store", SYS_execveat, {platform::kHandedFile, shell + 7, 0, 0, AT_EMPTY_PATH}},
+      {"kill the program", SYS_kill, {parent, SIGTERM}},
+      {"trace the program", SYS_ptrace, {PTRACE_ATTACH, parent}},
+      {"read the program", SYS_process_vm_readv, {parent, address, 1, address, 1}},
+      {"change the program's limits", SYS_prlimit64, {parent, RLIMIT_CPU, limit}},
+      {"raise a limit", SYS_prlimit64, {0, RLIMIT_FSIZE, limit}},
+      {"raise a limit the old way", SYS_setrlimit, {RLIMIT_NOFILE, limit}},
+      {"run written memory", SYS_mprotect, {address & ~uint64_t{4095}, 4096, PROT_EXEC}},
+      {"get memory that runs",
+       SYS_mmap,
+       {0, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, ~uint64_t{0}}},
+      {"map the store", SYS_mmap, {0, 4096, PROT_READ, MAP_PRIVATE, platform::kHandedFile}},
+      {"become another user", SYS_setuid, {0}},
+      {"open a ring of calls", SYS_io_uring_setup, {8, address}},
+      {"wait for the terminal", SYS_ioctl, {1, 0x5413, address}}};
+  for (const Row& row : kRows) EXPECT_EQ(reader.Call(row.call, row.with), -EPERM) << row.name;
+  EXPECT_EQ(reader.Call(SYS_close, {1000}), -EBADF) << "a call that is let through";
   EXPECT_EQ(platform::ReadFile(folder_.File("victim")), "a letter");
-  EXPECT_NO_THROW(client_.Ask(frame::kStore, {})) << "it goes on behind all that";
+  return true;
+}
+
+TEST_F(ShutInReader, CanDoNothingButAnswerOfAnOutlookStore) {
+  if (prctl(PR_GET_SECCOMP) < 0) GTEST_SKIP() << "this system filters no calls";
+  PstClient client(MadeStore(), TARNWICK_READER);
+  ASSERT_TRUE(client.Ask(frame::kStore, {}).isReaderShutIn);
+  if (!TryEverything(client.ProcessId())) GTEST_SKIP() << "this system lets no process be traced";
+  EXPECT_NO_THROW(client.Ask(frame::kStore, {})) << "it goes on behind all that";
+}
+
+TEST_F(ShutInReader, CanDoNothingButAnswerOfLetters) {
+  if (prctl(PR_GET_SECCOMP) < 0) GTEST_SKIP() << "this system filters no calls";
+  intake::SetReader(TARNWICK_READER);
+  auto link =
+      intake::ReaderLink::Begin({}, intake::Conversation::kLetterFiles, intake::kComplete, {});
+  intake::SetReader("");
+  ASSERT_TRUE(link);
+  auto ask = [&] {
+    link->Ask("Subject: a letter\n\n<p>text", std::string(8, '\0'));
+    return link->Answer().has_value();
+  };
+  ASSERT_TRUE(ask());
+  if (!TryEverything(link->ProcessId())) GTEST_SKIP() << "this system lets no process be traced";
+  EXPECT_TRUE(ask()) << "it goes on behind all that";
 }
 
 #endif

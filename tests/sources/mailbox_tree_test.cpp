@@ -6,9 +6,8 @@
 #include "board/load_command.h"
 #include "board/load_log.h"
 #include "intake/load_account.h"
-#include "platform/ahead.h"
+#include "intake/reader_link.h"
 #include "samples/mailbox_builder.h"
-#include "sources/letters_ahead.h"
 #include "sources/mailbox.h"
 #include "support/machine.h"
 #include "support/program_fixture.h"
@@ -207,9 +206,9 @@ TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
   EXPECT_EQ(Load(rules).stored, 1);
 }
 
-// What is read ahead on a second thread is what is read in turn; letters that are deleted, broken,
-// long, or leave a file behind stand between.
-TEST_F(MailboxTree, TwoThreadsLeaveWhatOneLeaves) {
+// What the reader reads is what the program reads; letters that are deleted, broken, long, or leave
+// a file behind stand between.
+TEST_F(MailboxTree, TheReaderLeavesWhatTheProgramLeaves) {
   std::vector<std::string> letters;
   for (int i = 0; i < 150; ++i) {
     std::string letter = LetterOf("ann@example.org", "letter " + std::to_string(i % 140));
@@ -225,6 +224,13 @@ TEST_F(MailboxTree, TwoThreadsLeaveWhatOneLeaves) {
     Write(name, i == 30 ? "" : LetterOf("eve@example.org", "file " + std::to_string(i)));
   }
   Write("Maildir/new/.keep", "");
+  Write("Maildir/cur/2000.x:2,", LetterOf("eve@example.org", "long") + std::string(1'200'000, 'y'));
+  samples::OutlookExpress4Builder store;
+  for (int i = 0; i < 20; ++i) {
+    store.Add(LetterOf("bob@example.org", "four " + std::to_string(i)), i % 3);
+  }
+  Write("o/Inbox.mbx", store.Letters());
+  Write("o/Inbox.idx", store.Index());
   repository::DisconnectRepository();
   platform::CopyFile(folder_.File("Tarnwick.twr"), folder_.File("empty"));
   using Tables = decltype(testing::DumpRepository(RepositoryDb()));
@@ -234,14 +240,14 @@ TEST_F(MailboxTree, TwoThreadsLeaveWhatOneLeaves) {
     repository::DisconnectRepository();
     platform::CopyFile(folder_.File("empty"), folder_.File("Tarnwick.twr"));
     ASSERT_TRUE(repository::OpenRepository(false));
-    platform::SetWorkThreads(1 + second);
-    int64_t before = LettersAhead::LettersTaken();
+    intake::SetReader(second == 1 ? TARNWICK_READER : "");
+    int64_t before = intake::RecordsRead();
     EXPECT_GT(Load(intake::kComplete).stored, 150);
-    EXPECT_EQ(LettersAhead::LettersTaken() > before + 100, second == 1);
+    EXPECT_EQ(intake::RecordsRead() > before + 200, second == 1);
     left[second] = testing::DumpRepository(RepositoryDb());
     accounts[second] = intake::Account().Text();
   }
-  platform::SetWorkThreads(1);
+  intake::SetReader("");
   EXPECT_TRUE(left[0] == left[1]);
   EXPECT_EQ(accounts[0], accounts[1]);
 }

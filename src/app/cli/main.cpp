@@ -14,9 +14,9 @@
 #include "core/run_state.h"
 #include "core/startup.h"
 #include "core/version.h"
+#include "intake/reader_link.h"
 #include "maintenance/unfinished_restore.h"
 #include "options/options.h"
-#include "platform/ahead.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -163,7 +163,7 @@ int Run(std::vector<std::string> words) {
     console.AddPassword(tarnwick::platform::ReadSecretLine(file));
   }
   tarnwick::core::State().Ui = &console;
-  tarnwick::platform::SetWorkThreads(tarnwick::platform::ProcessorCount());
+  tarnwick::intake::SetReader(tarnwick::intake::ReaderProgram());
   std::string program = tarnwick::platform::ProgramPath();
   if (!Start(tarnwick::platform::FolderOf(program))) return tarnwick::app::kFailed;
   if (tarnwick::repository::Repository().WasNotClosed && invocation.command != "check") {

@@ -100,13 +100,10 @@ bool IsHonest(size_t plain, size_t packed) {
   throw Error(kDamaged, "A packed value is damaged");
 }
 
-// The size that the value tells, once it is believed.
 size_t PlainSize(std::string_view stored) {
-  std::string_view frame = stored.substr(1);
-  unsigned long long told = ZSTD_getFrameContentSize(frame.data(), frame.size());
-  // What is unknown or unreadable is a huge number, too.
-  if (told > kLargestPacked || !IsHonest(told, stored.size())) Damaged();
-  return told;
+  std::optional<size_t> size = ToldSize(stored);
+  if (!size) Damaged();
+  return *size;
 }
 
 void UnpackInto(std::string_view stored, char* plain, size_t size) {
@@ -154,6 +151,14 @@ std::string_view Pack(std::string_view plain) {
 
 bool IsPacked(std::string_view stored) {
   return stored.size() > kMark.size() && stored.substr(0, kMark.size()) == kMark;
+}
+
+std::optional<size_t> ToldSize(std::string_view stored) {
+  std::string_view frame = stored.substr(1);
+  unsigned long long told = ZSTD_getFrameContentSize(frame.data(), frame.size());
+  // What is unknown or unreadable is a huge number, too.
+  if (told > kLargestPacked || !IsHonest(told, stored.size())) return std::nullopt;
+  return told;
 }
 
 std::string Unpack(std::string_view stored) {

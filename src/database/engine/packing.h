@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,10 @@ std::string_view Pack(std::string_view plain);
 
 // True for what begins as a packed value does.
 bool IsPacked(std::string_view stored);
+
+// How long the plain value is, as far as the packed one tells; nullopt where that is not believed.
+// REQUIRES: IsPacked(stored).
+std::optional<size_t> ToldSize(std::string_view stored);
 
 // The plain value. Throws Error 11 for a packed value that is damaged. REQUIRES: IsPacked(stored).
 std::string Unpack(std::string_view stored);

@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
+#include "intake/reader_link.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/messages.h"
+#include "core/run_state.h"
+#include "core/text.h"
+#include "intake/letter_service.h"
+#include "intake/record_bytes.h"
+#include "platform/clock.h"
+#include "platform/environment.h"
+#include "platform/error.h"
+#include "platform/files.h"
+
+namespace tarnwick::intake {
+
+namespace {
+
+constexpr size_t kReadPiece = size_t{128} * 1024;
+constexpr size_t kMostKept = size_t{4} << 20;  // of a buffer that is empty
+constexpr size_t kMostAsked = 32;
+// Behind a reader that was lost over a message asked for ahead, so that it is known which.
+constexpr int kOneByOne = 2 * kMostAsked;
+// Of an answer: what a text is made into, and packed besides.
+constexpr uint64_t kBytesOfByte = 16;
+constexpr uint64_t kLeastMost = uint64_t{4} << 20;
+constexpr uint64_t kMostMost = uint64_t{1} << 30;
+
+LinkLimits& Limits() {
+  static LinkLimits limits;
+  return limits;
+}
+
+std::string& Program() {
+  static std::string program;
+  return program;
+}
+
+int64_t& Records() {
+  static int64_t records = 0;
+  return records;
+}
+
+void TellNotShutIn() {
+  static bool isTold = false;
+  if (std::exchange(isTold, true)) return;
+  core::WriteLog(
+      "Mail stores are read without the protection of the system: it can confine no process.");
+}
+
+std::string FrameOf(char kind, std::string_view payload) {
+  std::string frame(1, kind);
+  RecordWriter writer(frame);
+  writer(static_cast<uint32_t>(payload.size()));
+  return frame.append(payload);
+}
+
+}  // namespace
+
+LinkLimits SetLinkLimits(const LinkLimits& limits) {
+  return std::exchange(Limits(), limits);
+}
+
+void SetReader(std::string program) {
+  Program() = std::move(program);
+}
+
+const std::string& Reader() {
+  return Program();
+}
+
+std::string ReaderProgram() {
+  std::string given = platform::EnvironmentText("TARNWICK_READER").value_or("");
+  if (!given.empty()) return given;
+  return platform::FolderOf(platform::ProgramPath()) + "tarnwick-reader" +
+         std::string(platform::kProgramEnding);
+}
+
+int64_t RecordsRead() {
+  return Records();
+}
+
+std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
+                                              Conversation conversation, const ReadingRules& rules,
+                                              std::string opening) {
+  if (Program().empty()) return nullptr;
+  if (!storePath.empty()) platform::InputFile readable(storePath);  // or its error is told
+  std::unique_ptr<ReaderLink> link(new ReaderLink(
+      storePath, Program(), {conversation, 0, ConditionsOf(rules), std::move(opening)}));
+  try {
+    link->Start();
+    return link;
+  } catch (const Lost&) {
+    core::WriteLog("The reader of mail stores does not answer; the program reads them itself.");
+  } catch (const Error& error) {
+    core::WriteLog("The reader of mail stores can't be started; the program reads them itself. " +
+                   core::OneLogLine(error.Description()));
+  }
+  Program().clear();
+  return nullptr;
+}
+
+ReaderLink::ReaderLink(std::string storePath, std::string program, LetterOpening opening)
+    : storePath_(std::move(storePath)),
+      program_(std::move(program)),
+      opening_(std::move(opening)) {}
+
+// It answers once to say that it is there, before it looks at the store.
+void ReaderLink::Start() {
+  std::optional<platform::InputFile> store;
+  if (!storePath_.empty()) store.emplace(storePath_);
+  storeSize_ = store ? store->Size() : 0;
+  mostBytes_ = MostFor(storeSize_);
+  child_ = std::make_unique<platform::ChildProcess>(program_, store ? &*store : nullptr);
+  opening_.skip = done_ + waiting_.size();
+  Send(FrameOf(letter_frame::kOpen, BytesOf(opening_)));
+  ReceiveRecord({});
+}
+
+// What an answer about so many bytes may hold.
+uint64_t ReaderLink::MostFor(uint64_t bytes) {
+  return std::min(kMostMost, kBytesOfByte * bytes + kLeastMost);
+}
+
+void ReaderLink::Send(std::string_view requests) {
+  if (!child_->Write(requests, Limits().silentMilliseconds)) throw Lost();
+}
+
+void ReaderLink::AskAhead(bool withText) {
+  size_t most = oneByOne_ > 0 ? 1 : kMostAsked;
+  if (2 * asked_.size() > most) return;
+  std::string requests;
+  if (std::exchange(isHalted_, false)) requests += FrameOf(letter_frame::kGoOn, {});
+  while (asked_.size() < most) {
+    requests += FrameOf(letter_frame::kNext, withText ? kWithText : kWithoutText);
+    asked_.push_back(withText);
+  }
+  Send(requests);
+}
+
+std::optional<std::string_view> ReaderLink::Next(bool withText) {
+  if (!waiting_.empty()) {
+    handedOut_ = std::move(waiting_.front());
+    waiting_.pop_front();
+    ++done_;
+    return handedOut_;
+  }
+  RequireHope();
+  // No store holds a message in fewer bytes.
+  constexpr uint64_t kLeastBytes = 4;
+  if (done_ > storeSize_ / kLeastBytes) {
+    throw Error(ErrorNumber::kPathAccess, "the reader tells of more than its store can hold");
+  }
+  for (;;) {
+    try {
+      if (!child_) Start();
+      AskAhead(withText);
+      std::string_view record = ReceiveRecord({});
+      ++done_;
+      if (oneByOne_ > 0) --oneByOne_;
+      return record;
+    } catch (const Lost&) {
+      bool isAlone = asked_.size() == 1;
+      bool isLeast = isAlone && !asked_.front();
+      CountLoss();
+      oneByOne_ = kOneByOne;
+      if (core::IsLoadStopped()) return std::nullopt;
+      if (isLeast) {
+        ++done_;
+        return std::nullopt;
+      }
+      // Which message it was shows when it is asked for alone; what can be had of it at all, when
+      // its text is left out.
+      if (isAlone) withText = false;
+    }
+  }
+}
+
+std::optional<std::string_view> ReaderLink::Text(std::string_view which, const ByteSink& longText) {
+  RequireHope();
+  for (;;) {
+    try {
+      if (!child_) Start();
+      Send(FrameOf(letter_frame::kText, which));
+      while (!asked_.empty()) waiting_.emplace_back(ReceiveRecord({}));
+      return ReceiveRecord(longText);
+    } catch (const Lost&) {
+      bool isAnothers = !asked_.empty();
+      CountLoss();
+      oneByOne_ = kOneByOne;
+      if (!isAnothers || core::IsLoadStopped()) return std::nullopt;
+    } catch (...) {
+      Leave();  // in the middle of an answer
+      throw;
+    }
+  }
+}
+
+// Neither end may wait for the other to take what it sends: so much fits into the channel.
+bool ReaderLink::MayAsk(size_t size) const {
+  constexpr size_t kMostSent = size_t{48} * 1024;
+  return messages_.empty() || messageBytes_ + size <= kMostSent;
+}
+
+void ReaderLink::Ask(std::string_view message, std::string_view how) {
+  constexpr size_t kPieceSize = size_t{32} * 1024;
+  std::string& frames = messages_.emplace_back();
+  for (size_t place = 0; place < message.size(); place += kPieceSize) {
+    frames += FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
+  }
+  frames += FrameOf(letter_frame::kNext, how);
+  messageBytes_ += frames.size();
+  // Behind one that a reader was lost over, each waits for its turn.
+  if (!child_ || messagesSent_ + 1 < messages_.size()) return;
+  try {
+    Send(frames);
+    ++messagesSent_;
+  } catch (const Lost&) {
+    CountLoss();
+  }
+}
+
+std::optional<std::string_view> ReaderLink::Answer() {
+  RequireHope();
+  for (;;) {
+    bool isAlone = messagesSent_ <= 1;
+    try {
+      if (!child_) Start();
+      if (messagesSent_ == 0) {
+        Send(messages_.front());
+        messagesSent_ = 1;
+      }
+      mostBytes_ = MostFor(messages_.front().size());
+      std::string_view record = ReceiveRecord({});
+      messageBytes_ -= messages_.front().size();
+      messages_.pop_front();
+      --messagesSent_;
+      return record;
+    } catch (const Lost&) {
+      CountLoss();
+      if (!isAlone && !core::IsLoadStopped()) continue;
+      messageBytes_ -= messages_.front().size();
+      messages_.pop_front();
+      return std::nullopt;
+    }
+  }
+}
+
+void ReaderLink::Distrust() {
+  askedAt_ = platform::TickMilliseconds();
+  CountLoss();
+}
+
+void ReaderLink::Leave() {
+  child_.reset();
+  asked_.clear();
+  messagesSent_ = 0;
+  isHalted_ = false;
+  position_ = end_ = 0;
+}
+
+// The reader is gone, or no longer to be believed.
+void ReaderLink::CountLoss() {
+  Leave();
+  wasted_ += platform::TickMilliseconds() - askedAt_;
+  ++losses_;
+  RequireHope();
+}
+
+void ReaderLink::RequireHope() const {
+  bool isGivenUp = losses_ > Limits().losses || wasted_ > Limits().wastedMilliseconds;
+  if (isGivenUp) throw Error(ErrorNumber::kPathAccess, std::string(kReaderLost) + " too often");
+}
+
+// The pieces of a text go to longText on the way; where none may come, nothing is set there.
+std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
+  askedAt_ = platform::TickMilliseconds();
+  for (uint64_t left = mostBytes_;;) {
+    Frame frame = Receive(left);
+    left -= frame.payload.size();
+    switch (frame.kind) {
+      case letter_frame::kBytes:
+        if (!longText) throw Lost();
+        longText(frame.payload);
+        break;
+      case letter_frame::kNotShutIn:
+        TellNotShutIn();
+        break;
+      case letter_frame::kRecord:
+      case letter_frame::kHalted:
+        ++Records();
+        if (!asked_.empty()) asked_.pop_front();
+        if (frame.kind == letter_frame::kHalted) {
+          asked_.clear();
+          isHalted_ = true;
+        }
+        return frame.payload;
+      default:
+        throw Lost();
+    }
+  }
+}
+
+ReaderLink::Frame ReaderLink::Receive(uint64_t most) {
+  Fill(kLetterFrameHead);
+  uint32_t length = 0;
+  RecordReader head(std::string_view(buffer_).substr(position_ + 1, sizeof length));
+  head(length);
+  if (length > most) throw Lost();
+  Fill(kLetterFrameHead + length);
+  std::string_view frame = std::string_view(buffer_).substr(position_, kLetterFrameHead + length);
+  position_ += frame.size();
+  return {frame[0], frame.substr(kLetterFrameHead)};
+}
+
+// Has so many bytes from position_ on. Memory is taken as they come, not as they are promised.
+void ReaderLink::Fill(size_t count) {
+  if (end_ - position_ >= count) return;
+  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(position_),
+            buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
+  end_ -= position_;
+  position_ = 0;
+  if (end_ == 0 && buffer_.size() > kMostKept) std::string().swap(buffer_);
+  const LinkLimits& limits = Limits();
+  int64_t deadline = platform::TickMilliseconds() + limits.silentMilliseconds;
+  while (end_ < count) {
+    if (buffer_.size() < end_ + kReadPiece) buffer_.resize(2 * end_ + kReadPiece);
+    int64_t left = deadline - platform::TickMilliseconds();
+    size_t got = child_->Read(buffer_.data() + end_, buffer_.size() - end_,
+                              std::min(left, limits.patienceMilliseconds));
+    if (got > 0) {
+      end_ += got;
+      deadline = platform::TickMilliseconds() + limits.silentMilliseconds;
+    } else if (left <= 0 || child_->HasEnded() || core::IsLoadStopped()) {
+      throw Lost();
+    } else {
+      core::YieldEvents();
+    }
+  }
+  constexpr int64_t kMostSilences = 10;
+  if (platform::TickMilliseconds() - askedAt_ > kMostSilences * limits.silentMilliseconds) {
+    throw Lost();
+  }
+}
+
+}  // namespace tarnwick::intake
