@@ -2,14 +2,26 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/new_file.h"
 
+#include <array>
+
 #include "database/engine/engine.h"
 #include "platform/files.h"
 #include "platform/staged_file.h"
 
 namespace tarnwick::jet {
 
+namespace {
+
+constexpr std::array<const char*, 3> kLogSuffixes = {"-wal", "-shm", "-journal"};
+
+}  // namespace
+
 void RemoveLogs(const std::string& path) {
-  for (const char* suffix : {"-wal", "-shm", "-journal"}) platform::RemoveFile(path + suffix);
+  for (const char* suffix : kLogSuffixes) platform::RemoveFile(path + suffix);
+}
+
+LogsRemover::~LogsRemover() {
+  for (const char* suffix : kLogSuffixes) platform::TryToRemove(path_ + suffix);
 }
 
 bool HasLog(const std::string& path) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarnwick::platform {
 class StagedFile;
@@ -18,6 +19,19 @@ namespace tarnwick::jet {
 // Removes what the engine may have left beside a database file: a log of an older file of the name
 // would be taken for part of the next one.
 void RemoveLogs(const std::string& path);
+
+// The same at the end of a scope, whatever the system says, for a file that is being made: stands
+// in front of what removes the file itself.
+class LogsRemover {
+ public:
+  explicit LogsRemover(std::string path) : path_(std::move(path)) {}
+  ~LogsRemover();
+  LogsRemover(const LogsRemover&) = delete;
+  LogsRemover& operator=(const LogsRemover&) = delete;
+
+ private:
+  std::string path_;
+};
 
 // True when such a log lies beside a file: a program has the file open, or ended without closing
 // it, and part of what the file holds may be in the log.

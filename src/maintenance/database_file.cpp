@@ -5,7 +5,6 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "database/new_file.h"
 #include "database/recordset.h"
 #include "maintenance/backup.h"
 #include "platform/files.h"
@@ -154,8 +153,8 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
 NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
     : file_(file),
       begin_(begin),
-      logs_{file + std::string(platform::kUnfinished)},
-      made_(logs_.path) {
+      logs_(file + std::string(platform::kUnfinished)),
+      made_(file + std::string(platform::kUnfinished)) {
   jet::RemoveLogs(Path());  // of a run that was killed
   if (begin == Begin::kNothing) return;
   MakeEmptyFile(Path());
@@ -163,14 +162,6 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
     BringUpToDate(Path(), TablesWithoutIndexes());
   } else {
     BringUpToDate(Path(), repository::RepositoryTables());
-  }
-}
-
-NewDatabaseFile::LogRemover::~LogRemover() {
-  try {
-    jet::RemoveLogs(path);
-  } catch (const Error&) {
-    core::ReportCurrentException("NewDatabaseFile", core::Report::kLog);
   }
 }
 

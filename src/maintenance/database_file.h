@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "database/connection.h"
+#include "database/new_file.h"
 #include "maintenance/result.h"
 #include "maintenance/run.h"
 #include "platform/staged_file.h"
@@ -77,17 +78,11 @@ class NewDatabaseFile {
   void Finish();
 
  private:
-  // Removes the engine's logs of the file that is being made; runs after the file itself is gone.
-  struct LogRemover {
-    ~LogRemover();
-    std::string path;
-  };
-
   void MakeIndexes(Run& run) const;
 
   std::string file_;
   Begin begin_;
-  LogRemover logs_;
+  jet::LogsRemover logs_;
   platform::StagedFile made_;
 };
 

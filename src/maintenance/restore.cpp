@@ -111,7 +111,9 @@ Result SetRepositoryFileAside(const std::string& file, const Former& former, Run
   if (jet::HasLog(file)) {
     throw Error(ErrorNumber::kPathAccess, "Path/File access error: the log of " + file);
   }
-  platform::StagedFile empty(file + std::string(platform::kUnfinished));
+  const std::string unfinished = file + std::string(platform::kUnfinished);
+  jet::LogsRemover logs(unfinished);
+  platform::StagedFile empty(unfinished);
   const std::string& copy = former.copy;
   Result result = Result::kDone;
   try {
