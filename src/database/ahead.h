@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What writing a row costs beside the engine, for whoever has a second thread for it: a value is
+// What writing a row costs beside the engine, for whoever does it elsewhere: a value is
 // packed, and the trigrams of a row's texts are gathered, without a connection and on any thread.
 // Recordset::SetPacked and SetTrigrams take the results, and the row is the same as without them.
 #pragma once
