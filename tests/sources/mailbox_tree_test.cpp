@@ -224,7 +224,7 @@ TEST_F(MailboxTree, TheReaderLeavesWhatTheProgramLeaves) {
     Write(name, i == 30 ? "" : LetterOf("eve@example.org", "file " + std::to_string(i)));
   }
   Write("Maildir/new/.keep", "");
-  Write("Maildir/cur/2000.x:2,", LetterOf("eve@example.org", "long") + std::string(1'200'000, 'y'));
+  Write("Maildir/cur/2000.x;2,", LetterOf("eve@example.org", "long") + std::string(1'200'000, 'y'));
   samples::OutlookExpress4Builder store;
   for (int i = 0; i < 20; ++i) {
     store.Add(LetterOf("bob@example.org", "four " + std::to_string(i)), i % 3);
