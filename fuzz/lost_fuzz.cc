@@ -2,12 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The search of an Outlook store for lost items. The input is a list of changes to a worn store,
-// its first byte the kind: bit 0 chooses the variant, bit 1 takes the head off, bit 2 has the
+// its first byte the kind: bits 0 and 6 choose the variant, bit 1 takes the head off, bit 2 has the
 // checksums of what was changed set right again. Each four bytes behind it are a place and a byte
 // to stand there. Everything that is found is described; no answer may outgrow what the file can
 // hold, and where checksums were left alone no item may bear the marks of two.
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -127,12 +125,7 @@ class Walk {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   std::string bytes = Changed({reinterpret_cast<const char*>(data), size});
-  static const int kFile = memfd_create("store", MFD_CLOEXEC);
-  if (ftruncate(kFile, 0) != 0) std::abort();
-  if (pwrite(kFile, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    std::abort();
-  }
-  tarnwick::platform::InputFile file("/proc/self/fd/" + std::to_string(kFile));
+  tarnwick::platform::InputFile file(tarnwick::fuzz::InMemory(bytes));
   try {
     reader::LostStore store(file, [](int) {});
     size_t limit = tarnwick::fuzz::LimitOf(bytes.size(), tarnwick::fuzz::VariantOf(data[0]));

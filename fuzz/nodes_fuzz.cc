@@ -5,8 +5,6 @@
 // each four are a place and a byte to stand there. A store made of nothing but input would seldom
 // get past its first page. Everything that is found is described; no answer may outgrow what the
 // file can hold.
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -110,14 +108,9 @@ class Walk {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   std::string bytes = Changed({reinterpret_cast<const char*>(data), size});
-  static const int kFile = memfd_create("store", MFD_CLOEXEC);
-  if (ftruncate(kFile, 0) != 0) std::abort();
-  if (pwrite(kFile, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    std::abort();
-  }
   try {
     size_t limit = tarnwick::fuzz::LimitOf(bytes.size(), tarnwick::fuzz::VariantOf(data[0]));
-    Walk("/proc/self/fd/" + std::to_string(kFile), limit).Run();
+    Walk(tarnwick::fuzz::InMemory(bytes), limit).Run();
   } catch (const reader::ReadError&) {
     // No store any more.
   }

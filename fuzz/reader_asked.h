@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the fuzzers of Outlook stores have in common: a variant of the format, and a request.
+// What the fuzzers of Outlook stores have in common: a variant of the format, a file, a request.
 #pragma once
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdlib>
@@ -26,6 +29,16 @@ inline outlook::reader::Variant VariantOf(unsigned char kind) {
 inline size_t LimitOf(size_t size, outlook::reader::Variant variant) {
   size_t times = variant == outlook::reader::Variant::kLargePages ? 192 : 64;
   return times * size + (1 << 20);
+}
+
+// The path of the one file in memory that holds these bytes now.
+inline std::string InMemory(const std::string& bytes) {
+  static const int kFile = memfd_create("store", MFD_CLOEXEC);
+  if (ftruncate(kFile, 0) != 0) std::abort();
+  if (pwrite(kFile, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+    std::abort();
+  }
+  return "/proc/self/fd/" + std::to_string(kFile);
 }
 
 // The frames of the answer, all there are until one fails.

@@ -179,7 +179,7 @@ uint32_t AddRecords(Heap& heap, size_t keySize, size_t entrySize, const std::str
 }  // namespace
 
 PstBuilder::PstBuilder(Variant variant, std::string displayName)
-    : layout_(outlook::reader::LayoutOf(variant)), isUnicode_(variant != Variant::kAnsi) {
+    : layout_(outlook::reader::LayoutOf(variant)) {
   file_.assign(kFirstPage * layout_.pageSize, '\0');
   std::string key = displayName;
   key.resize(kStoreKeySize, '-');
@@ -211,7 +211,7 @@ void PstBuilder::SetStoreNumber(uint16_t property, int32_t number) {
 }
 
 std::string PstBuilder::Stored(const std::string& text) const {
-  return isUnicode_ ? ToUtf16(text) : text;
+  return IsUnicode() ? ToUtf16(text) : text;
 }
 
 uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
@@ -226,7 +226,7 @@ uint64_t PstBuilder::WriteBlock(const std::string& data, bool isInternal) {
   file_.append(whole - layout_.trailer - stored.size(), '\0');
   PutNumber(file_, stored.size(), 2);
   PutNumber(file_, Signature(offset, id), 2);
-  if (isUnicode_) {
+  if (IsUnicode()) {
     PutNumber(file_, Crc(stored), 4);
     PutNumber(file_, id, 8);
   } else {
@@ -317,14 +317,14 @@ uint64_t PstBuilder::WriteSubNodes(const SubNodes& nodes) {
     PutNumber(list, 2, 1);
     PutNumber(list, 1, 1);
     PutNumber(list, count, 2);
-    if (isUnicode_) PutNumber(list, 0, 4);
+    if (IsUnicode()) PutNumber(list, 0, 4);
     return WriteBlock(list + lists, true);
   }
   std::string list;
   PutNumber(list, 2, 1);
   PutNumber(list, 0, 1);
   PutNumber(list, nodes.size(), 2);
-  if (isUnicode_) PutNumber(list, 0, 4);
+  if (IsUnicode()) PutNumber(list, 0, 4);
   for (const auto& [node, sub] : nodes) {
     PutNumber(list, node, IdSize());
     PutNumber(list, sub.data, IdSize());
@@ -352,7 +352,7 @@ uint64_t PstBuilder::WriteContext(const PstProperties& properties, SubNodes& sub
     PutNumber(text, value, 4);
   };
   for (const auto& [number, text] : properties.texts) {
-    record(number, isUnicode_ ? kUnicode : kString8, place(Stored(text)));
+    record(number, IsUnicode() ? kUnicode : kString8, place(Stored(text)));
   }
   for (const auto& [number, bytes] : properties.bytes) record(number, kBinary, place(bytes));
   for (const auto& [number, value] : properties.numbers) {
@@ -391,7 +391,7 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
   };
   for (const Row& row : rows) {
     for (const auto& [number, value] : row.values.texts) {
-      add(number, isUnicode_ ? kUnicode : kString8);
+      add(number, IsUnicode() ? kUnicode : kString8);
     }
     for (const auto& [number, value] : row.values.numbers) add(number, kInt32);
   }
@@ -404,7 +404,7 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
   std::vector<std::string> lines;
   for (size_t i = 0; i < rows.size(); ++i) {
     PutNumber(index, rows[i].id, 4);
-    PutNumber(index, i, isUnicode_ ? 4 : 2);
+    PutNumber(index, i, IsUnicode() ? 4 : 2);
     std::string line;
     std::string present((columns.size() + 7) / 8, '\0');
     for (size_t c = 0; c < columns.size(); ++c) {
@@ -426,7 +426,7 @@ uint64_t PstBuilder::WriteTable(const std::vector<Row>& rows, SubNodes& sub) {
     }
     lines.push_back(line + present);
   }
-  uint32_t rowIndex = AddRecords(heap, 4, isUnicode_ ? 4 : 2, index);
+  uint32_t rowIndex = AddRecords(heap, 4, IsUnicode() ? 4 : 2, index);
   uint32_t rowsPlace = 0;
   if (!lines.empty()) {
     auto node = static_cast<uint32_t>(kFirstValueNode + 0x20 * sub.size());
@@ -546,7 +546,7 @@ uint64_t PstBuilder::WritePage(uint8_t type, const std::string& entries, size_t 
   PutNumber(trailer, type, 1);
   PutNumber(trailer, type, 1);
   PutNumber(trailer, Signature(offset, id), 2);
-  if (isUnicode_) {
+  if (IsUnicode()) {
     PutNumber(trailer, Crc(page), 4);
     PutNumber(trailer, id, 8);
   } else {
@@ -596,11 +596,11 @@ std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
   PutNumber(root, 0, 4);
   std::string body;  // from offset 8 on
   PutNumber(body, 0x4D53, 2);
-  PutNumber(body, IsLarge() ? 36 : isUnicode_ ? 23 : 14, 2);
+  PutNumber(body, IsLarge() ? 36 : IsUnicode() ? 23 : 14, 2);
   PutNumber(body, 19, 2);
   PutNumber(body, 0x0101, 2);
   PutNumber(body, 0, 8);
-  if (isUnicode_) {
+  if (IsUnicode()) {
     PutNumber(body, 0, 8);
     PutNumber(body, nextPage_, 8);
   } else {
@@ -609,19 +609,19 @@ std::string PstBuilder::Header(uint64_t nodePage, uint64_t blockPage) {
   }
   PutNumber(body, 1, 4);
   for (int i = 0; i < 32; ++i) PutNumber(body, 0x400, 4);
-  if (isUnicode_) PutNumber(body, 0, 8);
+  if (IsUnicode()) PutNumber(body, 0, 8);
   body += root;
-  if (isUnicode_) PutNumber(body, 0, 4);
+  if (IsUnicode()) PutNumber(body, 0, 4);
   body.append(256, '\xFF');
   PutNumber(body, 0x80, 1);
   PutNumber(body, cipher_, 1);
   PutNumber(body, 0, 2);
-  if (isUnicode_) PutNumber(body, nextBlock_, 8);
-  if (!isUnicode_) body.resize(504, '\0');
+  if (IsUnicode()) PutNumber(body, nextBlock_, 8);
+  if (!IsUnicode()) body.resize(504, '\0');
   std::string header = "!BDN";
   PutNumber(header, Crc(body.substr(0, 471)), 4);
   header += body;
-  if (isUnicode_) PutNumber(header, Crc(body.substr(0, 516)), 4);
+  if (IsUnicode()) PutNumber(header, Crc(body.substr(0, 516)), 4);
   return header;
 }
 
@@ -664,7 +664,7 @@ std::pair<uint64_t, uint64_t> PstBuilder::WriteIndexes() {
     PutNumber(entry, node.data, IdSize());
     PutNumber(entry, node.sub, IdSize());
     PutNumber(entry, node.parent, 4);
-    if (isUnicode_) PutNumber(entry, 0, 4);
+    if (IsUnicode()) PutNumber(entry, 0, 4);
     nodeEntries.push_back(entry);
   }
   std::vector<std::string> blockEntries;
@@ -675,7 +675,7 @@ std::pair<uint64_t, uint64_t> PstBuilder::WriteIndexes() {
     PutNumber(entry, block.size, 2);
     if (IsLarge()) PutNumber(entry, block.plainSize, 2);
     PutNumber(entry, 2, 2);
-    if (isUnicode_) entry.resize(layout_.blockEntry, '\0');
+    if (IsUnicode()) entry.resize(layout_.blockEntry, '\0');
     blockEntries.push_back(entry);
   }
   uint64_t nodePage = WriteIndex(0x81, nodeEntries, IdSize());

@@ -109,6 +109,7 @@ class PstBuilder {
 
   size_t IdSize() const { return layout_.idSize; }
   size_t MaxBlock() const { return layout_.blockSlot - layout_.trailer; }
+  bool IsUnicode() const { return layout_.idSize == 8; }
   bool IsLarge() const { return layout_.trailerPlainSize != 0; }
   void AlignToPage() {
     file_.resize((file_.size() + layout_.pageSize - 1) / layout_.pageSize * layout_.pageSize, '\0');
@@ -130,7 +131,6 @@ class PstBuilder {
   std::string Header(uint64_t nodePage, uint64_t blockPage);
 
   const outlook::reader::Layout& layout_;
-  bool isUnicode_;
   uint8_t cipher_ = 0;
   PstProperties store_;
   std::string file_;
