@@ -8,6 +8,7 @@
 #include "core/guard.h"
 #include "core/messages.h"
 #include "intake/stored_units.h"
+#include "intake/text_reader.h"
 #include "maintenance/unfinished_restore.h"
 #include "outlook/import.h"
 #include "outlook/msg_file.h"
@@ -191,14 +192,16 @@ void RunLoad(const Sources& sources, const Chosen& chosen, const LoadOptions& op
 }
 
 // One message file, within a load's scope.
-intake::Outcome TakeFile(const std::string& path, const intake::ReadingRules& rules) {
+intake::Outcome TakeFile(const std::string& path, const intake::ReadingRules& rules,
+                         intake::TextReader& texts) {
   using intake::Outcome;
   intake::Ending ending{Outcome::kUnreadable, {}};
   core::GuardedRun("mnLoadTextFile", [&] {
     if (!platform::FileExists(path)) {
       throw Error(ErrorNumber::kFileNotFound, "File not found: " + path);
     }
-    intake::dbxParseMessage(path, {"Text File", "", "Text"}, "", "", &ending, rules);
+    intake::TakeInMessage(path, {"Text File", "", "Text"}, "",
+                          {.key = "", .rules = rules, .facts = {}, .texts = &texts}, ending);
   });
   if (ending.outcome == Outcome::kAlreadyStored) {
     core::ShowMessage("This email is in the repository.");
@@ -273,10 +276,11 @@ void TakeFiles(const std::vector<std::string>& paths, TakeResult& result) {
   std::vector<bool> taken(paths.size());
   intake::StoredUnits units;
   const intake::ReadingRules rules = intake::StoredRules();
+  intake::TextReader texts;
   core::GuardedRun("mnLoadTextFile", [&] {
     jet::CommitGroup group(repository::RepositoryDb());
-    for (size_t i = 0; i < paths.size() && !State().DiskIsFull; ++i) {
-      intake::Outcome outcome = TakeFile(paths[i], rules);
+    for (size_t i = 0; i < paths.size() && !core::IsLoadStopped(); ++i) {
+      intake::Outcome outcome = TakeFile(paths[i], rules, texts);
       taken[i] = outcome == intake::Outcome::kStored || outcome == intake::Outcome::kAlreadyStored;
       if (outcome == intake::Outcome::kStored) {
         ++result.stored;

@@ -13,6 +13,7 @@
 #include "intake/sender_rules.h"
 #include "intake/store_message.h"
 #include "intake/stored_file.h"
+#include "intake/text_reader.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -159,10 +160,12 @@ bool ParseAndStore(const RawMessage& raw, const SourceDescriptor& source,
     return skip(OutcomeOfKnown(known.key));
   }
   std::optional<PreparedMessage> own;
-  if (known.prepared == nullptr) {
-    own = ReadMessage(raw, known.rules, known.facts);
-  } else {
+  if (known.prepared != nullptr) {
     TellOf(*known.prepared);
+  } else if (known.texts != nullptr) {
+    own = known.texts->Read(raw, known.rules, known.facts);
+  } else {
+    own = ReadMessage(raw, known.rules, known.facts);
   }
   PreparedMessage& prepared = own ? *own : *known.prepared;
   MailMessage& message = prepared.message;

@@ -16,6 +16,8 @@
 
 namespace tarnwick::intake {
 
+class TextReader;
+
 // Where a message came from; copied into Folder, Parent and Application.
 struct SourceDescriptor {
   std::string folder;
@@ -30,6 +32,7 @@ struct KnownOfMessage {
   const ReadingRules& rules;
   const StoreFacts& facts;              // what its store says, for rules that ask
   PreparedMessage* prepared = nullptr;  // read ahead by these rules; it is used up
+  TextReader* texts = nullptr;          // reads it otherwise
 };
 
 // True when the message was handed to the storing step; false when it was skipped as already

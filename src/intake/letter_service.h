@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarnwick::intake {
 
@@ -34,6 +35,20 @@ class LetterService {
   virtual std::string Text(std::string_view which, const ByteSink& longText) = 0;
   // A piece of what is to be read next, of messages that are sent.
   virtual void Take(std::string_view /*piece*/) {}
+};
+
+// A conversation whose messages are sent.
+class SentMessages : public LetterService {
+ public:
+  void Take(std::string_view piece) override { bytes_ += piece; }
+  std::string Text(std::string_view /*which*/, const ByteSink& /*longText*/) override { return {}; }
+
+ protected:
+  // The one that has come.
+  std::string Taken() { return std::exchange(bytes_, {}); }
+
+ private:
+  std::string bytes_;
 };
 
 // The channel to the program: the next request and its payload, whether another one has come, and

@@ -101,6 +101,14 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const R
   return prepared;
 }
 
+std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,
+                                                  const StoreFacts& facts) {
+  RawMessage raw("", std::move(text));
+  auto prepared = PrepareElsewhere(raw, rules, facts);
+  text = std::move(raw).Bytes();
+  return prepared;
+}
+
 bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw) {
   const PackedRows& rows = *prepared.rows;
   for (const PackedRows::Text& text : rows.texts) {

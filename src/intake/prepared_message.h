@@ -59,6 +59,10 @@ PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
 std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
                                                   const StoreFacts& facts);
 
+// The same of a text in memory, which is as it was afterwards.
+std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,
+                                                  const StoreFacts& facts);
+
 // Whether rows that another process packed can be those of the message: nothing in them can harm
 // the repository. What they unpack to is not looked at.
 bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw);

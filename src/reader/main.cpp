@@ -16,6 +16,7 @@
 #include "intake/letter_record.h"
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
+#include "intake/text_reader.h"
 #include "oe/store_link.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
@@ -137,6 +138,10 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
         return sources::MakeMailboxService(rules, opening.store);
       case intake::Conversation::kLetterFiles:
         return sources::MakeLetterFileService(rules);
+      case intake::Conversation::kTexts:
+        return intake::MakeTextService();
+      case intake::Conversation::kTextFile:
+        return intake::MakeTextFileService(opening.store);
       case intake::Conversation::kDbx:
         break;
     }
@@ -159,8 +164,8 @@ int Run() {
     opening = intake::RecordOf<intake::LetterOpening>(request.payload);
     intake::ReadUnder(opening.conditions);
   }
-  bool isHandedOne = opening.conversation != intake::Conversation::kLetterFiles;
-  if (isHandedOne) platform::InputFile::Handed();  // which asks for its size
+  if (!intake::IsOfSent(opening.conversation))
+    platform::InputFile::Handed();  // which asks for its size
   bool isShutIn = platform::ConfineThisProcess(kMaxMemory).HasAny();
   if (isOfLetters) return ServeLetters(channel, opening, isShutIn);
   return ServeOutlook(channel, std::move(request), isShutIn);

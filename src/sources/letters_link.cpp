@@ -266,46 +266,37 @@ class LetterFilesLink : public LetterWalk {
 };
 
 // The reader's end of both.
-class LetterFileService : public intake::LetterService {
+std::unique_ptr<intake::PreparedMessage> Prepare(const intake::ReadingRules& rules,
+                                                 const intake::MessageState& state,
+                                                 std::string& text) {
+  intake::StoreFacts facts;
+  facts.state = state;
+  return intake::PrepareElsewhere(text, rules, facts);
+}
+
+class LetterFileService : public intake::SentMessages {
  public:
   explicit LetterFileService(const intake::ReadingRules& rules) : rules_(rules) {}
 
-  void Take(std::string_view piece) override { bytes_ += piece; }
-
   Answer Next(std::string_view how) override {
     auto sent = intake::RecordOf<Sent>(how);
+    std::string text = Taken();
     LetterListener listener;
-    listener.Add(bytes_);
+    listener.Add(text);
     LetterReading letter;
     letter.says = listener.Finish();
-    if (sent.withText) letter.prepared = Prepare(sent.state, bytes_);
-    if (bytes_.size() > kMostKept) std::string().swap(bytes_);
-    bytes_.clear();
+    if (sent.withText) letter.prepared = Prepare(rules_, sent.state, text);
     return {intake::BytesOf(letter)};
-  }
-
-  std::string Text(std::string_view /*which*/, const ByteSink& /*longText*/) override { return {}; }
-
- protected:
-  std::unique_ptr<intake::PreparedMessage> Prepare(const intake::MessageState& state,
-                                                   std::string& bytes) const {
-    intake::StoreFacts facts;
-    facts.state = state;
-    intake::RawMessage raw("", std::move(bytes));
-    auto prepared = intake::PrepareElsewhere(raw, rules_, facts);
-    bytes = std::move(raw).Bytes();
-    return prepared;
   }
 
  private:
   intake::ReadingRules rules_;
-  std::string bytes_;
 };
 
-class MailboxService : public LetterFileService {
+class MailboxService : public intake::LetterService {
  public:
   MailboxService(const intake::ReadingRules& rules, MailboxKind kind)
-      : LetterFileService(rules), kind_(kind) {}
+      : rules_(rules), kind_(kind) {}
 
   void Skip(uint64_t messages) override {
     LetterEntry entry;
@@ -326,7 +317,7 @@ class MailboxService : public LetterFileService {
     bool isWanted = how == intake::kWithText;
     bool halts = isWanted && letter.says && !letter.held;
     if (!isWanted) letter.held.reset();
-    if (letter.held) letter.prepared = Prepare(letter.entry.state, *letter.held);
+    if (letter.held) letter.prepared = Prepare(rules_, letter.entry.state, *letter.held);
     return {intake::BytesOf(letter), halts};
   }
 
@@ -338,11 +329,11 @@ class MailboxService : public LetterFileService {
     if (letter.failure) return intake::BytesOf(letter);
     std::string bytes;
     if (letter.held) {
-      letter.prepared = Prepare(wanted.state, *letter.held);
+      letter.prepared = Prepare(rules_, wanted.state, *letter.held);
     } else {
       Letters().Copy([&](std::string_view piece) { bytes += piece; });
       longText(bytes);
-      letter.prepared = Prepare(wanted.state, bytes);
+      letter.prepared = Prepare(rules_, wanted.state, bytes);
     }
     return intake::BytesOf(letter);
   }
@@ -359,6 +350,7 @@ class MailboxService : public LetterFileService {
     return *letters_;
   }
 
+  intake::ReadingRules rules_;
   MailboxKind kind_;
   std::unique_ptr<LetterReader> letters_;
 };

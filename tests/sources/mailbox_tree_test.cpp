@@ -206,6 +206,54 @@ TEST_F(MailboxTree, ALoadTakesWhatIsNewAndKnowsTheRest) {
   EXPECT_EQ(Load(rules).stored, 1);
 }
 
+// Single files: one leaves a file behind, one brings up a box, one is long, one is no letter, one
+// is there twice, one is missing.
+TEST_F(MailboxTree, TheReaderTakesWhatTheProgramTakes) {
+  const std::string letter = LetterOf("ann@example.org", "a letter");
+  std::string boxed = LetterOf("ann@example.org", "many files");
+  boxed.insert(boxed.find("\r\n\r\n"), "\r\nContent-Type: multipart/mixed; boundary=edge");
+  for (int i = 0; i < 25; ++i) {
+    boxed += "--edge\r\nContent-Type: a/x; name=f" + std::to_string(i) + "\r\n\r\nx\r\n";
+  }
+  const std::vector<std::string> paths = {
+      WriteTemp("1.eml", letter),
+      WriteTemp("2.eml", LetterOf("b@c", "uu") + "begin 644 n.txt\r\n#0V%T\r\n`\r\nend\r\n"),
+      WriteTemp("3.eml", boxed),
+      WriteTemp("4.eml", LetterOf("b@c", "long") + std::string(1'200'000, 'x')),
+      WriteTemp("5.eml", "\n\nno letter"),
+      WriteTemp("6.eml", letter),
+      folder_.File("7.eml"),
+      WriteTemp("8.msg", samples::SampleMsgFile()),
+      WriteTemp("9.msg", samples::SampleMsgFile().substr(0, 4000))};
+  repository::DisconnectRepository();
+  platform::CopyFile(folder_.File("Tarnwick.twr"), folder_.File("empty"));
+  using Tables = decltype(testing::DumpRepository(RepositoryDb()));
+  Tables left[2];
+  decltype(ui_.shown) shown[2];
+  std::string log[2];
+  for (int second : {0, 1}) {
+    repository::DisconnectRepository();
+    platform::CopyFile(folder_.File("empty"), folder_.File("Tarnwick.twr"));
+    ASSERT_TRUE(repository::OpenRepository(false));
+    RemoveLog();
+    ui_.shown.clear();
+    intake::SetReader(second == 1 ? TARNWICK_READER : "");
+    int64_t before = intake::RecordsRead();
+    board::TakeResult taken = board::TakeTextFiles(paths);
+    EXPECT_EQ(intake::RecordsRead() >= before + 6, second == 1);
+    EXPECT_EQ(taken.stored, 5);
+    EXPECT_EQ(taken.alreadyStored, 1);
+    EXPECT_EQ(taken.notTaken.size(), 2U);
+    left[second] = testing::DumpRepository(RepositoryDb());
+    shown[second] = ui_.shown;
+    log[second] = Log();
+  }
+  intake::SetReader("");
+  EXPECT_TRUE(left[0] == left[1]);
+  EXPECT_EQ(shown[0], shown[1]);
+  EXPECT_EQ(log[0], log[1]);
+}
+
 // What the reader reads is what the program reads; letters that are deleted, broken, long, or leave
 // a file behind stand between.
 TEST_F(MailboxTree, TheReaderLeavesWhatTheProgramLeaves) {
