@@ -124,8 +124,7 @@ std::string KeyOfSubject(const KeyParts& parts) {
          std::to_string(parts.subject.size()) + "_" + parts.sent.ToKeyText();
 }
 
-// Fills in what the reading of a message leaves open: where it comes from, direction,
-// correspondent and key. False when it has neither a correspondent nor a subject.
+// SettleMessage; parts: what the key was made of.
 bool Settle(PreparedMessage& prepared, const SourceDescriptor& source,
             bool (*isFromMe)(const std::string& address), std::string key, KeyParts& parts) {
   MailMessage& message = prepared.message;
@@ -274,14 +273,19 @@ AddressPair SplitAddress(std::string_view text, bool keepsBareAddresses) {
   return pair;
 }
 
+bool SettleMessage(PreparedMessage& prepared, const SourceDescriptor& source,
+                   bool (*isFromMe)(const std::string& address), std::string key) {
+  KeyParts parts;
+  return Settle(prepared, source, isFromMe, std::move(key), parts);
+}
+
 bool ParseMessageFile(const RawMessage& raw, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
                       const ReadingRules& rules, const StoreFacts& facts) {
-  KeyParts parts;
   std::string key = std::move(message.MessageKey);
   message = {};
   PreparedMessage prepared = ReadMessage(raw, rules, facts);
-  bool isMessage = Settle(prepared, source, isFromMe, std::move(key), parts);
+  bool isMessage = SettleMessage(prepared, source, isFromMe, std::move(key));
   message = std::move(prepared.message);
   return isMessage;
 }

@@ -45,9 +45,14 @@ bool dbxParseMessage(const RawMessage& raw, const SourceDescriptor& source,
                      Ending* ending = nullptr, const ReadingRules& rules = kDesigned,
                      const StoreFacts& facts = {});
 
+// Fills in what the reading of a message leaves open: where it comes from, direction,
+// correspondent and, unless key is one, its key. False when it has neither a correspondent nor a
+// subject. isFromMe answers the own-address test.
+bool SettleMessage(PreparedMessage& prepared, const SourceDescriptor& source,
+                   bool (*isFromMe)(const std::string& address), std::string key);
+
 // Everything up to the storing step, without looking at the repository: what a fuzzer drives.
-// False when the message has neither a correspondent nor a subject. Throws Error for a file that
-// can't be read. isFromMe answers the own-address test.
+// False and isFromMe as above. Throws Error for a file that can't be read.
 bool ParseMessageFile(const RawMessage& raw, const SourceDescriptor& source,
                       bool (*isFromMe)(const std::string& address), MailMessage& message,
                       const ReadingRules& rules = kDesigned, const StoreFacts& facts = {});

@@ -94,8 +94,8 @@ void Pass(Archive& archive, ReadingConditions& c) {
   archive(c.rules, c.locale, c.now, c.zoneHours, c.monthNames);
 }
 // What the reader is told first.
-enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles, kTexts, kTextFile };
-inline constexpr size_t kConversations = 5;
+enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles, kTexts, kTextFile, kLostMail };
+inline constexpr size_t kConversations = 6;
 // Whether messages are sent to it; the others are handed a file.
 inline bool IsOfSent(Conversation conversation) {
   return conversation == Conversation::kLetterFiles || conversation == Conversation::kTexts;

@@ -45,13 +45,17 @@ class Frames {
 }  // namespace
 
 void ServeLetters(const LetterChannel& channel, bool isShutIn,
-                  const std::function<std::unique_ptr<LetterService>()>& open, uint64_t skip) {
+                  const std::function<std::unique_ptr<LetterService>(const ProgressTeller&)>& open,
+                  uint64_t skip) {
   Frames frames(channel);
   if (!isShutIn) frames.Add(letter_frame::kNotShutIn, {});
   frames.Add(letter_frame::kRecord, {});
   frames.Send();
   platform::LimitProcessorTime(kOpenSeconds);
-  std::unique_ptr<LetterService> service = open();
+  std::unique_ptr<LetterService> service = open([&](int percent) {
+    frames.Add(letter_frame::kProgress, std::string(1, static_cast<char>(percent)));
+    frames.Send();
+  });
   service->Skip(skip);
   bool isHalted = false;
   for (std::string payload;;) {

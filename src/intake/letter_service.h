@@ -59,9 +59,13 @@ struct LetterChannel {
   std::function<void(std::string_view)> write;
 };
 
+// Tells the program how far the service has come with what takes long, in percent.
+using ProgressTeller = std::function<void(int)>;
+
 // Answers until the channel ends, which it says by what it throws. open makes the service, when
 // the program has been told that the reader is there; skip: messages to pass over.
 void ServeLetters(const LetterChannel& channel, bool isShutIn,
-                  const std::function<std::unique_ptr<LetterService>()>& open, uint64_t skip);
+                  const std::function<std::unique_ptr<LetterService>(const ProgressTeller&)>& open,
+                  uint64_t skip);
 
 }  // namespace tarnwick::intake

@@ -140,6 +140,13 @@ void TellOf(const PreparedMessage& prepared) {
   if (prepared.fault) throw Error(prepared.fault->number, prepared.fault->text);
 }
 
+void SetNotes(PreparedMessage& prepared, std::string notes) {
+  prepared.message.Notes = std::move(notes);
+  if (!prepared.rows) return;
+  std::erase_if(prepared.rows->texts,
+                [](const PackedRows::Text& text) { return text.column == "Notes"; });
+}
+
 const std::vector<std::string_view>& PackedColumns() {
   static const std::vector<std::string_view> columns = [] {
     std::vector<std::string_view> found;

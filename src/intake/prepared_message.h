@@ -72,7 +72,10 @@ void TellOf(const PreparedMessage& prepared);
 // Tells what a message leaves to be told, a file that stood in it as well.
 void Tell(const core::Telling& telling);
 
-// The columns of PackedRows::texts.
+// Gives it notes, which are no part of its text.
+void SetNotes(PreparedMessage& prepared, std::string notes);
+
+// The columns of PackedRows::texts, all or none of which are packed but for notes set since.
 const std::vector<std::string_view>& PackedColumns();
 
 }  // namespace tarnwick::intake

@@ -286,6 +286,10 @@ std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
         if (!longText) throw Lost();
         longText(frame.payload);
         break;
+      case letter_frame::kProgress:
+        if (!progress_ || frame.payload.size() != 1) throw Lost();
+        progress_(std::min<int>(static_cast<unsigned char>(frame.payload[0]), 100));
+        break;
       case letter_frame::kNotShutIn:
         TellNotShutIn();
         break;

@@ -21,6 +21,7 @@
 //   'r' record...                             the answer itself, last
 //   'h' record...                             the same, of a message whose text is too long: the
 //                                             'n' requests that have come already are forgotten
+//   'w' percent                               how far it has come with what takes long; a byte
 //   'u'                                       the reader is not shut in: the system has no means
 //
 // What a record holds is the conversation's business; record_bytes.h reads it. Nothing that comes
@@ -34,6 +35,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "intake/letter_record.h"
 #include "platform/child_process.h"
@@ -49,6 +51,7 @@ inline constexpr char kPiece = 'p';
 inline constexpr char kBytes = 'b';
 inline constexpr char kRecord = 'r';
 inline constexpr char kHalted = 'h';
+inline constexpr char kProgress = 'w';
 inline constexpr char kNotShutIn = 'u';
 }  // namespace letter_frame
 inline constexpr size_t kLetterFrameHead = 5;
@@ -101,6 +104,9 @@ class ReaderLink {
   // The record of the first one that is not answered; nullopt where the reader was lost over it.
   std::optional<std::string_view> Answer();
 
+  // Whom to tell how far the reader has come, in percent; where it is nobody, none is to say so.
+  void TellProgress(std::function<void(int)> tell) { progress_ = std::move(tell); }
+
   // An answer made no sense: another reader goes on behind it.
   void Distrust();
   uint64_t StoreSize() const { return storeSize_; }
@@ -129,6 +135,7 @@ class ReaderLink {
   LetterOpening opening_;
   uint64_t storeSize_ = 0;
   uint64_t mostBytes_ = 0;  // of an answer
+  std::function<void(int)> progress_;
   std::unique_ptr<platform::ChildProcess> child_;
   std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
   size_t position_ = 0;

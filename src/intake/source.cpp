@@ -19,7 +19,9 @@ Ending TakeIn(const SourceFolder& folder, SourceMessage& message) {
   Ending ending;
   bool isNew = true;
   if (message.message) {
-    dbSaveMesage(raw, *message.message, descriptor.application, 0, folder.Identity(), &ending);
+    bool isPacked = message.prepared && message.prepared->rows;
+    dbSaveMesage(raw, *message.message, descriptor.application, 0, folder.Identity(), &ending,
+                 isPacked ? &*message.prepared->rows : nullptr);
   } else {
     isNew = TakeInMessage(raw, descriptor, folder.Identity(),
                           {.key = message.key,

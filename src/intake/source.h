@@ -36,7 +36,8 @@ struct SourceMessage {
   std::optional<MailMessage> message;
   // What stands in TempMessageFile, where the source has it in memory still.
   std::optional<RawMessage> raw;
-  // The same read by tarnwick-reader, by the folder's rules and the facts below.
+  // What was read of it ahead, by the folder's rules and the facts below; beside a record, the rows
+  // of that record.
   std::unique_ptr<PreparedMessage> prepared;
   // What its store says of it beside the text.
   StoreFacts facts;

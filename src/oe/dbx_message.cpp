@@ -122,6 +122,7 @@ bool CopyText(Taking& taking) {
   taking.message.raw =
       text.held ? intake::RawMessage(path, std::move(*text.held)) : intake::RawMessage(path);
   taking.message.prepared = std::move(text.prepared);
+  taking.message.sender = std::move(text.sender);
   return true;
 }
 

@@ -85,6 +85,14 @@ void ReadTreeNode(const std::string& fileName, uint32_t nodeOffset, std::string_
 // Date and subject, as the log and the account name a message.
 std::string DatedSubject(const MessageInfo& info);
 
+// What the first From line and the first Subject line of a text say, decoded: those of its header,
+// not those of a letter that it quotes.
+struct SenderLines {
+  std::string subject;
+  intake::AddressPair sender;  // "no address" where there is none
+};
+SenderLines ReadSender(const intake::RawMessage& raw);
+
 // What was read of one message.
 struct ReadMessage {
   MessageInfo info;
@@ -95,6 +103,7 @@ struct ReadMessage {
   // Of one that was copied: its bytes, where they are in memory, and what was made of them ahead.
   std::optional<intake::RawMessage> raw;
   std::unique_ptr<intake::PreparedMessage> prepared;
+  std::optional<SenderLines> sender;  // where it was asked for, of one that the reader read
 };
 
 class StoreWalk;

@@ -60,6 +60,8 @@ class MessageFile : public intake::SourceFolder {
   const intake::ReadingRules& Rules() const override { return rules_; }
   bool Next(intake::SourceMessage& message) override;
   void Ended(const intake::SourceMessage& message, const intake::Ending& ending) override;
+  // Who sent the message come to, where the reader said so.
+  const std::optional<SenderLines>& Sender() const { return sender_; }
   // Before somebody else takes the scratch file.
   void LetGoOfScratch() { files_.scratch.reset(); }
 
@@ -74,6 +76,7 @@ class MessageFile : public intake::SourceFolder {
   const intake::ReadingRules& rules_;
   std::unique_ptr<StoreWalk> walk_;
   uint32_t offset_ = 0;  // of the message come to
+  std::optional<SenderLines> sender_;
   WalkFiles files_;
   bool wantsText_ = false;
   intake::AheadPace pace_;
@@ -88,7 +91,7 @@ void MessageFile::EnterRoot(uint32_t offset) {
   // No block belongs to two messages; twice the file leaves room for a store that is a little out
   // of order.
   files_.chainBudget = 2 * platform::FileSize(fileName_);
-  walk_ = OpenStoreLink(fileName_, offset, rules_);
+  walk_ = OpenStoreLink(fileName_, offset, rules_, operation_ == kMeAddress);
   if (walk_) return;
   std::unique_ptr<StoreReading> reading = ReadHere();
   reading->EnterRoot(offset);
@@ -130,6 +133,7 @@ bool MessageFile::Next(intake::SourceMessage& message) {
     message.facts = read.facts;
     message.raw = std::move(read.raw);
     message.prepared = std::move(read.prepared);
+    sender_ = std::move(read.sender);
   } else {
     message.ending = read.ending;
   }
@@ -157,7 +161,7 @@ void Perform(MessageFile& file, std::string_view operation) {
       file.Ended(message, message.ending);
     } else {
       file.LetGoOfScratch();
-      if (operation == kMeAddress) dbxFileMeAddress();
+      if (operation == kMeAddress) dbxFileMeAddress(file.Sender());
       if (operation == kMsgToFiles) MsgToFiles();
     }
     core::YieldEvents();

@@ -9,12 +9,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "intake/source.h"
 #include "oe/announced.h"
 #include "oe/dbx_read.h"
 #include "oe/discovery.h"
+#include "oe/store_walk.h"
 
 namespace tarnwick::oe {
 
@@ -42,8 +44,9 @@ void ImportOutlookExpress(const intake::ReadingRules& rules = intake::kDesigned)
 // Every folder but drafts, deleted items and the outbox, and those of them that the rules name.
 bool IsFolderToRead(const FolderRow& folder, const intake::ReadingRules& rules = intake::kDesigned);
 
-// Keeps the sender of the message in TempMessageFile as one of the user's own addresses.
-void dbxFileMeAddress();
+// Keeps the sender of the message in TempMessageFile as one of the user's own addresses; read: what
+// was read of it already.
+void dbxFileMeAddress(const std::optional<SenderLines>& read = {});
 
 // Moves the message in TempMessageFile to EmailFileFolder, under a name made of its subject.
 void MsgToFiles();

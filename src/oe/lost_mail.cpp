@@ -408,7 +408,7 @@ std::optional<LostMessage> LostMail::PartOf(size_t info) {
   if (match == Match::kUnknown && !(fits && first->beginsMessage)) {
     message.why = "the headers of its text are missing";
   }
-  if (*message.why != '\0') return message;
+  if (!message.why.empty()) return message;
   Trim(chain, told.length);
   message.isWhole = chain.end == End::kEnd && told.length != 0;
   Fill(chain, Owner::kTaken, message);
@@ -439,7 +439,9 @@ std::optional<LostMessage> LostMail::Next() {
       } else if (!isDone_[each]) {
         message = pass_ == Pass::kProven ? ProvenOf(each) : PartOf(each);
       }
-      if (message) return message;
+      if (!message) continue;
+      message->origin = objects_.origin;
+      return message;
     }
     pass_ = pass_ == Pass::kProven ? Pass::kParts : isTexts ? Pass::kEnd : Pass::kTexts;
   }

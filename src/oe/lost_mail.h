@@ -38,13 +38,14 @@ struct TextPiece {
 
 struct LostMessage {
   uint32_t place = 0;  // of its index or, without one, its first block
+  int64_t origin = 0;  // of the piece of the file that it lies in (byte_reader.h)
   std::optional<PeekedMessage> index;
-  const char* how = "";  // it was found
+  std::string how;  // it was found
   std::vector<TextPiece> text;
   uint64_t length = 0;    // of the text
   uint64_t declared = 0;  // what the index says it was; 0 for not known
   bool isWhole = false;
-  const char* why = "";  // it is not, or there is no text at all
+  std::string why;  // it is not, or there is no text at all
 };
 
 class LostMail {

@@ -8,6 +8,7 @@
 #include "core/text.h"
 #include "intake/encoded_word.h"
 #include "intake/header_parser.h"
+#include "intake/raw_message.h"
 #include "intake/store_message.h"
 #include "oe/import.h"
 #include "platform/charset.h"
@@ -18,18 +19,17 @@ namespace tarnwick::oe {
 
 namespace {
 
-// The first FROM and the first SUBJECT line of a message: those of its header, not those of a
-// letter that it quotes.
+// The first FROM and the first SUBJECT line, as they stand.
 struct FirstLines {
   std::string from;
   std::string subject;
 };
 
-FirstLines ReadFirstLines(const std::string& path) {
+FirstLines ReadFirstLines(const intake::RawMessage& raw) {
   FirstLines lines;
   bool hasFrom = false;
   bool hasSubject = false;
-  platform::LineReader reader(path);
+  platform::LineReader reader = intake::LinesOf(raw);
   std::string line;
   while (!(hasFrom && hasSubject) && reader.Next(line)) {
     size_t colon = line.find(':');
@@ -48,16 +48,22 @@ FirstLines ReadFirstLines(const std::string& path) {
 
 }  // namespace
 
-void dbxFileMeAddress() {
+SenderLines ReadSender(const intake::RawMessage& raw) {
+  FirstLines lines = ReadFirstLines(raw);
+  intake::AddressPair sender = intake::SplitAddress(core::CleanTrim(lines.from));
+  intake::MixedText name;
+  intake::Decode(sender.Name, name);
+  return {platform::EnsureUtf8(lines.subject),
+          {name.Finish(""), platform::EnsureUtf8(sender.Address)}};
+}
+
+void dbxFileMeAddress(const std::optional<SenderLines>& read) {
   core::GuardedRun("dbxFileMeAddress", [&] {
-    FirstLines lines = ReadFirstLines(core::State().TempMessageFile);
-    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress),
-                    platform::EnsureUtf8(lines.subject));
-    intake::AddressPair sender = intake::SplitAddress(core::CleanTrim(lines.from));
+    SenderLines lines = read ? *read : ReadSender(core::State().TempMessageFile);
+    core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), lines.subject);
+    const intake::AddressPair& sender = lines.sender;
     if (sender.Address == intake::kNoAddress) return;
-    intake::MixedText name;
-    intake::Decode(sender.Name, name);
-    intake::dbSaveMeAddress(platform::EnsureUtf8(sender.Address), name.Finish(""), kApplication);
+    intake::dbSaveMeAddress(sender.Address, sender.Name, kApplication);
   });
 }
 

@@ -16,7 +16,7 @@
 #include "intake/store_message.h"
 #include "intake/stored_file.h"
 #include "oe/import.h"
-#include "oe/lost_mail.h"
+#include "oe/lost_walk.h"
 #include "oe/state.h"
 #include "platform/charset.h"
 #include "platform/files.h"
@@ -27,10 +27,6 @@ namespace tarnwick::oe {
 namespace {
 
 constexpr const char* kNoHeaders = "the headers of its text are missing";
-
-std::string BytesText(uint64_t bytes) {
-  return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-}
 
 // "Found in Inbox.dbx at 60116: deleted. 512 of 1024 bytes are there: ..."
 std::string NoteOf(const LostMessage& lost, const std::string& fileName) {
@@ -55,12 +51,34 @@ std::string NoteOf(const LostMessage& lost, const std::string& fileName) {
   return note;
 }
 
+// Writes a text to TempMessageFile, and makes a key of it.
+class ScratchText {
+ public:
+  void Add(std::string_view text) {
+    file_.Write(text);
+    length_ += text.size();
+    hash_ = Hash(text, hash_);
+    second_ = Hash(text, second_);
+  }
+  std::string Close() {
+    file_.Close();
+    return "recovered_" + std::to_string(length_) + "_" + HexText(hash_) + HexText(second_);
+  }
+
+ private:
+  platform::OutputFile file_{core::State().TempMessageFile,
+                             platform::OutputFile::Replace::kInPlace};
+  uint64_t length_ = 0;
+  uint64_t hash_ = Hash("");
+  uint64_t second_ = 0x9AE16A3B2F90404FULL;
+};
+
 // The lost messages of a file as a folder of a load.
 class RecoveredFolder : public intake::SourceFolder {
  public:
-  RecoveredFolder(const std::string& fileName, const FolderRecord& folder, LostMail& mail,
+  RecoveredFolder(const std::string& fileName, const FolderRecord& folder, LostWalk& walk,
                   const intake::ReadingRules& rules)
-      : fileName_(fileName), folder_(folder), mail_(mail), rules_(rules) {}
+      : fileName_(fileName), folder_(folder), walk_(walk), rules_(rules) {}
 
   std::string Place() const override { return fileName_ + ": lost messages"; }
   // The parent tells which way the mail of a folder went.
@@ -72,49 +90,38 @@ class RecoveredFolder : public intake::SourceFolder {
   const intake::ReadingRules& Rules() const override { return rules_; }
 
   bool Next(intake::SourceMessage& message) override {
-    std::optional<LostMessage> lost = mail_.Next();
-    if (!lost) return false;
-    message.name = NameOf(*lost);
-    Read(*lost, message);
+    LostReading reading = walk_.Next();
+    if (IsStopped()) return false;
+    for (const std::string& remark : reading.remarks) {
+      intake::Account().Note(fileName_ + ": " + remark);
+    }
+    if (reading.isEnd && reading.fault) throw Error(reading.fault.number, reading.fault.reason);
+    if (reading.isEnd) return false;
+    if (reading.fault) {
+      message.name = "a message";
+      message.ending = {intake::Outcome::kUnreadable, reading.fault.reason};
+    } else {
+      message.name = NameOf(reading.message);
+      Read(reading.message, message);
+    }
     return true;
   }
 
  private:
-  std::string NameOf(const LostMessage& lost) const;
+  static std::string NameOf(const LostMessage& lost);
   void Read(const LostMessage& lost, intake::SourceMessage& message);
-  std::string Copy(const LostMessage& lost);
+  void TakeText(const LostMessage& lost, TextReading& text, const std::string& key,
+                intake::SourceMessage& message);
 
   const std::string& fileName_;
   const FolderRecord& folder_;
-  LostMail& mail_;
+  LostWalk& walk_;
   const intake::ReadingRules& rules_;
 };
 
-std::string RecoveredFolder::NameOf(const LostMessage& lost) const {
+std::string RecoveredFolder::NameOf(const LostMessage& lost) {
   if (!lost.index) return "at " + std::to_string(lost.place);
   return DatedSubject(lost.index->info);
-}
-
-// Writes the text to TempMessageFile; gives a key made of it.
-std::string RecoveredFolder::Copy(const LostMessage& lost) {
-  constexpr uint64_t kSecondBasis = 0x9AE16A3B2F90404FULL;
-  platform::OutputFile scratch(core::State().TempMessageFile,
-                               platform::OutputFile::Replace::kInPlace);
-  uint64_t hash = Hash("");
-  uint64_t second = kSecondBasis;
-  for (const TextPiece& piece : lost.text) {
-    std::string text(mail_.File().Read(piece.offset, piece.length));
-    if (text.size() < piece.length) {
-      throw Error(ErrorNumber::kPathAccess, "the file became shorter");
-    }
-    size_t words = std::min<size_t>(piece.lacksFirstWord ? kLostWord.size() : 0, text.size());
-    text.replace(0, words, kLostWord.substr(0, words));
-    scratch.Write(text);
-    hash = Hash(text, hash);
-    second = Hash(text, second);
-  }
-  scratch.Close();
-  return "recovered_" + std::to_string(lost.length) + "_" + HexText(hash) + HexText(second);
 }
 
 void RecoveredFolder::Read(const LostMessage& lost, intake::SourceMessage& message) {
@@ -132,21 +139,42 @@ void RecoveredFolder::Read(const LostMessage& lost, intake::SourceMessage& messa
     message.ending = {Outcome::kUnreadable, lost.why};
     return;
   }
-  std::string textKey = Copy(lost);
+  ScratchText scratch;
+  TextReading text = walk_.ReadText(lost, [&](std::string_view piece) { scratch.Add(piece); });
+  if (text.fault.kind == Fault::Kind::kError) throw Error(text.fault.number, text.fault.reason);
+  if (text.fault) {
+    message.ending = {Outcome::kUnreadable, text.fault.reason};
+    return;
+  }
+  if (text.held) scratch.Add(*text.held);
+  std::string textKey = scratch.Close();
   if (isKnown(textKey)) return;
+  TakeText(lost, text, lost.isWhole && !key.empty() ? key : textKey, message);
+}
+
+void RecoveredFolder::TakeText(const LostMessage& lost, TextReading& text, const std::string& key,
+                               intake::SourceMessage& message) {
   const std::string& file = core::State().TempMessageFile;
-  intake::MailMessage mail;
-  mail.MessageKey = lost.isWhole && !key.empty() ? key : textKey;
-  intake::StoreFacts facts = lost.index ? lost.index->facts : intake::StoreFacts();
-  if (!intake::ParseMessageFile(file, Descriptor(), intake::IsFromMe, mail, rules_, facts)) {
-    message.ending = {Outcome::kUnreadable, kNoHeaders};
+  message.raw = text.held ? intake::RawMessage(file, std::move(*text.held)) : file;
+  if (text.prepared) {
+    intake::TellOf(*text.prepared);
+  } else {
+    intake::StoreFacts facts = lost.index ? lost.index->facts : intake::StoreFacts();
+    text.prepared =
+        std::make_unique<intake::PreparedMessage>(intake::ReadMessage(*message.raw, rules_, facts));
+  }
+  intake::PreparedMessage& prepared = *text.prepared;
+  intake::MailMessage& mail = prepared.message;
+  if (!intake::SettleMessage(prepared, Descriptor(), intake::IsFromMe, key)) {
+    message.ending = {intake::Outcome::kUnreadable, kNoHeaders};
   } else if (intake::IsStoredFile(mail.ReceivedTime, file)) {
-    message.ending = {Outcome::kAlreadyStored, {}};
+    message.ending = {intake::Outcome::kAlreadyStored, {}};
   } else {
     if (mail.Encoding.empty()) mail.Encoding = "NOT";
-    mail.Notes = NoteOf(lost, fileName_);
+    intake::SetNotes(prepared, NoteOf(lost, fileName_));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), mail.Subject);
     message.message = std::move(mail);
+    message.prepared = std::move(text.prepared);
   }
 }
 
@@ -159,15 +187,6 @@ bool GoOn(const FolderRecord& folder, int percent) {
   return !IsStopped();
 }
 
-void Tell(const LostMail& mail, const std::string& fileName) {
-  if (IsStopped()) return;
-  if (!mail.Remark().empty()) intake::Account().Note(fileName + ": it holds " + mail.Remark());
-  LostMail::Rest rest = mail.CountRest();
-  if (rest.blocks == 0) return;
-  intake::Account().Note(fileName + ": " + BytesText(rest.bytes) +
-                         " of lost texts whose beginnings were overwritten are not stored");
-}
-
 }  // namespace
 
 void ReadLostMessages(const std::string& fileName, const FolderRecord& folder, bool isCopy,
@@ -177,13 +196,9 @@ void ReadLostMessages(const std::string& fileName, const FolderRecord& folder, b
     if (platform::ReadDbxContent(fileName) == platform::DbxContent::kFolderList) return;
     core::LogProgress("Looks for lost messages = " + core::OneLogLine(fileName));
     auto goOn = [&](int percent) { return GoOn(folder, percent); };
-    for (FoundObjects& piece : FindObjects(fileName, goOn)) {
-      if (IsStopped()) return;
-      LostMail mail(fileName, std::move(piece), isCopy, goOn);
-      RecoveredFolder recovered(fileName, folder, mail, rules);
-      intake::ReadFolder(recovered);
-      Tell(mail, fileName);
-    }
+    std::unique_ptr<LostWalk> walk = OpenLostWalk(fileName, isCopy, rules, goOn);
+    RecoveredFolder recovered(fileName, folder, *walk, rules);
+    intake::ReadFolder(recovered);
   });
 }
 

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "core/guard.h"
-#include "intake/reader_link.h"
 #include "oe/store_record.h"
 #include "platform/files.h"
 
@@ -16,10 +15,11 @@ namespace {
 // What the service has to know beside the conditions.
 struct Root {
   uint32_t offset = 0;
+  bool asksForSenders = false;
 };
 template <typename Archive>
 void Pass(Archive& archive, Root& root) {
-  archive(root.offset);
+  archive(root.offset, root.asksForSenders);
 }
 
 // A request for a text.
@@ -62,25 +62,7 @@ class StoreLink : public StoreWalk {
                        const ByteSink& longText) override {
     Wanted wanted{message.firstBlock, message.indexedBlock, message.facts, turn.lastChainEnd,
                   turn.mostBytes};
-    uint64_t size = 0;
-    auto take = [&](std::string_view piece) {
-      size += piece.size();
-      if (size > turn.mostBytes) intake::RefuseRecord();
-      longText(piece);
-    };
-    TextReading text;
-    std::optional<std::string_view> record = link_->Text(intake::BytesOf(wanted), take);
-    try {
-      if (!record) intake::RefuseRecord();
-      text = intake::RecordOf<TextReading>(*record);
-      if (!text.held && !text.fault && text.size != size) intake::RefuseRecord();
-      Check(text);
-    } catch (const Error&) {
-      if (record) link_->Distrust();
-      text = {};
-      text.fault = {Fault::Kind::kReason, intake::kReaderLost};
-    }
-    return text;
+    return AskForText(*link_, intake::BytesOf(wanted), turn.mostBytes, longText);
   }
 
  private:
@@ -88,13 +70,24 @@ class StoreLink : public StoreWalk {
   std::unique_ptr<TextReading> ahead_;
 };
 
+void Prepare(const intake::StoreFacts& facts, const intake::ReadingRules& rules,
+             TextReading& text) {
+  if (text.fault) {
+    text.held.emplace();
+    text.size = 0;
+    return;
+  }
+  text.prepared = intake::PrepareElsewhere(*text.held, rules, facts);
+}
+
 class StoreService : public intake::LetterService {
  public:
-  StoreService(const intake::ReadingRules& rules, uint32_t root)
-      : rules_(rules), reading_(platform::kHandedName, rules_, [](const core::Telling& telling) {
-          core::TellingsKept::Keep(telling);
-        }) {
-    reading_.EnterRoot(root);
+  StoreService(const intake::ReadingRules& rules, const Root& root)
+      : rules_(rules),
+        asksForSenders_(root.asksForSenders),
+        reading_(platform::kHandedName, rules_,
+                 [](const core::Telling& telling) { core::TellingsKept::Keep(telling); }) {
+    reading_.EnterRoot(root.offset);
   }
 
   void Skip(uint64_t messages) override {
@@ -121,7 +114,7 @@ class StoreService : public intake::LetterService {
       try {
         auto text = std::make_unique<TextReading>(
             reading_.ReadText(answer.message, {}, [](std::string_view) { throw TextTooLong(); }));
-        Prepare(answer.message.facts, *text);
+        Prepare(answer.message.facts, rules_, *text);
         answer.text = std::move(text);
       } catch (const TextTooLong&) {
         isLong = true;
@@ -136,42 +129,62 @@ class StoreService : public intake::LetterService {
     message.firstBlock = wanted.firstBlock;
     message.indexedBlock = wanted.indexedBlock;
     TextReading text = reading_.ReadText(message, {wanted.lastChainEnd, wanted.mostBytes}, {});
-    Prepare(wanted.facts, text);
-    if (text.size > intake::kMostHeld) {
-      longText(*text.held);
-      text.held->clear();
-    }
-    return intake::BytesOf(text);
+    if (asksForSenders_ && !text.fault) text.sender = ReadSender({"", *text.held});
+    return AnswerWithText(text, rules_, wanted.facts, longText);
   }
 
  private:
-  void Prepare(const intake::StoreFacts& facts, TextReading& text) const {
-    if (text.fault) {
-      text.held.emplace();
-      text.size = 0;
-      return;
-    }
-    intake::RawMessage raw("", std::move(*text.held));
-    text.prepared = intake::PrepareElsewhere(raw, rules_, facts);
-    text.held = std::move(raw).Bytes();
-  }
-
   intake::ReadingRules rules_;
+  bool asksForSenders_;
   StoreReading reading_;
 };
 
 }  // namespace
 
+TextReading AskForText(intake::ReaderLink& link, std::string request, uint64_t mostBytes,
+                       const StoreWalk::ByteSink& longText) {
+  uint64_t size = 0;
+  auto take = [&](std::string_view piece) {
+    size += piece.size();
+    if (size > mostBytes) intake::RefuseRecord();
+    longText(piece);
+  };
+  TextReading text;
+  std::optional<std::string_view> record = link.Text(request, take);
+  try {
+    if (!record) intake::RefuseRecord();
+    text = intake::RecordOf<TextReading>(*record);
+    if (!text.held && !text.fault && text.size != size) intake::RefuseRecord();
+    Check(text);
+  } catch (const Error&) {
+    if (record) link.Distrust();
+    text = {};
+    text.fault = {Fault::Kind::kReason, intake::kReaderLost};
+  }
+  return text;
+}
+
+std::string AnswerWithText(TextReading& text, const intake::ReadingRules& rules,
+                           const intake::StoreFacts& facts,
+                           const intake::LetterService::ByteSink& longText) {
+  Prepare(facts, rules, text);
+  if (text.size > intake::kMostHeld) {
+    longText(*text.held);
+    text.held->clear();
+  }
+  return intake::BytesOf(text);
+}
+
 std::unique_ptr<StoreWalk> OpenStoreLink(const std::string& fileName, uint32_t root,
-                                         const intake::ReadingRules& rules) {
+                                         const intake::ReadingRules& rules, bool asksForSenders) {
   auto link = intake::ReaderLink::Begin(fileName, intake::Conversation::kDbx, rules,
-                                        intake::BytesOf(Root{root}));
+                                        intake::BytesOf(Root{root, asksForSenders}));
   return link ? std::make_unique<StoreLink>(std::move(link)) : nullptr;
 }
 
 std::unique_ptr<intake::LetterService> MakeStoreService(const intake::ReadingRules& rules,
                                                         std::string_view opening) {
-  return std::make_unique<StoreService>(rules, intake::RecordOf<Root>(opening).offset);
+  return std::make_unique<StoreService>(rules, intake::RecordOf<Root>(opening));
 }
 
 }  // namespace tarnwick::oe

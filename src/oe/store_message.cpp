@@ -12,6 +12,7 @@
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/store_walk.h"
+#include "oe/text_keeper.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 
@@ -229,32 +230,6 @@ class ChainGuard {
   uint64_t left_;
   uint64_t steps_ = 0;
   uint32_t remembered_ = 0;
-};
-
-// A text is held while it is short; a longer one goes to the sink, from its beginning on.
-class TextKeeper {
- public:
-  TextKeeper(TextReading& text, const StoreWalk::ByteSink& longText)
-      : text_(text), longText_(longText) {
-    text_.held.emplace();
-  }
-
-  void Add(std::string_view piece) {
-    text_.size += piece.size();
-    if (text_.held && text_.size > intake::kMostHeld && longText_) {
-      longText_(*text_.held);
-      text_.held.reset();
-    }
-    if (text_.held) {
-      *text_.held += piece;
-    } else {
-      longText_(piece);
-    }
-  }
-
- private:
-  TextReading& text_;
-  const StoreWalk::ByteSink& longText_;
 };
 
 // Reads the chain that begins at offset; gives why it can't, "" where it can.

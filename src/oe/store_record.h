@@ -29,9 +29,14 @@ void Pass(Archive& archive, MessageReading& m) {
 }
 
 template <typename Archive>
+void Pass(Archive& archive, SenderLines& s) {
+  archive(s.subject, s.sender);
+}
+
+template <typename Archive>
 void Pass(Archive& archive, TextReading& t) {
   std::string& held = t.held ? *t.held : t.held.emplace();
-  archive(t.fault, intake::RawBytes{held}, t.size, t.chainSize, t.chainEnd, t.prepared);
+  archive(t.fault, intake::RawBytes{held}, t.size, t.chainSize, t.chainEnd, t.prepared, t.sender);
   // A long one has gone to a sink.
   if (t.size <= intake::kMostHeld) return;
   if (!held.empty()) intake::RefuseRecord();

@@ -66,6 +66,7 @@ struct TextReading {
   uint64_t chainSize = 0;                             // of the blocks visited
   std::optional<uint32_t> chainEnd;                   // behind the last of them
   std::unique_ptr<intake::PreparedMessage> prepared;  // where it was made elsewhere
+  std::optional<SenderLines> sender;                  // likewise, where it was asked for
 };
 
 // A text in its turn.

@@ -17,6 +17,7 @@
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
 #include "intake/text_reader.h"
+#include "oe/lost_walk.h"
 #include "oe/store_link.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
@@ -131,7 +132,7 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
       .request = [&](std::string& payload) { return channel.ReadRequest(payload); },
       .hasMore = [&] { return channel.HasMore(); },
       .write = [&](std::string_view bytes) { channel.Write(bytes); }};
-  auto open = [&]() -> std::unique_ptr<intake::LetterService> {
+  auto open = [&](const intake::ProgressTeller& tell) -> std::unique_ptr<intake::LetterService> {
     const intake::ReadingRules& rules = opening.conditions.rules;
     switch (opening.conversation) {
       case intake::Conversation::kMailbox:
@@ -142,6 +143,8 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
         return intake::MakeTextService();
       case intake::Conversation::kTextFile:
         return intake::MakeTextFileService(opening.store);
+      case intake::Conversation::kLostMail:
+        return oe::MakeLostService(rules, opening.store, tell);
       case intake::Conversation::kDbx:
         break;
     }

@@ -12,10 +12,13 @@
 #include "intake/letter_record.h"
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
+#include "oe/lost_walk.h"
+#include "oe/rescue.h"
 #include "oe_fixture.h"
 #include "platform/child_process.h"
 #include "platform/environment.h"
 #include "repository/schema.h"
+#include "samples/worn_store.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -55,7 +58,8 @@ class WrongService : public intake::LetterService {
   }
   std::string Text(std::string_view which, const ByteSink& sink) override {
     std::string record = sound_->Text(which, sink);
-    if (count_ == kWhere && fault_.ends_with("its text")) std::_Exit(1);
+    bool isThere = count_ == kWhere || which.find("letter 60") != std::string_view::npos;
+    if (isThere && fault_.ends_with("its text")) std::_Exit(1);
     return record;
   }
   static constexpr uint64_t kWhere = 60;
@@ -99,9 +103,12 @@ class WrongService : public intake::LetterService {
   if (fault == "is no reader") std::_Exit(1);
   auto told = intake::RecordOf<intake::LetterOpening>(opening);
   intake::ReadUnder(told.conditions);
-  auto open = [&]() -> std::unique_ptr<intake::LetterService> {
-    return std::make_unique<WrongService>(MakeStoreService(told.conditions.rules, told.store),
-                                          fault);
+  auto open = [&](const auto& tell) -> std::unique_ptr<intake::LetterService> {
+    const intake::ReadingRules& rules = told.conditions.rules;
+    bool isSearch = told.conversation == intake::Conversation::kLostMail;
+    return std::make_unique<WrongService>(
+        isSearch ? MakeLostService(rules, told.store, tell) : MakeStoreService(rules, told.store),
+        fault);
   };
   auto hasMore = [] { return false; };
   intake::ServeLetters({request, hasMore, [](auto bytes) { platform::WriteToParent(bytes); }}, true,
@@ -110,6 +117,7 @@ class WrongService : public intake::LetterService {
 }();
 
 // What happens to a load, and where.
+enum class Pass { kLoad, kSenders, kRescue };
 struct Course {
   std::string name;
   std::deque<SenderAnswer> answers = {SenderAnswer::kAcceptAll};
@@ -117,6 +125,7 @@ struct Course {
   int diskIsFullAtWrite = -1;  // of the scratch file
   bool isSecond = false;       // half of it is there already
   const intake::ReadingRules* rules = &intake::kComplete;
+  Pass pass = Pass::kLoad;
 };
 
 // All that can be seen of it afterwards.
@@ -189,6 +198,13 @@ class StoreLinkTest : public OeFixture {
     return store;
   }
 
+  static std::string Piece(uint32_t seed) {
+    samples::WornStore store(100, seed);
+    store.Finish();
+    store.TakePiece(5, 80);
+    return store.Bytes().substr(0, store.Bytes().size() / 512 * 512);
+  }
+
   Left Load(const std::string& path, const std::string& reader, const Course& course) {
     repository::DisconnectRepository();
     platform::CopyFile(folder_.File("empty"), folder_.File("Tarnwick.twr"));
@@ -230,7 +246,13 @@ class StoreLinkTest : public OeFixture {
     jet::CommitGroup group(RepositoryDb());
     intake::Account().Open();
     intake::Account().Announce(path, AnnouncedMessages(path));
-    ReadMessageTree(path, kMsgToDb, {"Inbox", "", "ann"}, *course.rules);
+    const FolderRecord folder{"Inbox", "", "ann"};
+    if (course.pass == Pass::kRescue) {
+      ReadLostMessages(path, folder, true, *course.rules);
+    } else {
+      bool learns = course.pass == Pass::kSenders;
+      ReadMessageTree(path, learns ? kMeAddress : kMsgToDb, folder, *course.rules);
+    }
     group.End();
     intake::Account().Close();
     platform::SetFileFault(nullptr);
@@ -248,11 +270,19 @@ TEST_F(StoreLinkTest, TheReaderLeavesWhatTheProgramLeavesHoweverALoadEnds) {
       {.name = "stopped", .stopsAtYield = 215},
       {.name = "disk full", .diskIsFullAtWrite = 150},
       {.name = "designed", .rules = &intake::kDesigned},
+      {.name = "senders", .pass = Pass::kSenders},
+      {.name = "rescue", .pass = Pass::kRescue},
+      {.name = "rescue, half is there", .isSecond = true, .pass = Pass::kRescue},
+      {.name = "rescue, stopped", .stopsAtYield = 215, .pass = Pass::kRescue},
+      {.name = "rescue, disk full", .diskIsFullAtWrite = 150, .pass = Pass::kRescue},
+      {.name = "rescue of pieces", .pass = Pass::kRescue},
   };
   // Nothing yields while it waits for the reader.
   intake::SetLinkLimits({.patienceMilliseconds = 60'000});
-  const std::string path = WriteTemp("Inbox.dbx", Store().Bytes());
+  const std::string store = WriteTemp("Inbox.dbx", Store().Bytes());
+  const std::string pieces = WriteTemp("Pieces.dbx", Piece(1) + Piece(2));
   for (const Course& course : courses) {
+    const std::string& path = course.name.ends_with("pieces") ? pieces : store;
     int64_t before = intake::RecordsRead();
     Left here = Load(path, "", course);
     EXPECT_EQ(intake::RecordsRead(), before);
@@ -269,23 +299,34 @@ TEST_F(StoreLinkTest, TheReaderLeavesWhatTheProgramLeavesHoweverALoadEnds) {
 // Whatever becomes of the reader costs the one message, and is told.
 TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
   const std::string path = WriteTemp("Inbox.dbx", Store(150).Bytes());
-  Left sound = Load(path, "", {});
-  const std::pair<const char*, int> kRows[] = {{"dies", 1},
-                                               {"dies over its text", 1},
-                                               {"hangs", 1},
-                                               {"says nonsense", 1},
-                                               {"says half", 1},
-                                               {"says more", 1},
-                                               {"forges what is packed", 1},
-                                               {"floods", 1},
-                                               {"promises gigabytes", 1},
-                                               {"sends another frame", 1},
-                                               {"is no reader", 0}};
-  for (auto [fault, lost] : kRows) {
+  Left loaded = Load(path, "", {});
+  const Course rescue{.name = "rescue", .pass = Pass::kRescue};
+  Left rescued = Load(path, "", rescue);
+  const struct {
+    const char* fault;
+    int lost = 1;
+    bool rescues = false;
+  } kRows[] = {{"dies"},
+               {"dies over its text"},
+               {"hangs"},
+               {"says nonsense"},
+               {"says half"},
+               {"says more"},
+               {"forges what is packed"},
+               {"floods"},
+               {"promises gigabytes"},
+               {"sends another frame"},
+               {"is no reader", 0},
+               {"dies", 1, true},
+               {"says half", 1, true},
+               {"dies over its text", 1, true},
+               {"is no reader", 0, true}};
+  for (const auto& [fault, lost, rescues] : kRows) {
+    const Left& sound = rescues ? rescued : loaded;
     bool hangs = std::string_view(fault) == "hangs";
     intake::SetLinkLimits({.silentMilliseconds = hangs ? 2000 : 60'000});
     platform::SetEnvironmentText(kFault, fault);
-    Left left = Load(path, platform::ProgramPath(), {});
+    Left left = Load(path, platform::ProgramPath(), rescues ? rescue : Course());
     platform::SetEnvironmentText(kFault, std::nullopt);
     EXPECT_EQ(left.stored, sound.stored - lost) << fault;
     EXPECT_EQ(left.unreadable, sound.unreadable + lost) << fault;
