@@ -101,7 +101,7 @@ std::string OutlookExpress4Builder::Index() const {
   return bytes;
 }
 
-std::string SampleMsgFile(const std::string& subject) {
+std::string SampleMsgFile(const std::string& subject, size_t pictureBytes) {
   constexpr uint64_t kTime = 126'598'072'200'000'000;  // 2002-03-05 13:07 UTC
   std::vector<std::pair<std::string, std::string>> streams;
   auto message = [&](const std::string& storage, size_t head, const std::string& title,
@@ -132,7 +132,7 @@ std::string SampleMsgFile(const std::string& subject) {
   PropertyWriter picture("__attach_version1.0_#00000000/", 8);
   picture.Text(0x3707, "picture.png");
   picture.Number(0x3705, 0x0003, 1);
-  picture.Stream(0x3701, 0x0102, std::string(5000, '\x89'));
+  picture.Stream(0x3701, 0x0102, std::string(pictureBytes, '\x89'));
   picture.Finish(streams);
   PropertyWriter inner("__attach_version1.0_#00000001/", 8);
   inner.Text(0x3001, "forwarded");

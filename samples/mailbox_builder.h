@@ -28,6 +28,7 @@ class OutlookExpress4Builder {
 };
 
 // A message file of three recipients' kinds, a long body, an attachment and a message within it.
-std::string SampleMsgFile(const std::string& subject = "A saved message");
+std::string SampleMsgFile(const std::string& subject = "A saved message",
+                          size_t pictureBytes = 5000);
 
 }  // namespace tarnwick::samples

@@ -257,7 +257,7 @@ namespace {
 
 // The letters of mailboxes, accounted for as those of a load are.
 void TakeMailboxes(const std::vector<sources::Mailbox>& mailboxes, TakeResult& result) {
-  auto source = sources::MakeSource(outlook::ReadMsgFile, intake::StoredRules(), mailboxes);
+  auto source = sources::MakeSource(outlook::ReadsMsgFiles(), intake::StoredRules(), mailboxes);
   ReadChosen({source.get()});
   const core::LoadCounts& counts = State().Counts;
   result.stored += counts.stored;

@@ -33,7 +33,7 @@ std::map<std::string, Sources> SourcesOf(const std::vector<look::FoundMail>& mai
   if (!stores.empty()) byProfile[first].push_back(outlook::MakeSource(stores, rules));
   if (!mailboxes.empty()) {
     byProfile[first].push_back(
-        tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules, mailboxes));
+        tarnwick::sources::MakeSource(outlook::ReadsMsgFiles(), rules, mailboxes));
   }
   return byProfile;
 }

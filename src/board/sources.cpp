@@ -13,7 +13,7 @@ Sources EverySource(const intake::ReadingRules& rules) {
   Sources sources;
   sources.push_back(oe::MakeSource(rules));
   sources.push_back(outlook::MakeSource(rules));
-  sources.push_back(tarnwick::sources::MakeSource(outlook::ReadMsgFile, rules));
+  sources.push_back(tarnwick::sources::MakeSource(outlook::ReadsMsgFiles(), rules));
   return sources;
 }
 

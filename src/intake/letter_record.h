@@ -94,21 +94,19 @@ void Pass(Archive& archive, ReadingConditions& c) {
   archive(c.rules, c.locale, c.now, c.zoneHours, c.monthNames);
 }
 // What the reader is told first.
-enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles, kTexts, kTextFile, kLostMail };
+enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles, kText, kLostMail, kMsgFile };
 inline constexpr size_t kConversations = 6;
-// Whether messages are sent to it; the others are handed a file.
-inline bool IsOfSent(Conversation conversation) {
-  return conversation == Conversation::kLetterFiles || conversation == Conversation::kTexts;
-}
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
-  uint64_t skip = 0;  // messages to pass over
+  bool isHanded = false;  // a file; messages are sent otherwise
+  uint64_t skip = 0;      // messages to pass over
   ReadingConditions conditions;
   std::string store;  // of the conversation
 };
 template <typename Archive>
 void Pass(Archive& archive, LetterOpening& o) {
-  archive(OneOf{o.conversation, kConversations}, o.skip, o.conditions, RawBytes{o.store});
+  archive(OneOf{o.conversation, kConversations}, o.isHanded, o.skip, o.conditions,
+          RawBytes{o.store});
 }
 
 // Those of this run.

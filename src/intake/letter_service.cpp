@@ -74,6 +74,7 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
     } else if (kind == letter_frame::kNext && !isHalted) {
       LetterService::Answer answer = service->Next(payload);
       isHalted = answer.halts;
+      frames.AddText(answer.text);
       frames.Add(isHalted ? letter_frame::kHalted : letter_frame::kRecord, answer.record);
     }
   }

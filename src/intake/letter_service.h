@@ -22,7 +22,8 @@ class LetterService {
   using ByteSink = std::function<void(std::string_view)>;
   struct Answer {
     std::string record;
-    bool halts = false;  // its text is too long to be held
+    bool halts = false;     // its text is too long to be held
+    std::string text = {};  // goes ahead of the record
   };
 
   virtual ~LetterService() = default;

@@ -76,20 +76,11 @@ PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
   return prepared;
 }
 
-std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
-                                                  const StoreFacts& facts) {
+std::unique_ptr<PreparedMessage> ReadElsewhere(const std::function<void(PreparedMessage&)>& read) {
   core::TellingsKept kept;
   auto prepared = std::make_unique<PreparedMessage>();
   try {
-    *prepared = ReadMessage(raw, rules, facts);
-    TakeBodyFromHtml(prepared->message);
-    RawReader reader(raw);
-    if (reader.Size() <= kMostHeld) {
-      prepared->rows = PackRows(raw, prepared->message);
-    } else {
-      std::string_view head = reader.Read(0, kFileRecordLength);
-      prepared->rows.emplace().thread = StoredThread(ThreadOfHeaders(head));
-    }
+    read(*prepared);
   } catch (...) {
     Error error = core::CurrentError();
     prepared = std::make_unique<PreparedMessage>();
@@ -99,6 +90,25 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const R
   }
   prepared->tellings = kept.Take();
   return prepared;
+}
+
+void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size) {
+  TakeBodyFromHtml(prepared.message);
+  if (size <= kMostHeld) {
+    prepared.rows = PackRows(begin, prepared.message);
+  } else {
+    RawReader reader(begin);
+    std::string_view head = reader.Read(0, kFileRecordLength);
+    prepared.rows.emplace().thread = StoredThread(ThreadOfHeaders(head));
+  }
+}
+
+std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
+                                                  const StoreFacts& facts) {
+  return ReadElsewhere([&](PreparedMessage& prepared) {
+    prepared = ReadMessage(raw, rules, facts);
+    PackElsewhere(prepared, raw, RawReader(raw).Size());
+  });
 }
 
 std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,

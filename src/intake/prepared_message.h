@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,6 +63,12 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const R
 // The same of a text in memory, which is as it was afterwards.
 std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,
                                                   const StoreFacts& facts);
+
+// What both are made of, for what else is read into a record in another process: reads, with what
+// is to be told and the error that ended it kept; and packs what was read. begin: the raw message,
+// of one that is too long its first bytes; size: of all of it.
+std::unique_ptr<PreparedMessage> ReadElsewhere(const std::function<void(PreparedMessage&)>& read);
+void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size);
 
 // Whether rows that another process packed can be those of the message: nothing in them can harm
 // the repository. What they unpack to is not looked at.

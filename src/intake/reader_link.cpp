@@ -88,8 +88,8 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
                                               std::string opening) {
   if (Program().empty()) return nullptr;
   if (!storePath.empty()) platform::InputFile readable(storePath);  // or its error is told
-  std::unique_ptr<ReaderLink> link(new ReaderLink(
-      storePath, Program(), {conversation, 0, ConditionsOf(rules), std::move(opening)}));
+  LetterOpening told{conversation, !storePath.empty(), 0, ConditionsOf(rules), std::move(opening)};
+  std::unique_ptr<ReaderLink> link(new ReaderLink(storePath, Program(), std::move(told)));
   try {
     link->Start();
     return link;
@@ -223,7 +223,7 @@ void ReaderLink::Ask(std::string_view message, std::string_view how) {
   }
 }
 
-std::optional<std::string_view> ReaderLink::Answer() {
+std::optional<std::string_view> ReaderLink::Answer(const ByteSink& sink) {
   RequireHope();
   for (;;) {
     bool isAlone = messagesSent_ <= 1;
@@ -234,7 +234,7 @@ std::optional<std::string_view> ReaderLink::Answer() {
         messagesSent_ = 1;
       }
       mostBytes_ = MostFor(messages_.front().size());
-      std::string_view record = ReceiveRecord({});
+      std::string_view record = ReceiveRecord(sink);
       messageBytes_ -= messages_.front().size();
       messages_.pop_front();
       --messagesSent_;

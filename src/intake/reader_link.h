@@ -102,7 +102,8 @@ class ReaderLink {
   bool MayAsk(size_t size) const;
   void Ask(std::string_view message, std::string_view how);
   // The record of the first one that is not answered; nullopt where the reader was lost over it.
-  std::optional<std::string_view> Answer();
+  // What belongs to the answer beside its record goes to sink.
+  std::optional<std::string_view> Answer(const ByteSink& sink = {});
 
   // Whom to tell how far the reader has come, in percent; where it is nobody, none is to say so.
   void TellProgress(std::function<void(int)> tell) { progress_ = std::move(tell); }

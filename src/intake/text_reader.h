@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The texts of messages that come one by one, each in a file or in memory, read by tarnwick-reader
-// (reader_link.h): a message file, a signed letter within another. One reader serves many of them:
-// a short one is sent to it. A long one is handed, as an open file, to a reader of its own.
+// What comes one by one, each in a file or in memory, read by tarnwick-reader (reader_link.h): a
+// message file, a letter that lies signed within another, a file of Outlook. One reader serves many
+// of them: a short one is sent to it. A long one is handed, as an open file, to a reader of its
+// own.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
+#include "intake/letter_record.h"
 #include "intake/letter_service.h"
 #include "intake/prepared_message.h"
 
@@ -16,24 +21,50 @@ namespace tarnwick::intake {
 
 class ReaderLink;
 
-class TextReader {
+class SingleReader {
  public:
-  TextReader();
-  ~TextReader();
-  TextReader(const TextReader&) = delete;
-  TextReader& operator=(const TextReader&) = delete;
+  using ByteSink = std::function<void(std::string_view)>;
+  // Takes the answer; sent: what was sent, nothing of what was handed. Throws Error for a record
+  // that makes no sense.
+  using TakeRecord =
+      std::function<void(std::string_view record, const std::optional<std::string>& sent)>;
 
-  // What ReadMessage gives, where there is no reader by ReadMessage itself; what is to be told of
-  // the message has been told. Throws what ReadMessage throws, and Error 75 where the reader was
-  // lost over it.
-  PreparedMessage Read(const RawMessage& raw, const ReadingRules& rules, const StoreFacts& facts);
+  explicit SingleReader(Conversation conversation);
+  ~SingleReader();
+  SingleReader(const SingleReader&) = delete;
+  SingleReader& operator=(const SingleReader&) = delete;
+
+  // Asks about one; bytes that belong to the answer go to sink before take is called. False where
+  // there is no reader. Throws Error 75 where the reader was lost over it.
+  bool Ask(const RawMessage& raw, const ReadingRules& rules, const std::string& how,
+           const ByteSink& sink, const TakeRecord& take);
 
  private:
+  Conversation conversation_;
   std::unique_ptr<ReaderLink> link_;  // for those that are sent
 };
 
-// The reader's end: of texts that are sent, and of the one that it was handed.
+// The reader's end.
+class SingleService : public SentMessages {
+ public:
+  Answer Next(std::string_view how) override;
+  std::string Text(std::string_view which, const ByteSink& longText) override;
+
+ protected:
+  // The record; sink: as above.
+  virtual std::string Read(const RawMessage& raw, std::string_view how, const ByteSink& sink) = 0;
+};
+
+// Texts of messages.
+class TextReader {
+ public:
+  // What ReadMessage gives, where there is no reader by ReadMessage itself; what is to be told of
+  // the message has been told. Throws what ReadMessage throws, and Error 75 as above.
+  PreparedMessage Read(const RawMessage& raw, const ReadingRules& rules, const StoreFacts& facts);
+
+ private:
+  SingleReader reader_{Conversation::kText};
+};
 std::unique_ptr<LetterService> MakeTextService();
-std::unique_ptr<LetterService> MakeTextFileService(std::string_view opening);
 
 }  // namespace tarnwick::intake

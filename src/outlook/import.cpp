@@ -102,8 +102,13 @@ class ItemRun {
 // The mail of a folder of an open store.
 class ItemFolder : public intake::SourceFolder {
  public:
-  ItemFolder(OpenStore& open, WalkedFolder& folder, const intake::ReadingRules& rules)
-      : open_(open), folder_(folder), rules_(rules), run_(*folder.folder, folder.items) {}
+  ItemFolder(OpenStore& open, WalkedFolder& folder, const intake::ReadingRules& rules,
+             intake::TextReader& texts)
+      : open_(open),
+        folder_(folder),
+        rules_(rules),
+        texts_(texts),
+        run_(*folder.folder, folder.items) {}
 
   std::string Place() const override { return open_.PlaceOf(folder_); }
   intake::SourceDescriptor Descriptor() const override {
@@ -170,14 +175,15 @@ class ItemFolder : public intake::SourceFolder {
   }
 
   void ReadMail(Item& item, intake::SourceMessage& message) {
-    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_);
+    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_, texts_);
     message.name = std::move(taken.name);
-    message.message = std::move(taken.message);
+    message.message = std::move(taken.prepared.message);
   }
 
   OpenStore& open_;
   WalkedFolder& folder_;
   const intake::ReadingRules& rules_;
+  intake::TextReader& texts_;
   ItemRun run_;
 };
 
@@ -279,7 +285,7 @@ class Import {
         "Outlook folder = " + core::OneLogLine(folder.place.parentPath + "\\" + folder.place.name) +
         "\r\nItems = " + std::to_string(folder.items));
     core::SetStatus(static_cast<int>(core::StatusPanel::kProgress), folder.place.name);
-    ItemFolder items(open, folder, rules_);
+    ItemFolder items(open, folder, rules_, texts_);
     intake::ReadFolder(items);
   }
 
@@ -310,6 +316,7 @@ class Import {
 
   Namespace& outlook_;
   intake::ReadingRules rules_;
+  intake::TextReader texts_;
   std::vector<OpenStore> stores_;
   std::vector<RefusedStore> refused_;
   std::vector<std::string> unopened_;  // of these, what is no matter of a password

@@ -93,20 +93,9 @@ void AddAttachment(const std::string& name, MailMessage& message) {
   message.Attachments[static_cast<size_t>(message.AttachCount++)] = core::CleanTrim(name);
 }
 
-std::string DirectionOf(const Letter& letter, const FolderPlace& place,
-                        bool (*isFromMe)(const std::string& address)) {
-  if (place.inSentItems) return "Out";
-  if (place.inInbox) return "In";
-  // What was never sent was written here, whatever sender it names or lacks.
-  if (letter.isDraft) return "Out";
-  return isFromMe(letter.from.Address) ? "Out" : "In";
-}
-
 }  // namespace
 
-MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place,
-                      bool (*isFromMe)(const std::string& address),
-                      const intake::ReadingRules& rules) {
+MailMessage MessageOf(const Letter& letter, Item& item, const intake::ReadingRules& rules) {
   MailMessage message;
   message.MessageKey = item.EntryID();
   message.Subject = letter.subject;
@@ -128,11 +117,20 @@ MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place
   message.Charset = letter.charset;
   message.HTMLCharset = letter.charset;
   message.Encoding = kNoEncoding;
+  return message;
+}
+
+void SetPlace(const FolderPlace& place, bool isDraft, bool (*isFromMe)(const std::string& address),
+              MailMessage& message) {
   message.Folder = place.name;
   message.Parent = place.parentPath;
-  message.Direction = DirectionOf(letter, place, isFromMe);
+  bool isOut = place.inSentItems;
+  if (!isOut && !place.inInbox) {
+    // What was never sent was written here, whatever sender it names or lacks.
+    isOut = isDraft || isFromMe(message.FromAddress);
+  }
+  message.Direction = isOut ? "Out" : "In";
   intake::SetCorrespondent(message);
-  return message;
 }
 
 }  // namespace tarnwick::outlook

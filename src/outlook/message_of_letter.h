@@ -21,14 +21,18 @@ struct FolderPlace {
   bool inInbox = false;
 };
 
-// The record, complete but for what it is stored as. Times are local civil ones: a sent time that
-// is missing is the received one, else when the item was made; a received time that is missing or
-// lies more than a day ahead is the sent one. Where the rules ask for sound dates, one that is not
-// counts as missing, and before the received time comes that of the Date header. Recipients beyond
-// what the rules have are dropped, with a box for Cc; attachments beyond the record's room
-// likewise. isFromMe answers whether an address is the user's own.
-intake::MailMessage MessageOf(const Letter& letter, Item& item, const FolderPlace& place,
-                              bool (*isFromMe)(const std::string& address),
+// The record, complete but for its place and what it is stored as. Times are local civil ones: a
+// sent time that is missing is the received one, else when the item was made; a received time that
+// is missing or lies more than a day ahead is the sent one. Where the rules ask for sound dates,
+// one that is not counts as missing, and before the received time comes that of the Date header.
+// Recipients beyond what the rules have are dropped, with a box for Cc; attachments beyond the
+// record's room likewise.
+intake::MailMessage MessageOf(const Letter& letter, Item& item,
                               const intake::ReadingRules& rules = intake::kDesigned);
+
+// Says where it lies and, by that, which way it went. isFromMe answers whether an address is the
+// user's own.
+void SetPlace(const FolderPlace& place, bool isDraft, bool (*isFromMe)(const std::string& address),
+              intake::MailMessage& message);
 
 }  // namespace tarnwick::outlook

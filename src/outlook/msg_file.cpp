@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/run_state.h"
+#include "intake/letter_record.h"
 #include "outlook/raw_row.h"
 #include "outlook/take_item.h"
 #include "outlook/type_name.h"
@@ -15,6 +17,11 @@
 #include "platform/files.h"
 
 namespace tarnwick::outlook {
+
+template <typename Archive>
+void Pass(Archive& archive, ItemReading& r) {
+  archive(r.prepared, r.isDraft, r.isSigned, r.own, r.damage);
+}
 
 namespace {
 
@@ -162,27 +169,117 @@ class MsgItem : public Item {
   std::string damage_;
 };
 
+// The item of a file as both ends read it.
+ItemReading ReadMsg(const intake::RawMessage& file, const intake::ReadingRules& rules,
+                    const std::function<void(std::string_view)>& sink) {
+  std::unique_ptr<Item> item = OpenMsgFile(file);
+  if (std::string type = item->TypeName(); type != "MailItem") {
+    throw Error(ErrorNumber::kPathAccess, "it is no mail: " + type);
+  }
+  uint64_t budget = kOutputFloor + kOutputFactor * intake::RawReader(file).Size();
+  return ReadItem(*item, budget, rules, sink);
+}
+
+// Hands on what is written piece by piece, and keeps it as long as it is short.
+class Keeper {
+ public:
+  explicit Keeper(const std::function<void(std::string_view)>& sink) : sink_(sink) {}
+
+  void Add(std::string_view bytes) {
+    size_ += bytes.size();
+    if (begin_.size() <= intake::kMostHeld) begin_ += bytes;
+    piece_ += bytes;
+    if (piece_.size() >= kPiece) Flush();
+  }
+  void Flush() {
+    sink_(piece_);
+    piece_.clear();
+  }
+  uint64_t Size() const { return size_; }
+  // All of a short text, the beginning of another.
+  std::string TakeBegin() { return std::move(begin_); }
+
+ private:
+  static constexpr size_t kPiece = size_t{64} * 1024;
+  const std::function<void(std::string_view)>& sink_;
+  std::string begin_;
+  std::string piece_;
+  uint64_t size_ = 0;
+};
+
+class MsgFileService : public intake::SingleService {
+ protected:
+  std::string Read(const intake::RawMessage& raw, std::string_view how,
+                   const ByteSink& sink) override {
+    auto rules = intake::RecordOf<intake::ReadingRules>(how);
+    Keeper text(sink);
+    ItemReading reading;
+    auto read = intake::ReadElsewhere([&](intake::PreparedMessage& prepared) {
+      reading = ReadMsg(raw, rules, [&](std::string_view bytes) { text.Add(bytes); });
+      text.Flush();
+      prepared = std::move(reading.prepared);
+      intake::PackElsewhere(prepared, {"", text.TakeBegin()}, text.Size());
+    });
+    reading.prepared = std::move(*read);
+    return intake::BytesOf(reading);
+  }
+};
+
 }  // namespace
 
-std::unique_ptr<Item> OpenMsgFile(const std::string& path) {
-  auto file = std::make_shared<CompoundFile>(platform::ReadFile(path, kMostBytes));
-  auto item = std::make_unique<MsgItem>(std::move(file), CompoundFile::kRoot, 0);
+std::unique_ptr<Item> OpenMsgFile(const intake::RawMessage& file) {
+  auto bytes = std::make_shared<CompoundFile>(
+      file.Held() ? *file.Held() : platform::ReadFile(file.File(), kMostBytes));
+  auto item = std::make_unique<MsgItem>(std::move(bytes), CompoundFile::kRoot, 0);
   if (item->Properties().IsEmpty()) {
     throw Error(ErrorNumber::kPathAccess, "the file is no Outlook message");
   }
   return item;
 }
 
-intake::MailMessage ReadMsgFile(const std::string& path, const intake::SourceDescriptor& place,
-                                bool isSent, const intake::ReadingRules& rules) {
-  std::unique_ptr<Item> item = OpenMsgFile(path);
-  if (std::string type = item->TypeName(); type != "MailItem") {
-    throw Error(ErrorNumber::kPathAccess, "it is no mail: " + type);
+intake::PreparedMessage MsgFileReader::Read(const std::string& path,
+                                            const intake::SourceDescriptor& place, bool isSent,
+                                            const intake::ReadingRules& rules) {
+  ItemReading reading;
+  {
+    platform::OutputFile output(core::State().TempMessageFile,
+                                platform::OutputFile::Replace::kInPlace);
+    std::optional<std::string> held(std::in_place);
+    auto write = [&](std::string_view bytes) {
+      output.Write(bytes);
+      if (held && held->size() + bytes.size() > intake::kMostHeld) held.reset();
+      if (held) *held += bytes;
+    };
+    bool isRead = reader_.Ask(path, rules, intake::BytesOf(rules), write,
+                              [&](std::string_view record, const auto& /*sent*/) {
+                                reading = intake::RecordOf<ItemReading>(record);
+                                intake::CheckPrepared(reading.prepared, held);
+                              });
+    if (isRead) {
+      intake::TellOf(reading.prepared);
+    } else {
+      reading = ReadMsg(path, rules, write);
+    }
+    output.Close();
   }
-  uint64_t budget = kOutputFloor + kOutputFactor * platform::FileSize(path);
-  return TakeItem(*item, {place.folder, place.parent, isSent, false}, place.application, budget,
-                  rules)
-      .message;
+  return SettleItem(std::move(reading), {place.folder, place.parent, isSent, false},
+                    place.application, texts_)
+      .prepared;
+}
+
+std::function<intake::PreparedMessage(const std::string&, const intake::SourceDescriptor&, bool,
+                                      const intake::ReadingRules&)>
+ReadsMsgFiles() {
+  auto reader = std::make_shared<std::optional<MsgFileReader>>();
+  return [reader](const std::string& path, const intake::SourceDescriptor& place, bool isSent,
+                  const intake::ReadingRules& rules) {
+    if (!*reader) reader->emplace();
+    return (*reader)->Read(path, place, isSent, rules);
+  };
+}
+
+std::unique_ptr<intake::LetterService> MakeMsgFileService() {
+  return std::make_unique<MsgFileService>();
 }
 
 }  // namespace tarnwick::outlook

@@ -115,14 +115,15 @@ class LostFolder : public intake::SourceFolder {
   const intake::ReadingRules& rules_;
   std::string store_;
   uint64_t budget_;
+  intake::TextReader texts_;
   bool hasFound_ = false;
   int64_t gone_ = 0;
 };
 
 void LostFolder::Read(LostItem& lost, intake::SourceMessage& message) {
-  TakenItem taken = TakeItem(*lost.item, PlaceOf(lost), kApplication, budget_, rules_);
+  TakenItem taken = TakeItem(*lost.item, PlaceOf(lost), kApplication, budget_, rules_, texts_);
   message.name = std::move(taken.name);
-  intake::MailMessage& mail = taken.message;
+  intake::MailMessage& mail = taken.prepared.message;
   bool isPart = lost.isPart || !taken.damage.empty();
   bool isStored = isPart ? intake::IsLetterStored(mail)
                          : intake::IsStoredFile(mail.ReceivedTime, core::State().TempMessageFile);

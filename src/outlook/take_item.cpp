@@ -2,9 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/take_item.h"
 
+#include <utility>
+
 #include "core/messages.h"
 #include "core/run_state.h"
-#include "intake/header_parser.h"
 #include "intake/store_message.h"
 #include "outlook/letter.h"
 #include "outlook/mime_message.h"
@@ -15,47 +16,63 @@ namespace tarnwick::outlook {
 
 namespace {
 
-// The texts of a signed letter lie in what was signed.
-void TakeBodiesOfRawText(const std::string& file, const intake::SourceDescriptor& place,
-                         intake::MailMessage& message) {
-  intake::MailMessage parsed;
-  if (!intake::ParseMessageFile(file, place, intake::IsFromMe, parsed)) return;
-  message.Body = parsed.Body;
-  message.HTMLBody = parsed.HTMLBody;
-  message.Attachments = parsed.Attachments;
+void TakeBodiesOfSigned(intake::TextReader& texts, intake::PreparedMessage& prepared) {
+  intake::MailMessage parsed =
+      texts.Read(core::State().TempMessageFile, intake::kDesigned, {}).message;
+  intake::MailMessage& message = prepared.message;
+  message.Body = std::move(parsed.Body);
+  message.HTMLBody = std::move(parsed.HTMLBody);
+  message.Attachments = std::move(parsed.Attachments);
   message.AttachCount = parsed.AttachCount;
+  prepared.rows.reset();
 }
 
 }  // namespace
 
-TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
-                   uint64_t& budget, const intake::ReadingRules& rules) {
+ItemReading ReadItem(Item& item, uint64_t& budget, const intake::ReadingRules& rules,
+                     const std::function<void(std::string_view)>& sink) {
   Letter letter = ReadLetter(item);
-  TakenItem taken;
-  taken.message = MessageOf(letter, item, place, intake::IsFromMe, rules);
-  intake::MailMessage& message = taken.message;
+  ItemReading reading;
+  reading.prepared.message = MessageOf(letter, item, rules);
+  MimeResult written = WriteMime(item, letter, budget, sink);
+  reading.damage = item.Damage();
+  if (reading.damage.empty() && written.attachmentsLost > 0) reading.damage = "an attachment";
+  reading.isDraft = letter.isDraft;
+  reading.isSigned = letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item);
+  reading.own = {letter.from.Name, letter.ownAddress};
+  return reading;
+}
+
+TakenItem SettleItem(ItemReading reading, const FolderPlace& place, const std::string& application,
+                     intake::TextReader& texts) {
+  TakenItem taken{std::move(reading.prepared), {}, std::move(reading.damage)};
+  intake::MailMessage& message = taken.prepared.message;
+  SetPlace(place, reading.isDraft, intake::IsFromMe, message);
   taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
                core::LoggedMailText(message.Subject);
-  const std::string& file = core::State().TempMessageFile;
-  {
-    platform::OutputFile output(file, platform::OutputFile::Replace::kInPlace);
-    MimeResult written =
-        WriteMime(item, letter, budget, [&](std::string_view bytes) { output.Write(bytes); });
-    output.Close();
-    taken.damage = item.Damage();
-    if (taken.damage.empty() && written.attachmentsLost > 0) taken.damage = "an attachment";
-  }
-  if (letter.plainBody.empty() && letter.htmlBody.empty() && IsSecured(letter, item)) {
-    TakeBodiesOfRawText(file, {place.name, place.parentPath, application}, message);
-  }
+  if (reading.isSigned) TakeBodiesOfSigned(texts, taken.prepared);
   if (!taken.damage.empty()) {
-    message.Notes = "This message is damaged in its Outlook store (" + taken.damage +
-                    "). Parts of it may be missing or not as they were written.";
+    intake::SetNotes(taken.prepared, "This message is damaged in its Outlook store (" +
+                                         taken.damage +
+                                         "). Parts of it may be missing or not as they were "
+                                         "written.");
   }
-  if (place.inSentItems && letter.ownAddress != intake::kNoAddress) {
-    intake::dbSaveMeAddress(letter.ownAddress, letter.from.Name, application);
+  if (place.inSentItems && reading.own.Address != intake::kNoAddress) {
+    intake::dbSaveMeAddress(reading.own.Address, reading.own.Name, application);
   }
   return taken;
+}
+
+TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
+                   uint64_t& budget, const intake::ReadingRules& rules, intake::TextReader& texts) {
+  ItemReading reading;
+  {
+    platform::OutputFile output(core::State().TempMessageFile,
+                                platform::OutputFile::Replace::kInPlace);
+    reading = ReadItem(item, budget, rules, [&](std::string_view bytes) { output.Write(bytes); });
+    output.Close();
+  }
+  return SettleItem(std::move(reading), place, application, texts);
 }
 
 }  // namespace tarnwick::outlook

@@ -19,6 +19,7 @@
 #include "intake/text_reader.h"
 #include "oe/lost_walk.h"
 #include "oe/store_link.h"
+#include "outlook/msg_file.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
@@ -139,10 +140,10 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
         return sources::MakeMailboxService(rules, opening.store);
       case intake::Conversation::kLetterFiles:
         return sources::MakeLetterFileService(rules);
-      case intake::Conversation::kTexts:
+      case intake::Conversation::kText:
         return intake::MakeTextService();
-      case intake::Conversation::kTextFile:
-        return intake::MakeTextFileService(opening.store);
+      case intake::Conversation::kMsgFile:
+        return MakeMsgFileService();
       case intake::Conversation::kLostMail:
         return oe::MakeLostService(rules, opening.store, tell);
       case intake::Conversation::kDbx:
@@ -167,8 +168,7 @@ int Run() {
     opening = intake::RecordOf<intake::LetterOpening>(request.payload);
     intake::ReadUnder(opening.conditions);
   }
-  if (!intake::IsOfSent(opening.conversation))
-    platform::InputFile::Handed();  // which asks for its size
+  if (!isOfLetters || opening.isHanded) platform::InputFile::Handed();  // which asks for its size
   bool isShutIn = platform::ConfineThisProcess(kMaxMemory).HasAny();
   if (isOfLetters) return ServeLetters(channel, opening, isShutIn);
   return ServeOutlook(channel, std::move(request), isShutIn);

@@ -237,7 +237,9 @@ void MailboxFolder::ReadRecord(const std::string& file, intake::SourceMessage& m
     message.ending.outcome = intake::OutcomeOfKnown(message.key);
     return;
   }
-  message.message = readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent, rules_);
+  message.prepared = std::make_unique<intake::PreparedMessage>(
+      readRecord_(file, Descriptor(), mailbox_.role == MailboxRole::kSent, rules_));
+  message.message = std::move(message.prepared->message);
   message.message->MessageKey = message.key;
 }
 

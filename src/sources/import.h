@@ -29,7 +29,7 @@ inline constexpr const char* kDeletedReason = "letters that were deleted are not
 
 // Reads a letter that is a record, not a text (an Outlook message file): writes it to
 // TempMessageFile as an Internet message and gives the record, its key left empty. Throws Error.
-using RecordReader = std::function<intake::MailMessage(
+using RecordReader = std::function<intake::PreparedMessage(
     const std::string& file, const intake::SourceDescriptor& place, bool isSent,
     const intake::ReadingRules& rules)>;
 

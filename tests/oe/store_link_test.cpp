@@ -12,6 +12,7 @@
 #include "intake/letter_record.h"
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
+#include "intake/text_reader.h"
 #include "oe/lost_walk.h"
 #include "oe/rescue.h"
 #include "oe_fixture.h"
@@ -51,6 +52,7 @@ class WrongService : public intake::LetterService {
     count_ = messages;
     sound_->Skip(messages);
   }
+  void Take(std::string_view piece) override { sound_->Take(piece); }
   Answer Next(std::string_view how) override {
     Answer answer = sound_->Next(how);
     if (++count_ == kWhere) GoWrong(answer.record, how);
@@ -105,10 +107,13 @@ class WrongService : public intake::LetterService {
   intake::ReadUnder(told.conditions);
   auto open = [&](const auto& tell) -> std::unique_ptr<intake::LetterService> {
     const intake::ReadingRules& rules = told.conditions.rules;
-    bool isSearch = told.conversation == intake::Conversation::kLostMail;
-    return std::make_unique<WrongService>(
-        isSearch ? MakeLostService(rules, told.store, tell) : MakeStoreService(rules, told.store),
-        fault);
+    std::unique_ptr<intake::LetterService> sound;
+    if (told.conversation == intake::Conversation::kText) sound = intake::MakeTextService();
+    if (told.conversation == intake::Conversation::kLostMail) {
+      sound = MakeLostService(rules, told.store, tell);
+    }
+    if (!sound) sound = MakeStoreService(rules, told.store);
+    return std::make_unique<WrongService>(std::move(sound), fault);
   };
   auto hasMore = [] { return false; };
   intake::ServeLetters({request, hasMore, [](auto bytes) { platform::WriteToParent(bytes); }}, true,
@@ -334,6 +339,28 @@ TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
     EXPECT_EQ(left.tables == sound.tables, lost == 0) << fault;
     bool isNone = std::string_view(fault) == "is no reader";
     EXPECT_EQ(left.log.find("the program reads them itself") != std::string::npos, isNone) << fault;
+  }
+}
+
+// The same of texts that are sent to it.
+TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheOneTextThatItWasSent) {
+  for (const char* fault : {"dies", "says nonsense", "says half", "promises gigabytes"}) {
+    intake::SetReader(platform::ProgramPath());
+    platform::SetEnvironmentText(kFault, fault);
+    intake::TextReader texts;
+    std::vector<int> lost;
+    for (int i = 1; i <= 100; ++i) {
+      try {
+        const std::string subject = "letter " + std::to_string(i);
+        intake::RawMessage raw("", MailOf(subject).text);
+        EXPECT_EQ(texts.Read(raw, intake::kComplete, {}).message.Subject, subject);
+      } catch (const Error& error) {
+        EXPECT_EQ(error.Description(), intake::kReaderLost);
+        lost.push_back(i);
+      }
+    }
+    platform::SetEnvironmentText(kFault, std::nullopt);
+    EXPECT_THAT(lost, ElementsAre(static_cast<int>(WrongService::kWhere))) << fault;
   }
 }
 

@@ -130,7 +130,10 @@ class MessageOfLetter : public ::testing::Test {
   intake::MailMessage Message(MemoryItem& item, const FolderPlace& place = {},
                               const intake::ReadingRules& rules = intake::kDesigned) {
     MemoryOutlook::ItemView view(item);
-    return MessageOf(ReadLetter(view), view, place, &IsAnn, rules);
+    Letter letter = ReadLetter(view);
+    intake::MailMessage message = MessageOf(letter, view, rules);
+    SetPlace(place, letter.isDraft, &IsAnn, message);
+    return message;
   }
   testing::ScriptedUi ui_;
 };

@@ -10,11 +10,16 @@
 namespace tarnwick::outlook {
 namespace {
 
-using MsgFile = testing::ProgramFixture;
+class MsgFile : public testing::ProgramFixture {
+ protected:
+  intake::MailMessage ReadMsgFile(const std::string& path, const intake::SourceDescriptor& place) {
+    return MsgFileReader().Read(path, place, false).message;
+  }
+};
 
 TEST_F(MsgFile, BecomesAMessageWithWhatHangsOnIt) {
   std::string path = WriteTemp("saved.msg", samples::SampleMsgFile("Saved"));
-  intake::MailMessage message = ReadMsgFile(path, {"Letters", "", "Message files"}, false);
+  intake::MailMessage message = ReadMsgFile(path, {"Letters", "", "Message files"});
   EXPECT_EQ(message.Subject, "Saved");
   EXPECT_EQ(message.FromAddress, "bob@firm.test");
   EXPECT_EQ(message.SentTime.ToIso(), "2002-03-05 13:07:00");
@@ -31,8 +36,8 @@ TEST_F(MsgFile, BecomesAMessageWithWhatHangsOnIt) {
   std::string contact =
       takeout::CompoundFileBytes({{"__substg1.0_001A001E", "IPM.Contact"},
                                   {"__properties_version1.0", std::string(32, '\0')}});
-  EXPECT_THROW(ReadMsgFile(WriteTemp("contact.msg", contact), {}, false), Error);
-  EXPECT_THROW(ReadMsgFile(WriteTemp("text.msg", "From: a@b\r\n\r\n"), {}, false), Error);
+  EXPECT_THROW(ReadMsgFile(WriteTemp("contact.msg", contact), {}), Error);
+  EXPECT_THROW(ReadMsgFile(WriteTemp("text.msg", "From: a@b\r\n\r\n"), {}), Error);
 }
 
 // Every word of the file's own tables set to what leads astray: it ends, and no chain that returns
@@ -47,7 +52,7 @@ TEST_F(MsgFile, DamageCostsNoMoreThanTheFile) {
       bytes.replace(place, 4, word, 4);
       platform::WriteFile(path, bytes);
       try {
-        ReadMsgFile(path, {}, false);
+        ReadMsgFile(path, {});
         ++read;
       } catch (const Error&) {
         // Refused.
@@ -57,7 +62,7 @@ TEST_F(MsgFile, DamageCostsNoMoreThanTheFile) {
   EXPECT_GT(read, 0);
   for (size_t size : {0U, 8U, 512U, 4000U}) {
     platform::WriteFile(path, sound.substr(0, size));
-    EXPECT_THROW(ReadMsgFile(path, {}, false), Error) << size;
+    EXPECT_THROW(ReadMsgFile(path, {}), Error) << size;
   }
 }
 

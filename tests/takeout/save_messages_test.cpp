@@ -147,7 +147,7 @@ TEST_F(SaveMessagesTest, TheStateGoesIntoNamesAndMailboxesAndComesBack) {
   Save(SaveFormat::kMsg, "msg");
   std::multiset<std::string> read;
   for (const std::string& path : Files("msg")) {
-    read.insert(outlook::ReadMsgFile(path, {"Inbox", "", "Outlook"}, false).State);
+    read.insert(outlook::MsgFileReader().Read(path, {"Inbox", "", "Outlook"}, false).message.State);
   }
   EXPECT_EQ(read, (std::multiset<std::string>{"S", "S", "S", "S", "S", "S", "SRF", "SRF", "U", "U",
                                               "UP", "UP", "URF", "URF"}));
@@ -180,7 +180,8 @@ TEST_F(SaveMessagesTest, AFileForOutlookHoldsWhatIsStored) {
   EXPECT_TRUE(path.ends_with(".msg"));
 
   StoredMessage stored = *ReadStoredMessage(1);
-  intake::MailMessage read = outlook::ReadMsgFile(path, {"Inbox", "", "Outlook"}, false);
+  intake::MailMessage read =
+      outlook::MsgFileReader().Read(path, {"Inbox", "", "Outlook"}, false).message;
   EXPECT_EQ(read.Subject, stored.subject);
   EXPECT_EQ(read.Body, stored.body);
   EXPECT_EQ((intake::AddressPair{read.FromName, read.FromAddress}),
