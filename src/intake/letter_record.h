@@ -94,8 +94,16 @@ void Pass(Archive& archive, ReadingConditions& c) {
   archive(c.rules, c.locale, c.now, c.zoneHours, c.monthNames);
 }
 // What the reader is told first.
-enum class Conversation : uint8_t { kDbx, kMailbox, kLetterFiles, kText, kLostMail, kMsgFile };
-inline constexpr size_t kConversations = 6;
+enum class Conversation : uint8_t {
+  kDbx,
+  kMailbox,
+  kLetterFiles,
+  kText,
+  kLostMail,
+  kMsgFile,
+  kRegistry
+};
+inline constexpr size_t kConversations = 7;
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
   bool isHanded = false;  // a file; messages are sent otherwise

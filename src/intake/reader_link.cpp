@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "intake/letter_service.h"
 #include "intake/record_bytes.h"
+#include "intake/registry_link.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
 #include "platform/error.h"
@@ -66,6 +67,8 @@ LinkLimits SetLinkLimits(const LinkLimits& limits) {
 
 void SetReader(std::string program) {
   Program() = std::move(program);
+  platform::SetRegistryFileReader(Program().empty() ? platform::RegistryFileReader()
+                                                    : OpenRegistryLink);
 }
 
 const std::string& Reader() {

@@ -68,7 +68,8 @@ struct LinkLimits {
 // For tests; those that were before.
 LinkLimits SetLinkLimits(const LinkLimits& limits);
 
-// The reader that the program reads through; "" where it reads everything itself.
+// The reader that the program reads through, registry files too; "" where it reads everything
+// itself.
 void SetReader(std::string program);
 const std::string& Reader();
 // The one beside the running program, or TARNWICK_READER.

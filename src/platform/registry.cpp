@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/files.h"
@@ -39,7 +40,26 @@ ProfileFiles Look(const std::string& folder) {
   return {hasList ? ProfileKind::kDbxWithFolderList : ProfileKind::kDbxFiles, {}};
 }
 
+RegistryFileReader& ElsewhereReader() {
+  static RegistryFileReader reader;
+  return reader;
+}
+
+std::unique_ptr<RegistryKeys> KeysOf(const ProfileFiles& files) {
+  std::unique_ptr<RegistryKeys> keys;
+  if (ElsewhereReader()) keys = ElsewhereReader()(files.registryFile, files.kind);
+  return keys ? std::move(keys) : ReadRegistryFile(files.registryFile, files.kind);
+}
+
 }  // namespace
+
+std::unique_ptr<RegistryKeys> ReadRegistryFile(const std::string& file, ProfileKind kind) {
+  return kind == ProfileKind::kHive ? ReadHive(file) : ReadWineRegistry(file);
+}
+
+void SetRegistryFileReader(RegistryFileReader reader) {
+  ElsewhereReader() = std::move(reader);
+}
 
 ProfileKind DetectProfile(const std::string& folder) {
   return Look(WithSeparator(folder)).kind;
@@ -52,9 +72,9 @@ std::unique_ptr<Registry> OpenProfile(const std::string& folder) {
     case ProfileKind::kOwn:
       return OpenOwnRegistry();
     case ProfileKind::kHive:
-      return OpenHive(absolute, files.registryFile);
+      return OpenHive(absolute, KeysOf(files));
     case ProfileKind::kWine:
-      return OpenWinePrefix(absolute, files.registryFile);
+      return OpenWinePrefix(absolute, KeysOf(files));
     case ProfileKind::kDbxWithFolderList:
     case ProfileKind::kDbxFiles:
       return OpenDbxFolder(absolute);

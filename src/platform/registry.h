@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,9 +29,10 @@ struct RegistryValue {
   uint32_t number = 0;  // kNumber
 };
 
-class Registry {
+// Keys and what they hold.
+class RegistryKeys {
  public:
-  virtual ~Registry() = default;
+  virtual ~RegistryKeys() = default;
 
   // Names of the subkeys of a key such as "Identities" or "Software\\Microsoft\\Windows", in the
   // registry's order; nullopt when there is no such key.
@@ -38,7 +40,11 @@ class Registry {
   // nullopt when the key or the value is missing. keyExists, when given, tells which.
   virtual std::optional<RegistryValue> Value(std::string_view path, std::string_view name,
                                              bool* keyExists = nullptr) = 0;
+};
 
+// The same with what maps it onto this machine.
+class Registry : public RegistryKeys {
+ public:
   // Undoes %NAME% of an expandable text for this owner (UserProfile, AppData, ...); a name that
   // nobody knows stays as it is.
   virtual std::string Expand(std::string_view text) = 0;
@@ -57,6 +63,15 @@ std::string OwnProfileFolder();
 
 // What a folder could be opened as.
 ProfileKind DetectProfile(const std::string& folder);
+
+// What of a registry file is read, which may hold anything: kHive or kWine. Throws Error 75 for a
+// file that is none, or what opening a file throws.
+std::unique_ptr<RegistryKeys> ReadRegistryFile(const std::string& file, ProfileKind kind);
+// Whoever reads registry files for OpenProfile elsewhere; it gives nullptr where it does not, and
+// throws what ReadRegistryFile throws. {} for nobody.
+using RegistryFileReader =
+    std::function<std::unique_ptr<RegistryKeys>(const std::string& file, ProfileKind kind)>;
+void SetRegistryFileReader(RegistryFileReader reader);
 
 // REQUIRES: DetectProfile(folder) is not kNone; throws Error 53 otherwise.
 std::unique_ptr<Registry> OpenProfile(const std::string& folder);

@@ -10,10 +10,9 @@ namespace tarnwick::platform {
 
 namespace {
 
-class HiveRegistry : public Registry {
+class HiveKeys : public RegistryKeys {
  public:
-  HiveRegistry(std::string folder, const std::string& file)
-      : folder_(std::move(folder)), hive_(file) {}
+  explicit HiveKeys(const std::string& file) : hive_(file) {}
 
   std::optional<std::vector<std::string>> SubKeys(std::string_view path) override {
     std::optional<Hive::Key> key = hive_.Find(SplitWindowsPath(path));
@@ -30,6 +29,14 @@ class HiveRegistry : public Registry {
     if (!value) return std::nullopt;
     return DecodeValue(value->type, std::move(value->bytes));
   }
+
+ private:
+  Hive hive_;
+};
+
+class HiveRegistry : public FileRegistry {
+ public:
+  using FileRegistry::FileRegistry;
 
   std::string Expand(std::string_view text) override {
     return ExpandNames(text, [this](const std::string& name) { return Variable(name); });
@@ -48,28 +55,22 @@ class HiveRegistry : public Registry {
         return isFolder ? WithSeparator(*found) : *found;
       }
     }
-    return FindTail(folder_, expanded).value_or(TurnSeparators(expanded));
+    return FindTail(Folder(), expanded).value_or(TurnSeparators(expanded));
   }
 
  private:
   // What Windows would have in the owner's environment. The hive holds only what differs from the
   // rule, so the rule for the owner's folder is spelled out.
   std::optional<std::string> Variable(const std::string& name) {
-    for (const char* key : {"Volatile Environment", "Environment"}) {
-      std::optional<RegistryValue> value = Value(key, name, nullptr);
-      if (value && (value->type == RegistryValue::Type::kText ||
-                    value->type == RegistryValue::Type::kExpandableText)) {
-        return value->text;
-      }
-    }
-    std::string owner = FileNameOf(folder_.substr(0, folder_.size() - 1));
+    if (auto stored = StoredVariable(name)) return stored;
+    std::string owner = FileNameOf(Folder().substr(0, Folder().size() - 1));
     return OwnerVariable(name, owner, "\\Documents and Settings\\" + owner);
   }
 
   // The root of the old disk when the profile stands where Windows had it: two or three folders
   // above, beside the folder of Windows itself.
   std::optional<std::string> DiskRoot() {
-    std::string root = folder_;
+    std::string root = Folder();
     for (int level = 0; level < 3; ++level) {
       root = FolderOf(root.substr(0, root.size() - 1));
       if (root.size() < 2) return std::nullopt;
@@ -80,15 +81,16 @@ class HiveRegistry : public Registry {
     }
     return std::nullopt;
   }
-
-  std::string folder_;
-  Hive hive_;
 };
 
 }  // namespace
 
-std::unique_ptr<Registry> OpenHive(const std::string& folder, const std::string& hiveFile) {
-  return std::make_unique<HiveRegistry>(folder, hiveFile);
+std::unique_ptr<RegistryKeys> ReadHive(const std::string& file) {
+  return std::make_unique<HiveKeys>(file);
+}
+
+std::unique_ptr<Registry> OpenHive(const std::string& folder, std::unique_ptr<RegistryKeys> keys) {
+  return std::make_unique<HiveRegistry>(folder, std::move(keys));
 }
 
 }  // namespace tarnwick::platform

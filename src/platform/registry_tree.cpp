@@ -159,20 +159,15 @@ std::optional<RegistryValue> RegistryTree::Value(std::string_view path, std::str
   return value->second;
 }
 
-std::optional<std::string> RegistryTree::TextValue(std::string_view path, std::string_view name) {
-  std::optional<RegistryValue> value = Value(path, name);
-  if (!value || (value->type != RegistryValue::Type::kText &&
-                 value->type != RegistryValue::Type::kExpandableText)) {
-    return std::nullopt;
+std::optional<std::string> FileRegistry::StoredVariable(const std::string& name) {
+  for (const char* key : {"Volatile Environment", "Environment"}) {
+    std::optional<RegistryValue> value = Value(key, name, nullptr);
+    if (value && (value->type == RegistryValue::Type::kText ||
+                  value->type == RegistryValue::Type::kExpandableText)) {
+      return value->text;
+    }
   }
-  return value->text;
-}
-
-std::string RegistryTree::Expand(std::string_view text) {
-  return ExpandNames(text, [this](const std::string& name) {
-    std::optional<std::string> value = TextValue("Volatile Environment", name);
-    return value ? value : TextValue("Environment", name);
-  });
+  return std::nullopt;
 }
 
 }  // namespace tarnwick::platform

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/registry.h"
@@ -50,12 +51,8 @@ class RegistryTree : public Registry {
   std::optional<std::vector<std::string>> SubKeys(std::string_view path) override;
   std::optional<RegistryValue> Value(std::string_view path, std::string_view name,
                                      bool* keyExists = nullptr) override;
-  // Through the keys "Volatile Environment" and "Environment".
-  std::string Expand(std::string_view text) override;
+  std::string Expand(std::string_view text) override { return std::string(text); }
   std::string MapPath(std::string_view path) override { return std::string(path); }
-
- protected:
-  std::optional<std::string> TextValue(std::string_view path, std::string_view name);
 
  private:
   struct Key {
@@ -66,10 +63,36 @@ class RegistryTree : public Registry {
   std::map<std::string, Key> keys_;  // by folded path
 };
 
-// The providers, one a file.
-std::unique_ptr<Registry> OpenHive(const std::string& folder, const std::string& hiveFile);
+// The registry of a file in a folder.
+class FileRegistry : public Registry {
+ public:
+  FileRegistry(std::string folder, std::unique_ptr<RegistryKeys> keys)
+      : folder_(std::move(folder)), keys_(std::move(keys)) {}
+
+  std::optional<std::vector<std::string>> SubKeys(std::string_view path) override {
+    return keys_->SubKeys(path);
+  }
+  std::optional<RegistryValue> Value(std::string_view path, std::string_view name,
+                                     bool* keyExists) override {
+    return keys_->Value(path, name, keyExists);
+  }
+
+ protected:
+  const std::string& Folder() const { return folder_; }
+  // Of the keys "Volatile Environment" and "Environment".
+  std::optional<std::string> StoredVariable(const std::string& name);
+
+ private:
+  std::string folder_;
+  std::unique_ptr<RegistryKeys> keys_;
+};
+
+// The providers, one a file: what reads it, and what maps it.
+std::unique_ptr<RegistryKeys> ReadHive(const std::string& file);
+std::unique_ptr<Registry> OpenHive(const std::string& folder, std::unique_ptr<RegistryKeys> keys);
+std::unique_ptr<RegistryKeys> ReadWineRegistry(const std::string& file);
 std::unique_ptr<Registry> OpenWinePrefix(const std::string& folder,
-                                         const std::string& registryFile);
+                                         std::unique_ptr<RegistryKeys> keys);
 std::unique_ptr<Registry> OpenDbxFolder(const std::string& folder);
 // The registry of the user who runs the program, where the system has one; nullptr elsewhere.
 std::unique_ptr<Registry> OpenOwnRegistry();

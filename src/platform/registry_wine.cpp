@@ -171,10 +171,10 @@ std::optional<RegistryValue> ParseData(std::string_view text) {
   return std::nullopt;
 }
 
-class WineRegistry : public RegistryTree {
+class WineKeys : public RegistryTree {
  public:
-  WineRegistry(std::string folder, const std::string& registryFile) : folder_(std::move(folder)) {
-    if (FileSize(registryFile) > kMaxRegistryText) {
+  explicit WineKeys(const std::string& registryFile) {
+    if (InputFile(registryFile).Size() > kMaxRegistryText) {
       throw Error(ErrorNumber::kPathAccess, "The registry file is damaged: " + registryFile);
     }
     AddKey("");
@@ -197,27 +197,6 @@ class WineRegistry : public RegistryTree {
     }
   }
 
-  std::string Expand(std::string_view text) override {
-    std::string known = RegistryTree::Expand(text);
-    return ExpandNames(known, [this](const std::string& name) { return Variable(name); });
-  }
-
-  std::string MapPath(std::string_view windowsPath) override {
-    std::string expanded = Expand(windowsPath);
-    char drive = DriveLetterOf(expanded);
-    std::string rest = TurnSeparators(drive == '\0' ? expanded : expanded.substr(2));
-    bool isFolder = rest.ends_with(kSeparator);
-    std::optional<std::string> found;
-    if (drive == 'C' || drive == '\0') found = FindIgnoringCase(folder_ + "drive_c/", rest);
-    if (!found && drive != '\0') {
-      std::string device = AsciiLower(std::string(1, drive)) + ":";
-      found = FindIgnoringCase(folder_ + "dosdevices/" + device, rest);
-    }
-    if (found) return isFolder ? WithSeparator(*found) : *found;
-    // A user.reg that was copied without its drives: from the owner's folder on.
-    return FindTail(folder_, expanded).value_or(TurnSeparators(expanded));
-  }
-
  private:
   void TakeValue(const std::string& key, std::string_view line) {
     std::optional<std::string> name = std::string();
@@ -228,7 +207,35 @@ class WineRegistry : public RegistryTree {
     line.remove_prefix(1);
     if (auto value = ParseData(line)) AddValue(key, *name, std::move(*value));
   }
+};
 
+class WineRegistry : public FileRegistry {
+ public:
+  using FileRegistry::FileRegistry;
+
+  std::string Expand(std::string_view text) override {
+    std::string known =
+        ExpandNames(text, [this](const std::string& name) { return StoredVariable(name); });
+    return ExpandNames(known, [this](const std::string& name) { return Variable(name); });
+  }
+
+  std::string MapPath(std::string_view windowsPath) override {
+    std::string expanded = Expand(windowsPath);
+    char drive = DriveLetterOf(expanded);
+    std::string rest = TurnSeparators(drive == '\0' ? expanded : expanded.substr(2));
+    bool isFolder = rest.ends_with(kSeparator);
+    std::optional<std::string> found;
+    if (drive == 'C' || drive == '\0') found = FindIgnoringCase(Folder() + "drive_c/", rest);
+    if (!found && drive != '\0') {
+      std::string device = AsciiLower(std::string(1, drive)) + ":";
+      found = FindIgnoringCase(Folder() + "dosdevices/" + device, rest);
+    }
+    if (found) return isFolder ? WithSeparator(*found) : *found;
+    // A user.reg that was copied without its drives: from the owner's folder on.
+    return FindTail(Folder(), expanded).value_or(TurnSeparators(expanded));
+  }
+
+ private:
   std::optional<std::string> Variable(const std::string& name) {
     std::string owner = Owner();
     if (owner.empty()) return std::nullopt;
@@ -237,22 +244,24 @@ class WineRegistry : public RegistryTree {
 
   // The one user of the prefix; of several the one that is logged on here.
   std::string Owner() {
-    std::vector<std::string> owners = ListFolders(folder_ + "drive_c/users/");
+    std::vector<std::string> owners = ListFolders(Folder() + "drive_c/users/");
     std::erase_if(owners, [](const std::string& name) { return AsciiLower(name) == "public"; });
     for (const std::string& name : owners) {
       if (AsciiLower(name) == AsciiLower(LogonName())) return name;
     }
     return owners.empty() ? std::string() : owners.front();
   }
-
-  std::string folder_;
 };
 
 }  // namespace
 
+std::unique_ptr<RegistryKeys> ReadWineRegistry(const std::string& file) {
+  return std::make_unique<WineKeys>(file);
+}
+
 std::unique_ptr<Registry> OpenWinePrefix(const std::string& folder,
-                                         const std::string& registryFile) {
-  return std::make_unique<WineRegistry>(folder, registryFile);
+                                         std::unique_ptr<RegistryKeys> keys) {
+  return std::make_unique<WineRegistry>(folder, std::move(keys));
 }
 
 }  // namespace tarnwick::platform

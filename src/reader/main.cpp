@@ -16,6 +16,7 @@
 #include "intake/letter_record.h"
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
+#include "intake/registry_link.h"
 #include "intake/text_reader.h"
 #include "oe/lost_walk.h"
 #include "oe/store_link.h"
@@ -142,6 +143,8 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
         return sources::MakeLetterFileService(rules);
       case intake::Conversation::kText:
         return intake::MakeTextService();
+      case intake::Conversation::kRegistry:
+        return intake::MakeRegistryService(opening.store);
       case intake::Conversation::kMsgFile:
         return MakeMsgFileService();
       case intake::Conversation::kLostMail:
