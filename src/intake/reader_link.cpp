@@ -52,6 +52,20 @@ void TellNotShutIn() {
       "Mail stores are read without the protection of the system: it can confine no process.");
 }
 
+// A machine that is out of processes for a moment costs one store the wall, and not all of them.
+constexpr int kMostFailures = 3;
+
+int& Failures() {
+  static int failures = 0;
+  return failures;
+}
+
+void TellFailure(const char* what, const std::string& why) {
+  if (++Failures() > 1) return;
+  core::WriteLog(std::string("The reader of mail stores ") + what +
+                 "; the program reads them itself." + why);
+}
+
 std::string FrameOf(char kind, std::string_view payload) {
   std::string frame(1, kind);
   RecordWriter writer(frame);
@@ -67,6 +81,7 @@ LinkLimits SetLinkLimits(const LinkLimits& limits) {
 
 void SetReader(std::string program) {
   Program() = std::move(program);
+  Failures() = 0;
   platform::SetRegistryFileReader(Program().empty() ? platform::RegistryFileReader()
                                                     : OpenRegistryLink);
 }
@@ -89,7 +104,7 @@ int64_t RecordsRead() {
 std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
                                               Conversation conversation, const ReadingRules& rules,
                                               std::string opening) {
-  if (Program().empty()) return nullptr;
+  if (Program().empty() || Failures() >= kMostFailures) return nullptr;
   if (!storePath.empty()) platform::InputFile readable(storePath);  // or its error is told
   LetterOpening told{conversation, !storePath.empty(), 0, ConditionsOf(rules), std::move(opening)};
   std::unique_ptr<ReaderLink> link(new ReaderLink(storePath, Program(), std::move(told)));
@@ -97,12 +112,10 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
     link->Start();
     return link;
   } catch (const Lost&) {
-    core::WriteLog("The reader of mail stores does not answer; the program reads them itself.");
+    TellFailure("does not answer", {});
   } catch (const Error& error) {
-    core::WriteLog("The reader of mail stores can't be started; the program reads them itself. " +
-                   core::OneLogLine(error.Description()));
+    TellFailure("can't be started", " " + core::OneLogLine(error.Description()));
   }
-  Program().clear();
   return nullptr;
 }
 

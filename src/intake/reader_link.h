@@ -83,7 +83,8 @@ class ReaderLink {
   using ByteSink = std::function<void(std::string_view)>;
 
   // nullptr where the program reads itself: none is set, or it can't be started, which is logged
-  // once. storePath: "" where messages are sent. Throws Error for a store that can't be opened.
+  // once; it is tried again for each store, until it has failed three times. storePath: "" where
+  // messages are sent. Throws Error for a store that can't be opened.
   static std::unique_ptr<ReaderLink> Begin(const std::string& storePath, Conversation conversation,
                                            const ReadingRules& rules, std::string opening);
 
