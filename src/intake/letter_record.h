@@ -96,14 +96,15 @@ void Pass(Archive& archive, ReadingConditions& c) {
 // What the reader is told first.
 enum class Conversation : uint8_t {
   kDbx,
+  kLostMail,
+  kFolderList,
   kMailbox,
   kLetterFiles,
   kText,
-  kLostMail,
   kMsgFile,
   kRegistry
 };
-inline constexpr size_t kConversations = 7;
+inline constexpr size_t kConversations = 8;
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
   bool isHanded = false;  // a file; messages are sent otherwise

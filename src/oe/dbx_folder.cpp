@@ -2,17 +2,35 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // The folder list of a store. Section "Folder info".
+#include "oe/folder_list.h"
+
 #include <algorithm>
+#include <utility>
 
 #include "core/guard.h"
 #include "core/messages.h"
+#include "intake/letter_record.h"
+#include "intake/reader_link.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
 #include "oe/state.h"
 #include "oe/tree_walk.h"
 #include "platform/charset.h"
+#include "platform/files.h"
 
 namespace tarnwick::oe {
+
+template <typename Archive>
+void Pass(Archive& archive, FolderRow& row) {
+  constexpr size_t kPurposes = static_cast<size_t>(Purpose::kDrafts) + 1;
+  archive(row.displayName, row.fileName, row.number, row.parent,
+          intake::OneOf{row.purpose, kPurposes});
+}
+
+template <typename Archive>
+void Pass(Archive& archive, FolderListReading& r) {
+  archive(r.rows, r.isDamaged, r.tellings);
+}
 
 namespace {
 
@@ -82,61 +100,108 @@ bool TakeByIndex(ByteReader& file, uint32_t offset, FolderRow& row) {
   return true;
 }
 
-}  // namespace
+void ReportUnknownFile() {
+  core::TellingsKept::Keep({.kind = core::Telling::Kind::kUnknownFile});
+}
 
-void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex, const intake::ReadingRules& rules) {
+// Adds the folder of an info object, where it is one.
+void ReadFolder(ByteReader& file, uint32_t infoOffset, const intake::ReadingRules& rules,
+                FolderListReading& list) {
   bool ended = core::GuardedRun("ReadFolderInfo", [&] {
-    const FolderFile& list = State().FolderFiles.at(static_cast<size_t>(folderFileIndex));
-    ByteReader file(list.path);
     std::string bytes(file.Read(infoOffset, kFolderInfoSize));
     if (bytes.size() <= kTextPlace || Get32(bytes, 0) != infoOffset) {
-      if (MayReport()) core::ReportUnknownFormat(list.path);
-      State().IsListDamaged = true;
+      ReportUnknownFile();
+      list.isDamaged = true;
       return;
     }
     FolderRow row;
     bool byIndex = rules.everyTreeLevel && TakeByIndex(file, infoOffset, row);
-    if (!byIndex && !TakeByPlaces(bytes, row)) return;
-    row.userName = list.userName;
-    bool hasFile =
-        !row.fileName.empty() && (row.parent == 0 || FindStoreFile(list.storeFolder, row.fileName));
-    if (!hasFile && !rules.everyStore) return;
-    // Kept all the same, for the full names of the folders below it.
-    if (!hasFile) row.fileName.clear();
-    auto& folders = State().Folders.at(static_cast<size_t>(folderFileIndex));
-    if (rules.everyStore || folders.size() < kMaxFolders) folders.push_back(std::move(row));
+    if (byIndex || TakeByPlaces(bytes, row)) list.rows.push_back(std::move(row));
   });
-  if (!ended) State().IsListDamaged = true;
+  if (!ended) list.isDamaged = true;
 }
 
-namespace {
-
 // Entries of the root node alone.
-void ReadRootFolders(const std::string& path, int folderFileIndex) {
-  ByteReader file(path);
-  std::optional<TreeNode> root = ReadNode(file, State().Header.folderRoot);
+void ReadRootFolders(ByteReader& file, const DbxHeader& header, const intake::ReadingRules& rules,
+                     FolderListReading& list) {
+  std::optional<TreeNode> root = ReadNode(file, header.folderRoot);
   if (!root) {
-    core::ReportUnknownFormat(path);
-    State().IsListDamaged = true;
+    ReportUnknownFile();
+    list.isDamaged = true;
     return;
   }
   bool hasChildren = root->leftChild != 0;
   for (const TreeEntry& entry : root->entries) hasChildren = hasChildren || entry.child != 0;
-  bool lacksEntries = !hasChildren && root->entries.size() < State().Header.itemCount;
-  if (root->isCut || lacksEntries) State().IsListDamaged = true;
-  for (const TreeEntry& entry : root->entries) ReadFolderInfo(entry.value, folderFileIndex);
+  bool lacksEntries = !hasChildren && root->entries.size() < header.itemCount;
+  if (root->isCut || lacksEntries) list.isDamaged = true;
+  for (const TreeEntry& entry : root->entries) ReadFolder(file, entry.value, rules, list);
 }
 
 // The whole list.
-void ReadAllFolders(const std::string& path, int folderFileIndex,
-                    const intake::ReadingRules& rules) {
-  TreeWalk walk(path, State().Header.folderRoot, [] { State().IsListDamaged = true; });
+void ReadAllFolders(const std::string& path, ByteReader& file, const DbxHeader& header,
+                    const intake::ReadingRules& rules, FolderListReading& list) {
+  TreeWalk walk(path, header.folderRoot, [&list] { list.isDamaged = true; });
   uint32_t entries = 0;
   while (std::optional<uint32_t> value = walk.Next()) {
     if (++entries > kMostListed) break;
-    ReadFolderInfo(*value, folderFileIndex, rules);
+    ReadFolder(file, *value, rules, list);
   }
-  if (entries < State().Header.itemCount) State().IsListDamaged = true;
+  if (entries < header.itemCount) list.isDamaged = true;
+}
+
+FolderListReading ReadListHere(const std::string& path, const intake::ReadingRules& rules) {
+  FolderListReading list;
+  core::TellingsKept kept;
+  bool ended = core::GuardedRun("ReadFolderTree", [&] {
+    ReadDbxHeader(path);
+    const DbxHeader header = State().Header;
+    ByteReader file(path);
+    if (rules.everyTreeLevel) {
+      ReadAllFolders(path, file, header, rules, list);
+    } else {
+      ReadRootFolders(file, header, rules, list);
+    }
+  });
+  if (!ended) list.isDamaged = true;
+  list.tellings = kept.Take();
+  return list;
+}
+
+class FolderListService : public intake::LetterService {
+ public:
+  explicit FolderListService(const intake::ReadingRules& rules) : rules_(rules) {}
+
+  Answer Next(std::string_view /*how*/) override { return {}; }
+  std::string Text(std::string_view /*which*/, const ByteSink& /*longText*/) override {
+    return intake::BytesOf(ReadListHere(platform::kHandedName, rules_));
+  }
+
+ private:
+  intake::ReadingRules rules_;
+};
+
+FolderListReading ReadList(const std::string& path, const intake::ReadingRules& rules) {
+  auto link = intake::ReaderLink::Begin(path, intake::Conversation::kFolderList, rules, {});
+  if (!link) return ReadListHere(path, rules);
+  std::optional<std::string_view> record = link->Text({}, {});
+  if (!record && IsStopped()) return {};
+  if (!record) throw Error(ErrorNumber::kPathAccess, intake::kReaderLost);
+  return intake::RecordOf<FolderListReading>(*record);
+}
+
+// Keeps the folders whose files are there.
+void Take(FolderListReading reading, size_t number, const intake::ReadingRules& rules) {
+  const FolderFile& list = State().FolderFiles.at(number);
+  auto& folders = State().Folders.at(number);
+  for (FolderRow& row : reading.rows) {
+    row.userName = list.userName;
+    bool hasFile =
+        !row.fileName.empty() && (row.parent == 0 || FindStoreFile(list.storeFolder, row.fileName));
+    if (!hasFile && !rules.everyStore) continue;
+    // Kept all the same, for the full names of the folders below it.
+    if (!hasFile) row.fileName.clear();
+    if (rules.everyStore || folders.size() < kMaxFolders) folders.push_back(std::move(row));
+  }
 }
 
 }  // namespace
@@ -144,12 +209,24 @@ void ReadAllFolders(const std::string& path, int folderFileIndex,
 void ReadFolderTree(int folderFileIndex, const intake::ReadingRules& rules) {
   State().IsListDamaged = false;
   bool ended = core::GuardedRun("ReadFolderTree", [&] {
-    const std::string path = State().FolderFiles.at(static_cast<size_t>(folderFileIndex)).path;
-    ReadDbxHeader(path);
-    if (rules.everyTreeLevel) return ReadAllFolders(path, folderFileIndex, rules);
-    ReadRootFolders(path, folderFileIndex);
+    auto number = static_cast<size_t>(folderFileIndex);
+    const std::string path = State().FolderFiles.at(number).path;
+    FolderListReading reading = ReadList(path, rules);
+    State().IsListDamaged = reading.isDamaged;
+    for (const core::Telling& telling : reading.tellings) {
+      if (telling.kind == core::Telling::Kind::kUnknownFile) {
+        if (MayReport()) core::ReportUnknownFormat(path);
+      } else {
+        core::Tell(telling);
+      }
+    }
+    Take(std::move(reading), number, rules);
   });
   if (!ended) State().IsListDamaged = true;
+}
+
+std::unique_ptr<intake::LetterService> MakeFolderListService(const intake::ReadingRules& rules) {
+  return std::make_unique<FolderListService>(rules);
 }
 
 }  // namespace tarnwick::oe

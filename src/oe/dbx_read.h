@@ -156,7 +156,5 @@ std::string MakeEntryKey(const std::string& keyText, DateTime date);
 // Add the folders of the j-th folder list of State().FolderFiles (from 0) to State().Folders. What
 // of the list is damaged is passed over; State().IsListDamaged tells.
 void ReadFolderTree(int folderFileIndex, const intake::ReadingRules& rules = intake::kDesigned);
-void ReadFolderInfo(uint32_t infoOffset, int folderFileIndex,
-                    const intake::ReadingRules& rules = intake::kDesigned);
 
 }  // namespace tarnwick::oe

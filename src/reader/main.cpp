@@ -18,6 +18,7 @@
 #include "intake/reader_link.h"
 #include "intake/registry_link.h"
 #include "intake/text_reader.h"
+#include "oe/folder_list.h"
 #include "oe/lost_walk.h"
 #include "oe/store_link.h"
 #include "outlook/msg_file.h"
@@ -143,6 +144,8 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
         return sources::MakeLetterFileService(rules);
       case intake::Conversation::kText:
         return intake::MakeTextService();
+      case intake::Conversation::kFolderList:
+        return oe::MakeFolderListService(rules);
       case intake::Conversation::kRegistry:
         return intake::MakeRegistryService(opening.store);
       case intake::Conversation::kMsgFile:

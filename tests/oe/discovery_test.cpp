@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "oe/discovery.h"
 
+#include "intake/reader_link.h"
 #include "oe_fixture.h"
 
 namespace tarnwick::oe {
@@ -193,6 +194,40 @@ TEST_F(Discovery, FolderObjectsInEachForm) {
     if (!row.isFolder) continue;
     EXPECT_EQ(State().Folders[0][0].displayName, "Family") << row.what;
     EXPECT_EQ(State().Folders[0][0].fileName, "Family.dbx") << row.what;
+  }
+}
+
+// Damaged here and there, with more folders than designed reading has, or no list at all.
+TEST_F(Discovery, TheReaderSaysOfAFolderListWhatTheProgramFindsInIt) {
+  FolderListBuilder list;
+  for (uint32_t i = 1; i <= 20; ++i) {
+    list.Add({i, i / 3, "Näme " + std::to_string(i), std::to_string(i) + ".dbx"});
+  }
+  list.Finish();
+  const std::string whole = list.Bytes();
+  for (size_t damaged = 0; damaged <= whole.size(); damaged += whole.size() / 12) {
+    std::string bytes = whole;
+    for (size_t at = damaged; at != 0 && at < bytes.size(); at += 600) bytes[at] ^= '\x55';
+    if (damaged > whole.size() / 2) bytes.resize(damaged);
+    const std::string path = WriteTemp("Folders.dbx", bytes);
+    for (const auto* rules : {&intake::kDesigned, &intake::kComplete}) {
+      std::string told[2];
+      for (int second : {0, 1}) {
+        ResetState();
+        ui_.shown.clear();
+        State().FolderFiles = {{path, "ann", folder_.Path()}};
+        intake::SetReader(second == 1 ? TARNWICK_READER : "");
+        ReadFolderTree(0, *rules);
+        intake::SetReader("");
+        told[second] = State().IsListDamaged ? "damaged" : "sound";
+        for (const auto& [kind, text] : ui_.shown) told[second] += "\n" + kind + text;
+        for (const FolderRow& row : State().Folders[0]) {
+          told[second] += "\n" + row.displayName + row.fileName + std::to_string(row.number) + "<" +
+                          std::to_string(row.parent) + row.userName;
+        }
+      }
+      EXPECT_EQ(told[0], told[1]) << damaged;
+    }
   }
 }
 
