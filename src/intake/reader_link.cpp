@@ -200,8 +200,12 @@ std::optional<std::string_view> ReaderLink::Text(std::string_view which, const B
   for (;;) {
     try {
       if (!child_) Start();
+      // A long request is sent when the reader has nothing more to say, or each would wait for the
+      // other to take what it sends.
+      constexpr size_t kMostBlind = size_t{16} * 1024;
+      if (which.size() > kMostBlind) ReceiveAsked();
       Send(FrameOf(letter_frame::kText, which));
-      while (!asked_.empty()) waiting_.emplace_back(ReceiveRecord({}));
+      ReceiveAsked();
       return ReceiveRecord(longText);
     } catch (const Lost&) {
       bool isAnothers = !asked_.empty();
@@ -213,6 +217,10 @@ std::optional<std::string_view> ReaderLink::Text(std::string_view which, const B
       throw;
     }
   }
+}
+
+void ReaderLink::ReceiveAsked() {
+  while (!asked_.empty()) waiting_.emplace_back(ReceiveRecord({}));
 }
 
 // Neither end may wait for the other to take what it sends: so much fits into the channel.

@@ -127,6 +127,7 @@ class ReaderLink {
   void AskAhead(bool withText);
   Frame Receive(uint64_t most);
   std::string_view ReceiveRecord(const ByteSink& longText);
+  void ReceiveAsked();
   static uint64_t MostFor(uint64_t bytes);
   void Fill(size_t count);
   void Leave();

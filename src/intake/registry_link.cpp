@@ -60,11 +60,11 @@ void Pass(Archive& archive, Reply& r) {
           RawBytes{r.value.text}, r.value.number);
 }
 
-class RegistryLink : public RegistryKeys {
+class RegistryLink final : public RegistryKeys {
  public:
   RegistryLink(std::string file, std::unique_ptr<ReaderLink> link)
       : file_(std::move(file)), link_(std::move(link)) {
-    SubKeys({});  // has it opened
+    Ask({});  // has it opened
   }
 
   std::optional<std::vector<std::string>> SubKeys(std::string_view path) override {

@@ -141,7 +141,7 @@ class StoreService : public intake::LetterService {
 
 }  // namespace
 
-TextReading AskForText(intake::ReaderLink& link, std::string request, uint64_t mostBytes,
+TextReading AskForText(intake::ReaderLink& link, std::string_view request, uint64_t mostBytes,
                        const StoreWalk::ByteSink& longText) {
   uint64_t size = 0;
   auto take = [&](std::string_view piece) {

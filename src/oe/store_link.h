@@ -23,7 +23,7 @@ std::unique_ptr<StoreWalk> OpenStoreLink(const std::string& fileName, uint32_t r
                                          const intake::ReadingRules& rules, bool asksForSenders);
 
 // The text that a request is for, as StoreWalk::ReadText gives it; mostBytes: no text is longer.
-TextReading AskForText(intake::ReaderLink& link, std::string request, uint64_t mostBytes,
+TextReading AskForText(intake::ReaderLink& link, std::string_view request, uint64_t mostBytes,
                        const StoreWalk::ByteSink& longText);
 // The answer to it: what was read of the text, all of it held, and what is made of it.
 std::string AnswerWithText(TextReading& text, const intake::ReadingRules& rules,

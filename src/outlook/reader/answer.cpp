@@ -12,6 +12,8 @@ namespace tarnwick::outlook::reader {
 namespace {
 
 constexpr size_t kReadPiece = size_t{16} * 1024;
+// The places of a lost text, each block's, are longer than the other requests together.
+constexpr size_t kMostRequest = size_t{256} << 20;
 
 }  // namespace
 
@@ -89,7 +91,7 @@ void Channel::Need(size_t count) {
 char Channel::ReadRequest(std::string& payload) {
   Need(kFrameHeader);
   char kind = buffer_[0];
-  size_t length = std::min<size_t>(TakeNumber(buffer_, 1), kMaxFrame);
+  size_t length = std::min<size_t>(TakeNumber(buffer_, 1), kMostRequest);
   Need(kFrameHeader + length);
   payload = buffer_.substr(kFrameHeader, length);
   position_ = kFrameHeader + length;
