@@ -16,6 +16,7 @@
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/lost_store.h"
+#include "platform/frames.h"
 #include "reader_asked.h"
 #include "samples/worn_outlook.h"
 
@@ -86,7 +87,7 @@ class Walk {
     Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
     for (size_t at = 0; at < found.size();) {
       size_t length = TakeNumber(found, at + 1);
-      size_t begin = at + tarnwick::outlook::kFrameHeader;
+      size_t begin = at + tarnwick::platform::kFrameHead;
       for (size_t i = 0; found[at] == frame::kFoundItems && i < length;
            i += tarnwick::outlook::kFoundItem) {
         if (++items_ <= 100) Item(TakeNumber(found, begin + i + 4), TakeNumber(found, begin + i));

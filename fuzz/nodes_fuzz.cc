@@ -14,6 +14,7 @@
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/node_store.h"
+#include "platform/frames.h"
 #include "reader_asked.h"
 #include "samples/pst_builder.h"
 
@@ -77,11 +78,11 @@ class Walk {
     for (size_t at = 0; at < frames.size();) {
       size_t length = TakeNumber(frames, at + 1);
       for (size_t i = 0; i + 4 <= length; i += 4) {
-        uint32_t below = TakeNumber(frames, at + tarnwick::outlook::kFrameHeader + i);
+        uint32_t below = TakeNumber(frames, at + tarnwick::platform::kFrameHead + i);
         if (frames[at] == frame::kFolders) Folder(below);
         if (frames[at] == frame::kItems && seen_.insert(below).second) Item(node, below);
       }
-      at += tarnwick::outlook::kFrameHeader + length;
+      at += tarnwick::platform::kFrameHead + length;
     }
   }
 

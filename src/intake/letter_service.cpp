@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "intake/reader_link.h"
-#include "intake/record_bytes.h"
 #include "platform/confinement.h"
+#include "platform/frames.h"
 
 namespace tarnwick::intake {
 
@@ -21,9 +21,7 @@ class Frames {
   explicit Frames(const LetterChannel& channel) : channel_(channel) {}
 
   void Add(char kind, std::string_view payload) {
-    bytes_.push_back(kind);
-    RecordWriter writer(bytes_);
-    writer(static_cast<uint32_t>(payload.size()));
+    platform::BeginFrame(bytes_, kind, payload.size());
     bytes_ += payload;
     if (bytes_.size() >= kMostUnsent) Send();
   }

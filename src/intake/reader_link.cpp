@@ -15,13 +15,12 @@
 #include "platform/environment.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/frames.h"
 
 namespace tarnwick::intake {
 
 namespace {
 
-constexpr size_t kReadPiece = size_t{128} * 1024;
-constexpr size_t kMostKept = size_t{4} << 20;  // of a buffer that is empty
 constexpr size_t kMostAsked = 32;
 // Behind a reader that was lost over a message asked for ahead, so that it is known which.
 constexpr int kOneByOne = 2 * kMostAsked;
@@ -64,13 +63,6 @@ void TellFailure(const char* what, const std::string& why) {
   if (++Failures() > 1) return;
   core::WriteLog(std::string("The reader of mail stores ") + what +
                  "; the program reads them itself." + why);
-}
-
-std::string FrameOf(char kind, std::string_view payload) {
-  std::string frame(1, kind);
-  RecordWriter writer(frame);
-  writer(static_cast<uint32_t>(payload.size()));
-  return frame.append(payload);
 }
 
 }  // namespace
@@ -130,9 +122,9 @@ void ReaderLink::Start() {
   if (!storePath_.empty()) store.emplace(storePath_);
   storeSize_ = store ? store->Size() : 0;
   mostBytes_ = MostFor(storeSize_);
-  child_ = std::make_unique<platform::ChildProcess>(program_, store ? &*store : nullptr);
+  channel_ = std::make_unique<ReaderChannel>(program_, store ? &*store : nullptr);
   opening_.skip = done_ + waiting_.size();
-  Send(FrameOf(letter_frame::kOpen, BytesOf(opening_)));
+  Send(platform::FrameOf(letter_frame::kOpen, BytesOf(opening_)));
   ReceiveRecord({});
 }
 
@@ -142,16 +134,16 @@ uint64_t ReaderLink::MostFor(uint64_t bytes) {
 }
 
 void ReaderLink::Send(std::string_view requests) {
-  if (!child_->Write(requests, Limits().silentMilliseconds)) throw Lost();
+  channel_->Send(requests, Limits().silentMilliseconds);
 }
 
 void ReaderLink::AskAhead(bool withText) {
   size_t most = oneByOne_ > 0 ? 1 : kMostAsked;
   if (2 * asked_.size() > most) return;
   std::string requests;
-  if (std::exchange(isHalted_, false)) requests += FrameOf(letter_frame::kGoOn, {});
+  if (std::exchange(isHalted_, false)) requests += platform::FrameOf(letter_frame::kGoOn, {});
   while (asked_.size() < most) {
-    requests += FrameOf(letter_frame::kNext, withText ? kWithText : kWithoutText);
+    requests += platform::FrameOf(letter_frame::kNext, withText ? kWithText : kWithoutText);
     asked_.push_back(withText);
   }
   Send(requests);
@@ -172,7 +164,7 @@ std::optional<std::string_view> ReaderLink::Next(bool withText) {
   }
   for (;;) {
     try {
-      if (!child_) Start();
+      if (!channel_) Start();
       AskAhead(withText);
       std::string_view record = ReceiveRecord({});
       ++done_;
@@ -199,12 +191,12 @@ std::optional<std::string_view> ReaderLink::Text(std::string_view which, const B
   RequireHope();
   for (;;) {
     try {
-      if (!child_) Start();
+      if (!channel_) Start();
       // A long request is sent when the reader has nothing more to say, or each would wait for the
       // other to take what it sends.
       constexpr size_t kMostBlind = size_t{16} * 1024;
       if (which.size() > kMostBlind) ReceiveAsked();
-      Send(FrameOf(letter_frame::kText, which));
+      Send(platform::FrameOf(letter_frame::kText, which));
       ReceiveAsked();
       return ReceiveRecord(longText);
     } catch (const Lost&) {
@@ -233,12 +225,12 @@ void ReaderLink::Ask(std::string_view message, std::string_view how) {
   constexpr size_t kPieceSize = size_t{32} * 1024;
   std::string& frames = messages_.emplace_back();
   for (size_t place = 0; place < message.size(); place += kPieceSize) {
-    frames += FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
+    frames += platform::FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
   }
-  frames += FrameOf(letter_frame::kNext, how);
+  frames += platform::FrameOf(letter_frame::kNext, how);
   messageBytes_ += frames.size();
   // Behind one that a reader was lost over, each waits for its turn.
-  if (!child_ || messagesSent_ + 1 < messages_.size()) return;
+  if (!channel_ || messagesSent_ + 1 < messages_.size()) return;
   try {
     Send(frames);
     ++messagesSent_;
@@ -252,7 +244,7 @@ std::optional<std::string_view> ReaderLink::Answer(const ByteSink& sink) {
   for (;;) {
     bool isAlone = messagesSent_ <= 1;
     try {
-      if (!child_) Start();
+      if (!channel_) Start();
       if (messagesSent_ == 0) {
         Send(messages_.front());
         messagesSent_ = 1;
@@ -279,11 +271,10 @@ void ReaderLink::Distrust() {
 }
 
 void ReaderLink::Leave() {
-  child_.reset();
+  channel_.reset();
   asked_.clear();
   messagesSent_ = 0;
   isHalted_ = false;
-  position_ = end_ = 0;
 }
 
 // The reader is gone, or no longer to be believed.
@@ -302,16 +293,21 @@ void ReaderLink::RequireHope() const {
 // The pieces of a text go to longText on the way; where none may come, nothing is set there.
 std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
   askedAt_ = platform::TickMilliseconds();
+  const LinkLimits& limits = Limits();
+  constexpr int64_t kMostSilences = 10;
+  ReaderChannel::Wait wait{limits.silentMilliseconds,
+                           askedAt_ + kMostSilences * limits.silentMilliseconds,
+                           limits.patienceMilliseconds};
   for (uint64_t left = mostBytes_;;) {
-    Frame frame = Receive(left);
+    ReaderChannel::Frame frame = channel_->Receive(left, wait);
     left -= frame.payload.size();
     switch (frame.kind) {
       case letter_frame::kBytes:
-        if (!longText) throw Lost();
+        if (!longText) throw Lost{"the answer makes no sense"};
         longText(frame.payload);
         break;
       case letter_frame::kProgress:
-        if (!progress_ || frame.payload.size() != 1) throw Lost();
+        if (!progress_ || frame.payload.size() != 1) throw Lost{"the answer makes no sense"};
         progress_(std::min<int>(static_cast<unsigned char>(frame.payload[0]), 100));
         break;
       case letter_frame::kNotShutIn:
@@ -327,50 +323,8 @@ std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
         }
         return frame.payload;
       default:
-        throw Lost();
+        throw Lost{"the answer makes no sense"};
     }
-  }
-}
-
-ReaderLink::Frame ReaderLink::Receive(uint64_t most) {
-  Fill(kLetterFrameHead);
-  uint32_t length = 0;
-  RecordReader head(std::string_view(buffer_).substr(position_ + 1, sizeof length));
-  head(length);
-  if (length > most) throw Lost();
-  Fill(kLetterFrameHead + length);
-  std::string_view frame = std::string_view(buffer_).substr(position_, kLetterFrameHead + length);
-  position_ += frame.size();
-  return {frame[0], frame.substr(kLetterFrameHead)};
-}
-
-// Has so many bytes from position_ on. Memory is taken as they come, not as they are promised.
-void ReaderLink::Fill(size_t count) {
-  if (end_ - position_ >= count) return;
-  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(position_),
-            buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
-  end_ -= position_;
-  position_ = 0;
-  if (end_ == 0 && buffer_.size() > kMostKept) std::string().swap(buffer_);
-  const LinkLimits& limits = Limits();
-  int64_t deadline = platform::TickMilliseconds() + limits.silentMilliseconds;
-  while (end_ < count) {
-    if (buffer_.size() < end_ + kReadPiece) buffer_.resize(2 * end_ + kReadPiece);
-    int64_t left = deadline - platform::TickMilliseconds();
-    size_t got = child_->Read(buffer_.data() + end_, buffer_.size() - end_,
-                              std::min(left, limits.patienceMilliseconds));
-    if (got > 0) {
-      end_ += got;
-      deadline = platform::TickMilliseconds() + limits.silentMilliseconds;
-    } else if (left <= 0 || child_->HasEnded() || core::IsLoadStopped()) {
-      throw Lost();
-    } else {
-      core::YieldEvents();
-    }
-  }
-  constexpr int64_t kMostSilences = 10;
-  if (platform::TickMilliseconds() - askedAt_ > kMostSilences * limits.silentMilliseconds) {
-    throw Lost();
   }
 }
 

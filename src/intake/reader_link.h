@@ -7,7 +7,7 @@
 // the program stores a message, it reads the next ones. docs/reliability.md says what that wall
 // holds back.
 //
-// Both directions are frames: one byte kind, the payload's length as 32 bits, the payload.
+// Both directions are frames (platform/frames.h).
 //
 // Requests
 //   'l' opening                               comes first: LetterOpening of letter_record.h
@@ -38,7 +38,7 @@
 #include <utility>
 
 #include "intake/letter_record.h"
-#include "platform/child_process.h"
+#include "intake/reader_channel.h"
 
 namespace tarnwick::intake {
 
@@ -54,7 +54,6 @@ inline constexpr char kHalted = 'h';
 inline constexpr char kProgress = 'w';
 inline constexpr char kNotShutIn = 'u';
 }  // namespace letter_frame
-inline constexpr size_t kLetterFrameHead = 5;
 
 // Why a message is unreadable that the reader was lost over.
 inline constexpr const char* kReaderLost = "the reader of its store ended or did not answer";
@@ -113,23 +112,17 @@ class ReaderLink {
   // An answer made no sense: another reader goes on behind it.
   void Distrust();
   uint64_t StoreSize() const { return storeSize_; }
-  int64_t ProcessId() const { return child_ ? child_->Id() : 0; }
+  int64_t ProcessId() const { return channel_ ? channel_->ProcessId() : 0; }
 
  private:
-  struct Lost {};
-  struct Frame {
-    char kind;
-    std::string_view payload;
-  };
+  using Lost = ReaderChannel::Lost;
   ReaderLink(std::string storePath, std::string program, LetterOpening opening);
   void Start();
   void Send(std::string_view requests);
   void AskAhead(bool withText);
-  Frame Receive(uint64_t most);
   std::string_view ReceiveRecord(const ByteSink& longText);
   void ReceiveAsked();
   static uint64_t MostFor(uint64_t bytes);
-  void Fill(size_t count);
   void Leave();
   void CountLoss();
   void RequireHope() const;
@@ -140,10 +133,7 @@ class ReaderLink {
   uint64_t storeSize_ = 0;
   uint64_t mostBytes_ = 0;  // of an answer
   std::function<void(int)> progress_;
-  std::unique_ptr<platform::ChildProcess> child_;
-  std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
-  size_t position_ = 0;
-  size_t end_ = 0;
+  std::unique_ptr<ReaderChannel> channel_;
   std::deque<bool> asked_;            // with text or not: requests that are not answered
   std::deque<std::string> messages_;  // that were asked about, as they were sent
   size_t messagesSent_ = 0;           // of these, to this reader

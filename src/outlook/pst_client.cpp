@@ -5,19 +5,16 @@
 #include <algorithm>
 #include <cassert>
 
-#include "core/messages.h"
-#include "core/run_state.h"
 #include "outlook/pst_protocol.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/frames.h"
 
 namespace tarnwick::outlook {
 
 namespace {
 
-constexpr size_t kReadPiece = size_t{128} * 1024;
-constexpr int64_t kPatience = 50;  // milliseconds without a look at the window
 constexpr size_t kMaxRows = 200'000;
 constexpr size_t kMaxLost = 10;
 constexpr size_t kMostReady = size_t{8} << 20;  // bytes kept of items that came ahead
@@ -39,7 +36,7 @@ std::vector<uint32_t> TakeNodes(std::string_view payload) {
 std::string RequestFor(char kind, const std::vector<uint32_t>& numbers) {
   std::string payload;
   for (uint32_t number : numbers) PutNumber(payload, number);
-  return MakeFrame(kind, payload);
+  return platform::FrameOf(kind, payload);
 }
 
 // What may be large of an answer that came ahead.
@@ -126,8 +123,7 @@ uint64_t PstClient::AnswerBudget() const {
 
 // The reader is gone, or no longer to be believed.
 void PstClient::Lose(const std::string& why) {
-  child_.reset();
-  ForgetRead();
+  channel_.reset();
   expected_.clear();
   oneByOne_ = kOneByOne;
   wasted_ += platform::TickMilliseconds() - requestBegan_;
@@ -136,40 +132,20 @@ void PstClient::Lose(const std::string& why) {
   throw Damaged(why);
 }
 
-// Reads what comes; 0 when nothing does. The window lives on meanwhile, and its stop ends the wait.
-size_t PstClient::Wait(char* to, int64_t timeout) {
-  int64_t deadline = platform::TickMilliseconds() + timeout;
-  while (true) {
-    int64_t left = deadline - platform::TickMilliseconds();
-    size_t got = child_->Read(to, kReadPiece, std::min(left, kPatience));
-    if (got > 0 || left <= 0 || child_->HasEnded()) return got;
-    core::YieldEvents();
-    if (core::State().ImportCancelFlag || core::State().StopFlag) return 0;
-  }
-}
-
-// The room is made once: a frame and what one read brings fit into it.
-void PstClient::ReadFully(size_t count, int64_t timeout) {
-  buffer_.resize(std::max(buffer_.size(), 2 * (kFrameHeader + kMaxFrame) + kReadPiece));
-  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(position_),
-            buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
-  end_ -= position_;
-  position_ = 0;
-  while (end_ < count) {
-    size_t got = Wait(buffer_.data() + end_, timeout);
-    if (got == 0) Lose("the reader ended or did not answer");
-    end_ += got;
+void PstClient::Send(std::string_view frames, int64_t timeout) {
+  try {
+    channel_->Send(frames, timeout);
+  } catch (const intake::ReaderChannel::Lost& lost) {
+    Lose(lost.why);
   }
 }
 
 // kind: of the request that comes first.
 void PstClient::Start(char kind) {
   platform::InputFile store(storePath_);
-  child_ = std::make_unique<platform::ChildProcess>(program_, &store);
+  channel_ = std::make_unique<intake::ReaderChannel>(program_, &store);
   if (way_ == Way::kByIndex || kind == frame::kLostItems) return;
-  if (!child_->Write(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds)) {
-    Lose("the reader ended");
-  }
+  Send(RequestFor(frame::kLostItems, {}), limits_.openMilliseconds);
   Receive(AnswerBudget(), limits_.openMilliseconds, [](char, std::string_view) {});
 }
 
@@ -178,29 +154,29 @@ void PstClient::Request(char kind, const Numbers& numbers, const FrameSink& sink
   if (givenUp_) throw Damaged("given up");
   requestBegan_ = platform::TickMilliseconds();
   int64_t timeout = limits_.requestMilliseconds;
-  if (!child_) {
+  if (!channel_) {
     Start(kind);
     timeout = limits_.openMilliseconds;
   }
-  if (!child_->Write(RequestFor(kind, numbers), timeout)) Lose("the reader ended");
+  Send(RequestFor(kind, numbers), timeout);
   Receive(AnswerBudget(), timeout, sink);
 }
 
 void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink) {
   // A reader that sends on and on does so within its budget; one that stalls, within its time.
   int64_t deadline = requestBegan_ + limits_.openMilliseconds + limits_.requestMilliseconds;
+  intake::ReaderChannel::Wait wait{timeout, deadline};
   while (true) {
-    size_t available = end_ - position_;
-    if (available < kFrameHeader) ReadFully(kFrameHeader, timeout);
-    uint32_t length = TakeNumber(buffer_, position_ + 1);
-    if (length > kMaxFrame || length > budget) Lose("the answer is too long");
-    budget -= length;
-    if (end_ - position_ < kFrameHeader + length) {
-      ReadFully(kFrameHeader + length, timeout);
+    char answered = 0;
+    std::string_view answer;
+    try {
+      auto [kind, payload] = channel_->Receive(std::min<uint64_t>(kMaxFrame, budget), wait);
+      answered = kind;
+      answer = payload;
+    } catch (const intake::ReaderChannel::Lost& lost) {
+      Lose(lost.why);
     }
-    char answered = buffer_[position_];
-    std::string_view answer(buffer_.data() + position_ + kFrameHeader, length);
-    position_ += kFrameHeader + length;
+    budget -= answer.size();
     if (answered == frame::kDone) return;
     if (answered == frame::kFailed) throw Damaged(std::string(answer));
     if (platform::TickMilliseconds() > deadline) Lose("the answer takes too long");
@@ -208,8 +184,7 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
       sink(answered, answer);
     } catch (...) {
       // What is left of this answer must not be taken for the next one's.
-      child_.reset();
-      ForgetRead();
+      channel_.reset();
       expected_.clear();
       givenUp_ = ++losses_ > limits_.restarts;
       throw;
@@ -218,7 +193,7 @@ void PstClient::Receive(uint64_t budget, int64_t timeout, const FrameSink& sink)
 }
 
 void PstClient::ReadAhead(const std::vector<Numbers>& items) {
-  if (!child_ || oneByOne_ > 0) return;
+  if (!channel_ || oneByOne_ > 0) return;
   if (ready_.size() >= kMaxItemsAhead) {  // of a walk that went elsewhere
     ready_.clear();
     readyBytes_ = 0;
@@ -231,7 +206,7 @@ void PstClient::ReadAhead(const std::vector<Numbers>& items) {
   }
   try {
     requestBegan_ = platform::TickMilliseconds();
-    if (!child_->Write(requests, limits_.requestMilliseconds)) Lose("the reader ended");
+    Send(requests, limits_.requestMilliseconds);
   } catch (const Error&) {
     // Each is asked for again in its time.
   }

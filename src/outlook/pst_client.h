@@ -23,10 +23,10 @@
 #include <string_view>
 #include <vector>
 
+#include "intake/reader_channel.h"
 #include "intake/reader_link.h"
 #include "outlook/pst_protocol.h"
 #include "outlook/raw_row.h"
-#include "platform/child_process.h"
 
 namespace tarnwick::outlook {
 
@@ -88,7 +88,7 @@ class PstClient {
   uint64_t StoreSize() const { return storeSize_; }
   // How much one answer may hold.
   uint64_t AnswerBudget() const;
-  int64_t ProcessId() const { return child_ ? child_->Id() : 0; }
+  int64_t ProcessId() const { return channel_ ? channel_->ProcessId() : 0; }
 
  private:
   using FrameSink = std::function<void(char kind, std::string_view payload)>;
@@ -99,9 +99,7 @@ class PstClient {
   // Moves answers to items asked for ahead from the channel to ready_, up to the one wanted.
   void ReceiveAhead(const Numbers* wanted);
   std::optional<RawAnswer> TakeReady(const Numbers& numbers);
-  size_t Wait(char* to, int64_t timeout);
-  void ReadFully(size_t count, int64_t timeout);
-  void ForgetRead() { position_ = end_ = 0; }
+  void Send(std::string_view frames, int64_t timeout);
   [[noreturn]] void Lose(const std::string& why);
 
   std::string storePath_;
@@ -109,10 +107,7 @@ class PstClient {
   ReaderLimits limits_;
   Way way_;
   uint64_t storeSize_ = 0;
-  std::unique_ptr<platform::ChildProcess> child_;
-  std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
-  size_t position_ = 0;
-  size_t end_ = 0;
+  std::unique_ptr<intake::ReaderChannel> channel_;
   std::deque<Numbers> expected_;  // asked ahead, the answers still to come
   std::map<Numbers, RawAnswer> ready_;
   size_t readyBytes_ = 0;

@@ -5,8 +5,8 @@
 // file and answers requests, one after the other, about what lies in it. It interprets
 // nothing: values travel as the bytes of the store, with their MAPI property number and type.
 //
-// Both directions are frames: one byte kind, the payload's length as 32 bits, the payload (at most
-// kMaxFrame bytes). Numbers are little-endian.
+// Both directions are frames (platform/frames.h) of at most kMaxFrame bytes. Numbers are
+// little-endian.
 //
 // Requests
 //   'G'                               the items that a search of the whole file finds; as the first
@@ -77,7 +77,6 @@ inline constexpr char kDone = 'Z';
 inline constexpr char kFailed = 'E';
 }  // namespace frame
 
-inline constexpr size_t kFrameHeader = 5;
 inline constexpr size_t kPropertyHeader = 8;
 inline constexpr size_t kMaxFrame = 64 * 1024;
 // The bytes of all frames of an answer that may lie ready before it is wanted.
@@ -107,12 +106,6 @@ inline uint32_t TakeNumber(std::string_view bytes, size_t offset, int count = 4)
     value |= static_cast<uint32_t>(byte) << (8 * i);
   }
   return value;
-}
-
-inline std::string MakeFrame(char kind, std::string_view payload) {
-  std::string bytes(1, kind);
-  PutNumber(bytes, static_cast<uint32_t>(payload.size()));
-  return bytes.append(payload);
 }
 
 }  // namespace tarnwick::outlook

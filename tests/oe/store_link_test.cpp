@@ -18,6 +18,7 @@
 #include "oe_fixture.h"
 #include "platform/child_process.h"
 #include "platform/environment.h"
+#include "platform/frames.h"
 #include "repository/schema.h"
 #include "samples/worn_store.h"
 
@@ -93,7 +94,7 @@ class WrongService : public intake::LetterService {
   if (fault.empty()) return false;
   auto request = [](std::string& payload) {
     std::string head;
-    ReadSome(head, intake::kLetterFrameHead);
+    ReadSome(head, platform::kFrameHead);
     uint32_t length = 0;
     for (size_t i = 4; i > 0; --i) length = length << 8 | static_cast<unsigned char>(head[i]);
     payload.clear();

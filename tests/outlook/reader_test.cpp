@@ -8,6 +8,7 @@
 
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/node_store.h"
+#include "platform/frames.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
 #include "support/testing.h"
@@ -44,8 +45,8 @@ Said Ask(const std::function<void(Answer&)>& request) {
   size_t row = 0;
   for (size_t at = 0; at < frames.size();) {
     char kind = frames[at];
-    std::string payload = frames.substr(at + kFrameHeader, TakeNumber(frames, at + 1));
-    at += kFrameHeader + payload.size();
+    std::string payload = frames.substr(at + platform::kFrameHead, TakeNumber(frames, at + 1));
+    at += platform::kFrameHead + payload.size();
     auto& nodes = kind == frame::kFolders ? said.folders
                   : kind == frame::kItems ? said.items
                                           : said.otherItems;

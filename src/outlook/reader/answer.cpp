@@ -6,6 +6,7 @@
 
 #include "outlook/pst_protocol.h"
 #include "platform/child_process.h"
+#include "platform/frames.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -63,8 +64,7 @@ void Answer::Frame(char kind, std::string_view payload) {
   do {
     std::string_view piece = payload.substr(0, kMaxFrame);
     if (limit_ > 0 && buffer_.size() - begin_ + piece.size() > limit_) throw TooLong();
-    buffer_.push_back(kind);
-    PutNumber(buffer_, static_cast<uint32_t>(piece.size()));
+    platform::BeginFrame(buffer_, kind, piece.size());
     buffer_ += piece;
     if (limit_ == 0 && buffer_.size() >= kMaxFrame) Flush();
     payload.remove_prefix(piece.size());
@@ -89,12 +89,13 @@ void Channel::Need(size_t count) {
 }
 
 char Channel::ReadRequest(std::string& payload) {
-  Need(kFrameHeader);
+  using platform::kFrameHead;
+  Need(kFrameHead);
   char kind = buffer_[0];
-  size_t length = std::min<size_t>(TakeNumber(buffer_, 1), kMostRequest);
-  Need(kFrameHeader + length);
-  payload = buffer_.substr(kFrameHeader, length);
-  position_ = kFrameHeader + length;
+  size_t length = std::min<size_t>(platform::FrameLength(buffer_), kMostRequest);
+  Need(kFrameHead + length);
+  payload = buffer_.substr(kFrameHead, length);
+  position_ = kFrameHead + length;
   return kind;
 }
 
