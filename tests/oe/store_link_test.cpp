@@ -123,15 +123,15 @@ class WrongService : public intake::LetterService {
 }();
 
 // What happens to a load, and where.
-enum class Pass { kLoad, kSenders, kRescue };
+enum class Pass : uint8_t { kLoad, kSenders, kRescue };
 struct Course {
   std::string name;
   std::deque<SenderAnswer> answers = {SenderAnswer::kAcceptAll};
   int stopsAtYield = -1;
   int diskIsFullAtWrite = -1;  // of the scratch file
   bool isSecond = false;       // half of it is there already
-  const intake::ReadingRules* rules = &intake::kComplete;
   Pass pass = Pass::kLoad;
+  const intake::ReadingRules* rules = &intake::kComplete;
 };
 
 // All that can be seen of it afterwards.
