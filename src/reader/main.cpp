@@ -26,6 +26,7 @@
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
 #include "platform/confinement.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "sources/letters_link.h"
 
@@ -183,6 +184,7 @@ int Run() {
 }  // namespace
 
 int main() {
+  tarnwick::platform::KeepFreedMemory();
   try {
     return Run();
   } catch (const reader::ChannelClosed&) {
