@@ -33,11 +33,8 @@ std::string Written(const MailMessage& message, std::string_view column) {
   return WrittenText(FieldOf(column), TextOf(message, column));
 }
 
-PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
+PackedRows MakeRows(const RawMessage& raw, const MailMessage& message, bool packs) {
   PackedRows rows;
-  for (std::string_view column : PackedColumns()) {
-    rows.texts.push_back({column, jet::PackAhead(Written(message, column))});
-  }
   std::vector<std::string> searched;
   searched.reserve(repository::kSearchedFields.size());
   for (const repository::EmailField& field : repository::kSearchedFields) {
@@ -45,10 +42,13 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
   }
   rows.trigrams = jet::TrigramsAhead(searched);
   RawReader reader(raw);
+  rows.thread = StoredThread(ThreadOfHeaders(reader.Read(0, kFileRecordLength)));
+  if (!packs) return rows;
+  for (std::string_view column : PackedColumns()) {
+    rows.texts.push_back({column, jet::PackAhead(Written(message, column))});
+  }
   for (uint64_t offset = 0; offset < reader.Size(); offset += kFileRecordLength) {
-    std::string_view piece = reader.Read(offset, kFileRecordLength);
-    if (offset == 0) rows.thread = StoredThread(ThreadOfHeaders(piece));
-    rows.pieces.push_back(jet::PackAhead(piece));
+    rows.pieces.push_back(jet::PackAhead(reader.Read(offset, kFileRecordLength)));
   }
   return rows;
 }
@@ -77,7 +77,7 @@ PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
 }
 
 std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
-                                                  const StoreFacts& facts) {
+                                                  const StoreFacts& facts, bool packs) {
   core::TellingsKept kept;
   auto prepared = std::make_unique<PreparedMessage>();
   try {
@@ -85,7 +85,7 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const R
     TakeBodyFromHtml(prepared->message);
     RawReader reader(raw);
     if (reader.Size() <= kMostHeld) {
-      prepared->rows = PackRows(raw, prepared->message);
+      prepared->rows = MakeRows(raw, prepared->message, packs);
     } else {
       std::string_view head = reader.Read(0, kFileRecordLength);
       prepared->rows.emplace().thread = StoredThread(ThreadOfHeaders(head));

@@ -54,10 +54,10 @@ struct PreparedMessage {
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts);
 
-// The same for a message that another process takes in: with all that is to be told, and packed
-// unless it is too long to be held (kMostHeld).
+// The same for a message that another process takes in: with all that is to be told and, unless it
+// is too long to be held (kMostHeld), what its rows are made of; packed, or for the other to pack.
 std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
-                                                  const StoreFacts& facts);
+                                                  const StoreFacts& facts, bool packs = true);
 
 // Whether rows that another process packed can be those of the message: nothing in them can harm
 // the repository. What they unpack to is not looked at.

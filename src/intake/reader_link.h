@@ -133,7 +133,8 @@ class ReaderLink {
   std::string buffer_;  // read and not yet used, from position_ to end_; behind it, room
   size_t position_ = 0;
   size_t end_ = 0;
-  std::deque<bool> asked_;            // with text or not: requests that are not answered
+  std::deque<bool> asked_;  // with text or not: requests that are not answered
+  size_t mostAsked_;
   std::deque<std::string> messages_;  // that were asked about, as they were sent
   size_t messagesSent_ = 0;           // of these, to this reader
   size_t messageBytes_ = 0;

@@ -102,7 +102,7 @@ class StoreService : public intake::LetterService {
     while (messages > 0 && reading_.NextOffset()) --messages;
   }
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     bool whole = how == intake::kWithText;
     StoreReply answer;
     bool isLong = false;
@@ -121,7 +121,7 @@ class StoreService : public intake::LetterService {
       try {
         auto text = std::make_unique<TextReading>(
             reading_.ReadText(answer.message, {}, [](std::string_view) { throw TextTooLong(); }));
-        Prepare(answer.message.facts, *text);
+        Prepare(answer.message.facts, *text, packs);
         answer.text = std::move(text);
       } catch (const TextTooLong&) {
         isLong = true;
@@ -136,7 +136,7 @@ class StoreService : public intake::LetterService {
     message.firstBlock = wanted.firstBlock;
     message.indexedBlock = wanted.indexedBlock;
     TextReading text = reading_.ReadText(message, {wanted.lastChainEnd, wanted.mostBytes}, {});
-    Prepare(wanted.facts, text);
+    Prepare(wanted.facts, text, true);
     if (text.size > intake::kMostHeld) {
       longText(*text.held);
       text.held->clear();
@@ -145,14 +145,14 @@ class StoreService : public intake::LetterService {
   }
 
  private:
-  void Prepare(const intake::StoreFacts& facts, TextReading& text) const {
+  void Prepare(const intake::StoreFacts& facts, TextReading& text, bool packs) const {
     if (text.fault) {
       text.held.emplace();
       text.size = 0;
       return;
     }
     intake::RawMessage raw("", std::move(*text.held));
-    text.prepared = intake::PrepareElsewhere(raw, rules_, facts);
+    text.prepared = intake::PrepareElsewhere(raw, rules_, facts, packs);
     text.held = std::move(raw).Bytes();
   }
 

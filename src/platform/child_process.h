@@ -37,6 +37,7 @@ class ChildProcess {
   // Whether a read found the child gone, as opposed to slow.
   bool HasEnded() const { return hasEnded_; }
 
+
   // Ends it at once; later calls find it gone.
   void Kill();
   // For tests and messages; 0 when it is gone.
@@ -53,5 +54,8 @@ class ChildProcess {
 // channel is closed.
 size_t ReadFromParent(void* buffer, size_t count);
 bool WriteToParent(std::string_view bytes);
+// Whether the parent has read nearly all that was written, and will have to wait. False where the
+// system does not tell.
+bool IsParentFaster();
 
 }  // namespace tarnwick::platform

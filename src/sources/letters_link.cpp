@@ -272,13 +272,13 @@ class LetterFileService : public intake::LetterService {
 
   void Take(std::string_view piece) override { bytes_ += piece; }
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     auto sent = intake::RecordOf<Sent>(how);
     LetterListener listener;
     listener.Add(bytes_);
     LetterReading letter;
     letter.says = listener.Finish();
-    if (sent.withText) letter.prepared = Prepare(sent.state, bytes_);
+    if (sent.withText) letter.prepared = Prepare(sent.state, bytes_, packs);
     if (bytes_.size() > kMostKept) std::string().swap(bytes_);
     bytes_.clear();
     return {intake::BytesOf(letter)};
@@ -288,11 +288,11 @@ class LetterFileService : public intake::LetterService {
 
  protected:
   std::unique_ptr<intake::PreparedMessage> Prepare(const intake::MessageState& state,
-                                                   std::string& bytes) const {
+                                                   std::string& bytes, bool packs) const {
     intake::StoreFacts facts;
     facts.state = state;
     intake::RawMessage raw("", std::move(bytes));
-    auto prepared = intake::PrepareElsewhere(raw, rules_, facts);
+    auto prepared = intake::PrepareElsewhere(raw, rules_, facts, packs);
     bytes = std::move(raw).Bytes();
     return prepared;
   }
@@ -312,7 +312,7 @@ class MailboxService : public LetterFileService {
     while (messages > 0 && Letters().Next(entry)) --messages;
   }
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     LetterReading letter;
     try {
       letter.isEnd = !Letters().Next(letter.entry);
@@ -326,7 +326,7 @@ class MailboxService : public LetterFileService {
     bool isWanted = how == intake::kWithText;
     bool halts = isWanted && letter.says && !letter.held;
     if (!isWanted) letter.held.reset();
-    if (letter.held) letter.prepared = Prepare(letter.entry.state, *letter.held);
+    if (letter.held) letter.prepared = Prepare(letter.entry.state, *letter.held, packs);
     return {intake::BytesOf(letter), halts};
   }
 
@@ -338,11 +338,11 @@ class MailboxService : public LetterFileService {
     if (letter.failure) return intake::BytesOf(letter);
     std::string bytes;
     if (letter.held) {
-      letter.prepared = Prepare(wanted.state, *letter.held);
+      letter.prepared = Prepare(wanted.state, *letter.held, true);
     } else {
       Letters().Copy([&](std::string_view piece) { bytes += piece; });
       longText(bytes);
-      letter.prepared = Prepare(wanted.state, bytes);
+      letter.prepared = Prepare(wanted.state, bytes, true);
     }
     return intake::BytesOf(letter);
   }

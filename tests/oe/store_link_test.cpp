@@ -48,8 +48,8 @@ class WrongService : public intake::LetterService {
     count_ = messages;
     sound_->Skip(messages);
   }
-  Answer Next(std::string_view how) override {
-    Answer answer = sound_->Next(how);
+  Answer Next(std::string_view how, bool packs) override {
+    Answer answer = sound_->Next(how, packs);
     if (++count_ == kWhere) GoWrong(answer.record, how);
     return answer;
   }
