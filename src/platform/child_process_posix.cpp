@@ -201,7 +201,7 @@ bool WriteToParent(std::string_view bytes) {
 }
 
 bool IsParentFaster() {
-  return Ring() && Ring()->Unread() < SharedRing::kCapacity / 16;
+  return Ring() && Ring()->Unread() < SharedRing::kCapacity / 8;
 }
 
 }  // namespace tarnwick::platform

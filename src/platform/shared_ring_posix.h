@@ -23,7 +23,7 @@ namespace tarnwick::platform {
 
 class SharedRing {
  public:
-  static constexpr uint64_t kCapacity = uint64_t{8} << 20;
+  static constexpr uint64_t kCapacity = uint64_t{4} << 20;
 
   // Makes the memory; Descriptor() is handed to the helper. nullopt where the system has none.
   static std::optional<SharedRing> Make();

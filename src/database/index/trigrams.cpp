@@ -63,11 +63,11 @@ void TrigramSet::Add(std::string_view text, uint32_t salt) {
 }
 
 std::vector<uint32_t> TrigramSet::Take() {
-  std::vector<uint32_t> hashes;
-  size_t count = 0;
-  ForEachBit(touched_, [&](size_t word) { count += std::popcount(seen_[word]); });
-  hashes.resize(count);
-  uint32_t* next = hashes.data();
+  size_t words = 0;
+  ForEachBit(touched_, [&](size_t) { ++words; });
+  // As many as there could be; counting them would cost as much as reading them.
+  if (hashes_.size() < words * 64) hashes_.resize(words * 64);
+  uint32_t* next = hashes_.data();
   ForEachBit(touched_, [&](size_t word) {
     auto first = static_cast<uint32_t>(word * 64);
     for (uint64_t bits = seen_[word]; bits != 0; bits &= bits - 1) {
@@ -76,7 +76,7 @@ std::vector<uint32_t> TrigramSet::Take() {
     seen_[word] = 0;
   });
   touched_.fill(0);
-  return hashes;
+  return {hashes_.data(), next};
 }
 
 std::vector<uint32_t> TrigramsOf(std::string_view wanted, bool isPattern, uint32_t salt) {

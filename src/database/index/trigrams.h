@@ -36,6 +36,7 @@ class TrigramSet {
 
   std::vector<uint64_t> seen_;                   // a bit for each trigram
   std::array<uint64_t, kWords / 64> touched_{};  // and for each word of these
+  std::vector<uint32_t> hashes_;                 // while they are taken
 };
 
 // What every text has that matches: as Like does, where % and _ stand for others, or as InStr does.
