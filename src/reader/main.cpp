@@ -22,6 +22,7 @@
 #include "outlook/reader/store_file.h"
 #include "platform/child_process.h"
 #include "platform/confinement.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "sources/letters_link.h"
 
@@ -171,6 +172,7 @@ int Run() {
 }  // namespace
 
 int main() {
+  tarnwick::platform::KeepFreedMemory();
   try {
     return Run();
   } catch (const reader::ChannelClosed&) {
