@@ -13,7 +13,6 @@
 #include "outlook/msg_file.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/freed_memory.h"
 #include "repository/parameter_store.h"
 #include "repository/repository.h"
 #include "sources/import.h"
@@ -137,7 +136,6 @@ bool ReadEach(const Chosen& chosen, bool whole) {
 // not go on.
 bool ReadChosen(const Chosen& chosen) {
   // A repository without a message is read into as at a first load, whatever was asked.
-  platform::FreedMemoryKept kept;
   bool whole = State().RepositoryIsEmpty || repository::HasNoEmail();
   intake::LoadAccount& account = intake::Account();
   account.Open();
