@@ -35,7 +35,8 @@ void Connection::SetProperty(std::string_view name, std::string_view value) {
   } else if (platform::SameWord(name, kModeProperty)) {
     impl_->readOnly = platform::SameWord(value, kModeRead);
   } else if (platform::SameWord(name, kJournalProperty)) {
-    impl_->keepsLog = !platform::SameWord(value, kJournalRollback);
+    impl_->isBeingMade = platform::SameWord(value, kJournalMemory);
+    impl_->keepsLog = !impl_->isBeingMade && !platform::SameWord(value, kJournalRollback);
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }

@@ -56,9 +56,11 @@ inline constexpr std::string_view kPasswordProperty = "JET OLEDB:Database Passwo
 inline constexpr std::string_view kModeProperty = "Mode";
 inline constexpr std::string_view kModeRead = "Read";
 // "Rollback" is for a file that is seldom written: each write costs more flushes then, but none are
-// needed to open and close it. Otherwise writes go through a log.
+// needed to open and close it. "Memory" is for a file that is being made: nothing is flushed, which
+// its maker does at the end, and a kill leaves it useless. Otherwise writes go through a log.
 inline constexpr std::string_view kJournalProperty = "Journal";
 inline constexpr std::string_view kJournalRollback = "Rollback";
+inline constexpr std::string_view kJournalMemory = "Memory";
 
 // The number of the error that a statement stopped by a progress handler ends with.
 inline constexpr int kInterrupted = 9;

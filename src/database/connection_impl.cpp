@@ -35,7 +35,8 @@ Connection::Impl::~Impl() {
 
 void Connection::Impl::Open() {
   PasswordSource one = [known = password](const std::string&) { return platform::Secret(known); };
-  session.Open(dataSource, passwords ? passwords : std::move(one), {readOnly, keepsLog});
+  session.Open(dataSource, passwords ? passwords : std::move(one),
+               {readOnly, keepsLog, isBeingMade});
   schema_ = std::make_unique<Catalog>(session.Engine());
 }
 

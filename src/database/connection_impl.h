@@ -132,6 +132,7 @@ class Connection::Impl {
   PasswordSource passwords;  // {}: password for every file
   bool readOnly = false;
   bool keepsLog = true;
+  bool isBeingMade = false;
 
   Session session;
 

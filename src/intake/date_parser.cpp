@@ -40,16 +40,21 @@ std::optional<double> NumberOf(std::string_view token) {
   }
   bool hasDigit = false;
   int points = 0;
+  double value = 0;
   for (char c : digits) {
     if (IsDigit(c)) {
       hasDigit = true;
+      value = value * 10 + (c - '0');
     } else if (c != '.' || ++points > 1) {
       return std::nullopt;
     }
   }
   if (!hasDigit) return std::nullopt;
-  double value = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
+  constexpr size_t kExactDigits = 15;
+  if (points > 0 || digits.size() > kExactDigits) {
+    value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
+  }
   return isNegative ? -value : value;
 }
 
@@ -152,7 +157,7 @@ class DateText {
 
   DateTime TakeDate() {
     CivilTime today = platform::Now().ToCivil();
-    int year = TakeYear(today.year).value_or(today.year);
+    int year = TakeYear(ThisYear).value_or(today.year);
     int month = TakeMonth().value_or(today.month);
     int day = TakeDay().value_or(today.day);
     TakeZone();
@@ -161,13 +166,13 @@ class DateText {
 
   // Takes what it finds.
   bool NamesDate() {
-    constexpr int kNoShortYear = 0;
-    return TakeYear(kNoShortYear) || TakeMonth() || TakeDay();
+    auto noShortYear = [] { return 0; };
+    return TakeYear(noShortYear) || TakeMonth() || TakeDay();
   }
 
   // TakeDate where all three are named; it need not be a day that there is.
   std::optional<CivilTime> NamedDate() {
-    std::optional<int> year = TakeYear(platform::Now().ToCivil().year);
+    std::optional<int> year = TakeYear(ThisYear);
     std::optional<int> month = TakeMonth();
     std::optional<int> day = TakeDay();
     TakeZone();
@@ -213,8 +218,10 @@ class DateText {
     return half;
   }
 
-  // A year of two digits is not later than thisYear.
-  std::optional<int> TakeYear(int thisYear) {
+  static int ThisYear() { return platform::Now().ToCivil().year; }
+
+  // A year of two digits is not later than thisYear, for which few dates have to ask the clock.
+  std::optional<int> TakeYear(int (*thisYear)()) {
     constexpr double kFirstYear = 1900;
     for (size_t i = 0; i < count_; ++i) {
       auto value = UnsignedNumberOf(tokens_[i]);
@@ -226,7 +233,7 @@ class DateText {
     if (time_ > 0) {
       std::string_view& token = tokens_[time_ - 1];
       auto value = NumberOf(token);
-      if (value && *value <= thisYear) {
+      if (value && *value <= thisYear()) {
         token = {};
         return RoundShort(*value);
       }
@@ -236,7 +243,7 @@ class DateText {
 
   std::optional<int> TakeMonth() {
     for (size_t i = 0; i < count_; ++i) {
-      int month = MonthNumber(std::string(tokens_[i]));
+      int month = MonthNumber(tokens_[i]);
       if (month == 0) continue;
       tokens_[i] = {};
       return month;
@@ -300,13 +307,13 @@ void Shift(DateTime& date, std::string_view zone) {
 
 bool EqualFirstChars(std::string_view token, std::string_view name) {
   constexpr size_t kChars = 3;
-  std::string_view first = platform::FirstChars(name, kChars);
-  if (first.empty()) return false;
+  if (name.empty()) return false;
   // Most tokens differ in their first letter, which is cheap to see where it is ASCII.
   auto a = static_cast<unsigned char>(token[0]);
-  auto b = static_cast<unsigned char>(first[0]);
+  auto b = static_cast<unsigned char>(name[0]);
   if (a < 0x80 && b < 0x80 && (a | 0x20) != (b | 0x20)) return false;
-  return platform::EqualIgnoringCase(platform::FirstChars(token, kChars), first);
+  return platform::EqualIgnoringCase(platform::FirstChars(token, kChars),
+                                     platform::FirstChars(name, kChars));
 }
 
 // Gives a date that was taken its time, and moves it from its zone. Sets what it comes to before an
@@ -341,13 +348,14 @@ void DropComments(std::string& text) {
 
 }  // namespace
 
-int MonthNumber(const std::string& token) {
-  constexpr std::string_view kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
-                                          "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
+int MonthNumber(std::string_view token) {
+  constexpr std::string_view kMonths[] = {"jan", "feb", "mar", "apr", "may", "jun",
+                                          "jul", "aug", "sep", "oct", "nov", "dec"};
   if (token.empty()) return 0;
-  std::string first = platform::AsciiUpper(std::string_view(token).substr(0, 3));
+  std::string_view first = token.substr(0, 3);
   for (int month = 0; month < 12; ++month) {
-    if (first == kMonths[month]) return month + 1;
+    if ((first[0] | 0x20) != kMonths[month][0]) continue;
+    if (platform::AsciiLower(first) == kMonths[month]) return month + 1;
   }
   const auto& localNames = core::State().LocalMonthNames;
   bool isAscii = platform::IsAscii(token);

@@ -30,6 +30,6 @@ std::optional<DateTime> ReadSoundDate(std::string& timeText, std::string& zoneTe
 bool NamesDate(const std::string& dateText);
 
 // 1..12 for a month's name (English, else the locale's; first three characters), 0 for none.
-int MonthNumber(const std::string& token);
+int MonthNumber(std::string_view token);
 
 }  // namespace tarnwick::intake

@@ -30,8 +30,9 @@ class LetterService {
 
   // Passes over so many messages, of which it looks at nothing.
   virtual void Skip(uint64_t /*messages*/) {}
-  // Of the next message; how: as it was asked for.
-  virtual Answer Next(std::string_view how) = 0;
+  // Of the next message; how: as it was asked for. packs: what is stored of its text, which the
+  // program does else.
+  virtual Answer Next(std::string_view how, bool packs) = 0;
   // Of a text; what is too long to be held goes to longText.
   virtual std::string Text(std::string_view which, const ByteSink& longText) = 0;
   // A piece of what is to be read next, of messages that are sent.
@@ -52,12 +53,13 @@ class SentMessages : public LetterService {
   std::string bytes_;
 };
 
-// The channel to the program: the next request and its payload, whether another one has come, and
-// bytes to it.
+// The channel to the program: the next request and its payload, whether another one has come, bytes
+// to it, and whether it has to wait for them.
 struct LetterChannel {
   std::function<char(std::string& payload)> request;
   std::function<bool()> hasMore;
   std::function<void(std::string_view)> write;
+  std::function<bool()> isProgramFaster = [] { return false; };
 };
 
 // Tells the program how far the service has come with what takes long, in percent.

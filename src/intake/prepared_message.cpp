@@ -33,11 +33,8 @@ std::string Written(const MailMessage& message, std::string_view column) {
   return WrittenText(FieldOf(column), TextOf(message, column));
 }
 
-PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
+PackedRows MakeRows(const RawMessage& raw, const MailMessage& message, bool packs) {
   PackedRows rows;
-  for (std::string_view column : PackedColumns()) {
-    rows.texts.push_back({column, jet::PackAhead(Written(message, column))});
-  }
   std::vector<std::string> searched;
   searched.reserve(repository::kSearchedFields.size());
   for (const repository::EmailField& field : repository::kSearchedFields) {
@@ -45,10 +42,13 @@ PackedRows PackRows(const RawMessage& raw, const MailMessage& message) {
   }
   rows.trigrams = jet::TrigramsAhead(searched);
   RawReader reader(raw);
+  rows.thread = StoredThread(ThreadOfHeaders(reader.Read(0, kFileRecordLength)));
+  if (!packs) return rows;
+  for (std::string_view column : PackedColumns()) {
+    rows.texts.push_back({column, jet::PackAhead(Written(message, column))});
+  }
   for (uint64_t offset = 0; offset < reader.Size(); offset += kFileRecordLength) {
-    std::string_view piece = reader.Read(offset, kFileRecordLength);
-    if (offset == 0) rows.thread = StoredThread(ThreadOfHeaders(piece));
-    rows.pieces.push_back(jet::PackAhead(piece));
+    rows.pieces.push_back(jet::PackAhead(reader.Read(offset, kFileRecordLength)));
   }
   return rows;
 }
@@ -92,10 +92,10 @@ std::unique_ptr<PreparedMessage> ReadElsewhere(const std::function<void(Prepared
   return prepared;
 }
 
-void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size) {
+void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size, bool packs) {
   TakeBodyFromHtml(prepared.message);
   if (size <= kMostHeld) {
-    prepared.rows = PackRows(begin, prepared.message);
+    prepared.rows = MakeRows(begin, prepared.message, packs);
   } else {
     RawReader reader(begin);
     std::string_view head = reader.Read(0, kFileRecordLength);
@@ -104,17 +104,17 @@ void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t 
 }
 
 std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
-                                                  const StoreFacts& facts) {
+                                                  const StoreFacts& facts, bool packs) {
   return ReadElsewhere([&](PreparedMessage& prepared) {
     prepared = ReadMessage(raw, rules, facts);
-    PackElsewhere(prepared, raw, RawReader(raw).Size());
+    PackElsewhere(prepared, raw, RawReader(raw).Size(), packs);
   });
 }
 
 std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,
-                                                  const StoreFacts& facts) {
+                                                  const StoreFacts& facts, bool packs) {
   RawMessage raw("", std::move(text));
-  auto prepared = PrepareElsewhere(raw, rules, facts);
+  auto prepared = PrepareElsewhere(raw, rules, facts, packs);
   text = std::move(raw).Bytes();
   return prepared;
 }

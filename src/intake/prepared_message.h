@@ -55,20 +55,21 @@ struct PreparedMessage {
 PreparedMessage ReadMessage(const RawMessage& raw, const ReadingRules& rules,
                             const StoreFacts& facts);
 
-// The same for a message that another process takes in: with all that is to be told, and packed
-// unless it is too long to be held (kMostHeld).
+// The same for a message that another process takes in: with all that is to be told and, unless it
+// is too long to be held (kMostHeld), what its rows are made of; packed, or for the other to pack.
 std::unique_ptr<PreparedMessage> PrepareElsewhere(const RawMessage& raw, const ReadingRules& rules,
-                                                  const StoreFacts& facts);
+                                                  const StoreFacts& facts, bool packs = true);
 
 // The same of a text in memory, which is as it was afterwards.
 std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const ReadingRules& rules,
-                                                  const StoreFacts& facts);
+                                                  const StoreFacts& facts, bool packs = true);
 
 // What both are made of, for what else is read into a record in another process: reads, with what
-// is to be told and the error that ended it kept; and packs what was read. begin: the raw message,
-// of one that is too long its first bytes; size: of all of it.
+// is to be told and the error that ended it kept; and makes what the rows are made of. begin: the
+// raw message, of one that is too long its first bytes; size: of all of it.
 std::unique_ptr<PreparedMessage> ReadElsewhere(const std::function<void(PreparedMessage&)>& read);
-void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size);
+void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t size,
+                   bool packs = true);
 
 // Whether rows that another process packed can be those of the message: nothing in them can harm
 // the repository. What they unpack to is not looked at.

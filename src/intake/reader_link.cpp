@@ -21,9 +21,12 @@ namespace tarnwick::intake {
 
 namespace {
 
-constexpr size_t kMostAsked = 32;
+// Requests sent ahead: few at first and behind a loss, then so many that the reader works on while
+// the program is at its commits.
+constexpr size_t kFirstAsked = 32;
+constexpr size_t kMostAsked = 512;
 // Behind a reader that was lost over a message asked for ahead, so that it is known which.
-constexpr int kOneByOne = 2 * kMostAsked;
+constexpr int kOneByOne = 2 * kFirstAsked;
 // Of an answer: what a text is made into, and packed besides.
 constexpr uint64_t kBytesOfByte = 16;
 constexpr uint64_t kLeastMost = uint64_t{4} << 20;
@@ -114,7 +117,8 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
 ReaderLink::ReaderLink(std::string storePath, std::string program, LetterOpening opening)
     : storePath_(std::move(storePath)),
       program_(std::move(program)),
-      opening_(std::move(opening)) {}
+      opening_(std::move(opening)),
+      mostAsked_(kFirstAsked) {}
 
 // It answers once to say that it is there, before it looks at the store.
 void ReaderLink::Start() {
@@ -138,7 +142,7 @@ void ReaderLink::Send(std::string_view requests) {
 }
 
 void ReaderLink::AskAhead(bool withText) {
-  size_t most = oneByOne_ > 0 ? 1 : kMostAsked;
+  size_t most = oneByOne_ > 0 ? 1 : mostAsked_;
   if (2 * asked_.size() > most) return;
   std::string requests;
   if (std::exchange(isHalted_, false)) requests += platform::FrameOf(letter_frame::kGoOn, {});
@@ -147,6 +151,7 @@ void ReaderLink::AskAhead(bool withText) {
     asked_.push_back(withText);
   }
   Send(requests);
+  if (most > 1) mostAsked_ = std::min(2 * mostAsked_, kMostAsked);
 }
 
 std::optional<std::string_view> ReaderLink::Next(bool withText) {
@@ -173,8 +178,9 @@ std::optional<std::string_view> ReaderLink::Next(bool withText) {
     } catch (const Lost&) {
       bool isAlone = asked_.size() == 1;
       bool isLeast = isAlone && !asked_.front();
+      auto asked = static_cast<int>(asked_.size());
       CountLoss();
-      oneByOne_ = kOneByOne;
+      oneByOne_ = std::max(kOneByOne, asked);
       if (core::IsLoadStopped()) return std::nullopt;
       if (isLeast) {
         ++done_;
@@ -200,9 +206,10 @@ std::optional<std::string_view> ReaderLink::Text(std::string_view which, const B
       ReceiveAsked();
       return ReceiveRecord(longText);
     } catch (const Lost&) {
-      bool isAnothers = !asked_.empty();
+      auto asked = static_cast<int>(asked_.size());
+      bool isAnothers = asked > 0;
       CountLoss();
-      oneByOne_ = kOneByOne;
+      oneByOne_ = std::max(kOneByOne, asked);
       if (!isAnothers || core::IsLoadStopped()) return std::nullopt;
     } catch (...) {
       Leave();  // in the middle of an answer
@@ -274,6 +281,7 @@ void ReaderLink::Leave() {
   channel_.reset();
   asked_.clear();
   messagesSent_ = 0;
+  mostAsked_ = kFirstAsked;
   isHalted_ = false;
 }
 

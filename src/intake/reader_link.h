@@ -134,7 +134,8 @@ class ReaderLink {
   uint64_t mostBytes_ = 0;  // of an answer
   std::function<void(int)> progress_;
   std::unique_ptr<ReaderChannel> channel_;
-  std::deque<bool> asked_;            // with text or not: requests that are not answered
+  std::deque<bool> asked_;  // with text or not: requests that are not answered
+  size_t mostAsked_;
   std::deque<std::string> messages_;  // that were asked about, as they were sent
   size_t messagesSent_ = 0;           // of these, to this reader
   size_t messageBytes_ = 0;

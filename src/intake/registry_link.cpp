@@ -110,7 +110,7 @@ class RegistryService : public LetterService {
  public:
   explicit RegistryService(ProfileKind kind) : kind_(kind) {}
 
-  Answer Next(std::string_view /*how*/) override { return {}; }
+  Answer Next(std::string_view /*how*/, bool /*packs*/) override { return {}; }
 
   std::string Text(std::string_view which, const ByteSink& /*longText*/) override {
     auto question = RecordOf<Question>(which);

@@ -59,7 +59,7 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   return true;
 }
 
-LetterService::Answer SingleService::Next(std::string_view how) {
+LetterService::Answer SingleService::Next(std::string_view how, bool /*packs*/) {
   Answer answer;
   answer.record = Read({"", Taken()}, how, [&](std::string_view piece) { answer.text += piece; });
   return answer;

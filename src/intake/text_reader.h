@@ -47,7 +47,7 @@ class SingleReader {
 // The reader's end.
 class SingleService : public SentMessages {
  public:
-  Answer Next(std::string_view how) override;
+  Answer Next(std::string_view how, bool packs) override;
   std::string Text(std::string_view which, const ByteSink& longText) override;
 
  protected:

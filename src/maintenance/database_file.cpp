@@ -19,10 +19,16 @@ namespace {
 using core::State;
 using repository::RepositoryDb;
 
+// A file that is being made.
+void OpenUnfinished(jet::Connection& connection, const std::string& file) {
+  connection.SetProperty(jet::kJournalProperty, jet::kJournalMemory);
+  OpenFile(connection, file, {});
+}
+
 // The template may be of an older version, and would not hold all that is copied.
 void BringUpToDate(const std::string& file, std::span<const jet::TableDefinition> tables) {
   jet::Connection connection;
-  OpenFile(connection, file, {});
+  OpenUnfinished(connection, file);
   jet::UpdateTables(connection, tables, repository::kSchemaVersion);
   connection.Close();
 }
@@ -167,10 +173,9 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
 
 void NewDatabaseFile::MakeIndexes(Run& run) const {
   jet::Connection connection;
-  OpenFile(connection, Path(), {});
+  OpenUnfinished(connection, Path());
   {
     WatchScope watch(run, connection, true);
-    jet::BulkScope bulk(connection);
     jet::UpdateTables(connection, repository::RepositoryTables(), repository::kSchemaVersion);
   }
   connection.Close();

@@ -102,7 +102,7 @@ class LostService : public intake::LetterService {
     for (; messages > 0 && !first_->isEnd; --messages) first_ = NextOrEnd();
   }
 
-  Answer Next(std::string_view /*how*/) override {
+  Answer Next(std::string_view /*how*/, bool /*packs*/) override {
     LostReading reading = first_ ? std::move(*first_) : NextOrEnd();
     first_.reset();
     return {intake::BytesOf(reading)};

@@ -70,14 +70,14 @@ class StoreLink : public StoreWalk {
   std::unique_ptr<TextReading> ahead_;
 };
 
-void Prepare(const intake::StoreFacts& facts, const intake::ReadingRules& rules,
+void Prepare(const intake::StoreFacts& facts, const intake::ReadingRules& rules, bool packs,
              TextReading& text) {
   if (text.fault) {
     text.held.emplace();
     text.size = 0;
     return;
   }
-  text.prepared = intake::PrepareElsewhere(*text.held, rules, facts);
+  text.prepared = intake::PrepareElsewhere(*text.held, rules, facts, packs);
 }
 
 class StoreService : public intake::LetterService {
@@ -95,7 +95,7 @@ class StoreService : public intake::LetterService {
     while (messages > 0 && reading_.NextOffset()) --messages;
   }
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     bool whole = how == intake::kWithText;
     StoreReply answer;
     bool isLong = false;
@@ -114,7 +114,7 @@ class StoreService : public intake::LetterService {
       try {
         auto text = std::make_unique<TextReading>(
             reading_.ReadText(answer.message, {}, [](std::string_view) { throw TextTooLong(); }));
-        Prepare(answer.message.facts, rules_, *text);
+        Prepare(answer.message.facts, rules_, packs, *text);
         answer.text = std::move(text);
       } catch (const TextTooLong&) {
         isLong = true;
@@ -167,7 +167,7 @@ TextReading AskForText(intake::ReaderLink& link, std::string_view request, uint6
 std::string AnswerWithText(TextReading& text, const intake::ReadingRules& rules,
                            const intake::StoreFacts& facts,
                            const intake::LetterService::ByteSink& longText) {
-  Prepare(facts, rules, text);
+  Prepare(facts, rules, true, text);
   if (text.size > intake::kMostHeld) {
     longText(*text.held);
     text.held->clear();

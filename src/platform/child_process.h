@@ -53,5 +53,8 @@ class ChildProcess {
 // channel is closed.
 size_t ReadFromParent(void* buffer, size_t count);
 bool WriteToParent(std::string_view bytes);
+// Whether the parent has read nearly all that was written, and will have to wait. False where the
+// system does not tell.
+bool IsParentFaster();
 
 }  // namespace tarnwick::platform

@@ -235,4 +235,8 @@ bool WriteToParent(std::string_view bytes) {
   return true;
 }
 
+bool IsParentFaster() {
+  return false;
+}
+
 }  // namespace tarnwick::platform

@@ -47,6 +47,7 @@ size_t CountChars(std::string_view text) {
 
 std::string_view FirstChars(std::string_view text, size_t count) {
   if (text.size() <= count) return text;
+  if (SkipAscii(text.substr(0, count + 1), 0) > count) return text.substr(0, count);
   size_t position = 0;
   for (; position < text.size(); ++position) {
     if (!BeginsChar(text[position])) continue;

@@ -25,6 +25,7 @@
 #include "outlook/pst_protocol.h"
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
+#include "platform/child_process.h"
 #include "platform/confinement.h"
 #include "platform/environment.h"
 #include "platform/files.h"
@@ -135,7 +136,8 @@ int ServeLetters(reader::Channel& channel, const tarnwick::intake::LetterOpening
   intake::LetterChannel letters{
       .request = [&](std::string& payload) { return channel.ReadRequest(payload); },
       .hasMore = [&] { return channel.HasMore(); },
-      .write = [&](std::string_view bytes) { channel.Write(bytes); }};
+      .write = [&](std::string_view bytes) { channel.Write(bytes); },
+      .isProgramFaster = platform::IsParentFaster};
   auto open = [&](const intake::ProgressTeller& tell) -> std::unique_ptr<intake::LetterService> {
     const intake::ReadingRules& rules = opening.conditions.rules;
     switch (opening.conversation) {

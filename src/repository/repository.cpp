@@ -202,7 +202,10 @@ bool OpenRepository(bool clearAll) {
     repository.RepositoryConnection.KeepTextIndex("Email", SearchedColumns());
     ReserveKeys();
     if (clearAll) ClearRepository();
-    repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
+    // Emptied only where it holds something: no opening has to be brought to the disk.
+    if (HasRows("ObjectList")) {
+      repository.RepositoryConnection.Execute("DELETE FROM ObjectList");
+    }
     OpenRecordsets();
     repository.MayHoldUnfinished = HasRows("Unfinished");
     return true;

@@ -267,25 +267,25 @@ class LetterFilesLink : public LetterWalk {
 
 // The reader's end of both.
 std::unique_ptr<intake::PreparedMessage> Prepare(const intake::ReadingRules& rules,
-                                                 const intake::MessageState& state,
+                                                 const intake::MessageState& state, bool packs,
                                                  std::string& text) {
   intake::StoreFacts facts;
   facts.state = state;
-  return intake::PrepareElsewhere(text, rules, facts);
+  return intake::PrepareElsewhere(text, rules, facts, packs);
 }
 
 class LetterFileService : public intake::SentMessages {
  public:
   explicit LetterFileService(const intake::ReadingRules& rules) : rules_(rules) {}
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     auto sent = intake::RecordOf<Sent>(how);
     std::string text = Taken();
     LetterListener listener;
     listener.Add(text);
     LetterReading letter;
     letter.says = listener.Finish();
-    if (sent.withText) letter.prepared = Prepare(rules_, sent.state, text);
+    if (sent.withText) letter.prepared = Prepare(rules_, sent.state, packs, text);
     return {intake::BytesOf(letter)};
   }
 
@@ -303,7 +303,7 @@ class MailboxService : public intake::LetterService {
     while (messages > 0 && Letters().Next(entry)) --messages;
   }
 
-  Answer Next(std::string_view how) override {
+  Answer Next(std::string_view how, bool packs) override {
     LetterReading letter;
     try {
       letter.isEnd = !Letters().Next(letter.entry);
@@ -317,7 +317,7 @@ class MailboxService : public intake::LetterService {
     bool isWanted = how == intake::kWithText;
     bool halts = isWanted && letter.says && !letter.held;
     if (!isWanted) letter.held.reset();
-    if (letter.held) letter.prepared = Prepare(rules_, letter.entry.state, *letter.held);
+    if (letter.held) letter.prepared = Prepare(rules_, letter.entry.state, packs, *letter.held);
     return {intake::BytesOf(letter), halts};
   }
 
@@ -329,11 +329,11 @@ class MailboxService : public intake::LetterService {
     if (letter.failure) return intake::BytesOf(letter);
     std::string bytes;
     if (letter.held) {
-      letter.prepared = Prepare(rules_, wanted.state, *letter.held);
+      letter.prepared = Prepare(rules_, wanted.state, true, *letter.held);
     } else {
       Letters().Copy([&](std::string_view piece) { bytes += piece; });
       longText(bytes);
-      letter.prepared = Prepare(rules_, wanted.state, bytes);
+      letter.prepared = Prepare(rules_, wanted.state, true, bytes);
     }
     return intake::BytesOf(letter);
   }

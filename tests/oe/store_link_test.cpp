@@ -54,8 +54,8 @@ class WrongService : public intake::LetterService {
     sound_->Skip(messages);
   }
   void Take(std::string_view piece) override { sound_->Take(piece); }
-  Answer Next(std::string_view how) override {
-    Answer answer = sound_->Next(how);
+  Answer Next(std::string_view how, bool packs) override {
+    Answer answer = sound_->Next(how, packs);
     if (++count_ == kWhere) GoWrong(answer.record, how);
     return answer;
   }

@@ -58,7 +58,9 @@ void Session::Configure(Use use) {
       "PRAGMA cell_size_check = ON;"
       "PRAGMA cache_size = -16000;"
       "PRAGMA synchronous = FULL;");
-  if (!database_->IsReadOnly() && !use.keepsLog) {
+  if (use.isBeingMade) {
+    database_->Run("PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY;");
+  } else if (!database_->IsReadOnly() && !use.keepsLog) {
     // One that was open in another way when the program was killed may have a log.
     database_->Run("PRAGMA journal_mode = DELETE");
   } else if (!database_->IsReadOnly()) {

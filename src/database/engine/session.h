@@ -33,7 +33,8 @@ class Session {
  public:
   struct Use {
     bool readOnly = false;
-    bool keepsLog = true;  // else each commit is flushed
+    bool keepsLog = true;      // else each commit is flushed
+    bool isBeingMade = false;  // or none is: the file is of no use before all of it is there
   };
   // passwords is asked for the file's own, and later for those of others.
   void Open(const std::string& path, PasswordSource passwords, Use use);

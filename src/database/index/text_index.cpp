@@ -213,7 +213,6 @@ std::string TextIndex::Part(int64_t segment, size_t part) {
 }
 
 void TextIndex::TakeRow(Statement& row) {
-  trigrams_.Clear();
   for (size_t i = 0; i < columns_.size(); i++) {
     auto column = static_cast<int>(i) + 1;
     bool isPacked = row.Kind(column) == ColumnKind::kLongText &&
@@ -228,7 +227,7 @@ void TextIndex::TakeRow(Statement& row) {
       // Nothing is found in a damaged text.
     }
   }
-  writer_.Add(row.Int(0), trigrams_.Hashes());
+  writer_.Add(row.Int(0), trigrams_.Take());
 }
 
 std::string TextIndex::RowQuery() const {
@@ -351,9 +350,8 @@ void TextIndex::AddTo(TrigramSet& trigrams, size_t column, std::string_view text
 }
 
 void TextIndex::HandOver(int64_t key, const std::vector<std::string_view>& texts) {
-  trigrams_.Clear();
   for (size_t i = 0; i < columns_.size(); i++) AddTo(trigrams_, i, texts[i]);
-  HandOver(key, trigrams_.Hashes());
+  HandOver(key, trigrams_.Take());
 }
 
 void TextIndex::HandOver(int64_t key, const std::vector<uint32_t>& trigrams) {

@@ -16,7 +16,7 @@ namespace tarnwick::jet {
 
 namespace {
 
-// Memory while a segment is built: four bytes each, and as many again when it is written.
+// Memory while a segment is built: four to eight bytes each.
 constexpr size_t kMostPostings = 6'000'000;
 // Up to so many documents are written as they are.
 constexpr size_t kFixedList = 3;
@@ -200,10 +200,6 @@ struct Entry {
   uint64_t size;
 };
 
-size_t PartOf(uint32_t posting) {
-  return (posting >> kDocumentBits) / kPartTrigrams;
-}
-
 // Longer lists are left out.
 size_t LongestList(size_t documents) {
   return std::max(documents / kTellingShare, kFixedList);
@@ -247,11 +243,10 @@ void ReadList(BitReader& reader, const Entry& entry, uint64_t lists, size_t docu
 void SegmentWriter::Add(int64_t key, const std::vector<uint32_t>& trigrams) {
   auto document = static_cast<uint32_t>(keys_.size());
   keys_.push_back(key);
-  size_t before = postings_.size();
-  postings_.insert(postings_.end(), trigrams.begin(), trigrams.end());
-  for (size_t i = before; i < postings_.size(); i++) {
-    postings_[i] = postings_[i] << kDocumentBits | document;
+  for (uint32_t trigram : trigrams) {
+    postings_[trigram / kPartTrigrams].push_back(trigram << kDocumentBits | document);
   }
+  count_ += trigrams.size();
 }
 
 void SegmentWriter::TakeOver(std::string_view head,
@@ -269,15 +264,16 @@ void SegmentWriter::TakeOver(std::string_view head,
       if (entry.length == 0) left_out_.push_back(trigram);
       found.clear();
       ReadList(reader, entry, lists, keys_.size(), found);
-      for (uint16_t document : found) postings_.push_back(trigram << kDocumentBits | document);
+      for (uint16_t document : found) postings_[i].push_back(trigram << kDocumentBits | document);
+      count_ += found.size();
       // The one that filled it up may have held every trigram.
-      if (postings_.size() > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
+      if (count_ > kMostPostings + (size_t{1} << kTrigramBits)) Damaged();
     }
   }
 }
 
 bool SegmentWriter::IsFull() const {
-  return keys_.size() >= kMostDocuments || postings_.size() >= kMostPostings;
+  return keys_.size() >= kMostDocuments || count_ >= kMostPostings;
 }
 
 std::string SegmentWriter::Head() const {
@@ -376,27 +372,15 @@ class SegmentWriter::PartWriter {
 };
 
 void SegmentWriter::Finish(const std::function<void(size_t, std::string_view)>& take) {
-  // Sorted by part first, and only then by trigram: few at a time stay within the processor's
-  // cache. The documents of each came in order and stay so.
-  std::array<uint32_t, kSegmentParts> ends{};
-  for (uint32_t posting : postings_) ends[PartOf(posting)]++;
-  uint32_t begin = 0;
-  for (uint32_t& end : ends) begin += std::exchange(end, begin);
-  std::vector<uint32_t> sorted(postings_.size());
-  for (uint32_t posting : postings_) sorted[ends[PartOf(posting)]++] = posting;
-
   PartWriter writer(keys_.size());
   std::vector<uint32_t> leftOut;
   auto out = left_out_.begin();
-  begin = 0;
   for (size_t part = 0; part < kSegmentParts; part++) {
     leftOut.clear();
     for (; out != left_out_.end() && *out / kPartTrigrams == part; ++out) {
       leftOut.push_back(*out % kPartTrigrams);
     }
-    size_t count = ends[part] - begin;
-    take(part, writer.Write(std::span(sorted).subspan(begin, count), leftOut));
-    begin = ends[part];
+    take(part, writer.Write(postings_[part], leftOut));
   }
   Clear();
 }
@@ -405,7 +389,8 @@ void SegmentWriter::Clear() {
   keys_.clear();
   left_out_.clear();
   // The memory is used again by the next segment of a long run and given back at its end.
-  postings_.clear();
+  for (std::vector<uint32_t>& part : postings_) part.clear();
+  count_ = 0;
 }
 
 size_t ReadSegmentSize(std::string_view head) {

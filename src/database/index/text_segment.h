@@ -20,6 +20,7 @@
 // All readers throw Error 11 for what is damaged, and read nothing beyond their data.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -44,7 +45,7 @@ struct Postings {
 
 class SegmentWriter {
  public:
-  void Add(int64_t key, const std::vector<uint32_t>& trigrams);
+  void Add(int64_t key, const std::vector<uint32_t>& trigrams);  // each once, in any order
   // Takes a finished segment's documents over. REQUIRES: nothing was added yet.
   void TakeOver(std::string_view head, const std::function<std::string(size_t)>& part);
 
@@ -60,7 +61,10 @@ class SegmentWriter {
   class PartWriter;
 
   std::vector<int64_t> keys_;
-  std::vector<uint32_t> postings_;  // trigram, then document in the lowest bits
+  // Trigram, then document in the lowest bits: of each part by itself, so that what is sorted at
+  // once stays within the processor's cache.
+  std::array<std::vector<uint32_t>, kSegmentParts> postings_;
+  size_t count_ = 0;                // of all parts
   std::vector<uint32_t> left_out_;  // trigrams of no list, ascending
 };
 

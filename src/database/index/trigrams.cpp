@@ -3,6 +3,7 @@
 #include "database/index/trigrams.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "platform/utf8.h"
 
@@ -34,17 +35,18 @@ class Window {
   uint64_t count_ = 0;
 };
 
+template <typename Bits, typename Visit>
+void ForEachBit(const Bits& words, Visit visit) {
+  for (size_t i = 0; i < words.size(); i++) {
+    for (uint64_t bits = words[i]; bits != 0; bits &= bits - 1) {
+      visit(i * 64 + static_cast<size_t>(std::countr_zero(bits)));
+    }
+  }
+}
+
 }  // namespace
 
-TrigramSet::TrigramSet() : seen_((size_t{1} << kTrigramBits) / 64) {}
-
-void TrigramSet::Put(uint32_t hash) {
-  uint64_t& word = seen_[hash / 64];
-  uint64_t bit = uint64_t{1} << (hash % 64);
-  if ((word & bit) != 0) return;
-  word |= bit;
-  hashes_.push_back(hash);
-}
+TrigramSet::TrigramSet() : seen_(kWords) {}
 
 void TrigramSet::Add(std::string_view text, uint32_t salt) {
   Window window;
@@ -60,9 +62,21 @@ void TrigramSet::Add(std::string_view text, uint32_t salt) {
   }
 }
 
-void TrigramSet::Clear() {
-  for (uint32_t hash : hashes_) seen_[hash / 64] = 0;
-  hashes_.clear();
+std::vector<uint32_t> TrigramSet::Take() {
+  size_t words = 0;
+  ForEachBit(touched_, [&](size_t) { ++words; });
+  // As many as there could be; counting them would cost as much as reading them.
+  if (hashes_.size() < words * 64) hashes_.resize(words * 64);
+  uint32_t* next = hashes_.data();
+  ForEachBit(touched_, [&](size_t word) {
+    auto first = static_cast<uint32_t>(word * 64);
+    for (uint64_t bits = seen_[word]; bits != 0; bits &= bits - 1) {
+      *next++ = first + static_cast<uint32_t>(std::countr_zero(bits));
+    }
+    seen_[word] = 0;
+  });
+  touched_.fill(0);
+  return {hashes_.data(), next};
 }
 
 std::vector<uint32_t> TrigramsOf(std::string_view wanted, bool isPattern, uint32_t salt) {

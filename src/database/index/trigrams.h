@@ -6,6 +6,8 @@
 // in every repository's text index.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -20,14 +22,21 @@ class TrigramSet {
  public:
   TrigramSet();
   void Add(std::string_view text, uint32_t salt);
-  const std::vector<uint32_t>& Hashes() const { return hashes_; }
-  void Clear();
+  // Hands out what was gathered, in ascending order, and begins anew.
+  std::vector<uint32_t> Take();
 
  private:
-  void Put(uint32_t hash);
+  static constexpr size_t kWords = (size_t{1} << kTrigramBits) / 64;
 
-  std::vector<uint64_t> seen_;
-  std::vector<uint32_t> hashes_;
+  // Neither asks what is there already: texts decide that in no order that a processor could guess.
+  void Put(uint32_t hash) {
+    seen_[hash / 64] |= uint64_t{1} << hash % 64;
+    touched_[hash / 64 / 64] |= uint64_t{1} << hash / 64 % 64;
+  }
+
+  std::vector<uint64_t> seen_;                   // a bit for each trigram
+  std::array<uint64_t, kWords / 64> touched_{};  // and for each word of these
+  std::vector<uint32_t> hashes_;                 // while they are taken
 };
 
 // What every text has that matches: as Like does, where % and _ stand for others, or as InStr does.
