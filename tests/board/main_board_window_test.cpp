@@ -185,7 +185,7 @@ TEST_F(Window, TheChosenRowStaysInSightWhenTheListShrinks) {
   window_->resize(1000, 900);
   QApplication::processEvents();
   EmailGridView& grid = window_->Grid();
-  int row = grid.rowAt(grid.viewport()->height() - 4);
+  int row = grid.indexAt({4, grid.viewport()->height() - 4}).row();
   ASSERT_GT(row, 5);
   Select(row);
   window_->resize(1000, 700);
