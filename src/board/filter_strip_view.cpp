@@ -282,15 +282,24 @@ void FilterStripView::ReadFilter(ListFilter& filter) const {
   filter.SortOrder = static_cast<ListOrder>(order_->checkedId());
 }
 
-void FilterStripView::SetChoices(const std::vector<std::string>& contacts,
-                                 const std::vector<std::string>& files) {
-  const std::pair<QComboBox*, const std::vector<std::string>*> lists[] = {{fromTo_, &contacts},
-                                                                          {file_, &files}};
-  for (const auto& [combo, texts] : lists) {
-    QString typed = combo->currentText();
-    qobject_cast<QStringListModel*>(combo->model())->setStringList(ToList(*texts));
-    combo->setCurrentIndex(-1);
-    combo->setEditText(typed);
+void FilterStripView::SetChoices(Choices list, const std::vector<std::string>& texts) {
+  QComboBox* combo = list == Choices::kContacts ? fromTo_ : file_;
+  QString typed = combo->currentText();
+  qobject_cast<QStringListModel*>(combo->model())->setStringList(ToList(texts));
+  combo->setCurrentIndex(-1);
+  combo->setEditText(typed);
+  outdated_.erase(combo);
+}
+
+void FilterStripView::ForgetChoices() {
+  outdated_ = {fromTo_, file_};
+  AskForChoices();
+}
+
+void FilterStripView::AskForChoices() {
+  for (QComboBox* combo : {fromTo_, file_}) {
+    if (!combo->hasFocus() || !outdated_.contains(combo)) continue;
+    emit ChoicesAskedFor(combo == fromTo_ ? Choices::kContacts : Choices::kFiles);
   }
 }
 
@@ -316,6 +325,7 @@ bool FilterStripView::eventFilter(QObject* watched, QEvent* event) {
   auto reason = [event] { return static_cast<QFocusEvent*>(event)->reason(); };
   switch (event->type()) {
     case QEvent::FocusIn:
+      AskForChoices();
       if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
         Remember(box);
       }
