@@ -243,6 +243,7 @@ std::vector<std::string> WordsByCommonness() {
   }
   std::sort(order.begin(), order.end());
   std::vector<std::string> words;
+  words.reserve(order.size());
   for (auto& [count, word] : order) words.push_back(std::move(word));
   return words;
 }
