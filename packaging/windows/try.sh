@@ -31,6 +31,9 @@ Xvfb ":$number" -screen 0 1280x800x24 >/dev/null 2>&1 &
 display=$!
 export DISPLAY=":$number"
 "$wine" wineboot --init >/dev/null 2>&1
+# Wine's own font, which stands for those of Windows, is not found where Debian puts it. Another may be
+# a mathematical one, of so tall letters that fields of one line show none.
+cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/"
 "$linux/tarnwick-make-sample" "$work/profile"
 
 user="$WINEPREFIX/drive_c/users/$(id -un)"

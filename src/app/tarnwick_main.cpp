@@ -17,6 +17,7 @@
 #include "lockable_window.h"
 #include "maintenance/unfinished_restore.h"
 #include "native_look.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/raise_socket.h"
 #include "qt_user_interface.h"
@@ -74,6 +75,7 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
 }  // namespace
 
 int main(int argc, char** argv) {
+  tarnwick::platform::KeepFreedMemory();
   tarnwick::app::PrepareLook();
   QApplication application(argc, argv);
   tarnwick::app::ApplyLook(application);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What surrounds this process: its environment, the person's folders, its console. All texts are
-// UTF-8, whatever the system keeps them in.
+// What surrounds this process: its environment, its memory, the person's folders, its console. All
+// texts are UTF-8, whatever the system keeps them in.
 #pragma once
 
 #include <optional>
@@ -26,6 +26,11 @@ std::string DataFolder();
 
 // Log-on name of the current user; "user" when the machine knows none.
 std::string LogonName();
+
+// Has this process keep a few megabytes of memory that it frees for the next time it asks, rather
+// than give them back to the system and get them cleared again for every large letter. Called once,
+// at the start of a program. Does nothing on Windows.
+void KeepFreedMemory();
 
 // Has a program's console take and give bytes as they are, in UTF-8. The program's arguments as
 // UTF-8, without its own name.

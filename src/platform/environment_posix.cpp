@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "platform/environment.h"
 
+#include <malloc.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -67,6 +68,12 @@ std::string LogonName() {
   }
   if (const char* name = std::getenv("USER"); name != nullptr && name[0] != '\0') return name;
   return "user";
+}
+
+void KeepFreedMemory() {
+  constexpr int kKept = 16 << 20;
+  mallopt(M_MMAP_THRESHOLD, kKept);
+  mallopt(M_TRIM_THRESHOLD, kKept);
 }
 
 std::vector<std::string> PrepareConsole(int argc, char** argv) {

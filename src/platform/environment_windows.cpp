@@ -81,6 +81,8 @@ std::string LogonName() {
   return GetUserNameW(name, &size) != 0 && name[0] != L'\0' ? Utf8(name) : "user";
 }
 
+void KeepFreedMemory() {}
+
 std::vector<std::string> PrepareConsole(int, char**) {
   for (int stream : {0, 1, 2}) _setmode(stream, _O_BINARY);
   formerOutputPage = GetConsoleOutputCP();

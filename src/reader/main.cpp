@@ -21,6 +21,7 @@
 #include "outlook/reader/answer.h"
 #include "outlook/reader/store_file.h"
 #include "platform/confinement.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 #include "sources/letters_link.h"
 
@@ -169,6 +170,7 @@ int Run() {
 }  // namespace
 
 int main() {
+  tarnwick::platform::KeepFreedMemory();
   try {
     return Run();
   } catch (const reader::ChannelClosed&) {

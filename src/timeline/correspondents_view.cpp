@@ -184,7 +184,7 @@ void CorrespondentsView::paintEvent(QPaintEvent* /*event*/) {
 void CorrespondentsView::PaintPerson(QPainter& painter, int person, int64_t most) {
   const Correspondent& shown = people_[static_cast<size_t>(person)];
   QRect cell = CellRect(person).adjusted(1, 0, -kPadding, 0);
-  QColor bar = palette().color(QPalette::Highlight);
+  QColor bar = palette().color(QPalette::Active, QPalette::Highlight);
   bool filtered = IsFiltered(person);
   if (!filtered) bar.setAlphaF(hovered_ == person ? 0.45F : 0.30F);
   QRect length = cell.adjusted(0, 1, 0, -1);
@@ -193,7 +193,8 @@ void CorrespondentsView::PaintPerson(QPainter& painter, int person, int64_t most
         2, static_cast<int>(double(cell.width()) * double(shown.messages) / double(most))));
   }
   painter.fillRect(length, bar);
-  painter.setPen(palette().color(filtered ? QPalette::HighlightedText : QPalette::Text));
+  painter.setPen(
+      palette().color(QPalette::Active, filtered ? QPalette::HighlightedText : QPalette::Text));
   QString count = QLocale().toString(qlonglong{shown.messages});
   QFontMetrics metrics = painter.fontMetrics();
   int countWidth = metrics.horizontalAdvance(count) + kPadding;

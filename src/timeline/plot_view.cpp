@@ -322,7 +322,9 @@ void TimelinePlotView::focusOutEvent(QFocusEvent* event) {
 }
 
 void TimelinePlotView::PaintIn(QPainter& painter, const QRect& mark, const QPalette& palette) {
-  painter.fillRect(mark, palette.color(QPalette::Highlight));
+  // The colour that it has in front: some systems take it from windows behind, and it counts
+  // letters.
+  painter.fillRect(mark, palette.color(QPalette::Active, QPalette::Highlight));
 }
 
 void TimelinePlotView::PaintOut(QPainter& painter, const QRect& mark, const QPalette& palette) {
@@ -416,7 +418,7 @@ void TimelinePlotView::PaintSpan(QPainter& painter, DaySpan days, bool firm) {
   QRect left = SlotRect(static_cast<int>(first - bars.begin()));
   QRect right = SlotRect(static_cast<int>(end - bars.begin()) - 1);
   QRect span = left.united(right);
-  QColor shade = palette().color(QPalette::Highlight);
+  QColor shade = palette().color(QPalette::Active, QPalette::Highlight);
   shade.setAlphaF(firm ? 0.30F : 0.18F);
   bool isShaded = firm && days == state_.Chosen() && !state_.ChoosesAll();
   if (!isShaded) painter.fillRect(span, shade);

@@ -190,6 +190,7 @@ int Run(std::vector<std::string> words) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  tarnwick::platform::KeepFreedMemory();
   try {
     return Run(tarnwick::platform::PrepareConsole(argc, argv));
   } catch (const UsageError& error) {
