@@ -99,16 +99,15 @@ FilterStripView::FilterStripView(QWidget* parent) : QWidget(parent) {
 // At the end of the two rows, or below them in a narrow window.
 void FilterStripView::PlaceGroups() {
   auto* grid = qobject_cast<QGridLayout*>(layout());
-  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // column and columns
-  int place = 0;
-  for (QGroupBox* group : groups_) {
+  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // of each column and columns
+  for (int i = 0; i < static_cast<int>(std::size(kBelow)); ++i) {
+    QGroupBox* group = groups_[static_cast<size_t>(i)];
     grid->removeWidget(group);
     if (isFolded_) {
-      grid->addWidget(group, 2, kBelow[place][0], 1, kBelow[place][1]);
+      grid->addWidget(group, 2, kBelow[i][0], 1, kBelow[i][1]);
     } else {
-      grid->addWidget(group, 0, firstGroupColumn_ + place, 2, 1);
+      grid->addWidget(group, 0, firstGroupColumn_ + i, 2, 1);
     }
-    ++place;
   }
 }
 

@@ -56,8 +56,9 @@ ColumnCache::ColumnCache(Session& session, ColumnCacheDefinition definition)
   readOne_ = "SELECT 1 FROM " + table + " WHERE _rowid_ = ?2 AND " + pass;
   readHighest_ = "SELECT max(_rowid_) FROM " + table;
   std::string owner = QuotedName(definition_.detailKey);
-  readDetails_ = "SELECT 1 FROM main." + QuotedName(definition_.details) + " WHERE tw_pass(?1, " +
-                 owner + ") ORDER BY " + owner;
+  // The limit keeps the order: a condition is else asked before rows are sorted.
+  readDetails_ = "SELECT 1 FROM (SELECT " + owner + " AS owner FROM main." +
+                 QuotedName(definition_.details) + " ORDER BY 1 LIMIT -1) WHERE tw_pass(?1, owner)";
 }
 
 void ColumnCache::RowChanged(std::string_view table, int64_t key) {
