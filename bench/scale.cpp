@@ -5,8 +5,8 @@
 // tarnwick-make-repository, through the routines behind the window. Printed are medians of RUNS
 // (default 5): milliseconds by the clock, milliseconds of processor time, and the ratio to the
 // least that a list needs of the bare engine, one scan of the index that the list is narrowed by.
-// --write also times what goes over many messages, which changes the repository: seconds, and for
-// how long at most the person saw nothing move.
+// --conversations times nothing but these. --write also times what goes over many messages, which
+// changes the repository: seconds, and for how long at most the person saw nothing move.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -243,6 +243,7 @@ std::vector<std::string> WordsByCommonness() {
   }
   std::sort(order.begin(), order.end());
   std::vector<std::string> words;
+  words.reserve(order.size());
   for (auto& [count, word] : order) words.push_back(std::move(word));
   return words;
 }
@@ -439,11 +440,7 @@ void TimeChanges(WaitingUi& ui, const std::string& home) {
   platform::RemoveFile(file);
 }
 
-int Run(const std::string& home, int runs, bool write) {
-  WaitingUi ui;
-  Bench bench(runs);
-  OpenHome(home);
-  bench.Measure("scan of the list's index", ScanIndex);
+void TimeEverything(Bench& bench, const std::string& home) {
   auto everything = [] { List([](board::ListFilter&) {}); };
   bench.Measure(
       "repository opened", [&] { OpenHome(home); },
@@ -482,10 +479,23 @@ int Run(const std::string& home, int runs, bool write) {
   });
   everything();
   TimeFinding(bench);
-  everything();
+}
+
+struct Wanted {
+  bool onlyConversations = false;
+  bool write = false;
+};
+
+int Run(const std::string& home, int runs, Wanted wanted) {
+  WaitingUi ui;
+  Bench bench(runs);
+  OpenHome(home);
+  bench.Measure("scan of the list's index", ScanIndex);
+  if (!wanted.onlyConversations) TimeEverything(bench, home);
+  List([](board::ListFilter&) {});
   TimeConversations(bench);
-  everything();
-  if (write) TimeChanges(ui, home);
+  List([](board::ListFilter&) {});
+  if (wanted.write) TimeChanges(ui, home);
   std::printf("\n%lld messages; peak memory %ld kB; repository %llu kB\n",
               static_cast<long long>(board::CountListed()), PeakKilobytes(),
               static_cast<unsigned long long>(
@@ -500,15 +510,14 @@ int Run(const std::string& home, int runs, bool write) {
 
 int main(int argc, char** argv) {
   std::vector<std::string> words(argv + 1, argv + argc);
-  auto write = std::find(words.begin(), words.end(), "--write");
-  bool writes = write != words.end();
-  if (writes) words.erase(write);
+  auto takes = [&](const char* option) { return std::erase(words, option) > 0; };
+  tarnwick::Wanted wanted = {takes("--conversations"), takes("--write")};
   if (words.empty() || words.size() > 2) {
-    std::cerr << "usage: tarnwick-scale HOME [RUNS] [--write]" << std::endl;
+    std::cerr << "usage: tarnwick-scale HOME [RUNS] [--conversations] [--write]" << std::endl;
     return 2;
   }
   try {
-    return tarnwick::Run(words[0], words.size() == 2 ? std::atoi(words[1].c_str()) : 5, writes);
+    return tarnwick::Run(words[0], words.size() == 2 ? std::atoi(words[1].c_str()) : 5, wanted);
   } catch (const tarnwick::Error& error) {
     std::cerr << error.Number() << " " << error.Description() << std::endl;
     return 1;

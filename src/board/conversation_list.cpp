@@ -14,37 +14,48 @@ namespace {
 
 using search::Conversations;
 
-// The keys with those of one conversation together.
-std::vector<int64_t> Grouped(const std::vector<int64_t>& keys,
-                             std::vector<ListedConversation>& listed) {
+// So many steps ahead memory is asked for that is looked at in no order.
+constexpr size_t kAhead = 16;
+
+// Of each key the conversation it is listed in, by numbers from 0; gives these their letters as
+// counts in start, and those that were not read.
+std::vector<uint32_t> GroupsOf(const std::vector<int64_t>& keys,
+                               std::vector<ListedConversation>& listed) {
   Conversations& all = search::AllConversations();
+  std::vector<uint32_t> groups = all.OfAll(keys);
   std::vector<uint32_t> groupOfSet(all.Sets(), Conversations::kNone);
-  std::vector<uint32_t> groupOf;
-  groupOf.reserve(keys.size());
-  for (int64_t key : keys) {
-    uint32_t set = all.Of(key);
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i + kAhead < keys.size() && groups[i + kAhead] != Conversations::kNone) {
+      __builtin_prefetch(&groupOfSet[groups[i + kAhead]]);
+    }
     auto next = static_cast<uint32_t>(listed.size());
     uint32_t group = next;  // on its own where nothing is known
-    if (set != Conversations::kNone) {
+    if (uint32_t set = groups[i]; set != Conversations::kNone) {
       if (groupOfSet[set] == Conversations::kNone) groupOfSet[set] = next;
       group = groupOfSet[set];
     }
     if (group == next) listed.emplace_back();
     ++listed[group].start;
-    if (all.IsUnread(key)) ++listed[group].unread;
-    groupOf.push_back(group);
+    if (all.IsUnread(keys[i])) ++listed[group].unread;
+    groups[i] = group;
   }
+  return groups;
+}
+
+// The keys with those of one conversation together.
+std::vector<int64_t> Grouped(const std::vector<int64_t>& keys,
+                             std::vector<ListedConversation>& listed) {
+  const std::vector<uint32_t> groups = GroupsOf(keys, listed);
   int place = 0;
-  std::vector<int> next;
-  next.reserve(listed.size());
-  for (ListedConversation& each : listed) {
-    next.push_back(place);
-    place += std::exchange(each.start, place);
-  }
+  for (ListedConversation& each : listed) place += std::exchange(each.start, place);
   std::vector<int64_t> grouped(keys.size());
   for (size_t i = 0; i < keys.size(); ++i) {
-    grouped[static_cast<size_t>(next[groupOf[i]]++)] = keys[i];
+    if (i + kAhead < keys.size()) __builtin_prefetch(&listed[groups[i + kAhead]], 1);
+    grouped[static_cast<size_t>(listed[groups[i]].start++)] = keys[i];
   }
+  // Each stands at its end by now, where the next one begins.
+  place = 0;
+  for (ListedConversation& each : listed) place = std::exchange(each.start, place);
   return grouped;
 }
 
@@ -61,7 +72,9 @@ void GroupList() {
         std::vector<int64_t> keys = board.ListRecordset.Keys();
         std::vector<ListedConversation> listed;
         std::vector<int64_t> grouped = Grouped(keys, listed);
-        if (grouped != keys) board.ListRecordset.Hold(grouped);
+        bool isSame = grouped == keys;
+        keys = {};  // much memory in a large archive
+        if (!isSame) board.ListRecordset.Hold(grouped);
         board.Conversations.listed = std::move(listed);
         board.Found.ForgetCounts();
       },

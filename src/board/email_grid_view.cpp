@@ -223,7 +223,7 @@ void EmailGridView::paintEvent(QPaintEvent* event) {
   bold.setBold(true);
   bold.setPointSizeF(bold.pointSizeF() * 1.2);
   int line = QFontMetrics(bold).height();
-  QRect area = viewport()->rect().adjusted(24, rowHeight(0), -24, 0);
+  QRect area = viewport()->rect().adjusted(24, RowHeight(), -24, 0);
   painter.setFont(bold);
   painter.setPen(palette().color(QPalette::Text));
   QRect title(area.left(), area.center().y() - 2 * line, area.width(), line);

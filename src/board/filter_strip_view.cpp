@@ -99,16 +99,15 @@ FilterStripView::FilterStripView(QWidget* parent) : QWidget(parent) {
 // At the end of the two rows, or below them in a narrow window.
 void FilterStripView::PlaceGroups() {
   auto* grid = qobject_cast<QGridLayout*>(layout());
-  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // column and columns
-  int place = 0;
-  for (QGroupBox* group : groups_) {
+  constexpr int kBelow[][2] = {{0, 4}, {4, 2}, {6, 1}};  // of each column and columns
+  for (int i = 0; i < static_cast<int>(std::size(kBelow)); ++i) {
+    QGroupBox* group = groups_[static_cast<size_t>(i)];
     grid->removeWidget(group);
     if (isFolded_) {
-      grid->addWidget(group, 2, kBelow[place][0], 1, kBelow[place][1]);
+      grid->addWidget(group, 2, kBelow[i][0], 1, kBelow[i][1]);
     } else {
-      grid->addWidget(group, 0, firstGroupColumn_ + place, 2, 1);
+      grid->addWidget(group, 0, firstGroupColumn_ + i, 2, 1);
     }
-    ++place;
   }
 }
 
@@ -282,15 +281,24 @@ void FilterStripView::ReadFilter(ListFilter& filter) const {
   filter.SortOrder = static_cast<ListOrder>(order_->checkedId());
 }
 
-void FilterStripView::SetChoices(const std::vector<std::string>& contacts,
-                                 const std::vector<std::string>& files) {
-  const std::pair<QComboBox*, const std::vector<std::string>*> lists[] = {{fromTo_, &contacts},
-                                                                          {file_, &files}};
-  for (const auto& [combo, texts] : lists) {
-    QString typed = combo->currentText();
-    qobject_cast<QStringListModel*>(combo->model())->setStringList(ToList(*texts));
-    combo->setCurrentIndex(-1);
-    combo->setEditText(typed);
+void FilterStripView::SetChoices(Choices list, const std::vector<std::string>& texts) {
+  QComboBox* combo = list == Choices::kContacts ? fromTo_ : file_;
+  QString typed = combo->currentText();
+  qobject_cast<QStringListModel*>(combo->model())->setStringList(ToList(texts));
+  combo->setCurrentIndex(-1);
+  combo->setEditText(typed);
+  outdated_.erase(combo);
+}
+
+void FilterStripView::ForgetChoices() {
+  outdated_ = {fromTo_, file_};
+  AskForChoices();
+}
+
+void FilterStripView::AskForChoices() {
+  for (QComboBox* combo : {fromTo_, file_}) {
+    if (!combo->hasFocus() || !outdated_.contains(combo)) continue;
+    emit ChoicesAskedFor(combo == fromTo_ ? Choices::kContacts : Choices::kFiles);
   }
 }
 
@@ -316,6 +324,7 @@ bool FilterStripView::eventFilter(QObject* watched, QEvent* event) {
   auto reason = [event] { return static_cast<QFocusEvent*>(event)->reason(); };
   switch (event->type()) {
     case QEvent::FocusIn:
+      AskForChoices();
       if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
         Remember(box);
       }

@@ -9,6 +9,7 @@
 
 #include <QWidget>
 #include <map>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -35,8 +36,14 @@ class FilterStripView : public QWidget {
   // Takes the controls into the filter. A text that is no date leaves that date as it is.
   void ReadFilter(ListFilter& filter) const;
 
-  // What the drop-down lists offer; texts that were typed stay.
-  void SetChoices(const std::vector<std::string>& contacts, const std::vector<std::string>& files);
+  // What a drop-down list offers; the text that was typed stays.
+  enum class Choices { kContacts, kFiles };
+  void SetChoices(Choices list, const std::vector<std::string>& texts);
+  // What they offer is out of date. Nobody may want to choose: choices are asked for when a box is
+  // entered, until they come.
+  void ForgetChoices();
+  // Asks for those of the box that the focus is in.
+  void AskForChoices();
 
   // Orders by this; by the same again turns the order round.
   void SortBy(ListSort sort);
@@ -47,6 +54,7 @@ class FilterStripView : public QWidget {
 
  signals:
   void FilterChanged();
+  void ChoicesAskedFor(Choices list);
   // Enter in the last box: the focus goes on to the list.
   void LastBoxLeft();
 
@@ -101,6 +109,7 @@ class FilterStripView : public QWidget {
   int wholeWidth_ = 0;                  // of the strip in two rows
   bool isFolded_ = false;               // the groups stand in a third one
   std::vector<QWidget*> boxes_;         // in the order in which Enter goes through them
+  std::set<QWidget*> outdated_;         // boxes whose choices are
   std::map<QWidget*, QString> before_;  // the text that a box had when it was entered
   bool complaining_ = false;
 };

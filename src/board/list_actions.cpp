@@ -30,12 +30,19 @@ ListActions::ListActions(const BoardParts& parts, BoardWork& work, QObject* pare
   connect(parts.strip, &FilterStripView::FilterChanged, this, &ListActions::Refresh);
   connect(parts.strip, &FilterStripView::LastBoxLeft, parts.grid, qOverload<>(&QWidget::setFocus));
   connect(parts.grid, &EmailGridView::SortAskedFor, parts.strip, &FilterStripView::SortBy);
+  connect(parts.strip, &FilterStripView::ChoicesAskedFor, this,
+          [this](FilterStripView::Choices list) {
+            if (work_.IsRunning()) return;  // the engine may be
+            bool areContacts = list == FilterStripView::Choices::kContacts;
+            parts_.strip->SetChoices(list, areContacts ? ContactNames() : AttachmentNames());
+          });
   ConnectTimeline();
   connect(parts.otherDates, &OtherDatesView::AllDatesAskedFor, this,
           [this] { RefreshWith(TakeEveryDate); });
   prepare_.setInterval(kPrepareEveryMilliseconds);
   connect(&prepare_, &QTimer::timeout, this, &ListActions::PrepareSearch);
   connect(&work, &BoardWork::Ended, &prepare_, qOverload<>(&QTimer::start));
+  connect(&work, &BoardWork::Ended, parts.strip, &FilterStripView::AskForChoices);
   // Reading ahead waits while somebody goes through the list.
   connect(parts.grid, &EmailGridView::CurrentChanged, this, [this] {
     if (prepare_.isActive()) prepare_.start();
@@ -173,7 +180,7 @@ void ListActions::ListRepository() {
   repository::NoteWhetherEmpty();
   search::Map().Forget();
   search::AllConversations().Forget();
-  FillChoices();
+  parts_.strip->ForgetChoices();
   ShowRefresh(*this);
 }
 
@@ -203,10 +210,6 @@ void ListActions::ShowRelated() {
   } else {
     ListEvery(RelatedSubject(message.subject));
   }
-}
-
-void ListActions::FillChoices() {
-  parts_.strip->SetChoices(ContactNames(), AttachmentNames());
 }
 
 }  // namespace tarnwick::board

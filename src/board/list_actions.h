@@ -30,8 +30,6 @@ class ListActions : public QObject, public ListForm {
   // After a command that changed the repository as a whole.
   void ListRepository();
 
-  // What the drop-down lists offer.
-  void FillChoices();
   // What stands over an empty list.
   void UpdateHint();
 

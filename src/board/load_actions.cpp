@@ -47,7 +47,7 @@ void LoadActions::Load(const std::function<LoadResult()>& load) {
       filter.DateTo = std::max(filter.DateTo, filter.DateFrom);
     }
     parts_.strip->ShowFilter(filter);
-    list_.FillChoices();
+    parts_.strip->ForgetChoices();
     ShowRefresh(list_);
     ShowLastLoaded();
   });
@@ -75,7 +75,7 @@ void LoadActions::LoadTextFiles(const QStringList& paths) {
       filter.DateTo = std::max(filter.DateTo, latest->DatePart());
     }
     parts_.strip->ShowFilter(filter);
-    list_.FillChoices();
+    parts_.strip->ForgetChoices();
     ShowRefresh(list_);
     parts_.status->SetPanel(core::StatusPanel::kProgress,
                             taken.stored == 1

@@ -101,7 +101,7 @@ bool MainBoard::Load() {
   parts_.actions->timeline->setChecked(ReadTimelineShown());
   parts_.timeline->setVisible(parts_.actions->timeline->isChecked());
   parts_.timeline->Forget();
-  list_->FillChoices();
+  parts_.strip->ForgetChoices();
   search_->Load();
   conversations_->Load();
   parts_.showEmailText->setChecked(State().ShowEmailText);
@@ -175,7 +175,7 @@ void MainBoard::OpenContacts() {
   contacts::frmContacts window(this);
   connect(&window, &contacts::frmContacts::Changed, this, [this] {
     if (repository::HasNoEmail()) State().RepositoryIsEmpty = true;
-    list_->FillChoices();
+    parts_.strip->ForgetChoices();
     list_->ListAnew(true);
   });
   window.exec();

@@ -60,7 +60,7 @@ ColumnCacheReader::ColumnCacheReader(Connection::Impl& connection, Program& prog
 
 std::optional<std::vector<uint32_t>> ColumnCacheReader::Keys() {
   if (!Begin()) return std::nullopt;
-  Places places = Matching();
+  RowPlaces places = Matching();
   std::optional<std::vector<uint32_t>> keys;
   switch (plan_.orderBy) {
     case ColumnCachePlan::Order::kKey:
@@ -85,13 +85,13 @@ std::optional<std::vector<uint32_t>> ColumnCacheReader::Keys() {
 
 std::optional<std::vector<std::vector<Value>>> ColumnCacheReader::Counts() {
   if (!Begin()) return std::nullopt;
-  Places places = Matching();
+  RowPlaces places = Matching();
   if (!plan_.groupItems.empty()) return Groups(places);
   return {{{Count(places)}}};
 }
 
-int64_t ColumnCacheReader::Count(const Places& places) {
-  auto count = static_cast<int64_t>(places.size());
+int64_t ColumnCacheReader::Count(const RowPlaces& places) {
+  auto count = static_cast<int64_t>(places.Size());
   if (!plan_.countsDetails) return count;
   Marks matching = MatchingKeys(places);
   if (plan_.details) {
@@ -121,7 +121,7 @@ std::vector<uint32_t> ColumnCacheReader::GroupKinds() const {
   return firsts;
 }
 
-std::vector<std::vector<Value>> ColumnCacheReader::Groups(const Places& places) const {
+std::vector<std::vector<Value>> ColumnCacheReader::Groups(const RowPlaces& places) const {
   bool hasDay = false;
   bool hasReference = false;
   for (const ColumnCachePlan::GroupItem& item : plan_.groupItems) {
@@ -132,13 +132,13 @@ std::vector<std::vector<Value>> ColumnCacheReader::Groups(const Places& places) 
   using Group = std::tuple<int64_t, uint32_t, uint32_t>;  // day, kind, reference
   std::map<Group, int64_t> groups;
   auto last = groups.end();  // most rows are of the group of the row before
-  for (uint32_t place : places) {
+  places.ForEach([&](size_t place) {
     const ColumnCache::Row& row = cache_.Rows()[place];
     int64_t day = hasDay ? DateTime::FromSeconds(cache_.SecondsOf(row)).DatePart().Seconds() : 0;
     Group group(day, kinds[row.kind], hasReference ? row.reference : 0);
     if (last == groups.end() || last->first != group) last = groups.try_emplace(group, 0).first;
     last->second++;
-  }
+  });
   std::vector<std::vector<Value>> rows;
   for (const auto& [group, count] : groups) {
     const auto& [day, kind, reference] = group;
@@ -214,7 +214,7 @@ ColumnCacheReader::Marks ColumnCacheReader::Marked(PreparedSql& sql, size_t size
   return marks;
 }
 
-ColumnCacheReader::Places ColumnCacheReader::Matching() {
+RowPlaces ColumnCacheReader::Matching() {
   const std::vector<ColumnCache::Row>& rows = cache_.Rows();
   Marks references;
   // One more than there are, for the rows without one.
@@ -225,18 +225,14 @@ ColumnCacheReader::Places ColumnCacheReader::Matching() {
   if (plan_.details) {
     owners = Marked(program_.cacheDetails, size_t{cache_.HighestKey()} + 1, &owners_);
   }
-  Places places;
-  if (kinds_ == Marks(kinds_.size(), true) && references.empty() && owners.empty()) {
-    places.resize(to_ - from_);
-    std::iota(places.begin(), places.end(), static_cast<uint32_t>(from_));
-  } else {
-    for (size_t i = from_; i < to_; i++) {
-      const ColumnCache::Row& row = rows[i];
-      if (kinds_[row.kind] &&
-          (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
-          (owners.empty() || owners[row.key])) {
-        places.push_back(static_cast<uint32_t>(i));
-      }
+  RowPlaces places(from_, to_);
+  bool isWhole = kinds_ == Marks(kinds_.size(), true) && references.empty() && owners.empty();
+  for (size_t i = from_; i < to_; i++) {
+    const ColumnCache::Row& row = rows[i];
+    if (isWhole || (kinds_[row.kind] &&
+                    (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
+                    (owners.empty() || owners[row.key]))) {
+      places.Add(i);
     }
   }
   if (plan_.rows) KeepHolding(places);
@@ -249,7 +245,7 @@ bool ColumnCacheReader::IsCheapOneByOne(size_t rows) const {
 }
 
 // The rest of the condition: over all rows at once, or where few are left on each of them.
-void ColumnCacheReader::KeepHolding(Places& places) {
+void ColumnCacheReader::KeepHolding(RowPlaces& places) {
   const std::vector<ColumnCache::Row>& rows = cache_.Rows();
   TestedRows& last = connection_.LastTested();
   std::string condition = NameOf(*plan_.rows, literals_);
@@ -266,67 +262,70 @@ void ColumnCacheReader::KeepHolding(Places& places) {
       }
     }
   }
-  auto isUnknown = [&](uint32_t place) { return !last.tested[rows[place].key]; };
   if (!last.all) {
-    auto unknown = static_cast<size_t>(std::count_if(places.begin(), places.end(), isUnknown));
+    size_t unknown = 0;
+    places.ForEach([&](size_t place) { unknown += last.tested[rows[place].key] ? 0 : 1; });
     if (unknown > 0 && !IsCheapOneByOne(unknown)) {
       last.hold = Marked(program_.cacheRows, size);
       last.all = true;
     }
   }
-  if (!last.all) {
-    Statement& statement = connection_.Ready(program_.cacheRow, literals_);
-    size_t looked = 0;
-    for (uint32_t place : places) {
-      if (!isUnknown(place)) continue;
-      // Each of the lookups is too short for the engine to ask.
-      if (++looked % kLookupsToAsk == 0 && connection_.session.Engine().AsksToStop()) {
-        throw Error(kStopped, "interrupted");
-      }
-      StatementUse use(statement);
-      statement.Bind(kKeyParameter, int64_t{rows[place].key});
-      last.hold[rows[place].key] = connection_.session.StepRead(statement);
-      last.tested[rows[place].key] = true;
-    }
-  }
-  std::erase_if(places, [&](uint32_t place) { return !last.hold[rows[place].key]; });
+  if (!last.all) LookUp(places, last);
+  places.Keep([&](size_t place) { return last.hold[rows[place].key]; });
 }
 
-ColumnCacheReader::Marks ColumnCacheReader::MatchingKeys(const Places& places) const {
+void ColumnCacheReader::LookUp(const RowPlaces& places, TestedRows& last) {
+  Statement& statement = connection_.Ready(program_.cacheRow, literals_);
+  size_t looked = 0;
+  places.ForEach([&](size_t place) {
+    uint32_t key = cache_.Rows()[place].key;
+    if (last.tested[key]) return;
+    // Each of the lookups is too short for the engine to ask.
+    if (++looked % kLookupsToAsk == 0 && connection_.session.Engine().AsksToStop()) {
+      throw Error(kStopped, "interrupted");
+    }
+    StatementUse use(statement);
+    statement.Bind(kKeyParameter, int64_t{key});
+    last.hold[key] = connection_.session.StepRead(statement);
+    last.tested[key] = true;
+  });
+}
+
+ColumnCacheReader::Marks ColumnCacheReader::MatchingKeys(const RowPlaces& places) const {
   Marks marks(size_t{cache_.HighestKey()} + 1);
-  for (uint32_t place : places) marks[cache_.Rows()[place].key] = true;
+  places.ForEach([&](size_t place) { marks[cache_.Rows()[place].key] = true; });
   return marks;
 }
 
-std::vector<uint32_t> ColumnCacheReader::KeysOf(const Places& places) const {
-  std::vector<uint32_t> keys(places.size());
-  std::transform(places.begin(), places.end(), keys.begin(),
-                 [&](uint32_t place) { return cache_.Rows()[place].key; });
+std::vector<uint32_t> ColumnCacheReader::KeysOf(const RowPlaces& places) const {
+  std::vector<uint32_t> keys;
+  keys.reserve(places.Size());
+  places.ForEach([&](size_t place) { keys.push_back(cache_.Rows()[place].key); });
   return keys;
 }
 
 template <typename RankOf>
-std::vector<uint32_t> ColumnCacheReader::ByRank(const Places& places, uint32_t ranks,
+std::vector<uint32_t> ColumnCacheReader::ByRank(const RowPlaces& places, uint32_t ranks,
                                                 const RankOf& rankOf) const {
   // How many rows have a lower rank; then, the keys from below, where each has its place.
   std::vector<uint32_t> next(size_t{ranks} + 1);
   constexpr uint32_t kNone = UINT32_MAX;
   std::vector<uint32_t> rankByKey(size_t{cache_.HighestKey()} + 1, kNone);
-  for (uint32_t place : places) {
+  places.ForEach([&](size_t place) {
     const ColumnCache::Row& row = cache_.Rows()[place];
     uint32_t rank = rankOf(row);
     rankByKey[row.key] = rank;
     next[size_t{rank} + 1]++;
-  }
+  });
   std::partial_sum(next.begin(), next.end(), next.begin());
-  std::vector<uint32_t> keys(places.size());
+  std::vector<uint32_t> keys(places.Size());
   for (uint32_t key = 0; key < rankByKey.size(); key++) {
     if (rankByKey[key] != kNone) keys[next[rankByKey[key]]++] = key;
   }
   return keys;
 }
 
-std::vector<uint32_t> ColumnCacheReader::ByKind(const Places& places) const {
+std::vector<uint32_t> ColumnCacheReader::ByKind(const RowPlaces& places) const {
   const auto& kinds = cache_.Kinds();
   auto compare = [&](uint32_t a, uint32_t b) {
     return CompareValues(kinds[a][plan_.orderKind], kinds[b][plan_.orderKind]);
@@ -343,7 +342,7 @@ std::vector<uint32_t> ColumnCacheReader::ByKind(const Places& places) const {
   return ByRank(places, rank + 1, [&](const ColumnCache::Row& row) { return ranks[row.kind]; });
 }
 
-std::optional<std::vector<uint32_t>> ColumnCacheReader::ByReference(const Places& places) {
+std::optional<std::vector<uint32_t>> ColumnCacheReader::ByReference(const RowPlaces& places) {
   // 0: no text, or no row that is referenced.
   size_t highest = size_t{cache_.HighestReference()} + 1;
   std::vector<uint32_t> ranks(highest + 1);
@@ -368,10 +367,10 @@ std::optional<std::vector<uint32_t>> ColumnCacheReader::ByReference(const Places
   });
 }
 
-std::vector<uint32_t> ColumnCacheReader::ByText(const Places& places) {
+std::vector<uint32_t> ColumnCacheReader::ByText(const RowPlaces& places) {
   std::vector<uint32_t> keys;
-  keys.reserve(places.size());
-  if (places.size() < cache_.Rows().size() / kLookupCost) {
+  keys.reserve(places.Size());
+  if (places.Size() < cache_.Rows().size() / kLookupCost) {
     // Null stands before every text.
     std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
     Statement& statement = connection_.Ready(program_.cacheText, literals_);

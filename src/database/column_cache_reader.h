@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "database/connection_impl.h"
+#include "database/row_places.h"
 
 namespace tarnwick::jet {
 
@@ -24,30 +25,30 @@ class ColumnCacheReader {
   std::optional<std::vector<std::vector<Value>>> Counts();
 
  private:
-  using Places = std::vector<uint32_t>;  // of rows in the column cache, ascending
   using Marks = std::vector<bool>;
 
   bool Begin();
   // By the place in Kinds; false when a literal is unfit.
   bool TestKinds(Marks& holds) const;
-  Places Matching();
+  RowPlaces Matching();
   // The keys that a statement gives, as marks; all of them one by one in given, if wanted.
   Marks Marked(PreparedSql& statement, size_t size, std::vector<uint32_t>* given = nullptr);
-  void KeepHolding(Places& places);
-  int64_t Count(const Places& places);
-  std::vector<std::vector<Value>> Groups(const Places& places) const;
+  void KeepHolding(RowPlaces& places);
+  void LookUp(const RowPlaces& places, TestedRows& last);
+  int64_t Count(const RowPlaces& places);
+  std::vector<std::vector<Value>> Groups(const RowPlaces& places) const;
   // Of each kind the first one whose values the groups can't tell from its own.
   std::vector<uint32_t> GroupKinds() const;
   bool IsCheapOneByOne(size_t rows) const;
-  Marks MatchingKeys(const Places& places) const;
+  Marks MatchingKeys(const RowPlaces& places) const;
 
-  std::vector<uint32_t> KeysOf(const Places& places) const;
+  std::vector<uint32_t> KeysOf(const RowPlaces& places) const;
   // By rank, rows of one rank by their keys.
   template <typename RankOf>
-  std::vector<uint32_t> ByRank(const Places& places, uint32_t ranks, const RankOf& rankOf) const;
-  std::vector<uint32_t> ByKind(const Places& places) const;
-  std::optional<std::vector<uint32_t>> ByReference(const Places& places);
-  std::vector<uint32_t> ByText(const Places& places);
+  std::vector<uint32_t> ByRank(const RowPlaces& places, uint32_t ranks, const RankOf& rankOf) const;
+  std::vector<uint32_t> ByKind(const RowPlaces& places) const;
+  std::optional<std::vector<uint32_t>> ByReference(const RowPlaces& places);
+  std::vector<uint32_t> ByText(const RowPlaces& places);
 
   Connection::Impl& connection_;
   Program& program_;

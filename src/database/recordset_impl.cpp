@@ -139,7 +139,8 @@ void Recordset::Impl::FetchKeys() {
 
 // Of the rows that the query gives, those that are wanted.
 void Recordset::Impl::KeepHeld() {
-  std::vector<int64_t> wanted = *held_;
+  std::vector<int64_t> wanted(held_->Size());
+  for (size_t i = 0; i < wanted.size(); i++) wanted[i] = (*held_)[i];
   std::sort(wanted.begin(), wanted.end());
   RowKeys kept;
   for (size_t i = 0; i < keys_.Size(); i++) {
@@ -166,7 +167,9 @@ std::vector<int64_t> Recordset::Impl::Keys() {
 void Recordset::Impl::Hold(const std::vector<int64_t>& keys) {
   RequireKeyed();
   held_.emplace();
+  held_->Reserve(keys.size());
   keys_.Clear();
+  keys_.Reserve(keys.size());
   place_ = Place::kFirst;
   deleted_ = false;
   fetched_ = true;
@@ -177,9 +180,11 @@ void Recordset::Impl::Hold(const std::vector<int64_t>& keys) {
 void Recordset::Impl::HoldMore(const std::vector<int64_t>& keys) {
   RequireKeyed();
   FetchKeys();
-  if (!held_) held_.emplace(Keys());
-  held_->insert(held_->end(), keys.begin(), keys.end());
-  for (int64_t key : keys) keys_.Add(key);
+  if (!held_) held_ = keys_;
+  for (int64_t key : keys) {
+    held_->Add(key);
+    keys_.Add(key);
+  }
 }
 
 // The key is the last thing that is sorted by, so equal ones are neighbours.

@@ -130,7 +130,7 @@ class Recordset::Impl final : public ConnectionUser {
   bool fetched_ = false;
   uint64_t fetchedVersion_ = 0;                     // of the connection, when the keys were fetched
   RowKeys keys_;                                    // keyed
-  std::optional<std::vector<int64_t>> held_;        // the only rows that are wanted
+  std::optional<RowKeys> held_;                     // the only rows that are wanted
   std::vector<Row> rows_;                           // not keyed
   std::optional<std::optional<int64_t>> firstKey_;  // of a whole table, before keys are fetched
 

@@ -24,6 +24,8 @@ class RowKeys {
   int64_t Back() const { return (*this)[Size() - 1]; }
 
   void Clear() { *this = {}; }
+  // Makes room for as many keys in all, if they fit into four bytes.
+  void Reserve(size_t keys) { narrow_.reserve(keys); }
   void Assign(std::vector<uint32_t> keys) {
     Clear();
     narrow_ = std::move(keys);

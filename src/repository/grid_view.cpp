@@ -19,20 +19,14 @@ constexpr size_t kMostCopied = 50000;
 
 }  // namespace
 
-GridView::GridView(QWidget* parent) : QTableView(parent) {
+GridView::GridView(QWidget* parent) : EvenRowsView(parent) {
   setSelectionBehavior(SelectRows);
   setEditTriggers(NoEditTriggers);
   setAlternatingRowColors(true);
-  setShowGrid(false);
   setWordWrap(false);
   setTabKeyNavigation(false);
-  setHorizontalScrollMode(ScrollPerPixel);
-  // Always there, so that the columns that fill the width do so for any number of rows.
-  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setContextMenuPolicy(Qt::ActionsContextMenu);
-  verticalHeader()->hide();
-  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+  SetRowHeight(fontMetrics().height() + 8);
   horizontalHeader()->setHighlightSections(false);
 }
 

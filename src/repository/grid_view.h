@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What the lists of messages and of contacts have in common: rows of one height, column widths in
-// the twips that grid_layout.h keeps, copying of rows, typing ahead.
+// What the lists of messages and of contacts have in common: column widths in the twips that
+// grid_layout.h keeps, copying of rows, typing ahead.
 #pragma once
 
 #include <QString>
-#include <QTableView>
 #include <vector>
+
+#include "repository/even_rows_view.h"
 
 namespace tarnwick::repository {
 
-class GridView : public QTableView {
+class GridView : public EvenRowsView {
   Q_OBJECT
 
  public:

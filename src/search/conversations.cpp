@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <random>
 #include <utility>
 
 #include "core/guard.h"
@@ -20,6 +19,9 @@ namespace tarnwick::search {
 namespace {
 
 using repository::RepositoryDb;
+
+// Letters whose hashes are waited for at once: the processor waits for some ten places of memory.
+constexpr size_t kMostExpected = 16;
 
 struct Prefix {
   std::string_view text;
@@ -66,16 +68,6 @@ const Prefix* TakePrefix(std::string_view& text) {
   return nullptr;
 }
 
-// Whoever writes letters chooses their identifiers, and could choose such as fall on one place of a
-// table.
-uint64_t Secret() {
-  static const uint64_t secret = [] {
-    std::random_device random;
-    return (uint64_t{random()} << 32 | random()) | 1;
-  }();
-  return secret;
-}
-
 }  // namespace
 
 Conversations& AllConversations() {
@@ -98,29 +90,6 @@ PlainSubject PlainSubjectOf(std::string_view subject) {
     isBlank = isOne;
   }
   return plain;
-}
-
-uint32_t& Conversations::Table::At(uint64_t hash) {
-  if (2 * (used_ + 1) > slots_.size()) Grow();
-  size_t mask = slots_.size() - 1;
-  size_t at = hash * Secret() >> (64 - bits_);
-  while (slots_[at].hash != 0 && slots_[at].hash != hash) at = (at + 1) & mask;
-  if (slots_[at].hash == 0) {
-    slots_[at].hash = hash;
-    ++used_;
-  }
-  return slots_[at].number;
-}
-
-void Conversations::Table::Grow() {
-  constexpr int kFirstBits = 10;
-  std::vector<Slot> former = std::exchange(slots_, {});
-  bits_ = bits_ == 0 ? kFirstBits : bits_ + 1;
-  slots_.resize(size_t{1} << bits_);
-  used_ = 0;
-  for (const Slot& slot : former) {
-    if (slot.hash != 0) At(slot.hash) = slot.number;
-  }
 }
 
 uint32_t Conversations::NewSet() {
@@ -165,8 +134,9 @@ void Conversations::ReadNext(int64_t rows) {
         last_ = row.Int(0);
         isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
                    last_ > kKeysAtFirst + kSparsest * static_cast<int64_t>(above_.size() + 1);
-        if (!isUnfit_ && last_ >= 0) Add(last_, row);
+        if (!isUnfit_ && last_ >= 0) Expect(last_, row);
       });
+  AddExpected();
 }
 
 bool Conversations::IsComplete() {
@@ -185,28 +155,62 @@ uint32_t Conversations::Of(int64_t message) {
   return Find(ofMessage_[place]);
 }
 
-void Conversations::Add(int64_t message, const jet::PassingRow& row) {
-  intake::ThreadIds ids = intake::ThreadOfStored(row.Text(1));
+std::vector<uint32_t> Conversations::OfAll(const std::vector<int64_t>& messages) {
+  auto placeOf = [&](size_t i) {
+    auto place = i < messages.size() ? static_cast<size_t>(messages[i]) : SIZE_MAX;
+    return std::min(place, ofMessage_.size());
+  };
+  std::vector<uint32_t> sets(messages.size(), kNone);
+  for (size_t i = 0; i < messages.size(); i++) {
+    // First the message's own set on its way, then, when that has come, the one above it.
+    __builtin_prefetch(ofMessage_.data() + placeOf(i + 2 * kMostExpected));
+    size_t next = placeOf(i + kMostExpected);
+    if (next < ofMessage_.size() && ofMessage_[next] != kNone) {
+      __builtin_prefetch(&above_[ofMessage_[next]]);
+    }
+    sets[i] = Of(messages[i]);
+  }
+  return sets;
+}
+
+void Conversations::Expect(int64_t message, const jet::PassingRow& row) {
+  Letter& letter = expected_.emplace_back();
+  letter.message = message;
+  letter.ids = intake::ThreadOfStored(row.Text(1));
   if (row.Text(1).empty()) unknown_.push_back(message);
-  uint32_t set = ids.own != 0 ? SetOf(ids.own) : NewSet();
-  for (uint64_t hash : ids.answered) Join(set, SetOf(hash));
-  auto place = static_cast<size_t>(message);
-  if (place >= ofMessage_.size()) ofMessage_.resize(place + 1, kNone);
-  ofMessage_[place] = set;
   if (intake::StateOfStored(row.Text(4)).IsUnread()) unread_.Add(message);
 
   PlainSubject subject = PlainSubjectOf(row.Text(2));
-  if (subject.text.empty() || row.Int(3) == 0) return;
-  uint8_t kinds = 0;
-  if (subject.isReply) kinds = ids.answered.empty() ? kReply | kJoined : kReply;
-  if (ids.own == 0) kinds |= kUnnamed;
+  if (!subject.text.empty() && row.Int(3) != 0) {
+    if (subject.isReply) letter.kinds = letter.ids.answered.empty() ? kReply | kJoined : kReply;
+    if (letter.ids.own == 0) letter.kinds |= kUnnamed;
+    subject.text.append(1, '\n').append(std::to_string(row.Int(3)));
+    letter.subject = intake::ThreadHash(subject.text);
+  }
+  ids_.Expect(letter.ids.own);
+  for (uint64_t hash : letter.ids.answered) ids_.Expect(hash);
+  subjects_.Expect(letter.subject);
+  if (expected_.size() == kMostExpected) AddExpected();
+}
+
+void Conversations::AddExpected() {
+  for (const Letter& letter : expected_) Add(letter);
+  expected_.clear();
+}
+
+void Conversations::Add(const Letter& letter) {
+  uint32_t set = letter.ids.own != 0 ? SetOf(letter.ids.own) : NewSet();
+  for (uint64_t hash : letter.ids.answered) Join(set, SetOf(hash));
+  auto place = static_cast<size_t>(letter.message);
+  if (place >= ofMessage_.size()) ofMessage_.resize(place + 1, kNone);
+  ofMessage_[place] = set;
+  if (letter.subject == 0) return;
   uint32_t own = set;
   if ((kinds_[set] & kListed) != 0) {  // by a copy of the letter
     own = NewSet();
     Join(own, set);
   }
-  subject.text.append(1, '\n').append(std::to_string(row.Int(3)));
-  AddBySubject(own, intake::ThreadHash(subject.text), kinds);
+  AddBySubject(own, letter.subject, letter.kinds);
 }
 
 void Conversations::AddBySubject(uint32_t set, uint64_t subject, uint8_t kinds) {

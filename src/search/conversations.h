@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Which messages of the open repository belong to one conversation, in memory: about a hundred
-// bytes a message, read in steps when somebody wants it.
+// Which messages of the open repository belong to one conversation, in memory: some fifty bytes a
+// message, read in steps when somebody wants it.
 //
 // The way is that of Jamie Zawinski's "message threading" (https://www.jwz.org/doc/threading.html):
 // a letter belongs together with those that its References and In-Reply-To name, whether these are
@@ -22,6 +22,8 @@
 #include <vector>
 
 #include "database/connection.h"
+#include "intake/thread_ids.h"
+#include "search/hash_numbers.h"
 #include "search/mail_map.h"
 #include "search/row_steps.h"
 
@@ -37,7 +39,7 @@ PlainSubject PlainSubjectOf(std::string_view subject);
 
 class Conversations {
  public:
-  static constexpr uint32_t kNone = UINT32_MAX;
+  static constexpr uint32_t kNone = HashNumbers::kNone;
 
   // Reads on for some milliseconds; true when there is nothing left to read. Throws Error.
   bool Read(int64_t milliseconds);
@@ -50,6 +52,8 @@ class Conversations {
   // A number that the messages of one conversation share, until the next Read; kNone for one that
   // is not known.
   uint32_t Of(int64_t message);
+  // The same for many, in their order; quicker, for these are looked up side by side.
+  std::vector<uint32_t> OfAll(const std::vector<int64_t>& messages);
   // Whether the mail program said that nobody had read it.
   bool IsUnread(int64_t message) const { return unread_.Holds(message); }
   // How many sets its numbers may name.
@@ -58,43 +62,36 @@ class Conversations {
   const std::vector<int64_t>& Unknown() const { return unknown_; }
 
  private:
-  // Numbers by hashes. Nothing is ever taken out.
-  class Table {
-   public:
-    // The number of a hash; kNone, to be set, for a new one. REQUIRES: hash is not 0. Valid until
-    // the next call.
-    uint32_t& At(uint64_t hash);
-
-   private:
-    struct Slot {
-      uint64_t hash = 0;
-      uint32_t number = kNone;
-    };
-    void Grow();
-    std::vector<Slot> slots_;
-    size_t used_ = 0;
-    int bits_ = 0;  // of a place in slots_
-  };
-
   // What there is among the letters of one subject.
   enum Kind : uint8_t { kUnnamed = 1, kReply = 2, kJoined = 4, kListed = 8 };
+
+  // What is read of a message.
+  struct Letter {
+    int64_t message = 0;
+    intake::ThreadIds ids;
+    uint64_t subject = 0;  // with its correspondent, as a hash; 0 where it tells nothing
+    uint8_t kinds = 0;     // by the subject
+  };
 
   uint32_t NewSet();
   uint32_t SetOf(uint64_t hash);
   uint32_t Find(uint32_t set);
   void Join(uint32_t a, uint32_t b);
   void ReadNext(int64_t rows);
-  void Add(int64_t message, const jet::PassingRow& row);
+  void Expect(int64_t message, const jet::PassingRow& row);
+  void AddExpected();
+  void Add(const Letter& letter);
   void AddBySubject(uint32_t set, uint64_t subject, uint8_t kinds);
 
   std::vector<uint32_t> above_;      // of each set the one it was joined with, or itself
   std::vector<uint32_t> ofMessage_;  // by keys
-  Table ids_;
+  HashNumbers ids_;
   // The letters of one subject that wait to be joined, the last of them in the table.
-  Table subjects_;
+  HashNumbers subjects_;
   std::vector<uint32_t> waiting_;  // of each set the one before it
   std::vector<uint8_t> kinds_;     // of the last: those of all
   KeySet unread_;
+  std::vector<Letter> expected_;  // read, but not added yet
   int64_t last_ = 0;
   int64_t newest_ = 0;
   std::vector<int64_t> unknown_;

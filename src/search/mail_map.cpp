@@ -23,7 +23,8 @@ bool Contains(std::string_view text, std::string_view part) {
 int32_t DayOf(int64_t seconds) {
   constexpr int64_t kDaySeconds = 86400;
   int64_t day = seconds / kDaySeconds - (seconds % kDaySeconds < 0 ? 1 : 0);
-  return static_cast<int32_t>(std::clamp<int64_t>(day, INT32_MIN, INT32_MAX));
+  constexpr int64_t kMost = (1 << 23) - 1;  // what a letter has room for: 22,000 years
+  return static_cast<int32_t>(std::clamp(day, -kMost, kMost));
 }
 
 }  // namespace
@@ -114,15 +115,15 @@ void MailMap::ReadMessages(int64_t rows) {
     Message& letter = letters_[static_cast<size_t>(key)];
     letter.sender = people_.NumberOf(FoldCase(row.Text(1)), FoldCase(row.Text(2)));
     letter.folder = folders_.NumberOf(row.Text(3), row.Text(4));
-    letter.contact = contact > 0 ? static_cast<uint32_t>(contact) : kNone;
-    letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In");
-    letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out");
+    letter.contact = contact > 0 ? static_cast<uint32_t>(contact) & kNoContact : kNoContact;
+    letter.isReceived = platform::EqualIgnoringCase(row.Text(6), "In") ? 1 : 0;
+    letter.isSent = platform::EqualIgnoringCase(row.Text(6), "Out") ? 1 : 0;
     letter.day = DayOf(row.Int(8));
     letter.states = 0;
     std::string_view states = row.Text(7);
     for (size_t i = 0; i < std::size(intake::kStateMarks); ++i) {
       bool has = states.find(intake::kStateMarks[i].letter) != std::string_view::npos;
-      letter.states |= static_cast<uint8_t>(has ? 1U << i : 0U);
+      letter.states |= has ? 1U << i & UINT8_MAX : 0U;
     }
   });
 }
@@ -182,9 +183,9 @@ void MailMap::AddOfContacts(std::string_view text, bool received, bool sent, Key
   contacts_.AddOwnersWith(text, contacts);
   AddLetters(
       [&](const Message& letter) {
-        bool isOne = letter.contact != kNone && contacts.Holds(letter.contact);
-        return isOne &&
-               ((received && sent) || (received && letter.isReceived) || (sent && letter.isSent));
+        bool isOne = letter.contact != kNoContact && contacts.Holds(letter.contact);
+        return isOne && ((received && sent) || (received && letter.isReceived != 0) ||
+                         (sent && letter.isSent != 0));
       },
       keys);
 }
@@ -227,7 +228,8 @@ std::optional<MailMap::Traits> MailMap::Of(int64_t message) const {
     return std::nullopt;
   }
   const Message& letter = letters_[place];
-  return Traits{letter.day, letter.isReceived, letter.contact == kNone ? 0 : letter.contact};
+  return Traits{letter.day, letter.isReceived != 0,
+                letter.contact == kNoContact ? 0 : letter.contact};
 }
 
 std::vector<Folder> MailMap::Folders() const {
@@ -235,12 +237,24 @@ std::vector<Folder> MailMap::Folders() const {
   for (const auto& [identity, name] : folders_.pairs) {
     folders.push_back({std::string(identity), std::string(name)});
   }
-  RepositoryDb().ReadRows("SELECT ID FROM Email", [&](const jet::PassingRow& row) {
-    auto key = static_cast<size_t>(row.Int(0));
-    if (key < letters_.size() && letters_[key].folder != kNone) {
-      folders[letters_[key].folder].messages++;
+  int64_t known = 0;
+  int64_t stored = 0;
+  for (const Message& letter : letters_) known += letter.folder != kNone ? 1 : 0;
+  RepositoryDb().ReadRows("SELECT Count(*) AS N FROM Email",
+                          [&](const jet::PassingRow& row) { stored = row.Int(0); });
+  // Where some have been deleted, it takes a look at each to see which.
+  const bool isWhole = LastKey("Email") <= messages_.last && known == stored;
+  KeySet left;
+  if (!isWhole) {
+    RepositoryDb().ReadRows("SELECT ID FROM Email",
+                            [&](const jet::PassingRow& row) { left.Add(row.Int(0)); });
+  }
+  for (size_t key = 0; key < letters_.size(); ++key) {
+    const uint32_t folder = letters_[key].folder;
+    if (folder != kNone && (isWhole || left.Holds(static_cast<int64_t>(key)))) {
+      folders[folder].messages++;
     }
-  });
+  }
   std::erase_if(folders, [](const Folder& folder) { return folder.messages == 0; });
   std::sort(folders.begin(), folders.end(), [](const Folder& a, const Folder& b) {
     return std::pair(FoldCase(a.identity), FoldCase(a.name)) <

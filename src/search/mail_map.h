@@ -117,15 +117,17 @@ class MailMap {
     std::vector<std::pair<std::string_view, std::string_view>> pairs;
     std::string key;
   };
+  static constexpr uint32_t kNoContact = (1U << 26) - 1;
   struct Message {
     uint32_t sender = kNone;
     uint32_t folder = kNone;
-    uint32_t contact = kNone;
-    int32_t day = 0;
-    bool isReceived = false;
-    bool isSent = false;
-    uint8_t states = 0;  // by their places in intake::kStateMarks
+    uint32_t contact : 26 = kNoContact;
+    uint32_t isReceived : 1 = 0;
+    uint32_t isSent : 1 = 0;
+    int32_t day : 24 = 0;
+    uint32_t states : 8 = 0;  // by their places in intake::kStateMarks
   };
+  static_assert(sizeof(Message) == 16 && kNoContact > KeySet::kHighestKey);
   // A row of a table beside the messages: a message's key, and a number of Names.
   struct Link {
     uint32_t message;

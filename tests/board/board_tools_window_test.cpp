@@ -212,7 +212,7 @@ TEST_F(BoardTools, AContactDeletedLeavesTheListAndTheComboBox) {
   AddListed({.subject = "hers", .name = "Ann"});
   AddListed({.subject = "his", .name = "Bob"});
   Start();
-  auto* names = Find<QComboBox>("cmbFromTo");
+  auto* names = Enter("cmbFromTo");
   EXPECT_EQ(names->count(), 2);
   ui_.yesNo = {true};
   InDialog<contacts::frmContacts>(window_->Actions().contacts, [](contacts::frmContacts& dialog) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -32,6 +33,13 @@ class BoardWindow : public testing::ProgramFixture {
     auto* widget = window_->findChild<Widget*>(name);
     EXPECT_NE(widget, nullptr) << name;
     return widget;
+  }
+  // A box whose list is read when it is entered.
+  QComboBox* Enter(const char* name) {
+    auto* box = Find<QComboBox>(name);
+    box->setFocus();
+    QApplication::processEvents();
+    return box;
   }
   void Click(const char* name) { Find<QPushButton>(name)->click(); }
   // Types into a box of the filter and applies it.

@@ -149,7 +149,7 @@ TEST_F(FilterStrip, AHeaderClickTurnsTheOrderOfItsOwnSort) {
 TEST_F(FilterStrip, ListsOfferChoicesAndLeaveWhatWasTyped) {
   auto* name = Find<QComboBox>("cmbFromTo");
   name->setEditText("half a na");
-  strip_.SetChoices({"Ann", "Bob"}, {"a.txt"});
+  strip_.SetChoices(FilterStripView::Choices::kContacts, {"Ann", "Bob"});
   EXPECT_EQ(name->currentText(), "half a na");
   EXPECT_EQ(name->count(), 2);
   EXPECT_EQ(changes_, 0);

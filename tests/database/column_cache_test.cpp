@@ -248,6 +248,21 @@ TEST_F(ColumnCacheTest, WhatWasFoundIsLookedForAgainAfterAWrite) {
   }
 }
 
+TEST_F(ColumnCacheTest, RowsAreReadInAnyOrder) {
+  Database& engine = connection_.GetImpl().session.Engine();
+  for (const char* table : {"Email", "Attachment"}) {
+    std::string names =
+        "SELECT name FROM sqlite_schema WHERE sql IS NOT NULL AND type = 'index'"
+        " AND tbl_name = '" +
+        std::string(table) + "'";
+    std::vector<std::string> indexes;
+    for (Statement found(engine, names); found.Step();) indexes.emplace_back(found.Text(0));
+    for (const std::string& index : indexes) engine.Run(("DROP INDEX " + index).c_str());
+  }
+  engine.Run("UPDATE Attachment SET EmailID = 1 + ID * 31 % 50");
+  Compare("without indexes");
+}
+
 TEST_F(ColumnCacheTest, WhatTheEngineRollsBackIsForgotten) {
   Compare("before");
   connection_.BeginGroup();

@@ -78,6 +78,21 @@ ColumnKind KindOfDeclared(std::string_view type) {
   return ColumnKind::kAny;
 }
 
+StoredType PassedRow::TypeOf(int place) const {
+  return static_cast<StoredType>(sqlite3_value_type(values_[place]));
+}
+
+int64_t PassedRow::Int(int place) const {
+  return sqlite3_value_int64(values_[place]);
+}
+
+std::string_view PassedRow::Text(int place) const {
+  const void* data = sqlite3_value_text(values_[place]);
+  int size = sqlite3_value_bytes(values_[place]);
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<size_t>(size)};
+}
+
 Statement::Statement(Database& database, std::string_view sql, bool readsKeys)
     : database_(&database) {
   // Of the engine's functions that make tables of themselves the one that lists keys is of use.
@@ -157,6 +172,12 @@ void Statement::BindKeys(int index, const std::vector<int64_t>& keys) {
   if (keys.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
   int code = sqlite3_carray_bind(handle_, index, const_cast<int64_t*>(keys.data()),
                                  static_cast<int>(keys.size()), SQLITE_CARRAY_INT64, SQLITE_STATIC);
+  if (code != SQLITE_OK) database_->Fail(code);
+}
+
+void Statement::BindTaker(int index, const RowTaker& taker) {
+  int code =
+      sqlite3_bind_pointer(handle_, index, const_cast<RowTaker*>(&taker), kTakerType, nullptr);
   if (code != SQLITE_OK) database_->Fail(code);
 }
 

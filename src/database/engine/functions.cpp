@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "database/engine/engine.h"
 #include "database/engine/packing.h"
 #include "database/text/order.h"
 #include "database/text/search.h"
@@ -179,6 +180,13 @@ void PackBytes(sqlite3_context* context, int, sqlite3_value** arguments) {
   });
 }
 
+void Pass(sqlite3_context* context, int, sqlite3_value** arguments) {
+  const auto* taker = static_cast<RowTaker*>(sqlite3_value_pointer(arguments[0], kTakerType));
+  if (taker == nullptr) return sqlite3_result_error(context, "no taker", -1);
+  Shielded(context,
+           [&] { sqlite3_result_int(context, (*taker)(PassedRow(arguments + 1)) ? 1 : 0); });
+}
+
 int Collate(void*, int sizeA, const void* a, int sizeB, const void* b) {
   try {
     return CompareText({static_cast<const char*>(a), static_cast<size_t>(sizeA)},
@@ -209,7 +217,10 @@ void RegisterFunctions(sqlite3* handle) {
                                           made.function, nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errmsg(handle));
   }
-  int code =
+  int code = sqlite3_create_function_v2(handle, "tw_pass", -1, SQLITE_UTF8 | SQLITE_DIRECTONLY,
+                                        nullptr, Pass, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errmsg(handle));
+  code =
       sqlite3_create_collation_v2(handle, kTextCollation, SQLITE_UTF8, nullptr, Collate, nullptr);
   if (code != SQLITE_OK) throw Error(code & 0xff, sqlite3_errmsg(handle));
 }

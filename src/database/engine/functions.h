@@ -9,6 +9,7 @@
 //   tw_instr_long, tw_like_long  the same for a column of long texts as it is stored
 //   tw_long_text(stored), tw_bytes(stored)        the plain value of a column (packing.h)
 //   tw_pack_text(value), tw_pack_bytes(value)     what to store in one
+//   tw_pass(taker, value, ...) hands the values to the program, see Statement::BindTaker
 //
 // Case is ignored. Null in gives Null out, but for tw_format. A damaged packed value is Error 11.
 #pragma once
@@ -19,6 +20,9 @@ namespace tarnwick::jet {
 
 // The collation's name in the schema of every file: do not change.
 inline constexpr char kTextCollation[] = "TARNWICK";
+
+// What says of a bound pointer that it is a RowTaker.
+inline constexpr char kTakerType[] = "tarnwick taker";
 
 void RegisterFunctions(sqlite3* handle);
 

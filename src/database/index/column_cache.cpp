@@ -26,16 +26,16 @@ constexpr int kReferenceColumn = 2;
 constexpr int kFirstKind = 3;
 
 // A value in one word, never 0; 0 when it does not fit.
-uint64_t ShortWord(const Statement& statement, int column) {
-  Statement::Type type = statement.TypeOf(column);
+uint64_t ShortWord(const PassedRow& values, int column) {
+  StoredType type = values.TypeOf(column);
   auto mark = static_cast<uint64_t>(type);
-  if (type == Statement::Type::kNull) return mark;
-  if (type == Statement::Type::kInteger) {
-    int64_t number = statement.Int(column);
+  if (type == StoredType::kNull) return mark;
+  if (type == StoredType::kInteger) {
+    int64_t number = values.Int(column);
     return number >= 0 && number < int64_t{1} << 32 ? static_cast<uint64_t>(number) << 8 | mark : 0;
   }
-  if (type != Statement::Type::kText) return 0;
-  std::string_view text = statement.Text(column);
+  if (type != StoredType::kText) return 0;
+  std::string_view text = values.Text(column);
   if (text.size() > 6) return 0;
   uint64_t word = text.size();
   for (char c : text) word = word << 8 | static_cast<unsigned char>(c);
@@ -47,15 +47,18 @@ uint64_t ShortWord(const Statement& statement, int column) {
 ColumnCache::ColumnCache(Session& session, ColumnCacheDefinition definition)
     : session_(session), definition_(std::move(definition)) {
   std::string table = "main." + QuotedName(definition_.table);
-  std::string columns =
-      "SELECT _rowid_, " + QuotedName(definition_.date) + ", " + QuotedName(definition_.reference);
-  for (const std::string& kind : definition_.kinds) columns += ", " + QuotedName(kind);
-  readAll_ = columns + " FROM " + table + " ORDER BY " + QuotedName(definition_.date);
+  std::string pass = "tw_pass(?1, _rowid_, " + QuotedName(definition_.date) + ", " +
+                     QuotedName(definition_.reference);
+  for (const std::string& kind : definition_.kinds) pass += ", " + QuotedName(kind);
+  pass += ')';
+  readAll_ =
+      "SELECT 1 FROM " + table + " WHERE " + pass + " ORDER BY " + QuotedName(definition_.date);
+  readOne_ = "SELECT 1 FROM " + table + " WHERE _rowid_ = ?2 AND " + pass;
   readHighest_ = "SELECT max(_rowid_) FROM " + table;
-  readOne_ = columns + " FROM " + table + " WHERE _rowid_ = ?1";
   std::string owner = QuotedName(definition_.detailKey);
-  readRepeats_ = "SELECT " + owner + ", count(*) FROM main." + QuotedName(definition_.details) +
-                 " GROUP BY " + owner + " HAVING count(*) > 1";
+  // The limit keeps the order: a condition is else asked before rows are sorted.
+  readDetails_ = "SELECT 1 FROM (SELECT " + owner + " AS owner FROM main." +
+                 QuotedName(definition_.details) + " ORDER BY 1 LIMIT -1) WHERE tw_pass(?1, owner)";
 }
 
 void ColumnCache::RowChanged(std::string_view table, int64_t key) {
@@ -110,14 +113,16 @@ void ColumnCache::ReadAll() {
   StatementUse use(*all);
   readings_++;
   rows_.reserve(LikelyRows());
-  Row row = {};
-  while (isFit_ && session_.StepRead(*all)) {
-    isFit_ = Take(*all, row);
+  RowTaker take = [this, row = Row()](const PassedRow& values) mutable {
+    isFit_ = Take(values, row);
     if (isFit_) rows_.push_back(row);
-  }
+    return !isFit_;
+  };
+  all->BindTaker(1, take);
+  session_.StepRead(*all);
   isFit_ = isFit_ && highestKey_ <= kSpareKeys + kMostGaps * rows_.size();
   if (isFit_) {
-    SortTies();
+    SortRows();
   } else {
     rows_ = {};
   }
@@ -125,25 +130,25 @@ void ColumnCache::ReadAll() {
   isRead_ = true;
 }
 
-bool ColumnCache::Take(Statement& statement, Row& row) {
-  using Type = Statement::Type;
-  int64_t key = statement.Int(kKeyColumn);
+bool ColumnCache::Take(const PassedRow& values, Row& row) {
+  using Type = StoredType;
+  int64_t key = values.Int(kKeyColumn);
   if (key < 0 || key >= int64_t{std::numeric_limits<uint32_t>::max()}) return false;
   row.key = static_cast<uint32_t>(key);
   highestKey_ = std::max(highestKey_, row.key);
 
-  Type dateType = statement.TypeOf(kDateColumn);
+  Type dateType = values.TypeOf(kDateColumn);
   if (dateType != Type::kInteger && dateType != Type::kNull) return false;
-  int64_t seconds = dateType == Type::kNull ? kNoDate : statement.Int(kDateColumn);
+  int64_t seconds = dateType == Type::kNull ? kNoDate : values.Int(kDateColumn);
   constexpr int64_t kLeast = std::numeric_limits<int32_t>::min();
   constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
   row.seconds = static_cast<int32_t>(std::clamp(seconds, kLeast, kMost));
   if (seconds <= kLeast || seconds >= kMost) distant_[row.key] = seconds;
 
-  Type referenceType = statement.TypeOf(kReferenceColumn);
+  Type referenceType = values.TypeOf(kReferenceColumn);
   int64_t reference = kNoReference;
   if (referenceType == Type::kInteger) {
-    reference = statement.Int(kReferenceColumn);
+    reference = values.Int(kReferenceColumn);
     if (reference < 0 || reference >= int64_t{kNoReference}) return false;
   } else if (referenceType != Type::kNull) {
     return false;
@@ -152,17 +157,17 @@ bool ColumnCache::Take(Statement& statement, Row& row) {
   if (row.reference != kNoReference) {
     highestReference_ = std::max(highestReference_, uint32_t{row.reference});
   }
-  return TakeKind(statement, row);
+  return TakeKind(values, row);
 }
 
-bool ColumnCache::TakeKind(Statement& statement, Row& row) {
+bool ColumnCache::TakeKind(const PassedRow& values, Row& row) {
   uint32_t kind = 0;
   std::array<uint64_t, kShortKinds> words = {};
   size_t count = definition_.kinds.size();
   bool isShort = count <= kShortKinds;
   uint64_t hash = 0;
   for (size_t i = 0; isShort && i < count; i++) {
-    words[i] = ShortWord(statement, kFirstKind + static_cast<int>(i));
+    words[i] = ShortWord(values, kFirstKind + static_cast<int>(i));
     isShort = words[i] != 0;
     hash = (hash ^ words[i]) * 0x9E3779B97F4A7C15ULL;
   }
@@ -170,37 +175,40 @@ bool ColumnCache::TakeKind(Statement& statement, Row& row) {
   if (isShort && seen.words == words) {
     kind = seen.kind;
   } else {
-    if (!FindKind(statement, kind)) return false;
+    if (!FindKind(values, kind)) return false;
     if (isShort) seen = {words, kind};
   }
   row.kind = kind & (kMostKinds - 1);
   return true;
 }
 
-bool ColumnCache::FindKind(Statement& statement, uint32_t& kind) {
+bool ColumnCache::FindKind(const PassedRow& values, uint32_t& kind) {
   auto end = kFirstKind + static_cast<int>(definition_.kinds.size());
   kindText_.clear();
   for (int column = kFirstKind; column < end; column++) {
-    Statement::Type type = statement.TypeOf(column);
+    StoredType type = values.TypeOf(column);
     kindText_ += static_cast<char>(type);
-    if (type == Statement::Type::kInteger) {
-      int64_t number = statement.Int(column);
+    if (type == StoredType::kInteger) {
+      int64_t number = values.Int(column);
       kindText_.append(reinterpret_cast<const char*>(&number), sizeof number);
-    } else if (type == Statement::Type::kText) {
-      std::string_view text = statement.Text(column);
+    } else if (type == StoredType::kText) {
+      std::string_view text = values.Text(column);
       kindText_.append(text);
       kindText_ += '\0';
       if (text.find('\0') != std::string_view::npos) return false;
-    } else if (type != Statement::Type::kNull) {
+    } else if (type != StoredType::kNull) {
       return false;
     }
   }
   auto [place, isNew] = kindPlaces_.try_emplace(kindText_, static_cast<uint32_t>(kinds_.size()));
   if (isNew) {
     if (kinds_.size() == kMostKinds) return false;
-    std::vector<Value>& values = kinds_.emplace_back();
+    std::vector<Value>& made = kinds_.emplace_back();
     for (int column = kFirstKind; column < end; column++) {
-      values.push_back(statement.ColumnValue(column));
+      StoredType type = values.TypeOf(column);
+      made.emplace_back();
+      if (type == StoredType::kInteger) made.back() = values.Int(column);
+      if (type == StoredType::kText) made.back() = std::string(values.Text(column));
     }
   }
   kind = place->second;
@@ -219,14 +227,17 @@ bool ColumnCache::IsBefore(const Row& a, const Row& b) const {
   return secondsA != secondsB ? secondsA < secondsB : a.key < b.key;
 }
 
-// The engine gave them in the order of their dates alone.
-void ColumnCache::SortTies() {
+// Where an index was gone over, the engine gave them in the order of their dates.
+void ColumnCache::SortRows() {
   auto before = [this](const Row& a, const Row& b) { return IsBefore(a, b); };
   for (auto run = rows_.begin(); run != rows_.end();) {
     auto end = run + 1;
     bool isSorted = true;
     for (; end != rows_.end() && end->seconds == run->seconds; ++end) {
       isSorted = isSorted && IsBefore(*(end - 1), *end);
+    }
+    if (end != rows_.end() && end->seconds < run->seconds) {
+      return std::sort(rows_.begin(), rows_.end(), before);
     }
     if (!isSorted) std::sort(run, end, before);
     run = end;
@@ -245,13 +256,19 @@ void ColumnCache::ReadChanged() {
   std::erase_if(rows_, [&](const Row& row) { return isChanged[row.key]; });
   std::vector<Row> fresh;
   std::shared_ptr<Statement> one = session_.Own(readOne_);
+  bool isFit = true;
+  RowTaker take = [&](const PassedRow& values) {
+    rowsReadAgain_++;
+    isFit = Take(values, fresh.emplace_back());
+    return true;
+  };
   for (int64_t key : changed_) {
     if (key >= 0 && key <= highestKey_) distant_.erase(static_cast<uint32_t>(key));
     StatementUse use(*one);
-    one->Bind(1, key);
-    if (!session_.StepRead(*one)) continue;
-    rowsReadAgain_++;
-    if (!Take(*one, fresh.emplace_back())) return;
+    one->BindTaker(1, take);
+    one->Bind(2, key);
+    session_.StepRead(*one);
+    if (!isFit) return;
   }
   if (highestKey_ > kSpareKeys + kMostGaps * (rows_.size() + fresh.size())) return;
   auto before = [this](const Row& a, const Row& b) { return IsBefore(a, b); };
@@ -275,15 +292,24 @@ size_t ColumnCache::From(int64_t seconds) const {
 const std::vector<ColumnCache::Repeat>& ColumnCache::Repeats() {
   if (repeatsRead_) return repeats_;
   repeats_.clear();
-  std::shared_ptr<Statement> statement = session_.Own(readRepeats_);
+  std::shared_ptr<Statement> statement = session_.Own(readDetails_);
   StatementUse use(*statement);
-  while (session_.StepRead(*statement)) {
-    int64_t key = statement->Int(0);
+  Repeat run = {};  // the details of one row
+  auto end = [&] {
+    if (run.count > 1) repeats_.push_back(run);
+    run = {};
+  };
+  RowTaker take = [&](const PassedRow& values) {
+    int64_t key = values.Int(0);
     // Any other key is that of no row in the column cache.
-    if (statement->TypeOf(0) == Statement::Type::kInteger && key >= 0 && key <= UINT32_MAX) {
-      repeats_.push_back({static_cast<uint32_t>(key), static_cast<uint32_t>(statement->Int(1))});
-    }
-  }
+    bool isKey = values.TypeOf(0) == StoredType::kInteger && key >= 0 && key <= UINT32_MAX;
+    if (!isKey || key != run.key) end();
+    if (isKey) run = {static_cast<uint32_t>(key), run.count + 1};
+    return false;
+  };
+  statement->BindTaker(1, take);
+  session_.StepRead(*statement);
+  end();
   repeats_.shrink_to_fit();
   repeatsRead_ = true;
   return repeats_;

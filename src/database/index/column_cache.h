@@ -75,18 +75,18 @@ class ColumnCache {
   void ReadAll();
   void ReadChanged();
   // False when the row does not fit.
-  bool Take(Statement& statement, Row& row);
-  bool TakeKind(Statement& statement, Row& row);
-  bool FindKind(Statement& statement, uint32_t& kind);
+  bool Take(const PassedRow& values, Row& row);
+  bool TakeKind(const PassedRow& values, Row& row);
+  bool FindKind(const PassedRow& values, uint32_t& kind);
   bool IsBefore(const Row& a, const Row& b) const;
-  void SortTies();
+  void SortRows();
 
   Session& session_;
   ColumnCacheDefinition definition_;
   std::string readAll_;
   std::string readHighest_;
   std::string readOne_;
-  std::string readRepeats_;
+  std::string readDetails_;
 
   bool isRead_ = false;
   bool isFit_ = true;
