@@ -37,7 +37,6 @@ class ChildProcess {
   // Whether a read found the child gone, as opposed to slow.
   bool HasEnded() const { return hasEnded_; }
 
-
   // Ends it at once; later calls find it gone.
   void Kill();
   // For tests and messages; 0 when it is gone.

@@ -61,8 +61,8 @@ class SegmentWriter {
   class PartWriter;
 
   std::vector<int64_t> keys_;
-  // Trigram, then document in the lowest bits: of each part by itself, so that what is sorted at once
-  // stays within the processor's cache.
+  // Trigram, then document in the lowest bits: of each part by itself, so that what is sorted at
+  // once stays within the processor's cache.
   std::array<std::vector<uint32_t>, kSegmentParts> postings_;
   size_t count_ = 0;                // of all parts
   std::vector<uint32_t> left_out_;  // trigrams of no list, ascending
