@@ -24,7 +24,8 @@ int InPixels(qint64 place) {
 
 }  // namespace
 
-EvenRowsView::EvenRowsView(QWidget* parent) : QTableView(parent) {
+EvenRowsView::EvenRowsView(QWidget* parent)
+    : QTableView(parent), noRows_(new QStringListModel(this)) {
   setShowGrid(false);
   setHorizontalScrollMode(ScrollPerPixel);
   // Always there, so that the columns that fill the width do so for any number of rows, and the
@@ -36,7 +37,7 @@ EvenRowsView::EvenRowsView(QWidget* parent) : QTableView(parent) {
 void EvenRowsView::setModel(QAbstractItemModel* newModel) {
   if (model() != nullptr) model()->disconnect(this);
   QTableView::setModel(newModel);
-  verticalHeader()->setModel(new QStringListModel(verticalHeader()));
+  verticalHeader()->setModel(noRows_);
   if (newModel != nullptr) {
     connect(newModel, &QAbstractItemModel::rowsRemoved, this, &EvenRowsView::RowsChanged);
   }
@@ -124,6 +125,24 @@ int EvenRowsView::ShownColumn(int visual, int step) const {
     visual += step;
   }
   return visual >= 0 && visual < header.count() ? visual : -1;
+}
+
+// What a double click on the edge of its header makes it as wide as: of the rows in sight and those
+// about them, as many in all as the header is told to look at.
+int EvenRowsView::sizeHintForColumn(int column) const {
+  if (model() == nullptr) return -1;
+  ensurePolished();
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  const int most = horizontalHeader()->resizeContentsPrecision();
+  const int first = std::clamp(RowAt(0) - most / 2, 0, std::max(Rows() - most, 0));
+  const int end = std::min(Rows(), first + most);
+  int width = 0;
+  for (int row = first; row < end; row++) {
+    QModelIndex index = model()->index(row, column, rootIndex());
+    width = std::max(width, itemDelegateForIndex(index)->sizeHint(option, index).width());
+  }
+  return width;
 }
 
 QModelIndex EvenRowsView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {

@@ -28,6 +28,7 @@ class EvenRowsView : public QTableView {
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
  protected:
+  int sizeHintForColumn(int column) const override;
   int verticalOffset() const override;
   bool isIndexHidden(const QModelIndex& index) const override;
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -53,6 +54,7 @@ class EvenRowsView : public QTableView {
   void DrawCell(QPainter& painter, const QStyleOptionViewItem& row, const QModelIndex& index,
                 const QModelIndex& hovered);
 
+  QAbstractItemModel* noRows_;  // of the vertical header
   int rowHeight_ = 24;
   qint64 offset_ = 0;  // of the viewport in the rows, in pixels, as it was last drawn
 };

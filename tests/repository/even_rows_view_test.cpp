@@ -20,9 +20,11 @@ std::string StateOf(const QTableView& view) {
   auto cell = [](const QModelIndex& index) {
     return QString("%1,%2 ").arg(index.row()).arg(index.column());
   };
-  QString state = QString("bar %1 of %2, current ")
+  const QAbstractItemView& items = view;
+  QString state = QString("bar %1 of %2, column 2 may be %3 wide, current ")
                       .arg(view.verticalScrollBar()->value())
-                      .arg(view.verticalScrollBar()->maximum());
+                      .arg(view.verticalScrollBar()->maximum())
+                      .arg(items.sizeHintForColumn(2));
   state += cell(view.currentIndex()) + "at 90,100: " + cell(view.indexAt({90, 100})) + "first ";
   QRect first = view.visualRect(view.model()->index(0, 0));
   state += QString("%1 %2 %3 %4, selected ")
@@ -42,7 +44,8 @@ TEST(EvenRowsView, LooksAndActsLikeATableWithAHeaderForItsRows) {
   QStandardItemModel model(60, kColumns);
   for (int row = 0; row < model.rowCount(); row++) {
     for (int column = 0; column < kColumns; column++) {
-      model.setItem(row, column, new QStandardItem(QString("%1, %2").arg(row).arg(column)));
+      model.setItem(row, column,
+                    new QStandardItem(QString("Row %1, column %2").arg(row).arg(column)));
     }
   }
   QWidget window;
