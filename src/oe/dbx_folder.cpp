@@ -105,8 +105,8 @@ void ReportUnknownFile() {
 }
 
 // Adds the folder of an info object, where it is one.
-void ReadFolder(ByteReader& file, uint32_t infoOffset, const intake::ReadingRules& rules,
-                FolderListReading& list) {
+void ReadFolderInfo(ByteReader& file, uint32_t infoOffset, const intake::ReadingRules& rules,
+                    FolderListReading& list) {
   bool ended = core::GuardedRun("ReadFolderInfo", [&] {
     std::string bytes(file.Read(infoOffset, kFolderInfoSize));
     if (bytes.size() <= kTextPlace || Get32(bytes, 0) != infoOffset) {
@@ -134,7 +134,7 @@ void ReadRootFolders(ByteReader& file, const DbxHeader& header, const intake::Re
   for (const TreeEntry& entry : root->entries) hasChildren = hasChildren || entry.child != 0;
   bool lacksEntries = !hasChildren && root->entries.size() < header.itemCount;
   if (root->isCut || lacksEntries) list.isDamaged = true;
-  for (const TreeEntry& entry : root->entries) ReadFolder(file, entry.value, rules, list);
+  for (const TreeEntry& entry : root->entries) ReadFolderInfo(file, entry.value, rules, list);
 }
 
 // The whole list.
@@ -144,7 +144,7 @@ void ReadAllFolders(const std::string& path, ByteReader& file, const DbxHeader& 
   uint32_t entries = 0;
   while (std::optional<uint32_t> value = walk.Next()) {
     if (++entries > kMostListed) break;
-    ReadFolder(file, *value, rules, list);
+    ReadFolderInfo(file, *value, rules, list);
   }
   if (entries < header.itemCount) list.isDamaged = true;
 }
