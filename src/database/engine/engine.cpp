@@ -5,13 +5,11 @@
 #include <sqlite3.h>
 
 #include <cassert>
-#include <cctype>
 #include <climits>
-#include <filesystem>
-#include <fstream>
 #include <type_traits>
 #include <utility>
 
+#include "database/engine/file_uri.h"
 #include "database/engine/functions.h"
 #include "database/engine/packing.h"
 #include "platform/charset.h"
@@ -33,40 +31,6 @@ constexpr int kBusyMilliseconds = 100;
 int LengthOf(std::string_view data) {
   if (data.size() > INT_MAX) throw Error(SQLITE_TOOBIG, sqlite3_errstr(SQLITE_TOOBIG));
   return static_cast<int>(data.size());
-}
-
-// A path in the form that lets options follow it, whatever characters it holds.
-std::string UriOf(const std::string& path, std::string_view options) {
-  constexpr char kHexDigits[] = "0123456789ABCDEF";
-  std::string uri = "file:";
-  for (char character : platform::SystemPath(path)) {
-    auto byte = static_cast<unsigned char>(character);
-    if (std::isalnum(byte) != 0 ||
-        std::string_view("/-._~").find(character) != std::string_view::npos) {
-      uri += character;
-    } else {
-      uri += {'%', kHexDigits[byte >> 4], kHexDigits[byte & 15]};
-    }
-  }
-  return uri.append(options);
-}
-
-// The options that keep a file, and the folder it lies in, as they are.
-std::string_view ForReading(const std::string& path) {
-  constexpr size_t kWriteVersion = 18;
-  constexpr char kLogged = 2;
-  if (Database::HasLog(path)) {
-    throw Error(ErrorNumber::kPathAccess,
-                "The file " + path + " is in use, or was not closed: its log lies beside it");
-  }
-  // A file that was copied while it was open wants a log made beside it, unless it is said to be on
-  // a medium that nothing is written to.
-  char head[kWriteVersion + 1] = {};
-  std::string place = platform::SystemPath(path);
-  std::ifstream file(std::filesystem::path(std::u8string(place.begin(), place.end())),
-                     std::ios::binary);
-  file.read(head, sizeof(head));
-  return head[kWriteVersion] == kLogged ? "?mode=ro&immutable=1" : "?mode=ro";
 }
 
 }  // namespace
@@ -302,7 +266,7 @@ Database::Database(const std::string& path, std::string_view password, Mode mode
   int flags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_URI;
   flags |= mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
-  std::string uri = UriOf(path, mode == Mode::kReadOnly ? ForReading(path) : "");
+  std::string uri = FileUri(path, mode == Mode::kReadOnly);
   int code = sqlite3_open_v2(uri.c_str(), &handle_, flags, nullptr);
   try {
     if (code != SQLITE_OK) Fail(code);
@@ -352,7 +316,7 @@ int64_t Database::Number(const char* sql) {
 
 void Database::Attach(const std::string& path, std::string_view password, const std::string& alias,
                       bool isWritten) {
-  std::string uri = UriOf(path, isWritten ? "" : ForReading(path));
+  std::string uri = FileUri(path, !isWritten);
   Statement statement(*this, "ATTACH ?1 AS ?2 KEY ?3");
   statement.BindText(1, uri);
   statement.BindText(2, alias);
