@@ -21,6 +21,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using tarnwick::outlook::reader::Variant;
 using tarnwick::samples::PstBuilder;
 using tarnwick::samples::PstMessage;
 
@@ -92,7 +93,7 @@ int Run(const std::string& source, size_t messages, const std::string& target, b
     std::cerr << "no messages below " << source << "\n";
     return 1;
   }
-  PstBuilder store(isUnicode);
+  PstBuilder store(isUnicode ? Variant::kUnicode : Variant::kAnsi);
   std::mt19937_64 random(1);
   uint32_t folder = 0;
   for (size_t i = 0; i < messages; ++i) {

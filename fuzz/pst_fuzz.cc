@@ -25,8 +25,8 @@ uint16_t Tag(Prop property) {
   return static_cast<uint16_t>(property);
 }
 
-std::string SoundStore(bool isUnicode) {
-  tarnwick::samples::PstBuilder store(isUnicode);
+std::string SoundStore(outlook::reader::Variant variant) {
+  tarnwick::samples::PstBuilder store(variant);
   uint32_t inbox = store.AddFolder(tarnwick::samples::PstBuilder::kTop, "Inbox");
   uint32_t deep = store.AddFolder(inbox, "Deep");
   for (int i = 0; i < 4; ++i) {
@@ -49,7 +49,8 @@ std::string SoundStore(bool isUnicode) {
 }
 
 std::string Patched(const uint8_t* data, size_t size) {
-  static const std::string sound[] = {SoundStore(true), SoundStore(false)};
+  static const std::string sound[] = {SoundStore(outlook::reader::Variant::kUnicode),
+                                      SoundStore(outlook::reader::Variant::kAnsi)};
   std::string bytes = sound[data[0] % 2];
   size_t begin = bytes.find_first_not_of('\0', 600);
   for (size_t i = 1; i + 6 <= size && i < 61; i += 6) {

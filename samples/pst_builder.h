@@ -51,11 +51,8 @@ inline PstMessage PstMail(const std::string& subject) {
 class PstBuilder {
  public:
   // Stores of one name have one key, as copies of a store have.
-  explicit PstBuilder(outlook::reader::Variant variant,
+  explicit PstBuilder(outlook::reader::Variant variant = outlook::reader::Variant::kUnicode,
                       std::string displayName = "Personal Folders");
-  explicit PstBuilder(bool isUnicode, std::string displayName = "Personal Folders")
-      : PstBuilder(isUnicode ? outlook::reader::Variant::kUnicode : outlook::reader::Variant::kAnsi,
-                   std::move(displayName)) {}
 
   // The folder that Outlook shows as the store's top, made by the constructor.
   static constexpr uint32_t kTop = 0x8022;

@@ -56,7 +56,7 @@ class LoadEnd : public testing::ProgramFixture {
 
   void AddOutlookStore() {
     platform::SetEnvironmentText("TARNWICK_READER", TARNWICK_READER);
-    samples::PstBuilder store(true, "Personal Folders");
+    samples::PstBuilder store;
     store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
                      samples::PstMail("hello"));
     platform::WriteFile(profile_.Folder() + "Outlook.pst", store.Build());

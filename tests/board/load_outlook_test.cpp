@@ -22,7 +22,7 @@ class LoadOutlook : public testing::ProgramFixture {
 
   // A store of one mail.
   void AddStore(const std::string& file, const std::string& name) {
-    samples::PstBuilder store(true, name);
+    samples::PstBuilder store(outlook::reader::Variant::kUnicode, name);
     store.AddMessage(store.AddFolder(samples::PstBuilder::kTop, "Inbox"),
                      samples::PstMail("hello"));
     platform::WriteFile(folder_.File("profile/" + file), store.Build());

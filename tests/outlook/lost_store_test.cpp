@@ -58,7 +58,7 @@ class LostStoreTest : public ::testing::Test {
 TEST_F(LostStoreTest, ABlockInAnotherIsAPartOfItAndOneThatDiffersFromItsDoubleIsNotBelieved) {
   uint32_t first = 0;
   auto build = [&](const std::string& attached) {
-    PstBuilder store(true);
+    PstBuilder store;
     uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
     first = store.AddMessage(inbox, samples::WornMail(1));
     PstMessage carrier = samples::WornMail(3);

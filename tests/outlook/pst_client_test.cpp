@@ -70,7 +70,7 @@ TEST_F(PstClientTest, GoesOnBehindTheRequestThatKilledTheReader) {
 
 // Whatever becomes of what was asked for ahead, each item comes in its time, and is the right one.
 TEST_F(PstClientTest, GivesItemsAskedForAheadInAnyOrderAndBehindALoss) {
-  samples::PstBuilder store(true);
+  samples::PstBuilder store;
   uint32_t inbox = store.AddFolder(samples::PstBuilder::kTop, "Inbox");
   std::vector<PstClient::Numbers> items;
   for (uint32_t i = 0; i < 6; ++i) {

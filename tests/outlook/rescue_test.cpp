@@ -125,7 +125,7 @@ TEST_F(OutlookRescue, WornStoresGiveBackWhatIsThereAndNothingThatIsMixed) {
 }
 
 TEST_F(OutlookRescue, TellsWhereAnItemLayAndHowItWasFound) {
-  PstBuilder store(true);
+  PstBuilder store;
   uint32_t sent = store.AddFolder(PstBuilder::kTop, "Sent Items");
   uint32_t hidden = store.AddFolder(0x122, "Recoverable Items");
   uint32_t gone = store.AddMessage(sent, samples::WornMail(1));
@@ -148,7 +148,7 @@ TEST_F(OutlookRescue, TellsWhereAnItemLayAndHowItWasFound) {
 }
 
 TEST_F(OutlookRescue, TellsOfAPartAndTakesTheWholeFromABetterCopy) {
-  PstBuilder store(false);
+  PstBuilder store(Variant::kAnsi);
   store.AddMessage(store.AddFolder(PstBuilder::kTop, "Inbox"), samples::WornMail(4));
   const std::string sound = store.Build();
   std::string broken = sound;

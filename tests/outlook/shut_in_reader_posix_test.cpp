@@ -99,7 +99,7 @@ class ShutInReader : public ::testing::Test {
   bool TryEverything(int64_t process);
 
   std::string MadeStore() {
-    samples::PstBuilder store(true);
+    samples::PstBuilder store;
     platform::WriteFile(folder_.File("a.pst"), store.Build());
     return folder_.File("a.pst");
   }
@@ -194,7 +194,7 @@ TEST_F(ShutInReader, CanDoNothingButAnswerOfLetters) {
 // The second wall: on a system that filters no calls these hold all the same.
 TEST(ConfinedProcess, ItsLimitsAreLoweredForGood) {
   testing::TempFolder folder;
-  samples::PstBuilder store(true);
+  samples::PstBuilder store;
   platform::WriteFile(folder.File("a.pst"), store.Build());
   PstClient client(folder.File("a.pst"), TARNWICK_READER);
   client.Ask(frame::kStore, {});

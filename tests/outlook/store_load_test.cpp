@@ -15,6 +15,7 @@
 namespace tarnwick::outlook {
 namespace {
 
+using reader::Variant;
 using samples::PstAttachment;
 using samples::PstBuilder;
 using samples::PstMessage;
@@ -40,8 +41,8 @@ PstMessage Mail(const std::string& subject) {
   return mail;
 }
 
-std::string BuiltStore(bool isUnicode) {
-  PstBuilder store(isUnicode);
+std::string BuiltStore(Variant variant) {
+  PstBuilder store(variant);
   uint32_t folder = PstBuilder::kTop;
   for (int i = 0; i < 30; ++i) {
     if (i % 5 == 0) folder = store.AddFolder(folder, "Folder");
@@ -70,8 +71,8 @@ class StoreLoad : public OutlookLoad {
 };
 
 TEST_F(StoreLoad, IsTakenWhetherUnicodeOrAnsi) {
-  for (bool isUnicode : {true, false}) {
-    PstBuilder store(isUnicode);
+  for (Variant variant : {Variant::kUnicode, Variant::kAnsi}) {
+    PstBuilder store(variant);
     uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
     uint32_t deep = store.AddFolder(inbox, "Deep");
     PstMessage long_ = Mail("long");
@@ -80,12 +81,12 @@ TEST_F(StoreLoad, IsTakenWhetherUnicodeOrAnsi) {
     file.properties.texts[Tag(Prop::kAttachLongName)] = "table.xls";
     file.data = std::string(20'000, 'y') + "END";
     long_.attachments = {file};
-    store.AddMessage(inbox, Mail(isUnicode ? "wide" : "narrow"));
+    store.AddMessage(inbox, Mail("wide or narrow"));
     store.AddMessage(deep, long_);
     // Entry identifiers of the two stores are the same.
     Run("DELETE * FROM Email");
     Run("DELETE * FROM FileRepository");
-    EXPECT_EQ(Load(store.Build()).stored, 2) << isUnicode;
+    EXPECT_EQ(Load(store.Build()).stored, 2) << static_cast<int>(variant);
     EXPECT_EQ(Query("SELECT FromToAddress FROM Email WHERE Folder = 'Inbox'").AsText(),
               "ann@firm.test");
     EXPECT_THAT(Query("SELECT Body FROM Email WHERE Folder = 'Deep'").AsText(), EndsWith("xxend"));
@@ -96,7 +97,7 @@ TEST_F(StoreLoad, IsTakenWhetherUnicodeOrAnsi) {
 
 TEST_F(StoreLoad, OfAnsiTextsReadsThemInTheMessagesCodepage) {
   // The names are in the code page of the machine, which the first message tells.
-  PstBuilder store(false, "\xCB\xE8\xF7\xED\xFB\xE5 \xEF\xE0\xEF\xEA\xE8");
+  PstBuilder store(Variant::kAnsi, "\xCB\xE8\xF7\xED\xFB\xE5 \xEF\xE0\xEF\xEA\xE8");
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "\xC2\xF5\xEE\xE4");
   PstMessage cyrillic = Mail("\xCF\xF0\xE8\xE2\xE5\xF2");
   cyrillic.properties.numbers[Tag(Prop::kMessageCodepage)] = 1251;
@@ -118,7 +119,7 @@ TEST_F(StoreLoad, OfAnsiTextsReadsThemInTheMessagesCodepage) {
 
 // An item that is stored is not looked at again: not even its loss shows.
 TEST_F(StoreLoad, IsReadAgainWithoutItsStoredItems) {
-  PstBuilder store(false);
+  PstBuilder store(Variant::kAnsi);
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
   for (int i = 0; i < 50; ++i) store.AddMessage(inbox, Mail("mail " + std::to_string(i)));
   std::string bytes = store.Build();
@@ -135,7 +136,7 @@ TEST_F(StoreLoad, IsReadAgainWithoutItsStoredItems) {
 }
 
 TEST_F(StoreLoad, TakesOfADamagedMessageWhatThereIsAndSaysSo) {
-  PstBuilder store(false);
+  PstBuilder store(Variant::kAnsi);
   PstMessage mail = Mail("long");
   mail.properties.texts[Tag(Prop::kBody)] = std::string(30'000, 'x');
   store.AddMessage(store.AddFolder(PstBuilder::kTop, "Inbox"), mail);
@@ -153,7 +154,7 @@ TEST_F(StoreLoad, TakesOfADamagedMessageWhatThereIsAndSaysSo) {
 // The text of a block is taken as it is where its checksum does not match, and marked; so is what
 // an attachment holds, read ahead or in its time.
 TEST_F(StoreLoad, MarksAMessageThatIsNotAsItWasWritten) {
-  PstBuilder store(true);
+  PstBuilder store;
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
   for (size_t size : {0, 100, 600'000}) {
     PstMessage mail = Mail("mail " + std::to_string(size));
@@ -174,7 +175,7 @@ TEST_F(StoreLoad, MarksAMessageThatIsNotAsItWasWritten) {
 
 // Neither stopped nor left aside, a load finds mail only where there is mail.
 TEST_F(StoreLoad, FindsNoMailInWhatIsNone) {
-  PstBuilder store(true, "Archive");
+  PstBuilder store(Variant::kUnicode, "Archive");
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
   for (const char* itsClass :
        {"IPM.Note", "REPORT.IPM.Note.NDR", "IPM.Schedule.Meeting.Request", "IPM.Post"}) {
@@ -192,7 +193,7 @@ TEST_F(StoreLoad, FindsNoMailInWhatIsNone) {
 
 // What the table of a folder names and the nodes do not, or lists twice, is left for the nodes.
 TEST_F(StoreLoad, LeavesATableThatLiesForTheNodes) {
-  PstBuilder store(true);
+  PstBuilder store;
   uint32_t inbox = store.AddFolder(PstBuilder::kTop, "Inbox");
   uint32_t other = store.AddFolder(PstBuilder::kTop, "Other");
   for (int i = 0; i < 3; ++i) store.AddMessage(inbox, Mail("mail " + std::to_string(i)));
@@ -204,13 +205,13 @@ TEST_F(StoreLoad, LeavesATableThatLiesForTheNodes) {
 }
 
 TEST_F(StoreLoad, NamesAStoreThatCannotBeRead) {
-  std::string path = WriteTemp("secret.pst", BuiltStore(true));
+  std::string path = WriteTemp("secret.pst", BuiltStore(Variant::kUnicode));
   platform::SetFileFault([&](platform::FileOperation, const std::string& file) {
     if (file == path) throw Error(ErrorNumber::kPermissionDenied, "Permission denied: " + file);
   });
   EXPECT_EQ(LoadFile(path).found, 0);
   platform::SetFileFault(nullptr);
-  std::string newer = BuiltStore(true);
+  std::string newer = BuiltStore(Variant::kUnicode);
   newer[10] = 37;
   EXPECT_EQ(Load(newer).found, 0);
   EXPECT_THAT(ui_.Shown("box"),
@@ -245,8 +246,8 @@ TEST_F(StoreLoad, TakesEveryMailOfRealStoresOnce) {
 // Any place may be wrong, or all be gone behind one; no outcome is wrong but a load that ends,
 // hangs or miscounts, and what is not reached by the damage is still taken.
 TEST_F(StoreLoad, SurvivesDamage) {
-  std::vector<std::pair<std::string, std::string>> stores = {{"Unicode", BuiltStore(true)},
-                                                             {"ANSI", BuiltStore(false)}};
+  std::vector<std::pair<std::string, std::string>> stores = {
+      {"Unicode", BuiltStore(Variant::kUnicode)}, {"ANSI", BuiltStore(Variant::kAnsi)}};
   for (const RealStore& real : kRealStores) {
     std::string path = testing::RealData("pst/" + std::string(real.file));
     if (!path.empty()) stores.emplace_back(real.file, platform::ReadFile(path));
