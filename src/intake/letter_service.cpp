@@ -53,6 +53,7 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
   std::unique_ptr<LetterService> service = open([&](int percent) {
     frames.Add(letter_frame::kProgress, std::string(1, static_cast<char>(percent)));
     frames.Send();
+    platform::LimitProcessorTime(kOpenSeconds);  // of each step
   });
   service->Skip(skip);
   bool isHalted = false;

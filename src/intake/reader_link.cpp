@@ -306,6 +306,11 @@ std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
   ReaderChannel::Wait wait{limits.silentMilliseconds,
                            askedAt_ + kMostSilences * limits.silentMilliseconds,
                            limits.patienceMilliseconds};
+  // What says how far it is may go over all of a large file, on a slow disk, and more than once.
+  constexpr uint64_t kSlowestBytesAMillisecond = 512;
+  if (progress_) {
+    wait.deadline += static_cast<int64_t>(storeSize_ / kSlowestBytesAMillisecond);
+  }
   for (uint64_t left = mostBytes_;;) {
     ReaderChannel::Frame frame = channel_->Receive(left, wait);
     left -= frame.payload.size();
