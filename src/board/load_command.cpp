@@ -279,7 +279,9 @@ void TakeFiles(const std::vector<std::string>& paths, TakeResult& result) {
   intake::TextReader texts;
   core::GuardedRun("mnLoadTextFile", [&] {
     jet::CommitGroup group(repository::RepositoryDb());
-    for (size_t i = 0; i < paths.size() && !core::IsLoadStopped(); ++i) {
+    for (size_t i = 0, ahead = 0; i < paths.size() && !core::IsLoadStopped(); ++i) {
+      ahead = std::max(ahead, i);
+      while (ahead < paths.size() && texts.ReadAhead(paths[ahead], rules, {})) ++ahead;
       intake::Outcome outcome = TakeFile(paths[i], rules, texts);
       taken[i] = outcome == intake::Outcome::kStored || outcome == intake::Outcome::kAlreadyStored;
       if (outcome == intake::Outcome::kStored) {

@@ -34,6 +34,43 @@ class TextService : public SingleService {
 SingleReader::SingleReader(Conversation conversation) : conversation_(conversation) {}
 SingleReader::~SingleReader() = default;
 
+ReaderLink* SingleReader::Link(const ReadingRules& rules) {
+  if (!link_) link_ = ReaderLink::Begin({}, conversation_, rules, {});
+  return link_.get();
+}
+
+bool SingleReader::AskAhead(const std::string& file, const ReadingRules& rules,
+                            const std::string& how) {
+  ReaderLink* link = Link(rules);
+  if (link == nullptr) return false;
+  std::string bytes;
+  try {
+    platform::InputFile input(file);
+    if (input.Size() > kMostHeld) return true;
+    if (!link->MayAsk(input.Size())) return false;
+    bytes.resize(input.Size());
+    bytes.resize(input.ReadAt(0, bytes.data(), bytes.size()));
+  } catch (const Error&) {
+    return true;  // which is told in its turn
+  }
+  link->Ask(bytes, how);
+  ahead_.push_back({file, how, std::move(bytes)});
+  return true;
+}
+
+// The text that was sent ahead and comes next to be answered; answers that nobody wants any more
+// are passed over.
+std::optional<std::string> SingleReader::TakeAsked(const std::string& file,
+                                                   const std::string& how) {
+  while (!ahead_.empty()) {
+    Asked asked = std::move(ahead_.front());
+    ahead_.pop_front();
+    if (asked.file == file && asked.how == how) return std::move(asked.sent);
+    link_->Answer([](std::string_view) {});
+  }
+  return std::nullopt;
+}
+
 bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const std::string& how,
                        const ByteSink& sink, const TakeRecord& take) {
   RawReader bytes(raw);
@@ -41,13 +78,12 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   std::unique_ptr<ReaderLink> own;  // of a file that is handed
   if (bytes.Size() > kMostHeld) {
     own = ReaderLink::Begin(raw.File(), conversation_, rules, {});
-  } else {
-    if (!link_) link_ = ReaderLink::Begin({}, conversation_, rules, {});
-    sent = bytes.Read(0, bytes.Size());
+  } else if (Link(rules) != nullptr) {
+    sent = TakeAsked(raw.File(), how);
+    if (!sent) link_->Ask(sent.emplace(bytes.Read(0, bytes.Size())), how);
   }
   ReaderLink* link = sent ? link_.get() : own.get();
   if (link == nullptr) return false;
-  if (sent) link->Ask(*sent, how);
   std::optional<std::string_view> record = sent ? link->Answer(sink) : link->Text(how, sink);
   try {
     if (!record) RefuseRecord();
@@ -80,6 +116,11 @@ PreparedMessage TextReader::Read(const RawMessage& raw, const ReadingRules& rule
   if (!isRead) return ReadMessage(raw, rules, facts);
   TellOf(prepared);
   return prepared;
+}
+
+bool TextReader::ReadAhead(const std::string& file, const ReadingRules& rules,
+                           const StoreFacts& facts) {
+  return reader_.AskAhead(file, rules, BytesOf(Wanted{rules, facts}));
 }
 
 std::unique_ptr<LetterService> MakeTextService() {

@@ -7,6 +7,7 @@
 // own.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -34,14 +35,28 @@ class SingleReader {
   SingleReader(const SingleReader&) = delete;
   SingleReader& operator=(const SingleReader&) = delete;
 
-  // Asks about one; bytes that belong to the answer go to sink before take is called. False where
-  // there is no reader. Throws Error 75 where the reader was lost over it.
+  // Asks about a short file before its turn, so that the reader is at work on some at once. False
+  // where that has to wait: too much was asked that way, or there is no reader.
+  bool AskAhead(const std::string& file, const ReadingRules& rules, const std::string& how);
+
+  // Asks about one, unless that was done ahead; bytes that belong to the answer go to sink before
+  // take is called. False where there is no reader. Throws Error 75 where the reader was lost over
+  // it.
   bool Ask(const RawMessage& raw, const ReadingRules& rules, const std::string& how,
            const ByteSink& sink, const TakeRecord& take);
 
  private:
+  struct Asked {
+    std::string file;
+    std::string how;
+    std::string sent;
+  };
+  ReaderLink* Link(const ReadingRules& rules);
+  std::optional<std::string> TakeAsked(const std::string& file, const std::string& how);
+
   Conversation conversation_;
   std::unique_ptr<ReaderLink> link_;  // for those that are sent
+  std::deque<Asked> ahead_;
 };
 
 // The reader's end.
@@ -61,6 +76,9 @@ class TextReader {
   // What ReadMessage gives, where there is no reader by ReadMessage itself; what is to be told of
   // the message has been told. Throws what ReadMessage throws, and Error 75 as above.
   PreparedMessage Read(const RawMessage& raw, const ReadingRules& rules, const StoreFacts& facts);
+  // Has the reader begin with a file that Read will be called for, in the order of these calls.
+  // False where that has to wait.
+  bool ReadAhead(const std::string& file, const ReadingRules& rules, const StoreFacts& facts);
 
  private:
   SingleReader reader_{Conversation::kText};
