@@ -18,7 +18,6 @@
 namespace tarnwick::board {
 namespace {
 
-using ::testing::_;
 using testing::DiskFault;
 using testing::FaultyDisk;
 
