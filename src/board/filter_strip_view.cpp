@@ -297,9 +297,13 @@ void FilterStripView::ForgetChoices() {
 
 void FilterStripView::AskForChoices() {
   for (QComboBox* combo : {fromTo_, file_}) {
-    if (!combo->hasFocus() || !outdated_.contains(combo)) continue;
-    emit ChoicesAskedFor(combo == fromTo_ ? Choices::kContacts : Choices::kFiles);
+    if (combo->hasFocus()) AskFor(combo);
   }
+}
+
+void FilterStripView::AskFor(QComboBox* combo) {
+  if (!outdated_.contains(combo)) return;
+  emit ChoicesAskedFor(combo == fromTo_ ? Choices::kContacts : Choices::kFiles);
 }
 
 void FilterStripView::SortBy(ListSort sort) {
@@ -333,6 +337,11 @@ bool FilterStripView::eventFilter(QObject* watched, QEvent* event) {
       if (reason() != Qt::PopupFocusReason && reason() != Qt::ActiveWindowFocusReason) {
         Leave(box);
       }
+      break;
+    case QEvent::MouseButtonPress:
+      // The list drops down at once, and the focus may come later, where the window was not in
+      // front.
+      if (auto* combo = qobject_cast<QComboBox*>(box)) AskFor(combo);
       break;
     case QEvent::Wheel:
       // Scrolling past a box must not choose another correspondent.

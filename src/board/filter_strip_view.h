@@ -81,6 +81,7 @@ class FilterStripView : public QWidget {
   QComboBox* MakeCombo(const char* name);
   QLineEdit* MakeEdit(const char* name);
 
+  void AskFor(QComboBox* combo);
   bool KeyPressed(QWidget* box, int key);
   void Remember(QWidget* box);
   void Apply(QWidget* box);

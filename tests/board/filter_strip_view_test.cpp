@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "board/filter_strip_view.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -160,6 +161,20 @@ TEST_F(FilterStrip, ListsOfferChoicesAndLeaveWhatWasTyped) {
   QWheelEvent wheel({}, {}, {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
   QApplication::sendEvent(name, &wheel);
   EXPECT_EQ(name->currentText(), "Bob") << "scrolling past chooses nothing";
+}
+
+TEST_F(FilterStrip, AClickDropsDownChoicesThatWereNotReadYet) {
+  QObject::connect(&strip_, &FilterStripView::ChoicesAskedFor, &strip_,
+                   [this](FilterStripView::Choices list) { strip_.SetChoices(list, {"Ann"}); });
+  strip_.ForgetChoices();
+  auto* name = Find<QComboBox>("cmbFromTo");
+  name->clearFocus();
+  QPoint arrow(name->width() - 5, name->height() / 2);
+  QMouseEvent press(QEvent::MouseButtonPress, arrow, name->mapToGlobal(arrow), Qt::LeftButton,
+                    Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(name, &press);  // which gives it no focus
+  EXPECT_TRUE(name->view()->isVisible());
+  name->hidePopup();
 }
 
 TEST_F(FilterStrip, ATextThatIsLeftIsAppliedUnlessEscapeTookItBack) {
