@@ -50,10 +50,10 @@ bool SingleReader::AskAhead(const std::string& file, const ReadingRules& rules,
     if (!link->MayAsk(input.Size())) return false;
     bytes.resize(input.Size());
     bytes.resize(input.ReadAt(0, bytes.data(), bytes.size()));
+    link->Ask(bytes, how);
   } catch (const Error&) {
-    return true;  // which is told in its turn
+    return true;  // the file, or a reader that was lost too often: told in the file's turn
   }
-  link->Ask(bytes, how);
   ahead_.push_back({file, how, std::move(bytes)});
   return true;
 }
