@@ -35,8 +35,10 @@ void Connection::SetProperty(std::string_view name, std::string_view value) {
   } else if (platform::SameWord(name, kModeProperty)) {
     impl_->readOnly = platform::SameWord(value, kModeRead);
   } else if (platform::SameWord(name, kJournalProperty)) {
-    impl_->isBeingMade = platform::SameWord(value, kJournalMemory);
-    impl_->keepsLog = !impl_->isBeingMade && !platform::SameWord(value, kJournalRollback);
+    using Journal = Session::Journal;
+    impl_->journal = platform::SameWord(value, kJournalMemory)     ? Journal::kMemory
+                     : platform::SameWord(value, kJournalRollback) ? Journal::kRollback
+                                                                   : Journal::kLog;
   } else {
     throw Error(ErrorNumber::kNoSuchItem, "No such property: " + std::string(name));
   }

@@ -35,8 +35,7 @@ Connection::Impl::~Impl() {
 
 void Connection::Impl::Open() {
   PasswordSource one = [known = password](const std::string&) { return platform::Secret(known); };
-  session.Open(dataSource, passwords ? passwords : std::move(one),
-               {readOnly, keepsLog, isBeingMade});
+  session.Open(dataSource, passwords ? passwords : std::move(one), {readOnly, journal});
   schema_ = std::make_unique<Catalog>(session.Engine());
 }
 

@@ -131,8 +131,7 @@ class Connection::Impl {
   std::string password;
   PasswordSource passwords;  // {}: password for every file
   bool readOnly = false;
-  bool keepsLog = true;
-  bool isBeingMade = false;
+  Session::Journal journal = Session::Journal::kLog;
 
   Session session;
 

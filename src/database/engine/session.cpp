@@ -53,14 +53,14 @@ void Session::CheckReadable() {
 }
 
 void Session::Configure(Use use) {
-  keepsLog_ = use.keepsLog;
+  keepsLog_ = use.journal == Journal::kLog;
   database_->Run(
       "PRAGMA cell_size_check = ON;"
       "PRAGMA cache_size = -16000;"
       "PRAGMA synchronous = FULL;");
-  if (use.isBeingMade) {
+  if (use.journal == Journal::kMemory) {
     database_->Run("PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY;");
-  } else if (!database_->IsReadOnly() && !use.keepsLog) {
+  } else if (!database_->IsReadOnly() && use.journal == Journal::kRollback) {
     // One that was open in another way when the program was killed may have a log.
     database_->Run("PRAGMA journal_mode = DELETE");
   } else if (!database_->IsReadOnly()) {

@@ -31,10 +31,12 @@ class Follower {
 
 class Session {
  public:
+  // What makes a unit of writes whole: a log; a rollback journal, with each commit flushed; or
+  // nothing that outlives the process, for a file that is of no use before all of it is there.
+  enum class Journal { kLog, kRollback, kMemory };
   struct Use {
     bool readOnly = false;
-    bool keepsLog = true;      // else each commit is flushed
-    bool isBeingMade = false;  // or none is: the file is of no use before all of it is there
+    Journal journal = Journal::kLog;
   };
   // passwords is asked for the file's own, and later for those of others.
   void Open(const std::string& path, PasswordSource passwords, Use use);
