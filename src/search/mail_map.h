@@ -146,6 +146,7 @@ class MailMap {
   // columns: the key of a contact and a text of it.
   void ReadContacts(std::string_view table, std::string_view columns, int64_t rows,
                     Progress& progress);
+  void CountLeft(std::vector<Folder>& folders) const;
   template <typename Test>
   void AddLetters(const Test& test, KeySet& keys) const;
   static void AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
