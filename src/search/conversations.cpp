@@ -113,9 +113,7 @@ int Conversations::Percent() const {
 
 void Conversations::ReadNext(int64_t rows) {
   if (newest_ <= last_ && !groups_.IsJoined()) return JoinNext(rows);
-  // Growing step by step would have two copies in memory.
-  auto likely = static_cast<size_t>(std::min(newest_, KeySet::kHighestKey)) + 1;
-  if (likely > sets_.capacity()) sets_.reserve(likely + likely / 64);
+  ReserveByKey(sets_, newest_, KeySet::kHighestKey);
   RepositoryDb().ReadRows(NextRows("Thread, Subject, FromTo, State", "Email", last_, rows),
                           [&](const jet::PassingRow& row) {
                             last_ = row.Int(0);

@@ -69,15 +69,15 @@ bool MailMap::Read(int64_t milliseconds) {
 }
 
 void MailMap::ReadNext(int64_t rows) {
-  if (!messages_.isAtEnd) {
+  if (!messages_.IsAtEnd()) {
     ReadMessages(rows);
-  } else if (!to_.isAtEnd) {
+  } else if (!to_.IsAtEnd()) {
     ReadLinks("ToRecipient", "Address, Name", rows, people_, recipients_, to_);
-  } else if (!cc_.isAtEnd) {
+  } else if (!cc_.IsAtEnd()) {
     ReadLinks("ccRecipient", "Address, Name", rows, people_, recipients_, cc_);
-  } else if (!attachments_.isAtEnd) {
+  } else if (!attachments_.IsAtEnd()) {
     ReadLinks("Attachment", "FileName, Null AS Nothing", rows, files_, attached_, attachments_);
-  } else if (!contactNames_.isAtEnd) {
+  } else if (!contactNames_.IsAtEnd()) {
     ReadContacts("MeContact", "ID AS Owner, Name", rows, contactNames_);
   } else {
     ReadContacts("ContactEmail", "ContactID, Address", rows, contactAddresses_);
@@ -86,14 +86,14 @@ void MailMap::ReadNext(int64_t rows) {
 
 bool MailMap::IsComplete() {
   if (isUnfit_ || !RepositoryDb().IsOpen()) return false;
-  messages_.isAtEnd = LastKey("Email") <= messages_.last;
-  to_.isAtEnd = LastKey("ToRecipient") <= to_.last;
-  cc_.isAtEnd = LastKey("ccRecipient") <= cc_.last;
-  attachments_.isAtEnd = LastKey("Attachment") <= attachments_.last;
-  contactNames_.isAtEnd = LastKey("MeContact") <= contactNames_.last;
-  contactAddresses_.isAtEnd = LastKey("ContactEmail") <= contactAddresses_.last;
-  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd &&
-         contactNames_.isAtEnd && contactAddresses_.isAtEnd;
+  messages_.end = LastKey("Email");
+  to_.end = LastKey("ToRecipient");
+  cc_.end = LastKey("ccRecipient");
+  attachments_.end = LastKey("Attachment");
+  contactNames_.end = LastKey("MeContact");
+  contactAddresses_.end = LastKey("ContactEmail");
+  return messages_.IsAtEnd() && to_.IsAtEnd() && cc_.IsAtEnd() && attachments_.IsAtEnd() &&
+         contactNames_.IsAtEnd() && contactAddresses_.IsAtEnd();
 }
 
 void MailMap::ForgetContacts() {
@@ -105,6 +105,7 @@ void MailMap::ReadMessages(int64_t rows) {
   std::string sql =
       NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State, ReceivedTime",
                "Email", messages_.last, rows);
+  ReserveByKey(letters_, messages_.end, KeySet::kHighestKey);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
     int64_t contact = row.Int(5);
@@ -130,14 +131,14 @@ void MailMap::ReadMessages(int64_t rows) {
 }
 
 void MailMap::ReadLinks(std::string_view table, std::string_view columns, int64_t rows,
-                        Names& names, std::vector<Link>& links, Progress& progress) {
+                        Names& names, Links& links, Progress& progress) {
   std::string sql = NextRows(std::string("EmailID, ").append(columns), table, progress.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     progress.last = row.Int(0);
     int64_t key = row.Int(1);
     if (key < 0 || key > KeySet::kHighestKey) return;
-    links.push_back(
-        {static_cast<uint32_t>(key), names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3)))});
+    links.Add(static_cast<uint32_t>(key),
+              names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3))));
   });
 }
 
@@ -159,11 +160,10 @@ std::vector<bool> MailMap::Names::With(std::string_view text) const {
   return with;
 }
 
-void MailMap::AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
-                        KeySet& keys) {
-  for (const Link& link : links) {
-    if (wanted[link.name]) keys.Add(link.message);
-  }
+void MailMap::AddLinked(const Links& links, const std::vector<bool>& wanted, KeySet& keys) {
+  links.ForEach([&](uint32_t message, uint32_t name) {
+    if (wanted[name]) keys.Add(message);
+  });
 }
 
 template <typename Test>
