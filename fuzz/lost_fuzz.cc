@@ -13,17 +13,15 @@
 #include <cstdlib>
 #include <string>
 
-#include "outlook/pst_protocol.h"
+#include "outlook/little_endian.h"
 #include "outlook/reader/checksum.h"
 #include "outlook/reader/lost_store.h"
-#include "platform/frames.h"
 #include "reader_asked.h"
 #include "samples/worn_outlook.h"
 
 namespace {
 
 using tarnwick::outlook::TakeNumber;
-namespace frame = tarnwick::outlook::frame;
 namespace reader = tarnwick::outlook::reader;
 
 using reader::Variant;
@@ -83,31 +81,43 @@ class Walk {
       : store_(store), limit_(limit), isTrue_(isTrue) {}
 
   void Run() {
-    std::string found = Ask([&](reader::Answer& answer) { store_.DescribeLost(answer); });
-    Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
-    for (size_t at = 0; at < found.size();) {
-      size_t length = TakeNumber(found, at + 1);
-      size_t begin = at + tarnwick::platform::kFrameHead;
-      for (size_t i = 0; found[at] == frame::kFoundItems && i < length;
-           i += tarnwick::outlook::kFoundItem) {
-        if (++items_ <= 100) Item(TakeNumber(found, begin + i + 4), TakeNumber(found, begin + i));
-      }
-      at = begin + length;
+    reader::Answer own;
+    Ask(own, [&](auto& answer, auto) { store_.DescribeStore(answer); });
+    for (const reader::FoundItem& item : store_.FindLost()) {
+      if (++items_ <= 100) Item(item.folder, item.node);
     }
   }
 
  private:
   template <typename Request>
-  std::string Ask(Request request) {
-    return tarnwick::fuzz::Ask(limit_, request);
+  void Ask(reader::Answer& answer, Request request) {
+    tarnwick::fuzz::Ask(limit_, answer, request);
   }
 
   void Item(uint32_t folder, uint32_t node) {
     reader::ItemPlace place{folder, 0, node};
-    Ask([&](reader::Answer& answer) { store_.DescribeFolder(folder, answer); });
-    std::string said =
-        Ask([&](reader::Answer& answer) { store_.DescribeItem(place, true, answer); });
-    Ask([&](reader::Answer& answer) { store_.DescribeEmbedded(place, {0}, answer); });
+    reader::Answer lay;
+    Ask(lay, [&](auto& answer, auto) { store_.DescribeFolder(folder, answer); });
+    reader::Answer item;
+    Ask(item, [&](auto& answer, auto) { store_.DescribeItem(place, answer); });
+    std::string said;
+    auto add = [&](const tarnwick::outlook::RawRow& row) {
+      for (const tarnwick::outlook::RawProperty& property : row) said += property.bytes;
+    };
+    add(item.properties);
+    for (const auto& row : item.recipients) add(row);
+    for (uint32_t i = 0; i < item.attachments.size(); ++i) {
+      add(item.attachments[i]);
+      Ask(item, [&](auto& answer, auto sink) {
+        auto keep = [&](std::string_view bytes) {
+          said += bytes;
+          sink(bytes);
+        };
+        store_.ReadAttachment(place, {i}, keep, answer);
+      });
+    }
+    reader::Answer embedded;
+    Ask(embedded, [&](auto& answer, auto) { store_.DescribeEmbedded(place, {0}, answer); });
     // Wide texts become plain ones.
     std::erase(said, '\0');
     if (isTrue_ && tarnwick::samples::JudgeWorn(said) == tarnwick::samples::WornPart::kMixed) {

@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size % 6 == 5) bytes.resize(bytes.size() * data[size - 1] / 256);
   tarnwick::platform::WriteFile(file, bytes);
   try {
-    std::unique_ptr<outlook::Item> item = outlook::OpenMsgFile(file);
+    std::unique_ptr<outlook::PropertyItem> item = outlook::OpenMsgFile(file);
     outlook::Letter letter = outlook::ReadLetter(*item);
     uint64_t budget = uint64_t{1} << 24;
     outlook::WriteMime(*item, letter, budget, [](std::string_view) {});

@@ -12,16 +12,14 @@
 #include <set>
 #include <string>
 
-#include "outlook/pst_protocol.h"
+#include "outlook/little_endian.h"
 #include "outlook/reader/node_store.h"
-#include "platform/frames.h"
 #include "reader_asked.h"
 #include "samples/pst_builder.h"
 
 namespace {
 
 using tarnwick::outlook::TakeNumber;
-namespace frame = tarnwick::outlook::frame;
 namespace reader = tarnwick::outlook::reader;
 
 using reader::Variant;
@@ -62,38 +60,40 @@ class Walk {
   Walk(const std::string& path, size_t limit) : file_(path), store_(file_), limit_(limit) {}
 
   void Run() {
-    Ask([&](reader::Answer& answer) { store_.DescribeStore(answer); });
+    reader::Answer answer;
+    Ask(answer, [&](auto& said, auto) { store_.DescribeStore(said); });
     Folder(0x122);
   }
 
  private:
   template <typename Request>
-  std::string Ask(Request request) {
-    return tarnwick::fuzz::Ask(limit_, request);
+  void Ask(reader::Answer& answer, Request request) {
+    tarnwick::fuzz::Ask(limit_, answer, request);
   }
 
   void Folder(uint32_t node) {
     if (!seen_.insert(node).second || seen_.size() > 100) return;
-    std::string frames = Ask([&](reader::Answer& answer) { store_.DescribeFolder(node, answer); });
-    for (size_t at = 0; at < frames.size();) {
-      size_t length = TakeNumber(frames, at + 1);
-      for (size_t i = 0; i + 4 <= length; i += 4) {
-        uint32_t below = TakeNumber(frames, at + tarnwick::platform::kFrameHead + i);
-        if (frames[at] == frame::kFolders) Folder(below);
-        if (frames[at] == frame::kItems && seen_.insert(below).second) Item(node, below);
-      }
-      at += tarnwick::platform::kFrameHead + length;
+    reader::Answer answer;
+    Ask(answer, [&](auto& said, auto) { store_.DescribeFolder(node, said); });
+    for (uint32_t below : answer.folders) Folder(below);
+    for (uint32_t below : answer.items) {
+      if (seen_.insert(below).second) Item(node, below);
     }
   }
 
   void Item(uint32_t folder, uint32_t node) {
     if (++items_ > 100) return;
     reader::ItemPlace place{folder, 0, node};
-    Ask([&](reader::Answer& answer) { store_.DescribeItem(place, false, answer); });
+    reader::Answer item;
+    Ask(item, [&](auto& answer, auto) { store_.DescribeItem(place, answer); });
     for (uint32_t i = 0; i < 3; ++i) {
-      Ask([&](reader::Answer& answer) { store_.SendAttachment(place, {i}, answer); });
-      Ask([&](reader::Answer& answer) { store_.DescribeEmbedded(place, {i}, answer); });
-      Ask([&](reader::Answer& answer) { store_.SendAttachment(place, {i, 0}, answer); });
+      for (const reader::AttachmentPath& path : {reader::AttachmentPath{i}, {i, 0}}) {
+        reader::Answer attachment;
+        Ask(attachment,
+            [&](auto& answer, auto sink) { store_.ReadAttachment(place, path, sink, answer); });
+      }
+      reader::Answer embedded;
+      Ask(embedded, [&](auto& answer, auto) { store_.DescribeEmbedded(place, {i}, answer); });
     }
   }
 

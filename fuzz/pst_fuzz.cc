@@ -9,7 +9,10 @@
 #include <cstdlib>
 #include <string>
 
+#include "core/run_state.h"
+#include "intake/reader_link.h"
 #include "outlook/pst_provider.h"
+#include "outlook/type_name.h"
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -71,23 +74,20 @@ void Demand(bool holds) {
 
 struct Walk {
   uint64_t budget = 0;
-  uint64_t read = 0;
   int left = 300;  // requests
 
   void Text(const std::string& text) { Demand(tarnwick::platform::IsValidUtf8(text)); }
 
   void Item(outlook::Item& item) {
-    if (item.TypeName() != "MailItem") return;
-    Text(item.Properties().Text(Prop::kSubject));
-    Text(item.Properties().Text(Prop::kBody));
-    for (const outlook::PropertySet& recipient : item.Recipients()) {
-      Text(recipient.Text(Prop::kDisplayName));
+    tarnwick::intake::ScratchLetter output;
+    outlook::ItemReading reading = item.Read(budget, tarnwick::intake::kComplete, output);
+    if (reading.type != outlook::kMailType) return;
+    const tarnwick::intake::MailMessage& message = reading.prepared.message;
+    for (const std::string* text : {&message.Subject, &message.Body, &message.HTMLBody}) {
+      Text(*text);
     }
-    for (size_t i = 0; i < item.Attachments().size() && left-- > 0; ++i) {
-      uint64_t length = 0;
-      item.ReadAttachment(i, [&](std::string_view bytes) { length += bytes.size(); });
-      Demand(length <= budget);
-    }
+    for (const tarnwick::intake::AddressPair& to : message.To) Text(to.Name);
+    Demand(!reading.damage.empty() || output.Held().has_value());
   }
 
   void Folder(outlook::Folder& folder) {
@@ -115,12 +115,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 7) return 0;
   static const tarnwick::testing::TempFolder folder;
   tarnwick::platform::WriteFile(folder.File("store.pst"), Patched(data, size));
-  outlook::ReaderLimits limits;
-  limits.openMilliseconds = 5000;
-  limits.requestMilliseconds = 3000;
-  limits.wastedMilliseconds = 6000;
-  limits.restarts = 4;
-  outlook::PstNamespace space({folder.File("store.pst")}, outlook::ReaderProgram(), limits);
+  tarnwick::core::State().TempMessageFile = folder.File("letter");
+  tarnwick::intake::SetLinkLimits({5000, 3000, 6000, 4});
+  outlook::PstNamespace space({folder.File("store.pst")});
   try {
     for (auto& store : space.Stores()) {
       Walk walk;

@@ -41,20 +41,26 @@ inline std::string InMemory(const std::string& bytes) {
   return "/proc/self/fd/" + std::to_string(kFile);
 }
 
-// The frames of the answer, all there are until one fails.
+// Asks for one thing; what it says of itself, and the bytes of an attachment, must stay below the
+// limit.
 template <typename Request>
-std::string Ask(size_t limit, Request request) {
-  std::string frames;
-  outlook::reader::Answer answer([&](std::string_view bytes) {
-    frames += bytes;
-    if (frames.size() > limit) std::abort();
-  });
+void Ask(size_t limit, outlook::reader::Answer& answer, Request request) {
+  size_t attached = 0;
   try {
-    request(answer);
+    request(answer, [&](std::string_view bytes) {
+      attached += bytes.size();
+      if (attached > limit) std::abort();
+    });
   } catch (const outlook::reader::ReadError&) {
   }
-  answer.Flush();
-  return frames;
+  size_t said = 0;
+  auto add = [&](const outlook::RawRow& row) {
+    for (const outlook::RawProperty& property : row) said += 8 + property.bytes.size();
+  };
+  add(answer.properties);
+  for (const outlook::RawRow& row : answer.recipients) add(row);
+  for (const outlook::RawRow& row : answer.attachments) add(row);
+  if (said + 4 * (answer.folders.size() + answer.items.size()) > limit) std::abort();
 }
 
 }  // namespace tarnwick::fuzz

@@ -104,7 +104,7 @@ class MemoryOutlook : public outlook::Namespace {
   }
   bool AsksForAccess() override { return asksForAccess; }
 
-  class ItemView : public outlook::Item {
+  class ItemView : public outlook::PropertyItem {
    public:
     explicit ItemView(MemoryItem& item) : item_(item) {}
     std::string EntryID() override { return item_.entryId; }
@@ -126,7 +126,7 @@ class MemoryOutlook : public outlook::Namespace {
         sink(left.substr(0, 1000));
       }
     }
-    std::unique_ptr<outlook::Item> EmbeddedItem(size_t index) override {
+    std::unique_ptr<outlook::PropertyItem> EmbeddedItem(size_t index) override {
       return std::make_unique<ItemView>(item_.embedded.at(index));
     }
 

@@ -102,9 +102,11 @@ enum class Conversation : uint8_t {
   kLetterFiles,
   kText,
   kMsgFile,
-  kRegistry
+  kRegistry,
+  kOutlookStore,
+  kLostOutlook
 };
-inline constexpr size_t kConversations = 8;
+inline constexpr size_t kConversations = 10;
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
   bool isHanded = false;  // a file; messages are sent otherwise

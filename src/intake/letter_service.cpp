@@ -13,6 +13,7 @@ namespace tarnwick::intake {
 namespace {
 
 constexpr size_t kMostUnsent = size_t{64} * 1024;
+constexpr size_t kLong = size_t{16} * 1024;
 constexpr int64_t kOpenSeconds = 600;
 constexpr int64_t kRequestSeconds = 60;
 
@@ -22,6 +23,10 @@ class Frames {
 
   void Add(char kind, std::string_view payload) {
     platform::BeginFrame(bytes_, kind, payload.size());
+    if (payload.size() >= kLong) {  // not copied once more
+      Send();
+      return channel_.write(payload);
+    }
     bytes_ += payload;
     if (bytes_.size() >= kMostUnsent) Send();
   }
@@ -50,12 +55,13 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
   frames.Add(letter_frame::kRecord, {});
   frames.Send();
   platform::LimitProcessorTime(kOpenSeconds);
-  std::unique_ptr<LetterService> service = open([&](int percent) {
-    frames.Add(letter_frame::kProgress, std::string(1, static_cast<char>(percent)));
+  std::unique_ptr<LetterService> service = open([&](int32_t come) {
+    frames.Add(letter_frame::kProgress, BytesOf(come));
     frames.Send();
     platform::LimitProcessorTime(kOpenSeconds);  // of each step
   });
   service->Skip(skip);
+  auto addText = [&](std::string_view text) { frames.AddText(text); };
   bool isHalted = false;
   uint64_t texts = 0;
   // Two are at work: what takes the most time is left to the program while it is the faster. Some
@@ -71,15 +77,13 @@ void ServeLetters(const LetterChannel& channel, bool isShutIn,
     } else if (kind == letter_frame::kGoOn) {
       isHalted = false;
     } else if (kind == letter_frame::kText) {
-      std::string record =
-          service->Text(payload, [&](std::string_view text) { frames.AddText(text); });
+      std::string record = service->Text(payload, addText);
       frames.Add(letter_frame::kRecord, record);
     } else if (kind == letter_frame::kNext && !isHalted) {
       bool isBehind = channel.hasMore() && channel.isProgramFaster();
       bool packs = !isBehind || ++texts % kAlwaysPacked == 0;
-      LetterService::Answer answer = service->Next(payload, packs);
+      LetterService::Answer answer = service->Next(payload, packs, addText);
       isHalted = answer.halts;
-      frames.AddText(answer.text);
       frames.Add(isHalted ? letter_frame::kHalted : letter_frame::kRecord, answer.record);
     }
   }

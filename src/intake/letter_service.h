@@ -22,8 +22,7 @@ class LetterService {
   using ByteSink = std::function<void(std::string_view)>;
   struct Answer {
     std::string record;
-    bool halts = false;     // its text is too long to be held
-    std::string text = {};  // goes ahead of the record
+    bool halts = false;  // its text is too long to be held
   };
 
   virtual ~LetterService() = default;
@@ -31,8 +30,8 @@ class LetterService {
   // Passes over so many messages, of which it looks at nothing.
   virtual void Skip(uint64_t /*messages*/) {}
   // Of the next message; how: as it was asked for. packs: what is stored of its text, which the
-  // program does else.
-  virtual Answer Next(std::string_view how, bool packs) = 0;
+  // program does else. What belongs to the answer beside its record goes to sink.
+  virtual Answer Next(std::string_view how, bool packs, const ByteSink& sink) = 0;
   // Of a text; what is too long to be held goes to longText.
   virtual std::string Text(std::string_view which, const ByteSink& longText) = 0;
   // A piece of what is to be read next, of messages that are sent.
@@ -62,7 +61,7 @@ struct LetterChannel {
   std::function<bool()> isProgramFaster = [] { return false; };
 };
 
-// Tells the program how far the service has come with what takes long, in percent.
+// Tells the program how far the service has come with what takes long, in percent or in steps.
 using ProgressTeller = std::function<void(int)>;
 
 // Answers until the channel ends, which it says by what it throws. open makes the service, when

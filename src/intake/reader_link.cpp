@@ -30,6 +30,7 @@ constexpr int kOneByOne = 2 * kFirstAsked;
 // Of an answer: what a text is made into, and packed besides.
 constexpr uint64_t kBytesOfByte = 16;
 constexpr uint64_t kLeastMost = uint64_t{4} << 20;
+constexpr uint64_t kLeastPieces = uint64_t{64} << 20;
 constexpr uint64_t kMostMost = uint64_t{1} << 30;
 
 LinkLimits& Limits() {
@@ -56,6 +57,15 @@ void TellNotShutIn() {
 
 // A machine that is out of processes for a moment costs one store the wall, and not all of them.
 constexpr int kMostFailures = 3;
+
+std::string RequestFor(std::string_view message, std::string_view how) {
+  constexpr size_t kPieceSize = size_t{32} * 1024;
+  std::string frames;
+  for (size_t place = 0; place < message.size(); place += kPieceSize) {
+    frames += platform::FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
+  }
+  return frames + platform::FrameOf(letter_frame::kNext, how);
+}
 
 int& Failures() {
   static int failures = 0;
@@ -114,6 +124,20 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
   return nullptr;
 }
 
+std::unique_ptr<ReaderLink> ReaderLink::Open(const std::string& program,
+                                             const std::string& storePath,
+                                             Conversation conversation, const ReadingRules& rules) {
+  LetterOpening told{conversation, true, 0, ConditionsOf(rules), {}};
+  std::unique_ptr<ReaderLink> link(new ReaderLink(storePath, program, std::move(told)));
+  link->isOpenedSlowly_ = true;
+  try {
+    link->Start();
+    return link;
+  } catch (const Lost& lost) {
+    throw Error(ErrorNumber::kPathAccess, std::string("The reader of its store: ") + lost.why);
+  }
+}
+
 ReaderLink::ReaderLink(std::string storePath, std::string program, LetterOpening opening)
     : storePath_(std::move(storePath)),
       program_(std::move(program)),
@@ -125,16 +149,18 @@ void ReaderLink::Start() {
   std::optional<platform::InputFile> store;
   if (!storePath_.empty()) store.emplace(storePath_);
   storeSize_ = store ? store->Size() : 0;
-  mostBytes_ = MostFor(storeSize_);
+  SetMost(storeSize_);
   channel_ = std::make_unique<ReaderChannel>(program_, store ? &*store : nullptr);
   opening_.skip = done_ + waiting_.size();
   Send(platform::FrameOf(letter_frame::kOpen, BytesOf(opening_)));
   ReceiveRecord({});
+  isOpening_ = isOpenedSlowly_;
 }
 
-// What an answer about so many bytes may hold.
-uint64_t ReaderLink::MostFor(uint64_t bytes) {
-  return std::min(kMostMost, kBytesOfByte * bytes + kLeastMost);
+// bytes: that the answers are about.
+void ReaderLink::SetMost(uint64_t bytes) {
+  mostBytes_ = std::min(kMostMost, kBytesOfByte * bytes + kLeastMost);
+  mostPieces_ = kBytesOfByte * bytes + kLeastPieces;
 }
 
 void ReaderLink::Send(std::string_view requests) {
@@ -229,12 +255,7 @@ bool ReaderLink::MayAsk(size_t size) const {
 }
 
 void ReaderLink::Ask(std::string_view message, std::string_view how) {
-  constexpr size_t kPieceSize = size_t{32} * 1024;
-  std::string& frames = messages_.emplace_back();
-  for (size_t place = 0; place < message.size(); place += kPieceSize) {
-    frames += platform::FrameOf(letter_frame::kPiece, message.substr(place, kPieceSize));
-  }
-  frames += platform::FrameOf(letter_frame::kNext, how);
+  std::string& frames = messages_.emplace_back(RequestFor(message, how));
   messageBytes_ += frames.size();
   // Behind one that a reader was lost over, each waits for its turn.
   if (!channel_ || messagesSent_ + 1 < messages_.size()) return;
@@ -246,7 +267,13 @@ void ReaderLink::Ask(std::string_view message, std::string_view how) {
   }
 }
 
-std::optional<std::string_view> ReaderLink::Answer(const ByteSink& sink) {
+void ReaderLink::DropFirst() {
+  messageBytes_ -= messages_.front().size();
+  messages_.pop_front();
+  if (messagesSent_ > 0) --messagesSent_;
+}
+
+std::optional<std::string_view> ReaderLink::Answer(const ByteSink& sink, const Again& again) {
   RequireHope();
   for (;;) {
     bool isAlone = messagesSent_ <= 1;
@@ -256,18 +283,26 @@ std::optional<std::string_view> ReaderLink::Answer(const ByteSink& sink) {
         Send(messages_.front());
         messagesSent_ = 1;
       }
-      mostBytes_ = MostFor(messages_.front().size());
+      SetMost(std::max<uint64_t>(messages_.front().size(), storeSize_));
       std::string_view record = ReceiveRecord(sink);
-      messageBytes_ -= messages_.front().size();
-      messages_.pop_front();
-      --messagesSent_;
+      DropFirst();
       return record;
     } catch (const Lost&) {
       CountLoss();
-      if (!isAlone && !core::IsLoadStopped()) continue;
-      messageBytes_ -= messages_.front().size();
-      messages_.pop_front();
+      std::optional<std::string> how;
+      if (again) how = again(isAlone);
+      if (how) {
+        DropFirst();
+        messages_.push_front(RequestFor({}, *how));
+        messageBytes_ += messages_.front().size();
+      }
+      if ((how || !isAlone) && !core::IsLoadStopped()) continue;
+      DropFirst();
       return std::nullopt;
+    } catch (...) {
+      Leave();  // in the middle of an answer
+      DropFirst();
+      throw;
     }
   }
 }
@@ -303,25 +338,32 @@ std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
   askedAt_ = platform::TickMilliseconds();
   const LinkLimits& limits = Limits();
   constexpr int64_t kMostSilences = 10;
-  ReaderChannel::Wait wait{limits.silentMilliseconds,
-                           askedAt_ + kMostSilences * limits.silentMilliseconds,
+  int64_t silent = isOpening_ ? limits.openMilliseconds : limits.silentMilliseconds;
+  ReaderChannel::Wait wait{silent, askedAt_ + silent + kMostSilences * limits.silentMilliseconds,
                            limits.patienceMilliseconds};
   // What says how far it is may go over all of a large file, on a slow disk, and more than once.
   constexpr uint64_t kSlowestBytesAMillisecond = 512;
   if (progress_) {
     wait.deadline += static_cast<int64_t>(storeSize_ / kSlowestBytesAMillisecond);
   }
+  constexpr Lost kSenseless{"the answer makes no sense"};
+  uint64_t pieces = mostPieces_;
   for (uint64_t left = mostBytes_;;) {
     ReaderChannel::Frame frame = channel_->Receive(left, wait);
+    wait.silentMilliseconds = limits.silentMilliseconds;
+    isOpening_ = false;
+    if (frame.kind == letter_frame::kBytes) {
+      if (!longText || frame.payload.size() > pieces) throw kSenseless;
+      pieces -= frame.payload.size();
+      longText(frame.payload);
+      continue;
+    }
+    if (frame.payload.size() > left) throw kSenseless;
     left -= frame.payload.size();
     switch (frame.kind) {
-      case letter_frame::kBytes:
-        if (!longText) throw Lost{"the answer makes no sense"};
-        longText(frame.payload);
-        break;
       case letter_frame::kProgress:
-        if (!progress_ || frame.payload.size() != 1) throw Lost{"the answer makes no sense"};
-        progress_(std::min<int>(static_cast<unsigned char>(frame.payload[0]), 100));
+        if (!progress_ || frame.payload.size() != sizeof(int32_t)) throw kSenseless;
+        progress_(RecordOf<int32_t>(frame.payload));
         break;
       case letter_frame::kNotShutIn:
         TellNotShutIn();
@@ -336,7 +378,7 @@ std::string_view ReaderLink::ReceiveRecord(const ByteSink& longText) {
         }
         return frame.payload;
       default:
-        throw Lost{"the answer makes no sense"};
+        throw kSenseless;
     }
   }
 }

@@ -21,7 +21,8 @@
 //   'r' record...                             the answer itself, last
 //   'h' record...                             the same, of a message whose text is too long: the
 //                                             'n' requests that have come already are forgotten
-//   'w' percent                               how far it has come with what takes long; a byte
+//   'w' number                                how far it has come with what takes long: percent, or
+//                                             steps (32 bits)
 //   'u'                                       the reader is not shut in: the system has no means
 //
 // What a record holds is the conversation's business; record_bytes.h reads it. Nothing that comes
@@ -59,7 +60,8 @@ inline constexpr char kNotShutIn = 'u';
 inline constexpr const char* kReaderLost = "the reader of its store ended or did not answer";
 
 struct LinkLimits {
-  int64_t silentMilliseconds = 60 * 1000;      // without a byte of an answer
+  int64_t openMilliseconds = 10 * 60 * 1000;   // without a byte, of a store that is being opened,
+  int64_t silentMilliseconds = 60 * 1000;      // and of any other answer
   int64_t wastedMilliseconds = 5 * 60 * 1000;  // spent on answers that did not come
   int losses = 1000;
   int64_t patienceMilliseconds = 50;  // without a look at the window
@@ -86,6 +88,10 @@ class ReaderLink {
   // messages are sent. Throws Error for a store that can't be opened.
   static std::unique_ptr<ReaderLink> Begin(const std::string& storePath, Conversation conversation,
                                            const ReadingRules& rules, std::string opening);
+  // The same of a store that the program can't read itself, and whose opening may take long: throws
+  // Error where the reader can't be started.
+  static std::unique_ptr<ReaderLink> Open(const std::string& program, const std::string& storePath,
+                                          Conversation conversation, const ReadingRules& rules);
 
   // --- Of a store that is walked.
 
@@ -97,16 +103,19 @@ class ReaderLink {
   // have had pieces then. Throws what that throws.
   std::optional<std::string_view> Text(std::string_view which, const ByteSink& longText);
 
-  // --- Of messages that are sent.
+  // --- Of messages that are sent, and what a store is asked for.
 
   // Whether one of so many bytes can be sent without waiting for the reader.
   bool MayAsk(size_t size) const;
   void Ask(std::string_view message, std::string_view how);
   // The record of the first one that is not answered; nullopt where the reader was lost over it.
-  // What belongs to the answer beside its record goes to sink.
-  std::optional<std::string_view> Answer(const ByteSink& sink = {});
+  // What belongs to the answer beside its record goes to sink, and from its beginning once more
+  // behind each loss that again is told of. isAlone: no other request was sent with it, and it is
+  // not asked for once more, unless again gives another way to do so. Throws what these throw.
+  using Again = std::function<std::optional<std::string>(bool isAlone)>;
+  std::optional<std::string_view> Answer(const ByteSink& sink = {}, const Again& again = {});
 
-  // Whom to tell how far the reader has come, in percent; where it is nobody, none is to say so.
+  // Whom to tell how far the reader has come; where it is nobody, none is to say so.
   void TellProgress(std::function<void(int)> tell) { progress_ = std::move(tell); }
 
   // An answer made no sense: another reader goes on behind it.
@@ -122,7 +131,8 @@ class ReaderLink {
   void AskAhead(bool withText);
   std::string_view ReceiveRecord(const ByteSink& longText);
   void ReceiveAsked();
-  static uint64_t MostFor(uint64_t bytes);
+  void SetMost(uint64_t bytes);
+  void DropFirst();
   void Leave();
   void CountLoss();
   void RequireHope() const;
@@ -131,9 +141,12 @@ class ReaderLink {
   std::string program_;
   LetterOpening opening_;
   uint64_t storeSize_ = 0;
-  uint64_t mostBytes_ = 0;  // of an answer
+  uint64_t mostBytes_ = 0;   // of an answer,
+  uint64_t mostPieces_ = 0;  // and of what goes to a sink beside it
   std::function<void(int)> progress_;
   std::unique_ptr<ReaderChannel> channel_;
+  bool isOpenedSlowly_ = false;
+  bool isOpening_ = false;  // nothing has come since the reader was started
   std::deque<bool> asked_;  // with text or not: requests that are not answered
   size_t mostAsked_;
   std::deque<std::string> messages_;  // that were asked about, as they were sent

@@ -110,7 +110,9 @@ class RegistryService : public LetterService {
  public:
   explicit RegistryService(ProfileKind kind) : kind_(kind) {}
 
-  Answer Next(std::string_view /*how*/, bool /*packs*/) override { return {}; }
+  Answer Next(std::string_view /*how*/, bool /*packs*/, const ByteSink& /*sink*/) override {
+    return {};
+  }
 
   std::string Text(std::string_view which, const ByteSink& /*longText*/) override {
     auto question = RecordOf<Question>(which);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "intake/reader_link.h"
+#include "intake/scratch_letter.h"
 #include "platform/files.h"
 
 namespace tarnwick::intake {
@@ -72,8 +73,14 @@ std::optional<std::string> SingleReader::TakeAsked(const std::string& file,
 }
 
 bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const std::string& how,
-                       const ByteSink& sink, const TakeRecord& take) {
+                       ScratchLetter* output, const TakeRecord& take) {
   RawReader bytes(raw);
+  ReaderLink::ByteSink sink;
+  if (output != nullptr) sink = [&](std::string_view piece) { output->Add(piece); };
+  auto restart = [&](bool /*isAlone*/) -> std::optional<std::string> {
+    if (output != nullptr) output->Restart();
+    return std::nullopt;
+  };
   std::optional<std::string> sent;
   std::unique_ptr<ReaderLink> own;  // of a file that is handed
   if (bytes.Size() > kMostHeld) {
@@ -84,7 +91,8 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   }
   ReaderLink* link = sent ? link_.get() : own.get();
   if (link == nullptr) return false;
-  std::optional<std::string_view> record = sent ? link->Answer(sink) : link->Text(how, sink);
+  std::optional<std::string_view> record =
+      sent ? link->Answer(sink, restart) : link->Text(how, sink);
   try {
     if (!record) RefuseRecord();
     take(*record, sent);
@@ -95,10 +103,9 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   return true;
 }
 
-LetterService::Answer SingleService::Next(std::string_view how, bool /*packs*/) {
-  Answer answer;
-  answer.record = Read({"", Taken()}, how, [&](std::string_view piece) { answer.text += piece; });
-  return answer;
+LetterService::Answer SingleService::Next(std::string_view how, bool /*packs*/,
+                                          const ByteSink& sink) {
+  return {Read({"", Taken()}, how, sink)};
 }
 
 std::string SingleService::Text(std::string_view which, const ByteSink& longText) {
@@ -108,7 +115,7 @@ std::string SingleService::Text(std::string_view which, const ByteSink& longText
 PreparedMessage TextReader::Read(const RawMessage& raw, const ReadingRules& rules,
                                  const StoreFacts& facts) {
   PreparedMessage prepared;
-  bool isRead = reader_.Ask(raw, rules, BytesOf(Wanted{rules, facts}), {},
+  bool isRead = reader_.Ask(raw, rules, BytesOf(Wanted{rules, facts}), nullptr,
                             [&](std::string_view record, const std::optional<std::string>& sent) {
                               prepared = RecordOf<PreparedMessage>(record);
                               CheckPrepared(prepared, sent);

@@ -21,10 +21,10 @@
 namespace tarnwick::intake {
 
 class ReaderLink;
+class ScratchLetter;
 
 class SingleReader {
  public:
-  using ByteSink = std::function<void(std::string_view)>;
   // Takes the answer; sent: what was sent, nothing of what was handed. Throws Error for a record
   // that makes no sense.
   using TakeRecord =
@@ -39,11 +39,11 @@ class SingleReader {
   // where that has to wait: too much was asked that way, or there is no reader.
   bool AskAhead(const std::string& file, const ReadingRules& rules, const std::string& how);
 
-  // Asks about one, unless that was done ahead; bytes that belong to the answer go to sink before
-  // take is called. False where there is no reader. Throws Error 75 where the reader was lost over
-  // it.
+  // Asks about one, unless that was done ahead; bytes that belong to the answer go to output, if
+  // there may be any, before take is called. False where there is no reader. Throws Error 75 where
+  // the reader was lost over it.
   bool Ask(const RawMessage& raw, const ReadingRules& rules, const std::string& how,
-           const ByteSink& sink, const TakeRecord& take);
+           ScratchLetter* output, const TakeRecord& take);
 
  private:
   struct Asked {
@@ -62,7 +62,7 @@ class SingleReader {
 // The reader's end.
 class SingleService : public SentMessages {
  public:
-  Answer Next(std::string_view how, bool packs) override;
+  Answer Next(std::string_view how, bool packs, const ByteSink& sink) override;
   std::string Text(std::string_view which, const ByteSink& longText) override;
 
  protected:

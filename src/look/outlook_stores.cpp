@@ -3,6 +3,7 @@
 #include "look/outlook_stores.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "core/guard.h"
 #include "core/messages.h"
@@ -23,9 +24,7 @@ void AddItem(outlook::Folder& folder, int64_t index, FoundMail& mail,
              std::vector<std::string>& keys) {
   std::unique_ptr<outlook::Item> item = folder.ItemAt(index);
   keys.push_back(item->EntryID());
-  const outlook::PropertySet& properties = item->Properties();
-  auto time = properties.Time(outlook::Prop::kDeliveryTime);
-  if (!time) time = properties.Time(outlook::Prop::kClientSubmitTime);
+  std::optional<int64_t> time = item->Facts().time;
   if (!time) return;
   int year = platform::LocalFromUnix(*time).ToCivil().year;
   mail.firstYear = mail.firstYear == 0 ? year : std::min(mail.firstYear, year);

@@ -102,7 +102,7 @@ class LostService : public intake::LetterService {
     for (; messages > 0 && !first_->isEnd; --messages) first_ = NextOrEnd();
   }
 
-  Answer Next(std::string_view /*how*/, bool /*packs*/) override {
+  Answer Next(std::string_view /*how*/, bool /*packs*/, const ByteSink& /*sink*/) override {
     LostReading reading = first_ ? std::move(*first_) : NextOrEnd();
     first_.reset();
     return {intake::BytesOf(reading)};
@@ -182,7 +182,7 @@ std::unique_ptr<LostWalk> OpenLostWalk(const std::string& fileName, bool isCopy,
   auto link = intake::ReaderLink::Begin(fileName, intake::Conversation::kLostMail, rules,
                                         intake::BytesOf(Opening{isCopy}));
   if (!link) return std::make_unique<LostSearch>(fileName, isCopy, goOn);
-  link->TellProgress(goOn);
+  link->TellProgress([goOn](int percent) { goOn(std::clamp(percent, 0, 100)); });
   return std::make_unique<LostLink>(std::move(link));
 }
 

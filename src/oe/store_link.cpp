@@ -95,7 +95,7 @@ class StoreService : public intake::LetterService {
     while (messages > 0 && reading_.NextOffset()) --messages;
   }
 
-  Answer Next(std::string_view how, bool packs) override {
+  Answer Next(std::string_view how, bool packs, const ByteSink& /*sink*/) override {
     bool whole = how == intake::kWithText;
     StoreReply answer;
     bool isLong = false;

@@ -139,7 +139,7 @@ class SavedFile {
 };
 
 // A message within a message, saved as a file.
-class SavedItem : public Item {
+class SavedItem : public PropertyItem {
  public:
   SavedItem(AutomationObject& attachment, const char* name)
       : file_(attachment, name), item_(OpenMsgFile(file_.Path())) {}
@@ -152,15 +152,17 @@ class SavedItem : public Item {
   void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) override {
     item_->ReadAttachment(index, sink);
   }
-  std::unique_ptr<Item> EmbeddedItem(size_t index) override { return item_->EmbeddedItem(index); }
+  std::unique_ptr<PropertyItem> EmbeddedItem(size_t index) override {
+    return item_->EmbeddedItem(index);
+  }
   std::string Damage() override { return item_->Damage(); }
 
  private:
   SavedFile file_;
-  std::unique_ptr<Item> item_;  // reads the file
+  std::unique_ptr<PropertyItem> item_;  // reads the file
 };
 
-class AutomatedItem : public Item {
+class AutomatedItem : public PropertyItem {
  public:
   explicit AutomatedItem(Object item) : item_(std::move(item)) {}
 
@@ -199,7 +201,7 @@ class AutomatedItem : public Item {
       at += count;
     }
   }
-  std::unique_ptr<Item> EmbeddedItem(size_t index) override {
+  std::unique_ptr<PropertyItem> EmbeddedItem(size_t index) override {
     return std::make_unique<SavedItem>(*AttachmentAt(index), "olEmbedded.msg");
   }
 

@@ -16,10 +16,10 @@
 #include "intake/source.h"
 #include "outlook/automated_outlook.h"
 #include "outlook/folder_walk.h"
-#include "outlook/letter.h"
 #include "outlook/rescue.h"
 #include "outlook/store_discovery.h"
 #include "outlook/take_item.h"
+#include "outlook/type_name.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "repository/parameter_store.h"
@@ -28,7 +28,6 @@ namespace tarnwick::outlook {
 
 namespace {
 
-constexpr const char* kMailItem = "MailItem";
 constexpr size_t kItemsAhead = 32;  // that a provider is told of
 
 // A store being read.
@@ -57,7 +56,8 @@ class ItemRun {
     bool isRepeated = false;  // its key came just before: whether it is known shows in its turn
   };
 
-  ItemRun(Folder& folder, int64_t items) : folder_(folder), items_(items) {}
+  ItemRun(Folder& folder, int64_t items, const intake::ReadingRules& rules)
+      : folder_(folder), items_(items), rules_(rules) {}
 
   bool AtEnd() {
     LookAhead();
@@ -90,11 +90,12 @@ class ItemRun {
       }
       entries_.push_back(std::move(entry));
     }
-    if (!wanted.empty()) folder_.ReadAhead(wanted);
+    if (!wanted.empty()) folder_.ReadAhead(wanted, rules_);
   }
 
   Folder& folder_;
   int64_t items_;
+  const intake::ReadingRules& rules_;
   int64_t next_ = 0;
   std::deque<Entry> entries_;
 };
@@ -108,7 +109,7 @@ class ItemFolder : public intake::SourceFolder {
         folder_(folder),
         rules_(rules),
         texts_(texts),
-        run_(*folder.folder, folder.items) {}
+        run_(*folder.folder, folder.items, rules) {}
 
   std::string Place() const override { return open_.PlaceOf(folder_); }
   intake::SourceDescriptor Descriptor() const override {
@@ -150,15 +151,17 @@ class ItemFolder : public intake::SourceFolder {
       FillState(entry);
       return true;
     }
-    std::string type = entry.item->TypeName();
-    if (type == kMailItem) {
-      ReadMail(*entry.item, message);
+    TakenItem taken =
+        TakeItem(*entry.item, folder_.place, kApplication, open_.budget, rules_, texts_);
+    if (taken.type.empty()) throw Error(ErrorNumber::kPathAccess, "it has no message class");
+    if (taken.type == kMailType) {
+      message.name = std::move(taken.name);
+      message.message = std::move(taken.prepared.message);
+      message.raw = std::move(taken.raw);
+      message.prepared = std::make_unique<intake::PreparedMessage>(std::move(taken.prepared));
       return true;
     }
-    if (entry.item->Properties().Text(Prop::kMessageClass).empty()) {
-      throw Error(ErrorNumber::kPathAccess, "it has no message class");
-    }
-    ++open_.otherKinds[type];
+    ++open_.otherKinds[taken.type];
     bool isAnnounced = folder_.isMailFolder && !folder_.folder->IsOtherKind(entry.index);
     if (isAnnounced) intake::Account().Withdraw(Place(), 1);
     return false;
@@ -168,16 +171,10 @@ class ItemFolder : public intake::SourceFolder {
   static void FillState(const ItemRun::Entry& entry) {
     if (!intake::LacksState(entry.key)) return;
     try {
-      intake::FillState(entry.key, StateOf(entry.item->Properties()));
+      intake::FillState(entry.key, entry.item->Facts().state);
     } catch (const Error&) {
       // It is stored; that is what counts.
     }
-  }
-
-  void ReadMail(Item& item, intake::SourceMessage& message) {
-    TakenItem taken = TakeItem(item, folder_.place, kApplication, open_.budget, rules_, texts_);
-    message.name = std::move(taken.name);
-    message.message = std::move(taken.prepared.message);
   }
 
   OpenStore& open_;

@@ -18,7 +18,7 @@ constexpr int64_t kHigh = 2;
 constexpr int64_t kNoTime = 79'833'600'000;
 constexpr size_t kDeclarationReach = 2048;
 
-AddressResolver ResolverOf(Item& item) {
+AddressResolver ResolverOf(PropertyItem& item) {
   const PropertySet& properties = item.Properties();
   AddressResolver resolver;
   auto learn = [&](Prop entry, Prop smtp) {
@@ -34,7 +34,7 @@ AddressResolver ResolverOf(Item& item) {
   return resolver;
 }
 
-void ReadPeople(Item& item, Letter& letter) {
+void ReadPeople(PropertyItem& item, Letter& letter) {
   AddressResolver resolver = ResolverOf(item);
   const PropertySet& properties = item.Properties();
   intake::AddressPair sender =
@@ -142,7 +142,7 @@ std::string AttachmentName(const PropertySet& attachment) {
   return "attachment" + attachment.Text(Prop::kAttachExtension);
 }
 
-Letter ReadLetter(Item& item) {
+Letter ReadLetter(PropertyItem& item) {
   const PropertySet& properties = item.Properties();
   Letter letter;
   letter.messageClass = properties.Text(Prop::kMessageClass);

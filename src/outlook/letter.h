@@ -46,7 +46,7 @@ struct Letter {
 };
 
 // REQUIRES: item is a MailItem. Throws what reading the item throws.
-Letter ReadLetter(Item& item);
+Letter ReadLetter(PropertyItem& item);
 
 // What Outlook knew of it, as its properties say.
 intake::MessageState StateOf(const PropertySet& properties);

@@ -95,7 +95,7 @@ void AddAttachment(const std::string& name, MailMessage& message) {
 
 }  // namespace
 
-MailMessage MessageOf(const Letter& letter, Item& item, const intake::ReadingRules& rules) {
+MailMessage MessageOf(const Letter& letter, PropertyItem& item, const intake::ReadingRules& rules) {
   MailMessage message;
   message.MessageKey = item.EntryID();
   message.Subject = letter.subject;

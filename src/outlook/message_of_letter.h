@@ -27,7 +27,7 @@ struct FolderPlace {
 // one that is not counts as missing, and before the received time comes that of the Date header.
 // Recipients beyond what the rules have are dropped, with a box for Cc; attachments beyond the
 // record's room likewise.
-intake::MailMessage MessageOf(const Letter& letter, Item& item,
+intake::MailMessage MessageOf(const Letter& letter, PropertyItem& item,
                               const intake::ReadingRules& rules = intake::kDesigned);
 
 // Says where it lies and, by that, which way it went. isFromMe answers whether an address is the

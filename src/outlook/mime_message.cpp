@@ -49,7 +49,7 @@ class Writer {
 
   MimeResult result;
 
-  void Message(Item& item, const Letter& letter) {
+  void Message(PropertyItem& item, const Letter& letter) {
     Headers(letter);
     if (IsSecured(letter, item)) {
       Secured(item, letter);
@@ -142,7 +142,7 @@ class Writer {
 
   // Everything behind the headers: mixed(related(alternative(plain, html), images), attachments),
   // each level only where it is needed.
-  void Content(Item& item, const Letter& letter) {
+  void Content(PropertyItem& item, const Letter& letter) {
     std::vector<size_t> shown;
     std::vector<size_t> attached;
     for (size_t i = 0; i < item.Attachments().size(); ++i) {
@@ -165,7 +165,7 @@ class Writer {
     return !id.empty() && !isMessage && letter.htmlBody.find("cid:" + id) != std::string::npos;
   }
 
-  void Related(Item& item, const Letter& letter, const std::vector<size_t>& shown) {
+  void Related(PropertyItem& item, const Letter& letter, const std::vector<size_t>& shown) {
     if (shown.empty()) return Bodies(letter);
     Multipart related(*this, "related");
     related.Next();
@@ -195,7 +195,7 @@ class Writer {
     Put(body.text);
   }
 
-  void Attachment(Item& item, size_t index, const Letter& letter, bool inlined) {
+  void Attachment(PropertyItem& item, size_t index, const Letter& letter, bool inlined) {
     const PropertySet& attachment = item.Attachments()[index];
     std::string name = AttachmentName(attachment);
     bool headersOut = false;
@@ -215,12 +215,12 @@ class Writer {
     }
   }
 
-  void Embedded(Item& item, size_t index, const std::string& name) {
+  void Embedded(PropertyItem& item, size_t index, const std::string& name) {
     if (++embedded_ > kMaxEmbeddedMessages) {
       throw Error(ErrorNumber::kSubscript, "Too many messages are embedded");
     }
     // Read before anything is written of it, so that a note can still take its place.
-    std::unique_ptr<Item> inner = item.EmbeddedItem(index);
+    std::unique_ptr<PropertyItem> inner = item.EmbeddedItem(index);
     Letter letter = ReadLetter(*inner);
     // Its name is a subject; what is saved of it is Internet text.
     std::string file = name + ".eml";
@@ -230,7 +230,8 @@ class Writer {
     Message(*inner, letter);
   }
 
-  void Data(Item& item, size_t index, const std::string& name, bool inlined, bool& headersOut) {
+  void Data(PropertyItem& item, size_t index, const std::string& name, bool inlined,
+            bool& headersOut) {
     const PropertySet& attachment = item.Attachments()[index];
     std::string type = attachment.Text(Prop::kAttachMimeType);
     if (!HasType(type) || core::BeginsWith(platform::AsciiLower(type), "multipart/")) {
@@ -255,7 +256,7 @@ class Writer {
   }
 
   // The one attachment is the letter's whole content.
-  void Secured(Item& item, const Letter& letter) {
+  void Secured(PropertyItem& item, const Letter& letter) {
     if (IsSignedClass(letter)) {
       Put("MIME-Version: 1.0\r\n");
       bool begun = false;
@@ -296,7 +297,7 @@ class Writer {
 
 }  // namespace
 
-bool IsSecured(const Letter& letter, Item& item) {
+bool IsSecured(const Letter& letter, PropertyItem& item) {
   if (!core::ContainsIgnoringCase(letter.messageClass, "IPM.Note.SMIME")) return false;
   if (item.Attachments().size() != 1) return false;
   const PropertySet& attachment = item.Attachments()[0];
@@ -307,7 +308,7 @@ bool IsSecured(const Letter& letter, Item& item) {
   return type.find("pkcs7") != std::string::npos || core::ContainsIgnoringCase(name, ".p7m");
 }
 
-MimeResult WriteMime(Item& item, const Letter& letter, uint64_t& budget,
+MimeResult WriteMime(PropertyItem& item, const Letter& letter, uint64_t& budget,
                      const std::function<void(std::string_view)>& sink) {
   Writer writer(budget, sink);
   writer.Message(item, letter);

@@ -24,10 +24,10 @@ struct MimeResult {
 // Hands the message's bytes to sink, in order. budget: at most how many, reduced by what was
 // written; beyond it Error 75 is thrown. An attachment that can't be read is replaced by a note and
 // logged; what sink throws goes through.
-MimeResult WriteMime(Item& item, const Letter& letter, uint64_t& budget,
+MimeResult WriteMime(PropertyItem& item, const Letter& letter, uint64_t& budget,
                      const std::function<void(std::string_view)>& sink);
 
 // Whether the letter's bodies lie inside its one attachment: signed or encrypted mail as a whole.
-bool IsSecured(const Letter& letter, Item& item);
+bool IsSecured(const Letter& letter, PropertyItem& item);
 
 }  // namespace tarnwick::outlook

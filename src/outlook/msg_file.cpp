@@ -8,8 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "core/run_state.h"
 #include "intake/letter_record.h"
+#include "outlook/letter_keeper.h"
+#include "outlook/output_budget.h"
 #include "outlook/raw_row.h"
 #include "outlook/take_item.h"
 #include "outlook/type_name.h"
@@ -18,16 +19,9 @@
 
 namespace tarnwick::outlook {
 
-template <typename Archive>
-void Pass(Archive& archive, ItemReading& r) {
-  archive(r.prepared, r.isDraft, r.isSigned, r.own, r.damage);
-}
-
 namespace {
 
 constexpr uint64_t kMostBytes = uint64_t{256} << 20;
-constexpr uint64_t kOutputFactor = 8;  // as of stores: raw text in base64, and both bodies again
-constexpr uint64_t kOutputFloor = uint64_t{64} << 20;
 constexpr int kMostNested = 32;     // messages within one another
 constexpr size_t kMostRows = 2048;  // attachments; recipients likewise
 
@@ -79,7 +73,7 @@ std::optional<std::pair<uint16_t, uint16_t>> PropertyOf(std::string_view name) {
   return std::pair(static_cast<uint16_t>(both >> 16), static_cast<uint16_t>(both));
 }
 
-class MsgItem : public Item {
+class MsgItem : public PropertyItem {
  public:
   MsgItem(SharedFile file, uint32_t storage, int depth)
       : file_(std::move(file)), storage_(storage), depth_(depth) {
@@ -100,7 +94,7 @@ class MsgItem : public Item {
 
   std::string EntryID() override { return {}; }
   std::string TypeName() override {
-    return depth_ > 0 ? "MailItem" : TypeNameOf(properties_.Text(Prop::kMessageClass));
+    return depth_ > 0 ? kMailType : TypeNameOf(properties_.Text(Prop::kMessageClass));
   }
   const PropertySet& Properties() override { return properties_; }
   const std::vector<PropertySet>& Recipients() override { return recipients_; }
@@ -117,7 +111,7 @@ class MsgItem : public Item {
     throw Error(ErrorNumber::kPathAccess, "the attachment has no bytes");
   }
 
-  std::unique_ptr<Item> EmbeddedItem(size_t index) override {
+  std::unique_ptr<PropertyItem> EmbeddedItem(size_t index) override {
     if (depth_ >= kMostNested) throw Error(ErrorNumber::kPathAccess, "nested too deep");
     for (const CompoundFile::Entry& child : file_->Children(attachmentStorages_.at(index))) {
       if (child.isStorage && child.name == kEmbedded) {
@@ -172,47 +166,20 @@ class MsgItem : public Item {
 // The item of a file as both ends read it.
 ItemReading ReadMsg(const intake::RawMessage& file, const intake::ReadingRules& rules,
                     const std::function<void(std::string_view)>& sink) {
-  std::unique_ptr<Item> item = OpenMsgFile(file);
-  if (std::string type = item->TypeName(); type != "MailItem") {
-    throw Error(ErrorNumber::kPathAccess, "it is no mail: " + type);
+  uint64_t budget = OutputBudgetOf(intake::RawReader(file).Size());
+  ItemReading reading = ReadItem(*OpenMsgFile(file), budget, rules, sink);
+  if (reading.type != kMailType) {
+    throw Error(ErrorNumber::kPathAccess, "it is no mail: " + reading.type);
   }
-  uint64_t budget = kOutputFloor + kOutputFactor * intake::RawReader(file).Size();
-  return ReadItem(*item, budget, rules, sink);
+  return reading;
 }
-
-// Hands on what is written piece by piece, and keeps it as long as it is short.
-class Keeper {
- public:
-  explicit Keeper(const std::function<void(std::string_view)>& sink) : sink_(sink) {}
-
-  void Add(std::string_view bytes) {
-    size_ += bytes.size();
-    if (begin_.size() <= intake::kMostHeld) begin_ += bytes;
-    piece_ += bytes;
-    if (piece_.size() >= kPiece) Flush();
-  }
-  void Flush() {
-    sink_(piece_);
-    piece_.clear();
-  }
-  uint64_t Size() const { return size_; }
-  // All of a short text, the beginning of another.
-  std::string TakeBegin() { return std::move(begin_); }
-
- private:
-  static constexpr size_t kPiece = size_t{64} * 1024;
-  const std::function<void(std::string_view)>& sink_;
-  std::string begin_;
-  std::string piece_;
-  uint64_t size_ = 0;
-};
 
 class MsgFileService : public intake::SingleService {
  protected:
   std::string Read(const intake::RawMessage& raw, std::string_view how,
                    const ByteSink& sink) override {
     auto rules = intake::RecordOf<intake::ReadingRules>(how);
-    Keeper text(sink);
+    LetterKeeper text(sink);
     ItemReading reading;
     auto read = intake::ReadElsewhere([&](intake::PreparedMessage& prepared) {
       reading = ReadMsg(raw, rules, [&](std::string_view bytes) { text.Add(bytes); });
@@ -227,7 +194,7 @@ class MsgFileService : public intake::SingleService {
 
 }  // namespace
 
-std::unique_ptr<Item> OpenMsgFile(const intake::RawMessage& file) {
+std::unique_ptr<PropertyItem> OpenMsgFile(const intake::RawMessage& file) {
   auto bytes = std::make_shared<CompoundFile>(
       file.Held() ? *file.Held() : platform::ReadFile(file.File(), kMostBytes));
   auto item = std::make_unique<MsgItem>(std::move(bytes), CompoundFile::kRoot, 0);
@@ -241,29 +208,19 @@ intake::PreparedMessage MsgFileReader::Read(const std::string& path,
                                             const intake::SourceDescriptor& place, bool isSent,
                                             const intake::ReadingRules& rules) {
   ItemReading reading;
-  {
-    platform::OutputFile output(core::State().TempMessageFile,
-                                platform::OutputFile::Replace::kInPlace);
-    std::optional<std::string> held(std::in_place);
-    auto write = [&](std::string_view bytes) {
-      output.Write(bytes);
-      if (held && held->size() + bytes.size() > intake::kMostHeld) held.reset();
-      if (held) *held += bytes;
-    };
-    bool isRead = reader_.Ask(path, rules, intake::BytesOf(rules), write,
-                              [&](std::string_view record, const auto& /*sent*/) {
-                                reading = intake::RecordOf<ItemReading>(record);
-                                intake::CheckPrepared(reading.prepared, held);
-                              });
-    if (isRead) {
-      intake::TellOf(reading.prepared);
-    } else {
-      reading = ReadMsg(path, rules, write);
-    }
-    output.Close();
+  intake::ScratchLetter output;
+  bool isRead = reader_.Ask(path, rules, intake::BytesOf(rules), &output,
+                            [&](std::string_view record, const auto& /*sent*/) {
+                              reading = intake::RecordOf<ItemReading>(record);
+                              intake::CheckPrepared(reading.prepared, output.Held());
+                            });
+  if (isRead) {
+    intake::TellOf(reading.prepared);
+  } else {
+    reading = ReadMsg(path, rules, [&](std::string_view bytes) { output.Add(bytes); });
   }
-  return SettleItem(std::move(reading), {place.folder, place.parent, isSent, false},
-                    place.application, texts_)
+  return SettleItem(std::move(reading), output.Finish(),
+                    {place.folder, place.parent, isSent, false}, place.application, texts_)
       .prepared;
 }
 

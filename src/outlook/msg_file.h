@@ -18,7 +18,7 @@ namespace tarnwick::outlook {
 
 // The item of such a file; it has no EntryID. What of the file is damaged is in its Damage. Throws
 // Error 75 for a file that is none.
-std::unique_ptr<Item> OpenMsgFile(const intake::RawMessage& file);
+std::unique_ptr<PropertyItem> OpenMsgFile(const intake::RawMessage& file);
 
 // Reads them, through tarnwick-reader or, where there is none, here.
 class MsgFileReader {

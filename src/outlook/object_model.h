@@ -2,9 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
 // Outlook's mail as the import walks it, in the shape of Outlook's own object model: a namespace of
-// stores, a store's tree of folders, a folder's items by number, an item with an entry identifier,
-// a type name and properties. Behind it stands a provider: .pst files (pst_provider.h), Outlook's
-// automation objects where it has those open (automated_outlook.h), a tree in memory in tests.
+// stores, a store's tree of folders, a folder's items by number, an item with an entry identifier.
+// Behind it stands a provider: .pst files (pst_provider.h), whose items another process makes into
+// messages; Outlook's automation objects where it has those open (automated_outlook.h) and a tree
+// in memory in tests, whose items show their properties.
 //
 // Calls that read throw Error when what they read is damaged or gone; the object stays usable.
 // Texts are UTF-8. A folder or item lives only as long as its namespace.
@@ -17,6 +18,9 @@
 #include <string_view>
 #include <vector>
 
+#include "intake/reading_rules.h"
+#include "intake/scratch_letter.h"
+#include "outlook/item_reading.h"
 #include "outlook/mapi.h"
 
 namespace tarnwick::outlook {
@@ -27,6 +31,20 @@ class Item {
 
   // Known without reading anything of the item; "" for an embedded message.
   virtual std::string EntryID() = 0;
+  virtual ItemFacts Facts() = 0;
+  // Reads it; of mail the Internet message goes to output. budget: at most how many bytes of that,
+  // reduced by what was written; beyond it Error 75 is thrown.
+  virtual ItemReading Read(uint64_t& budget, const intake::ReadingRules& rules,
+                           intake::ScratchLetter& output) = 0;
+};
+
+// An item whose properties can be had one by one.
+class PropertyItem : public Item {
+ public:
+  ItemFacts Facts() override;
+  ItemReading Read(uint64_t& budget, const intake::ReadingRules& rules,
+                   intake::ScratchLetter& output) override;
+
   // "MailItem", "ContactItem", ... by the message class (type_name.h).
   virtual std::string TypeName() = 0;
 
@@ -37,7 +55,7 @@ class Item {
   // Hands an attachment's bytes to sink, in order, piece by piece.
   virtual void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) = 0;
   // The message that an attachment is.
-  virtual std::unique_ptr<Item> EmbeddedItem(size_t index) = 0;
+  virtual std::unique_ptr<PropertyItem> EmbeddedItem(size_t index) = 0;
 
   // What of everything read so far of the item, and of what is embedded in it, is left out or not
   // as it was written, because the store is damaged there. In words, for the person; "" when all
@@ -69,7 +87,10 @@ class Folder {
     return false;
   }
   // Says which items will be read next, in this order, so that a provider may begin with them.
-  virtual void ReadAhead(const std::vector<int64_t>& indices) { (void)indices; }
+  virtual void ReadAhead(const std::vector<int64_t>& indices, const intake::ReadingRules& rules) {
+    (void)indices;
+    (void)rules;
+  }
 };
 
 class Store {

@@ -15,6 +15,7 @@
 #include "intake/stored_file.h"
 #include "outlook/import.h"
 #include "outlook/take_item.h"
+#include "outlook/type_name.h"
 #include "platform/charset.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -69,9 +70,7 @@ class LostFolder : public intake::SourceFolder {
       if (!lost.isPart && settled_.Has(key)) continue;
       if (IsKnown(key, message) || IsKnown(lost.partKey, message)) return Found();
       try {
-        if (lost.item->TypeName() != kMailType) continue;
-        Read(lost, message);
-        return Found();
+        if (IsMail(lost, message)) return Found();
       } catch (...) {
         if (core::IsDiskFull(core::CurrentError())) throw;
         if (core::IsLoadStopped()) return false;
@@ -86,8 +85,6 @@ class LostFolder : public intake::SourceFolder {
   int64_t Gone() const { return gone_; }
 
  private:
-  static constexpr const char* kMailType = "MailItem";
-
   bool Found() {
     hasFound_ = true;
     return true;
@@ -107,7 +104,8 @@ class LostFolder : public intake::SourceFolder {
     place.inInbox = lost.role == FolderRole::kInbox || lost.folder == "Inbox";
     return place;
   }
-  void Read(LostItem& lost, intake::SourceMessage& message);
+  // Reads it; false for an item of another kind.
+  bool IsMail(LostItem& lost, intake::SourceMessage& message);
 
   const std::string& location_;
   LostItems& items_;
@@ -120,8 +118,9 @@ class LostFolder : public intake::SourceFolder {
   int64_t gone_ = 0;
 };
 
-void LostFolder::Read(LostItem& lost, intake::SourceMessage& message) {
+bool LostFolder::IsMail(LostItem& lost, intake::SourceMessage& message) {
   TakenItem taken = TakeItem(*lost.item, PlaceOf(lost), kApplication, budget_, rules_, texts_);
+  if (taken.type != kMailType) return false;
   message.name = std::move(taken.name);
   intake::MailMessage& mail = taken.prepared.message;
   bool isPart = lost.isPart || !taken.damage.empty();
@@ -129,11 +128,14 @@ void LostFolder::Read(LostItem& lost, intake::SourceMessage& message) {
                          : intake::IsStoredFile(mail.ReceivedTime, core::State().TempMessageFile);
   if (isStored) {
     message.ending = {intake::Outcome::kAlreadyStored, {}};
-    return;
+    return true;
   }
   if (isPart) mail.MessageKey = lost.partKey;
-  mail.Notes = NoteOf(lost, location_, taken.damage);
+  intake::SetNotes(taken.prepared, NoteOf(lost, location_, taken.damage));
   message.message = std::move(mail);
+  message.raw = std::move(taken.raw);
+  message.prepared = std::make_unique<intake::PreparedMessage>(std::move(taken.prepared));
+  return true;
 }
 
 }  // namespace

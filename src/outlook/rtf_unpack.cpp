@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "outlook/pst_protocol.h"
+#include "outlook/little_endian.h"
 #include "outlook/rtf.h"
 
 namespace tarnwick::outlook {

@@ -5,20 +5,19 @@
 #include <utility>
 
 #include "core/messages.h"
-#include "core/run_state.h"
 #include "intake/store_message.h"
 #include "outlook/letter.h"
 #include "outlook/mime_message.h"
-#include "platform/files.h"
+#include "outlook/type_name.h"
 #include "platform/locale.h"
 
 namespace tarnwick::outlook {
 
 namespace {
 
-void TakeBodiesOfSigned(intake::TextReader& texts, intake::PreparedMessage& prepared) {
-  intake::MailMessage parsed =
-      texts.Read(core::State().TempMessageFile, intake::kDesigned, {}).message;
+void TakeBodiesOfSigned(const intake::RawMessage& raw, intake::TextReader& texts,
+                        intake::PreparedMessage& prepared) {
+  intake::MailMessage parsed = texts.Read(raw, intake::kDesigned, {}).message;
   intake::MailMessage& message = prepared.message;
   message.Body = std::move(parsed.Body);
   message.HTMLBody = std::move(parsed.HTMLBody);
@@ -29,10 +28,26 @@ void TakeBodiesOfSigned(intake::TextReader& texts, intake::PreparedMessage& prep
 
 }  // namespace
 
-ItemReading ReadItem(Item& item, uint64_t& budget, const intake::ReadingRules& rules,
+ItemFacts PropertyItem::Facts() {
+  const PropertySet& properties = Properties();
+  auto time = properties.Time(Prop::kDeliveryTime);
+  return {StateOf(properties), time ? time : properties.Time(Prop::kClientSubmitTime)};
+}
+
+ItemReading PropertyItem::Read(uint64_t& budget, const intake::ReadingRules& rules,
+                               intake::ScratchLetter& output) {
+  return ReadItem(*this, budget, rules, [&](std::string_view bytes) { output.Add(bytes); });
+}
+
+ItemReading ReadItem(PropertyItem& item, uint64_t& budget, const intake::ReadingRules& rules,
                      const std::function<void(std::string_view)>& sink) {
-  Letter letter = ReadLetter(item);
   ItemReading reading;
+  reading.type = item.TypeName();
+  if (reading.type != kMailType) {
+    if (item.Properties().Text(Prop::kMessageClass).empty()) reading.type.clear();
+    return reading;
+  }
+  Letter letter = ReadLetter(item);
   reading.prepared.message = MessageOf(letter, item, rules);
   MimeResult written = WriteMime(item, letter, budget, sink);
   reading.damage = item.Damage();
@@ -43,14 +58,18 @@ ItemReading ReadItem(Item& item, uint64_t& budget, const intake::ReadingRules& r
   return reading;
 }
 
-TakenItem SettleItem(ItemReading reading, const FolderPlace& place, const std::string& application,
-                     intake::TextReader& texts) {
-  TakenItem taken{std::move(reading.prepared), {}, std::move(reading.damage)};
+TakenItem SettleItem(ItemReading reading, intake::RawMessage raw, const FolderPlace& place,
+                     const std::string& application, intake::TextReader& texts) {
+  TakenItem taken{std::move(reading.type),
+                  std::move(reading.prepared),
+                  std::move(raw),
+                  {},
+                  std::move(reading.damage)};
   intake::MailMessage& message = taken.prepared.message;
   SetPlace(place, reading.isDraft, intake::IsFromMe, message);
   taken.name = platform::FormatDate(message.SentTime, "General Date") + " " +
                core::LoggedMailText(message.Subject);
-  if (reading.isSigned) TakeBodiesOfSigned(texts, taken.prepared);
+  if (reading.isSigned) TakeBodiesOfSigned(taken.raw, texts, taken.prepared);
   if (!taken.damage.empty()) {
     intake::SetNotes(taken.prepared, "This message is damaged in its Outlook store (" +
                                          taken.damage +
@@ -65,14 +84,10 @@ TakenItem SettleItem(ItemReading reading, const FolderPlace& place, const std::s
 
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
                    uint64_t& budget, const intake::ReadingRules& rules, intake::TextReader& texts) {
-  ItemReading reading;
-  {
-    platform::OutputFile output(core::State().TempMessageFile,
-                                platform::OutputFile::Replace::kInPlace);
-    reading = ReadItem(item, budget, rules, [&](std::string_view bytes) { output.Write(bytes); });
-    output.Close();
-  }
-  return SettleItem(std::move(reading), place, application, texts);
+  intake::ScratchLetter output;
+  ItemReading reading = item.Read(budget, rules, output);
+  if (reading.type != kMailType) return {std::move(reading.type), {}, {{}}, {}, {}};
+  return SettleItem(std::move(reading), output.Finish(), place, application, texts);
 }
 
 }  // namespace tarnwick::outlook

@@ -278,7 +278,7 @@ class LetterFileService : public intake::SentMessages {
  public:
   explicit LetterFileService(const intake::ReadingRules& rules) : rules_(rules) {}
 
-  Answer Next(std::string_view how, bool packs) override {
+  Answer Next(std::string_view how, bool packs, const ByteSink& /*sink*/) override {
     auto sent = intake::RecordOf<Sent>(how);
     std::string text = Taken();
     LetterListener listener;
@@ -303,7 +303,7 @@ class MailboxService : public intake::LetterService {
     while (messages > 0 && Letters().Next(entry)) --messages;
   }
 
-  Answer Next(std::string_view how, bool packs) override {
+  Answer Next(std::string_view how, bool packs, const ByteSink& /*sink*/) override {
     LetterReading letter;
     try {
       letter.isEnd = !Letters().Next(letter.entry);

@@ -18,9 +18,9 @@
 #include "oe_fixture.h"
 #include "platform/child_process.h"
 #include "platform/environment.h"
-#include "platform/frames.h"
 #include "repository/schema.h"
 #include "samples/worn_store.h"
+#include "support/own_reader.h"
 
 namespace tarnwick::oe {
 namespace {
@@ -32,18 +32,6 @@ using samples::MessageStoreBuilder;
 
 // --- A reader that goes wrong: this program, started with the words that say how and where.
 
-constexpr const char* kFault = "TARNWICK_TEST_READER_FAULT";
-
-size_t ReadSome(std::string& to, size_t count) {
-  for (size_t had = 0; had < count;) {
-    to.resize(count);
-    size_t got = platform::ReadFromParent(to.data() + had, count - had);
-    if (got == 0) std::_Exit(0);
-    had += got;
-  }
-  return count;
-}
-
 class WrongService : public intake::LetterService {
  public:
   WrongService(std::unique_ptr<intake::LetterService> sound, std::string fault)
@@ -54,8 +42,8 @@ class WrongService : public intake::LetterService {
     sound_->Skip(messages);
   }
   void Take(std::string_view piece) override { sound_->Take(piece); }
-  Answer Next(std::string_view how, bool packs) override {
-    Answer answer = sound_->Next(how, packs);
+  Answer Next(std::string_view how, bool packs, const ByteSink& sink) override {
+    Answer answer = sound_->Next(how, packs, sink);
     if (++count_ == kWhere) GoWrong(answer.record, how);
     return answer;
   }
@@ -89,38 +77,18 @@ class WrongService : public intake::LetterService {
   uint64_t count_ = 0;
 };
 
-[[maybe_unused]] const bool kIsReader = [] {
-  std::string fault = platform::EnvironmentText(kFault).value_or("");
-  if (fault.empty()) return false;
-  auto request = [](std::string& payload) {
-    std::string head;
-    ReadSome(head, platform::kFrameHead);
-    uint32_t length = 0;
-    for (size_t i = 4; i > 0; --i) length = length << 8 | static_cast<unsigned char>(head[i]);
-    payload.clear();
-    ReadSome(payload, length);
-    return head[0];
-  };
-  std::string opening;
-  request(opening);
-  if (fault == "is no reader") std::_Exit(1);
-  auto told = intake::RecordOf<intake::LetterOpening>(opening);
-  intake::ReadUnder(told.conditions);
-  auto open = [&](const auto& tell) -> std::unique_ptr<intake::LetterService> {
-    const intake::ReadingRules& rules = told.conditions.rules;
-    std::unique_ptr<intake::LetterService> sound;
-    if (told.conversation == intake::Conversation::kText) sound = intake::MakeTextService();
-    if (told.conversation == intake::Conversation::kLostMail) {
-      sound = MakeLostService(rules, told.store, tell);
-    }
-    if (!sound) sound = MakeStoreService(rules, told.store);
-    return std::make_unique<WrongService>(std::move(sound), fault);
-  };
-  auto hasMore = [] { return false; };
-  intake::ServeLetters({request, hasMore, [](auto bytes) { platform::WriteToParent(bytes); }}, true,
-                       open, told.skip);
-  return true;
-}();
+[[maybe_unused]] const auto* const kOwnReader = ::testing::AddGlobalTestEnvironment(
+    new testing::OwnReader([](const std::string& fault, const intake::LetterOpening& told,
+                              const auto& tell) -> std::unique_ptr<intake::LetterService> {
+      const intake::ReadingRules& rules = told.conditions.rules;
+      std::unique_ptr<intake::LetterService> sound;
+      if (told.conversation == intake::Conversation::kText) sound = intake::MakeTextService();
+      if (told.conversation == intake::Conversation::kLostMail) {
+        sound = MakeLostService(rules, told.store, tell);
+      }
+      if (!sound) sound = MakeStoreService(rules, told.store);
+      return std::make_unique<WrongService>(std::move(sound), fault);
+    }));
 
 // What happens to a load, and where.
 enum class Pass : uint8_t { kLoad, kSenders, kRescue };
@@ -331,9 +299,9 @@ TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
     const Left& sound = rescues ? rescued : loaded;
     bool hangs = std::string_view(fault) == "hangs";
     intake::SetLinkLimits({.silentMilliseconds = hangs ? 2000 : 60'000});
-    platform::SetEnvironmentText(kFault, fault);
+    platform::SetEnvironmentText(testing::kReaderFault, fault);
     Left left = Load(path, platform::ProgramPath(), rescues ? rescue : Course());
-    platform::SetEnvironmentText(kFault, std::nullopt);
+    platform::SetEnvironmentText(testing::kReaderFault, std::nullopt);
     EXPECT_EQ(left.stored, sound.stored - lost) << fault;
     EXPECT_EQ(left.unreadable, sound.unreadable + lost) << fault;
     EXPECT_EQ(left.account.find(intake::kReaderLost) != std::string::npos, lost == 1) << fault;
@@ -347,7 +315,7 @@ TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
 TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheOneTextThatItWasSent) {
   for (const char* fault : {"dies", "says nonsense", "says half", "promises gigabytes"}) {
     intake::SetReader(platform::ProgramPath());
-    platform::SetEnvironmentText(kFault, fault);
+    platform::SetEnvironmentText(testing::kReaderFault, fault);
     intake::TextReader texts;
     std::vector<int> lost;
     for (int i = 1; i <= 100; ++i) {
@@ -360,7 +328,7 @@ TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheOneTextThatItWasSent) {
         lost.push_back(i);
       }
     }
-    platform::SetEnvironmentText(kFault, std::nullopt);
+    platform::SetEnvironmentText(testing::kReaderFault, std::nullopt);
     EXPECT_THAT(lost, ElementsAre(static_cast<int>(WrongService::kWhere))) << fault;
   }
 }

@@ -4,7 +4,6 @@
 // What the search of a store believes: forged and doubled blocks, and files that are none.
 #include "outlook/reader/lost_store.h"
 
-#include "outlook/pst_protocol.h"
 #include "outlook/reader/checksum.h"
 #include "samples/worn_outlook.h"
 #include "support/testing.h"
@@ -41,16 +40,16 @@ class LostStoreTest : public ::testing::Test {
   std::string Item(uint32_t node) {
     platform::InputFile file(folder_.File("a.pst"));
     LostStore store(file, [](int) {});
-    std::string frames;
-    Answer answer([&](std::string_view bytes) { frames += bytes; });
+    Answer answer;
     try {
-      store.DescribeItem({PstBuilder::kTop, 0, node}, true, answer);
+      store.DescribeItem({PstBuilder::kTop, 0, node}, answer);
     } catch (const ReadError&) {
       return {};
     }
-    answer.Flush();
-    std::erase(frames, '\0');
-    return frames;
+    std::string texts;
+    for (const RawProperty& property : answer.properties) texts += property.bytes;
+    std::erase(texts, '\0');
+    return texts;
   }
   testing::TempFolder folder_;
 };

@@ -6,9 +6,7 @@
 #include <algorithm>
 #include <random>
 
-#include "outlook/pst_protocol.h"
 #include "outlook/reader/node_store.h"
-#include "platform/frames.h"
 #include "samples/pst_builder.h"
 #include "support/real_data.h"
 #include "support/testing.h"
@@ -21,64 +19,58 @@ using samples::PstBuilder;
 using samples::PstMessage;
 using samples::PstProperties;
 
-// An answer, with the pieces of each value put together; the properties of a row in order.
+// An answer; the properties of a row in order.
 struct Said {
-  std::vector<std::string> properties;
+  std::vector<std::string> rows;
   std::vector<uint32_t> folders;
   std::vector<uint32_t> items;
   std::vector<uint32_t> otherItems;
+  size_t attachments = 0;
   std::string bytes;
   bool isMarked = false;  // as damaged
   bool failed = false;
 };
 
-Said Ask(const std::function<void(Answer&)>& request) {
-  std::string frames;
-  Answer answer([&](std::string_view bytes) { frames += bytes; });
+std::string TextOf(const RawRow& row) {
+  std::vector<std::string> properties;
+  for (const RawProperty& property : row) {
+    properties.push_back(std::to_string(property.number) + "," + std::to_string(property.type) +
+                         "=" + property.bytes);
+  }
+  std::sort(properties.begin(), properties.end());
+  std::string text;
+  for (const std::string& property : properties) text += property + "|";
+  return text;
+}
+
+Said Ask(const std::function<void(Answer&, std::string& bytes)>& request) {
+  Answer answer;
   Said said;
   try {
-    request(answer);
+    request(answer, said.bytes);
   } catch (const ReadError&) {
     said.failed = true;
   }
-  answer.Flush();
-  size_t row = 0;
-  for (size_t at = 0; at < frames.size();) {
-    char kind = frames[at];
-    std::string payload = frames.substr(at + platform::kFrameHead, TakeNumber(frames, at + 1));
-    at += platform::kFrameHead + payload.size();
-    auto& nodes = kind == frame::kFolders ? said.folders
-                  : kind == frame::kItems ? said.items
-                                          : said.otherItems;
-    switch (kind) {
-      case frame::kProperty:
-        said.properties.push_back(payload);
-        break;
-      case frame::kContinued:
-        said.properties.back() += payload;
-        break;
-      case frame::kFolders:
-      case frame::kItems:
-      case frame::kOtherItems:
-        for (size_t i = 0; i < payload.size(); i += 4) nodes.push_back(TakeNumber(payload, i));
-        break;
-      case frame::kBytes:
-        said.bytes += payload;
-        break;
-      case frame::kLost:
-        said.isMarked = true;
-        break;
-      default:
-        std::sort(said.properties.begin() + static_cast<std::ptrdiff_t>(row),
-                  said.properties.end());
-        said.properties.push_back(std::string(1, kind));
-        row = said.properties.size();
-    }
+  said.rows.push_back(TextOf(answer.properties));
+  for (const auto* rows : {&answer.recipients, &answer.attachments}) {
+    said.rows.emplace_back("rows");
+    for (const RawRow& row : *rows) said.rows.push_back(TextOf(row));
   }
-  std::sort(said.properties.begin() + static_cast<std::ptrdiff_t>(row), said.properties.end());
+  said.folders = answer.folders;
+  said.items = answer.items;
+  said.otherItems = answer.otherItems;
+  said.attachments = answer.attachments.size();
+  said.isMarked = !answer.lost.empty();
   // A list of searches is one of theirs only.
   std::erase_if(said.folders, [](uint32_t node) { return (node & 0x1F) != 2; });
   return said;
+}
+
+Said AskBytes(StoreFile& store, const ItemPlace& place, const AttachmentPath& path) {
+  return Ask([&](Answer& answer, std::string& bytes) {
+    store.ReadAttachment(
+        place, path, [&](std::string_view piece) { bytes += piece; }, answer);
+  });
 }
 
 // Everything that a store says of one of its items.
@@ -99,7 +91,7 @@ struct WholeStore {
 
 std::string TextOf(const Said& said) {
   std::string text = said.failed ? "failed " : "";
-  for (const std::string& property : said.properties) text += property + "|";
+  for (const std::string& row : said.rows) text += row + "|";
   for (const auto* nodes : {&said.folders, &said.items, &said.otherItems}) {
     for (uint32_t node : *nodes) text += std::to_string(node) + " ";
     text += "|";
@@ -113,14 +105,13 @@ void AddAll(StoreFile& store, const ItemPlace& place, AttachmentPath path, const
   item.isMarked = item.isMarked || said.isMarked;
   item.content += TextOf(said);
   path.push_back(0);
-  for (const std::string& row : said.properties) {
-    if (row != std::string(1, frame::kAttachmentRow)) continue;
+  for (size_t i = 0; i < said.attachments; ++i) {
     ++whole.attachments;
-    Said bytes = Ask([&](Answer& answer) { store.SendAttachment(place, path, answer); });
+    Said bytes = AskBytes(store, place, path);
     item.isMarked = item.isMarked || bytes.isMarked;
     item.content += TextOf(bytes);
     if (bytes.failed && path.size() < kMaxEmbedding) {
-      Said inner = Ask([&](Answer& answer) { store.DescribeEmbedded(place, path, answer); });
+      Said inner = Ask([&](Answer& answer, auto&) { store.DescribeEmbedded(place, path, answer); });
       item.failed = item.failed || inner.failed;
       if (!inner.failed) ++whole.embedded;
       AddAll(store, place, path, inner, whole);
@@ -132,21 +123,21 @@ void AddAll(StoreFile& store, const ItemPlace& place, AttachmentPath path, const
 WholeStore ReadAll(StoreFile& store) {
   WholeStore whole;
   bool isMarked = false;
-  whole.folders = TextOf(Ask([&](Answer& answer) { store.DescribeStore(answer); }));
+  whole.folders = TextOf(Ask([&](Answer& answer, auto&) { store.DescribeStore(answer); }));
   std::vector<uint32_t> waiting = {0x122};
   std::set<uint32_t> seen;
   while (!waiting.empty()) {
     uint32_t folder = waiting.back();
     waiting.pop_back();
     if (!seen.insert(folder).second) continue;
-    Said said = Ask([&](Answer& answer) { store.DescribeFolder(folder, answer); });
+    Said said = Ask([&](Answer& answer, auto&) { store.DescribeFolder(folder, answer); });
     whole.folders += TextOf(said);
     waiting.insert(waiting.end(), said.folders.begin(), said.folders.end());
     whole.listed += said.items.size();
     isMarked = isMarked || said.isMarked;
     for (uint32_t i = 0; i < said.items.size(); ++i) {
       ItemPlace place{folder, i, said.items[i]};
-      Said head = Ask([&](Answer& answer) { store.DescribeItem(place, false, answer); });
+      Said head = Ask([&](Answer& answer, auto&) { store.DescribeItem(place, answer); });
       whole.items[place.node].failed = head.failed;
       AddAll(store, place, {}, head, whole);
     }
@@ -243,7 +234,7 @@ TEST_F(ReaderTest, GivesValuesOfAnyLengthWhole) {
     platform::WriteFile(folder_.File("a.pst"), store.Build());
     platform::InputFile file(folder_.File("a.pst"));
     NodeStore reader(file);
-    Said said = Ask([&](Answer& answer) { reader.SendAttachment({inbox, 0, node}, {0}, answer); });
+    Said said = AskBytes(reader, {inbox, 0, node}, {0});
     EXPECT_FALSE(said.failed);
     EXPECT_TRUE(said.bytes == mail.attachments[0].data) << said.bytes.size();
   }

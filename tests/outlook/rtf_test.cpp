@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "outlook/rtf.h"
 
-#include "outlook/pst_protocol.h"
+#include "outlook/little_endian.h"
 #include "support/testing.h"
 
 namespace tarnwick::outlook {

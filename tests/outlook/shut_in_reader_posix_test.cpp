@@ -22,8 +22,7 @@
 #include <cstring>
 
 #include "intake/reader_link.h"
-#include "outlook/pst_client.h"
-#include "outlook/pst_protocol.h"
+#include "outlook/pst_link.h"
 #include "samples/pst_builder.h"
 #include "support/testing.h"
 
@@ -167,10 +166,12 @@ bool ShutInReader::TryEverything(int64_t process) {
 
 TEST_F(ShutInReader, CanDoNothingButAnswerOfAnOutlookStore) {
   if (prctl(PR_GET_SECCOMP) < 0) GTEST_SKIP() << "this system filters no calls";
-  PstClient client(MadeStore(), TARNWICK_READER);
-  ASSERT_TRUE(client.Ask(frame::kStore, {}).isReaderShutIn);
-  if (!TryEverything(client.ProcessId())) GTEST_SKIP() << "this system lets no process be traced";
-  EXPECT_NO_THROW(client.Ask(frame::kStore, {})) << "it goes on behind all that";
+  PstLink link(MadeStore(), TARNWICK_READER);
+  link.Store();
+  if (!TryEverything(link.ProcessId())) GTEST_SKIP() << "this system lets no process be traced";
+  int64_t reader = link.ProcessId();
+  EXPECT_NO_THROW(link.Store()) << "it goes on behind all that";
+  EXPECT_EQ(link.ProcessId(), reader);
 }
 
 TEST_F(ShutInReader, CanDoNothingButAnswerOfLetters) {
@@ -196,8 +197,8 @@ TEST(ConfinedProcess, ItsLimitsAreLoweredForGood) {
   testing::TempFolder folder;
   samples::PstBuilder store;
   platform::WriteFile(folder.File("a.pst"), store.Build());
-  PstClient client(folder.File("a.pst"), TARNWICK_READER);
-  client.Ask(frame::kStore, {});
+  PstLink link(folder.File("a.pst"), TARNWICK_READER);
+  link.Store();
   std::vector<std::pair<__rlimit_resource, rlim_t>> limits = {
       {RLIMIT_FSIZE, 0}, {RLIMIT_CORE, 0}, {RLIMIT_NPROC, 0}};
 #if !defined(__SANITIZE_ADDRESS__)
@@ -205,7 +206,7 @@ TEST(ConfinedProcess, ItsLimitsAreLoweredForGood) {
 #endif
   for (auto [limit, most] : limits) {
     rlimit allowed{1, 1};
-    ASSERT_EQ(prlimit(static_cast<pid_t>(client.ProcessId()), limit, nullptr, &allowed), 0);
+    ASSERT_EQ(prlimit(static_cast<pid_t>(link.ProcessId()), limit, nullptr, &allowed), 0);
     EXPECT_EQ(allowed.rlim_max, most) << limit;
   }
 }

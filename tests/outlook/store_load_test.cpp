@@ -54,15 +54,13 @@ std::string BuiltStore(Variant variant) {
 class StoreLoad : public OutlookLoad {
  protected:
   core::LoadCounts LoadFile(const std::string& path, bool everyStore = true) {
-    ReaderLimits limits;
-    limits.openMilliseconds = 20'000;
-    limits.requestMilliseconds = 10'000;
-    limits.wastedMilliseconds = 20'000;
-    PstNamespace outlook({path}, TARNWICK_READER, limits);
+    intake::SetLinkLimits({20'000, 10'000, 20'000});
+    PstNamespace outlook({path}, TARNWICK_READER);
     ui_.yesNo = {true};  // for a store with a password
     SCOPED_TRACE(path);
     core::LoadCounts counts = LoadFrom(outlook, everyStore);
     ui_.yesNo.clear();
+    intake::SetLinkLimits({});
     return counts;
   }
   core::LoadCounts Load(const std::string& bytes, bool everyStore = true) {

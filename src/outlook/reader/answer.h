@@ -1,64 +1,65 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The reader's end of the channel: requests in, frames out. Answers to requests that follow each
-// other closely leave together. Throws ChannelClosed when the program at the other end is gone.
+// What a store says of a thing in it, as it stands there: nothing is interpreted.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "outlook/raw_row.h"
 
 namespace tarnwick::outlook::reader {
 
-struct ChannelClosed {};
-// The answer to a request grew beyond its limit.
-struct TooLong {};
+struct ReadError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 class Answer {
  public:
-  using Sink = std::function<void(std::string_view)>;
-  explicit Answer(Sink sink) : sink_(std::move(sink)) {}
+  // most: bytes of values; beyond them ReadError is thrown.
+  explicit Answer(uint64_t most = UINT64_MAX) : left_(most) {}
+  Answer(const Answer&) = delete;
+  Answer& operator=(const Answer&) = delete;
 
-  // Begins the answer to a request. With a limit all of it is held back until Commit, and a frame
-  // beyond it throws TooLong.
-  void Begin(size_t limit = 0);
-  // Takes back what a limited answer holds so far.
-  void Drop();
-  void Commit();
-  // So many bytes will follow: throws TooLong at once where they find no room.
-  void Expect(uint64_t size) const;
+  RawRow properties;
+  std::vector<RawRow> recipients;
+  std::vector<RawRow> attachments;
+  std::vector<uint32_t> folders;     // nodes of folders in this folder,
+  std::vector<uint32_t> items;       // and of items in it
+  std::vector<uint32_t> otherItems;  // those of them that the folder says are no mail
+  std::set<std::string> lost;  // what of it is left out, or not as it was written; a few of many
 
-  void Property(uint16_t number, uint16_t type, std::string_view bytes);
-  // A property whose bytes follow, size of them if all goes well, through Continue.
-  void BeginProperty(uint16_t number, uint16_t type, size_t size);
-  void Continue(std::string_view bytes);
-  void Nodes(char kind, const std::vector<uint32_t>& nodes);
-  // Payloads longer than a frame take several.
-  void Frame(char kind, std::string_view payload);
-  void Flush();
+  // The properties that follow are those of a recipient, or of an attachment.
+  void BeginRecipient() { row_ = &recipients.emplace_back(); }
+  void BeginAttachment() { row_ = &attachments.emplace_back(); }
 
- private:
-  Sink sink_;
-  std::string buffer_;
-  size_t begin_ = 0;  // of the current answer in buffer_
-  size_t limit_ = 0;
-};
+  void Property(uint16_t number, uint16_t type, std::string_view bytes) {
+    BeginProperty(number, type);
+    Continue(bytes);
+  }
+  // A property whose bytes follow.
+  void BeginProperty(uint16_t number, uint16_t type) { row_->push_back({number, type, {}}); }
+  void Continue(std::string_view bytes) {
+    if (bytes.size() > left_) throw ReadError("more than the store can hold");
+    left_ -= bytes.size();
+    row_->back().bytes += bytes;
+  }
 
-class Channel {
- public:
-  // The next request's kind and payload; throws ChannelClosed at the end.
-  char ReadRequest(std::string& payload);
-  // Whether (a part of) another request has come already.
-  bool HasMore() const { return position_ < buffer_.size(); }
-  void Write(std::string_view bytes);
+  void Lose(std::string what) {
+    constexpr size_t kMostLost = 10;
+    if (lost.size() < kMostLost) lost.insert(std::move(what));
+  }
 
  private:
-  void Need(size_t count);
-  std::string buffer_;
-  size_t position_ = 0;
+  RawRow* row_ = &properties;
+  uint64_t left_;
 };
 
 }  // namespace tarnwick::outlook::reader

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "outlook/little_endian.h"
 #include "outlook/mapi.h"
-#include "outlook/pst_protocol.h"
 #include "platform/error.h"
 
 namespace tarnwick::outlook::reader {
@@ -195,7 +195,7 @@ std::vector<uint32_t> MessagesByTree(libpff_item_t* folder) {
   return nodes;
 }
 
-void SendBytes(libpff_item_t* attachment, Answer& answer) {
+void StreamBytes(libpff_item_t* attachment, const StoreFile::ByteSink& sink) {
   int type = 0;
   size64_t size = 0;
   if (libpff_attachment_get_type(attachment, &type, nullptr) != 1 ||
@@ -206,13 +206,12 @@ void SendBytes(libpff_item_t* attachment, Answer& answer) {
     throw ReadError("attachment");
   }
   std::string piece(kAttachmentPiece, '\0');
-  answer.Frame(frame::kBytes, {});  // an empty one is read, too
   while (size > 0) {
     ssize_t count = libpff_attachment_data_read_buffer(
         attachment, reinterpret_cast<uint8_t*>(piece.data()),
         static_cast<size_t>(std::min<size64_t>(size, piece.size())), nullptr);
     if (count <= 0) throw ReadError("attachment");
-    answer.Frame(frame::kBytes, std::string_view(piece).substr(0, static_cast<size_t>(count)));
+    sink(std::string_view(piece).substr(0, static_cast<size_t>(count)));
     size -= std::min<size64_t>(size, static_cast<size64_t>(count));
   }
 }
@@ -237,7 +236,7 @@ void LibraryStore::DescribeStore(Answer& answer) {
   auto root = Get<ItemHandle>("root folder", libpff_file_get_root_folder, file_.get());
   uint32_t node = 0;
   if (root && libpff_item_get_identifier(root.get(), &node, nullptr) == 1) {
-    answer.Nodes(frame::kFolders, {node});
+    answer.folders = {node};
   }
 }
 
@@ -255,7 +254,7 @@ libpff_item_t* LibraryStore::OpenFolder(uint32_t node) {
 void LibraryStore::DescribeFolder(uint32_t node, Answer& answer) {
   libpff_item_t* folder = OpenFolder(node);
   SendProperties("folder", folder, kFolderProperties, answer);
-  answer.Nodes(frame::kFolders, SubFolders(folder));
+  answer.folders = SubFolders(folder);
   libpff_item_t* raw = nullptr;
   int result = libpff_folder_get_sub_messages(folder, &raw, nullptr);
   ItemHandle table(raw);
@@ -265,8 +264,8 @@ void LibraryStore::DescribeFolder(uint32_t node, Answer& answer) {
   } else {
     items.nodes = MessagesByTree(folder);
   }
-  answer.Nodes(frame::kItems, items.nodes);
-  answer.Nodes(frame::kOtherItems, items.otherItems);
+  answer.items = std::move(items.nodes);
+  answer.otherItems = std::move(items.otherItems);
 }
 
 libpff_item_t* LibraryStore::OpenItem(const ItemPlace& place) {
@@ -290,7 +289,7 @@ libpff_item_t* LibraryStore::OpenItem(const ItemPlace& place) {
   return item_.get();
 }
 
-void LibraryStore::DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) {
+void LibraryStore::DescribeItem(const ItemPlace& place, Answer& answer) {
   libpff_item_t* item = OpenItem(place);
   if (RowsOf(item) < 1) throw ReadError("item");
   auto set = Get<RecordSetHandle>("item", libpff_item_get_record_set_by_index, item, 0);
@@ -302,12 +301,12 @@ void LibraryStore::DescribeItem(const ItemPlace& place, bool withAttachments, An
     isMail = IsMailClass(*bytes, type);
     answer.Property(static_cast<uint16_t>(number), static_cast<uint16_t>(type), *bytes);
   });
-  if (isMail) DescribeMessage(item, withAttachments, answer);
+  if (isMail) DescribeMessage(item, answer);
 }
 
-void LibraryStore::DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer) {
+void LibraryStore::DescribeMessage(libpff_item_t* message, Answer& answer) {
   SendProperties("item", message, kMessageProperties, answer);
-  if (isDamaged_) answer.Frame(frame::kLost, "the store's index");
+  if (isDamaged_) answer.Lose("the store's index");
   libpff_item_t* raw = nullptr;
   if (libpff_message_get_recipients(message, &raw, nullptr) == 1 && raw != nullptr) {
     ItemHandle recipients(raw);
@@ -318,14 +317,14 @@ void LibraryStore::DescribeMessage(libpff_item_t* message, bool withAttachments,
         continue;
       }
       RecordSetHandle set(rawSet);
-      answer.Frame(frame::kRecipientRow, {});
+      answer.BeginRecipient();
       SendSet(set.get(), kRecipientProperties, answer);
     }
   }
   int attachments = 0;
   if (libpff_message_get_number_of_attachments(message, &attachments, nullptr) != 1) return;
   for (int i = 0; i < std::min(attachments, kMaxRows); ++i) {
-    answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
+    answer.BeginAttachment();  // keeps the numbers even where one is lost
     raw = nullptr;
     if (libpff_message_get_attachment(message, i, &raw, nullptr) != 1) continue;
     ItemHandle attachment(raw);
@@ -334,11 +333,6 @@ void LibraryStore::DescribeMessage(libpff_item_t* message, bool withAttachments,
     if (libpff_item_get_record_set_by_index(attachment.get(), 0, &rawSet, nullptr) != 1) continue;
     RecordSetHandle set(rawSet);
     SendSet(set.get(), kAttachmentProperties, answer);
-    int type = 0;
-    if (withAttachments && libpff_attachment_get_type(attachment.get(), &type, nullptr) == 1 &&
-        type == LIBPFF_ATTACHMENT_TYPE_DATA) {
-      SendBytes(attachment.get(), answer);
-    }
   }
 }
 
@@ -373,18 +367,18 @@ libpff_item_t* LibraryStore::OpenEmbedded(libpff_item_t* item, const AttachmentP
 
 void LibraryStore::DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
                                     Answer& answer) {
-  DescribeMessage(OpenEmbedded(OpenItem(place), path), false, answer);
+  DescribeMessage(OpenEmbedded(OpenItem(place), path), answer);
 }
 
-void LibraryStore::SendAttachment(const ItemPlace& place, const AttachmentPath& path,
-                                  Answer& answer) {
+void LibraryStore::ReadAttachment(const ItemPlace& place, const AttachmentPath& path,
+                                  const ByteSink& sink, Answer& /*answer*/) {
   if (path.empty() || path.back() > INT32_MAX) throw ReadError("attachment");
   AttachmentPath above(path.begin(), path.end() - 1);
   libpff_item_t* message = OpenEmbedded(OpenItem(place), above);
   auto attachment = Get<ItemHandle>("attachment", libpff_message_get_attachment, message,
                                     static_cast<int>(path.back()));
   if (!attachment) throw ReadError("attachment");
-  SendBytes(attachment.get(), answer);
+  StreamBytes(attachment.get(), sink);
 }
 
 std::unique_ptr<StoreFile> OpenByLibrary(platform::InputFile& file, bool isDamaged) {

@@ -23,10 +23,11 @@ class LibraryStore : public StoreFile {
 
   void DescribeStore(Answer& answer) override;
   void DescribeFolder(uint32_t node, Answer& answer) override;
-  void DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) override;
+  void DescribeItem(const ItemPlace& place, Answer& answer) override;
   void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
                         Answer& answer) override;
-  void SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) override;
+  void ReadAttachment(const ItemPlace& place, const AttachmentPath& path, const ByteSink& sink,
+                      Answer& answer) override;
 
  private:
   struct Embedded {
@@ -39,7 +40,7 @@ class LibraryStore : public StoreFile {
   libpff_item_t* OpenFolder(uint32_t node);
   libpff_item_t* OpenItem(const ItemPlace& place);
   libpff_item_t* OpenEmbedded(libpff_item_t* item, const AttachmentPath& path);
-  void DescribeMessage(libpff_item_t* message, bool withAttachments, Answer& answer);
+  void DescribeMessage(libpff_item_t* message, Answer& answer);
 
   InputHandle input_;
   bool isDamaged_;

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "outlook/mapi.h"
-#include "outlook/pst_protocol.h"
 #include "outlook/reader/heap.h"
 #include "outlook/reader/layout.h"
 #include "outlook/reader/store_scan.h"
@@ -21,30 +20,6 @@ namespace {
 constexpr uint32_t kLoneKind = 0x1E;
 constexpr uint32_t kNodeStep = kKindMask + 1;
 constexpr uint8_t kBlockList = 1;
-constexpr size_t kItemsInFrame = 3000;
-
-class ItemList {
- public:
-  explicit ItemList(Answer& answer) : answer_(answer) {}
-
-  void Add(const FoundNode& node, LostHow how) {
-    PutNumber(payload_, node.number);
-    PutNumber(payload_, node.parent);
-    PutNumber(payload_, static_cast<uint32_t>(how));
-    PutNumber(payload_, static_cast<uint32_t>(node.data));
-    PutNumber(payload_, static_cast<uint32_t>(node.data >> 32));
-    if (payload_.size() >= kItemsInFrame * kFoundItem) Flush();
-  }
-  void Flush() {
-    if (!payload_.empty()) answer_.Frame(frame::kFoundItems, payload_);
-    payload_.clear();
-  }
-
- private:
-  Answer& answer_;
-  std::string payload_;
-};
-
 }  // namespace
 
 LostStore::LostStore(platform::InputFile& file, const std::function<void(int)>& tell)
@@ -107,7 +82,7 @@ void LostStore::FindLoneMail() {
   File().AddFound(lone);
 }
 
-void LostStore::DescribeLost(Answer& answer) {
+std::vector<FoundItem> LostStore::FindLost() {
   std::unique_ptr<NodeFile> index;
   try {
     index = std::make_unique<NodeFile>(input_);
@@ -122,26 +97,25 @@ void LostStore::DescribeLost(Answer& answer) {
       return LostHow::kIndexLost;
     }
   };
-  ItemList items(answer);
+  std::vector<FoundItem> items;
+  auto add = [&](const FoundNode& node, LostHow how) {
+    items.push_back({node.number, node.parent, how, node.data});
+  };
   const std::vector<FoundNode>& nodes = File().Found().nodes;
   for (size_t i = 0; i < nodes.size(); ++i) {
     if (i > 0 && nodes[i - 1].number == nodes[i].number) continue;
     uint32_t kind = nodes[i].number & kKindMask;
-    if (kind == kLoneKind) items.Add(nodes[i], LostHow::kAlone);
-    if (kind == kMessageKind) items.Add(nodes[i], howFound(nodes[i].number));
+    if (kind == kLoneKind) add(nodes[i], LostHow::kAlone);
+    if (kind == kMessageKind) add(nodes[i], howFound(nodes[i].number));
   }
-  items.Flush();
-  if (File().Found().isCut) answer.Frame(frame::kLost, "more than can be looked through");
+  return items;
 }
 
-std::unique_ptr<StoreFile> OpenLostStore(platform::InputFile& file, Answer& answer) {
+std::unique_ptr<StoreFile> OpenLostStore(platform::InputFile& file,
+                                         const std::function<void(int)>& tell) {
   int told = -1;
   return std::make_unique<LostStore>(file, [&](int percent) {
-    if (percent == std::exchange(told, percent)) return;
-    std::string payload;
-    PutNumber(payload, static_cast<uint32_t>(percent));
-    answer.Frame(frame::kProgress, payload);
-    answer.Flush();
+    if (percent != std::exchange(told, percent)) tell(percent);
   });
 }
 

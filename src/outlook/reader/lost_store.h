@@ -23,7 +23,7 @@ class LostStore : public NodeStore {
   // Throws ReadError where nothing of a store is found. tell: as ScanStore has it.
   LostStore(platform::InputFile& file, const std::function<void(int)>& tell);
 
-  void DescribeLost(Answer& answer) override;
+  std::vector<FoundItem> FindLost() override;
 
  private:
   std::vector<uint64_t> NamedBlocks();

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "outlook/mapi.h"
-#include "outlook/pst_protocol.h"
 
 namespace tarnwick::outlook::reader {
 
@@ -36,13 +35,13 @@ void SendField(Heap& heap, const Field& field, Answer& answer) {
         heap, field,
         [&](uint64_t size) {
           if (size > kMaxValue) throw ReadError("value");
-          answer.BeginProperty(field.number, field.type, static_cast<size_t>(size));
+          answer.BeginProperty(field.number, field.type);
         },
         [&](std::string_view bytes) { answer.Continue(bytes); });
   } catch (const ReadError&) {
     // One property less, or what there is of it; the others still count.
     bool isBody = Contains({Prop::kBody, Prop::kHtml, Prop::kRtfCompressed}, field.number);
-    answer.Frame(frame::kLost, isBody ? "body" : "a property");
+    answer.Lose(isBody ? "body" : "a property");
   }
 }
 
@@ -59,6 +58,18 @@ int64_t MethodOf(Heap& attachment) {
   return static_cast<int64_t>(NumberAt(method->value, 0, 4));
 }
 
+void StreamBytes(Heap& attachment, const StoreFile::ByteSink& sink) {
+  auto data = FindProperty(attachment, Prop::kAttachData);
+  if (!data || MethodOf(attachment) == AttachMethod::kEmbeddedMessage) {
+    throw ReadError("attachment");
+  }
+  auto begin = [](uint64_t /*size*/) {};
+  if (data->type != kObject) return StreamField(attachment, *data, begin, sink);
+  // Something another program made: its bytes are a node of their own.
+  std::string_view object = attachment.Value(static_cast<uint32_t>(NumberAt(data->value, 0, 4)));
+  attachment.Stream(static_cast<uint32_t>(NumberAt(object, 0, 4)), begin, sink);
+}
+
 }  // namespace
 
 NodeStore::NodeStore(platform::InputFile& file) : file_(file) {
@@ -70,7 +81,7 @@ NodeStore::NodeStore(platform::InputFile& file, FoundStore found) : file_(file, 
 
 void NodeStore::DescribeStore(Answer& answer) {
   // Where the store does not say which folder is its top, everything below the root is shown.
-  answer.Nodes(frame::kFolders, {kRootNode});
+  answer.folders = {kRootNode};
   file_.TakeDamage();
   auto node = file_.FindNode(kStoreNode);
   if (!node) throw ReadError("store");
@@ -81,7 +92,7 @@ void NodeStore::DescribeStore(Answer& answer) {
 
 // Not as it was written is what can't be told in parts.
 void NodeStore::TellDamage(Answer& answer) {
-  if (file_.TakeDamage()) answer.Frame(frame::kLost, "a checksum does not match");
+  if (file_.TakeDamage()) answer.Lose("a checksum does not match");
 }
 
 NodeStore::Listing NodeStore::ReadListing(uint32_t tableNode) {
@@ -189,8 +200,8 @@ void NodeStore::DescribeFolder(uint32_t node, Answer& answer) {
     if (Below(node, kFolderKind).empty() && Below(node, kMessageKind).empty()) throw;
   }
   bool isSound = !file_.TakeDamage() && hasName;
-  if (!isSound) answer.Frame(frame::kLost, "its name");
-  answer.Nodes(frame::kFolders, ListOf(node, kFoldersTable, kFolderKind, std::nullopt).rows);
+  if (!isSound) answer.Lose("its name");
+  answer.folders = ListOf(node, kFoldersTable, kFolderKind, std::nullopt).rows;
   Listing items = ListOf(node, kContentsTable, kMessageKind, count);
   // What the folder says it has and nothing leads to any more.
   if (isSound && count && !items.isWhole) {
@@ -198,8 +209,8 @@ void NodeStore::DescribeFolder(uint32_t node, Answer& answer) {
     auto listed = static_cast<int64_t>(items.rows.size());
     for (int64_t i = listed; i < std::min(*count, most); ++i) items.rows.push_back(kNoNode);
   }
-  answer.Nodes(frame::kItems, items.rows);
-  answer.Nodes(frame::kOtherItems, items.otherItems);
+  answer.items = std::move(items.rows);
+  answer.otherItems = std::move(items.otherItems);
 }
 
 NodeStore::Message NodeStore::OpenMessage(uint64_t data, uint64_t sub) {
@@ -265,25 +276,25 @@ NodeStore::Message& NodeStore::OpenEmbedded(uint32_t node, const AttachmentPath&
   return embedded_;
 }
 
-void NodeStore::DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) {
+void NodeStore::DescribeItem(const ItemPlace& place, Answer& answer) {
   file_.TakeDamage();
   item_ = {};
   Message& item = OpenItem(place.node);
   if (auto messageClass = FindProperty(*item.properties, Prop::kMessageClass)) {
     std::string bytes = ShortValue(*item.properties, *messageClass);
     answer.Property(messageClass->number, messageClass->type, bytes);
-    if (IsMailClass(bytes, messageClass->type)) DescribeMessage(item, withAttachments, answer);
+    if (IsMailClass(bytes, messageClass->type)) DescribeMessage(item, answer);
   }
   TellDamage(answer);
 }
 
-void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& answer) {
+void NodeStore::DescribeMessage(Message& message, Answer& answer) {
   SendProperties(*message.properties, kMessageProperties, answer);
   try {
     if (auto node = message.properties->FindSubNode(kRecipientsNode)) {
       Table recipients(file_, node->data, node->sub);
       for (size_t row = 0; row < std::min(recipients.RowIds().size(), kMaxRows); ++row) {
-        answer.Frame(frame::kRecipientRow, {});
+        answer.BeginRecipient();
         recipients.ForEachCell(row, [&](const Field& field) {
           if (Contains(kRecipientProperties, field.number)) {
             SendField(recipients.Values(), field, answer);
@@ -292,19 +303,16 @@ void NodeStore::DescribeMessage(Message& message, bool withAttachments, Answer& 
       }
     }
   } catch (const ReadError&) {
-    answer.Frame(frame::kLost, "recipients");  // those that were read stand
+    answer.Lose("recipients");  // those that were read stand
   }
-  if (message.isDamaged) answer.Frame(frame::kLost, "attachments");
+  if (message.isDamaged) answer.Lose("attachments");
   for (uint32_t i = 0; i < message.attachments.size(); ++i) {
-    answer.Frame(frame::kAttachmentRow, {});  // keeps the numbers even where one is lost
+    answer.BeginAttachment();  // keeps the numbers even where one is lost
     try {
       auto attachment = OpenAttachment(message, i);
       SendProperties(*attachment, kAttachmentProperties, answer);
-      if (withAttachments && MethodOf(*attachment) == AttachMethod::kByValue) {
-        SendBytes(*attachment, answer);
-      }
     } catch (const ReadError&) {
-      if (withAttachments) throw;
+      // It shows when its bytes are read.
     }
   }
 }
@@ -313,30 +321,17 @@ void NodeStore::DescribeEmbedded(const ItemPlace& place, const AttachmentPath& p
                                  Answer& answer) {
   file_.TakeDamage();
   embedded_ = {};
-  DescribeMessage(OpenEmbedded(place.node, path), false, answer);
+  DescribeMessage(OpenEmbedded(place.node, path), answer);
   TellDamage(answer);
 }
 
-void NodeStore::SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) {
+void NodeStore::ReadAttachment(const ItemPlace& place, const AttachmentPath& path,
+                               const ByteSink& sink, Answer& answer) {
   if (path.empty()) throw ReadError("attachment");
   file_.TakeDamage();
   Message& message = OpenEmbedded(place.node, {path.begin(), path.end() - 1});
-  SendBytes(*OpenAttachment(message, path.back()), answer);
+  StreamBytes(*OpenAttachment(message, path.back()), sink);
   TellDamage(answer);
-}
-
-void NodeStore::SendBytes(Heap& attachment, Answer& answer) {
-  auto data = FindProperty(attachment, Prop::kAttachData);
-  if (!data || MethodOf(attachment) == AttachMethod::kEmbeddedMessage) {
-    throw ReadError("attachment");
-  }
-  answer.Frame(frame::kBytes, {});  // an empty one is read, too
-  auto begin = [&](uint64_t size) { answer.Expect(size); };
-  auto piece = [&](std::string_view bytes) { answer.Frame(frame::kBytes, bytes); };
-  if (data->type != kObject) return StreamField(attachment, *data, begin, piece);
-  // Something another program made: its bytes are a node of their own.
-  std::string_view object = attachment.Value(static_cast<uint32_t>(NumberAt(data->value, 0, 4)));
-  attachment.Stream(static_cast<uint32_t>(NumberAt(object, 0, 4)), begin, piece);
 }
 
 }  // namespace tarnwick::outlook::reader

@@ -32,10 +32,11 @@ class NodeStore : public StoreFile {
 
   void DescribeStore(Answer& answer) override;
   void DescribeFolder(uint32_t node, Answer& answer) override;
-  void DescribeItem(const ItemPlace& place, bool withAttachments, Answer& answer) override;
+  void DescribeItem(const ItemPlace& place, Answer& answer) override;
   void DescribeEmbedded(const ItemPlace& place, const AttachmentPath& path,
                         Answer& answer) override;
-  void SendAttachment(const ItemPlace& place, const AttachmentPath& path, Answer& answer) override;
+  void ReadAttachment(const ItemPlace& place, const AttachmentPath& path, const ByteSink& sink,
+                      Answer& answer) override;
 
  protected:
   NodeFile& File() { return file_; }
@@ -51,8 +52,7 @@ class NodeStore : public StoreFile {
   Message& OpenItem(uint32_t node);
   Message& OpenEmbedded(uint32_t node, const AttachmentPath& path);
   std::unique_ptr<Heap> OpenAttachment(Message& message, uint32_t number);
-  void DescribeMessage(Message& message, bool withAttachments, Answer& answer);
-  void SendBytes(Heap& attachment, Answer& answer);
+  void DescribeMessage(Message& message, Answer& answer);
   // What a folder's table lists.
   struct Listing {
     std::vector<uint32_t> rows;
