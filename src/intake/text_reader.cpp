@@ -85,6 +85,7 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   std::unique_ptr<ReaderLink> own;  // of a file that is handed
   if (bytes.Size() > kMostHeld) {
     own = ReaderLink::Begin(raw.File(), conversation_, rules, {});
+    if (own) own->TellProgress([](int) {});  // what takes long says that it goes on
   } else if (Link(rules) != nullptr) {
     sent = TakeAsked(raw.File(), how);
     if (!sent) link_->Ask(sent.emplace(bytes.Read(0, bytes.Size())), how);

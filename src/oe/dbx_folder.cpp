@@ -171,7 +171,9 @@ class FolderListService : public intake::LetterService {
  public:
   explicit FolderListService(const intake::ReadingRules& rules) : rules_(rules) {}
 
-  Answer Next(std::string_view /*how*/, bool /*packs*/, const ByteSink& /*sink*/) override { return {}; }
+  Answer Next(std::string_view /*how*/, bool /*packs*/, const ByteSink& /*sink*/) override {
+    return {};
+  }
   std::string Text(std::string_view /*which*/, const ByteSink& /*longText*/) override {
     return intake::BytesOf(ReadListHere(platform::kHandedName, rules_));
   }

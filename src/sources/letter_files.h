@@ -29,6 +29,15 @@ LetterFileKind KindOfLetterFile(std::string_view name);
 // The letters among a folder's files, in the order of their names.
 std::vector<std::string> LetterFilesIn(const std::vector<std::string>& files);
 
+// What a letter's file tells beside the letter.
+struct LetterFrame {
+  LetterSpan span;             // of the letter
+  intake::MessageState state;  // of an Apple letter
+  bool isRecord = false;
+  std::string fault;  // why it can't be read; "" when it can
+};
+LetterFrame FrameOf(FileWindow& file, LetterFileKind kind);
+
 class LetterFiles : public LetterReader {
  public:
   using StateOf = std::function<intake::MessageState(const std::string& path)>;

@@ -48,11 +48,12 @@ void Pass(Archive& archive, Wanted& w) {
 // A file that a mailbox is.
 struct MailboxFile {
   MailboxKind kind = MailboxKind::kMbox;
+  std::string index;  // the bytes of the file beside it
 };
 template <typename Archive>
 void Pass(Archive& archive, MailboxFile& f) {
   constexpr size_t kKinds = static_cast<size_t>(MailboxKind::kOutlookExpress4) + 1;
-  archive(intake::OneOf{f.kind, kKinds});
+  archive(intake::OneOf{f.kind, kKinds}, RawBytes{f.index});
 }
 
 // What the reader made of a letter fits the letter.
@@ -75,15 +76,12 @@ core::Telling LostFailure() {
 // A mailbox that is one file.
 class MailboxLink : public LetterWalk {
  public:
-  MailboxLink(const Mailbox& mailbox, std::unique_ptr<intake::ReaderLink> link)
-      : link_(std::move(link)), bytesLeft_(link_->StoreSize()) {
-    if (mailbox.kind == MailboxKind::kOutlookExpress4) states_.emplace(mailbox.path);
-  }
+  explicit MailboxLink(std::unique_ptr<intake::ReaderLink> link)
+      : link_(std::move(link)), bytesLeft_(link_->StoreSize()) {}
 
   LetterReading Next(bool wantsText) override {
     ++number_;
-    // The state of a letter of Outlook Express 4 stands in a file of its own.
-    std::optional<std::string_view> record = link_->Next(wantsText && !states_);
+    std::optional<std::string_view> record = link_->Next(wantsText);
     LetterReading letter;
     try {
       if (!record) intake::RefuseRecord();
@@ -99,7 +97,6 @@ class MailboxLink : public LetterWalk {
       letter.entry.name = "message " + std::to_string(number_);
       letter.failure = LostFailure();
     }
-    if (states_) letter.entry.state = states_->StateAt(letter.span);
     return letter;
   }
 
@@ -132,7 +129,6 @@ class MailboxLink : public LetterWalk {
  private:
   std::unique_ptr<intake::ReaderLink> link_;
   uint64_t bytesLeft_;  // of the file
-  std::optional<OutlookExpress4States> states_;
   int64_t number_ = 0;
 };
 
@@ -295,8 +291,8 @@ class LetterFileService : public intake::SentMessages {
 
 class MailboxService : public intake::LetterService {
  public:
-  MailboxService(const intake::ReadingRules& rules, MailboxKind kind)
-      : rules_(rules), kind_(kind) {}
+  MailboxService(const intake::ReadingRules& rules, MailboxFile mailbox)
+      : rules_(rules), mailbox_(std::move(mailbox)) {}
 
   void Skip(uint64_t messages) override {
     LetterEntry entry;
@@ -342,16 +338,13 @@ class MailboxService : public intake::LetterService {
   // Opened when it is first needed, so that its error belongs to a request.
   LetterReader& Letters() {
     if (!letters_) {
-      Mailbox mailbox;
-      mailbox.kind = kind_;
-      mailbox.path = platform::kHandedName;
-      letters_ = OpenMailbox(mailbox);
+      letters_ = OpenMailboxFile(mailbox_.kind, platform::kHandedName, mailbox_.index);
     }
     return *letters_;
   }
 
   intake::ReadingRules rules_;
-  MailboxKind kind_;
+  MailboxFile mailbox_;
   std::unique_ptr<LetterReader> letters_;
 };
 
@@ -360,11 +353,12 @@ class MailboxService : public intake::LetterService {
 std::unique_ptr<LetterWalk> OpenLettersLink(const Mailbox& mailbox,
                                             const intake::ReadingRules& rules) {
   using intake::Conversation;
-  bool isFile = mailbox.kind == MailboxKind::kMbox || mailbox.kind == MailboxKind::kOutlookExpress4;
-  if (isFile) {
+  if (IsFile(mailbox.kind)) {
+    bool hasIndex = mailbox.kind == MailboxKind::kOutlookExpress4;
+    MailboxFile told{mailbox.kind, hasIndex ? IndexBeside(mailbox.path) : ""};
     auto link = intake::ReaderLink::Begin(mailbox.path, Conversation::kMailbox, rules,
-                                          intake::BytesOf(MailboxFile{mailbox.kind}));
-    return link ? std::make_unique<MailboxLink>(mailbox, std::move(link)) : nullptr;
+                                          intake::BytesOf(told));
+    return link ? std::make_unique<MailboxLink>(std::move(link)) : nullptr;
   }
   auto link = intake::ReaderLink::Begin({}, Conversation::kLetterFiles, rules, {});
   if (!link) return nullptr;
@@ -373,7 +367,7 @@ std::unique_ptr<LetterWalk> OpenLettersLink(const Mailbox& mailbox,
 
 std::unique_ptr<intake::LetterService> MakeMailboxService(const intake::ReadingRules& rules,
                                                           std::string_view opening) {
-  return std::make_unique<MailboxService>(rules, intake::RecordOf<MailboxFile>(opening).kind);
+  return std::make_unique<MailboxService>(rules, intake::RecordOf<MailboxFile>(opening));
 }
 
 std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules) {
