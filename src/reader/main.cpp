@@ -56,7 +56,7 @@ std::unique_ptr<intake::LetterService> OpenService(const intake::LetterOpening& 
     case intake::Conversation::kMailbox:
       return sources::MakeMailboxService(rules, opening.store);
     case intake::Conversation::kLetterFiles:
-      return sources::MakeLetterFileService(rules);
+      return sources::MakeLetterFileService(rules, opening.store);
     case intake::Conversation::kText:
       return intake::MakeTextService();
     case intake::Conversation::kFolderList:

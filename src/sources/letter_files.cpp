@@ -109,6 +109,7 @@ bool LetterFiles::Next(LetterEntry& letter) {
 void LetterFiles::Look(LetterEntry& letter) {
   const std::string& path = paths_[next_ - 1];
   LetterFileKind kind = stateOf_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
+  if (isWhole_ && kind == LetterFileKind::kApple) kind = LetterFileKind::kText;
   file_ = std::make_unique<FileWindow>(path, size_t{64} * 1024);
   LetterFrame frame = FrameOf(*file_, kind);
   GoTo(frame.span);

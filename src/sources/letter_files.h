@@ -43,8 +43,9 @@ class LetterFiles : public LetterReader {
   using StateOf = std::function<intake::MessageState(const std::string& path)>;
   // Paths of letter files. With stateOf, which tells the state of each, they are texts whatever
   // their names are.
-  explicit LetterFiles(std::vector<std::string> paths, StateOf stateOf = {})
-      : paths_(std::move(paths)), stateOf_(std::move(stateOf)) {}
+  // isWhole: what an Apple file holds besides is taken as a part of the letter.
+  explicit LetterFiles(std::vector<std::string> paths, StateOf stateOf = {}, bool isWhole = false)
+      : paths_(std::move(paths)), stateOf_(std::move(stateOf)), isWhole_(isWhole) {}
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
@@ -59,6 +60,7 @@ class LetterFiles : public LetterReader {
 
   std::vector<std::string> paths_;
   StateOf stateOf_;
+  bool isWhole_;
   size_t next_ = 0;
   std::unique_ptr<FileWindow> file_;  // the current one
   uint64_t begin_ = 0;

@@ -9,6 +9,9 @@
 #include "intake/letter_record.h"
 #include "intake/reader_link.h"
 #include "platform/files.h"
+#include "sources/file_window.h"
+#include "sources/letter_files.h"
+#include "sources/mh.h"
 #include "sources/outlook_express4.h"
 
 namespace tarnwick::sources {
@@ -132,28 +135,47 @@ class MailboxLink : public LetterWalk {
   int64_t number_ = 0;
 };
 
+// What lies beside the letters of a folder.
+struct LetterFolder {
+  std::string sequences;  // .mh_sequences
+};
+template <typename Archive>
+void Pass(Archive& archive, LetterFolder& f) {
+  archive(RawBytes{f.sequences});
+}
+
 // How a letter that is sent is to be read.
 struct Sent {
   bool withText = false;
-  intake::MessageState state;
+  LetterFileKind kind = LetterFileKind::kText;
+  std::string name;
+  intake::MessageState state;  // as far as names tell it
 };
 template <typename Archive>
 void Pass(Archive& archive, Sent& s) {
-  archive(s.withText, s.state);
+  archive(s.withText, intake::OneOf{s.kind, static_cast<size_t>(LetterFileKind::kRecord) + 1},
+          RawBytes{s.name}, s.state);
 }
 
 // Letters that are files of their own, which the program opens. Those to come are read and sent
-// while the reader is busy with the ones before; a long one waits for its turn.
+// while the reader is busy with the ones before; a long one waits for its turn. An Apple file is
+// sent as it is, and the reader says where in it the letter lies.
 class LetterFilesLink : public LetterWalk {
  public:
-  LetterFilesLink(std::unique_ptr<LetterReader> letters, std::unique_ptr<intake::ReaderLink> link)
-      : letters_(std::move(letters)), link_(std::move(link)) {}
+  LetterFilesLink(const Mailbox& mailbox, std::unique_ptr<intake::ReaderLink> link)
+      : hasKinds_(mailbox.kind == MailboxKind::kLetterFiles), link_(std::move(link)) {
+    LetterFiles::StateOf stateOf;
+    if (mailbox.kind == MailboxKind::kMaildir) stateOf = StateInMaildir;
+    if (mailbox.kind == MailboxKind::kMh)
+      stateOf = [](const auto&) { return intake::MessageState(); };
+    letters_ = std::make_unique<LetterFiles>(LetterPathsOf(mailbox), std::move(stateOf), true);
+  }
 
   LetterReading Next(bool wantsText) override {
     while (MayReadOn()) ReadOn(wantsText);
     Coming coming = std::move(coming_.front());
     coming_.pop_front();
-    if (coming.letter.held) bytesAhead_ -= coming.letter.held->size();
+    bytesAhead_ -= coming.bytes;
     if (HasText(coming.letter.entry) && !coming.letter.failure) {
       if (coming.step == Coming::kWaits) SendInTurn(coming, wantsText);
       if (coming.step == Coming::kSent) TakeAnswer(coming);
@@ -166,7 +188,7 @@ class LetterFilesLink : public LetterWalk {
       for (Coming& other : coming_) {
         if (other.step == Coming::kSent) TakeAnswer(other);
       }
-      Coming again{std::move(letter), Coming::kWaits};
+      Coming again{std::move(letter)};
       SendIt(again, true);
       TakeAnswer(again);
       letter = std::move(again.letter);
@@ -181,6 +203,7 @@ class LetterFilesLink : public LetterWalk {
     enum Step : uint8_t { kWaits, kSent, kAnswered };
     LetterReading letter;
     Step step = kWaits;
+    size_t bytes = 0;  // that were read ahead
   };
 
   bool MayReadOn() const {
@@ -212,7 +235,8 @@ class LetterFilesLink : public LetterWalk {
       letter.failure = CurrentFailure();
       return;
     }
-    if (letter.held) bytesAhead_ += letter.held->size();
+    if (letter.held) coming.bytes = letter.held->size();
+    bytesAhead_ += coming.bytes;
     if (link_->MayAsk(size)) SendIt(coming, wantsText);
   }
 
@@ -223,9 +247,15 @@ class LetterFilesLink : public LetterWalk {
       withText = true;
       letters_->Copy([&](std::string_view piece) { own += piece; });
     }
-    link_->Ask(letter.held ? *letter.held : own,
-               intake::BytesOf(Sent{withText, letter.entry.state}));
+    link_->Ask(
+        letter.held ? *letter.held : own,
+        intake::BytesOf(Sent{withText, KindOf(letter), letter.entry.name, letter.entry.state}));
     coming.step = Coming::kSent;
+  }
+
+  // One that was answered for has been cut out of its file.
+  LetterFileKind KindOf(const LetterReading& letter) const {
+    return hasKinds_ && !letter.says ? KindOfLetterFile(letter.entry.name) : LetterFileKind::kText;
   }
 
   void SendInTurn(Coming& coming, bool withText) {
@@ -244,7 +274,11 @@ class LetterFilesLink : public LetterWalk {
     try {
       if (!record) intake::RefuseRecord();
       auto read = intake::RecordOf<LetterReading>(*record);
-      if (!read.says || read.held) intake::RefuseRecord();
+      if (read.held || read.says.has_value() != HasText(read.entry)) intake::RefuseRecord();
+      Cut(letter, read.span);
+      letter.entry.state = read.entry.state;
+      letter.entry.fault = read.entry.fault;
+      if (!read.says) letter.held.reset();
       if (letter.held && letter.held->size() != read.says->size) intake::RefuseRecord();
       if (read.prepared) intake::CheckPrepared(*read.prepared, letter.held);
       letter.says = std::move(read.says);
@@ -255,6 +289,17 @@ class LetterFilesLink : public LetterWalk {
     }
   }
 
+  // Leaves of what was sent the letter that lies there.
+  void Cut(LetterReading& letter, LetterSpan place) {
+    uint64_t size = letter.span.end - letter.span.begin;
+    if (place.begin > place.end || place.end > size) intake::RefuseRecord();
+    letter.span = {letter.span.begin + place.begin, letter.span.begin + place.end};
+    if (!letter.held) return letters_->GoTo(letter.span);
+    letter.held->resize(static_cast<size_t>(place.end));
+    letter.held->erase(0, static_cast<size_t>(place.begin));
+  }
+
+  bool hasKinds_;
   std::unique_ptr<LetterReader> letters_;
   std::unique_ptr<intake::ReaderLink> link_;
   std::deque<Coming> coming_;
@@ -272,21 +317,37 @@ std::unique_ptr<intake::PreparedMessage> Prepare(const intake::ReadingRules& rul
 
 class LetterFileService : public intake::SentMessages {
  public:
-  explicit LetterFileService(const intake::ReadingRules& rules) : rules_(rules) {}
+  LetterFileService(const intake::ReadingRules& rules, const LetterFolder& folder)
+      : rules_(rules), sequences_(folder.sequences) {}
 
   Answer Next(std::string_view how, bool packs, const ByteSink& /*sink*/) override {
     auto sent = intake::RecordOf<Sent>(how);
-    std::string text = Taken();
+    intake::RawMessage file({}, Taken());
+    FileWindow window(file);
+    LetterFrame frame = FrameOf(window, sent.kind);
+    LetterReading letter;
+    letter.span = frame.span;
+    letter.entry = {"letter", frame.fault, StateOf(sent, frame), ""};
+    if (!HasText(letter.entry)) return {intake::BytesOf(letter)};
+    std::string text = std::move(file).Bytes();
+    text.resize(static_cast<size_t>(frame.span.end));
+    text.erase(0, static_cast<size_t>(frame.span.begin));
     LetterListener listener;
     listener.Add(text);
-    LetterReading letter;
     letter.says = listener.Finish();
-    if (sent.withText) letter.prepared = Prepare(rules_, sent.state, packs, text);
+    if (sent.withText) letter.prepared = Prepare(rules_, letter.entry.state, packs, text);
     return {intake::BytesOf(letter)};
   }
 
  private:
+  intake::MessageState StateOf(const Sent& sent, const LetterFrame& frame) const {
+    if (sent.kind == LetterFileKind::kApple) return frame.state;
+    intake::MessageState state = sequences_.StateOf(sent.name);
+    return state.isKnown ? state : sent.state;
+  }
+
   intake::ReadingRules rules_;
+  MhSequences sequences_;
 };
 
 class MailboxService : public intake::LetterService {
@@ -360,9 +421,11 @@ std::unique_ptr<LetterWalk> OpenLettersLink(const Mailbox& mailbox,
                                           intake::BytesOf(told));
     return link ? std::make_unique<MailboxLink>(std::move(link)) : nullptr;
   }
-  auto link = intake::ReaderLink::Begin({}, Conversation::kLetterFiles, rules, {});
-  if (!link) return nullptr;
-  return std::make_unique<LetterFilesLink>(OpenMailbox(mailbox), std::move(link));
+  LetterFolder told;
+  if (mailbox.kind == MailboxKind::kMh) told.sequences = SequencesIn(mailbox.path);
+  auto link =
+      intake::ReaderLink::Begin({}, Conversation::kLetterFiles, rules, intake::BytesOf(told));
+  return link ? std::make_unique<LetterFilesLink>(mailbox, std::move(link)) : nullptr;
 }
 
 std::unique_ptr<intake::LetterService> MakeMailboxService(const intake::ReadingRules& rules,
@@ -370,8 +433,9 @@ std::unique_ptr<intake::LetterService> MakeMailboxService(const intake::ReadingR
   return std::make_unique<MailboxService>(rules, intake::RecordOf<MailboxFile>(opening));
 }
 
-std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules) {
-  return std::make_unique<LetterFileService>(rules);
+std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules,
+                                                             std::string_view opening) {
+  return std::make_unique<LetterFileService>(rules, intake::RecordOf<LetterFolder>(opening));
 }
 
 }  // namespace tarnwick::sources

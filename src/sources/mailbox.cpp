@@ -261,7 +261,7 @@ std::unique_ptr<LetterReader> OpenMailbox(const Mailbox& mailbox) {
   LetterFiles::StateOf stateOf;
   if (mailbox.kind == MailboxKind::kMaildir) stateOf = StateInMaildir;
   if (mailbox.kind == MailboxKind::kMh) {
-    stateOf = [sequences = SequencesIn(mailbox.path)](const std::string& path) {
+    stateOf = [sequences = MhSequences(SequencesIn(mailbox.path))](const std::string& path) {
       return sequences.StateOf(platform::FileNameOf(path));
     };
   }
