@@ -29,7 +29,7 @@ class StoreSampler {
   StoreSample Sample(const std::string& file);
 
  private:
-  intake::SingleReader reader_{intake::Conversation::kStoreSample};
+  intake::SingleReader reader_{intake::Conversation::kStoreSample, size_t{8} << 20};
 };
 
 // The reader's end.

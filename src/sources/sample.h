@@ -35,7 +35,7 @@ class MailboxSampler {
   int64_t Count(const Mailbox& mailbox);
 
  private:
-  intake::SingleReader reader_{intake::Conversation::kMailboxSample};
+  intake::SingleReader reader_{intake::Conversation::kMailboxSample, size_t{8} << 20};
 };
 
 // The reader's end.
