@@ -109,11 +109,11 @@ class MemoryOutlook : public outlook::Namespace {
     explicit ItemView(MemoryItem& item) : item_(item) {}
     std::string EntryID() override { return item_.entryId; }
     std::string TypeName() override {
-      Read();
+      NoteRead();
       return outlook::TypeNameOf(item_.properties.Text(outlook::Prop::kMessageClass));
     }
     const outlook::PropertySet& Properties() override {
-      Read();
+      NoteRead();
       return item_.properties;
     }
     const std::vector<outlook::PropertySet>& Recipients() override { return item_.recipients; }
@@ -132,7 +132,7 @@ class MemoryOutlook : public outlook::Namespace {
 
    private:
     static Error Damaged() { return Error(ErrorNumber::kPathAccess, "damaged"); }
-    void Read() {
+    void NoteRead() {
       if (item_.timesRead != nullptr) ++*item_.timesRead;
       if (item_.isDamaged) throw Damaged();
     }

@@ -13,6 +13,7 @@ namespace tarnwick::intake {
 namespace {
 
 constexpr size_t kMostUnsent = size_t{64} * 1024;
+constexpr size_t kLong = size_t{16} * 1024;
 constexpr int64_t kOpenSeconds = 600;
 constexpr int64_t kRequestSeconds = 60;
 
@@ -22,6 +23,10 @@ class Frames {
 
   void Add(char kind, std::string_view payload) {
     platform::BeginFrame(bytes_, kind, payload.size());
+    if (payload.size() >= kLong) {  // not copied once more
+      Send();
+      return channel_.write(payload);
+    }
     bytes_ += payload;
     if (bytes_.size() >= kMostUnsent) Send();
   }

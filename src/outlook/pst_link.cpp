@@ -120,9 +120,8 @@ ItemReading PstLink::Letter(const reader::ItemPlace& place, const intake::Readin
       Ask({.kind = PstRequest::Kind::kLetter, .place = place, .rules = rules}, add, restart);
   ItemReading reading;
   try {
-    constexpr size_t kMostType = 64;
     reading = intake::RecordOf<ItemReading>(record);
-    if (reading.type.size() > kMostType) intake::RefuseRecord();
+    if (!reading.type.empty() && !IsTypeName(reading.type)) intake::RefuseRecord();
     bool isWhole = reading.type == kMailType && written <= budget;
     if (isWhole) intake::CheckPrepared(reading.prepared, output.Held());
   } catch (const Error&) {

@@ -154,20 +154,20 @@ class PstItem : public PropertyItem {
   std::string TypeName() override {
     // Whatever is embedded is shown as a message.
     if (!path_.empty()) return kMailType;
-    std::string type = TypeNameOf(Read().Text(Prop::kMessageClass));
+    std::string type = TypeNameOf(ReadAll().Text(Prop::kMessageClass));
     // Of a damaged item a class that nobody knows may have been that of mail.
     if (type == kUnknownType && !lost_->empty()) {
       throw Error(ErrorNumber::kPathAccess, "its message class is damaged");
     }
     return type;
   }
-  const PropertySet& Properties() override { return Read(); }
+  const PropertySet& Properties() override { return ReadAll(); }
   const std::vector<PropertySet>& Recipients() override {
-    Read();
+    ReadAll();
     return recipients_;
   }
   const std::vector<PropertySet>& Attachments() override {
-    Read();
+    ReadAll();
     return attachments_;
   }
   void ReadAttachment(size_t index, const std::function<void(std::string_view)>& sink) override {
@@ -197,7 +197,7 @@ class PstItem : public PropertyItem {
     return path;
   }
 
-  const PropertySet& Read() {
+  const PropertySet& ReadAll() {
     if (isRead_) return properties_;
     Answer answer(store_.AnswerBudget());
     if (!path_.empty()) store_.steps.Enter();
