@@ -133,8 +133,7 @@ int YearOfDate(std::string_view text) {
   return hasMonth && hasDay && hasTime ? year : 0;
 }
 
-MboxReader::MboxReader(const intake::RawMessage& file)
-    : file_(file), look_(file, kMostOfHeaders) {
+MboxReader::MboxReader(const intake::RawMessage& file) : file_(file), look_(file, kMostOfHeaders) {
   next_ = SeparatorAt(0);
   if (!next_) return;
   std::string first(FirstLine(look_.Read(0, kMostOfSeparator)));
