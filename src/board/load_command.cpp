@@ -141,6 +141,7 @@ bool ReadChosen(const Chosen& chosen) {
   intake::LoadAccount& account = intake::Account();
   account.Open();
   bool done = core::Guarded("LoadFromMailer", false, [&] {
+    jet::BulkScope bulk(repository::RepositoryDb());
     jet::CommitGroup group(repository::RepositoryDb());
     bool isRead = ReadEach(chosen, whole);
     group.End();

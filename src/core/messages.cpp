@@ -27,12 +27,17 @@ ErrorsHeld*& Holder() {
   return holder;
 }
 
-// The event log while a load writes it, and the last date line.
+std::string DateLine(DateTime now) {
+  return platform::FormatDate(now, "General Date");
+}
+
+// The event log while a load writes it, with the date line of a second's entries.
 struct LoadLog {
-  explicit LoadLog(const std::string& path) : file(path) {}
+  LoadLog(const std::string& path, DateTime now)
+      : file(path), second(now), dateLine(DateLine(now)) {}
   platform::AppendedFile file;
   DateTime second;
-  std::string dateText;
+  std::string dateLine;
 };
 
 std::optional<LoadLog>& LogOfLoad() {
@@ -40,16 +45,13 @@ std::optional<LoadLog>& LogOfLoad() {
   return log;
 }
 
-// Made once for the entries of a second.
-std::string LogTime() {
-  DateTime now = platform::Now();
+// Opened anew each second: one that was removed meanwhile is made again.
+LoadLog& LogOfLoadAt(DateTime now) {
   std::optional<LoadLog>& log = LogOfLoad();
-  if (!log) return platform::FormatDate(now, "General Date");
-  if (log->dateText.empty() || log->second != now) {
-    log->dateText = platform::FormatDate(now, "General Date");
-    log->second = now;
+  if (!log || log->file.Path() != State().LogFile || log->second != now) {
+    log.emplace(State().LogFile, now);
   }
-  return log->dateText;
+  return *log;
 }
 
 void CommitFirst() {
@@ -140,21 +142,20 @@ void ReportUnknownFormat(const std::string& fileName) {
 
 void WriteLog(std::string_view text) {
   if (TellingsKept::Keep({Telling::Kind::kEntry, {}, std::string(text)})) return;
-  std::string entry = LogTime();
-  entry += "\r\n";
+  DateTime now = platform::Now();
+  LoadLog* log = State().LoadIsRunning ? &LogOfLoadAt(now) : nullptr;
+  std::string entry = (log != nullptr ? log->dateLine : DateLine(now)) + "\r\n";
   for (size_t end = 0; end != std::string_view::npos;) {
     end = text.find("\r\n");
     entry += OneLogLine(text.substr(0, end)) + "\r\n";
     if (end != std::string_view::npos) text.remove_prefix(end + 2);
   }
   entry += "\r\n";
-  if (!State().LoadIsRunning) {
+  if (log != nullptr) {
+    log->file.Append(entry);
+  } else {
     platform::AppendToFile(State().LogFile, entry);
-    return;
   }
-  std::optional<LoadLog>& log = LogOfLoad();
-  if (!log || log->file.Path() != State().LogFile) log.emplace(State().LogFile);
-  log->file.Append(entry);
 }
 
 void CloseLog() {

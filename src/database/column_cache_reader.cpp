@@ -3,6 +3,7 @@
 #include "database/column_cache_reader.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <numeric>
 #include <tuple>
@@ -18,6 +19,8 @@ using GroupPart = ColumnCachePlan::GroupItem::Part;
 
 // A row looked up by its key costs what so many cost in a pass over an index.
 constexpr size_t kLookupCost = 40;
+// And so many in a pass over memory.
+constexpr size_t kLookupCostInMemory = 2000;
 // Lookups between two questions whether to go on: a millisecond or so with long texts.
 constexpr size_t kLookupsToAsk = 32;
 
@@ -165,6 +168,8 @@ std::vector<std::vector<Value>> ColumnCacheReader::Groups(const RowPlaces& place
 }
 
 bool ColumnCacheReader::Begin() {
+  // To count all rows, the engine needs less than to read them.
+  if (plan_.spans.empty() && !cache_.IsRead()) return false;
   if (!cache_.Refresh() || !TestKinds(kinds_)) return false;
   from_ = 0;
   to_ = cache_.Rows().size();
@@ -227,11 +232,12 @@ RowPlaces ColumnCacheReader::Matching() {
   }
   RowPlaces places(from_, to_);
   bool isWhole = kinds_ == Marks(kinds_.size(), true) && references.empty() && owners.empty();
-  for (size_t i = from_; i < to_; i++) {
+  if (isWhole) places.AddAll();
+  for (size_t i = from_; i < to_ && !isWhole; i++) {
     const ColumnCache::Row& row = rows[i];
-    if (isWhole || (kinds_[row.kind] &&
-                    (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
-                    (owners.empty() || owners[row.key]))) {
+    if (kinds_[row.kind] &&
+        (references.empty() || references[std::min<size_t>(row.reference, highest)]) &&
+        (owners.empty() || owners[row.key])) {
       places.Add(i);
     }
   }
@@ -263,14 +269,21 @@ void ColumnCacheReader::KeepHolding(RowPlaces& places) {
     }
   }
   if (!last.all) {
+    // A pass over all rows costs most of what a rare text does: only those are left that may hold.
     size_t unknown = 0;
-    places.ForEach([&](size_t place) { unknown += last.tested[rows[place].key] ? 0 : 1; });
+    places.Keep([&](size_t place) {
+      uint32_t key = rows[place].key;
+      if (last.tested[key]) return bool{last.hold[key]};
+      unknown++;
+      return true;
+    });
     if (unknown > 0 && !IsCheapOneByOne(unknown)) {
       last.hold = Marked(program_.cacheRows, size);
       last.all = true;
+    } else {
+      LookUp(places, last);
     }
   }
-  if (!last.all) LookUp(places, last);
   places.Keep([&](size_t place) { return last.hold[rows[place].key]; });
 }
 
@@ -368,36 +381,50 @@ std::optional<std::vector<uint32_t>> ColumnCacheReader::ByReference(const RowPla
 }
 
 std::vector<uint32_t> ColumnCacheReader::ByText(const RowPlaces& places) {
+  const size_t all = cache_.Rows().size();
+  const std::vector<uint32_t>* order = cache_.TextOrder(plan_.order.text);
+  if (places.Size() < all / (order != nullptr ? kLookupCostInMemory : kLookupCost)) {
+    return ByLookedUpText(places);
+  }
+  if (order == nullptr) order = &cache_.KeepTextOrder(plan_.order.text, ReadTextOrder());
+  if (places.Size() == all) return *order;
+  Marks matching = MatchingKeys(places);
   std::vector<uint32_t> keys;
   keys.reserve(places.Size());
-  if (places.Size() < cache_.Rows().size() / kLookupCost) {
-    // Null stands before every text.
-    std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
-    Statement& statement = connection_.Ready(program_.cacheText, literals_);
-    for (uint32_t key : KeysOf(places)) {
-      StatementUse use(statement);
-      statement.Bind(kKeyParameter, int64_t{key});
-      if (!connection_.session.StepRead(statement)) continue;
-      texts.emplace_back(std::nullopt, key);
-      if (!statement.IsNull(0)) texts.back().first = statement.Text(0);
-    }
-    std::sort(texts.begin(), texts.end(), [](const auto& a, const auto& b) {
-      int order = a.first && b.first ? CompareText(*a.first, *b.first)
-                                     : a.first.has_value() - b.first.has_value();
-      return order != 0 ? order < 0 : a.second < b.second;
-    });
-    for (const auto& [text, key] : texts) keys.push_back(key);
-    return keys;
+  std::copy_if(order->begin(), order->end(), std::back_inserter(keys),
+               [&](uint32_t key) { return matching[key]; });
+  return keys;
+}
+
+std::vector<uint32_t> ColumnCacheReader::ByLookedUpText(const RowPlaces& places) {
+  // Null stands before every text.
+  std::vector<std::pair<std::optional<std::string>, uint32_t>> texts;
+  Statement& statement = connection_.Ready(program_.cacheText, literals_);
+  for (uint32_t key : KeysOf(places)) {
+    StatementUse use(statement);
+    statement.Bind(kKeyParameter, int64_t{key});
+    if (!connection_.session.StepRead(statement)) continue;
+    texts.emplace_back(std::nullopt, key);
+    if (!statement.IsNull(0)) texts.back().first = statement.Text(0);
   }
-  Marks matching = MatchingKeys(places);
+  std::sort(texts.begin(), texts.end(), [](const auto& a, const auto& b) {
+    int order = a.first && b.first ? CompareText(*a.first, *b.first)
+                                   : a.first.has_value() - b.first.has_value();
+    return order != 0 ? order < 0 : a.second < b.second;
+  });
+  std::vector<uint32_t> keys;
+  keys.reserve(texts.size());
+  for (const auto& [text, key] : texts) keys.push_back(key);
+  return keys;
+}
+
+std::vector<uint32_t> ColumnCacheReader::ReadTextOrder() {
+  std::vector<uint32_t> keys;
+  keys.reserve(cache_.Rows().size());
   Statement& statement = connection_.Ready(program_.cacheOrder, literals_);
   StatementUse use(statement);
   while (connection_.session.StepRead(statement)) {
-    int64_t key = statement.Int(0);
-    if (key >= 0 && static_cast<size_t>(key) < matching.size() &&
-        matching[static_cast<size_t>(key)]) {
-      keys.push_back(static_cast<uint32_t>(key));
-    }
+    keys.push_back(static_cast<uint32_t>(statement.Int(0)));
   }
   return keys;
 }

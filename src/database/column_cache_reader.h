@@ -49,6 +49,8 @@ class ColumnCacheReader {
   std::vector<uint32_t> ByKind(const RowPlaces& places) const;
   std::optional<std::vector<uint32_t>> ByReference(const RowPlaces& places);
   std::vector<uint32_t> ByText(const RowPlaces& places);
+  std::vector<uint32_t> ByLookedUpText(const RowPlaces& places);
+  std::vector<uint32_t> ReadTextOrder();
 
   Connection::Impl& connection_;
   Program& program_;

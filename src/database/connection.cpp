@@ -119,10 +119,7 @@ bool Connection::HasTable(std::string_view table) const {
 }
 
 void Connection::SetBulk(bool on) {
-  assert(!InGroup());
-  // Otherwise the engine overwrites what is deleted, page by page.
-  impl_->session.Engine().Run(on ? "PRAGMA secure_delete = OFF; PRAGMA journal_mode = DELETE;"
-                                 : "PRAGMA secure_delete = ON; PRAGMA journal_mode = WAL;");
+  impl_->session.SetBulk(on);
 }
 
 void Connection::KeepTextIndex(std::string_view table, std::vector<std::string> columns) {

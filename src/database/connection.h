@@ -106,9 +106,9 @@ class Connection {
   // writes is refused with the reason.
   void TakeBackGroup(const Error& reason);
 
-  // While on, what is written goes straight into the file, with a rollback journal beside it, and
-  // not into the log first, and deleted rows are not overwritten: as safe, and a fraction of the
-  // writing where whole tables are replaced. REQUIRES: no group is open.
+  // While on, what is written goes straight into the file, with a rollback journal beside it and
+  // each commit flushed, not into the log first, and deleted rows are not overwritten: as safe, and
+  // less is written where much is added or replaced. REQUIRES: no group is open.
   void SetBulk(bool on);
 
   // From now until it is closed, texts in these columns of a table are looked for (InStr, Like)

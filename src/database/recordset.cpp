@@ -75,6 +75,14 @@ std::vector<int64_t> Recordset::Keys() {
   return impl_->Keys();
 }
 
+void Recordset::EachKey(const std::function<void(int64_t key)>& use) {
+  impl_->EachKey(use);
+}
+
+void Recordset::Arrange(const std::vector<uint32_t>& places) {
+  impl_->Arrange(places);
+}
+
 void Recordset::Hold(const std::vector<int64_t>& keys) {
   impl_->Hold(keys);
 }

@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -65,6 +66,10 @@ class Recordset {
   int64_t PositionOfKey(int64_t key);
   // The keys of all rows in their order. Error 3251 where rows were read once and kept.
   std::vector<int64_t> Keys();
+  void EachKey(const std::function<void(int64_t key)>& use);
+  // Gives each row, in their order, another place, from 0. Requery brings them in the query's order
+  // again. Error 3251 as above. REQUIRES: each place once, and all of them.
+  void Arrange(const std::vector<uint32_t>& places);
   // From now on the recordset holds those rows of its query alone that have these keys, in the
   // order given; the caller vouches that the query gives them. Requery brings those of them that
   // the query still gives, in its order. HoldMore adds rows behind the last; the position stays.

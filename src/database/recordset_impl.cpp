@@ -3,6 +3,7 @@
 #include "database/recordset_impl.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "database/column_cache_reader.h"
 #include "platform/utf8.h"
@@ -157,10 +158,25 @@ void Recordset::Impl::RequireKeyed() {
 
 std::vector<int64_t> Recordset::Impl::Keys() {
   RequireKeyed();
-  FetchKeys();
-  std::vector<int64_t> keys(keys_.Size());
-  for (size_t i = 0; i < keys.size(); i++) keys[i] = keys_[i];
+  std::vector<int64_t> keys;
+  keys.reserve(RowCount());
+  EachKey([&](int64_t key) { keys.push_back(key); });
   return keys;
+}
+
+void Recordset::Impl::EachKey(const std::function<void(int64_t key)>& use) {
+  RequireKeyed();
+  FetchKeys();
+  for (size_t i = 0; i < keys_.Size(); i++) use(keys_[i]);
+}
+
+void Recordset::Impl::Arrange(const std::vector<uint32_t>& places) {
+  RequireKeyed();
+  FetchKeys();
+  assert(places.size() == keys_.Size());
+  keys_.Arrange(places);
+  place_ = Place::kFirst;
+  deleted_ = false;
 }
 
 void Recordset::Impl::Hold(const std::vector<int64_t>& keys) {

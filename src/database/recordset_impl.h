@@ -57,6 +57,8 @@ class Recordset::Impl final : public ConnectionUser {
   void Find(std::string_view criteria);
 
   std::vector<int64_t> Keys();
+  void EachKey(const std::function<void(int64_t key)>& use);
+  void Arrange(const std::vector<uint32_t>& places);
   void Hold(const std::vector<int64_t>& keys);
   void HoldMore(const std::vector<int64_t>& keys);
 

@@ -47,6 +47,12 @@ class RowKeys {
     }
   }
 
+  // Each to its place. REQUIRES: each place once.
+  void Arrange(const std::vector<uint32_t>& places) {
+    ArrangeIn(narrow_, places);
+    ArrangeIn(wide_, places);
+  }
+
   // The place of a key, or Size(). ascending: the keys are known to ascend.
   size_t Find(int64_t key, bool ascending) const {
     return isWide_ ? FindIn(wide_, key, ascending) : FindIn(narrow_, key, ascending);
@@ -60,6 +66,12 @@ class RowKeys {
     wide_.assign(narrow_.begin(), narrow_.end());
     narrow_ = {};
     isWide_ = true;
+  }
+  template <typename Key>
+  static void ArrangeIn(std::vector<Key>& keys, const std::vector<uint32_t>& places) {
+    std::vector<Key> arranged(keys.size());
+    for (size_t i = 0; i < keys.size(); i++) arranged[places[i]] = keys[i];
+    keys = std::move(arranged);
   }
   template <typename Key>
   static size_t FindIn(const std::vector<Key>& keys, int64_t key, bool ascending) {

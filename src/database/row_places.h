@@ -15,9 +15,14 @@ namespace tarnwick::jet {
 class RowPlaces {
  public:
   // Of the rows from one place on to another, which is the end. None of them is in yet.
-  RowPlaces(size_t from, size_t to) : from_(from), words_((to - from + 63) / 64) {}
+  RowPlaces(size_t from, size_t to) : from_(from), all_(to - from), words_((to - from + 63) / 64) {}
 
   size_t Size() const { return size_; }
+  void AddAll() {
+    for (uint64_t& word : words_) word = ~uint64_t{0};
+    if (size_t rest = all_ % 64; rest != 0) words_.back() = (uint64_t{1} << rest) - 1;
+    size_ = all_;
+  }
   // REQUIRES: within the range, and not in yet.
   void Add(size_t place) {
     words_[(place - from_) / 64] |= uint64_t{1} << (place - from_) % 64;
@@ -48,6 +53,7 @@ class RowPlaces {
   }
 
   size_t from_;
+  size_t all_;
   std::vector<uint64_t> words_;
   size_t size_ = 0;
 };

@@ -187,11 +187,6 @@ AppendedFile::~AppendedFile() {
 }
 
 bool AppendedFile::Append(std::string_view bytes) {
-  // Removed meanwhile, it is made anew.
-  if (handle_ >= 0 && !system::HasName(handle_)) {
-    system::Close(handle_);
-    handle_ = system::Open(path_, system::Use::kAppend);
-  }
   return handle_ >= 0 &&
          system::Write(handle_, bytes.data(), bytes.size()) == static_cast<int64_t>(bytes.size());
 }

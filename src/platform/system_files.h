@@ -32,7 +32,6 @@ int Close(int handle);
 std::FILE* OpenStream(const std::string& path);  // to be read; nullptr where that fails
 int HandedFile();                                // what InputFile::Handed() gives
 int64_t SizeOf(int handle);                      // -1 also for whatever is no plain file
-bool HasName(int handle);                        // false once the file was removed
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count);  // 0 at the end
 int64_t Write(int handle, const void* bytes, size_t count);
 bool Rewind(int handle);  // the next Write is at its beginning

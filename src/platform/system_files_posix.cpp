@@ -104,11 +104,6 @@ int64_t SizeOf(int handle) {
   return ::fstat(handle, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
-bool HasName(int handle) {
-  struct stat status {};
-  return ::fstat(handle, &status) == 0 && status.st_nlink > 0;
-}
-
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count) {
   return ::pread(handle, buffer, count, static_cast<off_t>(offset));
 }

@@ -162,13 +162,6 @@ int64_t SizeOf(int handle) {
   return isPlain && GetFileSizeEx(file, &size) != 0 ? size.QuadPart : -1;
 }
 
-bool HasName(int handle) {
-  FILE_STANDARD_INFO info{};
-  return GetFileInformationByHandleEx(HandleOf(handle), FileStandardInfo, &info, sizeof info) !=
-             0 &&
-         info.DeletePending == 0 && info.NumberOfLinks > 0;
-}
-
 int64_t ReadAt(int handle, uint64_t offset, void* buffer, size_t count) {
   OVERLAPPED place{};
   place.Offset = static_cast<DWORD>(offset);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 #include "core/guard.h"
 #include "core/steps.h"
@@ -20,8 +19,12 @@ namespace {
 
 using repository::RepositoryDb;
 
-// Letters whose hashes are waited for at once: the processor waits for some ten places of memory.
-constexpr size_t kMostExpected = 16;
+// What a letter's subject says: letters of one subject are joined when both is true of one of them,
+// or each of one.
+constexpr uint8_t kUnnamed = 1;
+constexpr uint8_t kReply = 2;
+static_assert((kUnnamed | kReply) == HashGroups::kBothMarks &&
+              KeySet::kHighestKey <= HashGroups::kHighestNumber);
 
 struct Prefix {
   std::string_view text;
@@ -92,141 +95,78 @@ PlainSubject PlainSubjectOf(std::string_view subject) {
   return plain;
 }
 
-uint32_t Conversations::NewSet() {
-  auto set = static_cast<uint32_t>(above_.size());
-  above_.push_back(set);
-  waiting_.push_back(kNone);
-  kinds_.push_back(0);
-  return set;
-}
-
-uint32_t Conversations::SetOf(uint64_t hash) {
-  uint32_t& set = ids_.At(hash);
-  if (set == kNone) set = NewSet();
-  return set;
-}
-
-uint32_t Conversations::Find(uint32_t set) {
-  while (above_[set] != set) {
-    above_[set] = above_[above_[set]];
-    set = above_[set];
-  }
-  return set;
-}
-
-// Below the older one: with the halved ways of Find that is near enough to constant time.
-void Conversations::Join(uint32_t a, uint32_t b) {
-  a = Find(a);
-  b = Find(b);
-  above_[std::max(a, b)] = std::min(a, b);
-}
-
 bool Conversations::Read(int64_t milliseconds) {
   return steps_.Run(
       milliseconds, [this] { return isUnfit_ || IsComplete(); },
       [this](int64_t rows) { ReadNext(rows); });
 }
 
-void Conversations::ReadNext(int64_t rows) {
-  RepositoryDb().ReadRows(
-      NextRows("Thread, Subject, FromTo, State", "Email", last_, rows),
-      [&](const jet::PassingRow& row) {
-        last_ = row.Int(0);
-        isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
-                   last_ > kKeysAtFirst + kSparsest * static_cast<int64_t>(above_.size() + 1);
-        if (!isUnfit_ && last_ >= 0) Expect(last_, row);
-      });
-  AddExpected();
-}
-
 bool Conversations::IsComplete() {
   if (isUnfit_ || !RepositoryDb().IsOpen()) return false;
   newest_ = LastKey("Email");
-  return newest_ <= last_;
+  return newest_ <= last_ && groups_.IsJoined();
 }
 
 int Conversations::Percent() const {
   return newest_ <= 0 ? 100 : static_cast<int>(std::min(last_, newest_) * 100 / newest_);
 }
 
-uint32_t Conversations::Of(int64_t message) {
-  auto place = static_cast<size_t>(message);
-  if (message < 0 || place >= ofMessage_.size() || ofMessage_[place] == kNone) return kNone;
-  return Find(ofMessage_[place]);
+void Conversations::ReadNext(int64_t rows) {
+  if (newest_ <= last_ && !groups_.IsJoined()) return JoinNext(rows);
+  ReserveByKey(sets_, newest_, KeySet::kHighestKey);
+  RepositoryDb().ReadRows(NextRows("Thread, Subject, FromTo, State", "Email", last_, rows),
+                          [&](const jet::PassingRow& row) {
+                            last_ = row.Int(0);
+                            isUnfit_ = isUnfit_ || last_ > KeySet::kHighestKey ||
+                                       last_ > kKeysAtFirst + kSparsest * ++read_;
+                            if (!isUnfit_ && last_ >= 0) Add(last_, row);
+                          });
 }
 
-std::vector<uint32_t> Conversations::OfAll(const std::vector<int64_t>& messages) {
-  auto placeOf = [&](size_t i) {
-    auto place = i < messages.size() ? static_cast<size_t>(messages[i]) : SIZE_MAX;
-    return std::min(place, ofMessage_.size());
-  };
-  std::vector<uint32_t> sets(messages.size(), kNone);
-  for (size_t i = 0; i < messages.size(); i++) {
-    // First the message's own set on its way, then, when that has come, the one above it.
-    __builtin_prefetch(ofMessage_.data() + placeOf(i + 2 * kMostExpected));
-    size_t next = placeOf(i + kMostExpected);
-    if (next < ofMessage_.size() && ofMessage_[next] != kNone) {
-      __builtin_prefetch(&above_[ofMessage_[next]]);
-    }
-    sets[i] = Of(messages[i]);
-  }
-  return sets;
-}
-
-void Conversations::Expect(int64_t message, const jet::PassingRow& row) {
-  Letter& letter = expected_.emplace_back();
-  letter.message = message;
-  letter.ids = intake::ThreadOfStored(row.Text(1));
+void Conversations::Add(int64_t message, const jet::PassingRow& row) {
+  auto number = static_cast<uint32_t>(message);
+  sets_.resize(size_t{number} + 1, kNone);
+  sets_[number] = number;
   if (row.Text(1).empty()) unknown_.push_back(message);
   if (intake::StateOfStored(row.Text(4)).IsUnread()) unread_.Add(message);
 
+  intake::ThreadIds ids = intake::ThreadOfStored(row.Text(1));
+  if (ids.own != 0) groups_.Add(ids.own, number, HashGroups::kBothMarks);
+  for (uint64_t hash : ids.answered) groups_.Add(hash, number, HashGroups::kBothMarks);
+  AddBySubject(number, row, ids.own != 0, !ids.answered.empty());
+}
+
+void Conversations::AddBySubject(uint32_t message, const jet::PassingRow& row, bool isNamed,
+                                 bool answers) {
   PlainSubject subject = PlainSubjectOf(row.Text(2));
-  if (!subject.text.empty() && row.Int(3) != 0) {
-    if (subject.isReply) letter.kinds = letter.ids.answered.empty() ? kReply | kJoined : kReply;
-    if (letter.ids.own == 0) letter.kinds |= kUnnamed;
-    subject.text.append(1, '\n').append(std::to_string(row.Int(3)));
-    letter.subject = intake::ThreadHash(subject.text);
-  }
-  ids_.Expect(letter.ids.own);
-  for (uint64_t hash : letter.ids.answered) ids_.Expect(hash);
-  subjects_.Expect(letter.subject);
-  if (expected_.size() == kMostExpected) AddExpected();
+  if (subject.text.empty() || row.Int(3) == 0) return;
+  uint8_t marks = isNamed ? 0 : kUnnamed;
+  if (subject.isReply) marks |= answers ? kReply : HashGroups::kBothMarks;
+  // No identifier holds the end of a line.
+  subject.text.append(1, '\n').append(std::to_string(row.Int(3)));
+  groups_.Add(intake::ThreadHash(subject.text), message, marks);
 }
 
-void Conversations::AddExpected() {
-  for (const Letter& letter : expected_) Add(letter);
-  expected_.clear();
+// The last one has each message's way to the lowest key be a single step, in one pass from below.
+void Conversations::JoinNext(int64_t pairs) {
+  groups_.Join(pairs, [this](uint32_t a, uint32_t b) {
+    a = Find(a);
+    b = Find(b);
+    sets_[std::max(a, b)] = std::min(a, b);
+  });
+  if (!groups_.IsJoined()) return;
+  for (uint32_t& set : sets_) {
+    if (set != kNone) set = sets_[set];
+  }
 }
 
-void Conversations::Add(const Letter& letter) {
-  uint32_t set = letter.ids.own != 0 ? SetOf(letter.ids.own) : NewSet();
-  for (uint64_t hash : letter.ids.answered) Join(set, SetOf(hash));
-  auto place = static_cast<size_t>(letter.message);
-  if (place >= ofMessage_.size()) ofMessage_.resize(place + 1, kNone);
-  ofMessage_[place] = set;
-  if (letter.subject == 0) return;
-  uint32_t own = set;
-  if ((kinds_[set] & kListed) != 0) {  // by a copy of the letter
-    own = NewSet();
-    Join(own, set);
+// With ways that are halved as they are gone, that is near enough to constant time.
+uint32_t Conversations::Find(uint32_t message) {
+  while (sets_[message] != message) {
+    sets_[message] = sets_[sets_[message]];
+    message = sets_[message];
   }
-  AddBySubject(own, letter.subject, letter.kinds);
-}
-
-void Conversations::AddBySubject(uint32_t set, uint64_t subject, uint8_t kinds) {
-  uint32_t& last = subjects_.At(subject);
-  uint32_t before = std::exchange(last, set);
-  uint8_t all = before == kNone ? kinds : kinds | kinds_[before];
-  if ((all & kUnnamed) != 0 && (all & kReply) != 0) all |= kJoined;
-  kinds_[set] = all | kListed;
-  if ((all & kJoined) == 0) {
-    waiting_[set] = before;
-    return;
-  }
-  // Those that were joined already are one.
-  for (uint32_t each = before; each != kNone; each = std::exchange(waiting_[each], kNone)) {
-    Join(set, each);
-  }
+  return message;
 }
 
 bool LearnThreads(std::vector<int64_t> messages) {

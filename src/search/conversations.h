@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Which messages of the open repository belong to one conversation, in memory: some fifty bytes a
+// Which messages of the open repository belong to one conversation, in memory: some thirty bytes a
 // message, read in steps when somebody wants it.
 //
 // The way is that of Jamie Zawinski's "message threading" (https://www.jwz.org/doc/threading.html):
@@ -22,8 +22,7 @@
 #include <vector>
 
 #include "database/connection.h"
-#include "intake/thread_ids.h"
-#include "search/hash_numbers.h"
+#include "search/hash_groups.h"
 #include "search/mail_map.h"
 #include "search/row_steps.h"
 
@@ -39,7 +38,7 @@ PlainSubject PlainSubjectOf(std::string_view subject);
 
 class Conversations {
  public:
-  static constexpr uint32_t kNone = HashNumbers::kNone;
+  static constexpr uint32_t kNone = UINT32_MAX;
 
   // Reads on for some milliseconds; true when there is nothing left to read. Throws Error.
   bool Read(int64_t milliseconds);
@@ -49,51 +48,38 @@ class Conversations {
   int Percent() const;
   void Forget() { *this = {}; }
 
-  // A number that the messages of one conversation share, until the next Read; kNone for one that
-  // is not known.
-  uint32_t Of(int64_t message);
-  // The same for many, in their order; quicker, for these are looked up side by side.
-  std::vector<uint32_t> OfAll(const std::vector<int64_t>& messages);
+  // A number that the messages of one conversation share, until the next Read: the lowest of their
+  // keys. kNone for one that is not known. REQUIRES: it is complete.
+  uint32_t Of(int64_t message) const {
+    return message < 0 || message >= End() ? kNone : sets_[static_cast<size_t>(message)];
+  }
+  // All keys that it knows are below.
+  int64_t End() const { return static_cast<int64_t>(sets_.size()); }
+  // Says that Of will be asked for it soon, as memory is slow where the keys are in no order.
+  void Expect(int64_t message) const {
+    if (message >= 0 && message < End()) __builtin_prefetch(&sets_[static_cast<size_t>(message)]);
+  }
   // Whether the mail program said that nobody had read it.
   bool IsUnread(int64_t message) const { return unread_.Holds(message); }
-  // How many sets its numbers may name.
-  size_t Sets() const { return above_.size(); }
   // The messages whose headers nobody has looked at, as former versions stored them.
   const std::vector<int64_t>& Unknown() const { return unknown_; }
 
  private:
-  // What there is among the letters of one subject.
-  enum Kind : uint8_t { kUnnamed = 1, kReply = 2, kJoined = 4, kListed = 8 };
-
-  // What is read of a message.
-  struct Letter {
-    int64_t message = 0;
-    intake::ThreadIds ids;
-    uint64_t subject = 0;  // with its correspondent, as a hash; 0 where it tells nothing
-    uint8_t kinds = 0;     // by the subject
-  };
-
-  uint32_t NewSet();
-  uint32_t SetOf(uint64_t hash);
-  uint32_t Find(uint32_t set);
-  void Join(uint32_t a, uint32_t b);
   void ReadNext(int64_t rows);
-  void Expect(int64_t message, const jet::PassingRow& row);
-  void AddExpected();
-  void Add(const Letter& letter);
-  void AddBySubject(uint32_t set, uint64_t subject, uint8_t kinds);
+  void Add(int64_t message, const jet::PassingRow& row);
+  void AddBySubject(uint32_t message, const jet::PassingRow& row, bool isNamed, bool answers);
+  void JoinNext(int64_t pairs);
+  uint32_t Find(uint32_t message);
 
-  std::vector<uint32_t> above_;      // of each set the one it was joined with, or itself
-  std::vector<uint32_t> ofMessage_;  // by keys
-  HashNumbers ids_;
-  // The letters of one subject that wait to be joined, the last of them in the table.
-  HashNumbers subjects_;
-  std::vector<uint32_t> waiting_;  // of each set the one before it
-  std::vector<uint8_t> kinds_;     // of the last: those of all
+  // By keys: of each message one of its conversation with a lower key, or itself; the lowest when
+  // all is joined. kNone where there is no message.
+  std::vector<uint32_t> sets_;
+  // By the letters that are named, and by the subjects with their correspondents.
+  HashGroups groups_;
   KeySet unread_;
-  std::vector<Letter> expected_;  // read, but not added yet
   int64_t last_ = 0;
   int64_t newest_ = 0;
+  int64_t read_ = 0;
   std::vector<int64_t> unknown_;
   bool isUnfit_ = false;
   RowSteps steps_;

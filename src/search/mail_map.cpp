@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "database/connection.h"
+#include "database/recordset.h"
 #include "intake/message_state.h"
 #include "platform/utf8.h"
 #include "repository/repository.h"
@@ -68,15 +69,15 @@ bool MailMap::Read(int64_t milliseconds) {
 }
 
 void MailMap::ReadNext(int64_t rows) {
-  if (!messages_.isAtEnd) {
+  if (!messages_.IsAtEnd()) {
     ReadMessages(rows);
-  } else if (!to_.isAtEnd) {
+  } else if (!to_.IsAtEnd()) {
     ReadLinks("ToRecipient", "Address, Name", rows, people_, recipients_, to_);
-  } else if (!cc_.isAtEnd) {
+  } else if (!cc_.IsAtEnd()) {
     ReadLinks("ccRecipient", "Address, Name", rows, people_, recipients_, cc_);
-  } else if (!attachments_.isAtEnd) {
+  } else if (!attachments_.IsAtEnd()) {
     ReadLinks("Attachment", "FileName, Null AS Nothing", rows, files_, attached_, attachments_);
-  } else if (!contactNames_.isAtEnd) {
+  } else if (!contactNames_.IsAtEnd()) {
     ReadContacts("MeContact", "ID AS Owner, Name", rows, contactNames_);
   } else {
     ReadContacts("ContactEmail", "ContactID, Address", rows, contactAddresses_);
@@ -85,14 +86,14 @@ void MailMap::ReadNext(int64_t rows) {
 
 bool MailMap::IsComplete() {
   if (isUnfit_ || !RepositoryDb().IsOpen()) return false;
-  messages_.isAtEnd = LastKey("Email") <= messages_.last;
-  to_.isAtEnd = LastKey("ToRecipient") <= to_.last;
-  cc_.isAtEnd = LastKey("ccRecipient") <= cc_.last;
-  attachments_.isAtEnd = LastKey("Attachment") <= attachments_.last;
-  contactNames_.isAtEnd = LastKey("MeContact") <= contactNames_.last;
-  contactAddresses_.isAtEnd = LastKey("ContactEmail") <= contactAddresses_.last;
-  return messages_.isAtEnd && to_.isAtEnd && cc_.isAtEnd && attachments_.isAtEnd &&
-         contactNames_.isAtEnd && contactAddresses_.isAtEnd;
+  messages_.end = LastKey("Email");
+  to_.end = LastKey("ToRecipient");
+  cc_.end = LastKey("ccRecipient");
+  attachments_.end = LastKey("Attachment");
+  contactNames_.end = LastKey("MeContact");
+  contactAddresses_.end = LastKey("ContactEmail");
+  return messages_.IsAtEnd() && to_.IsAtEnd() && cc_.IsAtEnd() && attachments_.IsAtEnd() &&
+         contactNames_.IsAtEnd() && contactAddresses_.IsAtEnd();
 }
 
 void MailMap::ForgetContacts() {
@@ -104,6 +105,7 @@ void MailMap::ReadMessages(int64_t rows) {
   std::string sql =
       NextRows("AddressFrom, NameFrom, Identity, Folder, FromTo, Direction, State, ReceivedTime",
                "Email", messages_.last, rows);
+  ReserveByKey(letters_, messages_.end, KeySet::kHighestKey);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     int64_t key = row.Int(0);
     int64_t contact = row.Int(5);
@@ -129,14 +131,14 @@ void MailMap::ReadMessages(int64_t rows) {
 }
 
 void MailMap::ReadLinks(std::string_view table, std::string_view columns, int64_t rows,
-                        Names& names, std::vector<Link>& links, Progress& progress) {
+                        Names& names, Links& links, Progress& progress) {
   std::string sql = NextRows(std::string("EmailID, ").append(columns), table, progress.last, rows);
   RepositoryDb().ReadRows(sql, [&](const jet::PassingRow& row) {
     progress.last = row.Int(0);
     int64_t key = row.Int(1);
     if (key < 0 || key > KeySet::kHighestKey) return;
-    links.push_back(
-        {static_cast<uint32_t>(key), names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3)))});
+    links.Add(static_cast<uint32_t>(key),
+              names.NumberOf(FoldCase(row.Text(2)), FoldCase(row.Text(3))));
   });
 }
 
@@ -158,11 +160,10 @@ std::vector<bool> MailMap::Names::With(std::string_view text) const {
   return with;
 }
 
-void MailMap::AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
-                        KeySet& keys) {
-  for (const Link& link : links) {
-    if (wanted[link.name]) keys.Add(link.message);
-  }
+void MailMap::AddLinked(const Links& links, const std::vector<bool>& wanted, KeySet& keys) {
+  links.ForEach([&](uint32_t message, uint32_t name) {
+    if (wanted[name]) keys.Add(message);
+  });
 }
 
 template <typename Test>
@@ -232,29 +233,32 @@ std::optional<MailMap::Traits> MailMap::Of(int64_t message) const {
                 letter.contact == kNoContact ? 0 : letter.contact};
 }
 
+// Where some have been deleted, it takes a look at each to see which.
+void MailMap::CountLeft(std::vector<Folder>& folders) const {
+  for (Folder& folder : folders) folder.messages = 0;
+  RepositoryDb().ReadRows("SELECT ID FROM Email", [&](const jet::PassingRow& row) {
+    auto key = static_cast<size_t>(row.Int(0));
+    uint32_t folder = key < letters_.size() ? letters_[key].folder : kNone;
+    if (folder != kNone) folders[folder].messages++;
+  });
+}
+
 std::vector<Folder> MailMap::Folders() const {
   std::vector<Folder> folders;
   for (const auto& [identity, name] : folders_.pairs) {
     folders.push_back({std::string(identity), std::string(name)});
   }
   int64_t known = 0;
-  int64_t stored = 0;
-  for (const Message& letter : letters_) known += letter.folder != kNone ? 1 : 0;
-  RepositoryDb().ReadRows("SELECT Count(*) AS N FROM Email",
-                          [&](const jet::PassingRow& row) { stored = row.Int(0); });
-  // Where some have been deleted, it takes a look at each to see which.
-  const bool isWhole = LastKey("Email") <= messages_.last && known == stored;
-  KeySet left;
-  if (!isWhole) {
-    RepositoryDb().ReadRows("SELECT ID FROM Email",
-                            [&](const jet::PassingRow& row) { left.Add(row.Int(0)); });
+  for (const Message& letter : letters_) {
+    if (letter.folder == kNone) continue;
+    folders[letter.folder].messages++;
+    known++;
   }
-  for (size_t key = 0; key < letters_.size(); ++key) {
-    const uint32_t folder = letters_[key].folder;
-    if (folder != kNone && (isWhole || left.Holds(static_cast<int64_t>(key)))) {
-      folders[folder].messages++;
-    }
-  }
+  // By a recordset, which has it out of the column cache: ten million take the engine a pass over
+  // more than it keeps of the file.
+  jet::Recordset stored;
+  stored.Open("SELECT Count(*) AS N FROM Email", RepositoryDb());
+  if (LastKey("Email") > messages_.last || stored.Field(0).AsInt() != known) CountLeft(folders);
   std::erase_if(folders, [](const Folder& folder) { return folder.messages == 0; });
   std::sort(folders.begin(), folders.end(), [](const Folder& a, const Folder& b) {
     return std::pair(FoldCase(a.identity), FoldCase(a.name)) <

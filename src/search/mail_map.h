@@ -3,7 +3,7 @@
 //
 // Who wrote each message of the open repository, who got it, what files were attached to it, in
 // which folder of the mail program it lay and what that knew of it, and whom the contact book
-// holds, in memory: twenty bytes for each message, eight for each recipient and file, each name and
+// holds, in memory: sixteen bytes for each message, four for each recipient and file, each name and
 // address once, and the contact book's texts. A search for a person is a look at the distinct
 // names then, and folders are counted without a look at the file.
 //
@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -128,36 +129,68 @@ class MailMap {
     uint32_t states : 8 = 0;  // by their places in intake::kStateMarks
   };
   static_assert(sizeof(Message) == 16 && kNoContact > KeySet::kHighestKey);
-  // A row of a table beside the messages: a message's key, and a number of Names.
-  struct Link {
-    uint32_t message;
-    uint32_t name;
+  // Rows of a table beside the messages: a message's key, and a number of Names. They come nearly
+  // in the order of the messages.
+  class Links {
+   public:
+    void Add(uint32_t message, uint32_t name) {
+      uint32_t step = message - last_;
+      if (step < kFar && name <= kShortName) {
+        words_.push_back(step << kNameBits | name);
+      } else {
+        words_.insert(words_.end(), {kFar << kNameBits, message, name});
+      }
+      last_ = message;
+    }
+    template <typename Use>
+    void ForEach(const Use& use) const {
+      uint32_t message = 0;
+      for (auto word = words_.begin(); word != words_.end(); ++word) {
+        uint32_t name = *word & kShortName;
+        if (*word >> kNameBits != kFar) {
+          message += *word >> kNameBits;
+        } else {
+          message = *++word;
+          name = *++word;
+        }
+        use(message, name);
+      }
+    }
+
+   private:
+    static constexpr int kNameBits = 24;
+    static constexpr uint32_t kShortName = (1U << kNameBits) - 1;
+    static constexpr uint32_t kFar = 255;
+    // How many keys the message is further than the one before, and the name; or kFar, and both.
+    std::deque<uint32_t> words_;
+    uint32_t last_ = 0;
   };
   // How far a table has been read.
   struct Progress {
     int64_t last = 0;  // key
-    bool isAtEnd = false;
+    int64_t end = 0;   // the last there is
+    bool IsAtEnd() const { return end <= last; }
   };
   void ReadNext(int64_t rows);
   void ReadMessages(int64_t rows);
   // columns: two of texts behind the key of the message.
   void ReadLinks(std::string_view table, std::string_view columns, int64_t rows, Names& names,
-                 std::vector<Link>& links, Progress& progress);
+                 Links& links, Progress& progress);
   // columns: the key of a contact and a text of it.
   void ReadContacts(std::string_view table, std::string_view columns, int64_t rows,
                     Progress& progress);
+  void CountLeft(std::vector<Folder>& folders) const;
   template <typename Test>
   void AddLetters(const Test& test, KeySet& keys) const;
-  static void AddLinked(const std::vector<Link>& links, const std::vector<bool>& wanted,
-                        KeySet& keys);
+  static void AddLinked(const Links& links, const std::vector<bool>& wanted, KeySet& keys);
 
   Names people_;                  // folded: address and name
   Names files_;                   // folded: name and nothing
   Names folders_;                 // identity and name
   std::vector<Message> letters_;  // by their keys
   int64_t read_ = 0;              // of them
-  std::vector<Link> recipients_;
-  std::vector<Link> attached_;
+  Links recipients_;
+  Links attached_;
   Progress messages_;
   Progress to_;
   Progress cc_;

@@ -4,10 +4,12 @@
 // Reading a table's rows by their keys, in steps between which the window answers.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarnwick::search {
 
@@ -21,6 +23,14 @@ int64_t LastKey(std::string_view table);
 
 // The statement that gives ID and these columns of the next rows behind a key.
 std::string NextRows(std::string_view columns, std::string_view table, int64_t after, int64_t rows);
+
+// Makes room for what is kept of each row by its key: growing step by step would have two copies in
+// memory. Takes no more than keys that are not too high can need, and that only when it is filled.
+template <typename Value>
+void ReserveByKey(std::vector<Value>& values, int64_t lastKey, int64_t highest) {
+  auto likely = static_cast<size_t>(std::clamp<int64_t>(lastKey, 0, highest)) + 1;
+  if (likely > values.capacity()) values.reserve(likely + likely / 64);
+}
 
 // So many rows at a time as take some milliseconds.
 class RowSteps {

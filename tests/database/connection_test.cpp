@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 #include "database/connection.h"
 
+#include "database/connection_impl.h"
 #include "database/engine/engine.h"
 #include "database/text/order.h"
 #include "mail_database.h"
@@ -145,8 +146,12 @@ TEST_F(ConnectionTest, NothingIsPutBesideAFileThatIsRead) {
 TEST_F(ConnectionTest, InBulkNoLogIsWritten) {
   {
     BulkScope bulk(connection_);
+    CommitGroup group(connection_);
+    EXPECT_TRUE(platform::FileExists(path_ + "-wal")) << "until something is written";
     AddNames({"Ann"});
     EXPECT_FALSE(platform::FileExists(path_ + "-wal"));
+    constexpr int kFull = 2;
+    EXPECT_EQ(connection_.GetImpl().session.Engine().Number("PRAGMA synchronous"), kFull);
     EXPECT_EQ(Column("SELECT Name FROM MeContact"), "Ann");
   }
   AddNames({"Bob"});

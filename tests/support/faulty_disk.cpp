@@ -58,9 +58,15 @@ int Read(sqlite3_file* file, void* buffer, int count, sqlite3_int64 offset) {
   return Real(file)->pMethods->xRead(Real(file), buffer, count, offset);
 }
 
+bool MakesLonger(sqlite3_file* file, sqlite3_int64 end) {
+  sqlite3_int64 size = 0;
+  return Real(file)->pMethods->xFileSize(Real(file), &size) == SQLITE_OK && end > size;
+}
+
 int Write(sqlite3_file* file, const void* buffer, int count, sqlite3_int64 offset) {
   auto half = [&] { return Real(file)->pMethods->xWrite(Real(file), buffer, count / 2, offset); };
   if (Fails(DiskFault::kFull)) return SQLITE_FULL;
+  if (MakesLonger(file, offset + count) && Fails(DiskFault::kNoRoom)) return SQLITE_FULL;
   if (Fails(DiskFault::kShortWrite)) {
     half();
     return SQLITE_IOERR_WRITE;

@@ -11,7 +11,8 @@
 namespace tarnwick::testing {
 
 enum class DiskFault {
-  kFull,        // a write that finds no room
+  kFull,        // a write that finds no room, even for what is written over
+  kNoRoom,      // a write that would make its file longer
   kShortWrite,  // a write of which half arrives
   kRead,
   kSync,

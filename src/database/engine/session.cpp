@@ -68,6 +68,8 @@ void Session::Configure(Use use) {
     // read where nothing can be written.
     database_->Run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 1000;");
   }
+  isInLog_ = keepsLog_;
+  isBulk_ = false;
   if (!use.readOnly && database_->Number("PRAGMA application_id") != TextOrderVersion()) {
     database_->Run("BEGIN; REINDEX;");
     database_->Run(("PRAGMA application_id = " + std::to_string(TextOrderVersion())).c_str());
@@ -130,6 +132,7 @@ bool Session::StepRead(Statement& statement) {
 }
 
 void Session::BeforeWrite() {
+  if (isBulk_ && isInLog_) LeaveLog();
   if (depth_ == 0) return;
   if (refusal_) throw *refusal_;
   if (!collecting_) {
@@ -160,8 +163,8 @@ void Session::Commit() {
     throw;
   }
   collecting_ = false;
-  unsynced_ = keepsLog_;
-  if (keepsLog_) database_->BeginLogSync();
+  unsynced_ = isInLog_;
+  if (isInLog_) database_->BeginLogSync();
 }
 
 void Session::TakeBackGroup(const Error& reason) {
@@ -172,13 +175,39 @@ void Session::TakeBackGroup(const Error& reason) {
 
 void Session::BeginGroup() {
   Engine();
-  // Commits in a group need no flush of their own: the log keeps them in order, and SyncLog at the
-  // group's end covers them all. The log grows larger, so that most of it has come to the disk by
-  // itself when it has to be waited for.
-  if (depth_ == 0 && keepsLog_) {
-    database_->Run("PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000;");
+  if (depth_++ == 0) SetFlushing();
+}
+
+// Commits to the log in a group need no flush of their own: the log keeps them in order, and
+// SyncLog at the group's end covers them all. The log grows larger, so that most of it has come to
+// the disk by itself when it has to be waited for.
+void Session::SetFlushing() {
+  database_->Run(depth_ > 0 && isInLog_
+                     ? "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000;"
+                     : "PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 1000;");
+}
+
+void Session::SetBulk(bool on) {
+  assert(depth_ == 0);
+  isBulk_ = on;
+  // Otherwise the engine overwrites what is deleted, page by page.
+  Engine().Run(on ? "PRAGMA secure_delete = OFF" : "PRAGMA secure_delete = ON");
+  if (on || isInLog_ || !keepsLog_) return;
+  database_->Run("PRAGMA journal_mode = WAL");
+  isInLog_ = true;
+}
+
+// With the first write in bulk: what writes nothing leaves the file as it is. Where the log can't
+// be left, as on a full disk, it is flushed as a journal would be.
+void Session::LeaveLog() {
+  if (database_->InTransaction()) return;
+  isInLog_ = false;
+  try {
+    database_->Run("PRAGMA journal_mode = DELETE");
+  } catch (const Error&) {
+    // What is written next says so where it can't be written.
   }
-  depth_++;
+  SetFlushing();
 }
 
 void Session::EndUnit() {
@@ -215,7 +244,7 @@ void Session::EndGroup() {
   }
   depth_ = 0;
   refusal_.reset();
-  database_->Run("PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 1000;");
+  SetFlushing();
   if (failure) throw *failure;
 }
 

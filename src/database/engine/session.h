@@ -66,6 +66,8 @@ class Session {
   void FlushGroup();
   void EndGroup();
   void TakeBackGroup(const Error& reason);
+  // Connection::SetBulk. REQUIRES: !InGroup().
+  void SetBulk(bool on);
   bool InGroup() const { return depth_ > 0; }
   bool HoldsWrites() const { return collecting_; }  // of a group, not committed yet
   int64_t Batch() const { return collecting_ ? batch_ : 0; }
@@ -77,10 +79,14 @@ class Session {
   void CheckReadable();
   void Configure(Use use);
   void BeforeWrite();
+  void LeaveLog();
+  void SetFlushing();
   void Commit();
 
   std::unique_ptr<Database> database_;
-  bool keepsLog_ = true;
+  bool keepsLog_ = true;  // but in bulk
+  bool isInLog_ = true;   // writes go through it now
+  bool isBulk_ = false;
   PasswordSource passwords_;
   TextCache<Statement> statements_{100};
   Follower* follower_ = nullptr;

@@ -64,12 +64,25 @@ ColumnCache::ColumnCache(Session& session, ColumnCacheDefinition definition)
 void ColumnCache::RowChanged(std::string_view table, int64_t key) {
   if (platform::SameWord(table, definition_.details)) repeatsRead_ = false;
   if (!isRead_ || !platform::SameWord(table, definition_.table)) return;
+  ForgetTextOrder();
   if (changed_.size() > kFewChanges && changed_.size() > rows_.size() / kSingleCost) {
     isRead_ = false;
     changed_ = {};
   } else if (changed_.empty() || changed_.back() != key) {
     changed_.push_back(key);
   }
+}
+
+const std::vector<uint32_t>& ColumnCache::KeepTextOrder(const std::string& name,
+                                                        std::vector<uint32_t> keys) {
+  textOrderName_ = name;
+  textOrder_ = std::move(keys);
+  return textOrder_;
+}
+
+void ColumnCache::ForgetTextOrder() {
+  textOrderName_.clear();
+  textOrder_ = {};
 }
 
 void ColumnCache::Forget() {
@@ -100,6 +113,7 @@ size_t ColumnCache::LikelyRows() {
 }
 
 void ColumnCache::ReadAll() {
+  ForgetTextOrder();
   rows_.clear();
   distant_.clear();
   kinds_.clear();

@@ -56,6 +56,14 @@ class ColumnCache {
   const std::vector<std::vector<Value>>& Kinds() const { return kinds_; }
   // In the order of their keys. Read when first asked for.
   const std::vector<Repeat>& Repeats();
+  // The keys of all rows in the order of a text that is not in the cache; nullptr where the order
+  // is not known. Four bytes a row for the one that was asked for last, until a row is written.
+  const std::vector<uint32_t>* TextOrder(const std::string& name) const {
+    return textOrderName_ == name && !name.empty() ? &textOrder_ : nullptr;
+  }
+  const std::vector<uint32_t>& KeepTextOrder(const std::string& name, std::vector<uint32_t> keys);
+  // Whether it can answer without a pass over all rows.
+  bool IsRead() const { return isRead_; }
   uint32_t HighestKey() const { return highestKey_; }
   uint32_t HighestReference() const { return highestReference_; }
 
@@ -71,6 +79,7 @@ class ColumnCache {
  private:
   static constexpr int64_t kNoDate = std::numeric_limits<int64_t>::min();
 
+  void ForgetTextOrder();
   size_t LikelyRows();
   void ReadAll();
   void ReadChanged();
@@ -106,6 +115,9 @@ class ColumnCache {
   uint32_t highestKey_ = 0;
   uint32_t highestReference_ = 0;
   std::vector<int64_t> changed_;
+
+  std::string textOrderName_;  // "": none is kept
+  std::vector<uint32_t> textOrder_;
 
   bool repeatsRead_ = false;
   std::vector<Repeat> repeats_;

@@ -37,7 +37,8 @@ class ColumnCachePlanner {
     if (!FindJoins(parts)) return {};
     if (select_.where && !SplitCondition(*select_.where, parts, plan)) return {};
     // Without a stretch of time the query is no list's; one row by its key, say.
-    if (plan.spans.empty() || !OrderByColumnCache(parts, plan)) return {};
+    if (plan.spans.empty() && !CountsAll()) return {};
+    if (!OrderByColumnCache(parts, plan)) return {};
     WriteParts(parts, plan);
     plan.countsDetails = parts.details.has_value();
     return plan;
@@ -54,6 +55,13 @@ class ColumnCachePlanner {
     Conditions ofDetails;
     Conditions ofRows;
   };
+
+  bool CountsAll() const {
+    const Expression& item = select_.items.front().value;
+    return select_.joins.empty() && !select_.where && select_.groupBy.empty() &&
+           item.kind == Kind::kCall && item.text == "count" && item.operands.size() == 1 &&
+           item.operands[0].kind == Kind::kStar;
+  }
 
   // The items are each group's values and how many rows it has.
   bool GroupByColumnCache(ColumnCachePlan& plan) const {
