@@ -87,7 +87,8 @@ void AddYear(int year, MailboxSample& sample) {
 // The years that Date headers tell in some bytes.
 void AddYears(std::string_view bytes, MailboxSample& sample) {
   constexpr std::string_view kDate = "\nDate: ";
-  for (size_t at = bytes.find(kDate); at != std::string_view::npos; at = bytes.find(kDate, at + 1)) {
+  for (size_t at = bytes.find(kDate); at != std::string_view::npos;
+       at = bytes.find(kDate, at + 1)) {
     std::string_view line = bytes.substr(at + kDate.size());
     line = line.substr(0, line.find('\n'));
     AddYear(YearOfDate(line), sample);
