@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (sources::CountOutlookExpress4(box) < 0) std::abort();
   uint64_t total = tarnwick::platform::FileSize(box);
   try {
-    sources::OutlookExpress4Reader reader(box);
+    sources::OutlookExpress4Reader reader(box, sources::IndexBeside(box));
     uint64_t given = 0;
     for (sources::LetterEntry letter; reader.Next(letter); letter = {}) {
       reader.Copy([&](std::string_view piece) { given += piece.size(); });

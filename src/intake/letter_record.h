@@ -104,9 +104,11 @@ enum class Conversation : uint8_t {
   kMsgFile,
   kRegistry,
   kOutlookStore,
-  kLostOutlook
+  kLostOutlook,
+  kStoreSample,
+  kMailboxSample
 };
-inline constexpr size_t kConversations = 10;
+inline constexpr size_t kConversations = 12;
 struct LetterOpening {
   Conversation conversation = Conversation::kDbx;
   bool isHanded = false;  // a file; messages are sent otherwise

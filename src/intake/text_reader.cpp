@@ -32,7 +32,8 @@ class TextService : public SingleService {
 
 }  // namespace
 
-SingleReader::SingleReader(Conversation conversation) : conversation_(conversation) {}
+SingleReader::SingleReader(Conversation conversation, size_t mostSent)
+    : conversation_(conversation), mostSent_(mostSent) {}
 SingleReader::~SingleReader() = default;
 
 ReaderLink* SingleReader::Link(const ReadingRules& rules) {
@@ -47,7 +48,7 @@ bool SingleReader::AskAhead(const std::string& file, const ReadingRules& rules,
   std::string bytes;
   try {
     platform::InputFile input(file);
-    if (input.Size() > kMostHeld) return true;
+    if (input.Size() > mostSent_) return true;
     if (!link->MayAsk(input.Size())) return false;
     bytes.resize(input.Size());
     bytes.resize(input.ReadAt(0, bytes.data(), bytes.size()));
@@ -83,8 +84,9 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   };
   std::optional<std::string> sent;
   std::unique_ptr<ReaderLink> own;  // of a file that is handed
-  if (bytes.Size() > kMostHeld) {
+  if (bytes.Size() > mostSent_) {
     own = ReaderLink::Begin(raw.File(), conversation_, rules, {});
+    if (own) own->TellProgress([](int) {});  // what takes long says that it goes on
   } else if (Link(rules) != nullptr) {
     sent = TakeAsked(raw.File(), how);
     if (!sent) link_->Ask(sent.emplace(bytes.Read(0, bytes.Size())), how);

@@ -30,7 +30,8 @@ class SingleReader {
   using TakeRecord =
       std::function<void(std::string_view record, const std::optional<std::string>& sent)>;
 
-  explicit SingleReader(Conversation conversation);
+  // mostSent: bytes of a short one.
+  explicit SingleReader(Conversation conversation, size_t mostSent = kMostHeld);
   ~SingleReader();
   SingleReader(const SingleReader&) = delete;
   SingleReader& operator=(const SingleReader&) = delete;
@@ -55,6 +56,7 @@ class SingleReader {
   std::optional<std::string> TakeAsked(const std::string& file, const std::string& how);
 
   Conversation conversation_;
+  size_t mostSent_;
   std::unique_ptr<ReaderLink> link_;  // for those that are sent
   std::deque<Asked> ahead_;
 };

@@ -161,7 +161,7 @@ class Looker {
           !platform::SameWord(name, "offline.dbx") && !platform::SameWord(name, "pop3uidl.dbx");
       hasUnmarked = hasUnmarked || (isMail && content == platform::DbxContent::kUnmarked);
       if (content != platform::DbxContent::kMessages) continue;
-      oe::StoreSample sample = oe::SampleStore(folder + name);
+      oe::StoreSample sample = storeSampler_.Sample(folder + name);
       ++mail.folders;
       mail.messages += sample.messages;
       mail.bytes += platform::FileSize(folder + name);
@@ -186,7 +186,7 @@ class Looker {
   }
 
   void TakeMailbox(const sources::Mailbox& mailbox) {
-    sources::MailboxSample sample = sources::SampleMailbox(mailbox);
+    sources::MailboxSample sample = mailboxSampler_.Sample(mailbox);
     auto [entry, isNew] =
         others_.try_emplace(mailbox.root + "\n" + mailbox.application, found_.mail.size());
     if (isNew) {
@@ -233,6 +233,8 @@ class Looker {
   std::map<std::string, Store> stores_;   // by folder
   std::map<std::string, size_t> others_;  // by place and program
   sources::MailboxFinder finder_;
+  oe::StoreSampler storeSampler_;
+  sources::MailboxSampler mailboxSampler_;
 };
 
 }  // namespace

@@ -10,9 +10,13 @@
 
 namespace tarnwick::oe {
 
+class ByteReader;
+
 // Number of messages that a message file says it holds, at most what its size can hold; 0 for a
 // file that does not bear the mark of one.
 int64_t AnnouncedMessages(const std::string& file);
+// The same of one that bears it; 0 for one without a whole header. Throws Error.
+int64_t CountInHeader(ByteReader& file);
 
 namespace reason {
 inline constexpr const char* kNotListed = "no folder of the folder list names this file";

@@ -50,8 +50,8 @@ std::string_view ZeroTerminated(std::string_view bytes, size_t place) {
   return bytes.substr(0, bytes.find('\0'));
 }
 
-ByteReader::ByteReader(const std::string& path, int64_t origin)
-    : file_(path),
+ByteReader::ByteReader(const intake::RawMessage& file, int64_t origin)
+    : file_(file),
       origin_(origin),
       size_(static_cast<uint64_t>(
           std::max<int64_t>(0, static_cast<int64_t>(file_.Size()) + origin))) {}
@@ -64,12 +64,12 @@ std::string_view ByteReader::Read(uint64_t offset, size_t count) {
   if (offset < windowStart_ || offset + count > windowEnd) {
     bool runsOn = !window_.empty() && offset >= windowStart_ && offset <= windowEnd;
     size_t piece = std::max(count, runsOn ? kRunPiece : kJumpPiece);
-    window_.resize(static_cast<size_t>(std::min<uint64_t>(piece, Size() - offset)));
-    window_.resize(
-        file_.ReadAt(offset - static_cast<uint64_t>(origin_), window_.data(), window_.size()));
+    piece = static_cast<size_t>(std::min<uint64_t>(piece, Size() - offset));
+    window_ = {};  // which a failure leaves
+    window_ = file_.Read(offset - static_cast<uint64_t>(origin_), piece);
     windowStart_ = offset;
   }
-  return std::string_view(window_).substr(static_cast<size_t>(offset - windowStart_), count);
+  return window_.substr(static_cast<size_t>(offset - windowStart_), count);
 }
 
 }  // namespace tarnwick::oe

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/files.h"
+#include "intake/raw_message.h"
 
 namespace tarnwick::oe {
 
@@ -28,8 +28,8 @@ class ByteReader {
   static constexpr size_t kMaxPiece = size_t{32} * 1024;
 
   // origin: the offset of the file's first byte, for a piece of a store that is a file of its own;
-  // it is below 0 for one with something else before it.
-  explicit ByteReader(const std::string& path, int64_t origin = 0);
+  // it is below 0 for one with something else before it. Bytes in memory outlive the reader.
+  explicit ByteReader(const intake::RawMessage& file, int64_t origin = 0);
 
   // The offset behind the last byte.
   uint64_t Size() const { return size_; }
@@ -39,10 +39,10 @@ class ByteReader {
   std::string_view Read(uint64_t offset, size_t count);
 
  private:
-  platform::InputFile file_;
+  intake::RawReader file_;
   int64_t origin_;
   uint64_t size_;
-  std::string window_;
+  std::string_view window_;
   uint64_t windowStart_ = 0;
 };
 

@@ -187,8 +187,11 @@ FolderListReading ReadList(const std::string& path, const intake::ReadingRules& 
   if (!link) return ReadListHere(path, rules);
   std::optional<std::string_view> record = link->Text({}, {});
   if (!record && IsStopped()) return {};
-  if (!record) throw Error(ErrorNumber::kPathAccess, intake::kReaderLost);
-  return intake::RecordOf<FolderListReading>(*record);
+  try {
+    if (record) return intake::RecordOf<FolderListReading>(*record);
+  } catch (const Error&) {  // told as one that does not answer
+  }
+  throw Error(ErrorNumber::kPathAccess, intake::kReaderLost);
 }
 
 // Keeps the folders whose files are there.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "intake/letter_record.h"
 #include "oe/announced.h"
 #include "oe/byte_reader.h"
 #include "oe/dbx_read.h"
@@ -11,6 +12,13 @@
 #include "platform/error.h"
 
 namespace tarnwick::oe {
+
+template <typename Archive>
+void Pass(Archive& archive, StoreSample& s) {
+  constexpr int kLastYear = 9999;
+  archive(intake::AtMost{s.messages, UINT32_MAX}, intake::AtMost{s.firstYear, kLastYear},
+          intake::AtMost{s.lastYear, kLastYear}, s.isDamaged, s.keys);
+}
 
 namespace {
 
@@ -26,13 +34,11 @@ void Add(ByteReader& file, uint32_t infoOffset, StoreSample& sample) {
   sample.keys.push_back(MakeEntryKey(info.keyText, info.date));
 }
 
-}  // namespace
-
-StoreSample SampleStore(const std::string& path) {
+StoreSample SampleHere(const intake::RawMessage& raw) {
   StoreSample sample;
   try {
-    sample.messages = AnnouncedMessages(path);
-    ByteReader file(path);
+    ByteReader file(raw);
+    sample.messages = CountInHeader(file);
     std::string_view header = file.Read(0, kHeaderSize);
     sample.isDamaged = header.size() < kHeaderSize;
     if (sample.isDamaged || sample.messages == 0) return sample;
@@ -47,6 +53,33 @@ StoreSample SampleStore(const std::string& path) {
     sample.isDamaged = true;
   }
   return sample;
+}
+
+class SampleService : public intake::SingleService {
+ protected:
+  std::string Read(const intake::RawMessage& raw, std::string_view /*how*/,
+                   const ByteSink& /*sink*/) override {
+    return intake::BytesOf(SampleHere(raw));
+  }
+};
+
+}  // namespace
+
+StoreSample StoreSampler::Sample(const std::string& file) {
+  StoreSample sample;
+  try {
+    bool isRead = reader_.Ask(file, intake::kComplete, {}, nullptr, [&](auto record, const auto&) {
+      sample = intake::RecordOf<StoreSample>(record);
+    });
+    if (!isRead) sample = SampleHere(file);
+  } catch (const Error&) {
+    sample.isDamaged = true;
+  }
+  return sample;
+}
+
+std::unique_ptr<intake::LetterService> MakeStoreSampleService() {
+  return std::make_unique<SampleService>();
 }
 
 }  // namespace tarnwick::oe

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// What a message file tells of itself without being read: for a look over what there is.
+// What a message file tells of itself without being read: for a look over what there is. The file
+// is looked at by tarnwick-reader (intake/text_reader.h), or here where there is none.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "intake/letter_service.h"
+#include "intake/text_reader.h"
 
 namespace tarnwick::oe {
 
@@ -18,7 +23,16 @@ struct StoreSample {
   std::vector<std::string> keys;  // of those two, as they are stored
 };
 
-// REQUIRES: the file bears the mark of a message file (platform/registry.h). Reports nothing.
-StoreSample SampleStore(const std::string& file);
+class StoreSampler {
+ public:
+  // REQUIRES: the file bears the mark of a message file (platform/registry.h). Reports nothing.
+  StoreSample Sample(const std::string& file);
+
+ private:
+  intake::SingleReader reader_{intake::Conversation::kStoreSample, size_t{8} << 20};
+};
+
+// The reader's end.
+std::unique_ptr<intake::LetterService> MakeStoreSampleService();
 
 }  // namespace tarnwick::oe

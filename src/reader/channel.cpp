@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr size_t kReadPiece = size_t{16} * 1024;
+constexpr size_t kReadPiece = size_t{64} * 1024;
 // The places of a lost text, each block's, are longer than the other requests together.
 constexpr size_t kMostRequest = size_t{256} << 20;
 

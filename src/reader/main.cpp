@@ -18,6 +18,7 @@
 #include "intake/text_reader.h"
 #include "oe/folder_list.h"
 #include "oe/lost_walk.h"
+#include "oe/sample.h"
 #include "oe/store_link.h"
 #include "outlook/msg_file.h"
 #include "outlook/pst_service.h"
@@ -27,6 +28,7 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "sources/letters_link.h"
+#include "sources/sample.h"
 
 namespace {
 
@@ -54,7 +56,7 @@ std::unique_ptr<intake::LetterService> OpenService(const intake::LetterOpening& 
     case intake::Conversation::kMailbox:
       return sources::MakeMailboxService(rules, opening.store);
     case intake::Conversation::kLetterFiles:
-      return sources::MakeLetterFileService(rules);
+      return sources::MakeLetterFileService(rules, opening.store);
     case intake::Conversation::kText:
       return intake::MakeTextService();
     case intake::Conversation::kFolderList:
@@ -71,6 +73,10 @@ std::unique_ptr<intake::LetterService> OpenService(const intake::LetterOpening& 
           tell);
     case intake::Conversation::kLostMail:
       return oe::MakeLostService(rules, opening.store, tell);
+    case intake::Conversation::kStoreSample:
+      return oe::MakeStoreSampleService();
+    case intake::Conversation::kMailboxSample:
+      return sources::MakeMailboxSampleService(tell);
     case intake::Conversation::kDbx:
       break;
   }

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// Bytes of a file at places, read through a window: a few system calls for many small looks.
-// Numbers are little-endian.
+// Bytes of a file at places, read through a window: a few system calls for many small looks. What
+// is in memory already is looked at where it lies. Numbers are little-endian.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
-#include "platform/files.h"
+#include "intake/raw_message.h"
 
 namespace tarnwick::sources {
 
 class FileWindow {
  public:
-  explicit FileWindow(const std::string& path, size_t windowSize = size_t{256} * 1024)
-      : file_(path), windowSize_(windowSize) {}
+  // Bytes in memory outlive it. Throws Error for a file that can't be read.
+  explicit FileWindow(const intake::RawMessage& file, size_t windowSize = size_t{256} * 1024)
+      : file_(file), windowSize_(windowSize) {}
 
   uint64_t Size() const { return file_.Size(); }
 
@@ -27,12 +27,12 @@ class FileWindow {
     if (offset >= file_.Size()) return {};
     uint64_t end = offset + std::min<uint64_t>(count, file_.Size() - offset);
     if (offset < start_ || end > start_ + window_.size()) Fill(offset);
-    return std::string_view(window_).substr(static_cast<size_t>(offset - start_), count);
+    return window_.substr(static_cast<size_t>(offset - start_), count);
   }
   // All of the window from offset on: at least one byte, unless the file ends there.
   std::string_view ReadSome(uint64_t offset) {
     if (Read(offset, 1).empty()) return {};
-    return std::string_view(window_).substr(static_cast<size_t>(offset - start_));
+    return window_.substr(static_cast<size_t>(offset - start_));
   }
   // Hands a part of the file to sink, piece by piece.
   template <typename Sink>
@@ -48,14 +48,15 @@ class FileWindow {
 
  private:
   void Fill(uint64_t offset) {
-    window_.resize(static_cast<size_t>(std::min<uint64_t>(windowSize_, file_.Size() - offset)));
-    window_.resize(file_.ReadAt(offset, window_.data(), window_.size()));
+    window_ = {};  // which a failure leaves
+    uint64_t left = file_.Size() - offset;
+    window_ = file_.Read(offset, static_cast<size_t>(std::min<uint64_t>(windowSize_, left)));
     start_ = offset;
   }
 
-  platform::InputFile file_;
+  intake::RawReader file_;
   size_t windowSize_;
-  std::string window_;
+  std::string_view window_;
   uint64_t start_ = 0;
 };
 

@@ -17,6 +17,7 @@
 #include "platform/files.h"
 #include "repository/parameter_store.h"
 #include "sources/letter_key.h"
+#include "sources/sample.h"
 
 namespace tarnwick::sources {
 
@@ -72,7 +73,8 @@ class OtherMail : public intake::Source {
           Account().Note(folder + ": it may not be read");
         }
       }
-      for (const Mailbox& mailbox : mailboxes_) AnnounceOne(mailbox);
+      MailboxSampler sampler;
+      for (const Mailbox& mailbox : mailboxes_) AnnounceOne(mailbox, sampler);
     });
   }
 
@@ -98,12 +100,13 @@ class OtherMail : public intake::Source {
   // What was chosen by itself is wanted, whatever its role.
   bool IsWanted(const Mailbox& mailbox) const { return chosen_ || MayRead(mailbox.role, rules_); }
 
-  void AnnounceOne(const Mailbox& mailbox) const {
+  void AnnounceOne(const Mailbox& mailbox, MailboxSampler& sampler) const {
     if (!GoOn()) return;
     try {
-      Account().Announce(mailbox.path, CountLetters(mailbox).letters);
+      Account().Announce(mailbox.path, sampler.Count(mailbox));
       Account().SetReason(mailbox.path, IsWanted(mailbox) ? "" : kLeftOutReason);
     } catch (const Error& error) {
+      if (core::IsLoadStopped()) return;  // over its reader
       Account().Note(mailbox.path + ": " + error.Description());
     }
   }

@@ -47,7 +47,7 @@ intake::MessageState StateOfProperties(std::string_view list) {
 }
 
 // Where the letter lies in an Apple file.
-void LookIntoApples(FileWindow& file, uint64_t& begin, uint64_t& end, intake::MessageState& state) {
+void LookIntoApples(FileWindow& file, LetterFrame& frame) {
   constexpr size_t kMostOfNumber = 32;
   constexpr size_t kMostOfList = size_t{64} * 1024;
   std::string_view head = file.Read(0, kMostOfNumber);
@@ -55,10 +55,10 @@ void LookIntoApples(FileWindow& file, uint64_t& begin, uint64_t& end, intake::Me
   int64_t length = NumberOf(head);
   // Without a sound length the file is taken as it is.
   if (line == std::string_view::npos || length < 0) return;
-  begin = line + 1;
-  if (static_cast<uint64_t>(length) > file.Size() - begin) return;
-  end = begin + static_cast<uint64_t>(length);
-  state = StateOfProperties(file.Read(end, kMostOfList));
+  frame.span.begin = line + 1;
+  if (static_cast<uint64_t>(length) > file.Size() - frame.span.begin) return;
+  frame.span.end = frame.span.begin + static_cast<uint64_t>(length);
+  frame.state = StateOfProperties(file.Read(frame.span.end, kMostOfList));
 }
 
 }  // namespace
@@ -81,6 +81,19 @@ std::vector<std::string> LetterFilesIn(const std::vector<std::string>& files) {
   return letters;
 }
 
+LetterFrame FrameOf(FileWindow& file, LetterFileKind kind) {
+  LetterFrame frame;
+  frame.span = {0, file.Size()};
+  if (kind == LetterFileKind::kApple) LookIntoApples(file, frame);
+  // Other programs gave that name to plain text.
+  frame.isRecord =
+      kind == LetterFileKind::kRecord && file.Read(0, kRecordMark.size()) == kRecordMark;
+  uint64_t size = frame.span.end - frame.span.begin;
+  if (size == 0) frame.fault = "the file is empty";
+  if (size > kMostLetterBytes) frame.fault = kTooLong;
+  return frame;
+}
+
 bool LetterFiles::Next(LetterEntry& letter) {
   if (next_ == paths_.size()) return false;
   ++next_;
@@ -96,18 +109,13 @@ bool LetterFiles::Next(LetterEntry& letter) {
 void LetterFiles::Look(LetterEntry& letter) {
   const std::string& path = paths_[next_ - 1];
   LetterFileKind kind = stateOf_ ? LetterFileKind::kText : KindOfLetterFile(letter.name);
+  if (isWhole_ && kind == LetterFileKind::kApple) kind = LetterFileKind::kText;
   file_ = std::make_unique<FileWindow>(path, size_t{64} * 1024);
-  FileWindow& file = *file_;
-  begin_ = 0;
-  end_ = file.Size();
-  if (stateOf_) letter.state = stateOf_(path);
-  if (kind == LetterFileKind::kApple) LookIntoApples(file, begin_, end_, letter.state);
-  // Other programs gave that name to plain text.
-  bool isRecord =
-      kind == LetterFileKind::kRecord && file.Read(0, kRecordMark.size()) == kRecordMark;
-  if (isRecord) letter.recordFile = path;
-  if (begin_ == end_) letter.fault = "the file is empty";
-  if (end_ - begin_ > kMostLetterBytes) letter.fault = kTooLong;
+  LetterFrame frame = FrameOf(*file_, kind);
+  GoTo(frame.span);
+  letter.state = stateOf_ ? stateOf_(path) : frame.state;
+  if (frame.isRecord) letter.recordFile = path;
+  letter.fault = std::move(frame.fault);
 }
 
 void LetterFiles::Copy(const Sink& sink) {

@@ -29,13 +29,23 @@ LetterFileKind KindOfLetterFile(std::string_view name);
 // The letters among a folder's files, in the order of their names.
 std::vector<std::string> LetterFilesIn(const std::vector<std::string>& files);
 
+// What a letter's file tells beside the letter.
+struct LetterFrame {
+  LetterSpan span;             // of the letter
+  intake::MessageState state;  // of an Apple letter
+  bool isRecord = false;
+  std::string fault;  // why it can't be read; "" when it can
+};
+LetterFrame FrameOf(FileWindow& file, LetterFileKind kind);
+
 class LetterFiles : public LetterReader {
  public:
   using StateOf = std::function<intake::MessageState(const std::string& path)>;
   // Paths of letter files. With stateOf, which tells the state of each, they are texts whatever
   // their names are.
-  explicit LetterFiles(std::vector<std::string> paths, StateOf stateOf = {})
-      : paths_(std::move(paths)), stateOf_(std::move(stateOf)) {}
+  // isWhole: what an Apple file holds besides is taken as a part of the letter.
+  explicit LetterFiles(std::vector<std::string> paths, StateOf stateOf = {}, bool isWhole = false)
+      : paths_(std::move(paths)), stateOf_(std::move(stateOf)), isWhole_(isWhole) {}
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;
@@ -50,6 +60,7 @@ class LetterFiles : public LetterReader {
 
   std::vector<std::string> paths_;
   StateOf stateOf_;
+  bool isWhole_;
   size_t next_ = 0;
   std::unique_ptr<FileWindow> file_;  // the current one
   uint64_t begin_ = 0;

@@ -9,6 +9,9 @@
 #include "intake/letter_record.h"
 #include "intake/reader_link.h"
 #include "platform/files.h"
+#include "sources/file_window.h"
+#include "sources/letter_files.h"
+#include "sources/mh.h"
 #include "sources/outlook_express4.h"
 
 namespace tarnwick::sources {
@@ -48,11 +51,12 @@ void Pass(Archive& archive, Wanted& w) {
 // A file that a mailbox is.
 struct MailboxFile {
   MailboxKind kind = MailboxKind::kMbox;
+  std::string index;  // the bytes of the file beside it
 };
 template <typename Archive>
 void Pass(Archive& archive, MailboxFile& f) {
   constexpr size_t kKinds = static_cast<size_t>(MailboxKind::kOutlookExpress4) + 1;
-  archive(intake::OneOf{f.kind, kKinds});
+  archive(intake::OneOf{f.kind, kKinds}, RawBytes{f.index});
 }
 
 // What the reader made of a letter fits the letter.
@@ -75,15 +79,12 @@ core::Telling LostFailure() {
 // A mailbox that is one file.
 class MailboxLink : public LetterWalk {
  public:
-  MailboxLink(const Mailbox& mailbox, std::unique_ptr<intake::ReaderLink> link)
-      : link_(std::move(link)), bytesLeft_(link_->StoreSize()) {
-    if (mailbox.kind == MailboxKind::kOutlookExpress4) states_.emplace(mailbox.path);
-  }
+  explicit MailboxLink(std::unique_ptr<intake::ReaderLink> link)
+      : link_(std::move(link)), bytesLeft_(link_->StoreSize()) {}
 
   LetterReading Next(bool wantsText) override {
     ++number_;
-    // The state of a letter of Outlook Express 4 stands in a file of its own.
-    std::optional<std::string_view> record = link_->Next(wantsText && !states_);
+    std::optional<std::string_view> record = link_->Next(wantsText);
     LetterReading letter;
     try {
       if (!record) intake::RefuseRecord();
@@ -99,7 +100,6 @@ class MailboxLink : public LetterWalk {
       letter.entry.name = "message " + std::to_string(number_);
       letter.failure = LostFailure();
     }
-    if (states_) letter.entry.state = states_->StateAt(letter.span);
     return letter;
   }
 
@@ -132,32 +132,50 @@ class MailboxLink : public LetterWalk {
  private:
   std::unique_ptr<intake::ReaderLink> link_;
   uint64_t bytesLeft_;  // of the file
-  std::optional<OutlookExpress4States> states_;
   int64_t number_ = 0;
 };
+
+// What lies beside the letters of a folder.
+struct LetterFolder {
+  std::string sequences;  // .mh_sequences
+};
+template <typename Archive>
+void Pass(Archive& archive, LetterFolder& f) {
+  archive(RawBytes{f.sequences});
+}
 
 // How a letter that is sent is to be read.
 struct Sent {
   bool withText = false;
-  intake::MessageState state;
+  LetterFileKind kind = LetterFileKind::kText;
+  std::string name;
+  intake::MessageState state;  // as far as names tell it
 };
 template <typename Archive>
 void Pass(Archive& archive, Sent& s) {
-  archive(s.withText, s.state);
+  archive(s.withText, intake::OneOf{s.kind, static_cast<size_t>(LetterFileKind::kRecord) + 1},
+          RawBytes{s.name}, s.state);
 }
 
 // Letters that are files of their own, which the program opens. Those to come are read and sent
-// while the reader is busy with the ones before; a long one waits for its turn.
+// while the reader is busy with the ones before; a long one waits for its turn. An Apple file is
+// sent as it is, and the reader says where in it the letter lies.
 class LetterFilesLink : public LetterWalk {
  public:
-  LetterFilesLink(std::unique_ptr<LetterReader> letters, std::unique_ptr<intake::ReaderLink> link)
-      : letters_(std::move(letters)), link_(std::move(link)) {}
+  LetterFilesLink(const Mailbox& mailbox, std::unique_ptr<intake::ReaderLink> link)
+      : hasKinds_(mailbox.kind == MailboxKind::kLetterFiles), link_(std::move(link)) {
+    LetterFiles::StateOf stateOf;
+    if (mailbox.kind == MailboxKind::kMaildir) stateOf = StateInMaildir;
+    if (mailbox.kind == MailboxKind::kMh)
+      stateOf = [](const auto&) { return intake::MessageState(); };
+    letters_ = std::make_unique<LetterFiles>(LetterPathsOf(mailbox), std::move(stateOf), true);
+  }
 
   LetterReading Next(bool wantsText) override {
     while (MayReadOn()) ReadOn(wantsText);
     Coming coming = std::move(coming_.front());
     coming_.pop_front();
-    if (coming.letter.held) bytesAhead_ -= coming.letter.held->size();
+    bytesAhead_ -= coming.bytes;
     if (HasText(coming.letter.entry) && !coming.letter.failure) {
       if (coming.step == Coming::kWaits) SendInTurn(coming, wantsText);
       if (coming.step == Coming::kSent) TakeAnswer(coming);
@@ -170,7 +188,7 @@ class LetterFilesLink : public LetterWalk {
       for (Coming& other : coming_) {
         if (other.step == Coming::kSent) TakeAnswer(other);
       }
-      Coming again{std::move(letter), Coming::kWaits};
+      Coming again{std::move(letter)};
       SendIt(again, true);
       TakeAnswer(again);
       letter = std::move(again.letter);
@@ -185,6 +203,7 @@ class LetterFilesLink : public LetterWalk {
     enum Step : uint8_t { kWaits, kSent, kAnswered };
     LetterReading letter;
     Step step = kWaits;
+    size_t bytes = 0;  // that were read ahead
   };
 
   bool MayReadOn() const {
@@ -216,7 +235,8 @@ class LetterFilesLink : public LetterWalk {
       letter.failure = CurrentFailure();
       return;
     }
-    if (letter.held) bytesAhead_ += letter.held->size();
+    if (letter.held) coming.bytes = letter.held->size();
+    bytesAhead_ += coming.bytes;
     if (link_->MayAsk(size)) SendIt(coming, wantsText);
   }
 
@@ -227,9 +247,15 @@ class LetterFilesLink : public LetterWalk {
       withText = true;
       letters_->Copy([&](std::string_view piece) { own += piece; });
     }
-    link_->Ask(letter.held ? *letter.held : own,
-               intake::BytesOf(Sent{withText, letter.entry.state}));
+    link_->Ask(
+        letter.held ? *letter.held : own,
+        intake::BytesOf(Sent{withText, KindOf(letter), letter.entry.name, letter.entry.state}));
     coming.step = Coming::kSent;
+  }
+
+  // One that was answered for has been cut out of its file.
+  LetterFileKind KindOf(const LetterReading& letter) const {
+    return hasKinds_ && !letter.says ? KindOfLetterFile(letter.entry.name) : LetterFileKind::kText;
   }
 
   void SendInTurn(Coming& coming, bool withText) {
@@ -248,7 +274,11 @@ class LetterFilesLink : public LetterWalk {
     try {
       if (!record) intake::RefuseRecord();
       auto read = intake::RecordOf<LetterReading>(*record);
-      if (!read.says || read.held) intake::RefuseRecord();
+      if (read.held || read.says.has_value() != HasText(read.entry)) intake::RefuseRecord();
+      Cut(letter, read.span);
+      letter.entry.state = read.entry.state;
+      letter.entry.fault = read.entry.fault;
+      if (!read.says) letter.held.reset();
       if (letter.held && letter.held->size() != read.says->size) intake::RefuseRecord();
       if (read.prepared) intake::CheckPrepared(*read.prepared, letter.held);
       letter.says = std::move(read.says);
@@ -259,6 +289,17 @@ class LetterFilesLink : public LetterWalk {
     }
   }
 
+  // Leaves of what was sent the letter that lies there.
+  void Cut(LetterReading& letter, LetterSpan place) {
+    uint64_t size = letter.span.end - letter.span.begin;
+    if (place.begin > place.end || place.end > size) intake::RefuseRecord();
+    letter.span = {letter.span.begin + place.begin, letter.span.begin + place.end};
+    if (!letter.held) return letters_->GoTo(letter.span);
+    letter.held->resize(static_cast<size_t>(place.end));
+    letter.held->erase(0, static_cast<size_t>(place.begin));
+  }
+
+  bool hasKinds_;
   std::unique_ptr<LetterReader> letters_;
   std::unique_ptr<intake::ReaderLink> link_;
   std::deque<Coming> coming_;
@@ -276,27 +317,43 @@ std::unique_ptr<intake::PreparedMessage> Prepare(const intake::ReadingRules& rul
 
 class LetterFileService : public intake::SentMessages {
  public:
-  explicit LetterFileService(const intake::ReadingRules& rules) : rules_(rules) {}
+  LetterFileService(const intake::ReadingRules& rules, const LetterFolder& folder)
+      : rules_(rules), sequences_(folder.sequences) {}
 
   Answer Next(std::string_view how, bool packs, const ByteSink& /*sink*/) override {
     auto sent = intake::RecordOf<Sent>(how);
-    std::string text = Taken();
+    intake::RawMessage file({}, Taken());
+    FileWindow window(file);
+    LetterFrame frame = FrameOf(window, sent.kind);
+    LetterReading letter;
+    letter.span = frame.span;
+    letter.entry = {"letter", frame.fault, StateOf(sent, frame), ""};
+    if (!HasText(letter.entry)) return {intake::BytesOf(letter)};
+    std::string text = std::move(file).Bytes();
+    text.resize(static_cast<size_t>(frame.span.end));
+    text.erase(0, static_cast<size_t>(frame.span.begin));
     LetterListener listener;
     listener.Add(text);
-    LetterReading letter;
     letter.says = listener.Finish();
-    if (sent.withText) letter.prepared = Prepare(rules_, sent.state, packs, text);
+    if (sent.withText) letter.prepared = Prepare(rules_, letter.entry.state, packs, text);
     return {intake::BytesOf(letter)};
   }
 
  private:
+  intake::MessageState StateOf(const Sent& sent, const LetterFrame& frame) const {
+    if (sent.kind == LetterFileKind::kApple) return frame.state;
+    intake::MessageState state = sequences_.StateOf(sent.name);
+    return state.isKnown ? state : sent.state;
+  }
+
   intake::ReadingRules rules_;
+  MhSequences sequences_;
 };
 
 class MailboxService : public intake::LetterService {
  public:
-  MailboxService(const intake::ReadingRules& rules, MailboxKind kind)
-      : rules_(rules), kind_(kind) {}
+  MailboxService(const intake::ReadingRules& rules, MailboxFile mailbox)
+      : rules_(rules), mailbox_(std::move(mailbox)) {}
 
   void Skip(uint64_t messages) override {
     LetterEntry entry;
@@ -342,16 +399,13 @@ class MailboxService : public intake::LetterService {
   // Opened when it is first needed, so that its error belongs to a request.
   LetterReader& Letters() {
     if (!letters_) {
-      Mailbox mailbox;
-      mailbox.kind = kind_;
-      mailbox.path = platform::kHandedName;
-      letters_ = OpenMailbox(mailbox);
+      letters_ = OpenMailboxFile(mailbox_.kind, platform::kHandedName, mailbox_.index);
     }
     return *letters_;
   }
 
   intake::ReadingRules rules_;
-  MailboxKind kind_;
+  MailboxFile mailbox_;
   std::unique_ptr<LetterReader> letters_;
 };
 
@@ -360,24 +414,28 @@ class MailboxService : public intake::LetterService {
 std::unique_ptr<LetterWalk> OpenLettersLink(const Mailbox& mailbox,
                                             const intake::ReadingRules& rules) {
   using intake::Conversation;
-  bool isFile = mailbox.kind == MailboxKind::kMbox || mailbox.kind == MailboxKind::kOutlookExpress4;
-  if (isFile) {
+  if (IsFile(mailbox.kind)) {
+    bool hasIndex = mailbox.kind == MailboxKind::kOutlookExpress4;
+    MailboxFile told{mailbox.kind, hasIndex ? IndexBeside(mailbox.path) : ""};
     auto link = intake::ReaderLink::Begin(mailbox.path, Conversation::kMailbox, rules,
-                                          intake::BytesOf(MailboxFile{mailbox.kind}));
-    return link ? std::make_unique<MailboxLink>(mailbox, std::move(link)) : nullptr;
+                                          intake::BytesOf(told));
+    return link ? std::make_unique<MailboxLink>(std::move(link)) : nullptr;
   }
-  auto link = intake::ReaderLink::Begin({}, Conversation::kLetterFiles, rules, {});
-  if (!link) return nullptr;
-  return std::make_unique<LetterFilesLink>(OpenMailbox(mailbox), std::move(link));
+  LetterFolder told;
+  if (mailbox.kind == MailboxKind::kMh) told.sequences = SequencesIn(mailbox.path);
+  auto link =
+      intake::ReaderLink::Begin({}, Conversation::kLetterFiles, rules, intake::BytesOf(told));
+  return link ? std::make_unique<LetterFilesLink>(mailbox, std::move(link)) : nullptr;
 }
 
 std::unique_ptr<intake::LetterService> MakeMailboxService(const intake::ReadingRules& rules,
                                                           std::string_view opening) {
-  return std::make_unique<MailboxService>(rules, intake::RecordOf<MailboxFile>(opening).kind);
+  return std::make_unique<MailboxService>(rules, intake::RecordOf<MailboxFile>(opening));
 }
 
-std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules) {
-  return std::make_unique<LetterFileService>(rules);
+std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules,
+                                                             std::string_view opening) {
+  return std::make_unique<LetterFileService>(rules, intake::RecordOf<LetterFolder>(opening));
 }
 
 }  // namespace tarnwick::sources

@@ -24,6 +24,7 @@ std::unique_ptr<LetterWalk> OpenLettersLink(const Mailbox& mailbox,
 // The reader's ends; opening: what OpenLettersLink told it. Throws Error 75.
 std::unique_ptr<intake::LetterService> MakeMailboxService(const intake::ReadingRules& rules,
                                                           std::string_view opening);
-std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules);
+std::unique_ptr<intake::LetterService> MakeLetterFileService(const intake::ReadingRules& rules,
+                                                             std::string_view opening);
 
 }  // namespace tarnwick::sources

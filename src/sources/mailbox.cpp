@@ -254,39 +254,32 @@ bool HoldsMailbox(const std::string& folder) {
 }
 
 std::unique_ptr<LetterReader> OpenMailbox(const Mailbox& mailbox) {
-  switch (mailbox.kind) {
-    case MailboxKind::kMaildir:
-      return std::make_unique<LetterFiles>(MaildirFiles(mailbox.path), StateInMaildir);
-    case MailboxKind::kMh:
-      return std::make_unique<LetterFiles>(
-          MhFiles(mailbox.path), [sequences = SequencesIn(mailbox.path)](const std::string& path) {
-            return sequences.StateOf(platform::FileNameOf(path));
-          });
-    case MailboxKind::kLetterFiles:
-      return std::make_unique<LetterFiles>(LetterPathsIn(mailbox.path));
-    case MailboxKind::kOutlookExpress4:
-      return std::make_unique<OutlookExpress4Reader>(mailbox.path);
-    case MailboxKind::kMbox:
-      break;
+  if (IsFile(mailbox.kind)) {
+    bool hasIndex = mailbox.kind == MailboxKind::kOutlookExpress4;
+    return OpenMailboxFile(mailbox.kind, mailbox.path, hasIndex ? IndexBeside(mailbox.path) : "");
   }
-  return std::make_unique<MboxReader>(mailbox.path);
+  LetterFiles::StateOf stateOf;
+  if (mailbox.kind == MailboxKind::kMaildir) stateOf = StateInMaildir;
+  if (mailbox.kind == MailboxKind::kMh) {
+    stateOf = [sequences = MhSequences(SequencesIn(mailbox.path))](const std::string& path) {
+      return sequences.StateOf(platform::FileNameOf(path));
+    };
+  }
+  return std::make_unique<LetterFiles>(LetterPathsOf(mailbox), std::move(stateOf));
 }
 
-LetterCount CountLetters(const Mailbox& mailbox, uint64_t limit) {
-  switch (mailbox.kind) {
-    case MailboxKind::kMaildir:
-      return {static_cast<int64_t>(MaildirFiles(mailbox.path).size()), false};
-    case MailboxKind::kMh:
-      return {static_cast<int64_t>(MhFiles(mailbox.path).size()), false};
-    case MailboxKind::kLetterFiles:
-      return {static_cast<int64_t>(LetterPathsIn(mailbox.path).size()), false};
-    case MailboxKind::kOutlookExpress4:
-      return {CountOutlookExpress4(mailbox.path), false};
-    case MailboxKind::kMbox:
-      break;
+std::unique_ptr<LetterReader> OpenMailboxFile(MailboxKind kind, const intake::RawMessage& file,
+                                              const std::string& index) {
+  if (kind == MailboxKind::kOutlookExpress4) {
+    return std::make_unique<OutlookExpress4Reader>(file, index);
   }
-  MboxCount count = CountMbox(mailbox.path, limit);
-  return {count.letters, count.isEstimate};
+  return std::make_unique<MboxReader>(file);
+}
+
+std::vector<std::string> LetterPathsOf(const Mailbox& mailbox) {
+  if (mailbox.kind == MailboxKind::kMaildir) return MaildirFiles(mailbox.path);
+  if (mailbox.kind == MailboxKind::kMh) return MhFiles(mailbox.path);
+  return LetterPathsIn(mailbox.path);
 }
 
 }  // namespace tarnwick::sources

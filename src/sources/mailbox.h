@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "intake/raw_message.h"
 #include "platform/folder_search.h"
 #include "sources/letter_reader.h"
 
@@ -81,14 +82,18 @@ MailboxSearch FindMailboxes(const std::string& folder, const std::function<bool(
 // Whether there is any.
 bool HoldsMailbox(const std::string& folder);
 
+// A mailbox that is a file; the rest are folders.
+constexpr bool IsFile(MailboxKind kind) {
+  return kind == MailboxKind::kMbox || kind == MailboxKind::kOutlookExpress4;
+}
+
 // Throws Error where it can't be read.
 std::unique_ptr<LetterReader> OpenMailbox(const Mailbox& mailbox);
-// How many letters it holds, deleted ones included. Of a large file the number is an estimate made
-// from its first megabytes where limit says so. Throws Error.
-struct LetterCount {
-  int64_t letters = 0;
-  bool isEstimate = false;
-};
-LetterCount CountLetters(const Mailbox& mailbox, uint64_t limit = UINT64_MAX);
+// One that is a file; index: the bytes of the file beside it (outlook_express4.h). What is in
+// memory outlives the reader.
+std::unique_ptr<LetterReader> OpenMailboxFile(MailboxKind kind, const intake::RawMessage& file,
+                                              const std::string& index);
+// The files of the letters of a mailbox that is a folder.
+std::vector<std::string> LetterPathsOf(const Mailbox& mailbox);
 
 }  // namespace tarnwick::sources

@@ -133,7 +133,7 @@ int YearOfDate(std::string_view text) {
   return hasMonth && hasDay && hasTime ? year : 0;
 }
 
-MboxReader::MboxReader(const std::string& path) : file_(path), look_(path, kMostOfHeaders) {
+MboxReader::MboxReader(const intake::RawMessage& file) : file_(file), look_(file, kMostOfHeaders) {
   next_ = SeparatorAt(0);
   if (!next_) return;
   std::string first(FirstLine(look_.Read(0, kMostOfSeparator)));
@@ -277,17 +277,23 @@ bool MboxReader::IsQuoted(uint64_t place) {
   return marks > 0 && marks <= most && line.substr(marks).starts_with(kFrom);
 }
 
-MboxCount CountMbox(const std::string& path, uint64_t limit) {
-  MboxReader reader(path);
+MboxCount CountMbox(const intake::RawMessage& file, uint64_t limit,
+                    const std::function<void()>& goesOn) {
+  constexpr uint64_t kStep = uint64_t{16} << 20;
+  MboxReader reader(file);
   MboxCount count;
-  uint64_t size = platform::FileSize(path);
+  uint64_t toldAt = 0;
   for (LetterEntry letter; reader.Next(letter); letter = {}) {
     if (reader.Begin() >= limit) {
-      double letters = static_cast<double>(count.letters) * static_cast<double>(size) /
+      double letters = static_cast<double>(count.letters) * static_cast<double>(reader.Size()) /
                        static_cast<double>(reader.Begin());
       return {static_cast<int64_t>(letters), true};
     }
     ++count.letters;
+    if (goesOn && reader.Begin() - toldAt >= kStep) {
+      toldAt = reader.Begin();
+      goesOn();
+    }
   }
   return count;
 }

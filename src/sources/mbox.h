@@ -4,6 +4,7 @@
 // Letters in one file, each behind a line "From sender date". docs/mail-formats.md, section "mbox".
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,8 +24,8 @@ enum class MboxKind {
 
 class MboxReader : public LetterReader {
  public:
-  // Throws Error for a file that can't be read.
-  explicit MboxReader(const std::string& path);
+  // Bytes in memory outlive it. Throws Error for a file that can't be read.
+  explicit MboxReader(const intake::RawMessage& file);
 
   MboxKind Kind() const { return kind_; }
   bool Next(LetterEntry& letter) override;
@@ -36,6 +37,7 @@ class MboxReader : public LetterReader {
   }
   // The current letter's place in the file, its separator line included.
   uint64_t Begin() const { return begin_; }
+  uint64_t Size() const { return file_.Size(); }
 
  private:
   struct Line {  // a separator line
@@ -69,7 +71,9 @@ struct MboxCount {
   int64_t letters = 0;
   bool isEstimate = false;
 };
-MboxCount CountMbox(const std::string& path, uint64_t limit = UINT64_MAX);
+// goesOn is called now and then.
+MboxCount CountMbox(const intake::RawMessage& file, uint64_t limit = UINT64_MAX,
+                    const std::function<void()>& goesOn = {});
 
 // The year of a date as a separator line or a header has it, in whatever order; 0 where there is no
 // whole date.

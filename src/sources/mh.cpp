@@ -148,8 +148,8 @@ intake::MessageState MhSequences::StateOf(std::string_view name) const {
   return state;
 }
 
-MhSequences SequencesIn(const std::string& folder) {
-  return MhSequences(HeadOf(folder + kSequencesFile, kMostSequences));
+std::string SequencesIn(const std::string& folder) {
+  return HeadOf(folder + kSequencesFile, kMostSequences);
 }
 
 }  // namespace tarnwick::sources

@@ -48,7 +48,7 @@ class MhSequences {
 
   std::map<std::string, Ranges, std::less<>> sequences_;  // those that tell a state
 };
-// Of a folder with its separator.
-MhSequences SequencesIn(const std::string& folder);
+// The text of that file in a folder with its separator.
+std::string SequencesIn(const std::string& folder);
 
 }  // namespace tarnwick::sources

@@ -50,26 +50,33 @@ bool IsOutlookExpress4(std::string_view head) {
   return head.starts_with(kFileMark);
 }
 
-int64_t CountOutlookExpress4(const std::string& path) {
-  FileWindow file(path, kHeaderSize);
+int64_t CountOutlookExpress4(const intake::RawMessage& raw) {
+  FileWindow file(raw, kHeaderSize);
   std::string_view head = file.Read(0, kHeaderSize);
   if (!IsOutlookExpress4(head) || head.size() < kHeaderSize) return 0;
   uint64_t most = (file.Size() - kHeaderSize) / kLetterHead;
   return static_cast<int64_t>(std::min<uint64_t>(Get32(head, kCountPlace), most));
 }
 
-OutlookExpress4Reader::OutlookExpress4Reader(const std::string& path)
-    : file_(path), states_(path), next_(kHeaderSize) {
-  if (!IsOutlookExpress4(file_.Read(0, kFileMark.size()))) {
-    throw Error(ErrorNumber::kPathAccess, "the file lacks the mark of Outlook Express 4: " + path);
+std::string IndexBeside(const std::string& path, size_t most) {
+  try {
+    std::string index = IndexOf(path);
+    if (index.empty()) return {};
+    platform::InputFile file(index);
+    std::string bytes(static_cast<size_t>(std::min<uint64_t>(most, file.Size())), '\0');
+    bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
+    return bytes;
+  } catch (const Error&) {
+    return {};
   }
 }
 
-OutlookExpress4States::OutlookExpress4States(const std::string& path) {
-  try {
-    if (std::string index = IndexOf(path); !index.empty()) ReadIndex(index);
-  } catch (const Error&) {
-    flags_.clear();
+OutlookExpress4Reader::OutlookExpress4Reader(const intake::RawMessage& file,
+                                             const std::string& index)
+    : file_(file), states_(index), next_(kHeaderSize) {
+  if (!IsOutlookExpress4(file_.Read(0, kFileMark.size()))) {
+    throw Error(ErrorNumber::kPathAccess,
+                "the file lacks the mark of Outlook Express 4: " + file.File());
   }
 }
 
@@ -83,8 +90,9 @@ intake::MessageState OutlookExpress4States::StateAt(LetterSpan span) const {
   return state;
 }
 
-void OutlookExpress4States::ReadIndex(const std::string& path) {
-  FileWindow file(path);
+OutlookExpress4States::OutlookExpress4States(const std::string& index) {
+  const intake::RawMessage bytes({}, index);
+  FileWindow file(bytes);
   std::string_view head = file.Read(0, kKindPlace + 4);
   if (!head.starts_with(kIndexMark) || Get32(head, kKindPlace) != kIndexKind) return;
   for (uint64_t place : kFirstItems) {

@@ -18,26 +18,27 @@ namespace tarnwick::sources {
 // True for the first bytes of a file of letters.
 bool IsOutlookExpress4(std::string_view head);
 // How many letters it says that it holds, deleted ones included; at most what its size can hold.
-int64_t CountOutlookExpress4(const std::string& path);
+int64_t CountOutlookExpress4(const intake::RawMessage& file);
 
-// What the index beside a store of letters says of them; nothing where it is missing or damaged.
+// The bytes of the index beside a store of letters, of a long one so many; "" where there is none.
+inline constexpr size_t kMostIndex = size_t{64} << 20;
+std::string IndexBeside(const std::string& path, size_t most = kMostIndex);
+
+// What an index says of letters; nothing where it is missing or damaged.
 class OutlookExpress4States {
  public:
-  // path: of the letters.
-  explicit OutlookExpress4States(const std::string& path);
+  explicit OutlookExpress4States(const std::string& index);
   // Of the letter whose text lies there.
   intake::MessageState StateAt(LetterSpan span) const;
 
  private:
-  void ReadIndex(const std::string& path);
-
   std::map<uint32_t, uint32_t> flags_;  // by a letter's place
 };
 
 class OutlookExpress4Reader : public LetterReader {
  public:
-  // Throws Error for a file that can't be read.
-  explicit OutlookExpress4Reader(const std::string& path);
+  // Bytes in memory outlive it. Throws Error for a file that can't be read.
+  OutlookExpress4Reader(const intake::RawMessage& file, const std::string& index);
 
   bool Next(LetterEntry& letter) override;
   void Copy(const Sink& sink) override;

@@ -3,11 +3,18 @@
 #include "intake/registry_link.h"
 
 #include "intake/reader_link.h"
+#include "platform/environment.h"
 #include "samples/hive_builder.h"
+#include "support/own_reader.h"
 #include "support/program_fixture.h"
 
 namespace tarnwick::intake {
 namespace {
+
+[[maybe_unused]] const auto* const kOwnReader = ::testing::AddGlobalTestEnvironment(
+    new testing::OwnReader([](const std::string& fault, const LetterOpening& told, const auto&) {
+      return std::make_unique<testing::WrongThroughout>(MakeRegistryService(told.store), fault);
+    }));
 
 class RegistryLinkTest : public testing::ProgramFixture {
  protected:
@@ -66,6 +73,12 @@ TEST_F(RegistryLinkTest, TheReaderSaysOfARegistryFileWhatTheProgramFindsInIt) {
     EXPECT_EQ(RecordsRead(), before);
     EXPECT_EQ(Told(name, bytes, TARNWICK_READER), here) << name << bytes.size();
     EXPECT_GT(RecordsRead(), before + 1);
+  }
+  for (const char* fault : {"dies", "says nonsense", "says half"}) {
+    platform::SetEnvironmentText(testing::kReaderFault, fault);
+    std::string told = Told("NTUSER.DAT", hive, platform::ProgramPath());
+    platform::SetEnvironmentText(testing::kReaderFault, std::nullopt);
+    EXPECT_EQ(told, kReaderLost) << fault;
   }
 }
 

@@ -3,6 +3,7 @@
 #include "look/look.h"
 
 #include "board/load_found.h"
+#include "intake/reader_link.h"
 #include "samples/dbx_builder.h"
 #include "samples/hive_builder.h"
 #include "samples/mailbox_builder.h"
@@ -100,6 +101,54 @@ TEST_F(LookAround, KnowsAStoreOnACopiedDriveByItsIdentity) {
   inbox.Finish();
   Write("old/D/Mail/Inbox.dbx", inbox.Bytes());
   EXPECT_THAT(Rows(LookAll()), Contains(HasSubstr("Outlook Express|ann|Ann|1|1|")));
+}
+
+// Short stores and long ones, damaged ones, and letters that are deleted before one that is not.
+TEST_F(LookAround, TheReaderSaysOfMailWhatTheProgramFindsInIt) {
+  Write("stored/1.eml", LetterOf("kept", "2005"));
+  board::TakeTextFiles({root_ + "stored"});
+  const std::string kept = LetterOf("kept", "2005");
+  Write("long/Inbox", kMark + kept + kMark + LetterOf("z", "1998") + std::string(1'500'000, 'x'));
+  for (const char* name : {"1", "2", "10"}) Write(std::string("mh/") + name, kept);
+  Write("md/new/.keep", "");
+  Write("md/cur/1015333620.a;2,T", LetterOf("gone", "2001"));
+  Write("md/cur/1015333621.a;2,S", kept);
+  auto apple = [](const std::string& letter, int flags) {
+    return std::to_string(letter.size()) + "\n" + letter + "<key>flags</key><integer>" +
+           std::to_string(flags) + "</integer>";
+  };
+  Write("Pat.mbox/Messages/1.emlx", apple(LetterOf("gone", "2003"), 2));
+  Write("Pat.mbox/Messages/2.emlx", apple(kept, 1));
+  samples::OutlookExpress4Builder four;
+  four.Add(LetterOf("gone", "1997"), 1);
+  four.Add(kept, 2);
+  Write("four/Inbox.mbx", four.Letters());
+  Write("four/Inbox.idx", four.Index());
+  samples::MessageStoreBuilder store;
+  samples::IndexedMessage letter;
+  letter.text = LetterOf("kept", "2005") + std::string(2'000'000, 'x');
+  store.AddMessage(letter);
+  store.Finish();
+  Write("long/Long.dbx", store.Bytes());
+  Write("cut/Cut.dbx", store.Bytes().substr(0, 5000));
+  Write("cut/Inbox.mbx", four.Letters().substr(0, 90));
+
+  std::string told[2];
+  for (int second : {0, 1}) {
+    intake::SetReader(second == 1 ? TARNWICK_READER : "");
+    int64_t before = intake::RecordsRead();
+    for (const FoundMail& mail : LookAll().mail) {
+      told[second] += Row(mail) + "|" + std::to_string(mail.bytes) + "\n";
+    }
+    EXPECT_EQ(intake::RecordsRead() > before + 15, second == 1);
+  }
+  intake::SetReader("");
+  EXPECT_EQ(told[0], told[1]);
+  for (const char* row :
+       {"mbox||long|1|2|1998-2005|whole|stored", "MH||", "Maildir||", "Apple Mail||",
+        "Outlook Express 4||four|1|2|1997-2005|whole|stored", "|damaged|new"}) {
+    EXPECT_THAT(told[0], HasSubstr(row));
+  }
 }
 
 TEST_F(LookAround, CanBeStoppedAndKeepsToOneFile) {

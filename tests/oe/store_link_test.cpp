@@ -13,8 +13,10 @@
 #include "intake/letter_service.h"
 #include "intake/reader_link.h"
 #include "intake/text_reader.h"
+#include "oe/folder_list.h"
 #include "oe/lost_walk.h"
 #include "oe/rescue.h"
+#include "oe/sample.h"
 #include "oe_fixture.h"
 #include "platform/child_process.h"
 #include "platform/environment.h"
@@ -81,6 +83,12 @@ class WrongService : public intake::LetterService {
     new testing::OwnReader([](const std::string& fault, const intake::LetterOpening& told,
                               const auto& tell) -> std::unique_ptr<intake::LetterService> {
       const intake::ReadingRules& rules = told.conditions.rules;
+      if (told.conversation == intake::Conversation::kFolderList) {
+        return std::make_unique<testing::WrongThroughout>(MakeFolderListService(rules), fault);
+      }
+      if (told.conversation == intake::Conversation::kStoreSample) {
+        return std::make_unique<testing::WrongThroughout>(MakeStoreSampleService(), fault);
+      }
       std::unique_ptr<intake::LetterService> sound;
       if (told.conversation == intake::Conversation::kText) sound = intake::MakeTextService();
       if (told.conversation == intake::Conversation::kLostMail) {
@@ -308,6 +316,37 @@ TEST_F(StoreLinkTest, AReaderThatGoesWrongCostsTheMessageAndNoOther) {
     EXPECT_EQ(left.tables == sound.tables, lost == 0) << fault;
     bool isNone = std::string_view(fault) == "is no reader";
     EXPECT_EQ(left.log.find("the program reads them itself") != std::string::npos, isNone) << fault;
+  }
+}
+
+// The same of what is asked of a whole file: what that says is missing, and the load or look goes
+// on.
+TEST_F(StoreLinkTest, AReaderThatGoesWrongOverAFileCostsWhatTheFileSays) {
+  samples::FolderListBuilder list;
+  list.Add({1, 0, "Inbox", "Inbox.dbx"});
+  list.Finish();
+  const std::string folders = WriteTemp("Folders.dbx", list.Bytes());
+  const std::string store = WriteTemp("Inbox.dbx", Store(10).Bytes());
+  for (const char* fault : {"dies", "says nonsense", "says half", ""}) {
+    bool isSound = *fault == '\0';
+    ResetState();
+    ui_.shown.clear();
+    State().FolderFiles = {{folders, "ann", folder_.Path()}};
+    intake::SetReader(isSound ? TARNWICK_READER : platform::ProgramPath());
+    platform::SetEnvironmentText(testing::kReaderFault, fault);
+    ReadFolderTree(0, intake::kComplete);
+    StoreSampler sampler;
+    StoreSample samples[] = {sampler.Sample(store), sampler.Sample(store)};
+    platform::SetEnvironmentText(testing::kReaderFault, std::nullopt);
+    EXPECT_EQ(State().Folders[0].size(), isSound ? 1U : 0U) << fault;
+    EXPECT_EQ(State().IsListDamaged, !isSound) << fault;
+    std::vector<std::string> told = ui_.Shown("error");
+    ASSERT_EQ(told.size(), isSound ? 0U : 1U) << fault;
+    for (const std::string& text : told) EXPECT_THAT(text, HasSubstr(intake::kReaderLost));
+    for (const StoreSample& sample : samples) {
+      EXPECT_EQ(sample.isDamaged, !isSound) << fault;
+      EXPECT_EQ(sample.messages, isSound ? 10 : 0) << fault;
+    }
   }
 }
 

@@ -177,12 +177,13 @@ TEST_F(ShutInReader, CanDoNothingButAnswerOfAnOutlookStore) {
 TEST_F(ShutInReader, CanDoNothingButAnswerOfLetters) {
   if (prctl(PR_GET_SECCOMP) < 0) GTEST_SKIP() << "this system filters no calls";
   intake::SetReader(TARNWICK_READER);
-  auto link =
-      intake::ReaderLink::Begin({}, intake::Conversation::kLetterFiles, intake::kComplete, {});
+  const std::string nothingBeside(4, '\0');
+  auto link = intake::ReaderLink::Begin({}, intake::Conversation::kLetterFiles, intake::kComplete,
+                                        nothingBeside);
   intake::SetReader("");
   ASSERT_TRUE(link);
   auto ask = [&] {
-    link->Ask("Subject: a letter\n\n<p>text", std::string(8, '\0'));
+    link->Ask("Subject: a letter\n\n<p>text", std::string(13, '\0'));
     return link->Answer().has_value();
   };
   ASSERT_TRUE(ask());

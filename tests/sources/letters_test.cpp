@@ -165,7 +165,7 @@ TEST(OutlookExpress4, GivesLettersWithTheirStateAndPassesDamage) {
   const std::string box = folder.File("Inbox.MBX");
   platform::WriteFile(box, store.Letters());
   auto letters = [&] {
-    OutlookExpress4Reader reader(box);
+    OutlookExpress4Reader reader(box, IndexBeside(box));
     std::vector<std::string> texts = LettersOf(reader);
     texts.push_back(reader.Damage());
     return texts;

@@ -274,6 +274,16 @@ TEST_F(MailboxTree, TheReaderLeavesWhatTheProgramLeaves) {
   }
   Write("Maildir/new/.keep", "");
   Write("Maildir/cur/2000.x;2,", LetterOf("eve@example.org", "long") + std::string(1'200'000, 'y'));
+  for (int i = 1; i < 30; ++i) {
+    std::string letter = LetterOf("tim@example.org", "apple " + std::to_string(i));
+    if (i == 20) letter += std::string(1'200'000, 'z');
+    std::string length = i == 8 ? "none" : std::to_string(i == 7 ? 99'999 : letter.size());
+    Write("Tim.mbox/Messages/" + std::to_string(i) + ".emlx",
+          length + "\n" + letter + "<key>flags</key><integer>" + std::to_string(i) + "</integer>");
+    Write("mh/" + std::to_string(i), LetterOf("ida@example.org", "mh " + std::to_string(i)));
+  }
+  Write("Tim.mbox/Messages/40.emlx", "0\n");
+  Write("mh/.mh_sequences", "unseen: 3-9\nreplied: 4 7\n");
   samples::OutlookExpress4Builder store;
   for (int i = 0; i < 20; ++i) {
     store.Add(LetterOf("bob@example.org", "four " + std::to_string(i)), i % 3);

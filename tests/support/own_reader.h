@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "intake/letter_record.h"
@@ -30,6 +31,30 @@ inline void ReadFromProgram(std::string& to, size_t count) {
     had += got;
   }
 }
+
+// Goes wrong over each answer: it dies, says nonsense, or half of it.
+class WrongThroughout : public intake::LetterService {
+ public:
+  WrongThroughout(std::unique_ptr<intake::LetterService> sound, std::string fault)
+      : sound_(std::move(sound)), fault_(std::move(fault)) {}
+
+  void Take(std::string_view piece) override { sound_->Take(piece); }
+  Answer Next(std::string_view how, bool packs, const ByteSink& sink) override {
+    return {Wrong(sound_->Next(how, packs, sink).record)};
+  }
+  std::string Text(std::string_view which, const ByteSink& sink) override {
+    return Wrong(sound_->Text(which, sink));
+  }
+
+ private:
+  std::string Wrong(const std::string& record) const {
+    if (fault_ == "dies") std::_Exit(1);
+    return fault_ == "says half" ? record.substr(0, record.size() / 2) : std::string(100, '\xEE');
+  }
+
+  std::unique_ptr<intake::LetterService> sound_;
+  std::string fault_;
+};
 
 using FaultyService = std::function<std::unique_ptr<intake::LetterService>(
     const std::string& fault, const intake::LetterOpening& opening,
