@@ -117,14 +117,16 @@ void AppendBase64(std::string_view bytes, std::string& text) {
   size_t at = text.size();
   text.resize(at + (bytes.size() + 2) / 3 * 4);
   char* out = text.data() + at;
-  auto byte = [&](size_t i) {
-    return i < bytes.size() ? uint32_t{static_cast<unsigned char>(bytes[i])} : 0;
-  };
-  for (size_t i = 0; i < bytes.size(); i += 3, out += 4) {
-    uint32_t group = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
+  auto put = [&](uint32_t first, uint32_t second, uint32_t third) {
+    uint32_t group = first << 16 | second << 8 | third;
     std::memcpy(out, kPairs[group >> 12].data(), 2);
     std::memcpy(out + 2, kPairs[group & 4095].data(), 2);
-  }
+    out += 4;
+  };
+  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
+  size_t i = 0;
+  for (; i + 3 <= bytes.size(); i += 3) put(byte(i), byte(i + 1), byte(i + 2));
+  if (i < bytes.size()) put(byte(i), i + 1 < bytes.size() ? byte(i + 1) : 0, 0);
   size_t missing = (3 - bytes.size() % 3) % 3;
   text.replace(text.size() - missing, missing, missing, '=');
 }
