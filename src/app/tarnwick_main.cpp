@@ -3,6 +3,8 @@
 //
 // The graphical program.
 #include <QApplication>
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QPixmap>
 #include <QTimer>
 
@@ -72,6 +74,23 @@ int RunWindow(QApplication& application, tarnwick::app::QtUserInterface& ui,
   return application.exec();
 }
 
+// Ends the program where it was started with anything else.
+void TakeArguments(const QApplication& application) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("Keeps the mail of old mail programs, and shows it.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  const QCommandLineOption home("home", "Keep the repository, the settings and the log in <DIR>.",
+                                "DIR");
+  parser.addOption(home);
+  parser.process(application);
+  constexpr int kWrongUsage = 2;
+  if (!parser.positionalArguments().isEmpty()) parser.showHelp(kWrongUsage);
+  if (parser.isSet(home)) {
+    tarnwick::platform::SetEnvironmentText("TARNWICK_HOME", parser.value(home).toStdString());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -80,6 +99,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   tarnwick::app::ApplyLook(application);
   tarnwick::app::SetUpApplication(application);
+  TakeArguments(application);
 
   // A look at the program where there is no display: TARNWICK_PICTURE names the file.
   QString picture = qEnvironmentVariable("TARNWICK_PICTURE");

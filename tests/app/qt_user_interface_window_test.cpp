@@ -73,11 +73,10 @@ TEST(QtUserInterface, ATurnOfTheEventsIsNotEnteredAgainFromWithin) {
 class Program : public ::testing::Test {
  protected:
   testing::ProgramRun Run() {
-    qputenv("TARNWICK_HOME", folder_.File("home").c_str());
     qputenv("TARNWICK_PICTURE", folder_.File("window.png").c_str());
-    auto run = testing::RunProgram({std::string(TARNWICK_BIN) + "/tarnwick"});
+    auto run = testing::RunProgram(
+        {std::string(TARNWICK_BIN) + "/tarnwick", "--home", folder_.File("home")});
     qunsetenv("TARNWICK_PICTURE");
-    qunsetenv("TARNWICK_HOME");
     return run;
   }
   testing::TempFolder folder_;
