@@ -133,8 +133,8 @@ std::unique_ptr<ReaderLink> ReaderLink::Open(const std::string& program,
   try {
     link->Start();
     return link;
-  } catch (const Lost& lost) {
-    throw Error(ErrorNumber::kPathAccess, std::string("The reader of its store: ") + lost.why);
+  } catch (const Lost&) {
+    throw Error(ErrorNumber::kPathAccess, kReaderLost);
   }
 }
 

@@ -36,8 +36,16 @@ SingleReader::SingleReader(Conversation conversation, size_t mostSent)
     : conversation_(conversation), mostSent_(mostSent) {}
 SingleReader::~SingleReader() = default;
 
+// What takes long says that it goes on.
+std::unique_ptr<ReaderLink> SingleReader::Begin(const std::string& file,
+                                                const ReadingRules& rules) const {
+  auto link = ReaderLink::Begin(file, conversation_, rules, {});
+  if (link) link->TellProgress([](int) {});
+  return link;
+}
+
 ReaderLink* SingleReader::Link(const ReadingRules& rules) {
-  if (!link_) link_ = ReaderLink::Begin({}, conversation_, rules, {});
+  if (!link_) link_ = Begin({}, rules);
   return link_.get();
 }
 
@@ -85,8 +93,7 @@ bool SingleReader::Ask(const RawMessage& raw, const ReadingRules& rules, const s
   std::optional<std::string> sent;
   std::unique_ptr<ReaderLink> own;  // of a file that is handed
   if (bytes.Size() > mostSent_) {
-    own = ReaderLink::Begin(raw.File(), conversation_, rules, {});
-    if (own) own->TellProgress([](int) {});  // what takes long says that it goes on
+    own = Begin(raw.File(), rules);
   } else if (Link(rules) != nullptr) {
     sent = TakeAsked(raw.File(), how);
     if (!sent) link_->Ask(sent.emplace(bytes.Read(0, bytes.Size())), how);

@@ -52,6 +52,7 @@ class SingleReader {
     std::string how;
     std::string sent;
   };
+  std::unique_ptr<ReaderLink> Begin(const std::string& file, const ReadingRules& rules) const;
   ReaderLink* Link(const ReadingRules& rules);
   std::optional<std::string> TakeAsked(const std::string& file, const std::string& how);
 
