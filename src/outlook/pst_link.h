@@ -35,6 +35,8 @@ class PstLink {
 
   // Throws Error for a file that can't be read and a program that can't be started.
   PstLink(const std::string& storePath, const std::string& program, Way way = Way::kByIndex);
+  PstLink(const PstLink&) = delete;
+  PstLink& operator=(const PstLink&) = delete;
 
   StoreSays Store();
   FolderSays Folder(uint32_t node);

@@ -29,7 +29,7 @@ void Pass(Archive& archive, ItemPlace& p) {
 }
 template <typename Archive>
 void Pass(Archive& archive, FoundItem& f) {
-  archive(f.node, f.folder, intake::OneOf{f.how, 4}, f.data);
+  archive(f.node, f.folder, intake::OneOf{f.how, static_cast<size_t>(LostHow::kAlone) + 1}, f.data);
 }
 }  // namespace reader
 
@@ -43,7 +43,8 @@ struct PstRequest {
 };
 template <typename Archive>
 void Pass(Archive& archive, PstRequest& r) {
-  archive(intake::OneOf{r.kind, 5}, r.place, r.rules, r.tellsSteps, r.leaveOut);
+  archive(intake::OneOf{r.kind, static_cast<size_t>(PstRequest::Kind::kFound) + 1}, r.place,
+          r.rules, r.tellsSteps, r.leaveOut);
 }
 
 // Answers; fault: why there is none.

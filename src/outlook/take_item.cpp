@@ -86,7 +86,11 @@ TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& appl
                    uint64_t& budget, const intake::ReadingRules& rules, intake::TextReader& texts) {
   intake::ScratchLetter output;
   ItemReading reading = item.Read(budget, rules, output);
-  if (reading.type != kMailType) return {std::move(reading.type), {}, {{}}, {}, {}};
+  if (reading.type != kMailType) {
+    TakenItem other;
+    other.type = std::move(reading.type);
+    return other;
+  }
   return SettleItem(std::move(reading), output.Finish(), place, application, texts);
 }
 

@@ -27,7 +27,7 @@ ItemReading ReadItem(PropertyItem& item, uint64_t& budget, const intake::Reading
 struct TakenItem {
   std::string type;  // as ItemReading has it; where it is not mail, nothing else is filled in
   intake::PreparedMessage prepared;
-  intake::RawMessage raw;
+  intake::RawMessage raw{""};
   std::string name;  // for the account of the load
   std::string damage;
 };
