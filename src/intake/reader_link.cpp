@@ -113,13 +113,16 @@ std::unique_ptr<ReaderLink> ReaderLink::Begin(const std::string& storePath,
   if (!storePath.empty()) platform::InputFile readable(storePath);  // or its error is told
   LetterOpening told{conversation, !storePath.empty(), 0, ConditionsOf(rules), std::move(opening)};
   std::unique_ptr<ReaderLink> link(new ReaderLink(storePath, Program(), std::move(told)));
-  try {
-    link->Start();
-    return link;
-  } catch (const Lost&) {
-    TellFailure("does not answer", {});
-  } catch (const Error& error) {
-    TellFailure("can't be started", " " + core::OneLogLine(error.Description()));
+  // What keeps it from starting may be gone a moment later.
+  for (bool isSecond : {false, true}) {
+    try {
+      link->Start();
+      return link;
+    } catch (const Lost&) {
+      if (isSecond) TellFailure("does not answer", {});
+    } catch (const Error& error) {
+      if (isSecond) TellFailure("can't be started", " " + core::OneLogLine(error.Description()));
+    }
   }
   return nullptr;
 }

@@ -83,8 +83,8 @@ class ReaderLink {
  public:
   using ByteSink = std::function<void(std::string_view)>;
 
-  // nullptr where the program reads itself: none is set, or it can't be started, which is logged
-  // once; it is tried again for each store, until it has failed three times. storePath: "" where
+  // nullptr where the program reads itself: none is set, or it can't be started, even at the second
+  // try, which is logged once; each store tries anew, until three have failed. storePath: "" where
   // messages are sent. Throws Error for a store that can't be opened.
   static std::unique_ptr<ReaderLink> Begin(const std::string& storePath, Conversation conversation,
                                            const ReadingRules& rules, std::string opening);

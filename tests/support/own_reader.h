@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,6 +23,8 @@
 namespace tarnwick::testing {
 
 inline constexpr const char* kReaderFault = "TARNWICK_TEST_READER_FAULT";
+// A file follows, which the first start makes.
+inline constexpr std::string_view kStartsOnlyWith = "starts only with ";
 
 inline void ReadFromProgram(std::string& to, size_t count) {
   to.resize(count);
@@ -77,6 +80,11 @@ class OwnReader : public ::testing::Environment {
     std::string opening;
     request(opening);
     if (fault == "is no reader") std::_Exit(1);
+    if (fault.starts_with(kStartsOnlyWith) &&
+        !std::ifstream(fault.substr(kStartsOnlyWith.size()))) {
+      std::ofstream(fault.substr(kStartsOnlyWith.size())) << "was started";
+      std::_Exit(1);
+    }
     auto told = intake::RecordOf<intake::LetterOpening>(opening);
     intake::ReadUnder(told.conditions);
     auto hasMore = [] { return false; };
