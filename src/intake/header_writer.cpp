@@ -3,14 +3,13 @@
 #include "intake/header_writer.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "core/text.h"
+#include "platform/base64.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -104,31 +103,18 @@ std::string InternetDate(DateTime local, int utcOffsetMinutes) {
   return text;
 }
 
-// Attachments are written through here, so two characters are looked up at a time.
 void AppendBase64(std::string_view bytes, std::string& text) {
-  using Pairs = std::array<std::array<char, 2>, 4096>;
-  static constexpr Pairs kPairs = [] {
-    constexpr std::string_view kAlphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    Pairs pairs{};
-    for (size_t i = 0; i < pairs.size(); ++i) pairs[i] = {kAlphabet[i >> 6], kAlphabet[i & 63]};
-    return pairs;
-  }();
   size_t at = text.size();
+  size_t whole = bytes.size() / 3;
+  std::string_view rest = bytes.substr(3 * whole);
   text.resize(at + (bytes.size() + 2) / 3 * 4);
   char* out = text.data() + at;
-  auto put = [&](uint32_t first, uint32_t second, uint32_t third) {
-    uint32_t group = first << 16 | second << 8 | third;
-    std::memcpy(out, kPairs[group >> 12].data(), 2);
-    std::memcpy(out + 2, kPairs[group & 4095].data(), 2);
-    out += 4;
-  };
-  auto byte = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
-  size_t i = 0;
-  for (; i + 3 <= bytes.size(); i += 3) put(byte(i), byte(i + 1), byte(i + 2));
-  if (i < bytes.size()) put(byte(i), i + 1 < bytes.size() ? byte(i + 1) : 0, 0);
-  size_t missing = (3 - bytes.size() % 3) % 3;
-  text.replace(text.size() - missing, missing, missing, '=');
+  platform::EncodeBase64Groups(bytes.data(), whole, out);
+  if (rest.empty()) return;
+  char last[3] = {};
+  std::copy(rest.begin(), rest.end(), last);
+  platform::EncodeBase64Groups(last, 1, out + 4 * whole);
+  std::fill(text.end() - static_cast<std::ptrdiff_t>(3 - rest.size()), text.end(), '=');
 }
 
 void AppendEscaped(char c, char mark, std::string& text) {

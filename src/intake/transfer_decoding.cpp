@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 
+#include "platform/base64.h"
 #include "platform/charset.h"
 
 namespace tarnwick::intake {
@@ -42,6 +43,13 @@ void AppendQuad(std::string& out, const char* quad, size_t count) {
 
 // Decodes the whole fours of text and gives what is left over.
 std::string_view DecodeFours(std::string_view text, std::string& out) {
+  size_t groups = text.size() / 4;
+  size_t at = out.size();
+  out.resize(at + 3 * groups);
+  if (platform::DecodeBase64Groups(text.data(), groups, out.data() + at)) {
+    return text.substr(4 * groups);
+  }
+  out.resize(at);  // foreign characters count as zeros
   while (text.size() >= 4) {
     AppendQuad(out, text.data(), 3);
     text.remove_prefix(4);

@@ -13,9 +13,9 @@
 
 namespace tarnwick::repository {
 
-// Goes up with every table or column that comes to be. Tables and columns never go or change what
-// they hold: programs of other versions read the files.
-inline constexpr int kSchemaVersion = 3;
+// Goes up with every table, column or form of packed values that comes to be. Tables and columns
+// never go or change what they hold: programs of other versions read the files.
+inline constexpr int kSchemaVersion = 4;
 
 inline constexpr const char* kRepositoryFile = "Tarnwick.twr";
 inline constexpr const char* kParameterFile = "emlParameter.twr";

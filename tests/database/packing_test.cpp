@@ -5,7 +5,9 @@
 #include <random>
 
 #include "database/connection_impl.h"
+#include "database/engine/base64_folding.h"
 #include "mail_database.h"
+#include "platform/base64.h"
 
 namespace tarnwick::jet {
 namespace {
@@ -42,33 +44,103 @@ TEST(Packing, EveryLengthComesBack) {
   }
 }
 
+std::string Noise(std::mt19937& random, size_t size) {
+  std::string noise(size, '\0');
+  for (char& c : noise) c = static_cast<char>(random());
+  return noise;
+}
+
+std::string Base64Lines(const std::string& bytes, size_t groups, const char* lineEnd) {
+  std::string text;
+  std::string line(4 * groups, '\0');
+  for (size_t place = 0; place + 3 * groups <= bytes.size(); place += 3 * groups) {
+    platform::EncodeBase64Groups(bytes.data() + place, groups, line.data());
+    text += line + lineEnd;
+  }
+  return text;
+}
+
+// Attachments in all the ways that they are written and cut in pieces, some with an odd line.
+TEST(Packing, Base64PacksAsItsBytes) {
+  std::mt19937 random(3);
+  int folded = 0;
+  for (int i = 0; i < 400; i++) {
+    std::string text;
+    for (size_t part = random() % 4; part < 4; part++) {
+      size_t groups = i % 3 == 0 ? 10 + random() % 250 : 19;
+      text += Lines(static_cast<int>(random() % 8));
+      text +=
+          Base64Lines(Noise(random, random() % 6000), groups, random() % 2 == 0 ? "\r\n" : "\n");
+    }
+    if (i % 4 == 0) text[random() % text.size()] = "= \n\r-"[random() % 5];
+    text = text.substr(random() % 200, text.size() - random() % 200);
+    std::string packed(Pack(text));
+    if (packed.empty()) continue;
+    EXPECT_EQ(ToldSize(packed), text.size());
+    ASSERT_EQ(Unpack(packed), text) << i;
+    folded += packed.front() == 2 ? 1 : 0;
+  }
+  EXPECT_GT(folded, 200);
+  std::string noise = Base64Lines(Noise(random, 24'000), 19, "\r\n");
+  EXPECT_LT(Pack(noise).size(), noise.size() * 74 / 100);
+  // What repeats in the bytes, though not in the characters.
+  std::string repeating;
+  for (int i = 0; i < 500; i++) repeating += "a word of 25 bytes, often" + std::to_string(i);
+  std::string text = Base64Lines(repeating, 19, "\r\n");
+  EXPECT_LT(Pack(text).size() * 5, text.size());
+}
+
 // The bytes lie in every repository: another dictionary or frame would make them unreadable.
 TEST(Packing, ReadsWhatWasPackedBefore) {
-  constexpr std::string_view kHex =
-      "0128b52ffd20e05d0200e341059134f53152a69c2edf88a4487a3926bd5755c986ce12fc5082e20e819ac37c006c"
-      "8777f6c30232b1d26c8443a3366d04f5eb3500f295d18562eea1f70ea68ba783e891821ca9c501";
-  std::string packed;
-  for (size_t i = 0; i < kHex.size(); i += 2) {
-    packed += static_cast<char>(std::stoi(std::string(kHex.substr(i, 2)), nullptr, 16));
-  }
+  auto bytesOf = [](std::string_view hex) {
+    std::string bytes;
+    for (size_t i = 0; i < hex.size(); i += 2) {
+      bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+    }
+    return bytes;
+  };
   EXPECT_EQ(
-      Unpack(packed),
+      Unpack(bytesOf(
+          "0128b52ffd20e05d0200e341059134f53152a69c2edf88a4487a3926bd5755c986ce12fc5082e20e819ac37c"
+          "0"
+          "06c8777f6c30232b1d26c8443a3366d04f5eb3500f295d18562eea1f70ea68ba783e891821ca9c501")),
       "Received: from localhost (localhost [127.0.0.1])\r\n\tby mail.example.org with ESMTP id "
       "4711\r\nSubject: Guten Tag und viele Grüße\r\nContent-Type: text/plain;\r\n\tcharset="
       "\"iso-8859-1\"\r\n\r\nDear Ann, thanks in advance. Best regards\r\n");
+  std::string bytes;
+  for (int i = 0; i < 12; i++) bytes += "a letter of mine, number " + std::to_string(i) + "; ";
+  EXPECT_EQ(Unpack(bytesOf("029a01000028b52ffd6049000d030072c41018706573e44877a1283aa9aa16fe9316c8b"
+                           "14435fba36f5d0a71d"
+                           "bd997d3308b922087f1551ceee302efc4bec93d021c6e8cdbce52a9a64ab512b4aa836d"
+                           "c176da0e020c002014"
+                           "101e08190805840742064201e1c5cff55a0682017a952f")),
+            "--edge\r\n\r\n" + Base64Lines(bytes, 19, "\r\n") + "--edge--\r\n");
 }
 
 TEST(Packing, DamageGivesAnErrorAndNoHugeMemory) {
-  std::string letter = Lines(100);
-  std::string packed(Pack(letter));
   std::mt19937 random(2);
-  for (size_t i = 0; i < 3000; i++) {
-    std::string damaged =
-        packed.substr(0, i % 3 == 0 ? 6 + random() % packed.size() : packed.size());
-    size_t place = 5 + random() % (damaged.size() - 5);
+  std::string packed(Pack(Lines(100)));
+  std::string folded(Pack(Lines(3) + Base64Lines(Lines(20), 19, "\r\n")));
+  EXPECT_EQ(folded.front(), 2);
+  for (size_t i = 0; i < 6000; i++) {
+    const std::string& sound = i % 2 == 0 ? packed : folded;
+    std::string damaged = sound.substr(0, i % 3 == 0 ? 10 + random() % sound.size() : sound.size());
+    size_t place = 1 + random() % (damaged.size() - 1);
     damaged[place] = static_cast<char>(damaged[place] ^ (1 + random() % 255));
+    if (!IsPacked(damaged)) continue;
     int error = ErrorOf([&] { EXPECT_LE(Unpack(damaged).size(), damaged.size() * 1000 + 1000); });
     EXPECT_TRUE(error == 0 || error == 11) << error;
+  }
+  // A folded text that tells of other parts than it has: none reaches beyond the text.
+  for (size_t i = 0; i < 2000; i++) {
+    std::string text = Lines(1) + Base64Lines(Noise(random, 800), 19, "\n");
+    std::string parts;
+    ASSERT_TRUE(FoldBase64(text, parts));
+    parts[random() % 24] = static_cast<char>(random());
+    if (i % 5 == 0) parts.resize(random() % parts.size());
+    std::string unfolded(text.size() + 1, '!');
+    UnfoldBase64(parts, unfolded.data(), text.size());
+    EXPECT_EQ(unfolded.back(), '!');
   }
   EXPECT_EQ(ErrorOf([&] { Unpack(packed.substr(0, packed.size() - 1)); }), 11);
   // A whole and sound value of a million characters in sixty bytes is not believed either.

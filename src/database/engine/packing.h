@@ -4,10 +4,13 @@
 // Long texts and bytes as they lie in a file: packed where that saves room. Internal to the
 // database; statements and recordsets only ever see the plain value.
 //
-// A packed value is a format number (one byte, 1) and a zstd frame that tells its content's size,
-// made with the dictionary of packing_text.h; skippable frames may follow it. In a column of long
-// texts it is of the engine's type blob, in one of bytes it is of the type text: a type that no
-// plain value of the column has. All this is embedded in the files.
+// A packed value is a format number (one byte) and a zstd frame that tells its content's size;
+// skippable frames may follow it. In format 1 the content is the value, and the frame is made with
+// the dictionary of packing_text.h. In format 2 the value's size (32 bits, the lowest byte first)
+// stands before the frame, which is made without a dictionary, and its content is the value as
+// base64_folding.h folds it: no longer than the value. In a column of long texts a packed value is
+// of the engine's type blob, in one of bytes it is of the type text: a type that no plain value of
+// the column has. All this is embedded in the files.
 //
 // A file may be damaged or made to harm: a value tells its size before memory is taken for it, and
 // no size is believed beyond kLargestPacked, or beyond what so few bytes can honestly hold.
