@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: 2026 The Tarnwick maintainers
 //
-// The raw bytes of one message. They stand in a file, as a rule the scratch file of a load; where
-// whoever wrote the file has them in memory still, the file is not read.
+// The raw bytes of one message. They stand in a file, as a rule the scratch file of a load, or, of
+// a short one, in memory: then the file is not read, and need not be there.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ inline constexpr size_t kMostHeld = size_t{1} << 20;
 class RawMessage {
  public:
   RawMessage(std::string file) : file_(std::move(file)) {}
-  // bytes: all that the file holds.
+  // bytes: all that the file holds, or would.
   RawMessage(std::string file, std::string bytes)
       : file_(std::move(file)), bytes_(std::move(bytes)) {}
 

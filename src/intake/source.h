@@ -32,9 +32,9 @@ struct SourceMessage {
   // The source has asked for the key, and nothing is stored or ignored by it.
   bool isKeyNew = false;
   // The record of a message that is to be taken in, as the source has made it, its key not stored
-  // yet. Without one the message is what stands in TempMessageFile, and is parsed.
+  // yet. Without one the message is its text, which is parsed.
   std::optional<MailMessage> message;
-  // What stands in TempMessageFile, where the source has it in memory still.
+  // Its text, where that is not to be read from TempMessageFile.
   std::optional<RawMessage> raw;
   // What was read of it ahead, by the folder's rules and the facts below; beside a record, the rows
   // of that record.

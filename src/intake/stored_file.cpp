@@ -51,12 +51,12 @@ bool IsStoredFile(const std::string& key, const RawMessage& raw) {
   return offset == file.Size() && offset > 0;
 }
 
-bool IsStoredFile(DateTime received, const std::string& messageFile) {
+bool IsStoredFile(DateTime received, const RawMessage& raw) {
   jet::Recordset rows;
   rows.Open("SELECT EntryID FROM Email WHERE ReceivedTime = " + TimeLiteral(received),
             repository::RepositoryDb(), jet::CursorType::kKeyset);
   for (; !rows.Eof(); rows.MoveNext()) {
-    if (IsStoredFile(rows.Field("EntryID").AsText(), messageFile)) return true;
+    if (IsStoredFile(rows.Field("EntryID").AsText(), raw)) return true;
   }
   return false;
 }

@@ -20,7 +20,7 @@ int64_t StoredFileLength(const std::string& key);
 bool IsStoredFile(const std::string& key, const RawMessage& raw);
 
 // The same under whatever key: looked for among the messages that were received at the same second.
-bool IsStoredFile(DateTime received, const std::string& messageFile);
+bool IsStoredFile(DateTime received, const RawMessage& raw);
 // Whether a message of the same second, sender and subject is stored, whatever else it holds.
 bool IsLetterStored(const MailMessage& message);
 

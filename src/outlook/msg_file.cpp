@@ -219,7 +219,7 @@ intake::PreparedMessage MsgFileReader::Read(const std::string& path,
   } else {
     reading = ReadMsg(path, rules, [&](std::string_view bytes) { output.Add(bytes); });
   }
-  return SettleItem(std::move(reading), output.Finish(),
+  return SettleItem(std::move(reading), output.FinishInFile(),
                     {place.folder, place.parent, isSent, false}, place.application, texts_)
       .prepared;
 }

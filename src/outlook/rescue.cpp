@@ -124,8 +124,8 @@ bool LostFolder::IsMail(LostItem& lost, intake::SourceMessage& message) {
   message.name = std::move(taken.name);
   intake::MailMessage& mail = taken.prepared.message;
   bool isPart = lost.isPart || !taken.damage.empty();
-  bool isStored = isPart ? intake::IsLetterStored(mail)
-                         : intake::IsStoredFile(mail.ReceivedTime, core::State().TempMessageFile);
+  bool isStored =
+      isPart ? intake::IsLetterStored(mail) : intake::IsStoredFile(mail.ReceivedTime, taken.raw);
   if (isStored) {
     message.ending = {intake::Outcome::kAlreadyStored, {}};
     return true;

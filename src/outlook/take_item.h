@@ -38,7 +38,7 @@ struct TakenItem {
 TakenItem SettleItem(ItemReading reading, intake::RawMessage raw, const FolderPlace& place,
                      const std::string& application, intake::TextReader& texts);
 
-// Both, with the Internet message written to TempMessageFile.
+// Reads the item and settles it.
 TakenItem TakeItem(Item& item, const FolderPlace& place, const std::string& application,
                    uint64_t& budget, const intake::ReadingRules& rules, intake::TextReader& texts);
 

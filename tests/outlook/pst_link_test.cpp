@@ -104,7 +104,7 @@ class PstLinkTest : public testing::ProgramFixture {
     }
     EXPECT_EQ(reading.type, kMailType);
     EXPECT_EQ(reading.prepared.message.Subject, "mail " + std::to_string(place.index));
-    std::string text = platform::ReadFile(output.Finish().File());
+    std::string text = platform::ReadFile(output.FinishInFile().File());
     EXPECT_EQ(10'000'000 - budget, text.size());
     if (read != nullptr) *read = std::move(reading);
     return text;
