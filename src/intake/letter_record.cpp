@@ -14,7 +14,7 @@ namespace tarnwick::intake {
 
 void CheckPrepared(const PreparedMessage& prepared, const std::optional<std::string>& held) {
   if (!prepared.rows && !prepared.fault) RefuseRecord();
-  if (prepared.rows && !MayBeRowsOf(prepared, RawMessage("", held.value_or("")))) RefuseRecord();
+  if (prepared.rows && !MayBeRowsOf(prepared, held ? held->size() : 0)) RefuseRecord();
 }
 
 ReadingConditions ConditionsOf(const ReadingRules& rules) {

@@ -119,18 +119,17 @@ std::unique_ptr<PreparedMessage> PrepareElsewhere(std::string& text, const Readi
   return prepared;
 }
 
-bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw) {
+bool MayBeRowsOf(const PreparedMessage& prepared, uint64_t rawSize) {
   const PackedRows& rows = *prepared.rows;
   for (const PackedRows::Text& text : rows.texts) {
     // A long text is written as it is.
     size_t size = TextOf(prepared.message, text.column).size();
     if (!jet::MayBePacked(text.packed, size)) return false;
   }
-  RawReader reader(raw);
   for (size_t i = 0; i < rows.pieces.size(); ++i) {
     uint64_t offset = uint64_t{i} * kFileRecordLength;
-    if (offset >= reader.Size()) return false;
-    auto size = static_cast<size_t>(std::min<uint64_t>(reader.Size() - offset, kFileRecordLength));
+    if (offset >= rawSize) return false;
+    auto size = static_cast<size_t>(std::min<uint64_t>(rawSize - offset, kFileRecordLength));
     if (!jet::MayBePacked(rows.pieces[i], size)) return false;
   }
   constexpr size_t kMostThread = 32;

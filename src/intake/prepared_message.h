@@ -73,7 +73,7 @@ void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t 
 
 // Whether rows that another process packed can be those of the message: nothing in them can harm
 // the repository. What they unpack to is not looked at.
-bool MayBeRowsOf(const PreparedMessage& prepared, const RawMessage& raw);
+bool MayBeRowsOf(const PreparedMessage& prepared, uint64_t rawSize);
 
 // Tells it as ReadMessage would have; throws what it would have thrown.
 void TellOf(const PreparedMessage& prepared);
