@@ -42,7 +42,7 @@ load() { # NAME COMMAND...
   shift
   rm -rf "$work/home"
   # What is made once in a program's life is not part of the load.
-  "$bin/tarnwick-cli" --home "$work/home" list >/dev/null
+  "$@" --home "$work/home" list >/dev/null
   timed "$name" /usr/bin/time -o "$work/$name.cost" -a -f '%M %U %S' \
     "$@" --home "$work/home" --profile "$work/profile" load --accept all
 }
