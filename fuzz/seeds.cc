@@ -115,8 +115,11 @@ const Texts kOutlookExpress4 = {
 // By their first byte: packed values, a segment's head and one of its parts, changes to a file.
 Texts PackedSeeds(const Texts& letters) {
   Texts seeds = {"\2\0\0\1a\1\7\2\xFF\3\5\0x\7\1"s, "\2\x62\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s};
-  for (size_t i = 0; i < letters.size() && i < 6; ++i) {
-    std::string packed(jet::Pack(letters[i]));
+  Texts texts(letters.begin(), letters.begin() + std::min<std::ptrdiff_t>(6, std::ssize(letters)));
+  texts.emplace_back("Attached\r\n\r\n");
+  for (char c = 'A'; c < 'M'; ++c) texts.back() += std::string(76, c) + "\r\n";
+  for (const std::string& text : texts) {
+    std::string packed(jet::Pack(text));
     if (packed.empty()) continue;
     seeds.push_back('\0' + packed);
     seeds.push_back("\2\3\4"s + static_cast<char>(packed.size() % 256) + packed);
