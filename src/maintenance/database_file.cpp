@@ -164,7 +164,7 @@ NewDatabaseFile::NewDatabaseFile(const std::string& file, Begin begin)
   jet::RemoveLogs(Path());  // of a run that was killed
   if (begin == Begin::kNothing) return;
   MakeEmptyFile(Path());
-  if (begin == Begin::kRows) {
+  if (begin == Begin::kRows || begin == Begin::kRowsAlone) {
     BringUpToDate(Path(), TablesWithoutIndexes());
   } else {
     BringUpToDate(Path(), repository::RepositoryTables());

@@ -63,8 +63,9 @@ Result RunCopy(std::string_view routine, const std::string& sql, const std::stri
 class NewDatabaseFile {
  public:
   // kRows: the indexes are made by Check, of the rows that lie in the file by then.
+  // kRowsAlone: they are left to whoever opens the file as a repository.
   // kNothing: the caller makes the file under Path().
-  enum class Begin { kEmpty, kRows, kNothing };
+  enum class Begin { kEmpty, kRows, kRowsAlone, kNothing };
   explicit NewDatabaseFile(const std::string& file, Begin begin = Begin::kEmpty);
   NewDatabaseFile(const NewDatabaseFile&) = delete;
   NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;

@@ -37,11 +37,19 @@ TEST_F(Backup, EveryRowOfEveryTableArrivesAsItIs) {
   EXPECT_EQ(testing::DumpFile(file_), before);
   EXPECT_EQ(testing::DumpRepository(RepositoryDb()), before);
   EXPECT_EQ(IsItFullBackup(file_), 0);
-  EXPECT_EQ(IndexesIn(file_), IndexesIn(folder_.File(repository::kTemplateFile)));
   EXPECT_EQ(FilesLeft(), Texts{});
   EXPECT_EQ(ui_.progressDone, ui_.progressTotal);
   EXPECT_THAT(Log(), HasSubstr("Backup into "));
   EXPECT_EQ(ProposedBackupName(), "Email_20200615.twb");
+
+  // It becomes a repository like others.
+  EXPECT_EQ(IndexesIn(file_), 0);
+  const std::string opened = RepositoryDb().DataSource();
+  repository::DisconnectRepository();
+  platform::CopyFile(file_, opened);
+  ASSERT_TRUE(repository::OpenRepository(false));
+  repository::DisconnectRepository();
+  EXPECT_EQ(IndexesIn(opened), IndexesIn(folder_.File(repository::kTemplateFile)));
 }
 
 TEST_F(Backup, AnExistingFileIsAskedForAndReplacedOnlyByAWholeOne) {
