@@ -50,8 +50,8 @@ run_room() {
        "$(awk -v room="$room" '$1 == room' "$here/skipped-tests.txt" | wc -l) rows of skipped tests;" \
        "$((SECONDS - started)) s"
   if [ "$status" -ne 0 ]; then
-    grep -aE -A8 'Failure|^wine: ' "$log" | tr -d '\r' | cut -c 1-300 | head -80
-    grep -aE '^\[  FAILED  \]' "$log" | tr -d '\r' | sort -u | head -20
+    grep -aE -A8 'Failure|^wine: ' "$log" | tr -d '\r' | cut -c 1-300 | head -80 || true
+    grep -aE '^\[  FAILED  \]' "$log" | tr -d '\r' | sort -u | head -20 || true
     return 1
   fi
 }

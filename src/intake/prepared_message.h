@@ -72,7 +72,7 @@ void PackElsewhere(PreparedMessage& prepared, const RawMessage& begin, uint64_t 
                    bool packs = true);
 
 // Whether rows that another process packed can be those of the message: nothing in them can harm
-// the repository. What they unpack to is not looked at.
+// the repository. What they unpack to is not looked at. rawSize: bytes of its text.
 bool MayBeRowsOf(const PreparedMessage& prepared, uint64_t rawSize);
 
 // Tells it as ReadMessage would have; throws what it would have thrown.

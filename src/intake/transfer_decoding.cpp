@@ -3,8 +3,7 @@
 #include "intake/transfer_decoding.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
+#include <cstddef>
 
 #include "platform/base64.h"
 #include "platform/charset.h"
@@ -13,55 +12,22 @@ namespace tarnwick::intake {
 
 namespace {
 
-constexpr uint8_t kNoDigit = 0xFF;
-
-constexpr std::array<uint8_t, 256> MakeBase64Table() {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::array<uint8_t, 256> table{};
-  for (uint8_t& value : table) value = kNoDigit;
-  for (size_t i = 0; i < kAlphabet.size(); ++i) {
-    table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<uint8_t>(i);
-  }
-  return table;
-}
-constexpr std::array<uint8_t, 256> kBase64 = MakeBase64Table();
-
-uint32_t Base64Value(char c) {
-  uint8_t value = kBase64[static_cast<unsigned char>(c)];
-  return value == kNoDigit ? 0 : value;
-}
-
-// Appends the first count bytes of four characters.
-void AppendQuad(std::string& out, const char* quad, size_t count) {
-  uint32_t bits = Base64Value(quad[0]) << 18 | Base64Value(quad[1]) << 12 |
-                  Base64Value(quad[2]) << 6 | Base64Value(quad[3]);
-  const char bytes[3] = {static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
-                         static_cast<char>(bits)};
-  out.append(bytes, count);
-}
-
-// Decodes the whole fours of text and gives what is left over.
+// Decodes the whole fours of text and gives what is left over. Foreign characters count as zeros.
 std::string_view DecodeFours(std::string_view text, std::string& out) {
   size_t groups = text.size() / 4;
   size_t at = out.size();
   out.resize(at + 3 * groups);
-  if (platform::DecodeBase64Groups(text.data(), groups, out.data() + at)) {
-    return text.substr(4 * groups);
-  }
-  out.resize(at);  // foreign characters count as zeros
-  while (text.size() >= 4) {
-    AppendQuad(out, text.data(), 3);
-    text.remove_prefix(4);
-  }
-  return text;
+  platform::DecodeBase64Groups(text.data(), groups, out.data() + at);
+  return text.substr(4 * groups);
 }
 
 void DecodeRest(std::string_view rest, std::string& out) {
   if (rest.empty()) return;
-  char quad[4] = {};
-  std::copy(rest.begin(), rest.end(), quad);
-  AppendQuad(out, quad, rest.size() == 3 ? 2 : 1);
+  char four[4] = {};
+  char three[3];
+  std::copy(rest.begin(), rest.end(), four);
+  platform::DecodeBase64Groups(four, 1, three);
+  out.append(three, rest.size() == 3 ? 2 : 1);
 }
 
 int HexValue(char c) {
@@ -108,7 +74,7 @@ bool LooksLikeBase64(std::string_view line) {
   size_t strange = 0;
   for (char c : line) {
     if (c == ' ') return false;
-    if (c != '=' && kBase64[static_cast<unsigned char>(c)] == kNoDigit) ++strange;
+    if (c != '=' && !platform::IsBase64(c)) ++strange;
   }
   return strange * 4 <= line.size();
 }
@@ -150,9 +116,8 @@ TransferKind TransferKindOf(std::string_view encoding) {
 
 bool IsBase64(std::string_view line) {
   line = TrimEnd(line);
-  return std::all_of(line.begin(), line.end(), [](char c) {
-    return c == '=' || kBase64[static_cast<unsigned char>(c)] != kNoDigit;
-  });
+  return std::all_of(line.begin(), line.end(),
+                     [](char c) { return c == '=' || platform::IsBase64(c); });
 }
 
 BodyDecoder::BodyDecoder(std::string_view encoding) : kind_(TransferKindOf(encoding)) {}
@@ -224,7 +189,7 @@ class Base64File {
         ++blanks;
       } else if (c == '=') {
         ++padding;
-      } else if (kBase64[static_cast<unsigned char>(c)] == kNoDigit) {
+      } else if (!platform::IsBase64(c)) {
         ++strange;
       } else {
         // What stands behind the padding of a line is not looked at.

@@ -26,7 +26,7 @@ Result WriteBackup(const std::string& file) {
   std::vector<TableCount> counts = CountBackupTables(RepositoryDb());
   Run run(SumOf(counts));
   return UntilStopped([&] {
-    // Making the indexes would take the most time; a restore reads the rows in their order.
+    // Making the indexes would take the most time; a restore goes over the rows.
     NewDatabaseFile target(file, NewDatabaseFile::Begin::kRowsAlone);
     {
       WatchScope watch(run, RepositoryDb(), true);

@@ -14,7 +14,7 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Attachments are written and read through here, so two characters are looked up at a time,
+// Attachments are written and read through here. Two characters are looked up at a time,
 using Pairs = std::array<std::array<char, 2>, 4096>;
 constexpr Pairs kPairs = [] {
   Pairs pairs{};
@@ -50,6 +50,10 @@ void EncodeBase64Groups(const char* bytes, size_t groups, char* out) {
     std::memcpy(out, kPairs[group >> 12].data(), 2);
     std::memcpy(out + 2, kPairs[group & 4095].data(), 2);
   }
+}
+
+bool IsBase64(char c) {
+  return kShares[0][ByteOf(c)] != kForeign;
 }
 
 bool DecodeBase64Groups(const char* text, size_t groups, char* out) {

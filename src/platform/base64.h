@@ -11,8 +11,11 @@ namespace tarnwick::platform {
 // out: has room for 4 * groups characters.
 void EncodeBase64Groups(const char* bytes, size_t groups, char* out);
 
-// False where a character is none of the 64, '=' included; what out then holds is of no use.
-// out: has room for 3 * groups bytes.
+// Whether a character is one of the 64; '=' is not.
+bool IsBase64(char c);
+
+// False where a character is none of the 64; such count as zeros. out: has room for 3 * groups
+// bytes.
 bool DecodeBase64Groups(const char* text, size_t groups, char* out);
 
 }  // namespace tarnwick::platform

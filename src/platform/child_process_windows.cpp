@@ -107,7 +107,7 @@ PROCESS_INFORMATION Start(const std::string& program, HANDLE channel, HANDLE fil
   startup.lpAttributeList = inherited.List();
   std::wstring path = Wide(AbsolutePath(program));
   std::wstring command = L'"' + path + L'"';
-  // Without a console: none is made for it, with the process that would come along.
+  // Without a console, for which the system would start another process.
   constexpr DWORD kHow = DETACHED_PROCESS | CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT;
   PROCESS_INFORMATION process{};
   if (CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, kHow, nullptr, nullptr,

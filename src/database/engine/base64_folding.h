@@ -23,7 +23,8 @@ namespace tarnwick::jet {
 // Folds text into folded, which it empties first; false where that saves less than an eighth.
 bool FoldBase64(std::string_view text, std::string& folded);
 
-// Writes the text that was folded, of so many bytes; false where it isn't one of that size.
+// Writes the text that was folded to text, which has room for size bytes; false where it is damaged
+// or of another size.
 bool UnfoldBase64(std::string_view folded, char* text, size_t size);
 
 }  // namespace tarnwick::jet
